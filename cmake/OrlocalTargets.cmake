@@ -1,0 +1,41 @@
+# How targets are made here: one static library a layer, one test program a folder.
+
+add_library(orlocal_options INTERFACE)
+target_include_directories(orlocal_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(
+  orlocal_options
+  INTERFACE -Wall
+            -Wextra
+            -Wpedantic
+            -Wshadow
+            -Wnon-virtual-dtor
+            -Wold-style-cast
+            -Woverloaded-virtual
+            -Wconversion
+            $<$<BOOL:${ORLOCAL_WERROR}>:-Werror>)
+if(ORLOCAL_SANITIZE)
+  target_compile_options(orlocal_options INTERFACE -fsanitize=${ORLOCAL_SANITIZE} -fno-omit-frame-pointer
+                                                   -fno-sanitize-recover=all)
+  target_link_options(orlocal_options INTERFACE -fsanitize=${ORLOCAL_SANITIZE})
+endif()
+
+# orlocal_layer(NAME SOURCES file… [USES target…]): the layer's library.
+function(orlocal_layer name)
+  cmake_parse_arguments(LAYER "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} STATIC ${LAYER_SOURCES})
+  set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                                           VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(${name} PUBLIC orlocal_options ${LAYER_USES})
+endfunction()
+
+# orlocal_test(NAME SOURCES file… USES target…): a test program and its cases. Zone, clock and language are pinned.
+function(orlocal_test name)
+  cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${TEST_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE orlocal_options ${TEST_USES} GTest::gmock GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE ORLOCAL_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
+                                          "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z")
+endfunction()

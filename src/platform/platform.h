@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+namespace orlocal {
+
+class AddressBook;
+class BundleStrings;
+class CalendarStoreFramework;
+class EventKit;
+class NotificationCenter;
+class RunLoop;
+class SystemVersion;
+class TimeZone;
+
+/// Hands out everything that the plug-in asks of the system it runs on. What it returns lives as long as it does.
+class Platform {
+ public:
+  virtual ~Platform() = default;
+
+  virtual EventKit& eventKit() = 0;
+  /// The older calendar store, for systems before the current one.
+  virtual CalendarStoreFramework& calendarStore() = 0;
+  virtual AddressBook& addressBook() = 0;
+  /// The user's default time zone.
+  virtual const TimeZone& defaultTimeZone() = 0;
+  /// The run loop of the calling thread.
+  virtual RunLoop& currentRunLoop() = 0;
+  virtual NotificationCenter& notificationCenter() = 0;
+  virtual BundleStrings& bundleStrings() = 0;
+  virtual SystemVersion& systemVersion() = 0;
+  /// One line for the system's console log.
+  virtual void log(std::string_view line) = 0;
+};
+
+/// The platform in use: the one that was set, else the system's own, made on first use.
+Platform& platform();
+
+/// Puts another platform in place, or (null) the system's own again. Tests call it before anything else runs.
+void setPlatform(std::shared_ptr<Platform> replacement);
+
+/// Makes the platform of the system that this program was built for.
+std::shared_ptr<Platform> makeSystemPlatform();
+
+}  // namespace orlocal

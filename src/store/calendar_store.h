@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/model.h"
+#include "store/result.h"
+#include "store/zone.h"
+
+namespace orlocal::store {
+
+/// One occurrence of an event in the answer to a range query.
+struct Occurrence {
+  Moment start;
+  Moment end;            ///< exclusive; for whole days the midnight after the last one in the viewer's zone
+  Moment originalStart;  ///< where the rule put it; equal to `start` unless it was changed
+  ItemId item = 0;       ///< the row to read: the event, the series, or the changed occurrence
+
+  friend bool operator==(const Occurrence&, const Occurrence&) = default;
+};
+
+/// Events that overlap [from, to). An absent bound is the distant past or future.
+struct EventQuery {
+  std::optional<Moment> from, to;
+  std::vector<CalendarId> calendars;
+};
+
+struct ReminderQuery {
+  enum class Status : std::uint8_t { kAny, kOpen, kCompleted };
+  Status status = Status::kAny;
+  /// Bounds [from, to) of the due moment (open) or of the completion (completed).
+  std::optional<Moment> from, to;
+  std::vector<CalendarId> calendars;
+};
+
+/// How much of a series a change is about.
+enum class Span : std::uint8_t { kThis = 0, kFuture = 1 };
+
+struct StoreOptions {
+  std::filesystem::path file;
+  /// Whose wall clock floating times and whole days are read on.
+  Zone viewer;
+  /// How long a writer waits for its turn.
+  std::chrono::milliseconds busyTimeout{10'000};
+  /// Occurrences that one query may answer with; past it the query fails.
+  std::size_t occurrenceBudget = 5'000'000;
+};
+
+/// The calendar store: one SQLite file, used by several processes at once. One object serves one thread at a time.
+///
+/// What is acknowledged is on disk. Failures leave the file as it was. Items are returned as shared, immutable values.
+class CalendarStore {
+ public:
+  /// Opens the file; makes it, its folder (mode 0700) and the two default calendars when it is not there. Reads nothing
+  /// but the header.
+  static Result<std::unique_ptr<CalendarStore>> open(StoreOptions options);
+
+  virtual ~CalendarStore() = default;
+
+  /// Differs from an earlier value when the content may have changed meanwhile, through this or any other process.
+  virtual std::uint64_t generation() = 0;
+
+  virtual Result<std::vector<Source>> sources() = 0;
+  /// In their order.
+  virtual Result<std::vector<Calendar>> calendars(CalendarKind kind) = 0;
+  virtual Result<std::optional<Calendar>> calendar(std::string_view identifier) = 0;
+  /// Where new items go when nothing else is said: the oldest one that allows changes.
+  virtual Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) = 0;
+  /// Inserts (`id` 0) or updates; fills in the id and the identifier.
+  virtual Status saveCalendar(Calendar& calendar) = 0;
+  virtual Status removeCalendar(std::string_view identifier) = 0;
+
+  /// Ordered by start, end, identifier; changed occurrences in place of the originals.
+  virtual Result<std::vector<Occurrence>> occurrences(const EventQuery& query) = 0;
+  /// Row numbers in the order of due moment (none last), then of row.
+  virtual Result<std::vector<ItemId>> reminders(const ReminderQuery& query) = 0;
+
+  /// The row, null when there is none. Recently read rows are kept.
+  virtual Result<std::shared_ptr<const Item>> item(ItemId id) = 0;
+  /// The event (a single one or a series) whose public identifier this is; null when there is none.
+  virtual Result<std::shared_ptr<const Item>> event(std::string_view identifier) = 0;
+  /// The row whose own identifier this is, event or reminder; null when there is none.
+  virtual Result<std::shared_ptr<const Item>> itemWithIdentifier(std::string_view itemIdentifier) = 0;
+  /// The first occurrence of a series (or the one of a single event); none when its rule and exceptions leave none.
+  virtual Result<std::optional<Occurrence>> firstOccurrence(const Item& event) = 0;
+
+  /// Saves a new or changed event. `edited` holds the fields as the user left them. For an occurrence of a series
+  /// `occurrence` is the one that was opened; `span` then says what the change is about: this one alone, or this and
+  /// the later ones. Fills in ids, identifiers and stamps.
+  virtual Status saveEvent(Item& edited, const std::optional<Occurrence>& occurrence, Span span) = 0;
+  virtual Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) = 0;
+  virtual Status saveReminder(Item& edited) = 0;
+  virtual Status removeReminder(const Item& reminder) = 0;
+
+  /// The address of the contact with this e-mail address, compared without case.
+  virtual Result<std::optional<std::string>> addressOf(std::string_view email) = 0;
+};
+
+}  // namespace orlocal::store
