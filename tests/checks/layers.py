@@ -1,0 +1,93 @@
+#!/usr/bin/env python3
+"""Reads every #include below src/ and fails when a layer includes one that it must not know.
+
+usage: layers.py SOURCE_FOLDER
+"""
+import pathlib
+import re
+import sys
+
+# Layer -> layers it may include besides itself. A layer is the longest listed folder that holds the file.
+KNOWS = {
+    "store": set(),
+    "platform": set(),
+    "platform/host": {"platform"},
+    "platform/linux": {"platform", "store"},
+    "backend": {"platform"},
+    "backend/eventkit": {"backend", "platform"},
+    "backend/legacy": {"backend", "platform"},
+    "bridge": {"backend", "backend/eventkit", "backend/legacy", "platform", "platform/host"},
+    "functions": {"bridge", "backend", "backend/eventkit", "backend/legacy", "platform", "platform/host"},
+    "notify": {"bridge", "backend", "backend/legacy", "platform", "platform/host"},
+    "host/fmwrapper": {"platform/host"},
+    "host/plugin": {"host/fmwrapper", "platform/host"},
+    "host/calc": {"host/fmwrapper"},
+    "host/console": {"host/calc", "host/fmwrapper", "host/plugin"},
+    "host/commands": {"host", "host/calc", "host/console", "host/fmwrapper", "host/plugin", "store"},
+    "host": {"host/calc", "host/commands", "host/console", "host/fmwrapper", "host/plugin"},
+}
+
+# Layers that know the C++ standard library and our own headers, and nothing else of the outside.
+STANDARD_ONLY = {"platform", "platform/host", "backend", "backend/eventkit", "backend/legacy", "bridge", "functions",
+                 "notify"}
+
+STANDARD = set("""
+algorithm any array atomic bit bitset cassert cctype cerrno cfloat charconv chrono cinttypes climits clocale cmath compare
+complex concepts condition_variable csignal cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar deque exception
+execution filesystem format forward_list fstream functional future initializer_list iomanip ios iosfwd iostream istream
+iterator limits list locale map memory memory_resource mutex new numbers numeric optional ostream queue random ranges ratio
+regex scoped_allocator semaphore set shared_mutex source_location span sstream stack stdexcept stop_token streambuf string
+string_view system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray variant
+vector version
+""".split())
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+
+
+def layer_of(path):
+    folder = pathlib.PurePosixPath(path).parent
+    while str(folder) != ".":
+        if str(folder) in KNOWS:
+            return str(folder)
+        folder = folder.parent
+    return None
+
+
+def offences(source):
+    for file in sorted(source.rglob("*")):
+        if file.suffix not in {".h", ".cpp"}:
+            continue
+        name = file.relative_to(source).as_posix()
+        layer = layer_of(name)
+        if layer is None:
+            if file.parent != source:
+                yield f"{name}: stands in no known layer"
+            continue
+        for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
+            match = INCLUDE.match(line)
+            if not match:
+                continue
+            form, target = match.groups()
+            if form == '"':
+                if not (source / target).exists():
+                    # Generated headers carry their layer's folder in their name.
+                    if layer_of(target) != layer:
+                        yield f"{name}:{number}: includes \"{target}\", which is not below src/"
+                    continue
+                other = layer_of(target)
+                if other != layer and other not in KNOWS[layer]:
+                    yield f"{name}:{number}: {layer} must not know {other} (includes \"{target}\")"
+            elif layer in STANDARD_ONLY and target not in STANDARD:
+                yield f"{name}:{number}: {layer} must not know <{target}>"
+
+
+def main():
+    found = list(offences(pathlib.Path(sys.argv[1])))
+    for line in found:
+        print(line)
+    print(f"layers: {len(found)} offences")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
