@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+
+namespace orlocal::bench {
+
+/// Writes a calendar file of `events` VEVENTs, one fifth of them repeating, over the years 2020 to 2029: zoned, UTC,
+/// whole-day and floating times; weekly, daily, monthly and yearly rules, a third each endless, counted and bounded by
+/// a date; a tenth with an exception. The same numbers give the same bytes.
+void writeCalendarFile(const std::filesystem::path& file, std::size_t events, std::uint64_t seed = 1);
+
+}  // namespace orlocal::bench
