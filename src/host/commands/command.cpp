@@ -1,0 +1,87 @@
+#include "host/commands/command.h"
+
+#include <cstdlib>
+#include <exception>
+#include <ostream>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+namespace orlocal::host {
+
+struct CommandLine::State {
+  Streams streams;
+  GlobalOptions options;
+  CLI::App app{"Reads and changes calendars the way a database host does, through the plug-in.", "orlocal"};
+  std::vector<std::pair<CLI::App*, CommandBody>> commands;
+  CommandBody standard;
+
+  const CommandBody* chosen() const {
+    for (const auto& [command, body] : commands) {
+      if (command->parsed()) return &body;
+    }
+    return standard ? &standard : nullptr;
+  }
+
+  /// The plug-in reads its settings from the environment, as it does in any host.
+  void putOptionsInForce() const {
+    if (options.store) ::setenv("ORLOCAL_STORE", options.store->c_str(), 1);
+    if (options.systemMinor) ::setenv("ORLOCAL_SYSTEM_MINOR", options.systemMinor->c_str(), 1);
+  }
+};
+
+CommandLine::CommandLine(Streams streams)
+    : m_state(new State{.streams = streams, .options = {}, .commands = {}, .standard = {}}) {
+  CLI::App& app = m_state->app;
+  GlobalOptions& options = m_state->options;
+  app.fallthrough();
+  app.require_subcommand(0, 1);
+  app.set_version_flag("--version", "orlocal " ORLOCAL_VERSION);
+  app.add_option("--store", options.store, "The calendar store's file")->type_name("FILE");
+  app.add_option("--system-minor", options.systemMinor,
+                 "The system's minor version that the plug-in sees (7 and below: the legacy back end)")
+      ->type_name("N");
+  app.add_option("--host-version", options.hostVersion, "The extension version to announce")
+      ->type_name("N")
+      ->capture_default_str();
+  app.add_option("--plugin", options.plugin, "The plug-in to load")->type_name("FILE");
+  app.add_flag("--json", options.json, "Print lists as JSON");
+}
+
+CommandLine::~CommandLine() = default;
+
+CLI::App& CommandLine::add(const std::string& name, const std::string& description, CommandBody body) {
+  CLI::App* command = m_state->app.add_subcommand(name, description);
+  command->fallthrough();
+  m_state->commands.emplace_back(command, std::move(body));
+  return *command;
+}
+
+void CommandLine::setDefault(CommandBody body) { m_state->standard = std::move(body); }
+
+ExitStatus CommandLine::run(const std::string& programFile, const std::vector<std::string>& words) {
+  Streams& streams = m_state->streams;
+  try {
+    // CLI11 takes the words from the last to the first.
+    m_state->app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+  } catch (const CLI::ParseError& error) {
+    return m_state->app.exit(error, streams.out, streams.err) == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
+  }
+  const CommandBody* body = m_state->chosen();
+  if (body == nullptr) {
+    streams.err << m_state->app.help();
+    return ExitStatus::kUsage;
+  }
+  m_state->putOptionsInForce();
+  try {
+    CommandContext context{m_state->options, streams, programFile};
+    const ExitStatus status = (*body)(context);
+    streams.out.flush();
+    return status;
+  } catch (const std::exception& error) {
+    streams.err << "orlocal: " << error.what() << '\n';
+    return ExitStatus::kFailed;
+  }
+}
+
+}  // namespace orlocal::host
