@@ -1,14 +1,16 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "store/item_writer.h"
 #include "store/model.h"
 #include "store/result.h"
 #include "store/zone.h"
@@ -83,6 +85,9 @@ class CalendarStore {
 
   /// The row, null when there is none. Recently read rows are kept.
   virtual Result<std::shared_ptr<const Item>> item(ItemId id) = 0;
+  /// Says that these rows will be asked for next, so that they are read together. At most a few hundred; the others are
+  /// left out. A failure shows when the rows are asked for.
+  virtual void prefetch(std::span<const ItemId> ids) = 0;
   /// The event (a single one or a series) whose public identifier this is; null when there is none.
   virtual Result<std::shared_ptr<const Item>> event(std::string_view identifier) = 0;
   /// The row whose own identifier this is, event or reminder; null when there is none.
@@ -97,6 +102,14 @@ class CalendarStore {
   virtual Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) = 0;
   virtual Status saveReminder(Item& edited) = 0;
   virtual Status removeReminder(const Item& reminder) = 0;
+
+  /// Begins an all-or-nothing change such as an import; waits for its turn to write. No other call to this store until
+  /// the writer is gone.
+  virtual Result<std::unique_ptr<ItemWriter>> startWriting() = 0;
+  /// Visits everything in a calendar, in the order in which it came to the store; one snapshot, a few rows in memory.
+  virtual Status forEachItem(CalendarId calendar, const ItemVisitor& visit) = 0;
+  /// The VTIMEZONE text of a private zone.
+  virtual Result<std::optional<std::string>> privateZone(std::string_view name) = 0;
 
   /// The address of the contact with this e-mail address, compared without case.
   virtual Result<std::optional<std::string>> addressOf(std::string_view email) = 0;

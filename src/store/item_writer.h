@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/model.h"
+#include "store/result.h"
+
+namespace orlocal::store {
+
+/// What a `put` did to an event or reminder with its changed occurrences.
+enum class PutOutcome : std::uint8_t { kNew, kUpdated, kUnchanged };
+
+/// One large change of the store, all or nothing: what importing a file is made of. Made by
+/// `CalendarStore::startWriting`; holds the turn to write until it is committed or destroyed. Destroying it without a
+/// commit leaves the store as it was.
+///
+/// It writes into read-only calendars too: a subscription is refreshed this way. Asking whether that is wanted is the
+/// caller's part. After a failure with another code than `kInvalid` or `kRefused` only destroying it makes sense.
+class ItemWriter {
+ public:
+  virtual ~ItemWriter() = default;
+
+  /// The oldest calendar of that kind and title.
+  virtual Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title) = 0;
+  /// The default calendar of that kind, as `CalendarStore::defaultCalendar`.
+  virtual Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) = 0;
+  /// Makes a calendar; a `source` of 0 is the local source. Fills in id, identifier, source and type.
+  virtual Status makeCalendar(Calendar& calendar) = 0;
+
+  /// Keeps a private zone, so that items may name it. The same name again replaces its text.
+  virtual Status putZone(std::string_view name, std::string_view vtimezone) = 0;
+
+  /// Writes a single event, a series or a reminder (`main`) with the changed occurrences that belong to it; the
+  /// calendar, identifier and row fields of all are filled in, what they held before is ignored.
+  ///
+  /// An item is found again by kind, UID and (for a changed occurrence) original start among the items of `calendar`;
+  /// the same UID in another calendar is another item. Found items keep their identifiers. Changed occurrences in the
+  /// store that `changed` does not name are removed. A `main` that has a `recurrenceId` is a changed occurrence that
+  /// comes without its series: it joins the series when the calendar has it, else it is kept as an item of its own
+  /// until a series with its UID comes; then `changed` must be empty.
+  ///
+  /// Stamps are stored as given. An item that has no start (an event) or a calendar of the wrong kind is `kInvalid`.
+  virtual Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed) = 0;
+
+  /// Writes a contact, found again by its identifier; an empty identifier is filled in with a new one.
+  virtual Result<PutOutcome> putContact(Contact& contact) = 0;
+
+  /// All of it is on disk when this returns without a failure.
+  virtual Status commit() = 0;
+};
+
+/// Receives a single event, series, reminder or stray changed occurrence, with the changed occurrences of a series in
+/// the order of their original starts. A failure stops the walk and becomes its result.
+using ItemVisitor = std::function<Status(const Item& main, const std::vector<Item>& changed)>;
+
+}  // namespace orlocal::store

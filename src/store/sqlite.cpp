@@ -1,0 +1,229 @@
+#include "store/sqlite.h"
+
+#include <cstddef>
+#include <cstring>
+
+#include <fmt/format.h>
+#include <sqlite3.h>
+
+namespace orlocal::store {
+namespace {
+
+struct Explanation {
+  int sqliteCode;
+  ErrorCode code;
+  const char* sentence;  ///< {} is the file
+};
+
+constexpr Explanation kExplanations[] = {
+    {SQLITE_BUSY, ErrorCode::kBusy,
+     "The calendar store {} is being written by another process and did not become free in time; try again."},
+    {SQLITE_LOCKED, ErrorCode::kBusy, "The calendar store {} is in use by another connection; try again."},
+    {SQLITE_FULL, ErrorCode::kFull,
+     "There is no room left on the disk that holds the calendar store {}; nothing was written. Free some space."},
+    {SQLITE_READONLY, ErrorCode::kReadOnly,
+     "The calendar store {} may not be written; check the permissions of the file and its folder."},
+    {SQLITE_PERM, ErrorCode::kReadOnly, "The permissions of the calendar store {} forbid this; check file and folder."},
+    {SQLITE_AUTH, ErrorCode::kReadOnly, "The permissions of the calendar store {} forbid this; check file and folder."},
+    {SQLITE_NOTADB, ErrorCode::kCorrupt, "The file {} is no calendar store; choose another file."},
+    {SQLITE_CORRUPT, ErrorCode::kCorrupt,
+     "The calendar store {} is damaged; export what can still be read, or restore the file from a backup."},
+    {SQLITE_CANTOPEN, ErrorCode::kIo,
+     "The calendar store {} cannot be opened; check that the file and its folder exist and may be read."},
+    {SQLITE_INTERRUPT, ErrorCode::kInterrupted, "Work on the calendar store {} was stopped; nothing was written."},
+    {SQLITE_NOMEM, ErrorCode::kIo, "There is not enough memory to work on the calendar store {}."},
+};
+
+tl::unexpected<Error> sqliteFailure(int result, const std::string& file, sqlite3* handle) {
+  const std::string quoted = fmt::format("\"{}\"", file);
+  for (const Explanation& explanation : kExplanations) {
+    if (explanation.sqliteCode == (result & 0xff)) {
+      return failure(explanation.code, fmt::format(fmt::runtime(explanation.sentence), quoted));
+    }
+  }
+  return failure(ErrorCode::kIo, fmt::format("The calendar store {} failed: {}.", quoted,
+                                             handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(result)));
+}
+
+tl::unexpected<Error> sqliteFailure(int result, sqlite3* handle) {
+  const char* file = handle != nullptr ? sqlite3_db_filename(handle, "main") : nullptr;
+  return sqliteFailure(result, file != nullptr ? file : "", handle);
+}
+
+std::string uriOf(const std::filesystem::path& file) {
+  std::string uri = "file:";
+  for (const char c : std::filesystem::absolute(file).string()) {
+    if (c == '%' || c == '?' || c == '#') {
+      uri += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+    } else {
+      uri += c;
+    }
+  }
+  return uri + "?immutable=1";
+}
+
+}  // namespace
+
+Statement::~Statement() { sqlite3_finalize(m_handle); }
+
+Statement& Statement::bind(int parameter, std::int64_t value) {
+  sqlite3_bind_int64(m_handle, parameter, value);
+  return *this;
+}
+
+Statement& Statement::bind(int parameter, double value) {
+  sqlite3_bind_double(m_handle, parameter, value);
+  return *this;
+}
+
+Statement& Statement::bind(int parameter, std::string_view text) {
+  // A view without a place would be bound as NULL.
+  const char* data = text.data() != nullptr ? text.data() : "";
+  sqlite3_bind_text64(m_handle, parameter, data, text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  return *this;
+}
+
+Statement& Statement::bindBlob(int parameter, std::span<const std::byte> bytes) {
+  if (bytes.empty()) {
+    sqlite3_bind_zeroblob(m_handle, parameter, 0);
+  } else {
+    sqlite3_bind_blob64(m_handle, parameter, bytes.data(), bytes.size(), SQLITE_STATIC);
+  }
+  return *this;
+}
+
+Statement& Statement::bindNull(int parameter) {
+  sqlite3_bind_null(m_handle, parameter);
+  return *this;
+}
+
+Result<bool> Statement::step() {
+  const int result = sqlite3_step(m_handle);
+  if (result == SQLITE_ROW) return true;
+  if (result == SQLITE_DONE) {
+    sqlite3_reset(m_handle);
+    return false;
+  }
+  auto error = sqliteFailure(result, sqlite3_db_handle(m_handle));
+  sqlite3_reset(m_handle);
+  return error;
+}
+
+Status Statement::run() {
+  auto row = step();
+  if (!row) return tl::unexpected(std::move(row.error()));
+  reset();
+  return {};
+}
+
+void Statement::reset() {
+  if (m_handle != nullptr) sqlite3_reset(m_handle);
+}
+
+bool Statement::isNull(int column) const { return sqlite3_column_type(m_handle, column) == SQLITE_NULL; }
+std::int64_t Statement::integer(int column) const { return sqlite3_column_int64(m_handle, column); }
+double Statement::real(int column) const { return sqlite3_column_double(m_handle, column); }
+
+std::string_view Statement::text(int column) const {
+  const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(m_handle, column));
+  return data == nullptr ? std::string_view()
+                         : std::string_view(data, static_cast<std::size_t>(sqlite3_column_bytes(m_handle, column)));
+}
+
+std::span<const std::byte> Statement::blob(int column) const {
+  const auto* data = static_cast<const std::byte*>(sqlite3_column_blob(m_handle, column));
+  return {data, data == nullptr ? 0 : static_cast<std::size_t>(sqlite3_column_bytes(m_handle, column))};
+}
+
+Database::~Database() { sqlite3_close_v2(m_handle); }
+
+Result<Database> Database::open(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
+                                Access access) {
+  Database database;
+  database.m_file = file;
+  const bool immutable = access == Access::kReadOnlyImmutable;
+  const std::string name = immutable ? uriOf(file) : file.string();
+  const int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
+                    (immutable ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE);
+  const int result = sqlite3_open_v2(name.c_str(), &database.m_handle, flags, nullptr);
+  if (result != SQLITE_OK) return sqliteFailure(result, file.string(), database.m_handle);
+  sqlite3_busy_timeout(database.m_handle, static_cast<int>(busyTimeout.count()));
+  return database;
+}
+
+Result<Statement> Database::prepare(std::string_view sql) {
+  sqlite3_stmt* handle = nullptr;
+  const int result = sqlite3_prepare_v3(m_handle, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
+                                        &handle, nullptr);
+  if (result != SQLITE_OK) return sqliteFailure(result, m_file.string(), m_handle);
+  return Statement(handle);
+}
+
+Status Database::execute(const char* sql) {
+  const int result = sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK) return sqliteFailure(result, m_file.string(), m_handle);
+  return {};
+}
+
+Result<std::int64_t> Database::integerOf(const char* sql) {
+  auto statement = prepare(sql);
+  if (!statement) return tl::unexpected(std::move(statement.error()));
+  const auto row = statement->step();
+  if (!row) return tl::unexpected(row.error());
+  return *row ? statement->integer(0) : 0;
+}
+
+bool Database::readOnly() const { return sqlite3_db_readonly(m_handle, "main") == 1; }
+bool Database::inTransaction() const { return sqlite3_get_autocommit(m_handle) == 0; }
+
+bool Database::moved() const {
+  int moved = 0;
+  sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  return moved != 0;
+}
+
+std::int64_t Database::lastInsertId() const { return sqlite3_last_insert_rowid(m_handle); }
+std::int64_t Database::changedRows() const { return sqlite3_changes64(m_handle); }
+
+const std::uint32_t* Database::walIndex() const {
+  constexpr int kRegionBytes = 32 * 1024;  // fixed by the log's format
+  sqlite3_file* file = nullptr;
+  if (sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr) {
+    return nullptr;
+  }
+  if (file->pMethods == nullptr || file->pMethods->iVersion < 2 || file->pMethods->xShmMap == nullptr) return nullptr;
+  // The region is mapped already once a transaction has run; asking for it again gives the same place.
+  void volatile* region = nullptr;
+  if (file->pMethods->xShmMap(file, 0, kRegionBytes, 0, &region) != SQLITE_OK) return nullptr;
+  return static_cast<const std::uint32_t*>(const_cast<void*>(region));
+}
+
+Result<Transaction> Transaction::write(Database& database) {
+  if (database.moved()) {
+    return failure(ErrorCode::kIo, fmt::format("The calendar store \"{}\" was removed or replaced while it was in use; "
+                                               "nothing was written. Put it back, or open the store anew.",
+                                               database.file().string()));
+  }
+  if (auto begun = database.execute("BEGIN IMMEDIATE"); !begun) return tl::unexpected(std::move(begun.error()));
+  return Transaction(&database);
+}
+
+Result<Transaction> Transaction::read(Database& database) {
+  if (database.inTransaction()) return Transaction(nullptr);
+  if (auto begun = database.execute("BEGIN"); !begun) return tl::unexpected(std::move(begun.error()));
+  return Transaction(&database);
+}
+
+Transaction::~Transaction() {
+  if (m_database != nullptr && m_database->inTransaction()) (void)m_database->execute("ROLLBACK");
+}
+
+Status Transaction::commit() {
+  if (m_database == nullptr) return {};
+  auto committed = m_database->execute("COMMIT");
+  // A failed COMMIT may leave the transaction open; the destructor then rolls it back.
+  if (committed) m_database = nullptr;
+  return committed;
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "store/result.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace orlocal::store {
+
+/// A prepared statement. Belongs to one `Database`, which outlives it. Parameters count from 1, columns from 0.
+///
+/// Bound texts and blobs are borrowed until the next `reset`; texts and blobs read are valid until the next `step`.
+class Statement {
+ public:
+  Statement() = default;
+  Statement(Statement&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
+  Statement& operator=(Statement&& other) noexcept {
+    std::swap(m_handle, other.m_handle);
+    return *this;
+  }
+  ~Statement();
+
+  bool prepared() const { return m_handle != nullptr; }
+
+  Statement& bind(int parameter, std::int64_t value);
+  Statement& bind(int parameter, double value);
+  Statement& bind(int parameter, std::string_view text);
+  Statement& bindBlob(int parameter, std::span<const std::byte> bytes);
+  Statement& bindNull(int parameter);
+
+  /// True when there is a row. After false or a failure the statement is reset.
+  Result<bool> step();
+  /// Runs a statement that gives no rows, and resets it.
+  Status run();
+  void reset();
+
+  bool isNull(int column) const;
+  std::int64_t integer(int column) const;
+  double real(int column) const;
+  std::string_view text(int column) const;
+  std::span<const std::byte> blob(int column) const;
+
+ private:
+  friend class Database;
+  explicit Statement(sqlite3_stmt* handle) : m_handle(handle) {}
+
+  sqlite3_stmt* m_handle = nullptr;
+};
+
+/// Resets a statement when a scope is left, so that it holds no lock.
+class ResetAtExit {
+ public:
+  explicit ResetAtExit(Statement& statement) : m_statement(statement) {}
+  ~ResetAtExit() { m_statement.reset(); }
+  ResetAtExit(const ResetAtExit&) = delete;
+  ResetAtExit& operator=(const ResetAtExit&) = delete;
+
+ private:
+  Statement& m_statement;
+};
+
+/// An open SQLite file. One thread at a time. Errors come as sentences that name the file.
+class Database {
+ public:
+  enum class Access { kReadWrite, kReadOnlyImmutable };
+
+  Database() = default;
+  Database(Database&& other) noexcept
+      : m_handle(std::exchange(other.m_handle, nullptr)), m_file(std::move(other.m_file)) {}
+  Database& operator=(Database&& other) noexcept {
+    std::swap(m_handle, other.m_handle);
+    std::swap(m_file, other.m_file);
+    return *this;
+  }
+  ~Database();
+
+  /// Opens an existing file; a file that may not be written is opened for reading.
+  static Result<Database> open(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
+                               Access access = Access::kReadWrite);
+
+  Result<Statement> prepare(std::string_view sql);
+  /// Runs statements that give no rows.
+  Status execute(const char* sql);
+  Result<std::int64_t> integerOf(const char* sql);
+
+  bool readOnly() const;
+  bool inTransaction() const;
+  /// Whether the file was removed or replaced since it was opened: what is written now would be lost.
+  bool moved() const;
+  std::int64_t lastInsertId() const;
+  std::int64_t changedRows() const;
+  const std::filesystem::path& file() const { return m_file; }
+
+  /// The write-ahead log's shared index as other processes see it; null when there is none. It begins with a header
+  /// that every commit changes (https://sqlite.org/walformat.html, 2.2). Valid while the database is open.
+  const std::uint32_t* walIndex() const;
+
+ private:
+  sqlite3* m_handle = nullptr;
+  std::filesystem::path m_file;
+};
+
+/// A transaction that is rolled back unless committed.
+class Transaction {
+ public:
+  /// Waits for the turn to write, at most for the busy time.
+  static Result<Transaction> write(Database& database);
+  /// One snapshot for several reads. Inside another transaction it does nothing.
+  static Result<Transaction> read(Database& database);
+
+  Transaction(Transaction&& other) noexcept : m_database(std::exchange(other.m_database, nullptr)) {}
+  Transaction& operator=(Transaction&&) = delete;
+  ~Transaction();
+
+  /// On disk when it returns without a failure; rolled back when it fails.
+  Status commit();
+
+ private:
+  explicit Transaction(Database* database) : m_database(database) {}
+
+  Database* m_database = nullptr;
+};
+
+}  // namespace orlocal::store
