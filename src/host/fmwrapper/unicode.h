@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/fmwrapper/export.h"
+
+namespace orlocal::host {
+
+/// UTF-16 units to UTF-8; an unpaired surrogate becomes U+FFFD.
+ORLOCAL_HOST_API std::string toUtf8(std::u16string_view units);
+
+/// UTF-8 to UTF-16 units; each malformed sequence becomes one U+FFFD.
+ORLOCAL_HOST_API std::u16string toUtf16(std::string_view bytes);
+
+/// Unicode default upper and lower case, without a locale.
+ORLOCAL_HOST_API std::u16string toUpper(std::u16string_view text);
+ORLOCAL_HOST_API std::u16string toLower(std::u16string_view text);
+
+/// Full case folding: texts that differ only in case fold to the same units. The length may change ("ß" becomes "ss").
+ORLOCAL_HOST_API std::u16string foldCase(std::u16string_view text);
+
+inline constexpr std::u16string::size_type kNotFound = std::u16string::npos;
+
+/// First place at or after `from` where `what` stands in `text` when case is ignored; a unit position in `text`.
+/// An empty `what` stands nowhere.
+ORLOCAL_HOST_API std::u16string::size_type findIgnoringCase(std::u16string_view text, std::u16string_view what,
+                                                            std::u16string::size_type from);
+
+/// Last place at or before `from` where `what` stands in `text` when case is ignored.
+ORLOCAL_HOST_API std::u16string::size_type findLastIgnoringCase(std::u16string_view text, std::u16string_view what,
+                                                                std::u16string::size_type from);
+
+}  // namespace orlocal::host
