@@ -89,8 +89,7 @@ std::size_t Floor::scan(std::int64_t from, std::int64_t to) {
     ++rows;
   }
   sqlite3_reset(m_range);
-  static volatile std::uint64_t sink;
-  sink = sum;
+  asm volatile("" : : "r"(sum));  // the columns count as read
   return rows;
 }
 
