@@ -1,0 +1,166 @@
+#include <cstdint>
+#include <cstdlib>
+
+#include "platform/date.h"
+
+namespace orlocal {
+namespace {
+
+using std::chrono::days;
+using std::chrono::seconds;
+
+constexpr std::int64_t kSecondsPerDay = 86'400;
+/// Beyond it a moment in microseconds has no room.
+constexpr std::int64_t kLastYear = 250'000;
+
+constexpr bool isLeap(std::int64_t year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+
+constexpr int lastDay(std::int64_t year, int month) {
+  constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month == 2 && isLeap(year) ? 29 : kDays[month - 1];
+}
+
+// std::chrono's own years end at 32767, so the calendar is counted here: in eras of 400 years that begin in March,
+// where a leap day is the last day of its year.
+
+constexpr std::int64_t kDaysPerEra = 146'097;
+/// Days from 0000-03-01 to 1970-01-01.
+constexpr std::int64_t kEpochShift = 719'468;
+
+constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
+
+constexpr std::int64_t daysFromCivil(std::int64_t year, int month, int day) {
+  if (month <= 2) --year;
+  const std::int64_t era = floorDivide(year, 400);
+  const std::int64_t yearOfEra = year - era * 400;
+  const std::int64_t dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
+  return era * kDaysPerEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - kEpochShift;
+}
+
+struct Civil {
+  std::int64_t year;
+  int month, day;
+};
+
+constexpr Civil civilFromDays(std::int64_t count) {
+  count += kEpochShift;
+  const std::int64_t era = floorDivide(count, kDaysPerEra);
+  const std::int64_t dayOfEra = count - era * kDaysPerEra;
+  const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
+  const int month = static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
+  return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month,
+          static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1)};
+}
+
+static_assert(daysFromCivil(1970, 1, 1) == 0 && daysFromCivil(2000, 2, 29) == 11'016);
+static_assert(civilFromDays(-719'162).year == 1 && civilFromDays(-719'162).day == 1);
+
+/// Reads fields off the front of a text.
+class Reader {
+ public:
+  explicit Reader(std::string_view text) : m_rest(text) {}
+
+  bool literal(char c) {
+    if (m_rest.empty() || m_rest.front() != c) return false;
+    m_rest.remove_prefix(1);
+    return true;
+  }
+
+  std::optional<std::int64_t> digits(std::size_t fewest, std::size_t most) {
+    std::int64_t value = 0;
+    std::size_t count = 0;
+    for (; count < most && count < m_rest.size() && m_rest[count] >= '0' && m_rest[count] <= '9'; ++count) {
+      value = value * 10 + (m_rest[count] - '0');
+    }
+    if (count < fewest) return std::nullopt;
+    m_rest.remove_prefix(count);
+    return value;
+  }
+
+  /// Two digits from `low` to `high`.
+  std::optional<int> pair(int low, int high) {
+    const auto value = digits(2, 2);
+    return value && *value >= low && *value <= high ? std::optional<int>(static_cast<int>(*value)) : std::nullopt;
+  }
+
+  bool atEnd() const { return m_rest.empty(); }
+
+ private:
+  std::string_view m_rest;
+};
+
+void appendPadded(std::string& out, std::int64_t value, int width) {
+  char digits[20];
+  int count = 0;
+  do {
+    digits[count++] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  while (count < width) digits[count++] = '0';
+  while (count > 0) out.push_back(digits[--count]);
+}
+
+}  // namespace
+
+Date distantPast() { return Date(days(daysFromCivil(1, 1, 1))); }
+
+Date distantFuture() { return Date(days(daysFromCivil(4001, 1, 1))); }
+
+std::optional<Date> dateWithString(std::string_view text) {
+  Reader in(text);
+  const bool negative = in.literal('-');
+  const auto digits = in.digits(1, 6);
+  if (!digits || *digits > kLastYear || !in.literal('-')) return std::nullopt;
+  const std::int64_t year = negative ? -*digits : *digits;
+  const auto month = in.pair(1, 12);
+  if (!month || !in.literal('-')) return std::nullopt;
+  const auto day = in.pair(1, lastDay(year, *month));
+  if (!day || !in.literal(' ')) return std::nullopt;
+  const auto hour = in.pair(0, 23);
+  if (!hour || !in.literal(':')) return std::nullopt;
+  const auto minute = in.pair(0, 59);
+  if (!minute || !in.literal(':')) return std::nullopt;
+  const auto second = in.pair(0, 59);
+  if (!second || !in.literal(' ')) return std::nullopt;
+  const bool west = in.literal('-');
+  if (!west && !in.literal('+')) return std::nullopt;
+  const auto offsetHours = in.pair(0, 23);
+  const auto offsetMinutes = offsetHours ? in.pair(0, 59) : std::nullopt;
+  if (!offsetMinutes || !in.atEnd()) return std::nullopt;
+
+  const std::int64_t offset = (*offsetHours * 3600 + *offsetMinutes * 60) * (west ? -1 : 1);
+  return Date(
+      seconds(daysFromCivil(year, *month, *day) * kSecondsPerDay + *hour * 3600 + *minute * 60 + *second - offset));
+}
+
+std::string formatDate(Date date, int offsetSeconds) {
+  const std::int64_t local =
+      std::chrono::floor<seconds>(date).time_since_epoch().count() + static_cast<std::int64_t>(offsetSeconds);
+  const std::int64_t dayCount = floorDivide(local, kSecondsPerDay);
+  const auto ofDay = static_cast<int>(local - dayCount * kSecondsPerDay);
+  const Civil civil = civilFromDays(dayCount);
+  const int offsetMinutes = std::abs(offsetSeconds) / 60;
+
+  std::string out;
+  out.reserve(25);
+  if (civil.year < 0) out.push_back('-');
+  appendPadded(out, std::abs(civil.year), 4);
+  out.push_back('-');
+  appendPadded(out, civil.month, 2);
+  out.push_back('-');
+  appendPadded(out, civil.day, 2);
+  out.push_back(' ');
+  appendPadded(out, ofDay / 3600, 2);
+  out.push_back(':');
+  appendPadded(out, ofDay / 60 % 60, 2);
+  out.push_back(':');
+  appendPadded(out, ofDay % 60, 2);
+  out += offsetSeconds < 0 ? " -" : " +";
+  appendPadded(out, offsetMinutes / 60, 2);
+  appendPadded(out, offsetMinutes % 60, 2);
+  return out;
+}
+
+}  // namespace orlocal

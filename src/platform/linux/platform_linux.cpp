@@ -1,0 +1,69 @@
+#include "platform/linux/platform_linux.h"
+
+#include <cstdio>
+#include <string>
+
+#include "platform/address_book.h"
+#include "platform/bundle_strings.h"
+#include "platform/calendar_store.h"
+#include "platform/eventkit.h"
+#include "platform/exception.h"
+#include "platform/linux/run_loop_linux.h"
+#include "platform/linux/store_access.h"
+#include "platform/linux/system_version_linux.h"
+#include "platform/notification_center.h"
+#include "platform/platform.h"
+
+namespace orlocal {
+namespace {
+
+/// Its parts are made when they are first asked for: a host that only wants the plug-in's strings opens no store.
+class LinuxPlatform final : public Platform {
+ public:
+  EventKit& eventKit() override {
+    return lazily(m_eventKit, [this] { return makeEventKit(access()); });
+  }
+  CalendarStoreFramework& calendarStore() override { missing("the older calendar store"); }
+  AddressBook& addressBook() override {
+    return lazily(m_addressBook, [this] { return makeAddressBook(access()); });
+  }
+  const TimeZone& defaultTimeZone() override { return *access()->defaultTimeZone(); }
+  RunLoop& currentRunLoop() override { return currentThreadRunLoop(); }
+  NotificationCenter& notificationCenter() override { missing("the notification centre"); }
+  BundleStrings& bundleStrings() override { missing("the strings tables"); }
+  SystemVersion& systemVersion() override { return lazily(m_systemVersion, makeSystemVersion); }
+
+  void log(std::string_view line) override {
+    // One write, so that lines of several processes on one terminal stay whole.
+    std::string text(line);
+    text.push_back('\n');
+    std::fwrite(text.data(), 1, text.size(), stderr);
+  }
+
+ private:
+  template <class T, class Make>
+  static T& lazily(std::unique_ptr<T>& part, Make make) {
+    if (!part) part = make();
+    return *part;
+  }
+
+  [[noreturn]] static void missing(const std::string& what) {
+    throw Exception("NSInvalidArgumentException", what + " is not offered on this system");
+  }
+
+  const std::shared_ptr<StoreAccess>& access() {
+    if (!m_access) m_access = std::make_shared<StoreAccess>();
+    return m_access;
+  }
+
+  std::shared_ptr<StoreAccess> m_access;
+  std::unique_ptr<EventKit> m_eventKit;
+  std::unique_ptr<AddressBook> m_addressBook;
+  std::unique_ptr<SystemVersion> m_systemVersion;
+};
+
+}  // namespace
+
+std::shared_ptr<Platform> makeSystemPlatform() { return std::make_shared<LinuxPlatform>(); }
+
+}  // namespace orlocal

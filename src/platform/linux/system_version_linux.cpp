@@ -1,0 +1,31 @@
+#include "platform/linux/system_version_linux.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <string_view>
+#include <system_error>
+
+namespace orlocal {
+namespace {
+
+/// The current calendar platform, in its last form.
+constexpr long kDefaultMinor = 15;
+
+class LinuxSystemVersion final : public SystemVersion {
+ public:
+  std::optional<long> minorVersion() const override {
+    const char* setting = std::getenv("ORLOCAL_SYSTEM_MINOR");
+    if (setting == nullptr) return kDefaultMinor;
+    const std::string_view text(setting);
+    long minor = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), minor);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return minor;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<SystemVersion> makeSystemVersion() { return std::make_unique<LinuxSystemVersion>(); }
+
+}  // namespace orlocal
