@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace orlocal {
+
+/// The row of a constant table whose first member, `word`, is `word`; null when there is none.
+template <class Row, std::size_t Size>
+constexpr const Row* rowFor(const Row (&table)[Size], std::string_view word) {
+  for (const Row& row : table) {
+    if (row.word == word) return &row;
+  }
+  return nullptr;
+}
+
+/// The row of a constant table whose member `number` is `number`; null when there is none.
+template <class Row, std::size_t Size>
+constexpr const Row* rowNumbered(const Row (&table)[Size], long number) {
+  for (const Row& row : table) {
+    if (row.number == number) return &row;
+  }
+  return nullptr;
+}
+
+}  // namespace orlocal
