@@ -108,8 +108,7 @@ std::vector<std::string> preferredLanguages() {
     if (!locale.empty()) break;
   }
   std::vector<std::string> languages;
-  std::string_view list =
-      isUntranslated(languageAndRegion(locale)) && !locale.empty() ? std::string_view() : variable("LANGUAGE");
+  std::string_view list = isUntranslated(locale) && !locale.empty() ? std::string_view() : variable("LANGUAGE");
   if (list.empty()) list = locale;
   for (std::size_t begin = 0; begin <= list.size();) {
     const auto end = std::min(list.find(':', begin), list.size());

@@ -8,6 +8,7 @@
 #include "platform/calendar_store.h"
 #include "platform/eventkit.h"
 #include "platform/exception.h"
+#include "platform/linux/bundle_strings_linux.h"
 #include "platform/linux/run_loop_linux.h"
 #include "platform/linux/store_access.h"
 #include "platform/linux/system_version_linux.h"
@@ -30,7 +31,9 @@ class LinuxPlatform final : public Platform {
   const TimeZone& defaultTimeZone() override { return *access()->defaultTimeZone(); }
   RunLoop& currentRunLoop() override { return currentThreadRunLoop(); }
   NotificationCenter& notificationCenter() override { missing("the notification centre"); }
-  BundleStrings& bundleStrings() override { missing("the strings tables"); }
+  BundleStrings& bundleStrings() override {
+    return lazily(m_bundleStrings, [] { return makeBundleStrings(); });
+  }
   SystemVersion& systemVersion() override { return lazily(m_systemVersion, makeSystemVersion); }
 
   void log(std::string_view line) override {
@@ -60,6 +63,7 @@ class LinuxPlatform final : public Platform {
   std::unique_ptr<EventKit> m_eventKit;
   std::unique_ptr<AddressBook> m_addressBook;
   std::unique_ptr<SystemVersion> m_systemVersion;
+  std::unique_ptr<BundleStrings> m_bundleStrings;
 };
 
 }  // namespace
