@@ -1,0 +1,91 @@
+#include "host/calc/text_tools.h"
+
+#include <algorithm>
+
+#include "host/fmwrapper/unicode.h"
+
+namespace orlocal::host::calc {
+
+namespace {
+
+bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00U) == 0xD800U; }
+bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00U) == 0xDC00U; }
+
+/// Units of the character at `unit`.
+std::size_t widthAt(std::u16string_view text, std::size_t unit) {
+  return isHighSurrogate(text[unit]) && unit + 1 < text.size() && isLowSurrogate(text[unit + 1]) ? 2 : 1;
+}
+
+char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+}  // namespace
+
+std::string lowerName(std::string_view name) { return toUtf8(toLower(toUtf16(name))); }
+
+bool equalWords(std::string_view left, std::string_view right) {
+  return std::ranges::equal(left, right, {}, asciiLower, asciiLower);
+}
+
+std::size_t characterCount(std::u16string_view text) {
+  std::size_t count = 0;
+  for (std::size_t unit = 0; unit < text.size(); unit += widthAt(text, unit)) ++count;
+  return count;
+}
+
+std::size_t unitOfCharacter(std::u16string_view text, std::size_t index) {
+  std::size_t unit = 0;
+  for (; index > 0 && unit < text.size(); --index) unit += widthAt(text, unit);
+  return unit;
+}
+
+std::u16string_view characters(std::u16string_view text, std::size_t first, std::size_t count) {
+  text.remove_prefix(unitOfCharacter(text, first));
+  return text.substr(0, unitOfCharacter(text, count));
+}
+
+std::vector<std::u16string_view> valuesOf(std::u16string_view text) {
+  std::vector<std::u16string_view> values;
+  while (!text.empty()) {
+    const std::size_t end = text.find_first_of(u"\r\n");
+    values.push_back(text.substr(0, end));
+    if (end == std::u16string_view::npos) break;
+    text.remove_prefix(end + (text.substr(end).starts_with(u"\r\n") ? 2 : 1));
+  }
+  return values;
+}
+
+std::u16string fromCodePoint(char32_t point) {
+  if (point < 0x10000) return std::u16string(1, static_cast<char16_t>(point));
+  const char32_t offset = point - 0x10000;
+  return {static_cast<char16_t>(0xD800 + (offset >> 10U)), static_cast<char16_t>(0xDC00 + (offset & 0x3FFU))};
+}
+
+char32_t codePointAt(std::u16string_view text, std::size_t unit) {
+  if (widthAt(text, unit) == 1) return text[unit];
+  return 0x10000 + ((static_cast<char32_t>(text[unit]) - 0xD800) << 10U) +
+         (static_cast<char32_t>(text[unit + 1]) - 0xDC00);
+}
+
+std::u16string replaceAll(std::u16string_view text, std::u16string_view from, std::u16string_view to) {
+  std::u16string result;
+  std::size_t at = 0;
+  while (!from.empty()) {
+    const std::size_t found = text.find(from, at);
+    if (found == std::u16string_view::npos) break;
+    result += text.substr(at, found - at);
+    result += to;
+    at = found + from.size();
+  }
+  result += text.substr(at);
+  return result;
+}
+
+std::size_t countOf(std::u16string_view text, std::u16string_view what) {
+  if (what.empty()) return 0;
+  std::size_t count = 0;
+  for (std::size_t at = text.find(what); at != std::u16string_view::npos; at = text.find(what, at + what.size()))
+    ++count;
+  return count;
+}
+
+}  // namespace orlocal::host::calc
