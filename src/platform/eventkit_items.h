@@ -66,6 +66,8 @@ class EKAlarm {
   virtual void setUrl(const OptionalText& url) = 0;
   /// An `EKAlarmType`, derived from what is set: e-mail address, sound name, URL, or none of them.
   virtual int type() const = 0;
+  /// When the alarm was made; that of its item in a store that keeps no moment for alarms.
+  virtual std::optional<Date> creationDate() const { return std::nullopt; }
 };
 
 /// A weekday of a rule, alone or as the n-th of its month or year.
