@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,9 @@ namespace orlocal::host {
 
 /// UTF-16 units to UTF-8; an unpaired surrogate becomes U+FFFD.
 ORLOCAL_HOST_API std::string toUtf8(std::u16string_view units);
+
+/// The same into a buffer of `room` bytes: as many whole characters as fit, without a NUL. Returns the bytes written.
+ORLOCAL_HOST_API std::size_t encodeUtf8(std::u16string_view units, char* buffer, std::size_t room) noexcept;
 
 /// UTF-8 to UTF-16 units; each malformed sequence becomes one U+FFFD.
 ORLOCAL_HOST_API std::u16string toUtf16(std::string_view bytes);
