@@ -9,7 +9,6 @@
 #include "platform/calendar_store.h"
 #include "platform/colour.h"
 #include "platform/eventkit_items.h"
-#include "platform/exception.h"
 
 namespace orlocal {
 
@@ -136,6 +135,9 @@ class iCalFunctions {
  protected:
   iCalFunctions() = default;
 
+  /// Saves the current item of `type`, "task" or "event".
+  std::int32_t saveTaskOrEvent(const std::string& type, CalSpan span);
+
   OptionalText lastErrorString;
   std::shared_ptr<CalCalendar> m_calendar;
   std::shared_ptr<CalEvent> m_event;
@@ -152,11 +154,9 @@ class iCalFunctions {
   /// What a fetch asks in; none with the code set when a title is unknown or there are no calendars.
   std::optional<CalCalendarArray> calendarsToFetchFrom(const OptionalText& names);
   std::int32_t keepTaskPredicate(std::shared_ptr<const CalPredicate> predicate);
-  std::int32_t saveTaskOrEvent(const std::string& type, CalSpan span);
   /// The current item that a type word means, for adding an alarm or for removing one; null with the code set.
   CalCalendarItem* ownerToAddAlarmTo(const OptionalText& type);
   CalCalendarItem* ownerToRemoveAlarmsFrom(const OptionalText& type);
-  void recordException(const Exception& exception);
   std::int32_t failWithRefusal(const std::optional<Error>& error);
 };
 

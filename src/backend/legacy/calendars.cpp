@@ -1,0 +1,97 @@
+#include "backend/colours.h"
+#include "backend/error_codes.h"
+#include "backend/keyword_table.h"
+#include "backend/legacy/attributes.h"
+#include "backend/legacy/current_item.h"
+#include "backend/legacy/ical_functions.h"
+#include "backend/value_texts.h"
+
+namespace orlocal {
+namespace {
+
+constexpr Attribute<CalCalendar> kAttributes[] = {
+    {"title", [](const CalCalendar& calendar) { return calendar.title(); }},
+    {"notes", [](const CalCalendar& calendar) { return calendar.notes(); }},
+    {"type", [](const CalCalendar& calendar) { return calendar.type(); }},
+    {"uid", [](const CalCalendar& calendar) { return calendar.uid(); }},
+    {"iseditable", [](const CalCalendar& calendar) { return OptionalText(booleanText(calendar.isEditable())); }},
+    {"color", [](const CalCalendar& calendar) { return colourText(calendar.color()); }},
+};
+
+/// The first of `calendars` with that title. One without a title never matches, not even an absent title.
+std::shared_ptr<CalCalendar> calendarTitled(const CalCalendarArray& calendars, const OptionalText& title) {
+  for (const auto& calendar : calendars) {
+    if (title && calendar->title() == title) return calendar;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::optional<CalCalendarArray> iCalFunctions::calendarArrayFromString(const OptionalText& names) {
+  if (!names) return m_calendar ? CalCalendarArray{m_calendar} : store()->calendars();
+  if (*names == "all") return store()->calendars();
+  return calendarsTitled<CalCalendar>(*names, [this](const std::string& title) { return getCalendarWithTitle(title); });
+}
+
+std::optional<CalCalendarArray> iCalFunctions::calendarsToFetchFrom(const OptionalText& names) {
+  auto calendars = calendarArrayFromString(names);
+  if (calendars && calendars->empty()) {
+    failWith(kCalendarArrayNotCreated);
+    return std::nullopt;
+  }
+  return calendars;
+}
+
+std::int32_t iCalFunctions::openCalendarAt(std::int32_t index) {
+  releaseItems();
+  return openItemAt(index, store()->calendars(), m_calendar);
+}
+
+std::int32_t iCalFunctions::openCalendarWithUID(const OptionalText& uid) {
+  releaseItems();
+  m_calendar = store()->calendarWithUID(uid.value_or(""));
+  return m_calendar ? 0 : failWith(kItemNotFound);
+}
+
+std::int32_t iCalFunctions::openCalendarWithTitle(const OptionalText& title) {
+  releaseItems();
+  m_calendar = getCalendarWithTitle(title);
+  return m_calendar ? 0 : -1;
+}
+
+std::shared_ptr<CalCalendar> iCalFunctions::getCalendarWithTitle(const OptionalText& title) {
+  auto calendar = calendarTitled(store()->calendars(), title);
+  if (!calendar) failWith(kItemNotFound);
+  return calendar;
+}
+
+std::int32_t iCalFunctions::setCalendarProp(const OptionalText& property, const PropertyValue& value) {
+  if (!m_calendar) return failWith(kInvalidCallOrder);
+  if (!property) return failWith(kMissingArgument);
+  const std::string name = lowercase(*property);
+  if (name == "notes") {
+    m_calendar->setNotes(textOf(value));
+  } else if (name == "title") {
+    m_calendar->setTitle(textOf(value));
+  } else if (name == "color") {
+    const auto color = colourFromNumbers(textOf(value));
+    if (!color) return failWith(kInvalidParameterValue);
+    m_calendar->setColor(*color);
+  } else {
+    return failWith(kMissingArgument);
+  }
+  return 0;
+}
+
+OptionalText iCalFunctions::getCalendarAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
+  // Callers tell from this code, and not from the one for a wrong order of calls, that no calendar is open.
+  if (!m_calendar) return noText(kCalendarArrayNotCreated);
+  if (!property) return noText(kMissingArgument);
+  return catchingExceptions(lastErrorString, OptionalText(kErrorText), [&]() -> OptionalText {
+    const auto* row = rowFor(kAttributes, lowercase(*property));
+    return row ? row->read(*m_calendar) : noText(kInvalidArgument);
+  });
+}
+
+}  // namespace orlocal
