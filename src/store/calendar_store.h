@@ -23,16 +23,20 @@ struct Occurrence {
   Moment end;            ///< exclusive; for whole days the midnight after the last one in the viewer's zone
   Moment originalStart;  ///< where the rule put it; equal to `start` unless it was changed
   ItemId item = 0;       ///< the row to read: the event, the series, or the changed occurrence
+  ItemId event = 0;      ///< the row whose identifier names it in public: the event or the series
 
   friend bool operator==(const Occurrence&, const Occurrence&) = default;
 };
 
-/// Events that overlap [from, to). An absent bound is the distant past or future.
+/// Events that overlap the half-open range [from, to); one without length overlaps where it stands. An absent bound is
+/// the distant past or future: a series without an end then goes on to the later of four years from now and `from` plus
+/// four years. Only events of `calendars` are found.
 struct EventQuery {
   std::optional<Moment> from, to;
   std::vector<CalendarId> calendars;
 };
 
+/// Reminders of `calendars`. A bound leaves out open reminders that are not due at all.
 struct ReminderQuery {
   enum class Status : std::uint8_t { kAny, kOpen, kCompleted };
   Status status = Status::kAny;

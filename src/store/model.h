@@ -51,15 +51,18 @@ struct Calendar {
   friend bool operator==(const Calendar&, const Calendar&) = default;
 };
 
+/// When an alarm goes off beside its item.
+struct AlarmOffset {
+  std::chrono::seconds offset{0};  ///< negative is before
+  bool fromEnd = false;            ///< counts from the end (or due) instead of the start
+
+  friend bool operator==(const AlarmOffset&, const AlarmOffset&) = default;
+};
+
 /// RFC 5545, 3.6.6. What it has beyond these fields is kept in `extra`.
 struct Alarm {
   enum class Action : std::uint8_t { kDisplay = 0, kAudio = 1, kProcedure = 2, kEmail = 3 };
-  struct Relative {
-    std::chrono::seconds offset{0};  ///< negative is before
-    bool fromEnd = false;            ///< counts from the end (or due) instead of the start
-
-    friend bool operator==(const Relative&, const Relative&) = default;
-  };
+  using Relative = AlarmOffset;
 
   Action action = Action::kDisplay;
   std::variant<Relative, Moment> trigger;

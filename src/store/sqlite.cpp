@@ -98,6 +98,7 @@ Statement& Statement::bindNull(int parameter) {
 }
 
 Result<bool> Statement::step() {
+  if (m_failure != nullptr) return tl::unexpected(*m_failure);
   const int result = sqlite3_step(m_handle);
   if (result == SQLITE_ROW) return true;
   if (result == SQLITE_DONE) {
@@ -133,6 +134,20 @@ std::string_view Statement::text(int column) const {
 std::span<const std::byte> Statement::blob(int column) const {
   const auto* data = static_cast<const std::byte*>(sqlite3_column_blob(m_handle, column));
   return {data, data == nullptr ? 0 : static_cast<std::size_t>(sqlite3_column_bytes(m_handle, column))};
+}
+
+Statement& LazyStatement::in(Database& database) {
+  if (m_statement.prepared()) {
+    m_statement.reset();
+    return m_statement;
+  }
+  auto prepared = database.prepare(m_sql);
+  if (prepared) {
+    m_statement = std::move(*prepared);
+  } else {
+    m_statement.m_failure = std::make_unique<Error>(std::move(prepared.error()));
+  }
+  return m_statement;
 }
 
 Database::~Database() { sqlite3_close_v2(m_handle); }

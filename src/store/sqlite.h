@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,9 +22,11 @@ namespace orlocal::store {
 class Statement {
  public:
   Statement() = default;
-  Statement(Statement&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
+  Statement(Statement&& other) noexcept
+      : m_handle(std::exchange(other.m_handle, nullptr)), m_failure(std::move(other.m_failure)) {}
   Statement& operator=(Statement&& other) noexcept {
     std::swap(m_handle, other.m_handle);
+    std::swap(m_failure, other.m_failure);
     return *this;
   }
   ~Statement();
@@ -50,9 +53,11 @@ class Statement {
 
  private:
   friend class Database;
+  friend class LazyStatement;
   explicit Statement(sqlite3_stmt* handle) : m_handle(handle) {}
 
   sqlite3_stmt* m_handle = nullptr;
+  std::unique_ptr<Error> m_failure;  ///< of preparing it; each step then gives it
 };
 
 /// Resets a statement when a scope is left, so that it holds no lock.
@@ -106,6 +111,20 @@ class Database {
  private:
   sqlite3* m_handle = nullptr;
   std::filesystem::path m_file;
+};
+
+/// A statement that is prepared when it is first needed, and kept. A failure to prepare it shows when it is stepped.
+class LazyStatement {
+ public:
+  /// `sql` lives as long as this.
+  explicit LazyStatement(const char* sql) : m_sql(sql) {}
+
+  /// Reset and ready to be bound. Always with the same database.
+  Statement& in(Database& database);
+
+ private:
+  const char* m_sql;
+  Statement m_statement;
 };
 
 /// A transaction that is rolled back unless committed.

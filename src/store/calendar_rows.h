@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "store/model.h"
+#include "store/sqlite.h"
+#include "store/uuid.h"
+
+namespace orlocal::store {
+
+/// The rows of sources and calendars.
+class CalendarRows {
+ public:
+  explicit CalendarRows(Database& database) : m_database(database) {}
+
+  Result<std::vector<Source>> sources();
+  Result<std::optional<Source>> source(SourceId id);
+  Result<std::optional<Source>> localSource();
+
+  /// In their order.
+  Result<std::vector<Calendar>> ofKind(CalendarKind kind);
+  Result<std::optional<Calendar>> withId(CalendarId id);
+  Result<std::optional<Calendar>> withUuid(const Uuid& uuid);
+  /// The oldest one.
+  Result<std::optional<Calendar>> withTitle(CalendarKind kind, std::string_view title);
+  /// The oldest one that allows changes.
+  Result<std::optional<Calendar>> forNewItems(CalendarKind kind);
+
+  /// Gives the calendar its id.
+  Status insert(Calendar& calendar, const Uuid& uuid);
+  Status update(const Calendar& calendar);
+  Status remove(CalendarId id);
+
+ private:
+  Result<std::vector<Calendar>> all(Statement& statement);
+  Result<std::optional<Calendar>> first(Statement& statement);
+
+  Database& m_database;
+  LazyStatement m_sources{"SELECT id, uuid, type, title FROM sources ORDER BY id"};
+#define ORLOCAL_CALENDAR_COLUMNS                                                                      \
+  "SELECT c.id, c.uuid, c.kind, c.source, c.title, c.red, c.green, c.blue, c.position, c.read_only, " \
+  "c.subscribed, c.immutable, s.type FROM calendars c LEFT JOIN sources s ON s.id = c.source "
+  LazyStatement m_ofKind{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? ORDER BY c.position, c.id"};
+  LazyStatement m_withId{ORLOCAL_CALENDAR_COLUMNS "WHERE c.id = ?"};
+  LazyStatement m_withUuid{ORLOCAL_CALENDAR_COLUMNS "WHERE c.uuid = ?"};
+  LazyStatement m_withTitle{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? AND c.title = ? ORDER BY c.id LIMIT 1"};
+  LazyStatement m_forNewItems{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? AND NOT c.read_only ORDER BY c.id LIMIT 1"};
+#undef ORLOCAL_CALENDAR_COLUMNS
+  LazyStatement m_insert{
+      "INSERT INTO calendars(kind, source, title, red, green, blue, position, read_only, subscribed, immutable, uuid) "
+      "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
+  LazyStatement m_update{
+      "UPDATE calendars SET kind = ?, source = ?, title = ?, red = ?, green = ?, blue = ?, position = ?, read_only = "
+      "?, "
+      "subscribed = ?, immutable = ? WHERE id = ?"};
+  LazyStatement m_remove{"DELETE FROM calendars WHERE id = ?"};
+};
+
+}  // namespace orlocal::store

@@ -1,0 +1,70 @@
+#include "store/contact_rows.h"
+
+#include <unicode/unistr.h>
+
+#include "store/packing.h"
+#include "store/try.h"
+
+namespace orlocal::store {
+namespace {
+
+/// E-mail addresses are compared without case.
+std::string folded(std::string_view email) {
+  std::string result;
+  icu::UnicodeString::fromUTF8(icu::StringPiece(email.data(), static_cast<int32_t>(email.size())))
+      .foldCase()
+      .toUTF8String(result);
+  return result;
+}
+
+}  // namespace
+
+Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLog& log) {
+  if (contact.identifier.empty()) contact.identifier = uuids.next().text();
+  ORLOCAL_TRY(Statement find,
+              m_database.prepare("SELECT id, name, emails, address FROM contacts WHERE identifier = ?"));
+  find.bind(1, std::string_view(contact.identifier));
+  ORLOCAL_TRY(const bool known, find.step());
+  std::int64_t id = 0;
+  if (known) {
+    id = find.integer(0);
+    Contact stored{contact.identifier, std::string(find.text(1)), unpackStrings(find.blob(2)).value_or(contact.emails),
+                   std::nullopt};
+    if (!find.isNull(3)) stored.address = find.text(3);
+    if (stored == contact) return PutOutcome::kUnchanged;
+  }
+  find.reset();
+  ORLOCAL_TRY(Statement write,
+              m_database.prepare(known ? "UPDATE contacts SET name = ?1, emails = ?2, address = ?3 WHERE id = ?4"
+                                       : "INSERT INTO contacts(name, emails, address, identifier) VALUES(?, ?, ?, ?)"));
+  PackedBytes emails;
+  packStrings(contact.emails, emails);
+  write.bind(1, std::string_view(contact.name)).bindBlob(2, emails);
+  contact.address ? write.bind(3, std::string_view(*contact.address)) : write.bindNull(3);
+  known ? write.bind(4, id) : write.bind(4, std::string_view(contact.identifier));
+  ORLOCAL_CHECK(write.run());
+  if (!known) id = m_database.lastInsertId();
+  ORLOCAL_TRY(Statement clear, m_database.prepare("DELETE FROM contact_emails WHERE contact = ?"));
+  if (known) ORLOCAL_CHECK(clear.bind(1, id).run());
+  ORLOCAL_TRY(Statement insert,
+              m_database.prepare("INSERT OR IGNORE INTO contact_emails(email, contact) VALUES(?, ?)"));
+  for (const std::string& email : contact.emails) {
+    const std::string key = folded(email);
+    ORLOCAL_CHECK(insert.bind(1, std::string_view(key)).bind(2, id).run());
+  }
+  ORLOCAL_CHECK(
+      log.record(known ? Operation::kUpdated : Operation::kInserted, Subject::kContact, id, std::nullopt, Uuid()));
+  return known ? PutOutcome::kUpdated : PutOutcome::kNew;
+}
+
+Result<std::optional<std::string>> ContactRows::addressOf(std::string_view email) {
+  ORLOCAL_TRY(Statement find,
+              m_database.prepare("SELECT c.address FROM contact_emails e JOIN contacts c ON c.id = e.contact "
+                                 "WHERE e.email = ? AND c.address IS NOT NULL ORDER BY c.id LIMIT 1"));
+  const std::string key = folded(email);
+  find.bind(1, std::string_view(key));
+  ORLOCAL_TRY(const bool found, find.step());
+  return found ? std::optional<std::string>(find.text(0)) : std::nullopt;
+}
+
+}  // namespace orlocal::store

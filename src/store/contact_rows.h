@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "store/change_log.h"
+#include "store/item_writer.h"
+#include "store/sqlite.h"
+#include "store/uuid.h"
+
+namespace orlocal::store {
+
+/// The rows of contacts. Made for one use: contacts are few and asked for rarely.
+class ContactRows {
+ public:
+  explicit ContactRows(Database& database) : m_database(database) {}
+
+  /// See `ItemWriter::putContact`; inside a write transaction.
+  Result<PutOutcome> put(Contact& contact, UuidMaker& uuids, ChangeLog& log);
+  /// Of the oldest contact with that e-mail address that has one.
+  Result<std::optional<std::string>> addressOf(std::string_view email);
+
+ private:
+  Database& m_database;
+};
+
+}  // namespace orlocal::store

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "store/model.h"
+#include "store/packing.h"
+#include "store/sqlite.h"
+#include "store/uuid.h"
+
+namespace orlocal::store {
+
+/// What a row holds beyond the item itself.
+struct RowPlace {
+  std::int64_t slot = 0;  ///< of its timeline entry
+  std::int64_t slotStart = 0;
+  /// Original start of a changed occurrence: seconds in UTC, or on the wall clock when its series (or, without one, its
+  /// recurrence id) runs there.
+  std::optional<std::int64_t> original;
+};
+
+/// The rows of events and reminders. Reading keeps the rows last read, up to a bound.
+class ItemRows {
+ public:
+  explicit ItemRows(Database& database);
+
+  /// Null when there is no such row.
+  Result<std::shared_ptr<const Item>> read(ItemId id);
+  struct Expandable {
+    Item item;  ///< only what a series needs to be expanded
+    bool hasChanged = false;
+  };
+  /// Not kept.
+  Result<std::optional<Expandable>> readForExpansion(ItemId id);
+  void prefetch(std::span<const ItemId> ids);
+  void forget(ItemId id);
+  void forgetAll();
+  /// Whether the row is at hand without reading.
+  std::shared_ptr<const Item> kept(ItemId id);
+
+  Result<std::optional<ItemId>> withUuid(const Uuid& uuid);
+  /// The event or reminder itself, not a changed occurrence.
+  Result<std::optional<ItemId>> withUid(CalendarId calendar, ItemKind kind, std::string_view uid);
+  /// Changed occurrences without a series, in the order of their original starts.
+  Result<std::vector<ItemId>> straysWithUid(CalendarId calendar, ItemKind kind, std::string_view uid);
+  Result<std::optional<ItemId>> strayAt(CalendarId calendar, ItemKind kind, std::string_view uid,
+                                        std::int64_t original);
+
+  struct Changed {
+    ItemId id = 0;
+    std::int64_t original = 0;
+    CalendarTime recurrenceId;
+  };
+  /// The changed occurrences of a series, by original start.
+  Result<std::vector<Changed>> changedOf(ItemId series);
+  /// The one with that original start, 0 when there is none.
+  Result<ItemId> changedAt(ItemId series, std::int64_t original);
+
+  Result<std::optional<RowPlace>> place(ItemId id);
+  /// Gives the item its id. `uuid` is the row's own identifier.
+  Status insert(Item& item, const Uuid& uuid, const RowPlace& place);
+  /// Changes everything but the identifier.
+  Status update(const Item& item, const RowPlace& place);
+  Status remove(ItemId id);
+  /// The newest row's identifier; nil when there are none.
+  Result<Uuid> newestUuid();
+
+  /// Visits the rows of a calendar that are no changed occurrence of a series, in the order in which they came.
+  Status visitCalendar(CalendarId calendar, const std::function<Status(const Item&)>& visit);
+  Result<std::vector<ItemId>> idsInCalendar(CalendarId calendar);
+
+ private:
+  using Kept = std::unordered_map<ItemId, std::shared_ptr<const Item>>;
+
+  Result<std::shared_ptr<const Item>> load(ItemId id);
+  void keep(const std::shared_ptr<const Item>& item);
+  void bindValues(Statement& statement, const Item& item, const RowPlace& place);
+
+  Database& m_database;
+  Kept m_recent, m_older;  ///< what is asked for moves to `m_recent`; when that is full, `m_older` goes
+  PackedBytes m_recurrence, m_alarms, m_attendees;
+  LazyStatement m_read, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf, m_changedAt,
+      m_place, m_insert, m_update, m_remove, m_newestUuid, m_inCalendar, m_idsInCalendar;
+};
+
+}  // namespace orlocal::store

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+#include "store/recurrence.h"
+
+namespace orlocal::store {
+
+/// How rows and the timeline name the original start of a changed occurrence: seconds since 1970 in UTC or, for a
+/// series of whole days or floating times, on the wall clock. `series` is compiled for UTC, so both are the same
+/// number.
+inline std::int64_t originalKey(const Series& series, const CalendarTime& recurrenceId) {
+  return std::chrono::floor<std::chrono::seconds>(series.originalStart(recurrenceId)).time_since_epoch().count();
+}
+
+}  // namespace orlocal::store

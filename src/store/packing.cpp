@@ -1,0 +1,295 @@
+#include "store/packing.h"
+
+#include <type_traits>
+#include <utility>
+
+namespace orlocal::store {
+namespace {
+
+constexpr std::string_view kDateClock = "=date", kFloatingClock = "=floating", kUtcClock = "=utc";
+
+/// Whole numbers of any sign in groups of seven bits, texts with their length before them.
+class Packer {
+ public:
+  explicit Packer(PackedBytes& out) : m_out(out) { m_out.clear(); }
+
+  void number(std::int64_t value) {
+    // Small numbers of both signs become small: 0, -1, 1, -2, …
+    auto rest = static_cast<std::uint64_t>(value) << 1 ^ static_cast<std::uint64_t>(value >> 63);
+    for (; rest >= 0x80; rest >>= 7) m_out.push_back(static_cast<std::byte>(rest | 0x80));
+    m_out.push_back(static_cast<std::byte>(rest));
+  }
+  void text(std::string_view value) {
+    number(static_cast<std::int64_t>(value.size()));
+    const auto* data = reinterpret_cast<const std::byte*>(value.data());
+    m_out.insert(m_out.end(), data, data + value.size());
+  }
+  void optionalText(const std::optional<std::string>& value) {
+    number(value.has_value());
+    if (value) text(*value);
+  }
+  void time(const CalendarTime& value) {
+    text(clockName(value));
+    number(wallSeconds(value.local));
+  }
+  void count(std::size_t size) { number(static_cast<std::int64_t>(size)); }
+  void numbers(const std::vector<int>& values) {
+    count(values.size());
+    for (const int value : values) number(value);
+  }
+
+ private:
+  PackedBytes& m_out;
+};
+
+/// Reads what `Packer` wrote; past a damage everything reads as nothing and `sound` is false.
+class Unpacker {
+ public:
+  explicit Unpacker(std::span<const std::byte> bytes) : m_bytes(bytes) {}
+
+  std::int64_t number() {
+    std::uint64_t value = 0;
+    for (unsigned shift = 0; shift < 64; shift += 7) {
+      if (m_bytes.empty()) break;
+      const auto byte = std::to_integer<std::uint64_t>(m_bytes.front());
+      m_bytes = m_bytes.subspan(1);
+      value |= (byte & 0x7f) << shift;
+      if (byte < 0x80) return static_cast<std::int64_t>(value >> 1 ^ (~(value & 1) + 1));
+    }
+    m_sound = false;
+    return 0;
+  }
+  template <class T>
+  T small() {
+    return static_cast<T>(number());
+  }
+  bool flag() { return number() != 0; }
+  std::string text() {
+    const std::size_t size = count();
+    std::string value(reinterpret_cast<const char*>(m_bytes.data()), size);
+    m_bytes = m_bytes.subspan(size);
+    return value;
+  }
+  std::optional<std::string> optionalText() { return flag() ? std::optional(text()) : std::nullopt; }
+  CalendarTime time() {
+    const std::string clock = text();
+    return timeOnClock(number(), clock);
+  }
+  /// Of things that take a byte at least.
+  std::size_t count() {
+    const std::int64_t value = number();
+    if (value >= 0 && static_cast<std::uint64_t>(value) <= m_bytes.size()) return static_cast<std::size_t>(value);
+    m_sound = false;
+    return 0;
+  }
+  std::vector<int> numbers() {
+    std::vector<int> values(count());
+    for (int& value : values) value = small<int>();
+    return values;
+  }
+  bool sound() const { return m_sound && m_bytes.empty(); }
+
+ private:
+  std::span<const std::byte> m_bytes;
+  bool m_sound = true;
+};
+
+void packTimes(Packer& packer, const std::vector<CalendarTime>& times) {
+  packer.count(times.size());
+  for (const CalendarTime& time : times) packer.time(time);
+}
+
+std::vector<CalendarTime> unpackTimes(Unpacker& unpacker) {
+  std::vector<CalendarTime> times(unpacker.count());
+  for (CalendarTime& time : times) time = unpacker.time();
+  return times;
+}
+
+template <class T>
+std::optional<T> ifSound(const Unpacker& unpacker, T&& value) {
+  return unpacker.sound() ? std::optional<T>(std::forward<T>(value)) : std::nullopt;
+}
+
+/// One list for both directions, so that they cannot differ.
+constexpr std::vector<int> RecurrenceRule::*kRuleLists[] = {&RecurrenceRule::bySecond,  &RecurrenceRule::byMinute,
+                                                            &RecurrenceRule::byHour,    &RecurrenceRule::byMonthDay,
+                                                            &RecurrenceRule::byYearDay, &RecurrenceRule::byWeekNumber,
+                                                            &RecurrenceRule::byMonth,   &RecurrenceRule::bySetPosition};
+
+constexpr std::int64_t kHasCount = 1, kHasUntil = 2, kHasWeekStart = 4, kHasDays = 8, kHasLists = 16;
+
+void packRule(Packer& packer, const RecurrenceRule& rule) {
+  bool lists = false;
+  for (const auto list : kRuleLists) lists = lists || !(rule.*list).empty();
+  packer.number(static_cast<std::int64_t>(rule.frequency));
+  packer.number(rule.interval);
+  packer.number((rule.count ? kHasCount : 0) | (rule.until ? kHasUntil : 0) | (rule.weekStart ? kHasWeekStart : 0) |
+                (rule.byDay.empty() ? 0 : kHasDays) | (lists ? kHasLists : 0));
+  if (rule.count) packer.number(*rule.count);
+  if (rule.until) packer.time(*rule.until);
+  if (rule.weekStart) packer.number(*rule.weekStart);
+  if (!rule.byDay.empty()) {
+    packer.count(rule.byDay.size());
+    for (const RecurrenceRule::WeekDay& day : rule.byDay) {
+      packer.number(day.ordinal);
+      packer.number(day.day);
+    }
+  }
+  if (lists) {
+    for (const auto list : kRuleLists) packer.numbers(rule.*list);
+  }
+}
+
+RecurrenceRule unpackRule(Unpacker& unpacker) {
+  RecurrenceRule rule;
+  rule.frequency = unpacker.small<RecurrenceRule::Frequency>();
+  rule.interval = unpacker.small<int>();
+  const std::int64_t parts = unpacker.number();
+  if ((parts & kHasCount) != 0) rule.count = unpacker.number();
+  if ((parts & kHasUntil) != 0) rule.until = unpacker.time();
+  if ((parts & kHasWeekStart) != 0) rule.weekStart = unpacker.small<int>();
+  if ((parts & kHasDays) != 0) {
+    rule.byDay.resize(unpacker.count());
+    for (RecurrenceRule::WeekDay& day : rule.byDay) {
+      day.ordinal = unpacker.small<int>();
+      day.day = unpacker.small<int>();
+    }
+  }
+  if ((parts & kHasLists) != 0) {
+    for (const auto list : kRuleLists) rule.*list = unpacker.numbers();
+  }
+  return rule;
+}
+
+}  // namespace
+
+std::string_view clockName(const CalendarTime& time) {
+  switch (time.kind) {
+    case CalendarTime::Kind::kDate:
+      return kDateClock;
+    case CalendarTime::Kind::kFloating:
+      return kFloatingClock;
+    case CalendarTime::Kind::kUtc:
+      return kUtcClock;
+    case CalendarTime::Kind::kZoned:
+      break;
+  }
+  return time.zone;
+}
+
+CalendarTime timeOnClock(std::int64_t seconds, std::string_view clock) {
+  CalendarTime time;
+  time.local = wallTime(seconds);
+  if (clock == kDateClock) {
+    time.kind = CalendarTime::Kind::kDate;
+  } else if (clock == kFloatingClock) {
+    time.kind = CalendarTime::Kind::kFloating;
+  } else if (clock == kUtcClock) {
+    time.kind = CalendarTime::Kind::kUtc;
+  } else {
+    time.kind = CalendarTime::Kind::kZoned;
+    time.zone = clock;
+  }
+  return time;
+}
+
+void packRecurrence(const Recurrence& recurrence, PackedBytes& out) {
+  Packer packer(out);
+  packer.count(recurrence.rules.size());
+  for (const RecurrenceRule& rule : recurrence.rules) packRule(packer, rule);
+  packTimes(packer, recurrence.added);
+  packTimes(packer, recurrence.excluded);
+}
+
+std::optional<Recurrence> unpackRecurrence(std::span<const std::byte> bytes) {
+  Unpacker unpacker(bytes);
+  Recurrence recurrence;
+  recurrence.rules.resize(unpacker.count());
+  for (RecurrenceRule& rule : recurrence.rules) rule = unpackRule(unpacker);
+  recurrence.added = unpackTimes(unpacker);
+  recurrence.excluded = unpackTimes(unpacker);
+  return ifSound(unpacker, std::move(recurrence));
+}
+
+void packAlarms(const std::vector<Alarm>& alarms, PackedBytes& out) {
+  Packer packer(out);
+  packer.count(alarms.size());
+  for (const Alarm& alarm : alarms) {
+    packer.number(static_cast<std::int64_t>(alarm.action));
+    if (const auto* relative = std::get_if<Alarm::Relative>(&alarm.trigger)) {
+      packer.number(relative->fromEnd ? 1 : 0);
+      packer.number(relative->offset.count());
+    } else {
+      packer.number(2);
+      packer.number(std::get<Moment>(alarm.trigger).time_since_epoch().count());
+    }
+    packer.optionalText(alarm.emailAddress);
+    packer.optionalText(alarm.soundName);
+    packer.optionalText(alarm.url);
+    packer.text(alarm.extra);
+  }
+}
+
+std::optional<std::vector<Alarm>> unpackAlarms(std::span<const std::byte> bytes) {
+  Unpacker unpacker(bytes);
+  std::vector<Alarm> alarms(unpacker.count());
+  for (Alarm& alarm : alarms) {
+    alarm.action = unpacker.small<Alarm::Action>();
+    const std::int64_t anchor = unpacker.number();
+    const std::int64_t value = unpacker.number();
+    if (anchor == 2) {
+      alarm.trigger = Moment(std::chrono::microseconds(value));
+    } else {
+      alarm.trigger = Alarm::Relative{std::chrono::seconds(value), anchor == 1};
+    }
+    alarm.emailAddress = unpacker.optionalText();
+    alarm.soundName = unpacker.optionalText();
+    alarm.url = unpacker.optionalText();
+    alarm.extra = unpacker.text();
+  }
+  return ifSound(unpacker, std::move(alarms));
+}
+
+void packAttendees(const std::vector<Attendee>& attendees, PackedBytes& out) {
+  Packer packer(out);
+  packer.count(attendees.size());
+  for (const Attendee& attendee : attendees) {
+    packer.text(attendee.address);
+    packer.optionalText(attendee.name);
+    packer.number(static_cast<std::int64_t>(attendee.status));
+    packer.number(static_cast<std::int64_t>(attendee.role));
+    packer.number(static_cast<std::int64_t>(attendee.type));
+    packer.number(attendee.organizer);
+    packer.text(attendee.extra);
+  }
+}
+
+std::optional<std::vector<Attendee>> unpackAttendees(std::span<const std::byte> bytes) {
+  Unpacker unpacker(bytes);
+  std::vector<Attendee> attendees(unpacker.count());
+  for (Attendee& attendee : attendees) {
+    attendee.address = unpacker.text();
+    attendee.name = unpacker.optionalText();
+    attendee.status = unpacker.small<Attendee::Status>();
+    attendee.role = unpacker.small<Attendee::Role>();
+    attendee.type = unpacker.small<Attendee::Type>();
+    attendee.organizer = unpacker.flag();
+    attendee.extra = unpacker.text();
+  }
+  return ifSound(unpacker, std::move(attendees));
+}
+
+void packStrings(const std::vector<std::string>& strings, PackedBytes& out) {
+  Packer packer(out);
+  packer.count(strings.size());
+  for (const std::string& text : strings) packer.text(text);
+}
+
+std::optional<std::vector<std::string>> unpackStrings(std::span<const std::byte> bytes) {
+  Unpacker unpacker(bytes);
+  std::vector<std::string> strings(unpacker.count());
+  for (std::string& text : strings) text = unpacker.text();
+  return ifSound(unpacker, std::move(strings));
+}
+
+}  // namespace orlocal::store

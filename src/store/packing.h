@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/model.h"
+
+namespace orlocal::store {
+
+/// What no query asks for is kept packed in the row: see docs/store_format.md, "Packed columns".
+/// The buffer is the caller's, so that packing many rows allocates nothing; it is cleared first.
+using PackedBytes = std::vector<std::byte>;
+
+void packRecurrence(const Recurrence& recurrence, PackedBytes& out);
+void packAlarms(const std::vector<Alarm>& alarms, PackedBytes& out);
+void packAttendees(const std::vector<Attendee>& attendees, PackedBytes& out);
+void packStrings(const std::vector<std::string>& strings, PackedBytes& out);
+
+/// None when the bytes are damaged.
+std::optional<Recurrence> unpackRecurrence(std::span<const std::byte> bytes);
+std::optional<std::vector<Alarm>> unpackAlarms(std::span<const std::byte> bytes);
+std::optional<std::vector<Attendee>> unpackAttendees(std::span<const std::byte> bytes);
+std::optional<std::vector<std::string>> unpackStrings(std::span<const std::byte> bytes);
+
+/// Seconds since 1970-01-01 00:00:00 on the same wall clock.
+inline std::int64_t wallSeconds(const LocalTime& local) { return local - LocalTime(); }
+inline LocalTime wallTime(std::int64_t seconds) { return LocalTime() + seconds; }
+
+/// How a row names the clock of a time: "=date", "=floating", "=utc", or the zone's name.
+std::string_view clockName(const CalendarTime& time);
+CalendarTime timeOnClock(std::int64_t seconds, std::string_view clock);
+
+}  // namespace orlocal::store

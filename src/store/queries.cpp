@@ -1,0 +1,219 @@
+#include "store/queries.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include <fmt/format.h>
+
+#include "store/packing.h"
+#include "store/try.h"
+
+namespace orlocal::store {
+namespace {
+
+using std::chrono::seconds;
+
+// Years 1 to 9999 with room for every zone: nothing happens outside, and inside nothing overflows.
+constexpr Moment kEarliest{seconds(-62'135'596'800 - 2 * 86'400)};
+constexpr Moment kLatest{seconds(253'402'300'800 + 2 * 86'400)};
+constexpr auto kOpenEnded = std::chrono::days(4 * 365 + 1);
+
+std::int64_t floorSeconds(Moment moment) { return std::chrono::floor<seconds>(moment).time_since_epoch().count(); }
+std::int64_t ceilSeconds(Moment moment) { return std::chrono::ceil<seconds>(moment).time_since_epoch().count(); }
+
+/// A moment that the timeline holds as seconds, in UTC or on the viewer's wall clock.
+Moment momentAt(std::int64_t value, bool wall, const Zone& viewer) {
+  return wall ? viewer.toMoment(wallTime(value)) : Moment(seconds(value));
+}
+
+struct Range {
+  Moment from = kEarliest, to = kLatest;
+
+  bool overlaps(Moment start, Moment end) const { return start < to && (end > from || start >= from); }
+};
+
+Range rangeOf(const std::optional<Moment>& from, const std::optional<Moment>& to) {
+  return {std::clamp(from.value_or(kEarliest), kEarliest, kLatest),
+          std::clamp(to.value_or(kLatest), kEarliest, kLatest)};
+}
+
+/// Which calendars are asked about.
+class CalendarFilter {
+ public:
+  explicit CalendarFilter(std::vector<CalendarId> ids) : m_ids(std::move(ids)) {
+    std::sort(m_ids.begin(), m_ids.end());
+  }
+
+  bool takes(CalendarId id) const {
+    return m_ids.size() == 1 ? m_ids.front() == id : std::binary_search(m_ids.begin(), m_ids.end(), id);
+  }
+
+ private:
+  std::vector<CalendarId> m_ids;
+};
+
+struct RepeatingEntry {
+  ItemId item;
+  bool endless;
+};
+
+/// Gathers the occurrences of one query.
+class Gathering {
+ public:
+  Gathering(StoreCore& core, const EventQuery& query)
+      : m_core(core),
+        m_calendars(query.calendars),
+        m_range(rangeOf(query.from, query.to)),
+        m_endlessTo(query.to ? m_range.to
+                             : std::clamp(std::max(now(), m_range.from) + kOpenEnded, kEarliest, kLatest)) {}
+
+  Result<std::vector<Occurrence>> run() {
+    ORLOCAL_CHECK(m_core.timeline.visitEvents(floorSeconds(m_range.from), ceilSeconds(m_range.to),
+                                              [&](const TimelineEntry& entry) { return take(entry); }));
+    // In the order of the rows, so that neighbours in the file are read together.
+    std::sort(m_series.begin(), m_series.end(),
+              [](const RepeatingEntry& a, const RepeatingEntry& b) { return a.item < b.item; });
+    for (const RepeatingEntry& entry : m_series) ORLOCAL_CHECK(expand(entry));
+    // Identifiers are given out in the order of the rows.
+    std::sort(m_found.begin(), m_found.end(), [](const Occurrence& a, const Occurrence& b) {
+      return std::tie(a.start, a.end, a.event, a.item) < std::tie(b.start, b.end, b.event, b.item);
+    });
+    return std::move(m_found);
+  }
+
+ private:
+  Status take(const TimelineEntry& entry) {
+    if (!m_calendars.takes(entry.calendar)) return {};
+    if (entry.repeats) {
+      m_series.push_back({entry.item, entry.end == TimelineEntry::kEndless});
+      return {};
+    }
+    const Zone& viewer = m_core.options.viewer;
+    Occurrence occurrence;
+    occurrence.start = momentAt(entry.start, entry.wall, viewer);
+    occurrence.end = std::max(occurrence.start, momentAt(entry.end, entry.wall, viewer));
+    if (!m_range.overlaps(occurrence.start, occurrence.end)) return {};
+    occurrence.originalStart =
+        entry.original ? momentAt(*entry.original, entry.originalIsWall, viewer) : occurrence.start;
+    occurrence.item = entry.item;
+    occurrence.event = entry.series.value_or(entry.item);
+    return add(occurrence);
+  }
+
+  Status expand(const RepeatingEntry& entry) {
+    ORLOCAL_TRY(const Series* series, m_core.series.of(entry.item));
+    if (series == nullptr) return {};
+    Status added;
+    ORLOCAL_CHECK(series->expand(m_range.from, entry.endless ? m_endlessTo : m_range.to, m_budget,
+                                 [&](const Series::Instance& instance) {
+                                   added = add({instance.start, instance.end, instance.start, entry.item, entry.item});
+                                   return added.has_value();
+                                 }));
+    return added;
+  }
+
+  Status add(const Occurrence& occurrence) {
+    if (m_found.size() >= m_core.options.occurrenceBudget) {
+      return failure(ErrorCode::kBudget, fmt::format("The range holds more than {} occurrences; ask for a shorter one.",
+                                                     m_core.options.occurrenceBudget));
+    }
+    m_found.push_back(occurrence);
+    return {};
+  }
+
+  StoreCore& m_core;
+  CalendarFilter m_calendars;
+  Range m_range;
+  Moment m_endlessTo;
+  ExpansionBudget m_budget;
+  std::vector<RepeatingEntry> m_series;
+  std::vector<Occurrence> m_found;
+};
+
+}  // namespace
+
+Result<std::vector<Occurrence>> Queries::occurrences(const EventQuery& query) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
+  return Gathering(m_core, query).run();
+}
+
+Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
+  const Zone& viewer = m_core.options.viewer;
+  const CalendarFilter calendars(query.calendars);
+  const Range range = rangeOf(query.from, query.to);
+  const bool bounded = query.from || query.to;
+  struct Found {
+    Moment due;
+    ItemId item;
+  };
+  std::vector<Found> found;
+  if (query.status != ReminderQuery::Status::kCompleted) {
+    ORLOCAL_CHECK(m_core.timeline.visitOpenReminders(
+        floorSeconds(range.from), ceilSeconds(range.to), !bounded, [&](const TimelineEntry& entry) -> Status {
+          if (!calendars.takes(entry.calendar)) return {};
+          const Moment due = entry.hasDue ? momentAt(entry.start, entry.wall, viewer) : Moment::max();
+          if (!entry.hasDue || (due >= range.from && due < range.to)) found.push_back({due, entry.item});
+          return {};
+        }));
+  }
+  if (query.status != ReminderQuery::Status::kOpen) {
+    ORLOCAL_CHECK(m_core.timeline.visitCompletedReminders(
+        floorSeconds(range.from), ceilSeconds(range.to), [&](const TimelineEntry& entry) -> Status {
+          const Moment completed{seconds(entry.start)};
+          if (!calendars.takes(entry.calendar)) return {};
+          if (completed < range.from || completed >= range.to) return {};
+          found.push_back({entry.hasDue ? momentAt(entry.end, entry.dueIsWall, viewer) : Moment::max(), entry.item});
+          return {};
+        }));
+  }
+  std::sort(found.begin(), found.end(),
+            [](const Found& a, const Found& b) { return std::tie(a.due, a.item) < std::tie(b.due, b.item); });
+  std::vector<ItemId> ids;
+  ids.reserve(found.size());
+  for (const Found& reminder : found) ids.push_back(reminder.item);
+  return ids;
+}
+
+Result<Occurrence> Queries::onlyOccurrence(const Item& event) {
+  const Zone& viewer = m_core.options.viewer;
+  if (!event.start) return failure(ErrorCode::kInvalid, "An event without a start has no occurrence.");
+  Occurrence occurrence;
+  occurrence.start = occurrence.originalStart = momentOf(*event.start, viewer);
+  occurrence.end = event.end ? std::max(occurrence.start, momentOf(*event.end, viewer)) : occurrence.start;
+  occurrence.item = event.id;
+  occurrence.event = event.series.value_or(event.id);
+  if (!event.recurrenceId) return occurrence;
+  ORLOCAL_TRY(const auto place, m_core.rows.place(event.id));
+  bool wall = Timeline::isWall(*event.recurrenceId);
+  if (event.series) {
+    ORLOCAL_TRY(const Series* series, m_core.series.of(*event.series));
+    if (series != nullptr) wall = series->followsViewer();
+  }
+  if (place && place->original) occurrence.originalStart = momentAt(*place->original, wall, viewer);
+  return occurrence;
+}
+
+Result<std::optional<Occurrence>> Queries::firstOccurrence(const Item& event) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
+  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(event.id));
+  if (event.recurrence.empty() && changed.empty()) {
+    ORLOCAL_TRY(const Occurrence only, onlyOccurrence(event));
+    return only;
+  }
+  ORLOCAL_TRY(const Series* series, m_core.series.of(event.id));
+  if (series == nullptr) return std::nullopt;
+  ExpansionBudget budget;
+  ORLOCAL_TRY(const auto first, series->first(budget));
+  std::optional<Occurrence> found;
+  if (first) found = Occurrence{first->start, first->end, first->start, event.id, event.id};
+  if (changed.empty()) return found;
+  const Moment original = momentAt(changed.front().original, series->followsViewer(), m_core.options.viewer);
+  if (found && found->originalStart < original) return found;
+  ORLOCAL_TRY(const auto row, m_core.rows.read(changed.front().id));
+  if (row == nullptr) return found;
+  ORLOCAL_TRY(const Occurrence only, onlyOccurrence(*row));
+  return only;
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "store/store_core.h"
+
+namespace orlocal::store {
+
+/// Answers questions about ranges of time.
+class Queries {
+ public:
+  explicit Queries(StoreCore& core) : m_core(core) {}
+
+  /// See `CalendarStore`; each in a snapshot of its own, or in the one that is open.
+  Result<std::vector<Occurrence>> occurrences(const EventQuery& query);
+  Result<std::vector<ItemId>> reminders(const ReminderQuery& query);
+  Result<std::optional<Occurrence>> firstOccurrence(const Item& event);
+  /// The occurrence that a row which does not repeat stands for.
+  Result<Occurrence> onlyOccurrence(const Item& event);
+
+ private:
+  StoreCore& m_core;
+};
+
+}  // namespace orlocal::store

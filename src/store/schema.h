@@ -1,0 +1,25 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+
+#include "store/result.h"
+#include "store/sqlite.h"
+#include "store/uuid.h"
+
+namespace orlocal::store {
+
+/// "Orlo": marks an SQLite file as a calendar store.
+constexpr std::int64_t kApplicationId = 0x4f726c6f;
+
+/// The version of the format that this program writes.
+std::int64_t formatVersion();
+
+/// Opens a store file as docs/store_format.md describes it: makes it with its folder and the default calendars when it
+/// is not there, brings an older version forward in one transaction. A file that is no calendar store, or one of a
+/// newer version, is refused and stays as it is. Reads the header and the table definitions, nothing else.
+Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
+                               UuidMaker& uuids);
+
+}  // namespace orlocal::store

@@ -1,0 +1,112 @@
+#include "store/sqlite_store.h"
+
+#include "store/calendar_edits.h"
+#include "store/contact_rows.h"
+#include "store/store_writer.h"
+#include "store/try.h"
+
+namespace orlocal::store {
+
+Result<std::unique_ptr<CalendarStore>> CalendarStore::open(StoreOptions options) {
+  ORLOCAL_TRY(auto core, StoreCore::open(std::move(options)));
+  return std::make_unique<SqliteStore>(std::move(core));
+}
+
+Result<std::vector<Source>> SqliteStore::sources() { return m_core->calendars.sources(); }
+
+Result<std::vector<Calendar>> SqliteStore::calendars(CalendarKind kind) { return m_core->calendars.ofKind(kind); }
+
+Result<std::optional<Calendar>> SqliteStore::calendar(std::string_view identifier) {
+  const auto uuid = Uuid::parse(identifier);
+  if (!uuid) return std::nullopt;
+  return m_core->calendars.withUuid(*uuid);
+}
+
+Result<std::optional<Calendar>> SqliteStore::defaultCalendar(CalendarKind kind) {
+  return m_core->calendars.forNewItems(kind);
+}
+
+Status SqliteStore::saveCalendar(Calendar& calendar) { return CalendarEdits(*m_core).save(calendar); }
+Status SqliteStore::removeCalendar(std::string_view identifier) { return CalendarEdits(*m_core).remove(identifier); }
+
+Result<std::vector<Occurrence>> SqliteStore::occurrences(const EventQuery& query) {
+  return m_queries.occurrences(query);
+}
+
+Result<std::vector<ItemId>> SqliteStore::reminders(const ReminderQuery& query) { return m_queries.reminders(query); }
+
+Result<std::shared_ptr<const Item>> SqliteStore::item(ItemId id) {
+  // What is at hand is right as long as nobody wrote.
+  const std::uint64_t generation = m_core->generation();
+  if (generation == m_checked) {
+    if (auto kept = m_core->rows.kept(id)) return kept;
+  }
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  m_checked = generation;
+  return m_core->rows.read(id);
+}
+
+void SqliteStore::prefetch(std::span<const ItemId> ids) {
+  const std::uint64_t generation = m_core->generation();
+  if (const auto snapshot = m_core->beginReading()) {
+    m_checked = generation;
+    m_core->rows.prefetch(ids);
+  }
+}
+
+Result<std::shared_ptr<const Item>> SqliteStore::event(std::string_view identifier) {
+  ORLOCAL_TRY(auto item, itemWithIdentifier(identifier));
+  return item != nullptr && item->kind == ItemKind::kEvent ? item : nullptr;
+}
+
+Result<std::shared_ptr<const Item>> SqliteStore::itemWithIdentifier(std::string_view itemIdentifier) {
+  const auto uuid = Uuid::parse(itemIdentifier);
+  if (!uuid) return nullptr;
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  ORLOCAL_TRY(const auto id, m_core->rows.withUuid(*uuid));
+  if (!id) return nullptr;
+  return m_core->rows.read(*id);
+}
+
+Result<std::optional<Occurrence>> SqliteStore::firstOccurrence(const Item& event) {
+  return m_queries.firstOccurrence(event);
+}
+
+Status SqliteStore::saveEvent(Item&, const std::optional<Occurrence>&, Span) {
+  return failure(ErrorCode::kRefused, "Saving events is not built yet.");
+}
+Status SqliteStore::removeEvent(const Item&, const std::optional<Occurrence>&, Span) {
+  return failure(ErrorCode::kRefused, "Removing events is not built yet.");
+}
+Status SqliteStore::saveReminder(Item&) { return failure(ErrorCode::kRefused, "Saving reminders is not built yet."); }
+Status SqliteStore::removeReminder(const Item&) {
+  return failure(ErrorCode::kRefused, "Removing reminders is not built yet.");
+}
+
+Result<std::unique_ptr<ItemWriter>> SqliteStore::startWriting() { return StoreWriter::start(*m_core); }
+
+Status SqliteStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return m_core->rows.visitCalendar(calendar, [&](const Item& main) -> Status {
+    std::vector<Item> changed;
+    ORLOCAL_TRY(const auto rows, m_core->rows.changedOf(main.id));
+    for (const ItemRows::Changed& row : rows) {
+      ORLOCAL_TRY(const auto occurrence, m_core->rows.read(row.id));
+      if (occurrence != nullptr) changed.push_back(*occurrence);
+    }
+    return visit(main, changed);
+  });
+}
+
+Result<std::optional<std::string>> SqliteStore::privateZone(std::string_view name) {
+  ORLOCAL_TRY(Statement find, m_core->database.prepare("SELECT vtimezone FROM zones WHERE name = ?"));
+  find.bind(1, name);
+  ORLOCAL_TRY(const bool found, find.step());
+  return found ? std::optional<std::string>(find.text(0)) : std::nullopt;
+}
+
+Result<std::optional<std::string>> SqliteStore::addressOf(std::string_view email) {
+  return ContactRows(m_core->database).addressOf(email);
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+
+#include "store/calendar_store.h"
+#include "store/queries.h"
+#include "store/store_core.h"
+
+namespace orlocal::store {
+
+/// The calendar store over its file: hands each call to the part whose subject it is.
+class SqliteStore final : public CalendarStore {
+ public:
+  explicit SqliteStore(std::unique_ptr<StoreCore> core) : m_core(std::move(core)), m_queries(*m_core) {}
+
+  std::uint64_t generation() override { return m_core->generation(); }
+
+  Result<std::vector<Source>> sources() override;
+  Result<std::vector<Calendar>> calendars(CalendarKind kind) override;
+  Result<std::optional<Calendar>> calendar(std::string_view identifier) override;
+  Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) override;
+  Status saveCalendar(Calendar& calendar) override;
+  Status removeCalendar(std::string_view identifier) override;
+
+  Result<std::vector<Occurrence>> occurrences(const EventQuery& query) override;
+  Result<std::vector<ItemId>> reminders(const ReminderQuery& query) override;
+
+  Result<std::shared_ptr<const Item>> item(ItemId id) override;
+  void prefetch(std::span<const ItemId> ids) override;
+  Result<std::shared_ptr<const Item>> event(std::string_view identifier) override;
+  Result<std::shared_ptr<const Item>> itemWithIdentifier(std::string_view itemIdentifier) override;
+  Result<std::optional<Occurrence>> firstOccurrence(const Item& event) override;
+
+  Status saveEvent(Item& edited, const std::optional<Occurrence>& occurrence, Span span) override;
+  Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) override;
+  Status saveReminder(Item& edited) override;
+  Status removeReminder(const Item& reminder) override;
+
+  Result<std::unique_ptr<ItemWriter>> startWriting() override;
+  Status forEachItem(CalendarId calendar, const ItemVisitor& visit) override;
+  Result<std::optional<std::string>> privateZone(std::string_view name) override;
+  Result<std::optional<std::string>> addressOf(std::string_view email) override;
+
+ private:
+  std::unique_ptr<StoreCore> m_core;
+  Queries m_queries;
+  std::uint64_t m_checked = 0;  ///< generation with which what is kept agrees
+};
+
+}  // namespace orlocal::store

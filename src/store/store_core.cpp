@@ -1,0 +1,206 @@
+#include "store/store_core.h"
+
+#include <cstring>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "store/schema.h"
+#include "store/try.h"
+
+namespace orlocal::store {
+namespace {
+
+/// Compiled series kept at most: those of a store of 250,000 events.
+constexpr std::size_t kKeptSeries = 50'000;
+/// Past so many changes by others, forgetting everything costs less than looking at each.
+constexpr std::int64_t kManyChanges = 2'000;
+
+Subject subjectOf(const Item& item) { return item.kind == ItemKind::kEvent ? Subject::kEvent : Subject::kReminder; }
+
+Uuid publicUuid(const Item& item) { return Uuid::parse(item.identifier).value_or(Uuid()); }
+
+}  // namespace
+
+Result<const Series*> SeriesCache::of(ItemId id) {
+  if (const auto found = m_series.find(id); found != m_series.end()) return &found->second;
+  ORLOCAL_TRY(const auto item, m_rows.readForExpansion(id));
+  if (!item) return nullptr;
+  std::vector<CalendarTime> changed;
+  if (item->hasChanged) {
+    ORLOCAL_TRY(const auto rows, m_rows.changedOf(id));
+    changed.reserve(rows.size());
+    for (const ItemRows::Changed& row : rows) changed.push_back(row.recurrenceId);
+  }
+  ORLOCAL_TRY(Series series, Series::compile(item->item, m_viewer, changed));
+  if (m_series.size() >= kKeptSeries) m_series.clear();
+  return &m_series.emplace(id, std::move(series)).first->second;
+}
+
+StoreCore::StoreCore(StoreOptions storeOptions, Database opened, UuidMaker maker)
+    : options(std::move(storeOptions)),
+      database(std::move(opened)),
+      uuids(std::move(maker)),
+      log(database, uuids.randomNumber()),
+      timeline(database),
+      rows(database),
+      calendars(database),
+      series(rows, options.viewer) {}
+
+Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
+  UuidMaker maker;
+  ORLOCAL_TRY(Database opened, openStoreFile(storeOptions.file, storeOptions.busyTimeout, maker));
+  return std::unique_ptr<StoreCore>(new StoreCore(std::move(storeOptions), std::move(opened), std::move(maker)));
+}
+
+void StoreCore::forgetAll() {
+  rows.forgetAll();
+  series.forgetAll();
+  timeline.forgetShelves();
+}
+
+Status StoreCore::loadZones() {
+  Statement& zones = m_zones.in(database);
+  const ResetAtExit reset(zones);
+  for (;;) {
+    ORLOCAL_TRY(const bool found, zones.step());
+    if (!found) return {};
+    // One that cannot be read any more is treated like an unknown zone.
+    (void)Zone::registerPrivate(std::string(zones.text(0)), zones.text(1));
+  }
+}
+
+Status StoreCore::catchUp() {
+  ORLOCAL_TRY(const std::int64_t newest, log.newest());
+  if (newest == m_seen) return {};
+  bool zonesChanged = m_seen < 0;
+  if (m_seen >= 0) {
+    ORLOCAL_TRY(const std::int64_t oldest, log.oldest());
+    if (newest < m_seen || newest - m_seen > kManyChanges || oldest > m_seen + 1) {
+      forgetAll();
+      zonesChanged = true;
+    } else {
+      ORLOCAL_CHECK(log.visitAfter(m_seen, [&](const LoggedChange& change) {
+        if (change.subject == Subject::kZone) zonesChanged = true;
+        if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) return;
+        rows.forget(change.row);
+        series.forget(change.row);
+        if (change.series) series.forget(*change.series);
+      }));
+      timeline.forgetShelves();
+    }
+  }
+  if (zonesChanged) {
+    series.forgetAll();
+    ORLOCAL_CHECK(loadZones());
+  }
+  m_seen = newest;
+  return {};
+}
+
+Result<Transaction> StoreCore::beginReading() {
+  ORLOCAL_TRY(Transaction transaction, Transaction::read(database));
+  ORLOCAL_CHECK(catchUp());
+  return transaction;
+}
+
+Result<WriteTurn> StoreCore::beginWriting() {
+  ORLOCAL_TRY(Transaction transaction, Transaction::write(database));
+  ORLOCAL_CHECK(catchUp());
+  ORLOCAL_CHECK(log.startCommit());
+  ORLOCAL_TRY(const Uuid newest, rows.newestUuid());
+  uuids.startAfter(newest);
+  return WriteTurn(*this, std::move(transaction));
+}
+
+std::uint64_t StoreCore::generation() {
+  if (m_walIndex == nullptr) {
+    // The index exists from the first transaction on.
+    if (auto reading = beginReading(); reading) m_walIndex = database.readOnly() ? nullptr : database.walIndex();
+  }
+  if (m_walIndex == nullptr) {
+    Statement& version = m_readDataVersion.in(database);
+    const auto row = version.step();
+    if (!row || !*row || version.integer(0) != m_dataVersion) ++m_generation;
+    if (row && *row) m_dataVersion = version.integer(0);
+    version.reset();
+    return m_generation;
+  }
+  // Another process may be writing it at this moment: a torn header differs from the last one and from the next.
+  bool same = true;
+  for (std::size_t i = 0; i < std::size(m_walHeader); ++i) {
+    const std::uint32_t word = __atomic_load_n(m_walIndex + i, __ATOMIC_ACQUIRE);
+    same = same && word == m_walHeader[i];
+    m_walHeader[i] = word;
+  }
+  return same ? m_generation : ++m_generation;
+}
+
+Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall) {
+  const Uuid uuid = uuids.next();
+  item.itemIdentifier = uuid.text();
+  if (!item.series) item.identifier = item.itemIdentifier;
+  item.id = 0;
+  TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
+  ORLOCAL_CHECK(rows.insert(item, uuid, {entry.slot, entry.start, original}));
+  entry.item = item.id;
+  ORLOCAL_CHECK(timeline.insert(entry));
+  if (!item.series) return log.record(Operation::kInserted, subjectOf(item), item.id, std::nullopt, uuid);
+  series.forget(*item.series);
+  return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
+}
+
+Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall) {
+  ORLOCAL_TRY(const auto before, rows.place(item.id));
+  if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
+  const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
+  ORLOCAL_CHECK(timeline.remove(item.id, before->slot, before->slotStart));
+  ORLOCAL_CHECK(timeline.insert(entry));
+  ORLOCAL_CHECK(rows.update(item, {entry.slot, entry.start, original}));
+  series.forget(item.id);
+  if (item.series) series.forget(*item.series);
+  return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
+}
+
+Status StoreCore::removeItem(const Item& item) {
+  ORLOCAL_TRY(const auto before, rows.place(item.id));
+  if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store.");
+  ORLOCAL_CHECK(timeline.remove(item.id, before->slot, before->slotStart));
+  ORLOCAL_CHECK(rows.remove(item.id));
+  series.forget(item.id);
+  if (item.series) series.forget(*item.series);
+  return log.record(item.series ? Operation::kUpdated : Operation::kDeleted, subjectOf(item), item.id, item.series,
+                    publicUuid(item));
+}
+
+Status StoreCore::removeCalendar(const Calendar& calendar) {
+  ORLOCAL_TRY(const auto ids, rows.idsInCalendar(calendar.id));
+  for (const ItemId id : ids) {
+    ORLOCAL_TRY(const auto item, rows.read(id));
+    if (item != nullptr) ORLOCAL_CHECK(removeItem(*item));
+  }
+  ORLOCAL_CHECK(calendars.remove(calendar.id));
+  return logCalendar(Operation::kDeleted, calendar);
+}
+
+Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
+  return log.record(operation, calendar.kind == CalendarKind::kEvents ? Subject::kCalendar : Subject::kReminderList,
+                    calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()));
+}
+
+WriteTurn::~WriteTurn() {
+  // What was read meanwhile may never have been.
+  if (m_core != nullptr) m_core->forgetAll();
+}
+
+Status WriteTurn::commit() {
+  ORLOCAL_CHECK(m_core->log.prune());
+  ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
+  ORLOCAL_CHECK(m_transaction.commit());
+  m_core->m_seen = newest;
+  m_core = nullptr;
+  return {};
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+
+#include "store/item_writer.h"
+#include "store/store_core.h"
+
+namespace orlocal::store {
+
+/// The writer over the store's own file.
+class StoreWriter final : public ItemWriter {
+ public:
+  static Result<std::unique_ptr<ItemWriter>> start(StoreCore& core);
+  ~StoreWriter() override;
+
+  Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title) override;
+  Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) override;
+  Status makeCalendar(Calendar& calendar) override;
+  Status putZone(std::string_view name, std::string_view vtimezone) override;
+  Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed) override;
+  Result<PutOutcome> putContact(Contact& contact) override;
+  Status commit() override;
+
+ private:
+  StoreWriter(StoreCore& core, WriteTurn turn) : m_core(core), m_turn(std::move(turn)) {}
+
+  Status checkTarget(CalendarId calendar, const Item& item);
+  Result<PutOutcome> putMain(Item& main, const Series* series);
+  Result<PutOutcome> putStray(Item& stray);
+  Result<PutOutcome> putChanged(Item& changed, const Item& main, const Series& series, ItemId known);
+  /// Finds the right one of the changed occurrences of a known series for each of `changed`; removes the others.
+  Result<PutOutcome> putAllChanged(std::vector<Item>& changed, const Item& main, const Series& series);
+  Status adoptStrays(const Item& main, const Series& series);
+
+  StoreCore& m_core;
+  WriteTurn m_turn;
+  std::optional<Calendar> m_lastTarget;
+  LazyStatement m_zoneText{"SELECT vtimezone FROM zones WHERE name = ?"};
+  LazyStatement m_putZone{"INSERT OR REPLACE INTO zones(name, vtimezone) VALUES(?, ?)"};
+};
+
+}  // namespace orlocal::store

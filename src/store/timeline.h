@@ -1,0 +1,84 @@
+#pragma once
+
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "store/model.h"
+#include "store/recurrence.h"
+#include "store/sqlite.h"
+
+namespace orlocal::store {
+
+/// What the timeline keeps of an event or reminder. Moments are whole seconds since 1970, in UTC; for whole days and
+/// floating times (`wall`) on the wall clock.
+struct TimelineEntry {
+  static constexpr std::int64_t kEndless = INT64_MAX;
+
+  ItemId item = 0;
+  CalendarId calendar = 0;
+  std::int64_t slot = 0;   ///< the shelf it stands on; see timeline.cpp
+  std::int64_t start = 0;  ///< of a series: of its first occurrence; of a reminder: due or completed
+  std::int64_t end = 0;    ///< of a series: of its last one, or `kEndless`; of a completed reminder: due
+  bool repeats = false;
+  bool wall = false;
+  bool dueIsWall = false, hasDue = false;  ///< completed reminders: of `end`
+  std::optional<ItemId> series;            ///< changed occurrences: theirs
+  std::optional<std::int64_t> original;    ///< changed occurrences: original start
+  bool originalIsWall = false;
+};
+
+/// Finds what overlaps a range at the cost of the answer, whatever else the store holds.
+///
+/// Entries stand on shelves by how long they last, and on a shelf by their start: on the shelf for lengths up to L only
+/// starts in (from - L, to) can overlap [from, to). Series that go on for ever but meet in few months of the year stand
+/// on a shelf for each of these months.
+class Timeline {
+ public:
+  static constexpr std::size_t kShelves = 256;
+
+  explicit Timeline(Database& database) : m_database(database) {}
+
+  /// The entry of an event or reminder; `series` is what it expands to when it repeats, compiled for UTC, and
+  /// `original` the original start (in the terms of `originalKey`) of a changed occurrence.
+  static TimelineEntry entryOf(const Item& item, const Series* series, std::optional<std::int64_t> original,
+                               bool originalIsWall);
+  static bool isWall(const CalendarTime& time);
+  /// Seconds: UTC, or on the wall clock when `isWall`.
+  static std::int64_t keyOf(const CalendarTime& time);
+
+  Status insert(const TimelineEntry& entry);
+  /// `slot` and `start` are the entry's.
+  Status remove(ItemId item, std::int64_t slot, std::int64_t start);
+
+  /// Says that another process may have changed the file.
+  void forgetShelves() { m_shelvesKnown = false; }
+
+  using Visitor = std::function<Status(const TimelineEntry&)>;
+  /// Visits every event entry that may overlap [from, to), each once, in no order; some do not overlap after all.
+  /// Bounds are seconds since 1970 in UTC.
+  Status visitEvents(std::int64_t from, std::int64_t to, const Visitor& visit);
+  /// Visits reminder entries that may lie in [from, to).
+  Status visitOpenReminders(std::int64_t from, std::int64_t to, bool withoutDue, const Visitor& visit);
+  Status visitCompletedReminders(std::int64_t from, std::int64_t to, const Visitor& visit);
+
+ private:
+  Status findShelves();
+  Status visitShelf(std::int64_t slot, std::int64_t after, std::int64_t before, const Visitor& visit);
+
+  Database& m_database;
+  std::bitset<kShelves> m_shelves;  ///< those with entries, perhaps some more
+  bool m_shelvesKnown = false;
+  LazyStatement m_insert{
+      "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original) "
+      "VALUES(?, ?, ?, ?, ?, ?, ?, ?)"};
+  LazyStatement m_remove{"DELETE FROM timeline WHERE slot = ? AND \"start\" = ? AND item = ?"};
+  LazyStatement m_nextSlot{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
+  LazyStatement m_scan{
+      "SELECT item, calendar, \"start\", \"end\", flags, series, original FROM timeline "
+      "WHERE slot = ? AND \"start\" > ? AND \"start\" < ?"};
+};
+
+}  // namespace orlocal::store
