@@ -28,11 +28,6 @@ class Shelf {
     return 0;
   }
 
-  void removeAll(std::uint32_t pluginId) {
-    std::erase_if(m_entries, [&](const auto& entry) { return entry.first.pluginId == pluginId; });
-    nameAll();
-  }
-
   std::shared_ptr<const Entry> find(std::u16string_view name) const {
     const auto found = m_byName.find(foldCase(name));
     return found == m_byName.end() ? nullptr : found->second;
@@ -116,12 +111,6 @@ fmx::ErrorCode Registry::unregisterFunction(RegistrationKey key) {
 fmx::ErrorCode Registry::unregisterStep(RegistrationKey key) {
   const std::lock_guard guard(m_state->lock);
   return m_state->steps.remove(key);
-}
-
-void Registry::forget(std::uint32_t pluginId) {
-  const std::lock_guard guard(m_state->lock);
-  m_state->functions.removeAll(pluginId);
-  m_state->steps.removeAll(pluginId);
 }
 
 std::shared_ptr<const RegisteredFunction> Registry::function(std::u16string_view name) const {

@@ -77,8 +77,6 @@ class ORLOCAL_HOST_API Registry {
   fmx::ErrorCode registerStep(RegisteredStep step);
   fmx::ErrorCode unregisterFunction(RegistrationKey key);
   fmx::ErrorCode unregisterStep(RegistrationKey key);
-  /// Forgets all registrations of one plug-in, for one that leaves without cleaning up.
-  void forget(std::uint32_t pluginId);
 
   /// By name, ignoring case; the first by plug-in and ID when several share it. Null when there is none.
   std::shared_ptr<const RegisteredFunction> function(std::u16string_view name) const;

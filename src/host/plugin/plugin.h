@@ -59,7 +59,8 @@ class Plugin {
   /// Any other message, with no parameters.
   PluginResult<void> send(std::uint8_t message);
 
-  /// A string of the plug-in; "" for one that it does not have, or that needs more than `capacity` units.
+  /// A string of the plug-in; "" for one that it does not have or that does not fit. `capacity` counts UTF-16 units
+  /// with the terminator.
   PluginResult<std::u16string> getString(std::uint8_t id, std::uint32_t capacity = 4096);
 
   /// The four characters that name the plug-in, from its options string; 0 when that is malformed.
