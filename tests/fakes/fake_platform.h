@@ -1,0 +1,83 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/bundle_strings.h"
+#include "platform/platform.h"
+#include "platform/system_version.h"
+#include "platform/zone.h"
+
+namespace orlocal::fakes {
+
+/// A zone with one offset all year.
+class FakeTimeZone : public TimeZone {
+ public:
+  explicit FakeTimeZone(int offsetSeconds) : m_offset(offsetSeconds) {}
+
+  std::string name() const override { return "Fake/Fixed"; }
+  int secondsFromGMT() const override { return m_offset; }
+  int secondsFromGMTForDate(Date) const override { return m_offset; }
+  std::string abbreviation() const override { return "FIX"; }
+  DateComponents components(Date date) const override;
+  std::optional<Date> dateFromComponents(const DateComponents& parts) const override;
+
+ private:
+  int m_offset;
+};
+
+/// Strings by table and key.
+class FakeBundleStrings : public BundleStrings {
+ public:
+  std::map<std::pair<std::string, std::string>, std::u16string> m_strings;
+
+  std::optional<std::u16string> localizedString(std::uintptr_t, std::string_view key, std::string_view table) override {
+    const auto found = m_strings.find({std::string(table), std::string(key)});
+    return found == m_strings.end() ? std::nullopt : std::optional(found->second);
+  }
+};
+
+class FakeSystemVersion : public SystemVersion {
+ public:
+  std::optional<long> m_minor = 15;
+
+  std::optional<long> minorVersion() const override { return m_minor; }
+};
+
+/// Hands out what a test puts in. What it did not put in fails the test that asks for it.
+class FakePlatform : public Platform {
+ public:
+  std::shared_ptr<EventKit> m_eventKit;
+  std::shared_ptr<CalendarStoreFramework> m_calendarStore;
+  std::shared_ptr<AddressBook> m_addressBook;
+  std::shared_ptr<const TimeZone> m_defaultTimeZone = std::make_shared<FakeTimeZone>(3600);
+  std::shared_ptr<RunLoop> m_runLoop;
+  std::shared_ptr<NotificationCenter> m_notificationCenter;
+  std::shared_ptr<FakeBundleStrings> m_bundleStrings = std::make_shared<FakeBundleStrings>();
+  std::shared_ptr<FakeSystemVersion> m_systemVersion = std::make_shared<FakeSystemVersion>();
+  std::vector<std::string> m_log;
+
+  EventKit& eventKit() override { return given(m_eventKit, "EventKit"); }
+  CalendarStoreFramework& calendarStore() override { return given(m_calendarStore, "calendar store"); }
+  AddressBook& addressBook() override { return given(m_addressBook, "address book"); }
+  const TimeZone& defaultTimeZone() override { return given(m_defaultTimeZone, "time zone"); }
+  RunLoop& currentRunLoop() override { return given(m_runLoop, "run loop"); }
+  NotificationCenter& notificationCenter() override { return given(m_notificationCenter, "notification centre"); }
+  BundleStrings& bundleStrings() override { return given(m_bundleStrings, "bundle strings"); }
+  SystemVersion& systemVersion() override { return given(m_systemVersion, "system version"); }
+  void log(std::string_view line) override { m_log.emplace_back(line); }
+
+ private:
+  template <class T>
+  static T& given(const std::shared_ptr<T>& part, const char* what) {
+    if (!part) throw std::logic_error(std::string("the test gave the platform no ") + what);
+    return *part;
+  }
+};
+
+}  // namespace orlocal::fakes
