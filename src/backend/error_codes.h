@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 namespace orlocal {
 
@@ -107,6 +108,12 @@ inline constexpr std::int64_t kPlatformException =
 inline std::int32_t failWith(std::int64_t code) {
   g_llasterror = code;
   return -1;
+}
+
+/// Records `code` and gives the result of a getter that failed.
+inline std::nullopt_t noneWith(std::int64_t code) {
+  g_llasterror = code;
+  return std::nullopt;
 }
 
 }  // namespace orlocal

@@ -9,7 +9,6 @@
 #include "platform/address_book.h"
 #include "platform/colour.h"
 #include "platform/eventkit.h"
-#include "platform/exception.h"
 
 namespace orlocal {
 
@@ -148,12 +147,17 @@ class iCalEKFunctions {
  private:
   std::int32_t openCalendarOfKind(EKEntityType kind, std::int32_t index, std::int64_t missing);
   std::shared_ptr<EKCalendar> calendarTitled(const OptionalText& title);
-  std::optional<EKCalendarArray> reminderLists(const OptionalText& names);
+  EKCalendarArray reminderLists(const OptionalText& names);
   std::int32_t keepReminderPredicate(std::shared_ptr<const EKPredicate> predicate);
+  /// Waits for the store, however long it takes.
   std::shared_ptr<const EKReminderArray> fetchedReminders();
+  std::shared_ptr<EKReminder> reminderWithIdentifier(const OptionalText& uid);
   /// The owner of an alarm by its type word; null with `noReminder`, `noEvent` or 9006.
   EKCalendarItem* alarmOwner(const OptionalText& type, std::int64_t noReminder, std::int64_t noEvent);
-  void recordException(const Exception& exception);
+  std::int32_t saveCurrentCalendar();
+  std::int32_t saveCurrentReminderList();
+  std::int32_t saveCurrentReminder();
+  std::int32_t saveCurrentEvent(EKSpan span);
 };
 
 }  // namespace orlocal

@@ -1,0 +1,89 @@
+#include "backend/current_items.h"
+#include "backend/eventkit/ical_ek_functions.h"
+#include "backend/keyword_table.h"
+#include "backend/value_texts.h"
+
+namespace orlocal {
+namespace {
+
+/// The moment at which the item's first alarm was made stands for its next alarm; "" without alarms.
+OptionalText nextAlarmDate(const EKCalendarItem& item) {
+  if (!item.hasAlarms()) return "";
+  const auto alarms = item.alarms();
+  return alarms.empty() || !alarms.front() ? std::nullopt : dateText(alarms.front()->creationDate());
+}
+
+OptionalText calendarTitle(const EKCalendarItem& item) {
+  const auto calendar = item.calendar();
+  return calendar ? calendar->title() : std::nullopt;
+}
+
+OptionalText calendarUid(const EKCalendarItem& item) {
+  const auto calendar = item.calendar();
+  return calendar ? calendar->calendarIdentifier() : std::nullopt;
+}
+
+struct ItemGetter {
+  std::string_view word;
+  OptionalText (*read)(const EKCalendarItem& item);
+};
+
+constexpr ItemGetter kItemGetters[] = {
+    {"calendartitle", calendarTitle},
+    {"calendaruid", calendarUid},
+    {"datestamp", [](const EKCalendarItem& item) { return dateText(item.lastModifiedDate()); }},
+    {"notes", [](const EKCalendarItem& item) { return item.notes(); }},
+    {"title", [](const EKCalendarItem& item) { return item.title(); }},
+    {"url", [](const EKCalendarItem& item) { return item.url(); }},
+    {"uid", [](const EKCalendarItem& item) { return item.calendarItemIdentifier(); }},
+    // Singular here, "hasalarms" in the tables of events and reminders: solutions use both.
+    {"hasalarm", [](const EKCalendarItem& item) { return OptionalText(booleanText(item.hasAlarms())); }},
+    {"nextalarmdate", nextAlarmDate},
+};
+
+struct ItemSetter {
+  std::string_view word;
+  void (*set)(EKCalendarItem& item, const OptionalText& value);
+};
+
+constexpr ItemSetter kItemSetters[] = {
+    {"notes", [](EKCalendarItem& item, const OptionalText& value) { item.setNotes(value); }},
+    {"title", [](EKCalendarItem& item, const OptionalText& value) { item.setTitle(value); }},
+    {"url", [](EKCalendarItem& item, const OptionalText& value) { item.setUrl(urlWithString(value)); }},
+};
+
+}  // namespace
+
+std::int32_t iCalEKFunctions::setCalendarItemProp(const OptionalText& property, const PropertyValue& value,
+                                                  EKCalendarItem* item) {
+  return catchingExceptions(lastErrorString, -1, [&] {
+    const auto text = textOf(value);
+    const bool byUid = property == "calendaruid";
+    if (byUid || property == "calendartitle") {
+      std::shared_ptr<EKCalendar> calendar;
+      if (byUid) {
+        if (text) calendar = m_ekEventStore->calendarWithIdentifier(*text);
+      } else {
+        calendar = getCalendarWithTitle(text);
+      }
+      if (!calendar) return failWith(kCalendarUidNotFound);
+      if (item != nullptr) item->setCalendar(std::move(calendar));
+      return 0;
+    }
+    if (const auto* setter = property ? rowFor(kItemSetters, *property) : nullptr) {
+      if (item != nullptr) setter->set(*item, text);
+    } else {
+      // The result stays 0; callers look at the code.
+      failWith(kInvalidArgument);
+    }
+    return 0;
+  });
+}
+
+OptionalText iCalEKFunctions::getCalendarItemAttribute(const OptionalText& property, EKCalendarItem* item) {
+  const auto* getter = property ? rowFor(kItemGetters, lowercase(*property)) : nullptr;
+  if (getter == nullptr) return noneWith(kInvalidProperty);
+  return item != nullptr ? getter->read(*item) : std::nullopt;
+}
+
+}  // namespace orlocal
