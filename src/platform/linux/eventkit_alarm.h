@@ -1,0 +1,43 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "platform/eventkit_items.h"
+#include "store/model.h"
+
+namespace orlocal {
+
+/// An edited copy of an alarm. Callers count seconds from the item's anchor: an event's start, a reminder's due moment.
+class AlarmObject final : public EKAlarm {
+ public:
+  /// A new alarm: `trigger` is a moment or counts from the anchor.
+  explicit AlarmObject(store::Alarm alarm) : m_alarm(std::move(alarm)), m_fromAnchor(true) {}
+  /// An alarm of the store, whose own reference lies `referenceAfterAnchor` behind the item's anchor.
+  AlarmObject(store::Alarm alarm, std::chrono::seconds referenceAfterAnchor)
+      : m_alarm(std::move(alarm)), m_referenceAfterAnchor(referenceAfterAnchor) {}
+
+  std::optional<Date> absoluteDate() const override;
+  void setAbsoluteDate(std::optional<Date> date) override;
+  double relativeOffset() const override;
+  void setRelativeOffset(double seconds) override;
+  OptionalText emailAddress() const override { return m_alarm.emailAddress; }
+  void setEmailAddress(const OptionalText& address) override;
+  OptionalText soundName() const override { return m_alarm.soundName; }
+  void setSoundName(const OptionalText& name) override;
+  OptionalText url() const override { return m_alarm.url; }
+  void setUrl(const OptionalText& url) override;
+  int type() const override { return static_cast<int>(m_alarm.action); }
+
+  /// For the store; `anchorIsEnd` says whether the item's anchor is its end.
+  store::Alarm stored(bool anchorIsEnd) const;
+
+ private:
+  void deriveAction();
+
+  store::Alarm m_alarm;
+  std::chrono::seconds m_referenceAfterAnchor{0};
+  bool m_fromAnchor = false;  ///< the trigger was set by a caller and counts from the anchor
+};
+
+}  // namespace orlocal
