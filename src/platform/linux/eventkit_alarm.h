@@ -12,10 +12,11 @@ namespace orlocal {
 class AlarmObject final : public EKAlarm {
  public:
   /// A new alarm: `trigger` is a moment or counts from the anchor.
-  explicit AlarmObject(store::Alarm alarm) : m_alarm(std::move(alarm)), m_fromAnchor(true) {}
-  /// An alarm of the store, whose own reference lies `referenceAfterAnchor` behind the item's anchor.
-  AlarmObject(store::Alarm alarm, std::chrono::seconds referenceAfterAnchor)
-      : m_alarm(std::move(alarm)), m_referenceAfterAnchor(referenceAfterAnchor) {}
+  AlarmObject(store::Alarm alarm, Date made) : m_alarm(std::move(alarm)), m_made(made), m_fromAnchor(true) {}
+  /// An alarm of the store, made when its item was, whose own reference lies `referenceAfterAnchor` behind the item's
+  /// anchor.
+  AlarmObject(store::Alarm alarm, std::optional<Date> made, std::chrono::seconds referenceAfterAnchor)
+      : m_alarm(std::move(alarm)), m_made(made), m_referenceAfterAnchor(referenceAfterAnchor) {}
 
   std::optional<Date> absoluteDate() const override;
   void setAbsoluteDate(std::optional<Date> date) override;
@@ -28,6 +29,7 @@ class AlarmObject final : public EKAlarm {
   OptionalText url() const override { return m_alarm.url; }
   void setUrl(const OptionalText& url) override;
   int type() const override { return static_cast<int>(m_alarm.action); }
+  std::optional<Date> creationDate() const override { return m_made; }
 
   /// For the store; `anchorIsEnd` says whether the item's anchor is its end.
   store::Alarm stored(bool anchorIsEnd) const;
@@ -36,6 +38,7 @@ class AlarmObject final : public EKAlarm {
   void deriveAction();
 
   store::Alarm m_alarm;
+  std::optional<Date> m_made;
   std::chrono::seconds m_referenceAfterAnchor{0};
   bool m_fromAnchor = false;  ///< the trigger was set by a caller and counts from the anchor
 };

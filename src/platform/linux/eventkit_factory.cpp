@@ -8,6 +8,7 @@
 #include "platform/linux/eventkit_reminder.h"
 #include "platform/linux/eventkit_store.h"
 #include "platform/linux/platform_linux.h"
+#include "store/zone.h"
 
 namespace orlocal {
 namespace {
@@ -45,13 +46,13 @@ class LinuxEventKit final : public EventKit {
   }
 
   std::shared_ptr<EKAlarm> alarmWithAbsoluteDate(Date date) override {
-    auto alarm = std::make_shared<AlarmObject>(store::Alarm());
+    auto alarm = std::make_shared<AlarmObject>(store::Alarm(), store::now());
     alarm->setAbsoluteDate(date);
     return alarm;
   }
 
   std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double seconds) override {
-    auto alarm = std::make_shared<AlarmObject>(store::Alarm());
+    auto alarm = std::make_shared<AlarmObject>(store::Alarm(), store::now());
     alarm->setRelativeOffset(seconds);
     return alarm;
   }

@@ -64,8 +64,8 @@ typename ItemObject<Interface>::Alarms& ItemObject<Interface>::ownAlarms() const
   if (!m_alarms) {
     m_alarms = std::make_unique<Alarms>();
     for (const store::Alarm& alarm : shown().alarms) {
-      m_alarms->push_back(
-          std::make_shared<AlarmObject>(alarm, referenceAfterAnchor(shown(), alarm, m_access->viewer())));
+      m_alarms->push_back(std::make_shared<AlarmObject>(alarm, shown().created,
+                                                        referenceAfterAnchor(shown(), alarm, m_access->viewer())));
     }
   }
   return *m_alarms;
