@@ -1,0 +1,273 @@
+#include "store/content_line.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+namespace orlocal::store {
+
+namespace {
+
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+
+bool isNameCharacter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
+}
+
+/// Where the first of the two stands outside quotes; npos when nowhere.
+std::size_t findUnquoted(std::string_view text, std::size_t from, char one, char other) {
+  bool quoted = false;
+  for (std::size_t i = from; i < text.size(); ++i) {
+    if (text[i] == '"')
+      quoted = !quoted;
+    else if (!quoted && (text[i] == one || text[i] == other))
+      return i;
+  }
+  return std::string_view::npos;
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
+
+std::string withoutCarets(std::string_view value) {
+  std::string out;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const char next = i + 1 < value.size() ? value[i + 1] : '\0';
+    if (value[i] == '^' && (next == 'n' || next == '^' || next == '\'')) {
+      out += next == 'n' ? '\n' : next == '^' ? '^' : '"';
+      ++i;
+    } else {
+      out += value[i];
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
+bool equalsNoCase(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](char a, char b) { return lower(a) == lower(b); });
+}
+
+bool ContentLine::is(std::string_view wanted) const { return equalsNoCase(name, wanted); }
+
+bool nextParameter(std::string_view& parameters, ContentParameter& parameter) {
+  while (!parameters.empty()) {
+    const std::size_t end = std::min(findUnquoted(parameters, 1, ';', ';'), parameters.size());
+    parameter.text = parameters.substr(0, end);
+    parameters.remove_prefix(end);
+    const std::size_t equals = parameter.text.find('=');
+    if (equals == std::string_view::npos) {
+      parameter.name = trimmed(parameter.text.substr(1));
+      parameter.value = {};
+      if (parameter.name.empty()) continue;  // ";;" or a ";" at the end
+      return true;
+    }
+    parameter.name = trimmed(parameter.text.substr(1, equals - 1));
+    parameter.value = trimmed(parameter.text.substr(equals + 1));
+    return true;
+  }
+  return false;
+}
+
+std::optional<std::string> ContentLine::parameter(std::string_view wanted) const {
+  std::string_view rest = parameters;
+  for (ContentParameter found; nextParameter(rest, found);) {
+    if (!equalsNoCase(found.name, wanted)) continue;
+    std::string_view raw = found.value;
+    if (!raw.empty() && raw.front() == '"') {
+      raw.remove_prefix(1);
+      raw = raw.substr(0, raw.find('"'));
+    }
+    return raw.find('^') == std::string_view::npos ? std::string(raw) : withoutCarets(raw);
+  }
+  return std::nullopt;
+}
+
+std::optional<ContentLine> splitContentLine(std::string_view text, int line) {
+  ContentLine made;
+  made.text = text;
+  made.line = line;
+  std::size_t end = 0;
+  while (end < text.size() && isNameCharacter(text[end])) ++end;
+  made.name = text.substr(0, end);
+  while (end < text.size() && (text[end] == ' ' || text[end] == '\t')) ++end;
+  if (made.name.empty() || end == text.size() || (text[end] != ':' && text[end] != ';')) return std::nullopt;
+  std::size_t colon = end;
+  if (text[end] == ';') {
+    colon = findUnquoted(text, end, ':', ':');
+    // A quote that is never closed hides the colon; the first one then ends the parameters.
+    if (colon == std::string_view::npos) colon = text.find(':', end);
+    if (colon == std::string_view::npos) return std::nullopt;
+    made.parameters = text.substr(end, colon - end);
+  }
+  made.value = text.substr(colon + 1);
+  return made;
+}
+
+std::string_view ContentLines::physicalLine() {
+  const char* begin = m_bytes.data() + m_at;
+  const std::size_t left = m_bytes.size() - m_at;
+  const auto* newline = static_cast<const char*>(std::memchr(begin, '\n', left));
+  std::size_t length = newline != nullptr ? static_cast<std::size_t>(newline - begin) : left;
+  if (const auto* carriage = static_cast<const char*>(std::memchr(begin, '\r', length)); carriage != nullptr)
+    length = static_cast<std::size_t>(carriage - begin);
+  m_at += length;
+  if (m_at < m_bytes.size()) {
+    const bool pair = m_bytes[m_at] == '\r' && m_at + 1 < m_bytes.size() && m_bytes[m_at + 1] == '\n';
+    m_at += pair ? 2 : 1;
+  }
+  ++m_line;
+  return {begin, length};
+}
+
+bool ContentLines::next(ContentLine& line) {
+  const auto continues = [&] { return m_at < m_bytes.size() && (m_bytes[m_at] == ' ' || m_bytes[m_at] == '\t'); };
+  while (m_at < m_bytes.size()) {
+    const int number = m_line;
+    std::string_view text = physicalLine();
+    if (continues()) {
+      m_buffer.assign(text);
+      while (continues()) m_buffer.append(physicalLine().substr(1));
+      text = m_buffer;
+    }
+    if (trimmed(text).empty()) continue;
+    m_reencoded = !isUtf8(text);
+    if (m_reencoded) text = m_decoded = fromWindows1252(text);
+    if (auto split = splitContentLine(text, number)) {
+      line = *split;
+    } else {
+      line = ContentLine();
+      line.text = text;
+      line.line = number;
+    }
+    return true;
+  }
+  return false;
+}
+
+bool isUtf8(std::string_view bytes) {
+  const auto* at = reinterpret_cast<const unsigned char*>(bytes.data());
+  const auto* end = at + bytes.size();
+  while (at < end) {
+    std::uint64_t eight = 0;
+    if (end - at >= 8 && (std::memcpy(&eight, at, 8), (eight & 0x8080808080808080U) == 0)) {
+      at += 8;
+      continue;
+    }
+    const unsigned char lead = *at++;
+    if (lead < 0x80) continue;
+    const int more = lead >= 0xF5 ? 0 : lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 ? 1 : 0;
+    if (more == 0 || end - at < more) return false;
+    if ((lead == 0xE0 && *at < 0xA0) || (lead == 0xED && *at > 0x9F) || (lead == 0xF0 && *at < 0x90) ||
+        (lead == 0xF4 && *at > 0x8F))
+      return false;
+    for (int i = 0; i < more; ++i)
+      if ((*at++ & 0xC0) != 0x80) return false;
+  }
+  return true;
+}
+
+std::string fromWindows1252(std::string_view bytes) {
+  // 0x80 to 0x9F; those without a character become U+FFFD.
+  constexpr std::array<std::uint16_t, 32> kHigh{0x20AC, 0xFFFD, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                                0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD,
+                                                0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                                0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
+  std::string out;
+  for (char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    const unsigned point = byte >= 0x80 && byte < 0xA0 ? kHigh[byte - 0x80U] : byte;
+    if (point < 0x80) {
+      out += c;
+    } else {
+      if (point >= 0x800) out += static_cast<char>(0xE0 | point >> 12);
+      out += static_cast<char>(point >= 0x800 ? 0x80 | (point >> 6 & 0x3F) : 0xC0 | point >> 6);
+      out += static_cast<char>(0x80 | (point & 0x3F));
+    }
+  }
+  return out;
+}
+
+std::string unescapeText(std::string_view value) {
+  std::string out;
+  out.reserve(value.size());
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const char c = value[i];
+    if (c == '\\' && i + 1 < value.size()) {
+      const char next = value[i + 1];
+      if (next == 'n' || next == 'N' || next == ',' || next == ';' || next == '\\') {
+        out += next == 'n' || next == 'N' ? '\n' : next;
+        ++i;
+        continue;
+      }
+    }
+    if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t') out += c;
+  }
+  return out;
+}
+
+std::string escapeText(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + 8);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '\r') {
+      if (i + 1 == text.size() || text[i + 1] != '\n') out += "\\n";
+    } else if (c == '\n') {
+      out += "\\n";
+    } else {
+      if (c == '\\' || c == ',' || c == ';') out += '\\';
+      if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t') out += c;
+    }
+  }
+  return out;
+}
+
+std::string parameterText(std::string_view value) {
+  std::string out;
+  bool quote = false;
+  for (char c : value) {
+    quote = quote || c == ':' || c == ';' || c == ',';
+    if (c == '^' || c == '"' || c == '\n') {
+      out += c == '^' ? "^^" : c == '"' ? "^'" : "^n";
+    } else if (static_cast<unsigned char>(c) >= 0x20 || c == '\t') {
+      out += c;
+    }
+  }
+  return quote ? '"' + out + '"' : out;
+}
+
+std::vector<std::string_view> splitUnescaped(std::string_view value, char separator) {
+  std::vector<std::string_view> parts;
+  std::size_t begin = 0;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    if (value[i] == '\\') {
+      ++i;
+    } else if (value[i] == separator) {
+      parts.push_back(value.substr(begin, i - begin));
+      begin = i + 1;
+    }
+  }
+  parts.push_back(value.substr(begin));
+  return parts;
+}
+
+void appendFolded(std::string& out, std::string_view line) {
+  std::size_t room = 75;
+  while (line.size() > room) {
+    std::size_t end = room;
+    while (end > 1 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) --end;
+    out.append(line.substr(0, end)).append("\r\n ");
+    line.remove_prefix(end);
+    room = 74;
+  }
+  out.append(line).append("\r\n");
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,209 @@
+#include "store/zone.h"
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace orlocal::store {
+namespace {
+
+/// Sets an environment variable for as long as it lives.
+class Environment {
+ public:
+  Environment(const char* name, std::optional<std::string> value) : m_name(name) {
+    if (const char* before = std::getenv(name)) m_before = before;
+    set(value);
+  }
+  ~Environment() { set(m_before); }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+
+ private:
+  void set(const std::optional<std::string>& value) {
+    if (value)
+      setenv(m_name, value->c_str(), 1);
+    else
+      unsetenv(m_name);
+  }
+  const char* m_name;
+  std::optional<std::string> m_before;
+};
+
+Moment utc(int year, int month, int day, int hour = 0, int minute = 0) {
+  return Zone().toMoment(LocalTime(year, month, day, hour, minute));
+}
+
+Zone userZone(const char* tz) {
+  const Environment environment("TZ", tz);
+  return Zone::ofUser();
+}
+
+TEST(ZoneNames, AreThoseOfTheSystemsZoneFiles) {
+  ASSERT_TRUE(Zone::named("Europe/Berlin"));
+  EXPECT_EQ(Zone::named("Europe/Berlin")->name(), "Europe/Berlin");
+  EXPECT_TRUE(Zone::named("America/Argentina/Buenos_Aires"));
+  EXPECT_TRUE(Zone::named("Etc/GMT+5"));
+}
+
+TEST(ZoneNames, NeverReachOutsideTheFolder) {
+  for (const char* name : {"", "/etc/localtime", "../../etc/localtime", "Europe/../Europe/Berlin", "Europe//Berlin", "Europe",
+                           "libc:localtime", "Fixed/UTC+01:00:00", "file:/etc/localtime", "No/Such_Zone", "Europe/Berlin/"})
+    EXPECT_FALSE(Zone::named(name)) << name;
+}
+
+TEST(ZoneOfUser, IsTheNameInTz) { EXPECT_EQ(userZone("America/New_York").name(), "America/New_York"); }
+TEST(ZoneOfUser, TakesANameAfterAColon) { EXPECT_EQ(userZone(":Asia/Tokyo").name(), "Asia/Tokyo"); }
+TEST(ZoneOfUser, TakesAZoneFilesPath) { EXPECT_EQ(userZone(":/usr/share/zoneinfo/Asia/Tokyo").name(), "Asia/Tokyo"); }
+TEST(ZoneOfUser, IsUtcWhenTzIsEmpty) { EXPECT_EQ(userZone("").name(), "UTC"); }
+TEST(ZoneOfUser, IsUtcWhenTzNamesNothing) { EXPECT_EQ(userZone("No/Such_Zone").name(), "UTC"); }
+
+TEST(ZoneOfUser, IsReadAnewAtEachCall) {
+  EXPECT_EQ(userZone("Asia/Tokyo").name(), "Asia/Tokyo");
+  EXPECT_EQ(userZone("Europe/Paris").name(), "Europe/Paris");
+}
+
+TEST(PosixZone, ChangesTheClockByItsRules) {
+  const Zone zone = userZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  const Zone berlin = *Zone::named("Europe/Berlin");
+  for (Moment at = utc(2000, 1, 1); at < utc(2040, 1, 1); at += std::chrono::hours(5))
+    ASSERT_EQ(zone.offsetSeconds(at), berlin.offsetSeconds(at)) << at.time_since_epoch().count();
+  EXPECT_EQ(zone.abbreviation(utc(2026, 7, 1)), "CEST");
+}
+
+TEST(PosixZone, CanBeNamedByItsText) {
+  ASSERT_TRUE(Zone::named("<+0330>-3:30"));
+  EXPECT_EQ(Zone::named("<+0330>-3:30")->offsetSeconds(utc(2026, 7, 1)), 12600);
+}
+
+TEST(PosixZone, TakesTheUnitedStatesRulesWhenItHasNone) {
+  const Zone zone = userZone("EST5EDT4");
+  const Zone newYork = *Zone::named("America/New_York");
+  for (Moment at = utc(2010, 1, 1); at < utc(2030, 1, 1); at += std::chrono::hours(7))
+    ASSERT_EQ(zone.offsetSeconds(at), newYork.offsetSeconds(at));
+}
+
+TEST(PosixZone, CountsDaysOfTheYearWithAndWithoutTheLeapDay) {
+  const Zone zone = userZone("AAA0BBB,J60,300/0");
+  EXPECT_EQ(zone.offsetSeconds(utc(2024, 3, 1, 1)), 0);
+  EXPECT_EQ(zone.offsetSeconds(utc(2024, 3, 1, 2)), 3600);
+  EXPECT_EQ(zone.offsetSeconds(utc(2023, 3, 1, 2)), 3600);
+  EXPECT_EQ(zone.offsetSeconds(utc(2024, 10, 26, 22, 59)), 3600);  // day 300, counted from 0, of a leap year
+  EXPECT_EQ(zone.offsetSeconds(utc(2024, 10, 26, 23)), 0);
+}
+
+TEST(PosixZone, MayBeOnTheSouthernHalf) {
+  const Zone zone = userZone("AEST-10AEDT,M10.1.0,M4.1.0/3");
+  const Zone sydney = *Zone::named("Australia/Sydney");
+  for (Moment at = utc(2010, 1, 1); at < utc(2030, 1, 1); at += std::chrono::hours(7))
+    ASSERT_EQ(zone.offsetSeconds(at), sydney.offsetSeconds(at));
+}
+
+TEST(PosixZone, IsNoneWhenItsTextIsBroken) {
+  for (const char* text : {"CE-1", "CET", "CET-1CEST,", "CET-1CEST,M3.5.0", "CET-1CEST,M13.5.0,M10.5.0", "CET-99", "CET-1CEST,M3.5.0,M10.5.0x"})
+    EXPECT_FALSE(Zone::named(text)) << text;
+}
+
+TEST(ZoneConversion, ReadsASkippedTimeWithTheOffsetBeforeTheGap) {
+  const Zone berlin = *Zone::named("Europe/Berlin");
+  const Moment moment = berlin.toMoment(LocalTime(2026, 3, 29, 2, 30));
+  EXPECT_EQ(moment, utc(2026, 3, 29, 1, 30));
+  EXPECT_EQ(berlin.toLocal(moment), LocalTime(2026, 3, 29, 3, 30));
+}
+
+TEST(ZoneConversion, ReadsARepeatedTimeAsTheFirst) {
+  EXPECT_EQ(Zone::named("Europe/Berlin")->toMoment(LocalTime(2026, 10, 25, 2, 30)), utc(2026, 10, 25, 0, 30));
+}
+
+TEST(ZoneConversion, KeepsFractionsOutOfTheWallClock) {
+  const Moment moment = utc(1969, 12, 31, 23) - std::chrono::microseconds(1);
+  EXPECT_EQ(Zone().toLocal(moment), LocalTime(1969, 12, 31, 22, 59, 59));
+}
+
+TEST(ZoneConversion, SurvivesTheDistantPastAndFuture) {
+  const Zone berlin = *Zone::named("Europe/Berlin");
+  for (const Moment moment : {utc(1, 1, 1), utc(4001, 1, 1), Moment::min(), Moment::max()})
+    EXPECT_EQ(berlin.toMoment(berlin.toLocal(moment)), std::chrono::floor<std::chrono::seconds>(moment));
+}
+
+TEST(ZoneChanges, ComeInTheirOrder) {
+  const auto change = Zone::named("Europe/Berlin")->changeAfter(utc(2026, 1, 1));
+  ASSERT_TRUE(change);
+  EXPECT_EQ(*change, (Zone::Change{utc(2026, 3, 29, 1), 3600, 7200, true, "CEST"}));
+  const auto next = Zone::named("Europe/Berlin")->changeAfter(change->at);
+  ASSERT_TRUE(next);
+  EXPECT_EQ(*next, (Zone::Change{utc(2026, 10, 25, 1), 7200, 3600, false, "CET"}));
+}
+
+TEST(ZoneChanges, AreNoneInUtc) { EXPECT_FALSE(Zone().changeAfter(utc(1900, 1, 1))); }
+
+constexpr const char* kCustom =
+    "BEGIN:VTIMEZONE\nTZID:Customized Time Zone\n"
+    "BEGIN:STANDARD\nDTSTART:16010101T030000\nTZOFFSETFROM:+0200\nTZOFFSETTO:+0100\n"
+    "RRULE:FREQ=YEARLY;BYDAY=-1SU;BYMONTH=10\nEND:STANDARD\n"
+    "BEGIN:DAYLIGHT\nDTSTART:16010101T020000\nTZOFFSETFROM:+0100\nTZOFFSETTO:+0200\n"
+    "RRULE:FREQ=YEARLY;BYDAY=-1SU;BYMONTH=3\nEND:DAYLIGHT\nEND:VTIMEZONE\n";
+
+TEST(PrivateZone, FollowsTheRulesOfItsText) {
+  ASSERT_TRUE(Zone::registerPrivate("Customized Time Zone", kCustom));
+  const auto zone = Zone::named("Customized Time Zone");
+  ASSERT_TRUE(zone);
+  const Zone berlin = *Zone::named("Europe/Berlin");
+  for (Moment at = utc(1997, 1, 1); at < utc(2040, 1, 1); at += std::chrono::hours(5))
+    ASSERT_EQ(zone->offsetSeconds(at), berlin.offsetSeconds(at));
+  EXPECT_EQ(zone->privateText(), kCustom);
+}
+
+TEST(PrivateZone, MayBeRegisteredAgainWithTheSameText) {
+  ASSERT_TRUE(Zone::registerPrivate("Twice", kCustom));
+  EXPECT_TRUE(Zone::registerPrivate("Twice", kCustom));
+}
+
+TEST(PrivateZone, KeepsItsNameFromAnotherText) {
+  ASSERT_TRUE(Zone::registerPrivate("Taken", kCustom));
+  EXPECT_FALSE(Zone::registerPrivate("Taken", std::string(kCustom) + "X"));
+  EXPECT_FALSE(Zone::registerPrivate("Europe/Berlin", kCustom));
+}
+
+TEST(PrivateZone, NeedsAUsableObservance) {
+  const auto status = Zone::registerPrivate("Empty", "BEGIN:VTIMEZONE\nTZID:Empty\nEND:VTIMEZONE\n");
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().message, "time zone \"Empty\": it has no part with DTSTART, TZOFFSETFROM and TZOFFSETTO");
+}
+
+TEST(PrivateZone, ChangesAtTheDatesOfRdate) {
+  ASSERT_TRUE(Zone::registerPrivate(
+      "Dated",
+      "BEGIN:VTIMEZONE\nTZID:Dated\nBEGIN:STANDARD\nDTSTART:20000101T000000\nTZOFFSETFROM:+0000\nTZOFFSETTO:+0000\n"
+      "RDATE:20200901T010000\nEND:STANDARD\nBEGIN:DAYLIGHT\nDTSTART:20200401T000000\nTZOFFSETFROM:+0000\n"
+      "TZOFFSETTO:+0100\nTZNAME:DST\nEND:DAYLIGHT\nEND:VTIMEZONE\n"));
+  const Zone zone = *Zone::named("Dated");
+  EXPECT_EQ(zone.offsetSeconds(utc(2020, 3, 31, 23, 59)), 0);
+  EXPECT_EQ(zone.offsetSeconds(utc(2020, 4, 1)), 3600);
+  EXPECT_EQ(zone.abbreviation(utc(2020, 4, 1)), "DST");
+  EXPECT_EQ(zone.offsetSeconds(utc(2020, 9, 1, 1)), 0);
+}
+
+TEST(MomentOfATime, DependsOnItsKind) {
+  const Zone tokyo = *Zone::named("Asia/Tokyo");
+  const LocalTime nine(2026, 11, 2, 9);
+  EXPECT_EQ(momentOf({CalendarTime::Kind::kUtc, nine, ""}, tokyo), utc(2026, 11, 2, 9));
+  EXPECT_EQ(momentOf({CalendarTime::Kind::kFloating, nine, ""}, tokyo), utc(2026, 11, 2, 0));
+  EXPECT_EQ(momentOf({CalendarTime::Kind::kZoned, nine, "Europe/Berlin"}, tokyo), utc(2026, 11, 2, 8));
+  EXPECT_EQ(momentOf({CalendarTime::Kind::kDate, LocalTime(2026, 11, 2), ""}, tokyo), utc(2026, 11, 1, 15));
+  EXPECT_EQ(momentOf({CalendarTime::Kind::kZoned, nine, "Gone"}, tokyo), utc(2026, 11, 2, 0));
+}
+
+TEST(Now, IsThePinnedMoment) {
+  const Environment environment("ORLOCAL_NOW", "2026-11-21T09:00:00Z");
+  EXPECT_EQ(now(), utc(2026, 11, 21, 9));
+}
+
+TEST(Now, IsTheClocksOtherwise) {
+  const Environment environment("ORLOCAL_NOW", std::nullopt);
+  EXPECT_GT(now(), utc(2020, 1, 1));
+}
+
+}  // namespace
+}  // namespace orlocal::store
