@@ -10,6 +10,11 @@
 
 namespace orlocal::store {
 
+bool ExpansionBudget::checkTime() {
+  if (std::chrono::steady_clock::now() > m_deadline) m_steps = 0;
+  return m_steps != 0;
+}
+
 namespace {
 
 using std::chrono::microseconds;
@@ -41,12 +46,17 @@ LocalSeconds clampedLocal(const Zone& zone, Moment moment) {
   return localSeconds(zone.toLocal(moment));
 }
 
-}  // namespace
-
-bool ExpansionBudget::checkTime() {
-  if (std::chrono::steady_clock::now() > m_deadline) m_steps = 0;
-  return m_steps != 0;
+/// How far from the wall clock at `moment` a time can lie that is on its other side as a moment: nothing, unless the
+/// clock changes nearby. Asking is worth it where many times lie so near.
+LocalSeconds clockSlack(const Zone& zone, Moment moment) {
+  constexpr seconds kAround(kClockSlack);
+  if (moment < Moment::min() + kAround || moment > Moment::max() - kAround) return kClockSlack;
+  const int offset = zone.offsetSeconds(moment);
+  const bool steady = zone.offsetSeconds(moment - kAround) == offset && zone.offsetSeconds(moment + kAround) == offset;
+  return steady ? 1 : kClockSlack;
 }
+
+}  // namespace
 
 struct Series::Data {
   struct Rule {
@@ -238,8 +248,8 @@ bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
       return true;
     };
     take(first, firstMoment);
-    const LocalSeconds lowLocal = clampedLocal(zone, low) - kClockSlack;
-    const LocalSeconds highLocal = clampedLocal(zone, high) + kClockSlack;
+    const LocalSeconds lowLocal = clampedLocal(zone, low) - clockSlack(zone, low);
+    const LocalSeconds highLocal = clampedLocal(zone, high) + clockSlack(zone, high);
     const auto begin = std::lower_bound(added.begin(), added.end(), lowLocal);
     for (auto it = begin; it != added.end() && *it < highLocal; ++it) take(*it, momentAt(*it));
     for (const Rule& rule : rules)

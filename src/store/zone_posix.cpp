@@ -130,12 +130,14 @@ std::optional<ZoneRules> rulesOfPosixText(std::string_view text) {
   ZoneRules::Clock summer{rules.initial.offset + 3600, true, *name};
   // Without rules the system takes those of the United States.
   YearlyChange begin{YearlyChange::Kind::kMonthWeekDay, 3, 2, 0}, end{YearlyChange::Kind::kMonthWeekDay, 11, 1, 0};
-  if (!reader.done() && !reader.take(',')) {
+  bool hasRules = reader.take(',');
+  if (!hasRules && !reader.done()) {
     west = reader.time(24);
-    if (!west || (!reader.done() && !reader.take(','))) return std::nullopt;
+    hasRules = reader.take(',');
+    if (!west || (!hasRules && !reader.done())) return std::nullopt;
     summer.offset = -*west;
   }
-  if (!reader.done()) {
+  if (hasRules) {
     const auto from = reader.change();
     if (!from || !reader.take(',')) return std::nullopt;
     const auto to = reader.change();
