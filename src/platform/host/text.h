@@ -46,6 +46,8 @@ class UnitBuffer {
   std::unique_ptr<char16_t[]> m_long;
 };
 
+inline bool isEmpty(const fmx::Text* text) { return hostCall<fmx::FM_Text_GetSize>(text) == 0; }
+
 /// The text as UTF-8, copied through UTF-16; none when it is empty.
 inline OptionalText textOf(const fmx::Text* text) {
   const auto size = hostCall<fmx::FM_Text_GetSize>(text);
