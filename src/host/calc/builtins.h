@@ -30,6 +30,7 @@ class CallContext {
 /// How the arguments of a function are evaluated.
 enum class Form : std::uint8_t {
   kFunction,    ///< all, before the call
+  kOneOrAll,    ///< as kFunction; takes one argument, or as many as it can
   kCase,        ///< If and Case: tests up to the first true one, and its result
   kChoose,      ///< the number, and the result that it chooses
   kSubstitute,  ///< as kFunction; pairs may stand in brackets

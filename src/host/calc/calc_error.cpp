@@ -25,7 +25,7 @@ Place placeOf(std::string_view source, std::size_t offset) {
   return place;
 }
 
-std::string describe(std::string_view source, const CalcError& error) {
+std::string describe(std::string_view source, const CalcError& error, const Origin& origin) {
   const Place place = placeOf(source, error.offset);
   const std::size_t offset = std::min(error.offset, source.size());
   const std::size_t before = offset == 0 ? std::string_view::npos : source.rfind('\n', offset - 1);
@@ -36,7 +36,8 @@ std::string describe(std::string_view source, const CalcError& error) {
   for (const char byte : source.substr(begin, offset - begin)) {
     if (startsCharacter(byte)) indent += byte == '\t' ? '\t' : ' ';
   }
-  return fmt::format("{}:{}: {}\n  {}\n  {}^", place.line, place.column, error.message,
+  const std::string file = origin.file.empty() ? "" : origin.file + ":";
+  return fmt::format("{}{}:{}: {}\n  {}\n  {}^", file, place.line + origin.firstLine - 1, place.column, error.message,
                      source.substr(begin, end - begin), indent);
 }
 

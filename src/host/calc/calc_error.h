@@ -27,7 +27,13 @@ struct Place {
 
 Place placeOf(std::string_view source, std::size_t offset);
 
-/// Three lines: `1:17: message`, the source line, and a caret below the place.
-std::string describe(std::string_view source, const CalcError& error);
+/// Where a calculation stands, for messages.
+struct Origin {
+  std::string file;           ///< empty: none, as on a command line
+  std::size_t firstLine = 1;  ///< the file's line at which the calculation begins
+};
+
+/// Three lines: `1:17: message` (after the file's name when there is one), the source line, a caret below the place.
+std::string describe(std::string_view source, const CalcError& error, const Origin& origin = {});
 
 }  // namespace orlocal::host::calc

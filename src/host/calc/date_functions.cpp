@@ -74,7 +74,6 @@ Value made(const std::optional<DateTime>& moment, Value (*make)(const DateTime&)
 /// `Date ( month ; day ; year )`, or one value to be read as a date.
 Value date(CallContext&, Arguments a) {
   if (a.size() == 1) return read(a[0], fmx::kDate);
-  if (a.size() != 3) return Value::invalid();
   return made(DateTime::fromDate(a[2].asNumber().toInt64(), a[0].asNumber().toInt64(), a[1].asNumber().toInt64()),
               Value::ofDate);
 }
@@ -82,7 +81,6 @@ Value date(CallContext&, Arguments a) {
 /// `Time ( hours ; minutes ; seconds )`, parts with fractions too, or one value to be read as a time.
 Value time(CallContext&, Arguments a) {
   if (a.size() == 1) return read(a[0], fmx::kTime);
-  if (a.size() != 3) return Value::invalid();
   const Number total = a[0].asNumber() * 3600 + a[1].asNumber() * 60 + a[2].asNumber();
   return made(total.isNumber() ? DateTime::fromSeconds(total) : std::nullopt, Value::ofTime);
 }
@@ -97,7 +95,7 @@ Value timestamp(CallContext&, Arguments a) {
 }
 
 constexpr Builtin kFunctions[] = {
-    {"Date", "Date ( month ; day ; year )", 1, 3, Form::kFunction, date},
+    {"Date", "Date ( month ; day ; year )", 1, 3, Form::kOneOrAll, date},
     {"Day", "Day ( date )", 1, 1, Form::kFunction, ofDatePart<day>},
     {"DayName", "DayName ( date )", 1, 1, Form::kFunction, ofDatePart<dayName>},
     {"DayOfWeek", "DayOfWeek ( date )", 1, 1, Form::kFunction, ofDatePart<dayOfWeek>},
@@ -107,7 +105,7 @@ constexpr Builtin kFunctions[] = {
     {"Month", "Month ( date )", 1, 1, Form::kFunction, ofDatePart<month>},
     {"MonthName", "MonthName ( date )", 1, 1, Form::kFunction, ofDatePart<monthName>},
     {"Seconds", "Seconds ( time )", 1, 1, Form::kFunction, ofTimePart<seconds>},
-    {"Time", "Time ( hours ; minutes ; seconds )", 1, 3, Form::kFunction, time},
+    {"Time", "Time ( hours ; minutes ; seconds )", 1, 3, Form::kOneOrAll, time},
     {"Timestamp", "Timestamp ( date ; time )", 1, 2, Form::kFunction, timestamp},
     {"WeekOfYear", "WeekOfYear ( date )", 1, 1, Form::kFunction, ofDatePart<weekOfYear>},
     {"WeekOfYearFiscal", "WeekOfYearFiscal ( date ; startingDay )", 2, 2, Form::kFunction, weekOfYearFiscal},

@@ -184,6 +184,7 @@ class Parser {
       case Form::kSubstitute:
         return make(token.offset, Call{&builtin, checked(token, builtin, parseSubstituteArguments())});
       case Form::kFunction:
+      case Form::kOneOrAll:
       case Form::kCase:
       case Form::kChoose:
         break;
@@ -199,6 +200,11 @@ class Parser {
 
   std::vector<NodePtr> checked(const Token& token, const Builtin& builtin, std::vector<NodePtr> arguments) const {
     checkCount(token, builtin.prototype, builtin.minimum, builtin.maximum, arguments.size());
+    if (builtin.form == Form::kOneOrAll && arguments.size() != 1 &&
+        arguments.size() != static_cast<std::size_t>(builtin.maximum)) {
+      refuse(token.offset,
+             fmt::format("{} takes 1 or {} arguments: {}", token.text, builtin.maximum, builtin.prototype));
+    }
     return arguments;
   }
 

@@ -34,6 +34,11 @@ class Session::Evaluator : public CallContext {
     return outcome;
   }
 
+  std::optional<CalcError> check(std::string_view source) const {
+    const CalcResult<NodePtr> program = parse(source, m_library);
+    return program ? std::nullopt : std::optional(program.error());
+  }
+
   void interrupt() noexcept { m_interrupted = true; }
 
   std::vector<std::string> variableNames() const {
@@ -292,6 +297,7 @@ Session::Session(FunctionLibrary& library, Limits limits) : m_evaluator(std::mak
 Session::~Session() = default;
 
 CalcResult<Outcome> Session::evaluate(std::string_view source) { return m_evaluator->run(source); }
+std::optional<CalcError> Session::check(std::string_view source) const { return m_evaluator->check(source); }
 void Session::interrupt() noexcept { m_evaluator->interrupt(); }
 std::vector<std::string> Session::variableNames() const { return m_evaluator->variableNames(); }
 

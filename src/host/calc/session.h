@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +37,9 @@ class Session {
 
   /// The source is UTF-8. An error means that the calculation could not be read and that nothing of it was done.
   CalcResult<Outcome> evaluate(std::string_view source);
+
+  /// What keeps the calculation from being read; nothing of it is done.
+  std::optional<CalcError> check(std::string_view source) const;
 
   /// Ends the running calculation early with `?`. May be called from a signal handler and from any thread; without a
   /// running calculation it does nothing.
