@@ -24,7 +24,8 @@ inline constexpr std::string_view CalAlarmActionEmail = "EMAIL";
 inline constexpr std::string_view CalAlarmActionProcedure = "PROCEDURE";
 inline constexpr std::string_view CalAlarmActionSound = "SOUND";
 
-/// A calendar. One kind holds events and tasks alike.
+/// A calendar, of events or of tasks: callers are not told which. A store that keeps the two apart refuses an item in the
+/// wrong one when it is saved.
 class CalCalendar {
  public:
   virtual ~CalCalendar() = default;
@@ -91,7 +92,7 @@ class CalRecurrenceRule {
   virtual int firstDayOfTheWeek() const = 0;
   /// None when the rule goes on.
   virtual std::shared_ptr<CalRecurrenceEnd> recurrenceEnd() const = 0;
-  /// 1 Sunday to 7 Saturday. Weekdays that are meant as the n-th of their month are in the next but one only.
+  /// 1 Sunday to 7 Saturday. Days that are meant as the n-th of their month are `nthWeekDaysOfTheMonth` and not here.
   virtual std::vector<long> daysOfTheWeek() const = 0;
   virtual std::vector<long> daysOfTheMonth() const = 0;
   virtual std::vector<std::shared_ptr<CalNthWeekDay>> nthWeekDaysOfTheMonth() const = 0;

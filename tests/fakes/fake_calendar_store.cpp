@@ -59,7 +59,8 @@ void forEachOccurrence(const FakeCalEvent& event, Date end, const std::function<
   for (int number = 1; *occurrence.m_startDate < end; ++number) {
     if (ruleEnd && ruleEnd->usesEndDate() && *occurrence.m_startDate > *ruleEnd->endDate()) return;
     if (ruleEnd && !ruleEnd->usesEndDate() && number > ruleEnd->occurrenceCount()) return;
-    if (!visit(occurrence) || !rule) return;
+    const bool excluded = std::ranges::find(event.m_excluded, *occurrence.m_startDate) != event.m_excluded.end();
+    if ((!excluded && !visit(occurrence)) || !rule) return;
     const auto step = rule->recurrenceInterval() * 24h;
     *occurrence.m_startDate += step;
     *occurrence.m_endDate += step;
@@ -293,9 +294,23 @@ bool FakeCalendarStore::removeCalendar(const std::shared_ptr<CalCalendar>& calen
   return true;
 }
 
-bool FakeCalendarStore::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan, std::optional<Error>& error) {
+bool FakeCalendarStore::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
   if (!calendarTakesChanges(event.get(), error)) return false;
-  std::erase_if(m_events, [&](const auto& own) { return own.m_uid == event->uid(); });
+  const auto series = findUid(m_events, event->uid().value_or(""));
+  if (series == m_events.end()) return refuse(error, "The event is not in the store.");
+  const auto rule = std::dynamic_pointer_cast<FakeCalRecurrenceRule>(series->m_recurrenceRule);
+  if (!rule || span == CalSpan::kAllEvents ||
+      (span == CalSpan::kFutureEvents && event->occurrence() == series->m_startDate)) {
+    m_events.erase(series);
+  } else if (span == CalSpan::kThisEvent) {
+    series->m_excluded.push_back(*event->occurrence());
+  } else {
+    auto shortened = std::make_shared<FakeCalRecurrenceRule>(*rule);
+    auto end = std::make_shared<FakeCalRecurrenceEnd>();
+    end->m_endDate = *event->occurrence() - 1us;
+    shortened->m_end = end;
+    series->m_recurrenceRule = shortened;
+  }
   return true;
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "fakes/fake_clock.h"
 #include "platform/calendar_store_items.h"
 
 namespace orlocal::fakes {
@@ -108,7 +110,7 @@ class FakeCalItem : public Interface {
  public:
   std::shared_ptr<CalCalendar> m_calendar;
   OptionalText m_title, m_notes, m_url, m_uid;
-  std::optional<Date> m_dateStamp, m_nextAlarmDate;
+  std::optional<Date> m_dateStamp;
   std::vector<std::shared_ptr<CalAlarm>> m_alarms;
 
   std::shared_ptr<CalCalendar> calendar() const override { return m_calendar; }
@@ -122,13 +124,29 @@ class FakeCalItem : public Interface {
   OptionalText uid() const override { return m_uid; }
   std::optional<Date> dateStamp() const override { return m_dateStamp; }
   bool hasAlarm() const override { return !m_alarms.empty(); }
-  std::optional<Date> nextAlarmDate() const override { return m_nextAlarmDate; }
+  std::optional<Date> nextAlarmDate() const override {
+    std::optional<Date> next;
+    for (const auto& alarm : m_alarms) {
+      const auto seconds = std::chrono::duration_cast<std::chrono::microseconds>(
+          std::chrono::duration<double>(alarm->relativeTrigger()));
+      const auto base = alarmBase();
+      const auto date = alarm->absoluteTrigger() ? alarm->absoluteTrigger()
+                        : base                   ? std::optional<Date>(*base + seconds)
+                                                 : std::nullopt;
+      if (date && *date >= fakeNow() && (!next || *date < *next)) next = date;
+    }
+    return next;
+  }
   std::vector<std::shared_ptr<CalAlarm>> alarms() const override { return m_alarms; }
   void addAlarm(std::shared_ptr<CalAlarm> alarm) override { m_alarms.push_back(std::move(alarm)); }
   void removeAlarm(const std::shared_ptr<CalAlarm>& alarm) override { std::erase(m_alarms, alarm); }
   void removeAlarms(const std::vector<std::shared_ptr<CalAlarm>>& alarms) override {
     std::erase_if(m_alarms, [&](const auto& own) { return std::ranges::find(alarms, own) != alarms.end(); });
   }
+
+ protected:
+  /// What relative alarms count from.
+  virtual std::optional<Date> alarmBase() const = 0;
 };
 
 class FakeCalEvent : public FakeCalItem<CalEvent> {
@@ -137,6 +155,7 @@ class FakeCalEvent : public FakeCalItem<CalEvent> {
   bool m_isAllDay = false, m_isDetached = false;
   OptionalText m_location;
   std::shared_ptr<CalRecurrenceRule> m_recurrenceRule;
+  std::vector<Date> m_excluded;  ///< starts of removed occurrences
   std::optional<std::vector<std::shared_ptr<CalAttendee>>> m_attendees;
 
   std::optional<Date> startDate() const override { return m_startDate; }
@@ -152,6 +171,9 @@ class FakeCalEvent : public FakeCalItem<CalEvent> {
   std::shared_ptr<CalRecurrenceRule> recurrenceRule() const override { return m_recurrenceRule; }
   void setRecurrenceRule(std::shared_ptr<CalRecurrenceRule> rule) override { m_recurrenceRule = std::move(rule); }
   std::optional<std::vector<std::shared_ptr<CalAttendee>>> attendees() const override { return m_attendees; }
+
+ protected:
+  std::optional<Date> alarmBase() const override { return m_startDate; }
 };
 
 class FakeCalTask : public FakeCalItem<CalTask> {
@@ -171,6 +193,9 @@ class FakeCalTask : public FakeCalItem<CalTask> {
   void setIsCompleted(bool completed) override;
   int priority() const override { return m_priority; }
   void setPriority(int priority) override { m_priority = priority; }
+
+ protected:
+  std::optional<Date> alarmBase() const override { return m_dueDate; }
 };
 
 }  // namespace orlocal::fakes
