@@ -1,0 +1,25 @@
+#include "platform/linux/notification_center_linux.h"
+
+namespace orlocal {
+
+void LinuxNotificationCenter::addObserver(std::string_view name, Observer observer) {
+  const std::lock_guard guard(m_lock);
+  m_observers.emplace_back(name, std::make_shared<const Observer>(std::move(observer)));
+}
+
+void LinuxNotificationCenter::post(const std::shared_ptr<const Notification>& notification) {
+  std::vector<std::shared_ptr<const Observer>> called;
+  {
+    const std::lock_guard guard(m_lock);
+    for (const auto& [name, observer] : m_observers) {
+      if (name == notification->name) called.push_back(observer);
+    }
+  }
+  for (const auto& observer : called) (*observer)(notification);
+}
+
+void LinuxNotificationCenter::setSuspended(bool suspended) {
+  if (m_listenToOthers) m_listenToOthers(!suspended);
+}
+
+}  // namespace orlocal
