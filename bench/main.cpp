@@ -1,0 +1,49 @@
+// Measures the built plug-in, each thing beside a floor from the same run. Usage:
+//   orlocal_bench PLUGIN FOLDER [--smoke] [--report FILE]
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <string>
+
+#include "measurements.h"
+
+int main(int argc, char** argv) {
+  using namespace orlocal::bench;
+  if (argc < 3) {
+    std::fputs("usage: orlocal_bench PLUGIN FOLDER [--smoke] [--report FILE]\n", stderr);
+    return 2;
+  }
+  Setting setting;
+  setting.plugin = argv[1];
+  setting.folder = argv[2];
+  std::string reportFile;
+  for (int i = 3; i < argc; ++i) {
+    const std::string word = argv[i];
+    if (word == "--smoke") {
+      setting.sizes = {1'000};
+      setting.rounds = 2;
+    } else if (word == "--report" && i + 1 < argc) {
+      reportFile = argv[++i];
+    } else {
+      std::fprintf(stderr, "orlocal_bench: unknown word %s\n", word.c_str());
+      return 2;
+    }
+  }
+  try {
+    setenv("TZ", "Europe/Berlin", 1);
+    setenv("ORLOCAL_NOW", "2026-11-02T08:00:00Z", 1);
+    std::filesystem::remove_all(setting.folder);
+    std::filesystem::create_directories(setting.folder);
+    Report report;
+    // Everything that forks comes first: the parent must not have started the plug-in.
+    measureReading(report, setting);
+    measureSaving(report, setting);
+    measureCallOverhead(report, setting);
+    if (!reportFile.empty()) std::ofstream(reportFile) << report.markdown();
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "orlocal_bench: %s\n", problem.what());
+    return 1;
+  }
+  return 0;
+}

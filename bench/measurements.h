@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "measure.h"
+
+namespace orlocal::bench {
+
+/// Where and how much to measure.
+struct Setting {
+  std::filesystem::path plugin;  ///< Orlocal.fmx
+  std::filesystem::path folder;  ///< for stores and floors; emptied before
+  std::vector<std::size_t> sizes{1'000, 10'000, 100'000};
+  int rounds = 7;
+};
+
+/// Collects rows and remarks and prints them as they come.
+class Report {
+ public:
+  void add(Row row);
+  void note(std::string line);
+  /// The rows as a Markdown table, then the notes.
+  std::string markdown() const;
+
+ private:
+  std::vector<Row> m_rows;
+  std::vector<std::string> m_notes;
+};
+
+/// Imports `ics` into a new store at `file`, beside the iCalendar library parsing the same text.
+Row measureImport(const Setting& setting, const std::filesystem::path& ics, const std::filesystem::path& file,
+                  std::size_t events);
+
+// Each adds its rows to the report.
+void measureCallOverhead(Report& report, const Setting& setting);
+void measureReading(Report& report, const Setting& setting);
+void measureSaving(Report& report, const Setting& setting);
+
+}  // namespace orlocal::bench
