@@ -111,10 +111,12 @@ void measureSaving(Report& report, const Setting& setting) {
         for (int i = 0; i <= splits; ++i) {
           newEvent(i);
           set(u"calendartitle", u"Split");
+          set(u"startdate", wide(fmt::format("2026-11-05 09:{:02}:00", i)));
+          set(u"enddate", wide(fmt::format("2026-11-05 10:{:02}:00", i)));
           Call(u"Orlo_AddRecurrence", {u"daily", u"1", u"", u"", u"", u"", u"1000"}).checked();
           save(u"this");
         }
-        // All series stand on the same days: the i-th occurrence of day 500 belongs to the i-th of them that is whole.
+        // A minute apart, so that the i-th occurrence of a day belongs to the i-th series before and after its split.
         Call(u"Orlo_EventsFetch", {u"2028-03-19 00:00:00", u"2028-03-20 00:00:00", u"Split", u""}).checked();
         return [](int i) {
           Call openAt(u"Orlo_OpenItemAt", {u"event", u"1"});
