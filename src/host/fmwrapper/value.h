@@ -33,6 +33,7 @@ class ORLOCAL_HOST_API Value {
 
   static Value ofText(std::u16string_view text);
   static Value ofText(std::u16string&& text);
+  static Value ofText(const char16_t* text) { return ofText(std::u16string_view(text)); }
   static Value ofUtf8(std::string_view text);
   /// "Not a number" makes the invalid value.
   static Value ofNumber(Number number);
