@@ -100,10 +100,16 @@ class CalendarStore {
   virtual Result<std::optional<Occurrence>> firstOccurrence(const Item& event) = 0;
 
   /// Saves a new or changed event. `edited` holds the fields as the user left them. For an occurrence of a series
-  /// `occurrence` is the one that was opened; `span` then says what the change is about: this one alone, or this and
-  /// the later ones. Fills in ids, identifiers and stamps.
+  /// `occurrence` is the one that was opened, and the start and end in `edited` are its own; `span` then says what the
+  /// change is about: this one alone (it becomes a changed occurrence; refused when the rules were changed, too), or
+  /// this and the later ones (the series is split there; from the first occurrence on it is changed as it stands).
+  /// Exceptions and changed occurrences follow when the start moves. One occurrence that moves to another calendar
+  /// becomes an event of its own there. `edited` then is what was written: the event, the changed occurrence or the new
+  /// series; its occurrence is now `firstOccurrence(edited)`.
   virtual Status saveEvent(Item& edited, const std::optional<Occurrence>& occurrence, Span span) = 0;
   virtual Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) = 0;
+  /// A repeating reminder that is saved as completed moves on: what was done is kept as a reminder of its own, and
+  /// `edited` is then open again and due at its next occurrence. After the last one it stays completed.
   virtual Status saveReminder(Item& edited) = 0;
   virtual Status removeReminder(const Item& reminder) = 0;
 

@@ -2,6 +2,8 @@
 
 #include "store/calendar_edits.h"
 #include "store/contact_rows.h"
+#include "store/event_edits.h"
+#include "store/reminder_edits.h"
 #include "store/store_writer.h"
 #include "store/try.h"
 
@@ -72,16 +74,17 @@ Result<std::optional<Occurrence>> SqliteStore::firstOccurrence(const Item& event
   return m_queries.firstOccurrence(event);
 }
 
-Status SqliteStore::saveEvent(Item&, const std::optional<Occurrence>&, Span) {
-  return failure(ErrorCode::kRefused, "Saving events is not built yet.");
+Status SqliteStore::saveEvent(Item& edited, const std::optional<Occurrence>& occurrence, Span span) {
+  return EventEdits(*m_core, m_queries).save(edited, occurrence, span);
 }
-Status SqliteStore::removeEvent(const Item&, const std::optional<Occurrence>&, Span) {
-  return failure(ErrorCode::kRefused, "Removing events is not built yet.");
+
+Status SqliteStore::removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
+  return EventEdits(*m_core, m_queries).remove(event, occurrence, span);
 }
-Status SqliteStore::saveReminder(Item&) { return failure(ErrorCode::kRefused, "Saving reminders is not built yet."); }
-Status SqliteStore::removeReminder(const Item&) {
-  return failure(ErrorCode::kRefused, "Removing reminders is not built yet.");
-}
+
+Status SqliteStore::saveReminder(Item& edited) { return ReminderEdits(*m_core, m_queries).save(edited); }
+
+Status SqliteStore::removeReminder(const Item& reminder) { return ReminderEdits(*m_core, m_queries).remove(reminder); }
 
 Result<std::unique_ptr<ItemWriter>> SqliteStore::startWriting() { return StoreWriter::start(*m_core); }
 

@@ -1,0 +1,262 @@
+#include "store/series_edits.h"
+
+#include <algorithm>
+
+#include "store/original_key.h"
+#include "store/series_shift.h"
+#include "store/try.h"
+
+namespace orlocal::store {
+namespace {
+
+/// The series as it stands, changed occurrences and all; edits need their own copy, as the cache forgets it on writing.
+Result<Series> compiled(const Item& item, const Zone& viewer) { return Series::compile(item, viewer); }
+
+void keepTimesIf(std::vector<CalendarTime>& times, const Series& series, Moment from, Moment to) {
+  std::erase_if(times, [&](const CalendarTime& time) {
+    const Moment start = series.originalStart(time);
+    return start < from || start >= to;
+  });
+}
+
+}  // namespace
+
+Result<bool> SeriesEdits::isFirst(const Item& series, Moment original) {
+  ORLOCAL_TRY(const auto first, m_queries.firstOccurrence(series));
+  return !first || first->originalStart >= original;
+}
+
+Status SeriesEdits::update(const Item& item) {
+  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(item.id));
+  if (item.recurrence.empty() && changed.empty()) return m_core.updateItem(item, nullptr, std::nullopt, false);
+  ORLOCAL_TRY(const Series series, compiled(item, Zone()));
+  return m_core.updateItem(item, &series, std::nullopt, false);
+}
+
+Status SeriesEdits::changeOne(const Item& series, Moment original, Item& edited) {
+  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
+  ORLOCAL_TRY(const Series key, compiled(series, Zone()));
+  edited.series = series.id;
+  edited.identifier = series.identifier;
+  edited.uid = series.uid;
+  edited.kind = series.kind;
+  edited.calendar = series.calendar;
+  edited.recurrence = Recurrence();
+  if (!edited.recurrenceId) edited.recurrenceId = here.recurrenceId(original);
+  const std::int64_t place = originalKey(key, *edited.recurrenceId);
+  ORLOCAL_TRY(edited.id, m_core.rows.changedAt(series.id, place));
+  if (edited.id == 0) return m_core.insertItem(edited, nullptr, place, key.followsViewer());
+  ORLOCAL_TRY(const auto stored, m_core.rows.read(edited.id));
+  edited.itemIdentifier = stored->itemIdentifier;
+  return m_core.updateItem(edited, nullptr, place, key.followsViewer());
+}
+
+Status SeriesEdits::exceptOne(const Item& series, Moment original) {
+  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
+  ORLOCAL_TRY(const Series key, compiled(series, Zone()));
+  const CalendarTime recurrenceId = here.recurrenceId(original);
+  ORLOCAL_TRY(const ItemId changed, m_core.rows.changedAt(series.id, originalKey(key, recurrenceId)));
+  if (changed != 0) {
+    ORLOCAL_TRY(const auto row, m_core.rows.read(changed));
+    ORLOCAL_CHECK(m_core.removeItem(*row));
+  }
+  Item rest = series;
+  rest.recurrence.excluded.push_back(recurrenceId);
+  rest.modified = now();
+  // A single event with a changed occurrence in its place has no rule that an exception could belong to.
+  if (rest.recurrence.empty()) return removeAll(series);
+  ORLOCAL_CHECK(update(rest));
+  ORLOCAL_TRY(const auto left, m_queries.firstOccurrence(rest));
+  return left ? Status() : removeAll(rest);
+}
+
+Status SeriesEdits::removeAll(const Item& series) {
+  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(series.id));
+  for (const ItemRows::Changed& row : changed) {
+    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
+    ORLOCAL_CHECK(m_core.removeItem(*item));
+  }
+  return m_core.removeItem(series);
+}
+
+Result<std::vector<ItemRows::Changed>> SeriesEdits::changedFrom(const Item& series, const Series& here,
+                                                                Moment original) {
+  ORLOCAL_TRY(auto changed, m_core.rows.changedOf(series.id));
+  std::erase_if(changed, [&](const ItemRows::Changed& row) { return here.originalStart(row.recurrenceId) < original; });
+  return changed;
+}
+
+Result<SeriesEdits::Halves> SeriesEdits::halves(const Item& series, const Series& here, Moment original) {
+  Halves halves{series.recurrence, series.recurrence};
+  halves.left.rules.clear();
+  halves.right.rules.clear();
+  ExpansionBudget budget;
+  for (std::size_t i = 0; i < series.recurrence.rules.size(); ++i) {
+    const RecurrenceRule& rule = series.recurrence.rules[i];
+    ORLOCAL_TRY(const std::int64_t before, here.countBefore(original, i, budget));
+    if (!rule.count) {
+      RecurrenceRule ended = rule;
+      // An earlier end stays.
+      if (!rule.until || here.originalStart(*rule.until) >= original) ended.until = untilBefore(here, original);
+      halves.left.rules.push_back(std::move(ended));
+      halves.right.rules.push_back(rule);
+      continue;
+    }
+    ORLOCAL_TRY(const std::int64_t with, here.countBefore(original + std::chrono::microseconds(1), i, budget));
+    if (before > 0) {
+      halves.left.rules.push_back(rule);
+      halves.left.rules.back().count = before;
+    }
+    // The start of the right half counts as the first of every rule there, also of one that does not make it.
+    if (*rule.count > before) {
+      halves.right.rules.push_back(rule);
+      halves.right.rules.back().count = *rule.count - before + (with > before ? 0 : 1);
+    }
+  }
+  keepTimesIf(halves.left.added, here, Moment::min(), original);
+  keepTimesIf(halves.left.excluded, here, Moment::min(), original);
+  keepTimesIf(halves.right.added, here, original + std::chrono::microseconds(1), Moment::max());
+  keepTimesIf(halves.right.excluded, here, original, Moment::max());
+  return halves;
+}
+
+Status SeriesEdits::truncate(const Item& series, Moment original) {
+  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
+  ORLOCAL_TRY(const auto later, changedFrom(series, here, original));
+  for (const ItemRows::Changed& row : later) {
+    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
+    ORLOCAL_CHECK(m_core.removeItem(*item));
+  }
+  ORLOCAL_TRY(Halves parts, halves(series, here, original));
+  Item left = series;
+  left.recurrence = std::move(parts.left);
+  left.modified = now();
+  return update(left);
+}
+
+Status SeriesEdits::moveChanged(const std::vector<ItemRows::Changed>& changed, const Item& target,
+                                const SeriesShift& shift, bool checkThatTheyMeet) {
+  ORLOCAL_TRY(const Series key, compiled(target, Zone()));
+  ExpansionBudget budget;
+  for (const ItemRows::Changed& row : changed) {
+    ORLOCAL_TRY(const auto stored, m_core.rows.read(row.id));
+    Item moved = *stored;
+    moved.recurrenceId = shift(row.recurrenceId);
+    const Moment original = key.originalStart(*moved.recurrenceId);
+    bool meets = !checkThatTheyMeet;
+    if (!meets) {
+      ORLOCAL_CHECK(
+          key.expand(original, original + std::chrono::microseconds(1), budget,
+                     [&](const Series::Instance& instance) { return !(meets = instance.start == original); }));
+    }
+    if (!meets) {
+      // The changed series has no occurrence there that this one could stand for.
+      ORLOCAL_CHECK(m_core.removeItem(*stored));
+      continue;
+    }
+    moved.series = target.id;
+    moved.identifier = target.identifier;
+    moved.uid = target.uid;
+    moved.calendar = target.calendar;
+    ORLOCAL_CHECK(m_core.updateItem(moved, nullptr, originalKey(key, *moved.recurrenceId), key.followsViewer()));
+  }
+  return {};
+}
+
+Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited) {
+  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
+  const Zone& viewer = m_core.options.viewer;
+  const CalendarTime from = here.recurrenceId(original);
+  // The start is compared where the viewer sees it: a skipped hour has two names.
+  const bool moved =
+      momentOf(*edited.start, viewer) != original || edited.start->kind != from.kind || edited.start->zone != from.zone;
+  const CalendarTime to = moved ? *edited.start : from;
+  const SeriesShift shift(here, from, to, viewer);
+  const bool otherRules = edited.recurrence.rules != series.recurrence.rules;
+
+  Item whole = edited;
+  whole.start = shift(*series.start);
+  const auto lengthOf = [&](const Item& item) { return momentOf(*item.end, viewer) - momentOf(*item.start, viewer); };
+  const auto daysOf = [&](const Item& item) { return item.end->local - item.start->local; };
+  const bool sameLength = series.end && (whole.allDay() ? series.allDay() && daysOf(series) == daysOf(edited)
+                                                        : !series.allDay() && lengthOf(series) == lengthOf(edited));
+  whole.end = edited.end;
+  if (sameLength) {
+    whole.end = series.end;
+    whole.end->local += whole.start->local - series.start->local;
+    if (series.end->zone == series.start->zone) {
+      whole.end->kind = whole.start->kind;
+      whole.end->zone = whole.start->zone;
+    }
+  } else {
+    whole.end->local = whole.start->local + (edited.end->local - edited.start->local);
+  }
+  if (!shift.none()) {
+    for (CalendarTime& time : whole.recurrence.excluded) time = shift(time);
+    for (CalendarTime& time : whole.recurrence.added) time = shift(time);
+    if (!otherRules) {
+      for (RecurrenceRule& rule : whole.recurrence.rules) rule = shift(rule);
+    }
+  }
+  whole.id = series.id;
+  whole.identifier = series.identifier;
+  whole.itemIdentifier = series.itemIdentifier;
+  whole.uid = series.uid;
+  whole.series.reset();
+  whole.recurrenceId.reset();
+  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(series.id));
+  ORLOCAL_CHECK(update(whole));
+  if (!shift.none() || otherRules || whole.calendar != series.calendar) {
+    ORLOCAL_CHECK(moveChanged(changed, whole, shift, !shift.none() || otherRules));
+    // The entry on the timeline says whether there are changed occurrences.
+    ORLOCAL_CHECK(update(whole));
+  }
+  edited = std::move(whole);
+  return {};
+}
+
+Status SeriesEdits::split(const Item& series, Moment original, Item& edited) {
+  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
+  const CalendarTime from = here.recurrenceId(original);
+  const bool moved = momentOf(*edited.start, m_core.options.viewer) != original || edited.start->kind != from.kind ||
+                     edited.start->zone != from.zone;
+  const SeriesShift shift(here, from, moved ? *edited.start : from, m_core.options.viewer);
+  const bool otherRules = edited.recurrence.rules != series.recurrence.rules;
+  ORLOCAL_TRY(const auto later, changedFrom(series, here, original));
+  ORLOCAL_TRY(Halves parts, halves(series, here, original));
+
+  Item right = edited;
+  right.uid = m_core.uuids.next().text();
+  right.series.reset();
+  right.recurrenceId.reset();
+  right.created = right.modified;
+  right.sequence = 0;
+  if (!otherRules) {
+    right.recurrence.rules = std::move(parts.right.rules);
+    for (RecurrenceRule& rule : right.recurrence.rules) rule = shift(rule);
+  }
+  // Rules taken away mean that the event happens once from here on.
+  if (otherRules && edited.recurrence.rules.empty()) {
+    right.recurrence = Recurrence();
+  } else {
+    right.recurrence.added = std::move(parts.right.added);
+    right.recurrence.excluded = std::move(parts.right.excluded);
+    for (CalendarTime& time : right.recurrence.added) time = shift(time);
+    for (CalendarTime& time : right.recurrence.excluded) time = shift(time);
+  }
+  // An occurrence that a changed one replaces keeps its place; its own start is no exception to itself.
+  ORLOCAL_TRY(const Series compiledRight, compiled(right, Zone()));
+  const bool repeats = !right.recurrence.empty() || !later.empty();
+  ORLOCAL_CHECK(m_core.insertItem(right, repeats ? &compiledRight : nullptr, std::nullopt, false));
+  ORLOCAL_CHECK(moveChanged(later, right, shift, otherRules || !shift.none()));
+  if (right.recurrence.empty() && !later.empty()) ORLOCAL_CHECK(update(right));
+
+  Item left = series;
+  left.recurrence = std::move(parts.left);
+  left.modified = edited.modified;
+  ORLOCAL_CHECK(update(left));
+  edited = std::move(right);
+  return {};
+}
+
+}  // namespace orlocal::store

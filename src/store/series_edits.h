@@ -1,0 +1,52 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "store/queries.h"
+#include "store/store_core.h"
+
+namespace orlocal::store {
+
+/// Changes of series, inside a write transaction. An occurrence is addressed by its original start.
+class SeriesEdits {
+ public:
+  SeriesEdits(StoreCore& core, Queries& queries) : m_core(core), m_queries(queries) {}
+
+  /// Whether nothing of the series is left before the occurrence.
+  Result<bool> isFirst(const Item& series, Moment original);
+
+  /// Writes `edited` as the changed occurrence of `series`; fills in what makes it one.
+  Status changeOne(const Item& series, Moment original, Item& edited);
+  /// Takes one occurrence out; the series goes with its last one.
+  Status exceptOne(const Item& series, Moment original);
+
+  /// Gives the whole series the fields of `edited`, whose start and end are those of the occurrence. Exceptions and
+  /// changed occurrences follow a move of the start.
+  Status changeAll(const Item& series, Moment original, Item& edited);
+  /// Ends the series before the occurrence and makes a new one from there on out of `edited`; its COUNT is what is
+  /// left, exceptions and changed occurrences go to the half that they belong to.
+  Status split(const Item& series, Moment original, Item& edited);
+  /// Takes the occurrence and all later ones out; it is not the first.
+  Status truncate(const Item& series, Moment original);
+  /// Removes the series with its changed occurrences, or a single item.
+  Status removeAll(const Item& series);
+
+  /// Writes an item over its row; finds out itself whether it repeats.
+  Status update(const Item& item);
+
+ private:
+  struct Halves {
+    Recurrence left, right;
+  };
+  Result<Halves> halves(const Item& series, const Series& compiled, Moment original);
+  /// Hangs changed occurrences under `target` (already written), where the moved rule still meets them.
+  Status moveChanged(const std::vector<ItemRows::Changed>& changed, const Item& target, const class SeriesShift& shift,
+                     bool checkThatTheyMeet);
+  Result<std::vector<ItemRows::Changed>> changedFrom(const Item& series, const Series& compiled, Moment original);
+
+  StoreCore& m_core;
+  Queries& m_queries;
+};
+
+}  // namespace orlocal::store
