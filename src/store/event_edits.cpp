@@ -27,7 +27,11 @@ Status checkTimes(const Item& event) {
 std::string nameOf(const Item& event) { return event.title ? fmt::format("\"{}\"", *event.title) : "without a title"; }
 
 Status checkAttendees(const Item& event) {
-  const auto invited = [](const Attendee& attendee) { return !attendee.organizer; };
+  // An organizer who does not take part is nobody who would have to be told.
+  const auto invited = [](const Attendee& attendee) {
+    return !attendee.organizer || attendee.role != Attendee::Role::kUnknown ||
+           attendee.status != Attendee::Status::kUnknown || attendee.type != Attendee::Type::kUnknown;
+  };
   if (std::none_of(event.attendees.begin(), event.attendees.end(), invited)) return {};
   return failure(ErrorCode::kRefused,
                  fmt::format("The event {} has attendees; change it in the calendar application, which tells them.",
