@@ -8,28 +8,12 @@
 #include <string_view>
 #include <vector>
 
+#include "fakes/fake_time_zone.h"
 #include "platform/bundle_strings.h"
 #include "platform/platform.h"
 #include "platform/system_version.h"
-#include "platform/zone.h"
 
 namespace orlocal::fakes {
-
-/// A zone with one offset all year.
-class FakeTimeZone : public TimeZone {
- public:
-  explicit FakeTimeZone(int offsetSeconds) : m_offset(offsetSeconds) {}
-
-  std::string name() const override { return "Fake/Fixed"; }
-  int secondsFromGMT() const override { return m_offset; }
-  int secondsFromGMTForDate(Date) const override { return m_offset; }
-  std::string abbreviation() const override { return "FIX"; }
-  DateComponents components(Date date) const override;
-  std::optional<Date> dateFromComponents(const DateComponents& parts) const override;
-
- private:
-  int m_offset;
-};
 
 /// Strings by table and key.
 class FakeBundleStrings : public BundleStrings {

@@ -1,0 +1,346 @@
+#include "fakes/fake_event_store.h"
+
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <tuple>
+
+#include "platform/platform.h"
+
+namespace orlocal::fakes {
+namespace {
+
+using Identifiers = std::set<OptionalText>;
+
+Identifiers identifiersOf(const EKCalendarArray& calendars) {
+  Identifiers identifiers;
+  for (const auto& calendar : calendars) identifiers.insert(calendar->calendarIdentifier());
+  return identifiers;
+}
+
+template <class Item>
+struct FakePredicate final : EKPredicate {
+  std::function<bool(const Item&)> matches;
+};
+
+template <class Item>
+std::shared_ptr<const EKPredicate> predicateOf(std::function<bool(const Item&)> matches) {
+  auto predicate = std::make_shared<FakePredicate<Item>>();
+  predicate->matches = std::move(matches);
+  return predicate;
+}
+
+/// Copies are made when they are asked for, from records that may be gone by then.
+template <class Seam, class Item>
+class FakeArray final : public ObjectArray<Seam> {
+ public:
+  using Copy = std::function<std::shared_ptr<Seam>(const Item&)>;
+
+  FakeArray(std::vector<std::weak_ptr<Item>> records, Copy copy)
+      : m_records(std::move(records)), m_copy(std::move(copy)) {}
+
+  std::size_t count() const override { return m_records.size(); }
+  std::shared_ptr<Seam> objectAtIndex(std::size_t index) const override {
+    const auto record = m_records.at(index).lock();
+    return record ? m_copy(*record) : nullptr;
+  }
+
+ private:
+  std::vector<std::weak_ptr<Item>> m_records;
+  Copy m_copy;
+};
+
+bool refuse(std::optional<Error>& error, std::string reason) {
+  error = Error{"The fake store refused.", std::move(reason)};
+  return false;
+}
+
+template <class Record>
+auto recordWithIdentifier(const std::vector<std::shared_ptr<Record>>& records, const OptionalText& identifier) {
+  return std::find_if(records.begin(), records.end(), [&](const auto& record) {
+    if constexpr (std::is_same_v<Record, FakeCalendar>) {
+      return record->m_identifier == identifier;
+    } else {
+      return record->m_itemIdentifier == identifier;
+    }
+  });
+}
+
+bool isDueWithin(const FakeReminder& reminder, std::optional<Date> start, std::optional<Date> end) {
+  if (!start && !end) return true;
+  if (!reminder.m_due) return false;
+  const auto due = platform().defaultTimeZone().dateFromComponents(*reminder.m_due);
+  return due && (!start || *due >= *start) && (!end || *due < *end);
+}
+
+}  // namespace
+
+FakeEventStore::FakeEventStore() : m_source(std::make_shared<FakeSource>("Local")) {
+  addCalendar("Calendar");
+  addCalendar("Reminders", EKEntityType::kReminder);
+}
+
+std::string FakeEventStore::nextIdentifier(const char* kind) {
+  return std::string(kind) + "-" + std::to_string(++m_lastNumber);
+}
+
+std::shared_ptr<FakeCalendar> FakeEventStore::addCalendar(std::string_view title, EKEntityType kind) {
+  auto calendar = std::make_shared<FakeCalendar>();
+  calendar->m_kind = kind;
+  calendar->m_identifier = nextIdentifier(kind == EKEntityType::kEvent ? "calendar" : "list");
+  calendar->m_title = title;
+  calendar->m_source = m_source;
+  m_calendars.push_back(calendar);
+  return calendar;
+}
+
+std::shared_ptr<FakeCalendar> FakeEventStore::recordTitled(std::string_view title) const {
+  for (const auto& calendar : m_calendars) {
+    if (calendar->m_title == title) return calendar;
+  }
+  return nullptr;
+}
+
+std::shared_ptr<FakeEvent> FakeEventStore::addEvent(std::string_view calendarTitle, std::string_view title, Date start,
+                                                    Date end) {
+  FakeEvent event;
+  event.m_calendar = recordTitled(calendarTitle);
+  event.m_title = title;
+  event.m_startDate = start;
+  event.m_endDate = end;
+  keep(m_events, event, "event");
+  return m_events.back();
+}
+
+std::shared_ptr<FakeReminder> FakeEventStore::addReminder(std::string_view listTitle, std::string_view title) {
+  FakeReminder reminder(m_now);
+  reminder.m_calendar = recordTitled(listTitle);
+  reminder.m_title = title;
+  keep(m_reminders, reminder, "reminder");
+  return m_reminders.back();
+}
+
+std::shared_ptr<EKCalendar> FakeEventStore::calendarCopy(const OptionalText& identifier) const {
+  const auto found = recordWithIdentifier(m_calendars, identifier);
+  return found == m_calendars.end() ? nullptr : std::make_shared<FakeCalendar>(**found);
+}
+
+template <class Item>
+std::shared_ptr<Item> FakeEventStore::copyOf(const Item& record) const {
+  auto copy = std::make_shared<Item>(record);
+  copy->m_calendar = record.m_calendar ? calendarCopy(record.m_calendar->calendarIdentifier()) : nullptr;
+  for (auto& alarm : copy->m_alarms) {
+    if (const auto fake = std::dynamic_pointer_cast<FakeAlarm>(alarm)) alarm = std::make_shared<FakeAlarm>(*fake);
+  }
+  return copy;
+}
+
+template <class Item>
+void FakeEventStore::keep(std::vector<std::shared_ptr<Item>>& records, Item& item, const char* kind) {
+  if (!item.m_itemIdentifier) {
+    const auto identifier = nextIdentifier(kind);
+    if constexpr (std::is_same_v<Item, FakeEvent>) item.m_eventIdentifier = identifier;
+    item.m_itemIdentifier = "item-" + identifier;
+    item.m_externalIdentifier = identifier + "@fake";
+    item.m_creationDate = m_now;
+  }
+  item.m_lastModifiedDate = m_now;
+  for (const auto& alarm : item.m_alarms) {
+    const auto fake = std::dynamic_pointer_cast<FakeAlarm>(alarm);
+    if (fake && !fake->m_creationDate) fake->m_creationDate = m_now;
+  }
+  const auto found = recordWithIdentifier(records, item.m_itemIdentifier);
+  if (found == records.end()) {
+    records.push_back(copyOf(item));
+  } else {
+    **found = *copyOf(item);
+  }
+}
+
+EKCalendarArray FakeEventStore::calendarsForEntityType(EKEntityType type) {
+  EKCalendarArray calendars;
+  for (const auto& calendar : m_calendars) {
+    if (calendar->m_kind == type) calendars.push_back(std::make_shared<FakeCalendar>(*calendar));
+  }
+  return calendars;
+}
+
+std::shared_ptr<EKCalendar> FakeEventStore::calendarWithIdentifier(std::string_view identifier) {
+  return calendarCopy(std::string(identifier));
+}
+
+std::shared_ptr<EKCalendar> FakeEventStore::defaultCalendarForNewEvents() {
+  const auto calendars = calendarsForEntityType(EKEntityType::kEvent);
+  return calendars.empty() ? nullptr : calendars.front();
+}
+
+std::shared_ptr<EKCalendar> FakeEventStore::defaultCalendarForNewReminders() {
+  const auto lists = calendarsForEntityType(EKEntityType::kReminder);
+  return lists.empty() ? nullptr : lists.front();
+}
+
+std::shared_ptr<const EKPredicate> FakeEventStore::predicateForEvents(Date start, Date end,
+                                                                      const EKCalendarArray& calendars) {
+  if (start > end) return nullptr;
+  return predicateOf<FakeEvent>([start, end, wanted = identifiersOf(calendars)](const FakeEvent& event) {
+    if (!wanted.contains(event.m_calendar->calendarIdentifier())) return false;
+    return *event.m_startDate < end && (*event.m_endDate > start || *event.m_startDate >= start);
+  });
+}
+
+std::shared_ptr<const EKEventArray> FakeEventStore::eventsMatchingPredicate(
+    const std::shared_ptr<const EKPredicate>& predicate) {
+  const auto* mine = dynamic_cast<const FakePredicate<FakeEvent>*>(predicate.get());
+  if (mine == nullptr) return nullptr;
+  auto matching = m_events;
+  std::erase_if(matching, [mine](const auto& event) { return !mine->matches(*event); });
+  std::sort(matching.begin(), matching.end(), [](const auto& a, const auto& b) {
+    return std::tie(a->m_startDate, a->m_endDate, a->m_eventIdentifier) <
+           std::tie(b->m_startDate, b->m_endDate, b->m_eventIdentifier);
+  });
+  return std::make_shared<FakeArray<EKEvent, FakeEvent>>(
+      std::vector<std::weak_ptr<FakeEvent>>(matching.begin(), matching.end()),
+      [this](const FakeEvent& event) { return copyOf(event); });
+}
+
+std::shared_ptr<EKEvent> FakeEventStore::eventWithIdentifier(std::string_view identifier) {
+  for (const auto& event : m_events) {
+    if (event->m_eventIdentifier == identifier) return copyOf(*event);
+  }
+  return nullptr;
+}
+
+std::shared_ptr<const EKPredicate> FakeEventStore::predicateForRemindersInCalendars(const EKCalendarArray& calendars) {
+  return predicateOf<FakeReminder>([wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
+    return wanted.contains(reminder.m_calendar->calendarIdentifier());
+  });
+}
+
+std::shared_ptr<const EKPredicate> FakeEventStore::predicateForIncompleteReminders(std::optional<Date> start,
+                                                                                   std::optional<Date> end,
+                                                                                   const EKCalendarArray& calendars) {
+  return predicateOf<FakeReminder>([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
+    return wanted.contains(reminder.m_calendar->calendarIdentifier()) && !reminder.isCompleted() &&
+           isDueWithin(reminder, start, end);
+  });
+}
+
+std::shared_ptr<const EKPredicate> FakeEventStore::predicateForCompletedReminders(std::optional<Date> start,
+                                                                                  std::optional<Date> end,
+                                                                                  const EKCalendarArray& calendars) {
+  return predicateOf<FakeReminder>([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
+    const auto date = reminder.m_completionDate;
+    return wanted.contains(reminder.m_calendar->calendarIdentifier()) && date && (!start || *date >= *start) &&
+           (!end || *date < *end);
+  });
+}
+
+void FakeEventStore::fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>& predicate,
+                                                     ReminderCompletion completion) {
+  std::shared_ptr<const EKReminderArray> answer;
+  if (const auto* mine = dynamic_cast<const FakePredicate<FakeReminder>*>(predicate.get())) {
+    std::vector<std::weak_ptr<FakeReminder>> matching;
+    for (const auto& reminder : m_reminders) {
+      if (mine->matches(*reminder)) matching.push_back(reminder);
+    }
+    answer = std::make_shared<FakeArray<EKReminder, FakeReminder>>(
+        std::move(matching), [this](const FakeReminder& reminder) { return copyOf(reminder); });
+  }
+  if (m_runLoop) {
+    m_runLoop->perform([completion = std::move(completion), answer] { completion(answer); });
+  } else {
+    completion(answer);
+  }
+}
+
+std::shared_ptr<EKCalendarItem> FakeEventStore::calendarItemWithIdentifier(std::string_view identifier) {
+  const std::string text(identifier);
+  if (const auto event = recordWithIdentifier(m_events, text); event != m_events.end()) return copyOf(**event);
+  if (const auto reminder = recordWithIdentifier(m_reminders, text); reminder != m_reminders.end()) {
+    return copyOf(**reminder);
+  }
+  return nullptr;
+}
+
+std::optional<Error> FakeEventStore::objection(const EKCalendarItem* item, EKEntityType kind) const {
+  const auto because = [](const char* reason) { return Error{"The fake store refused.", reason}; };
+  if (item == nullptr) return because("There is no item.");
+  const auto calendar = item->calendar();
+  if (!calendar) return because("The item has no calendar.");
+  const auto record = recordWithIdentifier(m_calendars, calendar->calendarIdentifier());
+  if (record == m_calendars.end() || (*record)->m_kind != kind)
+    return because("The calendar does not hold such items.");
+  if (!(*record)->m_allowsContentModifications) return because("The calendar allows no changes.");
+  return std::nullopt;
+}
+
+bool FakeEventStore::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
+  auto* fake = dynamic_cast<FakeCalendar*>(calendar.get());
+  if (fake == nullptr) return refuse(error, "There is no calendar.");
+  if (!fake->m_title || fake->m_title->empty()) return refuse(error, "The calendar has no title.");
+  if (!fake->m_source) return refuse(error, "The calendar has no source.");
+  const auto record = recordWithIdentifier(m_calendars, fake->m_identifier);
+  if (record != m_calendars.end() && !(*record)->m_allowsContentModifications) {
+    return refuse(error, "The calendar allows no changes.");
+  }
+  if (record != m_calendars.end()) {
+    **record = *fake;
+  } else {
+    fake->m_identifier = nextIdentifier(fake->m_kind == EKEntityType::kEvent ? "calendar" : "list");
+    m_calendars.push_back(std::make_shared<FakeCalendar>(*fake));
+  }
+  return true;
+}
+
+bool FakeEventStore::removeCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
+  const auto record = calendar ? recordWithIdentifier(m_calendars, calendar->calendarIdentifier()) : m_calendars.end();
+  if (record == m_calendars.end()) return refuse(error, "There is no such calendar.");
+  const auto kind = (*record)->m_kind;
+  if (std::count_if(m_calendars.begin(), m_calendars.end(), [kind](const auto& c) { return c->m_kind == kind; }) == 1) {
+    return refuse(error, "It is the last of its kind.");
+  }
+  const auto identifier = (*record)->m_identifier;
+  const auto inIt = [&](const auto& item) { return item->m_calendar->calendarIdentifier() == identifier; };
+  std::erase_if(m_events, inIt);
+  std::erase_if(m_reminders, inIt);
+  m_calendars.erase(record);
+  return true;
+}
+
+bool FakeEventStore::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan, bool, std::optional<Error>& error) {
+  error = objection(event.get(), EKEntityType::kEvent);
+  if (error) return false;
+  auto* fake = dynamic_cast<FakeEvent*>(event.get());
+  if (fake == nullptr) return refuse(error, "The event is not of this store.");
+  if (!fake->m_startDate || !fake->m_endDate) return refuse(error, "The event has no start or no end.");
+  if (fake->hasAttendees()) return refuse(error, "The event has attendees.");
+  keep(m_events, *fake, "event");
+  return true;
+}
+
+bool FakeEventStore::removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan, bool, std::optional<Error>& error) {
+  error = objection(event.get(), EKEntityType::kEvent);
+  if (error) return false;
+  const auto gone = std::erase_if(
+      m_events, [&](const auto& record) { return record->m_eventIdentifier == event->eventIdentifier(); });
+  return gone > 0 || refuse(error, "There is no such event.");
+}
+
+bool FakeEventStore::saveReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {
+  error = objection(reminder.get(), EKEntityType::kReminder);
+  if (error) return false;
+  auto* fake = dynamic_cast<FakeReminder*>(reminder.get());
+  if (fake == nullptr) return refuse(error, "The reminder is not of this store.");
+  keep(m_reminders, *fake, "reminder");
+  return true;
+}
+
+bool FakeEventStore::removeReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {
+  error = objection(reminder.get(), EKEntityType::kReminder);
+  if (error) return false;
+  const auto gone = std::erase_if(
+      m_reminders, [&](const auto& record) { return record->m_itemIdentifier == reminder->calendarItemIdentifier(); });
+  return gone > 0 || refuse(error, "There is no such reminder.");
+}
+
+}  // namespace orlocal::fakes
