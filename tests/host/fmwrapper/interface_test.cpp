@@ -1,6 +1,5 @@
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <string>
 
@@ -15,10 +14,11 @@ namespace {
 std::set<std::string> declaredFunctions() {
   std::ifstream header(ORLOCAL_FM_API);
   const std::string source{std::istreambuf_iterator<char>(header), {}};
-  const std::regex name("\\b(FM_[A-Za-z0-9]+_[A-Za-z0-9]+)\\(");
   std::set<std::string> names;
-  for (std::sregex_iterator match(source.begin(), source.end(), name), end; match != end; ++match) {
-    names.insert((*match)[1]);
+  for (std::size_t at = source.find("FM_"); at != std::string::npos; at = source.find("FM_", at + 1)) {
+    const std::size_t end = source.find('(', at);
+    if (end == std::string::npos) break;
+    names.insert(source.substr(at, end - at));
   }
   return names;
 }

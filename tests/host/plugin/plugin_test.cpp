@@ -92,8 +92,12 @@ TEST(PluginStart, SendsWhatAHostSends) {
   const auto plugin = Plugin::load(kSample, {.extensionVersion = 60, .versionText = u"Try 1", .applicationKind = 3});
   ASSERT_TRUE(plugin);
   EXPECT_THAT(call(u"Test_Describe"), StartsWith("version 60 unused -1 kind 3 host Try 1 "));
-  EXPECT_NE((*plugin)->record().instanceID, 0U);
-  EXPECT_NE((*plugin)->record().entryPoint, nullptr);
+  // The record is packed: its members are copied before anything refers to them.
+  const fmx::ExternCall record = (*plugin)->record();
+  const std::uintptr_t instance = record.instanceID;
+  auto* const entry = record.entryPoint;
+  EXPECT_NE(instance, 0U);
+  EXPECT_NE(entry, nullptr);
 }
 
 TEST(PluginStart, MayComeTwice) {
@@ -142,7 +146,8 @@ TEST(PluginMessages, AreSentWithoutParameters) {
   EXPECT_TRUE((*plugin)->idle());
   EXPECT_EQ((*plugin)->record().whichCall, fmx::kCallIdle);
   EXPECT_TRUE((*plugin)->send(fmx::kCallSchemaChange));
-  EXPECT_EQ((*plugin)->record().parm2, 0U);
+  const std::uintptr_t parameter = (*plugin)->record().parm2;
+  EXPECT_EQ(parameter, 0U);
 }
 
 TEST(PluginMessages, ReportAnExceptionOfAnyKind) {
