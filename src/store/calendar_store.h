@@ -10,8 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "store/change_signal.h"
 #include "store/item_writer.h"
 #include "store/model.h"
+#include "store/outside_commits.h"
 #include "store/result.h"
 #include "store/zone.h"
 
@@ -120,6 +122,14 @@ class CalendarStore {
   virtual Status forEachItem(CalendarId calendar, const ItemVisitor& visit) = 0;
   /// The VTIMEZONE text of a private zone.
   virtual Result<std::optional<std::string>> privateZone(std::string_view name) = 0;
+
+  /// Where the log of changes stands now; what comes after it can be asked for later.
+  virtual Result<std::int64_t> newestChange() = 0;
+  /// What others committed after `position`, in their order; moves `position` to where the log stands. This store's own
+  /// commits, and those without events, are left out.
+  virtual Result<std::vector<OutsideCommit>> outsideCommits(std::int64_t& position) = 0;
+  /// Wakes when another process may have committed.
+  virtual Result<std::unique_ptr<ChangeSignal>> listen() = 0;
 
   /// The address of the contact with this e-mail address, compared without case.
   virtual Result<std::optional<std::string>> addressOf(std::string_view email) = 0;

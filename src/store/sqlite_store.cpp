@@ -112,4 +112,16 @@ Result<std::optional<std::string>> SqliteStore::addressOf(std::string_view email
   return ContactRows(m_core->database).addressOf(email);
 }
 
+Result<std::int64_t> SqliteStore::newestChange() {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return m_core->log.newest();
+}
+
+Result<std::vector<OutsideCommit>> SqliteStore::outsideCommits(std::int64_t& position) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return outsideCommitsAfter(m_core->log, position);
+}
+
+Result<std::unique_ptr<ChangeSignal>> SqliteStore::listen() { return ChangeSignal::listen(m_core->options.file); }
+
 }  // namespace orlocal::store

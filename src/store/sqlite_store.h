@@ -39,6 +39,9 @@ class SqliteStore final : public CalendarStore {
   Result<std::unique_ptr<ItemWriter>> startWriting() override;
   Status forEachItem(CalendarId calendar, const ItemVisitor& visit) override;
   Result<std::optional<std::string>> privateZone(std::string_view name) override;
+  Result<std::int64_t> newestChange() override;
+  Result<std::vector<OutsideCommit>> outsideCommits(std::int64_t& position) override;
+  Result<std::unique_ptr<ChangeSignal>> listen() override;
   Result<std::optional<std::string>> addressOf(std::string_view email) override;
 
  private:

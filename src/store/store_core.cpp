@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "store/change_signal.h"
 #include "store/schema.h"
 #include "store/try.h"
 
@@ -199,6 +200,7 @@ Status WriteTurn::commit() {
   ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
   ORLOCAL_CHECK(m_transaction.commit());
   m_core->m_seen = newest;
+  ChangeSignal::ring(m_core->options.file);
   m_core = nullptr;
   return {};
 }

@@ -9,10 +9,11 @@
 #include "platform/eventkit.h"
 #include "platform/exception.h"
 #include "platform/linux/bundle_strings_linux.h"
+#include "platform/linux/external_changes_linux.h"
+#include "platform/linux/notification_center_linux.h"
 #include "platform/linux/run_loop_linux.h"
 #include "platform/linux/store_access.h"
 #include "platform/linux/system_version_linux.h"
-#include "platform/notification_center.h"
 #include "platform/platform.h"
 
 namespace orlocal {
@@ -30,7 +31,7 @@ class LinuxPlatform final : public Platform {
   }
   const TimeZone& defaultTimeZone() override { return *access()->defaultTimeZone(); }
   RunLoop& currentRunLoop() override { return currentThreadRunLoop(); }
-  NotificationCenter& notificationCenter() override { missing("the notification centre"); }
+  NotificationCenter& notificationCenter() override { return m_notificationCenter; }
   BundleStrings& bundleStrings() override {
     return lazily(m_bundleStrings, [] { return makeBundleStrings(); });
   }
@@ -59,7 +60,18 @@ class LinuxPlatform final : public Platform {
     return m_access;
   }
 
+  void listenToOthers(bool listen) {
+    lazily(m_externalChanges, [this] { return std::make_unique<ExternalChanges>(*access(), m_notificationCenter); });
+    if (listen) {
+      m_externalChanges->listen();
+    } else {
+      m_externalChanges->pause();
+    }
+  }
+
+  LinuxNotificationCenter m_notificationCenter{[this](bool listen) { listenToOthers(listen); }};
   std::shared_ptr<StoreAccess> m_access;
+  std::unique_ptr<ExternalChanges> m_externalChanges;
   std::unique_ptr<EventKit> m_eventKit;
   std::unique_ptr<AddressBook> m_addressBook;
   std::unique_ptr<SystemVersion> m_systemVersion;

@@ -33,6 +33,7 @@ class Descriptor {
 struct Source {
   Descriptor event{::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "run loop: eventfd"};
   std::function<void()> handler;
+  int watched = -1;  ///< a descriptor of somebody else that wakes the loop, too
 };
 
 /// What ports share with their loop, so that either may go first.
@@ -49,6 +50,7 @@ class LinuxRunLoopPort final : public RunLoopPort {
 
   ~LinuxRunLoopPort() override {
     ::epoll_ctl(m_loop->poll.number(), EPOLL_CTL_DEL, m_source->event.number(), nullptr);
+    if (m_source->watched >= 0) ::epoll_ctl(m_loop->poll.number(), EPOLL_CTL_DEL, m_source->watched, nullptr);
     m_loop->sources.erase(m_key);
   }
 
@@ -82,21 +84,29 @@ class LinuxRunLoop final : public RunLoop {
     for (int i = 0; i < count; ++i) serve(ready[static_cast<std::size_t>(i)].data.u64);
   }
 
-  std::unique_ptr<RunLoopPort> addPort(std::function<void()> handler) override {
+  std::unique_ptr<RunLoopPort> addPort(std::function<void()> handler) override { return add(std::move(handler), -1); }
+
+  std::unique_ptr<RunLoopPort> add(std::function<void()> handler, int watched) {
     auto source = std::make_shared<Source>();
     source->handler = std::move(handler);
+    source->watched = watched;
     const std::uint64_t key = ++m_state->lastKey;
-    epoll_event interest{};
-    interest.events = EPOLLIN;
-    interest.data.u64 = key;
-    if (::epoll_ctl(m_state->poll.number(), EPOLL_CTL_ADD, source->event.number(), &interest) != 0) {
-      throw std::system_error(errno, std::generic_category(), "run loop: adding a port");
-    }
+    wakeFor(source->event.number(), key);
+    if (watched >= 0) wakeFor(watched, key);
     m_state->sources.emplace(key, source);
     return std::make_unique<LinuxRunLoopPort>(m_state, key, std::move(source));
   }
 
  private:
+  void wakeFor(int descriptor, std::uint64_t key) {
+    epoll_event interest{};
+    interest.events = EPOLLIN;
+    interest.data.u64 = key;
+    if (::epoll_ctl(m_state->poll.number(), EPOLL_CTL_ADD, descriptor, &interest) != 0) {
+      throw std::system_error(errno, std::generic_category(), "run loop: adding a port");
+    }
+  }
+
   /// Until a port is ready or `left` has passed. The wait of epoll itself counts in whole milliseconds, which is coarse
   /// for a caller that comes back every ten.
   void sleep(std::chrono::nanoseconds left) {
@@ -112,8 +122,8 @@ class LinuxRunLoop final : public RunLoop {
     if (found == m_state->sources.end()) return;
     const std::shared_ptr<Source> source = found->second;
     std::uint64_t sends = 0;
-    if (::read(source->event.number(), &sends, sizeof sends) != sizeof sends) return;
-    source->handler();
+    const bool sent = ::read(source->event.number(), &sends, sizeof sends) == sizeof sends;
+    if (sent || source->watched >= 0) source->handler();
   }
 
   std::shared_ptr<LoopState> m_state = std::make_shared<LoopState>();
@@ -121,9 +131,19 @@ class LinuxRunLoop final : public RunLoop {
 
 }  // namespace
 
-RunLoop& currentThreadRunLoop() {
+namespace {
+
+LinuxRunLoop& loopOfThisThread() {
   thread_local LinuxRunLoop loop;
   return loop;
+}
+
+}  // namespace
+
+RunLoop& currentThreadRunLoop() { return loopOfThisThread(); }
+
+std::unique_ptr<RunLoopPort> watchDescriptor(int descriptor, std::function<void()> handler) {
+  return loopOfThisThread().add(std::move(handler), descriptor);
 }
 
 }  // namespace orlocal

@@ -1,0 +1,78 @@
+#include "platform/linux/external_changes_linux.h"
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/run_loop_linux.h"
+#include "platform/linux/store_access.h"
+#include "platform/notification_center.h"
+
+namespace orlocal {
+namespace {
+
+std::shared_ptr<const Notification> notificationOf(store::OutsideCommit commit) {
+  auto notification = std::make_shared<Notification>();
+  notification->name = kCalEventsChangedExternallyNotification;
+  const auto tell = [&](std::string_view key, std::vector<std::string>& identifiers) {
+    if (!identifiers.empty()) notification->userInfo.emplace(key, std::move(identifiers));
+  };
+  tell(kCalInsertedRecordsKey, commit.inserted);
+  tell(kCalUpdatedRecordsKey, commit.updated);
+  tell(kCalDeletedRecordsKey, commit.deleted);
+  return notification;
+}
+
+}  // namespace
+
+struct ExternalChanges::Watch {
+  std::int64_t position = 0;
+  std::uint64_t generation = 0;
+  std::deque<store::OutsideCommit> untold;
+  std::unique_ptr<store::ChangeSignal> signal;
+  std::unique_ptr<RunLoopPort> port;  ///< null while paused
+};
+
+ExternalChanges::ExternalChanges(StoreAccess& access, NotificationCenter& center)
+    : m_access(access), m_center(center) {}
+ExternalChanges::~ExternalChanges() = default;
+
+void ExternalChanges::listen() {
+  if (!m_watch) {
+    auto watch = std::make_unique<Watch>();
+    // First the ear, then the position: what is committed in between is heard.
+    watch->signal = orThrow(m_access.store().listen());
+    watch->position = orThrow(m_access.store().newestChange());
+    m_watch = std::move(watch);
+  }
+  if (m_watch->port) return;
+  m_watch->port = watchDescriptor(m_watch->signal->descriptor(), [this] { look(); });
+  m_watch->port->send();
+}
+
+void ExternalChanges::pause() {
+  if (m_watch) m_watch->port.reset();
+}
+
+void ExternalChanges::look() {
+  m_watch->signal->drain();
+  const std::uint64_t generation = m_access.store().generation();
+  if (generation == std::exchange(m_watch->generation, generation) && m_watch->untold.empty()) return;
+  if (auto commits = m_access.store().outsideCommits(m_watch->position)) {
+    for (auto& commit : *commits) m_watch->untold.push_back(std::move(commit));
+  } else {
+    // The next wake-up looks again, from the same place.
+    m_watch->generation = 0;
+  }
+  while (!m_watch->untold.empty()) {
+    // Out of the queue before anybody is told: an observer that throws is not told twice, and the rest is told later.
+    const auto notification = notificationOf(std::move(m_watch->untold.front()));
+    m_watch->untold.pop_front();
+    m_center.post(notification);
+  }
+}
+
+}  // namespace orlocal
