@@ -19,9 +19,7 @@ namespace {
 Value isEmpty(CallContext&, Arguments a) { return truth(a[0].isEmpty() || !a[0].isValid()); }
 Value isValid(CallContext&, Arguments a) { return truth(a[0].isValid()); }
 
-Value evaluateText(CallContext& context, Arguments a) {
-  return a[0].isValid() ? context.evaluate(a[0].utf8()) : a[0];
-}
+Value evaluateText(CallContext& context, Arguments a) { return a[0].isValid() ? context.evaluate(a[0].utf8()) : a[0]; }
 Value isValidExpression(CallContext& context, Arguments a) { return truth(context.isValidExpression(a[0].utf8())); }
 
 Value yes(CallContext&, Arguments) { return truth(true); }

@@ -1,9 +1,12 @@
-#include "host/commands/command.h"
+#include "host/commands/all_commands.h"
 
 namespace orlocal::host {
 
-// One declaration and one call for each source of commands.
-
-void registerAllCommands(CommandLine& line) { static_cast<void>(line); }
+void registerAllCommands(CommandLine& line) {
+  registerConsole(line);
+  registerCalcCommands(line);
+  registerTestCommand(line);
+  registerListingCommands(line);
+}
 
 }  // namespace orlocal::host

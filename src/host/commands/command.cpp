@@ -1,5 +1,6 @@
 #include "host/commands/command.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <ostream>
@@ -43,8 +44,9 @@ CommandLine::CommandLine(Streams streams)
       ->type_name("N");
   app.add_option("--host-version", options.hostVersion, "The extension version to announce")
       ->type_name("N")
+      ->check(CLI::Range(INT16_MIN, INT16_MAX))
       ->capture_default_str();
-  app.add_option("--plugin", options.plugin, "The plug-in to load")->type_name("FILE");
+  app.add_option("--plugin", options.plugin, "The plug-in to load; none loads none")->type_name("FILE");
   app.add_flag("--json", options.json, "Print lists as JSON");
 }
 

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "host/commands/command.h"
+
+namespace orlocal::host {
+
+// One for each source of commands; `registerAllCommands` calls them all.
+
+void registerCalcCommands(CommandLine& line);     ///< eval, run
+void registerTestCommand(CommandLine& line);      ///< test
+void registerListingCommands(CommandLine& line);  ///< functions, steps
+void registerConsole(CommandLine& line);          ///< what runs without a command
+
+}  // namespace orlocal::host

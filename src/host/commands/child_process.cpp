@@ -1,0 +1,124 @@
+#include "host/commands/child_process.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <ostream>
+#include <streambuf>
+#include <system_error>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace orlocal::host {
+
+namespace {
+
+/// Writes straight through: what was written before a crash has arrived.
+class PipeBuffer : public std::streambuf {
+ public:
+  explicit PipeBuffer(int descriptor) : m_descriptor(descriptor) {}
+
+ protected:
+  int_type overflow(int_type unit) override {
+    const char c = traits_type::to_char_type(unit);
+    return xsputn(&c, 1) == 1 ? unit : traits_type::eof();
+  }
+
+  std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+    std::streamsize written = 0;
+    while (written < count) {
+      const ssize_t step = ::write(m_descriptor, bytes + written, static_cast<std::size_t>(count - written));
+      if (step < 0 && errno == EINTR) continue;
+      if (step < 0) return written;
+      written += step;
+    }
+    return written;
+  }
+
+ private:
+  int m_descriptor;
+};
+
+struct Pipe {
+  Pipe() {
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "no pipe");
+  }
+  std::array<int, 2> ends{};
+};
+
+std::string readAll(int descriptor) {
+  std::string text;
+  std::array<char, 65536> block{};
+  for (;;) {
+    const ssize_t count = ::read(descriptor, block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return text;
+    text.append(block.data(), static_cast<std::size_t>(count));
+  }
+}
+
+ChildResult collect(pid_t child, const Pipe& pipe) {
+  ::close(pipe.ends[1]);
+  ChildResult result;
+  result.output = readAll(pipe.ends[0]);
+  ::close(pipe.ends[0]);
+  int state = 0;
+  while (::waitpid(child, &state, 0) < 0 && errno == EINTR) {
+  }
+  if (WIFEXITED(state)) {
+    result.status = WEXITSTATUS(state);
+    result.ending = fmt::format("ended with status {}", result.status);
+  } else {
+    const int signal = WTERMSIG(state);
+    result.ending = fmt::format("was ended by signal {} ({})", signal, ::strsignal(signal));
+  }
+  return result;
+}
+
+pid_t forked() {
+  std::cout.flush();
+  std::cerr.flush();
+  const pid_t child = ::fork();
+  if (child < 0) throw std::system_error(errno, std::generic_category(), "no process can be started");
+  return child;
+}
+
+}  // namespace
+
+ChildResult runInChild(const std::function<void(std::ostream&)>& work) {
+  const Pipe pipe;
+  const pid_t child = forked();
+  if (child != 0) return collect(child, pipe);
+  ::close(pipe.ends[0]);
+  int status = 0;
+  try {
+    PipeBuffer buffer(pipe.ends[1]);
+    std::ostream out(&buffer);
+    work(out);
+  } catch (const std::exception& error) {
+    std::cerr << "orlocal: " << error.what() << std::endl;
+    status = 1;
+  }
+  std::cout.flush();
+  ::_exit(status);
+}
+
+ChildResult runProgram(const std::vector<std::string>& words) {
+  std::vector<char*> arguments;
+  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  const Pipe pipe;
+  const pid_t child = forked();
+  if (child != 0) return collect(child, pipe);
+  ::dup2(pipe.ends[1], STDOUT_FILENO);
+  ::dup2(pipe.ends[1], STDERR_FILENO);
+  ::execv(arguments[0], arguments.data());
+  ::_exit(127);
+}
+
+}  // namespace orlocal::host

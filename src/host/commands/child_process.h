@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace orlocal::host {
+
+/// What a child process wrote, and how it ended.
+struct ChildResult {
+  std::string output;
+  int status = -1;     ///< the exit status; -1 when a signal ended it
+  std::string ending;  ///< in words: "ended with status 1", "was ended by signal 11 (Segmentation fault)"
+
+  bool succeeded() const { return status == 0; }
+};
+
+/// Runs the work in a copy of this process, which must have one thread only. What it writes comes back; what it throws
+/// is told on the error stream and ends it with status 1. The copy ends without running anything of ours at exit.
+ChildResult runInChild(const std::function<void(std::ostream&)>& work);
+
+/// Runs a program by its words, the first being its file; output and errors come back together.
+ChildResult runProgram(const std::vector<std::string>& words);
+
+}  // namespace orlocal::host

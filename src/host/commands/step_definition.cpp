@@ -1,0 +1,54 @@
+#include "host/commands/step_definition.h"
+
+#include <fmt/format.h>
+#include <pugixml.hpp>
+
+#include "host/calc/text_tools.h"
+
+namespace orlocal::host {
+
+namespace {
+
+std::string attribute(const pugi::xml_node& element, std::string_view name) {
+  for (const pugi::xml_attribute& candidate : element.attributes()) {
+    if (calc::equalWords(candidate.name(), name)) return candidate.value();
+  }
+  return {};
+}
+
+bool isNamed(const pugi::xml_node& element, std::string_view name) { return calc::equalWords(element.name(), name); }
+
+StepParameter readParameter(const pugi::xml_node& element) {
+  StepParameter parameter{.type = attribute(element, "type"),
+                          .label = attribute(element, "label"),
+                          .id = attribute(element, "id"),
+                          .datatype = attribute(element, "datatype"),
+                          .standard = attribute(element, "default"),
+                          .shownInline = calc::equalWords(attribute(element, "showinline"), "true"),
+                          .choices = {}};
+  for (const pugi::xml_node& value : element.children()) {
+    if (isNamed(value, "value")) parameter.choices.push_back({attribute(value, "id"), value.child_value()});
+  }
+  return parameter;
+}
+
+}  // namespace
+
+tl::expected<std::vector<StepParameter>, std::string> readStepDefinition(std::string_view xml) {
+  pugi::xml_document document;
+  const pugi::xml_parse_result read =
+      document.load_buffer(xml.data(), xml.size(), pugi::parse_default, pugi::encoding_utf8);
+  if (!read)
+    return tl::unexpected(fmt::format("the definition is no XML: {} at byte {}", read.description(), read.offset));
+  const pugi::xml_node root = document.document_element();
+  if (!isNamed(root, "pluginstep")) {
+    return tl::unexpected(fmt::format("the definition begins with {}, not with pluginstep", root.name()));
+  }
+  std::vector<StepParameter> parameters;
+  for (const pugi::xml_node& element : root.children()) {
+    if (isNamed(element, "parameter")) parameters.push_back(readParameter(element));
+  }
+  return parameters;
+}
+
+}  // namespace orlocal::host

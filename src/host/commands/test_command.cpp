@@ -1,0 +1,98 @@
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "host/calc/rendering.h"
+#include "host/commands/all_commands.h"
+#include "host/commands/transcript_run.h"
+#include "host/fmwrapper/unicode.h"
+
+namespace orlocal::host {
+
+namespace {
+
+using nlohmann::json;
+
+/// Runs transcripts, tells what differs, and counts.
+class TestRun {
+ public:
+  explicit TestRun(CommandContext& context) : m_context(context) {}
+
+  ExitStatus run(const std::vector<std::string>& files) {
+    for (const std::string& file : files) runOne(file);
+    if (m_context.options.json) {
+      m_context.streams.out << json{{"passed", m_passed}, {"failed", m_failed}, {"examples", m_examples}}.dump(
+                                   2, ' ', false, json::error_handler_t::replace)
+                            << '\n';
+    } else {
+      m_context.streams.out << fmt::format("{} passed, {} failed\n", m_passed, m_failed);
+    }
+    return m_failed == 0 ? ExitStatus::kDone : ExitStatus::kFailed;
+  }
+
+ private:
+  void runOne(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(stream), {});
+    if (!stream.is_open() || stream.bad()) return trouble(file, "it cannot be read");
+    const auto transcript = parseTranscript(text, file.ends_with(".md"));
+    if (!transcript) return trouble(fmt::format("{}:{}", file, transcript.error().line), transcript.error().message);
+    if (transcript->examples.empty()) return trouble(file, "it holds no calculation");
+    const TranscriptReport report = runTranscript(m_context, file, *transcript);
+    for (const Verdict& verdict : report.verdicts) take(file, verdict);
+    if (!report.trouble.empty()) trouble(file, report.trouble);
+  }
+
+  /// Counts as one failure, whatever was left undone.
+  void trouble(const std::string& place, const std::string& reason) {
+    ++m_failed;
+    if (m_context.options.json) m_examples.push_back({{"file", place}, {"passed", false}, {"trouble", reason}});
+    m_context.streams.err << place << ": " << reason << '\n';
+  }
+
+  void take(const std::string& file, const Verdict& verdict) {
+    ++(verdict.passed ? m_passed : m_failed);
+    if (m_context.options.json) {
+      m_examples.push_back({{"file", file},
+                            {"line", verdict.line},
+                            {"calculation", verdict.calculation},
+                            {"expected", verdict.expected},
+                            {"printed", verdict.printed},
+                            {"passed", verdict.passed}});
+    } else if (!verdict.passed) {
+      m_context.streams.out << fmt::format("{}:{}: {}\n", file, verdict.line, verdict.calculation);
+      show("expected", verdict.expected);
+      show("printed ", verdict.printed);
+    }
+  }
+
+  void show(std::string_view what, const std::vector<std::string>& lines) {
+    if (lines.empty()) m_context.streams.out << fmt::format("  {}  (nothing)\n", what);
+    for (const std::string& line : lines) {
+      m_context.streams.out << fmt::format("  {}  {}\n", what, calc::harmless(line));
+    }
+  }
+
+  CommandContext& m_context;
+  int m_passed = 0;
+  int m_failed = 0;
+  json m_examples = json::array();
+};
+
+}  // namespace
+
+void registerTestCommand(CommandLine& line) {
+  const auto files = std::make_shared<std::vector<std::string>>();
+  CLI::App& test = line.add("test", "Runs transcripts and tells where results differ from what they expect.",
+                            [files](CommandContext& context) { return TestRun(context).run(*files); });
+  test.add_option("file", *files, "A transcript, or a Markdown page with blocks marked transcript")->required();
+}
+
+}  // namespace orlocal::host

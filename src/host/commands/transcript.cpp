@@ -1,0 +1,200 @@
+#include "host/commands/transcript.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "host/commands/calc_file.h"
+
+namespace orlocal::host {
+
+namespace {
+
+constexpr std::string_view kAnything = "…";
+constexpr std::string_view kFence = "```";
+constexpr std::string_view kTranscriptFence = "```transcript";
+
+/// Unwinds the reading; never leaves this file.
+struct Refusal {
+  TranscriptError error;
+};
+
+[[noreturn]] void refuse(std::size_t line, std::string message) { throw Refusal{{line, std::move(message)}}; }
+
+/// Words apart by blanks; quotes keep blanks in a word.
+std::vector<std::string> wordsOf(std::string_view text, std::size_t line) {
+  std::vector<std::string> words;
+  bool inside = false;
+  bool quoted = false;
+  for (const char c : text) {
+    if (c == '"') {
+      quoted = !quoted;
+      if (!inside) words.emplace_back();
+      inside = true;
+    } else if (!quoted && (c == ' ' || c == '\t')) {
+      inside = false;
+    } else {
+      if (!inside) words.emplace_back();
+      inside = true;
+      words.back() += c;
+    }
+  }
+  if (quoted) refuse(line, "a quote is not closed");
+  return words;
+}
+
+using TextSetting = std::optional<std::string> TranscriptSettings::*;
+
+struct TextDirective {
+  std::string_view name;
+  TextSetting setting;
+};
+
+constexpr TextDirective kTextDirectives[] = {
+    {"@store", &TranscriptSettings::store},       {"@plugin", &TranscriptSettings::plugin},
+    {"@timezone", &TranscriptSettings::timezone}, {"@system-minor", &TranscriptSettings::systemMinor},
+    {"@now", &TranscriptSettings::now},           {"@language", &TranscriptSettings::language},
+};
+
+class Reader {
+ public:
+  Reader(std::string_view text, bool markdown) : m_lines(splitLines(text)), m_markdown(markdown) {}
+
+  Transcript read() {
+    m_inside = !m_markdown;
+    while (m_at < m_lines.size()) readLine();
+    return std::move(m_transcript);
+  }
+
+ private:
+  void readLine() {
+    const std::string_view line = m_lines[m_at];
+    if (m_markdown && line.starts_with(kFence)) {
+      m_inside = !m_inside && line.starts_with(kTranscriptFence);
+      m_expecting = false;
+      ++m_at;
+    } else if (!m_inside) {
+      ++m_at;
+    } else if (line.starts_with('>')) {
+      readExample();
+    } else if (line.starts_with('#')) {
+      m_expecting = false;
+      ++m_at;
+    } else if (line.starts_with('@')) {
+      m_expecting = false;
+      readDirective(wordsOf(line, m_at + 1));
+      ++m_at;
+    } else if (m_expecting) {
+      m_transcript.examples.back().expected.emplace_back(line);
+      ++m_at;
+    } else {
+      if (!isBlank(line)) refuse(m_at + 1, "this line belongs to no calculation; one begins with >");
+      ++m_at;
+    }
+  }
+
+  void readExample() {
+    // Inside a transcript only the marker is taken off, so that columns in messages count from the calculation.
+    const std::size_t first = m_at;
+    const std::string_view line = m_lines[first];
+    m_lines[first].remove_prefix(line.starts_with("> ") ? 2 : 1);
+    std::string calculation = joinCalculation(m_lines, first, m_at);
+    m_transcript.examples.push_back({first + 1, std::move(calculation), {}});
+    m_expecting = true;
+  }
+
+  void readDirective(const std::vector<std::string>& words) {
+    const std::size_t line = m_at + 1;
+    if (!m_transcript.examples.empty()) refuse(line, "settings stand before the first calculation");
+    const std::string& name = words.front();
+    TranscriptSettings& settings = m_transcript.settings;
+    if (name == "@import" || name == "@import-contacts") {
+      if (words.size() < 2) refuse(line, name + " needs a file");
+      settings.preparations.push_back({line, name.substr(1), {words.begin() + 1, words.end()}});
+      return;
+    }
+    if (words.size() != 2) refuse(line, name + " takes one word");
+    if (name == "@host-version") {
+      settings.hostVersion = number(words[1], line);
+      return;
+    }
+    const auto* directive = std::ranges::find(kTextDirectives, name, &TextDirective::name);
+    if (directive == std::end(kTextDirectives)) refuse(line, fmt::format("{} is no setting", name));
+    settings.*(directive->setting) = words[1];
+  }
+
+  static int number(const std::string& word, std::size_t line) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (error != std::errc{} || end != word.data() + word.size()) refuse(line, fmt::format("{} is no number", word));
+    return value;
+  }
+
+  std::vector<std::string_view> m_lines;
+  bool m_markdown;
+  bool m_inside = true;
+  bool m_expecting = false;
+  std::size_t m_at = 0;
+  Transcript m_transcript;
+};
+
+/// The pieces of an expected line between its `…`, with backslashes resolved.
+std::vector<std::string> piecesOf(std::string_view expected) {
+  std::vector<std::string> pieces(1);
+  bool first = true;
+  while (!expected.empty()) {
+    const bool escapes = expected.front() == '\\' && (first || expected.substr(1).starts_with(kAnything));
+    if (escapes && expected.size() > 1) {
+      const std::size_t width = expected.substr(1).starts_with(kAnything) ? kAnything.size() : 1;
+      pieces.back() += expected.substr(1, width);
+      expected.remove_prefix(1 + width);
+    } else if (expected.starts_with(kAnything)) {
+      pieces.emplace_back();
+      expected.remove_prefix(kAnything.size());
+    } else {
+      pieces.back() += expected.front();
+      expected.remove_prefix(1);
+    }
+    first = false;
+  }
+  return pieces;
+}
+
+}  // namespace
+
+tl::expected<Transcript, TranscriptError> parseTranscript(std::string_view text, bool markdown) {
+  try {
+    return Reader(text, markdown).read();
+  } catch (const Refusal& refusal) {
+    return tl::unexpected(refusal.error);
+  }
+}
+
+bool matchesLine(std::string_view expected, std::string_view printed) {
+  const std::vector<std::string> pieces = piecesOf(expected);
+  if (pieces.size() == 1) return pieces.front() == printed;
+  if (!printed.starts_with(pieces.front())) return false;
+  printed.remove_prefix(pieces.front().size());
+  // The leftmost place for each piece leaves the most room for those after it.
+  for (std::size_t i = 1; i + 1 < pieces.size(); ++i) {
+    const std::size_t found = printed.find(pieces[i]);
+    if (found == std::string_view::npos) return false;
+    printed.remove_prefix(found + pieces[i].size());
+  }
+  return printed.ends_with(pieces.back());
+}
+
+bool matchesLines(const std::vector<std::string>& expected, const std::vector<std::string>& printed) {
+  // An empty result needs no line; otherwise every printed line does.
+  const std::size_t needed = printed.size() == 1 && printed.front().empty() ? 0 : printed.size();
+  if (expected.size() < needed) return false;
+  for (std::size_t i = 0; i < needed; ++i) {
+    if (!matchesLine(expected[i], printed[i])) return false;
+  }
+  return std::all_of(expected.begin() + static_cast<std::ptrdiff_t>(needed), expected.end(),
+                     [](const std::string& line) { return isBlank(line); });
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,168 @@
+#include "host/commands/transcript_run.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "host/calc/rendering.h"
+#include "host/commands/child_process.h"
+#include "host/commands/plugin_host.h"
+#include "host/fmwrapper/unicode.h"
+
+namespace orlocal::host {
+
+namespace {
+
+using nlohmann::json;
+
+/// The file that a word names: beside the transcript, else in the nearest folder above it, else as it stands.
+std::string resolved(const std::filesystem::path& transcript, const std::string& word) {
+  std::error_code error;
+  std::filesystem::path folder = std::filesystem::absolute(transcript, error).parent_path();
+  for (;;) {
+    if (std::filesystem::is_regular_file(folder / word, error)) return folder / word;
+    if (folder == folder.parent_path()) return word;
+    folder = folder.parent_path();
+  }
+}
+
+void setEnvironment(const char* name, const std::optional<std::string>& value) {
+  if (value) ::setenv(name, value->c_str(), 1);
+}
+
+/// A folder for one transcript's store, gone at the end.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "orlocal-test-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder can be made in " + name);
+    m_path = name;
+  }
+  ~TemporaryFolder() {
+    std::error_code error;
+    std::filesystem::remove_all(m_path, error);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& path() const { return m_path; }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+/// The work of the transcript's own process. Each verdict is written as soon as it is known.
+class Work {
+ public:
+  Work(CommandContext& context, const std::filesystem::path& file, const Transcript& transcript, std::ostream& out)
+      : m_context(context), m_file(file), m_transcript(transcript), m_options(context.options), m_out(out) {}
+
+  void run() {
+    if (std::string trouble = work(); !trouble.empty()) write({{"trouble", std::move(trouble)}});
+  }
+
+ private:
+  std::string work() {
+    putSettingsInForce();
+    for (const Preparation& preparation : m_transcript.settings.preparations) {
+      if (std::string trouble = prepare(preparation); !trouble.empty()) return trouble;
+    }
+    CommandContext context{m_options, m_context.streams, m_context.programFile};
+    const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
+    if (!workbench) return workbench.error();
+    for (const Example& example : m_transcript.examples) {
+      const auto printed = printedLines(example.calculation, (*workbench)->evaluate(example.calculation));
+      write({{"printed", printed}});
+    }
+    return {};
+  }
+
+  void putSettingsInForce() {
+    const TranscriptSettings& settings = m_transcript.settings;
+    setEnvironment("TZ", settings.timezone);
+    setEnvironment("ORLOCAL_NOW", settings.now);
+    setEnvironment("LANGUAGE", settings.language);
+    setEnvironment("ORLOCAL_SYSTEM_MINOR", settings.systemMinor);
+    // A store of the user's is touched only when a transcript or the command line names it.
+    const bool named = settings.store ? *settings.store != "fresh" : m_options.store.has_value();
+    if (!named) {
+      ::setenv("ORLOCAL_STORE", (m_folder.path() / "calendar.db").c_str(), 1);
+    } else if (settings.store) {
+      ::setenv("ORLOCAL_STORE", resolved(m_file, *settings.store).c_str(), 1);
+    }
+    // From here on the environment says it all.
+    m_options.store.reset();
+    m_options.systemMinor.reset();
+    if (settings.hostVersion) m_options.hostVersion = *settings.hostVersion;
+    if (settings.plugin) {
+      m_options.plugin = *settings.plugin == kNoPlugin ? *settings.plugin : resolved(m_file, *settings.plugin);
+    }
+  }
+
+  /// Runs the program itself with the command's words; the first ones name files.
+  std::string prepare(const Preparation& preparation) {
+    std::vector<std::string> words{m_context.programFile, preparation.command};
+    bool files = true;
+    for (const std::string& word : preparation.words) {
+      files = files && !word.starts_with('-');
+      words.push_back(files ? resolved(m_file, word) : word);
+    }
+    const ChildResult result = runProgram(words);
+    if (result.succeeded()) return {};
+    return fmt::format("line {}: {} {}\n{}", preparation.line, preparation.command, result.ending, result.output);
+  }
+
+  void write(const json& record) { m_out << record.dump(-1, ' ', false, json::error_handler_t::replace) << std::endl; }
+
+  CommandContext& m_context;
+  const std::filesystem::path& m_file;
+  const Transcript& m_transcript;
+  GlobalOptions m_options;
+  TemporaryFolder m_folder;
+  std::ostream& m_out;
+};
+
+}  // namespace
+
+std::vector<std::string> printedLines(const std::string& calculation, const calc::CalcResult<calc::Outcome>& outcome) {
+  if (!outcome) {
+    const std::string described = calc::describe(calculation, outcome.error());
+    return {"! " + described.substr(0, described.find('\n'))};
+  }
+  if (outcome->failures.empty()) return calc::linesOf(outcome->value);
+  std::vector<std::string> lines;
+  for (const std::string& failure : outcome->failures) lines.push_back("! " + failure.substr(0, failure.find('\n')));
+  return lines;
+}
+
+TranscriptReport runTranscript(CommandContext& context, const std::filesystem::path& file,
+                               const Transcript& transcript) {
+  const ChildResult child = runInChild([&](std::ostream& out) { Work(context, file, transcript, out).run(); });
+  TranscriptReport report;
+  std::istringstream lines(child.output);
+  for (std::string line; std::getline(lines, line);) {
+    const json record = json::parse(line, nullptr, false);
+    if (record.contains("trouble")) report.trouble = record["trouble"].get<std::string>();
+    if (!record.contains("printed") || report.verdicts.size() == transcript.examples.size()) continue;
+    const Example& example = transcript.examples[report.verdicts.size()];
+    auto printed = record["printed"].get<std::vector<std::string>>();
+    const bool passed = matchesLines(example.expected, printed);
+    report.verdicts.push_back({example.line, example.calculation, example.expected, std::move(printed), passed});
+  }
+  if (report.trouble.empty() && !child.succeeded()) {
+    const bool started = report.verdicts.size() < transcript.examples.size();
+    const std::size_t line = started ? transcript.examples[report.verdicts.size()].line : 0;
+    report.trouble = line == 0 ? fmt::format("the process {} at its end", child.ending)
+                               : fmt::format("line {}: the process {}", line, child.ending);
+  }
+  return report;
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+#include "host/calc/session.h"
+#include "host/console/line_source.h"
+
+namespace orlocal::host {
+
+/// What the console talks to.
+struct ConsoleParts {
+  LineSource& lines;
+  std::ostream& out;
+  bool colours = false;  ///< the output is a terminal: types are dimmed, control characters made harmless
+  const calc::FunctionLibrary& library;
+  std::function<calc::CalcResult<calc::Outcome>(std::string_view)> evaluate;
+  std::function<std::vector<std::string>()> variables;  ///< the session's, for `variables`
+};
+
+/// Reads calculations and shows each result with its type, until `quit` or the end of the input.
+///
+/// A calculation goes on over several lines while a bracket is open. Besides calculations it knows the words `help`,
+/// `help NAME`, `variables` and `quit`.
+class Console {
+ public:
+  explicit Console(ConsoleParts parts) : m_parts(std::move(parts)) {}
+
+  /// True when every calculation could be read and done.
+  bool run();
+
+ private:
+  bool obey(const std::string& entry);
+  void help(const std::string& name);
+  void show(const calc::CalcResult<calc::Outcome>& outcome, const std::string& entry);
+  std::string dim(const std::string& text) const;
+
+  ConsoleParts m_parts;
+  bool m_failed = false;
+};
+
+}  // namespace orlocal::host

@@ -1,0 +1,41 @@
+#include "host/calc/rendering.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace orlocal::host::calc {
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(RenderingTest, CutsLinesAtReturnsAndLineFeeds) {
+  EXPECT_THAT(linesOf(Value::ofUtf8("a\rb\r\nc\nd")), ElementsAre("a", "b", "c", "d"));
+}
+
+TEST(RenderingTest, ShowsAReturnAtTheEndAsAnEmptyLine) {
+  EXPECT_THAT(linesOf(Value::ofUtf8("a\r")), ElementsAre("a", ""));
+}
+
+TEST(RenderingTest, ShowsNothingAsOneEmptyLine) { EXPECT_THAT(linesOf(Value{}), ElementsAre("")); }
+
+TEST(RenderingTest, NamesTypes) {
+  const DateTime moment = *DateTime::fromDate(2026, 11, 2);
+  EXPECT_EQ(typeName(Value::ofUtf8("a")), "text");
+  EXPECT_EQ(typeName(Value::ofNumber(1)), "number");
+  EXPECT_EQ(typeName(Value::ofBoolean(true)), "number");
+  EXPECT_EQ(typeName(Value::ofDate(moment)), "date");
+  EXPECT_EQ(typeName(Value::ofTime(DateTime::fromTime(9, 0, 0))), "time");
+  EXPECT_EQ(typeName(Value::ofTimestamp(moment)), "timestamp");
+  EXPECT_EQ(typeName(Value{}), "empty");
+  EXPECT_EQ(typeName(Value::ofUtf8("")), "empty");
+  EXPECT_EQ(typeName(Value::invalid()), "invalid");
+}
+
+TEST(RenderingTest, TakesTheCommandOutOfControlCharacters) {
+  EXPECT_EQ(harmless("a\x1B[31mb\tc\x7F"), "a␛[31mb\tc␡");
+  EXPECT_EQ(harmless("a\u009Bb"), "a\uFFFDb");
+  EXPECT_EQ(harmless("größe ©"), "größe ©");
+}
+
+}  // namespace
+}  // namespace orlocal::host::calc
