@@ -98,7 +98,10 @@ struct Folded {
   std::u16string units;
   std::vector<std::size_t> origins;
 
-  bool beginsCharacter(std::size_t at) const { return at == 0 || origins[at] != origins[at - 1]; }
+  /// A match counts when it neither begins nor ends inside what one character folded to.
+  bool isWhole(std::size_t at, std::size_t length) const { return isBorder(at) && isBorder(at + length); }
+
+  bool isBorder(std::size_t at) const { return at == 0 || at == origins.size() || origins[at] != origins[at - 1]; }
 };
 
 Folded foldedWithOrigins(std::u16string_view text) {
@@ -198,7 +201,7 @@ std::u16string::size_type findIgnoringCase(std::u16string_view text, std::u16str
   const Folded folded = foldedWithOrigins(text);
   const std::u16string wanted = foldCase(what);
   for (auto at = folded.units.find(wanted); at != kNotFound; at = folded.units.find(wanted, at + 1)) {
-    if (folded.origins[at] >= from && folded.beginsCharacter(at)) return folded.origins[at];
+    if (folded.origins[at] >= from && folded.isWhole(at, wanted.size())) return folded.origins[at];
   }
   return kNotFound;
 }
@@ -209,7 +212,7 @@ std::u16string::size_type findLastIgnoringCase(std::u16string_view text, std::u1
   const Folded folded = foldedWithOrigins(text);
   const std::u16string wanted = foldCase(what);
   for (auto at = folded.units.rfind(wanted); at != kNotFound; at = folded.units.rfind(wanted, at - 1)) {
-    if (folded.origins[at] <= from && folded.beginsCharacter(at)) return folded.origins[at];
+    if (folded.origins[at] <= from && folded.isWhole(at, wanted.size())) return folded.origins[at];
     if (at == 0) break;
   }
   return kNotFound;

@@ -59,7 +59,12 @@ TEST(Unicode, FindsWithoutCaseAtOriginalPositions) {
   EXPECT_EQ(findIgnoringCase(u"abcABC", u"B", 2), 4U);
 }
 
-TEST(Unicode, FindsNothingThatBeginsInsideACharacter) { EXPECT_EQ(findIgnoringCase(u"ß", u"s", 1), kNotFound); }
+TEST(Unicode, FindsNothingThatIsAPartOfACharacter) {
+  EXPECT_EQ(findIgnoringCase(u"ßx", u"sx", 0), kNotFound);
+  EXPECT_EQ(findIgnoringCase(u"xß", u"xs", 0), kNotFound);
+  EXPECT_EQ(findIgnoringCase(u"xß", u"XSS", 0), 0U);
+  EXPECT_EQ(findLastIgnoringCase(u"sxßx", u"sx", 3), 0U);
+}
 
 TEST(Unicode, FindsBackwardsFromAPosition) {
   EXPECT_EQ(findLastIgnoringCase(u"abcABCabc", u"aB", 8), 6U);
