@@ -5,6 +5,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <limits>
 
@@ -20,8 +21,9 @@ constexpr std::int64_t kMicrosPerMinute = 60'000'000;
 
 /// The moment that the program takes for now, in seconds and microseconds of the system's clock.
 std::chrono::microseconds currentMoment() {
-  // Tests and demonstrations pin the clock.
-  if (const char* pinned = std::getenv("ORLOCAL_NOW")) {
+  // Tests and demonstrations pin the clock. Only a full year counts: reading a shorter one would ask for the clock.
+  const char* pinned = std::getenv("ORLOCAL_NOW");
+  if (pinned != nullptr && std::strspn(pinned, "0123456789") == 4) {
     if (const auto utc = DateTime::parseTimestamp(toUtf16(pinned))) {
       const std::int64_t days = utc->days() - kDayOf1970;
       return std::chrono::microseconds(days * DateTime::kMicrosPerDay + utc->micros());

@@ -1,5 +1,6 @@
 #include "host/fmwrapper/date_time.h"
 
+#include <cstdlib>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -127,6 +128,15 @@ TEST(DateTime, WritesEarlyYearsWithFourDigits) { EXPECT_EQ(date(33, 4, 3), "0033
 
 TEST(DateTime, ReadsThePinnedClockInTheZoneOfTheProgram) {
   EXPECT_EQ(DateTime::now().timestampText(), u"2026-11-02 09:00:00");
+}
+
+TEST(DateTime, IgnoresAPinnedClockThatIsNoMoment) {
+  const std::string pinned = std::getenv("ORLOCAL_NOW");
+  for (const char* text : {"soon", "1/2/26", "11/2", "2026-99-99"}) {
+    setenv("ORLOCAL_NOW", text, 1);
+    EXPECT_NE(DateTime::now().timestampText(), u"2026-11-02 09:00:00") << text;
+  }
+  setenv("ORLOCAL_NOW", pinned.c_str(), 1);
 }
 
 TEST(DateTime, TakesOnePartOfAnother) {
