@@ -74,7 +74,7 @@ struct Alarm {
   friend bool operator==(const Alarm&, const Alarm&) = default;
 };
 
-/// RFC 5545, 3.8.4.1 and 3.8.4.3.
+/// RFC 5545, 3.8.4.1 and 3.8.4.3. The organizer is an entry of its own, also when the attendees name the same address.
 struct Attendee {
   enum class Status : std::uint8_t {
     kUnknown = 0,
@@ -158,7 +158,8 @@ struct Item {
   Recurrence recurrence;
   std::vector<Alarm> alarms;
   std::vector<Attendee> attendees;
-  /// Content lines of the component that no field holds, unfolded, each ended with "\n", in their order.
+  /// Content lines of the component that no field holds, unfolded, each ended with "\n", in their order; then whole
+  /// components within it. A line "@NAME;PARAM=value…" has the further parameters of a property that a field holds.
   std::string extra;
 
   bool allDay() const { return start && start->kind == CalendarTime::Kind::kDate; }

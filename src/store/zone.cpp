@@ -33,6 +33,8 @@ bool isPathSafe(std::string_view name) {
          name.find("//") == std::string_view::npos && !name.starts_with("Fixed/") && name.front() != '-';
 }
 
+/// Before a rule text, so that the "GMT+1" of some calendar file is not taken for one.
+constexpr std::string_view kRulesPrefix = "TZ:";
 constexpr std::string_view kZoneFolder = "/zoneinfo/";
 
 std::string nameOfPath(std::string_view path) {
@@ -75,13 +77,17 @@ struct ZoneRegistry {
     if (const auto* known = find(name)) return known;
     cctz::time_zone rules;
     if (isPathSafe(name) && cctz::load_time_zone(std::string(name), &rules)) return add(name, rules, "");
-    if (const auto posix = rulesOfPosixText(name))
-      if (const auto made = zoneOfRules(*posix)) return add(name, *made, "");
-    return nullptr;
+    if (!name.starts_with(kRulesPrefix)) return nullptr;
+    const auto posix = rulesOfPosixText(name.substr(kRulesPrefix.size()));
+    const auto made = posix ? zoneOfRules(*posix) : std::nullopt;
+    return made ? add(name, *made, "") : nullptr;
   }
   const Zone::Entry* ofText(std::string_view text) {
     if (text.starts_with(':')) text.remove_prefix(1);
-    if (!text.starts_with('/')) return load(text);
+    if (!text.starts_with('/')) {
+      const auto* named = load(text);
+      return named != nullptr ? named : load(std::string(kRulesPrefix).append(text));
+    }
     if (const auto* named = load(nameOfPath(text))) return named;
     return ofFile(std::string(text));
   }

@@ -17,8 +17,8 @@ class Zone {
   Zone();
 
   /// The zone of an IANA name in the system's zone files, of a private zone registered in this process, or of a POSIX
-  /// rule text ("CET-1CEST,M3.5.0,M10.5.0/3"); none when there is no such zone. A name is path-safe ("Europe/Berlin"),
-  /// never a path.
+  /// rule text after "TZ:" ("TZ:CET-1CEST,M3.5.0,M10.5.0/3"); none when there is no such zone. A name is path-safe
+  /// ("Europe/Berlin"), never a path.
   static std::optional<Zone> named(std::string_view name);
 
   /// The zone that `TZ` names: an IANA name, ":name", a zone file's path, or a POSIX rule text; without it the system's

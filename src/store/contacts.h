@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "store/calendar_store.h"
+#include "store/icalendar_reader.h"
+#include "store/import.h"
+#include "store/model.h"
+#include "store/result.h"
+
+namespace orlocal::store {
+
+/// What a vCard file holds (vCard 2.1, 3.0 and 4.0): names, e-mail addresses, and of the postal addresses the preferred
+/// or first one as lines of text. Cards without name and address and e-mail are reported in `problems`.
+struct ReadContacts {
+  std::vector<Contact> contacts;
+  ReadProblems problems;
+};
+Result<ReadContacts> readContacts(std::string bytes, const std::string& name);
+
+/// Imports a vCard file, all or nothing; cards are found again by their UID, or without one by name and e-mail.
+Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesystem::path& file);
+
+}  // namespace orlocal::store

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "store/calendar_store.h"
+#include "store/icalendar_reader.h"
+#include "store/result.h"
+
+namespace orlocal::store {
+
+/// Where the items of a file go, and who hears of it. Without a title: to the calendar that the file's own name names,
+/// or to the default one when it has none. What is not there is made.
+struct ImportOptions {
+  std::optional<std::string> calendarTitle;  ///< of events
+  std::optional<std::string> listTitle;      ///< of reminders
+  bool readOnly = false;                     ///< calendars that are made allow no changes; such ones are written into
+  bool subscription = false;                 ///< as `readOnly`, and those made are marked as subscribed
+  /// Called now and then with the number of items done and of all.
+  std::function<void(std::size_t, std::size_t)> progress;
+  /// Asked now and then; when set, the import ends with `kInterrupted` and nothing is written.
+  const std::atomic<bool>* stop = nullptr;
+};
+
+/// What an import did. An item is a single event, a reminder, or a series with its changed occurrences.
+struct ImportReport {
+  std::size_t added = 0;
+  std::size_t updated = 0;
+  std::size_t unchanged = 0;
+  std::size_t refused = 0;
+  std::vector<Problem> problems;  ///< the refused ones, by line
+  std::vector<Problem> warnings;  ///< by line
+};
+
+/// Imports an iCalendar file: all or nothing, item by item within it, found again by UID. Items of the calendar that
+/// the file does not have stay.
+Result<ImportReport> importCalendarFile(CalendarStore& store, const std::filesystem::path& file,
+                                        const ImportOptions& options = {});
+/// The same for a text; `name` stands in errors where a file's name would.
+Result<ImportReport> importCalendarText(CalendarStore& store, std::string text, const std::string& name,
+                                        const ImportOptions& options = {});
+
+}  // namespace orlocal::store
