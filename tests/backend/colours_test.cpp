@@ -1,0 +1,75 @@
+#include "backend/colours.h"
+
+#include <gtest/gtest.h>
+
+namespace orlocal {
+namespace {
+
+struct NamedCase {
+  const char* name;
+  Color colour;
+};
+
+TEST(ColourNamed, KnowsTheFifteenNames) {
+  const NamedCase cases[] = {
+      {"black", Color::calibratedWhite(0)},           {"blue", Color::calibratedRgb(0, 0, 1)},
+      {"brown", Color::calibratedRgb(0.6, 0.4, 0.2)}, {"clear", Color::calibratedWhite(0, 0)},
+      {"cyan", Color::calibratedRgb(0, 1, 1)},        {"darkgray", Color::calibratedWhite(1.0 / 3)},
+      {"gray", Color::calibratedWhite(0.5)},          {"green", Color::calibratedRgb(0, 1, 0)},
+      {"lightgray", Color::calibratedWhite(2.0 / 3)}, {"magenta", Color::calibratedRgb(1, 0, 1)},
+      {"orange", Color::calibratedRgb(1, 0.5, 0)},    {"purple", Color::calibratedRgb(0.5, 0, 0.5)},
+      {"red", Color::calibratedRgb(1, 0, 0)},         {"white", Color::calibratedWhite(1)},
+      {"yellow", Color::calibratedRgb(1, 1, 0)},
+  };
+  for (const auto& row : cases) EXPECT_EQ(colourNamed(row.name), row.colour) << row.name;
+}
+
+TEST(ColourNamed, ComparesWithoutCase) { EXPECT_EQ(colourNamed("DarkGray"), Color::calibratedWhite(1.0 / 3)); }
+
+TEST(ColourNamed, KnowsNoOtherName) {
+  for (const char* name : {"grey", "pink", "", "red ", "255 0 0"}) EXPECT_EQ(colourNamed(name), std::nullopt) << name;
+  EXPECT_EQ(colourNamed(std::nullopt), std::nullopt);
+}
+
+TEST(ColourFromNumbers, DividesThreeNumbersBy255) {
+  EXPECT_EQ(colourFromNumbers("255 128 0"), Color::calibratedRgb(1, 128.0 / 255, 0));
+  EXPECT_EQ(colourFromNumbers("0\t127.5\t255"), Color::calibratedRgb(0, 0.5, 1));
+}
+
+TEST(ColourFromNumbers, WantsExactlyThreePieces) {
+  for (const char* text : {"", "255", "255 128", "255 128 0 0", "255 128 0 ", " 255 128 0", "255  128 0"}) {
+    EXPECT_EQ(colourFromNumbers(text), std::nullopt) << '"' << text << '"';
+  }
+  EXPECT_EQ(colourFromNumbers(std::nullopt), std::nullopt);
+}
+
+TEST(ColourFromNumbers, RejectsNegativeComponents) {
+  for (const char* text : {"-1 0 0", "0 -0.5 0", "0 0 -255"}) EXPECT_EQ(colourFromNumbers(text), std::nullopt) << text;
+}
+
+TEST(ColourFromNumbers, TestsTheUpperBoundAfterTheDivision) {
+  EXPECT_EQ(colourFromNumbers("300 0 0"), Color::calibratedRgb(300.0 / 255, 0, 0));
+  EXPECT_EQ(colourFromNumbers("65025 0 0"), Color::calibratedRgb(255, 0, 0));
+  EXPECT_EQ(colourFromNumbers("65026 0 0"), std::nullopt);
+  EXPECT_EQ(colourFromNumbers("0 0 1e300"), std::nullopt);
+}
+
+TEST(ColourFromNumbers, ReadsWordsAsZero) {
+  EXPECT_EQ(colourFromNumbers("red inf nan"), Color::calibratedRgb(0, 0, 0));
+}
+
+TEST(ColourText, WritesWholeNumbersBetweenBlanks) {
+  EXPECT_EQ(colourText(Color::calibratedRgb(1, 128.0 / 255, 0)), "255 128 0");
+  EXPECT_EQ(colourText(Color::calibratedWhite(0.5)), "128 128 128");
+  EXPECT_EQ(colourText(Color::calibratedRgb(300.0 / 255, 0.1, 0)), "300 26 0");
+}
+
+TEST(ColourText, IsAbsentForAColourWithoutComponents) {
+  Color pattern;
+  pattern.space = Color::Space::kPattern;
+  EXPECT_EQ(colourText(pattern), std::nullopt);
+  EXPECT_EQ(colourText(std::nullopt), std::nullopt);
+}
+
+}  // namespace
+}  // namespace orlocal
