@@ -104,7 +104,7 @@ void moveToOccurrence(Item& series, const store::Occurrence& occurrence, const Z
 }
 
 CalendarTime zonedTime(Date moment, const Zone& viewer) {
-  if (viewer.name() == "UTC" || !Zone::named(viewer.name())) {
+  if (viewer.name() == "UTC" || viewer.name() == "Etc/UTC" || !Zone::named(viewer.name())) {
     return {CalendarTime::Kind::kUtc, Zone().toLocal(moment), {}};
   }
   return {CalendarTime::Kind::kZoned, viewer.toLocal(moment), viewer.name()};

@@ -131,14 +131,7 @@ std::optional<store::Occurrence> EventObject::occurrenceOfSeries() const {
   return repeats ? m_occurrence : std::nullopt;
 }
 
-void EventObject::adopt(store::Item saved) {
-  const store::Zone& viewer = m_access->viewer();
-  store::Occurrence occurrence;
-  occurrence.start = saved.start ? store::momentOf(*saved.start, viewer) : store::Moment();
-  occurrence.end = saved.end ? store::momentOf(*saved.end, viewer) : occurrence.start;
-  // A changed occurrence keeps its place in the series; anything else begins where it stands.
-  occurrence.originalStart = saved.recurrenceId ? store::momentOf(*saved.recurrenceId, viewer) : occurrence.start;
-  occurrence.item = saved.id;
+void EventObject::adopt(store::Item saved, std::optional<store::Occurrence> occurrence) {
   m_occurrence = occurrence;
   m_times.reset();
   m_rulesChanged = false;

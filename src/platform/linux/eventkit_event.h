@@ -41,7 +41,8 @@ class EventObject final : public ItemObject<EKEvent> {
   store::Item prepared() const;
   /// The occurrence that was opened; none for a single event.
   std::optional<store::Occurrence> occurrenceOfSeries() const;
-  void adopt(store::Item saved);
+  /// What a save made of it, and the occurrence that it is now.
+  void adopt(store::Item saved, std::optional<store::Occurrence> occurrence);
 
  private:
   ShownTimes times() const;

@@ -159,7 +159,9 @@ bool EventStoreObject::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan s
   if (!ours) return false;
   store::Item edited = ours->prepared();
   if (!succeeded(m_access->store().saveEvent(edited, ours->occurrenceOfSeries(), spanOf(span)), error)) return false;
-  ours->adopt(std::move(edited));
+  // What was written stands, even if it cannot be read back now: the object then has the times of its row.
+  const auto occurrence = m_access->store().firstOccurrence(edited);
+  ours->adopt(std::move(edited), occurrence ? *occurrence : std::nullopt);
   return true;
 }
 
