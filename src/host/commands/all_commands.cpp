@@ -7,6 +7,8 @@ void registerAllCommands(CommandLine& line) {
   registerCalcCommands(line);
   registerTestCommand(line);
   registerListingCommands(line);
+  registerCalendarsCommand(line);
+  registerAgendaCommand(line);
 }
 
 }  // namespace orlocal::host

@@ -6,9 +6,11 @@ namespace orlocal::host {
 
 // One for each source of commands; `registerAllCommands` calls them all.
 
-void registerCalcCommands(CommandLine& line);     ///< eval, run
-void registerTestCommand(CommandLine& line);      ///< test
-void registerListingCommands(CommandLine& line);  ///< functions, steps
-void registerConsole(CommandLine& line);          ///< what runs without a command
+void registerCalcCommands(CommandLine& line);      ///< eval, run
+void registerTestCommand(CommandLine& line);       ///< test
+void registerListingCommands(CommandLine& line);   ///< functions, steps
+void registerConsole(CommandLine& line);           ///< what runs without a command
+void registerCalendarsCommand(CommandLine& line);  ///< calendars
+void registerAgendaCommand(CommandLine& line);     ///< agenda
 
 }  // namespace orlocal::host

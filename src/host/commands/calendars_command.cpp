@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "host/commands/all_commands.h"
+#include "host/commands/command.h"
+#include "host/commands/json_text.h"
+#include "host/commands/store_session.h"
+#include "host/commands/terminal_text.h"
+
+namespace orlocal::host {
+namespace {
+
+struct TypeName {
+  store::Source::Type type;
+  const char* name;
+};
+constexpr TypeName kTypeNames[] = {{store::Source::Type::kLocal, "local"},
+                                   {store::Source::Type::kCalDav, "CalDAV"},
+                                   {store::Source::Type::kExchange, "Exchange"},
+                                   {store::Source::Type::kSubscription, "subscription"},
+                                   {store::Source::Type::kBirthday, "birthdays"}};
+
+const char* nameOf(store::Source::Type type) {
+  const auto* found = std::find_if(std::begin(kTypeNames), std::end(kTypeNames),
+                                   [type](const TypeName& row) { return row.type == type; });
+  return found != std::end(kTypeNames) ? found->name : "?";
+}
+
+std::string colourText(const std::optional<store::Rgb>& colour) {
+  if (!colour) return "";
+  const auto channel = [](double part) { return static_cast<int>(std::clamp(part, 0.0, 1.0) * 255 + 0.5); };
+  return fmt::format("#{:02X}{:02X}{:02X}", channel(colour->red), channel(colour->green), channel(colour->blue));
+}
+
+/// A calendar with what the store says of it beside its own fields.
+struct Listed {
+  store::Calendar calendar;
+  bool isDefault;
+};
+
+std::vector<Listed> listed(store::CalendarStore& store) {
+  std::vector<Listed> all;
+  for (const auto kind : {store::CalendarKind::kEvents, store::CalendarKind::kReminders}) {
+    const auto standard = orFail(store.defaultCalendar(kind));
+    for (auto& calendar : orFail(store.calendars(kind))) {
+      const bool isDefault = standard && standard->id == calendar.id;
+      all.push_back({std::move(calendar), isDefault});
+    }
+  }
+  return all;
+}
+
+std::string notesOn(const Listed& row) {
+  std::vector<std::string> notes;
+  if (row.isDefault) notes.emplace_back("default");
+  if (row.calendar.subscribed) notes.emplace_back("subscribed");
+  if (row.calendar.readOnly) notes.emplace_back("read-only");
+  return fmt::format("{}", fmt::join(notes, ", "));
+}
+
+const char* kindOf(const Listed& row) {
+  return row.calendar.kind == store::CalendarKind::kEvents ? "events" : "reminders";
+}
+
+void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& out) {
+  std::vector<std::vector<std::string>> cells{{"TITLE", "HOLDS", "FROM", "COLOUR", ""}};
+  for (const Listed& row : rows) {
+    cells.push_back({printable(row.calendar.title), kindOf(row), nameOf(row.calendar.type),
+                     colourText(row.calendar.color), notesOn(row)});
+  }
+  std::vector<std::size_t> widths(cells.front().size());
+  for (const auto& row : cells) {
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
+  }
+  for (std::size_t r = 0; r < cells.size(); ++r) {
+    std::string text;
+    for (std::size_t i = 0; i < cells[r].size(); ++i) text += padded(cells[r][i], widths[i]) + "  ";
+    text.erase(text.find_last_not_of(' ') + 1);
+    if (r == 0) {
+      out << (ink.on() ? "  " : "") << ink.dim(text) << '\n';
+    } else {
+      out << (ink.on() ? ink.coloured(rows[r - 1].calendar.color, "● ") : "") << text << '\n';
+    }
+  }
+}
+
+nlohmann::json asJson(const std::vector<Listed>& rows) {
+  nlohmann::json json = nlohmann::json::array();
+  for (const Listed& row : rows) {
+    const auto colour = colourText(row.calendar.color);
+    json.push_back({{"title", row.calendar.title},
+                    {"identifier", row.calendar.identifier},
+                    {"holds", kindOf(row)},
+                    {"from", nameOf(row.calendar.type)},
+                    {"colour", colour.empty() ? nlohmann::json(nullptr) : nlohmann::json(colour)},
+                    {"default", row.isDefault},
+                    {"readOnly", row.calendar.readOnly},
+                    {"subscribed", row.calendar.subscribed}});
+  }
+  return json;
+}
+
+}  // namespace
+
+void registerCalendarsCommand(CommandLine& line) {
+  line.add("calendars", "List the calendars and reminder lists of the store.", [](CommandContext& context) {
+    const auto store = openUserStore();
+    const auto rows = listed(*store);
+    if (context.options.json) {
+      printJson(asJson(rows), context.streams.out);
+    } else {
+      printTable(rows, Ink(context.streams.outIsTerminal), context.streams.out);
+    }
+    return ExitStatus::kDone;
+  });
+}
+
+}  // namespace orlocal::host
