@@ -15,6 +15,12 @@ std::string ascii(std::u16string_view units) {
   return text;
 }
 
+fmx::ExternalFunction registered(std::u16string_view name) {
+  const auto entry = host::Registry::instance().function(name);
+  if (!entry) throw std::runtime_error("the plug-in did not register " + ascii(name));
+  return entry->function;
+}
+
 void push(fmx::DataVect* vector, std::u16string_view text) {
   fmx::Text* value = fmx::FM_Text_Constructor1(&g_exception);
   fmx::FM_Text_AssignUnicodeWithLength(value, text.data(), static_cast<std::uint32_t>(text.size()), &g_exception);
@@ -28,12 +34,13 @@ void push(fmx::DataVect* vector, std::u16string_view text) {
 }  // namespace
 
 Call::Call(std::u16string_view function, std::initializer_list<std::u16string_view> arguments)
-    : m_environment(fmx::FM_ExprEnv_Constructor1(&g_exception)),
+    : Call(registered(function), arguments) {}
+
+Call::Call(fmx::ExternalFunction function, std::initializer_list<std::u16string_view> arguments)
+    : m_function(function),
+      m_environment(fmx::FM_ExprEnv_Constructor1(&g_exception)),
       m_arguments(fmx::FM_DataVect_Constructor1(&g_exception)),
       m_result(fmx::FM_Data_Constructor1(&g_exception)) {
-  const auto entry = host::Registry::instance().function(function);
-  if (!entry) throw std::runtime_error("the plug-in did not register " + ascii(function));
-  m_function = entry->function;
   setTexts(arguments);
 }
 

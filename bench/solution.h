@@ -17,6 +17,7 @@ class Call {
  public:
   /// Arguments as texts; throws when nothing of that name is registered.
   Call(std::u16string_view function, std::initializer_list<std::u16string_view> arguments);
+  Call(fmx::ExternalFunction function, std::initializer_list<std::u16string_view> arguments);
   ~Call();
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
@@ -34,7 +35,7 @@ class Call {
   std::u16string text() const;
 
  private:
-  fmx::ExternalFunction m_function = nullptr;
+  fmx::ExternalFunction m_function;
   fmx::ExprEnv* m_environment;
   fmx::DataVect* m_arguments;
   fmx::Data* m_result;
