@@ -151,8 +151,30 @@ bool ContentLines::next(ContentLine& line) {
   return false;
 }
 
+namespace {
+
+using Byte = unsigned char;
+
+/// The length of the character that begins at `at`; 0 when it is not well-formed UTF-8.
+int characterLength(const Byte* at, const Byte* end) {
+  const Byte lead = *at;
+  if (lead < 0x80) return 1;
+  const int length = lead >= 0xF5 ? 0 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 0;
+  if (length == 0 || end - at < length) return 0;
+  const Byte second = at[1];
+  // Overlong forms, surrogates, and what lies past U+10FFFF.
+  if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) || (lead == 0xF0 && second < 0x90) ||
+      (lead == 0xF4 && second > 0x8F))
+    return 0;
+  for (int i = 1; i < length; ++i)
+    if ((at[i] & 0xC0) != 0x80) return 0;
+  return length;
+}
+
+}  // namespace
+
 bool isUtf8(std::string_view bytes) {
-  const auto* at = reinterpret_cast<const unsigned char*>(bytes.data());
+  const auto* at = reinterpret_cast<const Byte*>(bytes.data());
   const auto* end = at + bytes.size();
   while (at < end) {
     std::uint64_t eight = 0;
@@ -160,15 +182,9 @@ bool isUtf8(std::string_view bytes) {
       at += 8;
       continue;
     }
-    const unsigned char lead = *at++;
-    if (lead < 0x80) continue;
-    const int more = lead >= 0xF5 ? 0 : lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 ? 1 : 0;
-    if (more == 0 || end - at < more) return false;
-    if ((lead == 0xE0 && *at < 0xA0) || (lead == 0xED && *at > 0x9F) || (lead == 0xF0 && *at < 0x90) ||
-        (lead == 0xF4 && *at > 0x8F))
-      return false;
-    for (int i = 0; i < more; ++i)
-      if ((*at++ & 0xC0) != 0x80) return false;
+    const int length = characterLength(at, end);
+    if (length == 0) return false;
+    at += length;
   }
   return true;
 }
@@ -179,17 +195,21 @@ std::string fromWindows1252(std::string_view bytes) {
                                                 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD,
                                                 0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                                 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
+  const auto* at = reinterpret_cast<const Byte*>(bytes.data());
+  const auto* end = at + bytes.size();
   std::string out;
-  for (char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    const unsigned point = byte >= 0x80 && byte < 0xA0 ? kHigh[byte - 0x80U] : byte;
-    if (point < 0x80) {
-      out += c;
-    } else {
-      if (point >= 0x800) out += static_cast<char>(0xE0 | point >> 12);
-      out += static_cast<char>(point >= 0x800 ? 0x80 | (point >> 6 & 0x3F) : 0xC0 | point >> 6);
-      out += static_cast<char>(0x80 | (point & 0x3F));
+  while (at < end) {
+    // UTF-8 with a broken place in it keeps its whole characters.
+    if (const int length = characterLength(at, end); length > 0) {
+      out.append(reinterpret_cast<const char*>(at), static_cast<std::size_t>(length));
+      at += length;
+      continue;
     }
+    const unsigned point = *at < 0xA0 ? kHigh[*at - 0x80U] : *at;
+    if (point >= 0x800) out += static_cast<char>(0xE0 | point >> 12);
+    out += static_cast<char>(point >= 0x800 ? 0x80 | (point >> 6 & 0x3F) : 0xC0 | point >> 6);
+    out += static_cast<char>(0x80 | (point & 0x3F));
+    ++at;
   }
   return out;
 }

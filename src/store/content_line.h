@@ -60,6 +60,7 @@ class ContentLines {
 
 bool equalsNoCase(std::string_view left, std::string_view right);
 bool isUtf8(std::string_view bytes);
+/// Bytes that are not UTF-8 are read as Windows-1252.
 std::string fromWindows1252(std::string_view bytes);
 
 /// RFC 5545, 3.3.11. A backslash before anything else stays; control characters but tab and newline are left out.

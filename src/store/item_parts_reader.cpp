@@ -44,15 +44,13 @@ bool readTrigger(Alarm& alarm, const ContentLine& line) {
 
 std::optional<Alarm> readAlarm(const std::vector<std::string>& lines) {
   Alarm alarm;
-  bool hasAction = false, hasTrigger = false;
+  bool hasTrigger = false;
   for (const std::string& text : lines) {
     const auto line = splitContentLine(text, 0);
-    if (line && line->is("ACTION") && !hasAction) {
-      const auto action = valueOf(kActions, line->value);
-      if (!action) return std::nullopt;
-      alarm.action = *action;
-      hasAction = true;
-    }
+    if (!line || !line->is("ACTION")) continue;
+    const auto action = valueOf(kActions, line->value);
+    if (!action) return std::nullopt;
+    alarm.action = *action;
   }
   for (const std::string& text : lines) {
     const auto line = splitContentLine(text, 0);
@@ -72,7 +70,7 @@ std::optional<Alarm> readAlarm(const std::vector<std::string>& lines) {
       alarm.extra.append(text).append("\n");
     }
   }
-  return hasAction && hasTrigger ? std::optional(alarm) : std::nullopt;
+  return hasTrigger ? std::optional(alarm) : std::nullopt;
 }
 
 Attendee readAttendee(const ContentLine& line) {

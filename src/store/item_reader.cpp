@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <map>
 
 #include <fmt/core.h>
 
@@ -111,9 +112,9 @@ class Reader {
     for (ContentParameter parameter; nextParameter(rest, parameter);)
       if (!equalsNoCase(parameter.name, "TZID") && !equalsNoCase(parameter.name, "VALUE")) kept += parameter.text;
     if (kept.empty()) return;
-    m_item.extra += '@';
-    for (char c : line.name) m_item.extra += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
-    m_item.extra.append(kept).append("\n");
+    std::string name;
+    for (char c : line.name) name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    m_parameters.emplace(std::move(name), std::move(kept));
   }
 
   void text(std::optional<std::string>& field, const ContentLine& line, bool escaped) {
@@ -155,9 +156,11 @@ class Reader {
   }
   void moment(std::optional<CalendarTime>& field, const ContentLine& line) {
     const auto read = time(line, line.value);
-    if (!read)
-      return fail(line.line,
-                  fmt::format("{} has no date that can be read: \"{}\"", line.name, line.value.substr(0, 40)));
+    if (!read) {
+      auto reason = fmt::format("{} has no date that can be read: \"{}\"", line.name, line.value.substr(0, 40));
+      // A reminder is one without its dates, too.
+      return m_item.kind == ItemKind::kEvent ? fail(line.line, std::move(reason)) : warn(line.line, std::move(reason));
+    }
     if (field) return warn(line.line, fmt::format("a second {} was passed over", line.name));
     field = read;
     keepParameters(line);
@@ -263,6 +266,7 @@ class Reader {
   Item m_item;
   int m_depth = 0;
   std::vector<std::string> m_inner;
+  std::map<std::string, std::string> m_parameters;  ///< by property: those that no field speaks for
   std::string m_components;
   std::optional<Duration> m_duration;
   std::vector<std::pair<CalendarTime, std::optional<CalendarTime>>> m_periods;
@@ -302,7 +306,10 @@ std::optional<ReadItem> Reader::finish(std::string_view bytes) {
   if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start)
     fail(m_span.span.line, "it has no DTSTART");
   if (!m_failure.empty()) return refuse(m_failureLine, m_failure);
-  m_item.extra += m_components;
+  // In an order that does not hang on where the lines stood.
+  std::string extra;
+  for (const auto& [name, parameters] : m_parameters) extra.append("@").append(name).append(parameters).append("\n");
+  m_item.extra = extra + m_item.extra + m_components;
   if (m_item.uid.empty()) {
     // Named by its content, so that another import finds it again.
     std::string content;

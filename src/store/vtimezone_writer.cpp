@@ -123,7 +123,7 @@ void writeZone(std::string& out, const std::string& name, int fromYear) {
     for (ContentLine line; lines.next(line);) appendFolded(out, line.text);
     return;
   }
-  const Moment begin = Zone().toMoment(LocalTime(std::clamp(fromYear, 1, kLastYear - 1), 1, 1)) - std::chrono::days(1);
+  const Moment begin = zone->toMoment(LocalTime(std::clamp(fromYear, 1, kLastYear - 1), 1, 1));
   const Moment end = Zone().toMoment(LocalTime(kLastYear + 1, 1, 1));
   std::vector<Onset> onsets;
   for (auto change = zone->changeAfter(begin); change && change->at < end; change = zone->changeAfter(change->at))
