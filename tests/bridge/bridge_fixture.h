@@ -1,0 +1,86 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "backend/error_codes.h"
+#include "bridge/extern_call.h"
+#include "bridge/plugin_error.h"
+#include "bridge/recording_host.h"
+#include "bridge/state.h"
+#include "fakes/fake_platform.h"
+#include "fakes/fake_weekdays.h"
+#include "platform/address_book.h"
+#include "platform/run_loop.h"
+
+namespace orlocal {
+
+class EmptyAddressBook : public AddressBook {
+ public:
+  std::optional<std::string> addressOf(std::string_view) const override { return std::nullopt; }
+};
+
+class CountingRunLoop : public RunLoop {
+ public:
+  int turns = 0;
+  void runFor(std::chrono::microseconds) override {}
+  void turn() override { ++turns; }
+  std::unique_ptr<RunLoopPort> addPort(std::function<void()>) override { return nullptr; }
+};
+
+/// A plug-in on a platform of the test's own, with the test as its host.
+class BridgeTest : public testing::Test {
+ protected:
+  BridgeTest() {
+    host.clear();
+    runLoop = std::make_shared<CountingRunLoop>();
+    weekdays = std::make_shared<fakes::FakeWeekdays>();
+    system = std::make_shared<fakes::FakePlatform>();
+    system->m_eventKit = weekdays;
+    system->m_addressBook = std::make_shared<EmptyAddressBook>();
+    system->m_runLoop = runLoop;
+    setPlatform(system);
+    m_record.extnVersion = 62;
+    m_record.unusedID = -1;
+    m_record.entryPoint = &FMExternCallProc;
+    gFMX_ExternCallPtr = &m_record;
+    g_llasterror = 0;
+    g_bUseEK = false;
+    g_sharedEKFunctions = nullptr;
+    g_sharedFunctions = nullptr;
+    error = &m_error;
+  }
+  ~BridgeTest() override {
+    host.clear();
+    error = nullptr;
+    g_sharedFunctions = nullptr;
+    g_sharedEKFunctions = nullptr;
+    gFMX_ExternCallPtr = nullptr;
+    setPlatform(nullptr);
+  }
+
+  /// Puts string `number` into the plug-in's table.
+  void addString(int number, std::u16string text) {
+    system->m_bundleStrings->m_strings[{"Orlo", "Orlo " + std::to_string(number)}] = std::move(text);
+  }
+
+  /// Sends message `whichCall` and gives the record's answer.
+  std::uintptr_t send(std::uint8_t whichCall) {
+    m_record.whichCall = whichCall;
+    m_record.result = 0;
+    FMExternCallProc(&m_record);
+    return m_record.result;
+  }
+
+  fakes::RecordingHost& host = fakes::RecordingHost::instance();
+  std::shared_ptr<fakes::FakePlatform> system;
+  std::shared_ptr<CountingRunLoop> runLoop;
+  std::shared_ptr<fakes::FakeWeekdays> weekdays;
+  fmx::ExternCall m_record{};
+  orlo_PluginError m_error;
+};
+
+}  // namespace orlocal
