@@ -9,6 +9,8 @@ void registerAllCommands(CommandLine& line) {
   registerListingCommands(line);
   registerCalendarsCommand(line);
   registerAgendaCommand(line);
+  registerImportCommands(line);
+  registerExportCommand(line);
 }
 
 }  // namespace orlocal::host

@@ -12,5 +12,7 @@ void registerListingCommands(CommandLine& line);   ///< functions, steps
 void registerConsole(CommandLine& line);           ///< what runs without a command
 void registerCalendarsCommand(CommandLine& line);  ///< calendars
 void registerAgendaCommand(CommandLine& line);     ///< agenda
+void registerImportCommands(CommandLine& line);    ///< import, import-contacts
+void registerExportCommand(CommandLine& line);     ///< export
 
 }  // namespace orlocal::host
