@@ -37,7 +37,7 @@ class Printer {
       }
     }
     if (!readable) return ExitStatus::kFailed;
-    nlohmann::json list = nlohmann::json::array();
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
     bool failed = false;
     for (const Calculation& calculation : calculations) {
       const auto outcome = workbench.evaluate(calculation.text);

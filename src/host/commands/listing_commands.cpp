@@ -18,7 +18,7 @@ namespace orlocal::host {
 
 namespace {
 
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 
 /// A description: words for type-ahead, a bar, the text. Without a bar all of it is the text.
 struct Description {
@@ -26,11 +26,16 @@ struct Description {
   std::string text;
 };
 
+std::string trimmed(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
 Description descriptionOf(std::u16string_view description) {
   const std::string whole = toUtf8(description);
   const std::size_t bar = whole.find('|');
-  if (bar == std::string::npos) return {"", whole};
-  return {whole.substr(0, bar), whole.substr(bar + 1)};
+  if (bar == std::string::npos) return {"", trimmed(whole)};
+  return {trimmed(whole.substr(0, bar)), trimmed(whole.substr(bar + 1))};
 }
 
 /// The four characters that name a plug-in.

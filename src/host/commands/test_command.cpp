@@ -18,7 +18,7 @@ namespace orlocal::host {
 
 namespace {
 
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 
 /// Runs transcripts, tells what differs, and counts.
 class TestRun {

@@ -35,9 +35,13 @@ std::vector<std::string> recallable(const std::vector<std::string>& lines) {
   std::string joined;
   for (const std::string& line : lines) {
     if (lines.size() > 1 && line.find("//") != std::string::npos) return lines;
-    joined += joined.empty() ? line : " " + line;
+    joined += joined.empty() ? line : " " + trimmed(line);
   }
   return {joined};
+}
+
+bool asksToStop(const std::string& entry) {
+  return calc::equalWords(trimmed(entry), "quit") || calc::equalWords(trimmed(entry), "exit");
 }
 
 }  // namespace
@@ -60,8 +64,9 @@ bool Console::run() {
       lines.push_back(line.text);
       if (calc::completenessOf(entry) == calc::Completeness::kOpen) continue;
     }
+    if (asksToStop(entry)) break;
     for (const std::string& recalled : recallable(lines)) m_parts.lines.remember(recalled);
-    if (!obey(entry)) break;
+    obey(entry);
     lines.clear();
     entry.clear();
   }
@@ -69,10 +74,8 @@ bool Console::run() {
   return !m_failed;
 }
 
-/// False when the entry says to stop.
-bool Console::obey(const std::string& entry) {
+void Console::obey(const std::string& entry) {
   const std::string word = trimmed(entry);
-  if (calc::equalWords(word, "quit") || calc::equalWords(word, "exit")) return false;
   if (calc::equalWords(word, "help")) {
     m_parts.out << kHelp;
   } else if (calc::equalWords(word.substr(0, 5), "help ")) {
@@ -86,7 +89,6 @@ bool Console::obey(const std::string& entry) {
     show(m_parts.evaluate(entry), entry);
   }
   m_parts.out.flush();
-  return true;
 }
 
 void Console::help(const std::string& name) {

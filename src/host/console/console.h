@@ -23,7 +23,7 @@ struct ConsoleParts {
 /// Reads calculations and shows each result with its type, until `quit` or the end of the input.
 ///
 /// A calculation goes on over several lines while a bracket is open. Besides calculations it knows the words `help`,
-/// `help NAME`, `variables` and `quit`.
+/// `help NAME`, `variables` and `quit` (or `exit`).
 class Console {
  public:
   explicit Console(ConsoleParts parts) : m_parts(std::move(parts)) {}
@@ -32,7 +32,7 @@ class Console {
   bool run();
 
  private:
-  bool obey(const std::string& entry);
+  void obey(const std::string& entry);
   void help(const std::string& name);
   void show(const calc::CalcResult<calc::Outcome>& outcome, const std::string& entry);
   std::string dim(const std::string& text) const;
