@@ -57,7 +57,11 @@ bool Console::run() {
       continue;
     }
     const bool ended = line.outcome == LineSource::Outcome::kEnd;
-    if (ended && lines.empty()) break;
+    if (ended && lines.empty()) {
+      // The shell prompt that follows Ctrl-D begins on a line of its own.
+      if (m_parts.colours) m_parts.out << '\n';
+      break;
+    }
     if (!ended) {
       if (lines.empty() && trimmed(line.text).empty()) continue;
       entry += (lines.empty() ? "" : "\n") + line.text;

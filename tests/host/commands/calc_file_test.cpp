@@ -1,0 +1,47 @@
+#include "host/commands/calc_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace orlocal::host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+std::vector<std::pair<std::size_t, std::string>> read(std::string_view text) {
+  std::vector<std::pair<std::size_t, std::string>> result;
+  for (const Calculation& calculation : readCalculations(text)) result.emplace_back(calculation.line, calculation.text);
+  return result;
+}
+
+using Line = std::pair<std::size_t, std::string>;
+
+TEST(CalcFileTest, TakesACalculationALine) { EXPECT_THAT(read("1\n2\n"), ElementsAre(Line{1, "1"}, Line{2, "2"})); }
+
+TEST(CalcFileTest, GoesOnWhileABracketOrATextIsOpen) {
+  EXPECT_THAT(read("List (\n  1 ;\n\n  2 )\n3"), ElementsAre(Line{1, "List (\n  1 ;\n\n  2 )"}, Line{5, "3"}));
+  EXPECT_THAT(read("\"a\nb\"\n3"), ElementsAre(Line{1, "\"a\nb\""}, Line{3, "3"}));
+}
+
+TEST(CalcFileTest, LeavesOutBlankLinesAndComments) {
+  EXPECT_THAT(read("#!/usr/bin/orlocal run\n\n  # note\n1\n// note\n/* two\nlines */\n2"),
+              ElementsAre(Line{4, "1"}, Line{8, "2"}));
+}
+
+TEST(CalcFileTest, KeepsANumberSignInsideACalculation) {
+  EXPECT_THAT(read("List (\n# 1 )"), ElementsAre(Line{1, "List (\n# 1 )"}));
+}
+
+TEST(CalcFileTest, TakesAnyLineEndAndAByteOrderMark) {
+  EXPECT_THAT(read("\uFEFF1\r\n2\r3"), ElementsAre(Line{1, "1"}, Line{2, "2"}, Line{3, "3"}));
+}
+
+TEST(CalcFileTest, KeepsACalculationThatNeverEnds) {
+  EXPECT_THAT(read("1\nLeft ( 2\n3"), ElementsAre(Line{1, "1"}, Line{2, "Left ( 2\n3"}));
+}
+
+TEST(CalcFileTest, FindsNothingInNothing) { EXPECT_THAT(read(""), IsEmpty()); }
+
+}  // namespace
+}  // namespace orlocal::host

@@ -1,0 +1,60 @@
+#include "host/commands/child_process.h"
+
+#include <csignal>
+#include <ostream>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace orlocal::host {
+namespace {
+
+using ::testing::HasSubstr;
+
+TEST(ChildProcessTest, BringsBackWhatAChildWrote) {
+  const ChildResult result = runInChild([](std::ostream& out) { out << "hello"; });
+  EXPECT_TRUE(result.succeeded());
+  EXPECT_EQ(result.output, "hello");
+}
+
+TEST(ChildProcessTest, BringsBackMoreThanAPipeHolds) {
+  const ChildResult result = runInChild([](std::ostream& out) { out << std::string(1'000'000, 'x'); });
+  EXPECT_EQ(result.output.size(), 1'000'000U);
+}
+
+TEST(ChildProcessTest, KeepsWhatWasWrittenBeforeACrash) {
+  const ChildResult result = runInChild([](std::ostream& out) {
+    out << "before";
+    ::signal(SIGTERM, SIG_DFL);
+    ::kill(::getpid(), SIGTERM);
+    ::pause();
+  });
+  EXPECT_FALSE(result.succeeded());
+  EXPECT_EQ(result.output, "before");
+  EXPECT_THAT(result.ending, HasSubstr("signal 15"));
+}
+
+TEST(ChildProcessTest, MakesAFailureOfAnException) {
+  const ChildResult result = runInChild([](std::ostream&) { throw std::runtime_error("expected by the test"); });
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.ending, "ended with status 1");
+}
+
+TEST(ChildProcessTest, LeavesTheParentAsItWas) {
+  int value = 1;
+  runInChild([&](std::ostream&) { value = 2; });
+  EXPECT_EQ(value, 1);
+}
+
+TEST(ChildProcessTest, RunsAProgramAndBringsBackBothItsStreams) {
+  const ChildResult result = runProgram({"/bin/sh", "-c", "echo out; echo err >&2; exit 3"});
+  EXPECT_EQ(result.output, "out\nerr\n");
+  EXPECT_EQ(result.status, 3);
+}
+
+TEST(ChildProcessTest, FailsForAProgramThatIsNotThere) { EXPECT_EQ(runProgram({"/no/such/program"}).status, 127); }
+
+}  // namespace
+}  // namespace orlocal::host

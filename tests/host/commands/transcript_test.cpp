@@ -1,0 +1,128 @@
+#include "host/commands/transcript.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace orlocal::host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+Transcript read(std::string_view text, bool markdown = false) {
+  auto transcript = parseTranscript(text, markdown);
+  if (transcript) return std::move(*transcript);
+  ADD_FAILURE() << transcript.error().line << ": " << transcript.error().message;
+  return {};
+}
+
+std::string errorOf(std::string_view text) {
+  const auto transcript = parseTranscript(text, false);
+  return transcript ? "no error" : std::to_string(transcript.error().line) + ": " + transcript.error().message;
+}
+
+TEST(TranscriptTest, PairsCalculationsWithWhatTheyPrint) {
+  const Transcript transcript = read("> 1 + 1\n2\n> List ( 1 ; 2 )\n1\n2\n");
+  ASSERT_EQ(transcript.examples.size(), 2U);
+  EXPECT_EQ(transcript.examples[0].calculation, "1 + 1");
+  EXPECT_THAT(transcript.examples[0].expected, ElementsAre("2"));
+  EXPECT_EQ(transcript.examples[1].line, 3U);
+  EXPECT_THAT(transcript.examples[1].expected, ElementsAre("1", "2"));
+}
+
+TEST(TranscriptTest, GoesOnWithACalculationWhileABracketIsOpen) {
+  const Transcript transcript = read("> List ( 1 ;\n  2 )\n1\n2\n");
+  EXPECT_EQ(transcript.examples[0].calculation, "List ( 1 ;\n  2 )");
+  EXPECT_THAT(transcript.examples[0].expected, ElementsAre("1", "2"));
+}
+
+TEST(TranscriptTest, EndsWhatIsExpectedAtAComment) {
+  const Transcript transcript = read("> 1\n1\n# note\n\n> 2\n2\n");
+  EXPECT_THAT(transcript.examples[0].expected, ElementsAre("1"));
+}
+
+TEST(TranscriptTest, ReadsSettings) {
+  const TranscriptSettings settings =
+      read(
+          "@store fresh\n@plugin none\n@system-minor 7\n@timezone Europe/Berlin\n@now 2026-11-02T08:00:00Z\n"
+          "@host-version 56\n@language de\n@import examples/work.ics --calendar \"At work\"\n"
+          "@import-contacts people.vcf\n> 1\n1\n")
+          .settings;
+  EXPECT_EQ(settings.store, "fresh");
+  EXPECT_EQ(settings.plugin, "none");
+  EXPECT_EQ(settings.systemMinor, "7");
+  EXPECT_EQ(settings.timezone, "Europe/Berlin");
+  EXPECT_EQ(settings.now, "2026-11-02T08:00:00Z");
+  EXPECT_EQ(settings.hostVersion, 56);
+  EXPECT_EQ(settings.language, "de");
+  ASSERT_EQ(settings.preparations.size(), 2U);
+  EXPECT_EQ(settings.preparations[0].command, "import");
+  EXPECT_THAT(settings.preparations[0].words, ElementsAre("examples/work.ics", "--calendar", "At work"));
+  EXPECT_EQ(settings.preparations[1].command, "import-contacts");
+}
+
+TEST(TranscriptTest, ReadsOnlyMarkedBlocksOfMarkdown) {
+  const Transcript transcript =
+      read("# Title\n> quoted\n```transcript\n> 1\n1\n```\ntext\n```\n> 2\n```\n```transcript\n> 3\n3\n```\n", true);
+  ASSERT_EQ(transcript.examples.size(), 2U);
+  EXPECT_EQ(transcript.examples[0].calculation, "1");
+  EXPECT_EQ(transcript.examples[0].line, 4U);
+  EXPECT_THAT(transcript.examples[0].expected, ElementsAre("1"));
+  EXPECT_EQ(transcript.examples[1].calculation, "3");
+}
+
+TEST(TranscriptTest, SaysWhatIsWrongAndWhere) {
+  EXPECT_EQ(errorOf("hello\n"), "1: this line belongs to no calculation; one begins with >");
+  EXPECT_EQ(errorOf("> 1\n1\n@store fresh\n"), "3: settings stand before the first calculation");
+  EXPECT_EQ(errorOf("@nonsense 1\n"), "1: @nonsense is no setting");
+  EXPECT_EQ(errorOf("@store\n"), "1: @store takes one word");
+  EXPECT_EQ(errorOf("@store a b\n"), "1: @store takes one word");
+  EXPECT_EQ(errorOf("@host-version new\n"), "1: new is no number");
+  EXPECT_EQ(errorOf("@import\n"), "1: @import needs a file");
+  EXPECT_EQ(errorOf("@store \"a\n"), "1: a quote is not closed");
+}
+
+TEST(TranscriptTest, ComparesLinesExactly) {
+  EXPECT_TRUE(matchesLine("2", "2"));
+  EXPECT_FALSE(matchesLine("2", "2 "));
+  EXPECT_FALSE(matchesLine("a", "A"));
+  EXPECT_FALSE(matchesLine("", "a"));
+}
+
+TEST(TranscriptTest, LetsAnEllipsisStandForAnythingWithinALine) {
+  EXPECT_TRUE(matchesLine("…", "anything"));
+  EXPECT_TRUE(matchesLine("…", ""));
+  EXPECT_TRUE(matchesLine("a…c", "abc"));
+  EXPECT_TRUE(matchesLine("a…c…e", "abcde"));
+  EXPECT_TRUE(matchesLine("…b…", "abab"));
+  EXPECT_FALSE(matchesLine("a…c", "ab"));
+  EXPECT_FALSE(matchesLine("ab…b", "ab"));
+  EXPECT_FALSE(matchesLine("a…x…c", "abc"));
+}
+
+TEST(TranscriptTest, KeepsWhatABackslashProtects) {
+  EXPECT_TRUE(matchesLine("\\> quoted", "> quoted"));
+  EXPECT_TRUE(matchesLine("\\…", "…"));
+  EXPECT_FALSE(matchesLine("\\…", "anything"));
+  EXPECT_TRUE(matchesLine("a\\…", "a…"));
+  EXPECT_TRUE(matchesLine("C:\\x", "C:\\x"));
+  EXPECT_TRUE(matchesLine("\\\\x", "\\x"));
+}
+
+TEST(TranscriptTest, LeavesOutBlankLinesAtTheEndOfWhatIsExpected) {
+  EXPECT_TRUE(matchesLines({"1", "", " "}, {"1"}));
+  EXPECT_TRUE(matchesLines({"1", ""}, {"1", ""}));
+  EXPECT_FALSE(matchesLines({"1"}, {"1", ""}));
+  EXPECT_FALSE(matchesLines({"1", "", "2"}, {"1"}));
+}
+
+TEST(TranscriptTest, NeedsNoLineForAnEmptyResult) {
+  EXPECT_TRUE(matchesLines({}, {""}));
+  EXPECT_TRUE(matchesLines({""}, {""}));
+  EXPECT_FALSE(matchesLines({}, {"1"}));
+  EXPECT_FALSE(matchesLines({"1"}, {""}));
+}
+
+}  // namespace
+}  // namespace orlocal::host
