@@ -239,10 +239,12 @@ class Reader {
       keep(line);
   }
   void percent(const ContentLine& line) {
-    if (m_item.kind == ItemKind::kReminder && line.value == "100")
+    if (m_item.kind != ItemKind::kReminder)
+      keep(line);
+    else if (line.value == "100")
       m_isFull = true;
     else
-      keep(line);
+      m_percent = std::string(line.text);
   }
   void attendee(const ContentLine& line) { m_item.attendees.push_back(readAttendee(line)); }
 
@@ -272,6 +274,7 @@ class Reader {
   std::vector<std::pair<CalendarTime, std::optional<CalendarTime>>> m_periods;
   std::optional<Moment> m_stamp;
   bool m_isDone = false, m_isFull = false;
+  std::string m_percent;
   int m_endLine = 0, m_ruleLine = 0, m_failureLine = 0;
   std::string m_failure;
 };
@@ -356,7 +359,13 @@ void Reader::settleCompletion() {
     const auto due = m_item.end ? std::optional(momentOf(*m_item.end, Zone())) : std::nullopt;
     m_item.completed = m_item.modified ? m_item.modified : due ? due : m_stamp ? m_stamp : Moment{};
   }
-  if (m_isFull && !m_item.completed) m_item.extra += "PERCENT-COMPLETE:100\n";
+  if (m_isFull) m_percent = "PERCENT-COMPLETE:100";
+  if (!m_item.completed && !m_percent.empty()) m_item.extra.append(m_percent).append("\n");
+  if (!m_item.completed) return;
+  // What speaks against its being done is outdated.
+  for (const char* outdated : {"STATUS:NEEDS-ACTION\n", "STATUS:IN-PROCESS\n"})
+    if (const auto at = m_item.extra.find(outdated); at != std::string::npos)
+      m_item.extra.erase(at, std::string_view(outdated).size());
 }
 
 std::optional<ReadItem> Reader::settleRecurrence() {
