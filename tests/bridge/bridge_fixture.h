@@ -11,24 +11,31 @@
 #include "bridge/plugin_error.h"
 #include "bridge/recording_host.h"
 #include "bridge/state.h"
+#include "fakes/fake_address_book.h"
+#include "fakes/fake_event_store.h"
 #include "fakes/fake_platform.h"
-#include "fakes/fake_weekdays.h"
-#include "platform/address_book.h"
-#include "platform/run_loop.h"
+#include "fakes/fake_run_loop.h"
+#include "platform/exception.h"
 
 namespace orlocal {
 
-class EmptyAddressBook : public AddressBook {
- public:
-  std::optional<std::string> addressOf(std::string_view) const override { return std::nullopt; }
-};
-
-class CountingRunLoop : public RunLoop {
+class CountingRunLoop : public fakes::FakeRunLoop {
  public:
   int turns = 0;
-  void runFor(std::chrono::microseconds) override {}
-  void turn() override { ++turns; }
-  std::unique_ptr<RunLoopPort> addPort(std::function<void()>) override { return nullptr; }
+  void turn() override {
+    ++turns;
+    FakeRunLoop::turn();
+  }
+};
+
+/// Asked for one day of the week, throws.
+class ThrowingEventKit : public fakes::FakeEventKit {
+ public:
+  long dayThatThrows = 0;
+  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day) override {
+    if (dayThatThrows != 0 && day == dayThatThrows) throw Exception("NSInvalidArgumentException", "no such day");
+    return FakeEventKit::dayOfWeek(day);
+  }
 };
 
 /// A plug-in on a platform of the test's own, with the test as its host.
@@ -37,10 +44,10 @@ class BridgeTest : public testing::Test {
   BridgeTest() {
     host.clear();
     runLoop = std::make_shared<CountingRunLoop>();
-    weekdays = std::make_shared<fakes::FakeWeekdays>();
+    eventKit = std::make_shared<ThrowingEventKit>();
     system = std::make_shared<fakes::FakePlatform>();
-    system->m_eventKit = weekdays;
-    system->m_addressBook = std::make_shared<EmptyAddressBook>();
+    system->m_eventKit = eventKit;
+    system->m_addressBook = std::make_shared<fakes::FakeAddressBook>();
     system->m_runLoop = runLoop;
     setPlatform(system);
     m_record.extnVersion = 62;
@@ -78,7 +85,7 @@ class BridgeTest : public testing::Test {
   fakes::RecordingHost& host = fakes::RecordingHost::instance();
   std::shared_ptr<fakes::FakePlatform> system;
   std::shared_ptr<CountingRunLoop> runLoop;
-  std::shared_ptr<fakes::FakeWeekdays> weekdays;
+  std::shared_ptr<ThrowingEventKit> eventKit;
   fmx::ExternCall m_record{};
   orlo_PluginError m_error;
 };

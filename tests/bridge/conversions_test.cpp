@@ -3,26 +3,27 @@
 #include <limits>
 
 #include "bridge/bridge_fixture.h"
-#include "fakes/fake_zone.h"
 #include "fakes/host_call.h"
 
 namespace orlocal {
 namespace {
 
-using fakes::dateOfText;
 using fakes::HostCall;
 using fakes::WallClock;
-using testing::Test;
 
 constexpr int kHour = 3600;
+
+Date dateOfText(const char* text) { return dateWithString(text).value(); }
 
 class DateArgument : public BridgeTest {
  protected:
   void useZone(int offset) { system->m_defaultTimeZone = std::make_shared<fakes::FakeTimeZone>(offset); }
-  /// Winter time now, and `before` until 2026-10-25 01:00 UTC.
+  /// `now` from 2026-10-25 01:00 UTC on, `before` earlier.
   void useZoneWithSummer(int before, int now) {
-    system->m_defaultTimeZone =
-        std::make_shared<fakes::TwoOffsetZone>(before, dateOfText("2026-10-25 01:00:00 +0000"), now);
+    using Zone = fakes::FakeTimeZone;
+    system->m_defaultTimeZone = std::make_shared<Zone>(
+        "Fake/Summer",
+        std::vector<Zone::Offset>{{Date{}, before, "S"}, {dateOfText("2026-10-25 01:00:00 +0000"), now, "W"}});
   }
 
   template <class Argument>
@@ -181,7 +182,7 @@ TEST_F(WeekdayList, LeavesOutWhatIsNoDayWithALogLine) {
 }
 
 TEST_F(WeekdayList, GoesOnAfterAPlatformException) {
-  weekdays->m_dayThatThrows = 3;
+  eventKit->dayThatThrows = 3;
   EXPECT_EQ(daysIn("2\r3\r4"), (std::vector<long>{2, 4}));
   EXPECT_EQ(system->m_log, std::vector<std::string>{"Empty object"});
 }

@@ -9,8 +9,8 @@
 #include "bridge/function_table.h"
 #include "bridge/plugin_error.h"
 #include "bridge/state.h"
-#include "fakes/fake_weekdays.h"
-#include "fakes/fake_zone.h"
+#include "fakes/fake_event_store.h"
+#include "fakes/fake_platform.h"
 #include "fakes/host_call.h"
 #include "functions/recording_back_ends.h"
 
@@ -22,14 +22,13 @@ using fakes::WallClock;
 
 enum class BackEnd { kEventKit, kLegacy };
 
-/// Functions over a back end that notes what it is told. The zone is an hour east of Greenwich, two in summer.
+/// Functions over a back end that notes what it is told. The zone is Berlin's.
 class FunctionTest : public testing::Test {
  protected:
   FunctionTest() {
     system = std::make_shared<fakes::FakePlatform>();
-    system->m_eventKit = std::make_shared<fakes::FakeWeekdays>();
-    system->m_defaultTimeZone =
-        std::make_shared<fakes::TwoOffsetZone>(7200, fakes::dateOfText("2026-10-25 01:00:00 +0000"), 3600);
+    system->m_eventKit = std::make_shared<fakes::FakeEventKit>();
+    system->m_defaultTimeZone = std::make_shared<fakes::FakeTimeZone>(fakes::FakeTimeZone::berlin());
     setPlatform(system);
     error = &m_error;
     g_llasterror = 0;

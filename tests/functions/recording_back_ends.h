@@ -9,6 +9,7 @@
 #include "backend/error_codes.h"
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/legacy/ical_functions.h"
+#include "platform/exception.h"
 
 namespace orlocal::fakes {
 
