@@ -91,9 +91,16 @@ Result<SeriesEdits::Halves> SeriesEdits::halves(const Item& series, const Series
   halves.left.rules.clear();
   halves.right.rules.clear();
   ExpansionBudget budget;
+  std::vector<std::int64_t> before, with;  // of each rule
+  for (std::size_t i = 0; i < series.recurrence.rules.size(); ++i) {
+    ORLOCAL_TRY(const std::int64_t earlier, here.countBefore(original, i, budget));
+    ORLOCAL_TRY(const std::int64_t upTo, here.countBefore(original + std::chrono::microseconds(1), i, budget));
+    before.push_back(earlier);
+    with.push_back(upTo);
+    halves.ruleMakesStart = halves.ruleMakesStart || upTo > earlier;
+  }
   for (std::size_t i = 0; i < series.recurrence.rules.size(); ++i) {
     const RecurrenceRule& rule = series.recurrence.rules[i];
-    ORLOCAL_TRY(const std::int64_t before, here.countBefore(original, i, budget));
     if (!rule.count) {
       RecurrenceRule ended = rule;
       // An earlier end stays.
@@ -102,15 +109,15 @@ Result<SeriesEdits::Halves> SeriesEdits::halves(const Item& series, const Series
       halves.right.rules.push_back(rule);
       continue;
     }
-    ORLOCAL_TRY(const std::int64_t with, here.countBefore(original + std::chrono::microseconds(1), i, budget));
-    if (before > 0) {
+    if (before[i] > 0) {
       halves.left.rules.push_back(rule);
-      halves.left.rules.back().count = before;
+      halves.left.rules.back().count = before[i];
     }
-    // The start of the right half counts as the first of every rule there, also of one that does not make it.
-    if (*rule.count > before) {
+    if (*rule.count > before[i]) {
+      // The start of the right half counts as the first of every rule there, also of one that does not make it.
+      const bool countsAlien = halves.ruleMakesStart && with[i] == before[i];
       halves.right.rules.push_back(rule);
-      halves.right.rules.back().count = *rule.count - before + (with > before ? 0 : 1);
+      halves.right.rules.back().count = *rule.count - before[i] + (countsAlien ? 1 : 0);
     }
   }
   keepTimesIf(halves.left.added, here, Moment::min(), original);
@@ -118,6 +125,20 @@ Result<SeriesEdits::Halves> SeriesEdits::halves(const Item& series, const Series
   keepTimesIf(halves.right.added, here, original + std::chrono::microseconds(1), Moment::max());
   keepTimesIf(halves.right.excluded, here, original, Moment::max());
   return halves;
+}
+
+Result<std::optional<Moment>> SeriesEdits::nextByRule(const Item& series, Moment original) {
+  Item bare = series;
+  bare.recurrence.added.clear();
+  bare.recurrence.excluded.clear();
+  ORLOCAL_TRY(const Series rules, compiled(bare, m_core.options.viewer));
+  std::optional<Moment> next;
+  ExpansionBudget budget;
+  ORLOCAL_CHECK(rules.expand(original, Moment::max(), budget, [&](const Series::Instance& instance) {
+    if (instance.start > original) next = instance.start;
+    return !next;
+  }));
+  return next;
 }
 
 Status SeriesEdits::truncate(const Item& series, Moment original) {
@@ -231,20 +252,29 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited) {
   right.recurrenceId.reset();
   right.created = right.modified;
   right.sequence = 0;
-  if (!otherRules) {
+  right.recurrence.added = std::move(parts.right.added);
+  right.recurrence.excluded = std::move(parts.right.excluded);
+  if (otherRules && edited.recurrence.rules.empty()) {
+    // Rules taken away mean that the event happens once from here on.
+    right.recurrence = Recurrence();
+  } else if (!otherRules) {
     right.recurrence.rules = std::move(parts.right.rules);
+    if (!parts.ruleMakesStart && !right.recurrence.rules.empty()) {
+      // The rules run from a start of their own making; the added date stays an added one.
+      ORLOCAL_TRY(const auto next, nextByRule(series, original));
+      if (next) {
+        const auto length = right.end->local - right.start->local;
+        right.start = shift(here.recurrenceId(*next));
+        right.end->local = right.start->local + length;
+        right.recurrence.added.push_back(from);
+      } else {
+        right.recurrence.rules.clear();
+      }
+    }
     for (RecurrenceRule& rule : right.recurrence.rules) rule = shift(rule);
   }
-  // Rules taken away mean that the event happens once from here on.
-  if (otherRules && edited.recurrence.rules.empty()) {
-    right.recurrence = Recurrence();
-  } else {
-    right.recurrence.added = std::move(parts.right.added);
-    right.recurrence.excluded = std::move(parts.right.excluded);
-    for (CalendarTime& time : right.recurrence.added) time = shift(time);
-    for (CalendarTime& time : right.recurrence.excluded) time = shift(time);
-  }
-  // An occurrence that a changed one replaces keeps its place; its own start is no exception to itself.
+  for (CalendarTime& time : right.recurrence.added) time = shift(time);
+  for (CalendarTime& time : right.recurrence.excluded) time = shift(time);
   ORLOCAL_TRY(const Series compiledRight, compiled(right, Zone()));
   const bool repeats = !right.recurrence.empty() || !later.empty();
   ORLOCAL_CHECK(m_core.insertItem(right, repeats ? &compiledRight : nullptr, std::nullopt, false));

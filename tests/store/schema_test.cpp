@@ -1,0 +1,233 @@
+#include "store/schema.h"
+
+#include <fstream>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "store_fixture.h"
+
+namespace orlocal::store {
+namespace {
+
+using testing::HasSubstr;
+
+std::string contentOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  std::stringstream content;
+  content << stream.rdbuf();
+  return content.str();
+}
+
+mode_t modeOf(const std::filesystem::path& path) {
+  struct stat status = {};
+  stat(path.c_str(), &status);
+  return status.st_mode & 0777;
+}
+
+class StoreFile : public StoreTest {
+ protected:
+  Error refusal() {
+    auto result = CalendarStore::open(options());
+    EXPECT_FALSE(result);
+    return result ? Error() : result.error();
+  }
+  void change(const char* sql) {
+    store.reset();
+    auto database = Database::open(file, std::chrono::seconds(1));
+    ASSERT_TRUE(database->execute(sql));
+  }
+};
+
+TEST_F(StoreFile, IsMadeForTheUserAlone) {
+  store.reset();
+  file = folder / "deep" / "down" / "calendar.db";
+  store = opened();
+  EXPECT_EQ(modeOf(file), 0600u);
+  EXPECT_EQ(modeOf(folder / "deep"), 0700u);
+  EXPECT_EQ(modeOf(folder / "deep" / "down"), 0700u);
+}
+
+TEST_F(StoreFile, BeginsWithOneCalendarAndOneReminderList) {
+  const auto calendars = *store->calendars(CalendarKind::kEvents);
+  const auto lists = *store->calendars(CalendarKind::kReminders);
+  ASSERT_EQ(calendars.size(), 1u);
+  ASSERT_EQ(lists.size(), 1u);
+  EXPECT_EQ(calendars[0].title, "Calendar");
+  EXPECT_EQ(lists[0].title, "Reminders");
+  EXPECT_EQ(calendars[0].source, (*store->sources()).front().id);
+  EXPECT_EQ(defaultCalendar(CalendarKind::kReminders), lists[0].id);
+}
+
+TEST_F(StoreFile, KeepsItsCalendarsWhenItIsOpenedAgain) {
+  const std::string identifier = (*store->calendars(CalendarKind::kEvents))[0].identifier;
+  store = opened();
+  ASSERT_EQ((*store->calendars(CalendarKind::kEvents)).size(), 1u);
+  EXPECT_EQ((*store->calendars(CalendarKind::kEvents))[0].identifier, identifier);
+}
+
+TEST_F(StoreFile, WaitsForTheDiskAtEachCommit) {
+  UuidMaker uuids;
+  auto database = openStoreFile(file, std::chrono::seconds(1), uuids);
+  EXPECT_EQ(*database->integerOf("PRAGMA synchronous"), 2);
+  auto mode = database->prepare("PRAGMA journal_mode");
+  ASSERT_TRUE(*mode->step());
+  EXPECT_EQ(mode->text(0), "wal");
+}
+
+TEST_F(StoreFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
+  store.reset();
+  file = folder / "new" / "calendar.db";
+  std::vector<pid_t> children;
+  for (int i = 0; i < 8; ++i) {
+    const pid_t child = fork();
+    if (child == 0) _exit(CalendarStore::open(options()) ? 0 : 1);
+    children.push_back(child);
+  }
+  for (const pid_t child : children) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  store = opened();
+  EXPECT_EQ((*store->calendars(CalendarKind::kEvents)).size(), 1u);
+  EXPECT_EQ((*store->calendars(CalendarKind::kReminders)).size(), 1u);
+}
+
+TEST_F(StoreFile, OfANewerProgramIsRefusedUntouched) {
+  change("PRAGMA user_version = 99; PRAGMA wal_checkpoint(TRUNCATE)");
+  const std::string before = contentOf(file);
+  const Error error = refusal();
+  EXPECT_EQ(error.code, ErrorCode::kNewerFormat);
+  EXPECT_THAT(error.message, HasSubstr("99"));
+  EXPECT_EQ(contentOf(file), before);
+}
+
+TEST_F(StoreFile, IsRefusedUntouchedWhenItIsAnotherDatabase) {
+  store.reset();
+  file = folder / "other.db";
+  std::ofstream(file).close();
+  {
+    auto database = Database::open(file, std::chrono::seconds(1));
+    ASSERT_TRUE(database->execute("CREATE TABLE precious(a); INSERT INTO precious VALUES(1)"));
+  }
+  const std::string before = contentOf(file);
+  EXPECT_EQ(refusal().code, ErrorCode::kCorrupt);
+  EXPECT_EQ(contentOf(file), before);
+}
+
+TEST_F(StoreFile, IsRefusedUntouchedWhenItIsNoDatabase) {
+  store.reset();
+  file = folder / "notes.txt";
+  std::ofstream(file) << std::string(10'000, 'x');
+  const Error error = refusal();
+  EXPECT_EQ(error.code, ErrorCode::kCorrupt);
+  EXPECT_THAT(error.message, HasSubstr("notes.txt"));
+  EXPECT_EQ(contentOf(file), std::string(10'000, 'x'));
+}
+
+TEST_F(StoreFile, MayNotBeAFolder) {
+  store.reset();
+  file = folder / "sub";
+  std::filesystem::create_directory(file);
+  EXPECT_THAT(refusal().message, HasSubstr("sub"));
+}
+
+TEST_F(StoreFile, MakesUpForACreationThatWasCutShort) {
+  store.reset();
+  file = folder / "cut.db";
+  std::ofstream(file).close();
+  {
+    auto database = Database::open(file, std::chrono::seconds(1));
+    ASSERT_TRUE(database->execute("PRAGMA journal_mode=WAL"));
+  }
+  store = opened();
+  EXPECT_EQ((*store->calendars(CalendarKind::kEvents)).size(), 1u);
+}
+
+TEST_F(StoreFile, TellsThatItIsDamaged) {
+  for (int i = 0; i < 200; ++i) {
+    saved(event("event " + std::to_string(i), berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
+  }
+  change("PRAGMA wal_checkpoint(TRUNCATE)");
+  {
+    // Everything but the header and the table definitions.
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(4096);
+    const auto size = static_cast<std::size_t>(std::filesystem::file_size(file)) - 4096;
+    const std::string noise(size, '\x7f');
+    stream.write(noise.data(), static_cast<std::streamsize>(noise.size()));
+  }
+  auto damaged = CalendarStore::open(options());
+  ASSERT_TRUE(damaged);
+  EventQuery query{at("2026-11-01 00:00"), at("2026-12-01 00:00"), {1}};
+  const auto found = (*damaged)->occurrences(query);
+  ASSERT_FALSE(found);
+  EXPECT_EQ(found.error().code, ErrorCode::kCorrupt);
+}
+
+TEST_F(StoreFile, RefusesToSaveWhenItsFolderVanished) {
+  std::filesystem::rename(folder, folder.string() + "-gone");
+  Item item;
+  item.calendar = 1;
+  item.start = berlin("2026-11-02 09:00");
+  item.end = berlin("2026-11-02 10:00");
+  const auto status = store->saveEvent(item, std::nullopt, Span::kThis);
+  std::filesystem::rename(folder.string() + "-gone", folder);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kIo);
+  EXPECT_EQ(item.id, 0);
+}
+
+/// Runs as a user whom permissions bind, as they do not bind root.
+template <class Body>
+int asOrdinaryUser(const Body& body) {
+  const pid_t child = fork();
+  if (child == 0) {
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(99);
+    _exit(body());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 98;
+}
+
+TEST_F(StoreFile, CanBeReadButNotChangedWhenItIsReadOnly) {
+  saved(event("kept", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
+  store.reset();
+  std::filesystem::permissions(folder, std::filesystem::perms(0555));
+  std::filesystem::permissions(file, std::filesystem::perms(0444));
+  const int result = asOrdinaryUser([&] {
+    auto readOnly = CalendarStore::open(options());
+    if (!readOnly) return 1;
+    EventQuery query{at("2026-11-01 00:00"), at("2026-12-01 00:00"), {1}};
+    const auto found = (*readOnly)->occurrences(query);
+    if (!found || found->size() != 1) return 2;
+    if ((*readOnly)->generation() != (*readOnly)->generation()) return 5;
+    Item item = **(*readOnly)->item(found->front().item);
+    item.title = "changed";
+    const auto status = (*readOnly)->saveEvent(item, std::nullopt, Span::kThis);
+    if (status) return 3;
+    return status.error().code == ErrorCode::kReadOnly ? 0 : 4;
+  });
+  std::filesystem::permissions(folder, std::filesystem::perms(0755));
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(StoreFile, CannotBeMadeInAFolderThatMayNotBeWritten) {
+  store.reset();
+  std::filesystem::permissions(folder, std::filesystem::perms(0555));
+  file = folder / "sub" / "calendar.db";
+  const int result = asOrdinaryUser([&] {
+    const auto made = CalendarStore::open(options());
+    return !made && made.error().code == ErrorCode::kReadOnly ? 0 : 1;
+  });
+  std::filesystem::permissions(folder, std::filesystem::perms(0755));
+  EXPECT_EQ(result, 0);
+}
+
+}  // namespace
+}  // namespace orlocal::store

@@ -1,0 +1,231 @@
+#include "store/store_writer.h"
+
+#include <gmock/gmock.h>
+
+#include "store_fixture.h"
+
+namespace orlocal::store {
+namespace {
+
+using Frequency = RecurrenceRule::Frequency;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Writer : public StoreTest {
+ protected:
+  Item single(const std::string& uid = "one") {
+    Item item = event(uid, berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
+    item.uid = uid;
+    return item;
+  }
+  Item series() {
+    Item item = single("series");
+    item.recurrence.rules = {rule(Frequency::kDaily, 4)};
+    return item;
+  }
+  Item changed(const std::string& title, CalendarTime original, CalendarTime start) {
+    Item item = event(title, start, start);
+    item.end->local += 3600;
+    item.uid = "series";
+    item.recurrenceId = std::move(original);
+    return item;
+  }
+  PutOutcome put(Item& main, std::vector<Item> others = {}) {
+    auto writer = std::move(*store->startWriting());
+    const auto outcome = writer->put(main.calendar, main, others);
+    EXPECT_TRUE(outcome) << (outcome ? "" : outcome.error().message);
+    EXPECT_TRUE(writer->commit());
+    return outcome.value_or(PutOutcome::kUnchanged);
+  }
+  std::vector<std::string> everything() { return listed(std::nullopt, std::nullopt); }
+};
+
+TEST_F(Writer, SaysWhatBecameOfAnItem) {
+  Item item = single();
+  EXPECT_EQ(put(item), PutOutcome::kNew);
+  const Item first = item;
+  EXPECT_EQ(put(item), PutOutcome::kUnchanged);
+  item.title = "other";
+  EXPECT_EQ(put(item), PutOutcome::kUpdated);
+  EXPECT_EQ(item.id, first.id);
+  EXPECT_EQ(item.identifier, first.identifier);
+  EXPECT_THAT(everything(), ElementsAre("2026-11-02 09:00 other"));
+}
+
+TEST_F(Writer, LeavesNoTraceWithoutACommit) {
+  {
+    auto writer = std::move(*store->startWriting());
+    Item item = single();
+    std::vector<Item> none;
+    ASSERT_TRUE(writer->put(item.calendar, item, none));
+    Calendar calendar;
+    calendar.title = "Made";
+    ASSERT_TRUE(writer->makeCalendar(calendar));
+  }
+  EXPECT_THAT(everything(), IsEmpty());
+  EXPECT_EQ((*store->calendars(CalendarKind::kEvents)).size(), 1u);
+  Item item = single();
+  EXPECT_EQ(put(item), PutOutcome::kNew);
+}
+
+TEST_F(Writer, KeepsTheSameUidApartByCalendar) {
+  const Calendar work = madeCalendar("Work");
+  Item here = single(), there = single();
+  there.calendar = work.id;
+  put(here);
+  EXPECT_EQ(put(there), PutOutcome::kNew);
+  EXPECT_NE(here.identifier, there.identifier);
+  EXPECT_EQ(everything().size(), 2u);
+}
+
+TEST_F(Writer, PutsChangedOccurrencesInPlaceOfTheOriginals) {
+  Item main = series();
+  const Item other = changed("moved", utc("2026-11-03 08:00"), berlin("2026-11-03 15:00"));
+  EXPECT_EQ(put(main, {other}), PutOutcome::kNew);
+  EXPECT_THAT(everything(), ElementsAre("2026-11-02 09:00 series", "2026-11-03 15:00 moved", "2026-11-04 09:00 series",
+                                        "2026-11-05 09:00 series"));
+  EXPECT_EQ(put(main, {other}), PutOutcome::kUnchanged);
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt)[1].originalStart, at("2026-11-03 09:00"));
+}
+
+TEST_F(Writer, MatchesChangedOccurrencesWrittenAsDates) {
+  Item main = series();
+  put(main, {changed("moved", day("2026-11-03"), berlin("2026-11-03 15:00"))});
+  EXPECT_EQ(everything().size(), 4u);
+}
+
+TEST_F(Writer, RemovesChangedOccurrencesThatAreNoLongerGiven) {
+  Item main = series();
+  put(main, {changed("moved", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"))});
+  EXPECT_EQ(put(main), PutOutcome::kUpdated);
+  EXPECT_THAT(everything(), ElementsAre("2026-11-02 09:00 series", "2026-11-03 09:00 series", "2026-11-04 09:00 series",
+                                        "2026-11-05 09:00 series"));
+}
+
+TEST_F(Writer, TakesTheLaterOfTwoChangesOfOneOccurrence) {
+  Item main = series();
+  put(main, {changed("first", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00")),
+             changed("second", berlin("2026-11-03 09:00"), berlin("2026-11-03 16:00"))});
+  EXPECT_EQ(everything().size(), 4u);
+  EXPECT_EQ(everything()[1], "2026-11-03 16:00 second");
+}
+
+TEST_F(Writer, KeepsAChangedOccurrenceWithoutItsSeries) {
+  Item stray = changed("stray", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"));
+  EXPECT_EQ(put(stray), PutOutcome::kNew);
+  EXPECT_EQ(put(stray), PutOutcome::kUnchanged);
+  EXPECT_THAT(everything(), ElementsAre("2026-11-03 15:00 stray"));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt)[0].originalStart, at("2026-11-03 09:00"));
+  EXPECT_NE(*store->event(stray.identifier), nullptr);
+}
+
+TEST_F(Writer, GivesAStrayToItsSeriesWhenThatComes) {
+  Item stray = changed("stray", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"));
+  put(stray);
+  Item main = series();
+  put(main, {changed("stray", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"))});
+  EXPECT_EQ(everything().size(), 4u);
+  EXPECT_EQ(read(stray.id).series, main.id);
+  EXPECT_EQ(read(stray.id).identifier, main.identifier);
+  EXPECT_EQ(read(stray.id).itemIdentifier, stray.itemIdentifier);
+}
+
+TEST_F(Writer, LetsAChangedOccurrenceJoinASeriesThatIsThere) {
+  Item main = series();
+  put(main);
+  Item late = changed("late", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"));
+  EXPECT_EQ(put(late), PutOutcome::kNew);
+  EXPECT_EQ(late.series, main.id);
+  EXPECT_EQ(everything().size(), 4u);
+}
+
+TEST_F(Writer, ReplacesTheOnlyOccurrenceOfASingleEvent) {
+  Item main = single("series");
+  const Item other = changed("moved", berlin("2026-11-02 09:00"), berlin("2026-11-02 15:00"));
+  put(main, {other});
+  EXPECT_THAT(everything(), ElementsAre("2026-11-02 15:00 moved"));
+  EXPECT_EQ(put(main, {other}), PutOutcome::kUnchanged);
+  put(main);
+  EXPECT_THAT(everything(), ElementsAre("2026-11-02 09:00 series"));
+}
+
+TEST_F(Writer, RefusesItemsOfTheWrongKind) {
+  auto writer = std::move(*store->startWriting());
+  Item item = single();
+  std::vector<Item> none;
+  const auto refused = writer->put(defaultCalendar(CalendarKind::kReminders), item, none);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().code, ErrorCode::kInvalid);
+  EXPECT_FALSE(writer->put(99, item, none));
+}
+
+TEST_F(Writer, FindsAndMakesCalendars) {
+  auto writer = std::move(*store->startWriting());
+  EXPECT_FALSE(*writer->calendarTitled(CalendarKind::kEvents, "Work"));
+  Calendar calendar;
+  calendar.title = "Work";
+  calendar.readOnly = true;
+  ASSERT_TRUE(writer->makeCalendar(calendar));
+  EXPECT_EQ(*writer->calendarTitled(CalendarKind::kEvents, "Work"), calendar);
+  EXPECT_FALSE(*writer->calendarTitled(CalendarKind::kReminders, "Work"));
+}
+
+TEST_F(Writer, WritesIntoCalendarsThatAllowNoChanges) {
+  auto writer = std::move(*store->startWriting());
+  Calendar calendar;
+  calendar.title = "Feed";
+  calendar.readOnly = calendar.subscribed = true;
+  ASSERT_TRUE(writer->makeCalendar(calendar));
+  Item item = single();
+  std::vector<Item> none;
+  EXPECT_TRUE(writer->put(calendar.id, item, none));
+}
+
+TEST_F(Writer, KeepsContactsAndFindsThemWithoutCase) {
+  auto writer = std::move(*store->startWriting());
+  Contact contact{"c1", "Ärne", {"Arne@Example.org", "ÄRNE@example.org"}, "Weg 1, Ort"};
+  EXPECT_EQ(*writer->putContact(contact), PutOutcome::kNew);
+  EXPECT_EQ(*writer->putContact(contact), PutOutcome::kUnchanged);
+  contact.address = "Weg 2, Ort";
+  EXPECT_EQ(*writer->putContact(contact), PutOutcome::kUpdated);
+  ASSERT_TRUE(writer->commit());
+  writer.reset();
+  EXPECT_EQ(**store->addressOf("arne@EXAMPLE.ORG"), "Weg 2, Ort");
+  EXPECT_EQ(**store->addressOf("ärne@example.org"), "Weg 2, Ort");
+  EXPECT_FALSE(*store->addressOf("bert@example.org"));
+}
+
+TEST_F(Writer, KeepsPrivateZonesForOtherProcesses) {
+  const std::string text =
+      "BEGIN:VTIMEZONE\r\nTZID:Moon\r\nBEGIN:STANDARD\r\nDTSTART:19700101T000000\r\nTZOFFSETFROM:+0530\r\n"
+      "TZOFFSETTO:+0530\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n";
+  auto writer = std::move(*store->startWriting());
+  ASSERT_TRUE(writer->putZone("Moon", text));
+  Item item = single();
+  item.start = CalendarTime{CalendarTime::Kind::kZoned, local("2026-11-02 12:00"), "Moon"};
+  item.end = item.start;
+  std::vector<Item> none;
+  ASSERT_TRUE(writer->put(item.calendar, item, none));
+  ASSERT_TRUE(writer->commit());
+  writer.reset();
+  EXPECT_EQ(**store->privateZone("Moon"), text);
+  EXPECT_FALSE(*store->privateZone("Mars"));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt)[0].start, Zone().toMoment(local("2026-11-02 06:30")));
+}
+
+TEST_F(Writer, VisitsSeriesWithTheirChangedOccurrences) {
+  Item first = single(), main = series();
+  put(first);
+  put(main, {changed("b", berlin("2026-11-04 09:00"), berlin("2026-11-04 15:00")),
+             changed("a", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"))});
+  std::vector<std::string> visited;
+  ASSERT_TRUE(store->forEachItem(first.calendar, [&](const Item& item, const std::vector<Item>& others) -> Status {
+    visited.push_back(*item.title);
+    for (const Item& other : others) visited.push_back("  " + *other.title);
+    return {};
+  }));
+  EXPECT_THAT(visited, ElementsAre("one", "series", "  a", "  b"));
+}
+
+}  // namespace
+}  // namespace orlocal::store
