@@ -160,7 +160,9 @@ TEST_F(LegacyRecurrence, AWeekBelowMinusOneIsNoNthWeekday) {
   wishes.daysOfTheMonth = Numbers{1};
   wishes.dayOfTheWeek = 3;
   wishes.weekOfTheMonth = -2;
-  EXPECT_THAT(makeRecurrenceRule(*framework, "monthly", wishes)->daysOfTheMonth(), testing::ElementsAre(1));
+  const auto made = makeRecurrenceRule(*framework, "monthly", wishes);
+  ASSERT_TRUE(made);
+  EXPECT_THAT(made->daysOfTheMonth(), testing::ElementsAre(1));
 }
 
 // Removing
