@@ -20,6 +20,7 @@ Calendar calendarOf(const Statement& row) {
   calendar.subscribed = row.integer(10) != 0;
   calendar.immutable = row.integer(11) != 0;
   calendar.type = static_cast<Source::Type>(row.integer(12));
+  if (!row.isNull(13)) calendar.notes = row.text(13);
   return calendar;
 }
 
@@ -31,7 +32,8 @@ void bindValues(Statement& statement, const Calendar& calendar) {
     statement.bind(4, calendar.color->red).bind(5, calendar.color->green).bind(6, calendar.color->blue);
   }
   statement.bind(7, calendar.order).bind(8, std::int64_t{calendar.readOnly});
-  statement.bind(9, std::int64_t{calendar.subscribed}).bind(10, std::int64_t{calendar.immutable});
+  statement.bind(9, std::int64_t{calendar.subscribed}).bind(10, std::int64_t{calendar.immutable}).bindNull(11);
+  if (calendar.notes) statement.bind(11, std::string_view(*calendar.notes));
 }
 
 }  // namespace
@@ -100,7 +102,7 @@ Result<std::optional<Calendar>> CalendarRows::forNewItems(CalendarKind kind) {
 Status CalendarRows::insert(Calendar& calendar, const Uuid& uuid) {
   Statement& insert = m_insert.in(m_database);
   bindValues(insert, calendar);
-  ORLOCAL_CHECK(insert.bindBlob(11, uuid.bytes()).run());
+  ORLOCAL_CHECK(insert.bindBlob(12, uuid.bytes()).run());
   calendar.id = m_database.lastInsertId();
   calendar.identifier = uuid.text();
   return {};
@@ -109,7 +111,7 @@ Status CalendarRows::insert(Calendar& calendar, const Uuid& uuid) {
 Status CalendarRows::update(const Calendar& calendar) {
   Statement& update = m_update.in(m_database);
   bindValues(update, calendar);
-  return update.bind(11, calendar.id).run();
+  return update.bind(12, calendar.id).run();
 }
 
 Status CalendarRows::remove(CalendarId id) { return m_remove.in(m_database).bind(1, id).run(); }

@@ -42,7 +42,7 @@ class CalendarRows {
   LazyStatement m_sources{"SELECT id, uuid, type, title FROM sources ORDER BY id"};
 #define ORLOCAL_CALENDAR_COLUMNS                                                                      \
   "SELECT c.id, c.uuid, c.kind, c.source, c.title, c.red, c.green, c.blue, c.position, c.read_only, " \
-  "c.subscribed, c.immutable, s.type FROM calendars c LEFT JOIN sources s ON s.id = c.source "
+  "c.subscribed, c.immutable, s.type, c.notes FROM calendars c LEFT JOIN sources s ON s.id = c.source "
   LazyStatement m_ofKind{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? ORDER BY c.position, c.id"};
   LazyStatement m_withId{ORLOCAL_CALENDAR_COLUMNS "WHERE c.id = ?"};
   LazyStatement m_withUuid{ORLOCAL_CALENDAR_COLUMNS "WHERE c.uuid = ?"};
@@ -50,12 +50,12 @@ class CalendarRows {
   LazyStatement m_forNewItems{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? AND NOT c.read_only ORDER BY c.id LIMIT 1"};
 #undef ORLOCAL_CALENDAR_COLUMNS
   LazyStatement m_insert{
-      "INSERT INTO calendars(kind, source, title, red, green, blue, position, read_only, subscribed, immutable, uuid) "
-      "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
+      "INSERT INTO calendars(kind, source, title, red, green, blue, position, read_only, subscribed, immutable, notes, "
+      "uuid) "
+      "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
   LazyStatement m_update{
-      "UPDATE calendars SET kind = ?, source = ?, title = ?, red = ?, green = ?, blue = ?, position = ?, read_only = "
-      "?, "
-      "subscribed = ?, immutable = ? WHERE id = ?"};
+      "UPDATE calendars SET kind = ?, source = ?, title = ?, red = ?, green = ?, blue = ?, position = ?, "
+      "read_only = ?, subscribed = ?, immutable = ?, notes = ? WHERE id = ?"};
   LazyStatement m_remove{"DELETE FROM calendars WHERE id = ?"};
 };
 

@@ -42,6 +42,7 @@ struct Calendar {
   SourceId source = 0;
   Source::Type type = Source::Type::kLocal;  ///< of its source
   std::string title;
+  std::optional<std::string> notes;
   std::optional<Rgb> color;
   std::int64_t order = 0;  ///< place among its kind; then by id
   bool readOnly = false;   ///< allows no content changes

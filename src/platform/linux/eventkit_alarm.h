@@ -31,6 +31,9 @@ class AlarmObject final : public EKAlarm {
   int type() const override { return static_cast<int>(m_alarm.action); }
   std::optional<Date> creationDate() const override { return m_made; }
 
+  /// Names the action, which otherwise follows from what was set last.
+  void setAction(store::Alarm::Action action) { m_alarm.action = action; }
+
   /// For the store; `anchorIsEnd` says whether the item's anchor is its end.
   store::Alarm stored(bool anchorIsEnd) const;
 

@@ -37,6 +37,10 @@ class CalendarObject final : public EKCalendar {
   std::shared_ptr<EKSource> source() const override;
   void setSource(std::shared_ptr<EKSource> source) override;
 
+  // Notes, which the older platform's calendars have, too.
+  const OptionalText& notes() const { return m_calendar.notes; }
+  void setNotes(const OptionalText& notes) { m_calendar.notes = notes; }
+
   const store::Calendar& stored() const { return m_calendar; }
   /// What a save made of it.
   void adopt(store::Calendar saved) { m_calendar = std::move(saved); }

@@ -42,6 +42,7 @@ class EventArray final : public EKEventArray {
       : m_access(std::move(access)), m_occurrences(std::move(occurrences)) {}
   std::size_t count() const override { return m_occurrences.size(); }
   std::shared_ptr<EKEvent> objectAtIndex(std::size_t index) const override;
+  const std::vector<store::Occurrence>& occurrences() const { return m_occurrences; }
 
  private:
   std::shared_ptr<StoreAccess> m_access;

@@ -7,7 +7,6 @@
 #include "platform/bundle_strings.h"
 #include "platform/calendar_store.h"
 #include "platform/eventkit.h"
-#include "platform/exception.h"
 #include "platform/linux/bundle_strings_linux.h"
 #include "platform/linux/external_changes_linux.h"
 #include "platform/linux/notification_center_linux.h"
@@ -25,7 +24,9 @@ class LinuxPlatform final : public Platform {
   EventKit& eventKit() override {
     return lazily(m_eventKit, [this] { return makeEventKit(access()); });
   }
-  CalendarStoreFramework& calendarStore() override { missing("the older calendar store"); }
+  CalendarStoreFramework& calendarStore() override {
+    return lazily(m_calendarStore, [this] { return makeCalendarStoreFramework(access()); });
+  }
   AddressBook& addressBook() override {
     return lazily(m_addressBook, [this] { return makeAddressBook(access()); });
   }
@@ -51,10 +52,6 @@ class LinuxPlatform final : public Platform {
     return *part;
   }
 
-  [[noreturn]] static void missing(const std::string& what) {
-    throw Exception("NSInvalidArgumentException", what + " is not offered on this system");
-  }
-
   const std::shared_ptr<StoreAccess>& access() {
     if (!m_access) m_access = std::make_shared<StoreAccess>();
     return m_access;
@@ -73,6 +70,7 @@ class LinuxPlatform final : public Platform {
   std::shared_ptr<StoreAccess> m_access;
   std::unique_ptr<ExternalChanges> m_externalChanges;
   std::unique_ptr<EventKit> m_eventKit;
+  std::unique_ptr<CalendarStoreFramework> m_calendarStore;
   std::unique_ptr<AddressBook> m_addressBook;
   std::unique_ptr<SystemVersion> m_systemVersion;
   std::unique_ptr<BundleStrings> m_bundleStrings;

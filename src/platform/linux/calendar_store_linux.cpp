@@ -1,0 +1,248 @@
+#include "platform/linux/calendar_store_linux.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/calendar_store_linux_items.h"
+#include "platform/linux/eventkit_query.h"
+
+namespace orlocal {
+namespace {
+
+/// A query of the current platform, with what it narrows further.
+struct StoredPredicate final : CalPredicate {
+  std::shared_ptr<const EKPredicate> asked;
+  std::optional<std::string> uid;
+  /// The occurrences of `uid` in `narrowed`, which is good until the store changes.
+  mutable std::shared_ptr<const EKEventArray> narrowed, answer;
+};
+
+std::shared_ptr<const CalPredicate> predicate(std::shared_ptr<const EKPredicate> asked,
+                                              std::optional<std::string> uid = std::nullopt) {
+  if (!asked) return nullptr;
+  auto made = std::make_shared<StoredPredicate>();
+  made->asked = std::move(asked);
+  made->uid = std::move(uid);
+  return made;
+}
+
+/// The answer to a query in the shape of the older platform; its objects are made when they are asked for.
+template <class Array, class Source, class Face, class Object>
+class FaceArray final : public Array {
+ public:
+  FaceArray(std::shared_ptr<StoreAccess> access, std::shared_ptr<const Source> source)
+      : m_access(std::move(access)), m_source(std::move(source)) {}
+  std::size_t count() const override { return m_source->count(); }
+  auto objectAtIndex(std::size_t index) const -> decltype(Array::objectAtIndex(index)) override {
+    auto object = std::dynamic_pointer_cast<Object>(m_source->objectAtIndex(index));
+    return object ? std::make_shared<Face>(m_access, std::move(object)) : nullptr;
+  }
+
+ private:
+  std::shared_ptr<StoreAccess> m_access;
+  std::shared_ptr<const Source> m_source;
+};
+using CalEventFaces = FaceArray<CalEventArray, EKEventArray, CalEventObject, EventObject>;
+using CalTaskFaces = FaceArray<CalTaskArray, EKReminderArray, CalTaskObject, ReminderObject>;
+
+EKCalendarArray stored(const CalCalendarArray& calendars) {
+  EKCalendarArray result;
+  for (const auto& calendar : calendars) {
+    if (const auto ours = std::dynamic_pointer_cast<CalCalendarObject>(calendar)) result.push_back(ours->calendar());
+  }
+  return result;
+}
+
+/// What `object` is a face of; null for anything that this platform did not make.
+template <class Face, class Interface>
+auto storedObject(const std::shared_ptr<Interface>& object) {
+  const auto ours = std::dynamic_pointer_cast<Face>(object);
+  return ours ? ours->object() : nullptr;
+}
+
+std::shared_ptr<CalendarObject> storedObject(const std::shared_ptr<CalCalendar>& calendar) {
+  const auto ours = std::dynamic_pointer_cast<CalCalendarObject>(calendar);
+  return ours ? ours->calendar() : nullptr;
+}
+
+EKSpan spanOf(CalSpan span) { return span == CalSpan::kThisEvent ? EKSpan::kThisEvent : EKSpan::kFutureEvents; }
+
+}  // namespace
+
+CalCalendarArray CalendarStoreObject::calendars() {
+  CalCalendarArray result;
+  for (const auto type : {EKEntityType::kEvent, EKEntityType::kReminder}) {
+    for (const auto& calendar : m_store.calendarsForEntityType(type)) {
+      result.push_back(std::make_shared<CalCalendarObject>(std::dynamic_pointer_cast<CalendarObject>(calendar)));
+    }
+  }
+  return result;
+}
+
+std::shared_ptr<CalCalendar> CalendarStoreObject::calendarWithUID(std::string_view uid) {
+  auto calendar = std::dynamic_pointer_cast<CalendarObject>(m_store.calendarWithIdentifier(uid));
+  return calendar ? std::make_shared<CalCalendarObject>(std::move(calendar)) : nullptr;
+}
+
+std::shared_ptr<CalEvent> CalendarStoreObject::eventWithUID(std::string_view uid, std::optional<Date> occurrence) {
+  if (occurrence) {
+    const auto event = orThrow(m_access->store().event(uid));
+    return event ? occurrenceOf(*event, *occurrence) : nullptr;
+  }
+  auto first = std::dynamic_pointer_cast<EventObject>(m_store.eventWithIdentifier(uid));
+  return first ? std::make_shared<CalEventObject>(m_access, std::move(first)) : nullptr;
+}
+
+std::shared_ptr<CalEvent> CalendarStoreObject::occurrenceOf(const store::Item& event, Date originalStart) {
+  const store::EventQuery queries[] = {
+      {originalStart, originalStart + std::chrono::seconds(1), {event.calendar}},
+      {std::nullopt, std::nullopt, {event.calendar}},  // a changed occurrence may have moved anywhere
+  };
+  for (const auto& query : queries) {
+    for (const auto& found : orThrow(m_access->store().occurrences(query))) {
+      if (found.event != event.id || found.originalStart != originalStart) continue;
+      auto row = orThrow(m_access->store().item(found.item));
+      if (!row) return nullptr;
+      return std::make_shared<CalEventObject>(m_access, std::make_shared<EventObject>(m_access, std::move(row), found));
+    }
+  }
+  return nullptr;
+}
+
+std::shared_ptr<CalTask> CalendarStoreObject::taskWithUID(std::string_view uid) {
+  auto task = std::dynamic_pointer_cast<ReminderObject>(m_store.calendarItemWithIdentifier(uid));
+  return task ? std::make_shared<CalTaskObject>(m_access, std::move(task)) : nullptr;
+}
+
+std::shared_ptr<const CalPredicate> CalendarStoreObject::eventPredicateWithStartDate(
+    Date start, Date end, const CalCalendarArray& calendars) {
+  return predicate(m_store.predicateForEvents(start, end, stored(calendars)));
+}
+
+std::shared_ptr<const CalPredicate> CalendarStoreObject::eventPredicateWithStartDate(
+    Date start, Date end, std::string_view uid, const CalCalendarArray& calendars) {
+  return predicate(m_store.predicateForEvents(start, end, stored(calendars)), std::string(uid));
+}
+
+std::shared_ptr<const CalPredicate> CalendarStoreObject::taskPredicateWithCalendars(const CalCalendarArray& calendars) {
+  return predicate(m_store.predicateForRemindersInCalendars(stored(calendars)));
+}
+
+std::shared_ptr<const CalPredicate> CalendarStoreObject::taskPredicateWithUncompletedTasks(
+    const CalCalendarArray& calendars) {
+  return predicate(m_store.predicateForIncompleteReminders(std::nullopt, std::nullopt, stored(calendars)));
+}
+
+std::shared_ptr<const CalPredicate> CalendarStoreObject::taskPredicateWithUncompletedTasksDueBefore(
+    std::optional<Date> date, const CalCalendarArray& calendars) {
+  if (!date) return nullptr;
+  return predicate(m_store.predicateForIncompleteReminders(std::nullopt, date, stored(calendars)));
+}
+
+std::shared_ptr<const CalPredicate> CalendarStoreObject::taskPredicateWithTasksCompletedSince(
+    std::optional<Date> date, const CalCalendarArray& calendars) {
+  if (!date) return nullptr;
+  return predicate(m_store.predicateForCompletedReminders(date, std::nullopt, stored(calendars)));
+}
+
+std::shared_ptr<const CalEventArray> CalendarStoreObject::eventsWithPredicate(
+    const std::shared_ptr<const CalPredicate>& predicate) {
+  const auto* asked = dynamic_cast<const StoredPredicate*>(predicate.get());
+  if (!asked) return nullptr;
+  auto events = m_store.eventsMatchingPredicate(asked->asked);
+  if (events && asked->uid) {
+    if (asked->narrowed != events) {
+      const auto event = orThrow(m_access->store().event(*asked->uid));
+      std::vector<store::Occurrence> own;
+      const auto& all = dynamic_cast<const EventArray&>(*events).occurrences();
+      std::ranges::copy_if(all, std::back_inserter(own),
+                           [&](const store::Occurrence& each) { return event && each.event == event->id; });
+      asked->answer = std::make_shared<const EventArray>(m_access, std::move(own));
+      asked->narrowed = std::move(events);
+    }
+    events = asked->answer;
+  }
+  return events ? std::make_shared<const CalEventFaces>(m_access, std::move(events)) : nullptr;
+}
+
+std::shared_ptr<const CalTaskArray> CalendarStoreObject::tasksWithPredicate(
+    const std::shared_ptr<const CalPredicate>& predicate) {
+  const auto* asked = dynamic_cast<const StoredPredicate*>(predicate.get());
+  std::shared_ptr<const CalTaskArray> tasks;
+  // The store here delivers at once.
+  m_store.fetchRemindersMatchingPredicate(asked ? asked->asked : nullptr,
+                                          [&](const std::shared_ptr<const EKReminderArray>& reminders) {
+                                            if (reminders)
+                                              tasks = std::make_shared<const CalTaskFaces>(m_access, reminders);
+                                          });
+  return tasks;
+}
+
+bool CalendarStoreObject::saveCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
+  const auto ours = storedObject(calendar);
+  // The older platform has no sources to choose from: a new calendar comes where new events go.
+  if (ours && !ours->source()) {
+    if (const auto usual = m_store.defaultCalendarForNewEvents()) ours->setSource(usual->source());
+  }
+  return m_store.saveCalendar(ours, true, error);
+}
+
+bool CalendarStoreObject::saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
+  const auto ours = storedObject<CalEventObject>(event);
+  if (ours && span == CalSpan::kAllEvents && ours->occurrenceOfSeries()) return saveWholeSeries(ours, error);
+  return m_store.saveEvent(ours, spanOf(span), true, error);
+}
+
+bool CalendarStoreObject::saveWholeSeries(const std::shared_ptr<EventObject>& edited, std::optional<Error>& error) {
+  const auto first =
+      std::dynamic_pointer_cast<EventObject>(m_store.eventWithIdentifier(edited->eventIdentifier().value_or("")));
+  if (!first) {
+    error = Error{.localizedDescription = "The event is no longer in the calendar store.",
+                  .localizedFailureReason = std::nullopt};
+    return false;
+  }
+  const auto opened = edited->occurrenceOfSeries();
+  if (!first->startDate() || !first->endDate() || !edited->startDate() || !edited->endDate()) {
+    return m_store.saveEvent(edited, EKSpan::kFutureEvents, true, error);  // refused there, with the reason
+  }
+  // The first occurrence takes over what was edited, moved by as much as the edited one was moved.
+  first->setStartDate(*first->startDate() + (*edited->startDate() - opened->start));
+  first->setEndDate(*first->startDate() + (*edited->endDate() - *edited->startDate()));
+  first->setAllDay(edited->isAllDay());
+  first->setCalendar(edited->calendar());
+  first->setTitle(edited->title());
+  first->setNotes(edited->notes());
+  first->setUrl(edited->url());
+  first->setLocation(edited->location());
+  first->setRecurrenceRules(edited->recurrenceRules());
+  for (const auto& alarm : first->alarms()) first->removeAlarm(alarm);
+  for (const auto& alarm : edited->alarms()) first->addAlarm(alarm);
+  return m_store.saveEvent(first, EKSpan::kFutureEvents, true, error);
+}
+
+bool CalendarStoreObject::saveTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
+  return m_store.saveReminder(storedObject<CalTaskObject>(task), true, error);
+}
+
+bool CalendarStoreObject::removeCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
+  return m_store.removeCalendar(storedObject(calendar), true, error);
+}
+
+bool CalendarStoreObject::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span,
+                                      std::optional<Error>& error) {
+  const auto ours = storedObject<CalEventObject>(event);
+  if (ours && span == CalSpan::kAllEvents) {
+    const auto series = orThrow(m_access->store().event(ours->eventIdentifier().value_or("")));
+    if (series) return succeeded(m_access->store().removeEvent(*series, std::nullopt, store::Span::kFuture), error);
+  }
+  return m_store.removeEvent(ours, spanOf(span), true, error);
+}
+
+bool CalendarStoreObject::removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
+  return m_store.removeReminder(storedObject<CalTaskObject>(task), true, error);
+}
+
+}  // namespace orlocal

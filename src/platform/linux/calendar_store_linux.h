@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "platform/calendar_store.h"
+#include "platform/linux/eventkit_store.h"
+#include "platform/linux/store_access.h"
+
+namespace orlocal {
+
+class EventObject;
+
+/// The older platform's calendar store over ours: another face of the current platform's.
+///
+/// Calendars are the event calendars and then the reminder lists; a new one holds events.
+class CalendarStoreObject final : public CalCalendarStore {
+ public:
+  explicit CalendarStoreObject(std::shared_ptr<StoreAccess> access) : m_access(access), m_store(std::move(access)) {}
+
+  CalCalendarArray calendars() override;
+  std::shared_ptr<CalCalendar> calendarWithUID(std::string_view uid) override;
+  std::shared_ptr<CalEvent> eventWithUID(std::string_view uid, std::optional<Date> occurrence) override;
+  std::shared_ptr<CalTask> taskWithUID(std::string_view uid) override;
+
+  std::shared_ptr<const CalPredicate> eventPredicateWithStartDate(Date start, Date end,
+                                                                  const CalCalendarArray& calendars) override;
+  std::shared_ptr<const CalPredicate> eventPredicateWithStartDate(Date start, Date end, std::string_view uid,
+                                                                  const CalCalendarArray& calendars) override;
+  std::shared_ptr<const CalPredicate> taskPredicateWithCalendars(const CalCalendarArray& calendars) override;
+  std::shared_ptr<const CalPredicate> taskPredicateWithUncompletedTasks(const CalCalendarArray& calendars) override;
+  std::shared_ptr<const CalPredicate> taskPredicateWithUncompletedTasksDueBefore(
+      std::optional<Date> date, const CalCalendarArray& calendars) override;
+  std::shared_ptr<const CalPredicate> taskPredicateWithTasksCompletedSince(std::optional<Date> date,
+                                                                           const CalCalendarArray& calendars) override;
+  std::shared_ptr<const CalEventArray> eventsWithPredicate(
+      const std::shared_ptr<const CalPredicate>& predicate) override;
+  std::shared_ptr<const CalTaskArray> tasksWithPredicate(const std::shared_ptr<const CalPredicate>& predicate) override;
+
+  bool saveCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) override;
+  bool saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) override;
+  bool saveTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) override;
+  bool removeCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) override;
+  bool removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) override;
+  bool removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) override;
+
+ private:
+  std::shared_ptr<CalEvent> occurrenceOf(const store::Item& event, Date originalStart);
+  bool saveWholeSeries(const std::shared_ptr<EventObject>& edited, std::optional<Error>& error);
+
+  std::shared_ptr<StoreAccess> m_access;
+  EventStoreObject m_store;
+};
+
+}  // namespace orlocal
