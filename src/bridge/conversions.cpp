@@ -82,7 +82,7 @@ std::optional<Date> dateArgument(const HostArguments& arguments, std::uint32_t p
 
 void AssignStringResult(std::string_view text, fmx::Data* result) {
   HostText hostText;
-  hostText.assignUnicode(utf16FromUtf8(text).c_str());
+  hostText.assignUnicode(text);
   setText(result, hostText);
 }
 

@@ -22,7 +22,7 @@ fmx::ErrorCode Orlo_GetLastError(std::int16_t, const fmx::ExprEnv*, const fmx::D
   // Only the older back end is asked for words of its own; under the other its reason stays unsaid.
   const OptionalText reason = g_sharedFunctions != nullptr ? g_sharedFunctions->getLastErrorString() : std::nullopt;
   if (reason) {
-    text.assignUnicode(utf16FromUtf8(*reason).c_str());
+    text.assignUnicode(std::string_view(*reason));
   } else if (error != nullptr) {
     text.assign(error->getError().c_str());
   }

@@ -1,3 +1,5 @@
+#include <string_view>
+
 #include "backend/error_codes.h"
 #include "bridge/function_table.h"
 #include "bridge/plugin_error.h"
@@ -8,15 +10,13 @@ namespace {
 
 constexpr const char* kVersion = "3.0.0.1";
 constexpr const char* kNameAndVersion = "Orlocal 3.0.0.1";
-constexpr const char* kShort = "SHORT";
+constexpr std::u16string_view kShort = u"SHORT";
 
-bool asksForShortForm(const fmx::Text* argument) {
-  HostText wanted;
-  wanted.assign(argument);
-  wanted.uppercase();
-  HostText keyword;
-  keyword.assign(kShort);
-  return wanted == keyword;
+/// `scratch` serves for the upper-cased copy.
+bool asksForShortForm(const fmx::Text* argument, HostText& scratch) {
+  scratch.assign(argument);
+  scratch.uppercase();
+  return scratch == kShort;
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ fmx::ErrorCode Orlo_Version(std::int16_t, const fmx::ExprEnv*, const fmx::DataVe
     const HostLocale systemLocale(fmx::kLocaleSystem);
     setText(result, version, systemLocale.get());
   } else {
-    version.assign(asksForShortForm(arguments.textAt(0)) ? kVersion : kNameAndVersion);
+    version.assign(asksForShortForm(arguments.textAt(0), version) ? kVersion : kNameAndVersion);
     setText(result, version, arguments.localeAt(0));
   }
   return 0;

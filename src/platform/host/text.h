@@ -4,34 +4,12 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/host/call.h"
 #include "platform/text.h"
 
 namespace orlocal {
-
-/// A text of the host that we own. Empty when made.
-class HostText : public HostOwned<fmx::Text, &fmx::FM_Text_Delete> {
- public:
-  HostText() : HostOwned(hostCall<fmx::FM_Text_Constructor1>()) {}
-
-  /// NUL-ended bytes in the system's encoding.
-  void assign(const char* bytes) { hostCall<fmx::FM_Text_Assign>(get(), bytes, fmx::kEncodingNative); }
-  void assignUtf8(const char* bytes) { hostCall<fmx::FM_Text_Assign>(get(), bytes, fmx::kEncodingUtf8); }
-  /// NUL-ended UTF-16.
-  void assignUnicode(const char16_t* units) { hostCall<fmx::FM_Text_AssignUnicode>(get(), units); }
-  /// All of `other`.
-  void assign(const fmx::Text* other) { hostCall<fmx::FM_Text_SetText>(get(), other, 0U, fmx::kSizeEnd); }
-
-  void uppercase() { hostCall<fmx::FM_Text_Uppercase>(get()); }
-  bool operator==(const HostText& other) const { return hostCall<fmx::FM_Text_operatorEQ>(get(), other.get()); }
-
-  /// Deletes from the first `separator` to the end; leaves a text without one as it is.
-  void cutAt(const HostText& separator) {
-    const auto position = hostCall<fmx::FM_Text_Find>(get(), separator.get(), 0U);
-    if (position != fmx::kSizeInvalid) hostCall<fmx::FM_Text_DeleteText>(get(), position, fmx::kSizeEnd);
-  }
-};
 
 /// UTF-16 units: short texts on the stack, longer ones on the heap.
 class UnitBuffer {
@@ -44,6 +22,48 @@ class UnitBuffer {
  private:
   std::array<char16_t, 256> m_short;
   std::unique_ptr<char16_t[]> m_long;
+};
+
+/// A text of the host that we own. Empty when made.
+class HostText : public HostOwned<fmx::Text, &fmx::FM_Text_Delete> {
+ public:
+  HostText() : HostOwned(hostCall<fmx::FM_Text_Constructor1>()) {}
+
+  /// NUL-ended bytes in the system's encoding.
+  void assign(const char* bytes) { hostCall<fmx::FM_Text_Assign>(get(), bytes, fmx::kEncodingNative); }
+  void assignUtf8(const char* bytes) { hostCall<fmx::FM_Text_Assign>(get(), bytes, fmx::kEncodingUtf8); }
+  /// NUL-ended UTF-16.
+  void assignUnicode(const char16_t* units) { hostCall<fmx::FM_Text_AssignUnicode>(get(), units); }
+  /// UTF-8, up to its first NUL, by way of UTF-16.
+  void assignUnicode(std::string_view text) {
+    UnitBuffer units(text.size() + 1);
+    unsigned char seen = 0;
+    char16_t* end = units.data();
+    for (const char c : text) {
+      const auto byte = static_cast<unsigned char>(c);
+      seen = static_cast<unsigned char>(seen | byte);
+      *end++ = byte;
+    }
+    *end = u'\0';
+    assignUnicode(seen < 0x80 ? units.data() : utf16FromUtf8(text).c_str());
+  }
+  /// All of `other`.
+  void assign(const fmx::Text* other) { hostCall<fmx::FM_Text_SetText>(get(), other, 0U, fmx::kSizeEnd); }
+
+  void uppercase() { hostCall<fmx::FM_Text_Uppercase>(get()); }
+  bool operator==(std::u16string_view text) const {
+    const auto size = hostCall<fmx::FM_Text_GetSize>(get());
+    if (size != text.size()) return false;
+    UnitBuffer units(size);
+    hostCall<fmx::FM_Text_GetUnicode>(get(), units.data(), 0U, size);
+    return std::u16string_view(units.data(), size) == text;
+  }
+
+  /// Deletes from the first `separator` to the end; leaves a text without one as it is.
+  void cutAt(const HostText& separator) {
+    const auto position = hostCall<fmx::FM_Text_Find>(get(), separator.get(), 0U);
+    if (position != fmx::kSizeInvalid) hostCall<fmx::FM_Text_DeleteText>(get(), position, fmx::kSizeEnd);
+  }
 };
 
 inline bool isEmpty(const fmx::Text* text) { return hostCall<fmx::FM_Text_GetSize>(text) == 0; }

@@ -14,12 +14,6 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-constexpr bool isAscii(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
-
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char byte) { return isAscii(byte); });
-}
-
 constexpr char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 void appendUtf8(std::string& out, char32_t c) {
@@ -140,12 +134,15 @@ std::u16string utf16FromUtf8(std::string_view text) {
 }
 
 std::string lowercase(std::string_view text) {
-  std::string out;
-  if (isAscii(text)) {
-    out.resize(text.size());
-    std::transform(text.begin(), text.end(), out.begin(), asciiLower);
-    return out;
+  std::string out(text.size(), '\0');
+  unsigned char seen = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    seen = static_cast<unsigned char>(seen | static_cast<unsigned char>(text[i]));
+    out[i] = asciiLower(text[i]);
   }
+  if (seen < 0x80) return out;
+
+  out.clear();
   UErrorCode status = U_ZERO_ERROR;
   icu::StringByteSink<std::string> sink(&out, static_cast<std::int32_t>(text.size()));
   // The root locale: the default one would make "I" a dotless i for a Turkish user.
