@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <fmt/format.h>
-
 #include "store/try.h"
 
 namespace orlocal::store {
@@ -12,131 +10,6 @@ namespace {
 /// Rows kept: enough for a walk with what it prefetched, small beside a store.
 constexpr std::size_t kKept = 2048;
 constexpr std::size_t kPrefetched = 512;
-
-#define ORLOCAL_ITEM_COLUMNS                                                                                       \
-  "i.id, i.kind, i.calendar, i.uuid, i.series, i.\"start\", i.start_clock, i.\"end\", i.end_clock, i.recurrence, " \
-  "i.recurrence_id, i.recurrence_id_clock, i.uid, i.priority, i.sequence, i.created, i.modified, i.completed, "    \
-  "i.title, i.location, i.url, i.alarms, i.attendees, i.notes, i.extra, s.uuid "                                   \
-  "FROM items i LEFT JOIN items s ON s.id = i.series "
-
-/// The columns above, in their order.
-enum Column {
-  kId,
-  kKind,
-  kCalendar,
-  kUuid,
-  kSeries,
-  kStart,
-  kStartClock,
-  kEnd,
-  kEndClock,
-  kRecurrence,
-  kRecurrenceId,
-  kRecurrenceIdClock,
-  kUid,
-  kPriority,
-  kSequence,
-  kCreated,
-  kModified,
-  kCompleted,
-  kTitle,
-  kLocation,
-  kUrl,
-  kAlarms,
-  kAttendees,
-  kNotes,
-  kExtra,
-  kSeriesUuid
-};
-
-/// FNV-1a, 64 bits; part of the file format.
-std::int64_t hashOf(std::string_view uid) {
-  std::uint64_t hash = 0xcbf29ce484222325U;
-  for (const char c : uid) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
-  return static_cast<std::int64_t>(hash);
-}
-
-std::optional<std::string> optionalText(const Statement& row, int column) {
-  return row.isNull(column) ? std::nullopt : std::optional<std::string>(row.text(column));
-}
-
-std::optional<Moment> optionalMoment(const Statement& row, int column) {
-  return row.isNull(column) ? std::nullopt : std::optional(Moment(std::chrono::microseconds(row.integer(column))));
-}
-
-/// A time without a clock of its own runs on that of the time before it.
-std::optional<CalendarTime> optionalTime(const Statement& row, int column, std::string_view clock = {}) {
-  if (row.isNull(column)) return std::nullopt;
-  return timeOnClock(row.integer(column), row.isNull(column + 1) ? clock : row.text(column + 1));
-}
-
-tl::unexpected<Error> damaged(ItemId id, const Database& database) {
-  return failure(ErrorCode::kCorrupt,
-                 fmt::format("Item {} of the calendar store \"{}\" is damaged; restore the file from a backup.", id,
-                             database.file().string()));
-}
-
-/// What packed columns hold; false when one is damaged.
-template <class T, class Unpack>
-bool unpackColumn(const Statement& row, int column, const Unpack& unpack, T& out) {
-  if (row.isNull(column)) return true;
-  auto value = unpack(row.blob(column));
-  if (value) out = std::move(*value);
-  return value.has_value();
-}
-
-Result<Item> itemOf(const Statement& row, const Database& database) {
-  Item item;
-  item.id = row.integer(kId);
-  item.kind = static_cast<ItemKind>(row.integer(kKind));
-  item.calendar = row.integer(kCalendar);
-  item.itemIdentifier = Uuid(row.blob(kUuid)).text();
-  if (!row.isNull(kSeries)) item.series = row.integer(kSeries);
-  item.identifier = row.isNull(kSeriesUuid) ? item.itemIdentifier : Uuid(row.blob(kSeriesUuid)).text();
-  item.start = optionalTime(row, kStart);
-  item.end = optionalTime(row, kEnd, row.text(kStartClock));
-  item.recurrenceId = optionalTime(row, kRecurrenceId);
-  item.uid = row.text(kUid);
-  item.priority = static_cast<int>(row.integer(kPriority));
-  item.sequence = row.integer(kSequence);
-  item.created = optionalMoment(row, kCreated);
-  item.modified = optionalMoment(row, kModified);
-  item.completed = optionalMoment(row, kCompleted);
-  item.title = optionalText(row, kTitle);
-  item.location = optionalText(row, kLocation);
-  item.url = optionalText(row, kUrl);
-  item.notes = optionalText(row, kNotes);
-  item.extra = row.text(kExtra);
-  if (!unpackColumn(row, kRecurrence, unpackRecurrence, item.recurrence) ||
-      !unpackColumn(row, kAlarms, unpackAlarms, item.alarms) ||
-      !unpackColumn(row, kAttendees, unpackAttendees, item.attendees)) {
-    return damaged(item.id, database);
-  }
-  return item;
-}
-
-void bindOptional(Statement& statement, int parameter, const std::optional<std::string>& text) {
-  text ? statement.bind(parameter, std::string_view(*text)) : statement.bindNull(parameter);
-}
-
-void bindOptional(Statement& statement, int parameter, const std::optional<Moment>& moment) {
-  moment ? statement.bind(parameter, std::int64_t{moment->time_since_epoch().count()}) : statement.bindNull(parameter);
-}
-
-void bindOptional(Statement& statement, int parameter, const std::optional<std::int64_t>& value) {
-  value ? statement.bind(parameter, *value) : statement.bindNull(parameter);
-}
-
-/// `before` is the time whose clock is left out when this one runs on it too.
-void bindTime(Statement& statement, int parameter, const std::optional<CalendarTime>& time,
-              const std::optional<CalendarTime>& before = std::nullopt) {
-  time ? statement.bind(parameter, wallSeconds(time->local)) : statement.bindNull(parameter);
-  if (time && !(before && before->kind == time->kind && before->zone == time->zone)) {
-    statement.bind(parameter + 1, clockName(*time));
-  } else {
-    statement.bindNull(parameter + 1);
-  }
-}
 
 Result<std::optional<ItemId>> firstId(Statement& statement) {
   const ResetAtExit reset(statement);
@@ -158,10 +31,8 @@ Result<std::vector<ItemId>> allIds(Statement& statement) {
 
 ItemRows::ItemRows(Database& database)
     : m_database(database),
-      m_read("SELECT " ORLOCAL_ITEM_COLUMNS "WHERE i.id = ?"),
-      m_readForExpansion(
-          "SELECT kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, "
-          "EXISTS(SELECT 1 FROM items c WHERE c.series = i.id) FROM items i WHERE id = ?"),
+      m_read(ItemValues::kReadById),
+      m_readForExpansion(ItemValues::kReadForExpansion),
       m_withUuid("SELECT id FROM items WHERE uuid = ?"),
       m_withUid(
           "SELECT id FROM items WHERE uid_hash = ? AND original IS NULL AND calendar = ? AND kind = ? AND uid = ?"),
@@ -175,21 +46,15 @@ ItemRows::ItemRows(Database& database)
           "SELECT id, original, recurrence_id, recurrence_id_clock FROM items WHERE series = ? ORDER BY original"),
       m_changedAt("SELECT id FROM items WHERE series = ? AND original = ?"),
       m_place("SELECT slot, slot_start, original FROM items WHERE id = ?"),
-      m_insert(
-          "INSERT INTO items(kind, calendar, series, slot, slot_start, \"start\", start_clock, \"end\", end_clock, "
-          "recurrence, recurrence_id, recurrence_id_clock, original, uid_hash, uid, priority, sequence, created, "
-          "modified, completed, title, location, url, alarms, attendees, notes, extra, uuid) "
-          "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, ?21, "
-          "?22, ?23, ?24, ?25, ?26, ?27, ?28)"),
-      m_update(
-          "UPDATE items SET kind=?1, calendar=?2, series=?3, slot=?4, slot_start=?5, \"start\"=?6, start_clock=?7, "
-          "\"end\"=?8, end_clock=?9, recurrence=?10, recurrence_id=?11, recurrence_id_clock=?12, original=?13, "
-          "uid_hash=?14, uid=?15, priority=?16, sequence=?17, created=?18, modified=?19, completed=?20, title=?21, "
-          "location=?22, url=?23, alarms=?24, attendees=?25, notes=?26, extra=?27 WHERE id=?28"),
+      m_insert(ItemValues::kInsert),
+      m_update(ItemValues::kUpdate),
       m_remove("DELETE FROM items WHERE id = ?"),
       m_newestUuid("SELECT uuid FROM items ORDER BY id DESC LIMIT 1"),
-      m_inCalendar("SELECT " ORLOCAL_ITEM_COLUMNS "WHERE i.calendar = ? AND i.series IS NULL ORDER BY i.id"),
-      m_idsInCalendar("SELECT id FROM items WHERE calendar = ? ORDER BY id") {}
+      m_inCalendar(ItemValues::kReadInCalendar),
+      m_idsInCalendar("SELECT id FROM items WHERE calendar = ? ORDER BY id"),
+      m_zonedIds(
+          "SELECT id FROM items WHERE start_clock NOT LIKE '=%' OR end_clock NOT LIKE '=%' OR "
+          "recurrence_id_clock NOT LIKE '=%' OR series IS NOT NULL ORDER BY series IS NOT NULL, id") {}
 
 std::shared_ptr<const Item> ItemRows::kept(ItemId id) {
   if (const auto found = m_recent.find(id); found != m_recent.end()) return found->second;
@@ -229,7 +94,7 @@ Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
   if (!found) return std::shared_ptr<const Item>();
-  ORLOCAL_TRY(Item item, itemOf(read, m_database));
+  ORLOCAL_TRY(Item item, ItemValues::read(read, m_database));
   auto shared = std::make_shared<const Item>(std::move(item));
   keep(shared);
   return shared;
@@ -241,14 +106,7 @@ Result<std::optional<ItemRows::Expandable>> ItemRows::readForExpansion(ItemId id
   ORLOCAL_TRY(const bool found, read.step());
   if (!found) return std::nullopt;
   Expandable result;
-  result.hasChanged = read.integer(7) != 0;
-  Item& item = result.item;
-  item.id = id;
-  item.kind = static_cast<ItemKind>(read.integer(0));
-  item.start = optionalTime(read, 1);
-  item.end = optionalTime(read, 3, read.text(2));
-  item.title = optionalText(read, 6);
-  if (!unpackColumn(read, 5, unpackRecurrence, item.recurrence)) return damaged(id, m_database);
+  ORLOCAL_TRY(result.item, ItemValues::readForExpansion(read, m_database, result.hasChanged));
   return result;
 }
 
@@ -269,18 +127,18 @@ Result<std::optional<ItemId>> ItemRows::withUuid(const Uuid& uuid) {
 }
 
 Result<std::optional<ItemId>> ItemRows::withUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
-  Statement& find = m_withUid.in(m_database).bind(1, hashOf(uid)).bind(2, calendar);
+  Statement& find = m_withUid.in(m_database).bind(1, ItemValues::hashOf(uid)).bind(2, calendar);
   return firstId(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
 }
 
 Result<std::vector<ItemId>> ItemRows::straysWithUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
-  Statement& find = m_strays.in(m_database).bind(1, hashOf(uid)).bind(2, calendar);
+  Statement& find = m_strays.in(m_database).bind(1, ItemValues::hashOf(uid)).bind(2, calendar);
   return allIds(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
 }
 
 Result<std::optional<ItemId>> ItemRows::strayAt(CalendarId calendar, ItemKind kind, std::string_view uid,
                                                 std::int64_t original) {
-  Statement& find = m_strayAt.in(m_database).bind(1, hashOf(uid)).bind(2, original).bind(3, calendar);
+  Statement& find = m_strayAt.in(m_database).bind(1, ItemValues::hashOf(uid)).bind(2, original).bind(3, calendar);
   return firstId(find.bind(4, static_cast<std::int64_t>(kind)).bind(5, uid));
 }
 
@@ -310,44 +168,10 @@ Result<std::optional<RowPlace>> ItemRows::place(ItemId id) {
   return place;
 }
 
-void ItemRows::bindValues(Statement& statement, const Item& item, const RowPlace& place) {
-  statement.bind(1, static_cast<std::int64_t>(item.kind)).bind(2, item.calendar);
-  bindOptional(statement, 3, item.series);
-  statement.bind(4, place.slot).bind(5, place.slotStart);
-  bindTime(statement, 6, item.start);
-  bindTime(statement, 8, item.end, item.start);
-  statement.bindNull(10);
-  if (!(item.recurrence == Recurrence())) {
-    packRecurrence(item.recurrence, m_recurrence);
-    statement.bindBlob(10, m_recurrence);
-  }
-  bindTime(statement, 11, item.recurrenceId);
-  bindOptional(statement, 13, place.original);
-  statement.bind(14, hashOf(item.uid)).bind(15, std::string_view(item.uid));
-  statement.bind(16, std::int64_t{item.priority}).bind(17, item.sequence);
-  bindOptional(statement, 18, item.created);
-  bindOptional(statement, 19, item.modified);
-  bindOptional(statement, 20, item.completed);
-  bindOptional(statement, 21, item.title);
-  bindOptional(statement, 22, item.location);
-  bindOptional(statement, 23, item.url);
-  statement.bindNull(24).bindNull(25).bindNull(27);
-  if (!item.alarms.empty()) {
-    packAlarms(item.alarms, m_alarms);
-    statement.bindBlob(24, m_alarms);
-  }
-  if (!item.attendees.empty()) {
-    packAttendees(item.attendees, m_attendees);
-    statement.bindBlob(25, m_attendees);
-  }
-  bindOptional(statement, 26, item.notes);
-  if (!item.extra.empty()) statement.bind(27, std::string_view(item.extra));
-}
-
 Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
   Statement& insert = m_insert.in(m_database);
-  bindValues(insert, item, place);
-  insert.bindBlob(28, uuid.bytes());
+  m_values.bind(insert, item, place);
+  insert.bindBlob(ItemValues::kLastParameter, uuid.bytes());
   ORLOCAL_CHECK(insert.run());
   item.id = m_database.lastInsertId();
   return {};
@@ -356,8 +180,8 @@ Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
 Status ItemRows::update(const Item& item, const RowPlace& place) {
   forget(item.id);
   Statement& update = m_update.in(m_database);
-  bindValues(update, item, place);
-  return update.bind(28, item.id).run();
+  m_values.bind(update, item, place);
+  return update.bind(ItemValues::kLastParameter, item.id).run();
 }
 
 Status ItemRows::remove(ItemId id) {
@@ -378,7 +202,7 @@ Status ItemRows::visitCalendar(CalendarId calendar, const std::function<Status(c
   for (;;) {
     ORLOCAL_TRY(const bool found, read.step());
     if (!found) return {};
-    ORLOCAL_TRY(const Item item, itemOf(read, m_database));
+    ORLOCAL_TRY(const Item item, ItemValues::read(read, m_database));
     ORLOCAL_CHECK(visit(item));
   }
 }
@@ -386,5 +210,7 @@ Status ItemRows::visitCalendar(CalendarId calendar, const std::function<Status(c
 Result<std::vector<ItemId>> ItemRows::idsInCalendar(CalendarId calendar) {
   return allIds(m_idsInCalendar.in(m_database).bind(1, calendar));
 }
+
+Result<std::vector<ItemId>> ItemRows::zonedIds() { return allIds(m_zonedIds.in(m_database)); }
 
 }  // namespace orlocal::store

@@ -9,21 +9,12 @@
 #include <unordered_map>
 #include <vector>
 
+#include "store/item_values.h"
 #include "store/model.h"
-#include "store/packing.h"
 #include "store/sqlite.h"
 #include "store/uuid.h"
 
 namespace orlocal::store {
-
-/// What a row holds beyond the item itself.
-struct RowPlace {
-  std::int64_t slot = 0;  ///< of its timeline entry
-  std::int64_t slotStart = 0;
-  /// Original start of a changed occurrence: seconds in UTC, or on the wall clock when its series (or, without one, its
-  /// recurrence id) runs there.
-  std::optional<std::int64_t> original;
-};
 
 /// The rows of events and reminders. Reading keeps the rows last read, up to a bound.
 class ItemRows {
@@ -74,19 +65,20 @@ class ItemRows {
   /// Visits the rows of a calendar that are no changed occurrence of a series, in the order in which they came.
   Status visitCalendar(CalendarId calendar, const std::function<Status(const Item&)>& visit);
   Result<std::vector<ItemId>> idsInCalendar(CalendarId calendar);
+  /// Every row with a time in a zone; changed occurrences come last.
+  Result<std::vector<ItemId>> zonedIds();
 
  private:
   using Kept = std::unordered_map<ItemId, std::shared_ptr<const Item>>;
 
   Result<std::shared_ptr<const Item>> load(ItemId id);
   void keep(const std::shared_ptr<const Item>& item);
-  void bindValues(Statement& statement, const Item& item, const RowPlace& place);
 
   Database& m_database;
   Kept m_recent, m_older;  ///< what is asked for moves to `m_recent`; when that is full, `m_older` goes
-  PackedBytes m_recurrence, m_alarms, m_attendees;
+  ItemValues m_values;
   LazyStatement m_read, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf, m_changedAt,
-      m_place, m_insert, m_update, m_remove, m_newestUuid, m_inCalendar, m_idsInCalendar;
+      m_place, m_insert, m_update, m_remove, m_newestUuid, m_inCalendar, m_idsInCalendar, m_zonedIds;
 };
 
 }  // namespace orlocal::store

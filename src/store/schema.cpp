@@ -13,6 +13,7 @@
 
 #include "store/model.h"
 #include "store/try.h"
+#include "store/zone_data.h"
 
 namespace orlocal::store {
 namespace {
@@ -44,6 +45,7 @@ CREATE TABLE timeline(
 CREATE TABLE changes(
   seq INTEGER PRIMARY KEY, commit_no INTEGER NOT NULL, writer INTEGER NOT NULL, operation INTEGER NOT NULL,
   subject INTEGER NOT NULL, row INTEGER NOT NULL, series INTEGER, uuid BLOB);
+CREATE TABLE properties(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
 CREATE TABLE zones(name TEXT PRIMARY KEY, vtimezone TEXT NOT NULL) WITHOUT ROWID;
 CREATE TABLE contacts(
   id INTEGER PRIMARY KEY AUTOINCREMENT, identifier TEXT NOT NULL UNIQUE, name TEXT NOT NULL, emails BLOB NOT NULL,
@@ -65,6 +67,9 @@ constexpr DefaultCalendar kDefaultCalendars[] = {
 };
 
 Status insertDefaults(Database& database, UuidMaker& uuids) {
+  ORLOCAL_TRY(Statement zoneData, database.prepare("INSERT INTO properties(name, value) VALUES('zone_data', ?)"));
+  const std::string version = zoneDataVersion();
+  ORLOCAL_CHECK(zoneData.bind(1, std::string_view(version)).run());
   ORLOCAL_TRY(Statement source, database.prepare("INSERT INTO sources(uuid, type, title) VALUES(?, ?, 'Local')"));
   const Uuid sourceUuid = uuids.next();
   source.bindBlob(1, sourceUuid.bytes()).bind(2, static_cast<std::int64_t>(Source::Type::kLocal));

@@ -8,6 +8,7 @@
 #include "store/change_signal.h"
 #include "store/schema.h"
 #include "store/try.h"
+#include "store/zone_data.h"
 
 namespace orlocal::store {
 namespace {
@@ -51,7 +52,11 @@ StoreCore::StoreCore(StoreOptions storeOptions, Database opened, UuidMaker maker
 Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
   UuidMaker maker;
   ORLOCAL_TRY(Database opened, openStoreFile(storeOptions.file, storeOptions.busyTimeout, maker));
-  return std::unique_ptr<StoreCore>(new StoreCore(std::move(storeOptions), std::move(opened), std::move(maker)));
+  std::unique_ptr<StoreCore> core(new StoreCore(std::move(storeOptions), std::move(opened), std::move(maker)));
+  // When it cannot be done now it is done at a later opening; reading is not held up for it.
+  const auto followed = followZoneData(*core, zoneDataVersion());
+  if (!followed && followed.error().code == ErrorCode::kCorrupt) return tl::unexpected(followed.error());
+  return core;
 }
 
 void StoreCore::forgetAll() {
@@ -153,6 +158,12 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
 
 Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall) {
+  ORLOCAL_CHECK(replaceRow(item, own, original, originalIsWall));
+  return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
+}
+
+Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
   if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
   const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
@@ -161,7 +172,7 @@ Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<
   ORLOCAL_CHECK(rows.update(item, {entry.slot, entry.start, original}));
   series.forget(item.id);
   if (item.series) series.forget(*item.series);
-  return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
+  return {};
 }
 
 Status StoreCore::removeItem(const Item& item) {

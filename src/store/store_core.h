@@ -50,6 +50,8 @@ class StoreCore {
   /// series compiled for UTC, null when it does not repeat.
   Status insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
   Status updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
+  /// The same without a word in the log: what the item is does not change.
+  Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
   Status removeItem(const Item& item);
   /// Removes every item of a calendar, then the calendar.
   Status removeCalendar(const Calendar& calendar);

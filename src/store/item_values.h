@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "store/model.h"
+#include "store/packing.h"
+#include "store/sqlite.h"
+
+namespace orlocal::store {
+
+/// What a row holds beyond the item itself.
+struct RowPlace {
+  std::int64_t slot = 0;  ///< of its timeline entry
+  std::int64_t slotStart = 0;
+  /// Original start of a changed occurrence: seconds in UTC, or on the wall clock when its series (or, without one, its
+  /// recurrence id) runs there.
+  std::optional<std::int64_t> original;
+};
+
+/// How an item stands in the columns of its row: the statements whose columns are counted on, and both directions.
+class ItemValues {
+ public:
+  static const char* const kReadById;        ///< parameter 1: id
+  static const char* const kReadInCalendar;  ///< parameter 1: calendar; without the changed occurrences of series
+  static const char* const kReadForExpansion;
+  static const char* const kInsert;  ///< parameter `kLastParameter`: identifier
+  static const char* const kUpdate;  ///< parameter `kLastParameter`: id
+  static constexpr int kLastParameter = 28;
+
+  /// The item in a row of the first two statements.
+  static Result<Item> read(const Statement& row, const Database& database);
+  /// What a row of the third has: enough to expand a series, and whether it has changed occurrences.
+  static Result<Item> readForExpansion(const Statement& row, const Database& database, bool& hasChanged);
+
+  /// Binds all parameters but the last one. What is bound is borrowed from `item` and from this.
+  void bind(Statement& statement, const Item& item, const RowPlace& place);
+
+  /// FNV-1a, 64 bits.
+  static std::int64_t hashOf(std::string_view uid);
+
+ private:
+  PackedBytes m_recurrence, m_alarms, m_attendees;
+};
+
+}  // namespace orlocal::store
