@@ -1,5 +1,7 @@
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 
 #include "platform/date.h"
 
@@ -91,16 +93,32 @@ class Reader {
   std::string_view m_rest;
 };
 
-void appendPadded(std::string& out, std::int64_t value, int width) {
-  char digits[20];
-  int count = 0;
-  do {
-    digits[count++] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  } while (value != 0);
-  while (count < width) digits[count++] = '0';
-  while (count > 0) out.push_back(digits[--count]);
-}
+/// Fills a buffer that holds every date there is: a formatted date is asked for with every property that is one.
+class Writer {
+ public:
+  void put(char c) { m_text[m_size++] = c; }
+  /// Two digits.
+  void pair(int value) {
+    put(static_cast<char>('0' + value / 10));
+    put(static_cast<char>('0' + value % 10));
+  }
+  /// At least four digits.
+  void year(std::int64_t value) {
+    if (value < 0) put('-');
+    value = std::abs(value);
+    if (value < 10000) {
+      pair(static_cast<int>(value) / 100);
+      pair(static_cast<int>(value) % 100);
+    } else {
+      m_size = static_cast<std::size_t>(std::to_chars(m_text + m_size, std::end(m_text), value).ptr - m_text);
+    }
+  }
+  std::string text() const { return {m_text, m_size}; }
+
+ private:
+  char m_text[48];
+  std::size_t m_size = 0;
+};
 
 }  // namespace
 
@@ -143,24 +161,23 @@ std::string formatDate(Date date, int offsetSeconds) {
   const Civil civil = civilFromDays(dayCount);
   const int offsetMinutes = std::abs(offsetSeconds) / 60;
 
-  std::string out;
-  out.reserve(25);
-  if (civil.year < 0) out.push_back('-');
-  appendPadded(out, std::abs(civil.year), 4);
-  out.push_back('-');
-  appendPadded(out, civil.month, 2);
-  out.push_back('-');
-  appendPadded(out, civil.day, 2);
-  out.push_back(' ');
-  appendPadded(out, ofDay / 3600, 2);
-  out.push_back(':');
-  appendPadded(out, ofDay / 60 % 60, 2);
-  out.push_back(':');
-  appendPadded(out, ofDay % 60, 2);
-  out += offsetSeconds < 0 ? " -" : " +";
-  appendPadded(out, offsetMinutes / 60, 2);
-  appendPadded(out, offsetMinutes % 60, 2);
-  return out;
+  Writer out;
+  out.year(civil.year);
+  out.put('-');
+  out.pair(civil.month);
+  out.put('-');
+  out.pair(civil.day);
+  out.put(' ');
+  out.pair(ofDay / 3600);
+  out.put(':');
+  out.pair(ofDay / 60 % 60);
+  out.put(':');
+  out.pair(ofDay % 60);
+  out.put(' ');
+  out.put(offsetSeconds < 0 ? '-' : '+');
+  out.pair(offsetMinutes / 60);
+  out.pair(offsetMinutes % 60);
+  return out.text();
 }
 
 }  // namespace orlocal
