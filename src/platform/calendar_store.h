@@ -22,8 +22,8 @@ using CalTaskArray = ObjectArray<CalTask>;
 using CalCalendarArray = std::vector<std::shared_ptr<CalCalendar>>;
 
 /// The older calendar store. Main thread only. Look-ups give null when there is nothing; saves and removals give false
-/// and an error whose text says why, and then nothing was written. A call that finds the store unusable throws
-/// `Exception`.
+/// and an error whose text says why, without a full stop, as callers put the reason behind it; then nothing was
+/// written. A call that finds the store unusable throws `Exception`.
 class CalCalendarStore {
  public:
   virtual ~CalCalendarStore() = default;

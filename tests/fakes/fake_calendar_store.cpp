@@ -246,18 +246,18 @@ std::shared_ptr<const CalTaskArray> FakeCalendarStore::tasksWithPredicate(
 }
 
 bool FakeCalendarStore::calendarTakesChanges(const CalCalendarItem* item, std::optional<Error>& error) {
-  if (!item) return refuse(error, "There is nothing to save or remove.");
-  if (!item->calendar()) return refuse(error, "The item has no calendar.");
+  if (!item) return refuse(error, "There is nothing to save or remove");
+  if (!item->calendar()) return refuse(error, "The item has no calendar");
   const auto place = findUid(m_calendars, item->calendar()->uid().value_or(""));
-  if (place == m_calendars.end()) return refuse(error, "The item's calendar is not in the store.");
-  return place->m_isEditable || refuse(error, "The calendar allows no changes.", "It is read-only.");
+  if (place == m_calendars.end()) return refuse(error, "The item's calendar is not in the store");
+  return place->m_isEditable || refuse(error, "The calendar allows no changes", "It is read-only.");
 }
 
 bool FakeCalendarStore::saveCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
   const auto own = std::dynamic_pointer_cast<FakeCalCalendar>(calendar);
-  if (!own) return refuse(error, "There is no calendar to save.");
-  if (own->m_title.value_or("").empty()) return refuse(error, "The calendar has no title.");
-  if (!own->m_isEditable) return refuse(error, "The calendar allows no changes.", "It is read-only.");
+  if (!own) return refuse(error, "There is no calendar to save");
+  if (own->m_title.value_or("").empty()) return refuse(error, "The calendar has no title");
+  if (!own->m_isEditable) return refuse(error, "The calendar allows no changes", "It is read-only.");
   if (!own->m_uid) own->m_uid = nextUid("calendar");
   put(m_calendars, *own);
   return true;
@@ -266,8 +266,8 @@ bool FakeCalendarStore::saveCalendar(const std::shared_ptr<CalCalendar>& calenda
 bool FakeCalendarStore::saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan, std::optional<Error>& error) {
   const auto own = std::dynamic_pointer_cast<FakeCalEvent>(event);
   if (!calendarTakesChanges(own.get(), error)) return false;
-  if (!own->m_startDate || !own->m_endDate) return refuse(error, "The event has no start or no end.");
-  if (own->m_attendees && !own->m_attendees->empty()) return refuse(error, "The event has attendees.");
+  if (!own->m_startDate || !own->m_endDate) return refuse(error, "The event has no start or no end");
+  if (own->m_attendees && !own->m_attendees->empty()) return refuse(error, "The event has attendees");
   if (!own->m_uid) own->m_uid = nextUid("event");
   own->m_dateStamp = fakeNow();
   put(m_events, *own);
@@ -284,9 +284,9 @@ bool FakeCalendarStore::saveTask(const std::shared_ptr<CalTask>& task, std::opti
 }
 
 bool FakeCalendarStore::removeCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
-  if (!calendar) return refuse(error, "There is no calendar to remove.");
-  if (!calendar->isEditable()) return refuse(error, "The calendar allows no changes.", "It is read-only.");
-  if (m_calendars.size() == 1) return refuse(error, "The last calendar stays.");
+  if (!calendar) return refuse(error, "There is no calendar to remove");
+  if (!calendar->isEditable()) return refuse(error, "The calendar allows no changes", "It is read-only.");
+  if (m_calendars.size() == 1) return refuse(error, "The last calendar stays");
   const auto in = [&](const auto& item) { return item.m_calendar && item.m_calendar->uid() == calendar->uid(); };
   std::erase_if(m_events, in);
   std::erase_if(m_tasks, in);
@@ -297,7 +297,7 @@ bool FakeCalendarStore::removeCalendar(const std::shared_ptr<CalCalendar>& calen
 bool FakeCalendarStore::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
   if (!calendarTakesChanges(event.get(), error)) return false;
   const auto series = findUid(m_events, event->uid().value_or(""));
-  if (series == m_events.end()) return refuse(error, "The event is not in the store.");
+  if (series == m_events.end()) return refuse(error, "The event is not in the store");
   const auto rule = std::dynamic_pointer_cast<FakeCalRecurrenceRule>(series->m_recurrenceRule);
   if (!rule || span == CalSpan::kAllEvents ||
       (span == CalSpan::kFutureEvents && event->occurrence() == series->m_startDate)) {

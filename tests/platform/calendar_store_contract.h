@@ -176,6 +176,7 @@ TEST_P(CalendarStoreContract, NothingIsRefusedWithAnErrorThatSaysWhy) {
     EXPECT_FALSE(saved);
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->localizedDescription.empty());
+    EXPECT_FALSE(error->localizedDescription.ends_with('.')) << error->localizedDescription;
     error.reset();
   };
   expectRefused(store()->saveCalendar(nullptr, error));

@@ -68,6 +68,12 @@ std::shared_ptr<CalendarObject> storedObject(const std::shared_ptr<CalCalendar>&
   return ours ? ours->calendar() : nullptr;
 }
 
+/// Passes on whether the store did as it was told. Its sentences end with a full stop, and callers put their own.
+bool told(bool done, std::optional<Error>& error) {
+  if (!done && error && error->localizedDescription.ends_with('.')) error->localizedDescription.pop_back();
+  return done;
+}
+
 EKSpan spanOf(CalSpan span) { return span == CalSpan::kThisEvent ? EKSpan::kThisEvent : EKSpan::kFutureEvents; }
 
 }  // namespace
@@ -187,26 +193,27 @@ bool CalendarStoreObject::saveCalendar(const std::shared_ptr<CalCalendar>& calen
   if (ours && !ours->source()) {
     if (const auto usual = m_store.defaultCalendarForNewEvents()) ours->setSource(usual->source());
   }
-  return m_store.saveCalendar(ours, true, error);
+  return told(m_store.saveCalendar(ours, true, error), error);
 }
 
 bool CalendarStoreObject::saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
   const auto ours = storedObject<CalEventObject>(event);
   if (ours && span == CalSpan::kAllEvents && ours->occurrenceOfSeries()) return saveWholeSeries(ours, error);
-  return m_store.saveEvent(ours, spanOf(span), true, error);
+  return told(m_store.saveEvent(ours, spanOf(span), true, error), error);
 }
 
 bool CalendarStoreObject::saveWholeSeries(const std::shared_ptr<EventObject>& edited, std::optional<Error>& error) {
   const auto first =
       std::dynamic_pointer_cast<EventObject>(m_store.eventWithIdentifier(edited->eventIdentifier().value_or("")));
   if (!first) {
-    error = Error{.localizedDescription = "The event is no longer in the calendar store.",
+    error = Error{.localizedDescription = "The event is no longer in the calendar store",
                   .localizedFailureReason = std::nullopt};
     return false;
   }
   const auto opened = edited->occurrenceOfSeries();
   if (!first->startDate() || !first->endDate() || !edited->startDate() || !edited->endDate()) {
-    return m_store.saveEvent(edited, EKSpan::kFutureEvents, true, error);  // refused there, with the reason
+    return told(m_store.saveEvent(edited, EKSpan::kFutureEvents, true, error),
+                error);  // refused there, with the reason
   }
   // The first occurrence takes over what was edited, moved by as much as the edited one was moved.
   first->setStartDate(*first->startDate() + (*edited->startDate() - opened->start));
@@ -220,15 +227,15 @@ bool CalendarStoreObject::saveWholeSeries(const std::shared_ptr<EventObject>& ed
   first->setRecurrenceRules(edited->recurrenceRules());
   for (const auto& alarm : first->alarms()) first->removeAlarm(alarm);
   for (const auto& alarm : edited->alarms()) first->addAlarm(alarm);
-  return m_store.saveEvent(first, EKSpan::kFutureEvents, true, error);
+  return told(m_store.saveEvent(first, EKSpan::kFutureEvents, true, error), error);
 }
 
 bool CalendarStoreObject::saveTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
-  return m_store.saveReminder(storedObject<CalTaskObject>(task), true, error);
+  return told(m_store.saveReminder(storedObject<CalTaskObject>(task), true, error), error);
 }
 
 bool CalendarStoreObject::removeCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
-  return m_store.removeCalendar(storedObject(calendar), true, error);
+  return told(m_store.removeCalendar(storedObject(calendar), true, error), error);
 }
 
 bool CalendarStoreObject::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span,
@@ -236,13 +243,14 @@ bool CalendarStoreObject::removeEvent(const std::shared_ptr<CalEvent>& event, Ca
   const auto ours = storedObject<CalEventObject>(event);
   if (ours && span == CalSpan::kAllEvents) {
     const auto series = orThrow(m_access->store().event(ours->eventIdentifier().value_or("")));
-    if (series) return succeeded(m_access->store().removeEvent(*series, std::nullopt, store::Span::kFuture), error);
+    if (series)
+      return told(succeeded(m_access->store().removeEvent(*series, std::nullopt, store::Span::kFuture), error), error);
   }
-  return m_store.removeEvent(ours, spanOf(span), true, error);
+  return told(m_store.removeEvent(ours, spanOf(span), true, error), error);
 }
 
 bool CalendarStoreObject::removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
-  return m_store.removeReminder(storedObject<CalTaskObject>(task), true, error);
+  return told(m_store.removeReminder(storedObject<CalTaskObject>(task), true, error), error);
 }
 
 }  // namespace orlocal

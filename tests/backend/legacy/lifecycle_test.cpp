@@ -145,15 +145,15 @@ TEST_F(LegacyLifecycle, ARefusedSaveGives9998WithDescriptionAndReason) {
   store->m_calendars[0].m_isEditable = false;
   backend.openCalendarWithTitle("Work");
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("calendar", std::nullopt), -1); }), 9998);
-  EXPECT_EQ(backend.getLastErrorString(), "The calendar allows no changes.. It is read-only.");
+  EXPECT_EQ(backend.getLastErrorString(), "The calendar allows no changes. It is read-only.");
 }
 
 TEST_F(LegacyLifecycle, AMissingReasonIsTheMainBundlesTextForTheEmptyKey) {
   EXPECT_EQ(backend.saveItem("calendar", std::nullopt), -1);
-  EXPECT_EQ(backend.getLastErrorString(), "There is no calendar to save.. ");
+  EXPECT_EQ(backend.getLastErrorString(), "There is no calendar to save. ");
   platform->m_bundleStrings->m_strings[{"Localizable", ""}] = u"Für sich";
   EXPECT_EQ(backend.saveItem("calendar", std::nullopt), -1);
-  EXPECT_EQ(backend.getLastErrorString(), "There is no calendar to save.. Für sich");
+  EXPECT_EQ(backend.getLastErrorString(), "There is no calendar to save. Für sich");
 }
 
 TEST_F(LegacyLifecycle, AnExceptionWhileSavingGives9999AndYetZero) {
@@ -222,7 +222,7 @@ TEST_F(LegacyLifecycle, RemovingReleasesWhatWasOpen) {
 TEST_F(LegacyLifecycle, ARefusedRemovalGives9998WithTheReason) {
   backend.removeItem("calendar", workUid, std::nullopt, std::nullopt);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem("calendar", homeUid, std::nullopt, std::nullopt), -1); }), 9998);
-  EXPECT_EQ(backend.getLastErrorString(), "The last calendar stays.. ");
+  EXPECT_EQ(backend.getLastErrorString(), "The last calendar stays. ");
 }
 
 TEST_F(LegacyLifecycle, AnExceptionWhileRemovingGives9999AndYetZero) {
