@@ -71,6 +71,7 @@ class CalendarStoreFramework {
  public:
   virtual ~CalendarStoreFramework() = default;
 
+  /// Never null: a store that cannot be opened throws when it is used.
   virtual std::shared_ptr<CalCalendarStore> defaultCalendarStore() = 0;
   virtual std::shared_ptr<CalCalendar> calendar() = 0;
   virtual std::shared_ptr<CalEvent> event() = 0;

@@ -212,8 +212,8 @@ bool CalendarStoreObject::saveWholeSeries(const std::shared_ptr<EventObject>& ed
   }
   const auto opened = edited->occurrenceOfSeries();
   if (!first->startDate() || !first->endDate() || !edited->startDate() || !edited->endDate()) {
-    return told(m_store.saveEvent(edited, EKSpan::kFutureEvents, true, error),
-                error);  // refused there, with the reason
+    // Refused there, with the reason.
+    return told(m_store.saveEvent(edited, EKSpan::kFutureEvents, true, error), error);
   }
   // The first occurrence takes over what was edited, moved by as much as the edited one was moved.
   first->setStartDate(*first->startDate() + (*edited->startDate() - opened->start));
