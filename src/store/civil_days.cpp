@@ -6,6 +6,15 @@ namespace orlocal::store {
 
 namespace chrono = std::chrono;
 
+LocalTime localTime(LocalSeconds seconds) {
+  // By the date's own arithmetic: adding to an epoch walks the years between.
+  const DayNumber day = dayOf(seconds);
+  const auto date = dateOf(day);
+  const int inDay = static_cast<int>(seconds - day * kSecondsPerDay);
+  return LocalTime(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
+                   static_cast<int>(static_cast<unsigned>(date.day())), inDay / 3600, inDay / 60 % 60, inDay % 60);
+}
+
 chrono::year_month_day dateOf(DayNumber day) {
   return chrono::year_month_day(chrono::sys_days(chrono::days(static_cast<int>(day))));
 }

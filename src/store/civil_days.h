@@ -21,7 +21,7 @@ constexpr std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
 }
 
 inline LocalSeconds localSeconds(LocalTime time) { return time - LocalTime(); }
-inline LocalTime localTime(LocalSeconds seconds) { return LocalTime() + seconds; }
+LocalTime localTime(LocalSeconds seconds);
 /// Rounds down, also before 1970.
 constexpr DayNumber dayOf(LocalSeconds seconds) { return floorDiv(seconds, kSecondsPerDay); }
 
