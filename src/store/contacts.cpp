@@ -54,6 +54,24 @@ std::string fromQuotedPrintable(std::string_view value) {
   return isUtf8(out) ? out : fromWindows1252(out);
 }
 
+/// Joins the soft line breaks of quoted-printable values (vCard 2.1), which know no folding.
+std::string withoutSoftBreaks(std::string_view bytes) {
+  std::string out;
+  bool coded = false;
+  while (!bytes.empty()) {
+    const std::size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
+    std::string_view line = bytes.substr(0, end);
+    bytes.remove_prefix(end);
+    const std::string_view head = line.substr(0, line.find(':'));
+    for (std::size_t at = 0; !coded && at < head.size(); ++at)
+      coded = equalsNoCase(head.substr(at, 16), "QUOTED-PRINTABLE");
+    const std::string_view text = line.substr(0, line.find_last_not_of("\r\n") + 1);
+    coded = coded && text.ends_with('=');
+    out.append(coded ? text.substr(0, text.size() - 1) : line);
+  }
+  return out;
+}
+
 /// The lines of a text, without line breaks of another kind and without empty ends.
 std::string tidy(std::string text) {
   std::erase(text, '\r');
@@ -67,20 +85,8 @@ class CardReader {
   explicit CardReader(std::string_view bytes) : m_lines(bytes) {}
 
   ReadContacts read() {
-    std::string held;
     for (ContentLine line; m_lines.next(line);) {
-      std::string value(line.value);
-      if (isQuotedPrintable(line)) {
-        // Soft line breaks; the line is held, for reading on takes it away.
-        held = line.text;
-        const int number = line.line;
-        for (ContentLine more; held.ends_with('=') && m_lines.next(more);) {
-          held.pop_back();
-          held += more.text;
-        }
-        if (const auto whole = splitContentLine(held, number)) line = *whole;
-        value = fromQuotedPrintable(line.value);
-      }
+      const std::string value = isQuotedPrintable(line) ? fromQuotedPrintable(line.value) : std::string(line.value);
       std::string_view name = line.name;
       if (const std::size_t dot = name.find('.'); dot != std::string_view::npos)
         name.remove_prefix(dot + 1);  // "item1.EMAIL"
@@ -178,6 +184,7 @@ class CardReader {
 
 Result<ReadContacts> readContacts(std::string bytes, const std::string& name) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+  bytes = withoutSoftBreaks(bytes);
   ReadContacts made = CardReader(bytes).read();
   if (made.contacts.empty() && made.problems.refused.empty())
     return failure(ErrorCode::kInvalid, fmt::format("{} is no vCard file: there is no card in it", name));

@@ -227,7 +227,7 @@ std::string unescapeText(std::string_view value) {
         continue;
       }
     }
-    if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t') out += c;
+    if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t' || c == '\n') out += c;
   }
   return out;
 }

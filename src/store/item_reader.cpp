@@ -48,7 +48,7 @@ class Reader {
     std::string_view name;
     Handler read;
   };
-  static const std::array<Property, 23> kProperties;
+  static const std::array<Property, 24> kProperties;
 
   std::optional<ReadItem> refuse(int line, std::string_view reason) {
     const char* kind = m_item.kind == ItemKind::kEvent ? "event" : "reminder";
@@ -279,7 +279,7 @@ class Reader {
   std::string m_failure;
 };
 
-constexpr std::array<Reader::Property, 23> Reader::kProperties{{
+constexpr std::array<Reader::Property, 24> Reader::kProperties{{
     {"UID", &Reader::uid},
     {"DTSTAMP", &Reader::stamp},
     {"DTSTART", &Reader::start},
@@ -303,6 +303,7 @@ constexpr std::array<Reader::Property, 23> Reader::kProperties{{
     {"STATUS", &Reader::status},
     {"PERCENT-COMPLETE", &Reader::percent},
     {"ATTENDEE", &Reader::attendee},
+    {"ORGANIZER", &Reader::attendee},
 }};
 
 std::optional<ReadItem> Reader::finish(std::string_view bytes) {

@@ -155,6 +155,17 @@ std::optional<std::string> behindPrefix(std::string_view tzid) {
   return std::nullopt;
 }
 
+/// Names that ICU still uses and the zone files keep as links only.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 7> kRenamed{{
+    {"Asia/Calcutta", "Asia/Kolkata"},
+    {"Asia/Katmandu", "Asia/Kathmandu"},
+    {"Asia/Rangoon", "Asia/Yangon"},
+    {"America/Buenos_Aires", "America/Argentina/Buenos_Aires"},
+    {"America/Indianapolis", "America/Indiana/Indianapolis"},
+    {"America/Godthab", "America/Nuuk"},
+    {"Europe/Kiev", "Europe/Kyiv"},
+}};
+
 std::optional<std::string> ofWindowsName(std::string_view tzid) {
   icu::UnicodeString found;
   UErrorCode status = U_ZERO_ERROR;
@@ -162,7 +173,12 @@ std::optional<std::string> ofWindowsName(std::string_view tzid) {
                                    found, status);
   if (U_FAILURE(status) != 0 || found.isEmpty()) return std::nullopt;
   std::string name;
-  return zoneFile(found.toUTF8String(name));
+  found.toUTF8String(name);
+  const auto* renamed =
+      std::find_if(kRenamed.begin(), kRenamed.end(), [&](const auto& known) { return known.first == name; });
+  if (renamed != kRenamed.end())
+    if (auto zone = zoneFile(std::string(renamed->second))) return zone;
+  return zoneFile(name);
 }
 
 std::optional<std::string> ofCity(std::string_view city) {
@@ -186,7 +202,7 @@ std::optional<std::string> ofDisplayName(std::string_view tzid) {
     tzid = trimmed(tzid.substr(end + 1));
   }
   for (std::string_view city : splitUnescaped(tzid, ',')) {
-    for (std::string_view part : splitUnescaped(city, '/')) {
+    for (std::string_view part : offset ? splitUnescaped(city, '/') : std::vector{city}) {
       const auto name = ofCity(trimmed(part));
       const auto zone = name ? Zone::named(*name) : std::nullopt;
       if (!zone) continue;

@@ -1,0 +1,145 @@
+#include "store/icalendar_writer.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "store/icalendar_reader.h"
+#include "store/zone_names.h"
+#include "store/zone_rules.h"
+
+namespace orlocal::store {
+namespace {
+
+using Kind = CalendarTime::Kind;
+
+std::string written(const Item& item) {
+  std::string out;
+  writeItem(out, item);
+  std::string plain;
+  for (char c : out)
+    if (c != '\r') plain += c;
+  return plain;
+}
+
+Item event() {
+  Item item;
+  item.uid = "u";
+  item.start = CalendarTime{Kind::kZoned, LocalTime(2026, 11, 2, 9), "Europe/Berlin"};
+  item.end = CalendarTime{Kind::kZoned, LocalTime(2026, 11, 2, 10), "Europe/Berlin"};
+  return item;
+}
+
+TEST(WriteItem, WritesAnEvent) {
+  Item item = event();
+  item.title = "Tea, cake";
+  item.modified = Zone().toMoment(LocalTime(2026, 1, 2));
+  EXPECT_EQ(written(item),
+            "BEGIN:VEVENT\nUID:u\nDTSTAMP:20260102T000000Z\nLAST-MODIFIED:20260102T000000Z\nSUMMARY:Tea\\, cake\n"
+            "DTSTART;TZID=Europe/Berlin:20261102T090000\nDTEND;TZID=Europe/Berlin:20261102T100000\nEND:VEVENT\n");
+}
+
+TEST(WriteItem, LeavesOutTheEndOfAnEventWithoutLength) {
+  Item item = event();
+  item.end = item.start;
+  EXPECT_EQ(written(item).find("DTEND"), std::string::npos);
+}
+
+TEST(WriteItem, PutsDoneInThePlaceOfEveryOtherState) {
+  Item item;
+  item.kind = ItemKind::kReminder;
+  item.uid = "u";
+  item.completed = Zone().toMoment(LocalTime(2026, 10, 30));
+  item.extra = "STATUS:IN-PROCESS\nPERCENT-COMPLETE:50\nCLASS:PRIVATE\n";
+  EXPECT_EQ(written(item),
+            "BEGIN:VTODO\nUID:u\nDTSTAMP:19700101T000000Z\nCOMPLETED:20261030T000000Z\nSTATUS:COMPLETED\nPERCENT-"
+            "COMPLETE:100\nCLASS:PRIVATE\nEND:VTODO\n");
+  item.completed.reset();
+  EXPECT_EQ(written(item),
+            "BEGIN:VTODO\nUID:u\nDTSTAMP:19700101T000000Z\nSTATUS:IN-PROCESS\nPERCENT-COMPLETE:50\nCLASS:PRIVATE\nEND:"
+            "VTODO\n");
+}
+
+TEST(WriteItem, WritesWhatTheReaderReads) {
+  Item item = event();
+  item.title = "Grüße, \"quoted\"; \\ and\nlines — " + std::string(200, 'x') + "🎂";
+  item.notes = "";
+  item.location = "Here";
+  item.url = "https://x.example/";
+  item.priority = 5;
+  item.sequence = 3;
+  item.recurrence.rules.push_back({});
+  item.recurrence.added = {*item.start,
+                           {Kind::kUtc, LocalTime(2026, 12, 1), ""},
+                           {Kind::kUtc, LocalTime(2026, 12, 2), ""},
+                           {Kind::kDate, LocalTime(2026, 12, 3), ""}};
+  item.recurrence.excluded = {{Kind::kZoned, LocalTime(2026, 11, 3, 9), "Europe/Berlin"}};
+  item.alarms.push_back(
+      {Alarm::Action::kAudio, Alarm::Relative{std::chrono::seconds(-90), true}, {}, "Basso", {}, "X-A:b\n"});
+  item.alarms.push_back({Alarm::Action::kEmail, Zone().toMoment(LocalTime(2026, 1, 1)), "a@x", {}, {}, ""});
+  item.attendees.push_back({"mailto:a@x", "A \"B\", C", Attendee::Status::kUnknown, Attendee::Role::kUnknown,
+                            Attendee::Type::kUnknown, true, ""});
+  item.attendees.push_back({"mailto:b@x",
+                            {},
+                            Attendee::Status::kInProcess,
+                            Attendee::Role::kNonParticipant,
+                            Attendee::Type::kRoom,
+                            false,
+                            ";RSVP=TRUE"});
+  item.extra = "@DTSTART;X-P=1\n@SUMMARY;LANGUAGE=de\nX-B;C=d:e\nBEGIN:X-C\nX-D:e\nEND:X-C\n";
+  std::string text = "BEGIN:VCALENDAR\r\n";
+  writeItem(text, item);
+  text += "END:VCALENDAR\r\n";
+  auto reader = CalendarReader::ofText(text, "x").value();
+  ReadProblems problems;
+  ASSERT_EQ(reader.size(), 1U);
+  const ItemGroup group = reader.read(0, problems);
+  EXPECT_TRUE(problems.refused.empty() && problems.warnings.empty());
+  EXPECT_EQ(group.main, item);
+}
+
+std::string zoneText(const char* name, int fromYear) {
+  std::string out;
+  writeZone(out, name, fromYear);
+  return out;
+}
+
+class WrittenZone : public testing::TestWithParam<const char*> {};
+
+TEST_P(WrittenZone, DoesWhatTheZoneDoes) {
+  const Zone zone = Zone::named(GetParam()).value();
+  const std::string text = zoneText(GetParam(), 1975);
+  const auto rules = rulesOfVTimeZone(text);
+  ASSERT_TRUE(rules) << rules.error().message;
+  const std::string name = std::string("Written ") + GetParam();
+  ASSERT_TRUE(Zone::registerPrivate(name, text));
+  const Zone copy = Zone::named(name).value();
+  for (Moment at = zone.toMoment(LocalTime(1975, 1, 1)); at < Zone().toMoment(LocalTime(2037, 12, 31));
+       at += std::chrono::hours(3))
+    ASSERT_EQ(copy.offsetSeconds(at), zone.offsetSeconds(at)) << text << at.time_since_epoch().count();
+}
+
+INSTANTIATE_TEST_SUITE_P(Zones, WrittenZone,
+                         testing::Values("Europe/Berlin", "America/New_York", "Asia/Tokyo", "Australia/Lord_Howe",
+                                         "Asia/Jerusalem", "America/Sao_Paulo", "Africa/Casablanca", "Europe/Dublin",
+                                         "Pacific/Apia", "Asia/Kathmandu", "America/Havana", "Asia/Tehran"));
+
+TEST(WriteZone, SaysARuleOnce) {
+  EXPECT_EQ(zoneText("Europe/Berlin", 2020),
+            "BEGIN:VTIMEZONE\r\nTZID:Europe/"
+            "Berlin\r\nBEGIN:STANDARD\r\nDTSTART:20200101T000000\r\nTZOFFSETFROM:+0100\r\nTZOFFSETTO:+0100\r\nTZNAME:"
+            "CET\r\nEND:STANDARD\r\n"
+            "BEGIN:DAYLIGHT\r\nDTSTART:20200329T020000\r\nTZOFFSETFROM:+0100\r\nTZOFFSETTO:+0200\r\nTZNAME:"
+            "CEST\r\nRRULE:FREQ=YEARLY;BYMONTH=3;BYDAY=-1SU\r\nEND:DAYLIGHT\r\n"
+            "BEGIN:STANDARD\r\nDTSTART:20201025T030000\r\nTZOFFSETFROM:+0200\r\nTZOFFSETTO:+0100\r\nTZNAME:"
+            "CET\r\nRRULE:FREQ=YEARLY;BYMONTH=10;BYDAY=-1SU\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n");
+}
+
+TEST(WriteZone, WritesNothingForAnUnknownName) { EXPECT_EQ(zoneText("Nowhere", 2020), ""); }
+
+TEST(WriteZone, IsRecognisedByItsRules) {
+  EXPECT_EQ(systemZoneByRules(zoneText("America/New_York", 2000)), "America/New_York");
+}
+
+}  // namespace
+}  // namespace orlocal::store
