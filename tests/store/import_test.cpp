@@ -30,13 +30,14 @@ class Import : public StoreTest {
   }
   std::vector<std::string> titles(CalendarKind kind) {
     std::vector<std::string> found;
-    for (const Calendar& calendar : store->calendars(kind).value()) found.push_back(calendar.title);
+    const auto calendars = store->calendars(kind).value();
+    for (const Calendar& calendar : calendars) found.push_back(calendar.title);
     return found;
   }
   static std::vector<Occurrence> all(CalendarStore& from) {
     EventQuery query;
-    for (const Calendar& calendar : from.calendars(CalendarKind::kEvents).value())
-      query.calendars.push_back(calendar.id);
+    const auto calendars = from.calendars(CalendarKind::kEvents).value();
+    for (const Calendar& calendar : calendars) query.calendars.push_back(calendar.id);
     return from.occurrences(query).value();
   }
   std::size_t occurrences() { return all(*store).size(); }
