@@ -72,7 +72,13 @@ void NAXiCalNotificationListener::handleMachMessage() {
     const std::shared_ptr<const Notification> next = std::move(m_notifications->front());
     m_notifications->pop_front();
     guard.unlock();
-    processNotification(next);
+    try {
+      processNotification(next);
+    } catch (...) {
+      // What is left is handled at the next message.
+      m_notificationPort->send();
+      throw;
+    }
     guard.lock();
   }
 }

@@ -40,6 +40,8 @@ class NotificationCenter {
   /// Calls `observer` for each notification of that name. The same observer added twice is called twice.
   virtual void addObserver(std::string_view name, Observer observer) = 0;
 
+  /// Calls those who observe its name, in the order in which they were added. One that throws keeps none of the others
+  /// from being called; the first exception leaves afterwards.
   virtual void post(const std::shared_ptr<const Notification>& notification) = 0;
 
   /// Whether notifications of other processes wait. They wait until somebody says `false`.

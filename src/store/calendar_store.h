@@ -125,8 +125,9 @@ class CalendarStore {
 
   /// Where the log of changes stands now; what comes after it can be asked for later.
   virtual Result<std::int64_t> newestChange() = 0;
-  /// What others committed after `position`, in their order; moves `position` to where the log stands. This store's own
-  /// commits, and those without events, are left out.
+  /// What others committed after `position`, in their order; moves `position` to where the log stands. Left out are
+  /// this object's own commits, and those that did nothing to events, reminders and calendars. Of more than 100,000
+  /// changes at once only the newest are known.
   virtual Result<std::vector<OutsideCommit>> outsideCommits(std::int64_t& position) = 0;
   /// Wakes when another process may have committed.
   virtual Result<std::unique_ptr<ChangeSignal>> listen() = 0;

@@ -2,13 +2,14 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
-#include <string>
 
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/epoll.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -17,24 +18,42 @@ namespace {
 
 constexpr time_t kLookEverySeconds = 2;
 
+/// Whoever else may write the folder must not lead us elsewhere with a link, or make us wait with a pipe.
+constexpr int kBellFlags = O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+
 std::string bellOf(const std::filesystem::path& file) { return file.string() + "-bell"; }
 
+/// Made when it is not there, for the same users as the store. Negative when that cannot be.
+int openBell(const std::filesystem::path& file) {
+  const std::string bell = bellOf(file);
+  const int there = ::open(bell.c_str(), kBellFlags);
+  if (there >= 0 || errno != ENOENT) return there;
+  const int made = ::open(bell.c_str(), kBellFlags | O_CREAT | O_EXCL, 0600);
+  if (made < 0) return ::open(bell.c_str(), kBellFlags);
+  struct stat store {};
+  if (::stat(file.c_str(), &store) == 0) {
+    if (::geteuid() == 0) static_cast<void>(!::fchown(made, store.st_uid, store.st_gid));
+    ::fchmod(made, store.st_mode & 0666U);
+  }
+  return made;
+}
+
 tl::unexpected<Error> cannotListen(const std::filesystem::path& file, const char* what) {
-  return failure(ErrorCode::kIo,
-                 fmt::format("changes of {} cannot be followed: {} ({})", file.string(), what, std::strerror(errno)));
+  return failure(ErrorCode::kIo, fmt::format("Changes of the calendar store \"{}\" cannot be followed: {} ({}).",
+                                             file.string(), what, std::strerror(errno)));
 }
 
 }  // namespace
 
 void ChangeSignal::ring(const std::filesystem::path& file) {
-  const int bell = ::open(bellOf(file).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  const int bell = openBell(file);
   if (bell < 0) return;
   static_cast<void>(!::pwrite(bell, "\n", 1, 0));
   ::close(bell);
 }
 
 Result<std::unique_ptr<ChangeSignal>> ChangeSignal::listen(const std::filesystem::path& file) {
-  std::unique_ptr<ChangeSignal> signal(new ChangeSignal);
+  std::unique_ptr<ChangeSignal> signal(new ChangeSignal(file));
   signal->m_poll = ::epoll_create1(EPOLL_CLOEXEC);
   if (signal->m_poll < 0) return cannotListen(file, "no event queue");
   const auto add = [&](int descriptor) {
@@ -50,13 +69,9 @@ Result<std::unique_ptr<ChangeSignal>> ChangeSignal::listen(const std::filesystem
   }
 
   // Without notices (a system may have run out of them) the look every two seconds is what remains.
-  const std::string bell = bellOf(file);
-  const int made = ::open(bell.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-  if (made >= 0) ::close(made);
   signal->m_notices = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-  if (signal->m_notices >= 0 && ::inotify_add_watch(signal->m_notices, bell.c_str(), IN_MODIFY) >= 0) {
-    add(signal->m_notices);
-  }
+  if (signal->m_notices >= 0) add(signal->m_notices);
+  signal->watchBell();
   return signal;
 }
 
@@ -66,11 +81,23 @@ ChangeSignal::~ChangeSignal() {
   }
 }
 
+void ChangeSignal::watchBell() {
+  if (m_notices < 0) return;
+  const std::string bell = bellOf(m_file);
+  // Watching what is watched already changes nothing.
+  if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY) >= 0 || errno != ENOENT) return;
+  const int made = openBell(m_file);
+  if (made < 0) return;
+  ::close(made);
+  ::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY);
+}
+
 void ChangeSignal::drain() {
-  std::array<char, 4096> ignored;
-  for (const int descriptor : {m_notices, m_timer}) {
-    while (descriptor >= 0 && ::read(descriptor, ignored.data(), ignored.size()) > 0) {
-    }
+  std::uint64_t looks = 0;
+  // Somebody may have removed the bell, and the writers have hung up a new one.
+  if (::read(m_timer, &looks, sizeof looks) > 0) watchBell();
+  alignas(inotify_event) std::array<char, 4096> ignored;
+  while (m_notices >= 0 && ::read(m_notices, ignored.data(), ignored.size()) > 0) {
   }
 }
 

@@ -9,25 +9,43 @@
 namespace orlocal::store {
 namespace {
 
-/// What a commit did to one event, all in all.
-class EventFate {
- public:
+/// Where the records of a subject are told; null for what is not told.
+ChangedRecords* recordsOf(OutsideCommit& commit, Subject subject) {
+  switch (subject) {
+    case Subject::kEvent:
+      return &commit.events;
+    case Subject::kReminder:
+      return &commit.reminders;
+    case Subject::kCalendar:
+    case Subject::kReminderList:
+      return &commit.calendars;
+    case Subject::kZone:
+    case Subject::kContact:
+      break;
+  }
+  return nullptr;
+}
+
+/// What a commit did to one record, all in all.
+struct Fate {
+  Uuid uuid;
+  Subject subject;
+  bool inserted = false;
+  bool deleted = false;
+
   void take(const LoggedChange& change) {
     // A changed occurrence that comes or goes changes its series.
     const Operation operation = change.series ? Operation::kUpdated : change.operation;
-    if (operation == Operation::kInserted) m_inserted = true;
-    if (operation == Operation::kDeleted) m_deleted = true;
+    if (operation == Operation::kInserted) inserted = true;
+    if (operation == Operation::kDeleted) deleted = true;
   }
 
-  void addTo(OutsideCommit& commit, std::string identifier) const {
-    if (m_inserted && m_deleted) return;  // it came and went unseen
-    auto& list = m_deleted ? commit.deleted : m_inserted ? commit.inserted : commit.updated;
-    list.push_back(std::move(identifier));
+  void addTo(OutsideCommit& commit) const {
+    if (inserted && deleted) return;  // it came and went unseen
+    ChangedRecords& records = *recordsOf(commit, subject);
+    auto& list = deleted ? records.deleted : inserted ? records.inserted : records.updated;
+    list.push_back(uuid.text());
   }
-
- private:
-  bool m_inserted = false;
-  bool m_deleted = false;
 };
 
 /// Collects the rows of one commit.
@@ -35,13 +53,13 @@ class Collector {
  public:
   void take(const LoggedChange& change) {
     const auto [place, isNew] = m_places.try_emplace(change.uuid, m_fates.size());
-    if (isNew) m_fates.emplace_back(change.uuid, EventFate());
-    m_fates[place->second].second.take(change);
+    if (isNew) m_fates.push_back({.uuid = change.uuid, .subject = change.subject});
+    m_fates[place->second].take(change);
   }
 
   void finishInto(std::vector<OutsideCommit>& commits) {
     OutsideCommit commit;
-    for (const auto& [uuid, fate] : m_fates) fate.addTo(commit, uuid.text());
+    for (const Fate& fate : m_fates) fate.addTo(commit);
     if (!commit.empty()) commits.push_back(std::move(commit));
     m_places.clear();
     m_fates.clear();
@@ -49,19 +67,24 @@ class Collector {
 
  private:
   std::map<Uuid, std::size_t> m_places;
-  std::vector<std::pair<Uuid, EventFate>> m_fates;
+  std::vector<Fate> m_fates;
 };
 
 }  // namespace
 
 Result<std::vector<OutsideCommit>> outsideCommitsAfter(ChangeLog& log, std::int64_t& position) {
   std::vector<OutsideCommit> commits;
+  ORLOCAL_TRY(std::int64_t newest, log.newest());
+  if (newest < position) {
+    // The file was put back from a copy: what was told of it no longer counts.
+    position = newest;
+    return commits;
+  }
   Collector collector;
+  OutsideCommit untold;
   std::int64_t current = 0;
-  std::int64_t newest = position;
   ORLOCAL_CHECK(log.visitAfter(position, [&](const LoggedChange& change) {
-    newest = change.seq;
-    if (change.writer == log.writer() || change.subject != Subject::kEvent) return;
+    if (change.writer == log.writer() || recordsOf(untold, change.subject) == nullptr) return;
     if (change.commit != current) {
       collector.finishInto(commits);
       current = change.commit;

@@ -10,16 +10,25 @@ namespace orlocal::store {
 
 class ChangeLog;
 
-/// What one commit of somebody else did to events. Each list holds the events' public identifiers, each once, in the
-/// order in which they were touched; an event stands in one list: inserted before updated, deleted before both.
-struct OutsideCommit {
+/// Public identifiers of what a commit inserted, updated and deleted: each once, in one list only, in the order in
+/// which they were touched. What was both inserted and deleted is in none.
+struct ChangedRecords {
   std::vector<std::string> inserted, updated, deleted;
 
   bool empty() const { return inserted.empty() && updated.empty() && deleted.empty(); }
 };
 
-/// The commits of others after the log's row `position`, in their order, those without events left out; moves
-/// `position` to the newest row. Inside a read transaction.
+/// What one commit of somebody else did. A changed occurrence that comes, changes or goes is an update of its series.
+struct OutsideCommit {
+  ChangedRecords events;
+  ChangedRecords reminders;
+  ChangedRecords calendars;  ///< reminder lists, too
+
+  bool empty() const { return events.empty() && reminders.empty() && calendars.empty(); }
+};
+
+/// The commits of others after the log's row `position`, in their order, those that did nothing of all this left out;
+/// moves `position` to the newest row. Inside a read transaction.
 Result<std::vector<OutsideCommit>> outsideCommitsAfter(ChangeLog& log, std::int64_t& position);
 
 }  // namespace orlocal::store

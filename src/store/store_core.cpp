@@ -1,6 +1,8 @@
 #include "store/store_core.h"
 
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
@@ -52,6 +54,10 @@ StoreCore::StoreCore(StoreOptions storeOptions, Database opened, UuidMaker maker
 Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
   UuidMaker maker;
   ORLOCAL_TRY(Database opened, openStoreFile(storeOptions.file, storeOptions.busyTimeout, maker));
+  // All who use the file must ring the same bell, whatever link or relative name led them here.
+  std::error_code unresolved;
+  auto file = std::filesystem::canonical(storeOptions.file, unresolved);
+  if (!unresolved) storeOptions.file = std::move(file);
   std::unique_ptr<StoreCore> core(new StoreCore(std::move(storeOptions), std::move(opened), std::move(maker)));
   // When it cannot be done now it is done at a later opening; reading is not held up for it.
   const auto followed = followZoneData(*core, zoneDataVersion());

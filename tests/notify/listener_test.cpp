@@ -1,4 +1,6 @@
+#include <new>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -101,6 +103,19 @@ TEST_F(Listener, HandlesWhatArrivesDuringAScriptInTheSameDrain) {
   std::thread([&] { listener.processNotification(changed({"First"})); }).join();
   listener.handleMachMessage();
   EXPECT_THAT(host.parameters(), ElementsAre("New First", "New Second"));
+}
+
+TEST_F(Listener, GoesOnWithTheRestAfterAStartThatThrows) {
+  bool thrown = false;
+  host.duringStart = [&] {
+    if (!std::exchange(thrown, true)) throw std::bad_alloc();
+  };
+  std::thread([&] {
+    for (const char* id : {"First", "Second", "Third"}) listener.processNotification(changed({id}));
+  }).join();
+  EXPECT_THROW(host.loop().turn(), std::bad_alloc);
+  host.waitForStarts(3);
+  EXPECT_THAT(host.parameters(), ElementsAre("New First", "New Second", "New Third"));
 }
 
 TEST_F(Listener, FindsNothingInADrainTooMany) {

@@ -14,15 +14,15 @@
 namespace orlocal {
 namespace {
 
-std::shared_ptr<const Notification> notificationOf(store::OutsideCommit commit) {
+std::shared_ptr<const Notification> notificationOf(store::ChangedRecords records) {
   auto notification = std::make_shared<Notification>();
   notification->name = kCalEventsChangedExternallyNotification;
   const auto tell = [&](std::string_view key, std::vector<std::string>& identifiers) {
     if (!identifiers.empty()) notification->userInfo.emplace(key, std::move(identifiers));
   };
-  tell(kCalInsertedRecordsKey, commit.inserted);
-  tell(kCalUpdatedRecordsKey, commit.updated);
-  tell(kCalDeletedRecordsKey, commit.deleted);
+  tell(kCalInsertedRecordsKey, records.inserted);
+  tell(kCalUpdatedRecordsKey, records.updated);
+  tell(kCalDeletedRecordsKey, records.deleted);
   return notification;
 }
 
@@ -31,7 +31,7 @@ std::shared_ptr<const Notification> notificationOf(store::OutsideCommit commit) 
 struct ExternalChanges::Watch {
   std::int64_t position = 0;
   std::uint64_t generation = 0;
-  std::deque<store::OutsideCommit> untold;
+  std::deque<store::ChangedRecords> untold;  ///< events of a commit each
   std::unique_ptr<store::ChangeSignal> signal;
   std::unique_ptr<RunLoopPort> port;  ///< null while paused
 };
@@ -62,16 +62,25 @@ void ExternalChanges::look() {
   const std::uint64_t generation = m_access.store().generation();
   if (generation == std::exchange(m_watch->generation, generation) && m_watch->untold.empty()) return;
   if (auto commits = m_access.store().outsideCommits(m_watch->position)) {
-    for (auto& commit : *commits) m_watch->untold.push_back(std::move(commit));
+    for (auto& commit : *commits) {
+      if (!commit.events.empty()) m_watch->untold.push_back(std::move(commit.events));
+    }
   } else {
     // The next wake-up looks again, from the same place.
     m_watch->generation = 0;
   }
-  while (!m_watch->untold.empty()) {
-    // Out of the queue before anybody is told: an observer that throws is not told twice, and the rest is told later.
+  // An observer may pause us, or let the loop turn and with it this function.
+  while (m_watch->port && !m_watch->untold.empty()) {
+    // Out of the queue before anybody is told: an observer that throws is not told twice.
     const auto notification = notificationOf(std::move(m_watch->untold.front()));
     m_watch->untold.pop_front();
-    m_center.post(notification);
+    try {
+      m_center.post(notification);
+    } catch (...) {
+      // The rest is told when the loop turns again.
+      if (m_watch->port) m_watch->port->send();
+      throw;
+    }
   }
 }
 

@@ -1,5 +1,7 @@
 #include "platform/linux/notification_center_linux.h"
 
+#include <exception>
+
 namespace orlocal {
 
 void LinuxNotificationCenter::addObserver(std::string_view name, Observer observer) {
@@ -15,7 +17,15 @@ void LinuxNotificationCenter::post(const std::shared_ptr<const Notification>& no
       if (name == notification->name) called.push_back(observer);
     }
   }
-  for (const auto& observer : called) (*observer)(notification);
+  std::exception_ptr thrown;
+  for (const auto& observer : called) {
+    try {
+      (*observer)(notification);
+    } catch (...) {
+      if (!thrown) thrown = std::current_exception();
+    }
+  }
+  if (thrown) std::rethrow_exception(thrown);
 }
 
 void LinuxNotificationCenter::setSuspended(bool suspended) {

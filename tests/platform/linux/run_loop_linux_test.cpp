@@ -1,9 +1,12 @@
 #include "platform/linux/run_loop_linux.h"
 
+#include <stdexcept>
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <sys/eventfd.h>
 #include <time.h>
+#include <unistd.h>
 
 namespace orlocal {
 namespace {
@@ -130,6 +133,109 @@ TEST_F(RunLoopOfThisThread, MayGoBeforeItsPorts) {
   std::thread([&orphan] { orphan = currentThreadRunLoop().addPort([] {}); }).join();
   orphan->send();
   orphan.reset();
+}
+
+/// A descriptor that the loop watches.
+class WatchedDescriptor : public testing::Test {
+ protected:
+  ~WatchedDescriptor() override {
+    port.reset();
+    ::close(counter);
+  }
+
+  void raise() const { ASSERT_EQ(::eventfd_write(counter, 1), 0); }
+  void takeDown() const {
+    eventfd_t ignored = 0;
+    ::eventfd_read(counter, &ignored);
+  }
+
+  const int counter = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  RunLoop& loop = currentThreadRunLoop();
+  int handled = 0;
+  std::unique_ptr<RunLoopPort> port = watchDescriptor(counter, [this] {
+    ++handled;
+    takeDown();
+  });
+};
+
+TEST_F(WatchedDescriptor, IsHandledWhenItCanBeRead) {
+  raise();
+  loop.turn();
+  EXPECT_EQ(handled, 1);
+}
+
+TEST_F(WatchedDescriptor, IsLeftAloneUntilThen) {
+  loop.turn();
+  EXPECT_EQ(handled, 0);
+}
+
+TEST_F(WatchedDescriptor, IsHandledOnceForEachTimeThatItIsReadEmpty) {
+  raise();
+  raise();
+  loop.turn();
+  loop.turn();
+  EXPECT_EQ(handled, 1);
+}
+
+TEST_F(WatchedDescriptor, IsHandledAgainWhileItIsNotReadEmpty) {
+  port.reset();
+  port = watchDescriptor(counter, [this] { ++handled; });
+  raise();
+  loop.turn();
+  loop.turn();
+  EXPECT_EQ(handled, 2);
+}
+
+TEST_F(WatchedDescriptor, IsHandledOnASend) {
+  port->send();
+  loop.turn();
+  EXPECT_EQ(handled, 1);
+  loop.turn();
+  EXPECT_EQ(handled, 1);
+}
+
+TEST_F(WatchedDescriptor, IsForgottenWithItsPort) {
+  raise();
+  port.reset();
+  loop.turn();
+  EXPECT_EQ(handled, 0);
+}
+
+TEST_F(WatchedDescriptor, WakesALoopThatSleeps) {
+  port.reset();
+  // Leaves the loop as soon as it is called.
+  port = watchDescriptor(counter, [] { throw std::runtime_error("woken"); });
+  std::thread raiser([this] {
+    std::this_thread::sleep_for(20ms);
+    raise();
+  });
+  const auto begun = std::chrono::steady_clock::now();
+  EXPECT_THROW(loop.runFor(60s), std::runtime_error);
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, 50s) << "not before it would have woken by itself";
+  raiser.join();
+}
+
+TEST_F(WatchedDescriptor, MayThrowFromItsHandler) {
+  port.reset();
+  port = watchDescriptor(counter, [this] {
+    takeDown();
+    throw std::runtime_error("the handler's");
+  });
+  raise();
+  EXPECT_THROW(loop.turn(), std::runtime_error);
+  loop.turn();
+}
+
+TEST_F(WatchedDescriptor, KeepsTheOthersOfATurnWhenOneThrows) {
+  port.reset();
+  const auto throwing = [] { throw std::runtime_error("the handler's"); };
+  std::unique_ptr<RunLoopPort> first = loop.addPort(throwing);
+  std::unique_ptr<RunLoopPort> second = loop.addPort([this] { ++handled; });
+  first->send();
+  second->send();
+  EXPECT_THROW(loop.turn(), std::runtime_error);
+  loop.turn();
+  EXPECT_EQ(handled, 1);
 }
 
 }  // namespace
