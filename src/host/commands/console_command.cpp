@@ -82,12 +82,10 @@ ExitStatus runConsole(CommandContext& context) {
   } else {
     lines = std::make_unique<StreamLines>(context.streams.in);
   }
+  // All the while: Ctrl-C may come between two lines, too, and then ends nothing.
+  const std::unique_ptr<InterruptGuard> guard = typed ? std::make_unique<InterruptGuard>(workbench.session()) : nullptr;
   const auto evaluate = [&](std::string_view calculation) {
-    auto outcome = [&] {
-      const std::unique_ptr<InterruptGuard> guard =
-          typed ? std::make_unique<InterruptGuard>(workbench.session()) : nullptr;
-      return workbench.evaluate(calculation);
-    }();
+    auto outcome = workbench.evaluate(calculation);
     tellScripts(context.streams.out);
     return outcome;
   };

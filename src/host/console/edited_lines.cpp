@@ -114,6 +114,8 @@ LineSource::Line EditedLines::read(const std::string& prompt) {
   State& state = *m_state;
   state.prompt = prompt;
   state.cancelled = false;
+  // Before the prompt shows, so that from then on every key is the editor's.
+  ::el_set(state.editor, EL_PREP_TERM, 1);
   int count = 0;
   const char* text = ::el_gets(state.editor, &count);
   if (state.cancelled) return {Outcome::kCancelled, {}};

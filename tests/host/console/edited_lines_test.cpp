@@ -39,7 +39,8 @@ class EditedLinesTest : public ::testing::Test {
     m_child = ::forkpty(&m_terminal, nullptr, nullptr, nullptr);
     ASSERT_GE(m_child, 0);
     if (m_child == 0) answerLines();
-    waitFor("ready");
+    // Only once the prompt is there are keys the editor's: before, Ctrl-C would be a signal.
+    waitFor("> ");
   }
 
   void type(std::string_view keys) {
@@ -85,8 +86,6 @@ class EditedLinesTest : public ::testing::Test {
         if (before == "ti") completion = {"tle", {{"title", "title ( text )", false}}};
         return completion;
       });
-      std::puts("ready");
-      std::fflush(stdout);
       for (;;) {
         const LineSource::Line line = lines.read("> ");
         if (line.outcome == LineSource::Outcome::kEnd) break;
