@@ -72,7 +72,7 @@ class Reader {
   void readLine() {
     const std::string_view line = m_lines[m_at];
     if (m_markdown && line.starts_with(kFence)) {
-      m_inside = !m_inside && line.starts_with(kTranscriptFence);
+      m_inside = line.starts_with(kTranscriptFence);
       m_expecting = false;
       ++m_at;
     } else if (!m_inside) {
