@@ -7,8 +7,8 @@
 namespace orlocal::store {
 namespace {
 
-/// Rows kept: enough for a walk with what it prefetched, small beside a store.
-constexpr std::size_t kKept = 2048;
+/// Rows kept, of a kilobyte or so: the series that a walk over a year meets again and again, small beside a large store.
+constexpr std::size_t kKept = 12'288;
 constexpr std::size_t kPrefetched = 512;
 
 Result<std::optional<ItemId>> firstId(Statement& statement) {

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "store/civil_days.h"
 #include "store/try.h"
 #include "store/uuid.h"
 
@@ -88,7 +89,7 @@ void bindOptional(Statement& statement, int parameter, const std::optional<std::
 /// `before` is the time whose clock is left out when this one runs on it too.
 void bindTime(Statement& statement, int parameter, const std::optional<CalendarTime>& time,
               const std::optional<CalendarTime>& before = std::nullopt) {
-  time ? statement.bind(parameter, wallSeconds(time->local)) : statement.bindNull(parameter);
+  time ? statement.bind(parameter, localSeconds(time->local)) : statement.bindNull(parameter);
   if (time && !(before && before->kind == time->kind && before->zone == time->zone)) {
     statement.bind(parameter + 1, clockName(*time));
   } else {

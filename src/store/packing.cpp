@@ -3,6 +3,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "store/civil_days.h"
+
 namespace orlocal::store {
 namespace {
 
@@ -30,7 +32,7 @@ class Packer {
   }
   void time(const CalendarTime& value) {
     text(clockName(value));
-    number(wallSeconds(value.local));
+    number(localSeconds(value.local));
   }
   void count(std::size_t size) { number(static_cast<std::int64_t>(size)); }
   void numbers(const std::vector<int>& values) {
@@ -179,7 +181,7 @@ std::string_view clockName(const CalendarTime& time) {
 
 CalendarTime timeOnClock(std::int64_t seconds, std::string_view clock) {
   CalendarTime time;
-  time.local = wallTime(seconds);
+  time.local = localTime(seconds);
   if (clock == kDateClock) {
     time.kind = CalendarTime::Kind::kDate;
   } else if (clock == kFloatingClock) {

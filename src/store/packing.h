@@ -27,10 +27,6 @@ std::optional<std::vector<Alarm>> unpackAlarms(std::span<const std::byte> bytes)
 std::optional<std::vector<Attendee>> unpackAttendees(std::span<const std::byte> bytes);
 std::optional<std::vector<std::string>> unpackStrings(std::span<const std::byte> bytes);
 
-/// Seconds since 1970-01-01 00:00:00 on the same wall clock.
-inline std::int64_t wallSeconds(const LocalTime& local) { return local - LocalTime(); }
-inline LocalTime wallTime(std::int64_t seconds) { return LocalTime() + seconds; }
-
 /// How a row names the clock of a time: "=date", "=floating", "=utc", or the zone's name.
 std::string_view clockName(const CalendarTime& time);
 CalendarTime timeOnClock(std::int64_t seconds, std::string_view clock);

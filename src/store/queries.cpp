@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "store/civil_days.h"
 #include "store/packing.h"
 #include "store/try.h"
 
@@ -23,7 +24,7 @@ std::int64_t ceilSeconds(Moment moment) { return std::chrono::ceil<seconds>(mome
 
 /// A moment that the timeline holds as seconds, in UTC or on the viewer's wall clock.
 Moment momentAt(std::int64_t value, bool wall, const Zone& viewer) {
-  return wall ? viewer.toMoment(wallTime(value)) : Moment(seconds(value));
+  return wall ? viewer.toMoment(localTime(value)) : Moment(seconds(value));
 }
 
 struct Range {

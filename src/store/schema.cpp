@@ -193,6 +193,7 @@ Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::m
     return openForReading(file, busyTimeout, std::move(version.error()));
   }
   if (!version) return tl::unexpected(std::move(version.error()));
+  ORLOCAL_CHECK(database.execute("PRAGMA cache_size=-8192"));
   const bool current = *version && **version == formatVersion();
   if (!database.readOnly()) {
     ORLOCAL_CHECK(switchToLog(database, busyTimeout));

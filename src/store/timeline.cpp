@@ -4,6 +4,7 @@
 #include <iterator>
 #include <vector>
 
+#include "store/civil_days.h"
 #include "store/packing.h"
 #include "store/try.h"
 
@@ -66,8 +67,8 @@ unsigned monthsBetween(std::int64_t from, std::int64_t to) {
   const std::int64_t last = std::clamp(to, -70'000'000'000, 270'000'000'000);
   if (last - first > 330 * kDay) return 0xfff;
   unsigned months = 0;
-  const cctz::civil_month end(wallTime(last));
-  for (cctz::civil_month month(wallTime(first)); month <= end; ++month) months |= 1u << (month.month() - 1);
+  const cctz::civil_month end(localTime(last));
+  for (cctz::civil_month month(localTime(first)); month <= end; ++month) months |= 1u << (month.month() - 1);
   return months;
 }
 
@@ -126,7 +127,7 @@ bool Timeline::isWall(const CalendarTime& time) {
 }
 
 std::int64_t Timeline::keyOf(const CalendarTime& time) {
-  if (isWall(time)) return wallSeconds(time.local);
+  if (isWall(time)) return localSeconds(time.local);
   return std::chrono::floor<std::chrono::seconds>(momentOf(time, Zone())).time_since_epoch().count();
 }
 
