@@ -68,6 +68,11 @@ TEST(ReadEvent, FillsTheFields) {
   EXPECT_EQ(item.modified, Zone().toMoment(LocalTime(2026, 2, 2)));
 }
 
+TEST(ReadEvent, KeepsTheEndOfTheOtherKind) {
+  EXPECT_EQ(readAll(event(kStart + "DUE:20261105T090000\n")).item().extra, "DUE:20261105T090000\n");
+  EXPECT_EQ(readAll(event(kStart + "DUE:20261105T090000\n")).item().end, readAll(event(kStart)).item().start);
+}
+
 TEST(ReadEvent, TellsAbsentFromEmpty) {
   EXPECT_EQ(readAll(event(kStart)).item().title, std::nullopt);
   EXPECT_EQ(readAll(event(kStart + "SUMMARY:\n")).item().title, "");
@@ -151,6 +156,11 @@ TEST(RefusedItems, SayWhatIsWrong) {
   };
   for (const Refusal& refusal : refusals)
     EXPECT_EQ(messages(readAll(event(refusal.lines)).refused), refusal.message) << refusal.lines;
+}
+
+TEST(RefusedItems, IncludeOneThatEndsPastTheYear9999) {
+  EXPECT_EQ(messages(readAll(event("DTSTART:99991231\nDURATION:P9W\n")).refused),
+            "5: its end lies past the year 9999; the event was not imported\n");
 }
 
 TEST(RefusedItems, IncludeOneThatIsNotClosed) {
