@@ -81,10 +81,14 @@ class Reader {
     return value;
   }
 
-  /// Two digits from `low` to `high`.
-  std::optional<int> pair(int low, int high) {
-    const auto value = digits(2, 2);
-    return value && *value >= low && *value <= high ? std::optional<int>(static_cast<int>(*value)) : std::nullopt;
+  /// Two digits from `low` to `high`; refused when not.
+  bool pair(int low, int high, int& value) {
+    if (m_rest.size() < 2) return false;
+    const int tens = m_rest[0] - '0';
+    const int ones = m_rest[1] - '0';
+    value = tens * 10 + ones;
+    m_rest.remove_prefix(2);
+    return tens >= 0 && tens <= 9 && ones >= 0 && ones <= 9 && value >= low && value <= high;
   }
 
   bool atEnd() const { return m_rest.empty(); }
@@ -132,25 +136,18 @@ std::optional<Date> dateWithString(std::string_view text) {
   const auto digits = in.digits(1, 6);
   if (!digits || *digits > kLastYear || !in.literal('-')) return std::nullopt;
   const std::int64_t year = negative ? -*digits : *digits;
-  const auto month = in.pair(1, 12);
-  if (!month || !in.literal('-')) return std::nullopt;
-  const auto day = in.pair(1, lastDay(year, *month));
-  if (!day || !in.literal(' ')) return std::nullopt;
-  const auto hour = in.pair(0, 23);
-  if (!hour || !in.literal(':')) return std::nullopt;
-  const auto minute = in.pair(0, 59);
-  if (!minute || !in.literal(':')) return std::nullopt;
-  const auto second = in.pair(0, 59);
-  if (!second || !in.literal(' ')) return std::nullopt;
+  int month = 0, day = 0, hour = 0, minute = 0, second = 0, offsetHours = 0, offsetMinutes = 0;
+  const bool dateReads = in.pair(1, 12, month) && in.literal('-') && in.pair(1, lastDay(year, month), day);
+  if (!dateReads || !in.literal(' ')) return std::nullopt;
+  const bool timeReads =
+      in.pair(0, 23, hour) && in.literal(':') && in.pair(0, 59, minute) && in.literal(':') && in.pair(0, 59, second);
+  if (!timeReads || !in.literal(' ')) return std::nullopt;
   const bool west = in.literal('-');
   if (!west && !in.literal('+')) return std::nullopt;
-  const auto offsetHours = in.pair(0, 23);
-  const auto offsetMinutes = offsetHours ? in.pair(0, 59) : std::nullopt;
-  if (!offsetMinutes || !in.atEnd()) return std::nullopt;
+  if (!in.pair(0, 23, offsetHours) || !in.pair(0, 59, offsetMinutes) || !in.atEnd()) return std::nullopt;
 
-  const std::int64_t offset = (*offsetHours * 3600 + *offsetMinutes * 60) * (west ? -1 : 1);
-  return Date(
-      seconds(daysFromCivil(year, *month, *day) * kSecondsPerDay + *hour * 3600 + *minute * 60 + *second - offset));
+  const std::int64_t offset = (offsetHours * 3600 + offsetMinutes * 60) * (west ? -1 : 1);
+  return Date(seconds(daysFromCivil(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 + second - offset));
 }
 
 std::string formatDate(Date date, int offsetSeconds) {

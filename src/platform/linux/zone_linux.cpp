@@ -1,10 +1,14 @@
 #include "platform/linux/zone_linux.h"
 
+#include <algorithm>
+#include <chrono>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace orlocal {
 namespace {
@@ -15,7 +19,13 @@ class LinuxTimeZone final : public TimeZone {
 
   std::string name() const override { return m_zone.name(); }
   int secondsFromGMT() const override { return m_zone.offsetSeconds(store::now()); }
-  int secondsFromGMTForDate(Date date) const override { return m_zone.offsetSeconds(date); }
+  int secondsFromGMTForDate(Date date) const override {
+    std::call_once(m_listed, [this] { listSpans(); });
+    if (date < m_spans.front().from || date >= m_listedUntil) return m_zone.offsetSeconds(date);
+    return std::prev(std::upper_bound(m_spans.begin(), m_spans.end(), date,
+                                      [](Date moment, const Span& span) { return moment < span.from; }))
+        ->offset;
+  }
   std::string abbreviation() const override { return m_zone.abbreviation(store::now()); }
 
   DateComponents components(Date date) const override {
@@ -41,7 +51,29 @@ class LinuxTimeZone final : public TimeZone {
   }
 
  private:
+  /// An offset in force from a moment on.
+  struct Span {
+    Date from;
+    int offset;
+  };
+
+  /// Each date that is read or shown asks for its offset, so those of our days are kept at hand.
+  void listSpans() const {
+    using namespace std::chrono;
+    constexpr Date kFrom = sys_days(year(1970) / 1 / 1);
+    constexpr Date kUntil = sys_days(year(2100) / 1 / 1);
+    m_spans.push_back({kFrom, m_zone.offsetSeconds(kFrom)});
+    for (auto change = m_zone.changeAfter(kFrom); change && change->at < kUntil;
+         change = m_zone.changeAfter(change->at)) {
+      m_spans.push_back({change->at, change->offsetAfter});
+    }
+    m_listedUntil = kUntil;
+  }
+
   store::Zone m_zone;
+  mutable std::once_flag m_listed;
+  mutable std::vector<Span> m_spans;  ///< by moment
+  mutable Date m_listedUntil;
 };
 
 }  // namespace
