@@ -144,6 +144,8 @@ Status switchToLog(Database& database, std::chrono::milliseconds busyTimeout) {
 
 /// The version; none for a file with nothing in it.
 Result<std::optional<std::int64_t>> versionOf(Database& database) {
+  // In one snapshot: another process may be making the file at this moment.
+  ORLOCAL_TRY(const Transaction snapshot, Transaction::read(database));
   ORLOCAL_TRY(const std::int64_t application, database.integerOf("PRAGMA application_id"));
   ORLOCAL_TRY(const std::int64_t version, database.integerOf("PRAGMA user_version"));
   if (application == kApplicationId) {

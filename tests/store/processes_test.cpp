@@ -147,45 +147,6 @@ TEST_F(Processes, ReadWhileAnotherWrites) {
   EXPECT_EQ(other->occurrences(EventQuery{std::nullopt, std::nullopt, {1}})->size(), 1u);
 }
 
-TEST_F(Processes, TellWhatOthersCommitted) {
-  auto other = opened();
-  auto position = *store->newestChange();
-  saved(plain("mine"));
-  Item item = plain("theirs");
-  ASSERT_TRUE(other->saveEvent(item, std::nullopt, Span::kThis));
-  item.title = "renamed";
-  ASSERT_TRUE(other->saveEvent(item, std::nullopt, Span::kThis));
-  ASSERT_TRUE(other->removeEvent(item, std::nullopt, Span::kThis));
-  const auto outside = *store->outsideCommits(position);
-  ASSERT_EQ(outside.size(), 3u);
-  EXPECT_THAT(outside[0].inserted, ElementsAre(item.identifier));
-  EXPECT_THAT(outside[1].updated, ElementsAre(item.identifier));
-  EXPECT_THAT(outside[2].deleted, ElementsAre(item.identifier));
-  EXPECT_THAT(*store->outsideCommits(position), IsEmpty());
-}
-
-TEST_F(Processes, TellOfASeriesOnceForEachCommit) {
-  Item series = plain("series");
-  series.recurrence.rules = {rule(RecurrenceRule::Frequency::kDaily, 5)};
-  series = saved(series);
-  auto other = opened();
-  auto position = *store->newestChange();
-  const auto all = occurrences(std::nullopt, std::nullopt);
-  ASSERT_TRUE(other->removeEvent(series, all[1], Span::kThis));
-  Item edited = **other->item(series.id);
-  edited.start = berlin("2026-11-04 12:00");
-  edited.end = berlin("2026-11-04 13:00");
-  ASSERT_TRUE(other->saveEvent(edited, all[2], Span::kThis));
-  Item right = **other->item(series.id);
-  right.start = berlin("2026-11-05 09:00");
-  right.end = berlin("2026-11-05 10:00");
-  ASSERT_TRUE(other->saveEvent(right, all[3], Span::kFuture));
-  const auto outside = *store->outsideCommits(position);
-  ASSERT_EQ(outside.size(), 3u);
-  for (const OutsideCommit& commit : outside) EXPECT_THAT(commit.updated, ElementsAre(series.identifier));
-  EXPECT_THAT(outside[2].inserted, ElementsAre(right.identifier));
-}
-
 /// A full disk, as far as a test can make one: files may not grow.
 TEST_F(Processes, KeepWhatWasSavedWhenThereIsNoMoreRoom) {
   store.reset();

@@ -84,7 +84,11 @@ TEST_F(StoreFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
   std::vector<pid_t> children;
   for (int i = 0; i < 8; ++i) {
     const pid_t child = fork();
-    if (child == 0) _exit(CalendarStore::open(options()) ? 0 : 1);
+    if (child == 0) {
+      const auto made = CalendarStore::open(options());
+      if (!made) std::fprintf(stderr, "%s\n", made.error().message.c_str());
+      _exit(made ? 0 : 1);
+    }
     children.push_back(child);
   }
   for (const pid_t child : children) {
