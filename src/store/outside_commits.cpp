@@ -17,8 +17,9 @@ ChangedRecords* recordsOf(OutsideCommit& commit, Subject subject) {
     case Subject::kReminder:
       return &commit.reminders;
     case Subject::kCalendar:
-    case Subject::kReminderList:
       return &commit.calendars;
+    case Subject::kReminderList:
+      return &commit.reminderLists;
     case Subject::kZone:
     case Subject::kContact:
       break;

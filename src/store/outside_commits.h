@@ -22,9 +22,10 @@ struct ChangedRecords {
 struct OutsideCommit {
   ChangedRecords events;
   ChangedRecords reminders;
-  ChangedRecords calendars;  ///< reminder lists, too
+  ChangedRecords calendars;
+  ChangedRecords reminderLists;
 
-  bool empty() const { return events.empty() && reminders.empty() && calendars.empty(); }
+  bool empty() const { return events.empty() && reminders.empty() && calendars.empty() && reminderLists.empty(); }
 };
 
 /// The commits of others after the log's row `position`, in their order, those that did nothing of all this left out;

@@ -172,7 +172,7 @@ TEST_F(OutsideCommits, KeepRemindersAndCalendarsApartFromEvents) {
   EXPECT_THAT(commits[0].events.inserted, ElementsAre(event.text()));
   EXPECT_THAT(commits[0].reminders.inserted, ElementsAre(reminder.text()));
   EXPECT_THAT(commits[0].calendars.deleted, ElementsAre(calendar.text()));
-  EXPECT_THAT(commits[0].calendars.updated, ElementsAre(list.text()));
+  EXPECT_THAT(commits[0].reminderLists.updated, ElementsAre(list.text()));
 }
 
 TEST_F(OutsideCommits, LeaveOutZonesAndContacts) {

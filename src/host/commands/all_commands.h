@@ -14,5 +14,6 @@ void registerCalendarsCommand(CommandLine& line);  ///< calendars
 void registerAgendaCommand(CommandLine& line);     ///< agenda
 void registerImportCommands(CommandLine& line);    ///< import, import-contacts
 void registerExportCommand(CommandLine& line);     ///< export
+void registerWatchCommand(CommandLine& line);      ///< watch
 
 }  // namespace orlocal::host

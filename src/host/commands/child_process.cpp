@@ -62,11 +62,8 @@ std::string readAll(int descriptor) {
   }
 }
 
-ChildResult collect(pid_t child, const Pipe& pipe) {
-  ::close(pipe.ends[1]);
-  ChildResult result;
-  result.output = readAll(pipe.ends[0]);
-  ::close(pipe.ends[0]);
+/// Waits for the child's end and puts it into words.
+void waitFor(pid_t child, ChildResult& result) {
   int state = 0;
   while (::waitpid(child, &state, 0) < 0 && errno == EINTR) {
   }
@@ -77,7 +74,23 @@ ChildResult collect(pid_t child, const Pipe& pipe) {
     const int signal = WTERMSIG(state);
     result.ending = fmt::format("was ended by signal {} ({})", signal, ::strsignal(signal));
   }
+}
+
+ChildResult collect(pid_t child, const Pipe& pipe) {
+  ::close(pipe.ends[1]);
+  ChildResult result;
+  result.output = readAll(pipe.ends[0]);
+  ::close(pipe.ends[0]);
+  waitFor(child, result);
   return result;
+}
+
+/// The words as the system takes them; they borrow from `words`.
+std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
+  std::vector<char*> arguments;
+  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  return arguments;
 }
 
 pid_t forked() {
@@ -109,9 +122,7 @@ ChildResult runInChild(const std::function<void(std::ostream&)>& work) {
 }
 
 ChildResult runProgram(const std::vector<std::string>& words) {
-  std::vector<char*> arguments;
-  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-  arguments.push_back(nullptr);
+  const std::vector<char*> arguments = argumentsOf(words);
   const Pipe pipe;
   const pid_t child = forked();
   if (child != 0) return collect(child, pipe);
@@ -119,6 +130,31 @@ ChildResult runProgram(const std::vector<std::string>& words) {
   ::dup2(pipe.ends[1], STDERR_FILENO);
   ::execv(arguments[0], arguments.data());
   ::_exit(127);
+}
+
+ChildResult runVisibly(const std::vector<std::string>& words) {
+  const std::vector<char*> arguments = argumentsOf(words);
+  // What closes without a word when the program begins, and says why when it cannot.
+  const Pipe pipe;
+  const pid_t child = forked();
+  if (child == 0) {
+    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::dup2(nothing, STDIN_FILENO);
+    ::execvp(arguments[0], arguments.data());
+    const int reason = errno;
+    static_cast<void>(!::write(pipe.ends[1], &reason, sizeof reason));
+    ::_exit(127);
+  }
+  ::close(pipe.ends[1]);
+  int reason = 0;
+  ssize_t count = 0;
+  while ((count = ::read(pipe.ends[0], &reason, sizeof reason)) < 0 && errno == EINTR) {
+  }
+  ::close(pipe.ends[0]);
+  ChildResult result;
+  waitFor(child, result);
+  if (count > 0) result.ending = fmt::format("cannot be run: {}", std::generic_category().message(reason));
+  return result;
 }
 
 }  // namespace orlocal::host

@@ -23,4 +23,8 @@ ChildResult runInChild(const std::function<void(std::ostream&)>& work);
 /// Runs a program by its words, the first being its file; output and errors come back together.
 ChildResult runProgram(const std::vector<std::string>& words);
 
+/// Runs a program that shares our output and error streams and reads nothing; the first word is its file or a name that
+/// is searched on the path. `output` stays empty.
+ChildResult runVisibly(const std::vector<std::string>& words);
+
 }  // namespace orlocal::host

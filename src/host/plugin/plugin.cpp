@@ -157,6 +157,8 @@ PluginResult<std::u16string> Plugin::getString(std::uint8_t id, std::uint32_t ca
   return std::u16string(buffer.data());
 }
 
+void* Plugin::symbol(const char* name) const noexcept { return dlsym(m_library, name); }
+
 std::uint32_t Plugin::pluginId() {
   constexpr std::size_t kOptionsLength = 11;
   const auto options = getString(kOptionsString);

@@ -63,6 +63,9 @@ class Plugin {
   /// with the terminator.
   PluginResult<std::u16string> getString(std::uint8_t id, std::uint32_t capacity = 4096);
 
+  /// The address of an exported symbol; null when there is none of that name. Valid as long as this.
+  void* symbol(const char* name) const noexcept;
+
   /// The four characters that name the plug-in, from its options string; 0 when that is malformed.
   std::uint32_t pluginId();
 

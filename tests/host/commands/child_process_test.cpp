@@ -56,5 +56,19 @@ TEST(ChildProcessTest, RunsAProgramAndBringsBackBothItsStreams) {
 
 TEST(ChildProcessTest, FailsForAProgramThatIsNotThere) { EXPECT_EQ(runProgram({"/no/such/program"}).status, 127); }
 
+TEST(RunVisiblyTest, SearchesThePath) { EXPECT_TRUE(runVisibly({"true"}).succeeded()); }
+
+TEST(RunVisiblyTest, TellsHowTheProgramEnded) {
+  const ChildResult result = runVisibly({"sh", "-c", "exit 3"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.ending, "ended with status 3");
+}
+
+TEST(RunVisiblyTest, SaysWhyAProgramCannotBeRun) {
+  const ChildResult result = runVisibly({"there-is-no-such-program"});
+  EXPECT_FALSE(result.succeeded());
+  EXPECT_EQ(result.ending, "cannot be run: No such file or directory");
+}
+
 }  // namespace
 }  // namespace orlocal::host

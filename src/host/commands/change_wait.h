@@ -1,0 +1,21 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+#include "store/change_signal.h"
+
+namespace orlocal::host {
+
+/// What ended a wait.
+enum class Woken {
+  kByChange,        ///< something may have changed
+  kByTime,          ///< nothing did for as long as was asked
+  kByInterruption,  ///< the person at the terminal has had enough
+};
+
+/// Sleeps in the kernel until the signal wakes us, `patience` is over (never, without one) or an `Interruption`, which
+/// must be there, has been asked for; one that came before counts, too.
+Woken waitForChange(store::ChangeSignal& signal, std::optional<std::chrono::milliseconds> patience = std::nullopt);
+
+}  // namespace orlocal::host

@@ -1,0 +1,152 @@
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "host/commands/all_commands.h"
+#include "host/commands/change_wait.h"
+#include "host/commands/child_process.h"
+#include "host/commands/command.h"
+#include "host/commands/interruption.h"
+#include "host/commands/plugin_host.h"
+#include "host/commands/store_news.h"
+#include "host/commands/store_session.h"
+#include "host/commands/terminal_text.h"
+#include "host/fmwrapper/unicode.h"
+#include "host/plugin/update_script.h"
+
+namespace orlocal::host {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct WatchWords {
+  std::string file, script;
+  std::vector<std::string> command;
+};
+
+/// The word of a command that stands for the script's parameter.
+constexpr std::string_view kParameter = "{}";
+
+/// The kernel wakes us and the plug-in each for itself, and we may be the faster one: the plug-in gets idle time again
+/// after these, and then no more until something happens.
+constexpr std::array kMoreIdleTime = {2ms, 20ms, 200ms};
+
+/// Prints what others do to the store, until interrupted.
+ExitStatus watchStore(CommandContext& context) {
+  const Interruption interruption;
+  const auto store = openUserStore();
+  const store::Zone viewer = store::Zone::ofUser();
+  // First the ear, then the place in the log: what is committed in between is heard.
+  const auto signal = orFail(store->listen());
+  StoreNews news(*store);
+  std::ostream& out = context.streams.out;
+  context.streams.err << "orlocal: watching the calendars; Ctrl-C ends it\n" << std::flush;
+  do {
+    news.tell([&](const News& each) {
+      out << (context.options.json ? jsonLineOf(each, viewer) : lineOf(each, viewer)) << std::endl;
+    });
+  } while (waitForChange(*signal) != Woken::kByInterruption);
+  return ExitStatus::kDone;
+}
+
+/// A host with one script: what the plug-in starts is run.
+class ScriptWatch {
+ public:
+  ScriptWatch(const WatchWords& words, CommandContext& context) : m_words(words), m_context(context) {}
+  ~ScriptWatch() { Registry::instance().setScriptHook(nullptr); }
+  ScriptWatch(const ScriptWatch&) = delete;
+  ScriptWatch& operator=(const ScriptWatch&) = delete;
+
+  ExitStatus run() {
+    const Interruption interruption;
+    const auto store = openUserStore();
+    const auto signal = orFail(store->listen());
+    const auto workbench = Workbench::open(m_context, Workbench::Need::kPlugin);
+    if (!workbench) throw CommandFailure(workbench.error());
+    Plugin& plugin = *(*workbench)->plugin();
+    Registry::instance().setScriptHook([this](const ScriptStart& start) { return runScript(start); });
+    if (const auto registered = registerUpdateScript(plugin, m_words.file, m_words.script); !registered) {
+      throw CommandFailure(registered.error());
+    }
+    m_context.streams.err << "orlocal: watching the calendars for " << printable(m_words.script) << "; Ctrl-C ends it\n"
+                          << std::flush;
+    return serve(plugin, *signal);
+  }
+
+ private:
+  ExitStatus serve(Plugin& plugin, store::ChangeSignal& signal) {
+    std::size_t idles = 0;
+    for (;;) {
+      if (const auto idle = plugin.idle(); !idle) m_context.streams.err << "orlocal: " << idle.error() << std::endl;
+      const bool more = idles < kMoreIdleTime.size();
+      const Woken woken = waitForChange(signal, more ? std::optional(kMoreIdleTime.at(idles)) : std::nullopt);
+      if (woken == Woken::kByInterruption) return ExitStatus::kDone;
+      idles = woken == Woken::kByChange ? 0 : idles + 1;
+    }
+  }
+
+  fmx::ErrorCode runScript(const ScriptStart& start) {
+    if (Interruption::flag()) return Registry::kRefused;
+    const std::string parameter = start.parameter ? start.parameter->utf8() : std::string();
+    if (m_words.command.empty()) {
+      print(start, parameter);
+      return 0;
+    }
+    std::vector<std::string> words = m_words.command;
+    std::replace(words.begin(), words.end(), std::string(kParameter), parameter);
+    const ChildResult result = runVisibly(words);
+    if (result.succeeded()) return 0;
+    m_context.streams.err << fmt::format("orlocal: {} {} ({})", printable(words.front()), result.ending,
+                                         printable(parameter))
+                          << std::endl;
+    return Registry::kRefused;
+  }
+
+  void print(const ScriptStart& start, const std::string& parameter) {
+    const std::string file = toUtf8(start.file);
+    const std::string script = toUtf8(start.script);
+    if (m_context.options.json) {
+      const nlohmann::json json = {{"file", file}, {"script", script}, {"parameter", parameter}};
+      m_context.streams.out << json.dump() << std::endl;
+    } else {
+      m_context.streams.out << fmt::format("{} / {}: {}", printable(file), printable(script), printable(parameter))
+                            << std::endl;
+    }
+  }
+
+  const WatchWords& m_words;
+  CommandContext& m_context;
+};
+
+}  // namespace
+
+void registerWatchCommand(CommandLine& line) {
+  const auto words = std::make_shared<WatchWords>();
+  CLI::App& watch =
+      line.add("watch",
+               "Shows what other programs change in the calendars, as it happens; with a script, does what a host\n"
+               "does for a solution that has registered it.",
+               [words](CommandContext& context) {
+                 return words->script.empty() ? watchStore(context) : ScriptWatch(*words, context).run();
+               });
+  CLI::Option* file = watch.add_option("--file", words->file, "The file that holds the script, as the plug-in is told");
+  CLI::Option* script = watch.add_option("--script", words->script, "The script to start for each change");
+  file->type_name("FILE")->needs(script);
+  script->type_name("SCRIPT")->needs(file);
+  watch
+      .add_option("command", words->command,
+                  "After --: a command to run for each start. A word {} stands for the script's parameter, \"New …\",\n"
+                  "\"Updated …\" or \"Deleted …\" with an event's identifier; no shell reads it")
+      ->type_name("COMMAND")
+      ->needs(script);
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,77 @@
+#include "host/commands/change_wait.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include "host/commands/interruption.h"
+
+namespace orlocal::host {
+namespace {
+
+using namespace std::chrono_literals;
+
+class ChangeWaitTest : public testing::Test {
+ protected:
+  ChangeWaitTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "orlocal-wait-XXXXXX").string();
+    folder = ::mkdtemp(pattern.data());
+    signal = store::ChangeSignal::listen(folder / "calendar.db").value();
+  }
+  ~ChangeWaitTest() override { std::filesystem::remove_all(folder); }
+
+  void ring() const { store::ChangeSignal::ring(folder / "calendar.db"); }
+
+  std::filesystem::path folder;
+  std::unique_ptr<store::ChangeSignal> signal;
+  Interruption interruption;
+};
+
+TEST_F(ChangeWaitTest, EndsWithAChange) {
+  ring();
+  EXPECT_EQ(waitForChange(*signal), Woken::kByChange);
+}
+
+TEST_F(ChangeWaitTest, TakesAChangeOnce) {
+  ring();
+  waitForChange(*signal);
+  EXPECT_EQ(waitForChange(*signal, 0ms), Woken::kByTime);
+}
+
+TEST_F(ChangeWaitTest, EndsWhenPatienceDoes) { EXPECT_EQ(waitForChange(*signal, 1ms), Woken::kByTime); }
+
+TEST_F(ChangeWaitTest, EndsWithAnInterruptionOfBefore) {
+  ::raise(SIGINT);
+  EXPECT_EQ(waitForChange(*signal), Woken::kByInterruption);
+}
+
+TEST_F(ChangeWaitTest, EndsWithAnInterruptionInBetween) {
+  const pthread_t waiting = ::pthread_self();
+  std::thread interrupter([waiting] {
+    std::this_thread::sleep_for(20ms);
+    ::pthread_kill(waiting, SIGTERM);
+  });
+  EXPECT_EQ(waitForChange(*signal, 60s), Woken::kByInterruption);
+  interrupter.join();
+}
+
+TEST_F(ChangeWaitTest, PutsInterruptionBeforeChange) {
+  ring();
+  ::raise(SIGINT);
+  EXPECT_EQ(waitForChange(*signal), Woken::kByInterruption);
+}
+
+TEST_F(ChangeWaitTest, LeavesTheSignalsAsTheyWere) {
+  waitForChange(*signal, 0ms);
+  sigset_t held;
+  ::sigprocmask(SIG_SETMASK, nullptr, &held);
+  EXPECT_FALSE(::sigismember(&held, SIGINT));
+  EXPECT_FALSE(::sigismember(&held, SIGTERM));
+}
+
+}  // namespace
+}  // namespace orlocal::host
