@@ -51,7 +51,7 @@ ItemRows::ItemRows(Database& database)
       m_remove("DELETE FROM items WHERE id = ?"),
       m_newestUuid("SELECT uuid FROM items ORDER BY id DESC LIMIT 1"),
       m_inCalendar(ItemValues::kReadInCalendar),
-      m_idsInCalendar("SELECT id FROM items WHERE calendar = ? ORDER BY id"),
+      m_idsInCalendar("SELECT id FROM items WHERE calendar = ? ORDER BY series IS NULL, id"),
       m_zonedIds(
           "SELECT id FROM items WHERE start_clock NOT LIKE '=%' OR end_clock NOT LIKE '=%' OR "
           "recurrence_id_clock NOT LIKE '=%' OR series IS NOT NULL ORDER BY series IS NOT NULL, id") {}

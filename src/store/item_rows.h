@@ -64,6 +64,7 @@ class ItemRows {
 
   /// Visits the rows of a calendar that are no changed occurrence of a series, in the order in which they came.
   Status visitCalendar(CalendarId calendar, const std::function<Status(const Item&)>& visit);
+  /// Changed occurrences come first.
   Result<std::vector<ItemId>> idsInCalendar(CalendarId calendar);
   /// Every row with a time in a zone; changed occurrences come last.
   Result<std::vector<ItemId>> zonedIds();

@@ -193,6 +193,7 @@ Status StoreCore::removeItem(const Item& item) {
 }
 
 Status StoreCore::removeCalendar(const Calendar& calendar) {
+  // Changed occurrences first, while they still have their series' identifier.
   ORLOCAL_TRY(const auto ids, rows.idsInCalendar(calendar.id));
   for (const ItemId id : ids) {
     ORLOCAL_TRY(const auto item, rows.read(id));

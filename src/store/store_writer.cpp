@@ -16,6 +16,13 @@ namespace {
 constexpr const char* kLargeCache = "PRAGMA cache_size=-65536";
 constexpr const char* kUsualCache = "PRAGMA cache_size=-8192";
 
+/// What a rule that cannot be followed is to a file: one item that is refused, whatever the others are.
+Result<Series> compiledToPut(const Item& item) {
+  auto series = Series::compile(item, Zone());
+  if (!series) return failure(ErrorCode::kRefused, std::move(series.error().message));
+  return series;
+}
+
 /// Whether a stored item differs from the one given, identifiers apart; those are copied from the stored one.
 bool differs(const Item& stored, Item& given) {
   given.id = stored.id;
@@ -94,7 +101,7 @@ Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector
     if (!occurrence.recurrenceId) return failure(ErrorCode::kInvalid, "A changed occurrence needs its original start.");
     ORLOCAL_CHECK(checkTarget(calendar, occurrence));
   }
-  ORLOCAL_TRY(const Series series, Series::compile(main, Zone()));
+  ORLOCAL_TRY(const Series series, compiledToPut(main));
   ORLOCAL_TRY(const PutOutcome outcome, putMain(main, &series));
   ORLOCAL_CHECK(adoptStrays(main, series));
   ORLOCAL_TRY(const PutOutcome others, putAllChanged(changed, main, series));
@@ -188,7 +195,7 @@ Result<PutOutcome> StoreWriter::putStray(Item& stray) {
   ORLOCAL_TRY(const auto known, m_core.rows.withUid(stray.calendar, stray.kind, stray.uid));
   if (known) {
     ORLOCAL_TRY(const auto main, m_core.rows.read(*known));
-    ORLOCAL_TRY(const Series series, Series::compile(*main, Zone()));
+    ORLOCAL_TRY(const Series series, compiledToPut(*main));
     ORLOCAL_TRY(const ItemId taken, m_core.rows.changedAt(*known, originalKey(series, *stray.recurrenceId)));
     // The entry of a single event learns that it has changed occurrences.
     if (main->recurrence.empty()) ORLOCAL_CHECK(m_core.updateItem(*main, &series, std::nullopt, false));

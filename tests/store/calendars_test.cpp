@@ -94,6 +94,24 @@ TEST_F(Calendars, TakeTheirItemsWithThem) {
   EXPECT_FALSE(*store->calendar(work.identifier));
 }
 
+TEST_F(Calendars, TellOfEachEventOnceWhenTheyGo) {
+  const Calendar work = madeCalendar("Work");
+  Item series = event("review", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
+  series.calendar = work.id;
+  series.recurrence.rules = {rule(RecurrenceRule::Frequency::kDaily, 3)};
+  series = saved(series);
+  Item changed = read(series.id);
+  changed.title = "changed";
+  ASSERT_TRUE(store->saveEvent(changed, occurrences(std::nullopt, std::nullopt)[0], Span::kThis));
+  auto other = opened();
+  auto position = *other->newestChange();
+  ASSERT_TRUE(store->removeCalendar(work.identifier));
+  const auto outside = *other->outsideCommits(position);
+  ASSERT_EQ(outside.size(), 1u);
+  EXPECT_THAT(outside[0].events.deleted, ElementsAre(series.identifier));
+  EXPECT_TRUE(outside[0].events.updated.empty());
+}
+
 TEST_F(Calendars, ThatAreNotThereCannotBeRemoved) {
   EXPECT_EQ(store->removeCalendar("nonsense").error().code, ErrorCode::kNotFound);
 }

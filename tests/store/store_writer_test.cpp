@@ -159,6 +159,21 @@ TEST_F(Writer, RefusesItemsOfTheWrongKind) {
   EXPECT_FALSE(writer->put(99, item, none));
 }
 
+TEST_F(Writer, RefusesARuleThatCannotBeFollowedAndGoesOn) {
+  auto writer = std::move(*store->startWriting());
+  Item absurd = single("absurd"), fine = single("fine");
+  absurd.recurrence.rules = {rule(Frequency::kSecondly, 1'000'000'000)};
+  absurd.recurrence.rules[0].byMinute = {1, 7};
+  absurd.recurrence.rules[0].bySecond = {3};
+  absurd.recurrence.rules[0].bySetPosition = {1};
+  std::vector<Item> none;
+  const auto refused = writer->put(absurd.calendar, absurd, none);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().code, ErrorCode::kRefused);
+  EXPECT_TRUE(writer->put(fine.calendar, fine, none));
+  ASSERT_TRUE(writer->commit());
+}
+
 TEST_F(Writer, FindsAndMakesCalendars) {
   auto writer = std::move(*store->startWriting());
   EXPECT_FALSE(*writer->calendarTitled(CalendarKind::kEvents, "Work"));
