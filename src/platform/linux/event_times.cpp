@@ -86,7 +86,12 @@ void writeTimes(Item& event, const ShownTimes& shown, const ShownTimes& before, 
   const auto pattern = event.start && !event.allDay() ? event.start : std::nullopt;
   const auto written = [&](const std::optional<Date>& moment) -> std::optional<CalendarTime> {
     if (!moment) return std::nullopt;
-    return pattern ? timeLike(*pattern, *moment, viewer) : zonedTime(*moment, viewer);
+    const CalendarTime time = pattern ? timeLike(*pattern, *moment, viewer) : zonedTime(*moment, viewer);
+    // The second of two equal wall-clock times can be told from the first in UTC only. A series stays on the wall
+    // clock.
+    const bool mistaken = time.kind == CalendarTime::Kind::kZoned && event.recurrence.empty() &&
+                          store::momentOf(time, viewer) != std::chrono::floor<std::chrono::seconds>(*moment);
+    return mistaken ? CalendarTime{CalendarTime::Kind::kUtc, Zone().toLocal(*moment), {}} : time;
   };
   if (!keepStart) event.start = written(shown.start);
   if (!keepEnd) event.end = written(shown.end);

@@ -1,7 +1,8 @@
+#include "platform/calendar_store_contract.h"
+
 #include <cstdlib>
 #include <filesystem>
 
-#include "platform/calendar_store_contract.h"
 #include "platform/linux/store_fixture.h"
 #include "platform/platform.h"
 #include "store/calendar_store.h"

@@ -256,6 +256,12 @@ TEST_F(EventKitDetails, ClearingTheRulesClearsAddedDatesToo) {
   EXPECT_EQ(event->recurrenceRules(), std::nullopt);
 }
 
+TEST_F(EventKitDetails, AnEventOfSingleDatesRepeatsWithoutARule) {
+  store::Item item = eventAt("Review", 2026, 11, 3, 9);
+  item.recurrence.added = {zoned(store::LocalTime(2026, 11, 5, 9))};
+  EXPECT_THAT(opened(std::move(item))->recurrenceRules(), Optional(IsEmpty()));
+}
+
 // Reminders
 
 TEST_F(EventKitDetails, AReminderWithoutADueDateHasNoParts) {

@@ -65,6 +65,13 @@ TEST_F(EventKitSaving, WritesANewEventInTheDefaultZone) {
   EXPECT_EQ(again->startDate(), moment("2026-11-03 09:00:00 +0100"));
 }
 
+TEST_F(EventKitSaving, KeepsTheSecondOfTwoEqualHours) {
+  const auto event = newEvent("Night shift", "2026-10-25 02:30:00 +0100", "2026-10-25 03:30:00 +0100");
+  save(event);
+  EXPECT_EQ(event->startDate(), moment("2026-10-25 02:30:00 +0100"));
+  EXPECT_EQ(ek().eventWithIdentifier(*event->eventIdentifier())->startDate(), moment("2026-10-25 02:30:00 +0100"));
+}
+
 TEST_F(EventKitSaving, WritesWholeDaysAsDates) {
   const auto event = newEvent("Holiday", "2026-11-03 09:00:00 +0100", "2026-11-04 10:00:00 +0100");
   event->setAllDay(true);
