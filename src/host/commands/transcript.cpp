@@ -23,25 +23,29 @@ struct Refusal {
 
 [[noreturn]] void refuse(std::size_t line, std::string message) { throw Refusal{{line, std::move(message)}}; }
 
-/// Words apart by blanks; quotes keep blanks in a word.
+/// Words apart by blanks; quotes, double ones anywhere and single ones around a word, keep blanks in it.
 std::vector<std::string> wordsOf(std::string_view text, std::size_t line) {
   std::vector<std::string> words;
   bool inside = false;
-  bool quoted = false;
+  char quote = '\0';
+  const auto begin = [&] {
+    if (!inside) words.emplace_back();
+    inside = true;
+  };
   for (const char c : text) {
-    if (c == '"') {
-      quoted = !quoted;
-      if (!inside) words.emplace_back();
-      inside = true;
-    } else if (!quoted && (c == ' ' || c == '\t')) {
+    if (quote == '\0' && (c == '"' || (c == '\'' && !inside))) {
+      begin();
+      quote = c;
+    } else if (c == quote) {
+      quote = '\0';
+    } else if (quote == '\0' && (c == ' ' || c == '\t')) {
       inside = false;
     } else {
-      if (!inside) words.emplace_back();
-      inside = true;
+      begin();
       words.back() += c;
     }
   }
-  if (quoted) refuse(line, "a quote is not closed");
+  if (quote != '\0') refuse(line, "a quote is not closed");
   return words;
 }
 
@@ -105,10 +109,24 @@ class Reader {
     m_expecting = true;
   }
 
+  void readStep(Example::Kind kind, std::vector<std::string> words) {
+    words.erase(words.begin());
+    m_transcript.examples.push_back({m_at + 1, std::string(m_lines[m_at]), {}, kind, std::move(words)});
+    m_expecting = true;
+  }
+
   void readDirective(const std::vector<std::string>& words) {
     const std::size_t line = m_at + 1;
-    if (!m_transcript.examples.empty()) refuse(line, "settings stand before the first calculation");
     const std::string& name = words.front();
+    if (name == "@register") {
+      if (words.size() != 3) refuse(line, "@register takes a file and a script");
+      return readStep(Example::Kind::kRegister, words);
+    }
+    if (name == "@outside") {
+      if (words.size() < 2) refuse(line, "@outside needs a command");
+      return readStep(Example::Kind::kOutside, words);
+    }
+    if (!m_transcript.examples.empty()) refuse(line, "settings stand before the first calculation");
     TranscriptSettings& settings = m_transcript.settings;
     if (name == "@import" || name == "@import-contacts") {
       if (words.size() < 2) refuse(line, name + " needs a file");

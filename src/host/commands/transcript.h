@@ -10,12 +10,23 @@
 
 namespace orlocal::host {
 
-/// A calculation of a transcript and what it is to print.
+/// A step of a transcript and what it is to print.
 struct Example {
+  enum class Kind {
+    kCalculation,
+    kRegister,  ///< `@register`: `words` are a file and a script
+    kOutside,   ///< `@outside`: `words` are a command and its words
+  };
+
   std::size_t line = 0;
-  std::string calculation;
+  std::string calculation;  ///< or the directive, as it was written
   std::vector<std::string> expected;
+  Kind kind = Kind::kCalculation;
+  std::vector<std::string> words = {};
 };
+
+/// How an expected line begins that stands for a script that was started.
+inline constexpr std::string_view kScriptLine = "! script ";
 
 /// A command that runs before the first calculation: `import` or `import-contacts`, with its words.
 struct Preparation {
@@ -37,7 +48,7 @@ struct TranscriptSettings {
 };
 
 struct Transcript {
-  TranscriptSettings settings;
+  TranscriptSettings settings;  ///< from the lines before the first step
   std::vector<Example> examples;
 };
 
@@ -57,6 +68,13 @@ struct TranscriptError {
 ///     …-…                                           … stands for anything within a line
 ///     > Orlo_OpenItemAt( "event" ; )
 ///     ! 1:30: a value is expected here, not )       why a calculation or a call failed
+///     @register Solution "Calendar changed"         the plug-in is to start this script when the calendars change
+///     @outside import away.ics --calendar Work      another process does this: any command of the program
+///     ! script Solution / Calendar changed: New …   a script that the plug-in started meanwhile, one a line
+///
+/// Words of a line that begins with `@` are apart by blanks; double or single quotes keep blanks in a word, as in
+/// `@outside eval 'Orlo_NewItem( "event" )' 'Orlo_SaveItem( "event" ; "" )'`. Scripts that are started while a
+/// calculation runs stand after its result. What another process prints does not matter, unless it fails.
 ///
 /// What is expected ends at the next line that begins with `>`, `#` or `@`. Blank lines at its end are decoration, and
 /// a result that is empty needs no line. A backslash at the beginning of an expected line, or before `…`, keeps the

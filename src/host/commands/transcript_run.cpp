@@ -1,11 +1,13 @@
 #include "host/commands/transcript_run.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include <fmt/format.h>
@@ -15,6 +17,7 @@
 #include "host/commands/child_process.h"
 #include "host/commands/plugin_host.h"
 #include "host/fmwrapper/unicode.h"
+#include "host/plugin/update_script.h"
 
 namespace orlocal::host {
 
@@ -78,10 +81,64 @@ class Work {
     const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
     if (!workbench) return workbench.error();
     for (const Example& example : m_transcript.examples) {
-      const auto printed = printedLines(example.calculation, (*workbench)->evaluate(example.calculation));
+      auto printed = perform(example, **workbench);
+      addScriptStarts(example, **workbench, printed);
       write({{"printed", printed}});
     }
     return {};
+  }
+
+  std::vector<std::string> perform(const Example& example, Workbench& workbench) {
+    switch (example.kind) {
+      case Example::Kind::kRegister:
+        return registerScript(example, workbench);
+      case Example::Kind::kOutside:
+        return runOutside(example);
+      case Example::Kind::kCalculation:
+        break;
+    }
+    return printedLines(example.calculation, workbench.evaluate(example.calculation));
+  }
+
+  static std::vector<std::string> registerScript(const Example& example, Workbench& workbench) {
+    if (workbench.plugin() == nullptr) return {"! there is no plug-in to register with"};
+    const auto done = registerUpdateScript(*workbench.plugin(), example.words.at(0), example.words.at(1));
+    return done ? std::vector<std::string>() : std::vector<std::string>{"! " + done.error()};
+  }
+
+  /// The process gets the settings of this one, through the environment and the global options.
+  std::vector<std::string> runOutside(const Example& example) {
+    std::vector<std::string> options{"--host-version", std::to_string(m_options.hostVersion)};
+    if (m_options.plugin) options.insert(options.end(), {"--plugin", *m_options.plugin});
+    const ChildResult result =
+        runCommand(example.words.front(), {example.words.begin() + 1, example.words.end()}, options);
+    if (result.succeeded()) return {};
+    std::vector<std::string> lines{fmt::format("! {} {}", example.words.front(), result.ending)};
+    std::istringstream output(result.output);
+    for (std::string line; std::getline(output, line);) lines.push_back("! " + line);
+    return lines;
+  }
+
+  /// Adds a line for each script that was started. The plug-in hears of a change before its writer ends, so one idle
+  /// message would do; where the system cannot wake it, it looks for itself within two seconds.
+  static void addScriptStarts(const Example& example, Workbench& workbench, std::vector<std::string>& printed) {
+    const auto expected = static_cast<std::size_t>(
+        std::ranges::count_if(example.expected, [](const std::string& line) { return line.starts_with(kScriptLine); }));
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    std::size_t started = 0;
+    for (;;) {
+      if (Plugin* plugin = workbench.plugin()) {
+        if (const auto idle = plugin->idle(); !idle) printed.push_back("! " + idle.error());
+      }
+      for (const ScriptStart& start : Registry::instance().takeScriptStarts()) {
+        const std::string parameter = start.parameter ? start.parameter->utf8() : std::string();
+        printed.push_back(
+            fmt::format("{}{} / {}: {}", kScriptLine, toUtf8(start.file), toUtf8(start.script), parameter));
+        ++started;
+      }
+      if (started >= expected || std::chrono::steady_clock::now() >= deadline) return;
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
   }
 
   void putSettingsInForce() {
@@ -106,17 +163,24 @@ class Work {
     }
   }
 
-  /// Runs the program itself with the command's words; the first ones name files.
   std::string prepare(const Preparation& preparation) {
-    std::vector<std::string> words{m_context.programFile, preparation.command};
-    bool files = true;
-    for (const std::string& word : preparation.words) {
-      files = files && !word.starts_with('-');
-      words.push_back(files ? resolved(m_file, word) : word);
-    }
-    const ChildResult result = runProgram(words);
+    const ChildResult result = runCommand(preparation.command, preparation.words);
     if (result.succeeded()) return {};
     return fmt::format("line {}: {} {}\n{}", preparation.line, preparation.command, result.ending, result.output);
+  }
+
+  /// Runs the program itself with a command's words; the first ones may name files.
+  ChildResult runCommand(const std::string& command, const std::vector<std::string>& words,
+                         const std::vector<std::string>& options = {}) {
+    std::vector<std::string> all{m_context.programFile};
+    all.insert(all.end(), options.begin(), options.end());
+    all.push_back(command);
+    bool files = true;
+    for (const std::string& word : words) {
+      files = files && !word.starts_with('-');
+      all.push_back(files ? resolved(m_file, word) : word);
+    }
+    return runProgram(all);
   }
 
   void write(const json& record) { m_out << record.dump(-1, ' ', false, json::error_handler_t::replace) << std::endl; }

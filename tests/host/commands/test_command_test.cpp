@@ -105,6 +105,27 @@ TEST_F(TestCommandTest, GivesEachTranscriptAStoreOfItsOwn) {
   EXPECT_THAT(err.str(), HasSubstr("/users/own.db"));
 }
 
+TEST_F(TestCommandTest, SaysWhyNothingCanBeRegistered) {
+  EXPECT_EQ(run({"test", write("a.txt", "@register F S\n! there is no plug-in to register with\n")}), ExitStatus::kDone)
+      << out.str();
+}
+
+TEST_F(TestCommandTest, HasAnotherProcessChangeTheStoreOfTheTranscript) {
+  const std::string ics =
+      "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:a\r\nDTSTART:20261102T090000Z\r\nSUMMARY:A\r\nEND:"
+      "VEVENT\r\n"
+      "END:VCALENDAR\r\n";
+  write("a.ics", ics);
+  EXPECT_EQ(run({"test", write("a.txt", "@store fresh\n@outside import a.ics --calendar Work\n")}), ExitStatus::kDone)
+      << out.str();
+}
+
+TEST_F(TestCommandTest, ShowsWhyAnotherProcessFailed) {
+  EXPECT_EQ(run({"test", write("a.txt", "@outside import none.ics\n! import ended with status 1\n! …none.ics…\n")}),
+            ExitStatus::kDone)
+      << out.str();
+}
+
 TEST_F(TestCommandTest, ListsExamplesAsJson) {
   const std::string file = write("a.txt", "> 1\n1\n> 2\n3\n");
   EXPECT_EQ(run({"test", "--json", file}), ExitStatus::kFailed);

@@ -42,6 +42,34 @@ TEST(TranscriptTest, EndsWhatIsExpectedAtAComment) {
   EXPECT_THAT(transcript.examples[0].expected, ElementsAre("1"));
 }
 
+TEST(TranscriptTest, ReadsRegistrationsWithWhatTheyPrint) {
+  const Transcript transcript = read("@register Solution \"Calendar changed\"\n! reason\n");
+  ASSERT_EQ(transcript.examples.size(), 1U);
+  EXPECT_EQ(transcript.examples[0].kind, Example::Kind::kRegister);
+  EXPECT_EQ(transcript.examples[0].calculation, "@register Solution \"Calendar changed\"");
+  EXPECT_THAT(transcript.examples[0].words, ElementsAre("Solution", "Calendar changed"));
+  EXPECT_THAT(transcript.examples[0].expected, ElementsAre("! reason"));
+}
+
+TEST(TranscriptTest, ReadsWhatAnotherProcessDoesAnywhere) {
+  const Transcript transcript = read("> 1\n1\n@outside eval '1 & \"x\"' it's\n! script F / S: New A\n> 2\n2\n");
+  ASSERT_EQ(transcript.examples.size(), 3U);
+  EXPECT_EQ(transcript.examples[1].kind, Example::Kind::kOutside);
+  EXPECT_EQ(transcript.examples[1].line, 3U);
+  EXPECT_THAT(transcript.examples[1].words, ElementsAre("eval", "1 & \"x\"", "it's"));
+  EXPECT_THAT(transcript.examples[1].expected, ElementsAre("! script F / S: New A"));
+}
+
+TEST(TranscriptTest, RefusesStepsThatLackWords) {
+  EXPECT_EQ(errorOf("@register Solution\n"), "1: @register takes a file and a script");
+  EXPECT_EQ(errorOf("> 1\n1\n@outside\n"), "3: @outside needs a command");
+  EXPECT_EQ(errorOf("@outside eval '1\n"), "1: a quote is not closed");
+}
+
+TEST(TranscriptTest, RefusesSettingsAfterTheFirstStep) {
+  EXPECT_EQ(errorOf("@register F S\n@timezone UTC\n"), "2: settings stand before the first calculation");
+}
+
 TEST(TranscriptTest, ReadsSettings) {
   const TranscriptSettings settings =
       read(
