@@ -151,8 +151,12 @@ std::optional<std::string> Zone::privateText() const {
 const std::string& Zone::name() const { return m_entry->name; }
 
 Moment Zone::toMoment(LocalTime local) const {
-  // Of a skipped time `pre` is the reading with the offset before the gap, of a repeated one the first.
-  return std::chrono::time_point_cast<std::chrono::microseconds>(m_entry->rules.lookup(local).pre);
+  // Of a skipped time `pre` is the reading with the offset before the gap, of a repeated one the first. Wall clocks
+  // reach further than moments do.
+  constexpr auto kFirst = std::chrono::ceil<seconds>(Moment::min()), kLast = std::chrono::floor<seconds>(Moment::max());
+  const auto at = m_entry->rules.lookup(local).pre;
+  return std::chrono::time_point_cast<std::chrono::microseconds>(
+      std::clamp<std::chrono::sys_time<seconds>>(at, kFirst, kLast));
 }
 
 LocalTime Zone::toLocal(Moment moment) const { return m_entry->rules.lookup(std::chrono::floor<seconds>(moment)).cs; }

@@ -127,8 +127,13 @@ TEST(ZoneConversion, KeepsFractionsOutOfTheWallClock) {
 
 TEST(ZoneConversion, SurvivesTheDistantPastAndFuture) {
   const Zone berlin = *Zone::named("Europe/Berlin");
-  for (const Moment moment : {utc(1, 1, 1), utc(4001, 1, 1), Moment::min(), Moment::max()})
+  for (const Moment moment : {utc(1, 1, 1), utc(4001, 1, 1), Moment::max()})
     EXPECT_EQ(berlin.toMoment(berlin.toLocal(moment)), std::chrono::floor<std::chrono::seconds>(moment));
+}
+
+TEST(ZoneConversion, StopsWhereMomentsEnd) {
+  EXPECT_LT(Zone().toMoment(LocalTime(-400'000, 1, 1)), utc(-200'000, 1, 1));
+  EXPECT_GT(Zone().toMoment(LocalTime(400'000, 1, 1)), utc(200'000, 1, 1));
 }
 
 TEST(ZoneChanges, ComeInTheirOrder) {
