@@ -200,7 +200,10 @@ bool Database::moved() const {
 std::int64_t Database::lastInsertId() const { return sqlite3_last_insert_rowid(m_handle); }
 std::int64_t Database::changedRows() const { return sqlite3_changes64(m_handle); }
 
-const std::uint32_t* Database::walIndex() const {
+const std::uint32_t* Database::walIndex() {
+  // Asked of a file without a log, SQLite would make an index and never let go of it.
+  auto mode = prepare("PRAGMA journal_mode");
+  if (!mode || !mode->step().value_or(false) || mode->text(0) != "wal") return nullptr;
   constexpr int kRegionBytes = 32 * 1024;  // fixed by the log's format
   sqlite3_file* file = nullptr;
   if (sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr) {

@@ -106,7 +106,7 @@ class Database {
 
   /// The write-ahead log's shared index as other processes see it; null when there is none. It begins with a header
   /// that every commit changes (https://sqlite.org/walformat.html, 2.2). Valid while the database is open.
-  const std::uint32_t* walIndex() const;
+  const std::uint32_t* walIndex();
 
  private:
   sqlite3* m_handle = nullptr;
