@@ -28,12 +28,17 @@ function(orlocal_layer name)
   target_link_libraries(${name} PUBLIC orlocal_options ${LAYER_USES})
 endfunction()
 
+# What is tested is optimised; the tests themselves need not be.
+set(ORLOCAL_TEST_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O0>)
+
 # orlocal_test(NAME SOURCES file… USES target…): a test program and its cases. Zone, clock and language are pinned.
 function(orlocal_test name)
   cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE orlocal_options ${TEST_USES} GTest::gmock GTest::gtest_main)
+  target_precompile_headers(${name} REUSE_FROM orlocal_test_headers)
+  target_compile_options(${name} PRIVATE ${ORLOCAL_TEST_OPTIONS})
   target_compile_definitions(${name} PRIVATE ORLOCAL_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
