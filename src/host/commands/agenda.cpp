@@ -114,25 +114,31 @@ Agenda readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalD
   return agenda;
 }
 
-std::vector<AgendaLine> linesOf(const Agenda& agenda, LocalDay day) {
-  std::vector<Placed> found;
+std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
+  const store::Zone& viewer = agenda.viewer;
+  std::map<LocalDay, std::vector<Placed>> found;
   for (const Agenda::Event& event : agenda.events) {
-    if (auto line = placed(event, day, agenda.viewer)) found.push_back(*std::move(line));
+    const LocalDay begins(viewer.toLocal(event.when.start));
+    const LocalDay ends(viewer.toLocal(std::max(event.when.start, event.when.end)));
+    for (LocalDay day = std::max(begins, agenda.first); day <= std::min(ends, agenda.last); ++day) {
+      if (auto line = placed(event, day, viewer)) found[day].push_back(*std::move(line));
+    }
   }
   for (const Agenda::Reminder& reminder : agenda.reminders) {
-    const LocalTime due = agenda.viewer.toLocal(reminder.due);
-    if (LocalDay(due) != day) continue;
+    const LocalTime due = viewer.toLocal(reminder.due);
     const bool wholeDay = reminder.item->end->kind == store::CalendarTime::Kind::kDate;
     AgendaLine line = lineFor(*reminder.item, reminder.calendar);
     line.title = "☐ " + line.title;
     line.time = wholeDay ? "due" : "due " + clockTime(due);
-    found.push_back({wholeDay, reminder.due, std::move(line)});
+    found[LocalDay(due)].push_back({wholeDay, reminder.due, std::move(line)});
   }
-  std::stable_sort(found.begin(), found.end(), [](const Placed& a, const Placed& b) {
-    return a.wholeDay != b.wholeDay ? a.wholeDay : a.at < b.at;
-  });
-  std::vector<AgendaLine> lines;
-  for (Placed& each : found) lines.push_back(std::move(each.line));
+  std::map<LocalDay, std::vector<AgendaLine>> lines;
+  for (auto& [day, ofDay] : found) {
+    std::stable_sort(ofDay.begin(), ofDay.end(), [](const Placed& a, const Placed& b) {
+      return a.wholeDay != b.wholeDay ? a.wholeDay : a.at < b.at;
+    });
+    for (Placed& each : ofDay) lines[day].push_back(std::move(each.line));
+  }
   return lines;
 }
 

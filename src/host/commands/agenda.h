@@ -1,6 +1,8 @@
 #pragma once
 
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,7 +43,8 @@ struct AgendaLine {
   std::optional<store::Rgb> colour;
 };
 
-/// The lines of `day`: whole days first, then by time of day. An event has a line on each day that it touches.
-std::vector<AgendaLine> linesOf(const Agenda& agenda, store::LocalDay day);
+/// The lines of each day that has some: whole days first, then by time of day. An event has a line on each of the
+/// agenda's days that it touches.
+std::map<store::LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda);
 
 }  // namespace orlocal::host

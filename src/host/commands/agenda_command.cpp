@@ -70,9 +70,7 @@ nlohmann::json asJson(const Agenda& agenda) {
 
 void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ostream& out) {
   bool any = false;
-  for (store::LocalDay day = agenda.first; day <= agenda.last; ++day) {
-    const auto lines = linesOf(agenda, day);
-    if (lines.empty()) continue;
+  for (const auto& [day, lines] : linesByDay(agenda)) {
     std::size_t titleWidth = 0;
     std::size_t calendarWidth = 0;
     for (const AgendaLine& line : lines) {
