@@ -11,8 +11,9 @@ namespace orlocal::bench {
 
 /// Where and how much to measure.
 struct Setting {
-  std::filesystem::path plugin;  ///< Orlocal.fmx
-  std::filesystem::path folder;  ///< for stores and floors; emptied before
+  std::filesystem::path program;  ///< this one
+  std::filesystem::path plugin;   ///< Orlocal.fmx
+  std::filesystem::path folder;   ///< for stores and floors; emptied before
   std::vector<std::size_t> sizes{1'000, 10'000, 100'000};
   int rounds = 7;
 };
@@ -33,6 +34,9 @@ class Report {
 /// Imports `ics` into a new store at `file`, beside the iCalendar library parsing the same text.
 Row measureImport(const Setting& setting, const std::filesystem::path& ics, const std::filesystem::path& file,
                   std::size_t events);
+
+/// Answers twelve months from the store that the environment names, and prints this process's peak of memory in KiB.
+void printPeakOfReading(const Setting& setting);
 
 // Each adds its rows to the report.
 void measureCallOverhead(Report& report, const Setting& setting);
