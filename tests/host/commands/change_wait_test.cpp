@@ -3,10 +3,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include "host/commands/interruption.h"
 
@@ -50,13 +51,14 @@ TEST_F(ChangeWaitTest, EndsWithAnInterruptionOfBefore) {
 }
 
 TEST_F(ChangeWaitTest, EndsWithAnInterruptionInBetween) {
-  const pthread_t waiting = ::pthread_self();
-  std::thread interrupter([waiting] {
-    std::this_thread::sleep_for(20ms);
-    ::pthread_kill(waiting, SIGTERM);
-  });
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::usleep(20'000);
+    ::kill(::getppid(), SIGTERM);
+    ::_exit(0);
+  }
   EXPECT_EQ(waitForChange(*signal, 60s), Woken::kByInterruption);
-  interrupter.join();
+  ::waitpid(child, nullptr, 0);
 }
 
 TEST_F(ChangeWaitTest, PutsInterruptionBeforeChange) {
