@@ -47,6 +47,7 @@ int main(int argc, char** argv) {
     // Everything that forks comes first: the parent must not have started the plug-in.
     measureReading(report, setting);
     measureSaving(report, setting);
+    measureNotices(report, setting);
     measureCallOverhead(report, setting);
     if (!reportFile.empty()) std::ofstream(reportFile) << report.markdown();
   } catch (const std::exception& problem) {

@@ -42,5 +42,6 @@ void printPeakOfReading(const Setting& setting);
 void measureCallOverhead(Report& report, const Setting& setting);
 void measureReading(Report& report, const Setting& setting);
 void measureSaving(Report& report, const Setting& setting);
+void measureNotices(Report& report, const Setting& setting);
 
 }  // namespace orlocal::bench
