@@ -45,11 +45,14 @@ tl::unexpected<Error> cannotListen(const std::filesystem::path& file, const char
 
 }  // namespace
 
-void ChangeSignal::ring(const std::filesystem::path& file) {
-  const int bell = openBell(file);
-  if (bell < 0) return;
-  static_cast<void>(!::pwrite(bell, "\n", 1, 0));
-  ::close(bell);
+Bell::Bell(const std::filesystem::path& file) : m_descriptor(openBell(file)) {}
+
+Bell::~Bell() {
+  if (m_descriptor >= 0) ::close(m_descriptor);
+}
+
+void Bell::ring() const {
+  if (m_descriptor >= 0) static_cast<void>(!::pwrite(m_descriptor, "\n", 1, 0));
 }
 
 Result<std::unique_ptr<ChangeSignal>> ChangeSignal::listen(const std::filesystem::path& file) {
@@ -86,9 +89,7 @@ void ChangeSignal::watchBell() {
   const std::string bell = bellOf(m_file);
   // Watching what is watched already changes nothing.
   if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY) >= 0 || errno != ENOENT) return;
-  const int made = openBell(m_file);
-  if (made < 0) return;
-  ::close(made);
+  { const Bell made(m_file); }
   ::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY);
 }
 
@@ -97,7 +98,9 @@ void ChangeSignal::drain() {
   // Somebody may have removed the bell, and the writers have hung up a new one.
   if (::read(m_timer, &looks, sizeof looks) > 0) watchBell();
   alignas(inotify_event) std::array<char, 4096> ignored;
-  while (m_notices >= 0 && ::read(m_notices, ignored.data(), ignored.size()) > 0) {
+  // One that does not fill the room has read all; what comes now wakes again.
+  constexpr ssize_t kNearlyFull = 4096 - 2 * static_cast<ssize_t>(sizeof(inotify_event));
+  while (m_notices >= 0 && ::read(m_notices, ignored.data(), ignored.size()) > kNearlyFull) {
   }
 }
 

@@ -8,18 +8,31 @@
 
 namespace orlocal::store {
 
-/// Wakes the processes that use a store when one of them has committed.
+/// Rings for a store, so that the processes that use it wake. The bell is a file beside the store, "<store>-bell", of a
+/// byte that says nothing, made for the same users as the store: writing it wakes, through the kernel's file notices,
+/// everybody who listens.
 ///
-/// The bell is a file beside the store, "<store>-bell", of a byte that says nothing: writing it wakes, through the
-/// kernel's file notices, everybody who listens. It is made for the same users as the store. A writer that dies between
-/// its commit and the bell, and a bell that was removed, are made up for by a look every two seconds.
+/// `file` is the store's file itself, and no link to it.
+class Bell {
+ public:
+  /// Takes hold of it; before the commit, so that afterwards nothing is left to do but to ring.
+  explicit Bell(const std::filesystem::path& file);
+  ~Bell();
+  Bell(const Bell&) = delete;
+  Bell& operator=(const Bell&) = delete;
+
+  /// After the commit. Never waits; a bell that cannot be rung is left to the listeners' own look.
+  void ring() const;
+
+ private:
+  int m_descriptor;
+};
+
+/// Wakes when a store's bell has rung, and every two seconds: that makes up for a writer that died between its commit
+/// and the bell, and for a bell that was removed.
 class ChangeSignal {
  public:
-  /// Rings for the store at `file`, which is the file itself and no link to it; after a commit. Never waits; a bell
-  /// that cannot be rung is left to the listeners' own look.
-  static void ring(const std::filesystem::path& file);
-
-  /// Begins to listen for the store at `file`, named as for `ring`.
+  /// Begins to listen for the store at `file`, named as for its bell.
   static Result<std::unique_ptr<ChangeSignal>> listen(const std::filesystem::path& file);
 
   ~ChangeSignal();

@@ -216,9 +216,10 @@ WriteTurn::~WriteTurn() {
 Status WriteTurn::commit() {
   ORLOCAL_CHECK(m_core->log.prune());
   ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
+  const Bell bell(m_core->options.file);
   ORLOCAL_CHECK(m_transaction.commit());
+  bell.ring();
   m_core->m_seen = newest;
-  ChangeSignal::ring(m_core->options.file);
   m_core = nullptr;
   return {};
 }

@@ -51,14 +51,14 @@ TEST_F(Signal, IsSilentAtFirst) { EXPECT_FALSE(wakes(*listening())); }
 
 TEST_F(Signal, WakesOnceTheBellHasRung) {
   const auto signal = listening();
-  ChangeSignal::ring(file);
+  Bell(file).ring();
   EXPECT_TRUE(wakes(*signal));
 }
 
 TEST_F(Signal, IsSilentAgainOnceDrained) {
   const auto signal = listening();
-  ChangeSignal::ring(file);
-  ChangeSignal::ring(file);
+  Bell(file).ring();
+  Bell(file).ring();
   signal->drain();
   EXPECT_FALSE(wakes(*signal));
 }
@@ -66,7 +66,7 @@ TEST_F(Signal, IsSilentAgainOnceDrained) {
 TEST_F(Signal, WakesEverybodyWhoListens) {
   const auto one = listening();
   const auto two = listening();
-  ChangeSignal::ring(file);
+  Bell(file).ring();
   one->drain();
   EXPECT_TRUE(wakes(*two)) << "what one has drained the other has not";
 }
@@ -75,7 +75,7 @@ TEST_F(Signal, HearsAnotherProcess) {
   const auto signal = listening();
   const pid_t child = ::fork();
   if (child == 0) {
-    ChangeSignal::ring(file);
+    Bell(file).ring();
     ::_exit(0);
   }
   ::waitpid(child, nullptr, 0);
@@ -86,7 +86,7 @@ TEST_F(Signal, WakesOneThatSleeps) {
   const auto signal = listening();
   std::thread ringer([this] {
     std::this_thread::sleep_for(20ms);
-    ChangeSignal::ring(file);
+    Bell(file).ring();
   });
   EXPECT_TRUE(wakes(*signal, kLook));
   ringer.join();
@@ -94,7 +94,7 @@ TEST_F(Signal, WakesOneThatSleeps) {
 
 TEST_F(Signal, DoesNotHearTheBellOfAnotherStore) {
   const auto signal = listening();
-  ChangeSignal::ring(folder / "other.db");
+  Bell(folder / "other.db").ring();
   EXPECT_FALSE(wakes(*signal));
 }
 
@@ -118,13 +118,13 @@ TEST_F(Signal, HearsTheNewBellWhenTheOldOneWasRemoved) {
   signal->drain();
   ASSERT_TRUE(wakes(*signal, kLook)) << "the look every two seconds";
   signal->drain();
-  ChangeSignal::ring(file);
+  Bell(file).ring();
   EXPECT_TRUE(wakes(*signal));
 }
 
 TEST_F(Signal, MakesTheBellForTheUsersOfTheStore) {
   std::filesystem::permissions(file, std::filesystem::perms(0660));
-  ChangeSignal::ring(file);
+  Bell(file).ring();
   EXPECT_EQ(modeOf(bell), 0660U);
 }
 
@@ -132,14 +132,14 @@ TEST_F(Signal, LeavesABellThatIsThereAsItIs) {
   std::ofstream(bell).close();
   std::filesystem::permissions(bell, std::filesystem::perms(0600));
   std::filesystem::permissions(file, std::filesystem::perms(0660));
-  ChangeSignal::ring(file);
+  Bell(file).ring();
   EXPECT_EQ(modeOf(bell), 0600U);
 }
 
 TEST_F(Signal, DoesNotWriteThroughALink) {
   std::ofstream(folder / "precious") << "text";
   std::filesystem::create_symlink(folder / "precious", bell);
-  ChangeSignal::ring(file);
+  Bell(file).ring();
   std::string text;
   std::ifstream(folder / "precious") >> text;
   EXPECT_EQ(text, "text");
@@ -147,7 +147,7 @@ TEST_F(Signal, DoesNotWriteThroughALink) {
 
 TEST_F(Signal, DoesNotWaitForAPipeInThePlaceOfTheBell) {
   ASSERT_EQ(::mkfifo(bell.c_str(), 0600), 0);
-  ChangeSignal::ring(file);
+  Bell(file).ring();
   SUCCEED() << "it came back";
 }
 

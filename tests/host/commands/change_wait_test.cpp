@@ -25,7 +25,7 @@ class ChangeWaitTest : public testing::Test {
   }
   ~ChangeWaitTest() override { std::filesystem::remove_all(folder); }
 
-  void ring() const { store::ChangeSignal::ring(folder / "calendar.db"); }
+  void ring() const { store::Bell(folder / "calendar.db").ring(); }
 
   std::filesystem::path folder;
   std::unique_ptr<store::ChangeSignal> signal;

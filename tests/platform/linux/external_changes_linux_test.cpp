@@ -99,7 +99,7 @@ TEST_F(ExternalChangesOfAStore, PostOneNotificationWithThreeListsForOneCommit) {
   const std::string changed = record(store::Operation::kUpdated);
   const std::string fresh = record(store::Operation::kInserted);
   ASSERT_TRUE(transaction.commit());
-  store::ChangeSignal::ring(file);
+  store::Bell(file).ring();
   loop().turn();
   EXPECT_THAT(told(), ElementsAre("I " + fresh + ";U " + changed + ";D " + gone + ";"));
 }
