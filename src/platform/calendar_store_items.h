@@ -24,8 +24,8 @@ inline constexpr std::string_view CalAlarmActionEmail = "EMAIL";
 inline constexpr std::string_view CalAlarmActionProcedure = "PROCEDURE";
 inline constexpr std::string_view CalAlarmActionSound = "SOUND";
 
-/// A calendar, of events or of tasks: callers are not told which. A store that keeps the two apart refuses an item in the
-/// wrong one when it is saved.
+/// A calendar, of events or of tasks: callers are not told which. A store that keeps the two apart refuses an item in
+/// the wrong one when it is saved.
 class CalCalendar {
  public:
   virtual ~CalCalendar() = default;

@@ -7,7 +7,8 @@
 namespace orlocal::store {
 namespace {
 
-/// Rows kept, of a kilobyte or so: the series that a walk over a year meets again and again, small beside a large store.
+/// Rows kept, of a kilobyte or so: the series that a walk over a year meets again and again, small beside a large
+/// store.
 constexpr std::size_t kKept = 12'288;
 constexpr std::size_t kPrefetched = 512;
 

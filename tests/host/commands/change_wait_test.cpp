@@ -4,10 +4,9 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include "host/commands/interruption.h"
 
