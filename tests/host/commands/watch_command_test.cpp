@@ -65,11 +65,12 @@ TEST_F(WatchTest, ShowsANewEvent) {
 TEST_F(WatchTest, ShowsAnEventsWholeLifeInItsOrder) {
   const auto watch = watching();
   auto item = saved(review());
+  EXPECT_THAT(watch->line(), StartsWith("New event"));
   item.title = "Review again";
   item = saved(item);
-  ASSERT_TRUE(store->removeEvent(item, std::nullopt, store::Span::kThis));
-  EXPECT_THAT(watch->line(), StartsWith("New event"));
+  // Each line is waited for: a title is told as it stands when the change is seen.
   EXPECT_THAT(watch->line(), AllOf(StartsWith("Updated event"), HasSubstr("Review again")));
+  ASSERT_TRUE(store->removeEvent(item, std::nullopt, store::Span::kThis));
   EXPECT_EQ(watch->line(), "Deleted event          Review again  " + item.identifier);
 }
 
@@ -117,10 +118,11 @@ TEST_F(WatchTest, ShowsRemindersCalendarsAndReminderLists) {
   list.kind = store::CalendarKind::kReminders;
   list.title = "Chores";
   ASSERT_TRUE(store->saveCalendar(list));
-  ASSERT_TRUE(store->removeCalendar(list.identifier));
   EXPECT_EQ(watch->line(), "New reminder           due 2026-11-30  Tax return  Reminders  " + reminder.itemIdentifier);
   EXPECT_EQ(watch->line(), "New calendar           Work  " + calendar.identifier);
   EXPECT_EQ(watch->line(), "New reminder list      Chores  " + list.identifier);
+  // Only now that it has seen the title can it tell it of what is gone.
+  ASSERT_TRUE(store->removeCalendar(list.identifier));
   EXPECT_EQ(watch->line(), "Deleted reminder list  Chores  " + list.identifier);
 }
 
