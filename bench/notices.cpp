@@ -84,7 +84,9 @@ class Saver {
     event.start = store::CalendarTime{store::CalendarTime::Kind::kUtc, store::LocalTime(2026, 11, 5, 9, 0, 0), ""};
     event.end = store::CalendarTime{store::CalendarTime::Kind::kUtc, store::LocalTime(2026, 11, 5, 10, 0, 0), ""};
     g_committed = 0;
-    if (!m_store->saveEvent(event, std::nullopt, store::Span::kThis)) throw std::runtime_error("no save");
+    store::ItemEdit edit;
+    edit.values = std::move(event);
+    if (!m_store->saveEvent(edit, std::nullopt, store::Span::kThis)) throw std::runtime_error("no save");
     return g_committed;
   }
 

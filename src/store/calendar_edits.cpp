@@ -9,42 +9,59 @@ namespace {
 
 const char* nounFor(CalendarKind kind) { return kind == CalendarKind::kEvents ? "calendar" : "reminder list"; }
 
+void applyFields(const Calendar& edited, CalendarFields set, Calendar& row) {
+  const auto take = [&](CalendarField field, auto Calendar::*member) {
+    if (set.has(field)) row.*member = edited.*member;
+  };
+  take(CalendarField::kTitle, &Calendar::title);
+  take(CalendarField::kNotes, &Calendar::notes);
+  take(CalendarField::kColor, &Calendar::color);
+  take(CalendarField::kSource, &Calendar::source);
+  take(CalendarField::kOrder, &Calendar::order);
+  take(CalendarField::kReadOnly, &Calendar::readOnly);
+  take(CalendarField::kSubscribed, &Calendar::subscribed);
+  take(CalendarField::kImmutable, &Calendar::immutable);
+}
+
 }  // namespace
 
-Status CalendarEdits::save(Calendar& calendar) {
-  if (calendar.title.empty()) {
-    return failure(ErrorCode::kRefused, fmt::format("A {} needs a title to be saved.", nounFor(calendar.kind)));
-  }
-  if (calendar.source == 0) {
-    return failure(ErrorCode::kRefused, fmt::format("The {} \"{}\" needs a source to be saved; take the one of another "
-                                                    "calendar.",
-                                                    nounFor(calendar.kind), calendar.title));
-  }
+Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
-  ORLOCAL_TRY(const auto source, m_core.calendars.source(calendar.source));
-  if (!source) {
-    return failure(ErrorCode::kRefused, fmt::format("The source of the {} \"{}\" is not in the calendar store.",
-                                                    nounFor(calendar.kind), calendar.title));
-  }
   Calendar saved = calendar;
-  saved.type = source->type;
-  if (calendar.id == 0) {
-    ORLOCAL_CHECK(m_core.calendars.insert(saved, m_core.uuids.next()));
-    ORLOCAL_CHECK(m_core.logCalendar(Operation::kInserted, saved));
-  } else {
-    ORLOCAL_TRY(const auto before, m_core.calendars.withId(calendar.id));
-    if (!before) {
+  if (calendar.id != 0) {
+    ORLOCAL_TRY(const auto row, m_core.calendars.withId(calendar.id));
+    if (!row) {
       return failure(ErrorCode::kNotFound, fmt::format("The {} \"{}\" is no longer in the calendar store.",
                                                        nounFor(calendar.kind), calendar.title));
     }
-    if (before->readOnly || before->immutable) {
+    if (row->readOnly || row->immutable) {
       return failure(ErrorCode::kReadOnly,
-                     fmt::format("The {} \"{}\" allows no changes.", nounFor(before->kind), before->title));
+                     fmt::format("The {} \"{}\" allows no changes.", nounFor(row->kind), row->title));
     }
-    if (before->kind != calendar.kind) {
+    if (row->kind != calendar.kind) {
       return failure(ErrorCode::kInvalid, "A calendar stays one of events or one of reminders; make a new one.");
     }
-    saved.identifier = before->identifier;
+    saved = *row;
+    applyFields(calendar, set, saved);
+  }
+  if (saved.title.empty()) {
+    return failure(ErrorCode::kRefused, fmt::format("A {} needs a title to be saved.", nounFor(saved.kind)));
+  }
+  if (saved.source == 0) {
+    return failure(ErrorCode::kRefused, fmt::format("The {} \"{}\" needs a source to be saved; take the one of another "
+                                                    "calendar.",
+                                                    nounFor(saved.kind), saved.title));
+  }
+  ORLOCAL_TRY(const auto source, m_core.calendars.source(saved.source));
+  if (!source) {
+    return failure(ErrorCode::kRefused, fmt::format("The source of the {} \"{}\" is not in the calendar store.",
+                                                    nounFor(saved.kind), saved.title));
+  }
+  saved.type = source->type;
+  if (saved.id == 0) {
+    ORLOCAL_CHECK(m_core.calendars.insert(saved, m_core.uuids.next()));
+    ORLOCAL_CHECK(m_core.logCalendar(Operation::kInserted, saved));
+  } else {
     ORLOCAL_CHECK(m_core.calendars.update(saved));
     ORLOCAL_CHECK(m_core.logCalendar(Operation::kUpdated, saved));
   }

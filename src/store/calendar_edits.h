@@ -1,5 +1,6 @@
 #pragma once
 
+#include "store/calendar_edit.h"
 #include "store/store_core.h"
 
 namespace orlocal::store {
@@ -9,7 +10,7 @@ class CalendarEdits {
  public:
   explicit CalendarEdits(StoreCore& core) : m_core(core) {}
 
-  Status save(Calendar& calendar);
+  Status save(Calendar& calendar, CalendarFields set);
   Status remove(std::string_view identifier);
 
  private:

@@ -10,25 +10,17 @@
 #include <string_view>
 #include <vector>
 
+#include "store/calendar_edit.h"
 #include "store/change_signal.h"
+#include "store/item_edit.h"
 #include "store/item_writer.h"
 #include "store/model.h"
+#include "store/occurrence.h"
 #include "store/outside_commits.h"
 #include "store/result.h"
 #include "store/zone.h"
 
 namespace orlocal::store {
-
-/// One occurrence of an event in the answer to a range query.
-struct Occurrence {
-  Moment start;
-  Moment end;            ///< exclusive; for whole days the midnight after the last one in the viewer's zone
-  Moment originalStart;  ///< where the rule put it; equal to `start` unless it was changed
-  ItemId item = 0;       ///< the row to read: the event, the series, or the changed occurrence
-  ItemId event = 0;      ///< the row whose identifier names it in public: the event or the series
-
-  friend bool operator==(const Occurrence&, const Occurrence&) = default;
-};
 
 /// Events that overlap the half-open range [from, to); one without length overlaps where it stands. An absent bound is
 /// the distant past or future: a series without an end then goes on to the later of four years from now and `from` plus
@@ -46,9 +38,6 @@ struct ReminderQuery {
   std::optional<Moment> from, to;
   std::vector<CalendarId> calendars;
 };
-
-/// How much of a series a change is about.
-enum class Span : std::uint8_t { kThis = 0, kFuture = 1 };
 
 struct StoreOptions {
   std::filesystem::path file;
@@ -80,8 +69,8 @@ class CalendarStore {
   virtual Result<std::optional<Calendar>> calendar(std::string_view identifier) = 0;
   /// Where new items go when nothing else is said: the oldest one that allows changes.
   virtual Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) = 0;
-  /// Inserts (`id` 0) or updates; fills in the id and the identifier.
-  virtual Status saveCalendar(Calendar& calendar) = 0;
+  /// Inserts (`id` 0) or writes the fields in `set` on the row as it stands; `calendar` then is what was written.
+  virtual Status saveCalendar(Calendar& calendar, CalendarFields set = CalendarFields::all()) = 0;
   virtual Status removeCalendar(std::string_view identifier) = 0;
 
   /// Ordered by start, end, identifier; changed occurrences in place of the originals.
@@ -101,18 +90,25 @@ class CalendarStore {
   /// The first occurrence of a series (or the one of a single event); none when its rule and exceptions leave none.
   virtual Result<std::optional<Occurrence>> firstOccurrence(const Item& event) = 0;
 
-  /// Saves a new or changed event. `edited` holds the fields as the user left them. For an occurrence of a series
-  /// `occurrence` is the one that was opened, and the start and end in `edited` are its own; `span` then says what the
-  /// change is about: this one alone (it becomes a changed occurrence; refused when the rules were changed, too), or
-  /// this and the later ones (the series is split there; from the first occurrence on it is changed as it stands).
-  /// Exceptions and changed occurrences follow when the start moves. One occurrence that moves to another calendar
-  /// becomes an event of its own there. `edited` then is what was written: the event, the changed occurrence or the new
-  /// series; its occurrence is now `firstOccurrence(edited)`.
-  virtual Status saveEvent(Item& edited, const std::optional<Occurrence>& occurrence, Span span) = 0;
+  // Saves write what was set on the row as it stands inside the transaction: two callers that set different fields of
+  // one item both keep their change, and of one field the later save counts. An item that was removed meanwhile is
+  // refused. They give what was written.
+
+  /// For an occurrence of a series `occurrence` is the one that was opened, and the start and end in `edit` are its
+  /// own; `span` then says what the change is about: this one alone (it becomes a changed occurrence; refused when the
+  /// rules were changed, too), this and the later ones (the series is split there; from the first occurrence on it is
+  /// changed as it stands), or the whole series. An occurrence that meanwhile is none of its series any more is
+  /// refused: it was taken out, the series was split before it, moved as a whole, or got other rules. Exceptions and
+  /// changed occurrences follow when the start moves. One occurrence that moves to another calendar becomes an event of
+  /// its own there. A series whose rules are taken away goes on as the one occurrence. The occurrence of what was
+  /// written is its `firstOccurrence`.
+  virtual Result<Item> saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) = 0;
+  /// `event` and `occurrence` are what was opened. Refused as above when the occurrence is none of the series any more.
   virtual Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) = 0;
-  /// A repeating reminder that is saved as completed moves on: what was done is kept as a reminder of its own, and
-  /// `edited` is then open again and due at its next occurrence. After the last one it stays completed.
-  virtual Status saveReminder(Item& edited) = 0;
+  /// A repeating reminder that is saved as completed moves on: what was done is kept as a reminder of its own, and the
+  /// one that is given back is open again and due at its next occurrence. After the last one it stays completed. Who
+  /// completes an occurrence from which the reminder has moved on meanwhile is refused.
+  virtual Result<Item> saveReminder(const ItemEdit& edit) = 0;
   virtual Status removeReminder(const Item& reminder) = 0;
 
   /// Begins an all-or-nothing change such as an import; waits for its turn to write. No other call to this store until

@@ -42,19 +42,32 @@ tl::unexpected<Error> gone(const Item& event) {
   return failure(ErrorCode::kNotFound, fmt::format("The event {} is no longer in the calendar store.", nameOf(event)));
 }
 
-/// What the user changed in one changed occurrence, brought to its series.
-void carryOver(const Item& before, const Item& edited, Item& series) {
-  const auto carry = [&](auto Item::*field) {
-    if (!(before.*field == edited.*field)) series.*field = edited.*field;
-  };
-  carry(&Item::title);
-  carry(&Item::notes);
-  carry(&Item::location);
-  carry(&Item::url);
-  carry(&Item::calendar);
-  carry(&Item::priority);
-  carry(&Item::alarms);
-  carry(&Item::extra);
+tl::unexpected<Error> outOfSeries(const Item& event, Moment original, const Zone& viewer) {
+  const LocalTime start = viewer.toLocal(original);
+  return failure(
+      ErrorCode::kNotFound,
+      fmt::format("The event {} has no occurrence on {:04}-{:02}-{:02} at {:02}:{:02} any more: somebody else "
+                  "removed it, or moved, split or changed the series. Nothing was written; open it anew.",
+                  nameOf(event), start.year(), start.month(), start.day(), start.hour(), start.minute()));
+}
+
+tl::unexpected<Error> rulesOfOneDay(const Item& event) {
+  return failure(ErrorCode::kInvalid,
+                 fmt::format("How the event {} repeats cannot be changed for one of its days alone; save it for this "
+                             "and the future events.",
+                             nameOf(event)));
+}
+
+/// Whether what was opened was one of several: its occurrence then says which.
+bool openedInSeries(const Item& opened) { return opened.series || !opened.recurrence.empty(); }
+
+/// Makes a copy of an occurrence an event of its own.
+void standAlone(Item& event) {
+  event.id = 0;
+  event.uid.clear();
+  event.series.reset();
+  event.recurrenceId.reset();
+  event.recurrence = Recurrence();
 }
 
 }  // namespace
@@ -77,85 +90,124 @@ Status checkThatCalendarTakes(StoreCore& core, CalendarId id, ItemKind kind) {
   return {};
 }
 
-Status EventEdits::save(Item& edited, const std::optional<Occurrence>& occurrence, Span span) {
-  if (edited.kind != ItemKind::kEvent) return failure(ErrorCode::kInvalid, "A reminder cannot be saved as an event.");
-  if (edited.calendar == 0) return checkThatCalendarTakes(m_core, 0, ItemKind::kEvent);
-  ORLOCAL_CHECK(checkTimes(edited));
-  ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
-  ORLOCAL_CHECK(checkThatCalendarTakes(m_core, edited.calendar, ItemKind::kEvent));
-  ORLOCAL_CHECK(checkAttendees(edited));
-  Item saved = edited;
-  saved.modified = now();
-  if (saved.id == 0) {
-    ORLOCAL_CHECK(insertNew(saved));
-  } else {
-    ORLOCAL_TRY(const auto stored, m_core.rows.read(saved.id));
-    if (stored == nullptr) return gone(edited);
-    ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored->calendar, ItemKind::kEvent));
-    ORLOCAL_CHECK(checkAttendees(*stored));
-    ORLOCAL_CHECK(saveStored(Item(*stored), saved, occurrence, span));
+Status EventEdits::check(const Item& stored, const Item& edited) {
+  ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kEvent));
+  ORLOCAL_CHECK(checkAttendees(stored));
+  if (edited.calendar != stored.calendar) {
+    ORLOCAL_CHECK(checkThatCalendarTakes(m_core, edited.calendar, ItemKind::kEvent));
   }
+  return checkTimes(edited);
+}
+
+Result<Item> EventEdits::save(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
+  if (edit.values.kind != ItemKind::kEvent) {
+    return failure(ErrorCode::kInvalid, "A reminder cannot be saved as an event.");
+  }
+  ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
+  ORLOCAL_TRY(Item saved, edit.opened == nullptr ? insertNew(edit) : saveStored(edit, occurrence, span));
   ORLOCAL_CHECK(turn.commit());
-  edited = std::move(saved);
-  return {};
+  return saved;
 }
 
-Status EventEdits::insertNew(Item& edited) {
-  if (edited.uid.empty()) edited.uid = m_core.uuids.next().text();
-  edited.series.reset();
-  edited.recurrenceId.reset();
-  edited.created = edited.modified;
-  if (edited.recurrence.empty()) return m_core.insertItem(edited, nullptr, std::nullopt, false);
-  ORLOCAL_TRY(const Series series, Series::compile(edited, Zone()));
-  return m_core.insertItem(edited, &series, std::nullopt, false);
+Result<Item> EventEdits::insertNew(const ItemEdit& edit) {
+  Item made = edit.values;
+  standAlone(made);
+  made.recurrence = edit.values.recurrence;
+  made.uid = edit.values.uid;
+  if (made.uid.empty()) made.uid = m_core.uuids.next().text();
+  apply(edit, made, std::nullopt, m_core.options.viewer);
+  ORLOCAL_CHECK(checkThatCalendarTakes(m_core, made.calendar, ItemKind::kEvent));
+  ORLOCAL_CHECK(checkTimes(made));
+  ORLOCAL_CHECK(checkAttendees(made));
+  made.created = made.modified = now();
+  ORLOCAL_CHECK(m_series.insert(made));
+  return made;
 }
 
-Status EventEdits::saveStored(const Item& stored, Item& edited, const std::optional<Occurrence>& occurrence,
-                              Span span) {
-  edited.identifier = stored.identifier;
-  edited.itemIdentifier = stored.itemIdentifier;
-  edited.uid = stored.uid;
-  edited.series = stored.series;
-  edited.recurrenceId = stored.recurrenceId;
-  if (!edited.created) edited.created = stored.created;
-  if (stored.series) return saveChanged(stored, edited, span);
-  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(stored.id));
-  if (stored.recurrence.empty() && changed.empty()) {
-    if (!stored.recurrenceId) return m_series.update(edited);
+Result<Item> EventEdits::saveStored(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
+  ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
+  const Zone& viewer = m_core.options.viewer;
+  if (row == nullptr || row->kind != ItemKind::kEvent) {
+    if (edit.opened->series && occurrence) return outOfSeries(*edit.opened, occurrence->originalStart, viewer);
+    return gone(*edit.opened);
+  }
+  const Item stored = *row;
+  if (stored.series) return saveChanged(stored, edit, span);
+  const bool inSeries = openedInSeries(*edit.opened) && occurrence;
+  ORLOCAL_TRY(const bool repeats, m_series.repeats(stored));
+  if (!repeats) {
+    if (inSeries && occurrence->originalStart != momentOf(*stored.start, viewer)) {
+      return outOfSeries(stored, occurrence->originalStart, viewer);
+    }
+    return saveSingle(stored, edit);
+  }
+  if (!inSeries) {
+    // What was opened was the event as a whole, so what was set is set for all of it.
+    ORLOCAL_TRY(const Occurrence whole, m_queries.onlyOccurrence(stored));
+    return saveSeries(stored, whole, edit, Span::kAll);
+  }
+  ORLOCAL_TRY(const auto at, m_queries.occurrenceAt(stored, occurrence->originalStart));
+  if (!at) return outOfSeries(stored, occurrence->originalStart, viewer);
+  if (at->item == stored.id) return saveSeries(stored, *at, edit, span);
+  // Somebody changed this very occurrence meanwhile.
+  ORLOCAL_TRY(const auto changed, m_core.rows.read(at->item));
+  if (changed == nullptr) return gone(stored);
+  return saveChanged(Item(*changed), edit, span);
+}
+
+Result<Item> EventEdits::saveSingle(const Item& stored, const ItemEdit& edit) {
+  Item edited = stored;
+  apply(edit, edited, std::nullopt, m_core.options.viewer);
+  ORLOCAL_CHECK(check(stored, edited));
+  edited.modified = now();
+  if (stored.recurrenceId && edited.recurrence.empty()) {
     // A changed occurrence without its series stays one.
     ORLOCAL_TRY(const auto place, m_core.rows.place(stored.id));
-    return m_core.updateItem(edited, nullptr, place->original, Timeline::isWall(*stored.recurrenceId));
+    ORLOCAL_CHECK(m_core.updateItem(edited, nullptr, place->original, Timeline::isWall(*stored.recurrenceId)));
+  } else {
+    edited.recurrenceId.reset();
+    ORLOCAL_CHECK(m_series.update(edited));
   }
-  std::optional<Occurrence> at = occurrence;
-  if (!at) {
-    ORLOCAL_TRY(at, m_queries.firstOccurrence(stored));
-  }
-  // Without any occurrence left there is only the series to change.
-  if (!at) return m_series.changeAll(stored, momentOf(*stored.start, m_core.options.viewer), edited);
-  return saveOccurrence(stored, at->originalStart, edited, span);
+  return edited;
 }
 
-Status EventEdits::saveOccurrence(const Item& series, Moment original, Item& edited, Span span) {
-  if (span == Span::kFuture) {
-    ORLOCAL_TRY(const bool first, m_series.isFirst(series, original));
-    return first ? m_series.changeAll(series, original, edited) : m_series.split(series, original, edited);
+Result<Item> EventEdits::saveSeries(const Item& series, const Occurrence& at, const ItemEdit& edit, Span span) {
+  const Zone& viewer = m_core.options.viewer;
+  const Moment original = at.originalStart;
+  const bool otherRules = changesRules(edit, series.recurrence);
+  Item edited = series;
+  moveToOccurrence(edited, at, viewer);
+  apply(edit, edited, at, viewer);
+  ORLOCAL_CHECK(check(series, edited));
+  edited.modified = now();
+  if (span == Span::kThis) {
+    if (otherRules) return rulesOfOneDay(edited);
+    if (edited.calendar != series.calendar) return detach(series, original, std::move(edited));
+    ORLOCAL_CHECK(m_series.changeOne(series, original, edited));
+    return edited;
   }
-  if (edited.recurrence.rules != series.recurrence.rules) {
-    return failure(ErrorCode::kInvalid,
-                   fmt::format("How the event {} repeats cannot be changed for one of its days alone; save it for this "
-                               "and the future events.",
-                               nameOf(edited)));
+  bool whole = span == Span::kAll;
+  if (!whole) {
+    ORLOCAL_TRY(whole, m_series.isFirst(series, original));
   }
-  return edited.calendar != series.calendar ? detach(series, original, edited)
-                                            : m_series.changeOne(series, original, edited);
+  if (takesRulesAway(edit, series.recurrence)) {
+    ORLOCAL_CHECK(m_series.endAsOne(series, original, whole, edited));
+  } else if (whole) {
+    ORLOCAL_CHECK(m_series.changeAll(series, original, edited, otherRules));
+  } else {
+    ORLOCAL_CHECK(m_series.split(series, original, edited, otherRules));
+  }
+  return edited;
 }
 
-Status EventEdits::detach(const Item& series, Moment original, Item& edited) {
+Result<Item> EventEdits::detach(const Item& series, Moment original, Item edited) {
+  ORLOCAL_CHECK(checkAttendees(series));
   ORLOCAL_CHECK(m_series.exceptOne(series, original));
-  edited.id = 0;
-  edited.uid.clear();
-  edited.recurrence = Recurrence();
-  return insertNew(edited);
+  standAlone(edited);
+  edited.uid = m_core.uuids.next().text();
+  edited.created = edited.modified;
+  ORLOCAL_CHECK(m_series.insert(edited));
+  return edited;
 }
 
 Result<Item> EventEdits::seriesOf(const Item& changed) {
@@ -164,45 +216,66 @@ Result<Item> EventEdits::seriesOf(const Item& changed) {
   return *series;
 }
 
-Status EventEdits::saveChanged(const Item& stored, Item& edited, Span span) {
-  ORLOCAL_TRY(const Item series, seriesOf(stored));
-  ORLOCAL_TRY(const Occurrence at, m_queries.onlyOccurrence(stored));
-  const Moment original = at.originalStart;
-  const bool otherRules = !edited.recurrence.rules.empty() && edited.recurrence.rules != series.recurrence.rules;
+Result<Item> EventEdits::saveChanged(const Item& changed, const ItemEdit& edit, Span span) {
+  ORLOCAL_TRY(const Item series, seriesOf(changed));
+  ORLOCAL_TRY(const Occurrence at, m_queries.onlyOccurrence(changed));
+  Item edited = changed;
+  apply(edit, edited, std::nullopt, m_core.options.viewer);
+  // The rules are those of the series.
+  edited.recurrence = Recurrence();
+  ORLOCAL_CHECK(check(changed, edited));
+  edited.modified = now();
   if (span == Span::kThis) {
-    if (!otherRules) edited.recurrence.rules = series.recurrence.rules;
-    return saveOccurrence(series, original, edited, span);
+    if (changesRules(edit, series.recurrence)) return rulesOfOneDay(edited);
+    if (edited.calendar != series.calendar) return detach(series, at.originalStart, std::move(edited));
+    ORLOCAL_CHECK(m_series.changeOne(series, at.originalStart, edited));
+    return edited;
   }
-  // The series takes over what was changed here: fields, how far the start moved, and a new length.
+  ORLOCAL_CHECK(checkAttendees(series));
+  bool whole = span == Span::kAll;
+  if (!whole) {
+    ORLOCAL_TRY(whole, m_series.isFirst(series, at.originalStart));
+  }
+  if (takesRulesAway(edit, series.recurrence)) {
+    ORLOCAL_CHECK(m_series.endAsOne(series, at.originalStart, whole, edited));
+    return edited;
+  }
+  return carryToSeries(series, changed, edited, edit, whole);
+}
+
+Result<Item> EventEdits::carryToSeries(const Item& series, const Item& changed, const Item& edited,
+                                       const ItemEdit& edit, bool whole) {
   const Zone& viewer = m_core.options.viewer;
+  ORLOCAL_TRY(const Occurrence at, m_queries.onlyOccurrence(changed));
+  const Moment original = at.originalStart;
   ORLOCAL_TRY(const Series compiled, Series::compile(series, viewer));
   Item later = series;
-  carryOver(stored, edited, later);
-  if (otherRules) later.recurrence = edited.recurrence;
+  applyFields(edit, later);
   later.modified = edited.modified;
   later.start = compiled.recurrenceId(original);
-  const bool sameLength = edited.end->local - edited.start->local == stored.end->local - stored.start->local;
-  const auto length =
-      sameLength && series.end ? series.end->local - series.start->local : edited.end->local - edited.start->local;
-  if (edited.start->kind == stored.start->kind && edited.start->zone == stored.start->zone &&
-      (later.allDay() == edited.allDay())) {
-    later.start->local += edited.start->local - stored.start->local;
+  const auto lengthOf = [](const Item& item) { return item.end->local - item.start->local; };
+  const bool sameLength = series.end && changed.end && lengthOf(edited) == lengthOf(changed);
+  const auto length = lengthOf(sameLength ? series : edited);
+  const bool sameClock = edited.start->kind == changed.start->kind && edited.start->zone == changed.start->zone;
+  if (sameClock && later.allDay() == edited.allDay()) {
+    later.start->local += edited.start->local - changed.start->local;
   } else {
     later.start = edited.start;
   }
   later.end = later.start;
   later.end->local += length;
-  ORLOCAL_TRY(const bool first, m_series.isFirst(series, original));
-  ORLOCAL_CHECK(first ? m_series.changeAll(series, original, later) : m_series.split(series, original, later));
+  const bool otherRules = changesRules(edit, series.recurrence);
+  if (otherRules && later.allDay()) endOnDays(later.recurrence, viewer);
+  ORLOCAL_CHECK(whole ? m_series.changeAll(series, original, later, otherRules)
+                      : m_series.split(series, original, later, otherRules));
   // The row itself went along, if the new rule still meets it; it takes its own fields then.
-  ORLOCAL_TRY(const auto row, m_core.rows.read(stored.id));
-  if (row == nullptr) {
-    edited = std::move(later);
-    return {};
-  }
-  edited.recurrenceId = row->recurrenceId;
+  ORLOCAL_TRY(const auto row, m_core.rows.read(changed.id));
+  if (row == nullptr) return later;
+  Item own = edited;
+  own.recurrenceId = row->recurrenceId;
   ORLOCAL_TRY(const Series target, Series::compile(later, viewer));
-  return m_series.changeOne(later, target.originalStart(*row->recurrenceId), edited);
+  ORLOCAL_CHECK(m_series.changeOne(later, target.originalStart(*row->recurrenceId), own));
+  return own;
 }
 
 Status EventEdits::remove(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
@@ -212,15 +285,18 @@ Status EventEdits::remove(const Item& event, const std::optional<Occurrence>& oc
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kEvent));
   Item series = stored;
-  std::optional<Occurrence> at = occurrence;
+  std::optional<Occurrence> at;
   if (stored.series) {
     ORLOCAL_TRY(series, seriesOf(stored));
     ORLOCAL_TRY(at, m_queries.onlyOccurrence(stored));
-  } else if (!at) {
+  } else if (openedInSeries(event) && occurrence && span != Span::kAll) {
+    ORLOCAL_TRY(at, m_queries.occurrenceAt(stored, occurrence->originalStart));
+    if (!at) return outOfSeries(stored, occurrence->originalStart, m_core.options.viewer);
+  } else {
     ORLOCAL_TRY(at, m_queries.firstOccurrence(stored));
   }
-  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(series.id));
-  if ((series.recurrence.empty() && changed.empty()) || !at) {
+  ORLOCAL_TRY(const bool repeats, m_series.repeats(series));
+  if (!repeats || !at || span == Span::kAll) {
     ORLOCAL_CHECK(m_series.removeAll(series));
     return turn.commit();
   }

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "store/item_edit.h"
 #include "store/series_edits.h"
 
 namespace orlocal::store {
@@ -11,17 +12,24 @@ class EventEdits {
  public:
   EventEdits(StoreCore& core, Queries& queries) : m_core(core), m_queries(queries), m_series(core, queries) {}
 
-  Status save(Item& edited, const std::optional<Occurrence>& occurrence, Span span);
+  Result<Item> save(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span);
   Status remove(const Item& event, const std::optional<Occurrence>& occurrence, Span span);
 
  private:
-  Status insertNew(Item& edited);
-  Status saveStored(const Item& stored, Item& edited, const std::optional<Occurrence>& occurrence, Span span);
-  Status saveChanged(const Item& stored, Item& edited, Span span);
-  Status saveOccurrence(const Item& series, Moment original, Item& edited, Span span);
+  Result<Item> insertNew(const ItemEdit& edit);
+  Result<Item> saveStored(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span);
+  Result<Item> saveSingle(const Item& stored, const ItemEdit& edit);
+  /// A series, at one of its occurrences that has no row of its own.
+  Result<Item> saveSeries(const Item& series, const Occurrence& at, const ItemEdit& edit, Span span);
+  Result<Item> saveChanged(const Item& changed, const ItemEdit& edit, Span span);
+  /// The series takes over what was set in one of its changed occurrences: fields, how far it moved, and a new length.
+  Result<Item> carryToSeries(const Item& series, const Item& changed, const Item& edited, const ItemEdit& edit,
+                             bool whole);
   /// One occurrence leaves its series, as an event of its own in another calendar.
-  Status detach(const Item& series, Moment original, Item& edited);
+  Result<Item> detach(const Item& series, Moment original, Item edited);
   Result<Item> seriesOf(const Item& changed);
+  /// Refuses what the row, changed as it now is, may not be.
+  Status check(const Item& stored, const Item& edited);
 
   StoreCore& m_core;
   Queries& m_queries;

@@ -217,4 +217,32 @@ Result<std::optional<Occurrence>> Queries::firstOccurrence(const Item& event) {
   return only;
 }
 
+Result<std::optional<Occurrence>> Queries::occurrenceAt(const Item& event, Moment original) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
+  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(event.id));
+  if (event.recurrence.empty() && changed.empty()) {
+    ORLOCAL_TRY(const Occurrence only, onlyOccurrence(event));
+    return only.originalStart == original ? std::optional(only) : std::nullopt;
+  }
+  ORLOCAL_TRY(const Series* series, m_core.series.of(event.id));
+  if (series == nullptr) return std::nullopt;
+  for (const ItemRows::Changed& row : changed) {
+    if (series->originalStart(row.recurrenceId) != original) continue;
+    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
+    if (item == nullptr) return std::nullopt;
+    ORLOCAL_TRY(const Occurrence only, onlyOccurrence(*item));
+    return only;
+  }
+  std::optional<Occurrence> found;
+  ExpansionBudget budget;
+  ORLOCAL_CHECK(
+      series->expand(original, original + std::chrono::microseconds(1), budget, [&](const Series::Instance& instance) {
+        if (instance.start == original) {
+          found = Occurrence{instance.start, instance.end, original, event.id, event.id};
+        }
+        return !found;
+      }));
+  return found;
+}
+
 }  // namespace orlocal::store

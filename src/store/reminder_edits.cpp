@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
 #include "store/event_edits.h"
 #include "store/try.h"
 
@@ -10,45 +12,65 @@ namespace {
 
 constexpr const char* kGone = "The reminder is no longer in the calendar store.";
 
+/// What a repeating reminder repeats from.
+std::optional<CalendarTime> anchorOf(const Item& reminder) { return reminder.start ? reminder.start : reminder.end; }
+
+/// Whether `stored` is what somebody left who completed the reminder that was `opened`: the same series, later.
+Result<bool> hasMovedOn(const Item& opened, const Item& stored, const Zone& viewer) {
+  const auto from = anchorOf(opened), to = anchorOf(stored);
+  if (opened.recurrence.empty() || stored.recurrence.empty() || !from || !to) return false;
+  const Moment now = momentOf(*to, viewer);
+  if (now <= momentOf(*from, viewer)) return false;
+  ORLOCAL_TRY(const Series series, Series::compile(opened, viewer));
+  bool met = false;
+  ExpansionBudget budget;
+  ORLOCAL_CHECK(series.expand(now, now + std::chrono::microseconds(1), budget,
+                              [&](const Series::Instance& instance) { return !(met = instance.start == now); }));
+  return met;
+}
+
 }  // namespace
 
-Status ReminderEdits::save(Item& edited) {
-  if (edited.kind != ItemKind::kReminder)
+Result<Item> ReminderEdits::save(const ItemEdit& edit) {
+  if (edit.values.kind != ItemKind::kReminder) {
     return failure(ErrorCode::kInvalid, "An event cannot be saved as a reminder.");
-  if (edited.calendar == 0) return checkThatCalendarTakes(m_core, 0, ItemKind::kReminder);
-  if (!edited.recurrence.empty() && !edited.start && !edited.end) {
-    return failure(ErrorCode::kInvalid, "A reminder that repeats needs a due date.");
   }
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
-  ORLOCAL_CHECK(checkThatCalendarTakes(m_core, edited.calendar, ItemKind::kReminder));
-  Item saved = edited;
-  saved.modified = now();
-  ORLOCAL_CHECK(write(saved));
+  ORLOCAL_TRY(Item saved, edit.opened == nullptr ? insertNew(edit) : saveStored(edit));
   ORLOCAL_CHECK(turn.commit());
-  edited = std::move(saved);
+  return saved;
+}
+
+Status ReminderEdits::check(const Item& edited) {
+  ORLOCAL_CHECK(checkThatCalendarTakes(m_core, edited.calendar, ItemKind::kReminder));
+  if (!edited.recurrence.empty() && !anchorOf(edited)) {
+    return failure(ErrorCode::kInvalid, "A reminder that repeats needs a due date.");
+  }
   return {};
 }
 
-Status ReminderEdits::write(Item& edited) {
-  if (edited.id == 0) {
-    if (edited.uid.empty()) edited.uid = m_core.uuids.next().text();
-    edited.series.reset();
-    edited.recurrenceId.reset();
-    edited.created = edited.modified;
-    if (edited.recurrence.empty()) return m_core.insertItem(edited, nullptr, std::nullopt, false);
-    ORLOCAL_TRY(const Series series, Series::compile(edited, Zone()));
-    return m_core.insertItem(edited, &series, std::nullopt, false);
-  }
-  ORLOCAL_TRY(const auto row, m_core.rows.read(edited.id));
+Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
+  Item made = edit.values;
+  apply(edit, made, std::nullopt, m_core.options.viewer);
+  made.id = 0;
+  if (made.uid.empty()) made.uid = m_core.uuids.next().text();
+  made.series.reset();
+  made.recurrenceId.reset();
+  made.created = made.modified = now();
+  ORLOCAL_CHECK(check(made));
+  ORLOCAL_CHECK(m_series.insert(made));
+  return made;
+}
+
+Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
+  ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
   if (row == nullptr || row->kind != ItemKind::kReminder) return failure(ErrorCode::kNotFound, kGone);
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
-  edited.identifier = stored.identifier;
-  edited.itemIdentifier = stored.itemIdentifier;
-  edited.uid = stored.uid;
-  edited.series = stored.series;
-  edited.recurrenceId = stored.recurrenceId;
-  if (!edited.created) edited.created = stored.created;
+  Item edited = stored;
+  apply(edit, edited, std::nullopt, m_core.options.viewer);
+  edited.modified = now();
+  ORLOCAL_CHECK(check(edited));
   if (stored.recurrenceId) {
     ORLOCAL_TRY(const auto place, m_core.rows.place(stored.id));
     bool wall = Timeline::isWall(*stored.recurrenceId);
@@ -56,10 +78,23 @@ Status ReminderEdits::write(Item& edited) {
       ORLOCAL_TRY(const Series* series, m_core.series.of(*stored.series));
       if (series != nullptr) wall = series->followsViewer();
     }
-    return m_core.updateItem(edited, nullptr, place->original, wall);
+    ORLOCAL_CHECK(m_core.updateItem(edited, nullptr, place->original, wall));
+    return edited;
   }
-  if (edited.completed && !stored.completed && !edited.recurrence.empty()) return moveOn(edited);
-  return m_series.update(edited);
+  const bool completes = edit.set.has(ItemField::kCompleted) && edited.completed && !stored.completed;
+  if (!completes || edited.recurrence.empty()) {
+    ORLOCAL_CHECK(m_series.update(edited));
+    return edited;
+  }
+  ORLOCAL_TRY(const bool movedOn, hasMovedOn(*edit.opened, stored, m_core.options.viewer));
+  if (movedOn) {
+    return failure(ErrorCode::kNotFound,
+                   fmt::format("The reminder \"{}\" was completed by somebody else and has moved on to its next date; "
+                               "nothing was written. Open it anew.",
+                               stored.title.value_or("")));
+  }
+  ORLOCAL_CHECK(moveOn(edited));
+  return edited;
 }
 
 Status ReminderEdits::moveOn(Item& edited) {

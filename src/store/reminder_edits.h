@@ -1,5 +1,6 @@
 #pragma once
 
+#include "store/item_edit.h"
 #include "store/series_edits.h"
 
 namespace orlocal::store {
@@ -9,11 +10,13 @@ class ReminderEdits {
  public:
   ReminderEdits(StoreCore& core, Queries& queries) : m_core(core), m_series(core, queries) {}
 
-  Status save(Item& edited);
+  Result<Item> save(const ItemEdit& edit);
   Status remove(const Item& reminder);
 
  private:
-  Status write(Item& edited);
+  Result<Item> insertNew(const ItemEdit& edit);
+  Result<Item> saveStored(const ItemEdit& edit);
+  Status check(const Item& edited);
   /// A repeating reminder that was completed: what was done is kept as a reminder of its own, and the series moves on
   /// to its next occurrence. Without a next one the series itself is completed.
   Status moveOn(Item& edited);

@@ -26,11 +26,23 @@ Result<bool> SeriesEdits::isFirst(const Item& series, Moment original) {
   return !first || first->originalStart >= original;
 }
 
-Status SeriesEdits::update(const Item& item) {
+Result<bool> SeriesEdits::repeats(const Item& item) {
+  if (!item.recurrence.empty()) return true;
   ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(item.id));
-  if (item.recurrence.empty() && changed.empty()) return m_core.updateItem(item, nullptr, std::nullopt, false);
+  return !changed.empty();
+}
+
+Status SeriesEdits::insert(Item& item) {
+  if (item.recurrence.empty()) return m_core.insertItem(item, nullptr, std::nullopt, false);
   ORLOCAL_TRY(const Series series, compiled(item, Zone()));
-  return m_core.updateItem(item, &series, std::nullopt, false);
+  return m_core.insertItem(item, &series, std::nullopt, false);
+}
+
+Status SeriesEdits::update(const Item& item) {
+  ORLOCAL_TRY(const bool series, repeats(item));
+  if (!series) return m_core.updateItem(item, nullptr, std::nullopt, false);
+  ORLOCAL_TRY(const Series own, compiled(item, Zone()));
+  return m_core.updateItem(item, &own, std::nullopt, false);
 }
 
 Status SeriesEdits::changeOne(const Item& series, Moment original, Item& edited) {
@@ -184,7 +196,7 @@ Status SeriesEdits::moveChanged(const std::vector<ItemRows::Changed>& changed, c
   return {};
 }
 
-Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited) {
+Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited, bool otherRules) {
   ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
   const Zone& viewer = m_core.options.viewer;
   const CalendarTime from = here.recurrenceId(original);
@@ -193,7 +205,6 @@ Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited)
       momentOf(*edited.start, viewer) != original || edited.start->kind != from.kind || edited.start->zone != from.zone;
   const CalendarTime to = moved ? *edited.start : from;
   const SeriesShift shift(here, from, to, viewer);
-  const bool otherRules = edited.recurrence.rules != series.recurrence.rules;
 
   Item whole = edited;
   whole.start = shift(*series.start);
@@ -236,13 +247,12 @@ Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited)
   return {};
 }
 
-Status SeriesEdits::split(const Item& series, Moment original, Item& edited) {
+Status SeriesEdits::split(const Item& series, Moment original, Item& edited, bool otherRules) {
   ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
   const CalendarTime from = here.recurrenceId(original);
   const bool moved = momentOf(*edited.start, m_core.options.viewer) != original || edited.start->kind != from.kind ||
                      edited.start->zone != from.zone;
   const SeriesShift shift(here, from, moved ? *edited.start : from, m_core.options.viewer);
-  const bool otherRules = edited.recurrence.rules != series.recurrence.rules;
   ORLOCAL_TRY(const auto later, changedFrom(series, here, original));
   ORLOCAL_TRY(Halves parts, halves(series, here, original));
 
@@ -254,10 +264,7 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited) {
   right.sequence = 0;
   right.recurrence.added = std::move(parts.right.added);
   right.recurrence.excluded = std::move(parts.right.excluded);
-  if (otherRules && edited.recurrence.rules.empty()) {
-    // Rules taken away mean that the event happens once from here on.
-    right.recurrence = Recurrence();
-  } else if (!otherRules) {
+  if (!otherRules) {
     right.recurrence.rules = std::move(parts.right.rules);
     if (!parts.ruleMakesStart && !right.recurrence.rules.empty()) {
       // The rules run from a start of their own making; the added date stays an added one.
@@ -287,6 +294,36 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited) {
   ORLOCAL_CHECK(update(left));
   edited = std::move(right);
   return {};
+}
+
+Status SeriesEdits::endAsOne(const Item& series, Moment original, bool whole, Item& one) {
+  one.series.reset();
+  one.recurrenceId.reset();
+  one.recurrence = Recurrence();
+  if (!whole) {
+    ORLOCAL_CHECK(truncate(series, original));
+    one.uid = m_core.uuids.next().text();
+    one.created = one.modified;
+    one.sequence = 0;
+    return insert(one);
+  }
+  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
+  ORLOCAL_TRY(const auto first, m_queries.firstOccurrence(series));
+  if (first) {
+    const auto back = here.recurrenceId(first->originalStart).local - here.recurrenceId(original).local;
+    one.start->local += back;
+    one.end->local += back;
+  }
+  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(series.id));
+  for (const ItemRows::Changed& row : changed) {
+    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
+    ORLOCAL_CHECK(m_core.removeItem(*item));
+  }
+  one.id = series.id;
+  one.identifier = series.identifier;
+  one.itemIdentifier = series.itemIdentifier;
+  one.uid = series.uid;
+  return update(one);
 }
 
 }  // namespace orlocal::store

@@ -21,17 +21,24 @@ class SeriesEdits {
   /// Takes one occurrence out; the series goes with its last one.
   Status exceptOne(const Item& series, Moment original);
 
-  /// Gives the whole series the fields of `edited`, whose start and end are those of the occurrence. Exceptions and
-  /// changed occurrences follow a move of the start.
-  Status changeAll(const Item& series, Moment original, Item& edited);
+  /// Gives the whole series the fields of `edited`, whose start and end are those of the occurrence, and whose rules
+  /// are `otherRules` than those of the series. Exceptions and changed occurrences follow a move of the start.
+  Status changeAll(const Item& series, Moment original, Item& edited, bool otherRules);
   /// Ends the series before the occurrence and makes a new one from there on out of `edited`; its COUNT is what is
   /// left, exceptions and changed occurrences go to the half that they belong to.
-  Status split(const Item& series, Moment original, Item& edited);
+  Status split(const Item& series, Moment original, Item& edited, bool otherRules);
+  /// Makes a single event of the occurrence, with the fields of `one`, and takes out all later ones: of a `whole`
+  /// series every other one, and what is left stands where the first was, as far from there as `one` was moved.
+  Status endAsOne(const Item& series, Moment original, bool whole, Item& one);
   /// Takes the occurrence and all later ones out; it is not the first.
   Status truncate(const Item& series, Moment original);
   /// Removes the series with its changed occurrences, or a single item.
   Status removeAll(const Item& series);
 
+  /// Whether there are rules, added dates or changed occurrences.
+  Result<bool> repeats(const Item& item);
+  /// Makes a row for an item.
+  Status insert(Item& item);
   /// Writes an item over its row; finds out itself whether it repeats.
   Status update(const Item& item);
 

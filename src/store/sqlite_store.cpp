@@ -28,7 +28,10 @@ Result<std::optional<Calendar>> SqliteStore::defaultCalendar(CalendarKind kind) 
   return m_core->calendars.forNewItems(kind);
 }
 
-Status SqliteStore::saveCalendar(Calendar& calendar) { return CalendarEdits(*m_core).save(calendar); }
+Status SqliteStore::saveCalendar(Calendar& calendar, CalendarFields set) {
+  return CalendarEdits(*m_core).save(calendar, set);
+}
+
 Status SqliteStore::removeCalendar(std::string_view identifier) { return CalendarEdits(*m_core).remove(identifier); }
 
 Result<std::vector<Occurrence>> SqliteStore::occurrences(const EventQuery& query) {
@@ -74,15 +77,15 @@ Result<std::optional<Occurrence>> SqliteStore::firstOccurrence(const Item& event
   return m_queries.firstOccurrence(event);
 }
 
-Status SqliteStore::saveEvent(Item& edited, const std::optional<Occurrence>& occurrence, Span span) {
-  return EventEdits(*m_core, m_queries).save(edited, occurrence, span);
+Result<Item> SqliteStore::saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
+  return EventEdits(*m_core, m_queries).save(edit, occurrence, span);
 }
 
 Status SqliteStore::removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
   return EventEdits(*m_core, m_queries).remove(event, occurrence, span);
 }
 
-Status SqliteStore::saveReminder(Item& edited) { return ReminderEdits(*m_core, m_queries).save(edited); }
+Result<Item> SqliteStore::saveReminder(const ItemEdit& edit) { return ReminderEdits(*m_core, m_queries).save(edit); }
 
 Status SqliteStore::removeReminder(const Item& reminder) { return ReminderEdits(*m_core, m_queries).remove(reminder); }
 

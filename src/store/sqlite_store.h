@@ -19,7 +19,7 @@ class SqliteStore final : public CalendarStore {
   Result<std::vector<Calendar>> calendars(CalendarKind kind) override;
   Result<std::optional<Calendar>> calendar(std::string_view identifier) override;
   Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) override;
-  Status saveCalendar(Calendar& calendar) override;
+  Status saveCalendar(Calendar& calendar, CalendarFields set) override;
   Status removeCalendar(std::string_view identifier) override;
 
   Result<std::vector<Occurrence>> occurrences(const EventQuery& query) override;
@@ -31,9 +31,9 @@ class SqliteStore final : public CalendarStore {
   Result<std::shared_ptr<const Item>> itemWithIdentifier(std::string_view itemIdentifier) override;
   Result<std::optional<Occurrence>> firstOccurrence(const Item& event) override;
 
-  Status saveEvent(Item& edited, const std::optional<Occurrence>& occurrence, Span span) override;
+  Result<Item> saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) override;
   Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) override;
-  Status saveReminder(Item& edited) override;
+  Result<Item> saveReminder(const ItemEdit& edit) override;
   Status removeReminder(const Item& reminder) override;
 
   Result<std::unique_ptr<ItemWriter>> startWriting() override;

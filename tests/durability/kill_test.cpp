@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "durability/saving_process.h"
+#include "store/edited_items.h"
 
 namespace orlocal::test {
 namespace {
@@ -18,13 +19,13 @@ void keepSaving(const std::filesystem::path& file, int round, const SavingProces
   for (int i = 0;; ++i) {
     const std::string title = std::to_string(round) + "." + std::to_string(i);
     store::Item event = newEvent(*store, title);
-    if (auto saved = store->saveEvent(event, std::nullopt, store::Span::kThis); !saved) {
+    if (auto saved = saveEvent(*store, event, std::nullopt, store::Span::kThis); !saved) {
       throw std::runtime_error(saved.error().message);
     }
     tell("S " + event.identifier + " " + title);
     if (i % 3 == 1) {
       event.title = title + "+";
-      if (auto saved = store->saveEvent(event, std::nullopt, store::Span::kThis); !saved) {
+      if (auto saved = saveEvent(*store, event, std::nullopt, store::Span::kThis); !saved) {
         throw std::runtime_error(saved.error().message);
       }
       tell("U " + event.identifier + " " + *event.title);

@@ -15,6 +15,7 @@
 #include "durability/saving_process.h"
 #include "host/fmwrapper/registry.h"
 #include "host/plugin/update_script.h"
+#include "store/edited_items.h"
 
 namespace orlocal::test {
 namespace {
@@ -91,7 +92,7 @@ class BusyWriter {
   store::Item& any() { return m_events[m_random() % m_events.size()]; }
 
   store::Item saved(store::Item event) {
-    orThrow(m_store->saveEvent(event, std::nullopt, store::Span::kThis));
+    orThrow(store::saveEvent(*m_store, event, std::nullopt, store::Span::kThis));
     return event;
   }
 
@@ -99,7 +100,7 @@ class BusyWriter {
     store::Item reminder;
     reminder.kind = store::ItemKind::kReminder;
     reminder.calendar = orThrow(m_store->defaultCalendar(store::CalendarKind::kReminders))->id;
-    orThrow(m_store->saveReminder(reminder));
+    orThrow(store::saveReminder(*m_store, reminder));
   }
 
   /// Two known events and `inserted` new ones in one commit, the known ones first.

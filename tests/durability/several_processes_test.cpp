@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "durability/saving_process.h"
+#include "store/edited_items.h"
 
 namespace orlocal::test {
 namespace {
@@ -20,7 +21,7 @@ TEST_P(SeveralProcesses, SavingAtOnceLoseNothing) {
       auto store = openStore(folder.file());
       for (int i = 0; i < kSaves; ++i) {
         store::Item event = newEvent(*store, std::to_string(writer) + "." + std::to_string(i));
-        if (auto saved = store->saveEvent(event, std::nullopt, store::Span::kThis); !saved) {
+        if (auto saved = saveEvent(*store, event, std::nullopt, store::Span::kThis); !saved) {
           throw std::runtime_error(saved.error().message);
         }
         tell(event.identifier);
@@ -72,7 +73,7 @@ TEST(AReaderBesideAWriter, SeesEachCommitAndNeverWaits) {
   SavingProcess writer([&](const SavingProcess::Tell& tell) {
     auto store = openStore(folder.file());
     store::Item event = newEvent(*store, "Seen");
-    if (auto saved = store->saveEvent(event, std::nullopt, store::Span::kThis); !saved) {
+    if (auto saved = saveEvent(*store, event, std::nullopt, store::Span::kThis); !saved) {
       throw std::runtime_error(saved.error().message);
     }
     tell(event.identifier);

@@ -102,7 +102,7 @@ TEST_F(Calendars, TellOfEachEventOnceWhenTheyGo) {
   series = saved(series);
   Item changed = read(series.id);
   changed.title = "changed";
-  ASSERT_TRUE(store->saveEvent(changed, occurrences(std::nullopt, std::nullopt)[0], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, changed, occurrences(std::nullopt, std::nullopt)[0], Span::kThis));
   auto other = opened();
   auto position = *other->newestChange();
   ASSERT_TRUE(store->removeCalendar(work.identifier));

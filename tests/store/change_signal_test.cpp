@@ -168,7 +168,7 @@ TEST_F(SignalOfAStore, IsSilentAfterARefusedSave) {
   const auto signal = listener->listen().value();
   Item nowhere = review();
   nowhere.start.reset();
-  EXPECT_FALSE(store->saveEvent(nowhere, std::nullopt, Span::kThis));
+  EXPECT_FALSE(saveEvent(*store, nowhere, std::nullopt, Span::kThis));
   EXPECT_FALSE(wakes(*signal));
 }
 
@@ -180,7 +180,7 @@ TEST_F(SignalOfAStore, WakesWhenTheCommitIsThereToBeRead) {
   std::thread writer([&] {
     Item copy = item;
     auto other = opened();
-    EXPECT_TRUE(other->saveEvent(copy, std::nullopt, Span::kThis));
+    EXPECT_TRUE(saveEvent(*other, copy, std::nullopt, Span::kThis));
   });
   ASSERT_TRUE(wakes(*signal, kLook));
   signal->drain();
@@ -195,7 +195,7 @@ TEST_F(SignalOfAStore, IsTheSameThroughALinkToTheFile) {
   std::filesystem::create_symlink(file, linked.file);
   auto other = CalendarStore::open(linked).value();
   Item item = review();
-  ASSERT_TRUE(other->saveEvent(item, std::nullopt, Span::kThis));
+  ASSERT_TRUE(saveEvent(*other, item, std::nullopt, Span::kThis));
   EXPECT_TRUE(wakes(*signal));
 }
 

@@ -19,7 +19,7 @@ class Events : public StoreTest {
     return saved(item);
   }
   Error refusal(Item item) {
-    const auto status = store->saveEvent(item, std::nullopt, Span::kThis);
+    const auto status = saveEvent(*store, item, std::nullopt, Span::kThis);
     EXPECT_FALSE(status);
     return status ? Error() : status.error();
   }
@@ -217,7 +217,7 @@ TEST_F(Events, BecomeASeriesWhenTheyGetARule) {
 TEST_F(Events, BecomeSingleWhenTheyLoseTheirRule) {
   Item item = weekly(5);
   item.recurrence = Recurrence();
-  ASSERT_TRUE(store->saveEvent(item, all()[0], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, item, all()[0], Span::kFuture));
   EXPECT_EQ(all().size(), 1u);
 }
 
@@ -225,7 +225,7 @@ TEST_F(Events, DoNotChangeTheirRuleForOneDayAlone) {
   weekly();
   Item item = openedAt(all()[1]);
   item.recurrence.rules[0].interval = 2;
-  const auto status = store->saveEvent(item, all()[1], Span::kThis);
+  const auto status = saveEvent(*store, item, all()[1], Span::kThis);
   ASSERT_FALSE(status);
   EXPECT_EQ(status.error().code, ErrorCode::kInvalid);
 }
@@ -234,7 +234,7 @@ TEST_F(Events, TakeANewRuleFromOneOccurrenceOn) {
   weekly(6);
   Item item = openedAt(all()[2]);
   item.recurrence.rules = {rule(Frequency::kDaily, 2)};
-  ASSERT_TRUE(store->saveEvent(item, all()[2], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, item, all()[2], Span::kFuture));
   EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
               ElementsAre("2026-11-02 09:00 review", "2026-11-09 09:00 review", "2026-11-16 09:00 review",
                           "2026-11-17 09:00 review"));
@@ -249,7 +249,7 @@ TEST_F(Events, CountOnWhenASplitBeginsBesideTheRule) {
   ASSERT_EQ(before.size(), 7u);
   Item edited = openedAt(before[3]);
   ASSERT_EQ(shown(before[3].start), "2026-11-18 09:00");
-  ASSERT_TRUE(store->saveEvent(edited, before[3], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, before[3], Span::kFuture));
   const auto after = all();
   ASSERT_EQ(after.size(), 7u);
   for (std::size_t i = 0; i < 7; ++i) EXPECT_EQ(after[i].start, before[i].start);
@@ -267,7 +267,7 @@ TEST_F(Events, OpenAtAFirstOccurrenceThatWasChanged) {
   const Item item = weekly();
   Item edited = openedAt(all()[0]);
   edited.title = "kick-off";
-  ASSERT_TRUE(store->saveEvent(edited, all()[0], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[0], Span::kThis));
   const auto first = *store->firstOccurrence(read(item.id));
   ASSERT_TRUE(first);
   EXPECT_EQ(first->item, edited.id);
@@ -286,7 +286,7 @@ TEST_F(Events, LeaveTheirSeriesWhenOneDayMovesToAnotherCalendar) {
   const Calendar work = madeCalendar("Work");
   Item edited = openedAt(all()[1]);
   edited.calendar = work.id;
-  ASSERT_TRUE(store->saveEvent(edited, all()[1], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[1], Span::kThis));
   EXPECT_NE(edited.identifier, item.identifier);
   EXPECT_NE(edited.uid, item.uid);
   EXPECT_FALSE(edited.series);
@@ -298,11 +298,11 @@ TEST_F(Events, TakeTheirChangedOccurrencesToAnotherCalendar) {
   weekly(3);
   Item changed = openedAt(all()[1]);
   changed.title = "changed";
-  ASSERT_TRUE(store->saveEvent(changed, all()[1], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, changed, all()[1], Span::kThis));
   const Calendar work = madeCalendar("Work");
   Item edited = openedAt(all()[0]);
   edited.calendar = work.id;
-  ASSERT_TRUE(store->saveEvent(edited, all()[0], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[0], Span::kFuture));
   auto query = range(std::nullopt, std::nullopt);
   query.calendars = {work.id};
   EXPECT_EQ(store->occurrences(query)->size(), 3u);
@@ -312,10 +312,10 @@ TEST_F(Events, ChangeAChangedOccurrenceAgain) {
   weekly(3);
   Item edited = openedAt(all()[1]);
   edited.title = "changed";
-  ASSERT_TRUE(store->saveEvent(edited, all()[1], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[1], Span::kThis));
   const Item first = edited;
   edited.title = "changed again";
-  ASSERT_TRUE(store->saveEvent(edited, all()[1], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[1], Span::kThis));
   EXPECT_EQ(edited.id, first.id);
   EXPECT_EQ(edited.itemIdentifier, first.itemIdentifier);
   EXPECT_EQ(read(first.id).title, "changed again");
@@ -327,9 +327,9 @@ TEST_F(Events, CarryAChangeOfAChangedOccurrenceToTheLaterOnes) {
   Item moved = openedAt(all()[1]);
   moved.start = berlin("2026-11-09 15:00");
   moved.end = berlin("2026-11-09 16:00");
-  ASSERT_TRUE(store->saveEvent(moved, all()[1], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, moved, all()[1], Span::kThis));
   moved.title = "new title";
-  ASSERT_TRUE(store->saveEvent(moved, all()[1], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, moved, all()[1], Span::kFuture));
   EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
               ElementsAre("2026-11-02 09:00 review", "2026-11-09 15:00 new title", "2026-11-16 09:00 new title",
                           "2026-11-23 09:00 new title"));
@@ -343,7 +343,7 @@ TEST_F(Events, FollowAMoveToAnotherWeekday) {
   Item edited = openedAt(all()[2]);
   edited.start = berlin("2026-11-17 09:00");
   edited.end = berlin("2026-11-17 10:00");
-  ASSERT_TRUE(store->saveEvent(edited, all()[2], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[2], Span::kFuture));
   EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
               ElementsAre("2026-11-02 09:00 review", "2026-11-09 09:00 review", "2026-11-17 09:00 review",
                           "2026-11-24 09:00 review"));
@@ -355,7 +355,7 @@ TEST_F(Events, BecomeWholeDaysWithTheirExceptions) {
   Item edited = openedAt(all()[0]);
   edited.start = day("2026-11-02");
   edited.end = day("2026-11-03");
-  ASSERT_TRUE(store->saveEvent(edited, all()[0], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[0], Span::kFuture));
   EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
               ElementsAre("2026-11-02 00:00 review", "2026-11-09 00:00 review", "2026-11-23 00:00 review"));
 }
@@ -369,7 +369,7 @@ TEST_F(Events, KeepTheirLastOccurrenceWhenAnEndedSeriesMovesLater) {
   Item edited = openedAt(all()[0]);
   edited.start = berlin("2026-11-02 15:00");
   edited.end = berlin("2026-11-02 16:00");
-  ASSERT_TRUE(store->saveEvent(edited, all()[0], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[0], Span::kFuture));
   EXPECT_EQ(all().size(), 4u);
   EXPECT_EQ(shown(all().back().start), "2026-11-23 15:00");
 }
@@ -378,11 +378,11 @@ TEST_F(Events, CanBeChangedAgainAfterASplit) {
   weekly(6);
   Item edited = openedAt(all()[3]);
   edited.title = "right";
-  ASSERT_TRUE(store->saveEvent(edited, all()[3], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, all()[3], Span::kFuture));
   const auto first = *store->firstOccurrence(edited);
   ASSERT_TRUE(first);
   edited.title = "right again";
-  ASSERT_TRUE(store->saveEvent(edited, first, Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, first, Span::kFuture));
   EXPECT_EQ(all().size(), 6u);
   EXPECT_EQ(read(all()[5].item).title, "right again");
   EXPECT_EQ(read(all()[0].item).title, "review");

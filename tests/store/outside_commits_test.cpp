@@ -256,7 +256,7 @@ TEST_F(OutsideCommitsOfAStore, TellAChangedOccurrenceAsAnUpdateOfItsSeries) {
   changed.title = "Later this once";
   changed.start = berlin("2026-11-09 11:00");
   changed.end = berlin("2026-11-09 12:00");
-  ASSERT_TRUE(store->saveEvent(changed, second, Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, changed, second, Span::kThis));
   const auto commits = heard();
   ASSERT_THAT(commits, SizeIs(1));
   EXPECT_THAT(commits[0].events.updated, ElementsAre(series.identifier));
@@ -279,7 +279,7 @@ TEST_F(OutsideCommitsOfAStore, TellASplitSeriesAsOneUpdatedAndOneInserted) {
   later.title = "From now on";
   later.start = berlin("2026-11-09 09:00");
   later.end = berlin("2026-11-09 10:00");
-  ASSERT_TRUE(store->saveEvent(later, second, Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, later, second, Span::kFuture));
   const auto commits = heard();
   ASSERT_THAT(commits, SizeIs(1));
   EXPECT_THAT(commits[0].events.updated, ElementsAre(series.identifier));
@@ -293,7 +293,7 @@ TEST_F(OutsideCommitsOfAStore, TellASeriesThatIsRemovedWithItsChangedOccurrences
   changed.title = "Once";
   changed.start = berlin("2026-11-09 11:00");
   changed.end = berlin("2026-11-09 12:00");
-  ASSERT_TRUE(store->saveEvent(changed, second, Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, changed, second, Span::kThis));
   heard();
   const auto first = occurrences(at("2026-11-02 00:00"), at("2026-11-03 00:00")).at(0);
   ASSERT_TRUE(store->removeEvent(series, first, Span::kFuture));
@@ -354,7 +354,7 @@ TEST_F(OutsideCommitsOfAStore, DoNotTellWhatWasNotCommitted) {
 
 TEST_F(OutsideCommitsOfAStore, LeaveOutWhatTheListenerItselfSaves) {
   Item item = event("Mine", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
-  ASSERT_TRUE(listener->saveEvent(item, std::nullopt, Span::kThis));
+  ASSERT_TRUE(saveEvent(*listener, item, std::nullopt, Span::kThis));
   EXPECT_THAT(heard(), IsEmpty());
 }
 

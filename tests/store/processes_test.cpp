@@ -49,7 +49,7 @@ TEST_F(Processes, LoseNothingWhenTheySaveAtOnce) {
       if (!mine) return 1;
       for (int i = 0; i < kSaves; ++i) {
         Item item = plain(std::to_string(process) + "-" + std::to_string(i));
-        if (!(*mine)->saveEvent(item, std::nullopt, Span::kThis)) return 2;
+        if (!saveEvent(**mine, item, std::nullopt, Span::kThis)) return 2;
       }
       return 0;
     }));
@@ -74,7 +74,7 @@ TEST_F(Processes, KeepEveryAcknowledgedSaveWhenTheyAreKilled) {
       auto mine = CalendarStore::open(options());
       for (int i = 0;; ++i) {
         Item item = plain("saved");
-        if (!(*mine)->saveEvent(item, std::nullopt, Span::kThis)) return 1;
+        if (!saveEvent(**mine, item, std::nullopt, Span::kThis)) return 1;
         if (write(channel[1], &item.id, sizeof item.id) != sizeof item.id) return 2;
       }
     });
@@ -107,7 +107,7 @@ TEST_F(Processes, SeeEachOthersChanges) {
               auto mine = CalendarStore::open(options());
               Item other = **(*mine)->item(item.id);
               other.title = "after";
-              return (*mine)->saveEvent(other, std::nullopt, Span::kThis) ? 0 : 1;
+              return saveEvent(**mine, other, std::nullopt, Span::kThis) ? 0 : 1;
             })),
             0);
   EXPECT_NE(store->generation(), generation);
@@ -130,7 +130,7 @@ TEST_F(Processes, FailWithAReasonWhenTheirTurnDoesNotCome) {
   auto other = CalendarStore::open(impatient);
   ASSERT_TRUE(other);
   Item item = plain("late");
-  const auto status = (*other)->saveEvent(item, std::nullopt, Span::kThis);
+  const auto status = saveEvent(**other, item, std::nullopt, Span::kThis);
   ASSERT_FALSE(status);
   EXPECT_EQ(status.error().code, ErrorCode::kBusy);
   EXPECT_EQ(item.id, 0);
@@ -153,13 +153,13 @@ TEST_F(Processes, KeepWhatWasSavedWhenThereIsNoMoreRoom) {
   const int result = resultOf(started([&] {
     auto mine = CalendarStore::open(options());
     Item first = plain("first");
-    if (!(*mine)->saveEvent(first, std::nullopt, Span::kThis)) return 1;
+    if (!saveEvent(**mine, first, std::nullopt, Span::kThis)) return 1;
     signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{60'000, 60'000};
     setrlimit(RLIMIT_FSIZE, &limit);
     Item large = plain("large");
     large.notes = std::string(500'000, 'x');
-    const auto status = (*mine)->saveEvent(large, std::nullopt, Span::kThis);
+    const auto status = saveEvent(**mine, large, std::nullopt, Span::kThis);
     if (status) return 2;
     if (status.error().code != ErrorCode::kFull && status.error().code != ErrorCode::kIo) return 3;
     return (*mine)->item(first.id).value() != nullptr ? 0 : 4;

@@ -50,7 +50,7 @@ TEST_F(ReminderEdits, ComeBackAsTheyWereSaved) {
 TEST_F(ReminderEdits, NeedAList) {
   Item item = reminder("milk");
   item.calendar = 0;
-  const auto status = store->saveReminder(item);
+  const auto status = saveReminder(*store, item);
   ASSERT_FALSE(status);
   EXPECT_EQ(status.error().code, ErrorCode::kRefused);
   EXPECT_THAT(status.error().message, HasSubstr("list"));
@@ -59,13 +59,13 @@ TEST_F(ReminderEdits, NeedAList) {
 TEST_F(ReminderEdits, DoNotGoIntoACalendarOfEvents) {
   Item item = reminder("milk");
   item.calendar = defaultCalendar();
-  EXPECT_EQ(store->saveReminder(item).error().code, ErrorCode::kInvalid);
+  EXPECT_EQ(saveReminder(*store, item).error().code, ErrorCode::kInvalid);
 }
 
 TEST_F(ReminderEdits, AreNotEvents) {
   Item item = saved(reminder("milk"));
   EXPECT_EQ(store->removeEvent(item, std::nullopt, Span::kThis).error().code, ErrorCode::kNotFound);
-  EXPECT_EQ(store->saveEvent(item, std::nullopt, Span::kThis).error().code, ErrorCode::kInvalid);
+  EXPECT_EQ(saveEvent(*store, item, std::nullopt, Span::kThis).error().code, ErrorCode::kInvalid);
 }
 
 TEST_F(ReminderEdits, AreCompletedAndOpenedAgain) {
@@ -91,7 +91,7 @@ TEST_F(ReminderEdits, OfAListThatAllowsNoChangesStay) {
   list.readOnly = true;
   ASSERT_TRUE(store->saveCalendar(list));
   EXPECT_EQ(store->removeReminder(item).error().code, ErrorCode::kReadOnly);
-  EXPECT_EQ(store->saveReminder(item).error().code, ErrorCode::kReadOnly);
+  EXPECT_EQ(saveReminder(*store, item).error().code, ErrorCode::kReadOnly);
 }
 
 TEST_F(ReminderEdits, MoveOnWhenTheyRepeatAndKeepWhatWasDone) {
@@ -126,7 +126,7 @@ TEST_F(ReminderEdits, PassOverExceptionsWhenTheyMoveOn) {
 TEST_F(ReminderEdits, ThatRepeatNeedADueDate) {
   Item item = reminder("bins");
   item.recurrence.rules = {rule(Frequency::kWeekly)};
-  EXPECT_EQ(store->saveReminder(item).error().code, ErrorCode::kInvalid);
+  EXPECT_EQ(saveReminder(*store, item).error().code, ErrorCode::kInvalid);
 }
 
 }  // namespace

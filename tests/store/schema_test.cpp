@@ -176,7 +176,7 @@ TEST_F(StoreFile, RefusesToSaveWhenItsFolderVanished) {
   item.calendar = 1;
   item.start = berlin("2026-11-02 09:00");
   item.end = berlin("2026-11-02 10:00");
-  const auto status = store->saveEvent(item, std::nullopt, Span::kThis);
+  const auto status = saveEvent(*store, item, std::nullopt, Span::kThis);
   std::filesystem::rename(folder.string() + "-gone", folder);
   ASSERT_FALSE(status);
   EXPECT_EQ(status.error().code, ErrorCode::kIo);
@@ -210,7 +210,7 @@ TEST_F(StoreFile, CanBeReadButNotChangedWhenItIsReadOnly) {
     if ((*readOnly)->generation() != (*readOnly)->generation()) return 5;
     Item item = **(*readOnly)->item(found->front().item);
     item.title = "changed";
-    const auto status = (*readOnly)->saveEvent(item, std::nullopt, Span::kThis);
+    const auto status = saveEvent(**readOnly, item, std::nullopt, Span::kThis);
     if (status) return 3;
     return status.error().code == ErrorCode::kReadOnly ? 0 : 4;
   });

@@ -131,7 +131,7 @@ class Spans : public StoreTest, public testing::WithParamInterface<std::size_t> 
     Item edited = openedAt(occurrence);
     move(edited, seconds);
     edited.title = title;
-    const auto status = store->saveEvent(edited, occurrence, Span::kThis);
+    const auto status = saveEvent(*store, edited, occurrence, Span::kThis);
     ASSERT_TRUE(status) << status.error().message;
   }
   static void move(Item& item, int seconds) {
@@ -184,7 +184,7 @@ TEST_P(Spans, ChangesTheFieldsOfOneOccurrence) {
   const auto all = places();
   Item edited = openedAt(all[kMiddle]);
   edited.title = "edited";
-  ASSERT_TRUE(store->saveEvent(edited, all[kMiddle], Span::kThis));
+  ASSERT_TRUE(saveEvent(*store, edited, all[kMiddle], Span::kThis));
   auto expected = before;
   expected[kMiddle].title = "edited";
   EXPECT_EQ(seen(), expected);
@@ -210,7 +210,7 @@ TEST_P(Spans, ChangesThisAndTheLaterOccurrences) {
   const std::string leftIdentifier = read(seriesId).identifier;
   Item edited = openedAt(all[kMiddle]);
   edited.title = "edited";
-  const auto status = store->saveEvent(edited, all[kMiddle], Span::kFuture);
+  const auto status = saveEvent(*store, edited, all[kMiddle], Span::kFuture);
   ASSERT_TRUE(status) << status.error().message;
   auto expected = before;
   for (const std::size_t i : later) {
@@ -228,7 +228,7 @@ TEST_P(Spans, MovesThisAndTheLaterOccurrences) {
   const auto later = fromPlace(kMiddle);
   Item edited = openedAt(all[kMiddle]);
   move(edited, 90 * 60);
-  const auto status = store->saveEvent(edited, all[kMiddle], Span::kFuture);
+  const auto status = saveEvent(*store, edited, all[kMiddle], Span::kFuture);
   ASSERT_TRUE(status) << status.error().message;
   const auto now = seen();
   // Days of the month and leap days do not all have a neighbour to move to; those rules are looked at on the left only.
@@ -290,7 +290,7 @@ TEST_P(Spans, ChangesTheWholeSeriesFromItsFirstOccurrenceOn) {
   const auto all = places();
   Item edited = openedAt(all[0]);
   edited.title = "edited";
-  ASSERT_TRUE(store->saveEvent(edited, all[0], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, all[0], Span::kFuture));
   auto expected = before;
   for (Seen& one : expected) {
     if (one.title == "original") one.title = "edited";
@@ -313,7 +313,7 @@ TEST_P(Spans, LeavesTheSameOccurrencesWhenItIsSplitTwice) {
     Item edited = openedAt(all[index]);
     if (edited.series) continue;
     edited.notes = "split";
-    ASSERT_TRUE(store->saveEvent(edited, all[index], Span::kFuture));
+    ASSERT_TRUE(saveEvent(*store, edited, all[index], Span::kFuture));
     EXPECT_EQ(seen(), before);
   }
 }
@@ -324,7 +324,7 @@ TEST_P(Spans, ShowsAnotherProcessTheSame) {
   EXPECT_EQ(*other->occurrences(range(at(what.from), at(what.to))), all);
   Item edited = openedAt(all[kMiddle]);
   edited.title = "edited";
-  ASSERT_TRUE(store->saveEvent(edited, all[kMiddle], Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, edited, all[kMiddle], Span::kFuture));
   EXPECT_EQ(*other->occurrences(range(at(what.from), at(what.to))), places());
 }
 

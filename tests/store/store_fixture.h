@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "edited_items.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::store {
@@ -93,7 +94,7 @@ class StoreTest : public testing::Test {
   }
   Item saved(Item item) {
     const auto status =
-        item.kind == ItemKind::kEvent ? store->saveEvent(item, std::nullopt, Span::kThis) : store->saveReminder(item);
+        item.kind == ItemKind::kEvent ? saveEvent(*store, item, std::nullopt, Span::kThis) : saveReminder(*store, item);
     EXPECT_TRUE(status) << (status ? "" : status.error().message);
     return item;
   }

@@ -22,7 +22,7 @@ class ZoneData : public StoreTest {
     changed.title = "changed";
     changed.start = berlin("2026-11-03 15:00");
     changed.end = berlin("2026-11-03 16:00");
-    ASSERT_TRUE(store->saveEvent(changed, occurrences(std::nullopt, std::nullopt)[2], Span::kThis));
+    ASSERT_TRUE(saveEvent(*store, changed, occurrences(std::nullopt, std::nullopt)[2], Span::kThis));
     saved(event("whole day", day("2026-11-04"), day("2026-11-05")));
   }
   void shiftTheTimeline(const char* version) {

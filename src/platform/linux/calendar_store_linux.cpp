@@ -198,36 +198,8 @@ bool CalendarStoreObject::saveCalendar(const std::shared_ptr<CalCalendar>& calen
 
 bool CalendarStoreObject::saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
   const auto ours = storedObject<CalEventObject>(event);
-  if (ours && span == CalSpan::kAllEvents && ours->occurrenceOfSeries()) return saveWholeSeries(ours, error);
+  if (ours && span == CalSpan::kAllEvents) return told(m_store.writeEvent(*ours, store::Span::kAll, error), error);
   return told(m_store.saveEvent(ours, spanOf(span), true, error), error);
-}
-
-bool CalendarStoreObject::saveWholeSeries(const std::shared_ptr<EventObject>& edited, std::optional<Error>& error) {
-  const auto first =
-      std::dynamic_pointer_cast<EventObject>(m_store.eventWithIdentifier(edited->eventIdentifier().value_or("")));
-  if (!first) {
-    error = Error{.localizedDescription = "The event is no longer in the calendar store",
-                  .localizedFailureReason = std::nullopt};
-    return false;
-  }
-  const auto opened = edited->occurrenceOfSeries();
-  if (!first->startDate() || !first->endDate() || !edited->startDate() || !edited->endDate()) {
-    // Refused there, with the reason.
-    return told(m_store.saveEvent(edited, EKSpan::kFutureEvents, true, error), error);
-  }
-  // The first occurrence takes over what was edited, moved by as much as the edited one was moved.
-  first->setStartDate(*first->startDate() + (*edited->startDate() - opened->start));
-  first->setEndDate(*first->startDate() + (*edited->endDate() - *edited->startDate()));
-  first->setAllDay(edited->isAllDay());
-  first->setCalendar(edited->calendar());
-  first->setTitle(edited->title());
-  first->setNotes(edited->notes());
-  first->setUrl(edited->url());
-  first->setLocation(edited->location());
-  first->setRecurrenceRules(edited->recurrenceRules());
-  for (const auto& alarm : first->alarms()) first->removeAlarm(alarm);
-  for (const auto& alarm : edited->alarms()) first->addAlarm(alarm);
-  return told(m_store.saveEvent(first, EKSpan::kFutureEvents, true, error), error);
 }
 
 bool CalendarStoreObject::saveTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
@@ -242,9 +214,8 @@ bool CalendarStoreObject::removeEvent(const std::shared_ptr<CalEvent>& event, Ca
                                       std::optional<Error>& error) {
   const auto ours = storedObject<CalEventObject>(event);
   if (ours && span == CalSpan::kAllEvents) {
-    const auto series = orThrow(m_access->store().event(ours->eventIdentifier().value_or("")));
-    if (series)
-      return told(succeeded(m_access->store().removeEvent(*series, std::nullopt, store::Span::kFuture), error), error);
+    const auto removed = m_access->store().removeEvent(ours->original(), ours->occurrence(), store::Span::kAll);
+    return told(succeeded(removed, error), error);
   }
   return told(m_store.removeEvent(ours, spanOf(span), true, error), error);
 }

@@ -47,7 +47,6 @@ class CalendarStoreObject final : public CalCalendarStore {
 
  private:
   std::shared_ptr<CalEvent> occurrenceOf(const store::Item& event, Date originalStart);
-  bool saveWholeSeries(const std::shared_ptr<EventObject>& edited, std::optional<Error>& error);
 
   std::shared_ptr<StoreAccess> m_access;
   EventStoreObject m_store;

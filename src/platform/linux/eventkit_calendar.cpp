@@ -6,6 +6,21 @@ OptionalText CalendarObject::title() const {
   return m_calendar.title.empty() ? std::nullopt : OptionalText(m_calendar.title);
 }
 
+void CalendarObject::setTitle(const OptionalText& title) {
+  m_calendar.title = title.value_or(std::string());
+  m_set.add(store::CalendarField::kTitle);
+}
+
+void CalendarObject::setNotes(const OptionalText& notes) {
+  m_calendar.notes = notes;
+  m_set.add(store::CalendarField::kNotes);
+}
+
+void CalendarObject::adopt(store::Calendar saved) {
+  m_calendar = std::move(saved);
+  m_set = {};
+}
+
 OptionalText CalendarObject::calendarIdentifier() const {
   return m_calendar.identifier.empty() ? std::nullopt : OptionalText(m_calendar.identifier);
 }
@@ -16,7 +31,10 @@ std::optional<Color> CalendarObject::color() const {
 }
 
 void CalendarObject::setColor(const Color& color) {
-  if (const auto rgb = color.usingCalibratedRgb()) m_calendar.color = store::Rgb{rgb->red, rgb->green, rgb->blue};
+  const auto rgb = color.usingCalibratedRgb();
+  if (!rgb) return;
+  m_calendar.color = store::Rgb{rgb->red, rgb->green, rgb->blue};
+  m_set.add(store::CalendarField::kColor);
 }
 
 std::shared_ptr<EKSource> CalendarObject::source() const {
@@ -28,6 +46,7 @@ void CalendarObject::setSource(std::shared_ptr<EKSource> source) {
   const auto ours = std::dynamic_pointer_cast<SourceObject>(source);
   m_calendar.source = ours ? ours->source().id : 0;
   m_calendar.type = ours ? ours->source().type : store::Source::Type::kLocal;
+  m_set.add(store::CalendarField::kSource);
 }
 
 std::vector<store::CalendarId> calendarIds(const EKCalendarArray& calendars) {

@@ -5,6 +5,7 @@
 
 #include "platform/eventkit.h"
 #include "platform/linux/store_access.h"
+#include "store/calendar_edit.h"
 #include "store/model.h"
 
 namespace orlocal {
@@ -26,7 +27,7 @@ class CalendarObject final : public EKCalendar {
       : m_access(std::move(access)), m_calendar(std::move(calendar)) {}
 
   OptionalText title() const override;
-  void setTitle(const OptionalText& title) override { m_calendar.title = title.value_or(std::string()); }
+  void setTitle(const OptionalText& title) override;
   int type() const override { return static_cast<int>(m_calendar.type); }
   OptionalText calendarIdentifier() const override;
   bool isImmutable() const override { return m_calendar.immutable; }
@@ -39,15 +40,18 @@ class CalendarObject final : public EKCalendar {
 
   // Notes, which the older platform's calendars have, too.
   const OptionalText& notes() const { return m_calendar.notes; }
-  void setNotes(const OptionalText& notes) { m_calendar.notes = notes; }
+  void setNotes(const OptionalText& notes);
 
   const store::Calendar& stored() const { return m_calendar; }
+  /// What callers set since the calendar was opened.
+  store::CalendarFields set() const { return m_set; }
   /// What a save made of it.
-  void adopt(store::Calendar saved) { m_calendar = std::move(saved); }
+  void adopt(store::Calendar saved);
 
  private:
   std::shared_ptr<StoreAccess> m_access;
   store::Calendar m_calendar;
+  store::CalendarFields m_set;
 };
 
 /// The row numbers of calendars of this platform. Those that were never saved have none and are left out.

@@ -11,21 +11,16 @@ namespace {
 
 using store::CalendarTime;
 
-/// A whole-day series ends with a date (RFC 5545, 3.3.10), whatever moment the caller named.
-void endWithDates(store::Recurrence& recurrence, const store::Zone& viewer) {
-  for (store::RecurrenceRule& rule : recurrence.rules) {
-    if (!rule.until || rule.until->kind == CalendarTime::Kind::kDate) continue;
-    const store::LocalDay day(viewer.toLocal(store::momentOf(*rule.until, viewer)));
-    rule.until = CalendarTime{CalendarTime::Kind::kDate, store::LocalTime(day), {}};
-  }
-}
-
 }  // namespace
 
-ShownTimes EventObject::times() const { return m_times ? m_times->onWholeDays(m_access->viewer()) : storedTimes(); }
+store::ShownTimes EventObject::times() const {
+  return m_times ? m_times->onWholeDays(m_access->viewer()) : storedTimes();
+}
 
-ShownTimes& EventObject::editTimes() {
-  if (!m_times) m_times = std::make_unique<ShownTimes>(storedTimes());
+store::ShownTimes& EventObject::editTimes(store::ItemField field) {
+  // The times have a place of their own; the field is only marked as set.
+  edit(field);
+  if (!m_times) m_times = std::make_unique<store::ShownTimes>(storedTimes());
   return *m_times;
 }
 
@@ -58,10 +53,10 @@ store::Recurrence EventObject::shownRecurrence() const {
 store::Recurrence& EventObject::editRecurrence() {
   if (!m_rulesChanged) {
     store::Recurrence recurrence = shownRecurrence();
-    edit().recurrence = std::move(recurrence);
+    edit(store::ItemField::kRules).recurrence = std::move(recurrence);
     m_rulesChanged = true;
   }
-  return edit().recurrence;
+  return edit(store::ItemField::kRules).recurrence;
 }
 
 std::optional<std::vector<std::shared_ptr<EKRecurrenceRule>>> EventObject::recurrenceRules() const {
@@ -116,19 +111,10 @@ std::optional<std::vector<std::shared_ptr<EKParticipant>>> EventObject::attendee
   return participants;
 }
 
-store::Item EventObject::prepared() const {
-  store::Item item = withAlarms();
-  if (m_occurrence && occurrenceOfSeries() && !original().series) {
-    moveToOccurrence(item, *m_occurrence, m_access->viewer());
-  }
-  if (m_times) writeTimes(item, *m_times, storedTimes(), m_access->viewer());
-  if (m_rulesChanged && item.allDay()) endWithDates(item.recurrence, m_access->viewer());
-  return item;
-}
-
-std::optional<store::Occurrence> EventObject::occurrenceOfSeries() const {
-  const bool repeats = original().series.has_value() || !original().recurrence.empty();
-  return repeats ? m_occurrence : std::nullopt;
+store::ItemEdit EventObject::edited() const {
+  store::ItemEdit edit = ItemObject::edited();
+  if (m_times) edit.times = *m_times;
+  return edit;
 }
 
 void EventObject::adopt(store::Item saved, std::optional<store::Occurrence> occurrence) {

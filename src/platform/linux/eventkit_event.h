@@ -4,9 +4,9 @@
 #include <optional>
 #include <vector>
 
-#include "platform/linux/event_times.h"
 #include "platform/linux/eventkit_item.h"
 #include "store/calendar_store.h"
+#include "store/event_times.h"
 
 namespace orlocal {
 
@@ -19,13 +19,13 @@ class EventObject final : public ItemObject<EKEvent> {
       : ItemObject(std::move(access), std::move(item)), m_occurrence(occurrence) {}
 
   std::optional<Date> startDate() const override { return times().start; }
-  void setStartDate(std::optional<Date> date) override { editTimes().start = date; }
+  void setStartDate(std::optional<Date> date) override { editTimes(store::ItemField::kStart).start = date; }
   std::optional<Date> endDate() const override { return times().end; }
-  void setEndDate(std::optional<Date> date) override { editTimes().end = date; }
+  void setEndDate(std::optional<Date> date) override { editTimes(store::ItemField::kEnd).end = date; }
   bool isAllDay() const override { return m_times ? m_times->allDay : original().allDay(); }
-  void setAllDay(bool allDay) override { editTimes().allDay = allDay; }
+  void setAllDay(bool allDay) override { editTimes(store::ItemField::kAllDay).allDay = allDay; }
   OptionalText location() const override { return shown().location; }
-  void setLocation(const OptionalText& location) override { edit().location = location; }
+  void setLocation(const OptionalText& location) override { edit(store::ItemField::kLocation).location = location; }
   std::shared_ptr<const TimeZone> timeZone() const override;
   OptionalText eventIdentifier() const override { return presentText(shown().identifier); }
   std::optional<Date> occurrenceDate() const override;
@@ -37,24 +37,24 @@ class EventObject final : public ItemObject<EKEvent> {
   bool hasAttendees() const override;
   std::optional<std::vector<std::shared_ptr<EKParticipant>>> attendees() const override;
 
-  /// The fields as the caller left them; for an occurrence of a series its own start and end.
-  store::Item prepared() const;
-  /// The occurrence that was opened; none for a single event.
-  std::optional<store::Occurrence> occurrenceOfSeries() const;
+  /// What callers set since the event was opened; for an occurrence of a series its own start and end.
+  store::ItemEdit edited() const;
+  /// The occurrence that was opened; none for an event that is new.
+  const std::optional<store::Occurrence>& occurrence() const { return m_occurrence; }
   /// What a save made of it, and the occurrence that it is now.
   void adopt(store::Item saved, std::optional<store::Occurrence> occurrence);
 
  private:
-  ShownTimes times() const;
-  ShownTimes storedTimes() const { return shownTimes(original(), m_occurrence, m_access->viewer()); }
-  ShownTimes& editTimes();
+  store::ShownTimes times() const;
+  store::ShownTimes storedTimes() const { return store::shownTimes(original(), m_occurrence, m_access->viewer()); }
+  store::ShownTimes& editTimes(store::ItemField field);
   /// A changed occurrence shows the rules of its series.
   store::Recurrence shownRecurrence() const;
   store::Recurrence& editRecurrence();
 
   std::optional<store::Occurrence> m_occurrence;
   /// As callers set them; there once one of them was set.
-  std::unique_ptr<ShownTimes> m_times;
+  std::unique_ptr<store::ShownTimes> m_times;
   bool m_rulesChanged = false;
 };
 

@@ -23,7 +23,8 @@ std::chrono::seconds referenceAfterAnchor(const store::Item& item, const store::
 }  // namespace
 
 template <class Interface>
-store::Item& ItemObject<Interface>::edit() {
+store::Item& ItemObject<Interface>::edit(store::ItemField field) {
+  m_set.add(field);
   if (!m_edited) m_edited = std::make_unique<store::Item>(*m_item);
   return *m_edited;
 }
@@ -41,7 +42,7 @@ std::shared_ptr<EKCalendar> ItemObject<Interface>::calendar() const {
 template <class Interface>
 void ItemObject<Interface>::setCalendar(std::shared_ptr<EKCalendar> calendar) {
   m_calendar = std::dynamic_pointer_cast<CalendarObject>(calendar);
-  edit().calendar = m_calendar ? m_calendar->stored().id : 0;
+  edit(store::ItemField::kCalendar).calendar = m_calendar ? m_calendar->stored().id : 0;
 }
 
 template <class Interface>
@@ -92,19 +93,27 @@ void ItemObject<Interface>::removeAlarm(const std::shared_ptr<EKAlarm>& alarm) {
 }
 
 template <class Interface>
-store::Item ItemObject<Interface>::withAlarms() const {
-  store::Item item = shown();
+store::ItemEdit ItemObject<Interface>::edited() const {
+  store::ItemEdit edit;
+  // What was never saved has no row that it could be written on.
+  if (m_item->id != 0) edit.opened = m_item;
+  edit.values = shown();
+  edit.set = m_set;
   if (m_alarms) {
-    item.alarms.clear();
-    for (const auto& alarm : *m_alarms) item.alarms.push_back(alarm->stored(std::is_same_v<Interface, EKReminder>));
+    edit.values.alarms.clear();
+    for (const auto& alarm : *m_alarms) {
+      edit.values.alarms.push_back(alarm->stored(std::is_same_v<Interface, EKReminder>));
+    }
+    if (edit.values.alarms != m_item->alarms) edit.set.add(store::ItemField::kAlarms);
   }
-  return item;
+  return edit;
 }
 
 template <class Interface>
 void ItemObject<Interface>::adoptItem(store::Item saved) {
   m_item = std::make_shared<const store::Item>(std::move(saved));
   m_edited.reset();
+  m_set = {};
 }
 
 template class ItemObject<EKEvent>;

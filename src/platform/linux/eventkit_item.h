@@ -8,6 +8,7 @@
 #include "platform/linux/eventkit_alarm.h"
 #include "platform/linux/eventkit_calendar.h"
 #include "platform/linux/store_access.h"
+#include "store/item_edit.h"
 #include "store/model.h"
 
 namespace orlocal {
@@ -25,11 +26,11 @@ class ItemObject : public Interface {
   std::shared_ptr<EKCalendar> calendar() const override;
   void setCalendar(std::shared_ptr<EKCalendar> calendar) override;
   OptionalText title() const override { return shown().title; }
-  void setTitle(const OptionalText& title) override { edit().title = title; }
+  void setTitle(const OptionalText& title) override { edit(store::ItemField::kTitle).title = title; }
   OptionalText notes() const override { return shown().notes; }
-  void setNotes(const OptionalText& notes) override { edit().notes = notes; }
+  void setNotes(const OptionalText& notes) override { edit(store::ItemField::kNotes).notes = notes; }
   OptionalText url() const override { return shown().url; }
-  void setUrl(const OptionalText& url) override { edit().url = url; }
+  void setUrl(const OptionalText& url) override { edit(store::ItemField::kUrl).url = url; }
   OptionalText calendarItemIdentifier() const override;
   OptionalText calendarItemExternalIdentifier() const override;
   std::optional<Date> lastModifiedDate() const override { return shown().modified; }
@@ -44,9 +45,10 @@ class ItemObject : public Interface {
 
  protected:
   const store::Item& shown() const { return m_edited ? *m_edited : *m_item; }
-  store::Item& edit();
-  /// The edited fields with the alarms as they are now.
-  store::Item withAlarms() const;
+  /// The object's own copy, in which `field` is about to be set.
+  store::Item& edit(store::ItemField field);
+  /// What callers set since the item was opened.
+  store::ItemEdit edited() const;
   /// What a save made of it; alarms that callers hold stay those of this object.
   void adoptItem(store::Item saved);
 
@@ -58,6 +60,7 @@ class ItemObject : public Interface {
 
   std::shared_ptr<const store::Item> m_item;
   std::unique_ptr<store::Item> m_edited;
+  store::ItemFields m_set;
   mutable std::shared_ptr<CalendarObject> m_calendar;
   /// Made when somebody asks for alarms; from then on they are the truth, as callers change them in place.
   mutable std::unique_ptr<Alarms> m_alarms;

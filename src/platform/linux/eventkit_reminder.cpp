@@ -48,12 +48,13 @@ std::optional<DateComponents> ReminderObject::dueDateComponents() const {
 }
 
 void ReminderObject::setDueDateComponents(std::optional<DateComponents> parts) {
-  edit().end = parts ? timeOf(*parts) : std::nullopt;
+  edit(store::ItemField::kEnd).end = parts ? timeOf(*parts) : std::nullopt;
 }
 
 void ReminderObject::setCompleted(bool completed) {
-  if (completed == isCompleted()) return;
-  edit().completed = completed ? std::optional(store::now()) : std::nullopt;
+  const bool before = isCompleted();
+  auto& moment = edit(store::ItemField::kCompleted).completed;
+  if (completed != before) moment = completed ? std::optional(store::now()) : std::nullopt;
 }
 
 }  // namespace orlocal

@@ -13,12 +13,11 @@ class ReminderObject final : public ItemObject<EKReminder> {
   bool isCompleted() const override { return shown().completed.has_value(); }
   void setCompleted(bool completed) override;
   std::optional<Date> completionDate() const override { return shown().completed; }
-  void setCompletionDate(std::optional<Date> date) override { edit().completed = date; }
+  void setCompletionDate(std::optional<Date> date) override { edit(store::ItemField::kCompleted).completed = date; }
   int priority() const override { return shown().priority; }
-  void setPriority(int priority) override { edit().priority = priority; }
+  void setPriority(int priority) override { edit(store::ItemField::kPriority).priority = priority; }
 
-  /// The fields as the caller left them.
-  store::Item prepared() const { return withAlarms(); }
+  using ItemObject::edited;
   void adopt(store::Item saved) { adoptItem(std::move(saved)); }
 };
 

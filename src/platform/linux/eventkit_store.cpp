@@ -143,7 +143,7 @@ bool EventStoreObject::saveCalendar(const std::shared_ptr<EKCalendar>& calendar,
   const auto ours = required<CalendarObject>(calendar, "calendar", error);
   if (!ours) return false;
   store::Calendar edited = ours->stored();
-  if (!succeeded(m_access->store().saveCalendar(edited), error)) return false;
+  if (!succeeded(m_access->store().saveCalendar(edited, ours->set()), error)) return false;
   ours->adopt(std::move(edited));
   return true;
 }
@@ -157,27 +157,30 @@ bool EventStoreObject::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan s
                                  std::optional<Error>& error) {
   const auto ours = required<EventObject>(event, "event", error);
   if (!ours) return false;
-  store::Item edited = ours->prepared();
-  if (!succeeded(m_access->store().saveEvent(edited, ours->occurrenceOfSeries(), spanOf(span)), error)) return false;
+  return writeEvent(*ours, spanOf(span), error);
+}
+
+bool EventStoreObject::writeEvent(EventObject& event, store::Span span, std::optional<Error>& error) {
+  auto saved = m_access->store().saveEvent(event.edited(), event.occurrence(), span);
+  if (!succeeded(saved, error)) return false;
   // What was written stands, even if it cannot be read back now: the object then has the times of its row.
-  const auto occurrence = m_access->store().firstOccurrence(edited);
-  ours->adopt(std::move(edited), occurrence ? *occurrence : std::nullopt);
+  const auto occurrence = m_access->store().firstOccurrence(*saved);
+  event.adopt(*std::move(saved), occurrence ? *occurrence : std::nullopt);
   return true;
 }
 
 bool EventStoreObject::removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan span, bool,
                                    std::optional<Error>& error) {
   const auto ours = required<EventObject>(event, "event", error);
-  return ours &&
-         succeeded(m_access->store().removeEvent(ours->original(), ours->occurrenceOfSeries(), spanOf(span)), error);
+  return ours && succeeded(m_access->store().removeEvent(ours->original(), ours->occurrence(), spanOf(span)), error);
 }
 
 bool EventStoreObject::saveReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {
   const auto ours = required<ReminderObject>(reminder, "reminder", error);
   if (!ours) return false;
-  store::Item edited = ours->prepared();
-  if (!succeeded(m_access->store().saveReminder(edited), error)) return false;
-  ours->adopt(std::move(edited));
+  auto saved = m_access->store().saveReminder(ours->edited());
+  if (!succeeded(saved, error)) return false;
+  ours->adopt(*std::move(saved));
   return true;
 }
 

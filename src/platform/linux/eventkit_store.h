@@ -6,8 +6,11 @@
 
 #include "platform/eventkit.h"
 #include "platform/linux/store_access.h"
+#include "store/occurrence.h"
 
 namespace orlocal {
+
+class EventObject;
 
 /// The current platform's calendar store over ours. Opening is put off until something is asked for.
 class EventStoreObject final : public EKEventStore {
@@ -42,6 +45,9 @@ class EventStoreObject final : public EKEventStore {
                    std::optional<Error>& error) override;
   bool saveReminder(const std::shared_ptr<EKReminder>& reminder, bool commit, std::optional<Error>& error) override;
   bool removeReminder(const std::shared_ptr<EKReminder>& reminder, bool commit, std::optional<Error>& error) override;
+
+  /// Saves with a span that only the older platform names, too.
+  bool writeEvent(EventObject& event, store::Span span, std::optional<Error>& error);
 
   const std::shared_ptr<StoreAccess>& access() const { return m_access; }
 

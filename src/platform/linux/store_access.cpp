@@ -11,12 +11,6 @@ namespace orlocal {
 
 void throwStoreException(const store::Error& error) { throw Exception(std::string(kStoreException), error.message); }
 
-bool succeeded(const store::Status& status, std::optional<Error>& error) {
-  if (status) return true;
-  error = Error{.localizedDescription = status.error().message, .localizedFailureReason = std::nullopt};
-  return false;
-}
-
 StoreAccess::StoreAccess() : m_viewer(store::Zone::ofUser()), m_defaultTimeZone(makeTimeZone(m_viewer)) {}
 
 store::CalendarStore& StoreAccess::store() {

@@ -29,7 +29,11 @@ T orThrow(store::Result<T> result) {
 }
 
 /// True when the store did as it was told; else `error` carries its sentence.
-bool succeeded(const store::Status& status, std::optional<Error>& error);
+template <class T>
+bool succeeded(const store::Result<T>& done, std::optional<Error>& error) {
+  if (!done) error = Error{.localizedDescription = done.error().message, .localizedFailureReason = std::nullopt};
+  return done.has_value();
+}
 
 /// The user's store, opened when it is first asked for and shared by everything of this platform, with the zone that
 /// everything is seen in. Main thread only.

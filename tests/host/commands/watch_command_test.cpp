@@ -4,7 +4,7 @@
 
 #include "host/commands/program_fixture.h"
 #include "host/commands/running_program.h"
-#include "store/calendar_store.h"
+#include "store/edited_items.h"
 
 namespace orlocal::host {
 namespace {
@@ -38,8 +38,8 @@ class WatchTest : public ProgramTest {
   }
 
   store::Item saved(store::Item item) {
-    const auto status = item.kind == store::ItemKind::kEvent ? store->saveEvent(item, std::nullopt, store::Span::kThis)
-                                                             : store->saveReminder(item);
+    const auto status = item.kind == store::ItemKind::kEvent ? saveEvent(*store, item, std::nullopt, store::Span::kThis)
+                                                             : saveReminder(*store, item);
     EXPECT_TRUE(status) << status.error().message;
     return item;
   }

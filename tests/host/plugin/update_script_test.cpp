@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "host/fmwrapper/unicode.h"
-#include "store/calendar_store.h"
+#include "store/edited_items.h"
 
 namespace orlocal::host {
 namespace {
@@ -46,7 +46,7 @@ class UpdateScriptTest : public testing::Test {
     store::Item event;
     event.calendar = store->defaultCalendar(store::CalendarKind::kEvents).value()->id;
     event.start = event.end = {store::CalendarTime::Kind::kUtc, store::LocalTime(2026, 11, 6, 10, 0, 0), ""};
-    EXPECT_TRUE(store->saveEvent(event, std::nullopt, store::Span::kThis));
+    EXPECT_TRUE(saveEvent(*store, event, std::nullopt, store::Span::kThis));
     return event.identifier;
   }
 

@@ -170,6 +170,95 @@ TEST_F(EventKitSaving, LeavesOneEventOfASeriesWhoseRuleIsRemoved) {
   EXPECT_THAT(titlesOfNovember(), ElementsAre("weekly"));
 }
 
+TEST_F(EventKitSaving, LeavesOneEventOfASeriesWhoseRuleIsRemovedAtAChangedFirstOccurrence) {
+  const auto series = weeklySeries();
+  const auto changed = ek().eventWithIdentifier(series.identifier);
+  changed->setTitle("kick-off");
+  changed->setStartDate(moment("2026-11-03 10:00:00 +0100"));
+  changed->setEndDate(moment("2026-11-03 11:00:00 +0100"));
+  save(changed);
+  const auto event = ek().eventWithIdentifier(series.identifier);
+  ASSERT_TRUE(event->isDetached());
+  event->setRecurrenceRules(std::nullopt);
+  save(event, EKSpan::kFutureEvents);
+  EXPECT_THAT(titlesOfNovember(), ElementsAre("kick-off"));
+  EXPECT_EQ(event->eventIdentifier(), series.identifier);
+  EXPECT_EQ(event->startDate(), moment("2026-11-03 10:00:00 +0100"));
+  EXPECT_FALSE(event->recurrenceRules());
+  EXPECT_FALSE(event->isDetached());
+}
+
+TEST_F(EventKitSaving, EndsASeriesWithAChangedOccurrenceWhoseRuleIsRemoved) {
+  weeklySeries();
+  const auto changed = secondOccurrence();
+  changed->setTitle("changed");
+  save(changed);
+  const auto event = secondOccurrence();
+  event->setRecurrenceRules(std::nullopt);
+  save(event, EKSpan::kFutureEvents);
+  EXPECT_THAT(titlesOfNovember(), ElementsAre("weekly", "changed"));
+  EXPECT_FALSE(event->recurrenceRules());
+}
+
+TEST_F(EventKitSaving, LeavesOneEventWhereTheFirstOccurrencesWereTakenOut) {
+  const auto series = weeklySeries();
+  std::optional<Error> error;
+  ASSERT_TRUE(ek().removeEvent(ek().eventWithIdentifier(series.identifier), EKSpan::kThisEvent, true, error));
+  const auto event = ek().eventWithIdentifier(series.identifier);
+  event->setRecurrenceRules(std::nullopt);
+  save(event, EKSpan::kFutureEvents);
+  EXPECT_THAT(titlesOfNovember(), ElementsAre("weekly"));
+  EXPECT_EQ(event->startDate(), moment("2026-11-10 09:00:00 +0100"));
+}
+
+TEST_F(EventKitSaving, LeavesOneEventOfASeriesOfAddedDates) {
+  store::Item item = eventAt("dates", 2026, 11, 3, 9);
+  item.recurrence.added = {zoned(store::LocalTime(2026, 11, 12, 9)), zoned(store::LocalTime(2026, 11, 20, 9))};
+  const auto event = ek().eventWithIdentifier(put(std::move(item)).identifier);
+  ASSERT_THAT(titlesOfNovember(), SizeIs(3));
+  event->setRecurrenceRules(std::nullopt);
+  save(event, EKSpan::kFutureEvents);
+  EXPECT_THAT(titlesOfNovember(), ElementsAre("dates"));
+}
+
+TEST_F(EventKitSaving, RefusesToRemoveTheRuleOfOneOccurrenceAlone) {
+  weeklySeries();
+  const auto changed = secondOccurrence();
+  changed->setTitle("changed");
+  save(changed);
+  for (const auto& event : {secondOccurrence(), occurrence("2026-11-17 00:00:00 +0100", "2026-11-18 00:00:00 +0100")}) {
+    event->setRecurrenceRules(std::nullopt);
+    EXPECT_THAT(refusal(event), HasSubstr("for one of its days alone"));
+  }
+  store::Item dates = eventAt("dates", 2026, 11, 4, 9);
+  dates.recurrence.added = {zoned(store::LocalTime(2026, 11, 12, 9))};
+  const auto event = ek().eventWithIdentifier(put(std::move(dates)).identifier);
+  event->setRecurrenceRules(std::nullopt);
+  EXPECT_THAT(refusal(event), HasSubstr("for one of its days alone"));
+}
+
+TEST_F(EventKitSaving, RefusesToRewriteASeriesWithAttendeesThroughAChangedOccurrenceWithout) {
+  store::Item series = eventAt("meeting", 2026, 11, 3, 9);
+  series.recurrence.rules = {weekly()};
+  series.attendees = {{"mailto:a@example.org", "A", store::Attendee::Status::kAccepted,
+                       store::Attendee::Role::kRequired, store::Attendee::Type::kPerson, false, ""}};
+  store::Item changed = eventAt("alone", 2026, 11, 17, 9);
+  changed.recurrenceId = changed.start;
+  const std::string uid = put(std::move(series), {changed}).uid;
+  const auto day = std::pair("2026-11-17 00:00:00 +0100", "2026-11-18 00:00:00 +0100");
+  const auto event = occurrence(day.first, day.second);
+  ASSERT_FALSE(event->hasAttendees());
+  event->setTitle("rewritten");
+  std::optional<Error> error;
+  EXPECT_FALSE(ek().saveEvent(event, EKSpan::kFutureEvents, true, error));
+  EXPECT_THAT(error.value().localizedDescription, HasSubstr("attendees"));
+  EXPECT_THAT(titlesOfNovember(), ElementsAre("meeting", "meeting", "alone", "meeting"));
+  // Alone it is nobody else's.
+  save(event);
+  EXPECT_THAT(titlesOfNovember(), ElementsAre("meeting", "meeting", "rewritten", "meeting"));
+  EXPECT_EQ(event->calendarItemExternalIdentifier(), uid);
+}
+
 TEST_F(EventKitSaving, WritesAlarmsThatWereChangedInPlace) {
   store::Item item = eventAt("Review", 2026, 11, 3, 9);
   store::Alarm alarm;

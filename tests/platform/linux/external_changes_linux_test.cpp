@@ -10,6 +10,7 @@
 #include "platform/linux/store_access.h"
 #include "platform/linux/store_fixture.h"
 #include "store/change_log.h"
+#include "store/edited_items.h"
 #include "store/schema.h"
 
 namespace orlocal {
@@ -108,7 +109,7 @@ TEST_F(ExternalChangesOfAStore, PostNothingForOnesOwnCommits) {
   changes.listen();
   store::Item mine = eventAt("Mine", 2026, 11, 2, 9);
   mine.calendar = access.store().defaultCalendar(store::CalendarKind::kEvents).value()->id;
-  ASSERT_TRUE(access.store().saveEvent(mine, std::nullopt, store::Span::kThis));
+  ASSERT_TRUE(saveEvent(access.store(), mine, std::nullopt, store::Span::kThis));
   loop().turn();
   EXPECT_THAT(posted, IsEmpty());
 }

@@ -1,25 +1,19 @@
-#include "platform/linux/event_times.h"
+#include "store/event_times.h"
 
 #include <chrono>
 
-namespace orlocal {
+namespace orlocal::store {
 namespace {
 
-using store::CalendarTime;
-using store::Item;
-using store::LocalDay;
-using store::LocalTime;
-using store::Zone;
+LocalDay dayOf(Moment moment, const Zone& viewer) { return LocalDay(viewer.toLocal(moment)); }
 
-LocalDay dayOf(Date moment, const Zone& viewer) { return LocalDay(viewer.toLocal(moment)); }
+Moment firstSecondOf(LocalDay day, const Zone& viewer) { return viewer.toMoment(LocalTime(day)); }
 
-Date firstSecondOf(LocalDay day, const Zone& viewer) { return viewer.toMoment(LocalTime(day)); }
-
-Date lastSecondOf(LocalDay day, const Zone& viewer) {
+Moment lastSecondOf(LocalDay day, const Zone& viewer) {
   return viewer.toMoment(LocalTime(day.year(), day.month(), day.day(), 23, 59, 59));
 }
 
-LocalDay lastDay(Date start, Date exclusiveEnd, const Zone& viewer) {
+LocalDay lastDay(Moment start, Moment exclusiveEnd, const Zone& viewer) {
   // A midnight may be skipped; the microsecond before the end still lies on the last day.
   return exclusiveEnd > start ? dayOf(exclusiveEnd - std::chrono::microseconds(1), viewer) : dayOf(start, viewer);
 }
@@ -27,7 +21,7 @@ LocalDay lastDay(Date start, Date exclusiveEnd, const Zone& viewer) {
 CalendarTime wholeDay(LocalDay day) { return {CalendarTime::Kind::kDate, LocalTime(day), {}}; }
 
 /// `moment` as a time of the same kind and zone as `pattern`.
-CalendarTime timeLike(const CalendarTime& pattern, Date moment, const Zone& viewer) {
+CalendarTime timeLike(const CalendarTime& pattern, Moment moment, const Zone& viewer) {
   CalendarTime time = pattern;
   switch (pattern.kind) {
     case CalendarTime::Kind::kDate:
@@ -56,19 +50,19 @@ ShownTimes ShownTimes::onWholeDays(const Zone& viewer) const {
   return shown;
 }
 
-Date lastSecondOfDays(Date start, Date exclusiveEnd, const Zone& viewer) {
+Moment lastSecondOfDays(Moment start, Moment exclusiveEnd, const Zone& viewer) {
   return lastSecondOf(lastDay(start, exclusiveEnd, viewer), viewer);
 }
 
-ShownTimes shownTimes(const Item& event, const std::optional<store::Occurrence>& occurrence, const Zone& viewer) {
+ShownTimes shownTimes(const Item& event, const std::optional<Occurrence>& occurrence, const Zone& viewer) {
   ShownTimes shown;
   shown.allDay = event.allDay();
   if (occurrence) {
     shown.start = occurrence->start;
     shown.end = occurrence->end;
   } else {
-    if (event.start) shown.start = store::momentOf(*event.start, viewer);
-    if (event.end) shown.end = store::momentOf(*event.end, viewer);
+    if (event.start) shown.start = momentOf(*event.start, viewer);
+    if (event.end) shown.end = momentOf(*event.end, viewer);
   }
   if (shown.allDay && shown.start && shown.end) shown.end = lastSecondOfDays(*shown.start, *shown.end, viewer);
   return shown;
@@ -84,20 +78,20 @@ void writeTimes(Item& event, const ShownTimes& shown, const ShownTimes& before, 
     return;
   }
   const auto pattern = event.start && !event.allDay() ? event.start : std::nullopt;
-  const auto written = [&](const std::optional<Date>& moment) -> std::optional<CalendarTime> {
+  const auto written = [&](const std::optional<Moment>& moment) -> std::optional<CalendarTime> {
     if (!moment) return std::nullopt;
     const CalendarTime time = pattern ? timeLike(*pattern, *moment, viewer) : zonedTime(*moment, viewer);
     // The second of two equal wall-clock times can be told from the first in UTC only. A series stays on the wall
     // clock.
     const bool mistaken = time.kind == CalendarTime::Kind::kZoned && event.recurrence.empty() &&
-                          store::momentOf(time, viewer) != std::chrono::floor<std::chrono::seconds>(*moment);
+                          momentOf(time, viewer) != std::chrono::floor<std::chrono::seconds>(*moment);
     return mistaken ? CalendarTime{CalendarTime::Kind::kUtc, Zone().toLocal(*moment), {}} : time;
   };
   if (!keepStart) event.start = written(shown.start);
   if (!keepEnd) event.end = written(shown.end);
 }
 
-void moveToOccurrence(Item& series, const store::Occurrence& occurrence, const Zone& viewer) {
+void moveToOccurrence(Item& series, const Occurrence& occurrence, const Zone& viewer) {
   if (!series.start) return;
   const CalendarTime pattern = *series.start;
   series.start = timeLike(pattern, occurrence.start, viewer);
@@ -108,11 +102,11 @@ void moveToOccurrence(Item& series, const store::Occurrence& occurrence, const Z
   }
 }
 
-CalendarTime zonedTime(Date moment, const Zone& viewer) {
+CalendarTime zonedTime(Moment moment, const Zone& viewer) {
   if (viewer.name() == "UTC" || viewer.name() == "Etc/UTC" || !Zone::named(viewer.name())) {
     return {CalendarTime::Kind::kUtc, Zone().toLocal(moment), {}};
   }
   return {CalendarTime::Kind::kZoned, viewer.toLocal(moment), viewer.name()};
 }
 
-}  // namespace orlocal
+}  // namespace orlocal::store
