@@ -79,6 +79,10 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     CommandContext context{m_state->options, streams, programFile};
     const ExitStatus status = (*body)(context);
     streams.out.flush();
+    if (!streams.out) {
+      streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
+      return ExitStatus::kFailed;
+    }
     return status;
   } catch (const std::exception& error) {
     streams.err << "orlocal: " << error.what() << '\n';

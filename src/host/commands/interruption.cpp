@@ -17,13 +17,14 @@ Interruption::Interruption() {
   // After the first signal the usual handling is back, and calls that wait go on waiting.
   action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
   ::sigemptyset(&action.sa_mask);
-  ::sigaction(SIGINT, &action, &m_beforeInterrupt);
-  ::sigaction(SIGTERM, &action, &m_beforeTerminate);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) {
+    ::sigaction(kSignals[i], nullptr, &m_before[i]);
+    if (m_before[i].sa_handler != SIG_IGN) ::sigaction(kSignals[i], &action, nullptr);
+  }
 }
 
 Interruption::~Interruption() {
-  ::sigaction(SIGINT, &m_beforeInterrupt, nullptr);
-  ::sigaction(SIGTERM, &m_beforeTerminate, nullptr);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) ::sigaction(kSignals[i], &m_before[i], nullptr);
 }
 
 const std::atomic<bool>& Interruption::flag() { return interrupted; }

@@ -1,0 +1,174 @@
+#include "host/commands/output_file.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <linux/magic.h>
+#include <sys/random.h>
+#include <sys/vfs.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace orlocal::host {
+namespace {
+
+constexpr mode_t kOnlyTheUser = 0600;
+constexpr mode_t kPermissions = 07777;
+constexpr int kMostLinks = 40;  // as many as the kernel follows
+
+/// A descriptor that is closed at the end of its scope.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : m_number(number) {}
+  ~Descriptor() {
+    if (m_number >= 0) ::close(m_number);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int get() const { return m_number; }
+
+ private:
+  int m_number;
+};
+
+/// A name that nobody can foresee, so that nobody can have put a file or a link there.
+std::string draftName() {
+  std::array<std::uint64_t, 2> random{};
+  if (::getrandom(random.data(), sizeof random, 0) != static_cast<ssize_t>(sizeof random)) return {};
+  return fmt::format(".orlocal-{:016x}{:016x}.part", random[0], random[1]);
+}
+
+/// Links of the process file system stand for open files, whatever their text says.
+bool namesAnOpenFile(const std::filesystem::path& link) {
+  struct statfs where {};
+  const std::filesystem::path folder = link.has_parent_path() ? link.parent_path() : ".";
+  return ::statfs(folder.c_str(), &where) == 0 && where.f_type == PROC_SUPER_MAGIC;
+}
+
+/// Where a name leads in the end, also when nothing is there yet. None when it leads to an open file of a process, or
+/// nowhere.
+std::optional<std::string> followed(std::filesystem::path path) {
+  for (int links = 0; links < kMostLinks; ++links) {
+    std::error_code error;
+    if (!std::filesystem::is_symlink(std::filesystem::symlink_status(path, error))) return path.string();
+    if (namesAnOpenFile(path)) return std::nullopt;
+    const std::filesystem::path next = std::filesystem::read_symlink(path, error);
+    if (error) return std::nullopt;
+    path = path.parent_path() / next;  // an absolute one replaces it all
+  }
+  return std::nullopt;
+}
+
+store::ErrorCode codeOf(int error) {
+  if (error == ENOSPC || error == EDQUOT || error == EFBIG) return store::ErrorCode::kFull;
+  if (error == EACCES || error == EPERM || error == EROFS) return store::ErrorCode::kReadOnly;
+  return store::ErrorCode::kIo;
+}
+
+}  // namespace
+
+store::Result<std::unique_ptr<OutputFile>> OutputFile::open(std::string path) {
+  std::unique_ptr<OutputFile> file(new OutputFile(std::move(path)));
+  if (auto status = file->start(); !status) return tl::unexpected(status.error());
+  return file;
+}
+
+OutputFile::~OutputFile() {
+  if (m_descriptor >= 0) ::close(m_descriptor);
+  if (!m_draft.empty()) ::unlinkat(m_folder, m_draft.c_str(), 0);
+  if (m_folder >= 0) ::close(m_folder);
+}
+
+store::Status OutputFile::start() {
+  struct stat found {};
+  const bool exists = ::stat(m_path.c_str(), &found) == 0;
+  if (!exists && errno != ENOENT) return failed(errno);
+  if (exists && !S_ISREG(found.st_mode)) return startInPlace(0);
+  const auto target = followed(m_path);
+  if (!target) return exists ? startInPlace(O_APPEND) : store::Status(failed(ELOOP));
+  if (startDraft(*target)) return {};
+  const int error = errno;
+  return exists ? startInPlace(O_TRUNC) : store::Status(failed(error));
+}
+
+bool OutputFile::startDraft(const std::string& target) {
+  const std::filesystem::path path(target);
+  m_name = path.filename().string();
+  m_folder = ::open(path.has_parent_path() ? path.parent_path().c_str() : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (m_folder < 0) return false;
+  const Descriptor old(::openat(m_folder, m_name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  struct stat was {};
+  const bool exists = old.get() >= 0 && ::fstat(old.get(), &was) == 0;
+  if (exists && (!S_ISREG(was.st_mode) || ::faccessat(m_folder, m_name.c_str(), W_OK, AT_EACCESS) != 0)) return false;
+
+  const std::string draft = draftName();
+  if (draft.empty()) return false;
+  m_interruption.emplace();
+  m_descriptor = ::openat(m_folder, draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOnlyTheUser);
+  if (m_descriptor >= 0) m_draft = draft;
+  if (m_descriptor >= 0 && (!exists || takesOver(was, old.get()))) return true;
+
+  const int error = errno;
+  m_interruption.reset();
+  if (m_descriptor >= 0) ::close(std::exchange(m_descriptor, -1));
+  if (!m_draft.empty()) ::unlinkat(m_folder, std::exchange(m_draft, {}).c_str(), 0);
+  errno = error;
+  return false;
+}
+
+bool OutputFile::takesOver(const struct stat& old, int oldFile) const {
+  if (old.st_nlink > 1) return false;
+  // A descriptor that only names the file gives its attributes by way of its link.
+  const std::string byLink = fmt::format("/proc/self/fd/{}", oldFile);
+  if (::getxattr(byLink.c_str(), "system.posix_acl_access", nullptr, 0) > 0) return false;
+  struct stat made {};
+  if (::fstat(m_descriptor, &made) != 0) return false;
+  const bool sameOwner = made.st_uid == old.st_uid && made.st_gid == old.st_gid;
+  if (!sameOwner && ::fchown(m_descriptor, old.st_uid, old.st_gid) != 0) return false;
+  return ::fchmod(m_descriptor, old.st_mode & kPermissions) == 0;
+}
+
+store::Status OutputFile::startInPlace(int flags) {
+  m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC | flags);
+  return m_descriptor >= 0 ? store::Status() : failed(errno);
+}
+
+store::Status OutputFile::write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    if (m_interruption && Interruption::flag())
+      return store::failure(store::ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
+    const ssize_t count = ::write(m_descriptor, bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return failed(errno);
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return {};
+}
+
+store::Status OutputFile::finish() {
+  // What is no file has nothing to bring to a disk.
+  if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != EROFS) return failed(errno);
+  if (::close(std::exchange(m_descriptor, -1)) != 0) return failed(errno);
+  if (m_draft.empty()) return {};
+  if (Interruption::flag())
+    return store::failure(store::ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
+  if (::renameat(m_folder, m_draft.c_str(), m_folder, m_name.c_str()) != 0) return failed(errno);
+  m_draft.clear();
+  m_interruption.reset();
+  if (::fsync(m_folder) != 0 && errno != EINVAL) return failed(errno);
+  return {};
+}
+
+tl::unexpected<store::Error> OutputFile::failed(int error) const {
+  const store::ErrorCode code = codeOf(error);
+  const char* remedy = code == store::ErrorCode::kFull ? "make room, or name another place" : "name another file";
+  return store::failure(
+      code, fmt::format("{} cannot be written: {}; {}.", m_path, std::generic_category().message(error), remedy));
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <sys/stat.h>
+
+#include "host/commands/interruption.h"
+#include "store/result.h"
+
+namespace orlocal::host {
+
+/// A file that a command writes where the user said. Links are followed; what the name stands for stays what it is.
+///
+/// A regular file, or none, is replaced in one step by `finish`: until then whatever was there stands, and a failure, a
+/// Ctrl-C or a request to end leaves it and no draft. The new file has the mode and the owner of the old one; a file
+/// that was not there is the user's alone (0600). Anything else (a device, a pipe) is written in place, and so is a
+/// file that no new one could stand for: with further names, with an access list, of another owner, or in a folder
+/// that takes no new files.
+class OutputFile {
+ public:
+  static store::Result<std::unique_ptr<OutputFile>> open(std::string path);
+
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  store::Status write(std::string_view bytes);
+  /// All of it is in its place, and on disk, when this returns without a failure. Nothing is written after it.
+  store::Status finish();
+
+ private:
+  explicit OutputFile(std::string path) : m_path(std::move(path)) {}
+
+  store::Status start();
+  /// False when a new file could not stand for the old one.
+  bool startDraft(const std::string& target);
+  bool takesOver(const struct stat& old, int oldFile) const;
+  store::Status startInPlace(int flags);
+  tl::unexpected<store::Error> failed(int error) const;
+
+  std::string m_path;   ///< as the user wrote it
+  std::string m_name;   ///< of the file that is replaced, in its folder
+  std::string m_draft;  ///< name of the draft in the same folder; empty when there is none
+  int m_folder = -1;    ///< of the draft
+  int m_descriptor = -1;
+  std::optional<Interruption> m_interruption;  ///< while there is a draft to take away
+};
+
+}  // namespace orlocal::host
