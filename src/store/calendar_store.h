@@ -24,10 +24,12 @@ namespace orlocal::store {
 
 /// Events that overlap the half-open range [from, to); one without length overlaps where it stands. An absent bound is
 /// the distant past or future: a series without an end then goes on to the later of four years from now and `from` plus
-/// four years. Only events of `calendars` are found.
+/// four years. Only events of `calendars` are found, and with `event` only that one: a single event or a series, at the
+/// cost of what it has itself.
 struct EventQuery {
   std::optional<Moment> from, to;
   std::vector<CalendarId> calendars;
+  std::optional<ItemId> event = std::nullopt;
 };
 
 /// Reminders of `calendars`. A bound leaves out open reminders that are not due at all.
@@ -89,6 +91,9 @@ class CalendarStore {
   virtual Result<std::shared_ptr<const Item>> itemWithIdentifier(std::string_view itemIdentifier) = 0;
   /// The first occurrence of a series (or the one of a single event); none when its rule and exceptions leave none.
   virtual Result<std::optional<Occurrence>> firstOccurrence(const Item& event) = 0;
+  /// The occurrence that the event's rule put there, wherever it was moved since; none when it has none there. Looks at
+  /// nothing but this event.
+  virtual Result<std::optional<Occurrence>> occurrenceAt(const Item& event, Moment originalStart) = 0;
 
   // Saves write what was set on the row as it stands inside the transaction: two callers that set different fields of
   // one item both keep their change, and of one field the later save counts. An item that was removed meanwhile is

@@ -71,6 +71,33 @@ class Gathering {
   Result<std::vector<Occurrence>> run() {
     ORLOCAL_CHECK(m_core.timeline.visitEvents(floorSeconds(m_range.from), ceilSeconds(m_range.to),
                                               [&](const TimelineEntry& entry) { return take(entry); }));
+    return finished();
+  }
+
+  /// Of one event alone.
+  Result<std::vector<Occurrence>> runFor(ItemId id, Queries& queries) {
+    ORLOCAL_TRY(const auto event, m_core.rows.read(id));
+    if (event == nullptr || event->kind != ItemKind::kEvent || event->series) return finished();
+    if (!m_calendars.takes(event->calendar)) return finished();
+    ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(id));
+    if (event->recurrence.empty() && changed.empty()) {
+      ORLOCAL_TRY(const Occurrence only, queries.onlyOccurrence(*event));
+      ORLOCAL_CHECK(addIfWithin(only));
+      return finished();
+    }
+    ORLOCAL_TRY(const Series* series, m_core.series.of(id));
+    if (series != nullptr) m_series.push_back({id, !series->bounds().end});
+    for (const ItemRows::Changed& row : changed) {
+      ORLOCAL_TRY(const auto occurrence, m_core.rows.read(row.id));
+      if (occurrence == nullptr) continue;
+      ORLOCAL_TRY(const Occurrence only, queries.onlyOccurrence(*occurrence));
+      ORLOCAL_CHECK(addIfWithin(only));
+    }
+    return finished();
+  }
+
+ private:
+  Result<std::vector<Occurrence>> finished() {
     // In the order of the rows, so that neighbours in the file are read together.
     std::sort(m_series.begin(), m_series.end(),
               [](const RepeatingEntry& a, const RepeatingEntry& b) { return a.item < b.item; });
@@ -82,7 +109,6 @@ class Gathering {
     return std::move(m_found);
   }
 
- private:
   Status take(const TimelineEntry& entry) {
     if (!m_calendars.takes(entry.calendar)) return {};
     if (entry.repeats) {
@@ -99,6 +125,10 @@ class Gathering {
     occurrence.item = entry.item;
     occurrence.event = entry.series.value_or(entry.item);
     return add(occurrence);
+  }
+
+  Status addIfWithin(const Occurrence& occurrence) {
+    return m_range.overlaps(occurrence.start, occurrence.end) ? add(occurrence) : Status();
   }
 
   Status expand(const RepeatingEntry& entry) {
@@ -135,7 +165,8 @@ class Gathering {
 
 Result<std::vector<Occurrence>> Queries::occurrences(const EventQuery& query) {
   ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
-  return Gathering(m_core, query).run();
+  Gathering gathering(m_core, query);
+  return query.event ? gathering.runFor(*query.event, *this) : gathering.run();
 }
 
 Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
@@ -217,31 +248,30 @@ Result<std::optional<Occurrence>> Queries::firstOccurrence(const Item& event) {
   return only;
 }
 
-Result<std::optional<Occurrence>> Queries::occurrenceAt(const Item& event, Moment original) {
+Result<std::optional<Occurrence>> Queries::occurrenceAt(const Item& event, Moment originalStart) {
   ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
-  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(event.id));
-  if (event.recurrence.empty() && changed.empty()) {
-    ORLOCAL_TRY(const Occurrence only, onlyOccurrence(event));
-    return only.originalStart == original ? std::optional(only) : std::nullopt;
+  ORLOCAL_TRY(const auto row, m_core.rows.read(event.id));
+  if (row == nullptr || row->kind != ItemKind::kEvent || row->series) return std::nullopt;
+  ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(row->id));
+  if (row->recurrence.empty() && changed.empty()) {
+    ORLOCAL_TRY(const Occurrence only, onlyOccurrence(*row));
+    return only.originalStart == originalStart ? std::optional(only) : std::nullopt;
   }
-  ORLOCAL_TRY(const Series* series, m_core.series.of(event.id));
+  ORLOCAL_TRY(const Series* series, m_core.series.of(row->id));
   if (series == nullptr) return std::nullopt;
-  for (const ItemRows::Changed& row : changed) {
-    if (series->originalStart(row.recurrenceId) != original) continue;
-    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
-    if (item == nullptr) return std::nullopt;
-    ORLOCAL_TRY(const Occurrence only, onlyOccurrence(*item));
-    return only;
+  for (const ItemRows::Changed& each : changed) {
+    if (momentAt(each.original, series->followsViewer(), m_core.options.viewer) != originalStart) continue;
+    ORLOCAL_TRY(const auto moved, m_core.rows.read(each.id));
+    if (moved == nullptr) continue;
+    ORLOCAL_TRY(const Occurrence found, onlyOccurrence(*moved));
+    return found;
   }
   std::optional<Occurrence> found;
   ExpansionBudget budget;
-  ORLOCAL_CHECK(
-      series->expand(original, original + std::chrono::microseconds(1), budget, [&](const Series::Instance& instance) {
-        if (instance.start == original) {
-          found = Occurrence{instance.start, instance.end, original, event.id, event.id};
-        }
-        return !found;
-      }));
+  ORLOCAL_CHECK(series->expand(originalStart, originalStart + seconds(1), budget, [&](const Series::Instance& each) {
+    if (each.start == originalStart) found = Occurrence{each.start, each.end, each.start, row->id, row->id};
+    return !found;
+  }));
   return found;
 }
 

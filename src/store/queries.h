@@ -16,8 +16,8 @@ class Queries {
   Result<std::vector<Occurrence>> occurrences(const EventQuery& query);
   Result<std::vector<ItemId>> reminders(const ReminderQuery& query);
   Result<std::optional<Occurrence>> firstOccurrence(const Item& event);
-  /// The one that the rule put at `original`, as it now is: changed or not. None when there is none any more.
-  Result<std::optional<Occurrence>> occurrenceAt(const Item& event, Moment original);
+  /// The one that the rule put at `originalStart`, as it now is: changed or not. None when there is none any more.
+  Result<std::optional<Occurrence>> occurrenceAt(const Item& event, Moment originalStart);
   /// The occurrence that a row which does not repeat stands for.
   Result<Occurrence> onlyOccurrence(const Item& event);
 

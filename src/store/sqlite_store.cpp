@@ -77,6 +77,10 @@ Result<std::optional<Occurrence>> SqliteStore::firstOccurrence(const Item& event
   return m_queries.firstOccurrence(event);
 }
 
+Result<std::optional<Occurrence>> SqliteStore::occurrenceAt(const Item& event, Moment originalStart) {
+  return m_queries.occurrenceAt(event, originalStart);
+}
+
 Result<Item> SqliteStore::saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
   return EventEdits(*m_core, m_queries).save(edit, occurrence, span);
 }

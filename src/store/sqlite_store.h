@@ -30,6 +30,7 @@ class SqliteStore final : public CalendarStore {
   Result<std::shared_ptr<const Item>> event(std::string_view identifier) override;
   Result<std::shared_ptr<const Item>> itemWithIdentifier(std::string_view itemIdentifier) override;
   Result<std::optional<Occurrence>> firstOccurrence(const Item& event) override;
+  Result<std::optional<Occurrence>> occurrenceAt(const Item& event, Moment originalStart) override;
 
   Result<Item> saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) override;
   Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) override;

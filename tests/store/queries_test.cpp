@@ -132,6 +132,135 @@ TEST_F(RangeQuery, FindsAYearlySeriesInItsMonthOnly) {
   EXPECT_THAT(listed(at("2026-07-01 00:00"), at("2027-06-01 00:00")), IsEmpty());
 }
 
+class OneEvent : public RangeQuery {
+ protected:
+  /// Nine to ten in Berlin, from the 2nd of November 2026 on.
+  Item daily(const std::string& title, std::optional<std::int64_t> count) {
+    Item item = event(title, berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
+    item.recurrence.rules = {rule(Frequency::kDaily, count)};
+    return saved(item);
+  }
+  Occurrence occurrenceOf(const Item& event, Moment originalStart) {
+    const auto found = store->occurrenceAt(event, originalStart);
+    EXPECT_TRUE(found && *found);
+    return found && *found ? **found : Occurrence();
+  }
+  bool hasNone(const Item& event, Moment originalStart) {
+    const auto found = store->occurrenceAt(event, originalStart);
+    return found && !*found;
+  }
+  /// Changes the occurrence with that original start.
+  void move(const Item& series, Moment from, const CalendarTime& start, const CalendarTime& end) {
+    Item edited = read(series.id);
+    edited.start = start;
+    edited.end = end;
+    ASSERT_TRUE(store->saveEvent(edited, occurrenceOf(series, from), Span::kThis));
+  }
+};
+
+TEST_F(OneEvent, IsFoundByWhereItsRulePutIt) {
+  const Item series = daily("stand-up", 3);
+  const Occurrence second = occurrenceOf(series, at("2026-11-03 09:00"));
+  EXPECT_EQ(second.end, at("2026-11-03 10:00"));
+  EXPECT_EQ(second.event, series.id);
+  EXPECT_TRUE(hasNone(series, at("2026-11-03 09:30")));
+  EXPECT_TRUE(hasNone(series, at("2026-11-05 09:00")));
+}
+
+TEST_F(OneEvent, IsFoundWhereItStandsWhenItDoesNotRepeat) {
+  const Item single = saved(event("dentist", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
+  EXPECT_EQ(occurrenceOf(single, at("2026-11-02 09:00")).start, at("2026-11-02 09:00"));
+  EXPECT_TRUE(hasNone(single, at("2026-11-02 09:01")));
+}
+
+TEST_F(OneEvent, IsFoundByItsOriginalStartAfterItMoved) {
+  const Item series = daily("stand-up", 3);
+  move(series, at("2026-11-03 09:00"), berlin("2026-12-24 15:00"), berlin("2026-12-24 16:00"));
+  const Occurrence moved = occurrenceOf(series, at("2026-11-03 09:00"));
+  EXPECT_EQ(moved.start, at("2026-12-24 15:00"));
+  EXPECT_EQ(moved.event, series.id);
+  EXPECT_NE(moved.item, series.id);
+  EXPECT_TRUE(hasNone(series, at("2026-12-24 15:00")));
+}
+
+TEST_F(OneEvent, IsFoundByItsOriginalDayAfterItMoved) {
+  Item item = event("holiday", day("2026-11-02"), day("2026-11-03"));
+  item.recurrence.rules = {rule(Frequency::kDaily, 3)};
+  const Item series = saved(item);
+  move(series, at("2026-11-03 00:00"), day("2026-12-24"), day("2026-12-25"));
+  EXPECT_EQ(occurrenceOf(series, at("2026-11-03 00:00")).start, at("2026-12-24 00:00"));
+}
+
+TEST_F(OneEvent, IsFoundByTheTimeThatASkippedOneBecame) {
+  Item item = event("night watch", berlin("2026-03-28 02:30"), berlin("2026-03-28 02:45"));
+  item.recurrence.rules = {rule(Frequency::kDaily, 3)};
+  const Item series = saved(item);
+  move(series, at("2026-03-29 03:30"), berlin("2026-04-10 15:00"), berlin("2026-04-10 16:00"));
+  EXPECT_EQ(occurrenceOf(series, at("2026-03-29 03:30")).start, at("2026-04-10 15:00"));
+}
+
+TEST_F(OneEvent, IsFoundByItsOriginalStartWithoutItsSeries) {
+  Item stray = event("moved", berlin("2026-12-24 15:00"), berlin("2026-12-24 16:00"));
+  stray.uid = "stray";
+  stray.recurrenceId = berlin("2026-11-03 09:00");
+  auto writer = std::move(*store->startWriting());
+  std::vector<Item> none;
+  ASSERT_TRUE(writer->put(stray.calendar, stray, none));
+  ASSERT_TRUE(writer->commit());
+  writer.reset();
+  EXPECT_EQ(occurrenceOf(stray, at("2026-11-03 09:00")).start, at("2026-12-24 15:00"));
+  EXPECT_TRUE(hasNone(stray, at("2026-12-24 15:00")));
+}
+
+TEST_F(OneEvent, AnExceptionLeavesNone) {
+  const Item series = daily("stand-up", 3);
+  ASSERT_TRUE(store->removeEvent(series, occurrenceOf(series, at("2026-11-03 09:00")), Span::kThis));
+  EXPECT_TRUE(hasNone(series, at("2026-11-03 09:00")));
+}
+
+TEST_F(OneEvent, AnswersWhatTheWholeRangeHasOfIt) {
+  const Item series = daily("stand-up", std::nullopt);
+  const Item single = saved(event("dentist", berlin("2026-11-04 09:00"), berlin("2026-11-04 11:00")));
+  const Item twin = daily("lunch", 5);
+  move(series, at("2026-11-03 09:00"), berlin("2026-11-04 08:00"), berlin("2026-11-04 08:30"));
+  move(series, at("2026-11-05 09:00"), berlin("2026-12-24 08:00"), berlin("2026-12-24 08:30"));
+  const std::optional<Moment> bounds[] = {std::nullopt, at("2026-11-04 09:30"), at("2026-11-20 00:00")};
+  for (const auto& from : bounds) {
+    for (const auto& to : bounds) {
+      for (const Item& item : {series, single, twin}) {
+        std::vector<Occurrence> expected = occurrences(from, to);
+        std::erase_if(expected, [&](const Occurrence& each) { return each.event != item.id; });
+        auto query = range(from, to);
+        query.event = item.id;
+        EXPECT_EQ(*store->occurrences(query), expected) << *item.title;
+      }
+    }
+  }
+}
+
+TEST_F(OneEvent, IsLookedForInTheCalendarsNamedOnly) {
+  auto query = range(std::nullopt, std::nullopt);
+  query.event = daily("stand-up", 3).id;
+  query.calendars = {madeCalendar("Work").id};
+  EXPECT_THAT(*store->occurrences(query), IsEmpty());
+}
+
+TEST_F(OneEvent, CostsNothingOfWhatElseTheCalendarHolds) {
+  const Item series = daily("stand-up", 3);
+  Item tick = event("tick", berlin("2026-01-01 00:00"), berlin("2026-01-01 00:01"));
+  tick.recurrence.rules = {rule(Frequency::kHourly)};
+  saved(tick);
+  StoreOptions few = options();
+  few.occurrenceBudget = 10;
+  store = std::move(*CalendarStore::open(few));
+  ASSERT_FALSE(store->occurrences(range(std::nullopt, std::nullopt)));
+  EXPECT_EQ(occurrenceOf(series, at("2026-11-03 09:00")).start, at("2026-11-03 09:00"));
+  EXPECT_TRUE(hasNone(series, at("2026-11-03 09:01")));
+  auto query = range(std::nullopt, std::nullopt);
+  query.event = series.id;
+  EXPECT_EQ(store->occurrences(query)->size(), 3u);
+}
+
 /// Random events of every kind, each range held against expanding everything.
 TEST_F(RangeQuery, AgreesWithLookingAtEverything) {
   std::mt19937 random(42);

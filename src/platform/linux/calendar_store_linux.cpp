@@ -1,13 +1,13 @@
 #include "platform/linux/calendar_store_linux.h"
 
-#include <algorithm>
-#include <chrono>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/calendar_store_linux_items.h"
 #include "platform/linux/eventkit_query.h"
+#include "store/try.h"
 
 namespace orlocal {
 namespace {
@@ -16,8 +16,9 @@ namespace {
 struct StoredPredicate final : CalPredicate {
   std::shared_ptr<const EKPredicate> asked;
   std::optional<std::string> uid;
-  /// The occurrences of `uid` in `narrowed`, which is good until the store changes.
-  mutable std::shared_ptr<const EKEventArray> narrowed, answer;
+  /// With `uid`: the last answer, which is good until the store changes.
+  mutable std::shared_ptr<const EKEventArray> answer;
+  mutable std::uint64_t generation = 0;
 };
 
 std::shared_ptr<const CalPredicate> predicate(std::shared_ptr<const EKPredicate> asked,
@@ -94,28 +95,20 @@ std::shared_ptr<CalCalendar> CalendarStoreObject::calendarWithUID(std::string_vi
 }
 
 std::shared_ptr<CalEvent> CalendarStoreObject::eventWithUID(std::string_view uid, std::optional<Date> occurrence) {
-  if (occurrence) {
-    const auto event = orThrow(m_access->store().event(uid));
-    return event ? occurrenceOf(*event, *occurrence) : nullptr;
-  }
+  if (occurrence) return orThrow(occurrenceOf(uid, *occurrence));
   auto first = std::dynamic_pointer_cast<EventObject>(m_store.eventWithIdentifier(uid));
   return first ? std::make_shared<CalEventObject>(m_access, std::move(first)) : nullptr;
 }
 
-std::shared_ptr<CalEvent> CalendarStoreObject::occurrenceOf(const store::Item& event, Date originalStart) {
-  const store::EventQuery queries[] = {
-      {originalStart, originalStart + std::chrono::seconds(1), {event.calendar}},
-      {std::nullopt, std::nullopt, {event.calendar}},  // a changed occurrence may have moved anywhere
-  };
-  for (const auto& query : queries) {
-    for (const auto& found : orThrow(m_access->store().occurrences(query))) {
-      if (found.event != event.id || found.originalStart != originalStart) continue;
-      auto row = orThrow(m_access->store().item(found.item));
-      if (!row) return nullptr;
-      return std::make_shared<CalEventObject>(m_access, std::make_shared<EventObject>(m_access, std::move(row), found));
-    }
-  }
-  return nullptr;
+store::Result<std::shared_ptr<CalEvent>> CalendarStoreObject::occurrenceOf(std::string_view uid, Date originalStart) {
+  store::CalendarStore& store = m_access->store();
+  ORLOCAL_TRY(const auto event, store.event(uid));
+  if (!event) return nullptr;
+  ORLOCAL_TRY(const auto found, store.occurrenceAt(*event, originalStart));
+  if (!found) return nullptr;
+  ORLOCAL_TRY(auto row, store.item(found->item));
+  if (!row) return nullptr;
+  return std::make_shared<CalEventObject>(m_access, std::make_shared<EventObject>(m_access, std::move(row), *found));
 }
 
 std::shared_ptr<CalTask> CalendarStoreObject::taskWithUID(std::string_view uid) {
@@ -158,20 +151,26 @@ std::shared_ptr<const CalEventArray> CalendarStoreObject::eventsWithPredicate(
     const std::shared_ptr<const CalPredicate>& predicate) {
   const auto* asked = dynamic_cast<const StoredPredicate*>(predicate.get());
   if (!asked) return nullptr;
-  auto events = m_store.eventsMatchingPredicate(asked->asked);
-  if (events && asked->uid) {
-    if (asked->narrowed != events) {
-      const auto event = orThrow(m_access->store().event(*asked->uid));
-      std::vector<store::Occurrence> own;
-      const auto& all = dynamic_cast<const EventArray&>(*events).occurrences();
-      std::ranges::copy_if(all, std::back_inserter(own),
-                           [&](const store::Occurrence& each) { return event && each.event == event->id; });
-      asked->answer = std::make_shared<const EventArray>(m_access, std::move(own));
-      asked->narrowed = std::move(events);
+  std::shared_ptr<const EKEventArray> events;
+  if (const auto* range = dynamic_cast<const EventPredicate*>(asked->asked.get()); range != nullptr && asked->uid) {
+    const std::uint64_t generation = m_access->store().generation();
+    if (!asked->answer || asked->generation != generation) {
+      asked->answer = std::make_shared<const EventArray>(m_access, orThrow(occurrencesOf(*asked->uid, range->query)));
+      asked->generation = generation;
     }
     events = asked->answer;
+  } else {
+    events = m_store.eventsMatchingPredicate(asked->asked);
   }
   return events ? std::make_shared<const CalEventFaces>(m_access, std::move(events)) : nullptr;
+}
+
+store::Result<std::vector<store::Occurrence>> CalendarStoreObject::occurrencesOf(std::string_view uid,
+                                                                                 store::EventQuery query) {
+  ORLOCAL_TRY(const auto event, m_access->store().event(uid));
+  if (!event) return std::vector<store::Occurrence>();
+  query.event = event->id;
+  return m_access->store().occurrences(query);
 }
 
 std::shared_ptr<const CalTaskArray> CalendarStoreObject::tasksWithPredicate(

@@ -98,6 +98,25 @@ TEST_F(CalendarStoreDetails, AUidFindsItsChangedOccurrencesToo) {
   EXPECT_EQ(found->objectAtIndex(1)->title(), "Stand-up, short");
 }
 
+/// A series that no whole calendar can be answered with.
+TEST_F(CalendarStoreDetails, LooksAtNoOtherEventForAUid) {
+  const auto uid = addSeries();
+  auto ticks = eventAt("Tick", 2020, 1, 1, 0);
+  store::RecurrenceRule everySecond;
+  everySecond.frequency = store::RecurrenceRule::Frequency::kSecondly;
+  ticks.recurrence.rules.push_back(everySecond);
+  put(ticks);
+  const auto second = cal()->eventWithUID(uid, moment("2026-11-03 09:00:00 +0100"));
+  ASSERT_TRUE(second);
+  second->setStartDate(moment("2026-12-24 15:00:00 +0100"));
+  second->setEndDate(moment("2026-12-24 16:00:00 +0100"));
+  ASSERT_TRUE(cal()->saveEvent(second, CalSpan::kThisEvent, error)) << error->localizedDescription;
+  EXPECT_EQ(cal()->eventWithUID(uid, moment("2026-11-03 09:30:00 +0100")), nullptr);
+  ASSERT_TRUE(cal()->eventWithUID(uid, moment("2026-11-03 09:00:00 +0100")));
+  const auto all = cal()->eventPredicateWithStartDate(distantPast(), distantFuture(), uid, cal()->calendars());
+  EXPECT_EQ(cal()->eventsWithPredicate(all)->count(), 3U);
+}
+
 TEST_F(CalendarStoreDetails, AnAnswerNarrowedToAUidFollowsTheStore) {
   const auto uid = addSeries();
   const auto predicate = cal()->eventPredicateWithStartDate(
