@@ -38,6 +38,7 @@ class EKCalendar {
   virtual void setTitle(const OptionalText& title) = 0;
   virtual int type() const = 0;
   virtual OptionalText calendarIdentifier() const = 0;
+  /// Its own properties may not be changed: saving it is refused.
   virtual bool isImmutable() const = 0;
   virtual bool isSubscribed() const = 0;
   virtual bool allowsContentModifications() const = 0;

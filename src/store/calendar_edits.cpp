@@ -34,7 +34,7 @@ Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
       return failure(ErrorCode::kNotFound, fmt::format("The {} \"{}\" is no longer in the calendar store.",
                                                        nounFor(calendar.kind), calendar.title));
     }
-    if (row->readOnly || row->immutable) {
+    if (row->readOnly || row->subscribed || row->immutable) {
       return failure(ErrorCode::kReadOnly,
                      fmt::format("The {} \"{}\" allows no changes.", nounFor(row->kind), row->title));
     }

@@ -63,6 +63,22 @@ Result<std::optional<Source>> CalendarRows::localSource() {
   return found != all.end() ? std::optional(*found) : std::nullopt;
 }
 
+Status CalendarRows::insertSource(Source& source, const Uuid& uuid) {
+  Statement& insert = m_insertSource.in(m_database).bindBlob(1, uuid.bytes());
+  insert.bind(2, static_cast<std::int64_t>(source.type)).bind(3, std::string_view(source.title));
+  ORLOCAL_CHECK(insert.run());
+  source.id = m_database.lastInsertId();
+  source.identifier = uuid.text();
+  return {};
+}
+
+Status CalendarRows::removeUnusedSource(SourceId id) {
+  return m_removeUnusedSource.in(m_database)
+      .bind(1, id)
+      .bind(2, static_cast<std::int64_t>(Source::Type::kSubscription))
+      .run();
+}
+
 Result<std::vector<Calendar>> CalendarRows::all(Statement& statement) {
   const ResetAtExit reset(statement);
   std::vector<Calendar> calendars;

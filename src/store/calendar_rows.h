@@ -19,6 +19,10 @@ class CalendarRows {
   Result<std::vector<Source>> sources();
   Result<std::optional<Source>> source(SourceId id);
   Result<std::optional<Source>> localSource();
+  /// Gives the source its id.
+  Status insertSource(Source& source, const Uuid& uuid);
+  /// Of a subscription whose calendars are gone; any other source stays.
+  Status removeUnusedSource(SourceId id);
 
   /// In their order.
   Result<std::vector<Calendar>> ofKind(CalendarKind kind);
@@ -40,6 +44,10 @@ class CalendarRows {
 
   Database& m_database;
   LazyStatement m_sources{"SELECT id, uuid, type, title FROM sources ORDER BY id"};
+  LazyStatement m_insertSource{"INSERT INTO sources(uuid, type, title) VALUES(?, ?, ?)"};
+  LazyStatement m_removeUnusedSource{
+      "DELETE FROM sources WHERE id = ? AND type = ? AND NOT EXISTS(SELECT 1 FROM calendars WHERE source = "
+      "sources.id)"};
 #define ORLOCAL_CALENDAR_COLUMNS                                                                      \
   "SELECT c.id, c.uuid, c.kind, c.source, c.title, c.red, c.green, c.blue, c.position, c.read_only, " \
   "c.subscribed, c.immutable, s.type, c.notes FROM calendars c LEFT JOIN sources s ON s.id = c.source "

@@ -112,9 +112,21 @@ class Importer {
       calendar.color = head.color;
       calendar.readOnly = protects;
       calendar.subscribed = m_options.subscription;
-      if (auto status = m_writer.makeCalendar(calendar); !status) return tl::unexpected(status.error());
+      if (auto status = make(calendar); !status) return tl::unexpected(status.error());
     }
     return m_targets[key] = calendar.id;
+  }
+
+  /// A subscription is where its calendar comes from; others come from this machine.
+  Status make(Calendar& calendar) {
+    if (calendar.subscribed) {
+      Source source;
+      source.type = Source::Type::kSubscription;
+      source.title = calendar.title;
+      if (auto status = m_writer.makeSource(source); !status) return status;
+      calendar.source = source.id;
+    }
+    return m_writer.makeCalendar(calendar);
   }
 
   ImportReport report() {

@@ -29,6 +29,8 @@ class ItemWriter {
   virtual Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title) = 0;
   /// The default calendar of that kind, as `CalendarStore::defaultCalendar`.
   virtual Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) = 0;
+  /// Makes a source; fills in id and identifier.
+  virtual Status makeSource(Source& source) = 0;
   /// Makes a calendar; a `source` of 0 is the local source. Fills in id, identifier, source and type.
   virtual Status makeCalendar(Calendar& calendar) = 0;
 

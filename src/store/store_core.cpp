@@ -200,6 +200,7 @@ Status StoreCore::removeCalendar(const Calendar& calendar) {
     if (item != nullptr) ORLOCAL_CHECK(removeItem(*item));
   }
   ORLOCAL_CHECK(calendars.remove(calendar.id));
+  ORLOCAL_CHECK(calendars.removeUnusedSource(calendar.source));
   return logCalendar(Operation::kDeleted, calendar);
 }
 

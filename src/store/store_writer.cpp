@@ -49,6 +49,8 @@ Result<std::optional<Calendar>> StoreWriter::defaultCalendar(CalendarKind kind) 
   return m_core.calendars.forNewItems(kind);
 }
 
+Status StoreWriter::makeSource(Source& source) { return m_core.calendars.insertSource(source, m_core.uuids.next()); }
+
 Status StoreWriter::makeCalendar(Calendar& calendar) {
   if (calendar.title.empty()) return failure(ErrorCode::kInvalid, "A calendar needs a title.");
   std::optional<Source> source;

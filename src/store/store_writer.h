@@ -15,6 +15,7 @@ class StoreWriter final : public ItemWriter {
 
   Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title) override;
   Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) override;
+  Status makeSource(Source& source) override;
   Status makeCalendar(Calendar& calendar) override;
   Status putZone(std::string_view name, std::string_view vtimezone) override;
   Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed) override;

@@ -210,6 +210,7 @@ TEST_P(EventKitContract, RefusesToSaveAReadOnlyCalendar) {
   subject->makeReadOnly(*made->calendarIdentifier());
   const auto opened = store->calendarWithIdentifier(*made->calendarIdentifier());
   EXPECT_FALSE(opened->allowsContentModifications());
+  EXPECT_TRUE(opened->isImmutable());
   opened->setTitle("Renamed");
   expectRefused(store->saveCalendar(opened, true, error));
   EXPECT_EQ(store->calendarWithIdentifier(*made->calendarIdentifier())->title(), "Holidays");

@@ -17,7 +17,9 @@ class FakeEventKitSubject : public EventKitSubject {
   EventKit& eventKit() override { return m_kit; }
   void makeReadOnly(const std::string& calendarIdentifier) override {
     for (const auto& calendar : m_kit.m_store->m_calendars) {
-      if (calendar->m_identifier == calendarIdentifier) calendar->m_allowsContentModifications = false;
+      if (calendar->m_identifier != calendarIdentifier) continue;
+      calendar->m_allowsContentModifications = false;
+      calendar->m_immutable = true;
     }
   }
   void invite(const std::string& eventIdentifier, const std::string& name, const std::string& email) override {

@@ -133,5 +133,15 @@ TEST_F(Calendars, NeverReuseAnIdentifierOrARow) {
   EXPECT_NE(next.identifier, gone.identifier);
 }
 
+TEST_F(Calendars, ASubscribedOneIsNotSaved) {
+  Calendar calendar = madeCalendar("Feed");
+  calendar.subscribed = true;
+  ASSERT_TRUE(store->saveCalendar(calendar));
+  calendar.title = "Mine";
+  const auto status = store->saveCalendar(calendar);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kReadOnly);
+}
+
 }  // namespace
 }  // namespace orlocal::store

@@ -164,6 +164,32 @@ TEST_F(Import, TakesAUidOnceWhenTwoCalendarsOfAFileGoToOne) {
   EXPECT_EQ(report.refused, 1U);
 }
 
+TEST_F(Import, GivesASubscriptionASourceOfItsOwn) {
+  ImportOptions with;
+  with.subscription = true;
+  import(calendarText(eventText("1"), "X-WR-CALNAME:Feed\n"), with);
+  const Calendar feed = store->calendars(CalendarKind::kEvents).value().back();
+  EXPECT_EQ(feed.title, "Feed");
+  EXPECT_EQ(feed.type, Source::Type::kSubscription);
+  const auto sources = store->sources().value();
+  ASSERT_EQ(sources.size(), 2U);
+  EXPECT_EQ(sources[1].id, feed.source);
+  EXPECT_EQ(sources[1].type, Source::Type::kSubscription);
+  EXPECT_EQ(sources[1].title, "Feed");
+  import(calendarText(eventText("1"), "X-WR-CALNAME:Feed\n"), with);
+  EXPECT_EQ(store->sources().value().size(), 2U);
+  ASSERT_TRUE(store->removeCalendar(feed.identifier));
+  EXPECT_EQ(store->sources().value().size(), 1U);
+}
+
+TEST_F(Import, LeavesACalendarThatIsOnlyReadOnlyWhereOthersAre) {
+  ImportOptions with;
+  with.readOnly = true;
+  import(calendarText(eventText("1"), "X-WR-CALNAME:Rules\n"), with);
+  EXPECT_EQ(store->calendars(CalendarKind::kEvents).value().back().type, Source::Type::kLocal);
+  EXPECT_EQ(store->sources().value().size(), 1U);
+}
+
 TEST_F(Import, KeepsAPrivateZoneForOtherProcesses) {
   import(calendarText(
       "BEGIN:VTIMEZONE\nTZID:Own\nBEGIN:STANDARD\nDTSTART:19700101T000000\nTZOFFSETFROM:+0213\nTZOFFSETTO:+"

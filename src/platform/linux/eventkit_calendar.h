@@ -30,7 +30,7 @@ class CalendarObject final : public EKCalendar {
   void setTitle(const OptionalText& title) override;
   int type() const override { return static_cast<int>(m_calendar.type); }
   OptionalText calendarIdentifier() const override;
-  bool isImmutable() const override { return m_calendar.immutable; }
+  bool isImmutable() const override { return m_calendar.readOnly || m_calendar.subscribed || m_calendar.immutable; }
   bool isSubscribed() const override { return m_calendar.subscribed; }
   bool allowsContentModifications() const override { return !m_calendar.readOnly; }
   std::optional<Color> color() const override;

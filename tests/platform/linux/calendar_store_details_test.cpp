@@ -1,5 +1,6 @@
 #include "platform/calendar_store.h"
 #include "platform/linux/store_fixture.h"
+#include "store/import.h"
 
 namespace orlocal {
 namespace {
@@ -44,6 +45,19 @@ TEST_F(CalendarStoreDetails, ANewCalendarHoldsEvents) {
   std::vector<std::string> titles;
   for (const auto& each : eventCalendars()) titles.push_back(*each->title());
   EXPECT_THAT(titles, ElementsAre("Calendar", "Club"));
+}
+
+TEST_F(CalendarStoreDetails, ASubscribedCalendarSaysSo) {
+  store::ImportOptions with;
+  with.subscription = true;
+  with.calendarTitle = "Feed";
+  ASSERT_TRUE(store::importCalendarText(
+      *otherStore(), "BEGIN:VCALENDAR\nBEGIN:VEVENT\nUID:1\nDTSTART:20261102T090000Z\nEND:VEVENT\nEND:VCALENDAR\n",
+      "feed.ics", with));
+  const auto feed = cal()->calendars()[1];
+  EXPECT_EQ(feed->title(), "Feed");
+  EXPECT_EQ(feed->type(), "Subscription");
+  EXPECT_FALSE(feed->isEditable());
 }
 
 TEST_F(CalendarStoreDetails, KeepsTheNotesOfACalendar) {

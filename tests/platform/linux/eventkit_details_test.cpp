@@ -1,4 +1,5 @@
 #include "platform/linux/store_fixture.h"
+#include "store/import.h"
 
 namespace orlocal {
 namespace {
@@ -342,6 +343,23 @@ TEST_F(EventKitDetails, ACalendarShowsWhatIsStored) {
   EXPECT_FALSE(calendar->isSubscribed());
   ASSERT_NE(calendar->source(), nullptr);
   EXPECT_FALSE(calendar->source()->title().empty());
+}
+
+TEST_F(EventKitDetails, ASubscribedCalendarSaysSo) {
+  store::ImportOptions with;
+  with.subscription = true;
+  with.calendarTitle = "Feed";
+  ASSERT_TRUE(store::importCalendarText(
+      *otherStore(), "BEGIN:VCALENDAR\nBEGIN:VEVENT\nUID:1\nDTSTART:20261102T090000Z\nEND:VEVENT\nEND:VCALENDAR\n",
+      "feed.ics", with));
+  const auto feed = eventCalendars().back();
+  EXPECT_EQ(feed->type(), static_cast<int>(EKCalendarType::kSubscription));
+  EXPECT_EQ(feed->source()->title(), "Feed");
+  EXPECT_TRUE(feed->isSubscribed());
+  EXPECT_TRUE(feed->isImmutable());
+  std::optional<Error> error;
+  feed->setTitle("Mine");
+  EXPECT_FALSE(ek().saveCalendar(feed, true, error));
 }
 
 TEST_F(EventKitDetails, APatternIsNoColour) {
