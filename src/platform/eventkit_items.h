@@ -107,7 +107,8 @@ class EKParticipant {
  public:
   virtual ~EKParticipant() = default;
   virtual OptionalText name() const = 0;
-  virtual OptionalText emailAddress() const = 0;
+  /// Under which an address book may know them, the likeliest first.
+  virtual std::vector<std::string> emailAddresses() const = 0;
   virtual int participantStatus()
       const = 0;  ///< 0 unknown, 1 pending, 2 accepted, 3 declined, 4 tentative, 5 delegated, 6 completed, 7 in process
   virtual int participantRole() const = 0;  ///< 0 unknown, 1 required, 2 optional, 3 chair, 4 non-participant

@@ -110,13 +110,13 @@ class FakeRecurrenceRule : public EKRecurrenceRule {
 class FakeParticipant : public EKParticipant {
  public:
   OptionalText name() const override { return m_name; }
-  OptionalText emailAddress() const override { return m_emailAddress; }
+  std::vector<std::string> emailAddresses() const override { return m_emailAddresses; }
   int participantStatus() const override { return m_status; }
   int participantRole() const override { return m_role; }
   int participantType() const override { return m_type; }
 
   OptionalText m_name;
-  OptionalText m_emailAddress;
+  std::vector<std::string> m_emailAddresses;
   int m_status = 0;
   int m_role = 0;
   int m_type = 0;

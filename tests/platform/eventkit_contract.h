@@ -359,7 +359,7 @@ TEST_P(EventKitContract, ListsAttendeesAndRefusesToSaveTheirEvent) {
   ASSERT_TRUE(event->attendees().has_value());
   ASSERT_EQ(event->attendees()->size(), 1u);
   EXPECT_EQ(event->attendees()->front()->name(), "Ada Example");
-  EXPECT_EQ(event->attendees()->front()->emailAddress(), "ada@example.org");
+  EXPECT_EQ(event->attendees()->front()->emailAddresses(), std::vector<std::string>{"ada@example.org"});
   event->setTitle("Changed");
   expectRefused(store->saveEvent(event, EKSpan::kThisEvent, true, error));
 }

@@ -22,8 +22,11 @@ OptionalText statusText(const EKParticipant& participant, const AddressBook*) {
 }
 
 OptionalText address(const EKParticipant& participant, const AddressBook* book) {
-  const auto email = participant.emailAddress();
-  return email && book != nullptr ? book->addressOf(*email) : std::nullopt;
+  if (book == nullptr) return std::nullopt;
+  for (const auto& email : participant.emailAddresses()) {
+    if (auto known = book->addressOf(email)) return known;
+  }
+  return std::nullopt;
 }
 
 OptionalText commonName(const EKParticipant& participant, const AddressBook*) { return participant.name(); }

@@ -3,18 +3,24 @@
 #include <string_view>
 
 #include "platform/text.h"
+#include "store/content_line.h"
 
 namespace orlocal {
 
-OptionalText ParticipantObject::emailAddress() const {
+std::vector<std::string> ParticipantObject::emailAddresses() const {
+  std::vector<std::string> addresses;
+  // RFC 7986, 6.2: written for address books, when the calendar address itself would tell them nothing.
+  const store::ContentLine line{.name = {}, .parameters = m_attendee.extra, .value = {}, .text = {}};
+  if (auto email = line.parameter("EMAIL"); email && !email->empty()) addresses.push_back(*std::move(email));
   constexpr std::string_view kScheme = "mailto:";
   const std::string_view address = m_attendee.address;
-  if (lowercase(address.substr(0, kScheme.size())) == kScheme) return std::string(address.substr(kScheme.size()));
-  // Some calendars write the bare address.
-  if (address.find('@') != std::string_view::npos && address.find(':') == std::string_view::npos) {
-    return m_attendee.address;
+  if (lowercase(address.substr(0, kScheme.size())) == kScheme) {
+    addresses.emplace_back(address.substr(kScheme.size()));
+  } else if (address.find('@') != std::string_view::npos && address.find(':') == std::string_view::npos) {
+    // Some calendars write the bare address.
+    addresses.push_back(m_attendee.address);
   }
-  return std::nullopt;
+  return addresses;
 }
 
 bool isInvited(const store::Attendee& attendee) {

@@ -83,7 +83,7 @@ TEST_F(Participants, ReadTheirName) {
 TEST_F(Participants, ReadTheirAddressFromTheAddressBook) {
   const auto participant = openNewParticipant();
   expectNone(get("address"));
-  participant->m_emailAddress = "Ada@Example.org";
+  participant->m_emailAddresses = {"unknown@example.org", "Ada@Example.org"};
   expectNone(get("address"));
   addressBook->m_addresses["ada@example.org"] = "1 Main Street";
   expectText(get("Address"), "1 Main Street");

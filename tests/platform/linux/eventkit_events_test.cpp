@@ -187,10 +187,26 @@ TEST_F(EventKitEvents, ShowTheirAttendees) {
   ASSERT_THAT(attendees, testing::Optional(SizeIs(1)));
   const auto& participant = *attendees->front();
   EXPECT_EQ(participant.name(), "A Guest");
-  EXPECT_EQ(participant.emailAddress(), "guest@example.org");
+  EXPECT_THAT(participant.emailAddresses(), testing::ElementsAre("guest@example.org"));
   EXPECT_EQ(participant.participantStatus(), 4);
   EXPECT_EQ(participant.participantRole(), 2);
   EXPECT_EQ(participant.participantType(), 1);
+}
+
+TEST_F(EventKitEvents, TellTheMailAddressWrittenForAddressBooksFirst) {
+  store::Item item = eventAt("Review", 2026, 11, 3, 9);
+  item.attendees.resize(4);
+  item.attendees[0].address = "urn:uuid:1";
+  item.attendees[0].extra = ";RSVP=TRUE;EMAIL=a@example.org";
+  item.attendees[1].address = "mailto:shared@example.org";
+  item.attendees[1].extra = ";email=\"b@example.org\"";
+  item.attendees[2].address = "c@example.org";
+  item.attendees[3].address = "urn:uuid:4";
+  const auto attendees = *opened(std::move(item))->attendees();
+  EXPECT_THAT(attendees[0]->emailAddresses(), testing::ElementsAre("a@example.org"));
+  EXPECT_THAT(attendees[1]->emailAddresses(), testing::ElementsAre("b@example.org", "shared@example.org"));
+  EXPECT_THAT(attendees[2]->emailAddresses(), testing::ElementsAre("c@example.org"));
+  EXPECT_THAT(attendees[3]->emailAddresses(), testing::IsEmpty());
 }
 
 TEST_F(EventKitEvents, HaveNoAttendeesWhenNobodyWasInvited) {
