@@ -40,6 +40,10 @@ struct KeptLines {
       if (equalsNoCase(line.substr(0, 4), "END:") && depth > 0) --depth;
     }
   }
+  std::string parametersOf(std::string_view name) const {
+    const auto found = parameters.find(name);
+    return found == parameters.end() ? std::string() : std::string(found->second);
+  }
   bool has(std::string_view name) const {
     return std::any_of(properties.begin(), properties.end(), [&](std::string_view line) {
       return line.size() > name.size() && equalsNoCase(line.substr(0, name.size()), name) &&
@@ -57,8 +61,7 @@ class ItemText {
     line(event ? "BEGIN:VEVENT" : "BEGIN:VTODO");
     line("UID:" + escapeText(m_item.uid));
     if (m_item.recurrenceId) time("RECURRENCE-ID", *m_item.recurrenceId);
-    const auto stamp = m_item.modified ? m_item.modified : m_item.created;
-    line("DTSTAMP:" + momentText(stamp.value_or(Moment{})));
+    line("DTSTAMP:" + momentText(stamp()));
     if (m_item.created) line("CREATED:" + momentText(*m_item.created));
     if (m_item.modified) line("LAST-MODIFIED:" + momentText(*m_item.modified));
     if (m_item.sequence != 0) line(fmt::format("SEQUENCE:{}", m_item.sequence));
@@ -84,10 +87,12 @@ class ItemText {
 
  private:
   void line(std::string_view text) { appendFolded(m_out, text); }
-  std::string parametersOf(std::string_view name) const {
-    const auto found = m_kept.parameters.find(name);
-    return found == m_kept.parameters.end() ? std::string() : std::string(found->second);
+  /// Every item needs one, also one that nothing is known of.
+  Moment stamp() const {
+    const auto newest = std::max(m_item.modified, m_item.stamped);
+    return newest ? *newest : m_item.created.value_or(Moment{});
   }
+  std::string parametersOf(std::string_view name) const { return m_kept.parametersOf(name); }
   void text(std::string_view name, const std::optional<std::string>& value) {
     if (value) line(std::string(name) + parametersOf(name) + ":" + escapeText(*value));
   }

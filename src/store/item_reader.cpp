@@ -96,6 +96,8 @@ std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
       if (!line.is("DTSTAMP")) content.append(line.text).append("\n");
     m_item.uid = fmt::format("content-{:016x}", contentHash(content));
   }
+  // The beginning of 1970 is what is written where nothing is known.
+  if ((!m_item.created || !m_item.modified) && m_stamp != Moment{}) m_item.stamped = m_stamp;
   if (!settleEnd()) return std::nullopt;
   if (m_item.kind == ItemKind::kReminder) settleCompletion();
   return settleRecurrence();

@@ -1,10 +1,14 @@
 #include "store/item_values.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
+#include "store/calendar_text.h"
 #include "store/civil_days.h"
 #include "store/try.h"
 #include "store/uuid.h"
+#include "store/zone.h"
 
 namespace orlocal::store {
 namespace {
@@ -72,6 +76,18 @@ bool unpackColumn(const Statement& row, int column, const Unpack& unpack, T& out
   auto value = unpack(row.blob(column));
   if (value) out = std::move(*value);
   return value.has_value();
+}
+
+/// The kept lines begin with the item's stamp when it has one.
+constexpr std::string_view kStamp = "DTSTAMP:";
+
+void readExtra(std::string_view lines, Item& item) {
+  if (lines.starts_with(kStamp)) {
+    const auto line = lines.substr(0, lines.find('\n'));
+    lines.remove_prefix(std::min(line.size() + 1, lines.size()));
+    if (const auto stamp = parseTime(line.substr(kStamp.size()))) item.stamped = momentOf(*stamp, Zone());
+  }
+  item.extra = lines;
 }
 
 void bindOptional(Statement& statement, int parameter, const std::optional<std::string>& text) {
@@ -144,7 +160,7 @@ Result<Item> ItemValues::read(const Statement& row, const Database& database) {
   item.location = optionalText(row, kLocation);
   item.url = optionalText(row, kUrl);
   item.notes = optionalText(row, kNotes);
-  item.extra = row.text(kExtra);
+  readExtra(row.text(kExtra), item);
   if (!unpackColumn(row, kRecurrence, unpackRecurrence, item.recurrence) ||
       !unpackColumn(row, kAlarms, unpackAlarms, item.alarms) ||
       !unpackColumn(row, kAttendees, unpackAttendees, item.attendees)) {
@@ -197,7 +213,8 @@ void ItemValues::bind(Statement& statement, const Item& item, const RowPlace& pl
     statement.bindBlob(25, m_attendees);
   }
   bindOptional(statement, 26, item.notes);
-  if (!item.extra.empty()) statement.bind(27, std::string_view(item.extra));
+  m_extra = item.stamped ? std::string(kStamp) + momentText(*item.stamped) + "\n" : std::string();
+  if (!(m_extra += item.extra).empty()) statement.bind(27, std::string_view(m_extra));
 }
 
 }  // namespace orlocal::store

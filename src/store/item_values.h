@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "store/model.h"
@@ -42,6 +43,7 @@ class ItemValues {
 
  private:
   PackedBytes m_recurrence, m_alarms, m_attendees;
+  std::string m_extra;
 };
 
 }  // namespace orlocal::store

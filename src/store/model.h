@@ -153,6 +153,9 @@ struct Item {
   /// Reminders: due.
   std::optional<CalendarTime> end;
   std::optional<Moment> created, modified;
+  /// When the file that it came from was written or the item last revised (RFC 5545, 3.8.7.2). Kept where the file does
+  /// not tell both of the above, and stands in for them.
+  std::optional<Moment> stamped;
   std::optional<Moment> completed;  ///< reminders
   int priority = 0;                 ///< 0 none, 1 highest to 9 lowest
   std::int64_t sequence = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -28,7 +29,12 @@ bool differs(const Item& stored, Item& given) {
   given.id = stored.id;
   given.identifier = stored.identifier;
   given.itemIdentifier = stored.itemIdentifier;
-  return !(stored == given);
+  if (!stored.stamped || !given.stamped) return !(stored == given);
+  // Many write a new stamp into every file, whether the item changed or not.
+  const auto stamped = std::exchange(given.stamped, stored.stamped);
+  if (stored == given) return false;
+  given.stamped = stamped;
+  return true;
 }
 
 }  // namespace

@@ -356,6 +356,18 @@ TEST(Alarms, ComeInEveryKind) {
   EXPECT_EQ(alarms[4], (Alarm{Alarm::Action::kDisplay, Alarm::Relative{seconds(-86400), false}, {}, {}, {}, ""}));
 }
 
+TEST(ReadItem, KeepsTheStampWhereADateIsMissing) {
+  const Moment stamp = Zone().toMoment(LocalTime(2026, 1, 2, 3, 4, 5));
+  const std::string line = "DTSTAMP:20260102T030405Z\n";
+  EXPECT_EQ(readAll(event(kStart + line)).item().stamped, stamp);
+  EXPECT_EQ(readAll(event(kStart + line + "CREATED:20250101T000000Z\n")).item().stamped, stamp);
+  EXPECT_EQ(readAll(event(kStart + line + "LAST-MODIFIED:20250101T000000Z\n")).item().stamped, stamp);
+  EXPECT_EQ(readAll(event(kStart + line + "CREATED:20250101T000000Z\nLAST-MODIFIED:20250101T000000Z\n")).item().stamped,
+            std::nullopt);
+  EXPECT_EQ(readAll(event(kStart)).item().stamped, std::nullopt);
+  EXPECT_EQ(readAll(event(kStart + "DTSTAMP:19700101T000000Z\n")).item().stamped, std::nullopt);
+}
+
 TEST(Alarms, ThatCannotBeFollowedAreKeptAsTheyAre) {
   const Read read =
       readAll(event(kStart + "BEGIN:VALARM\nACTION:NONE\nTRIGGER;VALUE=DATE-TIME:19760401T005545Z\nEND:VALARM\n"));

@@ -39,6 +39,16 @@ TEST(WriteItem, WritesAnEvent) {
             "DTSTART;TZID=Europe/Berlin:20261102T090000\nDTEND;TZID=Europe/Berlin:20261102T100000\nEND:VEVENT\n");
 }
 
+TEST(WriteItem, WritesTheStampThatAnItemCameWithUntilItIsChanged) {
+  Item item = event();
+  item.stamped = Zone().toMoment(LocalTime(2026, 1, 2));
+  EXPECT_NE(written(item).find("DTSTAMP:20260102T000000Z\nDTSTART"), std::string::npos);
+  item.modified = Zone().toMoment(LocalTime(2026, 1, 1));
+  EXPECT_NE(written(item).find("DTSTAMP:20260102T000000Z\nLAST-MODIFIED:20260101T000000Z\n"), std::string::npos);
+  item.modified = Zone().toMoment(LocalTime(2026, 1, 3));
+  EXPECT_NE(written(item).find("DTSTAMP:20260103T000000Z\nLAST-MODIFIED:20260103T000000Z\n"), std::string::npos);
+}
+
 TEST(WriteItem, LeavesOutTheEndOfAnEventWithoutLength) {
   Item item = event();
   item.end = item.start;

@@ -164,6 +164,24 @@ TEST_F(Import, TakesAUidOnceWhenTwoCalendarsOfAFileGoToOne) {
   EXPECT_EQ(report.refused, 1U);
 }
 
+TEST_F(Import, TakesANewStampAloneForNoChange) {
+  import(calendarText(eventText("1", "DTSTAMP:20260101T000000Z\n")));
+  EXPECT_EQ(import(calendarText(eventText("1", "DTSTAMP:20260202T000000Z\n"))).unchanged, 1U);
+  EXPECT_EQ(store->item(all(*store)[0].item).value()->stamped, Zone().toMoment(LocalTime(2026, 1, 1)));
+  EXPECT_EQ(import(calendarText(eventText("1", "DTSTAMP:20260303T000000Z\nSUMMARY:new\n"))).updated, 1U);
+  EXPECT_EQ(store->item(all(*store)[0].item).value()->stamped, Zone().toMoment(LocalTime(2026, 3, 3)));
+}
+
+TEST_F(Import, ComesBackWithTheStampAndNoDatesThatWereNotThere) {
+  import(calendarText(eventText("1", "DTSTAMP:20260101T000000Z\nX-KEPT:1\n") + reminderText("2")));
+  const std::string text = exported(*store);
+  EXPECT_NE(text.find("DTSTAMP:20260101T000000Z"), std::string::npos);
+  EXPECT_EQ(text.find("CREATED"), std::string::npos);
+  EXPECT_EQ(text.find("LAST-MODIFIED"), std::string::npos);
+  EXPECT_EQ(text.find("DTSTAMP"), text.rfind("DTSTAMP:20260101"));
+  EXPECT_EQ(import(text).unchanged, 2U);
+}
+
 TEST_F(Import, GivesASubscriptionASourceOfItsOwn) {
   ImportOptions with;
   with.subscription = true;

@@ -65,7 +65,7 @@ typename ItemObject<Interface>::Alarms& ItemObject<Interface>::ownAlarms() const
   if (!m_alarms) {
     m_alarms = std::make_unique<Alarms>();
     for (const store::Alarm& alarm : shown().alarms) {
-      m_alarms->push_back(std::make_shared<AlarmObject>(alarm, shown().created,
+      m_alarms->push_back(std::make_shared<AlarmObject>(alarm, creationDate(),
                                                         referenceAfterAnchor(shown(), alarm, m_access->viewer())));
     }
   }

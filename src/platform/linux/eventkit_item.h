@@ -33,8 +33,8 @@ class ItemObject : public Interface {
   void setUrl(const OptionalText& url) override { edit(store::ItemField::kUrl).url = url; }
   OptionalText calendarItemIdentifier() const override;
   OptionalText calendarItemExternalIdentifier() const override;
-  std::optional<Date> lastModifiedDate() const override { return shown().modified; }
-  std::optional<Date> creationDate() const override { return shown().created; }
+  std::optional<Date> lastModifiedDate() const override { return orStamp(shown().modified); }
+  std::optional<Date> creationDate() const override { return orStamp(shown().created); }
   bool hasAlarms() const override;
   std::vector<std::shared_ptr<EKAlarm>> alarms() const override;
   void addAlarm(std::shared_ptr<EKAlarm> alarm) override;
@@ -45,6 +45,7 @@ class ItemObject : public Interface {
 
  protected:
   const store::Item& shown() const { return m_edited ? *m_edited : *m_item; }
+  std::optional<Date> orStamp(const std::optional<Date>& told) const { return told ? told : shown().stamped; }
   /// The object's own copy, in which `field` is about to be set.
   store::Item& edit(store::ItemField field);
   /// What callers set since the item was opened.

@@ -209,6 +209,22 @@ TEST_F(EventKitEvents, TellTheMailAddressWrittenForAddressBooksFirst) {
   EXPECT_THAT(attendees[3]->emailAddresses(), testing::IsEmpty());
 }
 
+TEST_F(EventKitEvents, TellTheirStampWhereADateIsMissing) {
+  store::Item item = eventAt("Review", 2026, 11, 3, 9);
+  item.stamped = moment("2026-01-02 03:04:05 +0000");
+  item.alarms.resize(1);
+  auto event = opened(item);
+  EXPECT_EQ(event->lastModifiedDate(), item.stamped);
+  EXPECT_EQ(event->creationDate(), item.stamped);
+  EXPECT_EQ(event->alarms().front()->creationDate(), item.stamped);
+  item.created = moment("2025-01-01 00:00:00 +0000");
+  item.modified = moment("2025-02-02 00:00:00 +0000");
+  event = opened(item);
+  EXPECT_EQ(event->lastModifiedDate(), item.modified);
+  EXPECT_EQ(event->creationDate(), item.created);
+  EXPECT_EQ(event->alarms().front()->creationDate(), item.created);
+}
+
 TEST_F(EventKitEvents, HaveNoAttendeesWhenNobodyWasInvited) {
   EXPECT_EQ(opened(eventAt("Review", 2026, 11, 3, 9))->attendees(), std::nullopt);
 }
