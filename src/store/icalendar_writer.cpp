@@ -151,9 +151,9 @@ class ItemText {
       line(std::string(relative->fromEnd ? "TRIGGER;RELATED=END:" : "TRIGGER:") + durationText(relative->offset));
     else
       line("TRIGGER;VALUE=DATE-TIME:" + momentText(std::get<Moment>(alarm.trigger)));
-    if (alarm.soundName) line("ATTACH;VALUE=URI:" + *alarm.soundName);
-    if (alarm.url) line("ATTACH;VALUE=URI:" + *alarm.url);
-    if (alarm.emailAddress) line("ATTENDEE:mailto:" + *alarm.emailAddress);
+    for (const auto& attached : {alarm.soundName, alarm.url})
+      if (attached) line("ATTACH;VALUE=URI" + kept.parametersOf("ATTACH") + ":" + *attached);
+    if (alarm.emailAddress) line("ATTENDEE" + kept.parametersOf("ATTENDEE") + ":mailto:" + *alarm.emailAddress);
     const bool speaks = alarm.action == Alarm::Action::kDisplay || alarm.action == Alarm::Action::kEmail;
     if (speaks && !kept.has("DESCRIPTION")) line(kAlarmDescription);
     if (alarm.action == Alarm::Action::kEmail && !kept.has("SUMMARY")) line(kAlarmSummary);

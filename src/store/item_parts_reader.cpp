@@ -12,17 +12,29 @@ namespace orlocal::store {
 
 namespace {
 
-/// A sound or program is a plain name or URI; what carries its bytes or is written in another way stays as it is.
-bool isPlainUri(const ContentLine& line) {
-  std::string_view rest = line.parameters;
-  for (ContentParameter parameter; nextParameter(rest, parameter);)
-    if (!equalsNoCase(parameter.name, "VALUE") || !equalsNoCase(parameter.value, "URI")) return false;
-  return !line.value.empty();
+/// A sound or program is a name or URI; what carries its bytes stays as it is.
+bool isUri(const ContentLine& line) {
+  return !line.value.empty() && !line.parameter("ENCODING") &&
+         equalsNoCase(line.parameter("VALUE").value_or("URI"), "URI");
 }
 
 std::string_view withoutMailto(std::string_view address) {
   constexpr std::string_view kMailto = "mailto:";
   return equalsNoCase(address.substr(0, kMailto.size()), kMailto) ? address.substr(kMailto.size()) : address;
+}
+
+/// An e-mail address, with "mailto:" or without.
+bool isMailAddress(std::string_view address) {
+  return address.find('@') != std::string_view::npos && withoutMailto(address).find(':') == std::string_view::npos;
+}
+
+/// What is said of a field's line beyond its value, as the kept lines have it.
+std::string keptParameters(std::string_view property, const ContentLine& line) {
+  std::string kept;
+  std::string_view rest = line.parameters;
+  for (ContentParameter parameter; nextParameter(rest, parameter);)
+    if (!equalsNoCase(parameter.name, "VALUE")) kept += parameter.text;
+  return kept.empty() ? kept : "@" + std::string(property) + kept + "\n";
 }
 
 bool readTrigger(Alarm& alarm, const ContentLine& line) {
@@ -45,6 +57,7 @@ bool readTrigger(Alarm& alarm, const ContentLine& line) {
 std::optional<Alarm> readAlarm(const std::vector<std::string>& lines) {
   Alarm alarm;
   bool hasTrigger = false;
+  std::string parameters;  // of the line that a field holds
   for (const std::string& text : lines) {
     const auto line = splitContentLine(text, 0);
     if (!line || !line->is("ACTION")) continue;
@@ -55,21 +68,26 @@ std::optional<Alarm> readAlarm(const std::vector<std::string>& lines) {
   for (const std::string& text : lines) {
     const auto line = splitContentLine(text, 0);
     if (!line || line->is("ACTION")) continue;
-    const bool attach = line->is("ATTACH") && isPlainUri(*line);
+    const bool attach = line->is("ATTACH") && isUri(*line);
     if (line->is("TRIGGER") && !hasTrigger) {
       if (!readTrigger(alarm, *line)) return std::nullopt;
       hasTrigger = true;
     } else if (attach && alarm.action == Alarm::Action::kAudio && !alarm.soundName) {
       alarm.soundName = std::string(line->value);
+      parameters = keptParameters("ATTACH", *line);
     } else if (attach && alarm.action == Alarm::Action::kProcedure && !alarm.url) {
       alarm.url = std::string(line->value);
+      parameters = keptParameters("ATTACH", *line);
     } else if (line->is("ATTENDEE") && alarm.action == Alarm::Action::kEmail && !alarm.emailAddress &&
-               line->parameters.empty()) {
+               isMailAddress(line->value)) {
       alarm.emailAddress = std::string(withoutMailto(line->value));
+      parameters = keptParameters("ATTENDEE", *line);
     } else if (text != kAlarmDescription && text != kAlarmSummary) {
       alarm.extra.append(text).append("\n");
     }
   }
+  // First, so that their order does not hang on where the lines stood.
+  alarm.extra.insert(0, parameters);
   return hasTrigger ? std::optional(alarm) : std::nullopt;
 }
 

@@ -356,6 +356,33 @@ TEST(Alarms, ComeInEveryKind) {
   EXPECT_EQ(alarms[4], (Alarm{Alarm::Action::kDisplay, Alarm::Relative{seconds(-86400), false}, {}, {}, {}, ""}));
 }
 
+TEST(Alarms, HaveTheirSoundProgramAndAddressWhateverElseTheirLinesSay) {
+  const Read read = readAll(event(
+      kStart +
+      "BEGIN:VALARM\nACTION:AUDIO\nTRIGGER:PT0S\nX-A:1\nATTACH;FMTTYPE=audio/basic;VALUE=URI:ping.wav\nEND:VALARM\n"
+      "BEGIN:VALARM\nACTION:EMAIL\nTRIGGER:PT0S\nATTENDEE;CN=\"Doe, J\":mailto:j@x\nATTENDEE:mailto:k@x\nEND:VALARM\n"
+      "BEGIN:VALARM\nACTION:PROCEDURE\nTRIGGER:PT0S\nATTACH;FMTTYPE=text/plain:file:///x\nEND:VALARM\n"));
+  const auto& alarms = read.item().alarms;
+  ASSERT_EQ(alarms.size(), 3U);
+  EXPECT_EQ(alarms[0].soundName, "ping.wav");
+  EXPECT_EQ(alarms[0].extra, "@ATTACH;FMTTYPE=audio/basic\nX-A:1\n");
+  EXPECT_EQ(alarms[1].emailAddress, "j@x");
+  EXPECT_EQ(alarms[1].extra, "@ATTENDEE;CN=\"Doe, J\"\nATTENDEE:mailto:k@x\n");
+  EXPECT_EQ(alarms[2].url, "file:///x");
+}
+
+TEST(Alarms, KeepASoundOfBytesAndAnAddressThatIsNoMailAddress) {
+  const Read read = readAll(
+      event(kStart + "BEGIN:VALARM\nACTION:AUDIO\nTRIGGER:PT0S\nATTACH;ENCODING=BASE64;VALUE=BINARY:AAAA\nEND:VALARM\n"
+                     "BEGIN:VALARM\nACTION:EMAIL\nTRIGGER:PT0S\nATTENDEE:urn:uuid:1\nEND:VALARM\n"));
+  const auto& alarms = read.item().alarms;
+  ASSERT_EQ(alarms.size(), 2U);
+  EXPECT_EQ(alarms[0].soundName, std::nullopt);
+  EXPECT_EQ(alarms[0].extra, "ATTACH;ENCODING=BASE64;VALUE=BINARY:AAAA\n");
+  EXPECT_EQ(alarms[1].emailAddress, std::nullopt);
+  EXPECT_EQ(alarms[1].extra, "ATTENDEE:urn:uuid:1\n");
+}
+
 TEST(ReadItem, KeepsTheStampWhereADateIsMissing) {
   const Moment stamp = Zone().toMoment(LocalTime(2026, 1, 2, 3, 4, 5));
   const std::string line = "DTSTAMP:20260102T030405Z\n";

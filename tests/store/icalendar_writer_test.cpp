@@ -49,6 +49,16 @@ TEST(WriteItem, WritesTheStampThatAnItemCameWithUntilItIsChanged) {
   EXPECT_NE(written(item).find("DTSTAMP:20260103T000000Z\nLAST-MODIFIED:20260103T000000Z\n"), std::string::npos);
 }
 
+TEST(WriteItem, WritesWhatTheLinesOfAnAlarmSaidBesideItsFields) {
+  Item item = event();
+  Alarm sound{Alarm::Action::kAudio, Alarm::Relative{}, {}, "ping.wav", {}, "@ATTACH;FMTTYPE=audio/basic\nX-A:1\n"};
+  Alarm mail{Alarm::Action::kEmail, Alarm::Relative{}, "j@x", {}, {}, "@ATTENDEE;CN=J\nSUMMARY:s\nDESCRIPTION:d\n"};
+  item.alarms = {sound, mail};
+  const std::string text = written(item);
+  EXPECT_NE(text.find("ATTACH;VALUE=URI;FMTTYPE=audio/basic:ping.wav\nX-A:1\nEND:VALARM\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("ATTENDEE;CN=J:mailto:j@x\nSUMMARY:s\nDESCRIPTION:d\nEND:VALARM\n"), std::string::npos) << text;
+}
+
 TEST(WriteItem, LeavesOutTheEndOfAnEventWithoutLength) {
   Item item = event();
   item.end = item.start;

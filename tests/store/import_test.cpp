@@ -182,6 +182,14 @@ TEST_F(Import, ComesBackWithTheStampAndNoDatesThatWereNotThere) {
   EXPECT_EQ(import(text).unchanged, 2U);
 }
 
+TEST_F(Import, BringsAlarmsBackUnchangedWhateverTheirLinesSay) {
+  const std::string alarm =
+      "BEGIN:VALARM\nACTION:AUDIO\nTRIGGER:PT0S\nX-A:1\nATTACH;FMTTYPE=audio/basic:ping.wav\nEND:VALARM\n"
+      "BEGIN:VALARM\nACTION:EMAIL\nATTENDEE;CN=J:mailto:j@x\nATTENDEE:mailto:k@x\nTRIGGER:PT0S\nEND:VALARM\n";
+  import(calendarText(eventText("1", alarm)));
+  EXPECT_EQ(import(exported(*store)).unchanged, 1U);
+}
+
 TEST_F(Import, GivesASubscriptionASourceOfItsOwn) {
   ImportOptions with;
   with.subscription = true;

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <variant>
 
+#include "store/kept_lines.h"
+
 namespace orlocal {
 namespace {
 
@@ -43,18 +45,27 @@ void AlarmObject::setRelativeOffset(double seconds) {
 }
 
 void AlarmObject::setEmailAddress(const OptionalText& address) {
+  if (m_alarm.emailAddress != address) m_alarm.extra = store::withoutParametersOf("ATTENDEE", m_alarm.extra);
   m_alarm.emailAddress = address;
   deriveAction();
 }
 
 void AlarmObject::setSoundName(const OptionalText& name) {
+  if (m_alarm.soundName != name) forgetAttachment();
   m_alarm.soundName = name;
   deriveAction();
 }
 
 void AlarmObject::setUrl(const OptionalText& url) {
+  if (m_alarm.url != url) forgetAttachment();
   m_alarm.url = url;
   deriveAction();
+}
+
+void AlarmObject::forgetAttachment() {
+  // An e-mail may carry many attachments; a sound or a program is the only one (RFC 5545, 3.6.6).
+  m_alarm.extra = m_alarm.action == store::Alarm::Action::kEmail ? store::withoutParametersOf("ATTACH", m_alarm.extra)
+                                                                 : store::withoutLinesOf("ATTACH", m_alarm.extra);
 }
 
 void AlarmObject::deriveAction() {

@@ -39,6 +39,8 @@ class AlarmObject final : public EKAlarm {
 
  private:
   void deriveAction();
+  /// What was attached makes way for what is set now.
+  void forgetAttachment();
 
   store::Alarm m_alarm;
   std::optional<Date> m_made;

@@ -1,4 +1,7 @@
+#include <functional>
+
 #include "platform/linux/store_fixture.h"
+#include "store/icalendar_writer.h"
 #include "store/import.h"
 
 namespace orlocal {
@@ -360,6 +363,56 @@ TEST_F(EventKitDetails, ASubscribedCalendarSaysSo) {
   std::optional<Error> error;
   feed->setTitle("Mine");
   EXPECT_FALSE(ek().saveCalendar(feed, true, error));
+}
+
+/// What is set on an alarm takes the place of what its line said, and never stands beside it.
+class AlarmLines : public EventKitDetails {
+ protected:
+  /// The lines of the first alarm, once `change` was saved.
+  std::string afterSaving(store::Alarm alarm, const std::function<void(EKAlarm&)>& change) {
+    store::Item item = eventAt("Review", 2026, 11, 3, 9);
+    item.alarms = {std::move(alarm)};
+    const auto identifier = put(item).identifier;
+    const auto event = ek().eventWithIdentifier(identifier);
+    change(*event->alarms().front());
+    std::optional<Error> error;
+    EXPECT_TRUE(ek().saveEvent(event, EKSpan::kThisEvent, true, error));
+    std::string text;
+    store::writeItem(text, **otherStore()->event(identifier));
+    std::erase(text, '\r');
+    text.erase(0, text.find("BEGIN:VALARM"));
+    return text.substr(0, text.find("END:VALARM"));
+  }
+  static store::Alarm made(store::Alarm::Action action, std::string extra) {
+    store::Alarm alarm;
+    alarm.action = action;
+    alarm.extra = std::move(extra);
+    return alarm;
+  }
+};
+
+TEST_F(AlarmLines, ANewSoundDropsWhatWasSaidOfTheOldOne) {
+  auto alarm = made(store::Alarm::Action::kAudio, "@ATTACH;FMTTYPE=audio/basic\nX-A:1\n");
+  alarm.soundName = "Basso";
+  EXPECT_EQ(afterSaving(alarm, [](EKAlarm& each) { each.setSoundName("Ping"); }),
+            "BEGIN:VALARM\nACTION:AUDIO\nTRIGGER:PT0S\nATTACH;VALUE=URI:Ping\nX-A:1\n");
+  EXPECT_EQ(afterSaving(alarm, [](EKAlarm& each) { each.setSoundName("Basso"); }),
+            "BEGIN:VALARM\nACTION:AUDIO\nTRIGGER:PT0S\nATTACH;VALUE=URI;FMTTYPE=audio/basic:Basso\nX-A:1\n");
+}
+
+TEST_F(AlarmLines, ANewSoundTakesThePlaceOfOneOfBytes) {
+  const auto alarm = made(store::Alarm::Action::kAudio, "ATTACH;ENCODING=BASE64;VALUE=BINARY:AAAA\nX-A:1\n");
+  EXPECT_EQ(afterSaving(alarm, [](EKAlarm& each) { each.setSoundName("Ping"); }),
+            "BEGIN:VALARM\nACTION:AUDIO\nTRIGGER:PT0S\nATTACH;VALUE=URI:Ping\nX-A:1\n");
+}
+
+TEST_F(AlarmLines, ANewAddressLeavesTheOthersAndTheAttachments) {
+  auto alarm = made(store::Alarm::Action::kEmail,
+                    "@ATTENDEE;CN=J\nATTENDEE:mailto:k@x\nATTACH:file:///x\nDESCRIPTION:d\nSUMMARY:s\n");
+  alarm.emailAddress = "j@x";
+  EXPECT_EQ(afterSaving(alarm, [](EKAlarm& each) { each.setEmailAddress("new@x"); }),
+            "BEGIN:VALARM\nACTION:EMAIL\nTRIGGER:PT0S\nATTENDEE:mailto:new@x\nATTENDEE:mailto:k@x\nATTACH:file:///x\n"
+            "DESCRIPTION:d\nSUMMARY:s\n");
 }
 
 TEST_F(EventKitDetails, APatternIsNoColour) {
