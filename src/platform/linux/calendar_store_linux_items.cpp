@@ -60,7 +60,7 @@ class CalNthWeekDayObject final : public CalNthWeekDay {
 class CalAttendeeObject final : public CalAttendee {
  public:
   explicit CalAttendeeObject(store::Attendee attendee) : m_attendee(std::move(attendee)) {}
-  OptionalText address() const override { return presentText(m_attendee.address); }
+  OptionalText address() const override { return urlText(presentText(m_attendee.address)); }
   OptionalText commonName() const override { return m_attendee.name; }
   OptionalText status() const override {
     for (const StatusRow& row : kStatuses) {

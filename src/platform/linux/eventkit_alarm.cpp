@@ -4,6 +4,7 @@
 #include <cmath>
 #include <variant>
 
+#include "platform/linux/url_text.h"
 #include "store/kept_lines.h"
 
 namespace orlocal {
@@ -55,6 +56,8 @@ void AlarmObject::setSoundName(const OptionalText& name) {
   m_alarm.soundName = name;
   deriveAction();
 }
+
+OptionalText AlarmObject::url() const { return urlText(m_alarm.url); }
 
 void AlarmObject::setUrl(const OptionalText& url) {
   if (m_alarm.url != url) forgetAttachment();

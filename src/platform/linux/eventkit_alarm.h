@@ -26,7 +26,7 @@ class AlarmObject final : public EKAlarm {
   void setEmailAddress(const OptionalText& address) override;
   OptionalText soundName() const override { return m_alarm.soundName; }
   void setSoundName(const OptionalText& name) override;
-  OptionalText url() const override { return m_alarm.url; }
+  OptionalText url() const override;
   void setUrl(const OptionalText& url) override;
   int type() const override { return static_cast<int>(m_alarm.action); }
   std::optional<Date> creationDate() const override { return m_made; }

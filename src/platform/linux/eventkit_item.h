@@ -8,6 +8,7 @@
 #include "platform/linux/eventkit_alarm.h"
 #include "platform/linux/eventkit_calendar.h"
 #include "platform/linux/store_access.h"
+#include "platform/linux/url_text.h"
 #include "store/item_edit.h"
 #include "store/model.h"
 
@@ -29,7 +30,7 @@ class ItemObject : public Interface {
   void setTitle(const OptionalText& title) override { edit(store::ItemField::kTitle).title = title; }
   OptionalText notes() const override { return shown().notes; }
   void setNotes(const OptionalText& notes) override { edit(store::ItemField::kNotes).notes = notes; }
-  OptionalText url() const override { return shown().url; }
+  OptionalText url() const override { return urlText(shown().url); }
   void setUrl(const OptionalText& url) override { edit(store::ItemField::kUrl).url = url; }
   OptionalText calendarItemIdentifier() const override;
   OptionalText calendarItemExternalIdentifier() const override;

@@ -60,6 +60,18 @@ TEST_F(CalendarStoreDetails, ASubscribedCalendarSaysSo) {
   EXPECT_FALSE(feed->isEditable());
 }
 
+TEST_F(CalendarStoreDetails, SavingAllOccurrencesKeepsTheBytesOfAUrl) {
+  auto item = eventAt("Stand-up", 2026, 11, 2, 9);
+  item.url = "https://example.org/a b";
+  item.recurrence.rules.push_back(weekly());
+  const auto uid = put(item).identifier;
+  const auto second = cal()->eventWithUID(uid, moment("2026-11-09 09:00:00 +0100"));
+  EXPECT_EQ(second->url(), "https://example.org/a%20b");
+  second->setTitle("Changed");
+  ASSERT_TRUE(cal()->saveEvent(second, CalSpan::kAllEvents, error));
+  EXPECT_EQ((*otherStore()->event(uid))->url, "https://example.org/a b");
+}
+
 TEST_F(CalendarStoreDetails, KeepsTheNotesOfACalendar) {
   auto calendar = cal()->calendars().front();
   calendar->setNotes("Floor 2");

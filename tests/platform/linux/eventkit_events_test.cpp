@@ -225,6 +225,16 @@ TEST_F(EventKitEvents, TellTheirStampWhereADateIsMissing) {
   EXPECT_EQ(event->alarms().front()->creationDate(), item.created);
 }
 
+TEST_F(EventKitEvents, TellTheirUrlEncoded) {
+  store::Item item = eventAt("Review", 2026, 11, 3, 9);
+  item.url = "https://example.org/a b/ü";
+  item.alarms.resize(1);
+  item.alarms[0].url = "file:///a b";
+  const auto event = opened(item);
+  EXPECT_EQ(event->url(), "https://example.org/a%20b/%C3%BC");
+  EXPECT_EQ(event->alarms().front()->url(), "file:///a%20b");
+}
+
 TEST_F(EventKitEvents, HaveNoAttendeesWhenNobodyWasInvited) {
   EXPECT_EQ(opened(eventAt("Review", 2026, 11, 3, 9))->attendees(), std::nullopt);
 }
