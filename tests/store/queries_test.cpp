@@ -154,7 +154,7 @@ class OneEvent : public RangeQuery {
     Item edited = read(series.id);
     edited.start = start;
     edited.end = end;
-    ASSERT_TRUE(store->saveEvent(edited, occurrenceOf(series, from), Span::kThis));
+    ASSERT_TRUE(saveEvent(*store, edited, occurrenceOf(series, from), Span::kThis));
   }
 };
 
