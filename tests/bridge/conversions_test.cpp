@@ -19,11 +19,11 @@ class DateArgument : public BridgeTest {
  protected:
   void useZone(int offset) { system->m_defaultTimeZone = std::make_shared<fakes::FakeTimeZone>(offset); }
   /// `now` from 2026-10-25 01:00 UTC on, `before` earlier.
-  void useZoneWithSummer(int before, int now) {
+  void useZoneWithSummer(int before, int now, Date present = fakes::fakeNow()) {
     using Zone = fakes::FakeTimeZone;
     system->m_defaultTimeZone = std::make_shared<Zone>(
         "Fake/Summer",
-        std::vector<Zone::Offset>{{Date{}, before, "S"}, {dateOfText("2026-10-25 01:00:00 +0000"), now, "W"}});
+        std::vector<Zone::Offset>{{Date{}, before, "S"}, {dateOfText("2026-10-25 01:00:00 +0000"), now, "W"}}, present);
   }
 
   template <class Argument>
@@ -43,6 +43,19 @@ TEST_F(DateArgument, TakesTheOffsetInForceOnThatDay) {
   useZoneWithSummer(2 * kHour, 1 * kHour);
   EXPECT_EQ(dateOf(WallClock{2026, 7, 1, 9, 0, 0}), dateOfText("2026-07-01 09:00:00 +0200"));
   EXPECT_EQ(dateOf(WallClock{2026, 12, 1, 9, 0, 0}), dateOfText("2026-12-01 09:00:00 +0100"));
+}
+
+TEST_F(DateArgument, IsFirstReadWithTheOffsetOfThisMoment) {
+  const WallClock twice{2026, 10, 25, 2, 30, 0};
+  useZoneWithSummer(2 * kHour, 1 * kHour, dateOfText("2026-07-01 09:00:00 +0200"));
+  EXPECT_EQ(dateOf(twice), dateOfText("2026-10-25 02:30:00 +0200"));
+  useZoneWithSummer(2 * kHour, 1 * kHour, dateOfText("2026-12-01 09:00:00 +0100"));
+  EXPECT_EQ(dateOf(twice), dateOfText("2026-10-25 02:30:00 +0100"));
+}
+
+TEST_F(DateArgument, IsLostWhenTheOffsetOfThisMomentIsNoWholeNumberOfHours) {
+  useZoneWithSummer(11 * kHour, 10 * kHour + 1800, dateOfText("2026-12-01 09:00:00 +0000"));
+  EXPECT_EQ(dateOf(WallClock{2026, 7, 1, 9, 0, 0}), std::nullopt);
 }
 
 TEST_F(DateArgument, IsReadAtGreenwich) {

@@ -1,3 +1,4 @@
+#include <array>
 #include <cstring>
 #include <new>
 #include <numeric>
@@ -194,6 +195,23 @@ TEST_F(EntryPoint, AnswersStringsBeforeStartUp) {
   m_record.result = reinterpret_cast<std::uintptr_t>(buffer);
   FMExternCallProc(&m_record);
   EXPECT_EQ(std::u16string(buffer), u"Orlocal");
+}
+
+TEST_F(EntryPoint, ReadsTheRoomForAStringInThirtyTwoBitsWithASign) {
+  addString(128, u"Orlocal");
+  const auto answered = [this](std::uintptr_t room) {
+    std::array<char16_t, 32> buffer{};
+    m_record.whichCall = fmx::kCallGetString;
+    m_record.parm1 = 128;
+    m_record.parm3 = room;
+    m_record.result = reinterpret_cast<std::uintptr_t>(buffer.data());
+    FMExternCallProc(&m_record);
+    return std::u16string(buffer.data());
+  };
+  EXPECT_EQ(answered(0x1'0000'0020), u"Orlocal");
+  EXPECT_EQ(answered(0x1'0000'0000), u"");
+  EXPECT_EQ(answered(0x8000'0000), u"");
+  EXPECT_EQ(answered(0xFFFF'FFFF), u"");
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "backend/eventkit/ical_ek_functions.h"
 #include "backend/legacy/ical_functions.h"
 #include "bridge/bridge_fixture.h"
 #include "bridge/function_table.h"
@@ -14,6 +15,15 @@ class LegacyFunctionsWithReason : public iCalFunctions {
   int resets = 0;
   OptionalText getLastErrorString() const override { return reason; }
   std::int32_t resetLastErrorString() override { return ++resets; }
+};
+
+class EKFunctionsWithReason : public iCalEKFunctions {
+ public:
+  mutable int asked = 0;
+  OptionalText getLastErrorString() const override {
+    ++asked;
+    return "a reason";
+  }
 };
 
 class LastError : public BridgeTest {
@@ -78,6 +88,36 @@ TEST_F(LastError, IsUndefinedForACaughtExceptionOnEventKit) {
   g_bUseEK = true;
   fail(9999);
   EXPECT_EQ(callWith(&Orlo_GetLastError), "text Undefined Error.");
+}
+
+TEST_F(LastError, IsNeverTheReasonThatEventKitKeeps) {
+  EKFunctionsWithReason eventKitFunctions;
+  g_bUseEK = true;
+  g_sharedEKFunctions = &eventKitFunctions;
+  for (const std::int64_t code : {9999, 9998, 9013, -4}) {
+    fail(code);
+    EXPECT_EQ(callWith(&Orlo_GetLastError), "text " + m_error.getError());
+  }
+  EXPECT_EQ(eventKitFunctions.asked, 0);
+}
+
+TEST_F(LastError, IsTheLegacyBackEndsReasonWhenThatIsEmptyToo) {
+  LegacyFunctionsWithReason legacy;
+  g_sharedFunctions = &legacy;
+  legacy.reason = "";
+  fail(9998);
+  EXPECT_EQ(callWith(&Orlo_GetLastError), "text");
+}
+
+TEST_F(LastError, IsStillTheLegacyBackEndsReasonAfterTheVersionWasAskedFor) {
+  LegacyFunctionsWithReason legacy;
+  g_sharedFunctions = &legacy;
+  legacy.reason = "The calendar allows no changes.";
+  fail(9998);
+  callWith(&Orlo_Version);
+  EXPECT_EQ(legacy.resets, 0);
+  EXPECT_EQ(callWith(&Orlo_GetLastError), "text The calendar allows no changes.");
+  EXPECT_EQ(callWith(&Orlo_GetLastError, "number"), "number 0");
 }
 
 TEST_F(LastError, GivesTheCodeInThirtyTwoBits) {

@@ -1,3 +1,6 @@
+#include <algorithm>
+
+#include "bridge/recording_host.h"
 #include "functions/functions_fixture.h"
 
 namespace orlocal {
@@ -71,6 +74,21 @@ TEST_P(SetPropertyOnBoth, PassesDatesForDateProperties) {
        {"absolutetrigger", "enddate", "startdate", "occurrence", "completeddate", "duedate", "DueDate"}) {
     EXPECT_EQ(callWith(&Orlo_SetProperty, "event", property, WallClock{2026, 7, 1, 9, 30, 5}), kWorked);
     EXPECT_EQ(told(), only("setEventProp(\"" + std::string(property) + "\", 2026-07-01 07:30:05 +0000)"));
+  }
+}
+
+TEST_P(SetPropertyOnBoth, ReadsEveryValueAsATimestampToo) {
+  auto& host = fakes::RecordingHost::instance();
+  const auto readings = [&](const char* property, const char* value) {
+    host.clear();
+    host.isRecording = true;
+    callWith(&Orlo_SetProperty, "event", property, value);
+    host.isRecording = false;
+    return std::count(host.calls.begin(), host.calls.end(), "FM_DataVect_AtAsTimeStamp 2");
+  };
+  for (const char* property : {"title", "isallday", "nonsense", "startdate", "recurrencerule"}) {
+    EXPECT_EQ(readings(property, "x"), 1) << property;
+    EXPECT_EQ(readings(property, ""), 0) << property;
   }
 }
 

@@ -105,6 +105,35 @@ TEST_F(Listener, HandlesWhatArrivesDuringAScriptInTheSameDrain) {
   EXPECT_THAT(host.parameters(), ElementsAre("New First", "New Second"));
 }
 
+TEST_F(Listener, StartsAScriptWithinAScriptForWhatItsOwnThreadIsTold) {
+  std::vector<std::string> ended;
+  host.duringStart = [&] {
+    const std::string mine = host.started.back().parameter;
+    if (host.started.size() < 3) listener.processNotification(changed({"within " + mine}));
+    ended.push_back(mine);
+  };
+  listener.processNotification(changed({"A"}));
+  EXPECT_THAT(host.parameters(), ElementsAre("New A", "New within New A", "New within New within New A"));
+  EXPECT_THAT(ended, ElementsAre("New within New within New A", "New within New A", "New A"));
+}
+
+TEST_F(Listener, StartsWhatIsQueuedWithinAScriptThatTurnsTheLoop) {
+  std::thread([&] {
+    for (const char* id : {"First", "Second", "Third"}) listener.processNotification(changed({id}));
+  }).join();
+  std::vector<std::string> ended;
+  host.duringStart = [&] {
+    const std::string mine = host.started.back().parameter;
+    // As the host does when a script of its own asks for idle time.
+    listener.handleMachMessage();
+    ended.push_back(mine);
+  };
+  host.waitForStarts(3);
+  host.loop().turn();
+  EXPECT_THAT(host.parameters(), ElementsAre("New First", "New Second", "New Third"));
+  EXPECT_THAT(ended, ElementsAre("New Third", "New Second", "New First"));
+}
+
 TEST_F(Listener, GoesOnWithTheRestAfterAStartThatThrows) {
   bool thrown = false;
   host.duringStart = [&] {
