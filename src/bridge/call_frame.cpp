@@ -7,7 +7,9 @@
 
 namespace orlocal {
 
-CallFrame::CallFrame(const fmx::DataVect* arguments, fmx::Data* result) : m_result(result), m_arguments(arguments) {
+CallFrame::CallFrame(const fmx::DataVect* arguments, fmx::Data* result) : m_result(result), m_arguments(arguments) {}
+
+CallFrame::FreshErrors::FreshErrors() {
   g_llasterror = 0;
   // Only the older back end is told: the other keeps its last reason until the next one, and callers read it then.
   if (g_sharedFunctions != nullptr) g_sharedFunctions->resetLastErrorString();

@@ -32,12 +32,18 @@ class CallFrame {
   }
 
  private:
+  /// Forgets what the last call left behind, when it is made.
+  struct FreshErrors {
+    FreshErrors();
+  };
+
   static void clearErrors();
   void finish(Outcome outcome);
 
-  // Working objects of one call.
+  // In this order: working objects of the call, a clear state, then what the host passed.
   HostNumber m_number;
   HostText m_text;
+  [[no_unique_address]] FreshErrors m_freshErrors;
   fmx::Data* m_result;
   HostArguments m_arguments;
 };

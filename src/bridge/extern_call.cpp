@@ -56,7 +56,9 @@ bool UseEKImplementation() {
 }
 
 void Do_PluginInit() {
-  g_bUseEK = UseEKImplementation();
+  // Whatever the system says at a later start-up: solutions keep the back end that they began with.
+  const bool chosen = g_sharedEKFunctions != nullptr || g_sharedFunctions != nullptr;
+  if (!chosen) g_bUseEK = UseEKImplementation();
   g_sharedEKFunctions = g_bUseEK ? iCalEKFunctions::sharedICalFunctions() : nullptr;
   g_sharedFunctions = g_bUseEK ? nullptr : iCalFunctions::sharedICalFunctions();
   static std::unique_ptr<orlo_PluginError> s_error;

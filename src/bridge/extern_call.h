@@ -9,7 +9,7 @@ extern "C" [[gnu::visibility("default")]] void FMExternCallProc(fmx::ExternCall*
 
 namespace orlocal {
 
-/// Chooses the back end and makes the error object.
+/// Chooses the back end, the first time, and makes the error object.
 void Do_PluginInit();
 
 /// Whether the system's minor version calls for the current back end; false when the system does not answer.

@@ -24,8 +24,8 @@ fmx::ErrorCode Orlo_AddAlarm(std::int16_t, const fmx::ExprEnv*, const fmx::DataV
   const std::optional<Date> absoluteTrigger = frame.date(1);
   const OptionalText action = frame.text(2);
   const OptionalText emailAddress = frame.text(3);
-  const std::int32_t relativeTrigger = frame.number(4);
   const OptionalText soundName = frame.text(5);
+  const std::int32_t relativeTrigger = frame.number(4);
   return frame.run([&] {
     return tellEventKit([&](EK& backEnd) {
       backEnd.addAlarm(type, absoluteTrigger, action, emailAddress, relativeTrigger, soundName);

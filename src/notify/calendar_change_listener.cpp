@@ -33,11 +33,6 @@ void NAXiCalNotificationListener::setUpThreadingSupport() {
   m_notificationPort = platform().currentRunLoop().addPort([this] { handleMachMessage(); });
 }
 
-void NAXiCalNotificationListener::setScript(const fmx::Text* database, const fmx::Text* script) {
-  m_theDB.assign(database);
-  m_theScript.assign(script);
-}
-
 void NAXiCalNotificationListener::processNotification(const std::shared_ptr<const Notification>& notification) {
   if (std::this_thread::get_id() != m_notificationThread) {
     {

@@ -33,8 +33,9 @@ class NAXiCalNotificationListener {
   const fmx::ExprEnv* environment() const { return m_environment; }
   /// The locale of the registering call's result, in which the parameter is handed over.
   void setLocale(const fmx::Locale* locale) { m_locale.assign(locale); }
-  /// File and script, each copied whole; not looked at before the host is asked to start it.
-  void setScript(const fmx::Text* database, const fmx::Text* script);
+  // File and script, each copied whole; not looked at before the host is asked to start it.
+  void setDatabase(const fmx::Text* database) { m_theDB.assign(database); }
+  void setScript(const fmx::Text* script) { m_theScript.assign(script); }
 
   /// On the listener's thread: starts the script. On any other: queues, wakes and returns.
   void processNotification(const std::shared_ptr<const Notification>& notification);

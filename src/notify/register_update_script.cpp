@@ -23,7 +23,9 @@ void subscribe(const fmx::ExprEnv* environment, const HostArguments& arguments, 
                      [](const auto& notification) { listener->processNotification(notification); });
   center.setSuspended(false);
   listener->setLocale(hostCall<fmx::FM_Data_GetLocale>(result));
-  listener->setScript(arguments.textAt(0), arguments.textAt(1));
+  // One after the other: a script that cannot be read does not undo the file.
+  listener->setDatabase(arguments.textAt(0));
+  listener->setScript(arguments.textAt(1));
 }
 
 }  // namespace

@@ -26,6 +26,8 @@ class TellingLegacyFunctions : public iCalFunctions {
 
 class Frame : public BridgeTest {
  protected:
+  ~Frame() noexcept override = default;
+
   template <class Work>
   std::string run(const Work& work) {
     {
@@ -147,6 +149,33 @@ TEST_F(Frame, LetsTheHostsOtherFailuresLeave) {
     FAIL() << "taken for out of memory";
   } catch (const std::exception&) {
   }
+}
+
+TEST_F(Frame, ClearsTheLastFailureBeforeItCountsTheArguments) {
+  TellingLegacyFunctions legacy;
+  g_sharedFunctions = &legacy;
+  g_llasterror = 9001;
+  host.failingCall = "FM_DataVect_Size";
+  host.failureCode = 2;
+  EXPECT_THROW(CallFrame(call.arguments(), call.result()), std::exception);
+  EXPECT_EQ(g_llasterror, 0);
+  EXPECT_EQ(legacy.resets, 1);
+}
+
+TEST_F(Frame, LetsAFailureToReleaseAnObjectLeave) {
+  for (const char* release : {"FM_Text_Delete", "FM_FixPt_Delete"}) {
+    host.failingCall = release;
+    host.failureCode = 1;
+    EXPECT_THROW(run([] { return kDone; }), std::bad_alloc) << release;
+    host.failingCall.clear();
+    EXPECT_EQ(call.shown(), "number 0");
+  }
+}
+
+TEST_F(Frame, LetsTheFirstFailureLeaveWhenReleasingFailsToo) {
+  host.failingCall = "FM_Text_Delete";
+  host.failureCode = 1;
+  EXPECT_THROW(run([]() -> CallFrame::Outcome { throw Exception("NSRangeException", "beyond bounds"); }), Exception);
 }
 
 TEST_F(Frame, LetsPlatformExceptionsLeave) {

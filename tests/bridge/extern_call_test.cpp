@@ -85,6 +85,7 @@ TEST_F(EntryPoint, ChoosesTheLegacyBackEndUpToMinorVersionSeven) {
 
 TEST_F(EntryPoint, ChoosesEventKitFromMinorVersionEightOn) {
   for (const long minor : {8L, 15L}) {
+    g_sharedEKFunctions = nullptr;
     system->m_systemVersion->m_minor = minor;
     send(fmx::kCallStartUp);
     EXPECT_TRUE(g_bUseEK);
@@ -122,6 +123,21 @@ TEST_F(EntryPoint, RegistersAgainAndReplacesTheErrorObjectOnASecondStartUp) {
   send(fmx::kCallStartUp);
   EXPECT_EQ(host.functionsEx.size(), 2 * std::size(kFunctions));
   EXPECT_EQ(error->getError(), "Success");
+}
+
+TEST_F(EntryPoint, KeepsTheBackEndWhateverTheSystemSaysAtASecondStartUp) {
+  for (const long first : {7L, 8L}) {
+    g_sharedEKFunctions = nullptr;
+    g_sharedFunctions = nullptr;
+    system->m_systemVersion->m_minor = first;
+    send(fmx::kCallStartUp);
+    send(fmx::kCallShutdown);
+    system->m_systemVersion->m_minor = first == 7 ? 8 : 7;
+    send(fmx::kCallStartUp);
+    EXPECT_EQ(g_bUseEK, first == 8);
+    EXPECT_EQ(g_sharedEKFunctions != nullptr, first == 8);
+    EXPECT_EQ(g_sharedFunctions != nullptr, first == 7);
+  }
 }
 
 TEST_F(EntryPoint, UnregistersTheWholeRangeOnShutdown) {

@@ -67,9 +67,7 @@ ORLO_FORWARD(FixPt*, FM_FixPt_Constructor1, (std::int32_t val, std::int32_t prec
 ORLO_FORWARD(void, FM_FixPt_AssignInt, (void* self, std::int32_t that, Exception* x), (self, that, x),
              "FM_FixPt_AssignInt " + std::to_string(that))
 ORLO_FORWARD(std::int32_t, FM_FixPt_AsLong, (const void* self, Exception* x), (self, x), "FM_FixPt_AsLong")
-ORLO_FORWARD(void, FM_FixPt_Delete, (void* self, Exception* x), (self, x), "FM_FixPt_Delete")
 ORLO_FORWARD(Text*, FM_Text_Constructor1, (Exception * x), (x), "FM_Text_Constructor1")
-ORLO_FORWARD(void, FM_Text_Delete, (void* self, Exception* x), (self, x), "FM_Text_Delete")
 ORLO_FORWARD(std::uint32_t, FM_Text_GetSize, (const void* self, Exception* x), (self, x), "FM_Text_GetSize")
 ORLO_FORWARD(void, FM_Text_GetUnicode,
              (const void* self, char16_t* s, std::uint32_t position, std::uint32_t size, Exception* x),
@@ -109,6 +107,20 @@ ORLO_FORWARD(void, FM_Data_SetAsNumber, (void* self, const FixPt* numericData, s
 ORLO_FORWARD(Locale*, FM_Locale_Constructor1, (std::int32_t inputType, Exception* x), (inputType, x),
              "FM_Locale_Constructor1 " + std::to_string(inputType))
 #undef ORLO_FORWARD
+
+// An object is gone whatever the host says of it.
+#define ORLO_FORWARD_DELETE(Name)                                                     \
+  void Name(void* self, Exception* x) {                                               \
+    auto& host = RecordingHost::instance();                                           \
+    host.note(#Name);                                                                 \
+    static auto* const real = orlocal::fakes::next<void(void*, Exception* x)>(#Name); \
+    real(self, x);                                                                    \
+    static_cast<void>(host.fails(#Name, 0, x));                                       \
+  }
+
+ORLO_FORWARD_DELETE(FM_FixPt_Delete)
+ORLO_FORWARD_DELETE(FM_Text_Delete)
+#undef ORLO_FORWARD_DELETE
 
 ErrorCode FM_ExprEnv_RegisterExternalFunction(const QuadChar* pluginId, std::int16_t functionId,
                                               const Text* functionName, const Text* functionPrototype,

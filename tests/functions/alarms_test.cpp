@@ -1,3 +1,6 @@
+#include <algorithm>
+
+#include "bridge/recording_host.h"
 #include "functions/functions_fixture.h"
 
 namespace orlocal {
@@ -17,6 +20,23 @@ TEST_F(AlarmFunction, AddsWithoutWhatIsEmpty) {
   callWith(&Orlo_AddAlarm, kEmpty, kEmpty, kEmpty, kEmpty, kEmpty, kEmpty);
   EXPECT_EQ(told(), (std::vector<std::string>{"addAlarm(\"event\", nil, \"display\", nil, -15, nil)",
                                               "addAlarm(nil, nil, nil, nil, 0, nil)"}));
+}
+
+TEST_F(AlarmFunction, ReadsTheOffsetAfterEverythingElse) {
+  auto& host = fakes::RecordingHost::instance();
+  host.clear();
+  fakes::HostCall call;
+  for (const char* text : {"event", "", "display", "a@example.org", "-15", "Ping"}) call.add(text);
+  host.isRecording = true;
+  call.call(&Orlo_AddAlarm);
+  host.isRecording = false;
+  std::vector<std::string> reads;
+  std::ranges::copy_if(host.calls, std::back_inserter(reads),
+                       [](const std::string& made) { return made.starts_with("FM_DataVect_At"); });
+  host.clear();
+  EXPECT_EQ(reads,
+            (std::vector<std::string>{"FM_DataVect_AtAsText 0", "FM_DataVect_AtAsText 1", "FM_DataVect_AtAsText 2",
+                                      "FM_DataVect_AtAsText 3", "FM_DataVect_AtAsText 5", "FM_DataVect_AtAsNumber 4"}));
 }
 
 TEST_F(AlarmFunction, LosesTheAbsoluteTriggerInZonesOfHalfHours) {

@@ -16,13 +16,15 @@ using testing::IsEmpty;
 class Listener : public testing::Test {
  protected:
   Listener() { listener.setUpThreadingSupport(); }
+  ~Listener() noexcept override = default;
 
   void nameScript(const char* file, const char* script) {
     HostText fileText;
     fileText.assignUtf8(file);
     HostText scriptText;
     scriptText.assignUtf8(script);
-    listener.setScript(fileText.get(), scriptText.get());
+    listener.setDatabase(fileText.get());
+    listener.setScript(scriptText.get());
   }
 
   ScriptHost host;

@@ -97,5 +97,14 @@ TEST_F(RegisterUpdateScript, LetsTheHostsOwnFailurePass) {
   EXPECT_THROW(registerScript({"Solution"}), std::exception) << "there is no second argument to read";
 }
 
+TEST_F(RegisterUpdateScript, KeepsTheFileWhenOnlyTheScriptCannotBeRead) {
+  registerScript({"One", "First"});
+  EXPECT_THROW(registerScript({"Two"}), std::exception);
+  host.center().post(changed({"A"}));
+  ASSERT_FALSE(host.started.empty());
+  EXPECT_EQ(host.started[0].file, "Two");
+  EXPECT_EQ(host.started[0].script, "First");
+}
+
 }  // namespace
 }  // namespace orlocal::test
