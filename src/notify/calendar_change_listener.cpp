@@ -28,9 +28,10 @@ constexpr std::uint8_t kScriptControlPause = 3;
 
 void NAXiCalNotificationListener::setUpThreadingSupport() {
   if (m_notifications) return;
-  m_notifications.emplace();
-  m_notificationThread = std::this_thread::get_id();
+  // The port first: a system that has none to give is asked again at the next call.
   m_notificationPort = platform().currentRunLoop().addPort([this] { handleMachMessage(); });
+  m_notificationThread = std::this_thread::get_id();
+  m_notifications.emplace();
 }
 
 void NAXiCalNotificationListener::processNotification(const std::shared_ptr<const Notification>& notification) {

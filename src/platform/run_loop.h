@@ -27,7 +27,8 @@ class RunLoop {
   /// Serves what is ready now and returns at once.
   virtual void turn() = 0;
 
-  /// Adds a source whose `handler` runs on this loop after each `send`, in every mode.
+  /// Adds a source whose `handler` runs on this loop after each `send`, in every mode. Throws `Exception` when the
+  /// system has no way left to wake the loop; the loop stays as it was.
   virtual std::unique_ptr<RunLoopPort> addPort(std::function<void()> handler) = 0;
 };
 

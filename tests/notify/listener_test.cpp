@@ -5,7 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "fakes/fake_run_loop.h"
 #include "notify/script_host.h"
+#include "platform/exception.h"
 
 namespace orlocal::test {
 namespace {
@@ -93,6 +95,25 @@ TEST_F(Listener, SetsUpOnlyOnce) {
   std::thread([&] { listener.setUpThreadingSupport(); }).join();
   listener.processNotification(changed({"A"}));
   EXPECT_THAT(host.parameters(), ElementsAre("New A")) << "this thread is still the one that starts scripts";
+}
+
+/// A loop that has no room for another port.
+class FullRunLoop : public fakes::FakeRunLoop {
+ public:
+  std::unique_ptr<RunLoopPort> addPort(std::function<void()>) override {
+    throw Exception("NSPortException", "no room for a port");
+  }
+};
+
+TEST_F(Listener, IsNotSetUpBeforeItsPortIs) {
+  NAXiCalNotificationListener later;
+  const auto loop = std::exchange(host.platform().m_runLoop, std::make_shared<FullRunLoop>());
+  EXPECT_THROW(later.setUpThreadingSupport(), Exception);
+  host.platform().m_runLoop = loop;
+  later.setUpThreadingSupport();
+  std::thread([&] { later.processNotification(changed({"A"})); }).join();
+  host.waitForStarts(1);
+  EXPECT_THAT(host.parameters(), ElementsAre("New A"));
 }
 
 TEST_F(Listener, HandlesWhatArrivesDuringAScriptInTheSameDrain) {

@@ -1,7 +1,11 @@
+#include <thread>
+#include <utility>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "bridge/plugin_error.h"
+#include "fakes/no_descriptor_left.h"
 #include "notify/script_host.h"
 #include "platform/exception.h"
 
@@ -91,6 +95,23 @@ TEST_F(RegisterUpdateScript, ShowsAPlatformExceptionOnlyInTheLastError) {
   EXPECT_EQ(registration.result, "");
   EXPECT_EQ(g_llasterror, 0);
   EXPECT_EQ(error->getError(), "System Error NSBrokenException");
+}
+
+TEST_F(RegisterUpdateScript, ShowsThatThereIsNoDescriptorForItsPortOnlyInTheLastError) {
+  std::thread([this] {
+    host.platform().m_runLoop = std::shared_ptr<RunLoop>(std::shared_ptr<RunLoop>(), &currentThreadRunLoop());
+    {
+      const fakes::NoDescriptorLeft none;
+      EXPECT_EQ(registerScript({"Solution", "Calendar changed"}).result, "");
+    }
+    EXPECT_EQ(g_llasterror, 0);
+    EXPECT_EQ(error->getError(), "System Error RunLoopException");
+    registerScript({"Solution", "Calendar changed"});
+    EXPECT_EQ(error->getError(), "Success");
+    host.center().post(changed({"A"}));
+    EXPECT_EQ(host.started.size(), 1U) << "the call that failed has not subscribed";
+    delete std::exchange(listener, nullptr);
+  }).join();
 }
 
 TEST_F(RegisterUpdateScript, LetsTheHostsOwnFailurePass) {

@@ -32,8 +32,7 @@ struct ExternalChanges::Watch {
   std::int64_t position = 0;
   std::uint64_t generation = 0;
   std::deque<store::ChangedRecords> untold;  ///< events of a commit each
-  std::unique_ptr<store::ChangeSignal> signal;
-  std::unique_ptr<RunLoopPort> port;  ///< null while paused
+  std::shared_ptr<const TurnLook> looking;   ///< null while paused
 };
 
 ExternalChanges::ExternalChanges(StoreAccess& access, NotificationCenter& center)
@@ -43,22 +42,17 @@ ExternalChanges::~ExternalChanges() = default;
 void ExternalChanges::listen() {
   if (!m_watch) {
     auto watch = std::make_unique<Watch>();
-    // First the ear, then the position: what is committed in between is heard.
-    watch->signal = orThrow(m_access.store().listen());
     watch->position = orThrow(m_access.store().newestChange());
     m_watch = std::move(watch);
   }
-  if (m_watch->port) return;
-  m_watch->port = watchDescriptor(m_watch->signal->descriptor(), [this] { look(); });
-  m_watch->port->send();
+  if (!m_watch->looking) m_watch->looking = lookAtEachTurn([this] { look(); });
 }
 
 void ExternalChanges::pause() {
-  if (m_watch) m_watch->port.reset();
+  if (m_watch) m_watch->looking.reset();
 }
 
 void ExternalChanges::look() {
-  m_watch->signal->drain();
   const std::uint64_t generation = m_access.store().generation();
   if (generation == std::exchange(m_watch->generation, generation) && m_watch->untold.empty()) return;
   if (auto commits = m_access.store().outsideCommits(m_watch->position)) {
@@ -66,21 +60,16 @@ void ExternalChanges::look() {
       if (!commit.events.empty()) m_watch->untold.push_back(std::move(commit.events));
     }
   } else {
-    // The next wake-up looks again, from the same place.
+    // The next turn looks again, from the same place.
     m_watch->generation = 0;
   }
   // An observer may pause us, or let the loop turn and with it this function.
-  while (m_watch->port && !m_watch->untold.empty()) {
-    // Out of the queue before anybody is told: an observer that throws is not told twice.
+  while (m_watch->looking && !m_watch->untold.empty()) {
+    // Out of the queue before anybody is told: an observer that throws is not told twice, and the rest is told when the
+    // loop turns again.
     const auto notification = notificationOf(std::move(m_watch->untold.front()));
     m_watch->untold.pop_front();
-    try {
-      m_center.post(notification);
-    } catch (...) {
-      // The rest is told when the loop turns again.
-      if (m_watch->port) m_watch->port->send();
-      throw;
-    }
+    m_center.post(notification);
   }
 }
 

@@ -1,24 +1,38 @@
 #include "platform/linux/run_loop_linux.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include "platform/exception.h"
+
 namespace orlocal {
 namespace {
+
+constexpr std::chrono::milliseconds kLookEvery{10};
+
+[[noreturn]] void throwRunLoopException(const char* what) {
+  throw Exception("RunLoopException", std::string("The run loop has no ") + what + ": " +
+                                          std::generic_category().message(errno) +
+                                          "; the limit of open files (ulimit -n) may be too low for this process.");
+}
 
 class Descriptor {
  public:
   Descriptor(int number, const char* what) : m_number(number) {
-    if (number < 0) throw std::system_error(errno, std::generic_category(), what);
+    if (number < 0) throwRunLoopException(what);
   }
   ~Descriptor() { ::close(m_number); }
   Descriptor(const Descriptor&) = delete;
@@ -31,14 +45,14 @@ class Descriptor {
 
 /// A counter in the kernel: any thread may raise it, the loop takes it down.
 struct Source {
-  Descriptor event{::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "run loop: eventfd"};
+  Descriptor event{::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "way to wake it"};
   std::function<void()> handler;
-  int watched = -1;  ///< a descriptor of somebody else that wakes the loop, too
 };
 
 /// What ports share with their loop, so that either may go first.
 struct LoopState {
-  Descriptor poll{::epoll_create1(EPOLL_CLOEXEC), "run loop: epoll"};
+  /// Made for the first port: a loop without one takes nothing from the system.
+  std::optional<Descriptor> poll;
   std::map<std::uint64_t, std::shared_ptr<Source>> sources;
   std::uint64_t lastKey = 0;
 };
@@ -49,8 +63,7 @@ class LinuxRunLoopPort final : public RunLoopPort {
       : m_loop(std::move(loop)), m_key(key), m_source(std::move(source)) {}
 
   ~LinuxRunLoopPort() override {
-    ::epoll_ctl(m_loop->poll.number(), EPOLL_CTL_DEL, m_source->event.number(), nullptr);
-    if (m_source->watched >= 0) ::epoll_ctl(m_loop->poll.number(), EPOLL_CTL_DEL, m_source->watched, nullptr);
+    ::epoll_ctl(m_loop->poll->number(), EPOLL_CTL_DEL, m_source->event.number(), nullptr);
     m_loop->sources.erase(m_key);
   }
 
@@ -74,36 +87,55 @@ class LinuxRunLoop final : public RunLoop {
       turn();
       const auto left = deadline - std::chrono::steady_clock::now();
       if (left <= std::chrono::nanoseconds::zero()) return;
-      sleep(std::chrono::duration_cast<std::chrono::nanoseconds>(left));
+      const auto nap = m_looks.empty() ? left : std::min<std::chrono::nanoseconds>(left, kLookEvery);
+      sleep(std::chrono::duration_cast<std::chrono::nanoseconds>(nap));
     }
   }
 
   void turn() override {
-    std::array<epoll_event, 64> ready{};
-    const int count = ::epoll_wait(m_state->poll.number(), ready.data(), static_cast<int>(ready.size()), 0);
-    for (int i = 0; i < count; ++i) serve(ready[static_cast<std::size_t>(i)].data.u64);
+    serveWhatIsReady();
+    lookAround();
   }
 
-  std::unique_ptr<RunLoopPort> addPort(std::function<void()> handler) override { return add(std::move(handler), -1); }
-
-  std::unique_ptr<RunLoopPort> add(std::function<void()> handler, int watched) {
+  std::unique_ptr<RunLoopPort> addPort(std::function<void()> handler) override {
+    if (!m_state->poll) m_state->poll.emplace(::epoll_create1(EPOLL_CLOEXEC), "place to wait in");
     auto source = std::make_shared<Source>();
     source->handler = std::move(handler);
-    source->watched = watched;
     const std::uint64_t key = ++m_state->lastKey;
     wakeFor(source->event.number(), key);
-    if (watched >= 0) wakeFor(watched, key);
     m_state->sources.emplace(key, source);
     return std::make_unique<LinuxRunLoopPort>(m_state, key, std::move(source));
   }
 
+  std::shared_ptr<const TurnLook> add(TurnLook look) {
+    auto added = std::make_shared<const TurnLook>(std::move(look));
+    m_looks.push_back(added);
+    return added;
+  }
+
  private:
+  void serveWhatIsReady() {
+    if (!m_state->poll) return;
+    std::array<epoll_event, 64> ready{};
+    const int count = ::epoll_wait(m_state->poll->number(), ready.data(), static_cast<int>(ready.size()), 0);
+    for (int i = 0; i < count; ++i) serve(ready[static_cast<std::size_t>(i)].data.u64);
+  }
+
+  void lookAround() {
+    std::erase_if(m_looks, [](const auto& look) { return look.expired(); });
+    // One may be added or dropped meanwhile, or let the loop turn.
+    const auto looks = m_looks;
+    for (const auto& each : looks) {
+      if (const auto look = each.lock()) (*look)();
+    }
+  }
+
   void wakeFor(int descriptor, std::uint64_t key) {
     epoll_event interest{};
     interest.events = EPOLLIN;
     interest.data.u64 = key;
-    if (::epoll_ctl(m_state->poll.number(), EPOLL_CTL_ADD, descriptor, &interest) != 0) {
-      throw std::system_error(errno, std::generic_category(), "run loop: adding a port");
+    if (::epoll_ctl(m_state->poll->number(), EPOLL_CTL_ADD, descriptor, &interest) != 0) {
+      throwRunLoopException("room for a port");
     }
   }
 
@@ -112,8 +144,8 @@ class LinuxRunLoop final : public RunLoop {
   void sleep(std::chrono::nanoseconds left) {
     constexpr std::int64_t kNanoPerSecond = 1'000'000'000;
     const timespec bound{.tv_sec = left.count() / kNanoPerSecond, .tv_nsec = left.count() % kNanoPerSecond};
-    pollfd any{.fd = m_state->poll.number(), .events = POLLIN, .revents = 0};
-    ::ppoll(&any, 1, &bound, nullptr);
+    pollfd any{.fd = m_state->poll ? m_state->poll->number() : -1, .events = POLLIN, .revents = 0};
+    ::ppoll(&any, m_state->poll ? 1 : 0, &bound, nullptr);
   }
 
   void serve(std::uint64_t key) {
@@ -122,11 +154,11 @@ class LinuxRunLoop final : public RunLoop {
     if (found == m_state->sources.end()) return;
     const std::shared_ptr<Source> source = found->second;
     std::uint64_t sends = 0;
-    const bool sent = ::read(source->event.number(), &sends, sizeof sends) == sizeof sends;
-    if (sent || source->watched >= 0) source->handler();
+    if (::read(source->event.number(), &sends, sizeof sends) == sizeof sends) source->handler();
   }
 
   std::shared_ptr<LoopState> m_state = std::make_shared<LoopState>();
+  std::vector<std::weak_ptr<const TurnLook>> m_looks;
 };
 
 }  // namespace
@@ -142,8 +174,6 @@ LinuxRunLoop& loopOfThisThread() {
 
 RunLoop& currentThreadRunLoop() { return loopOfThisThread(); }
 
-std::unique_ptr<RunLoopPort> watchDescriptor(int descriptor, std::function<void()> handler) {
-  return loopOfThisThread().add(std::move(handler), descriptor);
-}
+std::shared_ptr<const TurnLook> lookAtEachTurn(TurnLook look) { return loopOfThisThread().add(std::move(look)); }
 
 }  // namespace orlocal

@@ -11,8 +11,12 @@ namespace orlocal {
 /// wake nobody.
 RunLoop& currentThreadRunLoop();
 
-/// Adds a descriptor of the system to the calling thread's loop: `handler` runs there while it is readable, and must
-/// read it empty. The descriptor must outlive what is returned. On its `send` the handler runs, too.
-std::unique_ptr<RunLoopPort> watchDescriptor(int descriptor, std::function<void()> handler);
+/// Something that a loop looks at.
+using TurnLook = std::function<void()>;
+
+/// Has `look` called at each turn of the calling thread's loop, as long as what is returned is held: for what costs
+/// less to look at than to be woken for. It takes nothing from the system. A loop that runs for a time turns every 10
+/// ms.
+std::shared_ptr<const TurnLook> lookAtEachTurn(TurnLook look);
 
 }  // namespace orlocal

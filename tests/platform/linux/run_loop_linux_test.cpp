@@ -2,11 +2,13 @@
 
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
-#include <sys/eventfd.h>
 #include <time.h>
-#include <unistd.h>
+
+#include "fakes/no_descriptor_left.h"
+#include "platform/exception.h"
 
 namespace orlocal {
 namespace {
@@ -135,104 +137,135 @@ TEST_F(RunLoopOfThisThread, MayGoBeforeItsPorts) {
   orphan.reset();
 }
 
-/// A descriptor that the loop watches.
-class WatchedDescriptor : public testing::Test {
+class RunLoopWithoutDescriptors : public testing::Test {
  protected:
-  ~WatchedDescriptor() override {
-    port.reset();
-    ::close(counter);
+  /// Does `work` with a loop that nobody has used yet.
+  static void withNewLoop(const std::function<void(RunLoop& loop)>& work) {
+    std::thread([&work] { work(currentThreadRunLoop()); }).join();
   }
-
-  void raise() const { ASSERT_EQ(::eventfd_write(counter, 1), 0); }
-  void takeDown() const {
-    eventfd_t ignored = 0;
-    ::eventfd_read(counter, &ignored);
-  }
-
-  const int counter = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-  RunLoop& loop = currentThreadRunLoop();
-  int handled = 0;
-  std::unique_ptr<RunLoopPort> port = watchDescriptor(counter, [this] {
-    ++handled;
-    takeDown();
-  });
 };
 
-TEST_F(WatchedDescriptor, IsHandledWhenItCanBeRead) {
-  raise();
-  loop.turn();
-  EXPECT_EQ(handled, 1);
-}
-
-TEST_F(WatchedDescriptor, IsLeftAloneUntilThen) {
-  loop.turn();
-  EXPECT_EQ(handled, 0);
-}
-
-TEST_F(WatchedDescriptor, IsHandledOnceForEachTimeThatItIsReadEmpty) {
-  raise();
-  raise();
-  loop.turn();
-  loop.turn();
-  EXPECT_EQ(handled, 1);
-}
-
-TEST_F(WatchedDescriptor, IsHandledAgainWhileItIsNotReadEmpty) {
-  port.reset();
-  port = watchDescriptor(counter, [this] { ++handled; });
-  raise();
-  loop.turn();
-  loop.turn();
-  EXPECT_EQ(handled, 2);
-}
-
-TEST_F(WatchedDescriptor, IsHandledOnASend) {
-  port->send();
-  loop.turn();
-  EXPECT_EQ(handled, 1);
-  loop.turn();
-  EXPECT_EQ(handled, 1);
-}
-
-TEST_F(WatchedDescriptor, IsForgottenWithItsPort) {
-  raise();
-  port.reset();
-  loop.turn();
-  EXPECT_EQ(handled, 0);
-}
-
-TEST_F(WatchedDescriptor, WakesALoopThatSleeps) {
-  port.reset();
-  // Leaves the loop as soon as it is called.
-  port = watchDescriptor(counter, [] { throw std::runtime_error("woken"); });
-  std::thread raiser([this] {
-    std::this_thread::sleep_for(20ms);
-    raise();
+TEST_F(RunLoopWithoutDescriptors, TurnsAndRunsAsLongAsItHasNoPort) {
+  withNewLoop([](RunLoop& loop) {
+    const fakes::NoDescriptorLeft none;
+    EXPECT_NO_THROW(loop.turn());
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_NO_THROW(loop.runFor(20ms));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, 20ms);
   });
-  const auto begun = std::chrono::steady_clock::now();
+}
+
+TEST_F(RunLoopWithoutDescriptors, RefusesAPortWithAPlatformException) {
+  for (const rlim_t left : {0, 1}) {
+    withNewLoop([left](RunLoop& loop) {
+      const fakes::NoDescriptorLeft none(left);
+      try {
+        loop.addPort([] {});
+        ADD_FAILURE() << "a port was made";
+      } catch (const Exception& exception) {
+        EXPECT_EQ(exception.name(), "RunLoopException");
+        EXPECT_NE(exception.reason().find("Too many open files"), std::string::npos) << exception.reason();
+      }
+      EXPECT_NO_THROW(loop.turn());
+    });
+  }
+}
+
+TEST_F(RunLoopWithoutDescriptors, TakesAPortOnceThereAreSomeAgain) {
+  withNewLoop([](RunLoop& loop) {
+    {
+      const fakes::NoDescriptorLeft none;
+      EXPECT_THROW(loop.addPort([] {}), Exception);
+    }
+    int handled = 0;
+    const auto port = loop.addPort([&handled] { ++handled; });
+    port->send();
+    loop.turn();
+    EXPECT_EQ(handled, 1);
+  });
+}
+
+/// Something that the loop looks at whenever it turns.
+class LookedAt : public testing::Test {
+ protected:
+  RunLoop& loop = currentThreadRunLoop();
+  int looks = 0;
+  std::shared_ptr<const TurnLook> look = lookAtEachTurn([this] { ++looks; });
+};
+
+TEST_F(LookedAt, IsLookedAtOnceATurn) {
+  EXPECT_EQ(looks, 0);
+  loop.turn();
+  EXPECT_EQ(looks, 1);
+  loop.turn();
+  EXPECT_EQ(looks, 2);
+}
+
+TEST_F(LookedAt, IsLeftAloneOnceNobodyHoldsIt) {
+  look.reset();
+  loop.turn();
+  EXPECT_EQ(looks, 0);
+}
+
+TEST_F(LookedAt, IsLookedAtAgainWhileTheLoopRuns) {
+  const auto deadline = std::chrono::steady_clock::now() + 10s;
+  const auto enough = lookAtEachTurn([this] {
+    if (looks > 2) throw std::runtime_error("enough");
+  });
+  // Would run on with a single look for as long as it is told.
   EXPECT_THROW(loop.runFor(60s), std::runtime_error);
-  EXPECT_LT(std::chrono::steady_clock::now() - begun, 50s) << "not before it would have woken by itself";
-  raiser.join();
+  EXPECT_LT(std::chrono::steady_clock::now(), deadline);
 }
 
-TEST_F(WatchedDescriptor, MayThrowFromItsHandler) {
-  port.reset();
-  port = watchDescriptor(counter, [this] {
-    takeDown();
-    throw std::runtime_error("the handler's");
+TEST_F(LookedAt, IsNotLookedAtOnAnotherThread) {
+  std::thread([] { currentThreadRunLoop().turn(); }).join();
+  EXPECT_EQ(looks, 0);
+}
+
+TEST_F(LookedAt, MayBeDroppedByItsOwnLook) {
+  std::shared_ptr<const TurnLook> once;
+  int own = 0;
+  once = lookAtEachTurn([&] {
+    once.reset();
+    ++own;
   });
-  raise();
+  loop.turn();
+  loop.turn();
+  EXPECT_EQ(own, 1);
+  EXPECT_EQ(looks, 2);
+}
+
+TEST_F(LookedAt, MayLetTheLoopTurn) {
+  bool nested = false;
+  const auto turning = lookAtEachTurn([&] {
+    if (!std::exchange(nested, true)) loop.turn();
+  });
+  loop.turn();
+  EXPECT_EQ(looks, 2);
+}
+
+TEST_F(LookedAt, MayThrow) {
+  int failures = 0;
+  const auto failing = lookAtEachTurn([&] {
+    if (++failures == 1) throw std::runtime_error("the look's");
+  });
+  EXPECT_THROW(loop.turn(), std::runtime_error);
+  loop.turn();
+  EXPECT_EQ(looks, 2);
+  EXPECT_EQ(failures, 2);
+}
+
+TEST_F(RunLoopOfThisThread, MayThrowFromAHandler) {
+  const auto throwing = loop.addPort([] { throw std::runtime_error("the handler's"); });
+  throwing->send();
   EXPECT_THROW(loop.turn(), std::runtime_error);
   loop.turn();
 }
 
-TEST_F(WatchedDescriptor, KeepsTheOthersOfATurnWhenOneThrows) {
-  port.reset();
-  const auto throwing = [] { throw std::runtime_error("the handler's"); };
-  std::unique_ptr<RunLoopPort> first = loop.addPort(throwing);
-  std::unique_ptr<RunLoopPort> second = loop.addPort([this] { ++handled; });
-  first->send();
-  second->send();
+TEST_F(RunLoopOfThisThread, KeepsTheOthersOfATurnWhenOneThrows) {
+  const auto throwing = loop.addPort([] { throw std::runtime_error("the handler's"); });
+  throwing->send();
+  port->send();
   EXPECT_THROW(loop.turn(), std::runtime_error);
   loop.turn();
   EXPECT_EQ(handled, 1);
