@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -59,22 +60,14 @@ Result<std::unique_ptr<ChangeSignal>> ChangeSignal::listen(const std::filesystem
   std::unique_ptr<ChangeSignal> signal(new ChangeSignal(file));
   signal->m_poll = ::epoll_create1(EPOLL_CLOEXEC);
   if (signal->m_poll < 0) return cannotListen(file, "no event queue");
-  const auto add = [&](int descriptor) {
-    epoll_event interest{};
-    interest.events = EPOLLIN;
-    return ::epoll_ctl(signal->m_poll, EPOLL_CTL_ADD, descriptor, &interest) == 0;
-  };
 
   signal->m_timer = ::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
   const itimerspec look{{kLookEverySeconds, 0}, {kLookEverySeconds, 0}};
-  if (signal->m_timer < 0 || ::timerfd_settime(signal->m_timer, 0, &look, nullptr) != 0 || !add(signal->m_timer)) {
+  if (signal->m_timer < 0 || ::timerfd_settime(signal->m_timer, 0, &look, nullptr) != 0 ||
+      !signal->wakeFor(signal->m_timer)) {
     return cannotListen(file, "no timer");
   }
-
-  // Without notices (a system may have run out of them) the look every two seconds is what remains.
-  signal->m_notices = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-  if (signal->m_notices >= 0) add(signal->m_notices);
-  signal->watchBell();
+  signal->listenToBell();
   return signal;
 }
 
@@ -84,19 +77,45 @@ ChangeSignal::~ChangeSignal() {
   }
 }
 
-void ChangeSignal::watchBell() {
-  if (m_notices < 0) return;
+bool ChangeSignal::wakeFor(int descriptor) const {
+  epoll_event interest{};
+  interest.events = EPOLLIN;
+  return ::epoll_ctl(m_poll, EPOLL_CTL_ADD, descriptor, &interest) == 0;
+}
+
+void ChangeSignal::listenToBell() {
+  if (m_notices < 0) {
+    m_notices = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (m_notices >= 0 && !wakeFor(m_notices)) ::close(std::exchange(m_notices, -1));
+  }
+  if (m_notices >= 0 && watchBell()) {
+    m_trouble.reset();
+    return;
+  }
+  m_trouble =
+      Error{ErrorCode::kIo,
+            fmt::format("Changes of the calendar store \"{}\" are noticed every {} seconds only: the system has "
+                        "no file notices left ({}); raise fs.inotify.max_user_instances or "
+                        "fs.inotify.max_user_watches.",
+                        m_file.string(), kLookEverySeconds, std::strerror(errno))};
+}
+
+/// A bell that cannot be there yet is no trouble: whoever writes first hangs it up.
+bool ChangeSignal::watchBell() const {
   const std::string bell = bellOf(m_file);
   // Watching what is watched already changes nothing.
-  if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY) >= 0 || errno != ENOENT) return;
-  { const Bell made(m_file); }
-  ::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY);
+  if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY) >= 0) return true;
+  if (errno == ENOENT) {
+    { const Bell made(m_file); }
+    if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY) >= 0) return true;
+  }
+  return errno != ENOSPC && errno != ENOMEM;
 }
 
 void ChangeSignal::drain() {
   std::uint64_t looks = 0;
   // Somebody may have removed the bell, and the writers have hung up a new one.
-  if (::read(m_timer, &looks, sizeof looks) > 0) watchBell();
+  if (::read(m_timer, &looks, sizeof looks) > 0) listenToBell();
   alignas(inotify_event) std::array<char, 4096> ignored;
   // One that does not fill the room has read all; what comes now wakes again.
   constexpr ssize_t kNearlyFull = 4096 - 2 * static_cast<ssize_t>(sizeof(inotify_event));

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "store/result.h"
@@ -43,15 +44,21 @@ class ChangeSignal {
   int descriptor() const { return m_poll; }
   /// Makes the descriptor wait again; before looking at the store.
   void drain();
+  /// Why nothing but the look every two seconds wakes it, as when the system has no file notices left to give; tried
+  /// again at each look. None while the bell is heard.
+  const std::optional<Error>& trouble() const { return m_trouble; }
 
  private:
   explicit ChangeSignal(std::filesystem::path file) : m_file(std::move(file)) {}
-  void watchBell();
+  bool wakeFor(int descriptor) const;
+  void listenToBell();
+  bool watchBell() const;
 
   std::filesystem::path m_file;
   int m_poll = -1;
   int m_notices = -1;
   int m_timer = -1;
+  std::optional<Error> m_trouble;
 };
 
 }  // namespace orlocal::store

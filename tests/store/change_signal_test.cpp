@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "fakes/no_descriptor_left.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {
@@ -110,6 +111,31 @@ TEST_F(Signal, ListensWhereNoBellCanBe) {
   const auto signal = ChangeSignal::listen(folder / "missing" / "calendar.db");
   ASSERT_TRUE(signal);
   EXPECT_TRUE(wakes(**signal, kLook));
+}
+
+TEST_F(Signal, HearsTheBellOnceTheSystemHasRoomForNoticesAgain) {
+  std::unique_ptr<ChangeSignal> signal;
+  {
+    // For the queue and the timer, and for nothing else.
+    const fakes::NoDescriptorLeft none(2);
+    signal = listening();
+    ASSERT_TRUE(signal->trouble());
+    EXPECT_NE(signal->trouble()->message.find(file.string()), std::string::npos);
+    EXPECT_NE(signal->trouble()->message.find("fs.inotify.max_user_instances"), std::string::npos);
+    ASSERT_TRUE(wakes(*signal, kLook)) << "the look every two seconds";
+    signal->drain();
+    EXPECT_TRUE(signal->trouble()) << "there is still no room";
+  }
+  ASSERT_TRUE(wakes(*signal, kLook));
+  signal->drain();
+  EXPECT_FALSE(signal->trouble());
+  Bell(file).ring();
+  EXPECT_TRUE(wakes(*signal));
+}
+
+TEST_F(Signal, HasNoTroubleWhereThereIsNoBellYet) {
+  EXPECT_FALSE(listening()->trouble());
+  EXPECT_FALSE(ChangeSignal::listen(folder / "missing" / "calendar.db").value()->trouble());
 }
 
 TEST_F(Signal, HearsTheNewBellWhenTheOldOneWasRemoved) {

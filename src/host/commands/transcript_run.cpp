@@ -119,8 +119,8 @@ class Work {
     return lines;
   }
 
-  /// Adds a line for each script that was started. The plug-in hears of a change before its writer ends, so one idle
-  /// message would do; where the system cannot wake it, it looks for itself within two seconds.
+  /// Adds a line for each script that was started. The plug-in looks for changes at each idle message, so one would do
+  /// for what has been committed when it is sent.
   static void addScriptStarts(const Example& example, Workbench& workbench, std::vector<std::string>& printed) {
     const auto expected = static_cast<std::size_t>(
         std::ranges::count_if(example.expected, [](const std::string& line) { return line.starts_with(kScriptLine); }));

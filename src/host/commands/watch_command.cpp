@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <array>
-#include <chrono>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -25,8 +23,6 @@
 namespace orlocal::host {
 namespace {
 
-using namespace std::chrono_literals;
-
 struct WatchWords {
   std::string file, script;
   std::vector<std::string> command;
@@ -35,9 +31,18 @@ struct WatchWords {
 /// The word of a command that stands for the script's parameter.
 constexpr std::string_view kParameter = "{}";
 
-/// The kernel wakes us and the plug-in each for itself, and we may be the faster one: the plug-in gets idle time again
-/// after these, and then no more until something happens.
-constexpr std::array kMoreIdleTime = {2ms, 20ms, 200ms};
+/// Says when changes can only be noticed by looking for them: once, and once more after it was better meanwhile.
+class SlowNotice {
+ public:
+  void tell(const store::ChangeSignal& signal, std::ostream& err) {
+    const auto& trouble = signal.trouble();
+    if (trouble && !m_told) err << "orlocal: " << trouble->message << std::endl;
+    m_told = trouble.has_value();
+  }
+
+ private:
+  bool m_told = false;
+};
 
 /// Prints what others do to the store, until interrupted.
 ExitStatus watchStore(CommandContext& context) {
@@ -49,7 +54,9 @@ ExitStatus watchStore(CommandContext& context) {
   StoreNews news(*store);
   std::ostream& out = context.streams.out;
   context.streams.err << "orlocal: watching the calendars; Ctrl-C ends it\n" << std::flush;
+  SlowNotice slow;
   do {
+    slow.tell(*signal, context.streams.err);
     news.tell([&](const News& each) {
       out << (context.options.json ? jsonLineOf(each, viewer) : lineOf(each, viewer)) << std::endl;
     });
@@ -83,14 +90,13 @@ class ScriptWatch {
 
  private:
   ExitStatus serve(Plugin& plugin, store::ChangeSignal& signal) {
-    std::size_t idles = 0;
-    for (;;) {
+    SlowNotice slow;
+    // The bell rings after the commit, and the plug-in looks for commits whenever it gets idle time.
+    do {
+      slow.tell(signal, m_context.streams.err);
       if (const auto idle = plugin.idle(); !idle) m_context.streams.err << "orlocal: " << idle.error() << std::endl;
-      const bool more = idles < kMoreIdleTime.size();
-      const Woken woken = waitForChange(signal, more ? std::optional(kMoreIdleTime.at(idles)) : std::nullopt);
-      if (woken == Woken::kByInterruption) return ExitStatus::kDone;
-      idles = woken == Woken::kByChange ? 0 : idles + 1;
-    }
+    } while (waitForChange(signal) != Woken::kByInterruption);
+    return ExitStatus::kDone;
   }
 
   fmx::ErrorCode runScript(const ScriptStart& start) {

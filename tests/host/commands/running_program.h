@@ -52,6 +52,7 @@ class RunningProgram {
   std::string errorLine() { return lineOf(m_err, m_errText); }
 
   void signal(int number) const { ::kill(m_child, number); }
+  pid_t process() const { return m_child; }
 
   /// Waits for its end; its exit status, or -1 when a signal ended it.
   int finish() {

@@ -179,6 +179,17 @@ TEST_F(WatchTest, PrintsTheStartsOfAScript) {
   EXPECT_EQ(watch->line(), "Solution / Calendar changed: Deleted " + item.identifier);
 }
 
+TEST_F(WatchTest, TakesOneFileNoticeOfTheSystemHoweverItWatches) {
+  for (const auto& watch : {watching(), watchingForAScript()}) {
+    int notices = 0;
+    for (const auto& open : std::filesystem::directory_iterator("/proc/" + std::to_string(watch->process()) + "/fd")) {
+      std::error_code closed;
+      if (std::filesystem::read_symlink(open, closed).string().find("inotify") != std::string::npos) ++notices;
+    }
+    EXPECT_EQ(notices, 1);
+  }
+}
+
 TEST_F(WatchTest, PrintsTheStartsOfAScriptAsJson) {
   const auto watch = watchingForAScript({"--json"});
   const auto item = saved(review());
