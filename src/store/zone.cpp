@@ -195,15 +195,4 @@ Moment momentOf(const CalendarTime& time, const Zone& viewer) {
   }
 }
 
-Moment now() {
-  if (const char* pinned = std::getenv("ORLOCAL_NOW")) {
-    std::string text;
-    for (const char* at = pinned; *at != '\0'; ++at)
-      if (*at != '-' && *at != ':') text += *at;
-    if (const auto time = parseTime(text); time && time->kind == CalendarTime::Kind::kUtc)
-      return Zone().toMoment(time->local);
-  }
-  return std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now());
-}
-
 }  // namespace orlocal::store

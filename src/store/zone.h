@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "store/clock.h"
 #include "store/result.h"
 #include "store/time.h"
 
@@ -68,8 +69,5 @@ class Zone {
 /// The moment of `time` for somebody whose wall clock runs in `viewer`: a date is its midnight there. A zone that is
 /// not known any more reads as the viewer's.
 Moment momentOf(const CalendarTime& time, const Zone& viewer);
-
-/// The current time: the clock's, or the moment that `ORLOCAL_NOW` pins ("2026-11-21T09:00:00Z").
-Moment now();
 
 }  // namespace orlocal::store

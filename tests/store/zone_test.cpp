@@ -204,15 +204,5 @@ TEST(MomentOfATime, DependsOnItsKind) {
   EXPECT_EQ(momentOf({CalendarTime::Kind::kZoned, nine, "Gone"}, tokyo), utc(2026, 11, 2, 0));
 }
 
-TEST(Now, IsThePinnedMoment) {
-  const Environment environment("ORLOCAL_NOW", "2026-11-21T09:00:00Z");
-  EXPECT_EQ(now(), utc(2026, 11, 21, 9));
-}
-
-TEST(Now, IsTheClocksOtherwise) {
-  const Environment environment("ORLOCAL_NOW", std::nullopt);
-  EXPECT_GT(now(), utc(2020, 1, 1));
-}
-
 }  // namespace
 }  // namespace orlocal::store

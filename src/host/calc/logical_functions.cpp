@@ -29,16 +29,10 @@ Value currentDate() { return Value::ofDate(DateTime::now()); }
 Value currentTime() { return Value::ofTime(DateTime::now()); }
 Value currentTimestamp() { return Value::ofTimestamp(DateTime::now()); }
 
-/// Milliseconds since the beginning of year 1, in UTC. The pinned clock, which is given in UTC, holds here too.
+/// Milliseconds since the beginning of year 1, in UTC.
 Value currentUtcMilliseconds() {
   constexpr std::int64_t kUnixEpoch = 62'135'596'800'000;
-  if (const char* pinned = std::getenv("ORLOCAL_NOW"); pinned != nullptr) {
-    if (const auto moment = DateTime::parseTimestamp(toUtf16(pinned))) {
-      return Value::ofNumber(truncate(moment->secondsSinceEpoch() * 1000));
-    }
-  }
-  using namespace std::chrono;
-  return Value::ofNumber(duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count() + kUnixEpoch);
+  return Value::ofNumber(std::chrono::floor<std::chrono::milliseconds>(DateTime::currentMoment()).count() + kUnixEpoch);
 }
 
 Value hostName() {

@@ -8,6 +8,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/commands/clock_setting.h"
+
 namespace orlocal::host {
 
 struct CommandLine::State {
@@ -75,6 +77,7 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     return ExitStatus::kUsage;
   }
   m_state->putOptionsInForce();
+  putClockInForce(streams.err);
   try {
     CommandContext context{m_state->options, streams, programFile};
     const ExitStatus status = (*body)(context);

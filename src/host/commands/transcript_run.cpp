@@ -15,6 +15,7 @@
 
 #include "host/calc/rendering.h"
 #include "host/commands/child_process.h"
+#include "host/commands/clock_setting.h"
 #include "host/commands/plugin_host.h"
 #include "host/fmwrapper/unicode.h"
 #include "host/plugin/update_script.h"
@@ -145,6 +146,7 @@ class Work {
     const TranscriptSettings& settings = m_transcript.settings;
     setEnvironment("TZ", settings.timezone);
     setEnvironment("ORLOCAL_NOW", settings.now);
+    putClockInForce(m_context.streams.err);
     setEnvironment("LANGUAGE", settings.language);
     setEnvironment("ORLOCAL_SYSTEM_MINOR", settings.systemMinor);
     // A store of the user's is touched only when a transcript or the command line names it.

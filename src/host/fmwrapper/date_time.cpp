@@ -4,8 +4,6 @@
 #include <array>
 #include <charconv>
 #include <chrono>
-#include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <limits>
 
@@ -19,18 +17,8 @@ namespace {
 constexpr std::int64_t kMicrosPerHour = 3'600'000'000;
 constexpr std::int64_t kMicrosPerMinute = 60'000'000;
 
-/// The moment that the program takes for now, in seconds and microseconds of the system's clock.
-std::chrono::microseconds currentMoment() {
-  // Tests and demonstrations pin the clock. Only a full year counts: reading a shorter one would ask for the clock.
-  const char* pinned = std::getenv("ORLOCAL_NOW");
-  if (pinned != nullptr && std::strspn(pinned, "0123456789") == 4) {
-    if (const auto utc = DateTime::parseTimestamp(toUtf16(pinned))) {
-      const std::int64_t days = utc->days() - kDayOf1970;
-      return std::chrono::microseconds(days * DateTime::kMicrosPerDay + utc->micros());
-    }
-  }
-  return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch());
-}
+/// Where the clock stands still; none while it runs.
+std::optional<std::chrono::microseconds> g_pinned;
 
 /// A number of units as a whole count of its millionths, when that fits with room to spare.
 std::optional<std::int64_t> millionths(const Number& value) {
@@ -54,6 +42,13 @@ void appendPadded(std::u16string& text, std::int64_t value, std::size_t width) {
 }
 
 }  // namespace
+
+void DateTime::pinClock(std::optional<std::chrono::microseconds> sinceEpoch) { g_pinned = sinceEpoch; }
+
+std::chrono::microseconds DateTime::currentMoment() {
+  if (g_pinned) return *g_pinned;
+  return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch());
+}
 
 DateTime DateTime::now() {
   using namespace std::chrono;

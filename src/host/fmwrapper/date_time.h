@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -27,8 +28,11 @@ class ORLOCAL_HOST_API DateTime {
 
   DateTime() noexcept = default;
 
-  /// The wall clock in the zone of `TZ`; `ORLOCAL_NOW` ("2026-11-02T08:00:00Z") pins the moment.
+  /// The wall clock in the zone of `TZ`.
   static DateTime now();
+  /// The moment that counts as now, since 1970-01-01 00:00:00 UTC: the system's, unless the clock is pinned to one.
+  static std::chrono::microseconds currentMoment();
+  static void pinClock(std::optional<std::chrono::microseconds> sinceEpoch);
 
   /// A date from parts that may lie outside their range: month 14 is February of the next year, day 0 the last day
   /// of the month before. Absent when the result lies outside year 1 to 4000.

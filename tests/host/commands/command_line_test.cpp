@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <sstream>
@@ -8,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "host/commands/command.h"
+#include "host/fmwrapper/date_time.h"
+#include "store/clock.h"
 
 namespace orlocal::host {
 namespace {
@@ -109,6 +112,37 @@ TEST_F(CommandLineTest, WithoutACommandRunsTheDefault) {
 TEST_F(CommandLineTest, WithoutACommandOrADefaultShowsHelpAsAUsageError) {
   EXPECT_EQ(run({}), ExitStatus::kUsage);
   EXPECT_THAT(err.str(), HasSubstr("show"));
+}
+
+/// What the user's setting makes of the clocks of program and language.
+class ClockOfTheProgram : public CommandLineTest {
+ protected:
+  ~ClockOfTheProgram() override { runWith("2026-11-02T08:00:00Z"); }
+
+  void runWith(const char* setting) {
+    ::setenv("ORLOCAL_NOW", setting, 1);
+    run({"show"});
+  }
+};
+
+TEST_F(ClockOfTheProgram, IsOne) {
+  runWith("2026-03-02T08:00:00Z");
+  EXPECT_EQ(store::now().time_since_epoch(), std::chrono::seconds(1'772'438'400));
+  EXPECT_EQ(DateTime::currentMoment(), std::chrono::seconds(1'772'438'400));
+  EXPECT_THAT(err.str(), IsEmpty());
+}
+
+TEST_F(ClockOfTheProgram, IsTheSystemsWhenTheSettingIsNoMoment) {
+  for (const char* setting : {"2026-03-02T08:00:00", "2026-03-02 08:00:00Z", "1/2/26", "soon"}) {
+    err.str("");
+    runWith(setting);
+    EXPECT_EQ(err.str(), "orlocal: ORLOCAL_NOW is \"" + std::string(setting) +
+                             "\", which is no moment such as 2026-11-02T08:00:00Z; the system's clock is used.\n");
+    EXPECT_EQ(std::getenv("ORLOCAL_NOW"), nullptr) << "the plug-in need not say it again";
+    const auto system = std::chrono::system_clock::now().time_since_epoch();
+    EXPECT_LT(system - DateTime::currentMoment(), std::chrono::hours(1)) << setting;
+    EXPECT_LT(system - store::now().time_since_epoch(), std::chrono::hours(1)) << setting;
+  }
 }
 
 }  // namespace

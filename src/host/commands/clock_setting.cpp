@@ -1,0 +1,22 @@
+#include "host/commands/clock_setting.h"
+
+#include <cstdlib>
+#include <ostream>
+
+#include "host/fmwrapper/date_time.h"
+#include "store/clock.h"
+
+namespace orlocal::host {
+
+void putClockInForce(std::ostream& err) {
+  const auto pinned = store::momentPinnedByUser();
+  if (!pinned) {
+    err << "orlocal: " << pinned.error().message << std::endl;
+    ::unsetenv("ORLOCAL_NOW");
+  }
+  const auto moment = pinned.value_or(std::nullopt);
+  store::pinClock(moment);
+  DateTime::pinClock(moment ? std::optional(moment->time_since_epoch()) : std::nullopt);
+}
+
+}  // namespace orlocal::host
