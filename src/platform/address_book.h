@@ -14,7 +14,7 @@ class AddressBook {
   virtual ~AddressBook() = default;
 
   /// The address of the person whose e-mail address is `email`, compared without case.
-  /// Absent when there is no such person or the card has no address.
+  /// Absent when there is no such person, the card has no address, or the book cannot be read.
   virtual std::optional<std::string> addressOf(std::string_view email) const = 0;
 };
 

@@ -23,7 +23,10 @@ using CalCalendarArray = std::vector<std::shared_ptr<CalCalendar>>;
 
 /// The older calendar store. Main thread only. Look-ups give null when there is nothing; saves and removals give false
 /// and an error whose text says why, without a full stop, as callers put the reason behind it; then nothing was
-/// written. A call that finds the store unusable throws `Exception`.
+/// written.
+///
+/// A store that cannot be opened or read throws nothing: it has no calendars and no items, makes no predicate, gives no
+/// array, and its saves and removals fail. The system's log has the reason.
 class CalCalendarStore {
  public:
   virtual ~CalCalendarStore() = default;
@@ -34,6 +37,8 @@ class CalCalendarStore {
   /// Without an occurrence the first one. An occurrence that the series does not have gives null.
   virtual std::shared_ptr<CalEvent> eventWithUID(std::string_view uid, std::optional<Date> occurrence) = 0;
   virtual std::shared_ptr<CalTask> taskWithUID(std::string_view uid) = 0;
+
+  // Predicates are null when the store does not answer.
 
   /// Occurrences that overlap [start, end) in `calendars`. Null when the dates make no range that can be asked for.
   virtual std::shared_ptr<const CalPredicate> eventPredicateWithStartDate(Date start, Date end,
@@ -50,10 +55,10 @@ class CalCalendarStore {
   virtual std::shared_ptr<const CalPredicate> taskPredicateWithTasksCompletedSince(
       std::optional<Date> date, const CalCalendarArray& calendars) = 0;
   /// Ordered by start, end, uid. Asking again with the same predicate costs little until the store changes. Null for a
-  /// null predicate.
+  /// null predicate, and when the store does not answer.
   virtual std::shared_ptr<const CalEventArray> eventsWithPredicate(
       const std::shared_ptr<const CalPredicate>& predicate) = 0;
-  /// Null for a null predicate.
+  /// Null for a null predicate, and when the store does not answer.
   virtual std::shared_ptr<const CalTaskArray> tasksWithPredicate(
       const std::shared_ptr<const CalPredicate>& predicate) = 0;
 
@@ -71,7 +76,7 @@ class CalendarStoreFramework {
  public:
   virtual ~CalendarStoreFramework() = default;
 
-  /// Never null: a store that cannot be opened throws when it is used.
+  /// Never null, whether or not the store can be opened.
   virtual std::shared_ptr<CalCalendarStore> defaultCalendarStore() = 0;
   virtual std::shared_ptr<CalCalendar> calendar() = 0;
   virtual std::shared_ptr<CalEvent> event() = 0;

@@ -24,7 +24,10 @@ using EKReminderArray = ObjectArray<EKReminder>;
 using EKCalendarArray = std::vector<std::shared_ptr<EKCalendar>>;
 
 /// The calendar store. Main thread only. Look-ups give null when there is nothing; saves and removals give false and an
-/// error whose text says why, and then nothing was written. A call that finds the store unusable throws `Exception`.
+/// error whose text says why, and then nothing was written.
+///
+/// A store that cannot be opened or read throws nothing: it has no calendars and no items, makes no predicate, gives no
+/// array, and its saves and removals fail. The system's log has the reason.
 class EKEventStore {
  public:
   /// Receives the reminders, or null when the store delivers none; on the calling thread, now or from its run loop.
@@ -37,14 +40,17 @@ class EKEventStore {
   virtual std::shared_ptr<EKCalendar> defaultCalendarForNewEvents() = 0;
   virtual std::shared_ptr<EKCalendar> defaultCalendarForNewReminders() = 0;
 
-  /// Occurrences that overlap [start, end) in `calendars`. Null when the dates make no range that can be asked for.
+  /// Occurrences that overlap [start, end) in `calendars`. Null when the dates make no range that can be asked for, or
+  /// the store does not answer.
   virtual std::shared_ptr<const EKPredicate> predicateForEvents(Date start, Date end,
                                                                 const EKCalendarArray& calendars) = 0;
-  /// Ordered by start, end, identifier. Asking again with the same predicate costs little until the store changes.
+  /// Ordered by start, end, identifier. Asking again with the same predicate costs little until the store changes. Null
+  /// for a null predicate, and when the store does not answer.
   virtual std::shared_ptr<const EKEventArray> eventsMatchingPredicate(
       const std::shared_ptr<const EKPredicate>& predicate) = 0;
   virtual std::shared_ptr<EKEvent> eventWithIdentifier(std::string_view identifier) = 0;
 
+  // Predicates for reminders are null when the store does not answer.
   virtual std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray& calendars) = 0;
   /// Open reminders due from `start` on and before `end`; an absent bound does not bound.
   virtual std::shared_ptr<const EKPredicate> predicateForIncompleteReminders(std::optional<Date> start,
@@ -54,7 +60,7 @@ class EKEventStore {
   virtual std::shared_ptr<const EKPredicate> predicateForCompletedReminders(std::optional<Date> start,
                                                                             std::optional<Date> end,
                                                                             const EKCalendarArray& calendars) = 0;
-  /// A null predicate is answered with null.
+  /// Answered with null for a null predicate, and when the store does not answer.
   virtual void fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>& predicate,
                                                ReminderCompletion completion) = 0;
   /// An event or a reminder.

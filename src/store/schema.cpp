@@ -100,22 +100,44 @@ Status migrate(Database& database, UuidMaker& uuids) {
   return transaction.commit();
 }
 
+ErrorCode codeOf(int systemError) {
+  switch (systemError) {
+    case EACCES:
+    case EROFS:
+    case EPERM:
+      return ErrorCode::kReadOnly;
+    case ENOSPC:
+      return ErrorCode::kFull;
+    default:
+      return ErrorCode::kIo;
+  }
+}
+
 /// Makes the folders that are missing, only for the user.
 Status makeFolder(const std::filesystem::path& folder) {
-  if (folder.empty() || std::filesystem::exists(folder)) return {};
-  ORLOCAL_CHECK(makeFolder(folder.parent_path()));
-  if (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return {};
-  const int error = errno;
-  return failure(error == EACCES || error == EROFS || error == EPERM ? ErrorCode::kReadOnly
-                 : error == ENOSPC                                   ? ErrorCode::kFull
-                                                                     : ErrorCode::kIo,
-                 fmt::format("The folder \"{}\" for the calendar store cannot be made: {}.", folder.string(),
-                             std::generic_category().message(error)));
+  std::error_code unknown;
+  if (folder.empty() || std::filesystem::exists(folder, unknown)) return {};
+  int error = unknown.value();
+  if (error == 0) {
+    ORLOCAL_CHECK(makeFolder(folder.parent_path()));
+    if (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return {};
+    error = errno;
+  }
+  return failure(codeOf(error),
+                 fmt::format("The folder \"{}\" for the calendar store cannot be made: {}. Make it for this "
+                             "user, or set ORLOCAL_STORE to a file in another folder.",
+                             folder.string(), std::generic_category().message(error)));
 }
 
 Status makeFile(const std::filesystem::path& file) {
-  std::error_code ignored;
-  if (std::filesystem::exists(file, ignored)) return {};
+  std::error_code unknown;
+  const auto found = std::filesystem::status(file, unknown).type();
+  if (found == std::filesystem::file_type::directory) {
+    return failure(ErrorCode::kIo,
+                   fmt::format("The calendar store \"{}\" is a folder; set ORLOCAL_STORE to a file.", file.string()));
+  }
+  // One that cannot be looked at is not there for us either; making it says why.
+  if (found != std::filesystem::file_type::none && found != std::filesystem::file_type::not_found) return {};
   ORLOCAL_CHECK(makeFolder(file.parent_path()));
   const int descriptor = ::open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
   if (descriptor >= 0) {
@@ -123,11 +145,9 @@ Status makeFile(const std::filesystem::path& file) {
     return {};
   }
   const int error = errno;
-  return failure(error == EACCES || error == EROFS || error == EPERM ? ErrorCode::kReadOnly
-                 : error == ENOSPC                                   ? ErrorCode::kFull
-                                                                     : ErrorCode::kIo,
-                 fmt::format("The calendar store \"{}\" cannot be made: {}.", file.string(),
-                             std::generic_category().message(error)));
+  return failure(codeOf(error), fmt::format("The calendar store \"{}\" cannot be made or reached: {}. Check the "
+                                            "permissions of its folder, or set ORLOCAL_STORE to another file.",
+                                            file.string(), std::generic_category().message(error)));
 }
 
 /// Switching to the log asks for the file alone and does not wait by itself.

@@ -139,16 +139,19 @@ std::shared_ptr<CalCalendar> FakeCalendarStore::calendarTitled(std::string_view 
 
 CalCalendarArray FakeCalendarStore::calendars() {
   CalCalendarArray result;
+  if (!m_answers) return result;
   for (const auto& calendar : m_calendars) result.push_back(std::make_shared<FakeCalCalendar>(calendar));
   return result;
 }
 
 std::shared_ptr<CalCalendar> FakeCalendarStore::calendarWithUID(std::string_view uid) {
+  if (!m_answers) return nullptr;
   const auto place = findUid(m_calendars, uid);
   return place == m_calendars.end() ? nullptr : std::make_shared<FakeCalCalendar>(*place);
 }
 
 std::shared_ptr<CalEvent> FakeCalendarStore::eventWithUID(std::string_view uid, std::optional<Date> occurrence) {
+  if (!m_answers) return nullptr;
   const auto place = findUid(m_events, uid);
   if (place == m_events.end()) return nullptr;
   std::shared_ptr<FakeCalEvent> found;
@@ -160,6 +163,7 @@ std::shared_ptr<CalEvent> FakeCalendarStore::eventWithUID(std::string_view uid, 
 }
 
 std::shared_ptr<CalTask> FakeCalendarStore::taskWithUID(std::string_view uid) {
+  if (!m_answers) return nullptr;
   const auto place = findUid(m_tasks, uid);
   return place == m_tasks.end() ? nullptr : std::make_shared<FakeCalTask>(*place);
 }
@@ -172,7 +176,7 @@ std::shared_ptr<const CalPredicate> FakeCalendarStore::eventPredicateWithStartDa
 std::shared_ptr<const CalPredicate> FakeCalendarStore::eventPredicateWithStartDate(Date start, Date end,
                                                                                    std::string_view uid,
                                                                                    const CalCalendarArray& calendars) {
-  if (end < start) return nullptr;
+  if (!m_answers || end < start) return nullptr;
   auto predicate = std::make_shared<EventPredicate>();
   predicate->answer = [start, end, uid = std::string(uid), uids = uidsOf(calendars)](const FakeCalendarStore& store) {
     std::vector<FakeCalEvent> matches;
@@ -205,17 +209,19 @@ std::shared_ptr<const CalPredicate> taskPredicate(const CalCalendarArray& calend
 }  // namespace
 
 std::shared_ptr<const CalPredicate> FakeCalendarStore::taskPredicateWithCalendars(const CalCalendarArray& calendars) {
+  if (!m_answers) return nullptr;
   return taskPredicate(calendars, [](const FakeCalTask&) { return true; });
 }
 
 std::shared_ptr<const CalPredicate> FakeCalendarStore::taskPredicateWithUncompletedTasks(
     const CalCalendarArray& calendars) {
+  if (!m_answers) return nullptr;
   return taskPredicate(calendars, [](const FakeCalTask& task) { return !task.m_isCompleted; });
 }
 
 std::shared_ptr<const CalPredicate> FakeCalendarStore::taskPredicateWithUncompletedTasksDueBefore(
     std::optional<Date> date, const CalCalendarArray& calendars) {
-  if (!date) return nullptr;
+  if (!m_answers || !date) return nullptr;
   return taskPredicate(calendars, [due = *date](const FakeCalTask& task) {
     return !task.m_isCompleted && task.m_dueDate && *task.m_dueDate < due;
   });
@@ -223,7 +229,7 @@ std::shared_ptr<const CalPredicate> FakeCalendarStore::taskPredicateWithUncomple
 
 std::shared_ptr<const CalPredicate> FakeCalendarStore::taskPredicateWithTasksCompletedSince(
     std::optional<Date> date, const CalCalendarArray& calendars) {
-  if (!date) return nullptr;
+  if (!m_answers || !date) return nullptr;
   return taskPredicate(calendars, [since = *date](const FakeCalTask& task) {
     return task.m_completedDate && *task.m_completedDate >= since;
   });
@@ -232,20 +238,21 @@ std::shared_ptr<const CalPredicate> FakeCalendarStore::taskPredicateWithTasksCom
 std::shared_ptr<const CalEventArray> FakeCalendarStore::eventsWithPredicate(
     const std::shared_ptr<const CalPredicate>& predicate) {
   const auto* query = dynamic_cast<const EventPredicate*>(predicate.get());
-  if (!query) return nullptr;
+  if (!m_answers || !query) return nullptr;
   return std::make_shared<Answer<CalEvent, FakeCalEvent>>(query->answer(*this));
 }
 
 std::shared_ptr<const CalTaskArray> FakeCalendarStore::tasksWithPredicate(
     const std::shared_ptr<const CalPredicate>& predicate) {
   const auto* query = dynamic_cast<const TaskPredicate*>(predicate.get());
-  if (!query) return nullptr;
+  if (!m_answers || !query) return nullptr;
   std::vector<FakeCalTask> matches;
   std::ranges::copy_if(m_tasks, std::back_inserter(matches), query->matches);
   return std::make_shared<Answer<CalTask, FakeCalTask>>(std::move(matches));
 }
 
 bool FakeCalendarStore::calendarTakesChanges(const CalCalendarItem* item, std::optional<Error>& error) {
+  if (!m_answers) return refuse(error, "The store cannot be opened");
   if (!item) return refuse(error, "There is nothing to save or remove");
   if (!item->calendar()) return refuse(error, "The item has no calendar");
   const auto place = findUid(m_calendars, item->calendar()->uid().value_or(""));
@@ -254,6 +261,7 @@ bool FakeCalendarStore::calendarTakesChanges(const CalCalendarItem* item, std::o
 }
 
 bool FakeCalendarStore::saveCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
+  if (!m_answers) return refuse(error, "The store cannot be opened");
   const auto own = std::dynamic_pointer_cast<FakeCalCalendar>(calendar);
   if (!own) return refuse(error, "There is no calendar to save");
   if (own->m_title.value_or("").empty()) return refuse(error, "The calendar has no title");
@@ -284,6 +292,7 @@ bool FakeCalendarStore::saveTask(const std::shared_ptr<CalTask>& task, std::opti
 }
 
 bool FakeCalendarStore::removeCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
+  if (!m_answers) return refuse(error, "The store cannot be opened");
   if (!calendar) return refuse(error, "There is no calendar to remove");
   if (!calendar->isEditable()) return refuse(error, "The calendar allows no changes", "It is read-only.");
   if (m_calendars.size() == 1) return refuse(error, "The last calendar stays");

@@ -18,6 +18,8 @@ class FakeCalendarStore : public CalCalendarStore {
   std::vector<FakeCalCalendar> m_calendars;
   std::vector<FakeCalEvent> m_events;
   std::vector<FakeCalTask> m_tasks;
+  /// Whether the store can be opened and read.
+  bool m_answers = true;
 
   // Each adds an item and gives it a uid made of its kind and number ("calendar-1", "event-2", "task-3").
   std::string addCalendar(std::string_view title);

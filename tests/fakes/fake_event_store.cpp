@@ -159,6 +159,7 @@ void FakeEventStore::keep(std::vector<std::shared_ptr<Item>>& records, Item& ite
 
 EKCalendarArray FakeEventStore::calendarsForEntityType(EKEntityType type) {
   EKCalendarArray calendars;
+  if (!m_answers) return calendars;
   for (const auto& calendar : m_calendars) {
     if (calendar->m_kind == type) calendars.push_back(std::make_shared<FakeCalendar>(*calendar));
   }
@@ -166,7 +167,7 @@ EKCalendarArray FakeEventStore::calendarsForEntityType(EKEntityType type) {
 }
 
 std::shared_ptr<EKCalendar> FakeEventStore::calendarWithIdentifier(std::string_view identifier) {
-  return calendarCopy(std::string(identifier));
+  return m_answers ? calendarCopy(std::string(identifier)) : nullptr;
 }
 
 std::shared_ptr<EKCalendar> FakeEventStore::defaultCalendarForNewEvents() {
@@ -181,7 +182,7 @@ std::shared_ptr<EKCalendar> FakeEventStore::defaultCalendarForNewReminders() {
 
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForEvents(Date start, Date end,
                                                                       const EKCalendarArray& calendars) {
-  if (start > end) return nullptr;
+  if (!m_answers || start > end) return nullptr;
   return predicateOf<FakeEvent>([start, end, wanted = identifiersOf(calendars)](const FakeEvent& event) {
     if (!wanted.contains(event.m_calendar->calendarIdentifier())) return false;
     return *event.m_startDate < end && (*event.m_endDate > start || *event.m_startDate >= start);
@@ -191,7 +192,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForEvents(Date start
 std::shared_ptr<const EKEventArray> FakeEventStore::eventsMatchingPredicate(
     const std::shared_ptr<const EKPredicate>& predicate) {
   const auto* mine = dynamic_cast<const FakePredicate<FakeEvent>*>(predicate.get());
-  if (mine == nullptr) return nullptr;
+  if (!m_answers || mine == nullptr) return nullptr;
   auto matching = m_events;
   std::erase_if(matching, [mine](const auto& event) { return !mine->matches(*event); });
   std::sort(matching.begin(), matching.end(), [](const auto& a, const auto& b) {
@@ -204,6 +205,7 @@ std::shared_ptr<const EKEventArray> FakeEventStore::eventsMatchingPredicate(
 }
 
 std::shared_ptr<EKEvent> FakeEventStore::eventWithIdentifier(std::string_view identifier) {
+  if (!m_answers) return nullptr;
   for (const auto& event : m_events) {
     if (event->m_eventIdentifier == identifier) return copyOf(*event);
   }
@@ -211,6 +213,7 @@ std::shared_ptr<EKEvent> FakeEventStore::eventWithIdentifier(std::string_view id
 }
 
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForRemindersInCalendars(const EKCalendarArray& calendars) {
+  if (!m_answers) return nullptr;
   return predicateOf<FakeReminder>([wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     return wanted.contains(reminder.m_calendar->calendarIdentifier());
   });
@@ -219,6 +222,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForRemindersInCalend
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForIncompleteReminders(std::optional<Date> start,
                                                                                    std::optional<Date> end,
                                                                                    const EKCalendarArray& calendars) {
+  if (!m_answers) return nullptr;
   return predicateOf<FakeReminder>([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     return wanted.contains(reminder.m_calendar->calendarIdentifier()) && !reminder.isCompleted() &&
            isDueWithin(reminder, start, end);
@@ -228,6 +232,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForIncompleteReminde
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForCompletedReminders(std::optional<Date> start,
                                                                                   std::optional<Date> end,
                                                                                   const EKCalendarArray& calendars) {
+  if (!m_answers) return nullptr;
   return predicateOf<FakeReminder>([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     const auto date = reminder.m_completionDate;
     return wanted.contains(reminder.m_calendar->calendarIdentifier()) && date && (!start || *date >= *start) &&
@@ -238,7 +243,8 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForCompletedReminder
 void FakeEventStore::fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>& predicate,
                                                      ReminderCompletion completion) {
   std::shared_ptr<const EKReminderArray> answer;
-  if (const auto* mine = dynamic_cast<const FakePredicate<FakeReminder>*>(predicate.get())) {
+  if (const auto* mine = dynamic_cast<const FakePredicate<FakeReminder>*>(predicate.get());
+      m_answers && mine != nullptr) {
     std::vector<std::weak_ptr<FakeReminder>> matching;
     for (const auto& reminder : m_reminders) {
       if (mine->matches(*reminder)) matching.push_back(reminder);
@@ -254,6 +260,7 @@ void FakeEventStore::fetchRemindersMatchingPredicate(const std::shared_ptr<const
 }
 
 std::shared_ptr<EKCalendarItem> FakeEventStore::calendarItemWithIdentifier(std::string_view identifier) {
+  if (!m_answers) return nullptr;
   const std::string text(identifier);
   if (const auto event = recordWithIdentifier(m_events, text); event != m_events.end()) return copyOf(**event);
   if (const auto reminder = recordWithIdentifier(m_reminders, text); reminder != m_reminders.end()) {
@@ -264,6 +271,7 @@ std::shared_ptr<EKCalendarItem> FakeEventStore::calendarItemWithIdentifier(std::
 
 std::optional<Error> FakeEventStore::objection(const EKCalendarItem* item, EKEntityType kind) const {
   const auto because = [](const char* reason) { return Error{"The fake store refused.", reason}; };
+  if (!m_answers) return because("It cannot be opened.");
   if (item == nullptr) return because("There is no item.");
   const auto calendar = item->calendar();
   if (!calendar) return because("The item has no calendar.");
@@ -275,6 +283,7 @@ std::optional<Error> FakeEventStore::objection(const EKCalendarItem* item, EKEnt
 }
 
 bool FakeEventStore::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
+  if (!m_answers) return refuse(error, "It cannot be opened.");
   auto* fake = dynamic_cast<FakeCalendar*>(calendar.get());
   if (fake == nullptr) return refuse(error, "There is no calendar.");
   if (!fake->m_title || fake->m_title->empty()) return refuse(error, "The calendar has no title.");
@@ -293,6 +302,7 @@ bool FakeEventStore::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, b
 }
 
 bool FakeEventStore::removeCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
+  if (!m_answers) return refuse(error, "It cannot be opened.");
   const auto record = calendar ? recordWithIdentifier(m_calendars, calendar->calendarIdentifier()) : m_calendars.end();
   if (record == m_calendars.end()) return refuse(error, "There is no such calendar.");
   const auto kind = (*record)->m_kind;

@@ -25,6 +25,8 @@ class FakeEventStore : public EKEventStore {
   std::shared_ptr<FakeSource> m_source;
   /// What the store takes for now.
   Date m_now = fakeNow();
+  /// Whether the store can be opened and read.
+  bool m_answers = true;
   /// When set, reminders are delivered from this loop instead of at once.
   std::shared_ptr<FakeRunLoop> m_runLoop;
 

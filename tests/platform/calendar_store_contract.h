@@ -24,6 +24,8 @@ class CalendarStoreSubject {
   virtual std::shared_ptr<CalCalendar> taskCalendar() = 0;
   /// Makes the store refuse changes in the calendar, behind the framework's back.
   virtual void makeReadOnly(const std::string& calendarUid) = 0;
+  /// Makes a store that nobody has asked anything yet one that cannot be opened.
+  virtual void keepFromOpening() = 0;
   /// The moment that the implementation takes for now.
   virtual Date now() = 0;
 };
@@ -605,6 +607,45 @@ TEST_P(CalendarStoreContract, AnEndIsADateOrACount) {
 
 TEST_P(CalendarStoreContract, ARuleWithoutAnEndGoesOn) {
   EXPECT_EQ(framework().initDailyRecurrenceWithInterval(1, nullptr)->recurrenceEnd(), nullptr);
+}
+
+TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedHasNothing) {
+  subject->keepFromOpening();
+  ASSERT_NE(store(), nullptr);
+  EXPECT_THAT(store()->calendars(), IsEmpty());
+  EXPECT_EQ(store()->calendarWithUID("calendar"), nullptr);
+  EXPECT_EQ(store()->eventWithUID("event", std::nullopt), nullptr);
+  EXPECT_EQ(store()->eventWithUID("event", at(11, 2, 9)), nullptr);
+  EXPECT_EQ(store()->taskWithUID("task"), nullptr);
+}
+
+TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedMakesNoPredicate) {
+  subject->keepFromOpening();
+  EXPECT_EQ(store()->eventPredicateWithStartDate(distantPast(), distantFuture(), {}), nullptr);
+  EXPECT_EQ(store()->eventPredicateWithStartDate(distantPast(), distantFuture(), "event", {}), nullptr);
+  EXPECT_EQ(store()->taskPredicateWithCalendars({}), nullptr);
+  EXPECT_EQ(store()->taskPredicateWithUncompletedTasks({}), nullptr);
+  EXPECT_EQ(store()->taskPredicateWithUncompletedTasksDueBefore(at(11, 2, 9), {}), nullptr);
+  EXPECT_EQ(store()->taskPredicateWithTasksCompletedSince(at(11, 2, 9), {}), nullptr);
+}
+
+TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedRefusesSavesAndRemovals) {
+  subject->keepFromOpening();
+  const auto refused = [&](bool done) {
+    EXPECT_FALSE(done);
+    EXPECT_FALSE(error.value_or(Error()).localizedDescription.empty());
+    error.reset();
+  };
+  const auto calendar = framework().calendar();
+  calendar->setTitle("Work");
+  refused(store()->saveCalendar(calendar, error));
+  refused(store()->removeCalendar(calendar, error));
+  const auto event = newEvent("Review", at(11, 2, 9), at(11, 2, 10));
+  refused(store()->saveEvent(event, CalSpan::kThisEvent, error));
+  refused(store()->removeEvent(event, CalSpan::kAllEvents, error));
+  const auto task = newTask("Water the plants");
+  refused(store()->saveTask(task, error));
+  refused(store()->removeTask(task, error));
 }
 
 }  // namespace orlocal::contract

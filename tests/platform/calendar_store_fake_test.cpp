@@ -15,6 +15,7 @@ class FakeSubject : public CalendarStoreSubject {
       if (calendar.m_uid == calendarUid) calendar.m_isEditable = false;
     }
   }
+  void keepFromOpening() override { m_store->m_answers = false; }
   Date now() override { return fakes::fakeNow(); }
 
  private:

@@ -25,6 +25,8 @@ class EventKitSubject {
   virtual void makeReadOnly(const std::string& calendarIdentifier) = 0;
   /// Invites somebody to a saved event, as the calendar application does.
   virtual void invite(const std::string& eventIdentifier, const std::string& name, const std::string& email) = 0;
+  /// Makes a store that nobody has asked anything yet one that cannot be opened.
+  virtual void keepFromOpening() = 0;
   /// Lets the store deliver what waits.
   virtual void turnRunLoop() = 0;
   /// The moment that the implementation takes for now.
@@ -702,6 +704,45 @@ TEST_P(EventKitContract, MakesNoDayOutsideTheWeek) {
   ASSERT_NE(kit().dayOfWeek(7), nullptr);
   EXPECT_EQ(kit().dayOfWeek(7)->dayOfTheWeek(), 7);
   EXPECT_EQ(kit().dayOfWeek(7)->weekNumber(), 0);
+}
+
+TEST_P(EventKitContract, AStoreThatCannotBeOpenedHasNothing) {
+  subject->keepFromOpening();
+  EXPECT_THAT(store->calendarsForEntityType(EKEntityType::kEvent), IsEmpty());
+  EXPECT_THAT(store->calendarsForEntityType(EKEntityType::kReminder), IsEmpty());
+  EXPECT_EQ(store->defaultCalendarForNewEvents(), nullptr);
+  EXPECT_EQ(store->defaultCalendarForNewReminders(), nullptr);
+  EXPECT_EQ(store->calendarWithIdentifier("calendar"), nullptr);
+  EXPECT_EQ(store->eventWithIdentifier("event"), nullptr);
+  EXPECT_EQ(store->calendarItemWithIdentifier("reminder"), nullptr);
+}
+
+TEST_P(EventKitContract, AStoreThatCannotBeOpenedMakesNoPredicate) {
+  subject->keepFromOpening();
+  EXPECT_EQ(store->predicateForEvents(distantPast(), distantFuture(), {}), nullptr);
+  EXPECT_EQ(store->predicateForRemindersInCalendars({}), nullptr);
+  EXPECT_EQ(store->predicateForIncompleteReminders(std::nullopt, std::nullopt, {}), nullptr);
+  EXPECT_EQ(store->predicateForCompletedReminders(at(11, 2, 9), std::nullopt, {}), nullptr);
+  EXPECT_EQ(store->eventsMatchingPredicate(nullptr), nullptr);
+  EXPECT_EQ(delivered(nullptr), nullptr);
+}
+
+TEST_P(EventKitContract, AStoreThatCannotBeOpenedRefusesSavesAndRemovals) {
+  subject->keepFromOpening();
+  const auto made = kit().calendarForEntityType(EKEntityType::kEvent, store);
+  made->setTitle("Work");
+  const auto refused = [&](bool done) {
+    expectRefused(done);
+    error.reset();
+  };
+  refused(store->saveCalendar(made, true, error));
+  refused(store->removeCalendar(made, true, error));
+  const auto event = newEvent("Review", at(11, 2, 9), at(11, 2, 10));
+  refused(store->saveEvent(event, EKSpan::kThisEvent, true, error));
+  refused(store->removeEvent(event, EKSpan::kFutureEvents, true, error));
+  const auto task = newReminder("Water the plants");
+  refused(store->saveReminder(task, true, error));
+  refused(store->removeReminder(task, true, error));
 }
 
 }  // namespace orlocal::contract

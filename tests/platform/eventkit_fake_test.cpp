@@ -30,6 +30,7 @@ class FakeEventKitSubject : public EventKitSubject {
       if (event->m_eventIdentifier == eventIdentifier) event->m_attendees = {participant};
     }
   }
+  void keepFromOpening() override { m_kit.m_store->m_answers = false; }
   void turnRunLoop() override { m_loop->turn(); }
   Date now() override { return m_kit.m_store->m_now; }
 

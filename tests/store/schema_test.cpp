@@ -230,5 +230,42 @@ TEST_F(StoreFile, CannotBeMadeInAFolderThatMayNotBeWritten) {
   EXPECT_EQ(result, 0);
 }
 
+TEST_F(StoreFile, IsRefusedInTheShapeOfAFolder) {
+  store.reset();
+  file = folder / "a folder";
+  std::filesystem::create_directory(file);
+  EXPECT_THAT(refusal().message, HasSubstr("\" is a folder; set ORLOCAL_STORE to a file."));
+}
+
+TEST_F(StoreFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  store.reset();
+  ::chmod(folder.c_str(), 0755);
+  const auto closed = folder / "closed";
+  std::filesystem::create_directories(closed / "deep");
+  ::chmod(closed.c_str(), 0700);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    constexpr uid_t kNobody = 65534;
+    if (::setuid(kNobody) != 0) ::_exit(3);
+    int failures = 0;
+    for (const auto& inside :
+         {closed / "calendar.db", closed / "deep" / "calendar.db", closed / "new" / "calendar.db"}) {
+      file = inside;
+      const Error error = refusal();
+      const bool worded = error.code == ErrorCode::kReadOnly &&
+                          error.message.find(closed.string()) != std::string::npos &&
+                          error.message.find("Permission denied") != std::string::npos &&
+                          error.message.find("ORLOCAL_STORE") != std::string::npos;
+      if (!worded) ++failures;
+    }
+    ::_exit(failures);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
 }  // namespace
 }  // namespace orlocal::store

@@ -13,7 +13,7 @@ class LinuxAddressBook final : public AddressBook {
   explicit LinuxAddressBook(std::shared_ptr<StoreAccess> access) : m_access(std::move(access)) {}
 
   std::optional<std::string> addressOf(std::string_view email) const override {
-    return orThrow(m_access->store().addressOf(email));
+    return orNone(m_access->store().addressOf(email)).value_or(std::nullopt);
   }
 
  private:

@@ -12,21 +12,15 @@
 namespace orlocal {
 namespace {
 
-/// A query of the current platform, with what it narrows further.
+/// A query of the current platform.
 struct StoredPredicate final : CalPredicate {
   std::shared_ptr<const EKPredicate> asked;
-  std::optional<std::string> uid;
-  /// With `uid`: the last answer, which is good until the store changes.
-  mutable std::shared_ptr<const EKEventArray> answer;
-  mutable std::uint64_t generation = 0;
 };
 
-std::shared_ptr<const CalPredicate> predicate(std::shared_ptr<const EKPredicate> asked,
-                                              std::optional<std::string> uid = std::nullopt) {
+std::shared_ptr<const CalPredicate> predicate(std::shared_ptr<const EKPredicate> asked) {
   if (!asked) return nullptr;
   auto made = std::make_shared<StoredPredicate>();
   made->asked = std::move(asked);
-  made->uid = std::move(uid);
   return made;
 }
 
@@ -95,18 +89,18 @@ std::shared_ptr<CalCalendar> CalendarStoreObject::calendarWithUID(std::string_vi
 }
 
 std::shared_ptr<CalEvent> CalendarStoreObject::eventWithUID(std::string_view uid, std::optional<Date> occurrence) {
-  if (occurrence) return orThrow(occurrenceOf(uid, *occurrence));
+  if (occurrence) return occurrenceOf(uid, *occurrence);
   auto first = std::dynamic_pointer_cast<EventObject>(m_store.eventWithIdentifier(uid));
   return first ? std::make_shared<CalEventObject>(m_access, std::move(first)) : nullptr;
 }
 
-store::Result<std::shared_ptr<CalEvent>> CalendarStoreObject::occurrenceOf(std::string_view uid, Date originalStart) {
+std::shared_ptr<CalEvent> CalendarStoreObject::occurrenceOf(std::string_view uid, Date originalStart) {
   store::CalendarStore& store = m_access->store();
-  ORLOCAL_TRY(const auto event, store.event(uid));
+  const auto event = orNone(store.event(uid)).value_or(nullptr);
   if (!event) return nullptr;
-  ORLOCAL_TRY(const auto found, store.occurrenceAt(*event, originalStart));
+  const auto found = orNone(store.occurrenceAt(*event, originalStart)).value_or(std::nullopt);
   if (!found) return nullptr;
-  ORLOCAL_TRY(auto row, store.item(found->item));
+  auto row = orNone(store.item(found->item), "occurrence").value_or(nullptr);
   if (!row) return nullptr;
   return std::make_shared<CalEventObject>(m_access, std::make_shared<EventObject>(m_access, std::move(row), *found));
 }
@@ -123,7 +117,7 @@ std::shared_ptr<const CalPredicate> CalendarStoreObject::eventPredicateWithStart
 
 std::shared_ptr<const CalPredicate> CalendarStoreObject::eventPredicateWithStartDate(
     Date start, Date end, std::string_view uid, const CalCalendarArray& calendars) {
-  return predicate(m_store.predicateForEvents(start, end, stored(calendars)), std::string(uid));
+  return predicate(m_store.predicateForOneEvent(start, end, stored(calendars), uid));
 }
 
 std::shared_ptr<const CalPredicate> CalendarStoreObject::taskPredicateWithCalendars(const CalCalendarArray& calendars) {
@@ -149,28 +143,9 @@ std::shared_ptr<const CalPredicate> CalendarStoreObject::taskPredicateWithTasksC
 
 std::shared_ptr<const CalEventArray> CalendarStoreObject::eventsWithPredicate(
     const std::shared_ptr<const CalPredicate>& predicate) {
-  const auto* asked = dynamic_cast<const StoredPredicate*>(predicate.get());
-  if (!asked) return nullptr;
-  std::shared_ptr<const EKEventArray> events;
-  if (const auto* range = dynamic_cast<const EventPredicate*>(asked->asked.get()); range != nullptr && asked->uid) {
-    const std::uint64_t generation = m_access->store().generation();
-    if (!asked->answer || asked->generation != generation) {
-      asked->answer = std::make_shared<const EventArray>(m_access, orThrow(occurrencesOf(*asked->uid, range->query)));
-      asked->generation = generation;
-    }
-    events = asked->answer;
-  } else {
-    events = m_store.eventsMatchingPredicate(asked->asked);
-  }
+  const auto* ours = dynamic_cast<const StoredPredicate*>(predicate.get());
+  auto events = ours != nullptr ? m_store.eventsMatchingPredicate(ours->asked) : nullptr;
   return events ? std::make_shared<const CalEventFaces>(m_access, std::move(events)) : nullptr;
-}
-
-store::Result<std::vector<store::Occurrence>> CalendarStoreObject::occurrencesOf(std::string_view uid,
-                                                                                 store::EventQuery query) {
-  ORLOCAL_TRY(const auto event, m_access->store().event(uid));
-  if (!event) return std::vector<store::Occurrence>();
-  query.event = event->id;
-  return m_access->store().occurrences(query);
 }
 
 std::shared_ptr<const CalTaskArray> CalendarStoreObject::tasksWithPredicate(

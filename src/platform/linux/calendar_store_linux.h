@@ -46,8 +46,7 @@ class CalendarStoreObject final : public CalCalendarStore {
   bool removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) override;
 
  private:
-  store::Result<std::shared_ptr<CalEvent>> occurrenceOf(std::string_view uid, Date originalStart);
-  store::Result<std::vector<store::Occurrence>> occurrencesOf(std::string_view uid, store::EventQuery query);
+  std::shared_ptr<CalEvent> occurrenceOf(std::string_view uid, Date originalStart);
 
   std::shared_ptr<StoreAccess> m_access;
   EventStoreObject m_store;

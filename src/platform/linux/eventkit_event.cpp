@@ -46,7 +46,7 @@ std::optional<Date> EventObject::occurrenceDate() const {
 
 store::Recurrence EventObject::shownRecurrence() const {
   if (m_rulesChanged || !shown().series) return shown().recurrence;
-  const auto series = orThrow(m_access->store().item(*shown().series));
+  const auto series = orNone(m_access->store().item(*shown().series)).value_or(nullptr);
   return series ? series->recurrence : store::Recurrence();
 }
 

@@ -40,7 +40,7 @@ std::shared_ptr<EKEvent> EventArray::objectAtIndex(std::size_t index) const {
   const store::Occurrence& occurrence = orlocal::objectAtIndex(m_occurrences, static_cast<std::int64_t>(index));
   readAhead(m_readAhead, m_access->store(), index, m_occurrences.size(),
             [this](std::size_t i) { return m_occurrences[i].item; });
-  auto item = orThrow(m_access->store().item(occurrence.item));
+  auto item = orNone(m_access->store().item(occurrence.item)).value_or(nullptr);
   if (!item) return nullptr;
   return std::make_shared<EventObject>(m_access, std::move(item), occurrence);
 }
@@ -48,7 +48,7 @@ std::shared_ptr<EKEvent> EventArray::objectAtIndex(std::size_t index) const {
 std::shared_ptr<EKReminder> ReminderArray::objectAtIndex(std::size_t index) const {
   const store::ItemId row = orlocal::objectAtIndex(m_rows, static_cast<std::int64_t>(index));
   readAhead(m_readAhead, m_access->store(), index, m_rows.size(), [this](std::size_t i) { return m_rows[i]; });
-  auto item = orThrow(m_access->store().item(row));
+  auto item = orNone(m_access->store().item(row)).value_or(nullptr);
   if (!item) return nullptr;
   return std::make_shared<ReminderObject>(m_access, std::move(item));
 }

@@ -23,25 +23,39 @@ std::shared_ptr<Ours> required(const std::shared_ptr<Theirs>& object, const char
   return ours;
 }
 
-/// The kept answer, or a new one from `ask` when the store has changed since.
-template <class Predicate, class Ask>
-auto answered(const Predicate& predicate, store::CalendarStore& store, Ask ask) {
+auto ask(store::CalendarStore& store, const store::EventQuery& query) {
+  return orNone(store.occurrences(query), "events");
+}
+auto ask(store::CalendarStore& store, const store::ReminderQuery& query) {
+  return orNone(store.reminders(query), "reminders");
+}
+
+/// The kept answer, or a new one when the store has changed since; null when it does not give one.
+template <class Array, class Predicate>
+auto answered(const Predicate& predicate, const std::shared_ptr<StoreAccess>& access) {
+  store::CalendarStore& store = access->store();
   const std::uint64_t generation = store.generation();
   if (!predicate.answer || predicate.generation != generation) {
-    predicate.answer = ask(predicate.query);
+    auto found = ask(store, predicate.query);
+    predicate.answer = found ? std::make_shared<const Array>(access, *std::move(found)) : nullptr;
     predicate.generation = generation;
   }
   return predicate.answer;
 }
 
-std::shared_ptr<const EKPredicate> reminderPredicate(store::ReminderQuery::Status status, std::optional<Date> start,
-                                                     std::optional<Date> end, const EKCalendarArray& calendars) {
-  store::ReminderQuery query;
-  query.status = status;
-  query.from = start;
-  query.to = end;
+store::EventQuery eventQuery(Date start, Date end, const EKCalendarArray& calendars) {
+  store::EventQuery query;
+  if (start > distantPast()) query.from = start;
+  if (end < distantFuture()) query.to = end;
   query.calendars = calendarIds(calendars);
-  return std::make_shared<ReminderPredicate>(std::move(query));
+  return query;
+}
+
+/// A predicate that the store has answered once; null when it did not.
+template <class Predicate, class Array, class Query>
+std::shared_ptr<const EKPredicate> asked(Query query, const std::shared_ptr<StoreAccess>& access) {
+  auto predicate = std::make_shared<const Predicate>(std::move(query));
+  return answered<Array>(*predicate, access) ? predicate : nullptr;
 }
 
 }  // namespace
@@ -60,49 +74,68 @@ EKCalendarArray EventStoreObject::calendarsForEntityType(EKEntityType type) {
 }
 
 std::shared_ptr<EKCalendar> EventStoreObject::calendarWithIdentifier(std::string_view identifier) {
-  return object(orThrow(m_access->store().calendar(identifier)));
+  return object(orNone(m_access->store().calendar(identifier)).value_or(std::nullopt));
 }
 
 std::shared_ptr<EKCalendar> EventStoreObject::defaultCalendarForNewEvents() {
-  return object(orThrow(m_access->store().defaultCalendar(store::CalendarKind::kEvents)));
+  return object(orNone(m_access->store().defaultCalendar(store::CalendarKind::kEvents)).value_or(std::nullopt));
 }
 
 std::shared_ptr<EKCalendar> EventStoreObject::defaultCalendarForNewReminders() {
-  return object(orThrow(m_access->store().defaultCalendar(store::CalendarKind::kReminders)));
+  return object(orNone(m_access->store().defaultCalendar(store::CalendarKind::kReminders)).value_or(std::nullopt));
 }
 
 std::shared_ptr<const EKPredicate> EventStoreObject::predicateForEvents(Date start, Date end,
                                                                         const EKCalendarArray& calendars) {
   if (end < start) return nullptr;
-  store::EventQuery query;
-  if (start > distantPast()) query.from = start;
-  if (end < distantFuture()) query.to = end;
-  query.calendars = calendarIds(calendars);
-  return std::make_shared<EventPredicate>(std::move(query));
+  return asked<EventPredicate, EventArray>(eventQuery(start, end, calendars), m_access);
+}
+
+std::shared_ptr<const EKPredicate> EventStoreObject::predicateForOneEvent(Date start, Date end,
+                                                                          const EKCalendarArray& calendars,
+                                                                          std::string_view identifier) {
+  if (end < start) return nullptr;
+  const auto event = orNone(m_access->store().event(identifier));
+  if (!event) return nullptr;
+  store::EventQuery query = eventQuery(start, end, calendars);
+  // No row has the number 0. An identifier that is not known now never will be.
+  query.event = *event ? (*event)->id : 0;
+  return asked<EventPredicate, EventArray>(std::move(query), m_access);
 }
 
 std::shared_ptr<const EKEventArray> EventStoreObject::eventsMatchingPredicate(
     const std::shared_ptr<const EKPredicate>& predicate) {
-  const auto* asked = dynamic_cast<const EventPredicate*>(predicate.get());
-  if (asked == nullptr) return nullptr;
-  store::CalendarStore& store = m_access->store();
-  return answered(*asked, store, [&](const store::EventQuery& query) {
-    return std::make_shared<const EventArray>(m_access, orThrow(store.occurrences(query)));
-  });
+  const auto* ours = dynamic_cast<const EventPredicate*>(predicate.get());
+  return ours != nullptr ? answered<EventArray>(*ours, m_access) : nullptr;
 }
 
 std::shared_ptr<EKEvent> EventStoreObject::firstOccurrenceOf(std::shared_ptr<const store::Item> event) const {
   if (!event) return nullptr;
-  const auto occurrence = orThrow(m_access->store().firstOccurrence(*event));
+  const auto occurrence = orNone(m_access->store().firstOccurrence(*event));
+  if (!occurrence) return nullptr;
   // The first occurrence of a series may be a changed one, with a row of its own.
-  if (occurrence && occurrence->item != event->id) {
-    if (auto changed = orThrow(m_access->store().item(occurrence->item))) event = std::move(changed);
+  if (*occurrence && (*occurrence)->item != event->id) {
+    const auto changed = orNone(m_access->store().item((*occurrence)->item), "changed occurrence");
+    if (!changed) return nullptr;
+    if (*changed) event = *changed;
   }
-  return std::make_shared<EventObject>(m_access, std::move(event), occurrence);
+  return std::make_shared<EventObject>(m_access, std::move(event), *occurrence);
 }
 
 std::shared_ptr<EKEvent> EventStoreObject::eventWithIdentifier(std::string_view identifier) {
-  return firstOccurrenceOf(orThrow(m_access->store().event(identifier)));
+  return firstOccurrenceOf(orNone(m_access->store().event(identifier)).value_or(nullptr));
+}
+
+std::shared_ptr<const EKPredicate> EventStoreObject::reminderPredicate(store::ReminderQuery::Status status,
+                                                                       std::optional<Date> start,
+                                                                       std::optional<Date> end,
+                                                                       const EKCalendarArray& calendars) const {
+  store::ReminderQuery query;
+  query.status = status;
+  query.from = start;
+  query.to = end;
+  query.calendars = calendarIds(calendars);
+  return asked<ReminderPredicate, ReminderArray>(std::move(query), m_access);
 }
 
 std::shared_ptr<const EKPredicate> EventStoreObject::predicateForRemindersInCalendars(
@@ -124,16 +157,12 @@ std::shared_ptr<const EKPredicate> EventStoreObject::predicateForCompletedRemind
 
 void EventStoreObject::fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>& predicate,
                                                        ReminderCompletion completion) {
-  const auto* asked = dynamic_cast<const ReminderPredicate*>(predicate.get());
-  if (asked == nullptr) return completion(nullptr);
-  store::CalendarStore& store = m_access->store();
-  completion(answered(*asked, store, [&](const store::ReminderQuery& query) {
-    return std::make_shared<const ReminderArray>(m_access, orThrow(store.reminders(query)));
-  }));
+  const auto* ours = dynamic_cast<const ReminderPredicate*>(predicate.get());
+  completion(ours != nullptr ? answered<ReminderArray>(*ours, m_access) : nullptr);
 }
 
 std::shared_ptr<EKCalendarItem> EventStoreObject::calendarItemWithIdentifier(std::string_view identifier) {
-  auto item = orThrow(m_access->store().itemWithIdentifier(identifier));
+  auto item = orNone(m_access->store().itemWithIdentifier(identifier)).value_or(nullptr);
   if (!item) return nullptr;
   if (item->kind == store::ItemKind::kReminder) return std::make_shared<ReminderObject>(m_access, std::move(item));
   return firstOccurrenceOf(std::move(item));

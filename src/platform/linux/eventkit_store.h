@@ -46,6 +46,9 @@ class EventStoreObject final : public EKEventStore {
   bool saveReminder(const std::shared_ptr<EKReminder>& reminder, bool commit, std::optional<Error>& error) override;
   bool removeReminder(const std::shared_ptr<EKReminder>& reminder, bool commit, std::optional<Error>& error) override;
 
+  /// Occurrences of one event alone, at the cost of what it has itself; none for an unknown identifier.
+  std::shared_ptr<const EKPredicate> predicateForOneEvent(Date start, Date end, const EKCalendarArray& calendars,
+                                                          std::string_view identifier);
   /// Saves with a span that only the older platform names, too.
   bool writeEvent(EventObject& event, store::Span span, std::optional<Error>& error);
 
@@ -54,6 +57,8 @@ class EventStoreObject final : public EKEventStore {
  private:
   std::shared_ptr<EKCalendar> object(std::optional<store::Calendar> calendar) const;
   std::shared_ptr<EKEvent> firstOccurrenceOf(std::shared_ptr<const store::Item> event) const;
+  std::shared_ptr<const EKPredicate> reminderPredicate(store::ReminderQuery::Status status, std::optional<Date> start,
+                                                       std::optional<Date> end, const EKCalendarArray& calendars) const;
 
   std::shared_ptr<StoreAccess> m_access;
 };

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/exception.h"
 #include "platform/linux/run_loop_linux.h"
 #include "platform/linux/store_access.h"
 #include "platform/notification_center.h"
@@ -42,7 +43,9 @@ ExternalChanges::~ExternalChanges() = default;
 void ExternalChanges::listen() {
   if (!m_watch) {
     auto watch = std::make_unique<Watch>();
-    watch->position = orThrow(m_access.store().newestChange());
+    const auto newest = m_access.store().newestChange();
+    if (!newest) throw Exception("CalendarStoreException", newest.error().message);
+    watch->position = *newest;
     m_watch = std::move(watch);
   }
   if (!m_watch->looking) m_watch->looking = lookAtEachTurn([this] { look(); });
@@ -53,9 +56,10 @@ void ExternalChanges::pause() {
 }
 
 void ExternalChanges::look() {
-  const std::uint64_t generation = m_access.store().generation();
+  store::CalendarStore& store = m_access.store();
+  const std::uint64_t generation = store.generation();
   if (generation == std::exchange(m_watch->generation, generation) && m_watch->untold.empty()) return;
-  if (auto commits = m_access.store().outsideCommits(m_watch->position)) {
+  if (auto commits = orNone(store.outsideCommits(m_watch->position))) {
     for (auto& commit : *commits) {
       if (!commit.events.empty()) m_watch->untold.push_back(std::move(commit.events));
     }

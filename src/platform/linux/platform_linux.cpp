@@ -1,8 +1,5 @@
 #include "platform/linux/platform_linux.h"
 
-#include <cstdio>
-#include <string>
-
 #include "platform/address_book.h"
 #include "platform/bundle_strings.h"
 #include "platform/calendar_store.h"
@@ -12,6 +9,7 @@
 #include "platform/linux/notification_center_linux.h"
 #include "platform/linux/run_loop_linux.h"
 #include "platform/linux/store_access.h"
+#include "platform/linux/system_log.h"
 #include "platform/linux/system_version_linux.h"
 #include "platform/platform.h"
 
@@ -38,12 +36,7 @@ class LinuxPlatform final : public Platform {
   }
   SystemVersion& systemVersion() override { return lazily(m_systemVersion, makeSystemVersion); }
 
-  void log(std::string_view line) override {
-    // One write, so that lines of several processes on one terminal stay whole.
-    std::string text(line);
-    text.push_back('\n');
-    std::fwrite(text.data(), 1, text.size(), stderr);
-  }
+  void log(std::string_view line) override { writeToSystemLog(line); }
 
  private:
   template <class T, class Make>

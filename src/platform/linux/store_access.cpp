@@ -3,35 +3,80 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/exception.h"
+#include "platform/linux/unopened_store.h"
 #include "platform/linux/zone_linux.h"
 #include "store/location.h"
 
 namespace orlocal {
 
-void throwStoreException(const store::Error& error) { throw Exception(std::string(kStoreException), error.message); }
+namespace {
 
-StoreAccess::StoreAccess() : m_viewer(store::Zone::ofUser()), m_defaultTimeZone(makeTimeZone(m_viewer)) {}
+/// Whether a failure is the store's and not the caller's, who would be refused by any store.
+bool isTrouble(store::ErrorCode code) {
+  switch (code) {
+    case store::ErrorCode::kNotFound:
+    case store::ErrorCode::kInvalid:
+    case store::ErrorCode::kReadOnly:
+    case store::ErrorCode::kRefused:
+    case store::ErrorCode::kInterrupted:
+      return false;
+    default:
+      return true;
+  }
+}
+
+store::Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer) {
+  auto file = store::userStoreFile();
+  StoreTroubles::ofThisProcess().setFile(file ? file->string() : std::string());
+  if (!file) return tl::unexpected(std::move(file.error()));
+  store::StoreOptions options;
+  options.file = *std::move(file);
+  options.viewer = viewer;
+  return store::CalendarStore::open(std::move(options));
+}
+
+}  // namespace
+
+void tellFailure(const store::Error& failure, std::optional<Error>& error, const char* call) {
+  if (isTrouble(failure.code)) StoreTroubles::ofThisProcess().failed(call, failure);
+  error = Error{.localizedDescription = failure.message, .localizedFailureReason = std::nullopt};
+}
+
+StoreAccess::StoreAccess()
+    : m_viewer(store::Zone::ofUser()),
+      m_defaultTimeZone(makeTimeZone(m_viewer)),
+      m_events(none()),
+      m_reminders(none()) {}
+
+StoreAccess::Calendars StoreAccess::none() { return std::make_shared<const std::vector<store::Calendar>>(); }
 
 store::CalendarStore& StoreAccess::store() {
-  if (!m_store) {
-    store::StoreOptions options;
-    options.file = orThrow(store::userStoreFile());
-    options.viewer = m_viewer;
-    m_store = orThrow(store::CalendarStore::open(std::move(options)));
+  if (m_store) return *m_store;
+  constexpr const char* kOpening = "open";
+  auto opened = openUserStore(m_viewer);
+  if (opened) {
+    StoreTroubles::ofThisProcess().worked(kOpening);
+    m_store = *std::move(opened);
+    m_unopened.reset();
+    return *m_store;
   }
-  return *m_store;
+  StoreTroubles::ofThisProcess().failed(kOpening, opened.error());
+  m_unopened = makeUnopenedStore(std::move(opened.error()));
+  return *m_unopened;
 }
 
 void StoreAccess::refresh() {
-  const std::uint64_t generation = store().generation();
+  store::CalendarStore& store = this->store();
+  const std::uint64_t generation = store.generation();
   if (m_readAt == generation) return;
-  m_events =
-      std::make_shared<const std::vector<store::Calendar>>(orThrow(store().calendars(store::CalendarKind::kEvents)));
-  m_reminders =
-      std::make_shared<const std::vector<store::Calendar>>(orThrow(store().calendars(store::CalendarKind::kReminders)));
-  m_sources = orThrow(store().sources());
-  m_readAt = generation;
+  auto events = orNone(store.calendars(store::CalendarKind::kEvents), "calendars");
+  auto reminders = orNone(store.calendars(store::CalendarKind::kReminders), "reminder lists");
+  auto sources = orNone(store.sources(), "sources");
+  const bool read = m_store && events && reminders && sources;
+  m_events = events ? std::make_shared<const std::vector<store::Calendar>>(*std::move(events)) : none();
+  m_reminders = reminders ? std::make_shared<const std::vector<store::Calendar>>(*std::move(reminders)) : none();
+  m_sources = std::move(sources).value_or(std::vector<store::Source>());
+  m_readAt = read ? std::optional(generation) : std::nullopt;
 }
 
 StoreAccess::Calendars StoreAccess::calendars(store::CalendarKind kind) {

@@ -4,34 +4,40 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/linux/system_log.h"
 #include "platform/zone.h"
 #include "store/calendar_store.h"
 #include "store/zone.h"
 
 namespace orlocal {
 
-/// The name of the exceptions that say why the store cannot be used.
-inline constexpr std::string_view kStoreException = "CalendarStoreException";
-
-/// Throws `Exception` with the store's sentence.
-[[noreturn]] void throwStoreException(const store::Error& error);
-
-/// What the store answered, or `Exception`.
+/// What the store answered; none when it failed, and the reason is in the system's log. `call` names who asked.
 template <class T>
-T orThrow(store::Result<T> result) {
-  if (!result) throwStoreException(result.error());
+std::optional<T> orNone(store::Result<T> result, const char* call = __builtin_FUNCTION()) {
+  if (!result) {
+    StoreTroubles::ofThisProcess().failed(call, result.error());
+    return std::nullopt;
+  }
+  StoreTroubles::ofThisProcess().worked(call);
   return *std::move(result);
 }
 
-/// True when the store did as it was told; else `error` carries its sentence.
+/// Tells the system's log of a failure that no caller could have prevented, and `error` of any.
+void tellFailure(const store::Error& failure, std::optional<Error>& error, const char* call);
+
+/// True when the store did as it was told; else `error` carries its sentence. What no caller could have done better is
+/// in the system's log, too.
 template <class T>
-bool succeeded(const store::Result<T>& done, std::optional<Error>& error) {
-  if (!done) error = Error{.localizedDescription = done.error().message, .localizedFailureReason = std::nullopt};
+bool succeeded(const store::Result<T>& done, std::optional<Error>& error, const char* call = __builtin_FUNCTION()) {
+  if (done) {
+    StoreTroubles::ofThisProcess().worked(call);
+  } else {
+    tellFailure(done.error(), error, call);
+  }
   return done.has_value();
 }
 
@@ -41,7 +47,8 @@ class StoreAccess {
  public:
   StoreAccess();
 
-  /// Throws `Exception` when the store cannot be opened; the next call tries again.
+  /// Valid until the next call of any kind. When the store cannot be opened the reason is in the system's log, every
+  /// call of what is returned fails with it, and the next one tries again.
   store::CalendarStore& store();
 
   /// The default zone, as the store and as the platform know it.
@@ -49,19 +56,21 @@ class StoreAccess {
   const std::shared_ptr<const TimeZone>& defaultTimeZone() const { return m_defaultTimeZone; }
 
   using Calendars = std::shared_ptr<const std::vector<store::Calendar>>;
-  /// In their order. Costs little until the store changes.
+  /// In their order; empty when the store cannot be read. Costs little until the store changes.
   Calendars calendars(store::CalendarKind kind);
-  /// The calendar with this row number; none when there is none.
+  /// The calendar with this row number; none when there is none or the store cannot be read.
   std::optional<store::Calendar> calendar(store::CalendarId id);
   std::optional<store::Source> source(store::SourceId id);
 
  private:
+  static Calendars none();
   void refresh();
 
   store::Zone m_viewer;
   std::shared_ptr<const TimeZone> m_defaultTimeZone;
   std::unique_ptr<store::CalendarStore> m_store;
-  std::optional<std::uint64_t> m_readAt;  ///< generation of what follows
+  std::unique_ptr<store::CalendarStore> m_unopened;  ///< in the place of a store that could not be opened
+  std::optional<std::uint64_t> m_readAt;             ///< generation of what follows
   Calendars m_events, m_reminders;
   std::vector<store::Source> m_sources;
 };

@@ -39,6 +39,7 @@ class LinuxSubject : public CalendarStoreSubject {
     calendar.readOnly = true;
     ASSERT_TRUE(other->saveCalendar(calendar));
   }
+  void keepFromOpening() override { std::filesystem::create_directory(m_folder / "calendar.db"); }
   Date now() override { return store::now(); }
 
  private:

@@ -235,10 +235,5 @@ TEST_F(CalendarStoreDetails, ADueDateIsAMomentInTheDefaultZone) {
   EXPECT_EQ(row->end->zone, "Europe/Berlin");
 }
 
-TEST_F(CalendarStoreDetails, AStoreThatCannotBeOpenedThrows) {
-  ::setenv("ORLOCAL_STORE", "/dev/null/calendar.db", 1);
-  EXPECT_THROW(cal()->calendars(), Exception);
-}
-
 }  // namespace
 }  // namespace orlocal

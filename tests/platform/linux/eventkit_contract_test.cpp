@@ -53,6 +53,7 @@ class StoreEventKitSubject final : public EventKitSubject {
     EXPECT_TRUE(writer->commit());
   }
 
+  void keepFromOpening() override { std::filesystem::create_directory(m_folder / "calendar.db"); }
   void turnRunLoop() override { m_platform->currentRunLoop().turn(); }
   Date now() override { return store::now(); }
 

@@ -4,7 +4,6 @@ namespace orlocal {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 class EventKitFetch : public StoreFixture {
@@ -27,19 +26,9 @@ TEST_F(EventKitFetch, TouchesNoFileBeforeSomethingIsAskedFor) {
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
-TEST_F(EventKitFetch, ThrowsTheReasonWhenTheStoreCannotBeOpened) {
-  std::filesystem::create_directory(file);
-  try {
-    eventCalendars();
-    FAIL() << "opened a folder";
-  } catch (const Exception& exception) {
-    EXPECT_THAT(exception.reason(), HasSubstr(file.string()));
-  }
-}
-
 TEST_F(EventKitFetch, TriesAgainOnceTheStoreCanBeOpened) {
   std::filesystem::create_directory(file);
-  EXPECT_THROW(eventCalendars(), Exception);
+  EXPECT_THAT(eventCalendars(), IsEmpty());
   std::filesystem::remove(file);
   EXPECT_EQ(eventCalendars().size(), 1U);
 }
