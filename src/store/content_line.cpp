@@ -127,7 +127,13 @@ std::string_view ContentLines::physicalLine() {
 }
 
 bool ContentLines::next(ContentLine& line) {
-  const auto continues = [&] { return m_at < m_bytes.size() && (m_bytes[m_at] == ' ' || m_bytes[m_at] == '\t'); };
+  // Some files have an empty line before each continuation.
+  const auto continues = [&] {
+    const std::size_t at = m_bytes.find_first_not_of("\r\n", m_at);
+    if (at == std::string_view::npos || (m_bytes[at] != ' ' && m_bytes[at] != '\t')) return false;
+    while (m_at < at) (void)physicalLine();
+    return true;
+  };
   while (m_at < m_bytes.size()) {
     const int number = m_line;
     std::string_view text = physicalLine();

@@ -57,6 +57,11 @@ TEST(Utf8, KnowsOverlongFormsSurrogatesAndWhatLiesTooHigh) {
     EXPECT_FALSE(isUtf8(bytes));
 }
 
+TEST(Unfolding, SkipsEmptyLinesBeforeAContinuation) {
+  EXPECT_EQ(textsOf("SUMMARY:a\r\n\r\n b\r\n\r\n\r\n c\r\n\r\nUID:1\r\n"), (Texts{"1 SUMMARY:abc", "8 UID:1"}));
+  EXPECT_EQ(textsOf("SUMMARY:a\n\n\n"), Texts{"1 SUMMARY:a"});
+}
+
 TEST(SplitLine, FindsTheColonOutsideOfQuotes) {
   const auto line = splitContentLine("ATTENDEE;CN=\"Doe: \"\"J;X\":mailto:a@b", 1);
   ASSERT_TRUE(line);
