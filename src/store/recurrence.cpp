@@ -1,11 +1,10 @@
-#include "store/recurrence.h"
-
 #include <algorithm>
 #include <limits>
 #include <utility>
 
 #include <fmt/core.h>
 
+#include "store/recurrence.h"
 #include "store/recurrence_rule.h"
 
 namespace orlocal::store {
@@ -24,6 +23,8 @@ using std::chrono::seconds;
 constexpr LocalSeconds kClockSlack = kSecondsPerDay + 7200;
 /// Occurrences are sorted in pieces of about this many.
 constexpr std::int64_t kSortedPiece = 20'000;
+/// The first piece is this small: most who ask for the first occurrence need no other.
+constexpr std::int64_t kFirstPiece = 32;
 /// What finding the end of a counted rule may take.
 constexpr std::uint64_t kCountingSteps = 4'000'000;
 
@@ -237,11 +238,14 @@ bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
                           const std::function<bool(LocalSeconds, Moment)>& visit) const {
   std::int64_t perDay = 1;
   for (const Rule& rule : rules) perDay += rule.rule.perDay();
-  const std::chrono::days piece(std::clamp<std::int64_t>(kSortedPiece / perDay, 1, 3660));
+  const auto timeOf = [&](std::int64_t occurrences) {
+    return seconds(std::clamp<std::int64_t>(occurrences * kSecondsPerDay / perDay, 60, 3660 * kSecondsPerDay));
+  };
+  seconds piece = timeOf(kFirstPiece);
   std::vector<std::pair<Moment, LocalSeconds>> found;
-  for (Moment low = from; low < to; low += piece) {
+  for (Moment low = from, high = from; low < to; low = high, piece = std::min(piece * 2, timeOf(kSortedPiece))) {
     if (!budget.step()) return false;
-    const Moment high = std::min(to, low + piece);
+    high = std::min(to, low + piece);
     found.clear();
     const auto take = [&](LocalSeconds local, Moment at) {
       if (at >= low && at < high) found.emplace_back(at, local);
