@@ -79,6 +79,7 @@ class LayoutReader {
                 m_calendar,
                 "",
                 false,
+                false,
                 0,
                 ""};
     } else if (role == Role::kZone && top) {
@@ -150,6 +151,7 @@ class LayoutReader {
     } else if (role == Role::kItem) {
       if (line.is("UID")) m_item.uid = unescapeText(line.value);
       if (line.is("RECURRENCE-ID")) m_item.changed = true;
+      if (line.is("RRULE") || line.is("RDATE")) m_item.repeats = true;
       if (line.is("SEQUENCE"))
         std::from_chars(line.value.data(), line.value.data() + line.value.size(), m_item.sequence);
       if (line.is("LAST-MODIFIED") || (line.is("DTSTAMP") && m_item.modified.empty()))

@@ -24,6 +24,7 @@ struct ItemSpan {
   std::size_t calendar = 0;
   std::string uid;
   bool changed = false;  ///< has a RECURRENCE-ID
+  bool repeats = false;  ///< has a rule or added dates
   std::int64_t sequence = 0;
   std::string modified;  ///< LAST-MODIFIED or DTSTAMP as written, to tell the newer one of two
 };

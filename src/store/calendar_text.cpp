@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::array<std::string_view, 7> kFrequencies{"SECONDLY", "MINUTELY", "HOURLY", "DAILY",
                                                        "WEEKLY",   "MONTHLY",  "YEARLY"};
+constexpr std::array<std::string_view, 3> kSkips{"OMIT", "BACKWARD", "FORWARD"};
 constexpr std::array<std::string_view, 7> kWeekDays{"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
 
 /// The parts of a rule that are plain lists of numbers, in the order they are written.
@@ -89,6 +90,14 @@ Status readPart(RecurrenceRule& rule, std::string_view part, std::string_view na
   if (const auto* found = listed(kLateParts); found != kLateParts.end()) list = found;
   if (list != nullptr) {
     for (std::string_view item : splitUnescaped(value, ',')) {
+      item = trimmed(item);
+      const bool leap = list->list == &RecurrenceRule::byMonth && (item.ends_with('L') || item.ends_with('l'));
+      if (leap) {
+        const auto month = parseNumber<int>(item.substr(0, item.size() - 1));
+        if (!month) return badPart(part);
+        rule.byLeapMonth.push_back(*month);
+        continue;
+      }
       const auto number = parseNumber<int>(trimmed(item));
       if (!number) return badPart(part);
       (rule.*list->list).push_back(*number);
@@ -113,17 +122,42 @@ Status readPart(RecurrenceRule& rule, std::string_view part, std::string_view na
   } else if (equalsNoCase(name, "WKST")) {
     rule.weekStart = weekDay(value);
     if (!rule.weekStart) return badPart(part);
-  } else if (!(equalsNoCase(name, "RSCALE") && equalsNoCase(value, "GREGORIAN")) &&
-             !(equalsNoCase(name, "SKIP") && equalsNoCase(value, "OMIT"))) {
-    return failure(ErrorCode::kInvalid, fmt::format("the rule's part \"{}\" cannot be followed", part));
+  } else if (equalsNoCase(name, "RSCALE")) {
+    if (value.empty()) return badPart(part);
+    for (char c : value) rule.scale += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+  } else if (equalsNoCase(name, "SKIP")) {
+    const auto* found =
+        std::find_if(kSkips.begin(), kSkips.end(), [&](auto known) { return equalsNoCase(known, value); });
+    if (found == kSkips.end()) return badPart(part);
+    rule.skip = static_cast<RecurrenceRule::Skip>(found - kSkips.begin());
+  } else {
+    return failure(ErrorCode::kUnsupported, fmt::format("the rule's part \"{}\" cannot be followed", part));
   }
   return {};
 }
 
 void putList(std::string& out, const ListPart& part, const RecurrenceRule& rule) {
-  const auto& values = rule.*part.list;
-  for (std::size_t i = 0; i < values.size(); ++i)
-    out += i == 0 ? fmt::format(";{}={}", part.name, values[i]) : fmt::format(",{}", values[i]);
+  const char* before = "=";
+  const auto put = [&](const std::vector<int>& values, const char* after) {
+    for (const int value : values) {
+      if (*before == '=') out.append(";").append(part.name);
+      out += fmt::format("{}{}{}", before, value, after);
+      before = ",";
+    }
+  };
+  put(rule.*part.list, "");
+  if (part.list == &RecurrenceRule::byMonth) put(rule.byLeapMonth, "L");
+}
+
+/// What the parts say together.
+Status settle(RecurrenceRule& rule) {
+  if (rule.scale.empty() && rule.skip != RecurrenceRule::Skip::kOmit)
+    return failure(ErrorCode::kUnsupported, "the rule's SKIP cannot be followed without RSCALE");
+  if (rule.scale.empty() && !rule.byLeapMonth.empty())
+    return failure(ErrorCode::kInvalid, "the rule's BYMONTH names a leap month, and the calendar has none");
+  if (rule.scale == "GREGORIAN" && rule.skip == RecurrenceRule::Skip::kOmit && rule.byLeapMonth.empty())
+    rule.scale.clear();
+  return {};
 }
 
 }  // namespace
@@ -255,11 +289,13 @@ Result<RecurrenceRule> parseRule(std::string_view text) {
     hasFrequency = hasFrequency || equalsNoCase(name, "FREQ");
   }
   if (!hasFrequency) return failure(ErrorCode::kInvalid, "the rule has no FREQ");
+  if (auto status = settle(rule); !status) return tl::unexpected(status.error());
   return rule;
 }
 
 std::string ruleText(const RecurrenceRule& rule) {
-  std::string text = fmt::format("FREQ={}", kFrequencies[static_cast<std::size_t>(rule.frequency)]);
+  std::string text = rule.scale.empty() ? std::string() : "RSCALE=" + rule.scale + ";";
+  text += fmt::format("FREQ={}", kFrequencies[static_cast<std::size_t>(rule.frequency)]);
   if (rule.until) text += ";UNTIL=" + timeText(*rule.until);
   if (rule.count) text += fmt::format(";COUNT={}", *rule.count);
   if (rule.interval != 1) text += fmt::format(";INTERVAL={}", rule.interval);
@@ -272,6 +308,8 @@ std::string ruleText(const RecurrenceRule& rule) {
   }
   for (const auto& part : kLateParts) putList(text, part, rule);
   if (rule.weekStart) text += fmt::format(";WKST={}", kWeekDays[static_cast<std::size_t>(*rule.weekStart)]);
+  if (rule.skip != RecurrenceRule::Skip::kOmit)
+    text.append(";SKIP=").append(kSkips[static_cast<std::size_t>(rule.skip)]);
   return text;
 }
 

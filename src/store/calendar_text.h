@@ -29,7 +29,8 @@ std::string durationText(std::chrono::seconds length);
 std::optional<int> parseOffset(std::string_view text);
 std::string offsetText(int seconds);
 
-/// The value of RRULE. Fails with the reason.
+/// The value of RRULE. Fails with the reason: `kInvalid` when it is no rule, `kUnsupported` when it is one that cannot
+/// be followed.
 Result<RecurrenceRule> parseRule(std::string_view text);
 std::string ruleText(const RecurrenceRule& rule);
 

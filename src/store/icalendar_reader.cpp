@@ -11,6 +11,7 @@
 
 #include "store/calendar_layout.h"
 #include "store/item_reader.h"
+#include "store/later_changes.h"
 #include "store/tzid_table.h"
 
 namespace orlocal::store {
@@ -94,6 +95,16 @@ void CalendarReader::Data::group() {
     else
       addMain(groups[at], i);
   }
+  // Some write a whole series with the original start of its first occurrence.
+  for (Group& group : groups) {
+    if (group.main) continue;
+    const auto found = std::find_if(group.changed.begin(), group.changed.end(),
+                                    [&](std::size_t i) { return layout.items[i].repeats; });
+    if (found == group.changed.end()) continue;
+    group.main = *found;
+    layout.items[*found].changed = false;
+    group.changed.erase(found);
+  }
 }
 
 Result<CalendarReader> CalendarReader::open(const std::filesystem::path& file) {
@@ -139,7 +150,8 @@ const std::map<std::string, std::string>& CalendarReader::privateZones() const {
 
 ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
   const Data::Group& group = m_data->groups[index];
-  ItemGroup made{group.calendar, group.line, std::nullopt, {}};
+  ItemGroup made{group.calendar, group.line, std::nullopt, {}, nullptr, {}};
+  std::vector<LaterChange> later;
   const auto add = [&](Item&& changed, int line) {
     // Compared as written: two writings of one moment are told apart by whoever knows the series.
     const auto same = [&](const Item& other) { return other.recurrenceId == changed.recurrenceId; };
@@ -155,13 +167,25 @@ ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
     const ItemSpan& span = m_data->layout.items[*group.main];
     if (auto read = readItem(m_data->bytes, span, m_data->zones, problems)) {
       made.main = std::move(read->item);
+      made.series = std::move(read->series);
       for (Item& period : read->periods) add(std::move(period), span.span.line);
     }
   }
   for (const std::size_t i : group.changed) {
     const ItemSpan& span = m_data->layout.items[i];
-    if (auto read = readItem(m_data->bytes, span, m_data->zones, problems)) add(std::move(read->item), span.span.line);
+    auto read = readItem(m_data->bytes, span, m_data->zones, problems);
+    if (!read) continue;
+    if (read->andFuture && made.series) {
+      later.push_back({std::move(read->item), span.span.line});
+      continue;
+    }
+    if (read->andFuture)
+      problems.warnings.push_back({span.span.line, read->item.uid,
+                                   "RANGE=THISANDFUTURE has no series here that it could change: only this one "
+                                   "occurrence is changed"});
+    add(std::move(read->item), span.span.line);
   }
+  if (!later.empty()) cutAtLaterChanges(made, std::move(later), problems);
   return made;
 }
 

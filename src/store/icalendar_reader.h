@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "store/model.h"
+#include "store/recurrence.h"
 #include "store/result.h"
 
 namespace orlocal::store {
@@ -39,8 +40,11 @@ struct CalendarHead {
 struct ItemGroup {
   std::size_t calendar = 0;  ///< index of its VCALENDAR
   int line = 0;
-  std::optional<Item> main;   ///< none when it was refused, or when there are changed occurrences only
-  std::vector<Item> changed;  ///< in the order of the file
+  std::optional<Item> main;              ///< none when it was refused, or when there are changed occurrences only
+  std::vector<Item> changed;             ///< in the order of the file
+  std::shared_ptr<const Series> series;  ///< `main` compiled for UTC, when it repeats
+  /// What changes from an occurrence on (RANGE=THISANDFUTURE) is cut off there, as a series of its own; by start.
+  std::vector<ItemGroup> later;
 };
 
 /// An iCalendar file (RFC 5545), read item by item. Nothing in it is ever opened, run or fetched.

@@ -72,6 +72,7 @@ class ItemText {
     for (const RecurrenceRule& rule : m_item.recurrence.rules) line("RRULE:" + ruleText(rule));
     times("RDATE", m_item.recurrence.added);
     times("EXDATE", m_item.recurrence.excluded);
+    for (const ExceptionRule& rule : m_item.recurrence.exceptionRules) exceptionRule(rule);
     text("LOCATION", m_item.location);
     text("DESCRIPTION", m_item.notes);
     if (m_item.url) line("URL" + parametersOf("URL") + ":" + *m_item.url);
@@ -113,6 +114,14 @@ class ItemText {
         text += "," + timeText(values[i]);
       line(text);
     }
+  }
+  void exceptionRule(const ExceptionRule& exception) {
+    std::string text = "EXRULE";
+    if (exception.start) {
+      const Kind kind = m_item.allDay() ? Kind::kDate : Kind::kFloating;
+      text.append(";").append(kExceptionStart).append("=").append(timeText({kind, *exception.start, ""}));
+    }
+    line(text + ":" + ruleText(exception.rule));
   }
   void completion() {
     if (!m_item.completed) return;

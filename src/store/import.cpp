@@ -40,15 +40,22 @@ class Importer {
     const auto target = targetOf(kind, group.calendar);
     if (!target) return tl::unexpected(target.error());
     if (auto status = keepZones(); !status) return status;
-    if (group.main) return put(*target, group.line, *group.main, group.changed);
+    if (group.main) {
+      if (auto status = put(*target, group.line, *group.main, group.changed, group.series.get()); !status)
+        return status;
+      for (ItemGroup& later : group.later)
+        if (auto status = put(*target, later.line, *later.main, later.changed, later.series.get()); !status)
+          return status;
+      return {};
+    }
     for (Item& stray : group.changed) {
       std::vector<Item> none;
-      if (auto status = put(*target, group.line, stray, none); !status) return status;
+      if (auto status = put(*target, group.line, stray, none, nullptr); !status) return status;
     }
     return {};
   }
 
-  Status put(CalendarId calendar, int line, Item& main, std::vector<Item>& changed) {
+  Status put(CalendarId calendar, int line, Item& main, std::vector<Item>& changed, const Series* compiled) {
     // Two calendars of the file may be led to one; there a UID counts once.
     const std::string occurrence = main.recurrenceId ? fmt::format("{}", main.recurrenceId->local - LocalTime()) : "";
     if (!m_seen.insert(fmt::format("{}:{}:{}", calendar, occurrence, main.uid)).second) {
@@ -56,7 +63,7 @@ class Importer {
       return {};
     }
     const std::string uid = main.uid;
-    const auto outcome = m_writer.put(calendar, main, changed);
+    const auto outcome = m_writer.put(calendar, main, changed, compiled);
     if (!outcome) {
       const auto code = outcome.error().code;
       if (code != ErrorCode::kInvalid && code != ErrorCode::kRefused) return tl::unexpected(outcome.error());

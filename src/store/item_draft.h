@@ -66,6 +66,8 @@ class ItemDraft {
   void recurrenceId(const ContentLine& line);
   void rule(const ContentLine& line);
   void exceptionRule(const ContentLine& line);
+  /// Fails also when the rule cannot be followed.
+  static Result<RecurrenceRule> readRule(const ContentLine& line);
   void added(const ContentLine& line);
   void excluded(const ContentLine& line);
   void dates(const ContentLine& line, std::vector<CalendarTime>& list, bool periods);
@@ -98,9 +100,9 @@ class ItemDraft {
   std::optional<Duration> m_duration;
   std::vector<std::pair<CalendarTime, std::optional<CalendarTime>>> m_periods;
   std::optional<Moment> m_stamp;
-  bool m_isDone = false, m_isFull = false;
+  bool m_isDone = false, m_isFull = false, m_andFuture = false;
   std::string m_percent;
-  int m_endLine = 0, m_ruleLine = 0, m_failureLine = 0;
+  int m_endLine = 0, m_ruleLine = 0, m_recurrenceIdLine = 0, m_failureLine = 0;
   std::string m_failure;
 };
 

@@ -5,6 +5,8 @@
 
 #include "store/civil_days.h"
 #include "store/item_draft.h"
+#include "store/item_words.h"
+#include "store/recurrence_scale.h"
 
 // What each property of an item means.
 namespace orlocal::store {
@@ -134,20 +136,45 @@ void ItemDraft::duration(const ContentLine& line) {
 
 void ItemDraft::recurrenceId(const ContentLine& line) {
   moment(m_item.recurrenceId, line);
-  if (line.parameter("RANGE"))
-    warn(line.line, "RANGE=THISANDFUTURE is not followed: only this one occurrence is changed");
+  m_recurrenceIdLine = line.line;
+  const auto range = line.parameter("RANGE");
+  if (!range) return;
+  m_andFuture = equalsNoCase(*range, "THISANDFUTURE");
+  if (!m_andFuture)
+    warn(line.line, fmt::format("RANGE={} is not followed: only this one occurrence is changed", *range));
+}
+
+Result<RecurrenceRule> ItemDraft::readRule(const ContentLine& line) {
+  auto read = parseRule(line.value);
+  if (!read || !ScaledRule::isNeededFor(*read)) return read;
+  if (auto status = ScaledRule::check(*read); !status) return tl::unexpected(status.error());
+  return read;
 }
 
 void ItemDraft::rule(const ContentLine& line) {
-  auto read = parseRule(line.value);
-  if (!read) return fail(line.line, read.error().message);
+  auto read = readRule(line);
   m_ruleLine = line.line;
-  m_item.recurrence.rules.push_back(std::move(*read));
+  if (read) {
+    m_item.recurrence.rules.push_back(std::move(*read));
+  } else if (read.error().code == ErrorCode::kUnsupported) {
+    keep(line);
+    warn(line.line, fmt::format("{}; the rule is kept, and nothing is repeated by it", read.error().message));
+  } else {
+    fail(line.line, read.error().message);
+  }
 }
 
 void ItemDraft::exceptionRule(const ContentLine& line) {
-  keep(line);
-  warn(line.line, "EXRULE is kept but not followed: occurrences that it takes out are shown");
+  auto read = readRule(line);
+  if (!read) {
+    keep(line);
+    return warn(line.line, fmt::format("{}; EXRULE is kept, and what it takes out is shown", read.error().message));
+  }
+  ExceptionRule made{std::move(*read), std::nullopt};
+  // Ours, of what was split off a series: from when the rule runs there.
+  if (const auto start = line.parameter(kExceptionStart))
+    if (const auto time = parseTime(*start)) made.start = time->local;
+  m_item.recurrence.exceptionRules.push_back(std::move(made));
 }
 
 void ItemDraft::added(const ContentLine& line) { dates(line, m_item.recurrence.added, true); }

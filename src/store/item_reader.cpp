@@ -84,6 +84,12 @@ std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
   if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start)
     fail(m_span.span.line, "it has no DTSTART");
   if (!m_failure.empty()) return refuse(m_failureLine, m_failure);
+  if (m_item.recurrenceId && !m_span.changed) {
+    warn(m_recurrenceIdLine, "RECURRENCE-ID changes no series of this file and was passed over: this is a series");
+    m_item.recurrenceId.reset();
+    m_parameters.erase("RECURRENCE-ID");
+    m_andFuture = false;
+  }
   // In an order that does not hang on where the lines stood.
   std::string extra;
   for (const auto& [name, parameters] : m_parameters) extra.append("@").append(name).append(parameters).append("\n");
@@ -157,9 +163,17 @@ std::optional<ReadItem> ItemDraft::settleRecurrence() {
   ReadItem made;
   if (!m_item.recurrence.empty()) {
     ExpansionBudget budget(kFirstSteps);
-    const auto series = Series::compile(m_item, Zone());
-    const auto first = series ? series->first(budget) : tl::unexpected(series.error());
-    if (!first) return refuse(m_ruleLine != 0 ? m_ruleLine : m_span.span.line, first.error().message);
+    const int line = m_ruleLine != 0 ? m_ruleLine : m_span.span.line;
+    auto series = Series::compile(m_item, Zone());
+    if (!series && !m_item.recurrence.exceptionRules.empty()) {
+      warn(line, fmt::format("{}; EXRULE was passed over, and what it takes out is shown", series.error().message));
+      m_item.recurrence.exceptionRules.clear();
+      series = Series::compile(m_item, Zone());
+    }
+    if (!series) return refuse(line, series.error().message);
+    if (const auto status = series->checkDensity(); !status) return refuse(line, status.error().message);
+    if (const auto first = series->first(budget); !first) return refuse(line, first.error().message);
+    made.series = std::make_shared<const Series>(std::move(*series));
     const auto length = m_item.start && m_item.end ? momentOf(*m_item.end, Zone()) - momentOf(*m_item.start, Zone())
                                                    : Moment::duration{};
     for (const auto& [begin, end] : m_periods) {
@@ -172,6 +186,7 @@ std::optional<ReadItem> ItemDraft::settleRecurrence() {
     }
   }
   made.item = std::move(m_item);
+  made.andFuture = m_andFuture;
   return made;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,8 @@ struct ReadItem {
   Item item;
   /// Added occurrences with a length of their own (RDATE of periods): as changed occurrences.
   std::vector<Item> periods;
+  std::shared_ptr<const Series> series;  ///< `item` compiled for UTC, when it repeats
+  bool andFuture = false;                ///< changes the later occurrences, too (RANGE=THISANDFUTURE)
 };
 
 /// Reads a VEVENT or VTODO. None when it is refused; that and everything else worth telling goes to `problems`.

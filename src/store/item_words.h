@@ -11,6 +11,9 @@
 // The words of RFC 5545 for the kinds and states of an item's parts, read and written by the same tables.
 namespace orlocal::store {
 
+/// Our parameter of EXRULE: from when the rule runs, on the wall clock of the series, where that is not its start.
+constexpr std::string_view kExceptionStart = "X-ORLOCAL-START";
+
 template <class Value>
 struct Word {
   Value value;

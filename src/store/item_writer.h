@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "store/model.h"
+#include "store/recurrence.h"
 #include "store/result.h"
 
 namespace orlocal::store {
@@ -46,8 +47,12 @@ class ItemWriter {
   /// comes without its series: it joins the series when the calendar has it, else it is kept as an item of its own
   /// until a series with its UID comes; then `changed` must be empty.
   ///
+  /// `compiled` is `main` compiled for UTC, where the caller has it. Series of their own that `main` names as its
+  /// continuations (see `continuationsOf`) and no longer names are removed.
+  ///
   /// Stamps are stored as given. An item that has no start (an event) or a calendar of the wrong kind is `kInvalid`.
-  virtual Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed) = 0;
+  virtual Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed,
+                                 const Series* compiled = nullptr) = 0;
 
   /// Writes a contact, found again by its identifier; an empty identifier is filled in with a new one.
   virtual Result<PutOutcome> putContact(Contact& contact) = 0;

@@ -111,6 +111,9 @@ struct RecurrenceRule {
     friend bool operator==(const WeekDay&, const WeekDay&) = default;
   };
 
+  /// What becomes of a day or month that a period does not have (RFC 7529, 4.2).
+  enum class Skip : std::uint8_t { kOmit = 0, kBackward = 1, kForward = 2 };
+
   Frequency frequency = Frequency::kDaily;
   int interval = 1;
   std::optional<std::int64_t> count;
@@ -119,8 +122,23 @@ struct RecurrenceRule {
   std::vector<WeekDay> byDay;
   std::vector<int> byMonthDay, byYearDay, byWeekNumber, byMonth, bySetPosition;
   std::optional<int> weekStart;  ///< 0 Sunday to 6 Saturday; absent is Monday
+  /// RFC 7529: the calendar that the rule counts in, in capitals ("HEBREW"). Empty is the Gregorian one, which is named
+  /// only where `skip` says something.
+  std::string scale;
+  Skip skip = Skip::kOmit;
+  std::vector<int> byLeapMonth;  ///< "5L" of BYMONTH is 5
 
   friend bool operator==(const RecurrenceRule&, const RecurrenceRule&) = default;
+};
+
+/// A rule whose times are left out of a series (EXRULE of RFC 2445).
+struct ExceptionRule {
+  RecurrenceRule rule;
+  /// On the wall clock of the series: from when the rule runs, where that is not the series' start. What a split cuts
+  /// off keeps counting from where the whole began.
+  std::optional<LocalTime> start;
+
+  friend bool operator==(const ExceptionRule&, const ExceptionRule&) = default;
 };
 
 /// How a series repeats.
@@ -128,6 +146,7 @@ struct Recurrence {
   std::vector<RecurrenceRule> rules;
   std::vector<CalendarTime> added;     ///< RDATE starts
   std::vector<CalendarTime> excluded;  ///< EXDATE starts
+  std::vector<ExceptionRule> exceptionRules;
 
   bool empty() const { return rules.empty() && added.empty(); }
   friend bool operator==(const Recurrence&, const Recurrence&) = default;

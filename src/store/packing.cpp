@@ -89,6 +89,7 @@ class Unpacker {
     for (int& value : values) value = small<int>();
     return values;
   }
+  bool atEnd() const { return m_bytes.empty(); }
   bool sound() const { return m_sound && m_bytes.empty(); }
 
  private:
@@ -118,7 +119,7 @@ constexpr std::vector<int> RecurrenceRule::*kRuleLists[] = {&RecurrenceRule::byS
                                                             &RecurrenceRule::byYearDay, &RecurrenceRule::byWeekNumber,
                                                             &RecurrenceRule::byMonth,   &RecurrenceRule::bySetPosition};
 
-constexpr std::int64_t kHasCount = 1, kHasUntil = 2, kHasWeekStart = 4, kHasDays = 8, kHasLists = 16;
+constexpr std::int64_t kHasCount = 1, kHasUntil = 2, kHasWeekStart = 4, kHasDays = 8, kHasLists = 16, kHasScale = 32;
 
 void packRule(Packer& packer, const RecurrenceRule& rule) {
   bool lists = false;
@@ -126,7 +127,7 @@ void packRule(Packer& packer, const RecurrenceRule& rule) {
   packer.number(static_cast<std::int64_t>(rule.frequency));
   packer.number(rule.interval);
   packer.number((rule.count ? kHasCount : 0) | (rule.until ? kHasUntil : 0) | (rule.weekStart ? kHasWeekStart : 0) |
-                (rule.byDay.empty() ? 0 : kHasDays) | (lists ? kHasLists : 0));
+                (rule.byDay.empty() ? 0 : kHasDays) | (lists ? kHasLists : 0) | (rule.scale.empty() ? 0 : kHasScale));
   if (rule.count) packer.number(*rule.count);
   if (rule.until) packer.time(*rule.until);
   if (rule.weekStart) packer.number(*rule.weekStart);
@@ -139,6 +140,11 @@ void packRule(Packer& packer, const RecurrenceRule& rule) {
   }
   if (lists) {
     for (const auto list : kRuleLists) packer.numbers(rule.*list);
+  }
+  if (!rule.scale.empty()) {
+    packer.text(rule.scale);
+    packer.number(static_cast<std::int64_t>(rule.skip));
+    packer.numbers(rule.byLeapMonth);
   }
 }
 
@@ -159,6 +165,11 @@ RecurrenceRule unpackRule(Unpacker& unpacker) {
   }
   if ((parts & kHasLists) != 0) {
     for (const auto list : kRuleLists) rule.*list = unpacker.numbers();
+  }
+  if ((parts & kHasScale) != 0) {
+    rule.scale = unpacker.text();
+    rule.skip = unpacker.small<RecurrenceRule::Skip>();
+    rule.byLeapMonth = unpacker.numbers();
   }
   return rule;
 }
@@ -201,6 +212,14 @@ void packRecurrence(const Recurrence& recurrence, PackedBytes& out) {
   for (const RecurrenceRule& rule : recurrence.rules) packRule(packer, rule);
   packTimes(packer, recurrence.added);
   packTimes(packer, recurrence.excluded);
+  // Only where there are any: series without them are as they were in the first version of the format.
+  if (recurrence.exceptionRules.empty()) return;
+  packer.count(recurrence.exceptionRules.size());
+  for (const ExceptionRule& exception : recurrence.exceptionRules) {
+    packRule(packer, exception.rule);
+    packer.number(exception.start.has_value());
+    if (exception.start) packer.number(localSeconds(*exception.start));
+  }
 }
 
 std::optional<Recurrence> unpackRecurrence(std::span<const std::byte> bytes) {
@@ -210,6 +229,11 @@ std::optional<Recurrence> unpackRecurrence(std::span<const std::byte> bytes) {
   for (RecurrenceRule& rule : recurrence.rules) rule = unpackRule(unpacker);
   recurrence.added = unpackTimes(unpacker);
   recurrence.excluded = unpackTimes(unpacker);
+  if (!unpacker.atEnd()) recurrence.exceptionRules.resize(unpacker.count());
+  for (ExceptionRule& exception : recurrence.exceptionRules) {
+    exception.rule = unpackRule(unpacker);
+    if (unpacker.flag()) exception.start = localTime(unpacker.number());
+  }
   return ifSound(unpacker, std::move(recurrence));
 }
 

@@ -132,15 +132,44 @@ class Gathering {
   }
 
   Status expand(const RepeatingEntry& entry) {
-    ORLOCAL_TRY(const Series* series, m_core.series.of(entry.item));
-    if (series == nullptr) return {};
+    const std::uint64_t steps = m_budget.left();
+    const std::size_t before = m_found.size();
     Status added;
-    ORLOCAL_CHECK(series->expand(m_range.from, entry.endless ? m_endlessTo : m_range.to, m_budget,
-                                 [&](const Series::Instance& instance) {
-                                   added = add({instance.start, instance.end, instance.start, entry.item, entry.item});
-                                   return added.has_value();
-                                 }));
-    return added;
+    const Status followed = [&]() -> Status {
+      ORLOCAL_TRY(const Series* series, m_core.series.of(entry.item));
+      if (series == nullptr) return {};
+      return series->expand(m_range.from, entry.endless ? m_endlessTo : m_range.to, m_budget,
+                            [&](const Series::Instance& instance) {
+                              added = add({instance.start, instance.end, instance.start, entry.item, entry.item});
+                              return added.has_value();
+                            });
+    }();
+    if (!followed && followed.error().code == ErrorCode::kBudget) {
+      // The last one of many is not the one to blame.
+      if (steps > ExpansionBudget().left() / 2)
+        return blamed(entry.item, "repeats in a way that takes too long to follow");
+      return failure(ErrorCode::kBudget, "The series in the range take too long to follow; ask for a shorter one.");
+    }
+    if (!followed && followed.error().code != ErrorCode::kCorrupt && followed.error().code != ErrorCode::kIo)
+      return blamed(entry.item, fmt::format("cannot be followed ({})", followed.error().message));
+    if (!added && before < m_found.size() / 2)
+      return blamed(entry.item, fmt::format("has most of the more than {} occurrences in the range", m_found.size()));
+    return followed ? added : followed;
+  }
+
+  /// Says which event it is and how to get rid of it.
+  Status blamed(ItemId id, std::string_view what) {
+    ORLOCAL_TRY(const auto item, m_core.rows.read(id));
+    if (item == nullptr) return failure(ErrorCode::kBudget, "The range cannot be followed; ask again.");
+    ORLOCAL_TRY(const auto calendar, m_core.calendars.withId(item->calendar));
+    const LocalDay day(item->start ? item->start->local : LocalTime());
+    return failure(
+        ErrorCode::kBudget,
+        fmt::format("The event \"{}\" of {:04}-{:02}-{:02} in the calendar \"{}\" (UID {}) {}; remove it with "
+                    "Orlo_RemoveItem( \"event\" ; \"{}\" ; \"\" ; \"all\" ), or ask for a shorter range or "
+                    "without its calendar.",
+                    item->title.value_or(""), day.year(), day.month(), day.day(), calendar ? calendar->title : "",
+                    item->uid, what, item->identifier));
   }
 
   Status add(const Occurrence& occurrence) {

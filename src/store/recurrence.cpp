@@ -1,10 +1,11 @@
+#include "store/recurrence.h"
+
 #include <algorithm>
 #include <limits>
 #include <utility>
 
 #include <fmt/core.h>
 
-#include "store/recurrence.h"
 #include "store/recurrence_rule.h"
 
 namespace orlocal::store {
@@ -25,6 +26,8 @@ constexpr LocalSeconds kClockSlack = kSecondsPerDay + 7200;
 constexpr std::int64_t kSortedPiece = 20'000;
 /// The first piece is this small: most who ask for the first occurrence need no other.
 constexpr std::int64_t kFirstPiece = 32;
+/// What one month may hold of a series.
+constexpr std::int64_t kMostInMonth = 50'000;
 /// What finding the end of a counted rule may take.
 constexpr std::uint64_t kCountingSteps = 4'000'000;
 
@@ -66,7 +69,7 @@ struct Series::Data {
     std::optional<Moment> until;
     bool endless = true;
     bool makesStart = false;
-    bool counted = false;
+    std::int64_t most = std::numeric_limits<std::int64_t>::max();  ///< COUNT
   };
 
   std::string name;
@@ -77,6 +80,7 @@ struct Series::Data {
   microseconds length{0};     ///< of timed items
   std::int64_t dayCount = 0;  ///< of whole days
   std::vector<Rule> rules;
+  std::vector<Rule> exceptionRules;
   std::vector<LocalSeconds> added;      ///< sorted
   std::vector<Moment> excluded;         ///< sorted
   std::vector<DayNumber> excludedDays;  ///< sorted
@@ -89,10 +93,17 @@ struct Series::Data {
     if (allDay()) return {localTime(local), at, momentAt(local + dayCount * kSecondsPerDay)};
     return {localTime(local), at, at + length};
   }
-  bool isExcluded(LocalSeconds local, Moment at) const {
+  /// None when the budget ran out.
+  std::optional<bool> isExcluded(LocalSeconds local, Moment at, ExpansionBudget& budget) const {
     if (!excludedDays.empty() && std::binary_search(excludedDays.begin(), excludedDays.end(), dayOf(local)))
       return true;
-    return !excluded.empty() && std::binary_search(excluded.begin(), excluded.end(), at);
+    bool found = !excluded.empty() && std::binary_search(excluded.begin(), excluded.end(), at);
+    for (const Rule& rule : exceptionRules) {
+      if (found) break;
+      const auto take = [&](LocalSeconds, Moment) { return !(found = true); };
+      if (!walk(rule, local, local + 1, budget, take)) return std::nullopt;
+    }
+    return found;
   }
   tl::unexpected<Error> overBudget() const {
     return failure(ErrorCode::kBudget,
@@ -110,7 +121,9 @@ struct Series::Data {
     return localSeconds(zone.toLocal(momentOf(time, zone)));
   }
 
-  Status addRule(const RecurrenceRule& from, ExpansionBudget& budget);
+  /// `begin` is from when the rule runs; `ofSeries` that it is the series' start, which counts also where no rule makes
+  /// it.
+  Result<Rule> ruleOf(const RecurrenceRule& from, LocalSeconds begin, bool ofSeries, ExpansionBudget& budget) const;
   void exclude(const CalendarTime& time);
   bool walk(const Rule& rule, LocalSeconds from, LocalSeconds to, ExpansionBudget& budget,
             const std::function<bool(LocalSeconds, Moment)>& visit) const;
@@ -131,12 +144,13 @@ bool Series::Data::walk(const Rule& rule, LocalSeconds from, LocalSeconds to, Ex
   });
 }
 
-Status Series::Data::addRule(const RecurrenceRule& from, ExpansionBudget& budget) {
-  auto compiled = CompiledRule::make(from, first, allDay());
+Result<Series::Data::Rule> Series::Data::ruleOf(const RecurrenceRule& from, LocalSeconds begin, bool ofSeries,
+                                                ExpansionBudget& budget) const {
+  auto compiled = CompiledRule::make(from, begin, allDay());
   if (!compiled) return failure(compiled.error().code, fmt::format("{}: {}", name, compiled.error().message));
   Rule rule;
   rule.rule = std::move(*compiled);
-  rule.rule.walk(first, first + 1, budget, [&](LocalSeconds) { return rule.makesStart = true, false; });
+  rule.rule.walk(begin, begin + 1, budget, [&](LocalSeconds) { return rule.makesStart = true, false; });
   if (from.until) {
     rule.endless = false;
     if (allDay()) {
@@ -150,17 +164,15 @@ Status Series::Data::addRule(const RecurrenceRule& from, ExpansionBudget& budget
   }
   if (from.count) {
     // The start counts as the first one, also where the rule does not make it.
-    const std::int64_t own = *from.count - (rule.makesStart ? 0 : 1);
-    const auto last = own < 1 ? std::optional(first) : rule.rule.nth(own, budget);
+    const std::int64_t own = *from.count - (rule.makesStart || !ofSeries ? 0 : 1);
+    const auto last = own < 1 ? std::optional(begin) : rule.rule.nth(own, budget);
     if (!last) return overBudget();
     rule.last = std::min(rule.last, *last);
     rule.endless = false;
-    rule.counted = true;
+    rule.most = *from.count;
   }
   rule.last = std::min(rule.last, kLastLocalSecond);
-  if (rule.rule.severalADay()) sorted = false;
-  rules.push_back(std::move(rule));
-  return {};
+  return rule;
 }
 
 void Series::Data::exclude(const CalendarTime& time) {
@@ -199,8 +211,19 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
   }
   ExpansionBudget budget(kCountingSteps);
   data->sorted = item.recurrence.rules.size() <= 1 && item.recurrence.added.empty();
-  for (const RecurrenceRule& rule : item.recurrence.rules)
-    if (auto status = data->addRule(rule, budget); !status) return tl::unexpected(status.error());
+  for (const RecurrenceRule& rule : item.recurrence.rules) {
+    auto made = data->ruleOf(rule, data->first, true, budget);
+    if (!made) return tl::unexpected(made.error());
+    if (made->rule.severalADay()) data->sorted = false;
+    data->rules.push_back(std::move(*made));
+  }
+  for (const ExceptionRule& exception : item.recurrence.exceptionRules) {
+    LocalSeconds begin = exception.start ? localSeconds(*exception.start) : data->first;
+    if (data->allDay()) begin = dayOf(begin) * kSecondsPerDay;
+    auto made = data->ruleOf(exception.rule, begin, false, budget);
+    if (!made) return tl::unexpected(made.error());
+    data->exceptionRules.push_back(std::move(*made));
+  }
   for (const CalendarTime& time : item.recurrence.added) data->added.push_back(data->localOf(time));
   for (const CalendarTime& time : item.recurrence.excluded) data->exclude(time);
   for (const CalendarTime& time : changed) data->exclude(time);
@@ -281,14 +304,39 @@ Status Series::expand(Moment from, Moment to, ExpansionBudget& budget, const Vis
       std::min(data.firstMoment, data.added.empty() ? data.firstMoment : data.momentAt(data.added.front()));
   const Moment low = from <= earliest ? earliest : std::max(earliest, from - std::min(reach, from - earliest));
   const Moment high = std::min(to, data.end());
+  bool decided = true;
   const auto show = [&](LocalSeconds local, Moment at) {
     const Instance instance = data.instance(local, at);
     if (instance.end <= from && !(instance.start == instance.end && instance.start == from)) return true;
-    return data.isExcluded(local, at) || visit(instance);
+    const auto excluded = data.isExcluded(local, at, budget);
+    decided = excluded.has_value();
+    return decided && (*excluded || visit(instance));
   };
   if (low >= high) return {};
   const bool done = data.sorted ? data.stream(low, high, budget, show) : data.gather(low, high, budget, show);
-  return done ? Status() : Status(data.overBudget());
+  return done && decided ? Status() : Status(data.overBudget());
+}
+
+Status Series::checkDensity() const {
+  const Data& data = *m_data;
+  constexpr LocalSeconds kMonth = 31 * kSecondsPerDay;
+  std::int64_t most = 0;
+  for (const Data::Rule& rule : data.rules) {
+    // Without the room that is left for clock changes around an end that is a moment.
+    const LocalSeconds last = rule.until ? std::min(rule.last, clampedLocal(data.zone, *rule.until) + 3600) : rule.last;
+    most += std::min(rule.most, rule.rule.mostInMonth(last));
+  }
+  // Long ones reach into the months after theirs.
+  const LocalSeconds length =
+      data.allDay() ? data.dayCount * kSecondsPerDay : std::chrono::floor<seconds>(data.length).count();
+  bool dense = most * (length / kMonth + 1) > kMostInMonth;
+  for (std::size_t i = kMostInMonth; i < data.added.size() && !dense; ++i)
+    dense = data.added[i] - data.added[i - kMostInMonth] < kMonth;
+  if (!dense) return {};
+  return failure(ErrorCode::kRefused,
+                 fmt::format("{} has more than 50,000 occurrences in a month, too many to be shown; give its rule a "
+                             "longer interval or an earlier end",
+                             data.name));
 }
 
 Result<std::optional<Series::Instance>> Series::first(ExpansionBudget& budget) const {

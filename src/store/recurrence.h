@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -26,6 +27,12 @@ class ExpansionBudget {
     --m_steps;
     return (m_steps & 0xFFF) != 0 || checkTime();
   }
+  /// Takes many at once, for what costs as much as so many of them.
+  bool steps(std::uint64_t count) {
+    m_steps -= std::min(m_steps, count);
+    return checkTime();
+  }
+  std::uint64_t left() const { return m_steps; }
 
  private:
   bool checkTime();
@@ -65,6 +72,10 @@ class Series {
   /// Visits the occurrences that overlap [from, to), by start. One without length overlaps where it stands. Fails,
   /// naming the item, when the budget runs out; what was visited before is then incomplete.
   Status expand(Moment from, Moment to, ExpansionBudget& budget, const Visitor& visit) const;
+
+  /// Whether few enough of its occurrences lie within one month for ranges to be read; fails with the reason, as an
+  /// estimate from above that takes no expanding.
+  Status checkDensity() const;
 
   /// None when exceptions leave no occurrence.
   Result<std::optional<Instance>> first(ExpansionBudget& budget) const;

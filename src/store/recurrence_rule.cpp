@@ -30,9 +30,12 @@ Result<void> check(const RecurrenceRule& rule) {
   if (status) status = checkRange(rule.byMinute, 0, 59, false, "BYMINUTE");
   if (status) status = checkRange(rule.byHour, 0, 23, false, "BYHOUR");
   if (status) status = checkRange(rule.byMonthDay, 1, 31, true, "BYMONTHDAY");
-  if (status) status = checkRange(rule.byYearDay, 1, 366, true, "BYYEARDAY");
-  if (status) status = checkRange(rule.byWeekNumber, 1, 53, true, "BYWEEKNO");
-  if (status) status = checkRange(rule.byMonth, 1, 12, false, "BYMONTH");
+  // Years of other calendars have up to thirteen months.
+  const bool scaled = !rule.scale.empty();
+  if (status) status = checkRange(rule.byYearDay, 1, scaled ? 385 : 366, true, "BYYEARDAY");
+  if (status) status = checkRange(rule.byWeekNumber, 1, scaled ? 55 : 53, true, "BYWEEKNO");
+  if (status) status = checkRange(rule.byMonth, 1, scaled ? 13 : 12, false, "BYMONTH");
+  if (status) status = checkRange(rule.byLeapMonth, 1, 13, false, "BYMONTH");
   if (status) status = checkRange(rule.bySetPosition, 1, 366, true, "BYSETPOS");
   return status;
 }
@@ -115,6 +118,11 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
   made.m_perDay =
       std::int64_t{std::popcount(made.m_hours)} * std::popcount(made.m_minutes) * std::popcount(made.m_seconds);
   made.m_uniform = made.uniformSize();
+  if (ScaledRule::isNeededFor(rule)) {
+    if (auto status = ScaledRule::check(rule); !status) return tl::unexpected(status.error());
+    made.m_uniform = 0;
+    made.m_scaled = std::make_shared<const ScaledRule>(rule, start, allDay);
+  }
   return made;
 }
 
@@ -226,6 +234,7 @@ bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& bud
                         const std::function<bool(LocalSeconds)>& visit) const {
   from = std::max(from, m_start);
   to = std::min(to, kLastLocalSecond + 1);
+  if (m_scaled) return m_scaled->walk(from, to, budget, visit);
   Set set;
   set.hours.fill(m_hours);
   set.minutes.fill(m_minutes);
@@ -256,6 +265,45 @@ bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& bud
     }
   }
   return true;
+}
+
+std::int64_t CompiledRule::mostInMonth(LocalSeconds last) const {
+  constexpr std::int64_t kDays = 31;
+  // Per period of the rule's own size, then how many of those fit into a month or into what there is of the rule.
+  std::int64_t each = m_perDay, unitSeconds = kSecondsPerDay;
+  switch (m_frequency) {
+    case Frequency::kSecondly:
+      each = unitSeconds = 1;
+      break;
+    case Frequency::kMinutely:
+      each = std::popcount(m_seconds);
+      unitSeconds = 60;
+      break;
+    case Frequency::kHourly:
+      each = std::int64_t{std::popcount(m_minutes)} * std::popcount(m_seconds);
+      unitSeconds = 3600;
+      break;
+    case Frequency::kDaily:
+      break;
+    case Frequency::kWeekly:
+      each *= std::popcount(m_weekDays);
+      unitSeconds *= 7;
+      break;
+    default: {
+      const int named = std::popcount(m_monthDays) + std::popcount(m_monthDaysFromEnd);
+      const bool oneDay =
+          named == 0 && !hasWeekDays() && (!m_rare || (m_rare->yearDays.empty() && m_rare->weekNumbers.empty()));
+      each *= oneDay ? 1 : named != 0 ? named : kDays;
+      unitSeconds *= kDays;
+      break;
+    }
+  }
+  if (m_rare && !m_rare->positions.empty()) each = std::min(each, static_cast<std::int64_t>(m_rare->positions.size()));
+  const std::int64_t step = unitSeconds * (m_frequency < Frequency::kMonthly ? m_interval : 1);
+  const std::int64_t reach = std::min(std::max<LocalSeconds>(last - m_start, 0), kDays * kSecondsPerDay - 1);
+  const std::int64_t days = reach / kSecondsPerDay + 1;
+  const std::int64_t byPeriods = (reach / step + 1) * each;
+  return subDaily() ? std::min(byPeriods, days * m_perDay) : byPeriods;
 }
 
 std::optional<std::int64_t> CompiledRule::count(LocalSeconds before, ExpansionBudget& budget) const {

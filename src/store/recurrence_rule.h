@@ -9,6 +9,7 @@
 #include "store/civil_days.h"
 #include "store/model.h"
 #include "store/recurrence.h"
+#include "store/recurrence_scale.h"
 #include "store/result.h"
 
 namespace orlocal::store {
@@ -29,6 +30,9 @@ class CompiledRule {
   std::optional<std::int64_t> count(LocalSeconds before, ExpansionBudget& budget) const;
   /// The n-th (from 1) that it makes; the last second there is when there are fewer. None when the budget ran out.
   std::optional<LocalSeconds> nth(std::int64_t n, ExpansionBudget& budget) const;
+
+  /// How many it makes at most in [start, last] within any 31 days, without looking at which days they are.
+  std::int64_t mostInMonth(LocalSeconds last) const;
 
   /// Whether it may come more than once on one day.
   bool severalADay() const { return m_perDay > 1; }
@@ -74,6 +78,7 @@ class CompiledRule {
   std::int64_t m_perDay = 1;
   std::int64_t m_uniform = 0;
   std::shared_ptr<const Rare> m_rare;
+  std::shared_ptr<const ScaledRule> m_scaled;  ///< makes the times instead
 };
 
 }  // namespace orlocal::store

@@ -12,6 +12,7 @@ enum class ErrorCode {
   kInvalid,      ///< what was asked makes no sense, whatever the store holds
   kReadOnly,     ///< the calendar, the file or the folder may not be changed
   kRefused,      ///< a rule of calendars forbids it: attendees, the last calendar, …
+  kUnsupported,  ///< well formed, and nothing that this program can follow
   kBusy,         ///< another process kept the store locked past the bound
   kFull,         ///< no room on the disk
   kCorrupt,      ///< the file is damaged or is no calendar store

@@ -53,6 +53,8 @@ CREATE TABLE contacts(
 CREATE TABLE contact_emails(
   email TEXT NOT NULL, contact INTEGER NOT NULL, PRIMARY KEY(email, contact)) WITHOUT ROWID;
 )sql",
+    // Packed recurrences may hold rules of other calendars and rules of exceptions; those that do not stay as they are.
+    "",
 };
 
 struct DefaultCalendar {

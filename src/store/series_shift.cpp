@@ -2,10 +2,19 @@
 
 #include <algorithm>
 
+#include "store/try.h"
+
 namespace orlocal::store {
 namespace {
 
 using Frequency = RecurrenceRule::Frequency;
+
+void keepTimesIf(std::vector<CalendarTime>& times, const Series& series, Moment from, Moment to) {
+  std::erase_if(times, [&](const CalendarTime& time) {
+    const Moment start = series.originalStart(time);
+    return start < from || start >= to;
+  });
+}
 
 /// 0 Sunday to 6 Saturday.
 int weekdayOf(LocalDay day) {
@@ -70,7 +79,24 @@ RecurrenceRule SeriesShift::operator()(const RecurrenceRule& rule) const {
   return shifted;
 }
 
+ExceptionRule SeriesShift::operator()(const ExceptionRule& rule) const {
+  ExceptionRule shifted{(*this)(rule.rule), rule.start};
+  if (shifted.start) *shifted.start += m_seconds;
+  return shifted;
+}
+
+void SeriesShift::move(Recurrence& recurrence, bool rulesToo) const {
+  if (none()) return;
+  for (auto* times : {&recurrence.added, &recurrence.excluded})
+    for (CalendarTime& time : *times) time = (*this)(time);
+  for (ExceptionRule& rule : recurrence.exceptionRules) rule = (*this)(rule);
+  if (!rulesToo) return;
+  for (RecurrenceRule& rule : recurrence.rules) rule = (*this)(rule);
+}
+
 void SeriesShift::followDay(RecurrenceRule& rule) const {
+  // Days and months of another calendar stay as they are written.
+  if (!rule.scale.empty() && rule.scale != "GREGORIAN") return;
   const LocalDay from(m_from.local), to(m_to.local);
   const int before = weekdayOf(from), after = weekdayOf(to);
   if (rule.frequency == Frequency::kWeekly) {
@@ -100,6 +126,51 @@ void SeriesShift::followDay(RecurrenceRule& rule) const {
       rule.byDay.front().ordinal == ordinalOf(from, rule.byDay.front().ordinal)) {
     rule.byDay.front() = {ordinalOf(to, rule.byDay.front().ordinal), after};
   }
+}
+
+Result<RecurrenceHalves> halvesOf(const Item& item, const Series& series, Moment original) {
+  const Recurrence& whole = item.recurrence;
+  RecurrenceHalves halves{whole, whole};
+  halves.left.rules.clear();
+  halves.right.rules.clear();
+  ExpansionBudget budget;
+  std::vector<std::int64_t> before, with;  // of each rule
+  for (std::size_t i = 0; i < whole.rules.size(); ++i) {
+    ORLOCAL_TRY(const std::int64_t earlier, series.countBefore(original, i, budget));
+    ORLOCAL_TRY(const std::int64_t upTo, series.countBefore(original + std::chrono::microseconds(1), i, budget));
+    before.push_back(earlier);
+    with.push_back(upTo);
+    halves.ruleMakesStart = halves.ruleMakesStart || upTo > earlier;
+  }
+  for (std::size_t i = 0; i < whole.rules.size(); ++i) {
+    const RecurrenceRule& rule = whole.rules[i];
+    if (!rule.count) {
+      RecurrenceRule ended = rule;
+      // An earlier end stays.
+      if (!rule.until || series.originalStart(*rule.until) >= original) ended.until = untilBefore(series, original);
+      halves.left.rules.push_back(std::move(ended));
+      halves.right.rules.push_back(rule);
+      continue;
+    }
+    if (before[i] > 0) {
+      halves.left.rules.push_back(rule);
+      halves.left.rules.back().count = before[i];
+    }
+    if (*rule.count > before[i]) {
+      // The start of the right half counts as the first of every rule there, also of one that does not make it.
+      const bool countsAlien = halves.ruleMakesStart && with[i] == before[i];
+      halves.right.rules.push_back(rule);
+      halves.right.rules.back().count = *rule.count - before[i] + (countsAlien ? 1 : 0);
+    }
+  }
+  keepTimesIf(halves.left.added, series, Moment::min(), original);
+  keepTimesIf(halves.left.excluded, series, Moment::min(), original);
+  keepTimesIf(halves.right.added, series, original + std::chrono::microseconds(1), Moment::max());
+  keepTimesIf(halves.right.excluded, series, original, Moment::max());
+  const std::optional<CalendarTime>& start = item.start ? item.start : item.end;
+  for (ExceptionRule& exception : halves.right.exceptionRules)
+    if (!exception.start) exception.start = start->local;
+  return halves;
 }
 
 CalendarTime untilBefore(const Series& series, Moment start) {

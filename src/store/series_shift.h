@@ -22,6 +22,9 @@ class SeriesShift {
   CalendarTime operator()(const CalendarTime& time) const;
   /// A rule with its UNTIL; when the series moves to another day, the one day that it names moves, too.
   RecurrenceRule operator()(const RecurrenceRule& rule) const;
+  ExceptionRule operator()(const ExceptionRule& rule) const;
+  /// Moves everything that is there, the rules as well when `rulesToo`.
+  void move(Recurrence& recurrence, bool rulesToo) const;
 
  private:
   CalendarTime untilAt(LocalTime local) const;
@@ -33,6 +36,15 @@ class SeriesShift {
   std::int64_t m_seconds;
   bool m_otherClock;
 };
+
+/// How a series repeats before one of its occurrences and from it on.
+struct RecurrenceHalves {
+  Recurrence left, right;
+  bool ruleMakesStart = false;  ///< a rule makes the occurrence where the right half begins
+};
+/// `series` is `item` compiled for whoever the occurrence was shown to. Ends and counts of the rules are shared out,
+/// the dates go to the half that they lie in, and rules of exceptions run on in both from where they began.
+Result<RecurrenceHalves> halvesOf(const Item& item, const Series& series, Moment original);
 
 /// The end of a rule that keeps its occurrences before `start` and none from it on.
 CalendarTime untilBefore(const Series& series, Moment start);

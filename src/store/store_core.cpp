@@ -149,6 +149,7 @@ std::uint64_t StoreCore::generation() {
 }
 
 Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall) {
+  if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
   const Uuid uuid = uuids.next();
   item.itemIdentifier = uuid.text();
   if (!item.series) item.identifier = item.itemIdentifier;
@@ -164,6 +165,7 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
 
 Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall) {
+  if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
   ORLOCAL_CHECK(replaceRow(item, own, original, originalIsWall));
   return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
 }

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "store/contact_rows.h"
+#include "store/later_changes.h"
 #include "store/original_key.h"
 #include "store/try.h"
 
@@ -96,7 +97,8 @@ Status StoreWriter::checkTarget(CalendarId calendar, const Item& item) {
   return {};
 }
 
-Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector<Item>& changed) {
+Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector<Item>& changed,
+                                    const Series* compiled) {
   ORLOCAL_CHECK(checkTarget(calendar, main));
   main.calendar = calendar;
   main.series.reset();
@@ -109,10 +111,14 @@ Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector
     if (!occurrence.recurrenceId) return failure(ErrorCode::kInvalid, "A changed occurrence needs its original start.");
     ORLOCAL_CHECK(checkTarget(calendar, occurrence));
   }
-  ORLOCAL_TRY(const Series series, compiledToPut(main));
-  ORLOCAL_TRY(const PutOutcome outcome, putMain(main, &series));
-  ORLOCAL_CHECK(adoptStrays(main, series));
-  ORLOCAL_TRY(const PutOutcome others, putAllChanged(changed, main, series));
+  std::optional<Series> own;
+  if (compiled == nullptr) {
+    ORLOCAL_TRY(own, compiledToPut(main));
+    compiled = &*own;
+  }
+  ORLOCAL_TRY(const PutOutcome outcome, putMain(main, compiled));
+  ORLOCAL_CHECK(adoptStrays(main, *compiled));
+  ORLOCAL_TRY(const PutOutcome others, putAllChanged(changed, main, *compiled));
   return outcome == PutOutcome::kUnchanged ? others : outcome;
 }
 
@@ -124,6 +130,7 @@ Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series) {
   }
   ORLOCAL_TRY(const auto stored, m_core.rows.read(*known));
   const bool different = differs(*stored, main);
+  if (different) ORLOCAL_CHECK(removeContinuations(*stored, main));
   if (series == nullptr) {
     ORLOCAL_TRY(const auto others, m_core.rows.changedOf(*known));
     for (const ItemRows::Changed& other : others) {
@@ -139,6 +146,23 @@ Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series) {
   }
   ORLOCAL_CHECK(m_core.updateItem(main, series, std::nullopt, false));
   return PutOutcome::kUpdated;
+}
+
+Status StoreWriter::removeContinuations(const Item& stored, const Item& given) {
+  const auto named = continuationsOf(given);
+  for (const std::string& uid : continuationsOf(stored)) {
+    if (std::find(named.begin(), named.end(), uid) != named.end()) continue;
+    ORLOCAL_TRY(const auto known, m_core.rows.withUid(given.calendar, given.kind, uid));
+    if (!known) continue;
+    ORLOCAL_TRY(const auto others, m_core.rows.changedOf(*known));
+    for (const ItemRows::Changed& other : others) {
+      ORLOCAL_TRY(const auto row, m_core.rows.read(other.id));
+      ORLOCAL_CHECK(m_core.removeItem(*row));
+    }
+    ORLOCAL_TRY(const auto row, m_core.rows.read(*known));
+    ORLOCAL_CHECK(m_core.removeItem(*row));
+  }
+  return {};
 }
 
 Result<PutOutcome> StoreWriter::putChanged(Item& changed, const Item& main, const Series& series, ItemId known) {

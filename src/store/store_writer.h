@@ -18,7 +18,7 @@ class StoreWriter final : public ItemWriter {
   Status makeSource(Source& source) override;
   Status makeCalendar(Calendar& calendar) override;
   Status putZone(std::string_view name, std::string_view vtimezone) override;
-  Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed) override;
+  Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed, const Series* compiled) override;
   Result<PutOutcome> putContact(Contact& contact) override;
   Status commit() override;
 
@@ -27,6 +27,8 @@ class StoreWriter final : public ItemWriter {
 
   Status checkTarget(CalendarId calendar, const Item& item);
   Result<PutOutcome> putMain(Item& main, const Series* series);
+  /// Removes the series that were cut off `stored` and that `given` does not name any more.
+  Status removeContinuations(const Item& stored, const Item& given);
   Result<PutOutcome> putStray(Item& stray);
   Result<PutOutcome> putChanged(Item& changed, const Item& main, const Series& series, ItemId known);
   /// Finds the right one of the changed occurrences of a known series for each of `changed`; removes the others.

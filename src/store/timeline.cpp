@@ -50,6 +50,7 @@ unsigned meetingMonths(const Item& item) {
   if (!item.start || !item.recurrence.added.empty()) return 0;
   unsigned months = 1u << (item.start->local.month() - 1);
   for (const RecurrenceRule& rule : item.recurrence.rules) {
+    if (!rule.scale.empty()) return 0;  // its months are those of another calendar
     const bool onTheStartsDay = rule.frequency == RecurrenceRule::Frequency::kYearly && rule.byMonthDay.empty() &&
                                 rule.byYearDay.empty() && rule.byWeekNumber.empty() && rule.byDay.empty();
     if (rule.byMonth.empty() && !onTheStartsDay) return 0;

@@ -47,6 +47,9 @@ void readLine(Case& current, const std::string& word, std::istringstream& rest) 
   } else if (word == "rule") {
     rest >> text;
     current.item.recurrence.rules.push_back(parseRule(text).value());
+  } else if (word == "exrule") {
+    rest >> text;
+    current.item.recurrence.exceptionRules.push_back({parseRule(text).value(), std::nullopt});
   } else if (word == "more") {
     current.more = true;
   } else {
@@ -78,11 +81,18 @@ std::vector<Case> casesOf(const std::string& file) {
   return cases;
 }
 
-TEST(RecurrenceTable, HoldsForEveryCase) {
-  const auto cases = casesOf("rules.txt");
-  ASSERT_GT(cases.size(), 60U);
+struct Table {
+  const char* file;
+  std::size_t cases;  ///< at least
+};
+class RecurrenceTable : public testing::TestWithParam<Table> {};
+
+TEST_P(RecurrenceTable, HoldsForEveryCase) {
+  const std::string file = GetParam().file;
+  const auto cases = casesOf(file);
+  ASSERT_GE(cases.size(), GetParam().cases);
   for (const Case& current : cases) {
-    SCOPED_TRACE("rules.txt:" + std::to_string(current.line) + ": " + current.name);
+    SCOPED_TRACE(file + ":" + std::to_string(current.line) + ": " + current.name);
     const Zone viewer = Zone::named(current.zone).value();
     const auto series = Series::compile(current.item, viewer, current.changed);
     ASSERT_TRUE(series) << series.error().message;
@@ -99,6 +109,9 @@ TEST(RecurrenceTable, HoldsForEveryCase) {
     EXPECT_EQ(found, current.expected);
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Files, RecurrenceTable,
+                         testing::Values(Table{"rules.txt", 60}, Table{"scales.txt", 9}, Table{"exceptions.txt", 8}));
 
 Item eventAt(const char* start, const char* rule, const char* end = nullptr) {
   Item item;

@@ -101,6 +101,20 @@ TEST_F(StoreFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
   EXPECT_EQ((*store->calendars(CalendarKind::kReminders)).size(), 1u);
 }
 
+TEST_F(StoreFile, OfTheFirstVersionIsBroughtForwardWithItsSeries) {
+  Item item = event("course", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
+  item.recurrence.rules = {rule(RecurrenceRule::Frequency::kDaily, 3)};
+  item.recurrence.excluded = {berlin("2026-11-03 09:00")};
+  saved(item);
+  change("PRAGMA user_version = 1");
+  store = opened();
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).size(), 2u);
+  store.reset();
+  auto database = Database::open(file, std::chrono::seconds(1));
+  EXPECT_EQ(*database->integerOf("PRAGMA user_version"), formatVersion());
+  EXPECT_GE(formatVersion(), 2);
+}
+
 TEST_F(StoreFile, OfANewerProgramIsRefusedUntouched) {
   change("PRAGMA user_version = 99; PRAGMA wal_checkpoint(TRUNCATE)");
   const std::string before = contentOf(file);
