@@ -41,6 +41,12 @@ struct ReminderQuery {
   std::vector<CalendarId> calendars;
 };
 
+/// A place in the log of changes.
+struct LogPosition {
+  std::int64_t row = 0;
+  std::uint64_t file = 0;  ///< whose log it is: the file may be replaced by another while the store is open
+};
+
 struct StoreOptions {
   std::filesystem::path file;
   /// Whose wall clock floating times and whole days are read on.
@@ -54,6 +60,8 @@ struct StoreOptions {
 /// The calendar store: one SQLite file, used by several processes at once. One object serves one thread at a time.
 ///
 /// What is acknowledged is on disk. Failures leave the file as it was. Items are returned as shared, immutable values.
+/// A file that takes the place of the one that is open is noticed within ten milliseconds, before every write at once,
+/// and opened in its stead. While there is none every call fails; the next one finds it when it is there again.
 class CalendarStore {
  public:
   /// Opens the file; makes it, its folder (mode 0700) and the two default calendars when it is not there. Reads nothing
@@ -61,6 +69,10 @@ class CalendarStore {
   static Result<std::unique_ptr<CalendarStore>> open(StoreOptions options);
 
   virtual ~CalendarStore() = default;
+
+  /// Lets go of the file, and leaves all of the store in it: the one file, copied alone, is whole then, unless another
+  /// process writes meanwhile. The next call opens it again. What was read and kept by callers stays good.
+  virtual void close() = 0;
 
   /// Differs from an earlier value when the content may have changed meanwhile, through this or any other process.
   virtual std::uint64_t generation() = 0;
@@ -125,11 +137,12 @@ class CalendarStore {
   virtual Result<std::optional<std::string>> privateZone(std::string_view name) = 0;
 
   /// Where the log of changes stands now; what comes after it can be asked for later.
-  virtual Result<std::int64_t> newestChange() = 0;
+  virtual Result<LogPosition> newestChange() = 0;
   /// What others committed after `position`, in their order; moves `position` to where the log stands. Left out are
   /// this object's own commits, and those that did nothing to events, reminders and calendars. Of more than 100,000
-  /// changes at once only the newest are known.
-  virtual Result<std::vector<OutsideCommit>> outsideCommits(std::int64_t& position) = 0;
+  /// changes at once only the newest are known. Of a file that took the place of the one that `position` speaks of,
+  /// only what is committed from now on is told.
+  virtual Result<std::vector<OutsideCommit>> outsideCommits(LogPosition& position) = 0;
   /// Wakes when another process may have committed.
   virtual Result<std::unique_ptr<ChangeSignal>> listen() = 0;
 

@@ -187,15 +187,18 @@ Result<std::optional<std::int64_t>> versionOf(Database& database) {
                   database.file().string()));
 }
 
+bool hasLog(const std::filesystem::path& file) {
+  std::filesystem::path log = file;
+  log += "-wal";
+  std::error_code none;
+  const auto size = std::filesystem::file_size(log, none);
+  return !none && size > 0;
+}
+
 Result<Database> openForReading(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
                                 Error reason) {
   // Beside a log that may hold newer content, the file alone would show old content.
-  std::filesystem::path log = file;
-  log += "-wal";
-  std::error_code ignored;
-  if (std::filesystem::exists(log, ignored) && std::filesystem::file_size(log, ignored) > 0) {
-    return tl::unexpected(std::move(reason));
-  }
+  if (hasLog(file)) return tl::unexpected(std::move(reason));
   ORLOCAL_TRY(Database database, Database::open(file, busyTimeout, Database::Access::kReadOnlyImmutable));
   ORLOCAL_TRY(const auto version, versionOf(database));
   if (version != formatVersion()) return tl::unexpected(std::move(reason));
@@ -204,11 +207,22 @@ Result<Database> openForReading(const std::filesystem::path& file, std::chrono::
 
 }  // namespace
 
+Status makeStoreFolder(const std::filesystem::path& file) { return makeFolder(file.parent_path()); }
+
+Result<Database> openStoreAsItIs(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout) {
+  // Where there is no log, nobody is about to change the file, and to take part would leave an index beside it.
+  const auto access = hasLog(file) ? Database::Access::kReadOnly : Database::Access::kReadOnlyImmutable;
+  ORLOCAL_TRY(Database database, Database::open(file, busyTimeout, access));
+  ORLOCAL_TRY(const auto version, versionOf(database));
+  if (version) return database;
+  return failure(ErrorCode::kCorrupt, fmt::format("The file \"{}\" is empty; choose another file.", file.string()));
+}
+
 std::int64_t formatVersion() { return static_cast<std::int64_t>(std::size(kSteps)); }
 
 Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
-                               UuidMaker& uuids) {
-  ORLOCAL_CHECK(makeFile(file));
+                               UuidMaker& uuids, Missing missing) {
+  if (missing == Missing::kIsMade) ORLOCAL_CHECK(makeFile(file));
   ORLOCAL_TRY(Database database, Database::open(file, busyTimeout));
   auto version = versionOf(database);
   if (!version && database.readOnly() && version.error().code != ErrorCode::kNewerFormat &&

@@ -1,5 +1,6 @@
 #include "store/sqlite.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -27,7 +28,9 @@ constexpr Explanation kExplanations[] = {
     {SQLITE_AUTH, ErrorCode::kReadOnly, "The permissions of the calendar store {} forbid this; check file and folder."},
     {SQLITE_NOTADB, ErrorCode::kCorrupt, "The file {} is no calendar store; choose another file."},
     {SQLITE_CORRUPT, ErrorCode::kCorrupt,
-     "The calendar store {} is damaged; export what can still be read, or restore the file from a backup."},
+     "The calendar store {} is damaged; write out what can still be read (orlocal export --salvage), or put a backup "
+     "in "
+     "its place (orlocal restore)."},
     {SQLITE_CANTOPEN, ErrorCode::kIo,
      "The calendar store {} cannot be opened; check that the file and its folder exist and may be read."},
     {SQLITE_INTERRUPT, ErrorCode::kInterrupted, "Work on the calendar store {} was stopped; nothing was written."},
@@ -136,6 +139,10 @@ std::span<const std::byte> Statement::blob(int column) const {
   return {data, data == nullptr ? 0 : static_cast<std::size_t>(sqlite3_column_bytes(m_handle, column))};
 }
 
+LazyStatement::~LazyStatement() {
+  if (m_database != nullptr) std::erase(m_database->m_kept, this);
+}
+
 Statement& LazyStatement::in(Database& database) {
   if (m_statement.prepared()) {
     m_statement.reset();
@@ -144,22 +151,50 @@ Statement& LazyStatement::in(Database& database) {
   auto prepared = database.prepare(m_sql);
   if (prepared) {
     m_statement = std::move(*prepared);
+    m_database = &database;
+    database.m_kept.push_back(this);
   } else {
     m_statement.m_failure = std::make_unique<Error>(std::move(prepared.error()));
   }
   return m_statement;
 }
 
-Database::~Database() { sqlite3_close_v2(m_handle); }
+Database::~Database() { close(); }
+
+void Database::swap(Database& other) noexcept {
+  std::swap(m_handle, other.m_handle);
+  std::swap(m_file, other.m_file);
+  std::swap(m_immutable, other.m_immutable);
+  std::swap(m_kept, other.m_kept);
+  for (LazyStatement* kept : m_kept) kept->m_database = this;
+  for (LazyStatement* kept : other.m_kept) kept->m_database = &other;
+}
+
+void Database::close() {
+  for (LazyStatement* kept : m_kept) {
+    kept->m_statement = Statement();
+    kept->m_database = nullptr;
+  }
+  m_kept.clear();
+  sqlite3_close_v2(std::exchange(m_handle, nullptr));
+}
+
+void Database::emptyLog() {
+  if (m_handle == nullptr || readOnly()) return;
+  // Who is at work now will do it later.
+  sqlite3_busy_timeout(m_handle, 0);
+  sqlite3_wal_checkpoint_v2(m_handle, "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+}
 
 Result<Database> Database::open(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
                                 Access access) {
   Database database;
   database.m_file = file;
-  const bool immutable = access == Access::kReadOnlyImmutable;
-  const std::string name = immutable ? uriOf(file) : file.string();
+  database.m_immutable = access == Access::kReadOnlyImmutable;
+  const std::string name = database.m_immutable ? uriOf(file) : file.string();
   const int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
-                    (immutable ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE);
+                    (access == Access::kReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
+                    (database.m_immutable ? SQLITE_OPEN_URI : 0);
   const int result = sqlite3_open_v2(name.c_str(), &database.m_handle, flags, nullptr);
   if (result != SQLITE_OK) return sqliteFailure(result, file.string(), database.m_handle);
   sqlite3_busy_timeout(database.m_handle, static_cast<int>(busyTimeout.count()));
@@ -189,7 +224,7 @@ Result<std::int64_t> Database::integerOf(const char* sql) {
 }
 
 bool Database::readOnly() const { return sqlite3_db_readonly(m_handle, "main") == 1; }
-bool Database::inTransaction() const { return sqlite3_get_autocommit(m_handle) == 0; }
+bool Database::inTransaction() const { return m_handle != nullptr && sqlite3_get_autocommit(m_handle) == 0; }
 
 bool Database::moved() const {
   int moved = 0;
@@ -214,6 +249,28 @@ const std::uint32_t* Database::walIndex() {
   void volatile* region = nullptr;
   if (file->pMethods->xShmMap(file, 0, kRegionBytes, 0, &region) != SQLITE_OK) return nullptr;
   return static_cast<const std::uint32_t*>(const_cast<void*>(region));
+}
+
+Status Database::copyInto(Database& target, const std::function<Status()>& beforeCommit) {
+  const auto failed = [&](int result) {
+    const int plain = result & 0xff;
+    const bool unreadable = plain == SQLITE_CORRUPT || plain == SQLITE_NOTADB || result == SQLITE_IOERR_READ ||
+                            result == SQLITE_IOERR_SHORT_READ;
+    Database& at = unreadable ? *this : target;
+    return sqliteFailure(result, at.m_file.string(), at.m_handle);
+  };
+  sqlite3_backup* copy = sqlite3_backup_init(target.m_handle, "main", m_handle, "main");
+  if (copy == nullptr) return failed(sqlite3_extended_errcode(target.m_handle));
+  // A step of no pages takes hold of both sides.
+  int result = sqlite3_backup_step(copy, 0);
+  Status agreed;
+  if (result == SQLITE_OK && beforeCommit) agreed = beforeCommit();
+  while (result == SQLITE_OK && agreed) result = sqlite3_backup_step(copy, -1);
+  const int finished = sqlite3_backup_finish(copy);
+  if (!agreed) return agreed;
+  if (result != SQLITE_DONE) return failed(result);
+  if (finished != SQLITE_OK) return failed(finished);
+  return {};
 }
 
 Result<Transaction> Transaction::write(Database& database) {

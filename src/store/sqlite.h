@@ -3,11 +3,13 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "store/result.h"
 
@@ -72,17 +74,19 @@ class ResetAtExit {
   Statement& m_statement;
 };
 
+class LazyStatement;
+
 /// An open SQLite file. One thread at a time. Errors come as sentences that name the file.
 class Database {
  public:
-  enum class Access { kReadWrite, kReadOnlyImmutable };
+  /// `kReadOnly` makes nothing beside a file without a log, and with one takes part as a reader. `kReadOnlyImmutable`
+  /// takes no part at all: it never sees a change, and others must not change the file while it reads.
+  enum class Access { kReadWrite, kReadOnly, kReadOnlyImmutable };
 
   Database() = default;
-  Database(Database&& other) noexcept
-      : m_handle(std::exchange(other.m_handle, nullptr)), m_file(std::move(other.m_file)) {}
+  Database(Database&& other) noexcept { swap(other); }
   Database& operator=(Database&& other) noexcept {
-    std::swap(m_handle, other.m_handle);
-    std::swap(m_file, other.m_file);
+    swap(other);
     return *this;
   }
   ~Database();
@@ -91,12 +95,19 @@ class Database {
   static Result<Database> open(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
                                Access access = Access::kReadWrite);
 
+  bool isOpen() const { return m_handle != nullptr; }
+  /// Lets go of the file. Statements that are kept ready end; those of `prepare` must be gone.
+  void close();
+  /// Brings what the write-ahead log holds into the file, as far as nobody reads or writes at this moment.
+  void emptyLog();
+
   Result<Statement> prepare(std::string_view sql);
   /// Runs statements that give no rows.
   Status execute(const char* sql);
   Result<std::int64_t> integerOf(const char* sql);
 
   bool readOnly() const;
+  bool immutable() const { return m_immutable; }
   bool inTransaction() const;
   /// Whether the file was removed or replaced since it was opened: what is written now would be lost.
   bool moved() const;
@@ -108,23 +119,40 @@ class Database {
   /// that every commit changes (https://sqlite.org/walformat.html, 2.2). Valid while the database is open.
   const std::uint32_t* walIndex();
 
+  /// Copies the whole file into `target`, which is taken alone for writing meanwhile. `beforeCommit` runs when nobody
+  /// else can write `target` any more and nothing of it has changed yet; its failure ends the copy, and `target` stays
+  /// as it was.
+  Status copyInto(Database& target, const std::function<Status()>& beforeCommit = {});
+
  private:
+  friend class LazyStatement;
+  void swap(Database& other) noexcept;
+
   sqlite3* m_handle = nullptr;
   std::filesystem::path m_file;
+  bool m_immutable = false;
+  std::vector<LazyStatement*> m_kept;  ///< prepared on this
 };
 
-/// A statement that is prepared when it is first needed, and kept. A failure to prepare it shows when it is stepped.
+/// A statement that is prepared when it is first needed, and kept until its database is closed. A failure to prepare it
+/// shows when it is stepped.
 class LazyStatement {
  public:
   /// `sql` lives as long as this.
   explicit LazyStatement(const char* sql) : m_sql(sql) {}
+  ~LazyStatement();
+  LazyStatement(const LazyStatement&) = delete;
+  LazyStatement& operator=(const LazyStatement&) = delete;
 
   /// Reset and ready to be bound. Always with the same database.
   Statement& in(Database& database);
 
  private:
+  friend class Database;
+
   const char* m_sql;
   Statement m_statement;
+  Database* m_database = nullptr;  ///< on which it is prepared
 };
 
 /// A transaction that is rolled back unless committed.

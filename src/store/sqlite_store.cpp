@@ -14,17 +14,25 @@ Result<std::unique_ptr<CalendarStore>> CalendarStore::open(StoreOptions options)
   return std::make_unique<SqliteStore>(std::move(core));
 }
 
-Result<std::vector<Source>> SqliteStore::sources() { return m_core->calendars.sources(); }
+Result<std::vector<Source>> SqliteStore::sources() {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return m_core->calendars.sources();
+}
 
-Result<std::vector<Calendar>> SqliteStore::calendars(CalendarKind kind) { return m_core->calendars.ofKind(kind); }
+Result<std::vector<Calendar>> SqliteStore::calendars(CalendarKind kind) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return m_core->calendars.ofKind(kind);
+}
 
 Result<std::optional<Calendar>> SqliteStore::calendar(std::string_view identifier) {
   const auto uuid = Uuid::parse(identifier);
   if (!uuid) return std::nullopt;
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return m_core->calendars.withUuid(*uuid);
 }
 
 Result<std::optional<Calendar>> SqliteStore::defaultCalendar(CalendarKind kind) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return m_core->calendars.forNewItems(kind);
 }
 
@@ -109,6 +117,7 @@ Status SqliteStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
 }
 
 Result<std::optional<std::string>> SqliteStore::privateZone(std::string_view name) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   ORLOCAL_TRY(Statement find, m_core->database.prepare("SELECT vtimezone FROM zones WHERE name = ?"));
   find.bind(1, name);
   ORLOCAL_TRY(const bool found, find.step());
@@ -116,20 +125,28 @@ Result<std::optional<std::string>> SqliteStore::privateZone(std::string_view nam
 }
 
 Result<std::optional<std::string>> SqliteStore::addressOf(std::string_view email) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return ContactRows(m_core->database).addressOf(email);
 }
 
 // Both ask the log alone, so what is kept in memory need not be brought up to it first.
-Result<std::int64_t> SqliteStore::newestChange() {
-  ORLOCAL_TRY(const Transaction snapshot, Transaction::read(m_core->database));
-  return m_core->log.newest();
+Result<LogPosition> SqliteStore::newestChange() {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
+  ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
+  return LogPosition{.row = newest, .file = m_core->fileNumber()};
 }
 
-Result<std::vector<OutsideCommit>> SqliteStore::outsideCommits(std::int64_t& position) {
-  ORLOCAL_TRY(const Transaction snapshot, Transaction::read(m_core->database));
-  return outsideCommitsAfter(m_core->log, position);
+Result<std::vector<OutsideCommit>> SqliteStore::outsideCommits(LogPosition& position) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
+  if (position.file != m_core->fileNumber()) {
+    // Another file's log tells another story under the same numbers.
+    ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
+    position = {.row = newest, .file = m_core->fileNumber()};
+    return std::vector<OutsideCommit>();
+  }
+  return outsideCommitsAfter(m_core->log, position.row);
 }
 
-Result<std::unique_ptr<ChangeSignal>> SqliteStore::listen() { return ChangeSignal::listen(m_core->options.file); }
+Result<std::unique_ptr<ChangeSignal>> SqliteStore::listen() { return ChangeSignal::listen(m_core->file()); }
 
 }  // namespace orlocal::store

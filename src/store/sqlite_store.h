@@ -13,6 +13,7 @@ class SqliteStore final : public CalendarStore {
  public:
   explicit SqliteStore(std::unique_ptr<StoreCore> core) : m_core(std::move(core)), m_queries(*m_core) {}
 
+  void close() override { m_core->close(); }
   std::uint64_t generation() override { return m_core->generation(); }
 
   Result<std::vector<Source>> sources() override;
@@ -40,8 +41,8 @@ class SqliteStore final : public CalendarStore {
   Result<std::unique_ptr<ItemWriter>> startWriting() override;
   Status forEachItem(CalendarId calendar, const ItemVisitor& visit) override;
   Result<std::optional<std::string>> privateZone(std::string_view name) override;
-  Result<std::int64_t> newestChange() override;
-  Result<std::vector<OutsideCommit>> outsideCommits(std::int64_t& position) override;
+  Result<LogPosition> newestChange() override;
+  Result<std::vector<OutsideCommit>> outsideCommits(LogPosition& position) override;
   Result<std::unique_ptr<ChangeSignal>> listen() override;
   Result<std::optional<std::string>> addressOf(std::string_view email) override;
 

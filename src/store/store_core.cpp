@@ -1,14 +1,13 @@
 #include "store/store_core.h"
 
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+#include <ctime>
 #include <utility>
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include "store/change_signal.h"
-#include "store/schema.h"
 #include "store/try.h"
 #include "store/zone_data.h"
 
@@ -19,6 +18,15 @@ namespace {
 constexpr std::size_t kKeptSeries = 50'000;
 /// Past so many changes by others, forgetting everything costs less than looking at each.
 constexpr std::int64_t kManyChanges = 2'000;
+/// A file that was replaced is noticed after so long at the latest.
+constexpr auto kLookEvery = std::chrono::milliseconds(10);
+
+/// Ticks with the kernel's timer; read without calling it.
+std::chrono::steady_clock::duration coarseTime() {
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
 
 Subject subjectOf(const Item& item) { return item.kind == ItemKind::kEvent ? Subject::kEvent : Subject::kReminder; }
 
@@ -41,28 +49,65 @@ Result<const Series*> SeriesCache::of(ItemId id) {
   return &m_series.emplace(id, std::move(series)).first->second;
 }
 
-StoreCore::StoreCore(StoreOptions storeOptions, Database opened, UuidMaker maker)
+StoreCore::StoreCore(StoreOptions storeOptions)
     : options(std::move(storeOptions)),
-      database(std::move(opened)),
-      uuids(std::move(maker)),
       log(database, uuids.randomNumber()),
       timeline(database),
       rows(database),
       calendars(database),
-      series(rows, options.viewer) {}
+      series(rows, options.viewer),
+      m_file(options.file) {}
 
 Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
-  UuidMaker maker;
-  ORLOCAL_TRY(Database opened, openStoreFile(storeOptions.file, storeOptions.busyTimeout, maker));
-  // All who use the file must ring the same bell, whatever link or relative name led them here.
-  std::error_code unresolved;
-  auto file = std::filesystem::canonical(storeOptions.file, unresolved);
-  if (!unresolved) storeOptions.file = std::move(file);
-  std::unique_ptr<StoreCore> core(new StoreCore(std::move(storeOptions), std::move(opened), std::move(maker)));
-  // When it cannot be done now it is done at a later opening; reading is not held up for it.
-  const auto followed = followZoneData(*core, zoneDataVersion());
-  if (!followed && followed.error().code == ErrorCode::kCorrupt) return tl::unexpected(followed.error());
+  std::unique_ptr<StoreCore> core(new StoreCore(std::move(storeOptions)));
+  ORLOCAL_CHECK(core->openFile());
   return core;
+}
+
+Status StoreCore::openFile() {
+  ORLOCAL_TRY(database, m_file.open(m_whenMissing, options.busyTimeout, uuids));
+  m_whenMissing = Missing::kIsAFailure;
+  m_opener = ::getpid();
+  m_nextLook = coarseTime() + kLookEvery;
+  m_walIndex = nullptr;
+  ++m_generation;
+  if (m_file.opensAnother()) {
+    ++m_fileNumber;
+    m_seen = -1;
+    forgetAll();
+  }
+  // When it cannot be done now it is done at a later opening; reading is not held up for it.
+  auto followed = followZoneData(*this, zoneDataVersion());
+  if (followed || followed.error().code != ErrorCode::kCorrupt) return {};
+  database.close();
+  return followed;
+}
+
+void StoreCore::close() {
+  // A process that was forked off shares the open file with the one that opened it, and none of its locks.
+  if (!database.isOpen() || database.inTransaction() || m_opener != ::getpid()) return;
+  database.emptyLog();
+  database.close();
+  m_walIndex = nullptr;
+  m_whenMissing = Missing::kIsMade;
+}
+
+Status StoreCore::followFile(Look look) {
+  if (!database.isOpen()) return openFile();
+  if (database.inTransaction()) return {};
+  const auto now = coarseTime();
+  if (look == Look::kNowAndThen && now < m_nextLook) return {};
+  // What fails is looked at again at once.
+  m_nextLook = {};
+  ORLOCAL_TRY(const StoreFile::News news, m_file.look(database));
+  if (news == StoreFile::News::kReplaced) ORLOCAL_CHECK(m_file.partFromLog(database, options.busyTimeout));
+  if (news != StoreFile::News::kNone) {
+    database.close();
+    m_walIndex = nullptr;
+    return openFile();
+  }
+  m_nextLook = now + kLookEvery;
+  return {};
 }
 
 void StoreCore::forgetAll() {
@@ -110,13 +155,20 @@ Status StoreCore::catchUp() {
   return {};
 }
 
+Result<Transaction> StoreCore::beginReadingLog() {
+  ORLOCAL_CHECK(followFile(Look::kNowAndThen));
+  return Transaction::read(database);
+}
+
 Result<Transaction> StoreCore::beginReading() {
+  ORLOCAL_CHECK(followFile(Look::kNowAndThen));
   ORLOCAL_TRY(Transaction transaction, Transaction::read(database));
   ORLOCAL_CHECK(catchUp());
   return transaction;
 }
 
 Result<WriteTurn> StoreCore::beginWriting() {
+  ORLOCAL_CHECK(followFile(Look::kNow));
   ORLOCAL_TRY(Transaction transaction, Transaction::write(database));
   ORLOCAL_CHECK(catchUp());
   ORLOCAL_CHECK(log.startCommit());
@@ -126,6 +178,8 @@ Result<WriteTurn> StoreCore::beginWriting() {
 }
 
 std::uint64_t StoreCore::generation() {
+  // Why it cannot be followed is told to who reads next.
+  if (!followFile(Look::kNowAndThen)) return ++m_generation;
   if (m_walIndex == nullptr) {
     // The index exists from the first transaction on.
     if (auto reading = beginReading(); reading) m_walIndex = database.readOnly() ? nullptr : database.walIndex();
@@ -219,7 +273,7 @@ WriteTurn::~WriteTurn() {
 Status WriteTurn::commit() {
   ORLOCAL_CHECK(m_core->log.prune());
   ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
-  const Bell bell(m_core->options.file);
+  const Bell bell(m_core->file());
   ORLOCAL_CHECK(m_transaction.commit());
   bell.ring();
   m_core->m_seen = newest;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -11,6 +12,7 @@
 #include "store/item_rows.h"
 #include "store/recurrence.h"
 #include "store/sqlite.h"
+#include "store/store_file.h"
 #include "store/timeline.h"
 #include "store/uuid.h"
 
@@ -39,9 +41,15 @@ class WriteTurn;
 class StoreCore {
  public:
   static Result<std::unique_ptr<StoreCore>> open(StoreOptions storeOptions);
+  ~StoreCore() { close(); }
+
+  /// See `CalendarStore::close`.
+  void close();
 
   /// A snapshot for reading; what is kept in memory is brought up to it.
   Result<Transaction> beginReading();
+  /// The same for who asks the log alone: what is kept in memory stays as it is.
+  Result<Transaction> beginReadingLog();
   Result<WriteTurn> beginWriting();
   /// See `CalendarStore::generation`.
   std::uint64_t generation();
@@ -58,9 +66,14 @@ class StoreCore {
   Status removeCalendar(const Calendar& calendar);
   Status logCalendar(Operation operation, const Calendar& calendar);
 
+  /// The file that is open, links followed: the one whose bell to ring.
+  const std::filesystem::path& file() const { return m_file.file(); }
+  /// Counts the files that were opened: changes when another one took the place of the one before.
+  std::uint64_t fileNumber() const { return m_fileNumber; }
+
   const StoreOptions options;
-  Database database;
   UuidMaker uuids;
+  Database database;
   ChangeLog log;
   Timeline timeline;
   ItemRows rows;
@@ -69,12 +82,23 @@ class StoreCore {
 
  private:
   friend class WriteTurn;
-  StoreCore(StoreOptions storeOptions, Database opened, UuidMaker maker);
+  explicit StoreCore(StoreOptions storeOptions);
 
+  /// When to look whether the file is still the one that was opened: looking costs more than what a walk over a query's
+  /// answer does at each step.
+  enum class Look { kNowAndThen, kNow };
+  /// Opens the file when it is not open, and anew when another has taken its place.
+  Status followFile(Look look);
+  Status openFile();
   Status catchUp();
   void forgetAll();
   Status loadZones();
 
+  StoreFile m_file;
+  Missing m_whenMissing = Missing::kIsMade;
+  std::uint64_t m_fileNumber = 1;
+  std::int64_t m_opener = 0;                         ///< process that opened the file
+  std::chrono::steady_clock::duration m_nextLook{};  ///< on the coarse clock
   std::int64_t m_seen = -1;  ///< newest row of the log that memory agrees with; -1 before the first look
   std::uint64_t m_generation = 1;
   const std::uint32_t* m_walIndex = nullptr;

@@ -41,8 +41,8 @@ bool differs(const Item& stored, Item& given) {
 }  // namespace
 
 Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core) {
-  ORLOCAL_CHECK(core.database.execute(kLargeCache));
   ORLOCAL_TRY(WriteTurn turn, core.beginWriting());
+  ORLOCAL_CHECK(core.database.execute(kLargeCache));
   return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn)));
 }
 

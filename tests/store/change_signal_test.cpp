@@ -201,7 +201,7 @@ TEST_F(SignalOfAStore, IsSilentAfterARefusedSave) {
 TEST_F(SignalOfAStore, WakesWhenTheCommitIsThereToBeRead) {
   const auto listener = opened();
   const auto signal = listener->listen().value();
-  std::int64_t position = listener->newestChange().value();
+  LogPosition position = listener->newestChange().value();
   const Item item = review();
   std::thread writer([&] {
     Item copy = item;

@@ -226,7 +226,7 @@ class OutsideCommitsOfAStore : public StoreTest {
   }
 
   std::unique_ptr<CalendarStore> listener;
-  std::int64_t position = 0;
+  LogPosition position;
 };
 
 TEST_F(OutsideCommitsOfAStore, TellAnEventsLife) {

@@ -41,7 +41,7 @@ class StoreNews {
   std::optional<std::string> titleOfCalendar(store::CalendarId id);
 
   store::CalendarStore& m_store;
-  std::int64_t m_position;
+  store::LogPosition m_position;
   std::uint64_t m_generation = 0;
   std::map<std::string, std::string> m_titles;  ///< of what was news, so that its end has a name
 };

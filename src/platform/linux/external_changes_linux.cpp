@@ -30,7 +30,7 @@ std::shared_ptr<const Notification> notificationOf(store::ChangedRecords records
 }  // namespace
 
 struct ExternalChanges::Watch {
-  std::int64_t position = 0;
+  store::LogPosition position;
   std::uint64_t generation = 0;
   std::deque<store::ChangedRecords> untold;  ///< events of a commit each
   std::shared_ptr<const TurnLook> looking;   ///< null while paused
