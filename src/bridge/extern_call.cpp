@@ -41,6 +41,8 @@ void startUp(fmx::ExternCall& call) {
 void shutDown() {
   g_started = false;
   unregisterFunctions();
+  // Nobody may call again before the host copies the store's file.
+  platform().closeStores();
 }
 
 /// Calendar changes made elsewhere reach us through the run loop, and the host's idle time is when it may turn.

@@ -6,13 +6,20 @@ namespace orlocal {
 namespace {
 
 std::shared_ptr<Platform>& current() {
-  static std::shared_ptr<Platform> instance;
+  static auto& instance = *new std::shared_ptr<Platform>;
   return instance;
 }
+
+struct ClosesStoresAtTheEnd {
+  ~ClosesStoresAtTheEnd() {
+    if (current()) current()->closeStores();
+  }
+};
 
 }  // namespace
 
 Platform& platform() {
+  static const ClosesStoresAtTheEnd end;
   auto& instance = current();
   if (!instance) instance = makeSystemPlatform();
   return *instance;

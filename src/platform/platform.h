@@ -30,11 +30,15 @@ class Platform {
   virtual NotificationCenter& notificationCenter() = 0;
   virtual BundleStrings& bundleStrings() = 0;
   virtual SystemVersion& systemVersion() = 0;
+  /// Lets go of the calendar store, so that its file is whole by itself. What was handed out stays good; what is asked
+  /// for next opens it again.
+  virtual void closeStores() = 0;
   /// One line for the system's console log.
   virtual void log(std::string_view line) = 0;
 };
 
-/// The platform in use: the one that was set, else the system's own, made on first use.
+/// The platform in use: the one that was set, else the system's own, made on first use. Its stores are closed when the
+/// process ends in good order, or this program is unloaded; it itself stays, as a host may still call.
 Platform& platform();
 
 /// Puts another platform in place, or (null) the system's own again. Tests call it before anything else runs.

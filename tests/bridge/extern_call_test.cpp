@@ -147,6 +147,18 @@ TEST_F(EntryPoint, UnregistersTheWholeRangeOnShutdown) {
   EXPECT_EQ(host.unregisteredSteps, idsFrom148To169());
 }
 
+TEST_F(EntryPoint, ClosesTheStoresOnceAllIsUnregistered) {
+  send(fmx::kCallStartUp);
+  EXPECT_EQ(system->m_storesClosed, 0);
+  send(fmx::kCallShutdown);
+  EXPECT_EQ(system->m_storesClosed, 1);
+  host.failingCall = "FM_ExprEnv_UnRegisterScriptStep";
+  host.failingId = 169;
+  host.failureCode = 2;
+  EXPECT_THROW(send(fmx::kCallShutdown), std::exception);
+  EXPECT_EQ(system->m_storesClosed, 1) << "a failure to unregister ends the shutdown";
+}
+
 TEST_F(EntryPoint, KeepsTheBackEndAndTheErrorObjectAfterShutdown) {
   send(fmx::kCallStartUp);
   send(fmx::kCallShutdown);

@@ -45,6 +45,7 @@ class FakePlatform : public Platform {
   std::shared_ptr<FakeBundleStrings> m_bundleStrings = std::make_shared<FakeBundleStrings>();
   std::shared_ptr<FakeSystemVersion> m_systemVersion = std::make_shared<FakeSystemVersion>();
   std::vector<std::string> m_log;
+  int m_storesClosed = 0;
 
   EventKit& eventKit() override { return given(m_eventKit, "EventKit"); }
   CalendarStoreFramework& calendarStore() override { return given(m_calendarStore, "calendar store"); }
@@ -54,6 +55,7 @@ class FakePlatform : public Platform {
   NotificationCenter& notificationCenter() override { return given(m_notificationCenter, "notification centre"); }
   BundleStrings& bundleStrings() override { return given(m_bundleStrings, "bundle strings"); }
   SystemVersion& systemVersion() override { return given(m_systemVersion, "system version"); }
+  void closeStores() override { ++m_storesClosed; }
   void log(std::string_view line) override { m_log.emplace_back(line); }
 
  private:

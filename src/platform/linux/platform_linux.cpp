@@ -36,6 +36,10 @@ class LinuxPlatform final : public Platform {
   }
   SystemVersion& systemVersion() override { return lazily(m_systemVersion, makeSystemVersion); }
 
+  void closeStores() override {
+    if (m_access) m_access->close();
+  }
+
   void log(std::string_view line) override { writeToSystemLog(line); }
 
  private:

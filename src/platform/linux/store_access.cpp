@@ -65,6 +65,10 @@ store::CalendarStore& StoreAccess::store() {
   return *m_unopened;
 }
 
+void StoreAccess::close() {
+  if (m_store) m_store->close();
+}
+
 void StoreAccess::refresh() {
   store::CalendarStore& store = this->store();
   const std::uint64_t generation = store.generation();

@@ -50,6 +50,8 @@ class StoreAccess {
   /// Valid until the next call of any kind. When the store cannot be opened the reason is in the system's log, every
   /// call of what is returned fails with it, and the next one tries again.
   store::CalendarStore& store();
+  /// Lets go of the file; the next call opens it again.
+  void close();
 
   /// The default zone, as the store and as the platform know it.
   const store::Zone& viewer() const { return m_viewer; }
