@@ -11,6 +11,7 @@ class UnopenedStore final : public CalendarStore {
  public:
   explicit UnopenedStore(store::Error reason) : m_reason(std::move(reason)) {}
 
+  void close() override {}
   std::uint64_t generation() override { return 0; }
 
   Result<std::vector<Source>> sources() override { return refusal(); }
@@ -38,8 +39,8 @@ class UnopenedStore final : public CalendarStore {
   Result<std::unique_ptr<ItemWriter>> startWriting() override { return refusal(); }
   Status forEachItem(CalendarId, const ItemVisitor&) override { return refusal(); }
   Result<std::optional<std::string>> privateZone(std::string_view) override { return refusal(); }
-  Result<std::int64_t> newestChange() override { return refusal(); }
-  Result<std::vector<OutsideCommit>> outsideCommits(std::int64_t&) override { return refusal(); }
+  Result<LogPosition> newestChange() override { return refusal(); }
+  Result<std::vector<OutsideCommit>> outsideCommits(LogPosition&) override { return refusal(); }
   Result<std::unique_ptr<ChangeSignal>> listen() override { return refusal(); }
   Result<std::optional<std::string>> addressOf(std::string_view) override { return refusal(); }
 
