@@ -1,19 +1,38 @@
 #include "host/commands/output_file.h"
 
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include "host/commands/program_fixture.h"
 #include "host/commands/running_program.h"
+
+namespace {
+
+std::vector<std::string>* g_synced = nullptr;
+
+}  // namespace
+
+/// Stands before the system's own, to note what is brought to the disk.
+extern "C" int fsync(int descriptor) {
+  struct stat found {};
+  if (g_synced != nullptr && ::fstat(descriptor, &found) == 0) {
+    g_synced->push_back(S_ISDIR(found.st_mode) ? "folder" : "file of " + std::to_string(found.st_size));
+  }
+  return static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
 
 namespace orlocal::host {
 namespace {
@@ -195,6 +214,32 @@ TEST_F(OutputFileTest, WritesEveryNameOfAFile) {
   EXPECT_TRUE(written(path, "new"));
   EXPECT_EQ(textOf(folder / "other"), "new");
   EXPECT_EQ(filesInFolder(), 2U);
+}
+
+TEST_F(OutputFileTest, KeepsTheAccessListOfAFile) {
+  const auto path = write("old", "a longer old text");
+  // Its owner writes, user 1 reads, nobody else does.
+  constexpr std::uint32_t kVersion = 2, kNobody = 0xFFFFFFFF;
+  struct Entry {
+    std::uint16_t tag, permissions;
+    std::uint32_t id;
+  };
+  constexpr Entry kEntries[] = {{1, 6, kNobody}, {2, 4, 1}, {4, 0, kNobody}, {16, 4, kNobody}, {32, 0, kNobody}};
+  std::string list(reinterpret_cast<const char*>(&kVersion), sizeof kVersion);
+  list.append(reinterpret_cast<const char*>(kEntries), sizeof kEntries);
+  constexpr const char* kName = "system.posix_acl_access";
+  if (::setxattr(path.c_str(), kName, list.data(), list.size(), 0) != 0) GTEST_SKIP() << "no access lists here";
+  EXPECT_TRUE(written(path, "new"));
+  EXPECT_EQ(textOf(path), "new");
+  EXPECT_EQ(::getxattr(path.c_str(), kName, nullptr, 0), static_cast<ssize_t>(list.size()));
+}
+
+TEST_F(OutputFileTest, BringsFileAndFolderToTheDiskBeforeItIsDone) {
+  std::vector<std::string> synced;
+  g_synced = &synced;
+  EXPECT_TRUE(written(folder / "new", "text"));
+  g_synced = nullptr;
+  EXPECT_EQ(synced, (std::vector<std::string>{"file of 4", "folder"}));
 }
 
 TEST_F(OutputFileTest, SaysThatADiskIsFullAndLeavesTheOldFile) {
