@@ -12,13 +12,6 @@ namespace {
 /// The series as it stands, changed occurrences and all; edits need their own copy, as the cache forgets it on writing.
 Result<Series> compiled(const Item& item, const Zone& viewer) { return Series::compile(item, viewer); }
 
-void keepTimesIf(std::vector<CalendarTime>& times, const Series& series, Moment from, Moment to) {
-  std::erase_if(times, [&](const CalendarTime& time) {
-    const Moment start = series.originalStart(time);
-    return start < from || start >= to;
-  });
-}
-
 }  // namespace
 
 Result<bool> SeriesEdits::isFirst(const Item& series, Moment original) {
@@ -98,51 +91,11 @@ Result<std::vector<ItemRows::Changed>> SeriesEdits::changedFrom(const Item& seri
   return changed;
 }
 
-Result<SeriesEdits::Halves> SeriesEdits::halves(const Item& series, const Series& here, Moment original) {
-  Halves halves{series.recurrence, series.recurrence};
-  halves.left.rules.clear();
-  halves.right.rules.clear();
-  ExpansionBudget budget;
-  std::vector<std::int64_t> before, with;  // of each rule
-  for (std::size_t i = 0; i < series.recurrence.rules.size(); ++i) {
-    ORLOCAL_TRY(const std::int64_t earlier, here.countBefore(original, i, budget));
-    ORLOCAL_TRY(const std::int64_t upTo, here.countBefore(original + std::chrono::microseconds(1), i, budget));
-    before.push_back(earlier);
-    with.push_back(upTo);
-    halves.ruleMakesStart = halves.ruleMakesStart || upTo > earlier;
-  }
-  for (std::size_t i = 0; i < series.recurrence.rules.size(); ++i) {
-    const RecurrenceRule& rule = series.recurrence.rules[i];
-    if (!rule.count) {
-      RecurrenceRule ended = rule;
-      // An earlier end stays.
-      if (!rule.until || here.originalStart(*rule.until) >= original) ended.until = untilBefore(here, original);
-      halves.left.rules.push_back(std::move(ended));
-      halves.right.rules.push_back(rule);
-      continue;
-    }
-    if (before[i] > 0) {
-      halves.left.rules.push_back(rule);
-      halves.left.rules.back().count = before[i];
-    }
-    if (*rule.count > before[i]) {
-      // The start of the right half counts as the first of every rule there, also of one that does not make it.
-      const bool countsAlien = halves.ruleMakesStart && with[i] == before[i];
-      halves.right.rules.push_back(rule);
-      halves.right.rules.back().count = *rule.count - before[i] + (countsAlien ? 1 : 0);
-    }
-  }
-  keepTimesIf(halves.left.added, here, Moment::min(), original);
-  keepTimesIf(halves.left.excluded, here, Moment::min(), original);
-  keepTimesIf(halves.right.added, here, original + std::chrono::microseconds(1), Moment::max());
-  keepTimesIf(halves.right.excluded, here, original, Moment::max());
-  return halves;
-}
-
 Result<std::optional<Moment>> SeriesEdits::nextByRule(const Item& series, Moment original) {
   Item bare = series;
   bare.recurrence.added.clear();
   bare.recurrence.excluded.clear();
+  bare.recurrence.exceptionRules.clear();
   ORLOCAL_TRY(const Series rules, compiled(bare, m_core.options.viewer));
   std::optional<Moment> next;
   ExpansionBudget budget;
@@ -160,7 +113,7 @@ Status SeriesEdits::truncate(const Item& series, Moment original) {
     ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
     ORLOCAL_CHECK(m_core.removeItem(*item));
   }
-  ORLOCAL_TRY(Halves parts, halves(series, here, original));
+  ORLOCAL_TRY(RecurrenceHalves parts, halvesOf(series, here, original));
   Item left = series;
   left.recurrence = std::move(parts.left);
   left.modified = now();
@@ -223,13 +176,7 @@ Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited,
   } else {
     whole.end->local = whole.start->local + (edited.end->local - edited.start->local);
   }
-  if (!shift.none()) {
-    for (CalendarTime& time : whole.recurrence.excluded) time = shift(time);
-    for (CalendarTime& time : whole.recurrence.added) time = shift(time);
-    if (!otherRules) {
-      for (RecurrenceRule& rule : whole.recurrence.rules) rule = shift(rule);
-    }
-  }
+  shift.move(whole.recurrence, !otherRules);
   whole.id = series.id;
   whole.identifier = series.identifier;
   whole.itemIdentifier = series.itemIdentifier;
@@ -254,7 +201,7 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
                      edited.start->zone != from.zone;
   const SeriesShift shift(here, from, moved ? *edited.start : from, m_core.options.viewer);
   ORLOCAL_TRY(const auto later, changedFrom(series, here, original));
-  ORLOCAL_TRY(Halves parts, halves(series, here, original));
+  ORLOCAL_TRY(RecurrenceHalves parts, halvesOf(series, here, original));
 
   Item right = edited;
   right.uid = m_core.uuids.next().text();
@@ -264,6 +211,7 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
   right.sequence = 0;
   right.recurrence.added = std::move(parts.right.added);
   right.recurrence.excluded = std::move(parts.right.excluded);
+  right.recurrence.exceptionRules = std::move(parts.right.exceptionRules);
   if (!otherRules) {
     right.recurrence.rules = std::move(parts.right.rules);
     if (!parts.ruleMakesStart && !right.recurrence.rules.empty()) {
@@ -278,10 +226,8 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
         right.recurrence.rules.clear();
       }
     }
-    for (RecurrenceRule& rule : right.recurrence.rules) rule = shift(rule);
   }
-  for (CalendarTime& time : right.recurrence.added) time = shift(time);
-  for (CalendarTime& time : right.recurrence.excluded) time = shift(time);
+  shift.move(right.recurrence, !otherRules);
   ORLOCAL_TRY(const Series compiledRight, compiled(right, Zone()));
   const bool repeats = !right.recurrence.empty() || !later.empty();
   ORLOCAL_CHECK(m_core.insertItem(right, repeats ? &compiledRight : nullptr, std::nullopt, false));

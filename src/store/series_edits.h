@@ -43,11 +43,6 @@ class SeriesEdits {
   Status update(const Item& item);
 
  private:
-  struct Halves {
-    Recurrence left, right;
-    bool ruleMakesStart = false;  ///< a rule makes the occurrence where the right half begins
-  };
-  Result<Halves> halves(const Item& series, const Series& compiled, Moment original);
   /// Where the rules of a series go on after an occurrence that is a single added date.
   Result<std::optional<Moment>> nextByRule(const Item& series, Moment original);
   /// Hangs changed occurrences under `target` (already written), where the moved rule still meets them.

@@ -131,6 +131,68 @@ TEST_F(LaterChanges, CanBeChangedOnTheirOwn) {
                                   "2026-11-05 12:00 Later"}));
 }
 
+class ExceptionRules : public LaterChanges {
+ protected:
+  /// Every third day is left out, from the first on.
+  Item kept() {
+    import(
+        "BEGIN:VCALENDAR\nBEGIN:VEVENT\nUID:1\nDTSTART;TZID=Europe/Berlin:20261102T090000\n"
+        "DTEND;TZID=Europe/Berlin:20261102T100000\nSUMMARY:Review\nRRULE:FREQ=DAILY;COUNT=12\n"
+        "EXRULE:FREQ=DAILY;INTERVAL=3\nEND:VEVENT\nEND:VCALENDAR\n");
+    return read(occurrences(std::nullopt, std::nullopt).front().item);
+  }
+  void saveFrom(const std::string& day, const std::string& start) {
+    const auto found = occurrences(at("2026-11-" + day + " 00:00"), at("2026-11-" + day + " 23:00"));
+    ASSERT_EQ(found.size(), 1U);
+    Item edited = read(found[0].item);
+    edited.start = berlin("2026-11-" + day + " " + start);
+    edited.end = edited.start;
+    edited.end->local += 3600;
+    const auto status = store->saveEvent(edited, found[0], Span::kFuture);
+    ASSERT_TRUE(status) << status.error().message;
+  }
+};
+
+TEST_F(ExceptionRules, TakeOutTheSameDaysAfterASplit) {
+  kept();
+  const Texts before = shownIn2026();
+  ASSERT_EQ(before.size(), 8U);
+  saveFrom("07", "09:00");
+  EXPECT_EQ(shownIn2026(), before);
+  const std::string text = exported();
+  useAnotherStore();
+  import(text);
+  EXPECT_EQ(shownIn2026(), before);
+}
+
+TEST_F(ExceptionRules, MoveWithTheirHalf) {
+  kept();
+  saveFrom("07", "15:00");
+  EXPECT_EQ(shownIn2026(), (Texts{"2026-11-03 09:00 Review", "2026-11-04 09:00 Review", "2026-11-06 09:00 Review",
+                                  "2026-11-07 15:00 Review", "2026-11-09 15:00 Review", "2026-11-10 15:00 Review",
+                                  "2026-11-12 15:00 Review", "2026-11-13 15:00 Review"}));
+}
+
+TEST_F(ExceptionRules, StayWhenTheEventIsSavedForAnotherReason) {
+  Item item = kept();
+  item.title = "Other";
+  const auto first = store->firstOccurrence(item);
+  item.start = berlin("2026-11-03 09:00");
+  item.end = berlin("2026-11-03 10:00");
+  ASSERT_TRUE(store->saveEvent(item, **first, Span::kFuture));
+  EXPECT_EQ(shownIn2026().size(), 8U);
+  EXPECT_THAT(exported(), testing::HasSubstr("EXRULE:FREQ=DAILY;INTERVAL=3\r\n"));
+}
+
+class OtherCalendars : public LaterChanges {};
+
+TEST_F(OtherCalendars, AreFoundInEveryMonthThatTheyMeet) {
+  import(
+      "BEGIN:VCALENDAR\nBEGIN:VEVENT\nUID:1\nDTSTART;VALUE=DATE:20130210\nSUMMARY:New year\n"
+      "RRULE:RSCALE=CHINESE;FREQ=YEARLY\nEND:VEVENT\nEND:VCALENDAR\n");
+  EXPECT_EQ(listed(at("2028-01-01 00:00"), at("2028-02-01 00:00")), Texts{"2028-01-26 00:00 New year"});
+}
+
 class DenseSeries : public LaterChanges {};
 
 TEST_F(DenseSeries, AreRefusedWhenTheyAreSaved) {
