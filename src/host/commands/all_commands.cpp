@@ -11,6 +11,7 @@ void registerAllCommands(CommandLine& line) {
   registerAgendaCommand(line);
   registerImportCommands(line);
   registerExportCommand(line);
+  registerBackupCommands(line);
   registerWatchCommand(line);
 }
 

@@ -14,6 +14,7 @@ void registerCalendarsCommand(CommandLine& line);  ///< calendars
 void registerAgendaCommand(CommandLine& line);     ///< agenda
 void registerImportCommands(CommandLine& line);    ///< import, import-contacts
 void registerExportCommand(CommandLine& line);     ///< export
+void registerBackupCommands(CommandLine& line);    ///< backup, restore
 void registerWatchCommand(CommandLine& line);      ///< watch
 
 }  // namespace orlocal::host

@@ -35,6 +35,7 @@ class StoreCommand : public testing::Test {
     std::ostringstream outText, errText;
     CommandLine line(Streams{in, outText, errText, false, onTerminal, onTerminal});
     registerAgendaCommand(line);
+    registerBackupCommands(line);
     registerCalendarsCommand(line);
     registerExportCommand(line);
     registerImportCommands(line);
