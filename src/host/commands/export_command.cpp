@@ -1,3 +1,4 @@
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -8,6 +9,7 @@
 #include "host/commands/all_commands.h"
 #include "host/commands/command.h"
 #include "host/commands/output_file.h"
+#include "host/commands/salvage_export.h"
 #include "host/commands/store_session.h"
 #include "store/export.h"
 
@@ -19,29 +21,38 @@ constexpr const char* kStandardOutput = "-";
 struct ExportWords {
   std::vector<std::string> calendars;
   std::string file = kStandardOutput;
+  bool salvage = false;
 };
 
-void writeOut(store::CalendarStore& store, const std::vector<store::Calendar>& calendars, std::ostream& out) {
-  const auto status = store::exportCalendars(store, calendars, [&out](std::string_view text) -> store::Status {
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    if (out) return {};
-    return store::failure(store::ErrorCode::kIo, "The standard output cannot be written.");
-  });
-  if (!status) throw CommandFailure(status.error().message);
+/// Has `write` write to where the words say; a file appears when all of it is there.
+ExitStatus writeTo(const std::string& file, std::ostream& standardOutput,
+                   const std::function<ExitStatus(const store::TextSink&)>& write) {
+  if (file == kStandardOutput) {
+    return write([&](std::string_view text) -> store::Status {
+      standardOutput.write(text.data(), static_cast<std::streamsize>(text.size()));
+      if (standardOutput) return {};
+      return store::failure(store::ErrorCode::kIo, "The standard output cannot be written.");
+    });
+  }
+  const auto output = orFail(OutputFile::open(file));
+  const ExitStatus status = write([&](std::string_view text) { return output->write(text); });
+  if (const auto finished = output->finish(); !finished) throw CommandFailure(finished.error().message);
+  return status;
 }
 
 ExitStatus runExport(const ExportWords& words, CommandContext& context) {
+  if (words.salvage) {
+    return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) {
+      return salvageInto(sink, words.calendars, context.streams.err);
+    });
+  }
   const auto store = openUserStore();
   const auto calendars = calendarsTitled(allCalendars(*store), words.calendars);
-  if (words.file == kStandardOutput) {
-    writeOut(*store, calendars, context.streams.out);
+  return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) {
+    const auto status = store::exportCalendars(*store, calendars, sink);
+    if (!status) throw CommandFailure(status.error().message);
     return ExitStatus::kDone;
-  }
-  const auto file = orFail(OutputFile::open(words.file));
-  auto status = store::exportCalendars(*store, calendars, [&](std::string_view text) { return file->write(text); });
-  if (status) status = file->finish();
-  if (!status) throw CommandFailure(status.error().message);
-  return ExitStatus::kDone;
+  });
 }
 
 }  // namespace
@@ -53,6 +64,9 @@ void registerExportCommand(CommandLine& line) {
   command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);
+  command.add_flag("--salvage", words->salvage,
+                   "Write what can still be read of a damaged store, and say what cannot; status 1 when something "
+                   "is lost");
   command.add_option("-o,--output", words->file, "The file to write; - is the standard output, as without it")
       ->type_name("FILE");
 }

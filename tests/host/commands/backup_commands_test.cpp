@@ -59,5 +59,47 @@ TEST_F(BackupCommands, FailToRestoreWhatIsNoStore) {
   EXPECT_THAT(exported(), HasSubstr("Review"));
 }
 
+class SalvagingExport : public StoreCommand {
+ protected:
+  /// A store of 400 events of which a part cannot be read.
+  void givenADamagedStore() {
+    std::string events;
+    for (int i = 0; i < 400; ++i) {
+      events += event("u" + std::to_string(i), "Event", "DTSTART:20261102T090000\r\nDTEND:20261102T100000\r\n");
+    }
+    imported(calendar("Work", events));
+    // A page of rows: the identifiers that files bring stand nowhere else.
+    const auto row = textOf(folder / "calendar.db").find("u200");
+    ASSERT_NE(row, std::string::npos);
+    std::fstream store(folder / "calendar.db", std::ios::in | std::ios::out | std::ios::binary);
+    store.seekp(static_cast<std::streamoff>(row / 4096 * 4096));
+    store << std::string(4096, '\x7f');
+  }
+  static std::size_t count(const std::string& text, const std::string& what) {
+    std::size_t found = 0;
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++found;
+    return found;
+  }
+};
+
+TEST_F(SalvagingExport, WritesWhatIsLeftAndSaysWhatIsNot) {
+  givenADamagedStore();
+  EXPECT_EQ(run({"export", "--salvage"}), ExitStatus::kFailed);
+  EXPECT_GT(count(out, "BEGIN:VEVENT"), 200U);
+  EXPECT_LT(count(out, "BEGIN:VEVENT"), 400U);
+  EXPECT_THAT(err, HasSubstr(std::to_string(count(out, "BEGIN:VEVENT")) + " items were written; not read: " +
+                             std::to_string(400 - count(out, "BEGIN:VEVENT")) + " items"));
+  const std::string onOutput = out;
+  EXPECT_EQ(run({"export", "--salvage", "-o", (folder / "rest.ics").string()}), ExitStatus::kFailed);
+  EXPECT_EQ(textOf(folder / "rest.ics"), onOutput);
+}
+
+TEST_F(SalvagingExport, EndsWellWhenNothingIsLost) {
+  imported(calendar("Work", event("1", "Review", "DTSTART:20261102T090000\r\nDTEND:20261102T100000\r\n")));
+  EXPECT_EQ(run({"export", "--salvage"}), ExitStatus::kDone);
+  EXPECT_THAT(out, HasSubstr("Review"));
+  EXPECT_THAT(err, HasSubstr("1 items were written; everything could be read"));
+}
+
 }  // namespace
 }  // namespace orlocal::host

@@ -1,0 +1,27 @@
+#include "host/commands/salvage_export.h"
+
+#include <ostream>
+
+#include <fmt/format.h>
+
+#include "host/commands/store_session.h"
+#include "store/location.h"
+#include "store/salvage.h"
+
+namespace orlocal::host {
+
+ExitStatus salvageInto(const store::TextSink& sink, const std::vector<std::string>& calendars, std::ostream& err) {
+  const store::StoreOptions usual;
+  const auto report = orFail(store::salvage(orFail(store::userStoreFile()), calendars, usual.busyTimeout, sink));
+  for (const std::string& line : report.notes) err << "orlocal: " << line << '\n';
+  if (report.complete()) {
+    err << fmt::format("orlocal: {} items were written; everything could be read\n", report.items);
+    return ExitStatus::kDone;
+  }
+  err << fmt::format(
+      "orlocal: {} items were written; not read: {} items, {} calendars, {} zones; without their calendar: {} items\n",
+      report.items, report.unreadable, report.calendars, report.zones, report.withoutPlace);
+  return ExitStatus::kFailed;
+}
+
+}  // namespace orlocal::host
