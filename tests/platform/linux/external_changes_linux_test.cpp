@@ -5,6 +5,9 @@
 #include <stdexcept>
 #include <thread>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "fakes/no_descriptor_left.h"
 #include "platform/linux/notification_center_linux.h"
 #include "platform/linux/run_loop_linux.h"
@@ -264,6 +267,36 @@ TEST_F(ExternalChangesOfAStore, AreFollowedWithoutADescriptorOfTheirOwn) {
     loop().turn();
   }
   EXPECT_THAT(told(), ElementsAre(expected));
+}
+
+TEST_F(ExternalChangesOfAStore, ArePostedToAProcessThatMayOnlyReadAFileThatNobodyHadOpen) {
+  if (::geteuid() != 0) GTEST_SKIP() << "another user can only be tried as root";
+  inserted("Before");
+  std::filesystem::permissions(folder, std::filesystem::perms(0755));
+  std::filesystem::permissions(file, std::filesystem::perms(0644));
+  std::filesystem::permissions(file.string() + "-bell", std::filesystem::perms(0644));
+  int ready[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(99);
+    try {
+      changes.listen();
+    } catch (const Exception&) {
+      ::_exit(2);
+    }
+    if (::write(ready[1], "x", 1) != 1) ::_exit(3);
+    waitFor(1);
+    ::_exit(posted.size() == 1 ? 0 : 1);
+  }
+  ::close(ready[1]);
+  char sign = 0;
+  if (::read(ready[0], &sign, 1) == 1) inserted("After");
+  ::close(ready[0]);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST_F(ExternalChangesOfAStore, CannotBeFollowedWithoutAStore) {
