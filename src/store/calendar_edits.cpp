@@ -30,7 +30,8 @@ Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
   Calendar saved = calendar;
   if (calendar.id != 0) {
     ORLOCAL_TRY(const auto row, m_core.calendars.withId(calendar.id));
-    if (!row) {
+    // In another file that took the place of the store's, the number may be another calendar's.
+    if (!row || row->identifier != calendar.identifier) {
       return failure(ErrorCode::kNotFound, fmt::format("The {} \"{}\" is no longer in the calendar store.",
                                                        nounFor(calendar.kind), calendar.title));
     }

@@ -58,6 +58,11 @@ tl::unexpected<Error> rulesOfOneDay(const Item& event) {
                              nameOf(event)));
 }
 
+/// In another file that took the place of the store's, a row number may be another item's.
+bool isSameRow(const Item& row, const Item& opened) {
+  return row.kind == ItemKind::kEvent && row.itemIdentifier == opened.itemIdentifier;
+}
+
 /// Whether what was opened was one of several: its occurrence then says which.
 bool openedInSeries(const Item& opened) { return opened.series || !opened.recurrence.empty(); }
 
@@ -127,7 +132,7 @@ Result<Item> EventEdits::insertNew(const ItemEdit& edit) {
 Result<Item> EventEdits::saveStored(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
   const Zone& viewer = m_core.options.viewer;
-  if (row == nullptr || row->kind != ItemKind::kEvent) {
+  if (row == nullptr || !isSameRow(*row, *edit.opened)) {
     if (edit.opened->series && occurrence) return outOfSeries(*edit.opened, occurrence->originalStart, viewer);
     return gone(*edit.opened);
   }
@@ -281,7 +286,7 @@ Result<Item> EventEdits::carryToSeries(const Item& series, const Item& changed, 
 Status EventEdits::remove(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(event.id));
-  if (row == nullptr || row->kind != ItemKind::kEvent) return gone(event);
+  if (row == nullptr || !isSameRow(*row, event)) return gone(event);
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kEvent));
   Item series = stored;

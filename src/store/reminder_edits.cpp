@@ -12,6 +12,11 @@ namespace {
 
 constexpr const char* kGone = "The reminder is no longer in the calendar store.";
 
+/// In another file that took the place of the store's, a row number may be another item's.
+bool isSameRow(const Item& row, const Item& opened) {
+  return row.kind == ItemKind::kReminder && row.itemIdentifier == opened.itemIdentifier;
+}
+
 /// What a repeating reminder repeats from.
 std::optional<CalendarTime> anchorOf(const Item& reminder) { return reminder.start ? reminder.start : reminder.end; }
 
@@ -64,7 +69,7 @@ Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
 
 Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
-  if (row == nullptr || row->kind != ItemKind::kReminder) return failure(ErrorCode::kNotFound, kGone);
+  if (row == nullptr || !isSameRow(*row, *edit.opened)) return failure(ErrorCode::kNotFound, kGone);
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   Item edited = stored;
@@ -121,6 +126,10 @@ Status ReminderEdits::moveOn(Item& edited) {
   done.recurrenceId.reset();
   ORLOCAL_CHECK(m_core.insertItem(done, nullptr, std::nullopt, false));
 
+  // Rules of exceptions keep counting from where the series began.
+  for (ExceptionRule& exception : edited.recurrence.exceptionRules) {
+    if (!exception.start) exception.start = from.local;
+  }
   const auto forward = next->local - from.local;
   if (edited.start) edited.start->local += forward;
   if (edited.end) edited.end->local += forward;
@@ -140,7 +149,7 @@ Status ReminderEdits::moveOn(Item& edited) {
 Status ReminderEdits::remove(const Item& reminder) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(reminder.id));
-  if (row == nullptr || row->kind != ItemKind::kReminder) return failure(ErrorCode::kNotFound, kGone);
+  if (row == nullptr || !isSameRow(*row, reminder)) return failure(ErrorCode::kNotFound, kGone);
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   ORLOCAL_CHECK(stored.series ? m_core.removeItem(stored) : m_series.removeAll(stored));
