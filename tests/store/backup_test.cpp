@@ -282,7 +282,7 @@ TEST_F(Restore, LosesNoSaveOfOthersUnseen) {
     const auto mine = opened();
     for (int i = 0; !stop; ++i) {
       Item item = plain("w" + std::to_string(i));
-      if (mine->saveEvent(item, std::nullopt, Span::kThis)) acknowledged.push_back(*item.title);
+      if (saveEvent(*mine, item, std::nullopt, Span::kThis)) acknowledged.push_back(*item.title);
     }
   });
   std::this_thread::sleep_for(100ms);
@@ -391,7 +391,7 @@ TEST_F(Restore, IsSeenByThoseWhoHadAStoreOpenThatBroke) {
   ASSERT_TRUE(done) << done.error().message;
   EXPECT_THAT(titles(), ElementsAre("Before"));
   Item next = plain("Next");
-  ASSERT_TRUE(witness->saveEvent(next, std::nullopt, Span::kThis));
+  ASSERT_TRUE(saveEvent(*witness, next, std::nullopt, Span::kThis));
   EXPECT_THAT(titlesOf(file), ElementsAre("Before", "Next"));
 }
 

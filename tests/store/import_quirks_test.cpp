@@ -125,7 +125,7 @@ TEST_F(LaterChanges, CanBeChangedOnTheirOwn) {
   Item edited = read(found[0].item);
   edited.start = berlin("2026-11-05 12:00");
   edited.end = berlin("2026-11-05 13:00");
-  const auto status = store->saveEvent(edited, found[0], Span::kThis);
+  const auto status = saveEvent(*store, edited, found[0], Span::kThis);
   ASSERT_TRUE(status) << status.error().message;
   EXPECT_EQ(shownIn2026(), (Texts{"2026-11-02 09:00 Review", "2026-11-03 09:00 Review", "2026-11-04 10:00 Later",
                                   "2026-11-05 12:00 Later"}));
@@ -148,7 +148,7 @@ class ExceptionRules : public LaterChanges {
     edited.start = berlin("2026-11-" + day + " " + start);
     edited.end = edited.start;
     edited.end->local += 3600;
-    const auto status = store->saveEvent(edited, found[0], Span::kFuture);
+    const auto status = saveEvent(*store, edited, found[0], Span::kFuture);
     ASSERT_TRUE(status) << status.error().message;
   }
 };
@@ -179,7 +179,7 @@ TEST_F(ExceptionRules, StayWhenTheEventIsSavedForAnotherReason) {
   const auto first = store->firstOccurrence(item);
   item.start = berlin("2026-11-03 09:00");
   item.end = berlin("2026-11-03 10:00");
-  ASSERT_TRUE(store->saveEvent(item, **first, Span::kFuture));
+  ASSERT_TRUE(saveEvent(*store, item, **first, Span::kFuture));
   EXPECT_EQ(shownIn2026().size(), 8U);
   EXPECT_THAT(exported(), testing::HasSubstr("EXRULE:FREQ=DAILY;INTERVAL=3\r\n"));
 }
@@ -199,7 +199,7 @@ TEST_F(DenseSeries, AreRefusedWhenTheyAreSaved) {
   Item item = event("tick", berlin("2026-01-01 00:00"), berlin("2026-01-01 00:00"));
   item.end->local += 1;
   item.recurrence.rules = {rule(RecurrenceRule::Frequency::kSecondly)};
-  const auto refused = store->saveEvent(item, std::nullopt, Span::kThis);
+  const auto refused = saveEvent(*store, item, std::nullopt, Span::kThis);
   ASSERT_FALSE(refused);
   EXPECT_THAT(refused.error().message, testing::HasSubstr("more than 50,000 occurrences in a month"));
 }

@@ -58,7 +58,7 @@ class FileOfAStore : public StoreTest {
     options.file = folder / ("other-" + title + ".db");
     const auto other = CalendarStore::open(options).value();
     Item item = plain(title);
-    for (int i = 0; i < saves; ++i) EXPECT_TRUE(other->saveEvent(item, std::nullopt, Span::kThis));
+    for (int i = 0; i < saves; ++i) EXPECT_TRUE(saveEvent(*other, item, std::nullopt, Span::kThis));
     return options.file;
   }
   static std::string integrityOf(const std::filesystem::path& path) {
@@ -120,7 +120,7 @@ TEST_F(FileOfAStore, ShowsWhatOthersWroteWhileItWasClosed) {
   store->close();
   Item other = item;
   other.title = "Changed";
-  ASSERT_TRUE(opened()->saveEvent(other, std::nullopt, Span::kThis));
+  ASSERT_TRUE(saveEvent(*opened(), other, std::nullopt, Span::kThis));
   EXPECT_NE(store->generation(), generation);
   EXPECT_EQ(read(item.id).title, "Changed");
 }
@@ -130,7 +130,7 @@ TEST_F(FileOfAStore, KeepsAListenersPlaceWhileItIsClosed) {
   const Item own = saved(plain("Own"));
   store->close();
   Item theirs = plain("Theirs");
-  ASSERT_TRUE(opened()->saveEvent(theirs, std::nullopt, Span::kThis));
+  ASSERT_TRUE(saveEvent(*opened(), theirs, std::nullopt, Span::kThis));
   const auto commits = store->outsideCommits(position).value();
   ASSERT_THAT(commits, SizeIs(1));
   EXPECT_THAT(commits[0].events.inserted, ElementsAre(theirs.identifier));
@@ -208,7 +208,7 @@ TEST_F(FileOfAStore, IsFollowedByAllWhoHadTheOneBefore) {
   std::filesystem::rename(otherFile("After"), file);
   saved(plain("One"));
   Item two = plain("Two");
-  ASSERT_TRUE(second->saveEvent(two, std::nullopt, Span::kThis));
+  ASSERT_TRUE(saveEvent(*second, two, std::nullopt, Span::kThis));
   EXPECT_TRUE(comesTrue([&] { return titlesIn(*third) == std::vector<std::string>{"After", "One", "Two"}; }));
   EXPECT_EQ(titlesIn(*store), titlesIn(*third));
   store.reset();
@@ -220,7 +220,7 @@ TEST_F(FileOfAStore, IsMissedWithAReasonAndFoundAgain) {
   std::filesystem::rename(file, folder / "away.db");
   EXPECT_TRUE(comesTrue([&] { return !store->calendars(CalendarKind::kEvents); }));
   Item item = plain("Lost");
-  const auto status = store->saveEvent(item, std::nullopt, Span::kThis);
+  const auto status = saveEvent(*store, item, std::nullopt, Span::kThis);
   ASSERT_FALSE(status);
   EXPECT_THAT(status.error().message, testing::HasSubstr(file.string()));
   EXPECT_FALSE(std::filesystem::exists(file)) << "an empty store must not take its place";
@@ -250,7 +250,7 @@ TEST_F(FileOfAStore, BeginsAListenersLogAnewWhenItTookThePlaceOfAnother) {
       return position.file != number;
     }));
     Item theirs = plain("Theirs");
-    ASSERT_TRUE(opened()->saveEvent(theirs, std::nullopt, Span::kThis));
+    ASSERT_TRUE(saveEvent(*opened(), theirs, std::nullopt, Span::kThis));
     const auto commits = store->outsideCommits(position).value();
     ASSERT_THAT(commits, SizeIs(1));
     EXPECT_THAT(commits[0].events.inserted, ElementsAre(theirs.identifier));
