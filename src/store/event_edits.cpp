@@ -278,8 +278,7 @@ Result<Item> EventEdits::carryToSeries(const Item& series, const Item& changed, 
   if (row == nullptr) return later;
   Item own = edited;
   own.recurrenceId = row->recurrenceId;
-  ORLOCAL_TRY(const Series target, Series::compile(later, viewer));
-  ORLOCAL_CHECK(m_series.changeOne(later, target.originalStart(*row->recurrenceId), own));
+  ORLOCAL_CHECK(m_series.changeOne(later, original, own));
   return own;
 }
 

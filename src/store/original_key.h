@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "store/civil_days.h"
 #include "store/recurrence.h"
 
 namespace orlocal::store {
@@ -11,6 +12,12 @@ namespace orlocal::store {
 /// number.
 inline std::int64_t originalKey(const Series& series, const CalendarTime& recurrenceId) {
   return std::chrono::floor<std::chrono::seconds>(series.originalStart(recurrenceId)).time_since_epoch().count();
+}
+
+/// The same of an occurrence of `series`, compiled for whomever, by where its rule put it.
+inline std::int64_t originalKeyAt(const Series& series, Moment original) {
+  if (series.followsViewer()) return localSeconds(series.recurrenceId(original).local);
+  return std::chrono::floor<std::chrono::seconds>(original).time_since_epoch().count();
 }
 
 }  // namespace orlocal::store

@@ -38,29 +38,33 @@ Status SeriesEdits::update(const Item& item) {
   return m_core.updateItem(item, &own, std::nullopt, false);
 }
 
+Status SeriesEdits::update(const Item& item, const Series& own) {
+  ORLOCAL_TRY(const bool series, repeats(item));
+  return m_core.updateItem(item, series ? &own : nullptr, std::nullopt, false);
+}
+
 Status SeriesEdits::changeOne(const Item& series, Moment original, Item& edited) {
-  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
-  ORLOCAL_TRY(const Series key, compiled(series, Zone()));
+  const bool isChanged = edited.series.has_value();
   edited.series = series.id;
   edited.identifier = series.identifier;
   edited.uid = series.uid;
   edited.kind = series.kind;
   edited.calendar = series.calendar;
   edited.recurrence = Recurrence();
-  if (!edited.recurrenceId) edited.recurrenceId = here.recurrenceId(original);
-  const std::int64_t place = originalKey(key, *edited.recurrenceId);
-  ORLOCAL_TRY(edited.id, m_core.rows.changedAt(series.id, place));
-  if (edited.id == 0) return m_core.insertItem(edited, nullptr, place, key.followsViewer());
-  ORLOCAL_TRY(const auto stored, m_core.rows.read(edited.id));
-  edited.itemIdentifier = stored->itemIdentifier;
-  return m_core.updateItem(edited, nullptr, place, key.followsViewer());
+  ORLOCAL_TRY(const Series* here, m_core.series.of(series.id));
+  const bool wall = here->followsViewer();
+  if (isChanged) {
+    ORLOCAL_TRY(const auto place, m_core.rows.place(edited.id));
+    return m_core.updateItem(edited, nullptr, place->original, wall);
+  }
+  edited.recurrenceId = here->recurrenceId(original);
+  return m_core.insertItem(edited, nullptr, originalKeyAt(*here, original), wall);
 }
 
 Status SeriesEdits::exceptOne(const Item& series, Moment original) {
-  ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
-  ORLOCAL_TRY(const Series key, compiled(series, Zone()));
-  const CalendarTime recurrenceId = here.recurrenceId(original);
-  ORLOCAL_TRY(const ItemId changed, m_core.rows.changedAt(series.id, originalKey(key, recurrenceId)));
+  ORLOCAL_TRY(const Series* here, m_core.series.of(series.id));
+  const CalendarTime recurrenceId = here->recurrenceId(original);
+  ORLOCAL_TRY(const ItemId changed, m_core.rows.changedAt(series.id, originalKeyAt(*here, original)));
   if (changed != 0) {
     ORLOCAL_TRY(const auto row, m_core.rows.read(changed));
     ORLOCAL_CHECK(m_core.removeItem(*row));
@@ -120,9 +124,8 @@ Status SeriesEdits::truncate(const Item& series, Moment original) {
   return update(left);
 }
 
-Status SeriesEdits::moveChanged(const std::vector<ItemRows::Changed>& changed, const Item& target,
+Status SeriesEdits::moveChanged(const std::vector<ItemRows::Changed>& changed, const Item& target, const Series& key,
                                 const SeriesShift& shift, bool checkThatTheyMeet) {
-  ORLOCAL_TRY(const Series key, compiled(target, Zone()));
   ExpansionBudget budget;
   for (const ItemRows::Changed& row : changed) {
     ORLOCAL_TRY(const auto stored, m_core.rows.read(row.id));
@@ -184,11 +187,12 @@ Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited,
   whole.series.reset();
   whole.recurrenceId.reset();
   ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(series.id));
-  ORLOCAL_CHECK(update(whole));
+  ORLOCAL_TRY(const Series key, compiled(whole, Zone()));
+  ORLOCAL_CHECK(update(whole, key));
   if (!shift.none() || otherRules || whole.calendar != series.calendar) {
-    ORLOCAL_CHECK(moveChanged(changed, whole, shift, !shift.none() || otherRules));
+    ORLOCAL_CHECK(moveChanged(changed, whole, key, shift, !shift.none() || otherRules));
     // The entry on the timeline says whether there are changed occurrences.
-    ORLOCAL_CHECK(update(whole));
+    ORLOCAL_CHECK(update(whole, key));
   }
   edited = std::move(whole);
   return {};
@@ -231,8 +235,8 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
   ORLOCAL_TRY(const Series compiledRight, compiled(right, Zone()));
   const bool repeats = !right.recurrence.empty() || !later.empty();
   ORLOCAL_CHECK(m_core.insertItem(right, repeats ? &compiledRight : nullptr, std::nullopt, false));
-  ORLOCAL_CHECK(moveChanged(later, right, shift, otherRules || !shift.none()));
-  if (right.recurrence.empty() && !later.empty()) ORLOCAL_CHECK(update(right));
+  ORLOCAL_CHECK(moveChanged(later, right, compiledRight, shift, otherRules || !shift.none()));
+  if (right.recurrence.empty() && !later.empty()) ORLOCAL_CHECK(update(right, compiledRight));
 
   Item left = series;
   left.recurrence = std::move(parts.left);

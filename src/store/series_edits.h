@@ -16,7 +16,8 @@ class SeriesEdits {
   /// Whether nothing of the series is left before the occurrence.
   Result<bool> isFirst(const Item& series, Moment original);
 
-  /// Writes `edited` as the changed occurrence of `series`; fills in what makes it one.
+  /// Writes `edited` as the changed occurrence of `series`, over its row when it has one already (then it has a
+  /// series); fills in what makes it one.
   Status changeOne(const Item& series, Moment original, Item& edited);
   /// Takes one occurrence out; the series goes with its last one.
   Status exceptOne(const Item& series, Moment original);
@@ -41,13 +42,16 @@ class SeriesEdits {
   Status insert(Item& item);
   /// Writes an item over its row; finds out itself whether it repeats.
   Status update(const Item& item);
+  /// The same with the item's series, compiled for UTC.
+  Status update(const Item& item, const Series& own);
 
  private:
   /// Where the rules of a series go on after an occurrence that is a single added date.
   Result<std::optional<Moment>> nextByRule(const Item& series, Moment original);
-  /// Hangs changed occurrences under `target` (already written), where the moved rule still meets them.
-  Status moveChanged(const std::vector<ItemRows::Changed>& changed, const Item& target, const class SeriesShift& shift,
-                     bool checkThatTheyMeet);
+  /// Hangs changed occurrences under `target` (already written; `key` is its series compiled for UTC), where the moved
+  /// rule still meets them.
+  Status moveChanged(const std::vector<ItemRows::Changed>& changed, const Item& target, const Series& key,
+                     const class SeriesShift& shift, bool checkThatTheyMeet);
   Result<std::vector<ItemRows::Changed>> changedFrom(const Item& series, const Series& compiled, Moment original);
 
   StoreCore& m_core;
