@@ -45,6 +45,18 @@ LocalSeconds secondsOf(const icaltimetype& time) {
          time.second;
 }
 
+icalrecurrencetype_skip skipOf(RecurrenceRule::Skip skip) {
+  switch (skip) {
+    case RecurrenceRule::Skip::kBackward:
+      return ICAL_SKIP_BACKWARD;
+    case RecurrenceRule::Skip::kForward:
+      return ICAL_SKIP_FORWARD;
+    case RecurrenceRule::Skip::kOmit:
+      break;
+  }
+  return ICAL_SKIP_OMIT;
+}
+
 /// Without its end: libical would walk to it from the start. Null when libical makes nothing of the rule. `scale` is
 /// borrowed by the iterator.
 Iterator iteratorOf(RecurrenceRule rule, std::string& scale, LocalSeconds start, bool allDay) {
@@ -52,9 +64,13 @@ Iterator iteratorOf(RecurrenceRule rule, std::string& scale, LocalSeconds start,
   rule.until.reset();
   if (allDay) rule.byHour = rule.byMinute = rule.bySecond = {};
   for (int& second : rule.bySecond) second = std::min(second, 59);  // a leap second shows as the one before it
+  const icalrecurrencetype_skip skip = skipOf(rule.skip);
+  // Of a scale in the text libical keeps a copy that nobody releases.
+  rule.scale.clear();
+  rule.skip = RecurrenceRule::Skip::kOmit;
   icalrecurrencetype read = icalrecurrencetype_from_string(ruleText(rule).c_str());
-  // What libical put there lies in a ring of buffers that it uses again.
   read.rscale = scale.data();
+  read.skip = skip;
   return Iterator(icalrecur_iterator_new(read, libicalTime(start, allDay)));
 }
 

@@ -6,6 +6,14 @@
 
 namespace orlocal::fakes {
 
+/// Under the sanitizers a call of a virtual function may look at memory through a pipe, and takes a sound object for a
+/// broken one where it gets none: only narrow code can run there.
+#ifdef __SANITIZE_ADDRESS__
+inline constexpr bool kSanitizersNeedDescriptors = true;
+#else
+inline constexpr bool kSanitizersNeedDescriptors = false;
+#endif
+
 /// A process that may open so many more files and no other, as long as this is there.
 class NoDescriptorLeft {
  public:

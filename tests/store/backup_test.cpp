@@ -32,24 +32,7 @@ class Copies : public StoreTest {
     copy = folder / "copies" / "copy.db";
   }
 
-  static Item plain(const std::string& title) {
-    Item item;
-    item.calendar = 1;
-    item.title = title;
-    item.start = berlin("2026-11-02 09:00");
-    item.end = berlin("2026-11-02 10:00");
-    return item;
-  }
   std::vector<std::string> titles() { return titlesIn(*store); }
-  static std::vector<std::string> titlesIn(CalendarStore& store) {
-    std::vector<std::string> titles;
-    const auto found = store.occurrences(EventQuery{at("2026-11-02 00:00"), at("2026-11-03 00:00"), {1}}).value();
-    for (const Occurrence& occurrence : found) {
-      const auto item = store.item(occurrence.item);
-      titles.push_back(item && *item ? (*item)->title.value_or("-") : "(gone)");
-    }
-    return titles;
-  }
   std::vector<std::string> titlesOf(const std::filesystem::path& path) {
     StoreOptions other = options();
     other.file = path;

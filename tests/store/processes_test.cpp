@@ -29,14 +29,6 @@ class Processes : public StoreTest {
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   }
-  static Item plain(const std::string& title) {
-    Item item;
-    item.calendar = 1;
-    item.title = title;
-    item.start = berlin("2026-11-02 09:00");
-    item.end = berlin("2026-11-02 10:00");
-    return item;
-  }
 };
 
 TEST_F(Processes, LoseNothingWhenTheySaveAtOnce) {

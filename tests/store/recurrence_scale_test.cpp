@@ -1,6 +1,8 @@
 #include "store/recurrence_scale.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -29,8 +31,10 @@ Texts walked(const CompiledRule& rule, const std::string& from, const std::strin
 
 Texts libicals(const std::string& text, const std::string& start, const std::string& from, const std::string& to) {
   Texts found;
-  icalrecur_iterator* iterator =
-      icalrecur_iterator_new(icalrecurrencetype_from_string(text.c_str()), icaltime_from_string(start.c_str()));
+  const icalrecurrencetype rule = icalrecurrencetype_from_string(text.c_str());
+  // A copy that this version of libical leaves to whoever asked.
+  const std::unique_ptr<char, decltype(&std::free)> scale(rule.rscale, &std::free);
+  icalrecur_iterator* iterator = icalrecur_iterator_new(rule, icaltime_from_string(start.c_str()));
   if (iterator == nullptr) return found;
   for (icaltimetype time = icalrecur_iterator_next(iterator); !icaltime_is_null_time(time);
        time = icalrecur_iterator_next(iterator)) {

@@ -20,27 +20,6 @@ using testing::SizeIs;
 class FileOfAStore : public StoreTest {
  protected:
   std::filesystem::path beside(const char* suffix) const { return file.string() + suffix; }
-  /// In the calendar that every new store has.
-  static Item plain(const std::string& title) {
-    Item item;
-    item.calendar = 1;
-    item.title = title;
-    item.start = berlin("2026-11-02 09:00");
-    item.end = berlin("2026-11-02 10:00");
-    return item;
-  }
-  static std::vector<std::string> titlesIn(CalendarStore& store) {
-    EventQuery query{at("2026-11-02 00:00"), at("2026-11-03 00:00"), {1}};
-    std::vector<std::string> titles;
-    const auto found = store.occurrences(query);
-    if (!found) return {"(" + found.error().message + ")"};
-    for (const Occurrence& occurrence : *found) {
-      // The file may have been replaced between the two calls.
-      const auto item = store.item(occurrence.item);
-      titles.push_back(item && *item ? (*item)->title.value_or("-") : "(gone)");
-    }
-    return titles;
-  }
   /// What is in `path` without anything that lies beside it.
   std::vector<std::string> titlesOfCopy(const std::filesystem::path& path) {
     const auto copy = folder / "copied" / "calendar.db";

@@ -92,6 +92,27 @@ class StoreTest : public testing::Test {
     item.end = due;
     return item;
   }
+  /// In the calendar that every new store has.
+  static Item plain(const std::string& title) {
+    Item item;
+    item.calendar = 1;
+    item.title = title;
+    item.start = berlin("2026-11-02 09:00");
+    item.end = berlin("2026-11-02 10:00");
+    return item;
+  }
+  /// Of the events of that day; a failure instead of them shows as one.
+  static std::vector<std::string> titlesIn(CalendarStore& store) {
+    const auto found = store.occurrences(EventQuery{at("2026-11-02 00:00"), at("2026-11-03 00:00"), {1}});
+    if (!found) return {"(" + found.error().message + ")"};
+    std::vector<std::string> titles;
+    for (const Occurrence& occurrence : *found) {
+      // The file may have been replaced between the two calls.
+      const auto item = store.item(occurrence.item);
+      titles.push_back(item && *item ? (*item)->title.value_or("-") : "(gone)");
+    }
+    return titles;
+  }
   Item saved(Item item) {
     const auto status =
         item.kind == ItemKind::kEvent ? saveEvent(*store, item, std::nullopt, Span::kThis) : saveReminder(*store, item);

@@ -256,6 +256,7 @@ TEST_F(ExternalChangesOfAStore, ComeAtTheNextTurnThoughNobodyRang) {
 }
 
 TEST_F(ExternalChangesOfAStore, AreFollowedWithoutADescriptorOfTheirOwn) {
+  if (fakes::kSanitizersNeedDescriptors) GTEST_SKIP() << "the sanitizers need descriptors of their own";
   access.store();
   {
     const fakes::NoDescriptorLeft none;

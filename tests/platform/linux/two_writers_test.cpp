@@ -423,6 +423,12 @@ class TwoWritersOfReminders : public TwoWriters {
     opened = read(mine);
     elsewhere = read(other);
   }
+  /// The other completes it while it is open here.
+  void completeElsewhere(bool repeats) {
+    open(repeats);
+    elsewhere->setCompleted(true);
+    ASSERT_EQ(other.refusal(elsewhere), "");
+  }
   std::shared_ptr<EKReminder> read(const Program& program) {
     return std::dynamic_pointer_cast<EKReminder>(program.store->calendarItemWithIdentifier(identifier));
   }
@@ -466,27 +472,21 @@ TEST_F(TwoWritersOfReminders, KeepTheFieldsThatBothSet) {
 }
 
 TEST_F(TwoWritersOfReminders, LeaveOneCompletedThatTheOtherCompleted) {
-  open(false);
-  elsewhere->setCompleted(true);
-  ASSERT_EQ(other.refusal(elsewhere), "");
+  completeElsewhere(false);
   opened->setTitle("mine");
   ASSERT_EQ(mine.refusal(opened), "");
   EXPECT_TRUE(read(other)->isCompleted());
 }
 
 TEST_F(TwoWritersOfReminders, ReopenOneWhenTheySaySo) {
-  open(false);
-  elsewhere->setCompleted(true);
-  ASSERT_EQ(other.refusal(elsewhere), "");
+  completeElsewhere(false);
   opened->setCompleted(false);
   ASSERT_EQ(mine.refusal(opened), "");
   EXPECT_FALSE(read(other)->isCompleted());
 }
 
 TEST_F(TwoWritersOfReminders, LeaveARepeatingOneWhereTheOtherMovedItOnTo) {
-  open(true);
-  elsewhere->setCompleted(true);
-  ASSERT_EQ(other.refusal(elsewhere), "");
+  completeElsewhere(true);
   opened->setTitle("mine");
   ASSERT_EQ(mine.refusal(opened), "");
   EXPECT_EQ(read(other)->dueDateComponents()->day, 10);
@@ -494,9 +494,7 @@ TEST_F(TwoWritersOfReminders, LeaveARepeatingOneWhereTheOtherMovedItOnTo) {
 }
 
 TEST_F(TwoWritersOfReminders, CompleteEachDateOfARepeatingOneOnce) {
-  open(true);
-  elsewhere->setCompleted(true);
-  ASSERT_EQ(other.refusal(elsewhere), "");
+  completeElsewhere(true);
   opened->setCompleted(true);
   EXPECT_THAT(mine.refusal(opened), HasSubstr("moved on"));
   EXPECT_EQ(read(other)->dueDateComponents()->day, 10);
