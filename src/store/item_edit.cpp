@@ -1,5 +1,6 @@
 #include "store/item_edit.h"
 
+#include "store/kept_lines.h"
 #include "store/list_merge.h"
 
 namespace orlocal::store {
@@ -36,6 +37,8 @@ void applyFields(const ItemEdit& edit, Item& item) {
     item.alarms = edit.opened ? mergedLists(edit.opened->alarms, edit.values.alarms, item.alarms) : edit.values.alarms;
   }
   if (edit.set.has(ItemField::kRules)) {
+    // One that could not be followed was kept as it was written; it is no longer how the item repeats.
+    item.extra = withoutLinesOf("RRULE", item.extra);
     if (edit.values.recurrence.rules.empty()) {
       item.recurrence = Recurrence();
     } else {

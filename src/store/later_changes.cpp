@@ -6,6 +6,7 @@
 
 #include "store/calendar_text.h"
 #include "store/content_line.h"
+#include "store/kept_lines.h"
 #include "store/series_shift.h"
 
 namespace orlocal::store {
@@ -37,18 +38,6 @@ bool begins(const Item& item, const Moment original) {
         return !found;
       });
   return status && found;
-}
-
-/// The first line of `extra` that begins so is left out.
-void dropLine(std::string& extra, std::string_view begin) {
-  for (std::size_t at = 0; at < extra.size();) {
-    const std::size_t end = std::min(extra.find('\n', at), extra.size() - 1) + 1;
-    if (std::string_view(extra).substr(at).starts_with(begin)) {
-      extra.erase(at, end - at);
-      return;
-    }
-    at = end;
-  }
 }
 
 /// After the properties and before the components, where the line is when it is read again.
@@ -88,7 +77,7 @@ ItemGroup finished(Part& part, const ItemGroup& group, std::string uid) {
   item.recurrenceId.reset();
   item.recurrence = part.series.recurrence;
   if (part.change) {
-    dropLine(item.extra, "@RECURRENCE-ID");
+    item.extra = withoutParametersOf("RECURRENCE-ID", item.extra);
     const auto before = Series::compile(part.series, Zone());
     const Zone viewer;
     const SeriesShift shift(*before, *part.series.start, *item.start, viewer);

@@ -221,6 +221,18 @@ TEST_F(EventKitSaving, LeavesOneEventOfASeriesOfAddedDates) {
   EXPECT_THAT(titlesOfNovember(), ElementsAre("dates"));
 }
 
+TEST_F(EventKitSaving, DropsAKeptRuleOnceTheRulesAreSet) {
+  store::Item item = eventAt("odd", 2026, 11, 3, 9);
+  item.extra = "X-KEPT:1\nRRULE:FREQ=WEEKLY;X-ODD=1\n";
+  const auto event = ek().eventWithIdentifier(put(std::move(item)).identifier);
+  event->setTitle("titled");
+  save(event);
+  EXPECT_EQ(stored(event).extra, "X-KEPT:1\nRRULE:FREQ=WEEKLY;X-ODD=1\n");
+  event->setRecurrenceRules(std::nullopt);
+  save(event);
+  EXPECT_EQ(stored(event).extra, "X-KEPT:1\n");
+}
+
 TEST_F(EventKitSaving, RefusesToRemoveTheRuleOfOneOccurrenceAlone) {
   weeklySeries();
   const auto changed = secondOccurrence();

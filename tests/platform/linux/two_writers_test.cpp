@@ -124,6 +124,13 @@ class TwoWriters : public StoreFixture {
     event.alarms = {store::Alarm{}};
     return put(std::move(event));
   }
+  /// The other moves the event from 09:00 to 15:00.
+  void moveElsewhere() {
+    const auto elsewhere = other.eventOn("2026-11-03");
+    elsewhere->setStartDate(moment("2026-11-03 15:00:00 +0100"));
+    elsewhere->setEndDate(moment("2026-11-03 16:00:00 +0100"));
+    ASSERT_EQ(other.refusal(elsewhere, EKSpan::kThisEvent), "");
+  }
   /// "03 title" of each event of November and December.
   std::vector<std::string> listed() {
     const Program program;
@@ -213,10 +220,7 @@ INSTANTIATE_TEST_SUITE_P(Shapes, TwoWritersOfEvents,
 TEST_F(TwoWriters, LeaveATimeThatOnlyTheOtherSet) {
   singleEvent();
   const auto opened = mine.eventOn("2026-11-03");
-  const auto elsewhere = other.eventOn("2026-11-03");
-  elsewhere->setStartDate(moment("2026-11-03 15:00:00 +0100"));
-  elsewhere->setEndDate(moment("2026-11-03 16:00:00 +0100"));
-  ASSERT_EQ(other.refusal(elsewhere, EKSpan::kThisEvent), "");
+  moveElsewhere();
   opened->setTitle("mine");
   ASSERT_EQ(mine.refusal(opened, EKSpan::kThisEvent), "");
   EXPECT_THAT(listed(), ElementsAre("03.11. 15:00 mine"));
@@ -239,10 +243,7 @@ TEST_F(TwoWriters, PutATimeOnTheClockThatTheEventHasNow) {
 TEST_F(TwoWriters, RefuseAnEndThatNowLiesBeforeTheStart) {
   singleEvent();
   const auto opened = mine.eventOn("2026-11-03");
-  const auto elsewhere = other.eventOn("2026-11-03");
-  elsewhere->setStartDate(moment("2026-11-03 15:00:00 +0100"));
-  elsewhere->setEndDate(moment("2026-11-03 16:00:00 +0100"));
-  ASSERT_EQ(other.refusal(elsewhere, EKSpan::kThisEvent), "");
+  moveElsewhere();
   opened->setEndDate(moment("2026-11-03 11:00:00 +0100"));
   EXPECT_THAT(mine.refusal(opened, EKSpan::kThisEvent), HasSubstr("ends before it starts"));
 }
