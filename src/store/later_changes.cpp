@@ -30,14 +30,9 @@ bool begins(const Item& item, const Moment original) {
   if (!bare.recurrence.rules.empty()) bare.recurrence.added.clear();
   const auto series = Series::compile(bare, Zone());
   if (!series) return false;
-  bool found = false;
   ExpansionBudget budget;
-  const auto status =
-      series->expand(original, original + std::chrono::microseconds(1), budget, [&](const Series::Instance& instance) {
-        found = found || instance.start == original;
-        return !found;
-      });
-  return status && found;
+  const auto found = series->at(original, budget);
+  return found && *found;
 }
 
 /// After the properties and before the components, where the line is when it is read again.

@@ -295,13 +295,10 @@ Result<std::optional<Occurrence>> Queries::occurrenceAt(const Item& event, Momen
     ORLOCAL_TRY(const Occurrence found, onlyOccurrence(*moved));
     return found;
   }
-  std::optional<Occurrence> found;
   ExpansionBudget budget;
-  ORLOCAL_CHECK(series->expand(originalStart, originalStart + seconds(1), budget, [&](const Series::Instance& each) {
-    if (each.start == originalStart) found = Occurrence{each.start, each.end, each.start, row->id, row->id};
-    return !found;
-  }));
-  return found;
+  ORLOCAL_TRY(const auto found, series->at(originalStart, budget));
+  if (!found) return std::nullopt;
+  return Occurrence{found->start, found->end, found->start, row->id, row->id};
 }
 
 }  // namespace orlocal::store

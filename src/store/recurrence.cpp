@@ -339,6 +339,16 @@ Status Series::checkDensity() const {
                              data.name));
 }
 
+Result<std::optional<Series::Instance>> Series::at(Moment start, ExpansionBudget& budget) const {
+  std::optional<Instance> found;
+  const auto expanded = expand(start, start + microseconds(1), budget, [&](const Instance& instance) {
+    if (instance.start == start) found = instance;
+    return !found;
+  });
+  if (!expanded) return tl::unexpected(expanded.error());
+  return found;
+}
+
 Result<std::optional<Series::Instance>> Series::first(ExpansionBudget& budget) const {
   std::optional<Instance> found;
   const auto status = expand(Moment::min(), Moment::max(), budget, [&](const Instance& instance) {

@@ -77,6 +77,9 @@ class Series {
   /// estimate from above that takes no expanding.
   Status checkDensity() const;
 
+  /// The occurrence that starts at `start`; none when none does.
+  Result<std::optional<Instance>> at(Moment start, ExpansionBudget& budget) const;
+
   /// None when exceptions leave no occurrence.
   Result<std::optional<Instance>> first(ExpansionBudget& budget) const;
 

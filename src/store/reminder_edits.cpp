@@ -27,11 +27,9 @@ Result<bool> hasMovedOn(const Item& opened, const Item& stored, const Zone& view
   const Moment now = momentOf(*to, viewer);
   if (now <= momentOf(*from, viewer)) return false;
   ORLOCAL_TRY(const Series series, Series::compile(opened, viewer));
-  bool met = false;
   ExpansionBudget budget;
-  ORLOCAL_CHECK(series.expand(now, now + std::chrono::microseconds(1), budget,
-                              [&](const Series::Instance& instance) { return !(met = instance.start == now); }));
-  return met;
+  ORLOCAL_TRY(const auto met, series.at(now, budget));
+  return met.has_value();
 }
 
 }  // namespace

@@ -134,9 +134,8 @@ Status SeriesEdits::moveChanged(const std::vector<ItemRows::Changed>& changed, c
     const Moment original = key.originalStart(*moved.recurrenceId);
     bool meets = !checkThatTheyMeet;
     if (!meets) {
-      ORLOCAL_CHECK(
-          key.expand(original, original + std::chrono::microseconds(1), budget,
-                     [&](const Series::Instance& instance) { return !(meets = instance.start == original); }));
+      ORLOCAL_TRY(const auto met, key.at(original, budget));
+      meets = met.has_value();
     }
     if (!meets) {
       // The changed series has no occurrence there that this one could stand for.
