@@ -16,6 +16,8 @@ struct Setting {
   std::filesystem::path folder;   ///< for stores and floors; emptied before
   std::vector<std::size_t> sizes{1'000, 10'000, 100'000};
   int rounds = 7;
+  bool smoke = false;
+  std::string only;  ///< of the hostile inputs: those whose name has this in it
 };
 
 /// Collects rows and remarks and prints them as they come.
@@ -23,6 +25,8 @@ class Report {
  public:
   void add(Row row);
   void note(std::string line);
+  /// Prints a line that belongs to no row.
+  void print(const std::string& text) const;
   /// The rows as a Markdown table, then the notes.
   std::string markdown() const;
 
@@ -43,5 +47,7 @@ void measureCallOverhead(Report& report, const Setting& setting);
 void measureReading(Report& report, const Setting& setting);
 void measureSaving(Report& report, const Setting& setting);
 void measureNotices(Report& report, const Setting& setting);
+/// Inputs that were made to hurt: what they cost, against their size.
+void measureHostile(Report& report, const Setting& setting);
 
 }  // namespace orlocal::bench

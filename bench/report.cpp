@@ -41,6 +41,11 @@ void Report::note(std::string line) {
   m_notes.push_back(std::move(line));
 }
 
+void Report::print(const std::string& text) const {
+  std::puts(text.c_str());
+  std::fflush(stdout);
+}
+
 std::string Report::markdown() const {
   std::string text = std::string(kHead) + "\n";
   for (const auto& row : m_rows) text += line(row) + "\n";
