@@ -1,7 +1,8 @@
 #include "store/calendar_layout.h"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
+#include <unordered_map>
 
 #include <fmt/core.h>
 
@@ -12,7 +13,6 @@ namespace orlocal::store {
 namespace {
 
 constexpr std::size_t kDeepest = 16;
-constexpr std::size_t kMostWarnings = 1000;
 
 class LayoutReader {
  public:
@@ -48,18 +48,18 @@ class LayoutReader {
   void useCalendar(std::size_t index) {
     if (m_made.calendars.size() <= index) m_made.calendars.resize(index + 1);
   }
-  void warn(int line, std::string message, std::string uid = {}) {
-    if (m_made.problems.warnings.size() < kMostWarnings)
-      m_made.problems.warnings.push_back({line, std::move(uid), std::move(message)});
+  void warn(int line, std::string message) { m_made.problems.warn(line, "", std::move(message)); }
+  bool inside(Role role) const { return m_openOf[static_cast<std::size_t>(role)] > 0; }
+  static std::string nameOf(const ContentLine& line) {
+    std::string name(line.value.substr(0, line.value.find_last_not_of(" \t") + 1));
+    for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    return name;
   }
-  bool inside(Role role) const {
-    return std::any_of(m_open.begin(), m_open.end(), [&](const Open& open) { return open.role == role; });
-  }
+  /// As much of a component's name as a warning has room for.
+  static std::string_view shown(std::string_view name) { return name.substr(0, 60); }
 
   void open(const ContentLine& line) {
-    std::string name(line.value.substr(0, line.value.find_last_not_of(" \t") + 1));
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+    std::string name = nameOf(line);
     Role role = Role::kOther;
     if (name == "VCALENDAR") role = Role::kCalendar;
     if (name == "VEVENT" || name == "VTODO") role = Role::kItem;
@@ -85,42 +85,44 @@ class LayoutReader {
     } else if (role == Role::kZone && top) {
       m_zone = {{m_lineBegin, 0, line.line}, m_calendar, ""};
     } else if (!inside(Role::kItem) && !inside(Role::kZone)) {
-      warn(line.line, fmt::format("{} components are not kept", name));
+      warn(line.line, fmt::format("{} components are not kept", shown(name)));
       role = Role::kOther;
     } else {
       role = Role::kOther;
     }
+    m_places[name].push_back(m_open.size());
+    ++m_openOf[static_cast<std::size_t>(role)];
     m_open.push_back({std::move(name), role});
     if (m_open.size() > kDeepest) m_tooDeep = true;
   }
 
   void close(const ContentLine& line) {
-    const std::string_view name = line.value.substr(0, line.value.find_last_not_of(" \t") + 1);
-    const auto found =
-        std::find_if(m_open.rbegin(), m_open.rend(), [&](const Open& open) { return equalsNoCase(open.name, name); });
-    if (found == m_open.rend()) {
-      warn(line.line, fmt::format("END:{} closes nothing and was passed over", name));
+    const std::string name = nameOf(line);
+    const auto found = m_places.find(name);
+    if (found == m_places.end() || found->second.empty()) {
+      warn(line.line, fmt::format("END:{} closes nothing and was passed over", shown(name)));
       return;
     }
-    for (auto unclosed = found - m_open.rbegin(); unclosed > 0; --unclosed) leave(line.line, false);
+    for (const std::size_t place = found->second.back(); m_open.size() > place + 1;) leave(line.line, false);
     leave(line.line, true);
   }
 
   /// Leaves the innermost component; `closed` says that its END was there.
   void leave(int line, bool closed) {
     const Role role = m_open.back().role;
-    const std::string name = m_open.back().name;
+    const std::string name = std::move(m_open.back().name);
     m_open.pop_back();
+    m_places[name].pop_back();
+    --m_openOf[static_cast<std::size_t>(role)];
     if (role == Role::kItem) {
       m_item.span.end = closed ? m_lines.offset() : m_lineBegin;
       if (!closed) {
-        m_made.problems.refused.push_back(
-            {m_item.span.line, m_item.uid,
-             fmt::format("the {} is not closed: its END:{} is missing before line {}",
-                         m_item.kind == ItemKind::kEvent ? "event" : "reminder", name, line)});
+        m_made.problems.refuse(m_item.span.line, m_item.uid,
+                               fmt::format("the {} is not closed: its END:{} is missing before line {}",
+                                           m_item.kind == ItemKind::kEvent ? "event" : "reminder", name, line));
       } else if (m_tooDeep) {
-        m_made.problems.refused.push_back(
-            {m_item.span.line, m_item.uid, fmt::format("components stand in it more than {} deep", kDeepest)});
+        m_made.problems.refuse(m_item.span.line, m_item.uid,
+                               fmt::format("components stand in it more than {} deep", kDeepest));
       } else {
         m_made.items.push_back(std::move(m_item));
       }
@@ -131,7 +133,7 @@ class LayoutReader {
       if (!closed) warn(m_zone.span.line, "the time zone is not closed and was passed over");
       m_tooDeep = false;
     } else if (!closed) {
-      warn(line, fmt::format("{} is not closed", name));
+      warn(line, fmt::format("{} is not closed", shown(name)));
     }
     if (role == Role::kCalendar) m_calendar = m_made.calendars.size();
   }
@@ -164,6 +166,8 @@ class LayoutReader {
   ContentLines m_lines;
   CalendarLayout m_made;
   std::vector<Open> m_open;
+  std::unordered_map<std::string, std::vector<std::size_t>> m_places;  ///< in `m_open`, by name
+  std::array<std::size_t, 4> m_openOf{};                               ///< how many are open, by role
   ItemSpan m_item;
   ZoneSpan m_zone;
   std::size_t m_calendar = 0;
@@ -175,5 +179,12 @@ class LayoutReader {
 }  // namespace
 
 CalendarLayout layoutOf(std::string_view bytes) { return LayoutReader(bytes).read(); }
+
+bool isOneZone(std::string_view text) {
+  const CalendarLayout layout = layoutOf(text);
+  // What is not UTF-8 brings one warning, and breaks nothing.
+  return layout.zones.size() == 1 && layout.items.empty() && layout.problems.refused.empty() &&
+         layout.problems.warnings.size() == (isUtf8(text) ? 0 : 1);
+}
 
 }  // namespace orlocal::store

@@ -46,6 +46,9 @@ struct CalendarLayout {
 /// Finds the components; looks into them no further than this needs.
 CalendarLayout layoutOf(std::string_view bytes);
 
+/// Whether the text is one VTIMEZONE in which everything that is opened is closed.
+bool isOneZone(std::string_view text);
+
 /// "#RRGGBB", "#RRGGBBAA" or a CSS colour name; none when it is neither.
 std::optional<Rgb> parseColor(std::string_view text);
 /// "#RRGGBB".

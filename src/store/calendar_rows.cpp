@@ -107,10 +107,6 @@ Result<std::optional<Calendar>> CalendarRows::withUuid(const Uuid& uuid) {
   return first(m_withUuid.in(m_database).bindBlob(1, uuid.bytes()));
 }
 
-Result<std::optional<Calendar>> CalendarRows::withTitle(CalendarKind kind, std::string_view title) {
-  return first(m_withTitle.in(m_database).bind(1, static_cast<std::int64_t>(kind)).bind(2, title));
-}
-
 Result<std::optional<Calendar>> CalendarRows::forNewItems(CalendarKind kind) {
   return first(m_forNewItems.in(m_database).bind(1, static_cast<std::int64_t>(kind)));
 }

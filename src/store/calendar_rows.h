@@ -29,7 +29,6 @@ class CalendarRows {
   Result<std::optional<Calendar>> withId(CalendarId id);
   Result<std::optional<Calendar>> withUuid(const Uuid& uuid);
   /// The oldest one.
-  Result<std::optional<Calendar>> withTitle(CalendarKind kind, std::string_view title);
   /// The oldest one that allows changes.
   Result<std::optional<Calendar>> forNewItems(CalendarKind kind);
 
@@ -54,7 +53,6 @@ class CalendarRows {
   LazyStatement m_ofKind{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? ORDER BY c.position, c.id"};
   LazyStatement m_withId{ORLOCAL_CALENDAR_COLUMNS "WHERE c.id = ?"};
   LazyStatement m_withUuid{ORLOCAL_CALENDAR_COLUMNS "WHERE c.uuid = ?"};
-  LazyStatement m_withTitle{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? AND c.title = ? ORDER BY c.id LIMIT 1"};
   LazyStatement m_forNewItems{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? AND NOT c.read_only ORDER BY c.id LIMIT 1"};
 #undef ORLOCAL_CALENDAR_COLUMNS
   LazyStatement m_insert{

@@ -21,22 +21,21 @@ std::string folded(std::string_view email) {
 
 Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLog& log) {
   if (contact.identifier.empty()) contact.identifier = uuids.next().text();
-  ORLOCAL_TRY(Statement find,
-              m_database.prepare("SELECT id, name, emails, address FROM contacts WHERE identifier = ?"));
+  Statement& find = m_find.in(m_database);
   find.bind(1, std::string_view(contact.identifier));
   ORLOCAL_TRY(const bool known, find.step());
   std::int64_t id = 0;
+  std::vector<std::string> before;
   if (known) {
     id = find.integer(0);
     Contact stored{contact.identifier, std::string(find.text(1)), unpackStrings(find.blob(2)).value_or(contact.emails),
                    std::nullopt};
     if (!find.isNull(3)) stored.address = find.text(3);
     if (stored == contact) return PutOutcome::kUnchanged;
+    before = std::move(stored.emails);
   }
   find.reset();
-  ORLOCAL_TRY(Statement write,
-              m_database.prepare(known ? "UPDATE contacts SET name = ?1, emails = ?2, address = ?3 WHERE id = ?4"
-                                       : "INSERT INTO contacts(name, emails, address, identifier) VALUES(?, ?, ?, ?)"));
+  Statement& write = (known ? m_update : m_insert).in(m_database);
   PackedBytes emails;
   packStrings(contact.emails, emails);
   write.bind(1, std::string_view(contact.name)).bindBlob(2, emails);
@@ -44,13 +43,14 @@ Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLo
   known ? write.bind(4, id) : write.bind(4, std::string_view(contact.identifier));
   ORLOCAL_CHECK(write.run());
   if (!known) id = m_database.lastInsertId();
-  ORLOCAL_TRY(Statement clear, m_database.prepare("DELETE FROM contact_emails WHERE contact = ?"));
-  if (known) ORLOCAL_CHECK(clear.bind(1, id).run());
-  ORLOCAL_TRY(Statement insert,
-              m_database.prepare("INSERT OR IGNORE INTO contact_emails(email, contact) VALUES(?, ?)"));
+  // One by one: by the contact alone every address of the store would be looked at.
+  for (const std::string& email : before) {
+    const std::string key = folded(email);
+    ORLOCAL_CHECK(m_clear.in(m_database).bind(1, std::string_view(key)).bind(2, id).run());
+  }
   for (const std::string& email : contact.emails) {
     const std::string key = folded(email);
-    ORLOCAL_CHECK(insert.bind(1, std::string_view(key)).bind(2, id).run());
+    ORLOCAL_CHECK(m_insertEmail.in(m_database).bind(1, std::string_view(key)).bind(2, id).run());
   }
   ORLOCAL_CHECK(
       log.record(known ? Operation::kUpdated : Operation::kInserted, Subject::kContact, id, std::nullopt, Uuid()));

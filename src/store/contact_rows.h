@@ -23,6 +23,11 @@ class ContactRows {
 
  private:
   Database& m_database;
+  LazyStatement m_find{"SELECT id, name, emails, address FROM contacts WHERE identifier = ?"};
+  LazyStatement m_update{"UPDATE contacts SET name = ?1, emails = ?2, address = ?3 WHERE id = ?4"};
+  LazyStatement m_insert{"INSERT INTO contacts(name, emails, address, identifier) VALUES(?, ?, ?, ?)"};
+  LazyStatement m_clear{"DELETE FROM contact_emails WHERE email = ? AND contact = ?"};
+  LazyStatement m_insertEmail{"INSERT OR IGNORE INTO contact_emails(email, contact) VALUES(?, ?)"};
 };
 
 }  // namespace orlocal::store

@@ -75,8 +75,8 @@ std::string withoutSoftBreaks(std::string_view bytes) {
 /// The lines of a text, without line breaks of another kind and without empty ends.
 std::string tidy(std::string text) {
   std::erase(text, '\r');
-  while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
-  while (!text.empty() && (text.front() == '\n' || text.front() == ' ')) text.erase(text.begin());
+  text.erase(text.find_last_not_of("\n ") + 1);
+  text.erase(0, text.find_first_not_of("\n "));
   return text;
 }
 
@@ -102,9 +102,7 @@ class CardReader {
         property(name, line, value);
       }
     }
-    if (m_open)
-      m_made.problems.refused.push_back(
-          {m_line, m_card.identifier, "the card is not closed: its END:VCARD is missing"});
+    if (m_open) m_made.problems.refuse(m_line, m_card.identifier, "the card is not closed: its END:VCARD is missing");
     return std::move(m_made);
   }
 
@@ -161,8 +159,7 @@ class CardReader {
     if (m_card.name.empty()) m_card.name = !m_structuredName.empty() ? m_structuredName : m_organization;
     m_organization.clear();
     if (m_card.name.empty() && m_card.emails.empty() && !m_card.address) {
-      m_made.problems.refused.push_back(
-          {m_line, m_card.identifier, "the card has no name, e-mail or address; it was not imported"});
+      m_made.problems.refuse(m_line, m_card.identifier, "the card has no name, e-mail or address; it was not imported");
       return;
     }
     if (m_card.identifier.empty())

@@ -110,30 +110,37 @@ std::optional<ContentLine> splitContentLine(std::string_view text, int line) {
   return made;
 }
 
+namespace {
+
+/// Where the next one is, from `at` on; `known` is what the last call found.
+std::size_t nextOf(std::string_view bytes, char wanted, std::size_t at, std::size_t& known) {
+  if (known < at || (known == 0 && at == 0)) known = std::min(bytes.find(wanted, at), bytes.size());
+  return known;
+}
+
+}  // namespace
+
 std::string_view ContentLines::physicalLine() {
-  const char* begin = m_bytes.data() + m_at;
-  const std::size_t left = m_bytes.size() - m_at;
-  const auto* newline = static_cast<const char*>(std::memchr(begin, '\n', left));
-  std::size_t length = newline != nullptr ? static_cast<std::size_t>(newline - begin) : left;
-  if (const auto* carriage = static_cast<const char*>(std::memchr(begin, '\r', length)); carriage != nullptr)
-    length = static_cast<std::size_t>(carriage - begin);
-  m_at += length;
+  const std::size_t begin = m_at;
+  m_at = std::min(nextOf(m_bytes, '\n', begin, m_newline), nextOf(m_bytes, '\r', begin, m_carriageReturn));
+  const std::string_view line = m_bytes.substr(begin, m_at - begin);
   if (m_at < m_bytes.size()) {
     const bool pair = m_bytes[m_at] == '\r' && m_at + 1 < m_bytes.size() && m_bytes[m_at + 1] == '\n';
     m_at += pair ? 2 : 1;
   }
   ++m_line;
-  return {begin, length};
+  return line;
+}
+
+/// Goes to the continuation of the line that was read, when there is one. Some files have an empty line before each.
+bool ContentLines::continues() {
+  if (m_text < m_at || m_text == 0) m_text = std::min(m_bytes.find_first_not_of("\r\n", m_at), m_bytes.size());
+  if (m_text == m_bytes.size() || (m_bytes[m_text] != ' ' && m_bytes[m_text] != '\t')) return false;
+  while (m_at < m_text) (void)physicalLine();
+  return true;
 }
 
 bool ContentLines::next(ContentLine& line) {
-  // Some files have an empty line before each continuation.
-  const auto continues = [&] {
-    const std::size_t at = m_bytes.find_first_not_of("\r\n", m_at);
-    if (at == std::string_view::npos || (m_bytes[at] != ' ' && m_bytes[at] != '\t')) return false;
-    while (m_at < at) (void)physicalLine();
-    return true;
-  };
   while (m_at < m_bytes.size()) {
     const int number = m_line;
     std::string_view text = physicalLine();

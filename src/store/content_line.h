@@ -50,9 +50,13 @@ class ContentLines {
 
  private:
   std::string_view physicalLine();
+  bool continues();
 
   std::string_view m_bytes;
   std::size_t m_at = 0;
+  // Where the next of each is, as far as it was looked for: looking anew for each line would cost the square of a file
+  // that has none.
+  std::size_t m_newline = 0, m_carriageReturn = 0, m_text = 0;
   int m_line;
   bool m_reencoded = false;
   std::string m_buffer, m_decoded;

@@ -10,8 +10,11 @@
 #include <unicode/ucnv.h>
 
 #include "store/calendar_layout.h"
+#include "store/calendar_text.h"
+#include "store/content_line.h"
 #include "store/item_reader.h"
 #include "store/later_changes.h"
+#include "store/packing.h"
 #include "store/tzid_table.h"
 
 namespace orlocal::store {
@@ -35,11 +38,33 @@ Result<std::string> asUtf8(std::string bytes, const std::string& name) {
   return text;
 }
 
+std::string writtenTime(const CalendarTime& time) { return timeText(time).append(clockName(time)); }
+
 bool isNewer(const ItemSpan& left, const ItemSpan& right) {
   return left.sequence != right.sequence ? left.sequence > right.sequence : left.modified > right.modified;
 }
 
+/// UIDs are told to people; RFC 7986, 5.3 wants them shorter than this.
+std::string shownUid(std::string_view uid) {
+  constexpr std::size_t kLongest = 255;
+  if (uid.size() <= kLongest) return std::string(uid);
+  std::string begin(uid.substr(0, kLongest));
+  while (!isUtf8(begin)) begin.pop_back();
+  return begin + "…";
+}
+
 }  // namespace
+
+void ReadProblems::refuse(int line, std::string_view uid, std::string message) {
+  refused.push_back({line, shownUid(uid), std::move(message)});
+}
+
+void ReadProblems::warn(int line, std::string_view uid, std::string message) {
+  if (warnings.size() < kMostWarnings)
+    warnings.push_back({line, shownUid(uid), std::move(message)});
+  else
+    ++warningsLeftOut;
+}
 
 struct CalendarReader::Data {
   struct Group {
@@ -57,6 +82,7 @@ struct CalendarReader::Data {
   std::string bytes;
   CalendarLayout layout;
   TzidTable zones;
+  RuleBudget rules;
   std::vector<Group> groups;
 };
 
@@ -70,23 +96,27 @@ void CalendarReader::Data::addMain(Group& group, std::size_t index) {
   const std::size_t kept = replaces ? index : *group.main, left = replaces ? *group.main : index;
   group.main = kept;
   const ItemSpan& other = layout.items[left];
-  layout.problems.refused.push_back(
-      {other.span.line, other.uid,
-       fmt::format("its UID is also that of the item in line {}, which {}; this one was not imported",
-                   layout.items[kept].span.line, replaces ? "is newer" : "counts")});
+  layout.problems.refuse(other.span.line, other.uid,
+                         fmt::format("its UID is also that of the item in line {}, which {}; this one was not imported",
+                                     layout.items[kept].span.line, replaces ? "is newer" : "counts"));
 }
 
 /// Brings items with one UID together, in the order in which the first of them comes.
 void CalendarReader::Data::group() {
+  // Calendars of one name are one: some write each change into a VCALENDAR of its own.
+  std::unordered_map<std::string_view, std::size_t> byName;
+  std::vector<std::size_t> number;
+  number.reserve(layout.calendars.size());
+  for (const CalendarHead& head : layout.calendars)
+    number.push_back(byName.try_emplace(head.name, number.size()).first->second);
   std::unordered_map<std::string, std::size_t> known;
   known.reserve(layout.items.size());
   for (std::size_t i = 0; i < layout.items.size(); ++i) {
     const ItemSpan& item = layout.items[i];
     std::size_t at = groups.size();
     if (!item.uid.empty()) {
-      // Calendars of one name are one: some write each change into a VCALENDAR of its own.
-      std::string key = layout.calendars[item.calendar].name;
-      key.append(item.kind == ItemKind::kEvent ? "\n+" : "\n-").append(item.uid);
+      std::string key = fmt::format("{}{}", number[item.calendar], item.kind == ItemKind::kEvent ? '+' : '-');
+      key.append(item.uid);
       at = known.try_emplace(std::move(key), at).first->second;
     }
     if (at == groups.size()) groups.push_back({item.calendar, item.span.line, std::nullopt, {}});
@@ -148,24 +178,27 @@ std::size_t CalendarReader::size() const { return m_data->groups.size(); }
 const ReadProblems& CalendarReader::problems() const { return m_data->layout.problems; }
 const std::map<std::string, std::string>& CalendarReader::privateZones() const { return m_data->zones.privateZones(); }
 
+void CalendarReader::stopWhen(const std::atomic<bool>* stop) { m_data->rules = RuleBudget(stop); }
+
 ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
   const Data::Group& group = m_data->groups[index];
   ItemGroup made{group.calendar, group.line, std::nullopt, {}, nullptr, {}};
   std::vector<LaterChange> later;
+  std::unordered_map<std::string, std::size_t> places;
   const auto add = [&](Item&& changed, int line) {
     // Compared as written: two writings of one moment are told apart by whoever knows the series.
-    const auto same = [&](const Item& other) { return other.recurrenceId == changed.recurrenceId; };
-    const auto found = std::find_if(made.changed.begin(), made.changed.end(), same);
-    if (found == made.changed.end()) {
+    const auto [place, isNew] = places.try_emplace(writtenTime(*changed.recurrenceId), made.changed.size());
+    if (isNew) {
       made.changed.push_back(std::move(changed));
     } else {
-      problems.warnings.push_back({line, changed.uid, "an occurrence is changed twice; the newer change counts"});
-      if (changed.sequence >= found->sequence) *found = std::move(changed);
+      problems.warn(line, changed.uid, "an occurrence is changed twice; the newer change counts");
+      Item& known = made.changed[place->second];
+      if (changed.sequence >= known.sequence) known = std::move(changed);
     }
   };
   if (group.main) {
     const ItemSpan& span = m_data->layout.items[*group.main];
-    if (auto read = readItem(m_data->bytes, span, m_data->zones, problems)) {
+    if (auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems)) {
       made.main = std::move(read->item);
       made.series = std::move(read->series);
       for (Item& period : read->periods) add(std::move(period), span.span.line);
@@ -173,16 +206,15 @@ ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
   }
   for (const std::size_t i : group.changed) {
     const ItemSpan& span = m_data->layout.items[i];
-    auto read = readItem(m_data->bytes, span, m_data->zones, problems);
+    auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems);
     if (!read) continue;
     if (read->andFuture && made.series) {
       later.push_back({std::move(read->item), span.span.line});
       continue;
     }
     if (read->andFuture)
-      problems.warnings.push_back({span.span.line, read->item.uid,
-                                   "RANGE=THISANDFUTURE has no series here that it could change: only this one "
-                                   "occurrence is changed"});
+      problems.warn(span.span.line, read->item.uid,
+                    "RANGE=THISANDFUTURE has no series here that it could change: only this one occurrence is changed");
     add(std::move(read->item), span.span.line);
   }
   if (!later.empty()) cutAtLaterChanges(made, std::move(later), problems);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <filesystem>
 #include <map>
@@ -25,8 +26,16 @@ struct Problem {
 };
 
 struct ReadProblems {
+  /// Past so many, warnings are counted and no longer kept: each line of a file could bring one.
+  static constexpr std::size_t kMostWarnings = 10'000;
+
   std::vector<Problem> refused;   ///< items that are left out, each with its reason
   std::vector<Problem> warnings;  ///< what was read in another way than it was written, or is not kept
+  std::size_t warningsLeftOut = 0;
+
+  /// Both keep the beginning of a UID that is very long.
+  void refuse(int line, std::string_view uid, std::string message);
+  void warn(int line, std::string_view uid, std::string message);
 };
 
 /// What a VCALENDAR says about itself.
@@ -49,9 +58,10 @@ struct ItemGroup {
 
 /// An iCalendar file (RFC 5545), read item by item. Nothing in it is ever opened, run or fetched.
 ///
-/// Limits: 1 GiB a file, 16 MiB and 100,000 lines an item, components in components 16 deep. A file without VCALENDAR
-/// around its items is taken as one calendar. Zones come as `systemZoneOf` and its like say; a TZID that nothing
-/// explains makes its times floating, with a warning.
+/// Limits: 1 GiB a file, 16 MiB and 100,000 lines an item, components in components 16 deep, what the rules of a file
+/// may take (`RuleBudget`) and its zones (`TzidTable`). A file without VCALENDAR around its items is taken as one
+/// calendar. Zones come as `systemZoneOf` and its like say; a TZID that nothing explains makes its times floating, with
+/// a warning.
 class CalendarReader {
  public:
   static Result<CalendarReader> open(const std::filesystem::path& file);
@@ -61,6 +71,9 @@ class CalendarReader {
   CalendarReader(CalendarReader&&) noexcept;
   CalendarReader& operator=(CalendarReader&&) noexcept;
   ~CalendarReader();
+
+  /// Asked while a rule takes long; once it is set, items whose rules are still to be followed are refused.
+  void stopWhen(const std::atomic<bool>* stop);
 
   const std::vector<CalendarHead>& calendars() const;
   /// How many groups there are.

@@ -1,8 +1,10 @@
 #include "store/import.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <unordered_set>
+#include <utility>
 
 #include <fmt/core.h>
 
@@ -12,34 +14,61 @@ namespace {
 
 constexpr std::size_t kProgressStep = 256;
 
+/// What a file brings, read and worked out before the store is asked for its turn to write: others go on saving
+/// meanwhile.
+struct PreparedFile {
+  std::vector<CalendarHead> calendars;
+  std::vector<ItemGroup> groups;
+  std::map<std::string, std::string> zones;
+  ReadProblems problems;
+};
+
+bool stopped(const ImportOptions& options) { return options.stop != nullptr && options.stop->load(); }
+
+tl::unexpected<Error> wasStopped() {
+  return failure(ErrorCode::kInterrupted, "the import was stopped; nothing was written");
+}
+
+Result<PreparedFile> prepare(CalendarReader reader, const ImportOptions& options) {
+  reader.stopWhen(options.stop);
+  PreparedFile file;
+  file.problems = reader.problems();
+  file.groups.reserve(reader.size());
+  for (std::size_t i = 0; i < reader.size(); ++i) {
+    if (options.progress && i % kProgressStep == 0) options.progress(i, reader.size());
+    ItemGroup group = reader.read(i, file.problems);
+    if (stopped(options)) return wasStopped();
+    if (group.main || !group.changed.empty()) file.groups.push_back(std::move(group));
+  }
+  file.calendars = reader.calendars();
+  file.zones = reader.privateZones();
+  return file;
+}
+
 class Importer {
  public:
-  Importer(CalendarReader& reader, ItemWriter& writer, const ImportOptions& options)
-      : m_reader(reader), m_writer(writer), m_options(options) {}
+  Importer(PreparedFile file, ItemWriter& writer, const ImportOptions& options)
+      : m_file(std::move(file)), m_writer(writer), m_options(options), m_targets(m_file.calendars.size()) {}
 
   Result<ImportReport> run() {
-    for (std::size_t i = 0; i < m_reader.size(); ++i) {
-      if (i % kProgressStep == 0) {
-        if (m_options.stop != nullptr && m_options.stop->load())
-          return failure(ErrorCode::kInterrupted, "the import was stopped; nothing was written");
-        if (m_options.progress) m_options.progress(i, m_reader.size());
-      }
-      ItemGroup group = m_reader.read(i, m_problems);
-      if (auto status = write(group); !status) return tl::unexpected(status.error());
+    for (const auto& [name, text] : m_file.zones)
+      if (auto status = m_writer.putZone(name, text); !status) return tl::unexpected(status.error());
+    const std::size_t all = m_file.groups.size();
+    for (std::size_t i = 0; i < all; ++i) {
+      if (i % kProgressStep == 0 && stopped(m_options)) return wasStopped();
+      if (auto status = write(m_file.groups[i]); !status) return tl::unexpected(status.error());
+      m_file.groups[i] = {};
     }
     if (auto status = m_writer.commit(); !status) return tl::unexpected(status.error());
-    if (m_options.progress) m_options.progress(m_reader.size(), m_reader.size());
+    if (m_options.progress) m_options.progress(all, all);
     return report();
   }
 
  private:
   Status write(ItemGroup& group) {
-    const std::size_t count = (group.main ? 1U : 0U) + group.changed.size();
-    if (count == 0) return {};
     const ItemKind kind = group.main ? group.main->kind : group.changed.front().kind;
     const auto target = targetOf(kind, group.calendar);
     if (!target) return tl::unexpected(target.error());
-    if (auto status = keepZones(); !status) return status;
     if (group.main) {
       if (auto status = put(*target, group.line, *group.main, group.changed, group.series.get()); !status)
         return status;
@@ -59,7 +88,7 @@ class Importer {
     // Two calendars of the file may be led to one; there a UID counts once.
     const std::string occurrence = main.recurrenceId ? fmt::format("{}", main.recurrenceId->local - LocalTime()) : "";
     if (!m_seen.insert(fmt::format("{}:{}:{}", calendar, occurrence, main.uid)).second) {
-      m_problems.refused.push_back({line, main.uid, "its UID came before in this file; this one was not imported"});
+      m_file.problems.refuse(line, main.uid, "its UID came before in this file; this one was not imported");
       return {};
     }
     const std::string uid = main.uid;
@@ -67,7 +96,7 @@ class Importer {
     if (!outcome) {
       const auto code = outcome.error().code;
       if (code != ErrorCode::kInvalid && code != ErrorCode::kRefused) return tl::unexpected(outcome.error());
-      m_problems.refused.push_back({line, uid, outcome.error().message});
+      m_file.problems.refuse(line, uid, outcome.error().message);
       return {};
     }
     switch (*outcome) {
@@ -84,23 +113,20 @@ class Importer {
     return {};
   }
 
-  /// Zones before the items that name them.
-  Status keepZones() {
-    if (m_reader.privateZones().size() == m_zonesKept) return {};
-    for (const auto& [name, text] : m_reader.privateZones())
-      if (auto status = m_writer.putZone(name, text); !status) return status;
-    m_zonesKept = m_reader.privateZones().size();
-    return {};
-  }
-
   Result<CalendarId> targetOf(ItemKind itemKind, std::size_t index) {
     const CalendarKind kind = itemKind == ItemKind::kEvent ? CalendarKind::kEvents : CalendarKind::kReminders;
-    const CalendarHead& head = m_reader.calendars()[index];
+    std::optional<CalendarId>& target = m_targets[index][static_cast<std::size_t>(kind)];
+    if (!target) {
+      auto found = findTarget(kind, m_file.calendars[index]);
+      if (!found) return found;
+      target = *found;
+    }
+    return *target;
+  }
+
+  Result<CalendarId> findTarget(CalendarKind kind, const CalendarHead& head) {
     const auto& wanted = kind == CalendarKind::kEvents ? m_options.calendarTitle : m_options.listTitle;
     const std::string title = wanted.value_or(head.name);
-    const auto key = std::pair(kind, title);
-    if (const auto known = m_targets.find(key); known != m_targets.end()) return known->second;
-
     const bool protects = m_options.readOnly || m_options.subscription;
     auto found = title.empty() ? m_writer.defaultCalendar(kind) : m_writer.calendarTitled(kind, title);
     if (!found) return tl::unexpected(found.error());
@@ -121,7 +147,7 @@ class Importer {
       calendar.subscribed = m_options.subscription;
       if (auto status = make(calendar); !status) return tl::unexpected(status.error());
     }
-    return m_targets[key] = calendar.id;
+    return calendar.id;
   }
 
   /// A subscription is where its calendar comes from; others come from this machine.
@@ -137,33 +163,32 @@ class Importer {
   }
 
   ImportReport report() {
-    m_report.problems = m_reader.problems().refused;
-    m_report.warnings = m_reader.problems().warnings;
-    const auto append = [](std::vector<Problem>& to, std::vector<Problem>& from) {
-      to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-      std::stable_sort(to.begin(), to.end(), [](const Problem& a, const Problem& b) { return a.line < b.line; });
-    };
-    append(m_report.problems, m_problems.refused);
-    append(m_report.warnings, m_problems.warnings);
+    m_report.problems = std::move(m_file.problems.refused);
+    m_report.warnings = std::move(m_file.problems.warnings);
+    for (auto* list : {&m_report.problems, &m_report.warnings})
+      std::stable_sort(list->begin(), list->end(), [](const Problem& a, const Problem& b) { return a.line < b.line; });
+    if (const std::size_t more = m_file.problems.warningsLeftOut; more > 0)
+      m_report.warnings.push_back(
+          {m_report.warnings.back().line, "", fmt::format("{} more warnings are not listed", more)});
     m_report.refused = m_report.problems.size();
     return std::move(m_report);
   }
 
-  CalendarReader& m_reader;
+  PreparedFile m_file;
   ItemWriter& m_writer;
   const ImportOptions& m_options;
   ImportReport m_report;
-  ReadProblems m_problems;
-  std::map<std::pair<CalendarKind, std::string>, CalendarId> m_targets;
+  std::vector<std::array<std::optional<CalendarId>, 2>> m_targets;  ///< by calendar of the file and kind
   std::unordered_set<std::string> m_seen;
-  std::size_t m_zonesKept = 0;
 };
 
 Result<ImportReport> import(CalendarStore& store, Result<CalendarReader> reader, const ImportOptions& options) {
   if (!reader) return tl::unexpected(reader.error());
+  auto prepared = prepare(std::move(*reader), options);
+  if (!prepared) return tl::unexpected(prepared.error());
   auto writer = store.startWriting();
   if (!writer) return tl::unexpected(writer.error());
-  return Importer(*reader, **writer, options).run();
+  return Importer(std::move(*prepared), **writer, options).run();
 }
 
 }  // namespace

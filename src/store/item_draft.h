@@ -16,8 +16,8 @@ namespace orlocal::store {
 /// An item while its component is read: what its lines said so far. Only `readItem` makes one.
 class ItemDraft {
  public:
-  ItemDraft(const ItemSpan& span, TzidTable& zones, ReadProblems& problems)
-      : m_span(span), m_zones(zones), m_problems(problems) {
+  ItemDraft(const ItemSpan& span, TzidTable& zones, RuleBudget& rules, ReadProblems& problems)
+      : m_span(span), m_zones(zones), m_rules(rules), m_problems(problems) {
     m_item.kind = span.kind;
     m_item.uid = span.uid;
   }
@@ -39,7 +39,8 @@ class ItemDraft {
 
   /// Components within the item are kept as they are, except for alarms.
   void component(const ContentLine& line);
-
+  void beginInner(const ContentLine& line);
+  void endInner(const ContentLine& line);
   void innerDone(int line);
 
   void property(const ContentLine& line);
@@ -56,14 +57,23 @@ class ItemDraft {
   void location(const ContentLine& line);
   void url(const ContentLine& line);
 
-  /// None, with a reason, when the value is no time.
-  std::optional<CalendarTime> time(const ContentLine& line, std::string_view value);
+  /// What the parameters of a line say about the times in it.
+  struct TimeParameters {
+    int line = 0;
+    bool isDate = false;
+    std::string tzid;
+    const std::optional<std::string>* zone = nullptr;  ///< what `tzid` means, once that was asked
+  };
+  static TimeParameters timeParametersOf(const ContentLine& line);
+  /// None when the value is no time.
+  std::optional<CalendarTime> time(TimeParameters& parameters, std::string_view value);
   std::optional<Moment> instant(const ContentLine& line);
   void moment(std::optional<CalendarTime>& field, const ContentLine& line);
   void start(const ContentLine& line);
   void end(const ContentLine& line);
   void duration(const ContentLine& line);
   void recurrenceId(const ContentLine& line);
+  bool mayHaveAnotherRule(const ContentLine& line);
   void rule(const ContentLine& line);
   void exceptionRule(const ContentLine& line);
   /// Fails also when the rule cannot be followed.
@@ -71,7 +81,7 @@ class ItemDraft {
   void added(const ContentLine& line);
   void excluded(const ContentLine& line);
   void dates(const ContentLine& line, std::vector<CalendarTime>& list, bool periods);
-  std::optional<CalendarTime> periodEnd(const ContentLine& line, const CalendarTime& begin, std::string_view text);
+  std::optional<CalendarTime> periodEnd(TimeParameters& parameters, const CalendarTime& begin, std::string_view text);
   void sequence(const ContentLine& line);
   void priority(const ContentLine& line);
   void created(const ContentLine& line);
@@ -88,13 +98,21 @@ class ItemDraft {
   bool settleEnd();
   void settleCompletion();
   std::optional<ReadItem> settleRecurrence();
+  /// The item compiled; none when it was refused.
+  std::shared_ptr<const Series> compile();
+  /// Added occurrences with a length of their own; false when the item was refused.
+  bool addPeriods(ReadItem& made);
 
   const ItemSpan& m_span;
   TzidTable& m_zones;
+  RuleBudget& m_rules;
   ReadProblems& m_problems;
   Item m_item;
-  int m_depth = 0;
-  std::vector<std::string> m_inner;
+  bool m_begun = false;
+  std::vector<std::string> m_open;   ///< names of the components within the item that are open, outermost first
+  std::vector<std::string> m_inner;  ///< lines of the outermost of them
+  bool m_innerBroken = false;        ///< one of them is not closed as it should be
+  int m_innerLine = 0;               ///< where the outermost begins
   std::map<std::string, std::string> m_parameters;  ///< by property: those that no field speaks for
   std::string m_components;
   std::optional<Duration> m_duration;

@@ -112,7 +112,7 @@ Attendee readAttendee(const ContentLine& line) {
       if (!value) made.extra += parameter.text;
     };
     if (equalsNoCase(parameter.name, "CN"))
-      made.name = line.parameter("CN");
+      made.name = made.name ? std::move(made.name) : line.parameter("CN");
     else if (equalsNoCase(parameter.name, "PARTSTAT"))
       read(kParticipationStates, made.status);
     else if (equalsNoCase(parameter.name, "ROLE"))

@@ -83,17 +83,21 @@ void ItemDraft::location(const ContentLine& line) { text(m_item.location, line, 
 
 void ItemDraft::url(const ContentLine& line) { text(m_item.url, line, false); }
 
-std::optional<CalendarTime> ItemDraft::time(const ContentLine& line, std::string_view value) {
+ItemDraft::TimeParameters ItemDraft::timeParametersOf(const ContentLine& line) {
+  return {line.line, equalsNoCase(line.parameter("VALUE").value_or(""), "DATE"), line.parameter("TZID").value_or("")};
+}
+
+std::optional<CalendarTime> ItemDraft::time(TimeParameters& parameters, std::string_view value) {
   auto read = parseTime(value);
   if (!read) return std::nullopt;
-  if (read->kind != Kind::kDate && equalsNoCase(line.parameter("VALUE").value_or(""), "DATE")) {
+  if (read->kind != Kind::kDate && parameters.isDate) {
     read->kind = Kind::kDate;
     read->local = LocalTime(LocalDay(read->local));
   }
-  if (read->kind != Kind::kFloating) return read;
-  const auto tzid = line.parameter("TZID");
-  if (!tzid || tzid->empty()) return read;
-  if (const auto& zone = m_zones.zoneOf(*tzid, m_span.calendar, line.line, m_problems)) {
+  if (read->kind != Kind::kFloating || parameters.tzid.empty()) return read;
+  if (parameters.zone == nullptr)
+    parameters.zone = &m_zones.zoneOf(parameters.tzid, m_span.calendar, parameters.line, m_problems);
+  if (const auto& zone = *parameters.zone) {
     read->kind = *zone == "UTC" ? Kind::kUtc : Kind::kZoned;
     read->zone = read->kind == Kind::kUtc ? "" : *zone;
   }
@@ -101,13 +105,15 @@ std::optional<CalendarTime> ItemDraft::time(const ContentLine& line, std::string
 }
 
 std::optional<Moment> ItemDraft::instant(const ContentLine& line) {
-  const auto read = time(line, line.value);
+  auto parameters = timeParametersOf(line);
+  const auto read = time(parameters, line.value);
   if (!read && !line.value.empty()) warn(line.line, fmt::format("{} has no date that can be read", line.name));
   return read ? std::optional(momentOf(*read, Zone())) : std::nullopt;
 }
 
 void ItemDraft::moment(std::optional<CalendarTime>& field, const ContentLine& line) {
-  const auto read = time(line, line.value);
+  auto parameters = timeParametersOf(line);
+  const auto read = time(parameters, line.value);
   if (!read) {
     auto reason = fmt::format("{} has no date that can be read: \"{}\"", line.name, line.value.substr(0, 40));
     // A reminder is one without its dates, too.
@@ -151,7 +157,15 @@ Result<RecurrenceRule> ItemDraft::readRule(const ContentLine& line) {
   return read;
 }
 
+bool ItemDraft::mayHaveAnotherRule(const ContentLine& line) {
+  constexpr std::size_t kMostRules = 500;
+  const bool may = m_item.recurrence.rules.size() + m_item.recurrence.exceptionRules.size() < kMostRules;
+  if (!may) fail(line.line, "it has more than 500 rules");
+  return may;
+}
+
 void ItemDraft::rule(const ContentLine& line) {
+  if (!mayHaveAnotherRule(line)) return;
   auto read = readRule(line);
   m_ruleLine = line.line;
   if (read) {
@@ -165,6 +179,7 @@ void ItemDraft::rule(const ContentLine& line) {
 }
 
 void ItemDraft::exceptionRule(const ContentLine& line) {
+  if (!mayHaveAnotherRule(line)) return;
   auto read = readRule(line);
   if (!read) {
     keep(line);
@@ -183,23 +198,25 @@ void ItemDraft::excluded(const ContentLine& line) { dates(line, m_item.recurrenc
 
 void ItemDraft::dates(const ContentLine& line, std::vector<CalendarTime>& list, bool periods) {
   if (line.value.empty()) return warn(line.line, fmt::format("{} is empty and was passed over", line.name));
+  auto parameters = timeParametersOf(line);
   for (std::string_view value : splitUnescaped(line.value, ',')) {
     const std::size_t slash = periods ? value.find('/') : std::string_view::npos;
-    const auto read = time(line, value.substr(0, slash));
+    const auto read = time(parameters, value.substr(0, slash));
     if (!read) {
       warn(line.line,
            fmt::format("{} has no date that can be read and was passed over: \"{}\"", line.name, value.substr(0, 40)));
       continue;
     }
     list.push_back(*read);
-    if (slash != std::string_view::npos) m_periods.emplace_back(*read, periodEnd(line, *read, value.substr(slash + 1)));
+    if (slash != std::string_view::npos)
+      m_periods.emplace_back(*read, periodEnd(parameters, *read, value.substr(slash + 1)));
   }
 }
 
-std::optional<CalendarTime> ItemDraft::periodEnd(const ContentLine& line, const CalendarTime& begin,
+std::optional<CalendarTime> ItemDraft::periodEnd(TimeParameters& parameters, const CalendarTime& begin,
                                                  std::string_view text) {
   if (const auto length = parseDuration(text)) return after(begin, *length);
-  return time(line, text);
+  return time(parameters, text);
 }
 
 void ItemDraft::sequence(const ContentLine& line) {

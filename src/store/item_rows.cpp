@@ -51,7 +51,7 @@ ItemRows::ItemRows(Database& database)
       m_update(ItemValues::kUpdate),
       m_remove("DELETE FROM items WHERE id = ?"),
       m_newestUuid("SELECT uuid FROM items ORDER BY id DESC LIMIT 1"),
-      m_inCalendar(ItemValues::kReadInCalendar),
+      m_byCalendar("SELECT id, calendar FROM items WHERE series IS NULL ORDER BY id"),
       m_idsInCalendar("SELECT id FROM items WHERE calendar = ? ORDER BY series IS NULL, id"),
       m_zonedIds(
           "SELECT id FROM items WHERE start_clock NOT LIKE '=%' OR end_clock NOT LIKE '=%' OR "
@@ -197,14 +197,14 @@ Result<Uuid> ItemRows::newestUuid() {
   return found ? Uuid(read.blob(0)) : Uuid();
 }
 
-Status ItemRows::visitCalendar(CalendarId calendar, const std::function<Status(const Item&)>& visit) {
-  Statement& read = m_inCalendar.in(m_database).bind(1, calendar);
+Result<std::map<CalendarId, std::vector<ItemId>>> ItemRows::idsByCalendar() {
+  Statement& read = m_byCalendar.in(m_database);
   const ResetAtExit reset(read);
+  std::map<CalendarId, std::vector<ItemId>> ids;
   for (;;) {
     ORLOCAL_TRY(const bool found, read.step());
-    if (!found) return {};
-    ORLOCAL_TRY(const Item item, ItemValues::read(read, m_database));
-    ORLOCAL_CHECK(visit(item));
+    if (!found) return ids;
+    ids[read.integer(1)].push_back(read.integer(0));
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -62,8 +63,8 @@ class ItemRows {
   /// The newest row's identifier; nil when there are none.
   Result<Uuid> newestUuid();
 
-  /// Visits the rows of a calendar that are no changed occurrence of a series, in the order in which they came.
-  Status visitCalendar(CalendarId calendar, const std::function<Status(const Item&)>& visit);
+  /// The rows of each calendar that are no changed occurrence of a series, in the order in which they came.
+  Result<std::map<CalendarId, std::vector<ItemId>>> idsByCalendar();
   /// Changed occurrences come first.
   Result<std::vector<ItemId>> idsInCalendar(CalendarId calendar);
   /// Every row with a time in a zone; changed occurrences come last.
@@ -79,7 +80,7 @@ class ItemRows {
   Kept m_recent, m_older;  ///< what is asked for moves to `m_recent`; when that is full, `m_older` goes
   ItemValues m_values;
   LazyStatement m_read, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf, m_changedAt,
-      m_place, m_insert, m_update, m_remove, m_newestUuid, m_inCalendar, m_idsInCalendar, m_zonedIds;
+      m_place, m_insert, m_update, m_remove, m_newestUuid, m_byCalendar, m_idsInCalendar, m_zonedIds;
 };
 
 }  // namespace orlocal::store

@@ -116,8 +116,6 @@ void bindTime(Statement& statement, int parameter, const std::optional<CalendarT
 }  // namespace
 
 const char* const ItemValues::kReadById = "SELECT " ORLOCAL_ITEM_COLUMNS "WHERE i.id = ?";
-const char* const ItemValues::kReadInCalendar =
-    "SELECT " ORLOCAL_ITEM_COLUMNS "WHERE i.calendar = ? AND i.series IS NULL ORDER BY i.id";
 const char* const ItemValues::kReadForExpansion =
     "SELECT id, kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, uid, "
     "EXISTS(SELECT 1 FROM items c WHERE c.series = i.id) FROM items i WHERE id = ?";

@@ -23,16 +23,15 @@ struct RowPlace {
 /// How an item stands in the columns of its row: the statements whose columns are counted on, and both directions.
 class ItemValues {
  public:
-  static const char* const kReadById;        ///< parameter 1: id
-  static const char* const kReadInCalendar;  ///< parameter 1: calendar; without the changed occurrences of series
+  static const char* const kReadById;  ///< parameter 1: id
   static const char* const kReadForExpansion;
   static const char* const kInsert;  ///< parameter `kLastParameter`: identifier
   static const char* const kUpdate;  ///< parameter `kLastParameter`: id
   static constexpr int kLastParameter = 28;
 
-  /// The item in a row of the first two statements.
+  /// The item in a row of the first statement.
   static Result<Item> read(const Statement& row, const Database& database);
-  /// What a row of the third has: enough to expand a series, and whether it has changed occurrences.
+  /// What a row of the second has: enough to expand a series, and whether it has changed occurrences.
   static Result<Item> readForExpansion(const Statement& row, const Database& database, bool& hasChanged);
 
   /// Binds all parameters but the last one. What is bound is borrowed from `item` and from this.

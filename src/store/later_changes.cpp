@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::string_view kContinuation = "X-ORLOCAL-LATER:";
 
+/// Each is a series of its own in the end, that the others know of.
+constexpr std::size_t kMostChanges = 500;
+
 /// A stretch of the series as it was written, and what changes it.
 struct Part {
   Item series;  ///< unchanged; only its times and how it repeats count
@@ -96,9 +99,11 @@ void cutAtLaterChanges(ItemGroup& group, std::vector<LaterChange> changes, ReadP
   std::vector<Part> parts;
   parts.push_back({*group.main, std::nullopt, {}});
   for (LaterChange& change : changes) {
-    if (cut(parts, change)) continue;
-    problems.warnings.push_back({change.line, change.item.uid,
-                                 "RANGE=THISANDFUTURE begins at no occurrence of the rule: only this one is changed"});
+    const bool tooMany = parts.size() > kMostChanges;
+    if (!tooMany && cut(parts, change)) continue;
+    problems.warn(change.line, change.item.uid,
+                  tooMany ? "the series is changed by RANGE=THISANDFUTURE more than 500 times: only this one is changed"
+                          : "RANGE=THISANDFUTURE begins at no occurrence of the rule: only this one is changed");
     group.changed.push_back(std::move(change.item));
   }
   if (parts.size() == 1 && !parts.front().change) return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -108,7 +109,7 @@ struct RecurrenceRule {
     int ordinal = 0;  ///< ±1 to ±53; 0 is every one
     int day = 0;      ///< 0 Sunday to 6 Saturday
 
-    friend bool operator==(const WeekDay&, const WeekDay&) = default;
+    friend auto operator<=>(const WeekDay&, const WeekDay&) = default;
   };
 
   /// What becomes of a day or month that a period does not have (RFC 7529, 4.2).

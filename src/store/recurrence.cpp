@@ -11,7 +11,8 @@
 namespace orlocal::store {
 
 bool ExpansionBudget::checkTime() {
-  if (std::chrono::steady_clock::now() > m_deadline) m_steps = 0;
+  const bool stopped = m_stop != nullptr && m_stop->load(std::memory_order_relaxed);
+  if (stopped || std::chrono::steady_clock::now() > m_deadline) m_steps = 0;
   return m_steps != 0;
 }
 
@@ -28,12 +29,22 @@ constexpr std::int64_t kSortedPiece = 20'000;
 constexpr std::int64_t kFirstPiece = 32;
 /// What one month may hold of a series.
 constexpr std::int64_t kMostInMonth = 50'000;
+constexpr LocalSeconds kMonth = 31 * kSecondsPerDay;
 /// What finding the end of a counted rule may take.
 constexpr std::uint64_t kCountingSteps = 4'000'000;
 
+/// A series keeps its name, and a title may be of any length.
+std::string shortened(std::string_view text) {
+  constexpr std::size_t kLongest = 255;
+  if (text.size() <= kLongest) return std::string(text);
+  std::size_t end = kLongest;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  return std::string(text.substr(0, end)) + "…";
+}
+
 std::string nameOf(const Item& item) {
   const char* kind = item.kind == ItemKind::kEvent ? "event" : "reminder";
-  return fmt::format("the {} \"{}\" (UID {})", kind, item.title.value_or(""), item.uid);
+  return fmt::format("the {} \"{}\" (UID {})", kind, shortened(item.title.value_or("")), shortened(item.uid));
 }
 
 template <class T>
@@ -150,7 +161,8 @@ Result<Series::Data::Rule> Series::Data::ruleOf(const RecurrenceRule& from, Loca
   if (!compiled) return failure(compiled.error().code, fmt::format("{}: {}", name, compiled.error().message));
   Rule rule;
   rule.rule = std::move(*compiled);
-  rule.rule.walk(begin, begin + 1, budget, [&](LocalSeconds) { return rule.makesStart = true, false; });
+  // Where there is no arithmetic nobody needs to know it before the series is split.
+  if (!rule.rule.isScaled()) rule.makesStart = rule.rule.makes(begin, budget);
   if (from.until) {
     rule.endless = false;
     if (allDay()) {
@@ -164,8 +176,11 @@ Result<Series::Data::Rule> Series::Data::ruleOf(const RecurrenceRule& from, Loca
   }
   if (from.count) {
     // The start counts as the first one, also where the rule does not make it.
+    rule.makesStart = rule.rule.makes(begin, budget);
     const std::int64_t own = *from.count - (rule.makesStart || !ofSeries ? 0 : 1);
-    const auto last = own < 1 ? std::optional(begin) : rule.rule.nth(own, budget);
+    const auto comes = own > 0 ? rule.rule.mayMeet(budget) : std::optional(false);
+    if (!comes) return overBudget();
+    const auto last = *comes ? rule.rule.nth(own, budget) : std::optional(begin);
     if (!last) return overBudget();
     rule.last = std::min(rule.last, *last);
     rule.endless = false;
@@ -182,7 +197,8 @@ void Series::Data::exclude(const CalendarTime& time) {
     excluded.push_back(momentAt(localOf(time)));
 }
 
-Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::vector<CalendarTime>& changed) {
+Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::vector<CalendarTime>& changed,
+                               ExpansionBudget* given) {
   auto data = std::make_unique<Data>();
   data->name = nameOf(item);
   const std::optional<CalendarTime>& start = item.start ? item.start : item.end;
@@ -209,12 +225,13 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
   } else if (data->allDay()) {
     data->dayCount = 1;
   }
-  ExpansionBudget budget(kCountingSteps);
+  ExpansionBudget own(given != nullptr ? 0 : kCountingSteps);
+  ExpansionBudget& budget = given != nullptr ? *given : own;
   data->sorted = item.recurrence.rules.size() <= 1 && item.recurrence.added.empty();
   for (const RecurrenceRule& rule : item.recurrence.rules) {
     auto made = data->ruleOf(rule, data->first, true, budget);
     if (!made) return tl::unexpected(made.error());
-    if (made->rule.severalADay()) data->sorted = false;
+    if (made->rule.severalADay() || made->rule.isScaled()) data->sorted = false;
     data->rules.push_back(std::move(*made));
   }
   for (const ExceptionRule& exception : item.recurrence.exceptionRules) {
@@ -317,26 +334,32 @@ Status Series::expand(Moment from, Moment to, ExpansionBudget& budget, const Vis
   return done && decided ? Status() : Status(data.overBudget());
 }
 
-Status Series::checkDensity() const {
+std::int64_t Series::mostInMonth() const {
   const Data& data = *m_data;
-  constexpr LocalSeconds kMonth = 31 * kSecondsPerDay;
   std::int64_t most = 0;
   for (const Data::Rule& rule : data.rules) {
     // Without the room that is left for clock changes around an end that is a moment.
     const LocalSeconds last = rule.until ? std::min(rule.last, clampedLocal(data.zone, *rule.until) + 3600) : rule.last;
     most += std::min(rule.most, rule.rule.mostInMonth(last));
   }
+  // Added ones: the most that come within a month of one of them.
+  std::int64_t added = 0;
+  for (std::size_t begin = 0, end = 0; end < data.added.size(); ++end) {
+    while (data.added[end] - data.added[begin] >= kMonth) ++begin;
+    added = std::max(added, static_cast<std::int64_t>(end - begin + 1));
+  }
   // Long ones reach into the months after theirs.
   const LocalSeconds length =
       data.allDay() ? data.dayCount * kSecondsPerDay : std::chrono::floor<seconds>(data.length).count();
-  bool dense = most * (length / kMonth + 1) > kMostInMonth;
-  for (std::size_t i = kMostInMonth; i < data.added.size() && !dense; ++i)
-    dense = data.added[i] - data.added[i - kMostInMonth] < kMonth;
-  if (!dense) return {};
+  return most * (length / kMonth + 1) + added;
+}
+
+Status Series::checkDensity() const {
+  if (mostInMonth() <= kMostInMonth) return {};
   return failure(ErrorCode::kRefused,
                  fmt::format("{} has more than 50,000 occurrences in a month, too many to be shown; give its rule a "
                              "longer interval or an earlier end",
-                             data.name));
+                             m_data->name));
 }
 
 Result<std::optional<Series::Instance>> Series::at(Moment start, ExpansionBudget& budget) const {
@@ -350,6 +373,13 @@ Result<std::optional<Series::Instance>> Series::at(Moment start, ExpansionBudget
 }
 
 Result<std::optional<Series::Instance>> Series::first(ExpansionBudget& budget) const {
+  const Data& data = *m_data;
+  // Nothing but an added time comes before the start.
+  if (data.added.empty() || data.added.front() >= data.first) {
+    const auto excluded = data.isExcluded(data.first, data.firstMoment, budget);
+    if (!excluded) return data.overBudget();
+    if (!*excluded) return data.instance(data.first, data.firstMoment);
+  }
   std::optional<Instance> found;
   const auto status = expand(Moment::min(), Moment::max(), budget, [&](const Instance& instance) {
     found = instance;
@@ -384,7 +414,8 @@ Result<std::int64_t> Series::countBefore(Moment start, std::size_t index, Expans
   const LocalSeconds sure = std::min(around - kClockSlack, rule.last + 1);
   const auto counted = rule.rule.count(sure, budget);
   if (!counted) return data.overBudget();
-  std::int64_t total = *counted + (rule.makesStart ? 0 : 1);
+  const bool makesStart = rule.rule.isScaled() ? rule.rule.makes(data.first, budget) : rule.makesStart;
+  std::int64_t total = *counted + (makesStart ? 0 : 1);
   const bool done =
       data.walk(rule, std::max(sure, data.first), around + kClockSlack, budget, [&](LocalSeconds, Moment at) {
         if (at < start) ++total;

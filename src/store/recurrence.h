@@ -1,6 +1,6 @@
 #pragma once
 
-#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -15,22 +15,21 @@
 
 namespace orlocal::store {
 
-/// What expanding may take, in steps of the rules and in time. One budget may serve the many series of one query.
+/// What expanding may take, in steps of the rules (some 20 ns each) and in time. One budget may serve the many series
+/// of one query, or of one file.
 class ExpansionBudget {
  public:
-  explicit ExpansionBudget(std::uint64_t steps = 20'000'000, std::chrono::milliseconds time = std::chrono::seconds(10))
-      : m_steps(steps), m_deadline(std::chrono::steady_clock::now() + time) {}
+  /// `stop` is asked now and then; when it is set, nothing is left.
+  explicit ExpansionBudget(std::uint64_t steps = 20'000'000, std::chrono::milliseconds time = std::chrono::seconds(10),
+                           const std::atomic<bool>* stop = nullptr)
+      : m_steps(steps), m_deadline(std::chrono::steady_clock::now() + time), m_stop(stop) {}
 
-  /// Takes one step; false when steps or time have run out, and ever after.
-  bool step() {
-    if (m_steps == 0) return false;
-    --m_steps;
-    return (m_steps & 0xFFF) != 0 || checkTime();
-  }
-  /// Takes many at once, for what costs as much as so many of them.
-  bool steps(std::uint64_t count) {
-    m_steps -= std::min(m_steps, count);
-    return checkTime();
+  /// Takes one step, or many at once for what costs as much; false when steps or time have run out, and ever after.
+  bool step(std::uint64_t count = 1) {
+    if (m_steps < count) return m_steps = 0, false;
+    const std::uint64_t before = m_steps;
+    m_steps -= count;
+    return before >> 12U == m_steps >> 12U || checkTime();
   }
   std::uint64_t left() const { return m_steps; }
 
@@ -39,6 +38,7 @@ class ExpansionBudget {
 
   std::uint64_t m_steps;
   std::chrono::steady_clock::time_point m_deadline;
+  const std::atomic<bool>* m_stop;
 };
 
 /// A repeating item made ready for expansion: small, immutable, cheap to keep by the ten thousand. A single item is a
@@ -62,8 +62,9 @@ class Series {
 
   /// `changed` are the recurrence ids of the changed occurrences, left out like exceptions. A reminder without a start
   /// repeats from its due moment. Fails, naming the item, when it has no start, when a rule cannot be followed, or when
-  /// finding the end of a counted rule takes too long.
-  static Result<Series> compile(const Item& item, const Zone& viewer, const std::vector<CalendarTime>& changed = {});
+  /// finding the end of a counted rule takes too long; `budget` is what that may take, where the caller shares one.
+  static Result<Series> compile(const Item& item, const Zone& viewer, const std::vector<CalendarTime>& changed = {},
+                                ExpansionBudget* budget = nullptr);
 
   Series(Series&&) noexcept;
   Series& operator=(Series&&) noexcept;
@@ -76,6 +77,8 @@ class Series {
   /// Whether few enough of its occurrences lie within one month for ranges to be read; fails with the reason, as an
   /// estimate from above that takes no expanding.
   Status checkDensity() const;
+  /// The estimate: at most so many lie within one month.
+  std::int64_t mostInMonth() const;
 
   /// The occurrence that starts at `start`; none when none does.
   Result<std::optional<Instance>> at(Moment start, ExpansionBudget& budget) const;

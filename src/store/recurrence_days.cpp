@@ -18,8 +18,8 @@ std::uint32_t reversed(std::uint32_t fromEnd, int length) {
   return days;
 }
 
-bool contains(const std::vector<int>& values, int value) {
-  return std::find(values.begin(), values.end(), value) != values.end();
+bool contains(const std::vector<int>& values, int value) {  // sorted
+  return std::binary_search(values.begin(), values.end(), value);
 }
 
 }  // namespace
@@ -90,7 +90,7 @@ std::uint32_t CompiledRule::monthDays(int year, int month, DayNumber first) cons
     }
     days = hasMonthDays() ? days & fitting : fitting;
   }
-  if (m_rare && (!m_rare->yearDays.empty() || !m_rare->weekNumbers.empty()))
+  if (rareDays())
     for (std::uint32_t rest = days; rest != 0; rest &= rest - 1)
       if (const int day = std::countr_zero(rest); !passes(first + day - 1, false)) days &= ~(1U << day);
   return days;
@@ -98,9 +98,8 @@ std::uint32_t CompiledRule::monthDays(int year, int month, DayNumber first) cons
 
 void CompiledRule::fillYear(int year, Set& set) const {
   const bool byMonths = m_months != 0 || hasMonthDays() || !hasWeekDays();
-  const bool rareDays = m_rare && (!m_rare->yearDays.empty() || !m_rare->weekNumbers.empty());
   const bool ordinalsInYear = hasOrdinals() && m_months == 0;
-  if (!byMonths || rareDays || ordinalsInYear) {
+  if (!byMonths || rareDays() || ordinalsInYear) {
     const DayNumber first = dayNumber(year, 1, 1);
     for (int i = 0; i < yearLength(year); ++i)
       if (passes(first + i, ordinalsInYear)) set.add(first + i);
@@ -117,8 +116,7 @@ void CompiledRule::fillYear(int year, Set& set) const {
 }
 
 std::int64_t CompiledRule::uniformSize() const {
-  const bool rareDays = m_rare && (!m_rare->yearDays.empty() || !m_rare->weekNumbers.empty());
-  if (rareDays || (m_rare && !m_rare->positions.empty())) return 0;
+  if (rareDays() || (m_rare && !m_rare->positions.empty())) return 0;
   const auto date = dateOf(dayOf(m_start));
   const auto startDay = static_cast<unsigned>(date.day());
   // Days of the month that every month has.

@@ -40,6 +40,14 @@ Result<void> check(const RecurrenceRule& rule) {
   return status;
 }
 
+/// Each once: a list may name a value as often as it likes.
+template <class T>
+std::vector<T> distinct(std::vector<T> values) {
+  std::sort(values.begin(), values.end());
+  values.erase(std::unique(values.begin(), values.end()), values.end());
+  return values;
+}
+
 template <class Mask>
 Mask maskOf(const std::vector<int>& values, int orElse) {
   Mask mask = 0;
@@ -76,7 +84,7 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
 
   for (int month : rule.byMonth) made.m_months |= static_cast<std::uint16_t>(1U << month);
   for (int day : rule.byMonthDay) (day > 0 ? made.m_monthDays : made.m_monthDaysFromEnd) |= 1U << std::abs(day);
-  Rare rare{rule.byYearDay, rule.byWeekNumber, rule.bySetPosition, {}};
+  Rare rare{distinct(rule.byYearDay), distinct(rule.byWeekNumber), distinct(rule.bySetPosition), {}};
   const bool ordinalsCount = made.m_frequency >= Frequency::kMonthly;
   for (const auto& day : rule.byDay) {
     if (day.ordinal == 0 || !ordinalsCount)
@@ -84,6 +92,7 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
     else
       rare.ordinals.push_back(day);
   }
+  rare.ordinals = distinct(std::move(rare.ordinals));
   const DayNumber firstDay = dayOf(start);
   if (made.m_frequency == Frequency::kWeekly && made.m_weekDays == 0)
     made.m_weekDays = static_cast<std::uint8_t>(1U << weekDayOf(firstDay));
@@ -118,6 +127,7 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
   made.m_perDay =
       std::int64_t{std::popcount(made.m_hours)} * std::popcount(made.m_minutes) * std::popcount(made.m_seconds);
   made.m_uniform = made.uniformSize();
+  made.m_cost = made.costOfPeriod();
   if (ScaledRule::isNeededFor(rule)) {
     if (auto status = ScaledRule::check(rule); !status) return tl::unexpected(status.error());
     made.m_uniform = 0;
@@ -191,7 +201,7 @@ std::int64_t CompiledRule::fillSubDaily(std::int64_t period, Set& set) const {
     const std::int64_t step = m_interval * unit();
     return std::max(period + 1, (time - m_base + step - 1) / step);
   };
-  if (m_filtersDays && !passes(day, false)) return periodFrom((day + 1) * kSecondsPerDay);
+  if (m_filtersDays && !passes(day, false)) return periodFrom(nextDay(day) * kSecondsPerDay);
   if ((m_hours >> (inDay / 3600) & 1) == 0) return periodFrom(at - inDay % 3600 + 3600);
   const int minute = inDay / 60 % 60;
   if (m_frequency != Frequency::kHourly && (m_minutes >> minute & 1) == 0) return periodFrom(at - inDay % 60 + 60);
@@ -222,8 +232,11 @@ std::int64_t CompiledRule::fill(std::int64_t period, Set& set) const {
           set.add(at + i);
       break;
     case Frequency::kDaily:
-      if (!m_filtersDays || passes(at, false)) set.add(at);
-      break;
+      if (!m_filtersDays || passes(at, false)) {
+        set.add(at);
+        break;
+      }
+      return std::max(period + 1, (nextDay(at) - m_base + m_interval - 1) / m_interval);
     default:
       return fillSubDaily(period, set);
   }
@@ -241,7 +254,7 @@ bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& bud
   set.seconds.fill(m_seconds);
   const bool positions = m_rare && !m_rare->positions.empty();
   for (std::int64_t period = periodAt(from); periodStart(period) < to;) {
-    if (!budget.step()) return false;
+    if (!budget.step(m_cost)) return false;
     period = fill(period, set);
     const std::vector<std::int64_t>* picked = positions ? &set.pick(m_rare->positions) : nullptr;
     const std::int64_t size = picked != nullptr ? static_cast<std::int64_t>(picked->size()) : set.size();

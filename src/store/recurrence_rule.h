@@ -26,8 +26,20 @@ class CompiledRule {
   bool walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& budget,
             const std::function<bool(LocalSeconds)>& visit) const;
 
+  /// Whether it makes this time; false also when the budget ran out.
+  bool makes(LocalSeconds time, ExpansionBudget& budget) const {
+    bool made = false;
+    walk(time, time + 1, budget, [&](LocalSeconds) { return made = true, false; });
+    return made;
+  }
+  /// Whether it counts in another calendar: then its times are found one after the other.
+  bool isScaled() const { return m_scaled != nullptr; }
+
   /// How many it makes in [start, before); none when the budget ran out. Arithmetic for the plain shapes.
   std::optional<std::int64_t> count(LocalSeconds before, ExpansionBudget& budget) const;
+  /// Whether its parts leave any time at all, as far as arithmetic can tell: false is certain, and what is left to be
+  /// walked in vain is little. None when the budget ran out.
+  std::optional<bool> mayMeet(ExpansionBudget& budget) const;
   /// The n-th (from 1) that it makes; the last second there is when there are fewer. None when the budget ran out.
   std::optional<LocalSeconds> nth(std::int64_t n, ExpansionBudget& budget) const;
 
@@ -57,6 +69,14 @@ class CompiledRule {
   std::uint32_t monthDays(int year, int month, DayNumber first) const;
   void fillYear(int year, Set& set) const;
   bool passes(DayNumber day, bool ordinalsInYear) const;
+  /// The first day after `day` that does not lie in a month which the rule leaves out.
+  DayNumber nextDay(DayNumber day) const;
+  std::optional<bool> hasDays(ExpansionBudget& budget) const;
+  bool hasTimes() const;
+  bool hasPositions() const;
+  bool rareDays() const { return m_rare && (!m_rare->yearDays.empty() || !m_rare->weekNumbers.empty()); }
+  /// What filling one period costs, in steps.
+  std::uint64_t costOfPeriod() const;
   bool weekDayFits(DayNumber day, bool ordinalsInYear) const;
   bool hasWeekDays() const { return m_weekDays != 0 || hasOrdinals(); }
   bool hasOrdinals() const { return m_rare && !m_rare->ordinals.empty(); }
@@ -77,6 +97,7 @@ class CompiledRule {
   std::int64_t m_base = 0;  ///< of period 0: its second, day, month or year
   std::int64_t m_perDay = 1;
   std::int64_t m_uniform = 0;
+  std::uint64_t m_cost = 1;  ///< of a period
   std::shared_ptr<const Rare> m_rare;
   std::shared_ptr<const ScaledRule> m_scaled;  ///< makes the times instead
 };

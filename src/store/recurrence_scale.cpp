@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/core.h>
@@ -92,11 +94,31 @@ bool mayNeverMeet(const RecurrenceRule& rule) {
   return leapsAreLeftOut && (rule.scale != "HEBREW" || rule.byLeapMonth != std::vector<int>{5} || rule.interval != 1);
 }
 
+/// Whether libical makes anything of the rule. Asking takes as long as finding a time, and a file asks for each of its
+/// items; what they have in common is remembered.
+bool isKnown(RecurrenceRule rule) {
+  constexpr std::size_t kRemembered = 256;
+  static std::mutex mutex;
+  static std::map<std::string, bool> known;
+  rule.count.reset();
+  rule.until.reset();
+  const std::string text = ruleText(rule);
+  const std::lock_guard lock(mutex);
+  if (const auto found = known.find(text); found != known.end()) return found->second;
+  if (known.size() >= kRemembered) known.clear();
+  std::string scale = rule.scale;
+  constexpr LocalSeconds kAnyStart = 0;
+  return known[text] = iteratorOf(rule, scale, kAnyStart, true) != nullptr;
+}
+
 }  // namespace
 
 struct ScaledRule::Found {
+  RecurrenceRule rule;
+  bool allDay = false;
   std::string scale;
-  Iterator iterator;  ///< null when there is nothing more
+  bool begun = false;  ///< making the iterator takes as long as finding a time, so that waits until one is wanted
+  Iterator iterator;   ///< null when there is nothing more
   std::vector<LocalSeconds> times;
   std::mutex mutex;
 };
@@ -117,9 +139,7 @@ Status ScaledRule::check(const RecurrenceRule& rule) {
                    fmt::format("days of RSCALE={} are not followed when they are chosen in more than one way, or may "
                                "never come",
                                rule.scale));
-  std::string scale = rule.scale;
-  constexpr LocalSeconds kAnyStart = 0;
-  if (rule.interval > std::numeric_limits<short>::max() || !iteratorOf(rule, scale, kAnyStart, true))
+  if (rule.interval > std::numeric_limits<short>::max() || !isKnown(rule))
     return failure(ErrorCode::kUnsupported,
                    fmt::format("RSCALE={} is no calendar that is known here, or has no such days", rule.scale));
   return {};
@@ -127,8 +147,9 @@ Status ScaledRule::check(const RecurrenceRule& rule) {
 
 ScaledRule::ScaledRule(const RecurrenceRule& rule, LocalSeconds start, bool allDay)
     : m_start(start), m_found(std::make_unique<Found>()) {
+  m_found->rule = rule;
+  m_found->allDay = allDay;
   m_found->scale = rule.scale;
-  m_found->iterator = iteratorOf(rule, m_found->scale, start, allDay);
 }
 
 ScaledRule::~ScaledRule() = default;
@@ -142,8 +163,12 @@ bool ScaledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& budge
     {
       const std::lock_guard lock(m_found->mutex);
       auto& times = m_found->times;
+      if (!std::exchange(m_found->begun, true)) {
+        if (!budget.step(kStepsOfOne)) return m_found->begun = false;
+        m_found->iterator = iteratorOf(m_found->rule, m_found->scale, m_start, m_found->allDay);
+      }
       while (m_found->iterator && (times.empty() || times.back() < from || (at && *at >= times.size()))) {
-        if (!budget.steps(kStepsOfOne)) return false;
+        if (!budget.step(kStepsOfOne)) return false;
         const icaltimetype next = icalrecur_iterator_next(m_found->iterator.get());
         if (icaltime_is_null_time(next) != 0)
           m_found->iterator.reset();

@@ -104,16 +104,26 @@ Status SqliteStore::removeReminder(const Item& reminder) { return ReminderEdits(
 Result<std::unique_ptr<ItemWriter>> SqliteStore::startWriting() { return StoreWriter::start(*m_core); }
 
 Status SqliteStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
+  const std::uint64_t generation = m_core->generation();
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
-  return m_core->rows.visitCalendar(calendar, [&](const Item& main) -> Status {
+  if (m_listed != generation) {
+    ORLOCAL_TRY(m_idsByCalendar, m_core->rows.idsByCalendar());
+    m_listed = generation;
+  }
+  const auto ids = m_idsByCalendar.find(calendar);
+  if (ids == m_idsByCalendar.end()) return {};
+  for (const ItemId id : ids->second) {
+    ORLOCAL_TRY(const auto main, m_core->rows.read(id));
+    if (main == nullptr) continue;
     std::vector<Item> changed;
-    ORLOCAL_TRY(const auto rows, m_core->rows.changedOf(main.id));
+    ORLOCAL_TRY(const auto rows, m_core->rows.changedOf(id));
     for (const ItemRows::Changed& row : rows) {
       ORLOCAL_TRY(const auto occurrence, m_core->rows.read(row.id));
       if (occurrence != nullptr) changed.push_back(*occurrence);
     }
-    return visit(main, changed);
-  });
+    ORLOCAL_CHECK(visit(*main, changed));
+  }
+  return {};
 }
 
 Result<std::optional<std::string>> SqliteStore::privateZone(std::string_view name) {

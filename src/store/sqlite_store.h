@@ -1,6 +1,8 @@
 #pragma once
 
+#include <map>
 #include <memory>
+#include <vector>
 
 #include "store/calendar_store.h"
 #include "store/queries.h"
@@ -50,6 +52,9 @@ class SqliteStore final : public CalendarStore {
   std::unique_ptr<StoreCore> m_core;
   Queries m_queries;
   std::uint64_t m_checked = 0;  ///< generation with which what is kept agrees
+  /// What lies in each calendar, and for which generation that is so: whoever visits all calendars asks for each.
+  std::map<CalendarId, std::vector<ItemId>> m_idsByCalendar;
+  std::uint64_t m_listed = 0;
 };
 
 }  // namespace orlocal::store

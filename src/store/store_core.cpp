@@ -123,7 +123,7 @@ Status StoreCore::loadZones() {
     ORLOCAL_TRY(const bool found, zones.step());
     if (!found) return {};
     // One that cannot be read any more is treated like an unknown zone.
-    (void)Zone::registerPrivate(std::string(zones.text(0)), zones.text(1));
+    Zone::announcePrivate(std::string(zones.text(0)), std::string(zones.text(1)));
   }
 }
 

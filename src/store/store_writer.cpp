@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include "store/contact_rows.h"
 #include "store/later_changes.h"
 #include "store/original_key.h"
 #include "store/try.h"
@@ -49,7 +48,20 @@ Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core) {
 StoreWriter::~StoreWriter() { (void)m_core.database.execute(kUsualCache); }
 
 Result<std::optional<Calendar>> StoreWriter::calendarTitled(CalendarKind kind, std::string_view title) {
-  return m_core.calendars.withTitle(kind, title);
+  ORLOCAL_CHECK(learnTitles());
+  const auto found = m_titles->find(std::pair(kind, std::string(title)));
+  return found != m_titles->end() ? std::optional(found->second) : std::nullopt;
+}
+
+Status StoreWriter::learnTitles() {
+  if (m_titles) return {};
+  m_titles.emplace();
+  for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
+    ORLOCAL_TRY(std::vector<Calendar> all, m_core.calendars.ofKind(kind));
+    std::sort(all.begin(), all.end(), [](const Calendar& a, const Calendar& b) { return a.id < b.id; });
+    for (Calendar& calendar : all) m_titles->try_emplace(std::pair(kind, calendar.title), calendar);
+  }
+  return {};
 }
 
 Result<std::optional<Calendar>> StoreWriter::defaultCalendar(CalendarKind kind) {
@@ -70,6 +82,7 @@ Status StoreWriter::makeCalendar(Calendar& calendar) {
   calendar.source = source->id;
   calendar.type = source->type;
   ORLOCAL_CHECK(m_core.calendars.insert(calendar, m_core.uuids.next()));
+  if (m_titles) m_titles->try_emplace(std::pair(calendar.kind, calendar.title), calendar);
   return m_core.logCalendar(Operation::kInserted, calendar);
 }
 
@@ -247,7 +260,7 @@ Result<PutOutcome> StoreWriter::putStray(Item& stray) {
 }
 
 Result<PutOutcome> StoreWriter::putContact(Contact& contact) {
-  return ContactRows(m_core.database).put(contact, m_core.uuids, m_core.log);
+  return m_contacts.put(contact, m_core.uuids, m_core.log);
 }
 
 Status StoreWriter::commit() { return m_turn.commit(); }

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <map>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 
+#include "store/contact_rows.h"
 #include "store/item_writer.h"
 #include "store/store_core.h"
 
@@ -23,8 +28,10 @@ class StoreWriter final : public ItemWriter {
   Status commit() override;
 
  private:
-  StoreWriter(StoreCore& core, WriteTurn turn) : m_core(core), m_turn(std::move(turn)) {}
+  StoreWriter(StoreCore& core, WriteTurn turn) : m_core(core), m_turn(std::move(turn)), m_contacts(core.database) {}
 
+  /// The oldest calendar of each kind and title; read at once, as a file may name thousands.
+  Status learnTitles();
   Status checkTarget(CalendarId calendar, const Item& item);
   Result<PutOutcome> putMain(Item& main, const Series* series);
   /// Removes the series that were cut off `stored` and that `given` does not name any more.
@@ -37,7 +44,9 @@ class StoreWriter final : public ItemWriter {
 
   StoreCore& m_core;
   WriteTurn m_turn;
+  ContactRows m_contacts;
   std::optional<Calendar> m_lastTarget;
+  std::optional<std::map<std::pair<CalendarKind, std::string>, Calendar>> m_titles;
   LazyStatement m_zoneText{"SELECT vtimezone FROM zones WHERE name = ?"};
   LazyStatement m_putZone{"INSERT OR REPLACE INTO zones(name, vtimezone) VALUES(?, ?)"};
 };

@@ -1,17 +1,27 @@
 #include "store/tzid_table.h"
 
+#include <algorithm>
+
 #include <fmt/core.h>
 
 #include "store/zone.h"
 #include "store/zone_names.h"
+#include "store/zone_rules.h"
 
 namespace orlocal::store {
 
 namespace {
 
-constexpr std::size_t kLongestBlock = 1 << 20;
+constexpr std::size_t kLongestBlock = std::size_t{1} << 16;
+constexpr std::size_t kMostNames = 1'000;
+/// What a definition costs beside the changes of its clock, and what one costs that comes to nothing.
+constexpr std::int64_t kWorkOfOne = 1'000, kWorkInVain = 10'000;
 
 }  // namespace
+
+TzidTable::TzidTable(std::string_view bytes, const std::vector<ZoneSpan>& zones) : m_bytes(bytes) {
+  for (const ZoneSpan& zone : zones) m_blocks[zone.tzid].push_back(&zone);
+}
 
 const std::optional<std::string>& TzidTable::zoneOf(std::string_view tzid, std::size_t calendar, int line,
                                                     ReadProblems& problems) {
@@ -24,22 +34,56 @@ const std::optional<std::string>& TzidTable::zoneOf(std::string_view tzid, std::
 
 std::optional<std::string> TzidTable::find(std::string_view tzid, std::size_t calendar, int line,
                                            ReadProblems& problems) {
-  if (auto system = systemZoneOf(tzid)) return system;
-  const ZoneSpan* block = nullptr;
-  for (const ZoneSpan& zone : m_zones)
-    if (zone.tzid == tzid && (block == nullptr || zone.calendar == calendar)) block = &zone;
+  if (const auto& system = systemZone(tzid)) return system;
   std::string reason = "names no known time zone and the file does not define it";
-  if (block != nullptr && block->span.end - block->span.begin <= kLongestBlock) {
-    const std::string_view text = block->span.of(m_bytes);
-    if (auto system = systemZoneByRules(text)) return system;
-    const auto made = privateZoneOf(tzid, text);
-    const auto status =
-        made ? Zone::registerPrivate(made->name, made->vtimezone) : Status(tl::unexpected(made.error()));
-    if (status) return m_private.emplace(made->name, made->vtimezone).first->first;
-    reason = fmt::format("is defined in line {}, which is of no use: {}", block->span.line, status.error().message);
+  if (const auto blocks = m_blocks.find(tzid); blocks != m_blocks.end()) {
+    const auto& all = blocks->second;
+    const auto after = std::upper_bound(all.begin(), all.end(), calendar, [](std::size_t wanted, const ZoneSpan* zone) {
+      return wanted < zone->calendar;
+    });
+    const bool own = after != all.begin() && (*(after - 1))->calendar == calendar;
+    const ZoneSpan& block = own ? **(after - 1) : *all.front();
+    const Meaning& meaning = meaningOf(block);
+    if (meaning.zone) return meaning.zone;
+    reason = fmt::format("is defined in line {}, which is of no use: {}", block.span.line, meaning.trouble);
   }
-  problems.warnings.push_back({line, "", fmt::format("TZID \"{}\" {}; its times are read as floating", tzid, reason)});
+  problems.warn(line, "", fmt::format("TZID \"{}\" {}; its times are read as floating", tzid.substr(0, 200), reason));
   return std::nullopt;
+}
+
+const std::optional<std::string>& TzidTable::systemZone(std::string_view tzid) {
+  static const std::optional<std::string> none;
+  const auto known = m_system.find(tzid);
+  if (known != m_system.end()) return known->second;
+  if (m_system.size() >= kMostNames) return none;
+  return m_system.emplace(std::string(tzid), systemZoneOf(tzid)).first->second;
+}
+
+const TzidTable::Meaning& TzidTable::meaningOf(const ZoneSpan& block) {
+  const Meaning*& meaning = m_meanings[&block];
+  if (meaning != nullptr) return *meaning;
+  const std::string_view text = block.span.of(m_bytes);
+  auto found = m_meaningsOfTexts.find(text);
+  if (found == m_meaningsOfTexts.end()) found = m_meaningsOfTexts.emplace(text, work(block, text)).first;
+  return *(meaning = &found->second);
+}
+
+TzidTable::Meaning TzidTable::work(const ZoneSpan& block, std::string_view text) {
+  if (text.size() > kLongestBlock) return {std::nullopt, "it is longer than 64 KiB"};
+  if (!isOneZone(text)) return {std::nullopt, "a component in it is not closed"};
+  if (m_workLeft <= 0) return {std::nullopt, "the file defines too many time zones"};
+  const auto rules = rulesOfVTimeZone(text);
+  m_workLeft -= rules ? kWorkOfOne + static_cast<std::int64_t>(rules->changes.size()) : kWorkInVain;
+  if (!rules) return {std::nullopt, rules.error().message};
+  if (auto system = systemZoneByRules(*rules)) return {std::move(system), ""};
+  const PrivateZone made = privateZoneOf(block.tzid, text);
+  // The name tells the rules; what one that is known says beside them is as good.
+  const auto known = Zone::named(made.name);
+  const std::string vtimezone = known ? known->privateText().value_or("") : made.vtimezone;
+  if (const auto status = Zone::registerPrivate(made.name, vtimezone); !status)
+    return {std::nullopt, status.error().message};
+  m_private.emplace(made.name, vtimezone);
+  return {made.name, ""};
 }
 
 }  // namespace orlocal::store

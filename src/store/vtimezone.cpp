@@ -25,7 +25,10 @@ struct Observance {
   bool whole() const { return start && from && to; }
 };
 
-constexpr std::uint64_t kMostOnsets = 20'000;
+/// Of all parts together, up to `kLastZoneYear`: nine a year.
+constexpr std::uint64_t kMostOnsets = 5'000;
+/// Rules from 1601 on take some 11,000 each.
+constexpr std::uint64_t kMostSteps = 100'000;
 
 Status readProperty(Observance& part, const ContentLine& line) {
   if (line.is("DTSTART")) {
@@ -53,7 +56,7 @@ Result<std::vector<LocalSeconds>> onsetsOf(const Observance& part) {
   const LocalSeconds start = localSeconds(part.start->local);
   std::vector<LocalSeconds> onsets = part.dates;
   onsets.push_back(start);
-  ExpansionBudget budget(2 * kMostOnsets);
+  ExpansionBudget budget(kMostSteps);
   for (const RecurrenceRule& rule : part.rules) {
     auto compiled = CompiledRule::make(rule, start, false);
     if (!compiled) return tl::unexpected(compiled.error());

@@ -54,6 +54,7 @@ struct Zone::Entry {
 struct ZoneRegistry {
   std::mutex mutex;
   std::map<std::string, std::unique_ptr<Zone::Entry>, std::less<>> entries;
+  std::map<std::string, std::string, std::less<>> announced;  ///< private zones that nobody asked for yet
   std::string userText;
   const Zone::Entry* user = nullptr;
 
@@ -77,10 +78,22 @@ struct ZoneRegistry {
     if (const auto* known = find(name)) return known;
     cctz::time_zone rules;
     if (isPathSafe(name) && cctz::load_time_zone(std::string(name), &rules)) return add(name, rules, "");
+    if (const auto text = announced.find(name); text != announced.end()) {
+      const auto read = announced.extract(text);
+      const auto zone = addPrivate(read.key(), read.mapped());
+      return zone ? *zone : nullptr;
+    }
     if (!name.starts_with(kRulesPrefix)) return nullptr;
     const auto posix = rulesOfPosixText(name.substr(kRulesPrefix.size()));
     const auto made = posix ? zoneOfRules(*posix) : std::nullopt;
     return made ? add(name, *made, "") : nullptr;
+  }
+  Result<const Zone::Entry*> addPrivate(const std::string& name, std::string_view vtimezone) {
+    const auto read = rulesOfVTimeZone(vtimezone);
+    if (!read) return failure(read.error().code, fmt::format("time zone \"{}\": {}", name, read.error().message));
+    const auto zone = zoneOfRules(*read);
+    if (!zone) return failure(ErrorCode::kInvalid, fmt::format("time zone \"{}\" has too many clocks", name));
+    return add(name, *zone, vtimezone);
   }
   const Zone::Entry* ofText(std::string_view text) {
     if (text.starts_with(':')) text.remove_prefix(1);
@@ -136,12 +149,14 @@ Status Zone::registerPrivate(const std::string& name, std::string_view vtimezone
     return failure(ErrorCode::kInvalid, fmt::format("another time zone \"{}\" is known already", name));
   }
   if (name.empty() || name == "UTC") return failure(ErrorCode::kInvalid, "a private time zone needs a name of its own");
-  const auto rules = rulesOfVTimeZone(vtimezone);
-  if (!rules) return failure(rules.error().code, fmt::format("time zone \"{}\": {}", name, rules.error().message));
-  const auto zone = zoneOfRules(*rules);
-  if (!zone) return failure(ErrorCode::kInvalid, fmt::format("time zone \"{}\" has too many clocks", name));
-  registry.add(name, *zone, vtimezone);
+  if (const auto added = registry.addPrivate(name, vtimezone); !added) return tl::unexpected(added.error());
   return {};
+}
+
+void Zone::announcePrivate(std::string name, std::string vtimezone) {
+  ZoneRegistry& registry = ZoneRegistry::instance();
+  const std::lock_guard lock(registry.mutex);
+  if (registry.find(name) == nullptr) registry.announced.try_emplace(std::move(name), std::move(vtimezone));
 }
 
 std::optional<std::string> Zone::privateText() const {

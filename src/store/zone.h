@@ -31,6 +31,10 @@ class Zone {
   /// the name of an IANA zone, it fails.
   static Status registerPrivate(const std::string& name, std::string_view vtimezone);
 
+  /// The same without looking into the text: its rules are read when the zone is first asked for, and a text without
+  /// usable ones is then no zone. What is known already under the name stays.
+  static void announcePrivate(std::string name, std::string vtimezone);
+
   /// The text a private zone was registered with; none for all others.
   std::optional<std::string> privateText() const;
 

@@ -12,13 +12,14 @@
 #include "store/calendar_text.h"
 #include "store/content_line.h"
 #include "store/zone.h"
-#include "store/zone_rules.h"
 
 namespace orlocal::store {
 
 namespace {
 
 constexpr std::size_t kLongestName = 200;
+/// Display names list fewer; each is looked for in all parts of the world.
+constexpr std::size_t kMostCities = 12;
 
 /// Parts of display names that are no city of the zone files.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 34> kDisplayNames{{
@@ -150,8 +151,14 @@ std::optional<std::string> zoneFile(std::string name) {
 
 std::optional<std::string> behindPrefix(std::string_view tzid) {
   if (!tzid.starts_with('/')) return std::nullopt;
-  for (std::size_t slash = 0; slash != std::string_view::npos; slash = tzid.find('/', slash + 1))
-    if (auto zone = zoneFile(std::string(tzid.substr(slash + 1)))) return zone;
+  // Names of the zone files have three parts at most. The longest is the one that is meant.
+  std::vector<std::string_view> names;
+  for (std::size_t slash = tzid.rfind('/'); names.size() < 3; slash = tzid.rfind('/', slash - 1)) {
+    names.push_back(tzid.substr(slash + 1));
+    if (slash == 0) break;
+  }
+  for (auto name = names.rbegin(); name != names.rend(); ++name)
+    if (auto zone = zoneFile(std::string(*name))) return zone;
   return std::nullopt;
 }
 
@@ -201,8 +208,10 @@ std::optional<std::string> ofDisplayName(std::string_view tzid) {
     offset = text.empty() ? std::optional(0) : parseOffset(text);
     tzid = trimmed(tzid.substr(end + 1));
   }
+  std::size_t left = kMostCities;
   for (std::string_view city : splitUnescaped(tzid, ',')) {
     for (std::string_view part : offset ? splitUnescaped(city, '/') : std::vector{city}) {
+      if (left-- == 0) return std::nullopt;
       const auto name = ofCity(trimmed(part));
       const auto zone = name ? Zone::named(*name) : std::nullopt;
       if (!zone) continue;
@@ -230,19 +239,27 @@ Offsets offsetsOf(const ZoneRules& rules) {
   return offsets;
 }
 
-bool hasOffsets(const Zone& zone, const Offsets& wanted) {
+Offsets offsetsOf(const Zone& zone) {
   Moment at{std::chrono::seconds(kComparedFrom)};
-  if (zone.offsetSeconds(at) != wanted.front().second) return false;
-  std::size_t next = 1;
+  Offsets offsets{{kComparedFrom, zone.offsetSeconds(at)}};
   while (const auto change = zone.changeAfter(at)) {
     at = change->at;
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(at).time_since_epoch().count();
+    const std::int64_t seconds = std::chrono::floor<std::chrono::seconds>(at).time_since_epoch().count();
     if (seconds >= kComparedTo) break;
-    if (change->offsetAfter == change->offsetBefore) continue;
-    if (next == wanted.size() || wanted[next] != std::pair(std::int64_t{seconds}, change->offsetAfter)) return false;
-    ++next;
+    if (change->offsetAfter != change->offsetBefore) offsets.emplace_back(seconds, change->offsetAfter);
   }
-  return next == wanted.size();
+  return offsets;
+}
+
+/// Read once: a file may define many zones.
+const std::vector<std::pair<const char*, Offsets>>& wellKnownOffsets() {
+  static const auto known = [] {
+    std::vector<std::pair<const char*, Offsets>> made;
+    for (const char* name : kWellKnownZones)
+      if (const auto zone = Zone::named(name)) made.emplace_back(name, offsetsOf(*zone));
+    return made;
+  }();
+  return known;
 }
 
 }  // namespace
@@ -257,17 +274,14 @@ std::optional<std::string> systemZoneOf(std::string_view tzid) {
   return ofDisplayName(tzid);
 }
 
-std::optional<std::string> systemZoneByRules(std::string_view vtimezone) {
-  const auto rules = rulesOfVTimeZone(vtimezone);
-  if (!rules) return std::nullopt;
-  const Offsets wanted = offsetsOf(*rules);
-  for (const char* name : kWellKnownZones)
-    if (const auto zone = Zone::named(name); zone && hasOffsets(*zone, wanted)) return name;
+std::optional<std::string> systemZoneByRules(const ZoneRules& rules) {
+  const Offsets wanted = offsetsOf(rules);
+  for (const auto& [name, offsets] : wellKnownOffsets())
+    if (offsets == wanted) return name;
   return std::nullopt;
 }
 
-Result<PrivateZone> privateZoneOf(std::string_view tzid, std::string_view vtimezone) {
-  if (auto rules = rulesOfVTimeZone(vtimezone); !rules) return tl::unexpected(rules.error());
+PrivateZone privateZoneOf(std::string_view tzid, std::string_view vtimezone) {
   std::string rules, rest;
   ContentLines lines(vtimezone);
   for (ContentLine line; lines.next(line);) {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "store/result.h"
+#include "store/zone_rules.h"
 
 // Which zone the TZID of a calendar file means, from the most to the least trusted reading.
 namespace orlocal::store {
@@ -14,17 +15,15 @@ namespace orlocal::store {
 /// name ("W. Europe Standard Time") or a display name ("(UTC+01:00) Amsterdam, Berlin"); none when it is none of these.
 std::optional<std::string> systemZoneOf(std::string_view tzid);
 
-/// The well-known IANA zone whose clock does from 2010 to 2037 what that of the VTIMEZONE text does; none when there is
-/// no such zone or the text has no usable rules.
-std::optional<std::string> systemZoneByRules(std::string_view vtimezone);
+/// The well-known IANA zone whose clock does from 2010 to 2037 what these rules do; none when there is no such zone.
+std::optional<std::string> systemZoneByRules(const ZoneRules& rules);
 
 /// A private zone, ready to be kept and registered.
 struct PrivateZone {
   std::string name;       ///< the TZID and a number made from the rules, so that equal names with other rules differ
   std::string vtimezone;  ///< unfolded lines ended with "\n"; its TZID is `name`
 };
-/// Fails with the reason when the text has no usable rules.
-Result<PrivateZone> privateZoneOf(std::string_view tzid, std::string_view vtimezone);
+PrivateZone privateZoneOf(std::string_view tzid, std::string_view vtimezone);
 
 /// FNV-1a; names things by their content. The same everywhere and for ever.
 std::uint64_t contentHash(std::string_view text);

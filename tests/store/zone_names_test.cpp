@@ -59,35 +59,36 @@ const std::string kBerlinRules =
     blockOf("Customized", "+0100", "+0200", "BYMONTH=10;BYDAY=-1SU", "BYMONTH=3;BYDAY=-1SU");
 const std::string kOwnRules = blockOf("Customized", "+0100", "+0200", "BYMONTH=9;BYDAY=-1SU", "BYMONTH=4;BYDAY=-1SU");
 
-TEST(ZoneByRules, IsTheKnownZoneWithTheSameClock) { EXPECT_EQ(systemZoneByRules(kBerlinRules), "Europe/Berlin"); }
-
-TEST(ZoneByRules, KnowsAClockThatNeverChanges) {
-  EXPECT_EQ(systemZoneByRules("BEGIN:VTIMEZONE\nTZID:X\nBEGIN:STANDARD\nDTSTART:16010101T000000\nTZOFFSETFROM:+0900\n"
-                              "TZOFFSETTO:+0900\nEND:STANDARD\nEND:VTIMEZONE\n"),
-            "Asia/Tokyo");
+TEST(ZoneByRules, IsTheKnownZoneWithTheSameClock) {
+  EXPECT_EQ(systemZoneByRules(*rulesOfVTimeZone(kBerlinRules)), "Europe/Berlin");
 }
 
-TEST(ZoneByRules, IsNoneForAClockOfItsOwn) { EXPECT_EQ(systemZoneByRules(kOwnRules), std::nullopt); }
+TEST(ZoneByRules, KnowsAClockThatNeverChanges) {
+  const auto rules = rulesOfVTimeZone(
+      "BEGIN:VTIMEZONE\nTZID:X\nBEGIN:STANDARD\nDTSTART:16010101T000000\nTZOFFSETFROM:+0900\n"
+      "TZOFFSETTO:+0900\nEND:STANDARD\nEND:VTIMEZONE\n");
+  ASSERT_TRUE(rules);
+  EXPECT_EQ(systemZoneByRules(*rules), "Asia/Tokyo");
+}
+
+TEST(ZoneByRules, IsNoneForAClockOfItsOwn) { EXPECT_EQ(systemZoneByRules(*rulesOfVTimeZone(kOwnRules)), std::nullopt); }
 
 TEST(PrivateZones, AreNamedByTheirRules) {
   const auto zone = privateZoneOf("Customized", kOwnRules);
-  ASSERT_TRUE(zone);
-  EXPECT_TRUE(zone->name.starts_with("Customized #")) << zone->name;
-  EXPECT_NE(zone->vtimezone.find("\nTZID:" + zone->name + "\n"), std::string::npos);
+  EXPECT_TRUE(zone.name.starts_with("Customized #")) << zone.name;
+  EXPECT_NE(zone.vtimezone.find("\nTZID:" + zone.name + "\n"), std::string::npos);
   const auto other = privateZoneOf(
       "Customized", blockOf("Customized", "+0100", "+0200", "BYMONTH=9;BYDAY=-1SA", "BYMONTH=4;BYDAY=-1SU"));
-  ASSERT_TRUE(other);
-  EXPECT_NE(other->name, zone->name);
+  EXPECT_NE(other.name, zone.name);
 }
 
 TEST(PrivateZones, KeepTheirNameThroughAnExport) {
   const auto zone = privateZoneOf("Customized", kOwnRules);
-  ASSERT_TRUE(zone);
-  EXPECT_EQ(privateZoneOf(zone->name, zone->vtimezone)->name, zone->name);
-  EXPECT_EQ(privateZoneOf(zone->name, zone->vtimezone)->vtimezone, zone->vtimezone);
+  EXPECT_EQ(privateZoneOf(zone.name, zone.vtimezone).name, zone.name);
+  EXPECT_EQ(privateZoneOf(zone.name, zone.vtimezone).vtimezone, zone.vtimezone);
 }
 
-TEST(PrivateZones, NeedRules) { EXPECT_FALSE(privateZoneOf("X", "BEGIN:VTIMEZONE\nTZID:X\nEND:VTIMEZONE\n")); }
+TEST(ZoneRules, NeedAPartOfTheBlock) { EXPECT_FALSE(rulesOfVTimeZone("BEGIN:VTIMEZONE\nTZID:X\nEND:VTIMEZONE\n")); }
 
 }  // namespace
 }  // namespace orlocal::store

@@ -11,6 +11,7 @@
 #include "host/commands/output_file.h"
 #include "host/commands/salvage_export.h"
 #include "host/commands/store_session.h"
+#include "host/commands/terminal_text.h"
 #include "store/export.h"
 
 namespace orlocal::host {
@@ -49,9 +50,9 @@ ExitStatus runExport(const ExportWords& words, CommandContext& context) {
   const auto store = openUserStore();
   const auto calendars = calendarsTitled(allCalendars(*store), words.calendars);
   return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) {
-    const auto status = store::exportCalendars(*store, calendars, sink);
-    if (!status) throw CommandFailure(status.error().message);
-    return ExitStatus::kDone;
+    const store::ExportReport report = orFail(store::exportCalendars(*store, calendars, sink));
+    for (const std::string& note : report.notes) context.streams.err << "orlocal: " << printable(note) << '\n';
+    return report.notes.empty() ? ExitStatus::kDone : ExitStatus::kFailed;
   });
 }
 
