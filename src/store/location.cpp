@@ -1,7 +1,13 @@
 #include "store/location.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "store/try.h"
 
 namespace orlocal::store {
 namespace {
@@ -22,6 +28,24 @@ Result<std::filesystem::path> userStoreFile() {
   if (const auto home = setting("HOME"); home.is_absolute()) return home / ".local" / "share" / below;
   return failure(ErrorCode::kInvalid,
                  "nothing says where the calendar store is: set ORLOCAL_STORE to its file, or HOME to a folder");
+}
+
+Result<StoreOptions> userStoreOptions(const Zone& viewer) {
+  StoreOptions options;
+  ORLOCAL_TRY(options.file, userStoreFile());
+  options.viewer = viewer;
+  const char* wait = std::getenv("ORLOCAL_WAIT");
+  if (wait == nullptr || *wait == '\0') return options;
+  const std::string_view text = wait;
+  constexpr int kMostSeconds = 3600;
+  int seconds = -1;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+  if (error != std::errc() || end != text.data() + text.size() || seconds < 0 || seconds > kMostSeconds) {
+    return failure(ErrorCode::kInvalid,
+                   fmt::format("ORLOCAL_WAIT is \"{}\"; it is a number of seconds from 0 to {}.", text, kMostSeconds));
+  }
+  options.busyTimeout = std::chrono::seconds(seconds);
+  return options;
 }
 
 }  // namespace orlocal::store

@@ -24,12 +24,7 @@ std::string contentOf(const store::CopiedStore& content) {
   return counted(content.events, "event") + " and " + counted(content.reminders, "reminder");
 }
 
-store::StoreOptions userStore() {
-  store::StoreOptions options;
-  options.file = orFail(store::userStoreFile());
-  options.viewer = store::Zone::ofUser();
-  return options;
-}
+store::StoreOptions userStore() { return orFail(store::userStoreOptions(store::Zone::ofUser())); }
 
 ExitStatus runBackup(const std::string& file, bool replace, CommandContext& context) {
   const store::StoreOptions options = userStore();

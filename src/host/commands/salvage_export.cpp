@@ -11,8 +11,8 @@
 namespace orlocal::host {
 
 ExitStatus salvageInto(const store::TextSink& sink, const std::vector<std::string>& calendars, std::ostream& err) {
-  const store::StoreOptions usual;
-  const auto report = orFail(store::salvage(orFail(store::userStoreFile()), calendars, usual.busyTimeout, sink));
+  const store::StoreOptions user = orFail(store::userStoreOptions(store::Zone::ofUser()));
+  const auto report = orFail(store::salvage(user.file, calendars, user.busyTimeout, sink));
   for (const std::string& line : report.notes) err << "orlocal: " << line << '\n';
   if (report.complete()) {
     err << fmt::format("orlocal: {} items were written; everything could be read\n", report.items);

@@ -10,10 +10,7 @@
 namespace orlocal::host {
 
 std::unique_ptr<store::CalendarStore> openUserStore() {
-  store::StoreOptions options;
-  options.file = orFail(store::userStoreFile());
-  options.viewer = store::Zone::ofUser();
-  return orFail(store::CalendarStore::open(std::move(options)));
+  return orFail(store::CalendarStore::open(orFail(store::userStoreOptions(store::Zone::ofUser()))));
 }
 
 std::vector<store::Calendar> allCalendars(store::CalendarStore& store) {

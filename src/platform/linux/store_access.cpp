@@ -26,13 +26,10 @@ bool isTrouble(store::ErrorCode code) {
 }
 
 store::Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer) {
-  auto file = store::userStoreFile();
-  StoreTroubles::ofThisProcess().setFile(file ? file->string() : std::string());
-  if (!file) return tl::unexpected(std::move(file.error()));
-  store::StoreOptions options;
-  options.file = *std::move(file);
-  options.viewer = viewer;
-  return store::CalendarStore::open(std::move(options));
+  auto options = store::userStoreOptions(viewer);
+  StoreTroubles::ofThisProcess().setFile(options ? options->file.string() : std::string());
+  if (!options) return tl::unexpected(std::move(options.error()));
+  return store::CalendarStore::open(*std::move(options));
 }
 
 }  // namespace
