@@ -1,34 +1,53 @@
 #include "store/calendar_rows.h"
 
 #include <algorithm>
+#include <cmath>
 
+#include <fmt/format.h>
+
+#include "store/checked_row.h"
+#include "store/content_line.h"
 #include "store/try.h"
 
 namespace orlocal::store {
 namespace {
 
-Calendar calendarOf(const Statement& row) {
+Result<Calendar> calendarOf(const Statement& statement, const Database& database) {
+  CheckedRow row(statement);
   Calendar calendar;
-  calendar.id = row.integer(0);
-  calendar.identifier = Uuid(row.blob(1)).text();
-  calendar.kind = static_cast<CalendarKind>(row.integer(2));
-  calendar.source = row.integer(3);
+  calendar.id = row.id(0);
+  calendar.identifier = row.uuid(1).text();
+  calendar.kind = row.oneOf(2, CalendarKind::kReminders);
+  calendar.source = row.number(3);
   calendar.title = row.text(4);
-  if (!row.isNull(5)) calendar.color = Rgb{row.real(5), row.real(6), row.real(7)};
-  calendar.order = row.integer(8);
-  calendar.readOnly = row.integer(9) != 0;
-  calendar.subscribed = row.integer(10) != 0;
-  calendar.immutable = row.integer(11) != 0;
-  calendar.type = static_cast<Source::Type>(row.integer(12));
-  if (!row.isNull(13)) calendar.notes = row.text(13);
+  const auto part = [&](int column) { return row.isNull(column) ? 0 : row.real(column); };
+  if (!row.isNull(5)) calendar.color = Rgb{part(5), part(6), part(7)};
+  calendar.order = row.number(8);
+  calendar.readOnly = row.flag(9);
+  calendar.subscribed = row.flag(10);
+  calendar.immutable = row.flag(11);
+  // The source of a damaged store may be gone.
+  if (!row.isNull(12)) calendar.type = row.oneOf(12, Source::Type::kBirthday);
+  calendar.notes = row.optionalText(13);
+  if (!row.sound()) return damaged(database, fmt::format("The calendar {}", statement.integer(0)));
   return calendar;
+}
+
+/// What would not be read again is not written.
+Status checkBeforeWriting(std::string_view title, const std::optional<std::string>& notes = std::nullopt) {
+  if (isUtf8(title) && (!notes || isUtf8(*notes))) return {};
+  return failure(ErrorCode::kRefused, "The title or the notes of a calendar are not UTF-8; write them in UTF-8.");
+}
+
+bool isColor(const Rgb& color) {
+  return std::isfinite(color.red) && std::isfinite(color.green) && std::isfinite(color.blue);
 }
 
 /// All but the identifier.
 void bindValues(Statement& statement, const Calendar& calendar) {
   statement.bind(1, static_cast<std::int64_t>(calendar.kind)).bind(2, calendar.source);
   statement.bind(3, std::string_view(calendar.title)).bindNull(4).bindNull(5).bindNull(6);
-  if (calendar.color) {
+  if (calendar.color && isColor(*calendar.color)) {
     statement.bind(4, calendar.color->red).bind(5, calendar.color->green).bind(6, calendar.color->blue);
   }
   statement.bind(7, calendar.order).bind(8, std::int64_t{calendar.readOnly});
@@ -45,8 +64,14 @@ Result<std::vector<Source>> CalendarRows::sources() {
   for (;;) {
     ORLOCAL_TRY(const bool found, read.step());
     if (!found) return sources;
-    sources.push_back({read.integer(0), Uuid(read.blob(1)).text(), static_cast<Source::Type>(read.integer(2)),
-                       std::string(read.text(3))});
+    CheckedRow row(read);
+    Source source;
+    source.id = row.id(0);
+    source.identifier = row.uuid(1).text();
+    source.type = row.oneOf(2, Source::Type::kBirthday);
+    source.title = row.text(3);
+    if (!row.sound()) return damaged(m_database, fmt::format("The source {}", read.integer(0)));
+    sources.push_back(std::move(source));
   }
 }
 
@@ -64,6 +89,7 @@ Result<std::optional<Source>> CalendarRows::localSource() {
 }
 
 Status CalendarRows::insertSource(Source& source, const Uuid& uuid) {
+  ORLOCAL_CHECK(checkBeforeWriting(source.title));
   Statement& insert = m_insertSource.in(m_database).bindBlob(1, uuid.bytes());
   insert.bind(2, static_cast<std::int64_t>(source.type)).bind(3, std::string_view(source.title));
   ORLOCAL_CHECK(insert.run());
@@ -85,14 +111,16 @@ Result<std::vector<Calendar>> CalendarRows::all(Statement& statement) {
   for (;;) {
     ORLOCAL_TRY(const bool found, statement.step());
     if (!found) return calendars;
-    calendars.push_back(calendarOf(statement));
+    ORLOCAL_TRY(Calendar calendar, calendarOf(statement, m_database));
+    calendars.push_back(std::move(calendar));
   }
 }
 
 Result<std::optional<Calendar>> CalendarRows::first(Statement& statement) {
   const ResetAtExit reset(statement);
   ORLOCAL_TRY(const bool found, statement.step());
-  return found ? std::optional(calendarOf(statement)) : std::nullopt;
+  if (!found) return std::nullopt;
+  return calendarOf(statement, m_database);
 }
 
 Result<std::vector<Calendar>> CalendarRows::ofKind(CalendarKind kind) {
@@ -112,6 +140,7 @@ Result<std::optional<Calendar>> CalendarRows::forNewItems(CalendarKind kind) {
 }
 
 Status CalendarRows::insert(Calendar& calendar, const Uuid& uuid) {
+  ORLOCAL_CHECK(checkBeforeWriting(calendar.title, calendar.notes));
   Statement& insert = m_insert.in(m_database);
   bindValues(insert, calendar);
   ORLOCAL_CHECK(insert.bindBlob(12, uuid.bytes()).run());
@@ -121,6 +150,7 @@ Status CalendarRows::insert(Calendar& calendar, const Uuid& uuid) {
 }
 
 Status CalendarRows::update(const Calendar& calendar) {
+  ORLOCAL_CHECK(checkBeforeWriting(calendar.title, calendar.notes));
   Statement& update = m_update.in(m_database);
   bindValues(update, calendar);
   return update.bind(12, calendar.id).run();

@@ -50,7 +50,9 @@ class CalendarRows {
 #define ORLOCAL_CALENDAR_COLUMNS                                                                      \
   "SELECT c.id, c.uuid, c.kind, c.source, c.title, c.red, c.green, c.blue, c.position, c.read_only, " \
   "c.subscribed, c.immutable, s.type, c.notes FROM calendars c LEFT JOIN sources s ON s.id = c.source "
-  LazyStatement m_ofKind{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? ORDER BY c.position, c.id"};
+  /// One whose kind is damaged comes with either, so that it is missed: a store never looks emptier than it is.
+  LazyStatement m_ofKind{ORLOCAL_CALENDAR_COLUMNS
+                         "WHERE c.kind = ? OR (c.kind IS NOT 0 AND c.kind IS NOT 1) ORDER BY c.position, c.id"};
   LazyStatement m_withId{ORLOCAL_CALENDAR_COLUMNS "WHERE c.id = ?"};
   LazyStatement m_withUuid{ORLOCAL_CALENDAR_COLUMNS "WHERE c.uuid = ?"};
   LazyStatement m_forNewItems{ORLOCAL_CALENDAR_COLUMNS "WHERE c.kind = ? AND NOT c.read_only ORDER BY c.id LIMIT 1"};

@@ -2,16 +2,24 @@
 
 #include <algorithm>
 
+#include "store/checked_row.h"
 #include "store/try.h"
 
 namespace orlocal::store {
+namespace {
+
+constexpr const char* kLog = "The log of changes";
+
+}  // namespace
 
 Status ChangeLog::startCommit() {
   Statement& newest = m_newest.in(m_database);
+  const ResetAtExit reset(newest);
   ORLOCAL_TRY(const bool found, newest.step());
-  m_firstOfCommit = (found ? newest.integer(0) : 0) + 1;
-  m_commit = (found ? newest.integer(1) : 0) + 1;
-  newest.reset();
+  CheckedRow row(newest);
+  m_firstOfCommit = (found ? row.id(0) : 0) + 1;
+  m_commit = (found ? row.number(1) : 0) + 1;
+  if (!row.sound()) return damaged(m_database, kLog);
   return {};
 }
 
@@ -41,32 +49,41 @@ Result<std::int64_t> ChangeLog::newest() {
   Statement& newest = m_newest.in(m_database);
   const ResetAtExit reset(newest);
   ORLOCAL_TRY(const bool found, newest.step());
-  return found ? newest.integer(0) : 0;
+  CheckedRow row(newest);
+  const std::int64_t seq = found ? row.id(0) : 0;
+  if (!row.sound()) return damaged(m_database, kLog);
+  return seq;
 }
 
 Result<std::int64_t> ChangeLog::oldest() {
   Statement& oldest = m_oldest.in(m_database);
   const ResetAtExit reset(oldest);
   ORLOCAL_TRY(const bool found, oldest.step());
-  return found ? oldest.integer(0) : 0;
+  CheckedRow row(oldest);
+  const std::int64_t seq = found ? row.id(0) : 0;
+  if (!row.sound()) return damaged(m_database, kLog);
+  return seq;
 }
 
 Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit) {
   Statement& after = m_after.in(m_database);
   const ResetAtExit reset(after);
   after.bind(1, seq);
-  for (;;) {
+  for (std::int64_t last = seq;;) {
     ORLOCAL_TRY(const bool found, after.step());
     if (!found) return {};
+    CheckedRow row(after);
     LoggedChange change;
-    change.seq = after.integer(0);
-    change.commit = after.integer(1);
-    change.writer = after.integer(2);
-    change.operation = static_cast<Operation>(after.integer(3));
-    change.subject = static_cast<Subject>(after.integer(4));
-    change.row = after.integer(5);
-    if (!after.isNull(6)) change.series = after.integer(6);
-    change.uuid = Uuid(after.blob(7));
+    change.seq = row.id(0);
+    change.commit = row.number(1);
+    change.writer = row.number(2, INT64_MIN, INT64_MAX);
+    change.operation = row.oneOf(3, Operation::kDeleted);
+    change.subject = row.oneOf(4, Subject::kContact);
+    change.row = row.number(5);
+    change.series = row.optionalId(6);
+    if (!row.isNull(7)) change.uuid = row.uuid(7);
+    if (!row.sound() || change.seq <= last) return damaged(m_database, kLog);
+    last = change.seq;
     visit(change);
   }
 }

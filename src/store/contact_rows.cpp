@@ -1,7 +1,11 @@
 #include "store/contact_rows.h"
 
+#include <algorithm>
+
 #include <unicode/unistr.h>
 
+#include "store/checked_row.h"
+#include "store/content_line.h"
 #include "store/packing.h"
 #include "store/try.h"
 
@@ -20,25 +24,33 @@ std::string folded(std::string_view email) {
 }  // namespace
 
 Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLog& log) {
+  const auto& emails = contact.emails;
+  if (!isUtf8(contact.identifier) || !isUtf8(contact.name) || !isUtf8(contact.address.value_or("")) ||
+      !std::all_of(emails.begin(), emails.end(), [](const std::string& email) { return isUtf8(email); })) {
+    return failure(ErrorCode::kRefused, "A text of the contact is not UTF-8; write it in UTF-8.");
+  }
   if (contact.identifier.empty()) contact.identifier = uuids.next().text();
   Statement& find = m_find.in(m_database);
+  const ResetAtExit reset(find);
   find.bind(1, std::string_view(contact.identifier));
   ORLOCAL_TRY(const bool known, find.step());
   std::int64_t id = 0;
   std::vector<std::string> before;
   if (known) {
     id = find.integer(0);
-    Contact stored{contact.identifier, std::string(find.text(1)), unpackStrings(find.blob(2)).value_or(contact.emails),
-                   std::nullopt};
-    if (!find.isNull(3)) stored.address = find.text(3);
+    CheckedRow row(find);
+    Contact stored{contact.identifier, std::string(row.text(1)), {}, row.optionalText(3)};
+    auto storedEmails = unpackStrings(row.blob(2));
+    if (!storedEmails || !row.sound()) return damaged(m_database, "The contact \"" + contact.identifier + "\"");
+    stored.emails = *std::move(storedEmails);
     if (stored == contact) return PutOutcome::kUnchanged;
     before = std::move(stored.emails);
   }
   find.reset();
   Statement& write = (known ? m_update : m_insert).in(m_database);
-  PackedBytes emails;
-  packStrings(contact.emails, emails);
-  write.bind(1, std::string_view(contact.name)).bindBlob(2, emails);
+  PackedBytes packed;
+  packStrings(contact.emails, packed);
+  write.bind(1, std::string_view(contact.name)).bindBlob(2, packed);
   contact.address ? write.bind(3, std::string_view(*contact.address)) : write.bindNull(3);
   known ? write.bind(4, id) : write.bind(4, std::string_view(contact.identifier));
   ORLOCAL_CHECK(write.run());
@@ -64,7 +76,11 @@ Result<std::optional<std::string>> ContactRows::addressOf(std::string_view email
   const std::string key = folded(email);
   find.bind(1, std::string_view(key));
   ORLOCAL_TRY(const bool found, find.step());
-  return found ? std::optional<std::string>(find.text(0)) : std::nullopt;
+  if (!found) return std::nullopt;
+  CheckedRow row(find);
+  auto address = row.optionalText(0);
+  if (!row.sound()) return damaged(m_database, "The contact with the address " + std::string(email));
+  return address;
 }
 
 }  // namespace orlocal::store

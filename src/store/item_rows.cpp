@@ -2,6 +2,11 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
+#include "store/checked_row.h"
+#include "store/item_check.h"
+#include "store/timeline.h"
 #include "store/try.h"
 
 namespace orlocal::store {
@@ -45,7 +50,8 @@ ItemRows::ItemRows(Database& database)
           "series IS NULL"),
       m_changedOf(
           "SELECT id, original, recurrence_id, recurrence_id_clock FROM items WHERE series = ? ORDER BY original"),
-      m_changedAt("SELECT id FROM items WHERE series = ? AND original = ?"),
+      // The title is asked for so that the row is looked at, and not the index alone.
+      m_changedAt("SELECT id, title FROM items WHERE series = ? AND original = ?"),
       m_place("SELECT slot, slot_start, original FROM items WHERE id = ?"),
       m_insert(ItemValues::kInsert),
       m_update(ItemValues::kUpdate),
@@ -150,7 +156,12 @@ Result<std::vector<ItemRows::Changed>> ItemRows::changedOf(ItemId series) {
   for (;;) {
     ORLOCAL_TRY(const bool found, find.step());
     if (!found) return changed;
-    changed.push_back({find.integer(0), find.integer(1), timeOnClock(find.integer(2), find.text(3))});
+    CheckedRow row(find);
+    const ItemId id = row.id(0);
+    const std::int64_t original = row.seconds(1);
+    auto recurrenceId = row.optionalTime(2);
+    if (!row.sound() || !recurrenceId) return damaged(m_database, fmt::format("Item {}", find.integer(0)));
+    changed.push_back({id, original, *std::move(recurrenceId)});
   }
 }
 
@@ -164,12 +175,15 @@ Result<std::optional<RowPlace>> ItemRows::place(ItemId id) {
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
   if (!found) return std::nullopt;
-  RowPlace place{read.integer(0), read.integer(1), std::nullopt};
-  if (!read.isNull(2)) place.original = read.integer(2);
+  CheckedRow row(read);
+  RowPlace place{row.number(0), row.seconds(1), std::nullopt};
+  if (!row.isNull(2)) place.original = row.seconds(2);
+  if (!row.sound() || !Timeline::isSlot(place.slot)) return damaged(m_database, fmt::format("Item {}", id));
   return place;
 }
 
 Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
+  ORLOCAL_CHECK(checkBeforeWriting(item));
   Statement& insert = m_insert.in(m_database);
   m_values.bind(insert, item, place);
   insert.bindBlob(ItemValues::kLastParameter, uuid.bytes());
@@ -179,6 +193,7 @@ Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
 }
 
 Status ItemRows::update(const Item& item, const RowPlace& place) {
+  ORLOCAL_CHECK(checkBeforeWriting(item));
   forget(item.id);
   Statement& update = m_update.in(m_database);
   m_values.bind(update, item, place);
@@ -194,17 +209,24 @@ Result<Uuid> ItemRows::newestUuid() {
   Statement& read = m_newestUuid.in(m_database);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
-  return found ? Uuid(read.blob(0)) : Uuid();
+  if (!found) return Uuid();
+  CheckedRow row(read);
+  const Uuid newest = row.uuid(0);
+  if (!row.sound()) return damaged(m_database, "The newest item");
+  return newest;
 }
 
 Result<std::map<CalendarId, std::vector<ItemId>>> ItemRows::idsByCalendar() {
   Statement& read = m_byCalendar.in(m_database);
   const ResetAtExit reset(read);
   std::map<CalendarId, std::vector<ItemId>> ids;
-  for (;;) {
+  for (ItemId last = 0;;) {
     ORLOCAL_TRY(const bool found, read.step());
     if (!found) return ids;
-    ids[read.integer(1)].push_back(read.integer(0));
+    const ItemId id = read.integer(0);
+    if (id <= last) return damaged(m_database, "The table of items");
+    last = id;
+    ids[read.integer(1)].push_back(id);
   }
 }
 

@@ -1,11 +1,14 @@
 #include "store/item_values.h"
 
 #include <algorithm>
+#include <climits>
 
 #include <fmt/format.h>
 
 #include "store/calendar_text.h"
+#include "store/checked_row.h"
 #include "store/civil_days.h"
+#include "store/item_check.h"
 #include "store/try.h"
 #include "store/uuid.h"
 #include "store/zone.h"
@@ -16,7 +19,7 @@ namespace {
 #define ORLOCAL_ITEM_COLUMNS                                                                                       \
   "i.id, i.kind, i.calendar, i.uuid, i.series, i.\"start\", i.start_clock, i.\"end\", i.end_clock, i.recurrence, " \
   "i.recurrence_id, i.recurrence_id_clock, i.uid, i.priority, i.sequence, i.created, i.modified, i.completed, "    \
-  "i.title, i.location, i.url, i.alarms, i.attendees, i.notes, i.extra, s.uuid "                                   \
+  "i.title, i.location, i.url, i.alarms, i.attendees, i.notes, i.extra, i.original, s.uuid "                       \
   "FROM items i LEFT JOIN items s ON s.id = i.series "
 
 /// The columns above, in their order.
@@ -46,32 +49,17 @@ enum Column {
   kAttendees,
   kNotes,
   kExtra,
+  kOriginal,
   kSeriesUuid
 };
 
-std::optional<std::string> optionalText(const Statement& row, int column) {
-  return row.isNull(column) ? std::nullopt : std::optional<std::string>(row.text(column));
-}
-
-std::optional<Moment> optionalMoment(const Statement& row, int column) {
-  return row.isNull(column) ? std::nullopt : std::optional(Moment(std::chrono::microseconds(row.integer(column))));
-}
-
-/// A time without a clock of its own runs on that of the time before it.
-std::optional<CalendarTime> optionalTime(const Statement& row, int column, std::string_view clock = {}) {
-  if (row.isNull(column)) return std::nullopt;
-  return timeOnClock(row.integer(column), row.isNull(column + 1) ? clock : row.text(column + 1));
-}
-
-tl::unexpected<Error> damaged(ItemId id, const Database& database) {
-  return failure(ErrorCode::kCorrupt,
-                 fmt::format("Item {} of the calendar store \"{}\" is damaged; restore the file from a backup.", id,
-                             database.file().string()));
+tl::unexpected<Error> damagedItem(const Database& database, const Statement& row) {
+  return damaged(database, fmt::format("Item {}", row.integer(kId)));
 }
 
 /// What packed columns hold; false when one is damaged.
 template <class T, class Unpack>
-bool unpackColumn(const Statement& row, int column, const Unpack& unpack, T& out) {
+bool unpackColumn(CheckedRow& row, int column, const Unpack& unpack, T& out) {
   if (row.isNull(column)) return true;
   auto value = unpack(row.blob(column));
   if (value) out = std::move(*value);
@@ -137,46 +125,52 @@ std::int64_t ItemValues::hashOf(std::string_view uid) {
   return static_cast<std::int64_t>(hash);
 }
 
-Result<Item> ItemValues::read(const Statement& row, const Database& database) {
+Result<Item> ItemValues::read(const Statement& statement, const Database& database) {
+  CheckedRow row(statement);
   Item item;
-  item.id = row.integer(kId);
-  item.kind = static_cast<ItemKind>(row.integer(kKind));
-  item.calendar = row.integer(kCalendar);
-  item.itemIdentifier = Uuid(row.blob(kUuid)).text();
-  if (!row.isNull(kSeries)) item.series = row.integer(kSeries);
-  item.identifier = row.isNull(kSeriesUuid) ? item.itemIdentifier : Uuid(row.blob(kSeriesUuid)).text();
-  item.start = optionalTime(row, kStart);
-  item.end = optionalTime(row, kEnd, row.text(kStartClock));
-  item.recurrenceId = optionalTime(row, kRecurrenceId);
+  item.id = row.id(kId);
+  item.kind = row.oneOf(kKind, ItemKind::kReminder);
+  item.calendar = row.id(kCalendar);
+  item.itemIdentifier = row.uuid(kUuid).text();
+  item.series = row.optionalId(kSeries);
+  item.identifier = row.isNull(kSeriesUuid) ? item.itemIdentifier : row.uuid(kSeriesUuid).text();
+  item.start = row.optionalTime(kStart);
+  item.end = row.optionalTime(kEnd, row.isNull(kStartClock) ? std::string_view() : row.text(kStartClock));
+  item.recurrenceId = row.optionalTime(kRecurrenceId);
   item.uid = row.text(kUid);
-  item.priority = static_cast<int>(row.integer(kPriority));
-  item.sequence = row.integer(kSequence);
-  item.created = optionalMoment(row, kCreated);
-  item.modified = optionalMoment(row, kModified);
-  item.completed = optionalMoment(row, kCompleted);
-  item.title = optionalText(row, kTitle);
-  item.location = optionalText(row, kLocation);
-  item.url = optionalText(row, kUrl);
-  item.notes = optionalText(row, kNotes);
-  readExtra(row.text(kExtra), item);
-  if (!unpackColumn(row, kRecurrence, unpackRecurrence, item.recurrence) ||
-      !unpackColumn(row, kAlarms, unpackAlarms, item.alarms) ||
-      !unpackColumn(row, kAttendees, unpackAttendees, item.attendees)) {
-    return damaged(item.id, database);
+  item.priority = static_cast<int>(row.number(kPriority, INT_MIN, INT_MAX));
+  item.sequence = row.number(kSequence);
+  item.created = row.optionalMoment(kCreated);
+  item.modified = row.optionalMoment(kModified);
+  item.completed = row.optionalMoment(kCompleted);
+  item.title = row.optionalText(kTitle);
+  item.location = row.optionalText(kLocation);
+  item.url = row.optionalText(kUrl);
+  item.notes = row.optionalText(kNotes);
+  if (!row.isNull(kExtra)) readExtra(row.text(kExtra), item);
+  const bool unpacked = unpackColumn(row, kRecurrence, unpackRecurrence, item.recurrence) &&
+                        unpackColumn(row, kAlarms, unpackAlarms, item.alarms) &&
+                        unpackColumn(row, kAttendees, unpackAttendees, item.attendees);
+  // What has an original start was written as the occurrence of a series, with the id of it.
+  const bool whole = row.isNull(kOriginal) || item.recurrenceId;
+  if (!unpacked || !whole || item.series == item.id || !row.sound() || !isSound(item)) {
+    return damagedItem(database, statement);
   }
   return item;
 }
 
-Result<Item> ItemValues::readForExpansion(const Statement& row, const Database& database, bool& hasChanged) {
+Result<Item> ItemValues::readForExpansion(const Statement& statement, const Database& database, bool& hasChanged) {
+  CheckedRow row(statement);
   Item item;
-  item.id = row.integer(0);
-  item.kind = static_cast<ItemKind>(row.integer(1));
-  item.start = optionalTime(row, 2);
-  item.end = optionalTime(row, 4, row.text(3));
-  item.title = optionalText(row, 7);
+  item.id = row.id(0);
+  item.kind = row.oneOf(1, ItemKind::kReminder);
+  item.start = row.optionalTime(2);
+  item.end = row.optionalTime(4, row.isNull(3) ? std::string_view() : row.text(3));
+  item.title = row.optionalText(7);
   item.uid = row.text(8);
-  hasChanged = row.integer(9) != 0;
-  if (!unpackColumn(row, 6, unpackRecurrence, item.recurrence)) return damaged(item.id, database);
+  hasChanged = row.flag(9);
+  const bool unpacked = unpackColumn(row, 6, unpackRecurrence, item.recurrence);
+  if (!unpacked || !row.sound() || !isSound(item)) return damagedItem(database, statement);
   return item;
 }
 

@@ -1,9 +1,12 @@
 #include "store/packing.h"
 
+#include <limits>
 #include <type_traits>
 #include <utility>
 
+#include "store/checked_row.h"
 #include "store/civil_days.h"
+#include "store/content_line.h"
 
 namespace orlocal::store {
 namespace {
@@ -44,7 +47,7 @@ class Packer {
   PackedBytes& m_out;
 };
 
-/// Reads what `Packer` wrote; past a damage everything reads as nothing and `sound` is false.
+/// Reads what `Packer` wrote; past a damage everything reads as nothing and `sound` is false. Lists end there.
 class Unpacker {
  public:
   explicit Unpacker(std::span<const std::byte> bytes) : m_bytes(bytes) {}
@@ -58,41 +61,72 @@ class Unpacker {
       value |= (byte & 0x7f) << shift;
       if (byte < 0x80) return static_cast<std::int64_t>(value >> 1 ^ (~(value & 1) + 1));
     }
-    m_sound = false;
+    fail();
     return 0;
   }
-  template <class T>
-  T small() {
-    return static_cast<T>(number());
+  int small() {
+    const std::int64_t value = number();
+    if (value >= std::numeric_limits<int>::min() && value <= std::numeric_limits<int>::max()) {
+      return static_cast<int>(value);
+    }
+    fail();
+    return 0;
+  }
+  /// The values of the enum are 0 to that of `last`.
+  template <class Enum>
+  Enum oneOf(Enum last) {
+    const std::int64_t value = number();
+    if (value >= 0 && value <= static_cast<std::int64_t>(last)) return static_cast<Enum>(value);
+    fail();
+    return Enum{};
+  }
+  std::int64_t seconds() {
+    const std::int64_t value = number();
+    if (isKept(value)) return value;
+    fail();
+    return 0;
   }
   bool flag() { return number() != 0; }
   std::string text() {
     const std::size_t size = count();
     std::string value(reinterpret_cast<const char*>(m_bytes.data()), size);
     m_bytes = m_bytes.subspan(size);
+    if (!isUtf8(value)) fail();
     return value;
   }
   std::optional<std::string> optionalText() { return flag() ? std::optional(text()) : std::nullopt; }
   CalendarTime time() {
     const std::string clock = text();
-    return timeOnClock(number(), clock);
+    auto time = timeOnClock(seconds(), clock);
+    if (!time) fail();
+    return time.value_or(CalendarTime());
   }
   /// Of things that take a byte at least.
   std::size_t count() {
     const std::int64_t value = number();
     if (value >= 0 && static_cast<std::uint64_t>(value) <= m_bytes.size()) return static_cast<std::size_t>(value);
-    m_sound = false;
+    fail();
     return 0;
   }
-  std::vector<int> numbers() {
-    std::vector<int> values(count());
-    for (int& value : values) value = small<int>();
+  /// What `read` gives so many times as is said here.
+  template <class Read>
+  auto list(const Read& read) {
+    std::vector<decltype(read())> values;
+    for (std::size_t left = count(); left > 0 && m_sound; --left) values.push_back(read());
     return values;
+  }
+  std::vector<int> numbers() {
+    return list([this] { return small(); });
   }
   bool atEnd() const { return m_bytes.empty(); }
   bool sound() const { return m_sound && m_bytes.empty(); }
 
  private:
+  void fail() {
+    m_sound = false;
+    m_bytes = {};
+  }
+
   std::span<const std::byte> m_bytes;
   bool m_sound = true;
 };
@@ -103,9 +137,7 @@ void packTimes(Packer& packer, const std::vector<CalendarTime>& times) {
 }
 
 std::vector<CalendarTime> unpackTimes(Unpacker& unpacker) {
-  std::vector<CalendarTime> times(unpacker.count());
-  for (CalendarTime& time : times) time = unpacker.time();
-  return times;
+  return unpacker.list([&] { return unpacker.time(); });
 }
 
 template <class T>
@@ -150,25 +182,24 @@ void packRule(Packer& packer, const RecurrenceRule& rule) {
 
 RecurrenceRule unpackRule(Unpacker& unpacker) {
   RecurrenceRule rule;
-  rule.frequency = unpacker.small<RecurrenceRule::Frequency>();
-  rule.interval = unpacker.small<int>();
+  rule.frequency = unpacker.oneOf(RecurrenceRule::Frequency::kYearly);
+  rule.interval = unpacker.small();
   const std::int64_t parts = unpacker.number();
   if ((parts & kHasCount) != 0) rule.count = unpacker.number();
   if ((parts & kHasUntil) != 0) rule.until = unpacker.time();
-  if ((parts & kHasWeekStart) != 0) rule.weekStart = unpacker.small<int>();
+  if ((parts & kHasWeekStart) != 0) rule.weekStart = unpacker.small();
   if ((parts & kHasDays) != 0) {
-    rule.byDay.resize(unpacker.count());
-    for (RecurrenceRule::WeekDay& day : rule.byDay) {
-      day.ordinal = unpacker.small<int>();
-      day.day = unpacker.small<int>();
-    }
+    rule.byDay = unpacker.list([&] {
+      const int ordinal = unpacker.small();
+      return RecurrenceRule::WeekDay{ordinal, unpacker.small()};
+    });
   }
   if ((parts & kHasLists) != 0) {
     for (const auto list : kRuleLists) rule.*list = unpacker.numbers();
   }
   if ((parts & kHasScale) != 0) {
     rule.scale = unpacker.text();
-    rule.skip = unpacker.small<RecurrenceRule::Skip>();
+    rule.skip = unpacker.oneOf(RecurrenceRule::Skip::kForward);
     rule.byLeapMonth = unpacker.numbers();
   }
   return rule;
@@ -190,7 +221,7 @@ std::string_view clockName(const CalendarTime& time) {
   return time.zone;
 }
 
-CalendarTime timeOnClock(std::int64_t seconds, std::string_view clock) {
+std::optional<CalendarTime> timeOnClock(std::int64_t seconds, std::string_view clock) {
   CalendarTime time;
   time.local = localTime(seconds);
   if (clock == kDateClock) {
@@ -199,6 +230,8 @@ CalendarTime timeOnClock(std::int64_t seconds, std::string_view clock) {
     time.kind = CalendarTime::Kind::kFloating;
   } else if (clock == kUtcClock) {
     time.kind = CalendarTime::Kind::kUtc;
+  } else if (clock.starts_with('=')) {
+    return std::nullopt;
   } else {
     time.kind = CalendarTime::Kind::kZoned;
     time.zone = clock;
@@ -225,15 +258,15 @@ void packRecurrence(const Recurrence& recurrence, PackedBytes& out) {
 std::optional<Recurrence> unpackRecurrence(std::span<const std::byte> bytes) {
   Unpacker unpacker(bytes);
   Recurrence recurrence;
-  recurrence.rules.resize(unpacker.count());
-  for (RecurrenceRule& rule : recurrence.rules) rule = unpackRule(unpacker);
+  recurrence.rules = unpacker.list([&] { return unpackRule(unpacker); });
   recurrence.added = unpackTimes(unpacker);
   recurrence.excluded = unpackTimes(unpacker);
-  if (!unpacker.atEnd()) recurrence.exceptionRules.resize(unpacker.count());
-  for (ExceptionRule& exception : recurrence.exceptionRules) {
-    exception.rule = unpackRule(unpacker);
-    if (unpacker.flag()) exception.start = localTime(unpacker.number());
-  }
+  if (unpacker.atEnd()) return ifSound(unpacker, std::move(recurrence));
+  recurrence.exceptionRules = unpacker.list([&] {
+    ExceptionRule exception{unpackRule(unpacker), std::nullopt};
+    if (unpacker.flag()) exception.start = localTime(unpacker.seconds());
+    return exception;
+  });
   return ifSound(unpacker, std::move(recurrence));
 }
 
@@ -258,10 +291,10 @@ void packAlarms(const std::vector<Alarm>& alarms, PackedBytes& out) {
 
 std::optional<std::vector<Alarm>> unpackAlarms(std::span<const std::byte> bytes) {
   Unpacker unpacker(bytes);
-  std::vector<Alarm> alarms(unpacker.count());
-  for (Alarm& alarm : alarms) {
-    alarm.action = unpacker.small<Alarm::Action>();
-    const std::int64_t anchor = unpacker.number();
+  auto alarms = unpacker.list([&] {
+    Alarm alarm;
+    alarm.action = unpacker.oneOf(Alarm::Action::kEmail);
+    const int anchor = unpacker.oneOf(2);
     const std::int64_t value = unpacker.number();
     if (anchor == 2) {
       alarm.trigger = Moment(std::chrono::microseconds(value));
@@ -272,7 +305,8 @@ std::optional<std::vector<Alarm>> unpackAlarms(std::span<const std::byte> bytes)
     alarm.soundName = unpacker.optionalText();
     alarm.url = unpacker.optionalText();
     alarm.extra = unpacker.text();
-  }
+    return alarm;
+  });
   return ifSound(unpacker, std::move(alarms));
 }
 
@@ -292,16 +326,17 @@ void packAttendees(const std::vector<Attendee>& attendees, PackedBytes& out) {
 
 std::optional<std::vector<Attendee>> unpackAttendees(std::span<const std::byte> bytes) {
   Unpacker unpacker(bytes);
-  std::vector<Attendee> attendees(unpacker.count());
-  for (Attendee& attendee : attendees) {
+  auto attendees = unpacker.list([&] {
+    Attendee attendee;
     attendee.address = unpacker.text();
     attendee.name = unpacker.optionalText();
-    attendee.status = unpacker.small<Attendee::Status>();
-    attendee.role = unpacker.small<Attendee::Role>();
-    attendee.type = unpacker.small<Attendee::Type>();
+    attendee.status = unpacker.oneOf(Attendee::Status::kInProcess);
+    attendee.role = unpacker.oneOf(Attendee::Role::kNonParticipant);
+    attendee.type = unpacker.oneOf(Attendee::Type::kGroup);
     attendee.organizer = unpacker.flag();
     attendee.extra = unpacker.text();
-  }
+    return attendee;
+  });
   return ifSound(unpacker, std::move(attendees));
 }
 
@@ -313,8 +348,7 @@ void packStrings(const std::vector<std::string>& strings, PackedBytes& out) {
 
 std::optional<std::vector<std::string>> unpackStrings(std::span<const std::byte> bytes) {
   Unpacker unpacker(bytes);
-  std::vector<std::string> strings(unpacker.count());
-  for (std::string& text : strings) text = unpacker.text();
+  auto strings = unpacker.list([&] { return unpacker.text(); });
   return ifSound(unpacker, std::move(strings));
 }
 

@@ -21,7 +21,8 @@ void packAlarms(const std::vector<Alarm>& alarms, PackedBytes& out);
 void packAttendees(const std::vector<Attendee>& attendees, PackedBytes& out);
 void packStrings(const std::vector<std::string>& strings, PackedBytes& out);
 
-/// None when the bytes are damaged.
+/// None when the bytes are damaged: they are not packed in this way, a number lies outside of its enum or its range, a
+/// text is no UTF-8.
 std::optional<Recurrence> unpackRecurrence(std::span<const std::byte> bytes);
 std::optional<std::vector<Alarm>> unpackAlarms(std::span<const std::byte> bytes);
 std::optional<std::vector<Attendee>> unpackAttendees(std::span<const std::byte> bytes);
@@ -29,6 +30,7 @@ std::optional<std::vector<std::string>> unpackStrings(std::span<const std::byte>
 
 /// How a row names the clock of a time: "=date", "=floating", "=utc", or the zone's name.
 std::string_view clockName(const CalendarTime& time);
-CalendarTime timeOnClock(std::int64_t seconds, std::string_view clock);
+/// None for a clock that there is not.
+std::optional<CalendarTime> timeOnClock(std::int64_t seconds, std::string_view clock);
 
 }  // namespace orlocal::store

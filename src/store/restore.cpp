@@ -9,6 +9,7 @@
 
 #include "store/backup.h"
 #include "store/change_signal.h"
+#include "store/checked_row.h"
 #include "store/file_draft.h"
 #include "store/file_state.h"
 #include "store/schema.h"
@@ -41,6 +42,9 @@ void likeTheOneBefore(const std::filesystem::path& file, const std::filesystem::
   if (::geteuid() == 0) static_cast<void>(!::chown(file.c_str(), found.st_uid, found.st_gid));
   ::chmod(file.c_str(), found.st_mode & 0666U);
 }
+
+/// Numbers past that were never given: the file that has them is damaged, and going on from them would end at once.
+bool isGiven(std::int64_t number) { return number >= 0 && number <= kHighestNumber - 1'000'000; }
 
 class Restoring {
  public:
@@ -176,6 +180,7 @@ class Restoring {
       if (!found) break;
       const std::string name(numbers.text(0));
       const std::int64_t number = numbers.integer(1);
+      if (!isGiven(number)) continue;
       ORLOCAL_CHECK(raise.bind(1, std::string_view(name)).bind(2, number).run());
       ORLOCAL_CHECK(insert.bind(1, std::string_view(name)).bind(2, number).run());
     }
@@ -183,8 +188,8 @@ class Restoring {
     for (Database* each : {&before, &content}) {
       ORLOCAL_TRY(const std::int64_t lastRow, each->integerOf("SELECT max(seq) FROM changes"));
       ORLOCAL_TRY(const std::int64_t lastCommit, each->integerOf("SELECT max(commit_no) FROM changes"));
-      row = std::max(row, lastRow);
-      commit = std::max(commit, lastCommit);
+      if (isGiven(lastRow)) row = std::max(row, lastRow);
+      if (isGiven(lastCommit)) commit = std::max(commit, lastCommit);
     }
     constexpr std::int64_t kGap = 2;
     UuidMaker random;

@@ -22,6 +22,8 @@ constexpr std::size_t kPiece = std::size_t{1} << 16;
 constexpr std::size_t kNotes = 100;
 /// Where nothing says how many rows there were, the search ends after so many that are not there.
 constexpr std::int64_t kSearched = 100'000;
+/// A damaged count may claim any number; a store of ten years has given fewer.
+constexpr std::int64_t kMostSearched = 2'000'000;
 constexpr const char* kRecovered = "Recovered";
 
 /// Numbers of rows as far as a statement comes before it meets damage; false when it met some.
@@ -62,7 +64,10 @@ class Salvaging {
     if (whole) return named;
     std::set<std::int64_t> last;
     const bool known = gather(m_database, lastNumber, last) && !last.empty();
-    const std::int64_t end = known ? *last.rbegin() : (named.empty() ? 0 : *named.rbegin()) + kSearched;
+    const std::int64_t highest = std::min(named.empty() ? 0 : *named.rbegin(), kMostSearched);
+    const std::int64_t claimed = known ? *last.rbegin() : highest + kSearched;
+    const std::int64_t end = std::min(claimed, kMostSearched);
+    if (end < claimed) note(fmt::format("rows past number {} are looked for by what names them alone", end));
     for (std::int64_t number = 1; number <= end; ++number) named.insert(named.end(), number);
     return named;
   }

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <iterator>
+#include <span>
 #include <system_error>
 #include <thread>
 
@@ -12,6 +13,7 @@
 #include <unistd.h>
 
 #include "store/model.h"
+#include "store/schema_check.h"
 #include "store/try.h"
 #include "store/zone_data.h"
 
@@ -164,14 +166,30 @@ Status switchToLog(Database& database, std::chrono::milliseconds busyTimeout) {
   }
 }
 
-/// The version; none for a file with nothing in it.
-Result<std::optional<std::int64_t>> versionOf(Database& database) {
+/// The steps that lead to a version.
+std::span<const char* const> stepsTo(std::int64_t version) {
+  return std::span(kSteps).first(static_cast<std::size_t>(version));
+}
+
+using CheckOfObjects = Status (*)(Database&, std::span<const char* const>);
+
+/// The version; none for a file with nothing in it. What a store defines is held against what it should by `check`.
+Result<std::optional<std::int64_t>> versionOf(Database& database, CheckOfObjects check = checkDefinitions) {
   // In one snapshot: another process may be making the file at this moment.
   ORLOCAL_TRY(const Transaction snapshot, Transaction::read(database));
   ORLOCAL_TRY(const std::int64_t application, database.integerOf("PRAGMA application_id"));
   ORLOCAL_TRY(const std::int64_t version, database.integerOf("PRAGMA user_version"));
   if (application == kApplicationId) {
-    if (version <= formatVersion()) return version;
+    if (version >= 1 && version <= formatVersion()) {
+      ORLOCAL_CHECK(check(database, stepsTo(version)));
+      return version;
+    }
+    if (version < 1) {
+      return failure(ErrorCode::kCorrupt,
+                     fmt::format("The calendar store \"{}\" is damaged: it names {} as its format, which never was. "
+                                 "Put a backup in its place (orlocal restore).",
+                                 database.file().string(), version));
+    }
     return failure(
         ErrorCode::kNewerFormat,
         fmt::format("The calendar store \"{}\" has format {}, and this program knows formats up to {}; it was "
@@ -213,7 +231,7 @@ Result<Database> openStoreAsItIs(const std::filesystem::path& file, std::chrono:
   // Where there is no log, nobody is about to change the file, and to take part would leave an index beside it.
   const auto access = hasLog(file) ? Database::Access::kReadOnly : Database::Access::kReadOnlyImmutable;
   ORLOCAL_TRY(Database database, Database::open(file, busyTimeout, access));
-  ORLOCAL_TRY(const auto version, versionOf(database));
+  ORLOCAL_TRY(const auto version, versionOf(database, checkTables));
   if (version) return database;
   return failure(ErrorCode::kCorrupt, fmt::format("The file \"{}\" is empty; choose another file.", file.string()));
 }

@@ -53,6 +53,14 @@ tl::unexpected<Error> sqliteFailure(int result, sqlite3* handle) {
   return sqliteFailure(result, file != nullptr ? file : "", handle);
 }
 
+/// The file may have been made by anybody: what it defines runs nothing that does something, and nothing that is
+/// written damages what SQLite relies on.
+int defend(sqlite3* handle) {
+  sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  return sqlite3_exec(handle, "PRAGMA cell_size_check=ON", nullptr, nullptr, nullptr);
+}
+
 std::string uriOf(const std::filesystem::path& file) {
   std::string uri = "file:";
   for (const char c : std::filesystem::absolute(file).string()) {
@@ -124,7 +132,21 @@ void Statement::reset() {
   if (m_handle != nullptr) sqlite3_reset(m_handle);
 }
 
-bool Statement::isNull(int column) const { return sqlite3_column_type(m_handle, column) == SQLITE_NULL; }
+Statement::Type Statement::type(int column) const {
+  switch (sqlite3_column_type(m_handle, column)) {
+    case SQLITE_INTEGER:
+      return Type::kInteger;
+    case SQLITE_FLOAT:
+      return Type::kReal;
+    case SQLITE_TEXT:
+      return Type::kText;
+    case SQLITE_BLOB:
+      return Type::kBlob;
+    default:
+      return Type::kNull;
+  }
+}
+
 std::int64_t Statement::integer(int column) const { return sqlite3_column_int64(m_handle, column); }
 double Statement::real(int column) const { return sqlite3_column_double(m_handle, column); }
 
@@ -197,6 +219,9 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
                     (database.m_immutable ? SQLITE_OPEN_URI : 0);
   const int result = sqlite3_open_v2(name.c_str(), &database.m_handle, flags, nullptr);
   if (result != SQLITE_OK) return sqliteFailure(result, file.string(), database.m_handle);
+  if (const int defended = defend(database.m_handle); defended != SQLITE_OK) {
+    return sqliteFailure(defended, file.string(), database.m_handle);
+  }
   sqlite3_busy_timeout(database.m_handle, static_cast<int>(busyTimeout.count()));
   return database;
 }

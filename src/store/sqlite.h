@@ -47,7 +47,10 @@ class Statement {
   Status run();
   void reset();
 
-  bool isNull(int column) const;
+  enum class Type { kInteger, kReal, kText, kBlob, kNull };
+  /// As it stands in the file; before the column is read as anything.
+  Type type(int column) const;
+  bool isNull(int column) const { return type(column) == Type::kNull; }
   std::int64_t integer(int column) const;
   double real(int column) const;
   std::string_view text(int column) const;

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 #include <vector>
 
+#include "store/checked_row.h"
 #include "store/civil_days.h"
-#include "store/packing.h"
 #include "store/try.h"
 
 namespace orlocal::store {
@@ -29,6 +30,8 @@ constexpr std::int64_t kDay = 86'400;
 /// No two wall clocks differ by more, nor does one from itself across a change of its zone.
 constexpr std::int64_t kWallSlack = 26 * 3600;
 constexpr std::int64_t kLongestOnMonths = 20 * kDay;
+/// What starts last and lasts longest ends then.
+constexpr std::int64_t kLatestEnd = kLatestSecond + (kLatestSecond - kEarliestSecond);
 
 constexpr std::int64_t kRepeats = 1, kOriginalIsWall = 2, kHasDue = 4, kDueIsWall = 8;  // flags of an entry
 
@@ -123,6 +126,11 @@ Status forEachShelf(std::int64_t slot, const Place& place) {
 
 }  // namespace
 
+bool Timeline::isSlot(std::int64_t slot) {
+  if ((slot & kManyMonths) == 0) return slot >= 0 && slot < static_cast<std::int64_t>(kShelves);
+  return (slot & ~(kManyMonths | kManyMonthsWall | 0xfff)) == 0;
+}
+
 bool Timeline::isWall(const CalendarTime& time) {
   return time.kind == CalendarTime::Kind::kDate || time.kind == CalendarTime::Kind::kFloating;
 }
@@ -186,8 +194,11 @@ Status Timeline::findShelves() {
     next.bind(1, slot);
     ORLOCAL_TRY(const bool found, next.step());
     if (!found) break;
-    slot = next.integer(0);
-    if (slot >= 0 && slot < static_cast<std::int64_t>(kShelves)) m_shelves.set(static_cast<std::size_t>(slot));
+    CheckedRow row(next);
+    // A damaged index may give the same slot for ever.
+    slot = row.number(0, slot + 1, static_cast<std::int64_t>(kShelves) - 1);
+    if (!row.sound()) return damaged(m_database, "The timeline");
+    m_shelves.set(static_cast<std::size_t>(slot));
   }
   m_shelvesKnown = true;
   return {};
@@ -202,22 +213,28 @@ Status Timeline::visitShelf(std::int64_t slot, std::int64_t after, std::int64_t 
   entry.slot = slot;
   entry.wall =
       (slot >= kWall && slot < kTimedMonths) || (slot >= kWallMonths && slot < kOpenTimed) || slot == kOpenWall;
-  for (;;) {
+  for (std::pair<std::int64_t, ItemId> last{INT64_MIN, 0};;) {
     ORLOCAL_TRY(const bool found, scan.step());
     if (!found) return {};
-    entry.item = scan.integer(0);
-    entry.calendar = scan.integer(1);
-    entry.start = scan.integer(2);
-    entry.end = scan.integer(3);
-    const std::int64_t flags = scan.integer(4);
+    CheckedRow row(scan);
+    entry.item = row.id(0);
+    entry.calendar = row.id(1);
+    entry.start = row.seconds(2);
+    entry.end = row.number(3, kEarliestSecond, INT64_MAX);
+    const std::int64_t flags = row.number(4);
     entry.repeats = (flags & kRepeats) != 0;
     entry.originalIsWall = (flags & kOriginalIsWall) != 0;
     entry.hasDue = (flags & kHasDue) != 0;
     entry.dueIsWall = (flags & kDueIsWall) != 0;
-    entry.series.reset();
+    entry.series = row.optionalId(5);
     entry.original.reset();
-    if (!scan.isNull(5)) entry.series = scan.integer(5);
-    if (!scan.isNull(6)) entry.original = scan.integer(6);
+    if (!row.isNull(6)) entry.original = row.seconds(6);
+    const bool endless = entry.end == TimelineEntry::kEndless && entry.repeats;
+    const std::pair<std::int64_t, ItemId> place(entry.start, entry.item);
+    if (!row.sound() || place <= last || (!endless && entry.end > kLatestEnd)) {
+      return damaged(m_database, "The timeline");
+    }
+    last = place;
     ORLOCAL_CHECK(visit(entry));
   }
 }

@@ -45,6 +45,8 @@ class Timeline {
   /// `original` the original start (in the terms of `originalKey`) of a changed occurrence.
   static TimelineEntry entryOf(const Item& item, const Series* series, std::optional<std::int64_t> original,
                                bool originalIsWall);
+  /// Whether `items.slot` may have this value.
+  static bool isSlot(std::int64_t slot);
   static bool isWall(const CalendarTime& time);
   /// Seconds: UTC, or on the wall clock when `isWall`.
   static std::int64_t keyOf(const CalendarTime& time);
@@ -78,7 +80,7 @@ class Timeline {
   LazyStatement m_nextSlot{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
   LazyStatement m_scan{
       "SELECT item, calendar, \"start\", \"end\", flags, series, original FROM timeline "
-      "WHERE slot = ? AND \"start\" > ? AND \"start\" < ?"};
+      "WHERE slot = ? AND \"start\" > ? AND \"start\" < ? ORDER BY \"start\", item"};
 };
 
 }  // namespace orlocal::store
