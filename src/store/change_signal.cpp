@@ -14,23 +14,23 @@
 #include <sys/timerfd.h>
 #include <unistd.h>
 
+#include "store/side_files.h"
+
 namespace orlocal::store {
 namespace {
 
 constexpr time_t kLookEverySeconds = 2;
 
-/// Whoever else may write the folder must not lead us elsewhere with a link, or make us wait with a pipe.
-constexpr int kBellFlags = O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+constexpr const char* kBell = "-bell";
 
-std::string bellOf(const std::filesystem::path& file) { return file.string() + "-bell"; }
+std::string bellOf(const std::filesystem::path& file) { return file.string() + kBell; }
 
 /// Made when it is not there, for the same users as the store. Negative when that cannot be.
 int openBell(const std::filesystem::path& file) {
-  const std::string bell = bellOf(file);
-  const int there = ::open(bell.c_str(), kBellFlags);
+  const int there = openBeside(file, kBell, O_WRONLY);
   if (there >= 0 || errno != ENOENT) return there;
-  const int made = ::open(bell.c_str(), kBellFlags | O_CREAT | O_EXCL, 0600);
-  if (made < 0) return ::open(bell.c_str(), kBellFlags);
+  const int made = openBeside(file, kBell, O_WRONLY | O_CREAT | O_EXCL, 0600);
+  if (made < 0) return openBeside(file, kBell, O_WRONLY);
   struct stat store {};
   if (::stat(file.c_str(), &store) == 0) {
     if (::geteuid() == 0) static_cast<void>(!::fchown(made, store.st_uid, store.st_gid));
@@ -104,10 +104,10 @@ void ChangeSignal::listenToBell() {
 bool ChangeSignal::watchBell() const {
   const std::string bell = bellOf(m_file);
   // Watching what is watched already changes nothing.
-  if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY) >= 0) return true;
+  if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY | IN_DONT_FOLLOW) >= 0) return true;
   if (errno == ENOENT) {
     { const Bell made(m_file); }
-    if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY) >= 0) return true;
+    if (::inotify_add_watch(m_notices, bell.c_str(), IN_MODIFY | IN_DONT_FOLLOW) >= 0) return true;
   }
   return errno != ENOSPC && errno != ENOMEM;
 }

@@ -14,6 +14,7 @@
 
 #include "store/model.h"
 #include "store/schema_check.h"
+#include "store/side_files.h"
 #include "store/try.h"
 #include "store/zone_data.h"
 
@@ -124,7 +125,15 @@ Status makeFolder(const std::filesystem::path& folder) {
   int error = unknown.value();
   if (error == 0) {
     ORLOCAL_CHECK(makeFolder(folder.parent_path()));
-    if (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return {};
+    if (::mkdir(folder.c_str(), 0700) == 0) {
+      const auto parent = std::filesystem::absolute(folder).parent_path();
+      if (const int made = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); made >= 0) {
+        giveToOwner(made, parent);
+        ::close(made);
+      }
+      return syncFolder(parent);
+    }
+    if (errno == EEXIST) return {};
     error = errno;
   }
   return failure(codeOf(error),
@@ -145,8 +154,10 @@ Status makeFile(const std::filesystem::path& file) {
   ORLOCAL_CHECK(makeFolder(file.parent_path()));
   const int descriptor = ::open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
   if (descriptor >= 0) {
+    const auto folder = std::filesystem::canonical(file, unknown).parent_path();
+    giveToOwner(descriptor, folder);
     ::close(descriptor);
-    return {};
+    return syncFolder(folder);
   }
   const int error = errno;
   return failure(codeOf(error), fmt::format("The calendar store \"{}\" cannot be made or reached: {}. Check the "

@@ -7,6 +7,9 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include "store/side_files.h"
+#include "store/try.h"
+
 namespace orlocal::store {
 namespace {
 
@@ -61,9 +64,18 @@ int defend(sqlite3* handle) {
   return sqlite3_exec(handle, "PRAGMA cell_size_check=ON", nullptr, nullptr, nullptr);
 }
 
+/// The file itself, links followed, by a name that means nothing else: SQLite takes some names for a database that is
+/// kept nowhere.
+std::filesystem::path wholeNameOf(const std::filesystem::path& file) {
+  std::error_code error;
+  auto whole = std::filesystem::canonical(file, error);
+  return error ? std::filesystem::absolute(file) : whole;
+}
+
+/// `file` is absolute.
 std::string uriOf(const std::filesystem::path& file) {
   std::string uri = "file:";
-  for (const char c : std::filesystem::absolute(file).string()) {
+  for (const char c : file.string()) {
     if (c == '%' || c == '?' || c == '#') {
       uri += fmt::format("%{:02X}", static_cast<unsigned char>(c));
     } else {
@@ -213,7 +225,10 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
   Database database;
   database.m_file = file;
   database.m_immutable = access == Access::kReadOnlyImmutable;
-  const std::string name = database.m_immutable ? uriOf(file) : file.string();
+  if (file.empty()) return failure(ErrorCode::kInvalid, "A calendar store needs a name; set ORLOCAL_STORE to a file.");
+  const auto whole = wholeNameOf(file);
+  ORLOCAL_CHECK(checkStoreFiles(whole));
+  const std::string name = database.m_immutable ? uriOf(whole) : whole.string();
   const int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
                     (access == Access::kReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
                     (database.m_immutable ? SQLITE_OPEN_URI : 0);

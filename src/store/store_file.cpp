@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "store/change_signal.h"
+#include "store/side_files.h"
 #include "store/try.h"
 
 namespace orlocal::store {
@@ -23,9 +24,7 @@ constexpr auto kRoundedTimes = std::chrono::seconds(2);
 
 std::filesystem::path beside(const std::filesystem::path& file, const char* suffix) { return file.string() + suffix; }
 
-int openedBell(const std::filesystem::path& file) {
-  return ::open(beside(file, "-bell").c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
-}
+int openedBell(const std::filesystem::path& file) { return openBeside(file, "-bell", O_RDONLY); }
 
 bool sameFile(const std::optional<FileState>& one, const std::optional<FileState>& other) {
   return one && other && one->isSameFileAs(*other);
