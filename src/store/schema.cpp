@@ -224,13 +224,23 @@ bool hasLog(const std::filesystem::path& file) {
   return !none && size > 0;
 }
 
+/// For a file that cannot be taken part in, for `reason`: a folder that may not be written, a disk without room.
 Result<Database> openForReading(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
-                                Error reason) {
+                                CheckOfObjects check, Error reason) {
+  const bool full = reason.code == ErrorCode::kFull;
   // Beside a log that may hold newer content, the file alone would show old content.
-  if (hasLog(file)) return tl::unexpected(std::move(reason));
-  ORLOCAL_TRY(Database database, Database::open(file, busyTimeout, Database::Access::kReadOnlyImmutable));
-  ORLOCAL_TRY(const auto version, versionOf(database));
-  if (version != formatVersion()) return tl::unexpected(std::move(reason));
+  const bool log = hasLog(file);
+  if (log && !full) return tl::unexpected(std::move(reason));
+  auto database =
+      Database::open(file, busyTimeout, log ? Database::Access::kReadAlone : Database::Access::kReadOnlyImmutable);
+  if (!database) return tl::unexpected(std::move(reason));
+  auto version = versionOf(*database, check);
+  // Somebody else has it open, so that nothing here can be known of the log.
+  if (!version && version.error().code == ErrorCode::kBusy) return tl::unexpected(std::move(reason));
+  if (!version) return tl::unexpected(std::move(version.error()));
+  if (!*version || (check == checkDefinitions && **version != formatVersion()))
+    return tl::unexpected(std::move(reason));
+  if (full) database->onlyReads(std::move(reason));
   return database;
 }
 
@@ -242,7 +252,12 @@ Result<Database> openStoreAsItIs(const std::filesystem::path& file, std::chrono:
   // Where there is no log, nobody is about to change the file, and to take part would leave an index beside it.
   const auto access = hasLog(file) ? Database::Access::kReadOnly : Database::Access::kReadOnlyImmutable;
   ORLOCAL_TRY(Database database, Database::open(file, busyTimeout, access));
-  ORLOCAL_TRY(const auto version, versionOf(database, checkTables));
+  auto known = versionOf(database, checkTables);
+  if (!known && known.error().code == ErrorCode::kFull) {
+    database.close();
+    return openForReading(file, busyTimeout, checkTables, std::move(known.error()));
+  }
+  ORLOCAL_TRY(const auto version, std::move(known));
   if (version) return database;
   return failure(ErrorCode::kCorrupt, fmt::format("The file \"{}\" is empty; choose another file.", file.string()));
 }
@@ -254,10 +269,12 @@ Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::m
   if (missing == Missing::kIsMade) ORLOCAL_CHECK(makeFile(file));
   ORLOCAL_TRY(Database database, Database::open(file, busyTimeout));
   auto version = versionOf(database);
-  if (!version && database.readOnly() && version.error().code != ErrorCode::kNewerFormat &&
-      version.error().code != ErrorCode::kCorrupt) {
-    // A log cannot be read where its index cannot be made: a folder that may not be written.
-    return openForReading(file, busyTimeout, std::move(version.error()));
+  const bool full = !version && version.error().code == ErrorCode::kFull;
+  if (full || (!version && database.readOnly() && version.error().code != ErrorCode::kNewerFormat &&
+               version.error().code != ErrorCode::kCorrupt)) {
+    // A log cannot be read where its index cannot be made.
+    database.close();
+    return openForReading(file, busyTimeout, checkDefinitions, std::move(version.error()));
   }
   if (!version) return tl::unexpected(std::move(version.error()));
   ORLOCAL_CHECK(database.execute("PRAGMA cache_size=-8192"));

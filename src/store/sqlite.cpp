@@ -1,6 +1,7 @@
 #include "store/sqlite.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 
@@ -40,7 +41,17 @@ constexpr Explanation kExplanations[] = {
     {SQLITE_NOMEM, ErrorCode::kIo, "There is not enough memory to work on the calendar store {}."},
 };
 
+/// On a full disk a file or an index that cannot be made fails in other ways than one that cannot be written.
+bool isForWantOfRoom(int result, sqlite3* handle) {
+  if (result == SQLITE_IOERR_SHMSIZE) return true;
+  const int plain = result & 0xff;
+  if (handle == nullptr || (plain != SQLITE_IOERR && plain != SQLITE_CANTOPEN)) return false;
+  const int error = sqlite3_system_errno(handle);
+  return error == ENOSPC || error == EDQUOT;
+}
+
 tl::unexpected<Error> sqliteFailure(int result, const std::string& file, sqlite3* handle) {
+  if (isForWantOfRoom(result, handle)) result = SQLITE_FULL;
   const std::string quoted = fmt::format("\"{}\"", file);
   for (const Explanation& explanation : kExplanations) {
     if (explanation.sqliteCode == (result & 0xff)) {
@@ -199,6 +210,7 @@ void Database::swap(Database& other) noexcept {
   std::swap(m_handle, other.m_handle);
   std::swap(m_file, other.m_file);
   std::swap(m_immutable, other.m_immutable);
+  std::swap(m_whyOnlyRead, other.m_whyOnlyRead);
   std::swap(m_kept, other.m_kept);
   for (LazyStatement* kept : m_kept) kept->m_database = this;
   for (LazyStatement* kept : other.m_kept) kept->m_database = &other;
@@ -229,8 +241,9 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
   const auto whole = wholeNameOf(file);
   ORLOCAL_CHECK(checkStoreFiles(whole));
   const std::string name = database.m_immutable ? uriOf(whole) : whole.string();
+  const bool alone = access == Access::kReadAlone;  // which takes a lock that is a writer's
   const int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
-                    (access == Access::kReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
+                    (access == Access::kReadWrite || alone ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
                     (database.m_immutable ? SQLITE_OPEN_URI : 0);
   const int result = sqlite3_open_v2(name.c_str(), &database.m_handle, flags, nullptr);
   if (result != SQLITE_OK) return sqliteFailure(result, file.string(), database.m_handle);
@@ -238,6 +251,10 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
     return sqliteFailure(defended, file.string(), database.m_handle);
   }
   sqlite3_busy_timeout(database.m_handle, static_cast<int>(busyTimeout.count()));
+  if (alone) {
+    sqlite3_db_config(database.m_handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    ORLOCAL_CHECK(database.execute("PRAGMA locking_mode=EXCLUSIVE; PRAGMA query_only=ON"));
+  }
   return database;
 }
 
@@ -263,7 +280,7 @@ Result<std::int64_t> Database::integerOf(const char* sql) {
   return *row ? statement->integer(0) : 0;
 }
 
-bool Database::readOnly() const { return sqlite3_db_readonly(m_handle, "main") == 1; }
+bool Database::readOnly() const { return m_whyOnlyRead || sqlite3_db_readonly(m_handle, "main") == 1; }
 bool Database::inTransaction() const { return m_handle != nullptr && sqlite3_get_autocommit(m_handle) == 0; }
 
 bool Database::moved() const {
@@ -319,6 +336,7 @@ Result<Transaction> Transaction::write(Database& database) {
                                                "nothing was written. Put it back, or open the store anew.",
                                                database.file().string()));
   }
+  if (database.whyOnlyRead()) return tl::unexpected(*database.whyOnlyRead());
   if (auto begun = database.execute("BEGIN IMMEDIATE"); !begun) return tl::unexpected(std::move(begun.error()));
   return Transaction(&database);
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -83,8 +84,9 @@ class LazyStatement;
 class Database {
  public:
   /// `kReadOnly` makes nothing beside a file without a log, and with one takes part as a reader. `kReadOnlyImmutable`
-  /// takes no part at all: it never sees a change, and others must not change the file while it reads.
-  enum class Access { kReadWrite, kReadOnly, kReadOnlyImmutable };
+  /// takes no part at all: it never sees a change, and others must not change the file while it reads. `kReadAlone`
+  /// keeps the index of a log to itself where none can be made beside it, and the file from all others.
+  enum class Access { kReadWrite, kReadOnly, kReadOnlyImmutable, kReadAlone };
 
   Database() = default;
   Database(Database&& other) noexcept { swap(other); }
@@ -110,6 +112,9 @@ class Database {
   Result<std::int64_t> integerOf(const char* sql);
 
   bool readOnly() const;
+  /// Says why a file that could be written is only read; a write then fails with this.
+  void onlyReads(Error why) { m_whyOnlyRead = std::move(why); }
+  const std::optional<Error>& whyOnlyRead() const { return m_whyOnlyRead; }
   bool immutable() const { return m_immutable; }
   bool inTransaction() const;
   /// Whether the file was removed or replaced since it was opened: what is written now would be lost.
@@ -134,6 +139,7 @@ class Database {
   sqlite3* m_handle = nullptr;
   std::filesystem::path m_file;
   bool m_immutable = false;
+  std::optional<Error> m_whyOnlyRead;
   std::vector<LazyStatement*> m_kept;  ///< prepared on this
 };
 

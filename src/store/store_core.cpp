@@ -168,6 +168,11 @@ Result<Transaction> StoreCore::beginReading() {
 }
 
 Result<WriteTurn> StoreCore::beginWriting() {
+  if (database.whyOnlyRead() && !database.inTransaction()) {
+    // There may be room by now.
+    database.close();
+    m_walIndex = nullptr;
+  }
   ORLOCAL_CHECK(followFile(Look::kNow));
   ORLOCAL_TRY(Transaction transaction, Transaction::write(database));
   ORLOCAL_CHECK(catchUp());

@@ -21,6 +21,8 @@ using std::chrono::milliseconds;
 
 /// File systems round the time of writing, the coarsest of them to two seconds.
 constexpr auto kRoundedTimes = std::chrono::seconds(2);
+/// A file that is only read because the disk is full is opened anew after so long.
+constexpr auto kWithoutRoom = milliseconds(100);
 
 std::filesystem::path beside(const std::filesystem::path& file, const char* suffix) { return file.string() + suffix; }
 
@@ -86,6 +88,7 @@ Result<Database> StoreFile::open(Missing missing, milliseconds busyTimeout, Uuid
 }
 
 void StoreFile::remember(const FileState& state) {
+  m_opened = std::chrono::steady_clock::now();
   m_another = m_state && !m_state->isSameFileAs(state);
   m_state = state;
   m_log = FileState::of(beside(m_file, "-wal"));
@@ -103,6 +106,10 @@ Result<StoreFile::News> StoreFile::look(const Database& open) const {
                                m_path.string(), std::strerror(errno)));
   }
   if (!now->isSameFileAs(*m_state)) return News::kReplaced;
+  // There may be room again; and to read alone keeps others from the file.
+  if (open.whyOnlyRead()) {
+    return std::chrono::steady_clock::now() - m_opened < kWithoutRoom ? News::kNone : News::kWritten;
+  }
   if (!open.immutable()) return News::kNone;
   // Somebody who writes has a log, and lets go of it when all of it is in the file.
   const bool same = m_settled && *now == *m_state && !FileState::of(beside(m_file, "-wal"));

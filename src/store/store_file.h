@@ -60,6 +60,7 @@ class StoreFile {
   std::filesystem::path m_path;  ///< as it was given
   std::filesystem::path m_file;
   std::optional<FileState> m_state, m_log, m_index;  ///< of the file, and of what SQLite keeps beside it
+  std::chrono::steady_clock::time_point m_opened;
   bool m_another = false;
   bool m_settled = false;  ///< what is written from now on changes the time of writing
 };
