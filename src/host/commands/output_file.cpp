@@ -1,15 +1,13 @@
 #include "host/commands/output_file.h"
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <linux/magic.h>
-#include <sys/random.h>
 #include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -17,7 +15,6 @@
 namespace orlocal::host {
 namespace {
 
-constexpr mode_t kOnlyTheUser = 0600;
 constexpr mode_t kPermissions = 07777;
 constexpr int kMostLinks = 40;  // as many as the kernel follows
 
@@ -35,13 +32,6 @@ class Descriptor {
  private:
   int m_number;
 };
-
-/// A name that nobody can foresee, so that nobody can have put a file or a link there.
-std::string draftName() {
-  std::array<std::uint64_t, 2> random{};
-  if (::getrandom(random.data(), sizeof random, 0) != static_cast<ssize_t>(sizeof random)) return {};
-  return fmt::format(".orlocal-{:016x}{:016x}.part", random[0], random[1]);
-}
 
 /// Links of the process file system stand for open files, whatever their text says.
 bool namesAnOpenFile(const std::filesystem::path& link) {
@@ -79,9 +69,9 @@ store::Result<std::unique_ptr<OutputFile>> OutputFile::open(std::string path) {
 }
 
 OutputFile::~OutputFile() {
+  // Before signals end the process again.
+  m_draft.reset();
   if (m_descriptor >= 0) ::close(m_descriptor);
-  if (!m_draft.empty()) ::unlinkat(m_folder, m_draft.c_str(), 0);
-  if (m_folder >= 0) ::close(m_folder);
 }
 
 store::Status OutputFile::start() {
@@ -99,26 +89,22 @@ store::Status OutputFile::start() {
 bool OutputFile::startDraft(const std::string& target) {
   const std::filesystem::path path(target);
   m_name = path.filename().string();
-  m_folder = ::open(path.has_parent_path() ? path.parent_path().c_str() : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (m_folder < 0) return false;
-  const Descriptor old(::openat(m_folder, m_name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-  struct stat was {};
-  const bool exists = old.get() >= 0 && ::fstat(old.get(), &was) == 0;
-  if (exists && (!S_ISREG(was.st_mode) || ::faccessat(m_folder, m_name.c_str(), W_OK, AT_EACCESS) != 0)) return false;
-
-  const std::string draft = draftName();
-  if (draft.empty()) return false;
   m_interruption.emplace();
-  m_descriptor = ::openat(m_folder, draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOnlyTheUser);
-  if (m_descriptor >= 0) m_draft = draft;
-  if (m_descriptor >= 0 && (!exists || takesOver(was, old.get()))) return true;
-
+  if (auto draft = store::DraftEntry::in(path.parent_path())) m_draft.emplace(std::move(*draft));
+  if (m_draft && standsForWhatIsThere()) return true;
   const int error = errno;
+  m_draft.reset();
   m_interruption.reset();
-  if (m_descriptor >= 0) ::close(std::exchange(m_descriptor, -1));
-  if (!m_draft.empty()) ::unlinkat(m_folder, std::exchange(m_draft, {}).c_str(), 0);
   errno = error;
   return false;
+}
+
+bool OutputFile::standsForWhatIsThere() const {
+  const Descriptor old(::openat(m_draft->folder(), m_name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  struct stat was {};
+  if (old.get() < 0 || ::fstat(old.get(), &was) != 0) return true;
+  return S_ISREG(was.st_mode) && ::faccessat(m_draft->folder(), m_name.c_str(), W_OK, AT_EACCESS) == 0 &&
+         takesOver(was, old.get());
 }
 
 bool OutputFile::takesOver(const struct stat& old, int oldFile) const {
@@ -127,10 +113,10 @@ bool OutputFile::takesOver(const struct stat& old, int oldFile) const {
   const std::string byLink = fmt::format("/proc/self/fd/{}", oldFile);
   if (::getxattr(byLink.c_str(), "system.posix_acl_access", nullptr, 0) > 0) return false;
   struct stat made {};
-  if (::fstat(m_descriptor, &made) != 0) return false;
+  if (::fstat(m_draft->descriptor(), &made) != 0) return false;
   const bool sameOwner = made.st_uid == old.st_uid && made.st_gid == old.st_gid;
-  if (!sameOwner && ::fchown(m_descriptor, old.st_uid, old.st_gid) != 0) return false;
-  return ::fchmod(m_descriptor, old.st_mode & kPermissions) == 0;
+  if (!sameOwner && ::fchown(m_draft->descriptor(), old.st_uid, old.st_gid) != 0) return false;
+  return ::fchmod(m_draft->descriptor(), old.st_mode & kPermissions) == 0;
 }
 
 store::Status OutputFile::startInPlace(int flags) {
@@ -142,7 +128,7 @@ store::Status OutputFile::write(std::string_view bytes) {
   while (!bytes.empty()) {
     if (m_interruption && Interruption::flag())
       return store::failure(store::ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
-    const ssize_t count = ::write(m_descriptor, bytes.data(), bytes.size());
+    const ssize_t count = ::write(descriptor(), bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return failed(errno);
     bytes.remove_prefix(static_cast<std::size_t>(count));
@@ -151,16 +137,17 @@ store::Status OutputFile::write(std::string_view bytes) {
 }
 
 store::Status OutputFile::finish() {
-  // What is no file has nothing to bring to a disk.
-  if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != EROFS) return failed(errno);
-  if (::close(std::exchange(m_descriptor, -1)) != 0) return failed(errno);
-  if (m_draft.empty()) return {};
+  if (!m_draft) {
+    // What is no file has nothing to bring to a disk.
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != EROFS) return failed(errno);
+    return ::close(std::exchange(m_descriptor, -1)) == 0 ? store::Status() : failed(errno);
+  }
+  if (const int error = m_draft->finish(); error != 0) return failed(error);
   if (Interruption::flag())
     return store::failure(store::ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
-  if (::renameat(m_folder, m_draft.c_str(), m_folder, m_name.c_str()) != 0) return failed(errno);
-  m_draft.clear();
+  if (const int error = m_draft->publish(m_name, store::DraftEntry::Existing::kIsReplaced); error != 0)
+    return failed(error);
   m_interruption.reset();
-  if (::fsync(m_folder) != 0 && errno != EINVAL) return failed(errno);
   return {};
 }
 

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include "host/commands/interruption.h"
+#include "store/draft_entry.h"
 #include "store/result.h"
 
 namespace orlocal::host {
@@ -37,15 +38,18 @@ class OutputFile {
   store::Status start();
   /// False when a new file could not stand for the old one.
   bool startDraft(const std::string& target);
+  /// Whether the draft can stand for what is there, whose mode and owner it then has.
+  bool standsForWhatIsThere() const;
   bool takesOver(const struct stat& old, int oldFile) const;
   store::Status startInPlace(int flags);
   tl::unexpected<store::Error> failed(int error) const;
 
-  std::string m_path;   ///< as the user wrote it
-  std::string m_name;   ///< of the file that is replaced, in its folder
-  std::string m_draft;  ///< name of the draft in the same folder; empty when there is none
-  int m_folder = -1;    ///< of the draft
-  int m_descriptor = -1;
+  int descriptor() const { return m_draft ? m_draft->descriptor() : m_descriptor; }
+
+  std::string m_path;  ///< as the user wrote it
+  std::string m_name;  ///< of the file that is replaced, in its folder
+  std::optional<store::DraftEntry> m_draft;
+  int m_descriptor = -1;                       ///< of a file that is written in place
   std::optional<Interruption> m_interruption;  ///< while there is a draft to take away
 };
 
