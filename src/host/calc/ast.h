@@ -20,8 +20,9 @@ struct Signature;
 struct Node;
 using NodePtr = std::unique_ptr<const Node>;
 
+/// Equal literals of a calculation share one value, so that a long one takes little memory.
 struct Literal {
-  Value value;
+  std::shared_ptr<const Value> value;
 };
 
 /// A variable of an enclosing Let or While, by its lower-case name.
@@ -45,7 +46,6 @@ struct Chain {
   NodePtr first;
   struct Link {
     TokenKind operation;
-    std::size_t offset;
     NodePtr operand;
   };
   std::vector<Link> links;
@@ -85,9 +85,11 @@ struct While {
   NodePtr result;
 };
 
+/// The rare large kinds stand apart: most nodes are literals, and a calculation may have half a million of them.
 struct Node {
-  std::size_t offset;  ///< where it begins in the source
-  std::variant<Literal, LocalVariable, Variable, Unary, Chain, Call, GetCall, LibraryCall, Let, While> content;
+  std::variant<Literal, LocalVariable, Variable, Unary, Chain, Call, GetCall, std::unique_ptr<const LibraryCall>,
+               std::unique_ptr<const Let>, std::unique_ptr<const While>>
+      content;
 };
 
 }  // namespace orlocal::host::calc

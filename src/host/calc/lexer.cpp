@@ -43,24 +43,25 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isAsciiLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isWide(char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; }
 
-class Lexer {
+}  // namespace
+
+class TokenReader::Lexer {
  public:
   explicit Lexer(std::string_view source) : m_source(source) {}
 
-  CalcResult<std::vector<Token>> run() {
-    for (;;) {
-      if (!skipBlanks()) return tl::unexpected(*m_error);
-      m_start = m_at;
-      if (m_at == m_source.size()) break;
-      if (!readToken()) return tl::unexpected(*m_error);
+  CalcResult<Token> next() {
+    if (!skipBlanks()) return tl::unexpected(*m_error);
+    m_start = m_at;
+    if (m_at == m_source.size()) {
+      found(TokenKind::kEnd, {});
+    } else if (!readToken()) {
+      return tl::unexpected(*m_error);
     }
-    push(TokenKind::kEnd, {});
-    return std::move(m_tokens);
+    return std::move(m_token);
   }
 
   /// True when the source ended inside a text or a comment.
   bool endedInside() const { return m_endedInside; }
-  const std::vector<Token>& tokens() const { return m_tokens; }
 
  private:
   std::string_view rest() const { return m_source.substr(m_at); }
@@ -71,7 +72,7 @@ class Lexer {
     return false;
   }
 
-  void push(TokenKind kind, std::string text) { m_tokens.push_back(Token{kind, m_start, std::move(text)}); }
+  void found(TokenKind kind, std::string text) { m_token = Token{kind, m_start, std::move(text)}; }
 
   bool skipBlanks() {
     while (m_at < m_source.size()) {
@@ -110,7 +111,7 @@ class Lexer {
     for (const auto& [text, kind] : kSymbols) {
       if (rest().starts_with(text)) {
         m_at += text.size();
-        push(kind, {});
+        found(kind, {});
         return true;
       }
     }
@@ -127,7 +128,7 @@ class Lexer {
       const char c = peek();
       if (c == '"') {
         ++m_at;
-        push(TokenKind::kText, std::move(text));
+        found(TokenKind::kText, std::move(text));
         return true;
       }
       if (c == '\\' && (peek(1) == '"' || peek(1) == '\\')) {
@@ -169,7 +170,7 @@ class Lexer {
       }
     }
     if (isNameCharacter()) return fail(m_at, "a number is followed by a letter; an operator or a separator is missing");
-    push(TokenKind::kNumber, std::string(m_source.substr(m_start, m_at - m_start)));
+    found(TokenKind::kNumber, std::string(m_source.substr(m_start, m_at - m_start)));
     return true;
   }
 
@@ -204,11 +205,11 @@ class Lexer {
     std::string name = readNameText();
     for (const auto& [word, kind] : kWords) {
       if (equalWords(name, word)) {
-        push(kind, {});
+        found(kind, {});
         return true;
       }
     }
-    push(TokenKind::kName, std::move(name));
+    found(TokenKind::kName, std::move(name));
     return true;
   }
 
@@ -225,32 +226,63 @@ class Lexer {
       name = readNameText();
     }
     if (name.empty()) return fail(m_start, "a variable's name is missing after $");
-    push(global ? TokenKind::kGlobalVariable : TokenKind::kVariable, std::move(name));
+    found(global ? TokenKind::kGlobalVariable : TokenKind::kVariable, std::move(name));
     return true;
   }
 
   std::string_view m_source;
   std::size_t m_at = 0;
   std::size_t m_start = 0;
-  std::vector<Token> m_tokens;
+  Token m_token;
   std::optional<CalcError> m_error;
   bool m_endedInside = false;
 };
 
-}  // namespace
+TokenReader::TokenReader(std::string_view source) : m_lexer(std::make_unique<Lexer>(source)) {}
+TokenReader::~TokenReader() = default;
 
-CalcResult<std::vector<Token>> tokenize(std::string_view source) { return Lexer(source).run(); }
+bool TokenReader::endedInside() const { return m_lexer->endedInside(); }
+
+CalcResult<Token> TokenReader::next() { return m_lexer->next(); }
+
+CalcResult<std::vector<Token>> tokenize(std::string_view source) {
+  TokenReader reader(source);
+  std::vector<Token> tokens;
+  do {
+    CalcResult<Token> token = reader.next();
+    if (!token) return tl::unexpected(token.error());
+    tokens.push_back(std::move(*token));
+  } while (tokens.back().kind != TokenKind::kEnd);
+  return tokens;
+}
 
 Completeness completenessOf(std::string_view source) {
-  Lexer lexer(source);
-  const auto tokens = lexer.run();
-  if (!tokens) return lexer.endedInside() ? Completeness::kOpen : Completeness::kComplete;
-  int open = 0;
-  for (const Token& token : *tokens) {
-    if (token.kind == TokenKind::kOpen || token.kind == TokenKind::kOpenList) ++open;
-    if (token.kind == TokenKind::kClose || token.kind == TokenKind::kCloseList) --open;
+  LineJoiner joiner;
+  joiner.add(source);
+  return joiner.completeness();
+}
+
+void LineJoiner::add(std::string_view line) {
+  if (!m_text.empty()) m_text += '\n';
+  m_text += line;
+  if (m_inside && line.find('"') == std::string_view::npos && line.find("*/") == std::string_view::npos) return;
+  m_inside = false;
+  TokenReader reader(std::string_view(m_text).substr(m_read));
+  for (;;) {
+    const CalcResult<Token> token = reader.next();
+    if (!token) {
+      m_inside = reader.endedInside();
+      // What is unfinished is read again with the next line, from where it begins.
+      if (m_inside) m_read += token.error().offset;
+      m_completeness = m_inside ? Completeness::kOpen : Completeness::kComplete;
+      return;
+    }
+    if (token->kind == TokenKind::kEnd) break;
+    if (token->kind == TokenKind::kOpen || token->kind == TokenKind::kOpenList) ++m_open;
+    if (token->kind == TokenKind::kClose || token->kind == TokenKind::kCloseList) --m_open;
   }
-  return open > 0 ? Completeness::kOpen : Completeness::kComplete;
+  m_read = m_text.size();
+  m_completeness = m_open > 0 ? Completeness::kOpen : Completeness::kComplete;
 }
 
 }  // namespace orlocal::host::calc

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -84,23 +85,30 @@ Value typedValue(std::u16string_view text, std::int32_t type) {
   return read;
 }
 
+/// A value of a list as it is compared: what could be read as the wanted type, else its text without case, folded once.
 struct Sortable {
   std::u16string_view text;
-  Value value;
+  std::optional<Value> value;
+  std::u16string folded;
 };
 
 std::vector<Sortable> sortables(Arguments a, std::int32_t type) {
   std::vector<Sortable> result;
-  for (const std::u16string_view text : valuesOf(a[0].asText())) result.push_back({text, typedValue(text, type)});
+  for (const std::u16string_view text : valuesOf(a[0].asText())) {
+    Value value = typedValue(text, type);
+    if (value.type() == fmx::kText) {
+      result.push_back({text, std::nullopt, foldCase(text)});
+    } else {
+      result.push_back({text, std::move(value), {}});
+    }
+  }
   return result;
 }
 
 bool before(const Sortable& left, const Sortable& right) {
   // Values that could not be read stand after those that could, so that the order is one.
-  const bool leftOther = left.value.type() == fmx::kText;
-  const bool rightOther = right.value.type() == fmx::kText;
-  if (leftOther != rightOther) return rightOther;
-  return compareValues(left.value, right.value) < 0;
+  if (left.value.has_value() != right.value.has_value()) return left.value.has_value();
+  return left.value ? compareValues(*left.value, *right.value) < 0 : left.folded < right.folded;
 }
 
 Value sortValues(CallContext&, Arguments a) {

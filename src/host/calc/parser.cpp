@@ -1,13 +1,17 @@
 #include "host/calc/parser.h"
 
 #include <algorithm>
+#include <map>
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include "host/calc/builtins.h"
+#include "host/calc/stack_room.h"
 #include "host/calc/text_tools.h"
 #include "host/fmwrapper/unicode.h"
 
@@ -58,22 +62,33 @@ struct Refusal {
 
 class Parser {
  public:
-  Parser(std::string_view source, std::vector<Token> tokens, std::vector<Signature> signatures)
-      : m_source(source), m_tokens(std::move(tokens)), m_signatures(std::move(signatures)) {}
+  Parser(std::string_view source, const std::vector<Signature>& signatures) : m_source(source), m_tokens(source) {
+    for (const Signature& signature : signatures) m_signatures.emplace(lowerName(signature.name), &signature);
+    advance();
+  }
 
   NodePtr run() {
-    if (peek().kind == TokenKind::kEnd) return make(0, Literal{});
+    if (peek().kind == TokenKind::kEnd) return make(Literal{std::make_shared<const Value>()});
     NodePtr result = parseExpression();
     if (peek().kind != TokenKind::kEnd) refuse(peek().offset, "an operator is missing before " + name(peek()));
     return result;
   }
 
  private:
-  const Token& peek() const { return m_tokens[m_at]; }
-  Token take() { return m_tokens[m_at < m_tokens.size() - 1 ? m_at++ : m_at]; }
+  const Token& peek() const { return m_next; }
+  void advance() {
+    CalcResult<Token> token = m_tokens.next();
+    if (!token) throw Refusal{token.error()};
+    m_next = std::move(*token);
+  }
+  Token take() {
+    Token token = std::move(m_next);
+    advance();
+    return token;
+  }
   bool takeIf(TokenKind kind) {
     if (peek().kind != kind) return false;
-    ++m_at;
+    advance();
     return true;
   }
   std::string name(const Token& token) const { return nameOf(token, m_source); }
@@ -87,8 +102,13 @@ class Parser {
   }
 
   template <class Content>
-  static NodePtr make(std::size_t offset, Content content) {
-    return std::make_unique<const Node>(Node{offset, std::move(content)});
+  static NodePtr make(Content content) {
+    return std::make_unique<const Node>(Node{std::move(content)});
+  }
+
+  template <class Content>
+  static NodePtr makeApart(Content content) {
+    return make(std::make_unique<const Content>(std::move(content)));
   }
 
   NodePtr parseExpression() { return parseFrom(kLoosest); }
@@ -98,23 +118,23 @@ class Parser {
     NodePtr left = parseUnary();
     while (rankOf(peek().kind) >= loosest) {
       const int rank = rankOf(peek().kind);
-      const std::size_t offset = left->offset;
       Chain chain{std::move(left), {}};
       while (rankOf(peek().kind) == rank) {
         const Token operation = take();
-        chain.links.push_back({operation.kind, operation.offset, parseFrom(rank + 1)});
+        chain.links.push_back({operation.kind, parseFrom(rank + 1)});
       }
-      left = make(offset, std::move(chain));
+      chain.links.shrink_to_fit();
+      left = make(std::move(chain));
     }
     return left;
   }
 
   NodePtr parseUnary() {
     const Nesting nesting(*this);
-    const Token& token = peek();
-    if (token.kind == TokenKind::kMinus || token.kind == TokenKind::kPlus || token.kind == TokenKind::kNot) {
-      const Token operation = take();
-      return make(operation.offset, Unary{operation.kind, parseUnary()});
+    const TokenKind kind = peek().kind;
+    if (kind == TokenKind::kMinus || kind == TokenKind::kPlus || kind == TokenKind::kNot) {
+      advance();
+      return make(Unary{kind, parseUnary()});
     }
     return parsePrimary();
   }
@@ -123,14 +143,14 @@ class Parser {
     const Token token = take();
     switch (token.kind) {
       case TokenKind::kNumber:
-        return make(token.offset, Literal{numberLiteral(token)});
+        return makeLiteral(token, numberLiteral);
       case TokenKind::kText:
-        return make(token.offset, Literal{Value::ofUtf8(token.text)});
+        return makeLiteral(token, [](const Token& text) { return Value::ofUtf8(text.text); });
       case TokenKind::kReturn:
-        return make(token.offset, Literal{Value::ofText(std::u16string(1, kReturn))});
+        return makeLiteral(token, [](const Token&) { return Value::ofText(std::u16string(1, kReturn)); });
       case TokenKind::kVariable:
       case TokenKind::kGlobalVariable:
-        return make(token.offset, parseVariable(token));
+        return make(parseVariable(token));
       case TokenKind::kName:
         return parseName(token);
       case TokenKind::kOpen: {
@@ -141,6 +161,14 @@ class Parser {
       default:
         refuse(token.offset, fmt::format("a value is expected here, not {}", name(token)));
     }
+  }
+
+  /// A literal, sharing the value of an equal one before it.
+  template <class Read>
+  NodePtr makeLiteral(const Token& token, Read read) {
+    std::shared_ptr<const Value>& value = m_literals[static_cast<char>(token.kind) + token.text];
+    if (!value) value = std::make_shared<const Value>(read(token));
+    return make(Literal{value});
   }
 
   static Value numberLiteral(const Token& token) {
@@ -161,11 +189,10 @@ class Parser {
   NodePtr parseName(const Token& token) {
     const bool called = peek().kind == TokenKind::kOpen;
     const std::string key = lowerName(token.text);
-    if (!called && std::ranges::find(m_scope, key) != m_scope.end()) return make(token.offset, LocalVariable{key});
+    if (!called && m_visible.contains(key)) return make(LocalVariable{key});
     if (const Builtin* builtin = findBuiltin(token.text)) return parseBuiltin(token, *builtin);
-    for (const Signature& signature : m_signatures) {
-      if (lowerName(signature.name) == key) return parseLibraryCall(token, signature);
-    }
+    const auto signature = m_signatures.find(key);
+    if (signature != m_signatures.end()) return parseLibraryCall(token, *signature->second);
     if (called) refuse(token.offset, fmt::format("there is no function named {}", token.text));
     if (token.text.find("::") != std::string::npos) {
       refuse(token.offset, fmt::format("{} would be a field, and there are none here", token.text));
@@ -176,26 +203,26 @@ class Parser {
   NodePtr parseBuiltin(const Token& token, const Builtin& builtin) {
     switch (builtin.form) {
       case Form::kLet:
-        return parseLet(token);
+        return parseLet();
       case Form::kWhile:
-        return parseWhile(token);
+        return parseWhile();
       case Form::kGet:
-        return parseGet(token);
+        return parseGet();
       case Form::kSubstitute:
-        return make(token.offset, Call{&builtin, checked(token, builtin, parseSubstituteArguments())});
+        return make(Call{&builtin, checked(token, builtin, parseSubstituteArguments())});
       case Form::kFunction:
       case Form::kOneOrAll:
       case Form::kCase:
       case Form::kChoose:
         break;
     }
-    return make(token.offset, Call{&builtin, checked(token, builtin, parseArguments())});
+    return make(Call{&builtin, checked(token, builtin, parseArguments())});
   }
 
   NodePtr parseLibraryCall(const Token& token, const Signature& signature) {
     std::vector<NodePtr> arguments = parseArguments();
     checkCount(token, signature.prototype, signature.minimum, signature.maximum, arguments.size());
-    return make(token.offset, LibraryCall{signature.name, std::move(arguments)});
+    return makeApart(LibraryCall{signature.name, std::move(arguments)});
   }
 
   std::vector<NodePtr> checked(const Token& token, const Builtin& builtin, std::vector<NodePtr> arguments) const {
@@ -251,27 +278,27 @@ class Parser {
     return arguments;
   }
 
-  NodePtr parseGet(const Token& token) {
+  NodePtr parseGet() {
     expect(TokenKind::kOpen, "(");
     const Token word = take();
     const GetEntry* entry = word.kind == TokenKind::kName ? findGet(word.text) : nullptr;
     if (entry == nullptr) refuse(word.offset, fmt::format("Get does not know {}", name(word)));
     expect(TokenKind::kClose, ")");
-    return make(token.offset, GetCall{entry});
+    return make(GetCall{entry});
   }
 
-  NodePtr parseLet(const Token& token) {
+  NodePtr parseLet() {
     const std::size_t scope = m_scope.size();
     expect(TokenKind::kOpen, "(");
     Let let{parseBindings(), nullptr};
     expect(TokenKind::kSeparator, ";");
     let.result = parseExpression();
     expect(TokenKind::kClose, ")");
-    m_scope.resize(scope);
-    return make(token.offset, std::move(let));
+    leave(scope);
+    return makeApart(std::move(let));
   }
 
-  NodePtr parseWhile(const Token& token) {
+  NodePtr parseWhile() {
     const std::size_t scope = m_scope.size();
     expect(TokenKind::kOpen, "(");
     While loop{parseBindings(), nullptr, {}, nullptr};
@@ -282,8 +309,8 @@ class Parser {
     expect(TokenKind::kSeparator, ";");
     loop.result = parseExpression();
     expect(TokenKind::kClose, ")");
-    m_scope.resize(scope);
-    return make(token.offset, std::move(loop));
+    leave(scope);
+    return makeApart(std::move(loop));
   }
 
   /// `[ a = 1 ; b = 2 ]`, `[ ]` or `a = 1`. A separator before the closing bracket is forgiven, as the host forgives
@@ -314,18 +341,37 @@ class Parser {
     expect(TokenKind::kEqual, "=");
     binding.value = parseExpression();
     // Only now: on its own right side the name still means the outer variable.
-    if (token.kind == TokenKind::kName) m_scope.push_back(lowerName(token.text));
+    if (token.kind == TokenKind::kName) enter(lowerName(token.text));
     return binding;
+  }
+
+  void enter(const std::string& name) {
+    const auto visible = m_visible.try_emplace(name, 0).first;
+    ++visible->second;
+    m_scope.push_back(visible);
+  }
+
+  /// Forgets the names that came after the first `size` ones.
+  void leave(std::size_t size) {
+    for (; m_scope.size() > size; m_scope.pop_back()) {
+      if (--m_scope.back()->second == 0) m_visible.erase(m_scope.back());
+    }
   }
 
   /// Counts one level of nesting for as long as it lives.
   class Nesting {
    public:
     explicit Nesting(Parser& parser) : m_depth(parser.m_depth) {
-      if (++m_depth > kMaximumNesting) {
-        --m_depth;
+      if (m_depth >= kMaximumNesting) {
         refuse(parser.peek().offset, fmt::format("this is nested more than {} levels deep", kMaximumNesting));
       }
+      // What is built as deep as this must also be let go again.
+      if (stackRoom() < parser.m_startPlace - stackPlace()) {
+        refuse(parser.peek().offset,
+               "this is nested too deeply for the stack of this process; nest it less, or allow "
+               "a larger one (ulimit -s)");
+      }
+      ++m_depth;
     }
     ~Nesting() { --m_depth; }
     Nesting(const Nesting&) = delete;
@@ -336,20 +382,29 @@ class Parser {
   };
 
   std::string_view m_source;
-  std::vector<Token> m_tokens;
-  std::vector<Signature> m_signatures;
-  std::vector<std::string> m_scope;
-  std::size_t m_at = 0;
+  TokenReader m_tokens;
+  Token m_next;
+  std::unordered_map<std::string, const Signature*> m_signatures;
+  std::unordered_map<std::string, std::shared_ptr<const Value>> m_literals;
+  std::map<std::string, int> m_visible;  ///< names of enclosing variables, each with how often it was given
+  std::vector<std::map<std::string, int>::iterator> m_scope;
   int m_depth = 0;
+  std::size_t m_startPlace = stackPlace();
 };
 
 }  // namespace
 
 CalcResult<NodePtr> parse(std::string_view source, const FunctionLibrary& library) {
-  CalcResult<std::vector<Token>> tokens = tokenize(source);
-  if (!tokens) return tl::unexpected(tokens.error());
+  // What is no token anywhere is said before what is no calculation.
+  TokenReader tokens(source);
+  for (;;) {
+    const CalcResult<Token> token = tokens.next();
+    if (!token) return tl::unexpected(token.error());
+    if (token->kind == TokenKind::kEnd) break;
+  }
+  const std::vector<Signature> signatures = library.signatures();
   try {
-    return Parser(source, std::move(*tokens), library.signatures()).run();
+    return Parser(source, signatures).run();
   } catch (const Refusal& refusal) {
     return tl::unexpected(refusal.error);
   }

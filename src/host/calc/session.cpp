@@ -1,8 +1,9 @@
 #include "host/calc/session.h"
 
 #include <atomic>
-#include <exception>
+#include <cstdint>
 #include <map>
+#include <unordered_map>
 #include <utility>
 
 #include <fmt/format.h>
@@ -12,9 +13,65 @@
 #include "host/calc/builtins.h"
 #include "host/calc/operators.h"
 #include "host/calc/parser.h"
+#include "host/calc/stack_room.h"
 #include "host/calc/text_tools.h"
 
 namespace orlocal::host::calc {
+
+namespace {
+
+/// The variables of the enclosing Let and While, the innermost last. A name leads to its innermost variable at once,
+/// however many there are.
+class Locals {
+ public:
+  std::size_t size() const { return m_variables.size(); }
+
+  const Value* find(const std::string& name) const {
+    const auto latest = m_latest.find(name);
+    return latest == m_latest.end() ? nullptr : &m_variables[latest->second].value;
+  }
+
+  /// Sets the variable of that name at or after `scope`; makes one when there is none.
+  void set(const std::string& name, Value value, std::size_t scope) {
+    const auto [latest, isNew] = m_latest.try_emplace(name, m_variables.size());
+    if (!isNew && latest->second >= scope) {
+      m_variables[latest->second].value = std::move(value);
+      return;
+    }
+    const std::size_t outer = isNew ? kNone : std::exchange(latest->second, m_variables.size());
+    m_variables.push_back({&latest->first, outer, std::move(value)});
+  }
+
+  /// Forgets all variables after the first `size` ones.
+  void leave(std::size_t size) {
+    for (; m_variables.size() > size; m_variables.pop_back()) {
+      const Variable& variable = m_variables.back();
+      const auto latest = m_latest.find(*variable.name);
+      if (variable.outer == kNone) {
+        m_latest.erase(latest);
+      } else {
+        latest->second = variable.outer;
+      }
+    }
+  }
+
+ private:
+  static constexpr std::size_t kNone = SIZE_MAX;
+
+  struct Variable {
+    const std::string* name;  ///< the key in `m_latest`
+    std::size_t outer;        ///< the variable of that name that this one hides
+    Value value;
+  };
+
+  std::vector<Variable> m_variables;
+  std::unordered_map<std::string, std::size_t> m_latest;
+};
+
+/// Reasons that one calculation keeps; a loop over something faulty has one for each round.
+constexpr std::size_t kMostFailures = 100;
+
+}  // namespace
 
 class Session::Evaluator : public CallContext {
  public:
@@ -63,15 +120,25 @@ class Session::Evaluator : public CallContext {
 
   std::size_t textLimit() const override { return m_limits.textLength; }
 
-  void note(std::string reason) override { m_failures.push_back(std::move(reason)); }
+  void note(std::string reason) override {
+    if (m_failures.size() < kMostFailures) {
+      m_failures.push_back(std::move(reason));
+    } else if (m_failures.size() == kMostFailures) {
+      m_failures.push_back("and more, which are not kept");
+    }
+  }
 
  private:
-  using Locals = std::vector<std::pair<std::string, Value>>;
-
   Value eval(const Node& node) {
     if (m_interrupted) return stop();
     if (m_depth >= m_limits.depth) {
       note(fmt::format("the calculation is more than {} calls deep", m_limits.depth));
+      return Value::invalid();
+    }
+    if (stackRoom() == 0) {
+      note(
+          "the calculation is nested too deeply for the stack of this process; nest it less, or allow a larger one "
+          "(ulimit -s)");
       return Value::invalid();
     }
     const Depth depth(m_depth);
@@ -93,17 +160,20 @@ class Session::Evaluator : public CallContext {
   /// Every level of an interrupted calculation ends with this; the reason is given once.
   Value stop() {
     static const std::string kReason = "interrupted";
-    if (m_failures.empty() || m_failures.back() != kReason) note(kReason);
+    if (m_failures.empty() || m_failures.back() != kReason) m_failures.push_back(kReason);
     return Value::invalid();
   }
 
-  Value on(const Literal& literal) { return literal.value; }
+  template <class Content>
+  Value on(const std::unique_ptr<const Content>& apart) {
+    return on(*apart);
+  }
+
+  Value on(const Literal& literal) { return *literal.value; }
 
   Value on(const LocalVariable& variable) {
-    for (auto local = m_locals.rbegin(); local != m_locals.rend(); ++local) {
-      if (local->first == variable.name) return local->second;
-    }
-    return {};
+    const Value* value = m_locals.find(variable.name);
+    return value == nullptr ? Value{} : *value;
   }
 
   Value on(const Variable& variable) {
@@ -124,6 +194,7 @@ class Session::Evaluator : public CallContext {
   }
 
   Value on(const Chain& chain) {
+    if (chain.links.front().operation == TokenKind::kConcatenate) return concatenateAll(chain);
     Value left = eval(*chain.first);
     for (const Chain::Link& link : chain.links) {
       if (m_interrupted) return stop();
@@ -147,8 +218,6 @@ class Session::Evaluator : public CallContext {
     }
     const Value right = eval(*link.operand);
     switch (link.operation) {
-      case TokenKind::kConcatenate:
-        return concatenate(left, right);
       case TokenKind::kPlus:
       case TokenKind::kMinus:
       case TokenKind::kTimes:
@@ -160,11 +229,22 @@ class Session::Evaluator : public CallContext {
     }
   }
 
-  Value concatenate(const Value& left, const Value& right) {
-    const std::u16string& head = left.asText();
-    const std::u16string& tail = right.asText();
-    if (head.size() + tail.size() > m_limits.textLength) return tooLong();
-    return Value::ofText(head + tail);
+  /// One text grows through the whole chain; a text for each link would make long chains quadratic.
+  Value concatenateAll(const Chain& chain) {
+    std::u16string text = eval(*chain.first).asText();
+    bool refused = false;
+    for (const Chain::Link& link : chain.links) {
+      if (m_interrupted) return stop();
+      const Value right = eval(*link.operand);
+      const std::u16string& tail = right.asText();
+      refused = text.size() + tail.size() > m_limits.textLength;
+      if (refused) {
+        text = tooLong().asText();
+      } else {
+        text += tail;
+      }
+    }
+    return refused ? Value::invalid() : Value::ofText(std::move(text));
   }
 
   Value tooLong() {
@@ -222,7 +302,7 @@ class Session::Evaluator : public CallContext {
     const std::size_t scope = m_locals.size();
     assign(let.bindings, scope);
     Value result = eval(*let.result);
-    m_locals.resize(scope);
+    m_locals.leave(scope);
     return result;
   }
 
@@ -230,7 +310,7 @@ class Session::Evaluator : public CallContext {
     const std::size_t scope = m_locals.size();
     assign(loop.initial, scope);
     Value result = loopResult(loop, scope);
-    m_locals.resize(scope);
+    m_locals.leave(scope);
     return result;
   }
 
@@ -254,19 +334,9 @@ class Session::Evaluator : public CallContext {
       if (const auto* variable = std::get_if<Variable>(&binding.target)) {
         setVariable(keyOf(*variable), std::move(value));
       } else {
-        setLocal(std::get<LocalVariable>(binding.target).name, std::move(value), scope);
+        m_locals.set(std::get<LocalVariable>(binding.target).name, std::move(value), scope);
       }
     }
-  }
-
-  void setLocal(const std::string& name, Value value, std::size_t scope) {
-    for (std::size_t at = scope; at < m_locals.size(); ++at) {
-      if (m_locals[at].first == name) {
-        m_locals[at].second = std::move(value);
-        return;
-      }
-    }
-    m_locals.emplace_back(name, std::move(value));
   }
 
   /// A variable that holds nothing is none.

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <iterator>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include <fmt/format.h>
@@ -37,27 +39,11 @@ Value length(CallContext&, Arguments a) {
   return Value::ofNumber(static_cast<std::int64_t>(characterCount(a[0].asText())));
 }
 
-/// The place of the n-th occurrence at or after `from`; with n below 0, counted backwards from there.
-std::size_t findOccurrence(std::u16string_view text, std::u16string_view what, std::size_t from, std::int64_t n) {
-  std::size_t found = kNotFound;
-  for (; n > 0 && from <= text.size(); --n) {
-    found = findIgnoringCase(text, what, from);
-    if (found == kNotFound) return kNotFound;
-    from = found + 1;
-  }
-  for (; n < 0; ++n) {
-    found = findLastIgnoringCase(text, what, from);
-    if (found == kNotFound || (found == 0 && n < -1)) return kNotFound;
-    from = found - 1;
-  }
-  return n == 0 ? found : kNotFound;
-}
-
 Value position(CallContext&, Arguments a) {
   const std::u16string& text = a[0].asText();
   const std::int64_t start = std::max<std::int64_t>(a[2].asNumber().toInt64(), 1);
   const std::size_t from = unitOfCharacter(text, static_cast<std::size_t>(start) - 1);
-  const std::size_t found = findOccurrence(text, a[1].asText(), from, a[3].asNumber().toInt64());
+  const std::size_t found = findIgnoringCase(text, a[1].asText(), from, a[3].asNumber().toInt64());
   if (found == kNotFound) return Value::ofNumber(0);
   return Value::ofNumber(static_cast<std::int64_t>(characterCount(std::u16string_view(text).substr(0, found))) + 1);
 }
@@ -171,10 +157,13 @@ Value trim(CallContext&, Arguments a) {
 Value filter(CallContext&, Arguments a) {
   const std::u16string& text = a[0].asText();
   const std::u16string& allowed = a[1].asText();
+  // Halves of a pair that stand alone in the text find themselves in the pairs of the filter, too.
+  std::unordered_set<char32_t> points(allowed.begin(), allowed.end());
+  for (std::size_t unit = 0; unit + 1 < allowed.size(); ++unit) points.insert(codePointAt(allowed, unit));
   std::u16string result;
   for (std::size_t unit = 0; unit < text.size();) {
     const std::u16string_view character = characters(std::u16string_view(text).substr(unit, 2), 0, 1);
-    if (allowed.find(character) != std::u16string::npos) result += character;
+    if (points.contains(codePointAt(character, 0))) result += character;
     unit += character.size();
   }
   return Value::ofText(std::move(result));
@@ -221,13 +210,16 @@ Value fromCode(CallContext&, Arguments a) {
 Value toCode(CallContext&, Arguments a) {
   const std::u16string& text = a[0].asText();
   if (text.empty()) return numberOf(Value{});
-  std::u16string digits;
+  std::vector<char32_t> points;
   for (std::size_t unit = 0; unit < text.size();) {
-    const char32_t point = codePointAt(text, unit);
-    unit += point > 0xFFFF ? 2 : 1;
-    digits.insert(0, toUtf16(fmt::format("{:05}", static_cast<std::uint32_t>(point))));
+    points.push_back(codePointAt(text, unit));
+    unit += points.back() > 0xFFFF ? 2 : 1;
   }
-  return Value::ofNumber(Number::parse(digits));
+  std::string digits;
+  for (auto point = points.rbegin(); point != points.rend(); ++point) {
+    fmt::format_to(std::back_inserter(digits), "{:05}", static_cast<std::uint32_t>(*point));
+  }
+  return Value::ofNumber(Number::parse(toUtf16(digits)));
 }
 
 Value converted(const Value& value, fmx::NativeType type) {

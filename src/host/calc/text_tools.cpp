@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/fmwrapper/text_search.h"
 #include "host/fmwrapper/unicode.h"
 
 namespace orlocal::host::calc {
@@ -69,8 +70,9 @@ char32_t codePointAt(std::u16string_view text, std::size_t unit) {
 std::u16string replaceAll(std::u16string_view text, std::u16string_view from, std::u16string_view to) {
   std::u16string result;
   std::size_t at = 0;
-  while (!from.empty()) {
-    const std::size_t found = text.find(from, at);
+  const TextSearch search(from);
+  for (;;) {
+    const std::size_t found = search.find(text, at);
     if (found == std::u16string_view::npos) break;
     result += text.substr(at, found - at);
     result += to;
@@ -81,9 +83,9 @@ std::u16string replaceAll(std::u16string_view text, std::u16string_view from, st
 }
 
 std::size_t countOf(std::u16string_view text, std::u16string_view what) {
-  if (what.empty()) return 0;
+  const TextSearch search(what);
   std::size_t count = 0;
-  for (std::size_t at = text.find(what); at != std::u16string_view::npos; at = text.find(what, at + what.size()))
+  for (std::size_t at = search.find(text, 0); at != std::u16string_view::npos; at = search.find(text, at + what.size()))
     ++count;
   return count;
 }

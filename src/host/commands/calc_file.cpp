@@ -17,8 +17,8 @@ bool isComment(std::string_view line) {
 }
 
 bool holdsOnlyComments(std::string_view calculation) {
-  const auto tokens = calc::tokenize(calculation);
-  return tokens && tokens->size() == 1;
+  const auto first = calc::TokenReader(calculation).next();
+  return first && first->kind == calc::TokenKind::kEnd;
 }
 
 }  // namespace
@@ -38,13 +38,12 @@ std::vector<std::string_view> splitLines(std::string_view text) {
 }
 
 std::string joinCalculation(const std::vector<std::string_view>& lines, std::size_t first, std::size_t& next) {
-  std::string text(lines[first]);
-  next = first + 1;
-  while (next < lines.size() && calc::completenessOf(text) == calc::Completeness::kOpen) {
-    text += '\n';
-    text += lines[next++];
-  }
-  return text;
+  calc::LineJoiner calculation;
+  next = first;
+  do {
+    calculation.add(lines[next++]);
+  } while (next < lines.size() && calculation.completeness() == calc::Completeness::kOpen);
+  return calculation.take();
 }
 
 std::vector<Calculation> readCalculations(std::string_view text) {

@@ -161,7 +161,7 @@ FM_FUNCTION std::uint32_t FM_Text_FindIgnoringCase(const void* self, const Text*
 }
 FM_FUNCTION std::uint32_t FM_Text_FindPrevIgnoringCase(const void* self, const Text* other, std::uint32_t position,
                                                        Exception* x) {
-  return guarded(x, [&] { return positionOf(findLastIgnoringCase(selfOf<Text>(self), of(other), position)); });
+  return guarded(x, [&] { return positionOf(findIgnoringCase(selfOf<Text>(self), of(other), position, -1)); });
 }
 FM_FUNCTION void FM_Text_Uppercase(const void* self, Exception* x) {
   guarded(x, [&] { changeConst(self, toUpper); });

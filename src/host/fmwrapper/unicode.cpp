@@ -8,6 +8,8 @@
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
+#include "host/fmwrapper/text_search.h"
+
 namespace orlocal::host {
 
 namespace {
@@ -196,26 +198,21 @@ std::u16string foldCase(std::u16string_view text) {
 }
 
 std::u16string::size_type findIgnoringCase(std::u16string_view text, std::u16string_view what,
-                                           std::u16string::size_type from) {
-  if (what.empty() || from > text.size()) return kNotFound;
+                                           std::u16string::size_type from, std::int64_t occurrence) {
+  if (what.empty() || occurrence == 0) return kNotFound;
   const Folded folded = foldedWithOrigins(text);
   const std::u16string wanted = foldCase(what);
-  for (auto at = folded.units.find(wanted); at != kNotFound; at = folded.units.find(wanted, at + 1)) {
-    if (folded.origins[at] >= from && folded.isWhole(at, wanted.size())) return folded.origins[at];
+  const TextSearch search(wanted);
+  std::vector<std::size_t> before;  // where it stands at or before `from`
+  for (auto at = search.find(folded.units, 0); at != kNotFound; at = search.find(folded.units, at + 1)) {
+    const std::size_t origin = folded.origins[at];
+    if (occurrence < 0 && origin > from) break;
+    if (!folded.isWhole(at, wanted.size())) continue;
+    if (occurrence < 0) before.push_back(origin);
+    if (occurrence > 0 && origin >= from && --occurrence == 0) return origin;
   }
-  return kNotFound;
-}
-
-std::u16string::size_type findLastIgnoringCase(std::u16string_view text, std::u16string_view what,
-                                               std::u16string::size_type from) {
-  if (what.empty()) return kNotFound;
-  const Folded folded = foldedWithOrigins(text);
-  const std::u16string wanted = foldCase(what);
-  for (auto at = folded.units.rfind(wanted); at != kNotFound; at = folded.units.rfind(wanted, at - 1)) {
-    if (folded.origins[at] <= from && folded.isWhole(at, wanted.size())) return folded.origins[at];
-    if (at == 0) break;
-  }
-  return kNotFound;
+  const std::uint64_t back = occurrence < 0 ? ~static_cast<std::uint64_t>(occurrence) : before.size();
+  return back < before.size() ? before[before.size() - 1 - back] : kNotFound;
 }
 
 }  // namespace orlocal::host

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -26,13 +27,11 @@ ORLOCAL_HOST_API std::u16string foldCase(std::u16string_view text);
 
 inline constexpr std::u16string::size_type kNotFound = std::u16string::npos;
 
-/// First place at or after `from` where `what` stands in `text` when case is ignored; a unit position in `text`.
-/// An empty `what` stands nowhere.
+/// The place of the `occurrence`-th time that `what` stands in `text` at or after `from` when case is ignored; below 0
+/// counted backwards, from the last time at or before `from`. A unit position in `text`. An empty `what` stands
+/// nowhere.
 ORLOCAL_HOST_API std::u16string::size_type findIgnoringCase(std::u16string_view text, std::u16string_view what,
-                                                            std::u16string::size_type from);
-
-/// Last place at or before `from` where `what` stands in `text` when case is ignored.
-ORLOCAL_HOST_API std::u16string::size_type findLastIgnoringCase(std::u16string_view text, std::u16string_view what,
-                                                                std::u16string::size_type from);
+                                                            std::u16string::size_type from,
+                                                            std::int64_t occurrence = 1);
 
 }  // namespace orlocal::host

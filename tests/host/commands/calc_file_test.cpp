@@ -24,6 +24,20 @@ TEST(CalcFileTest, GoesOnWhileABracketOrATextIsOpen) {
   EXPECT_THAT(read("\"a\nb\"\n3"), ElementsAre(Line{1, "\"a\nb\""}, Line{3, "3"}));
 }
 
+TEST(CalcFileTest, ReadsACalculationOfManyLinesOnce) {
+  std::string text = "Sum (\n1";
+  for (int i = 0; i < 200'000; ++i) text += ";\n1";
+  text += ")\n2\n";
+  const auto lines = read(text);
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[1], (Line{200'003, "2"}));
+}
+
+TEST(CalcFileTest, GoesOnBehindATextAndACommentOfSeveralLines) {
+  EXPECT_THAT(read("Left ( \"a\n)\nb\" ; /* (\n( */ 2\n)\n3\n"),
+              ElementsAre(Line{1, "Left ( \"a\n)\nb\" ; /* (\n( */ 2\n)"}, Line{6, "3"}));
+}
+
 TEST(CalcFileTest, LeavesOutBlankLinesAndComments) {
   EXPECT_THAT(read("#!/usr/bin/orlocal run\n\n  # note\n1\n// note\n/* two\nlines */\n2"),
               ElementsAre(Line{4, "1"}, Line{8, "2"}));

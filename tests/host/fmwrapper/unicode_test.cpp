@@ -63,18 +63,18 @@ TEST(Unicode, FindsNothingThatIsAPartOfACharacter) {
   EXPECT_EQ(findIgnoringCase(u"ßx", u"sx", 0), kNotFound);
   EXPECT_EQ(findIgnoringCase(u"xß", u"xs", 0), kNotFound);
   EXPECT_EQ(findIgnoringCase(u"xß", u"XSS", 0), 0U);
-  EXPECT_EQ(findLastIgnoringCase(u"sxßx", u"sx", 3), 0U);
+  EXPECT_EQ(findIgnoringCase(u"sxßx", u"sx", 3, -1), 0U);
 }
 
 TEST(Unicode, FindsBackwardsFromAPosition) {
-  EXPECT_EQ(findLastIgnoringCase(u"abcABCabc", u"aB", 8), 6U);
-  EXPECT_EQ(findLastIgnoringCase(u"abcABCabc", u"aB", 5), 3U);
-  EXPECT_EQ(findLastIgnoringCase(u"abc", u"x", 2), kNotFound);
+  EXPECT_EQ(findIgnoringCase(u"abcABCabc", u"aB", 8, -1), 6U);
+  EXPECT_EQ(findIgnoringCase(u"abcABCabc", u"aB", 5, -1), 3U);
+  EXPECT_EQ(findIgnoringCase(u"abc", u"x", 2, -1), kNotFound);
 }
 
 TEST(Unicode, FindsAnEmptyTextNowhere) {
   EXPECT_EQ(findIgnoringCase(u"abc", u"", 0), kNotFound);
-  EXPECT_EQ(findLastIgnoringCase(u"abc", u"", 2), kNotFound);
+  EXPECT_EQ(findIgnoringCase(u"abc", u"", 2, -1), kNotFound);
 }
 
 }  // namespace
