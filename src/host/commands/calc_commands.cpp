@@ -32,7 +32,9 @@ class Printer {
     bool readable = true;
     for (const Calculation& calculation : calculations) {
       if (const auto error = workbench.session().check(calculation.text)) {
-        m_context.streams.err << calc::describe(calculation.text, *error, {m_file, calculation.line}) << '\n';
+        m_context.streams.err << calc::harmlessLines(
+                                     calc::describe(calculation.text, *error, {m_file, calculation.line}))
+                              << '\n';
         readable = false;
       }
     }
@@ -43,7 +45,9 @@ class Printer {
       const auto outcome = workbench.evaluate(calculation.text);
       if (!outcome) {
         // What it calls was unregistered by a calculation before it.
-        m_context.streams.err << calc::describe(calculation.text, outcome.error(), {m_file, calculation.line}) << '\n';
+        m_context.streams.err << calc::harmlessLines(
+                                     calc::describe(calculation.text, outcome.error(), {m_file, calculation.line}))
+                              << '\n';
         return ExitStatus::kFailed;
       }
       failed = failed || !outcome->failures.empty();
@@ -73,7 +77,7 @@ class Printer {
   void report(const Calculation& calculation, const calc::Outcome& outcome) {
     for (const std::string& failure : outcome.failures) {
       const std::string place = m_file.empty() ? "orlocal" : fmt::format("{}:{}", m_file, calculation.line);
-      m_context.streams.err << place << ": " << failure << '\n';
+      m_context.streams.err << place << ": " << calc::harmlessLines(failure) << '\n';
     }
   }
 

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/calc/rendering.h"
 #include "host/commands/clock_setting.h"
 
 namespace orlocal::host {
@@ -88,7 +89,7 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     }
     return status;
   } catch (const std::exception& error) {
-    streams.err << "orlocal: " << error.what() << '\n';
+    streams.err << "orlocal: " << calc::harmlessLines(error.what()) << '\n';
     return ExitStatus::kFailed;
   }
 }

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "host/calc/rendering.h"
+
 namespace orlocal::host {
 namespace {
 
@@ -32,17 +34,39 @@ bool within(const Range (&ranges)[N], char32_t c) {
                      [c](const Range& range) { return c >= range.first && c <= range.last; });
 }
 
-/// Calls `visit(character, bytes)` for each character of well-formed UTF-8; a stray byte counts as a character.
+constexpr std::string_view kReplacement = "\uFFFD";
+
+/// Bytes of the character that begins `text`; 0 where none does.
+std::size_t characterLength(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text[0]);
+  const std::size_t length = lead < 0x80   ? 1
+                             : lead < 0xC0 ? 0
+                             : lead < 0xE0 ? 2
+                             : lead < 0xF0 ? 3
+                             : lead < 0xF8 ? 4
+                                           : 0;
+  if (length > text.size()) return 0;
+  for (std::size_t k = 1; k < length; ++k) {
+    if ((static_cast<unsigned char>(text[k]) & 0xC0U) != 0x80U) return 0;
+  }
+  return length;
+}
+
+/// Calls `visit(character, bytes)` for each character; a stray byte comes as U+FFFD, so that nothing hides behind it.
 template <class Visit>
 void eachCharacter(std::string_view text, Visit visit) {
-  for (std::size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i]);
-    const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    const std::string_view bytes = text.substr(i, length);
+  while (!text.empty()) {
+    const std::size_t length = characterLength(text);
+    if (length == 0) {
+      visit(U'\uFFFD', kReplacement);
+      text.remove_prefix(1);
+      continue;
+    }
+    const auto lead = static_cast<unsigned char>(text[0]);
     char32_t c = length == 1 ? lead : lead & (0x7FU >> length);
-    for (std::size_t k = 1; k < bytes.size(); ++k) c = (c << 6) | (static_cast<unsigned char>(bytes[k]) & 0x3FU);
-    visit(c, bytes);
-    i += bytes.size();
+    for (std::size_t k = 1; k < length; ++k) c = (c << 6) | (static_cast<unsigned char>(text[k]) & 0x3FU);
+    visit(c, text.substr(0, length));
+    text.remove_prefix(length);
   }
 }
 
@@ -58,7 +82,7 @@ std::string printable(std::string_view text) {
   eachCharacter(text, [&out](char32_t c, std::string_view bytes) {
     if (isControl(c)) {
       out.push_back(' ');
-    } else {
+    } else if (!calc::misleads(c)) {
       out.append(bytes);
     }
   });

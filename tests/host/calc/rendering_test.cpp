@@ -37,5 +37,12 @@ TEST(RenderingTest, TakesTheCommandOutOfControlCharacters) {
   EXPECT_EQ(harmless("größe ©"), "größe ©");
 }
 
+TEST(HarmlessTest, ShowsMarksThatMislead) {
+  EXPECT_EQ(harmless("a\u202eb\u2066\u200f\u061c\u2028\U000E0041"), "a\uFFFDb\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD");
+  EXPECT_EQ(harmless("👩\u200d💻 ❤\uFE0F"), "👩\u200d💻 ❤\uFE0F");
+}
+
+TEST(HarmlessTest, LeavesTheLinesOfAMessage) { EXPECT_EQ(harmlessLines("a\x1b\nb\n"), "a␛\nb\n"); }
+
 }  // namespace
 }  // namespace orlocal::host::calc

@@ -17,6 +17,25 @@ TEST(Printable, TurnsControlCharactersIntoBlanks) {
   EXPECT_EQ(printable("\u009b31m\u2028"), " 31m ");
 }
 
+TEST(Printable, LeavesOutMarksThatTurnTheDirectionOfWriting) {
+  for (const char* mark : {"\u202a", "\u202b", "\u202c", "\u202d", "\u202e", "\u2066", "\u2067", "\u2068", "\u2069",
+                           "\u200e", "\u200f", "\u061c"}) {
+    EXPECT_EQ(printable(std::string("a") + mark + "b"), "ab");
+  }
+}
+
+TEST(Printable, LeavesOutTextThatNobodySees) { EXPECT_EQ(printable("a\U000E0041\U000E007F\uFEFF\u2060b"), "ab"); }
+
+TEST(Printable, LetsNoControlCharacterHideBehindAStrayByte) {
+  EXPECT_EQ(printable("\xE0\x1b[2J"), "\uFFFD [2J");
+  EXPECT_EQ(printable("\xF8\x1b"), "\uFFFD ");
+  EXPECT_EQ(printable("\xC3"), "\uFFFD");
+}
+
+TEST(Printable, KeepsJoinersAndVariationSelectors) {
+  EXPECT_EQ(printable("👩\u200d💻 ❤\uFE0F नम\u200cस्ते"), "👩\u200d💻 ❤\uFE0F नम\u200cस्ते");
+}
+
 TEST(Printable, KeepsLettersOfAllScripts) { EXPECT_EQ(printable("é 予定 🎂 שבת"), "é 予定 🎂 שבת"); }
 
 TEST(DisplayWidth, CountsCells) {
