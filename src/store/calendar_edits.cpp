@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "store/item_limits.h"
 #include "store/try.h"
 
 namespace orlocal::store {
@@ -45,6 +46,8 @@ Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
     saved = *row;
     applyFields(calendar, set, saved);
   }
+  dropUnwritable(saved.title);
+  if (saved.notes) dropUnwritable(*saved.notes);
   if (saved.title.empty()) {
     return failure(ErrorCode::kRefused, fmt::format("A {} needs a title to be saved.", nounFor(saved.kind)));
   }

@@ -1,5 +1,6 @@
 #include "store/item_edit.h"
 
+#include "store/item_limits.h"
 #include "store/kept_lines.h"
 #include "store/list_merge.h"
 
@@ -26,11 +27,15 @@ void applyFields(const ItemEdit& edit, Item& item) {
   const auto take = [&](ItemField field, auto Item::*member) {
     if (edit.set.has(field)) item.*member = edit.values.*member;
   };
+  const auto takeText = [&](ItemField field, std::optional<std::string> Item::*member) {
+    if (edit.set.has(field)) item.*member = edit.values.*member;
+    if (item.*member && (edit.set.has(field) || !edit.opened)) dropUnwritable(*(item.*member));
+  };
   take(ItemField::kCalendar, &Item::calendar);
-  take(ItemField::kTitle, &Item::title);
-  take(ItemField::kNotes, &Item::notes);
-  take(ItemField::kLocation, &Item::location);
-  take(ItemField::kUrl, &Item::url);
+  takeText(ItemField::kTitle, &Item::title);
+  takeText(ItemField::kNotes, &Item::notes);
+  takeText(ItemField::kLocation, &Item::location);
+  takeText(ItemField::kUrl, &Item::url);
   take(ItemField::kPriority, &Item::priority);
   take(ItemField::kCompleted, &Item::completed);
   if (edit.set.has(ItemField::kAlarms)) {

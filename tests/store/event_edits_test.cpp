@@ -51,6 +51,30 @@ class Events : public StoreTest {
   }
 };
 
+TEST_F(Events, AreSavedWithoutCharactersThatNoFileCarries) {
+  Item item = simple();
+  item.title = std::string("a\0b\x01\x1b\x7f", 6) + "\tc";
+  item.notes = "one\r\ntwo\rthree\x02";
+  const Item stored = read(saved(item).id);
+  EXPECT_EQ(stored.title, "ab\tc");
+  EXPECT_EQ(stored.notes, "one\r\ntwo\rthree");
+}
+
+TEST_F(Events, AreRefusedWhenNoImportWouldTakeThem) {
+  Item item = simple();
+  item.notes = std::string(std::size_t{17} << 20, 'x');
+  const Error error = refusal(item);
+  EXPECT_EQ(error.code, ErrorCode::kRefused);
+  EXPECT_THAT(error.message, HasSubstr("more than 16 MiB"));
+  EXPECT_THAT(all(), IsEmpty());
+}
+
+TEST_F(Events, MayHaveLongNotes) {
+  Item item = simple();
+  item.notes = std::string(std::size_t{10} << 20, 'x');
+  EXPECT_EQ(read(saved(item).id).notes->size(), std::size_t{10} << 20);
+}
+
 TEST_F(Events, ComeBackAsTheyWereSaved) {
   Item item = simple();
   item.notes = "";

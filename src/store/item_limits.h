@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "store/model.h"
+#include "store/result.h"
+
+namespace orlocal::store {
+
+/// What one item may have as iCalendar text. What is saved stays within what an import takes, so that every export can
+/// be imported again.
+inline constexpr std::size_t kMostItemBytes = std::size_t{16} << 20;
+
+/// Takes out what iCalendar text cannot carry (RFC 5545, 3.3.11): control characters but tabs and line breaks, as an
+/// import leaves them out.
+void dropUnwritable(std::string& text);
+
+/// Refuses an item that no import would take again.
+Status checkSize(const Item& item);
+
+}  // namespace orlocal::store
