@@ -19,6 +19,14 @@ if(ORLOCAL_SANITIZE)
   target_link_options(orlocal_options INTERFACE -fsanitize=${ORLOCAL_SANITIZE})
 endif()
 
+# libFuzzer sees only what is instrumented: the libraries as well as the targets.
+if(ORLOCAL_FUZZ)
+  target_compile_options(
+    orlocal_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
+                              -fno-sanitize-recover=all)
+  target_link_options(orlocal_options INTERFACE -fsanitize=address,undefined)
+endif()
+
 # orlocal_layer(NAME SOURCES file… [USES target…]): the layer's library.
 function(orlocal_layer name)
   cmake_parse_arguments(LAYER "" "" "SOURCES;USES" ${ARGN})
