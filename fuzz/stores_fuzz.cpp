@@ -31,6 +31,7 @@ void use(const std::filesystem::path& file) {
   StoreOptions options;
   options.file = file;
   options.occurrenceBudget = 20'000;
+  options.busyTimeout = std::chrono::milliseconds(10);
   const auto store = CalendarStore::open(std::move(options));
   if (!store) return;
   EventQuery query{Moment(std::chrono::seconds(1'793'606'400)), Moment(std::chrono::seconds(1'796'284'800)), {}};
