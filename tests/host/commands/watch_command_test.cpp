@@ -128,7 +128,7 @@ TEST_F(WatchTest, ShowsRemindersCalendarsAndReminderLists) {
 
 TEST_F(WatchTest, KeepsATitleFromSteeringTheTerminal) {
   const auto watch = watching();
-  saved(review("Two\nlines\x1b[31m"));
+  saved(review("Two\nlines\u009b[31m"));
   EXPECT_THAT(watch->line(), HasSubstr("Two lines [31m  Calendar"));
 }
 
