@@ -34,11 +34,11 @@ std::vector<Calendar> calendarsOf(CalendarStore& store) {
 
 std::string exported(CalendarStore& store) {
   std::string text;
-  const Status done = exportCalendars(store, calendarsOf(store), [&text](std::string_view piece) -> Status {
+  const auto done = exportCalendars(store, calendarsOf(store), [&text](std::string_view piece) -> Status {
     text += piece;
     return {};
   });
-  if (!done) std::abort();
+  if (!done || !done->notes.empty()) std::abort();
   return text;
 }
 

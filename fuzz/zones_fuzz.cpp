@@ -32,7 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     use(Zone::named("TZ:" + text));
     if (const auto system = systemZoneOf(text)) use(Zone::named(*system));
   }
-  if (const auto system = systemZoneByRules(text)) use(Zone::named(*system));
-  (void)privateZoneOf("Fuzz", text);
+  if (const auto rules = rulesOfVTimeZone(text)) {
+    if (const auto system = systemZoneByRules(*rules)) use(Zone::named(*system));
+    (void)privateZoneOf("Fuzz", text);
+  }
   return 0;
 }

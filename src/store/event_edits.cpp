@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include "store/item_limits.h"
 #include "store/try.h"
 
 namespace orlocal::store {
@@ -109,7 +108,6 @@ Result<Item> EventEdits::save(const ItemEdit& edit, const std::optional<Occurren
   if (edit.values.kind != ItemKind::kEvent) {
     return failure(ErrorCode::kInvalid, "A reminder cannot be saved as an event.");
   }
-  ORLOCAL_CHECK(checkSize(edit.values));
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(Item saved, edit.opened == nullptr ? insertNew(edit) : saveStored(edit, occurrence, span));
   ORLOCAL_CHECK(turn.commit());

@@ -1,6 +1,7 @@
 #include "store/item_limits.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -13,9 +14,19 @@ namespace {
 constexpr std::size_t kShownTitle = 60;
 
 std::size_t textBytes(const Item& item) {
-  std::size_t bytes = 0;
-  for (const auto& text : {item.title, item.notes, item.location, item.url}) bytes += text ? text->size() : 0;
+  std::size_t bytes = item.extra.size();
+  for (const auto* text : {&item.title, &item.notes, &item.location, &item.url}) bytes += *text ? (*text)->size() : 0;
+  for (const Alarm& alarm : item.alarms) bytes += alarm.extra.size();
+  for (const Attendee& attendee : item.attendees) bytes += attendee.extra.size();
   return bytes;
+}
+
+/// Without those that continue the one before (RFC 5545, 3.1).
+std::size_t linesOf(std::string_view text) {
+  std::size_t lines = 0;
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string_view::npos; ++at)
+    lines += at + 1 == text.size() || text[at + 1] != ' ' ? 1U : 0U;
+  return lines;
 }
 
 }  // namespace
@@ -29,14 +40,15 @@ void dropUnwritable(std::string& text) {
 
 Status checkSize(const Item& item) {
   // Escaped and folded, a text becomes about twice as long; what lies far below the limit need not be written out.
-  if (textBytes(item) < kMostItemBytes / 8) return {};
+  constexpr std::size_t kFewBytes = kMostItemLines * 2, kFew = kMostItemLines / 20;
+  if (textBytes(item) < kFewBytes && item.alarms.size() + item.attendees.size() < kFew) return {};
   std::string text;
   writeItem(text, item);
-  if (text.size() <= kMostItemBytes) return {};
+  if (text.size() <= kMostItemBytes && linesOf(text) <= kMostItemLines) return {};
   return failure(ErrorCode::kRefused,
-                 fmt::format("The item \"{:.{}}\" would take more than {} MiB as iCalendar text, and no import would "
-                             "take it again; shorten its texts.",
-                             item.title.value_or(std::string()), kShownTitle, kMostItemBytes >> 20U));
+                 fmt::format("The item \"{:.{}}\" would take more than {} MiB or {} lines as iCalendar text, and no "
+                             "import would take it again; shorten it.",
+                             item.title.value_or(std::string()), kShownTitle, kMostItemBytes >> 20U, kMostItemLines));
 }
 
 }  // namespace orlocal::store

@@ -6,6 +6,7 @@
 
 #include "store/civil_days.h"
 #include "store/item_draft.h"
+#include "store/item_limits.h"
 #include "store/recurrence.h"
 #include "store/recurrence_scale.h"
 #include "store/zone_names.h"
@@ -19,8 +20,6 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(" \t") + 1 - begin);
 }
 
-constexpr std::size_t kMostLines = 100'000;
-constexpr std::size_t kMostBytes = std::size_t{16} << 20;
 /// What each item may take to be compiled and its first occurrence found, beside what all of a file have together.
 constexpr std::uint64_t kOwnSteps = 2'000;
 /// What one item may take at most.
@@ -67,11 +66,11 @@ bool RuleBudget::takesOccurrences(std::int64_t inMonth) {
 }
 
 std::optional<ReadItem> ItemDraft::read(std::string_view text) {
-  if (text.size() > kMostBytes) return refuse(m_span.span.line, "it is larger than 16 MiB");
+  if (text.size() > kMostItemBytes) return refuse(m_span.span.line, "it is larger than 16 MiB");
   ContentLines lines(text, m_span.span.line);
   std::size_t count = 0;
   for (ContentLine line; lines.next(line);) {
-    if (++count > kMostLines) return refuse(line.line, "it has more than 100,000 lines");
+    if (++count > kMostItemLines) return refuse(line.line, "it has more than 100,000 lines");
     component(line);
   }
   return finish(text);
@@ -261,7 +260,7 @@ bool ItemDraft::addPeriods(ReadItem& made) {
       one = m_item;
       one.recurrence = {};
     }
-    if ((bytes += each) > kMostBytes) {
+    if ((bytes += each) > kMostItemBytes) {
       refuse(m_span.span.line, "its RDATE has more periods of their own length than an item may hold (16 MiB)");
       return false;
     }

@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include "store/event_edits.h"
-#include "store/item_limits.h"
 #include "store/try.h"
 
 namespace orlocal::store {
@@ -39,7 +38,6 @@ Result<Item> ReminderEdits::save(const ItemEdit& edit) {
   if (edit.values.kind != ItemKind::kReminder) {
     return failure(ErrorCode::kInvalid, "An event cannot be saved as a reminder.");
   }
-  ORLOCAL_CHECK(checkSize(edit.values));
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(Item saved, edit.opened == nullptr ? insertNew(edit) : saveStored(edit));
   ORLOCAL_CHECK(turn.commit());

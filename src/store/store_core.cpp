@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "store/change_signal.h"
+#include "store/item_limits.h"
 #include "store/try.h"
 #include "store/zone_data.h"
 
@@ -208,6 +209,7 @@ std::uint64_t StoreCore::generation() {
 }
 
 Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall) {
+  ORLOCAL_CHECK(checkSize(item));
   if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
   const Uuid uuid = uuids.next();
   item.itemIdentifier = uuid.text();
@@ -224,6 +226,7 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
 
 Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall) {
+  ORLOCAL_CHECK(checkSize(item));
   if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
   ORLOCAL_CHECK(replaceRow(item, own, original, originalIsWall));
   return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
