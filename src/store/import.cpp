@@ -57,7 +57,6 @@ class Importer {
     for (std::size_t i = 0; i < all; ++i) {
       if (i % kProgressStep == 0 && stopped(m_options)) return wasStopped();
       if (auto status = write(m_file.groups[i]); !status) return tl::unexpected(status.error());
-      m_file.groups[i] = {};
     }
     if (auto status = m_writer.commit(); !status) return tl::unexpected(status.error());
     if (m_options.progress) m_options.progress(all, all);
@@ -85,9 +84,7 @@ class Importer {
   }
 
   Status put(CalendarId calendar, int line, Item& main, std::vector<Item>& changed, const Series* compiled) {
-    // Two calendars of the file may be led to one; there a UID counts once.
-    const std::string occurrence = main.recurrenceId ? fmt::format("{}", main.recurrenceId->local - LocalTime()) : "";
-    if (!m_seen.insert(fmt::format("{}:{}:{}", calendar, occurrence, main.uid)).second) {
+    if (m_mayMeetAgain && !isNew(calendar, main)) {
       m_file.problems.refuse(line, main.uid, "its UID came before in this file; this one was not imported");
       return {};
     }
@@ -111,6 +108,12 @@ class Importer {
         break;
     }
     return {};
+  }
+
+  /// Two calendars of the file may be led to one; there a UID counts once.
+  bool isNew(CalendarId calendar, const Item& main) {
+    const std::string occurrence = main.recurrenceId ? fmt::format("{}", main.recurrenceId->local - LocalTime()) : "";
+    return m_seen.insert(fmt::format("{}:{}:{}", calendar, occurrence, main.uid)).second;
   }
 
   Result<CalendarId> targetOf(ItemKind itemKind, std::size_t index) {
@@ -179,6 +182,10 @@ class Importer {
   const ImportOptions& m_options;
   ImportReport m_report;
   std::vector<std::array<std::optional<CalendarId>, 2>> m_targets;  ///< by calendar of the file and kind
+  /// Within one calendar each UID is one group already, unless a series was cut into several.
+  bool m_mayMeetAgain = m_file.calendars.size() > 1 ||
+                        std::any_of(m_file.groups.begin(), m_file.groups.end(),
+                                    [](const ItemGroup& group) { return !group.later.empty(); });
   std::unordered_set<std::string> m_seen;
 };
 
