@@ -96,6 +96,12 @@ Result<std::shared_ptr<const Item>> ItemRows::read(ItemId id) {
   return load(id);
 }
 
+Result<std::shared_ptr<const Item>> ItemRows::readNamed(ItemId id) {
+  ORLOCAL_TRY(auto item, read(id));
+  if (item == nullptr) return damaged(m_database, fmt::format("Item {}", id));
+  return item;
+}
+
 Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
   Statement& read = m_read.in(m_database).bind(1, id);
   const ResetAtExit reset(read);

@@ -24,6 +24,8 @@ class ItemRows {
 
   /// Null when there is no such row.
   Result<std::shared_ptr<const Item>> read(ItemId id);
+  /// The same of a row that another row or an index names: it is there, or the file is damaged. Never null.
+  Result<std::shared_ptr<const Item>> readNamed(ItemId id);
   struct Expandable {
     Item item;  ///< only what a series needs to be expanded
     bool hasChanged = false;

@@ -66,7 +66,7 @@ Status SeriesEdits::exceptOne(const Item& series, Moment original) {
   const CalendarTime recurrenceId = here->recurrenceId(original);
   ORLOCAL_TRY(const ItemId changed, m_core.rows.changedAt(series.id, originalKeyAt(*here, original)));
   if (changed != 0) {
-    ORLOCAL_TRY(const auto row, m_core.rows.read(changed));
+    ORLOCAL_TRY(const auto row, m_core.rows.readNamed(changed));
     ORLOCAL_CHECK(m_core.removeItem(*row));
   }
   Item rest = series;
@@ -82,7 +82,7 @@ Status SeriesEdits::exceptOne(const Item& series, Moment original) {
 Status SeriesEdits::removeAll(const Item& series) {
   ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(series.id));
   for (const ItemRows::Changed& row : changed) {
-    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
+    ORLOCAL_TRY(const auto item, m_core.rows.readNamed(row.id));
     ORLOCAL_CHECK(m_core.removeItem(*item));
   }
   return m_core.removeItem(series);
@@ -114,7 +114,7 @@ Status SeriesEdits::truncate(const Item& series, Moment original) {
   ORLOCAL_TRY(const Series here, compiled(series, m_core.options.viewer));
   ORLOCAL_TRY(const auto later, changedFrom(series, here, original));
   for (const ItemRows::Changed& row : later) {
-    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
+    ORLOCAL_TRY(const auto item, m_core.rows.readNamed(row.id));
     ORLOCAL_CHECK(m_core.removeItem(*item));
   }
   ORLOCAL_TRY(RecurrenceHalves parts, halvesOf(series, here, original));
@@ -128,7 +128,7 @@ Status SeriesEdits::moveChanged(const std::vector<ItemRows::Changed>& changed, c
                                 const SeriesShift& shift, bool checkThatTheyMeet) {
   ExpansionBudget budget;
   for (const ItemRows::Changed& row : changed) {
-    ORLOCAL_TRY(const auto stored, m_core.rows.read(row.id));
+    ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(row.id));
     Item moved = *stored;
     moved.recurrenceId = shift(row.recurrenceId);
     const Moment original = key.originalStart(*moved.recurrenceId);
@@ -265,7 +265,7 @@ Status SeriesEdits::endAsOne(const Item& series, Moment original, bool whole, It
   }
   ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(series.id));
   for (const ItemRows::Changed& row : changed) {
-    ORLOCAL_TRY(const auto item, m_core.rows.read(row.id));
+    ORLOCAL_TRY(const auto item, m_core.rows.readNamed(row.id));
     ORLOCAL_CHECK(m_core.removeItem(*item));
   }
   one.id = series.id;

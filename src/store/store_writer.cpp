@@ -141,13 +141,13 @@ Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series) {
     ORLOCAL_CHECK(m_core.insertItem(main, series, std::nullopt, false));
     return PutOutcome::kNew;
   }
-  ORLOCAL_TRY(const auto stored, m_core.rows.read(*known));
+  ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(*known));
   const bool different = differs(*stored, main);
   if (different) ORLOCAL_CHECK(removeContinuations(*stored, main));
   if (series == nullptr) {
     ORLOCAL_TRY(const auto others, m_core.rows.changedOf(*known));
     for (const ItemRows::Changed& other : others) {
-      ORLOCAL_TRY(const auto row, m_core.rows.read(other.id));
+      ORLOCAL_TRY(const auto row, m_core.rows.readNamed(other.id));
       ORLOCAL_CHECK(m_core.removeItem(*row));
     }
     if (!different && others.empty()) return PutOutcome::kUnchanged;
@@ -169,10 +169,10 @@ Status StoreWriter::removeContinuations(const Item& stored, const Item& given) {
     if (!known) continue;
     ORLOCAL_TRY(const auto others, m_core.rows.changedOf(*known));
     for (const ItemRows::Changed& other : others) {
-      ORLOCAL_TRY(const auto row, m_core.rows.read(other.id));
+      ORLOCAL_TRY(const auto row, m_core.rows.readNamed(other.id));
       ORLOCAL_CHECK(m_core.removeItem(*row));
     }
-    ORLOCAL_TRY(const auto row, m_core.rows.read(*known));
+    ORLOCAL_TRY(const auto row, m_core.rows.readNamed(*known));
     ORLOCAL_CHECK(m_core.removeItem(*row));
   }
   return {};
@@ -186,7 +186,7 @@ Result<PutOutcome> StoreWriter::putChanged(Item& changed, const Item& main, cons
     ORLOCAL_CHECK(m_core.insertItem(changed, nullptr, original, series.followsViewer()));
     return PutOutcome::kNew;
   }
-  ORLOCAL_TRY(const auto stored, m_core.rows.read(known));
+  ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(known));
   if (!differs(*stored, changed)) return PutOutcome::kUnchanged;
   changed.identifier = main.identifier;
   ORLOCAL_CHECK(m_core.updateItem(changed, nullptr, original, series.followsViewer()));
@@ -211,7 +211,7 @@ Result<PutOutcome> StoreWriter::putAllChanged(std::vector<Item>& changed, const 
   }
   for (const auto& [original, place] : known) {
     if (place.named) continue;
-    ORLOCAL_TRY(const auto row, m_core.rows.read(place.id));
+    ORLOCAL_TRY(const auto row, m_core.rows.readNamed(place.id));
     ORLOCAL_CHECK(m_core.removeItem(*row));
     outcome = PutOutcome::kUpdated;
   }
@@ -221,7 +221,7 @@ Result<PutOutcome> StoreWriter::putAllChanged(std::vector<Item>& changed, const 
 Status StoreWriter::adoptStrays(const Item& main, const Series& series) {
   ORLOCAL_TRY(const auto strays, m_core.rows.straysWithUid(main.calendar, main.kind, main.uid));
   for (const ItemId id : strays) {
-    ORLOCAL_TRY(const auto row, m_core.rows.read(id));
+    ORLOCAL_TRY(const auto row, m_core.rows.readNamed(id));
     ORLOCAL_TRY(const ItemId taken, m_core.rows.changedAt(main.id, originalKey(series, *row->recurrenceId)));
     if (taken != 0) {
       ORLOCAL_CHECK(m_core.removeItem(*row));
@@ -239,7 +239,7 @@ Status StoreWriter::adoptStrays(const Item& main, const Series& series) {
 Result<PutOutcome> StoreWriter::putStray(Item& stray) {
   ORLOCAL_TRY(const auto known, m_core.rows.withUid(stray.calendar, stray.kind, stray.uid));
   if (known) {
-    ORLOCAL_TRY(const auto main, m_core.rows.read(*known));
+    ORLOCAL_TRY(const auto main, m_core.rows.readNamed(*known));
     ORLOCAL_TRY(const Series series, compiledToPut(*main));
     ORLOCAL_TRY(const ItemId taken, m_core.rows.changedAt(*known, originalKey(series, *stray.recurrenceId)));
     // The entry of a single event learns that it has changed occurrences.
@@ -253,7 +253,7 @@ Result<PutOutcome> StoreWriter::putStray(Item& stray) {
     ORLOCAL_CHECK(m_core.insertItem(stray, nullptr, original, wall));
     return PutOutcome::kNew;
   }
-  ORLOCAL_TRY(const auto stored, m_core.rows.read(*twin));
+  ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(*twin));
   if (!differs(*stored, stray)) return PutOutcome::kUnchanged;
   ORLOCAL_CHECK(m_core.updateItem(stray, nullptr, original, wall));
   return PutOutcome::kUpdated;
