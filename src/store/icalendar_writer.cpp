@@ -52,6 +52,14 @@ struct KeptLines {
   }
 };
 
+/// A value that is not escaped (a URI or address) ends where its line does; a line break in it would begin another
+/// line.
+std::string onOneLine(std::string_view value) {
+  std::string line(value);
+  std::erase_if(line, [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; });
+  return line;
+}
+
 class ItemText {
  public:
   ItemText(std::string& out, const Item& item) : m_out(out), m_item(item), m_kept(item.extra) {}
@@ -75,7 +83,7 @@ class ItemText {
     for (const ExceptionRule& rule : m_item.recurrence.exceptionRules) exceptionRule(rule);
     text("LOCATION", m_item.location);
     text("DESCRIPTION", m_item.notes);
-    if (m_item.url) line("URL" + parametersOf("URL") + ":" + *m_item.url);
+    if (m_item.url) line("URL" + parametersOf("URL") + ":" + onOneLine(*m_item.url));
     if (m_item.priority != 0) line(fmt::format("PRIORITY:{}", m_item.priority));
     if (!event) completion();
     for (const Attendee& attendee : m_item.attendees) person(attendee);
@@ -149,7 +157,7 @@ class ItemText {
     add("ROLE", wordOf(kRoles, attendee.role));
     if (attendee.type != Attendee::Type::kPerson || attendee.organizer)
       add("CUTYPE", wordOf(kAttendeeTypes, attendee.type));
-    line(text + attendee.extra + ":" + attendee.address);
+    line(text + attendee.extra + ":" + onOneLine(attendee.address));
   }
   void alarm(const Alarm& alarm) {
     const KeptLines kept(alarm.extra);
@@ -161,8 +169,9 @@ class ItemText {
     else
       line("TRIGGER;VALUE=DATE-TIME:" + momentText(std::get<Moment>(alarm.trigger)));
     for (const auto& attached : {alarm.soundName, alarm.url})
-      if (attached) line("ATTACH;VALUE=URI" + kept.parametersOf("ATTACH") + ":" + *attached);
-    if (alarm.emailAddress) line("ATTENDEE" + kept.parametersOf("ATTENDEE") + ":mailto:" + *alarm.emailAddress);
+      if (attached) line("ATTACH;VALUE=URI" + kept.parametersOf("ATTACH") + ":" + onOneLine(*attached));
+    if (alarm.emailAddress)
+      line("ATTENDEE" + kept.parametersOf("ATTENDEE") + ":mailto:" + onOneLine(*alarm.emailAddress));
     const bool speaks = alarm.action == Alarm::Action::kDisplay || alarm.action == Alarm::Action::kEmail;
     if (speaks && !kept.has("DESCRIPTION")) line(kAlarmDescription);
     if (alarm.action == Alarm::Action::kEmail && !kept.has("SUMMARY")) line(kAlarmSummary);

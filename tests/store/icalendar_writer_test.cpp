@@ -30,6 +30,29 @@ Item event() {
   return item;
 }
 
+TEST(WriteItem, WritesNoLineBreakThatSomebodyPutIntoAnAddress) {
+  const std::string evil = "x:y\r\nEND:VALARM\nEND:VEVENT\n";
+  Item item = event();
+  item.url = evil;
+  item.attendees.emplace_back().address = evil;
+  Alarm sound, mail, program;
+  sound.action = Alarm::Action::kAudio;
+  sound.soundName = evil;
+  mail.action = Alarm::Action::kEmail;
+  mail.emailAddress = evil;
+  program.action = Alarm::Action::kProcedure;
+  program.url = evil;
+  item.alarms = {sound, mail, program};
+  const std::string text = written(item);
+  EXPECT_EQ(text.find("\nEND:VEVENT\n"), text.size() - std::string("\nEND:VEVENT\n").size());
+  EXPECT_NE(text.find("URL:x:yEND:VALARMEND:VEVENT\n"), std::string::npos);
+  auto reader = CalendarReader::ofText(text, "again.ics");
+  ASSERT_TRUE(reader);
+  ReadProblems problems;
+  ASSERT_EQ(reader->size(), 1U);
+  EXPECT_EQ(reader->read(0, problems).main->alarms.size(), 3U);
+}
+
 TEST(WriteItem, WritesAnEvent) {
   Item item = event();
   item.title = "Tea, cake";
