@@ -105,7 +105,10 @@ TEST_F(ParserTest, RefusesNestingWithoutEnd) {
   for (const char* level : {"(", "-", "Left(", "Let(a=", "If(1;"}) {
     std::string calculation;
     for (int i = 0; i < 100'000; ++i) calculation += level;
-    EXPECT_THAT(errorOf(calculation), HasSubstr("nested more than 500 levels")) << level;
+    // An instrumented build has the larger frames, and meets the end of its stack first.
+    EXPECT_THAT(errorOf(calculation),
+                AnyOf(HasSubstr("nested more than 500 levels"), HasSubstr("nested too deeply for the stack")))
+        << level;
   }
 }
 
