@@ -10,7 +10,7 @@ namespace orlocal::test {
 namespace {
 
 /// SQLite's own file stands behind it in the same piece of memory.
-struct alignas(16) File {
+struct File {
   sqlite3_file base;
   const char* name;
   sqlite3_file* real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
