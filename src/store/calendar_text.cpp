@@ -183,10 +183,27 @@ std::optional<CalendarTime> parseTime(std::string_view text) {
 
 std::string timeText(const CalendarTime& time) {
   const LocalTime& at = time.local;
-  std::string text = fmt::format("{:04}{:02}{:02}", at.year(), at.month(), at.day());
+  std::string text;
+  // Every item of a file is written with some of these: a general formatter would be most of the work.
+  const auto two = [&](std::int64_t value) {
+    text += static_cast<char>('0' + value / 10);
+    text += static_cast<char>('0' + value % 10);
+  };
+  if (at.year() >= 0 && at.year() <= 9999) {
+    two(at.year() / 100);
+    two(at.year() % 100);
+  } else {
+    text = fmt::format("{:04}", at.year());
+  }
+  two(at.month());
+  two(at.day());
   if (time.kind == CalendarTime::Kind::kDate) return text;
-  text += fmt::format("T{:02}{:02}{:02}", at.hour(), at.minute(), at.second());
-  return time.kind == CalendarTime::Kind::kUtc ? text + 'Z' : text;
+  text += 'T';
+  two(at.hour());
+  two(at.minute());
+  two(at.second());
+  if (time.kind == CalendarTime::Kind::kUtc) text += 'Z';
+  return text;
 }
 
 std::string momentText(Moment moment) { return timeText({CalendarTime::Kind::kUtc, Zone().toLocal(moment), ""}); }

@@ -13,6 +13,7 @@ constexpr const char* kLog = "The log of changes";
 }  // namespace
 
 Status ChangeLog::startCommit() {
+  m_recorded.clear();  // what a commit that did not come about left
   Statement& newest = m_newest.in(m_database);
   const ResetAtExit reset(newest);
   ORLOCAL_TRY(const bool found, newest.step());
@@ -25,18 +26,36 @@ Status ChangeLog::startCommit() {
 
 Status ChangeLog::record(Operation operation, Subject subject, std::int64_t row, std::optional<ItemId> series,
                          const Uuid& uuid) {
-  Statement& insert = m_insert.in(m_database);
-  insert.bind(1, m_commit).bind(2, m_writer).bind(3, static_cast<std::int64_t>(operation));
-  insert.bind(4, static_cast<std::int64_t>(subject)).bind(5, row).bindBlob(7, uuid.bytes());
-  if (series) {
-    insert.bind(6, *series);
-  } else {
-    insert.bindNull(6);
-  }
-  return insert.run();
+  m_recorded.push_back({operation, subject, row, series, uuid});
+  return m_recorded.size() < kRowsAtOnce ? Status() : writeRecorded();
 }
 
-Status ChangeLog::prune() {
+void ChangeLog::bind(Statement& insert, int before, const Recorded& change) const {
+  insert.bind(before + 1, m_commit).bind(before + 2, m_writer);
+  insert.bind(before + 3, static_cast<std::int64_t>(change.operation));
+  insert.bind(before + 4, static_cast<std::int64_t>(change.subject)).bind(before + 5, change.row);
+  change.series ? insert.bind(before + 6, *change.series) : insert.bindNull(before + 6);
+  insert.bindBlob(before + 7, change.uuid.bytes());
+}
+
+Status ChangeLog::writeRecorded() {
+  std::span<const Recorded> left(m_recorded);
+  for (; left.size() >= kRowsAtOnce; left = left.subspan(kRowsAtOnce)) {
+    Statement& insert = m_insertMany.in(m_database);
+    for (int i = 0; i < kRowsAtOnce; ++i) bind(insert, i * kColumns, left[static_cast<std::size_t>(i)]);
+    ORLOCAL_CHECK(insert.run());
+  }
+  for (const Recorded& change : left) {
+    Statement& insert = m_insert.in(m_database);
+    bind(insert, 0, change);
+    ORLOCAL_CHECK(insert.run());
+  }
+  m_recorded.clear();
+  return {};
+}
+
+Status ChangeLog::finishCommit() {
+  ORLOCAL_CHECK(writeRecorded());
   ORLOCAL_TRY(const std::int64_t last, newest());
   // Dropping in lots keeps most commits from paying for it.
   constexpr std::int64_t kSlack = kKept / 10;

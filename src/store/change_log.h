@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "store/model.h"
 #include "store/sqlite.h"
@@ -46,9 +49,10 @@ class ChangeLog {
 
   /// Begins the rows of a commit; inside its transaction.
   Status startCommit();
+  /// The row is written by `finishCommit` at the latest.
   Status record(Operation operation, Subject subject, std::int64_t row, std::optional<ItemId> series, const Uuid& uuid);
-  /// Drops what is too old; before the commit.
-  Status prune();
+  /// Writes what was recorded and drops what is too old; before the commit.
+  Status finishCommit();
 
   /// The newest row's number; 0 when there is none.
   Result<std::int64_t> newest();
@@ -58,14 +62,30 @@ class ChangeLog {
   Status visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit);
 
  private:
+  struct Recorded {
+    Operation operation;
+    Subject subject;
+    std::int64_t row;
+    std::optional<ItemId> series;
+    Uuid uuid;
+  };
+  static constexpr const char* kInsert =
+      "INSERT INTO changes(commit_no, writer, operation, subject, row, series, uuid)";
+  static constexpr int kColumns = 7, kRowsAtOnce = 16;
+
+  Status writeRecorded();
+  void bind(Statement& insert, int before, const Recorded& change) const;
+
   Database& m_database;
   std::int64_t m_writer;
   std::int64_t m_commit = 0;
   std::int64_t m_firstOfCommit = 0;
+  std::vector<Recorded> m_recorded;  ///< not written yet
   LazyStatement m_newest{"SELECT seq, commit_no FROM changes ORDER BY seq DESC LIMIT 1"};
   LazyStatement m_oldest{"SELECT seq FROM changes ORDER BY seq LIMIT 1"};
-  LazyStatement m_insert{
-      "INSERT INTO changes(commit_no, writer, operation, subject, row, series, uuid) VALUES(?, ?, ?, ?, ?, ?, ?)"};
+  std::string m_one = insertOfRows(kInsert, kColumns, 1), m_many = insertOfRows(kInsert, kColumns, kRowsAtOnce);
+  LazyStatement m_insert{m_one.c_str()};
+  LazyStatement m_insertMany{m_many.c_str()};
   LazyStatement m_prune{"DELETE FROM changes WHERE seq < ?"};
   LazyStatement m_after{
       "SELECT seq, commit_no, writer, operation, subject, row, series, uuid FROM changes WHERE seq > ? ORDER BY seq"};

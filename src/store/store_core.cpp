@@ -114,7 +114,7 @@ Status StoreCore::followFile(Look look) {
 void StoreCore::forgetAll() {
   rows.forgetAll();
   series.forgetAll();
-  timeline.forgetShelves();
+  timeline.forget();
 }
 
 Status StoreCore::loadZones() {
@@ -145,7 +145,7 @@ Status StoreCore::catchUp() {
         series.forget(change.row);
         if (change.series) series.forget(*change.series);
       }));
-      timeline.forgetShelves();
+      timeline.forget();
     }
   }
   if (zonesChanged) {
@@ -279,7 +279,8 @@ WriteTurn::~WriteTurn() {
 }
 
 Status WriteTurn::commit() {
-  ORLOCAL_CHECK(m_core->log.prune());
+  ORLOCAL_CHECK(m_core->timeline.writeGathered());
+  ORLOCAL_CHECK(m_core->log.finishCommit());
   ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
   const Bell bell(m_core->file());
   ORLOCAL_CHECK(m_transaction.commit());

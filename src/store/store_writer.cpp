@@ -42,7 +42,9 @@ bool differs(const Item& stored, Item& given) {
 Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core) {
   ORLOCAL_TRY(WriteTurn turn, core.beginWriting());
   ORLOCAL_CHECK(core.database.execute(kLargeCache));
-  return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn)));
+  ORLOCAL_TRY(const Uuid newest, core.rows.newestUuid());
+  core.timeline.gather();
+  return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn), newest == Uuid()));
 }
 
 StoreWriter::~StoreWriter() { (void)m_core.database.execute(kUsualCache); }
@@ -83,6 +85,7 @@ Status StoreWriter::makeCalendar(Calendar& calendar) {
   calendar.type = source->type;
   ORLOCAL_CHECK(m_core.calendars.insert(calendar, m_core.uuids.next()));
   if (m_titles) m_titles->try_emplace(std::pair(calendar.kind, calendar.title), calendar);
+  m_made.insert(calendar.id);
   return m_core.logCalendar(Operation::kInserted, calendar);
 }
 
@@ -110,13 +113,24 @@ Status StoreWriter::checkTarget(CalendarId calendar, const Item& item) {
   return {};
 }
 
+bool StoreWriter::mayKnow(const Item& item) {
+  if (!m_storeWasEmpty && !m_made.contains(item.calendar)) return true;
+  const auto calendar = static_cast<std::uint64_t>(item.calendar) << 1 | static_cast<std::uint64_t>(item.kind);
+  const auto key = (static_cast<std::uint64_t>(ItemValues::hashOf(item.uid)) ^ calendar) * 0x9e3779b97f4a7c15U;
+  auto put = m_put[key >> (64 - kPutBits)];
+  const bool known = put;
+  put = true;
+  return known;
+}
+
 Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector<Item>& changed,
                                     const Series* compiled) {
   ORLOCAL_CHECK(checkTarget(calendar, main));
   main.calendar = calendar;
   main.series.reset();
+  const bool known = mayKnow(main);
   if (main.recurrenceId) return putStray(main);
-  if (main.recurrence.empty() && changed.empty()) return putMain(main, nullptr);
+  if (main.recurrence.empty() && changed.empty()) return putMain(main, nullptr, known);
   for (Item& occurrence : changed) {
     occurrence.calendar = calendar;
     occurrence.kind = main.kind;
@@ -129,14 +143,18 @@ Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector
     ORLOCAL_TRY(own, compiledToPut(main));
     compiled = &*own;
   }
-  ORLOCAL_TRY(const PutOutcome outcome, putMain(main, compiled));
-  ORLOCAL_CHECK(adoptStrays(main, *compiled));
+  ORLOCAL_TRY(const PutOutcome outcome, putMain(main, compiled, known));
+  if (known) ORLOCAL_CHECK(adoptStrays(main, *compiled));
+  if (!known && changed.empty()) return outcome;
   ORLOCAL_TRY(const PutOutcome others, putAllChanged(changed, main, *compiled));
   return outcome == PutOutcome::kUnchanged ? others : outcome;
 }
 
-Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series) {
-  ORLOCAL_TRY(const auto known, m_core.rows.withUid(main.calendar, main.kind, main.uid));
+Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series, bool mayBeKnown) {
+  std::optional<ItemId> known;
+  if (mayBeKnown) {
+    ORLOCAL_TRY(known, m_core.rows.withUid(main.calendar, main.kind, main.uid));
+  }
   if (!known) {
     ORLOCAL_CHECK(m_core.insertItem(main, series, std::nullopt, false));
     return PutOutcome::kNew;

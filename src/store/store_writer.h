@@ -4,7 +4,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "store/contact_rows.h"
 #include "store/item_writer.h"
@@ -28,12 +30,16 @@ class StoreWriter final : public ItemWriter {
   Status commit() override;
 
  private:
-  StoreWriter(StoreCore& core, WriteTurn turn) : m_core(core), m_turn(std::move(turn)), m_contacts(core.database) {}
+  StoreWriter(StoreCore& core, WriteTurn turn, bool storeWasEmpty)
+      : m_core(core), m_turn(std::move(turn)), m_contacts(core.database), m_storeWasEmpty(storeWasEmpty) {}
 
   /// The oldest calendar of each kind and title; read at once, as a file may name thousands.
   Status learnTitles();
   Status checkTarget(CalendarId calendar, const Item& item);
-  Result<PutOutcome> putMain(Item& main, const Series* series);
+  /// False when nothing with the UID of `item` can stand in its calendar, so that nothing need be looked up: what held
+  /// nothing when this began holds what was put since.
+  bool mayKnow(const Item& item);
+  Result<PutOutcome> putMain(Item& main, const Series* series, bool mayBeKnown);
   /// Removes the series that were cut off `stored` and that `given` does not name any more.
   Status removeContinuations(const Item& stored, const Item& given);
   Result<PutOutcome> putStray(Item& stray);
@@ -42,9 +48,15 @@ class StoreWriter final : public ItemWriter {
   Result<PutOutcome> putAllChanged(std::vector<Item>& changed, const Item& main, const Series& series);
   Status adoptStrays(const Item& main, const Series& series);
 
+  static constexpr int kPutBits = 23;
+
   StoreCore& m_core;
   WriteTurn m_turn;
   ContactRows m_contacts;
+  bool m_storeWasEmpty;
+  std::unordered_set<CalendarId> m_made;
+  /// One bit for each hash of what was put into calendars that held nothing; two that share it are looked up, no more.
+  std::vector<bool> m_put = std::vector<bool>(std::size_t{1} << kPutBits);
   std::optional<Calendar> m_lastTarget;
   std::optional<std::map<std::pair<CalendarKind, std::string>, Calendar>> m_titles;
   LazyStatement m_zoneText{"SELECT vtimezone FROM zones WHERE name = ?"};

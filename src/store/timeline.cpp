@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <span>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -113,6 +115,9 @@ void placeReminder(TimelineEntry& entry, const Item& item) {
   entry.start = entry.end = Timeline::keyOf(*item.end);
 }
 
+/// Rows kept back at most: some megabytes.
+constexpr std::size_t kGatheredAtMost = 65'536;
+
 /// Calls `place` for each shelf that the slot of a row stands for.
 template <class Place>
 Status forEachShelf(std::int64_t slot, const Place& place) {
@@ -169,23 +174,63 @@ TimelineEntry Timeline::entryOf(const Item& item, const Series* series, std::opt
 Status Timeline::insert(const TimelineEntry& entry) {
   return forEachShelf(entry.slot, [&](std::int64_t shelf) -> Status {
     m_shelves.set(static_cast<std::size_t>(shelf));
-    Statement& insert = m_insert.in(m_database);
-    insert.bind(1, shelf).bind(2, entry.start).bind(3, entry.item).bind(4, entry.end).bind(5, entry.calendar);
-    insert.bind(6, (entry.repeats ? kRepeats : 0) | (entry.originalIsWall ? kOriginalIsWall : 0) |
-                       (entry.hasDue ? kHasDue : 0) | (entry.dueIsWall ? kDueIsWall : 0));
-    entry.series ? insert.bind(7, *entry.series) : insert.bindNull(7);
-    entry.original ? insert.bind(8, *entry.original) : insert.bindNull(8);
-    return insert.run();
+    const std::int64_t flags = (entry.repeats ? kRepeats : 0) | (entry.originalIsWall ? kOriginalIsWall : 0) |
+                               (entry.hasDue ? kHasDue : 0) | (entry.dueIsWall ? kDueIsWall : 0);
+    const Row row{shelf, entry.start, entry.item, entry.end, entry.calendar, flags, entry.series, entry.original};
+    if (!m_gathers) return write(row);
+    m_gathered.push_back(row);
+    return m_gathered.size() < kGatheredAtMost ? Status() : writeRows();
   });
 }
 
+void Timeline::bind(Statement& insert, int before, const Row& row) {
+  insert.bind(before + 1, row.shelf).bind(before + 2, row.start).bind(before + 3, row.item).bind(before + 4, row.end);
+  insert.bind(before + 5, row.calendar).bind(before + 6, row.flags);
+  row.series ? insert.bind(before + 7, *row.series) : insert.bindNull(before + 7);
+  row.original ? insert.bind(before + 8, *row.original) : insert.bindNull(before + 8);
+}
+
+Status Timeline::write(const Row& row) {
+  Statement& insert = m_insert.in(m_database);
+  bind(insert, 0, row);
+  return insert.run();
+}
+
+Status Timeline::writeRows() {
+  std::stable_sort(m_gathered.begin(), m_gathered.end(), [](const Row& a, const Row& b) {
+    return std::tie(a.shelf, a.start, a.item) < std::tie(b.shelf, b.start, b.item);
+  });
+  std::span<const Row> left(m_gathered);
+  for (; left.size() >= kRowsAtOnce; left = left.subspan(kRowsAtOnce)) {
+    Statement& insert = m_insertMany.in(m_database);
+    for (int i = 0; i < kRowsAtOnce; ++i) bind(insert, i * kColumns, left[static_cast<std::size_t>(i)]);
+    ORLOCAL_CHECK(insert.run());
+  }
+  for (const Row& row : left) ORLOCAL_CHECK(write(row));
+  m_gathered.clear();
+  return {};
+}
+
+Status Timeline::writeGathered() {
+  m_gathers = false;
+  return writeRows();
+}
+
+void Timeline::forget() {
+  m_shelvesKnown = false;
+  m_gathers = false;
+  m_gathered.clear();
+}
+
 Status Timeline::remove(ItemId item, std::int64_t slot, std::int64_t start) {
+  ORLOCAL_CHECK(writeRows());
   return forEachShelf(slot, [&](std::int64_t shelf) {
     return m_remove.in(m_database).bind(1, shelf).bind(2, start).bind(3, item).run();
   });
 }
 
 Status Timeline::findShelves() {
+  ORLOCAL_CHECK(writeRows());
   if (m_shelvesKnown) return {};
   m_shelves.reset();
   for (std::int64_t slot = -1;;) {

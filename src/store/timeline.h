@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "store/model.h"
 #include "store/recurrence.h"
@@ -55,8 +57,14 @@ class Timeline {
   /// `slot` and `start` are the entry's.
   Status remove(ItemId item, std::int64_t slot, std::int64_t start);
 
-  /// Says that another process may have changed the file.
-  void forgetShelves() { m_shelvesKnown = false; }
+  /// From now on what is inserted is kept back and written in its order, many rows at once: a large change costs less.
+  /// Before anything is read or removed it is written.
+  void gather() { m_gathers = true; }
+  /// Writes what was kept back, and ends that.
+  Status writeGathered();
+
+  /// Says that another process may have changed the file, or that a change of this one did not come about.
+  void forget();
 
   using Visitor = std::function<Status(const TimelineEntry&)>;
   /// Visits every event entry that may overlap [from, to), each once, in no order; some do not overlap after all.
@@ -67,15 +75,34 @@ class Timeline {
   Status visitCompletedReminders(std::int64_t from, std::int64_t to, const Visitor& visit);
 
  private:
+  /// A row of the table, in its order of columns.
+  struct Row {
+    std::int64_t shelf, start;
+    ItemId item;
+    std::int64_t end;
+    CalendarId calendar;
+    std::int64_t flags;
+    std::optional<ItemId> series;
+    std::optional<std::int64_t> original;
+  };
+  static constexpr const char* kInsert =
+      "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)";
+  static constexpr int kColumns = 8, kRowsAtOnce = 16;
+
+  Status write(const Row& row);
+  Status writeRows();
+  static void bind(Statement& insert, int before, const Row& row);
   Status findShelves();
   Status visitShelf(std::int64_t slot, std::int64_t after, std::int64_t before, const Visitor& visit);
 
   Database& m_database;
   std::bitset<kShelves> m_shelves;  ///< those with entries, perhaps some more
   bool m_shelvesKnown = false;
-  LazyStatement m_insert{
-      "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original) "
-      "VALUES(?, ?, ?, ?, ?, ?, ?, ?)"};
+  bool m_gathers = false;
+  std::vector<Row> m_gathered;
+  std::string m_one = insertOfRows(kInsert, kColumns, 1), m_many = insertOfRows(kInsert, kColumns, kRowsAtOnce);
+  LazyStatement m_insert{m_one.c_str()};
+  LazyStatement m_insertMany{m_many.c_str()};
   LazyStatement m_remove{"DELETE FROM timeline WHERE slot = ? AND \"start\" = ? AND item = ?"};
   LazyStatement m_nextSlot{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
   LazyStatement m_scan{

@@ -41,6 +41,7 @@ class OutsideCommits : public testing::Test {
     auto transaction = Transaction::write(m_database).value();
     ASSERT_TRUE(log.startCommit());
     for (const Row& row : rows) ASSERT_TRUE(log.record(row.operation, row.subject, 1, row.series, row.uuid));
+    ASSERT_TRUE(log.finishCommit());
     ASSERT_TRUE(transaction.commit());
   }
 

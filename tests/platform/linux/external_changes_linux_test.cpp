@@ -103,6 +103,7 @@ TEST_F(ExternalChangesOfAStore, PostOneNotificationWithThreeListsForOneCommit) {
   const std::string gone = record(store::Operation::kDeleted);
   const std::string changed = record(store::Operation::kUpdated);
   const std::string fresh = record(store::Operation::kInserted);
+  ASSERT_TRUE(log.finishCommit());
   ASSERT_TRUE(transaction.commit());
   store::Bell(file).ring();
   loop().turn();
