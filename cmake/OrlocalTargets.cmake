@@ -21,10 +21,7 @@ endif()
 
 # libFuzzer sees only what is instrumented: the libraries as well as the targets.
 if(ORLOCAL_FUZZ)
-  target_compile_options(
-    orlocal_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
-                              -fno-sanitize-recover=all)
-  target_link_options(orlocal_options INTERFACE -fsanitize=address,undefined)
+  target_compile_options(orlocal_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # orlocal_layer(NAME SOURCES file… [USES target…]): the layer's library.
@@ -37,7 +34,7 @@ function(orlocal_layer name)
 endfunction()
 
 # What is tested is optimised; the tests themselves need not be.
-set(ORLOCAL_TEST_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O0>)
+set(ORLOCAL_TEST_OPTIONS -O0)
 
 # orlocal_test(NAME SOURCES file… USES target…): a test program and its cases. Zone, clock and language are pinned.
 function(orlocal_test name)

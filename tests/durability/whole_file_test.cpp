@@ -102,7 +102,7 @@ TEST_P(HostThatSaves, LeavesOneWholeFileWhenItShutsThePlugInDown) {
 TEST_P(HostThatSaves, LeavesOneWholeFileWhenItEndsWithoutShuttingThePlugInDown) {
   runsAndExits([] {
     // Never unloaded, as in hosts that only exit.
-    [[gnu::used]] static Plugin* s_kept;
+    [[maybe_unused]] static Plugin* volatile s_kept;
     s_kept = loaded().release();
     saveCalendar("Work");
   });

@@ -8,8 +8,10 @@ namespace orlocal::fakes {
 
 /// Under the sanitizers a call of a virtual function may look at memory through a pipe, and takes a sound object for a
 /// broken one where it gets none: only narrow code can run there.
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__)
 inline constexpr bool kSanitizersNeedDescriptors = true;
+#elif defined(__clang__)
+inline constexpr bool kSanitizersNeedDescriptors = __has_feature(address_sanitizer);
 #else
 inline constexpr bool kSanitizersNeedDescriptors = false;
 #endif

@@ -157,7 +157,7 @@ TEST_F(RunLoopWithoutDescriptors, TurnsAndRunsAsLongAsItHasNoPort) {
 
 TEST_F(RunLoopWithoutDescriptors, RefusesAPortWithAPlatformException) {
   if (fakes::kSanitizersNeedDescriptors) GTEST_SKIP() << "the sanitizers need descriptors of their own";
-  for (const rlim_t left : {0, 1}) {
+  for (const rlim_t left : {rlim_t{0}, rlim_t{1}}) {
     withNewLoop([left](RunLoop& loop) {
       const fakes::NoDescriptorLeft none(left);
       try {
