@@ -10,7 +10,7 @@ namespace orlocal::store {
 namespace {
 
 tl::unexpected<Error> cannotWrite(const std::filesystem::path& file, int error) {
-  const ErrorCode code = error == EACCES || error == EPERM || error == EROFS ? ErrorCode::kReadOnly
+  const ErrorCode code = error == EACCES || error == EPERM || error == EROFS ? ErrorCode::kNotPermitted
                          : error == ENOSPC || error == EDQUOT                ? ErrorCode::kFull
                                                                              : ErrorCode::kIo;
   return failure(code, fmt::format("The file \"{}\" cannot be written: {}.", file.string(), std::strerror(error)));

@@ -92,7 +92,8 @@ class Importer {
     const auto outcome = m_writer.put(calendar, main, changed, compiled);
     if (!outcome) {
       const auto code = outcome.error().code;
-      if (code != ErrorCode::kInvalid && code != ErrorCode::kRefused) return tl::unexpected(outcome.error());
+      const bool ofTheItem = code == ErrorCode::kInvalid || code == ErrorCode::kRefused || code == ErrorCode::kTooLarge;
+      if (!ofTheItem) return tl::unexpected(outcome.error());
       m_file.problems.refuse(line, uid, outcome.error().message);
       return {};
     }

@@ -16,8 +16,13 @@ constexpr std::size_t kShownTitle = 60;
 std::size_t textBytes(const Item& item) {
   std::size_t bytes = item.extra.size();
   for (const auto* text : {&item.title, &item.notes, &item.location, &item.url}) bytes += *text ? (*text)->size() : 0;
-  for (const Alarm& alarm : item.alarms) bytes += alarm.extra.size();
-  for (const Attendee& attendee : item.attendees) bytes += attendee.extra.size();
+  for (const Alarm& alarm : item.alarms) {
+    bytes += alarm.extra.size();
+    for (const auto* text : {&alarm.emailAddress, &alarm.soundName, &alarm.url}) bytes += *text ? (*text)->size() : 0;
+  }
+  for (const Attendee& attendee : item.attendees) {
+    bytes += attendee.extra.size() + attendee.address.size() + attendee.name.value_or(std::string()).size();
+  }
   return bytes;
 }
 
@@ -38,14 +43,21 @@ void dropUnwritable(std::string& text) {
   });
 }
 
+void keepOnOneLine(std::string& value) {
+  dropUnwritable(value);
+  std::erase_if(value, [](char c) { return c == '\n' || c == '\r'; });
+}
+
 Status checkSize(const Item& item) {
   // Escaped and folded, a text becomes about twice as long; what lies far below the limit need not be written out.
   constexpr std::size_t kFewBytes = kMostItemLines * 2, kFew = kMostItemLines / 20;
-  if (textBytes(item) < kFewBytes && item.alarms.size() + item.attendees.size() < kFew) return {};
+  const std::size_t parts =
+      item.alarms.size() + item.attendees.size() + item.recurrence.added.size() + item.recurrence.excluded.size();
+  if (textBytes(item) < kFewBytes && parts < kFew) return {};
   std::string text;
   writeItem(text, item);
   if (text.size() <= kMostItemBytes && linesOf(text) <= kMostItemLines) return {};
-  return failure(ErrorCode::kRefused,
+  return failure(ErrorCode::kTooLarge,
                  fmt::format("The item \"{:.{}}\" would take more than {} MiB or {} lines as iCalendar text, and no "
                              "import would take it again; shorten it.",
                              item.title.value_or(std::string()), kShownTitle, kMostItemBytes >> 20U, kMostItemLines));

@@ -21,7 +21,8 @@ enum class PutOutcome : std::uint8_t { kNew, kUpdated, kUnchanged };
 /// commit leaves the store as it was.
 ///
 /// It writes into read-only calendars too: a subscription is refreshed this way. Asking whether that is wanted is the
-/// caller's part. After a failure with another code than `kInvalid` or `kRefused` only destroying it makes sense.
+/// caller's part. After a failure with another code than `kInvalid`, `kRefused` or `kTooLarge` only destroying it
+/// makes sense.
 class ItemWriter {
  public:
   virtual ~ItemWriter() = default;

@@ -356,7 +356,7 @@ std::int64_t Series::mostInMonth() const {
 
 Status Series::checkDensity() const {
   if (mostInMonth() <= kMostInMonth) return {};
-  return failure(ErrorCode::kRefused,
+  return failure(ErrorCode::kTooLarge,
                  fmt::format("{} has more than 50,000 occurrences in a month, too many to be shown; give its rule a "
                              "longer interval or an earlier end",
                              m_data->name));

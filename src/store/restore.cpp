@@ -123,7 +123,7 @@ class Restoring {
   /// One commit for those who have the store open: nothing is moved, so no log can meet another file.
   Status copyInto(Database& present, const FileDraft& draft) {
     if (present.readOnly()) {
-      return failure(ErrorCode::kReadOnly,
+      return failure(ErrorCode::kNotPermitted,
                      fmt::format("The calendar store \"{}\" may not be written; nothing was changed. Check the "
                                  "permissions of the file and its folder.",
                                  m_store.string()));

@@ -110,7 +110,7 @@ ErrorCode codeOf(int systemError) {
     case EACCES:
     case EROFS:
     case EPERM:
-      return ErrorCode::kReadOnly;
+      return ErrorCode::kNotPermitted;
     case ENOSPC:
       return ErrorCode::kFull;
     default:
@@ -285,7 +285,7 @@ Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::m
     ORLOCAL_CHECK(database.execute("PRAGMA synchronous=FULL"));
     if (!current) ORLOCAL_CHECK(migrate(database, uuids));
   } else if (!current) {
-    return failure(ErrorCode::kReadOnly,
+    return failure(ErrorCode::kNotPermitted,
                    fmt::format("The calendar store \"{}\" has to be brought to a newer format and may not be written; "
                                "check the permissions of the file and its folder.",
                                file.string()));

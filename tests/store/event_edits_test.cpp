@@ -64,9 +64,18 @@ TEST_F(Events, AreRefusedWhenNoImportWouldTakeThem) {
   Item item = simple();
   item.notes = std::string(std::size_t{17} << 20, 'x');
   const Error error = refusal(item);
-  EXPECT_EQ(error.code, ErrorCode::kRefused);
+  EXPECT_EQ(error.code, ErrorCode::kTooLarge);
   EXPECT_THAT(error.message, HasSubstr("more than 16 MiB"));
   EXPECT_THAT(all(), IsEmpty());
+}
+
+TEST_F(Events, AreRefusedWhenTheTextsOfTheirAlarmsAreTooLong) {
+  const std::string tooLong(std::size_t{17} << 20, 'x');
+  for (auto text : {&Alarm::emailAddress, &Alarm::soundName, &Alarm::url}) {
+    Item item = simple();
+    item.alarms.emplace_back().*text = tooLong;
+    EXPECT_EQ(refusal(item).code, ErrorCode::kTooLarge);
+  }
 }
 
 TEST_F(Events, MayHaveLongNotes) {

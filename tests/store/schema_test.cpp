@@ -226,7 +226,7 @@ TEST_F(StoreFile, CanBeReadButNotChangedWhenItIsReadOnly) {
     item.title = "changed";
     const auto status = saveEvent(**readOnly, item, std::nullopt, Span::kThis);
     if (status) return 3;
-    return status.error().code == ErrorCode::kReadOnly ? 0 : 4;
+    return status.error().code == ErrorCode::kNotPermitted ? 0 : 4;
   });
   std::filesystem::permissions(folder, std::filesystem::perms(0755));
   EXPECT_EQ(result, 0);
@@ -238,7 +238,7 @@ TEST_F(StoreFile, CannotBeMadeInAFolderThatMayNotBeWritten) {
   file = folder / "sub" / "calendar.db";
   const int result = asOrdinaryUser([&] {
     const auto made = CalendarStore::open(options());
-    return !made && made.error().code == ErrorCode::kReadOnly ? 0 : 1;
+    return !made && made.error().code == ErrorCode::kNotPermitted ? 0 : 1;
   });
   std::filesystem::permissions(folder, std::filesystem::perms(0755));
   EXPECT_EQ(result, 0);
@@ -267,7 +267,7 @@ TEST_F(StoreFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
          {closed / "calendar.db", closed / "deep" / "calendar.db", closed / "new" / "calendar.db"}) {
       file = inside;
       const Error error = refusal();
-      const bool worded = error.code == ErrorCode::kReadOnly &&
+      const bool worded = error.code == ErrorCode::kNotPermitted &&
                           error.message.find(closed.string()) != std::string::npos &&
                           error.message.find("Permission denied") != std::string::npos &&
                           error.message.find("ORLOCAL_STORE") != std::string::npos;

@@ -56,7 +56,7 @@ std::optional<std::string> followed(std::filesystem::path path) {
 
 store::ErrorCode codeOf(int error) {
   if (error == ENOSPC || error == EDQUOT || error == EFBIG) return store::ErrorCode::kFull;
-  if (error == EACCES || error == EPERM || error == EROFS) return store::ErrorCode::kReadOnly;
+  if (error == EACCES || error == EPERM || error == EROFS) return store::ErrorCode::kNotPermitted;
   return store::ErrorCode::kIo;
 }
 

@@ -11,7 +11,7 @@ namespace orlocal {
 
 namespace {
 
-/// Whether a failure is the store's and not the caller's, who would be refused by any store.
+/// Whether a failure is the store's and its limits', and not the caller's, who would be refused by any store.
 bool isTrouble(store::ErrorCode code) {
   switch (code) {
     case store::ErrorCode::kNotFound:

@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include "platform/address_book.h"
+#include "platform/calendar_store.h"
 #include "platform/linux/store_fixture.h"
 #include "store/sqlite.h"
 
@@ -188,6 +189,52 @@ TEST_F(StoreInTrouble, GivesNoObjectThatCannotBeRead) {
               EXPECT_EQ(ek().eventWithIdentifier("0193A2B4-0000-7000-8000-000000000000"), nullptr);
             }),
             "");
+}
+
+/// Why a save was refused whose caller gets a code alone.
+TEST_F(StoreInTrouble, TellsWhyAnItemIsTooLarge) {
+  put(eventAt("Review", 2026, 11, 2, 9));
+  const auto event = eventsBetween(distantPast(), distantFuture())->objectAtIndex(0);
+  event->setNotes(std::string(std::size_t{17} << 20, 'x'));
+  std::optional<Error> error;
+  EXPECT_THAT(standardErrorOf([&] { EXPECT_FALSE(ek().saveEvent(event, EKSpan::kThisEvent, true, error)); }),
+              HasSubstr("The item \"Review\" would take more than 16 MiB"));
+  EXPECT_TRUE(error);
+}
+
+TEST_F(StoreInTrouble, TellsOnTheOlderPlatformWhyAnItemIsTooLarge) {
+  put(eventAt("Choir", 2026, 11, 2, 9));
+  put(reminder("Water the plants"));
+  kit();
+  const auto store = system->calendarStore().defaultCalendarStore();
+  const auto found = store->eventsWithPredicate(
+      store->eventPredicateWithStartDate(distantPast(), distantFuture(), store->calendars()));
+  const auto tasks = store->tasksWithPredicate(store->taskPredicateWithCalendars(store->calendars()));
+  const auto event = found->objectAtIndex(0);
+  const auto task = tasks->objectAtIndex(0);
+  const std::string tooMuch(std::size_t{17} << 20, 'x');
+  event->setNotes(tooMuch);
+  task->setNotes(tooMuch);
+  const std::string log = standardErrorOf([&] {
+    std::optional<Error> error;
+    EXPECT_FALSE(store->saveEvent(event, CalSpan::kThisEvent, error));
+    EXPECT_TRUE(error);
+    error.reset();
+    EXPECT_FALSE(store->saveTask(task, error));
+    EXPECT_TRUE(error);
+  });
+  EXPECT_THAT(log, HasSubstr("The item \"Choir\" would take more than 16 MiB"));
+  EXPECT_THAT(log, HasSubstr("The item \"Water the plants\" would take more than 16 MiB"));
+}
+
+TEST_F(StoreInTrouble, SaysNothingOfACalendarThatAllowsNoChanges) {
+  put(eventAt("Review", 2026, 11, 2, 9));
+  run("UPDATE calendars SET read_only = 1");
+  const auto event = eventsBetween(distantPast(), distantFuture())->objectAtIndex(0);
+  event->setTitle("Other");
+  std::optional<Error> error;
+  EXPECT_EQ(standardErrorOf([&] { EXPECT_FALSE(ek().saveEvent(event, EKSpan::kThisEvent, true, error)); }), "");
+  EXPECT_TRUE(error);
 }
 
 TEST_F(StoreInTrouble, IsAskedOnceForAFetchAndItsCount) {
