@@ -9,6 +9,7 @@
 #include "store/calendar_layout.h"
 #include "store/calendar_text.h"
 #include "store/content_line.h"
+#include "store/item_limits.h"
 #include "store/item_words.h"
 
 namespace orlocal::store {
@@ -52,12 +53,9 @@ struct KeptLines {
   }
 };
 
-/// A value that is not escaped (a URI or address) ends where its line does; a line break in it would begin another
-/// line.
-std::string onOneLine(std::string_view value) {
-  std::string line(value);
-  std::erase_if(line, [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; });
-  return line;
+std::string onOneLine(std::string value) {
+  keepOnOneLine(value);
+  return value;
 }
 
 class ItemText {

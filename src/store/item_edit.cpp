@@ -41,6 +41,13 @@ void applyFields(const ItemEdit& edit, Item& item) {
   if (edit.set.has(ItemField::kAlarms)) {
     item.alarms = edit.opened ? mergedLists(edit.opened->alarms, edit.values.alarms, item.alarms) : edit.values.alarms;
   }
+  if (edit.set.has(ItemField::kAlarms) || !edit.opened) {
+    for (Alarm& alarm : item.alarms) {
+      for (auto* text : {&alarm.emailAddress, &alarm.soundName, &alarm.url}) {
+        if (*text) keepOnOneLine(**text);
+      }
+    }
+  }
   if (edit.set.has(ItemField::kRules)) {
     // One that could not be followed was kept as it was written; it is no longer how the item repeats.
     item.extra = withoutLinesOf("RRULE", item.extra);

@@ -78,6 +78,18 @@ TEST_F(Events, AreRefusedWhenTheTextsOfTheirAlarmsAreTooLong) {
   }
 }
 
+TEST_F(Events, HaveAlarmsWithoutCharactersThatNoFileCarriesThere) {
+  Item item = simple();
+  const std::string text("a\0b\r\nc\x1b\x7f\td", 10);
+  Alarm& alarm = item.alarms.emplace_back();
+  alarm.emailAddress = alarm.soundName = alarm.url = text;
+  const Item stored = read(saved(item).id);
+  ASSERT_EQ(stored.alarms.size(), 1U);
+  EXPECT_EQ(stored.alarms[0].emailAddress, "abc\td");
+  EXPECT_EQ(stored.alarms[0].soundName, "abc\td");
+  EXPECT_EQ(stored.alarms[0].url, "abc\td");
+}
+
 TEST_F(Events, MayHaveLongNotes) {
   Item item = simple();
   item.notes = std::string(std::size_t{10} << 20, 'x');
