@@ -55,8 +55,8 @@ class StoreCore {
   std::uint64_t generation();
 
   /// Writes a new row, gives it its identifiers, and puts it on the timeline and into the log. `own` is the item's
-  /// series compiled for UTC, null when it does not repeat; one that is too dense to be read is refused, and an item that
-  /// no import would take again.
+  /// series compiled for UTC, null when it does not repeat; one that is too dense to be read is refused, and an item
+  /// that no import would take again.
   Status insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
   Status updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
   /// The same without a word in the log: what the item is does not change.

@@ -9,9 +9,9 @@
 
 namespace orlocal::host {
 
-/// `text` on one line: control characters become blanks, and marks that turn the direction of writing or that nobody sees
-/// are left out, so that nothing in a calendar can steer the terminal or read there as something else. Bytes that are no
-/// text become U+FFFD.
+/// `text` on one line: control characters become blanks, and marks that turn the direction of writing or that nobody
+/// sees are left out, so that nothing in a calendar can steer the terminal or read there as something else. Bytes that
+/// are no text become U+FFFD.
 std::string printable(std::string_view text);
 
 /// Cells that `text` takes on a terminal: none for marks that join the letter before, two for East Asian wide letters
