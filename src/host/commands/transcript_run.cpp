@@ -24,6 +24,9 @@ namespace orlocal::host {
 
 namespace {
 
+/// In the environment of all that a transcript runs: one that ran transcripts could run itself without an end.
+constexpr const char* kWithinTranscript = "ORLOCAL_WITHIN_TRANSCRIPT";
+
 using nlohmann::json;
 
 /// The file that a word names: beside the transcript, else in the nearest folder above it, else as it stands.
@@ -143,6 +146,7 @@ class Work {
   }
 
   void putSettingsInForce() {
+    ::setenv(kWithinTranscript, "1", 1);
     const TranscriptSettings& settings = m_transcript.settings;
     setEnvironment("TZ", settings.timezone);
     setEnvironment("ORLOCAL_NOW", settings.now);
@@ -210,8 +214,12 @@ std::vector<std::string> printedLines(const std::string& calculation, const calc
 
 TranscriptReport runTranscript(CommandContext& context, const std::filesystem::path& file,
                                const Transcript& transcript) {
-  const ChildResult child = runInChild([&](std::ostream& out) { Work(context, file, transcript, out).run(); });
   TranscriptReport report;
+  if (std::getenv(kWithinTranscript) != nullptr) {
+    report.trouble = "transcripts are not run from within a transcript";
+    return report;
+  }
+  const ChildResult child = runInChild([&](std::ostream& out) { Work(context, file, transcript, out).run(); });
   std::istringstream lines(child.output);
   for (std::string line; std::getline(lines, line);) {
     const json record = json::parse(line, nullptr, false);

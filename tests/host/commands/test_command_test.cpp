@@ -47,6 +47,12 @@ TEST_F(TestCommandTest, PinsClockAndZoneForOneTranscriptOnly) {
   EXPECT_EQ(run({"test", pinned, plain}), ExitStatus::kDone) << out.str();
 }
 
+TEST_F(TestCommandTest, RunsNoTranscriptThatRunsItself) {
+  const std::string file =
+      write("a.txt", "@outside test a.txt\n! test ended with status 1\n! …not run from within…\n! …\n");
+  EXPECT_EQ(run({"test", file}), ExitStatus::kDone) << out.str();
+}
+
 TEST_F(TestCommandTest, RunsTheBlocksOfAMarkdownPage) {
   EXPECT_EQ(run({"test", write("a.md", "# T\n\n```transcript\n> 1\n1\n```\n")}), ExitStatus::kDone);
   EXPECT_EQ(out.str(), "1 passed, 0 failed\n");
