@@ -13,6 +13,7 @@
 #include "host/commands/all_commands.h"
 #include "host/commands/calc_file.h"
 #include "host/commands/plugin_host.h"
+#include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
 
 namespace orlocal::host {
@@ -77,7 +78,7 @@ class Printer {
   void report(const Calculation& calculation, const calc::Outcome& outcome) {
     for (const std::string& failure : outcome.failures) {
       const std::string place = m_file.empty() ? "orlocal" : fmt::format("{}:{}", m_file, calculation.line);
-      m_context.streams.err << place << ": " << calc::harmlessLines(failure) << '\n';
+      tellTrouble(m_context.streams.err, failure, place);
     }
   }
 
@@ -88,7 +89,7 @@ class Printer {
 ExitStatus printAll(CommandContext& context, const std::string& file, const std::vector<Calculation>& calculations) {
   const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
   if (!workbench) {
-    context.streams.err << "orlocal: " << workbench.error() << '\n';
+    tellTrouble(context.streams.err, workbench.error());
     return ExitStatus::kFailed;
   }
   return Printer(context, file).print(**workbench, calculations);
@@ -108,7 +109,7 @@ ExitStatus runFile(CommandContext& context, const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   const std::string text(std::istreambuf_iterator<char>(stream), {});
   if (!stream.is_open() || stream.bad()) {
-    context.streams.err << "orlocal: " << file << " cannot be read\n";
+    tellTrouble(context.streams.err, file + " cannot be read");
     return ExitStatus::kFailed;
   }
   return printAll(context, file, readCalculations(text));

@@ -14,6 +14,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "host/commands/trouble.h"
+
 namespace orlocal::host {
 
 namespace {
@@ -114,7 +116,7 @@ ChildResult runInChild(const std::function<void(std::ostream&)>& work) {
     std::ostream out(&buffer);
     work(out);
   } catch (const std::exception& error) {
-    std::cerr << "orlocal: " << error.what() << std::endl;
+    tellTrouble(std::cerr, error.what());
     status = 1;
   }
   std::cout.flush();

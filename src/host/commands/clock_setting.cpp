@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <ostream>
 
+#include "host/commands/trouble.h"
 #include "host/fmwrapper/date_time.h"
 #include "store/clock.h"
 
@@ -11,7 +12,7 @@ namespace orlocal::host {
 void putClockInForce(std::ostream& err) {
   const auto pinned = store::momentPinnedByUser();
   if (!pinned) {
-    err << "orlocal: " << pinned.error().message << std::endl;
+    tellTrouble(err, pinned.error().message);
     ::unsetenv("ORLOCAL_NOW");
   }
   const auto moment = pinned.value_or(std::nullopt);

@@ -4,12 +4,14 @@
 #include <cstdlib>
 #include <exception>
 #include <ostream>
+#include <sstream>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "host/calc/rendering.h"
 #include "host/commands/clock_setting.h"
+#include "host/commands/trouble.h"
 
 namespace orlocal::host {
 
@@ -70,7 +72,11 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     // CLI11 takes the words from the last to the first.
     m_state->app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError& error) {
-    return m_state->app.exit(error, streams.out, streams.err) == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
+    // It quotes the words that are off.
+    std::ostringstream said;
+    const int code = m_state->app.exit(error, streams.out, said);
+    streams.err << calc::harmlessLines(said.str());
+    return code == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
   }
   const CommandBody* body = m_state->chosen();
   if (body == nullptr) {
@@ -89,7 +95,7 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     }
     return status;
   } catch (const std::exception& error) {
-    streams.err << "orlocal: " << calc::harmlessLines(error.what()) << '\n';
+    tellTrouble(streams.err, error.what());
     return ExitStatus::kFailed;
   }
 }

@@ -8,6 +8,7 @@
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/plugin_host.h"
+#include "host/commands/trouble.h"
 #include "host/console/console.h"
 #include "host/console/edited_lines.h"
 #include "host/fmwrapper/registry.h"
@@ -68,7 +69,7 @@ void greet(CommandContext& context, Workbench& workbench) {
 ExitStatus runConsole(CommandContext& context) {
   const auto opened = Workbench::open(context, Workbench::Need::kIfThere);
   if (!opened) {
-    context.streams.err << "orlocal: " << opened.error() << '\n';
+    tellTrouble(context.streams.err, opened.error());
     return ExitStatus::kFailed;
   }
   Workbench& workbench = **opened;

@@ -11,6 +11,7 @@
 #include "host/commands/all_commands.h"
 #include "host/commands/plugin_host.h"
 #include "host/commands/step_definition.h"
+#include "host/commands/trouble.h"
 #include "host/fmwrapper/registry.h"
 #include "host/fmwrapper/unicode.h"
 
@@ -109,7 +110,7 @@ bool listSteps(CommandContext& context) {
   for (const auto& step : Registry::instance().steps()) {
     const auto parameters = readStepDefinition(toUtf8(step->definition));
     if (!parameters) {
-      context.streams.err << "orlocal: " << toUtf8(step->name) << ": " << parameters.error() << '\n';
+      tellTrouble(context.streams.err, toUtf8(step->name) + ": " + parameters.error());
       readable = false;
       continue;
     }
@@ -133,7 +134,7 @@ template <class List>
 ExitStatus withPlugin(CommandContext& context, List list) {
   const auto workbench = Workbench::open(context, Workbench::Need::kPlugin);
   if (!workbench) {
-    context.streams.err << "orlocal: " << workbench.error() << '\n';
+    tellTrouble(context.streams.err, workbench.error());
     return ExitStatus::kFailed;
   }
   return list() ? ExitStatus::kDone : ExitStatus::kFailed;

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "host/commands/trouble.h"
 #include "host/fmwrapper/call.h"
 #include "host/fmwrapper/registry.h"
 #include "host/fmwrapper/unicode.h"
@@ -74,7 +75,7 @@ tl::expected<std::unique_ptr<Workbench>, std::string> Workbench::open(CommandCon
   const auto file = pluginFile(options, context.programFile);
   if (!file) {
     if (need == Need::kPlugin || options.plugin) return tl::unexpected(file.error());
-    context.streams.err << "orlocal: " << file.error() << "; going on without one\n";
+    tellTrouble(context.streams.err, file.error() + "; going on without one");
     return without();
   }
   HostDescription host;

@@ -12,6 +12,7 @@
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/transcript_run.h"
+#include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
 
 namespace orlocal::host {
@@ -54,7 +55,7 @@ class TestRun {
   void trouble(const std::string& place, const std::string& reason) {
     ++m_failed;
     if (m_context.options.json) m_examples.push_back({{"file", place}, {"passed", false}, {"trouble", reason}});
-    m_context.streams.err << place << ": " << reason << '\n';
+    tellTrouble(m_context.streams.err, reason, place);
   }
 
   void take(const std::string& file, const Verdict& verdict) {
@@ -67,7 +68,7 @@ class TestRun {
                             {"printed", verdict.printed},
                             {"passed", verdict.passed}});
     } else if (!verdict.passed) {
-      m_context.streams.out << fmt::format("{}:{}: {}\n", file, verdict.line, verdict.calculation);
+      m_context.streams.out << calc::harmlessLines(fmt::format("{}:{}: {}\n", file, verdict.line, verdict.calculation));
       show("expected", verdict.expected);
       show("printed ", verdict.printed);
     }

@@ -17,6 +17,7 @@
 #include "host/commands/store_news.h"
 #include "host/commands/store_session.h"
 #include "host/commands/terminal_text.h"
+#include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
 #include "host/plugin/update_script.h"
 
@@ -36,7 +37,7 @@ class SlowNotice {
  public:
   void tell(const store::ChangeSignal& signal, std::ostream& err) {
     const auto& trouble = signal.trouble();
-    if (trouble && !m_told) err << "orlocal: " << trouble->message << std::endl;
+    if (trouble && !m_told) tellTrouble(err, trouble->message);
     m_told = trouble.has_value();
   }
 
@@ -94,7 +95,7 @@ class ScriptWatch {
     // The bell rings after the commit, and the plug-in looks for commits whenever it gets idle time.
     do {
       slow.tell(signal, m_context.streams.err);
-      if (const auto idle = plugin.idle(); !idle) m_context.streams.err << "orlocal: " << idle.error() << std::endl;
+      if (const auto idle = plugin.idle(); !idle) tellTrouble(m_context.streams.err, idle.error());
     } while (waitForChange(signal) != Woken::kByInterruption);
     return ExitStatus::kDone;
   }
@@ -110,9 +111,7 @@ class ScriptWatch {
     std::replace(words.begin(), words.end(), std::string(kParameter), parameter);
     const ChildResult result = runVisibly(words);
     if (result.succeeded()) return 0;
-    m_context.streams.err << fmt::format("orlocal: {} {} ({})", printable(words.front()), result.ending,
-                                         printable(parameter))
-                          << std::endl;
+    tellTrouble(m_context.streams.err, fmt::format("{} {} ({})", words.front(), result.ending, parameter));
     return Registry::kRefused;
   }
 

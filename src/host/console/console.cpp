@@ -86,7 +86,7 @@ void Console::obey(const std::string& entry) {
     help(trimmed(word.substr(5)));
   } else if (calc::equalWords(word, "variables")) {
     for (const std::string& name : m_parts.variables()) {
-      m_parts.out << name << " = ";
+      m_parts.out << calc::harmless(name) << " = ";
       show(m_parts.evaluate(name), name);
     }
   } else {
@@ -97,19 +97,20 @@ void Console::obey(const std::string& entry) {
 
 void Console::help(const std::string& name) {
   const Completion found = complete(name, candidatesFor(m_parts.library, {}));
-  if (found.matching.empty()) m_parts.out << "no function's name begins with " << name << '\n';
-  for (const Candidate& candidate : found.matching) m_parts.out << candidate.prototype << '\n';
+  if (found.matching.empty()) m_parts.out << "no function's name begins with " << calc::harmless(name) << '\n';
+  for (const Candidate& candidate : found.matching) m_parts.out << calc::harmless(candidate.prototype) << '\n';
   for (const calc::Signature& signature : m_parts.library.signatures()) {
     // The text of a description stands behind its type-ahead words.
     const std::size_t bar = signature.description.find('|');
-    if (calc::equalWords(signature.name, name)) m_parts.out << "    " << signature.description.substr(bar + 1) << '\n';
+    if (calc::equalWords(signature.name, name))
+      m_parts.out << "    " << calc::harmless(signature.description.substr(bar + 1)) << '\n';
   }
 }
 
 void Console::show(const calc::CalcResult<calc::Outcome>& outcome, const std::string& entry) {
   if (!outcome) {
     m_failed = true;
-    m_parts.out << calc::describe(entry, outcome.error()) << '\n';
+    m_parts.out << calc::harmlessLines(calc::describe(entry, outcome.error())) << '\n';
     return;
   }
   const std::vector<std::string> lines = calc::linesOf(outcome->value);

@@ -10,6 +10,8 @@
 #include <langinfo.h>
 #include <unistd.h>
 
+#include "host/calc/rendering.h"
+
 namespace orlocal::host {
 
 namespace {
@@ -54,7 +56,8 @@ struct EditedLines::State {
         of(editor).completer({line->buffer, static_cast<std::size_t>(line->cursor - line->buffer)});
     if (completion.matching.empty()) return CC_REFRESH_BEEP;
     std::fputc('\n', stdout);
-    for (const Candidate& candidate : completion.matching) std::printf("  %s\n", candidate.prototype.c_str());
+    for (const Candidate& candidate : completion.matching)
+      std::printf("  %s\n", calc::harmless(candidate.prototype).c_str());
     std::fflush(stdout);
     if (!completion.insertion.empty()) ::el_insertstr(editor, completion.insertion.c_str());
     return CC_REDISPLAY;

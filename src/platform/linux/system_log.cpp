@@ -10,6 +10,8 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include "platform/text.h"
+
 namespace orlocal {
 namespace {
 
@@ -18,6 +20,17 @@ bool standardErrorIsRead() {
   if (::fstat(STDERR_FILENO, &target) != 0) return false;
   constexpr unsigned kMemoryDevices = 1, kNull = 3;
   return !S_ISCHR(target.st_mode) || target.st_rdev != makedev(kMemoryDevices, kNull);
+}
+
+/// Whether a terminal could be steered by it, or the order of letters turned around there: controls of seven and of
+/// eight bits, bidirectional marks, breaks, and what nobody sees.
+bool misleads(char16_t unit) {
+  struct Range {
+    char16_t first, last;
+  };
+  constexpr Range kRanges[] = {{0x0000, 0x001F}, {0x007F, 0x009F}, {0x061C, 0x061C}, {0x180E, 0x180E}, {0x200E, 0x200F},
+                               {0x2028, 0x202E}, {0x2060, 0x206F}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}};
+  return std::ranges::any_of(kRanges, [unit](const Range& range) { return unit >= range.first && unit <= range.last; });
 }
 
 /// Such as `"fmserver" (998)`; the number alone for a user without a name.
@@ -33,9 +46,9 @@ std::string userText() {
 }  // namespace
 
 void writeToSystemLog(std::string_view line) {
-  std::string text(line);
-  std::ranges::replace_if(
-      text, [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
+  std::u16string units = utf16FromUtf8(line);
+  std::ranges::replace_if(units, misleads, u'?');
+  std::string text = utf8FromUtf16(units);
   if (!standardErrorIsRead()) {
     ::syslog(LOG_USER | LOG_ERR, "%s", text.c_str());
     return;

@@ -9,7 +9,8 @@
 namespace orlocal {
 
 /// Writes a line where people look for what a program has to say: standard error, or the system's log when that is
-/// closed or goes to /dev/null, as a server's does. Control characters become question marks. Any thread.
+/// closed or goes to /dev/null, as a server's does. Control characters and marks that turn the order of
+/// letters around become question marks. Any thread.
 void writeToSystemLog(std::string_view line);
 
 /// What keeps the calendar store of this process from being used. Each cause goes to the system's log once, with file,

@@ -16,7 +16,8 @@ using ::testing::Not;
 class Functions : public calc::FunctionLibrary {
  public:
   std::vector<calc::Signature> signatures() const override {
-    return {{"Orlo_Fail", "Orlo_Fail( {type} )", "words|Always fails.", 0, 1}};
+    return {{"Orlo_Fail", "Orlo_Fail( {type} )", "words|Always fails.", 0, 1},
+            {"Turned", "Turned( \u202etype )", "words|Clears\x1b[2J.", 0, 1}};
   }
   tl::expected<Value, std::string> call(std::string_view, std::span<const Value>) override {
     return tl::unexpected<std::string>("Orlo_Fail threw an exception");
@@ -127,6 +128,12 @@ TEST_F(ConsoleTest, RemembersLinesApartWhenACommentWouldSwallowTheRest) {
 TEST_F(ConsoleTest, TakesCommandsToTheTerminalOutOfResults) {
   EXPECT_THAT(shownFor({"Char ( 27 ) & \"[31m\""}, true), HasSubstr("␛[31m"));
   EXPECT_THAT(shownFor({"Char ( 27 ) & \"[31m\""}, false), Not(HasSubstr("␛")));
+}
+
+TEST_F(ConsoleTest, HelpShowsNothingThatSteersTheTerminal) {
+  const std::string shown = shownFor({"help Turned"});
+  EXPECT_THAT(shown, HasSubstr("Turned( \uFFFDtype )"));
+  EXPECT_THAT(shown, HasSubstr("Clears\u241b[2J."));
 }
 
 }  // namespace

@@ -94,6 +94,18 @@ TEST_F(SystemLog, TakesNoControlCharacters) {
   EXPECT_EQ(standardErrorOf([] { writeToSystemLog("a\nb\x1b[2Jc\x7f"); }), "a?b?[2Jc?\n");
 }
 
+TEST_F(SystemLog, TakesNothingThatMisleads) {
+  EXPECT_EQ(standardErrorOf([] { writeToSystemLog("a\u0085b\u009b2Jc\u202ed\u2066e\u2028f g\u00fc\u200dh"); }),
+            "a?b?2Jc?d?e?f g\u00fc\u200dh\n");
+  EXPECT_EQ(standardErrorOf([] {
+              writeToSystemLog(
+                  "a\xff"
+                  "b");
+            }),
+            "a\uFFFD"
+            "b\n");
+}
+
 class Troubles : public testing::Test {
  protected:
   /// What the log has of a failure of `call`.
