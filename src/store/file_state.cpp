@@ -1,5 +1,7 @@
 #include "store/file_state.h"
 
+#include <system_error>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -10,6 +12,12 @@ namespace {
 std::int64_t nanoseconds(const statx_timestamp& time) { return time.tv_sec * 1'000'000'000 + time.tv_nsec; }
 
 }  // namespace
+
+std::filesystem::path wholePath(const std::filesystem::path& path) {
+  std::error_code gone;
+  auto whole = std::filesystem::absolute(path, gone);
+  return gone ? "." / path : whole;
+}
 
 std::optional<FileState> FileState::of(const std::filesystem::path& path) {
   struct statx found {};

@@ -6,6 +6,9 @@
 
 namespace orlocal::store {
 
+/// The path from the root; where the current folder is no longer there, from "." on, which leads nowhere.
+std::filesystem::path wholePath(const std::filesystem::path& path);
+
 /// Which file a path leads to, and how far it was written when we looked. Asks the system for the path alone and never
 /// opens the file: closing it again would drop the locks that SQLite holds on it for this process.
 struct FileState {

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "store/file_state.h"
 #include "store/model.h"
 #include "store/schema_check.h"
 #include "store/side_files.h"
@@ -126,7 +127,7 @@ Status makeFolder(const std::filesystem::path& folder) {
   if (error == 0) {
     ORLOCAL_CHECK(makeFolder(folder.parent_path()));
     if (::mkdir(folder.c_str(), 0700) == 0) {
-      const auto parent = std::filesystem::absolute(folder).parent_path();
+      const auto parent = wholePath(folder).parent_path();
       if (const int made = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); made >= 0) {
         giveToOwner(made, parent);
         ::close(made);

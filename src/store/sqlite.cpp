@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include "store/file_state.h"
 #include "store/side_files.h"
 #include "store/try.h"
 
@@ -82,10 +83,10 @@ int defend(sqlite3* handle) {
 std::filesystem::path wholeNameOf(const std::filesystem::path& file) {
   std::error_code error;
   auto whole = std::filesystem::canonical(file, error);
-  return error ? std::filesystem::absolute(file) : whole;
+  return error ? wholePath(file) : whole;
 }
 
-/// `file` is absolute.
+/// `file` is a whole path.
 std::string uriOf(const std::filesystem::path& file) {
   std::string uri = "file:";
   for (const char c : file.string()) {

@@ -225,6 +225,8 @@ const std::vector<Beginning>& beginnings() {
        false, "Not a directory"},
       {"Device", [](const auto&) { return "/dev/full"; }, false, "is a device and no file"},
       {"BelowADevice", [](const auto&) { return "/dev/full/calendar.db"; }, false, "Not a directory"},
+      {"CurrentFolderThatIsGone", [](const auto&) { return "calendar.db"; }, false, "cannot be made or reached"},
+      {"BelowTheCurrentFolderThatIsGone", [](const auto&) { return "below/calendar.db"; }, false, "cannot be made"},
       {"FolderThatMayNotBeSearched",
        [](const auto& folder) {
          fs::create_directory(folder / "theirs");
@@ -257,6 +259,9 @@ TEST_P(UnusableFromTheBeginning, IsAnsweredWithTheCodeOfEachFunction) {
                        {"HOME", ""},
                        {"ORLOCAL_SYSTEM_MINOR", backEnd.systemMinor}},
                       folder / "log");
+  fs::create_directory(folder / "gone");
+  working.ask("!folder\t" + (folder / "gone").string());
+  fs::remove(folder / "gone");
   if (beginning.asAnotherUser) working.ask("!user\t" + std::to_string(kNobody));
   bool met = false;
   perform(

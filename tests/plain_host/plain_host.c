@@ -5,6 +5,7 @@
  *   !idle                  sends an idle message
  *   !full                  from now on no disk has any room
  *   !user ID               becomes another user
+ *   !folder PATH           goes to that folder
  * Each is answered with one line. Line breaks in results are shown as "\n". */
 
 #include <dlfcn.h>
@@ -159,6 +160,9 @@ int main(int count, char** words) {
     } else if (strcmp(fields[0], "!user") == 0 && fieldCount == 2) {
       if (setuid((uid_t)strtoul(fields[1], NULL, 10)) != 0) fail("cannot become another user");
       puts("user");
+    } else if (strcmp(fields[0], "!folder") == 0 && fieldCount == 2) {
+      if (chdir(fields[1]) != 0) fail("cannot go to the folder");
+      puts("folder");
     } else {
       callAndTell(fields, fieldCount);
     }
