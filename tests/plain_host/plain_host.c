@@ -12,6 +12,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include "fm_interface.h"
@@ -159,6 +160,8 @@ int main(int count, char** words) {
       puts("full");
     } else if (strcmp(fields[0], "!user") == 0 && fieldCount == 2) {
       if (setuid((uid_t)strtoul(fields[1], NULL, 10)) != 0) fail("cannot become another user");
+      // A process that changed its user may otherwise not be searched for leaks at its end.
+      if (prctl(PR_SET_DUMPABLE, 1) != 0) fail("cannot stay open to tools");
       puts("user");
     } else if (strcmp(fields[0], "!folder") == 0 && fieldCount == 2) {
       if (chdir(fields[1]) != 0) fail("cannot go to the folder");
