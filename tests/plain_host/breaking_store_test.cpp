@@ -145,12 +145,15 @@ void perform(HostProcess& host, const Chain& chain, Harm harm, const std::functi
     ASSERT_EQ(answer.code, "0") << call;
     kept = answer.result;
   }
+  EXPECT_EQ(host.ask("!register\tSolution\tCalendar changed"), "0");
   breakStore();
   met = harm == Harm::kReading || (harm == Harm::kWriting && !chain.readsOnly);
   for (const Ask& ask : chain.asks) {
     const auto answer = host.call(filled(ask.call));
     ASSERT_FALSE(answer.code.empty()) << "the host died of " << ask.call << "\n" << host.log();
     SCOPED_TRACE(ask.call);
+    // At idle time the plug-in looks for what others did.
+    EXPECT_EQ(host.ask("!idle"), "idle");
     switch (harm) {
       case Harm::kReading:
         EXPECT_EQ(answer, answerOf(ask.unreadable));

@@ -3,6 +3,7 @@
  * usage: plain_host PLUGIN, then a line for each thing to do, its fields parted by tabs:
  *   FUNCTION ARGUMENT...   calls it; answers with the result, a tab, and the code that Orlo_GetLastError gives
  *   !idle                  sends an idle message
+ *   !register FILE SCRIPT  has a script started for each change by others; answers with how many were started so far
  *   !full                  from now on no disk has any room
  *   !user ID               becomes another user
  *   !folder PATH           goes to that folder
@@ -72,6 +73,7 @@ static const Function* named(const char* name) {
   for (int i = 0; i < functionCount; ++i) {
     if (strcmp(functions[i].name, name) == 0) return &functions[i];
   }
+  fail(name);
   return NULL;
 }
 
@@ -88,9 +90,7 @@ static void push(DataVect* arguments, const char* bytes) {
 }
 
 /* The function's result as text, which the caller frees. */
-static char* called(const char* name, char** words, int count) {
-  const Function* function = named(name);
-  if (function == NULL) fail(name);
+static char* called(const Function* function, char** words, int count) {
   ExceptionRecord x = fresh();
   DataVect* arguments = FM_DataVect_Constructor1(&x);
   ExprEnv* environment = FM_ExprEnv_Constructor1(&x);
@@ -106,10 +106,10 @@ static char* called(const char* name, char** words, int count) {
 }
 
 static void callAndTell(char** words, int count) {
-  char* result = called(words[0], words + 1, count - 1);
+  char* result = called(named(words[0]), words + 1, count - 1);
   char number[] = "number";
   char* form[] = {number};
-  char* code = called("Orlo_GetLastError", form, 1);
+  char* code = called(named("Orlo_GetLastError"), form, 1);
   for (const char* c = result; *c != '\0'; ++c) {
     if (*c == '\n' || *c == '\r') {
       fputs("\\n", stdout);
@@ -122,6 +122,14 @@ static void callAndTell(char** words, int count) {
   free(code);
 }
 
+static int scriptCount;
+
+static int16_t startScript(const Text* file, const Text* script, uint8_t control, const Data* parameter) {
+  (void)file, (void)script, (void)control, (void)parameter;
+  ++scriptCount;
+  return 0;
+}
+
 static void send(void (*entry)(ExternCall*), ExternCall* record, uint8_t message, uintptr_t versionText) {
   record->extnVersion = 62;
   record->unusedID = -1;
@@ -129,6 +137,7 @@ static void send(void (*entry)(ExternCall*), ExternCall* record, uint8_t message
   record->whichCall = message;
   record->parm2 = versionText;
   record->result = 0;
+  record->cStartScript = startScript;
   entry(record);
 }
 
@@ -155,6 +164,12 @@ int main(int count, char** words) {
     if (strcmp(fields[0], "!idle") == 0) {
       send(entry, &record, kCallIdle, 0);
       puts("idle");
+    } else if (strcmp(fields[0], "!register") == 0 && fieldCount == 3) {
+      Function registration = {.name = "Orlo_RegisterUpdateScript", .id = 0};
+      *(void**)&registration.call = dlsym(plugin, registration.name);
+      if (registration.call == NULL) fail("no registration");
+      free(called(&registration, fields + 1, 2));
+      printf("%d\n", scriptCount);
     } else if (strcmp(fields[0], "!full") == 0) {
       fillDisk();
       puts("full");
