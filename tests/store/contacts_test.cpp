@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "store_fixture.h"
+
 namespace orlocal::store {
 namespace {
 
@@ -58,6 +60,16 @@ TEST(Cards, WithNothingInThemAreReported) {
 
 TEST(Cards, AreMissedInAFileWithoutAny) {
   EXPECT_EQ(readContacts("hello\n", "x.vcf").error().message, "x.vcf is no vCard file: there is no card in it");
+}
+
+class CardsOfAFile : public StoreTest {};
+
+TEST_F(CardsOfAFile, AreRefusedWithASentenceWhenItCannotBeRead) {
+  // A folder opens like a file, and reading it fails as a broken disk does.
+  const auto report = importContactsFile(*store, folder);
+  ASSERT_FALSE(report);
+  EXPECT_EQ(report.error().code, ErrorCode::kIo);
+  EXPECT_NE(report.error().message.find(folder.string() + " cannot be read"), std::string::npos);
 }
 
 }  // namespace
