@@ -5,8 +5,10 @@
 #include <cstddef>
 #include <cstring>
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include "store/file_state.h"
 #include "store/side_files.h"
@@ -261,6 +263,12 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
                     (database.m_immutable ? SQLITE_OPEN_URI : 0);
   const int result = sqlite3_open_v2(name.c_str(), &database.m_handle, flags, nullptr);
   if (result != SQLITE_OK) return sqliteFailure(result, file.string(), database.m_handle);
+  // When a file does not open for writing, SQLite opens it for reading, whatever the reason was: where it may be
+  // written, a passing want of descriptors would leave a store that takes no change for as long as it is open.
+  if (access == Access::kReadWrite && sqlite3_db_readonly(database.m_handle, "main") == 1 &&
+      ::faccessat(AT_FDCWD, whole.c_str(), W_OK, AT_EACCESS) == 0) {
+    return sqliteFailure(SQLITE_CANTOPEN, file.string(), nullptr);
+  }
   if (const int defended = defend(database.m_handle); defended != SQLITE_OK) {
     return sqliteFailure(defended, file.string(), database.m_handle);
   }
