@@ -65,8 +65,13 @@ int DraftEntry::publish(const std::string& name, Existing existing) {
     if (::linkat(m_folder, m_name.c_str(), m_folder, name.c_str(), 0) != 0) return errno;
     ::unlinkat(m_folder, m_name.c_str(), 0);
   }
+  const int error = synced(m_folder);
+  // Where something was replaced, there is no way back; elsewhere nothing is to stand that was called a failure.
+  if (error != 0 && existing == Existing::kStays && ::renameat(m_folder, name.c_str(), m_folder, m_name.c_str()) == 0) {
+    return error;
+  }
   m_name.clear();
-  return synced(m_folder);
+  return error;
 }
 
 }  // namespace orlocal::store

@@ -36,7 +36,8 @@ class DraftEntry {
   /// Brings what was written to the disk and closes the file.
   int finish();
   /// Lets it appear under that name of the same folder, on the disk with its entry. `EEXIST` where something is there
-  /// that stays; then and whenever it fails it is a draft still.
+  /// that stays; then and whenever it fails it is a draft still. But where it has replaced something, and only the
+  /// folder cannot be brought to the disk, it stands in its place for all that it fails.
   int publish(const std::string& name, Existing existing);
 
  private:
