@@ -16,7 +16,8 @@ namespace orlocal::host {
 namespace {
 
 constexpr mode_t kPermissions = 07777;
-constexpr int kMostLinks = 40;  // as many as the kernel follows
+constexpr int kStandsForNone = 0;  // where errno would say what went wrong
+constexpr int kMostLinks = 40;     // as many as the kernel follows
 
 /// A descriptor that is closed at the end of its scope.
 class Descriptor {
@@ -83,7 +84,9 @@ store::Status OutputFile::start() {
   if (!target) return exists ? startInPlace(O_APPEND) : store::Status(failed(ELOOP));
   if (startDraft(*target)) return {};
   const int error = errno;
-  return exists ? startInPlace(O_TRUNC) : store::Status(failed(error));
+  // What is full or broken now would leave nothing of the old file.
+  const bool mayNot = error == kStandsForNone || error == EACCES || error == EPERM || error == EROFS;
+  return exists && mayNot ? startInPlace(O_TRUNC) : store::Status(failed(error));
 }
 
 bool OutputFile::startDraft(const std::string& target) {
@@ -102,16 +105,21 @@ bool OutputFile::startDraft(const std::string& target) {
 bool OutputFile::standsForWhatIsThere() const {
   const Descriptor old(::openat(m_draft->folder(), m_name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   struct stat was {};
-  if (old.get() < 0 || ::fstat(old.get(), &was) != 0) return true;
-  return S_ISREG(was.st_mode) && ::faccessat(m_draft->folder(), m_name.c_str(), W_OK, AT_EACCESS) == 0 &&
-         takesOver(was, old.get());
+  if (old.get() < 0) return errno == ENOENT;
+  if (::fstat(old.get(), &was) != 0) return false;
+  if (::faccessat(m_draft->folder(), m_name.c_str(), W_OK, AT_EACCESS) != 0) return false;
+  errno = kStandsForNone;
+  return S_ISREG(was.st_mode) && takesOver(was, old.get());
 }
 
 bool OutputFile::takesOver(const struct stat& old, int oldFile) const {
+  errno = kStandsForNone;
   if (old.st_nlink > 1) return false;
   // A descriptor that only names the file gives its attributes by way of its link.
   const std::string byLink = fmt::format("/proc/self/fd/{}", oldFile);
-  if (::getxattr(byLink.c_str(), "system.posix_acl_access", nullptr, 0) > 0) return false;
+  const bool hasList = ::getxattr(byLink.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
+  errno = kStandsForNone;
+  if (hasList) return false;
   struct stat made {};
   if (::fstat(m_draft->descriptor(), &made) != 0) return false;
   const bool sameOwner = made.st_uid == old.st_uid && made.st_gid == old.st_gid;

@@ -36,9 +36,9 @@ class OutputFile {
   explicit OutputFile(std::string path) : m_path(std::move(path)) {}
 
   store::Status start();
-  /// False when a new file could not stand for the old one.
+  /// False when a new file could not stand for the old one, or, with errno, when it cannot be made.
   bool startDraft(const std::string& target);
-  /// Whether the draft can stand for what is there, whose mode and owner it then has.
+  /// Whether the draft can stand for what is there, whose mode and owner it then has; errno as above.
   bool standsForWhatIsThere() const;
   bool takesOver(const struct stat& old, int oldFile) const;
   store::Status startInPlace(int flags);

@@ -256,6 +256,23 @@ TEST_F(OutputFileTest, SaysThatADiskIsFullAndLeavesTheOldFile) {
   EXPECT_EQ(filesInFolder(), 1U);
 }
 
+TEST_F(OutputFileTest, LeavesTheOldFileWhereNoNewOneCanBeMade) {
+  const auto path = write("old", "old");
+  // Room for the folder's descriptor alone.
+  const int next = ::open("/", O_PATH | O_CLOEXEC);
+  ::close(next);
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  rlimit few = before;
+  few.rlim_cur = static_cast<rlim_t>(next) + 1;
+  ::setrlimit(RLIMIT_NOFILE, &few);
+  const auto status = written(path, "new");
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_FALSE(status);
+  EXPECT_EQ(textOf(path), "old");
+  EXPECT_EQ(filesInFolder(), 1U);
+}
+
 TEST_F(OutputFileTest, SaysThatNobodyReadsAPipeAnyMore) {
   const auto path = fifo();
   const auto before = std::signal(SIGPIPE, SIG_IGN);
