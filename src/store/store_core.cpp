@@ -78,7 +78,9 @@ Status StoreCore::openFile() {
     forgetAll();
   }
   // When it cannot be done now it is done at a later opening; reading is not held up for it.
+  m_opening = true;
   auto followed = followZoneData(*this, zoneDataVersion());
+  m_opening = false;
   if (followed || followed.error().code != ErrorCode::kCorrupt) return {};
   database.close();
   return followed;
@@ -168,6 +170,16 @@ Result<Transaction> StoreCore::beginReading() {
   return transaction;
 }
 
+Result<Transaction> StoreCore::beginTransaction() {
+  auto begun = Transaction::write(database);
+  if (begun || begun.error().code != ErrorCode::kReadOnly || database.readOnly() || m_opening) return begun;
+  // SQLite opens the log and its index for reading when they do not open for writing, whatever the reason was.
+  database.close();
+  m_walIndex = nullptr;
+  ORLOCAL_CHECK(openFile());
+  return Transaction::write(database);
+}
+
 Result<WriteTurn> StoreCore::beginWriting() {
   if (database.whyOnlyRead() && !database.inTransaction()) {
     // There may be room by now.
@@ -175,7 +187,7 @@ Result<WriteTurn> StoreCore::beginWriting() {
     m_walIndex = nullptr;
   }
   ORLOCAL_CHECK(followFile(Look::kNow));
-  ORLOCAL_TRY(Transaction transaction, Transaction::write(database));
+  ORLOCAL_TRY(Transaction transaction, beginTransaction());
   ORLOCAL_CHECK(catchUp());
   ORLOCAL_CHECK(log.startCommit());
   ORLOCAL_TRY(const Uuid newest, rows.newestUuid());

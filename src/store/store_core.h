@@ -90,12 +90,14 @@ class StoreCore {
   /// Opens the file when it is not open, and anew when another has taken its place.
   Status followFile(Look look);
   Status openFile();
+  Result<Transaction> beginTransaction();
   Status catchUp();
   void forgetAll();
   Status loadZones();
 
   StoreFile m_file;
   Missing m_whenMissing = Missing::kIsMade;
+  bool m_opening = false;  ///< what is done now belongs to opening the file
   std::uint64_t m_fileNumber = 1;
   std::int64_t m_opener = 0;                         ///< process that opened the file
   std::chrono::steady_clock::duration m_nextLook{};  ///< on the coarse clock
