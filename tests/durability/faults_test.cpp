@@ -1,255 +1,129 @@
-#include <algorithm>
+#include <cstdlib>
 #include <iostream>
-#include <sstream>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
 
-#include <gmock/gmock.h>
+#include <fmt/format.h>
+#include <gtest/gtest.h>
 
-#include "durability/faulty_files.h"
-#include "durability/saving_process.h"
-#include "store/edited_items.h"
-#include "store/export.h"
-#include "store/import.h"
-#include "store/sqlite.h"
+#include "durability/trials.h"
 
-// Each call of every changing operation to the system fails, one after the other: the operation is then whole or not at
-// all, as it says, and the store goes on.
+// Every change of a store under every kind of trouble. As an ordinary test a few trials of each; with `--all` every
+// one, as a table, or those whose "change / trouble" begins with the next word; with `--only "change / trouble /
+// number"` that one.
 namespace orlocal::test {
 namespace {
 
-using store::CalendarKind;
-using store::CalendarStore;
-using store::Item;
-using store::Span;
-using store::Status;
+/// Of one change in one column of the table. More of them take longer than a test may, under a sanitizer.
+constexpr std::size_t kTrialsOfATest = 1;
+/// Of one change under one trouble, for `--all`: a log of a thousand pages is read page by page, and one that fails is
+/// like the next.
+constexpr std::size_t kTrialsOfAll = 500;
 
-struct Change {
-  const char* name;
-  Status (*make)(CalendarStore& store);
-};
-
-std::shared_ptr<const Item> itemTitled(CalendarStore& store, std::string_view title) {
-  std::shared_ptr<const Item> found;
-  for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders})
-    for (const store::Calendar& calendar : store.calendars(kind).value_or(std::vector<store::Calendar>()))
-      (void)store.forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>&) -> Status {
-        if (main.title == title) found = std::make_shared<const Item>(main);
-        return {};
-      });
-  return found;
+Trials& trials() {
+  static Trials all;
+  return all;
 }
 
-Status notThere() { return store::failure(store::ErrorCode::kNotFound, "The item to change cannot be read."); }
-
-Status saveNew(CalendarStore& store) {
-  const auto calendar = store.defaultCalendar(CalendarKind::kEvents);
-  if (!calendar) return tl::unexpected(calendar.error());
-  Item event;
-  event.calendar = (*calendar)->id;
-  event.title = "new";
-  event.start = event.end = store::CalendarTime{store::CalendarTime::Kind::kUtc, store::LocalTime(2026, 11, 5, 9), ""};
-  return store::saveEvent(store, event, std::nullopt, Span::kThis);
+std::vector<std::string> columns() {
+  std::vector<std::string> names;
+  for (const Trouble& trouble : troubles())
+    if (names.empty() || names.back() != columnOf(trouble)) names.emplace_back(columnOf(trouble));
+  return names;
 }
 
-/// The series from its fourth occurrence on.
-store::Result<std::optional<store::Occurrence>> fourth(CalendarStore& store, const Item& series) {
-  return store.occurrenceAt(series, store::Zone().toMoment(store::LocalTime(2026, 11, 5, 8)));
-}
+class EachChange : public testing::TestWithParam<std::size_t> {};
 
-Status split(CalendarStore& store) {
-  const auto series = itemTitled(store, "series");
-  if (series == nullptr) return notThere();
-  const auto occurrence = fourth(store, *series);
-  if (!occurrence) return tl::unexpected(occurrence.error());
-  Item edited = *series;
-  edited.title = "later";
-  edited.start->local = store::LocalTime(2026, 11, 5, 10);
-  edited.end->local = store::LocalTime(2026, 11, 5, 11);
-  return store::saveEvent(store, edited, *occurrence, Span::kFuture);
-}
-
-Status removeOne(CalendarStore& store) {
-  const auto series = itemTitled(store, "series");
-  if (series == nullptr) return notThere();
-  const auto occurrence = fourth(store, *series);
-  if (!occurrence) return tl::unexpected(occurrence.error());
-  return store.removeEvent(*series, *occurrence, Span::kThis);
-}
-
-Status removeAll(CalendarStore& store) {
-  const auto series = itemTitled(store, "series");
-  return series == nullptr ? notThere() : store.removeEvent(*series, std::nullopt, Span::kAll);
-}
-
-Status complete(CalendarStore& store) {
-  const auto reminder = itemTitled(store, "to do");
-  if (reminder == nullptr) return notThere();
-  Item edited = *reminder;
-  edited.completed = store::Moment(std::chrono::seconds(1'793'606'400));
-  return store::saveReminder(store, edited);
-}
-
-Status makeCalendar(CalendarStore& store) {
-  const auto sources = store.sources();
-  if (!sources) return tl::unexpected(sources.error());
-  store::Calendar calendar;
-  calendar.title = "made";
-  calendar.source = sources->front().id;
-  return store.saveCalendar(calendar);
-}
-
-Status removeCalendar(CalendarStore& store) {
-  const auto calendars = store.calendars(CalendarKind::kEvents);
-  if (!calendars) return tl::unexpected(calendars.error());
-  for (const store::Calendar& calendar : *calendars)
-    if (calendar.title == "Other") return store.removeCalendar(calendar.identifier);
-  return notThere();
-}
-
-std::string fileOf(int events) {
-  std::ostringstream text;
-  text << "BEGIN:VCALENDAR\r\nX-WR-CALNAME:Other\r\n";
-  for (int i = 0; i < events; ++i)
-    text << "BEGIN:VEVENT\r\nUID:i" << i << "\r\nDTSTART:20261101T090000Z\r\nSUMMARY:imported " << i
-         << "\r\nDESCRIPTION:" << std::string(200, 'd') << "\r\nEND:VEVENT\r\n";
-  text << "END:VCALENDAR\r\n";
-  return text.str();
-}
-
-Status import(CalendarStore& store) {
-  const auto report = store::importCalendarText(store, fileOf(60), "more.ics");
-  return report ? Status() : Status(tl::unexpected(report.error()));
-}
-
-constexpr Change kChanges[] = {{"save", &saveNew},
-                               {"split", &split},
-                               {"remove one", &removeOne},
-                               {"remove a series", &removeAll},
-                               {"complete", &complete},
-                               {"make a calendar", &makeCalendar},
-                               {"remove a calendar", &removeCalendar},
-                               {"import", &import}};
-
-struct Kind {
-  const char* name;
-  FaultyFiles::Fault fault;
-};
-
-const Kind kKinds[] = {{"open", {.call = FileCall::kOpen, .error = EMFILE}},
-                       {"write", {.call = FileCall::kWrite, .error = ENOSPC}},
-                       {"write in part", {.call = FileCall::kWrite, .error = ENOSPC, .cutShort = true}},
-                       {"write, broken", {.call = FileCall::kWrite, .error = EIO}},
-                       {"sync", {.call = FileCall::kSync, .error = EIO}},
-                       {"truncate", {.call = FileCall::kTruncate, .error = EIO}},
-                       {"shared memory", {.call = FileCall::kSharedMemory, .error = ENOSPC}}};
-
-class EachFault : public testing::TestWithParam<Change> {
- protected:
-  void SetUp() override {
-    auto store = openStore(folder.file());
-    ASSERT_TRUE(store::importCalendarText(*store, fileOf(5), "before.ics"));
-    ASSERT_TRUE(store::importCalendarText(
-        *store,
-        "BEGIN:VEVENT\r\nUID:s\r\nSUMMARY:series\r\nDTSTART:20261102T080000Z\r\nDTEND:20261102T090000Z\r\n"
-        "RRULE:FREQ=DAILY;COUNT=9\r\nEND:VEVENT\r\nBEGIN:VTODO\r\nUID:t\r\nSUMMARY:to do\r\nDUE:20261103T080000Z\r\n"
-        "END:VTODO\r\n",
-        "series.ics"));
-    store->close();
+TEST_P(EachChange, IsWholeOrNotAtAllWhateverHappens) {
+  for (const std::string& column : columns()) {
+    std::vector<const Trouble*> those;
+    for (const Trouble& trouble : troubles())
+      if (columnOf(trouble) == column) those.push_back(&trouble);
+    // Another one of a column for each change.
+    const Trouble& trouble = *those[GetParam() % those.size()];
+    const Outcome outcome = trials().run(changes()[GetParam()], trouble, {.most = kTrialsOfATest});
+    for (const Loss& loss : outcome.losses) ADD_FAILURE() << loss.trial << ": " << loss.flaw;
   }
-
-  /// What the store holds, as lines in an order that hangs on nothing else; why it cannot be read otherwise.
-  static std::vector<std::string> contentOf(CalendarStore& store) {
-    std::string text;
-    for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
-      const auto calendars = store.calendars(kind);
-      if (!calendars) return {calendars.error().message};
-      const auto written = store::exportCalendars(store, *calendars, [&](std::string_view piece) -> Status {
-        text += piece;
-        return {};
-      });
-      if (!written) return {written.error().message};
-    }
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-      for (const char* told : {"SUMMARY", "DTSTART", "RRULE", "EXDATE", "X-WR-CALNAME", "STATUS"})
-        if (line.starts_with(told)) lines.push_back(line);
-    std::sort(lines.begin(), lines.end());
-    return lines;
-  }
-  /// A copy of the store in a place of its own.
-  std::filesystem::path copy() {
-    const auto place =
-        std::filesystem::path(folder.file()).parent_path() / ("copy-" + std::to_string(++m_copies) + ".db");
-    std::filesystem::copy_file(folder.file(), place);
-    return place;
-  }
-  static std::string integrityOf(const std::filesystem::path& file) {
-    auto database = store::Database::open(file, std::chrono::seconds(1));
-    if (!database) return database.error().message;
-    auto check = database->prepare("PRAGMA integrity_check");
-    const auto row = check->step();
-    return row && *row ? std::string(check->text(0)) : "it cannot be checked";
-  }
-
-  TemporaryStore folder;
-
- private:
-  int m_copies = 0;
-};
-
-TEST_P(EachFault, LeavesAWholeStoreThatGoesOn) {
-  FaultyFiles files;
-  const auto clean = copy();
-  std::vector<std::string> before, after;
-  {
-    auto store = openStore(clean);
-    before = contentOf(*store);
-    ASSERT_TRUE(GetParam().make(*store));
-    after = contentOf(*store);
-    ASSERT_NE(before, after);
-  }
-  int tried = 0;
-  for (const Kind& kind : kKinds) {
-    for (const bool once : {true, false}) {
-      for (int n = 0;; ++n) {
-        const auto place = copy();
-        SCOPED_TRACE(testing::Message() << kind.name << (once ? ", once" : "") << ", after " << n);
-        const int failedBefore = files.failed();
-        bool done = false;
-        {
-          auto store = openStore(place);
-          FaultyFiles::Fault fault = kind.fault;
-          fault.once = once;
-          fault.after = n;
-          files.fail(fault);
-          done = GetParam().make(*store).has_value();
-          files.heal();
-          const auto now = contentOf(*store);
-          EXPECT_EQ(now, done ? after : before);
-          EXPECT_TRUE(saveNew(*store)) << "the store did not go on";
-        }
-        EXPECT_EQ(integrityOf(place), "ok");
-        auto again = openStore(place);
-        const auto kept = contentOf(*again);
-        EXPECT_EQ(std::count(kept.begin(), kept.end(), "SUMMARY:new\r"),
-                  std::count(after.begin(), after.end(), "SUMMARY:new\r") * (done ? 1 : 0) + 1);
-        again->close();
-        std::filesystem::remove(place);
-        if (HasFailure()) return;
-        if (files.failed() == failedBefore) break;
-        ++tried;
-      }
-    }
-  }
-  std::cout << "           " << tried << " faults\n";
-  EXPECT_GT(tried, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, EachFault, testing::ValuesIn(kChanges), [](const auto& tested) {
-  std::string name = tested.param.name;
-  std::replace(name.begin(), name.end(), ' ', '_');
+INSTANTIATE_TEST_SUITE_P(Of, EachChange, testing::Range(std::size_t{0}, changes().size()), [](const auto& tested) {
+  std::string name = changes()[tested.param].name;
+  for (char& c : name)
+    if (c == ' ') c = '_';
   return name;
 });
 
+void tell(const std::vector<Loss>& losses) {
+  for (const Loss& loss : losses)
+    std::cout << fmt::format("LOST {}: {}\n     ./run faults --only \"{}\"\n", loss.trial, loss.flaw, loss.trial)
+              << std::flush;
+}
+
+std::string cell(const Outcome& outcome) {
+  if (outcome.tried == outcome.survived) return std::to_string(outcome.tried);
+  return fmt::format("{}/{}", outcome.survived, outcome.tried);
+}
+
+void add(Outcome& all, const Outcome& one) {
+  all.tried += one.tried;
+  all.survived += one.survived;
+}
+
+/// Those whose "change / trouble" begins with `which`.
+int runAll(std::string_view which) {
+  const auto names = columns();
+  std::map<std::string, Outcome> sums;
+  const auto line = [&](std::string_view name, std::map<std::string, Outcome>& cells) {
+    std::cout << fmt::format("{:<44}", name);
+    for (const std::string& column : names) std::cout << fmt::format("{:>9}", cell(cells[column]));
+    std::cout << std::endl;
+  };
+  std::cout << fmt::format("{:<44}", "tried (survived/tried where not all)");
+  for (const std::string& column : names) std::cout << fmt::format("{:>9}", column);
+  std::cout << std::endl;
+  bool lost = false;
+  for (const Change& change : changes()) {
+    std::map<std::string, Outcome> cells;
+    std::vector<Loss> losses;
+    for (const Trouble& trouble : troubles()) {
+      if (!fmt::format("{} / {}", change.name, trouble.name).starts_with(which)) continue;
+      const Outcome outcome = trials().run(change, trouble, {.most = kTrialsOfAll});
+      add(cells[columnOf(trouble)], outcome);
+      add(sums[columnOf(trouble)], outcome);
+      losses.insert(losses.end(), outcome.losses.begin(), outcome.losses.end());
+    }
+    if (!cells.empty()) line(change.name, cells);
+    tell(losses);
+    lost = lost || !losses.empty();
+  }
+  line("all", sums);
+  return lost ? 1 : 0;
+}
+
+int runOnly(const std::string& which) {
+  for (const Change& change : changes())
+    for (const Trouble& trouble : troubles()) {
+      const std::string begin = fmt::format("{} / {} / ", change.name, trouble.name);
+      if (!which.starts_with(begin)) continue;
+      const Outcome outcome = trials().run(change, trouble, {.only = std::stoul(which.substr(begin.size()))});
+      tell(outcome.losses);
+      if (outcome.tried == 0) std::cout << "There is no such trial.\n";
+      return outcome.tried > 0 && outcome.losses.empty() ? 0 : 1;
+    }
+  std::cout << "There is no such trial.\n";
+  return 2;
+}
+
 }  // namespace
 }  // namespace orlocal::test
+
+int main(int count, char** words) {
+  using namespace orlocal::test;
+  const std::string_view first = count > 1 ? words[1] : "";
+  if (first == "--all") return runAll(count > 2 ? words[2] : "");
+  if (first == "--only" && count > 2) return runOnly(words[2]);
+  testing::InitGoogleTest(&count, words);
+  return RUN_ALL_TESTS();
+}

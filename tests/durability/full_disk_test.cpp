@@ -1,10 +1,11 @@
 #include <fstream>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "durability/faulty_files.h"
+#include "durability/file_calls.h"
 #include "durability/saving_process.h"
 #include "store/edited_items.h"
 #include "store/export.h"
@@ -15,6 +16,37 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+
+/// Lets no more be written than it is told.
+class Room : public FileCallWatcher {
+ public:
+  Fate fateOf(FileCall call, const std::string& path) override {
+    if (!m_left || call != FileCall::kWrite || !path.ends_with(m_suffix)) return {};
+    if (*m_left > 0) {
+      --*m_left;
+      return {};
+    }
+    ++m_failed;
+    // A disk takes what it has room for, and says at the next call that there is none.
+    if (std::exchange(m_cutShort, false)) return {Fate::What::kIsCutShort};
+    return {Fate::What::kFails, ENOSPC};
+  }
+  void endNow() { m_left = 0; }
+  /// After so many more writes to the log, within the next one.
+  void endInLog(int writes) {
+    m_suffix = "-wal";
+    m_left = writes;
+    m_cutShort = true;
+  }
+  void comesBack() { *this = Room(); }
+  int failed() const { return m_failed; }
+
+ private:
+  std::string m_suffix;
+  std::optional<int> m_left;  ///< none while there is room
+  bool m_cutShort = false;
+  int m_failed = 0;
+};
 
 /// A store of one event, on a disk that then has no room left.
 class FullDisk : public testing::Test {
@@ -41,10 +73,7 @@ class FullDisk : public testing::Test {
     store->close();
     std::filesystem::remove(folder.file().string() + "-shm");
   }
-  void noRoom() {
-    files.fail({.call = FileCall::kSharedMemory});
-    files.fail({.call = FileCall::kWrite});
-  }
+  void noRoom() { room.endNow(); }
   static std::string textOf(store::CalendarStore& store) {
     std::string text;
     const auto calendars = store.calendars(store::CalendarKind::kEvents);
@@ -67,7 +96,8 @@ class FullDisk : public testing::Test {
   }
 
   TemporaryStore folder;
-  FaultyFiles files;
+  Room room;
+  WatchFiles watch{folder.folder(), room};
 };
 
 TEST_F(FullDisk, LeavesWhatIsInTheFileToBeRead) {
@@ -76,7 +106,7 @@ TEST_F(FullDisk, LeavesWhatIsInTheFileToBeRead) {
   auto store = opened();
   ASSERT_TRUE(store) << store.error().message;
   EXPECT_THAT(textOf(**store), HasSubstr("SUMMARY:kept"));
-  EXPECT_GT(files.failed(), 0);
+  EXPECT_GT(room.failed(), 0);
 }
 
 TEST_F(FullDisk, LeavesWhatIsInTheLogToBeRead) {
@@ -85,7 +115,7 @@ TEST_F(FullDisk, LeavesWhatIsInTheLogToBeRead) {
   auto store = opened();
   ASSERT_TRUE(store) << store.error().message;
   EXPECT_THAT(textOf(**store), HasSubstr("SUMMARY:kept"));
-  EXPECT_GT(files.failed(), 0);
+  EXPECT_GT(room.failed(), 0);
   (*store)->close();
   EXPECT_GT(std::filesystem::file_size(folder.file().string() + "-wal"), 0U) << "nothing of it can be written yet";
 }
@@ -113,7 +143,7 @@ TEST_F(FullDisk, IsWhatARefusedSaveSpeaksOf) {
     ASSERT_FALSE(status);
     EXPECT_EQ(status.error().code, store::ErrorCode::kFull) << status.error().message;
     EXPECT_THAT(status.error().message, HasSubstr("no room left"));
-    files.heal();
+    room.comesBack();
   }
 }
 
@@ -124,7 +154,7 @@ TEST_F(FullDisk, TakesSavesAgainOnceThereIsRoom) {
     auto store = opened();
     ASSERT_TRUE(store) << store.error().message;
     EXPECT_THAT(textOf(**store), HasSubstr("SUMMARY:kept"));
-    files.heal();
+    room.comesBack();
     const auto status = saved(**store);
     ASSERT_TRUE(status) << status.error().message;
     EXPECT_THAT(textOf(**store), HasSubstr("SUMMARY:new"));
@@ -151,13 +181,13 @@ TEST_F(FullDisk, LeavesTheFileAsItWasWhenASaveIsCutShort) {
     auto store = opened();
     ASSERT_TRUE(store) << store.error().message;
     const std::string before = textOf(**store);
-    files.fail({.call = FileCall::kWrite, .suffix = "-wal", .after = after, .cutShort = true});
+    room.endInLog(after);
     const auto status = saved(**store);
     if (!status) {
       EXPECT_EQ(status.error().code, store::ErrorCode::kFull) << status.error().message;
       EXPECT_THAT(textOf(**store), testing::StrEq(before)) << after;
     }
-    files.heal();
+    room.comesBack();
     store->reset();
     EXPECT_EQ(integrityOf(folder.file()), "ok") << after;
   }
