@@ -124,6 +124,13 @@ Status open(Session& session) {
   return withoutValue(store->defaultCalendar(CalendarKind::kEvents));
 }
 
+Status openInNewFolders(Session& session) {
+  store::StoreOptions options = session.options();
+  options.file = session.in("new/newer/calendar.db");
+  ORLOCAL_TRY(const auto store, CalendarStore::open(options));
+  return withoutValue(store->defaultCalendar(CalendarKind::kEvents));
+}
+
 Status importFile(Session& session, const char* name) {
   ORLOCAL_TRY(CalendarStore * store, session.store());
   return withoutValue(store::importCalendarFile(*store, session.in(name)));
@@ -258,6 +265,7 @@ constexpr Change kChanges[] = {
        return {};
      }},
     {"a store made", Given::kNothing, &open},
+    {"a store made in new folders", Given::kNothing, &openInNewFolders},
     {"a store made and imported into", Given::kNothing, [](S& s) { return importFile(s, "more.ics"); }},
     {"a store of an older format opened", Given::kOldFormat, &open},
     {"a store with older zones changed", Given::kOldZones, &saveNew},

@@ -143,6 +143,7 @@ std::string contentOf(CalendarStore& store) {
 
 std::string contentOf(const std::filesystem::path& folder) {
   std::string text = contentOfStore(folder, folder / "calendar.db");
+  text += "in new folders:\n" + contentOfStore(folder, folder / "new" / "newer" / "calendar.db");
   const bool restored = text.find("calendar Restored") != std::string::npos;
   std::vector<std::filesystem::path> beside;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) beside.push_back(entry.path());

@@ -30,8 +30,8 @@ class Session {
 /// Everything that anybody can see of the store, as a text that is the same for the same content: random identifiers
 /// are left out. Where something cannot be read it has the sentence that says why.
 std::string contentOf(store::CalendarStore& store);
-/// The same of a closed store, of the copies and exports beside it, and of what a restore kept; opens it, and makes
-/// none where there is none.
+/// The same of a closed store, of one in new folders below it, of copies and exports, and of what a restore kept; opens
+/// them, and makes none where there is none.
 std::string contentOf(const std::filesystem::path& folder);
 
 /// The public row that has this title; null when there is none or it cannot be read.
