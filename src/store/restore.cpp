@@ -13,6 +13,7 @@
 #include "store/file_draft.h"
 #include "store/file_state.h"
 #include "store/schema.h"
+#include "store/side_files.h"
 #include "store/store_core.h"
 #include "store/store_file.h"
 #include "store/try.h"
@@ -235,6 +236,8 @@ class Restoring {
       kept = true;
     }
     std::filesystem::remove(m_store.string() + "-shm", ignored);
+    // The new file may be on the disk before what was kept, and beside a log that is not its own.
+    if (kept) ORLOCAL_CHECK(syncFolder(m_store.parent_path()));
     if (kept) m_result.kept = name;
     m_result.keptUnread = kept;
     ORLOCAL_CHECK(draft.publishInPlaceOf(m_store));
