@@ -41,7 +41,7 @@ Status writtenBeforeItIsOnDisk(Session& session) {
 }
 
 /// Of the trials of one trouble.
-constexpr std::size_t kEnough = 60;
+constexpr std::size_t kEnough = 30;
 
 struct Careless {
   const char* name;
