@@ -214,11 +214,12 @@ class Restoring {
     ORLOCAL_TRY(const PlaceTurn turn, PlaceTurn::take(m_store, PlaceTurn::Purpose::kReplace, m_options.busyTimeout));
     const auto name = keptNameOf(m_store);
     std::error_code ignored;
-    bool kept = false;
-    if (FileState::of(m_store)) {
-      likeTheOneBefore(draft.file(), m_store);
-      // A second name first: there is no moment without a file in which somebody could make an empty store.
-      if (::link(m_store.c_str(), name.c_str()) != 0 && ::rename(m_store.c_str(), name.c_str()) != 0) {
+    likeTheOneBefore(draft.file(), m_store);
+    // A second name first: there is no moment without a file in which somebody could make an empty store. It is tried
+    // and not asked for, as a disk that fails to answer would lose what is there.
+    bool kept = ::link(m_store.c_str(), name.c_str()) == 0;
+    if (!kept && errno != ENOENT) {
+      if (::rename(m_store.c_str(), name.c_str()) != 0) {
         return failure(ErrorCode::kIo,
                        fmt::format("\"{}\" cannot be kept as \"{}\": {}; nothing was changed.", m_store.string(),
                                    name.string(), std::generic_category().message(errno)));
