@@ -45,6 +45,8 @@ function(orlocal_test name)
   target_precompile_headers(${name} REUSE_FROM orlocal_test_headers)
   target_compile_options(${name} PRIVATE ${ORLOCAL_TEST_OPTIONS})
   target_compile_definitions(${name} PRIVATE ORLOCAL_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
+  # Test sources name their helpers alike; builds that join sources compile them one by one.
+  set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
                                           "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z")

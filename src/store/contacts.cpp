@@ -1,16 +1,13 @@
 #include "store/contacts.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <iterator>
 #include <optional>
 
 #include <fmt/core.h>
 
 #include "store/content_line.h"
+#include "store/whole_input.h"
 #include "store/zone_names.h"
 
 namespace orlocal::store {
@@ -190,15 +187,9 @@ Result<ReadContacts> readContacts(std::string bytes, const std::string& name) {
 }
 
 Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  std::string bytes;
-  std::array<char, 1 << 16> piece{};
-  // Past the stream's own calls, what cannot be read would be an exception.
-  while (in.read(piece.data(), piece.size()) || in.gcount() > 0)
-    bytes.append(piece.data(), static_cast<std::size_t>(in.gcount()));
-  if (!in.eof() || in.bad())
-    return failure(ErrorCode::kIo, fmt::format("{} cannot be read: {}", file.string(), std::strerror(errno)));
-  auto read = readContacts(std::move(bytes), file.string());
+  auto bytes = readWholeFile(file);
+  if (!bytes) return tl::unexpected(bytes.error());
+  auto read = readContacts(std::move(*bytes), file.string());
   if (!read) return tl::unexpected(read.error());
   auto writer = store.startWriting();
   if (!writer) return tl::unexpected(writer.error());

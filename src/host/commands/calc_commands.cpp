@@ -1,5 +1,3 @@
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -15,6 +13,7 @@
 #include "host/commands/plugin_host.h"
 #include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
+#include "store/whole_input.h"
 
 namespace orlocal::host {
 
@@ -102,17 +101,14 @@ ExitStatus evaluateWords(CommandContext& context, const std::vector<std::string>
 }
 
 ExitStatus runFile(CommandContext& context, const std::string& file) {
-  if (file == "-") {
-    const std::string text(std::istreambuf_iterator<char>(context.streams.in), {});
-    return printAll(context, "standard input", readCalculations(text));
-  }
-  std::ifstream stream(file, std::ios::binary);
-  const std::string text(std::istreambuf_iterator<char>(stream), {});
-  if (!stream.is_open() || stream.bad()) {
-    tellTrouble(context.streams.err, file + " cannot be read");
+  const bool standard = file == "-";
+  const std::string name = standard ? "standard input" : file;
+  const auto text = standard ? store::readWhole(context.streams.in, name) : store::readWholeFile(file);
+  if (!text) {
+    tellTrouble(context.streams.err, text.error().message);
     return ExitStatus::kFailed;
   }
-  return printAll(context, file, readCalculations(text));
+  return printAll(context, name, readCalculations(*text));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <filesystem>
 #include <istream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -17,12 +16,15 @@
 #include "host/commands/terminal_text.h"
 #include "store/contacts.h"
 #include "store/import.h"
+#include "store/whole_input.h"
 
 namespace orlocal::host {
 namespace {
 
 /// Reading a file of this size takes so long that somebody who waits should hear of it.
 constexpr std::uintmax_t kLongFile = 8U << 20U;
+
+constexpr const char* kStandardInput = "standard input";
 
 struct ImportWords {
   std::vector<std::string> files;
@@ -46,8 +48,9 @@ store::Result<store::ImportReport> importOne(store::CalendarStore& store, const 
   ProgressLine progress(streams.err, streams.errIsTerminal, "Importing " + printable(file));
   options.progress = [&progress](std::size_t done, std::size_t all) { progress.update(done, all); };
   if (file == "-") {
-    return store::importCalendarText(store, std::string(std::istreambuf_iterator<char>(streams.in), {}),
-                                     "standard input", options);
+    auto text = store::readWhole(streams.in, kStandardInput);
+    if (!text) return tl::unexpected(std::move(text.error()));
+    return store::importCalendarText(store, std::move(*text), kStandardInput, options);
   }
   std::error_code ignored;
   if (const auto size = std::filesystem::file_size(file, ignored); !ignored && size >= kLongFile) {

@@ -1,5 +1,4 @@
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -14,6 +13,7 @@
 #include "host/commands/transcript_run.h"
 #include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
+#include "store/whole_input.h"
 
 namespace orlocal::host {
 
@@ -41,9 +41,9 @@ class TestRun {
  private:
   void runOne(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(stream), {});
-    if (!stream.is_open() || stream.bad()) return trouble(file, "it cannot be read");
-    const auto transcript = parseTranscript(text, file.ends_with(".md"));
+    const auto text = store::readWhole(stream, "it");
+    if (!text) return trouble(file, text.error().message);
+    const auto transcript = parseTranscript(*text, file.ends_with(".md"));
     if (!transcript) return trouble(fmt::format("{}:{}", file, transcript.error().line), transcript.error().message);
     if (transcript->examples.empty()) return trouble(file, "it holds no calculation");
     const TranscriptReport report = runTranscript(m_context, file, *transcript);

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include "host/commands/child_process.h"
 #include "host/commands/program_fixture.h"
 
 namespace orlocal::host {
@@ -87,8 +88,18 @@ TEST_F(CalcCommandsTest, NamesTheLineOfAFailureInAFile) {
 
 TEST_F(CalcCommandsTest, FailsOnAFileThatCannotBeRead) {
   EXPECT_EQ(run({"run", (folder / "none.calc").string()}), ExitStatus::kFailed);
-  EXPECT_THAT(err.str(), HasSubstr("cannot be read"));
+  EXPECT_THAT(err.str(), HasSubstr("none.calc cannot be read: No such file or directory"));
   EXPECT_EQ(run({"run", folder.string()}), ExitStatus::kFailed);
+  EXPECT_THAT(err.str(), HasSubstr(folder.string() + " cannot be read: Is a directory"));
+}
+
+TEST_F(CalcCommandsTest, FailsOnAStandardInputThatCannotBeRead) {
+  for (const char* from : {" <\"$1\" 2>&1", " <&- 2>&1"}) {
+    const ChildResult result =
+        runProgram({"/bin/sh", "-c", std::string("exec \"$0\" --plugin none run -") + from, program, folder.string()});
+    EXPECT_EQ(result.status, 1) << from;
+    EXPECT_THAT(result.output, HasSubstr("standard input cannot be read: ")) << from;
+  }
 }
 
 TEST_F(CalcCommandsTest, RunsTheConsoleOnAPipeWithoutACommand) {

@@ -64,7 +64,7 @@ TEST_F(TestCommandTest, CountsATranscriptThatCannotBeReadAsAFailure) {
       run({"test", faulty, (folder / "none.txt").string(), write("b.txt", "# nothing\n"), write("c.txt", "> 1\n1\n")}),
       ExitStatus::kFailed);
   EXPECT_THAT(err.str(), HasSubstr(faulty + ":1: this line belongs to no calculation"));
-  EXPECT_THAT(err.str(), HasSubstr("none.txt: it cannot be read"));
+  EXPECT_THAT(err.str(), HasSubstr("none.txt: it cannot be read: No such file or directory"));
   EXPECT_THAT(err.str(), HasSubstr("b.txt: it holds no calculation"));
   EXPECT_EQ(out.str(), "1 passed, 3 failed\n");
 }
