@@ -30,26 +30,15 @@ Status ChangeLog::record(Operation operation, Subject subject, std::int64_t row,
   return m_recorded.size() < kRowsAtOnce ? Status() : writeRecorded();
 }
 
-void ChangeLog::bind(Statement& insert, int before, const Recorded& change) const {
-  insert.bind(before + 1, m_commit).bind(before + 2, m_writer);
-  insert.bind(before + 3, static_cast<std::int64_t>(change.operation));
-  insert.bind(before + 4, static_cast<std::int64_t>(change.subject)).bind(before + 5, change.row);
-  change.series ? insert.bind(before + 6, *change.series) : insert.bindNull(before + 6);
-  insert.bindBlob(before + 7, change.uuid.bytes());
-}
-
 Status ChangeLog::writeRecorded() {
-  std::span<const Recorded> left(m_recorded);
-  for (; left.size() >= kRowsAtOnce; left = left.subspan(kRowsAtOnce)) {
-    Statement& insert = m_insertMany.in(m_database);
-    for (int i = 0; i < kRowsAtOnce; ++i) bind(insert, i * kColumns, left[static_cast<std::size_t>(i)]);
-    ORLOCAL_CHECK(insert.run());
-  }
-  for (const Recorded& change : left) {
-    Statement& insert = m_insert.in(m_database);
-    bind(insert, 0, change);
-    ORLOCAL_CHECK(insert.run());
-  }
+  const auto bind = [this](Statement& insert, int before, const Recorded& change) {
+    insert.bind(before + 1, m_commit).bind(before + 2, m_writer);
+    insert.bind(before + 3, static_cast<std::int64_t>(change.operation));
+    insert.bind(before + 4, static_cast<std::int64_t>(change.subject)).bind(before + 5, change.row);
+    change.series ? insert.bind(before + 6, *change.series) : insert.bindNull(before + 6);
+    insert.bindBlob(before + 7, change.uuid.bytes());
+  };
+  ORLOCAL_CHECK(m_insert.write(m_database, std::span<const Recorded>(m_recorded), bind));
   m_recorded.clear();
   return {};
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "store/model.h"
+#include "store/row_insert.h"
 #include "store/sqlite.h"
 #include "store/uuid.h"
 
@@ -69,12 +70,9 @@ class ChangeLog {
     std::optional<ItemId> series;
     Uuid uuid;
   };
-  static constexpr const char* kInsert =
-      "INSERT INTO changes(commit_no, writer, operation, subject, row, series, uuid)";
-  static constexpr int kColumns = 7, kRowsAtOnce = 16;
+  static constexpr int kRowsAtOnce = 16;
 
   Status writeRecorded();
-  void bind(Statement& insert, int before, const Recorded& change) const;
 
   Database& m_database;
   std::int64_t m_writer;
@@ -83,9 +81,8 @@ class ChangeLog {
   std::vector<Recorded> m_recorded;  ///< not written yet
   LazyStatement m_newest{"SELECT seq, commit_no FROM changes ORDER BY seq DESC LIMIT 1"};
   LazyStatement m_oldest{"SELECT seq FROM changes ORDER BY seq LIMIT 1"};
-  std::string m_one = insertOfRows(kInsert, kColumns, 1), m_many = insertOfRows(kInsert, kColumns, kRowsAtOnce);
-  LazyStatement m_insert{m_one.c_str()};
-  LazyStatement m_insertMany{m_many.c_str()};
+  RowInsert m_insert{"INSERT OR FAIL INTO changes(commit_no, writer, operation, subject, row, series, uuid)", 7,
+                     kRowsAtOnce};
   LazyStatement m_prune{"DELETE FROM changes WHERE seq < ?"};
   LazyStatement m_after{
       "SELECT seq, commit_no, writer, operation, subject, row, series, uuid FROM changes WHERE seq > ? ORDER BY seq"};

@@ -37,6 +37,7 @@ Result<std::vector<ItemId>> allIds(Statement& statement) {
 
 ItemRows::ItemRows(Database& database)
     : m_database(database),
+      m_insert(ItemValues::kInsert, ItemValues::kInserted, kRowsAtOnce),
       m_read(ItemValues::kReadById),
       m_readForExpansion(ItemValues::kReadForExpansion),
       m_withUuid("SELECT id FROM items WHERE uuid = ?"),
@@ -53,7 +54,10 @@ ItemRows::ItemRows(Database& database)
       // The title is asked for so that the row is looked at, and not the index alone.
       m_changedAt("SELECT id, title FROM items WHERE series = ? AND original = ?"),
       m_place("SELECT slot, slot_start, original FROM items WHERE id = ?"),
-      m_insert(ItemValues::kInsert),
+      m_uidHashes("SELECT uid_hash FROM items ORDER BY uid_hash"),
+      m_highestId(
+          "SELECT max((SELECT ifnull(max(id), 0) FROM items), "
+          "ifnull((SELECT seq FROM sqlite_sequence WHERE name = 'items'), 0))"),
       m_update(ItemValues::kUpdate),
       m_remove("DELETE FROM items WHERE id = ?"),
       m_newestUuid("SELECT uuid FROM items ORDER BY id DESC LIMIT 1"),
@@ -89,6 +93,43 @@ void ItemRows::forget(ItemId id) {
 void ItemRows::forgetAll() {
   m_recent.clear();
   m_older.clear();
+  m_gatheredRows = 0;
+  m_nextId = 0;
+}
+
+Result<ItemId> ItemRows::gather() {
+  Statement& read = m_highestId.in(m_database);
+  const ResetAtExit reset(read);
+  ORLOCAL_TRY(const bool found, read.step());
+  CheckedRow row(read);
+  const std::int64_t highest = found ? row.number(0, 0) : 0;
+  if (!row.sound()) return damaged(m_database, "The table of items");
+  m_nextId = highest + 1;
+  return highest;
+}
+
+Status ItemRows::writeRows() {
+  ORLOCAL_CHECK(m_insert.write(m_database, gathered(), [](Statement& insert, int before, const Gathered& row) {
+    row.values.bindTo(insert, before);
+  }));
+  m_gatheredRows = 0;
+  return {};
+}
+
+Status ItemRows::writeGathered() {
+  m_nextId = 0;
+  return writeRows();
+}
+
+Status ItemRows::writeRow(ItemId id) {
+  const bool meets = m_gatheredRows > 0 && m_gathered.front().id <= id;
+  return meets ? writeRows() : Status();
+}
+
+Status ItemRows::writeRowsWithUid(std::int64_t hash) {
+  const auto rows = gathered();
+  const bool meets = std::any_of(rows.begin(), rows.end(), [&](const Gathered& row) { return row.uidHash == hash; });
+  return meets ? writeRows() : Status();
 }
 
 Result<std::shared_ptr<const Item>> ItemRows::read(ItemId id) {
@@ -103,6 +144,7 @@ Result<std::shared_ptr<const Item>> ItemRows::readNamed(ItemId id) {
 }
 
 Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
+  ORLOCAL_CHECK(writeRow(id));
   Statement& read = m_read.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
@@ -114,6 +156,7 @@ Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
 }
 
 Result<std::optional<ItemRows::Expandable>> ItemRows::readForExpansion(ItemId id) {
+  ORLOCAL_CHECK(writeRows());
   Statement& read = m_readForExpansion.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
@@ -136,26 +179,50 @@ void ItemRows::prefetch(std::span<const ItemId> ids) {
 }
 
 Result<std::optional<ItemId>> ItemRows::withUuid(const Uuid& uuid) {
+  ORLOCAL_CHECK(writeRows());
   return firstId(m_withUuid.in(m_database).bindBlob(1, uuid.bytes()));
 }
 
 Result<std::optional<ItemId>> ItemRows::withUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
-  Statement& find = m_withUid.in(m_database).bind(1, ItemValues::hashOf(uid)).bind(2, calendar);
+  const std::int64_t hash = ItemValues::hashOf(uid);
+  ORLOCAL_CHECK(writeRowsWithUid(hash));
+  Statement& find = m_withUid.in(m_database).bind(1, hash).bind(2, calendar);
   return firstId(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
 }
 
+Status ItemRows::visitUidHashes(const std::function<void(std::int64_t)>& visit) {
+  ORLOCAL_CHECK(writeRows());
+  Statement& read = m_uidHashes.in(m_database);
+  const ResetAtExit reset(read);
+  ItemId left = m_nextId;
+  for (std::int64_t last = INT64_MIN;;) {
+    ORLOCAL_TRY(const bool found, read.step());
+    if (!found) return {};
+    const std::int64_t hash = read.integer(0);
+    // A damaged index may go in circles.
+    if (hash < last || --left <= 0) return damaged(m_database, "The table of items");
+    last = hash;
+    visit(hash);
+  }
+}
+
 Result<std::vector<ItemId>> ItemRows::straysWithUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
-  Statement& find = m_strays.in(m_database).bind(1, ItemValues::hashOf(uid)).bind(2, calendar);
+  const std::int64_t hash = ItemValues::hashOf(uid);
+  ORLOCAL_CHECK(writeRowsWithUid(hash));
+  Statement& find = m_strays.in(m_database).bind(1, hash).bind(2, calendar);
   return allIds(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
 }
 
 Result<std::optional<ItemId>> ItemRows::strayAt(CalendarId calendar, ItemKind kind, std::string_view uid,
                                                 std::int64_t original) {
-  Statement& find = m_strayAt.in(m_database).bind(1, ItemValues::hashOf(uid)).bind(2, original).bind(3, calendar);
+  const std::int64_t hash = ItemValues::hashOf(uid);
+  ORLOCAL_CHECK(writeRowsWithUid(hash));
+  Statement& find = m_strayAt.in(m_database).bind(1, hash).bind(2, original).bind(3, calendar);
   return firstId(find.bind(4, static_cast<std::int64_t>(kind)).bind(5, uid));
 }
 
 Result<std::vector<ItemRows::Changed>> ItemRows::changedOf(ItemId series) {
+  ORLOCAL_CHECK(writeRows());
   Statement& find = m_changedOf.in(m_database).bind(1, series);
   const ResetAtExit reset(find);
   std::vector<Changed> changed;
@@ -172,11 +239,13 @@ Result<std::vector<ItemRows::Changed>> ItemRows::changedOf(ItemId series) {
 }
 
 Result<ItemId> ItemRows::changedAt(ItemId series, std::int64_t original) {
+  ORLOCAL_CHECK(writeRows());
   ORLOCAL_TRY(const auto id, firstId(m_changedAt.in(m_database).bind(1, series).bind(2, original)));
   return id.value_or(0);
 }
 
 Result<std::optional<RowPlace>> ItemRows::place(ItemId id) {
+  ORLOCAL_CHECK(writeRow(id));
   Statement& read = m_place.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
@@ -190,28 +259,45 @@ Result<std::optional<RowPlace>> ItemRows::place(ItemId id) {
 
 Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
   ORLOCAL_CHECK(checkBeforeWriting(item));
-  Statement& insert = m_insert.in(m_database);
-  m_values.bind(insert, item, place);
-  insert.bindBlob(ItemValues::kLastParameter, uuid.bytes());
-  ORLOCAL_CHECK(insert.run());
-  item.id = m_database.lastInsertId();
+  if (m_nextId == 0) {
+    ItemValues::bind(m_values, item, place);
+    m_values.bindBlob(ItemValues::kUuidParameter, uuid.bytes());
+    ORLOCAL_CHECK(
+        m_insert.write(m_database, std::span<const RowValues>(&m_values, 1),
+                       [](Statement& insert, int before, const RowValues& row) { row.bindTo(insert, before); }));
+    item.id = m_database.lastInsertId();
+    return {};
+  }
+  Gathered& row = m_gathered[m_gatheredRows];
+  ItemValues::bind(row.values, item, place);
+  row.values.bind(ItemValues::kIdParameter, m_nextId).bindBlob(ItemValues::kUuidParameter, uuid.bytes());
+  row.id = m_nextId;
+  row.uidHash = ItemValues::hashOf(item.uid);
+  ++m_gatheredRows;
+  if (m_gatheredRows == m_gathered.size()) ORLOCAL_CHECK(writeRows());
+  item.id = m_nextId++;
   return {};
 }
 
 Status ItemRows::update(const Item& item, const RowPlace& place) {
   ORLOCAL_CHECK(checkBeforeWriting(item));
   forget(item.id);
+  ORLOCAL_CHECK(writeRow(item.id));
+  ItemValues::bind(m_values, item, place);
+  m_values.bind(ItemValues::kIdParameter, item.id);
   Statement& update = m_update.in(m_database);
-  m_values.bind(update, item, place);
-  return update.bind(ItemValues::kLastParameter, item.id).run();
+  m_values.bindTo(update, 0);
+  return update.run();
 }
 
 Status ItemRows::remove(ItemId id) {
   forget(id);
+  ORLOCAL_CHECK(writeRow(id));
   return m_remove.in(m_database).bind(1, id).run();
 }
 
 Result<Uuid> ItemRows::newestUuid() {
+  ORLOCAL_CHECK(writeRows());
   Statement& read = m_newestUuid.in(m_database);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
@@ -223,6 +309,7 @@ Result<Uuid> ItemRows::newestUuid() {
 }
 
 Result<std::map<CalendarId, std::vector<ItemId>>> ItemRows::idsByCalendar() {
+  ORLOCAL_CHECK(writeRows());
   Statement& read = m_byCalendar.in(m_database);
   const ResetAtExit reset(read);
   std::map<CalendarId, std::vector<ItemId>> ids;
@@ -237,9 +324,13 @@ Result<std::map<CalendarId, std::vector<ItemId>>> ItemRows::idsByCalendar() {
 }
 
 Result<std::vector<ItemId>> ItemRows::idsInCalendar(CalendarId calendar) {
+  ORLOCAL_CHECK(writeRows());
   return allIds(m_idsInCalendar.in(m_database).bind(1, calendar));
 }
 
-Result<std::vector<ItemId>> ItemRows::zonedIds() { return allIds(m_zonedIds.in(m_database)); }
+Result<std::vector<ItemId>> ItemRows::zonedIds() {
+  ORLOCAL_CHECK(writeRows());
+  return allIds(m_zonedIds.in(m_database));
+}
 
 }  // namespace orlocal::store

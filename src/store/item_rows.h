@@ -12,6 +12,8 @@
 
 #include "store/item_values.h"
 #include "store/model.h"
+#include "store/row_insert.h"
+#include "store/row_values.h"
 #include "store/sqlite.h"
 #include "store/uuid.h"
 
@@ -34,6 +36,7 @@ class ItemRows {
   Result<std::optional<Expandable>> readForExpansion(ItemId id);
   void prefetch(std::span<const ItemId> ids);
   void forget(ItemId id);
+  /// What was kept back and not written goes, too.
   void forgetAll();
   /// Whether the row is at hand without reading.
   std::shared_ptr<const Item> kept(ItemId id);
@@ -41,6 +44,8 @@ class ItemRows {
   Result<std::optional<ItemId>> withUuid(const Uuid& uuid);
   /// The event or reminder itself, not a changed occurrence.
   Result<std::optional<ItemId>> withUid(CalendarId calendar, ItemKind kind, std::string_view uid);
+  /// The hash of every row's UID, in their order. After `gather`.
+  Status visitUidHashes(const std::function<void(std::int64_t)>& visit);
   /// Changed occurrences without a series, in the order of their original starts.
   Result<std::vector<ItemId>> straysWithUid(CalendarId calendar, ItemKind kind, std::string_view uid);
   Result<std::optional<ItemId>> strayAt(CalendarId calendar, ItemKind kind, std::string_view uid,
@@ -59,6 +64,12 @@ class ItemRows {
   Result<std::optional<RowPlace>> place(ItemId id);
   /// Gives the item its id. `uuid` is the row's own identifier.
   Status insert(Item& item, const Uuid& uuid, const RowPlace& place);
+  /// From now on what is inserted is kept back and written many rows at once: a large change costs less. It is written
+  /// before any of it is read, changed or removed. Inside a write transaction. Gives the highest id that was ever
+  /// given.
+  Result<ItemId> gather();
+  /// Writes what was kept back, and ends that.
+  Status writeGathered();
   /// Changes everything but the identifier.
   Status update(const Item& item, const RowPlace& place);
   Status remove(ItemId id);
@@ -75,14 +86,31 @@ class ItemRows {
  private:
   using Kept = std::unordered_map<ItemId, std::shared_ptr<const Item>>;
 
+  struct Gathered {
+    ItemId id = 0;
+    std::int64_t uidHash = 0;
+    RowValues values;
+  };
+  static constexpr int kRowsAtOnce = 16;
+
   Result<std::shared_ptr<const Item>> load(ItemId id);
   void keep(const std::shared_ptr<const Item>& item);
+  /// The first of them are in use.
+  std::span<const Gathered> gathered() const { return std::span(m_gathered).first(m_gatheredRows); }
+  Status writeRows();
+  /// The same when the statement to come may meet a row of them.
+  Status writeRow(ItemId id);
+  Status writeRowsWithUid(std::int64_t hash);
 
   Database& m_database;
   Kept m_recent, m_older;  ///< what is asked for moves to `m_recent`; when that is full, `m_older` goes
-  ItemValues m_values;
+  std::vector<Gathered> m_gathered{kRowsAtOnce};
+  std::size_t m_gatheredRows = 0;
+  ItemId m_nextId = 0;  ///< of the next row kept back; 0 while rows are written at once
+  RowValues m_values;
+  RowInsert m_insert;
   LazyStatement m_read, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf, m_changedAt,
-      m_place, m_insert, m_update, m_remove, m_newestUuid, m_byCalendar, m_idsInCalendar, m_zonedIds;
+      m_place, m_uidHashes, m_highestId, m_update, m_remove, m_newestUuid, m_byCalendar, m_idsInCalendar, m_zonedIds;
 };
 
 }  // namespace orlocal::store

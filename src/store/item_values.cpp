@@ -9,6 +9,7 @@
 #include "store/checked_row.h"
 #include "store/civil_days.h"
 #include "store/item_check.h"
+#include "store/packing.h"
 #include "store/try.h"
 #include "store/uuid.h"
 #include "store/zone.h"
@@ -78,27 +79,25 @@ void readExtra(std::string_view lines, Item& item) {
   item.extra = lines;
 }
 
-void bindOptional(Statement& statement, int parameter, const std::optional<std::string>& text) {
-  text ? statement.bind(parameter, std::string_view(*text)) : statement.bindNull(parameter);
+void bindOptional(RowValues& values, int parameter, const std::optional<std::string>& text) {
+  if (text) values.bind(parameter, std::string_view(*text));
 }
 
-void bindOptional(Statement& statement, int parameter, const std::optional<Moment>& moment) {
-  moment ? statement.bind(parameter, std::int64_t{moment->time_since_epoch().count()}) : statement.bindNull(parameter);
+void bindOptional(RowValues& values, int parameter, const std::optional<Moment>& moment) {
+  if (moment) values.bind(parameter, std::int64_t{moment->time_since_epoch().count()});
 }
 
-void bindOptional(Statement& statement, int parameter, const std::optional<std::int64_t>& value) {
-  value ? statement.bind(parameter, *value) : statement.bindNull(parameter);
+void bindOptional(RowValues& values, int parameter, const std::optional<std::int64_t>& value) {
+  if (value) values.bind(parameter, *value);
 }
 
 /// `before` is the time whose clock is left out when this one runs on it too.
-void bindTime(Statement& statement, int parameter, const std::optional<CalendarTime>& time,
+void bindTime(RowValues& values, int parameter, const std::optional<CalendarTime>& time,
               const std::optional<CalendarTime>& before = std::nullopt) {
-  time ? statement.bind(parameter, localSeconds(time->local)) : statement.bindNull(parameter);
-  if (time && !(before && before->kind == time->kind && before->zone == time->zone)) {
-    statement.bind(parameter + 1, clockName(*time));
-  } else {
-    statement.bindNull(parameter + 1);
-  }
+  if (!time) return;
+  values.bind(parameter, localSeconds(time->local));
+  if (before && before->kind == time->kind && before->zone == time->zone) return;
+  values.bind(parameter + 1, clockName(*time));
 }
 
 }  // namespace
@@ -108,11 +107,9 @@ const char* const ItemValues::kReadForExpansion =
     "SELECT id, kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, uid, "
     "EXISTS(SELECT 1 FROM items c WHERE c.series = i.id) FROM items i WHERE id = ?";
 const char* const ItemValues::kInsert =
-    "INSERT INTO items(kind, calendar, series, slot, slot_start, \"start\", start_clock, \"end\", end_clock, "
+    "INSERT OR FAIL INTO items(kind, calendar, series, slot, slot_start, \"start\", start_clock, \"end\", end_clock, "
     "recurrence, recurrence_id, recurrence_id_clock, original, uid_hash, uid, priority, sequence, created, "
-    "modified, completed, title, location, url, alarms, attendees, notes, extra, uuid) "
-    "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, ?21, "
-    "?22, ?23, ?24, ?25, ?26, ?27, ?28)";
+    "modified, completed, title, location, url, alarms, attendees, notes, extra, id, uuid)";
 const char* const ItemValues::kUpdate =
     "UPDATE items SET kind=?1, calendar=?2, series=?3, slot=?4, slot_start=?5, \"start\"=?6, start_clock=?7, "
     "\"end\"=?8, end_clock=?9, recurrence=?10, recurrence_id=?11, recurrence_id_clock=?12, original=?13, "
@@ -174,39 +171,39 @@ Result<Item> ItemValues::readForExpansion(const Statement& statement, const Data
   return item;
 }
 
-void ItemValues::bind(Statement& statement, const Item& item, const RowPlace& place) {
-  statement.bind(1, static_cast<std::int64_t>(item.kind)).bind(2, item.calendar);
-  bindOptional(statement, 3, item.series);
-  statement.bind(4, place.slot).bind(5, place.slotStart);
-  bindTime(statement, 6, item.start);
-  bindTime(statement, 8, item.end, item.start);
-  statement.bindNull(10);
+void ItemValues::bind(RowValues& values, const Item& item, const RowPlace& place) {
+  values.clear();
+  values.bind(1, static_cast<std::int64_t>(item.kind)).bind(2, item.calendar);
+  bindOptional(values, 3, item.series);
+  values.bind(4, place.slot).bind(5, place.slotStart);
+  bindTime(values, 6, item.start);
+  bindTime(values, 8, item.end, item.start);
+  PackedBytes packed;
   if (!(item.recurrence == Recurrence())) {
-    packRecurrence(item.recurrence, m_recurrence);
-    statement.bindBlob(10, m_recurrence);
+    packRecurrence(item.recurrence, packed);
+    values.bindBlob(10, packed);
   }
-  bindTime(statement, 11, item.recurrenceId);
-  bindOptional(statement, 13, place.original);
-  statement.bind(14, hashOf(item.uid)).bind(15, std::string_view(item.uid));
-  statement.bind(16, std::int64_t{item.priority}).bind(17, item.sequence);
-  bindOptional(statement, 18, item.created);
-  bindOptional(statement, 19, item.modified);
-  bindOptional(statement, 20, item.completed);
-  bindOptional(statement, 21, item.title);
-  bindOptional(statement, 22, item.location);
-  bindOptional(statement, 23, item.url);
-  statement.bindNull(24).bindNull(25).bindNull(27);
+  bindTime(values, 11, item.recurrenceId);
+  bindOptional(values, 13, place.original);
+  values.bind(14, hashOf(item.uid)).bind(15, std::string_view(item.uid));
+  values.bind(16, std::int64_t{item.priority}).bind(17, item.sequence);
+  bindOptional(values, 18, item.created);
+  bindOptional(values, 19, item.modified);
+  bindOptional(values, 20, item.completed);
+  bindOptional(values, 21, item.title);
+  bindOptional(values, 22, item.location);
+  bindOptional(values, 23, item.url);
   if (!item.alarms.empty()) {
-    packAlarms(item.alarms, m_alarms);
-    statement.bindBlob(24, m_alarms);
+    packAlarms(item.alarms, packed);
+    values.bindBlob(24, packed);
   }
   if (!item.attendees.empty()) {
-    packAttendees(item.attendees, m_attendees);
-    statement.bindBlob(25, m_attendees);
+    packAttendees(item.attendees, packed);
+    values.bindBlob(25, packed);
   }
-  bindOptional(statement, 26, item.notes);
-  m_extra = item.stamped ? std::string(kStamp) + momentText(*item.stamped) + "\n" : std::string();
-  if (!(m_extra += item.extra).empty()) statement.bind(27, std::string_view(m_extra));
+  bindOptional(values, 26, item.notes);
+  std::string extra = item.stamped ? std::string(kStamp) + momentText(*item.stamped) + "\n" : std::string();
+  if (!(extra += item.extra).empty()) values.bind(27, std::string_view(extra));
 }
 
 }  // namespace orlocal::store

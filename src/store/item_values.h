@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "store/model.h"
-#include "store/packing.h"
+#include "store/row_values.h"
 #include "store/sqlite.h"
 
 namespace orlocal::store {
@@ -25,24 +25,21 @@ class ItemValues {
  public:
   static const char* const kReadById;  ///< parameter 1: id
   static const char* const kReadForExpansion;
-  static const char* const kInsert;  ///< parameter `kLastParameter`: identifier
-  static const char* const kUpdate;  ///< parameter `kLastParameter`: id
-  static constexpr int kLastParameter = 28;
+  static const char* const kUpdate;  ///< parameter `kIdParameter`: id
+  /// Before VALUES, of rows of `kInserted` parameters. Without an id the row is given one.
+  static const char* const kInsert;
+  static constexpr int kIdParameter = 28, kUuidParameter = 29, kInserted = 29;
 
   /// The item in a row of the first statement.
   static Result<Item> read(const Statement& row, const Database& database);
   /// What a row of the second has: enough to expand a series, and whether it has changed occurrences.
   static Result<Item> readForExpansion(const Statement& row, const Database& database, bool& hasChanged);
 
-  /// Binds all parameters but the last one. What is bound is borrowed from `item` and from this.
-  void bind(Statement& statement, const Item& item, const RowPlace& place);
+  /// Binds all parameters but the row's id and its identifier.
+  static void bind(RowValues& values, const Item& item, const RowPlace& place);
 
   /// FNV-1a, 64 bits.
   static std::int64_t hashOf(std::string_view uid);
-
- private:
-  PackedBytes m_recurrence, m_alarms, m_attendees;
-  std::string m_extra;
 };
 
 }  // namespace orlocal::store

@@ -105,17 +105,6 @@ std::string uriOf(const std::filesystem::path& file) {
 
 Statement::~Statement() { sqlite3_finalize(m_handle); }
 
-std::string insertOfRows(std::string_view into, int columns, int rows) {
-  std::string sql(into);
-  sql += " VALUES";
-  for (int row = 0; row < rows; ++row) {
-    sql += row == 0 ? "(?" : ",(?";
-    for (int column = 1; column < columns; ++column) sql += ",?";
-    sql += ')';
-  }
-  return sql;
-}
-
 Statement& Statement::bind(int parameter, std::int64_t value) {
   sqlite3_bind_int64(m_handle, parameter, value);
   return *this;

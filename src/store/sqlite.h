@@ -66,9 +66,6 @@ class Statement {
   std::unique_ptr<Error> m_failure;  ///< of preparing it; each step then gives it
 };
 
-/// An INSERT of several rows at once, which costs less than one each; `into` is what stands before VALUES.
-std::string insertOfRows(std::string_view into, int columns, int rows);
-
 /// Resets a statement when a scope is left, so that it holds no lock.
 class ResetAtExit {
  public:

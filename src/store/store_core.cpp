@@ -291,6 +291,7 @@ WriteTurn::~WriteTurn() {
 }
 
 Status WriteTurn::commit() {
+  ORLOCAL_CHECK(m_core->rows.writeGathered());
   ORLOCAL_CHECK(m_core->timeline.writeGathered());
   ORLOCAL_CHECK(m_core->log.finishCommit());
   ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());

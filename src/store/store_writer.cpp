@@ -17,6 +17,9 @@ namespace {
 constexpr const char* kLargeCache = "PRAGMA cache_size=-65536";
 constexpr const char* kUsualCache = "PRAGMA cache_size=-8192";
 
+/// So many rows of an index are read in the time that looking one up takes.
+constexpr std::int64_t kRowsForOneLookup = 40;
+
 /// What a rule that cannot be followed is to a file: one item that is refused, whatever the others are.
 Result<Series> compiledToPut(const Item& item) {
   auto series = Series::compile(item, Zone());
@@ -42,9 +45,9 @@ bool differs(const Item& stored, Item& given) {
 Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core) {
   ORLOCAL_TRY(WriteTurn turn, core.beginWriting());
   ORLOCAL_CHECK(core.database.execute(kLargeCache));
-  ORLOCAL_TRY(const Uuid newest, core.rows.newestUuid());
+  ORLOCAL_TRY(const ItemId highest, core.rows.gather());
   core.timeline.gather();
-  return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn), newest == Uuid()));
+  return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn), highest));
 }
 
 StoreWriter::~StoreWriter() { (void)m_core.database.execute(kUsualCache); }
@@ -113,14 +116,22 @@ Status StoreWriter::checkTarget(CalendarId calendar, const Item& item) {
   return {};
 }
 
-bool StoreWriter::mayKnow(const Item& item) {
-  if (!m_storeWasEmpty && !m_made.contains(item.calendar)) return true;
-  const auto calendar = static_cast<std::uint64_t>(item.calendar) << 1 | static_cast<std::uint64_t>(item.kind);
-  const auto key = (static_cast<std::uint64_t>(ItemValues::hashOf(item.uid)) ^ calendar) * 0x9e3779b97f4a7c15U;
-  auto put = m_put[key >> (64 - kPutBits)];
-  const bool known = put;
-  put = true;
-  return known;
+Result<bool> StoreWriter::mayKnow(const Item& item) {
+  const std::int64_t hash = ItemValues::hashOf(item.uid);
+  const auto place = static_cast<std::uint64_t>(item.calendar) << 1 | static_cast<std::uint64_t>(item.kind);
+  const bool putBefore = m_put.add(static_cast<std::uint64_t>(hash) ^ place);
+  if (m_made.contains(item.calendar)) return putBefore;
+  ORLOCAL_TRY(const bool stoodThere, mayHaveKnown(hash));
+  return putBefore || stoodThere;
+}
+
+Result<bool> StoreWriter::mayHaveKnown(std::int64_t hash) {
+  if (!m_stored && ++m_lookups * kRowsForOneLookup > m_storedAtMost) {
+    m_stored.emplace();
+    ORLOCAL_CHECK(
+        m_core.rows.visitUidHashes([&](std::int64_t stored) { m_stored->add(static_cast<std::uint64_t>(stored)); }));
+  }
+  return !m_stored || m_stored->mayHave(static_cast<std::uint64_t>(hash));
 }
 
 Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector<Item>& changed,
@@ -128,7 +139,7 @@ Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector
   ORLOCAL_CHECK(checkTarget(calendar, main));
   main.calendar = calendar;
   main.series.reset();
-  const bool known = mayKnow(main);
+  ORLOCAL_TRY(const bool known, mayKnow(main));
   if (main.recurrenceId) return putStray(main);
   if (main.recurrence.empty() && changed.empty()) return putMain(main, nullptr, known);
   for (Item& occurrence : changed) {

@@ -177,37 +177,29 @@ Status Timeline::insert(const TimelineEntry& entry) {
     const std::int64_t flags = (entry.repeats ? kRepeats : 0) | (entry.originalIsWall ? kOriginalIsWall : 0) |
                                (entry.hasDue ? kHasDue : 0) | (entry.dueIsWall ? kDueIsWall : 0);
     const Row row{shelf, entry.start, entry.item, entry.end, entry.calendar, flags, entry.series, entry.original};
-    if (!m_gathers) return write(row);
+    if (!m_gathers) return write(std::span(&row, 1));
     m_gathered.push_back(row);
+    m_gatheredItems.insert(row.item);
     return m_gathered.size() < kGatheredAtMost ? Status() : writeRows();
   });
 }
 
-void Timeline::bind(Statement& insert, int before, const Row& row) {
-  insert.bind(before + 1, row.shelf).bind(before + 2, row.start).bind(before + 3, row.item).bind(before + 4, row.end);
-  insert.bind(before + 5, row.calendar).bind(before + 6, row.flags);
-  row.series ? insert.bind(before + 7, *row.series) : insert.bindNull(before + 7);
-  row.original ? insert.bind(before + 8, *row.original) : insert.bindNull(before + 8);
-}
-
-Status Timeline::write(const Row& row) {
-  Statement& insert = m_insert.in(m_database);
-  bind(insert, 0, row);
-  return insert.run();
+Status Timeline::write(std::span<const Row> rows) {
+  return m_insert.write(m_database, rows, [](Statement& insert, int before, const Row& row) {
+    insert.bind(before + 1, row.shelf).bind(before + 2, row.start).bind(before + 3, row.item).bind(before + 4, row.end);
+    insert.bind(before + 5, row.calendar).bind(before + 6, row.flags);
+    row.series ? insert.bind(before + 7, *row.series) : insert.bindNull(before + 7);
+    row.original ? insert.bind(before + 8, *row.original) : insert.bindNull(before + 8);
+  });
 }
 
 Status Timeline::writeRows() {
   std::stable_sort(m_gathered.begin(), m_gathered.end(), [](const Row& a, const Row& b) {
     return std::tie(a.shelf, a.start, a.item) < std::tie(b.shelf, b.start, b.item);
   });
-  std::span<const Row> left(m_gathered);
-  for (; left.size() >= kRowsAtOnce; left = left.subspan(kRowsAtOnce)) {
-    Statement& insert = m_insertMany.in(m_database);
-    for (int i = 0; i < kRowsAtOnce; ++i) bind(insert, i * kColumns, left[static_cast<std::size_t>(i)]);
-    ORLOCAL_CHECK(insert.run());
-  }
-  for (const Row& row : left) ORLOCAL_CHECK(write(row));
+  ORLOCAL_CHECK(write(m_gathered));
   m_gathered.clear();
+  m_gatheredItems.clear();
   return {};
 }
 
@@ -220,10 +212,11 @@ void Timeline::forget() {
   m_shelvesKnown = false;
   m_gathers = false;
   m_gathered.clear();
+  m_gatheredItems.clear();
 }
 
 Status Timeline::remove(ItemId item, std::int64_t slot, std::int64_t start) {
-  ORLOCAL_CHECK(writeRows());
+  if (m_gatheredItems.contains(item)) ORLOCAL_CHECK(writeRows());
   return forEachShelf(slot, [&](std::int64_t shelf) {
     return m_remove.in(m_database).bind(1, shelf).bind(2, start).bind(3, item).run();
   });

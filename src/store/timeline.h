@@ -5,11 +5,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
+#include <span>
+#include <unordered_set>
 #include <vector>
 
 #include "store/model.h"
 #include "store/recurrence.h"
+#include "store/row_insert.h"
 #include "store/sqlite.h"
 
 namespace orlocal::store {
@@ -58,7 +60,7 @@ class Timeline {
   Status remove(ItemId item, std::int64_t slot, std::int64_t start);
 
   /// From now on what is inserted is kept back and written in its order, many rows at once: a large change costs less.
-  /// Before anything is read or removed it is written.
+  /// Before anything is read, or one of these removed, it is written.
   void gather() { m_gathers = true; }
   /// Writes what was kept back, and ends that.
   Status writeGathered();
@@ -85,13 +87,8 @@ class Timeline {
     std::optional<ItemId> series;
     std::optional<std::int64_t> original;
   };
-  static constexpr const char* kInsert =
-      "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)";
-  static constexpr int kColumns = 8, kRowsAtOnce = 16;
-
-  Status write(const Row& row);
+  Status write(std::span<const Row> rows);
   Status writeRows();
-  static void bind(Statement& insert, int before, const Row& row);
   Status findShelves();
   Status visitShelf(std::int64_t slot, std::int64_t after, std::int64_t before, const Visitor& visit);
 
@@ -100,9 +97,9 @@ class Timeline {
   bool m_shelvesKnown = false;
   bool m_gathers = false;
   std::vector<Row> m_gathered;
-  std::string m_one = insertOfRows(kInsert, kColumns, 1), m_many = insertOfRows(kInsert, kColumns, kRowsAtOnce);
-  LazyStatement m_insert{m_one.c_str()};
-  LazyStatement m_insertMany{m_many.c_str()};
+  std::unordered_set<ItemId> m_gatheredItems;
+  RowInsert m_insert{
+      "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)", 8, 16};
   LazyStatement m_remove{"DELETE FROM timeline WHERE slot = ? AND \"start\" = ? AND item = ?"};
   LazyStatement m_nextSlot{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
   LazyStatement m_scan{

@@ -1,5 +1,8 @@
 #include "store/store_writer.h"
 
+#include <random>
+
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "store_fixture.h"
@@ -240,6 +243,90 @@ TEST_F(Writer, VisitsSeriesWithTheirChangedOccurrences) {
     return {};
   }));
   EXPECT_THAT(visited, ElementsAre("one", "series", "  a", "  b"));
+}
+
+/// Puts of all kinds that meet one another, in no order.
+class ManyPuts : public Writer {
+ protected:
+  struct Put {
+    Item main;
+    std::vector<Item> changed;
+  };
+  std::vector<Put> puts(unsigned seed) {
+    std::mt19937 random(seed);
+    const auto among = [&](int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); };
+    std::vector<Put> all;
+    for (int i = 0; i < 120; ++i) {
+      Put put;
+      put.main = single(fmt::format("uid {}", among(40)));
+      put.main.title = fmt::format("title {}", among(3));
+      put.main.start->local += 3600 * among(5);
+      put.main.end->local = put.main.start->local + 3600;
+      const int kind = among(4);
+      if (kind == 0) put.main.recurrenceId = berlin("2026-11-03 09:00");
+      if (kind == 1) put.main.recurrence.rules = {rule(Frequency::kDaily, 4)};
+      for (int day = 2; kind == 1 && day < 2 + among(3); ++day) {
+        const std::string date = fmt::format("2026-11-0{}", day);
+        Item other = changed("changed", berlin(date + " 09:00"), berlin(date + " 15:00"));
+        other.recurrenceId->local = put.main.start->local + 86'400 * (day - 2);
+        other.uid = put.main.uid;
+        put.changed.push_back(other);
+      }
+      all.push_back(std::move(put));
+    }
+    return all;
+  }
+  static std::string outcomeOf(ItemWriter& writer, Put put) {
+    const auto outcome = writer.put(put.main.calendar, put.main, put.changed);
+    return outcome ? fmt::format("{}", static_cast<int>(*outcome)) : outcome.error().message;
+  }
+  /// Every item of the calendar with what the file says of it, in the order of the rows.
+  std::vector<std::string> content() {
+    std::vector<std::string> lines;
+    EXPECT_TRUE(store->forEachItem(1, [&](const Item& item, const std::vector<Item>& others) -> Status {
+      lines.push_back(fmt::format("{} {} {}", item.id, item.uid, *item.title));
+      for (const Item& other : others) lines.push_back(fmt::format("  {} {}", other.id, *other.title));
+      return {};
+    }));
+    const auto shownOnes = everything();
+    lines.insert(lines.end(), shownOnes.begin(), shownOnes.end());
+    return lines;
+  }
+};
+
+TEST_F(ManyPuts, AreInOneTurnWhatTheyAreEachInItsOwn) {
+  for (unsigned seed = 1; seed <= 12; ++seed) {
+    SCOPED_TRACE(seed);
+    const std::vector<Put> all = puts(seed);
+    std::vector<std::string> outcomes[2], contents[2];
+    for (const bool together : {false, true}) {
+      store.reset();
+      std::filesystem::remove_all(folder);
+      std::filesystem::create_directory(folder);
+      store = opened();
+      auto writer = std::move(*store->startWriting());
+      for (const Put& put : all) {
+        outcomes[together].push_back(outcomeOf(*writer, put));
+        if (together) continue;
+        ASSERT_TRUE(writer->commit());
+        writer.reset();
+        writer = std::move(*store->startWriting());
+      }
+      ASSERT_TRUE(writer->commit());
+      writer.reset();
+      contents[together] = content();
+    }
+    EXPECT_EQ(outcomes[0], outcomes[1]);
+    EXPECT_EQ(contents[0], contents[1]);
+  }
+}
+
+TEST_F(ManyPuts, GiveNoNumberOfARowTwice) {
+  Item first = single("first"), second = single("second");
+  put(first);
+  ASSERT_TRUE(store->removeEvent(first, std::nullopt, Span::kThis));
+  put(second);
+  EXPECT_GT(second.id, first.id);
 }
 
 }  // namespace
