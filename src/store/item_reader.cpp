@@ -147,6 +147,8 @@ void ItemDraft::innerDone(int line) {
 std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
   if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start)
     fail(m_span.span.line, "it has no DTSTART");
+  if (m_span.changed && !m_item.recurrenceId)
+    fail(m_recurrenceIdLine, "its RECURRENCE-ID does not tell which occurrence it changes");
   if (!m_failure.empty()) return refuse(m_failureLine, m_failure);
   if (m_item.recurrenceId && !m_span.changed) {
     warn(m_recurrenceIdLine, "RECURRENCE-ID changes no series of this file and was passed over: this is a series");

@@ -22,12 +22,12 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-std::string eventText(const std::string& uid, const std::string& lines = "") {
+std::string eventLines(const std::string& uid, const std::string& lines = "") {
   return "BEGIN:VEVENT\r\nUID:" + uid + "\r\nDTSTART:20261101T090000Z\r\nSUMMARY:" + uid + "\r\n" + lines +
          "END:VEVENT\r\n";
 }
 
-std::string calendarText(const std::string& items) {
+std::string calendarOf(const std::string& items) {
   return "BEGIN:VCALENDAR\r\nVERSION:2.0\r\n" + items + "END:VCALENDAR\r\n";
 }
 
@@ -73,7 +73,7 @@ class HostileInput : public StoreTest {
 class Spoiler : public HostileInput, public testing::WithParamInterface<const char*> {};
 
 TEST_P(Spoiler, LeavesOtherEventsAlone) {
-  imported(eventText("before") + eventText("spoiler", GetParam()) + eventText("after"));
+  imported(eventLines("before") + eventLines("spoiler", GetParam()) + eventLines("after"));
   EXPECT_THAT(titlesAnywhere(), ElementsAre("after", "before", "spoiler"));
   const std::string text = exported();
   useAnotherStore();
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Kept, Spoiler,
 
 TEST_F(HostileInput, TellsOfAComponentThatIsNotClosedAndKeepsTheOthers) {
   const auto report =
-      imported(eventText("one", "BEGIN:X\r\nX-A:lost\r\nBEGIN:Y\r\nEND:X\r\nBEGIN:Z\r\nX-A:kept\r\nEND:Z\r\n"));
+      imported(eventLines("one", "BEGIN:X\r\nX-A:lost\r\nBEGIN:Y\r\nEND:X\r\nBEGIN:Z\r\nX-A:kept\r\nEND:Z\r\n"));
   EXPECT_THAT(report.warnings, Contains(says("is not closed; it is not kept")));
   EXPECT_THAT(exported(), HasSubstr("BEGIN:Z\r\nX-A:kept\r\nEND:Z\r\n"));
   EXPECT_THAT(exported(), Not(HasSubstr("lost")));
@@ -104,13 +104,26 @@ TEST_F(HostileInput, AnExportLeavesOutKeptLinesThatWouldSpoilOthers) {
   Item spoiler = event("spoiler", utc("2026-11-01 09:00"), utc("2026-11-01 10:00"));
   spoiler.extra = "X-A:1\nBEGIN:X\n";
   saved(spoiler);
-  imported(calendarText(eventText("innocent")));
+  imported(calendarOf(eventLines("innocent")));
   ExportReport notes;
   const std::string text = exported(&notes);
   EXPECT_THAT(notes.notes, ElementsAre(HasSubstr("\"spoiler\"")));
   useAnotherStore();
   EXPECT_EQ(imported(text).added, 2U);
   EXPECT_THAT(titlesAnywhere(), ElementsAre("innocent", "spoiler"));
+}
+
+TEST_F(HostileInput, AChangeOfAnOccurrenceThatCannotBeToldIsRefused) {
+  for (const char* kind : {"VEVENT", "VTODO"}) {
+    for (const char* original : {"", "2026", "Tuesday", "20261399T000000"}) {
+      const std::string begin = std::string("BEGIN:") + kind + "\r\nUID:told\r\nDTSTART:20261101T090000Z\r\n";
+      const std::string change = begin + "RECURRENCE-ID;TZID=Europe/Berlin:" + original + "\r\nEND:" + kind + "\r\n";
+      const ImportReport report = imported(calendarOf(change + eventLines("other")));
+      EXPECT_THAT(report.problems, ElementsAre(says("RECURRENCE-ID"))) << kind << original;
+      EXPECT_EQ(report.refused, 1u);
+    }
+  }
+  EXPECT_THAT(titlesAnywhere(), ElementsAre("other"));
 }
 
 TEST_F(HostileInput, AZoneThatIsNotBalancedIsNotKept) {
@@ -187,8 +200,8 @@ TEST(MetRules, AreNotTakenForOthers) {
 TEST_F(HostileInput, CostlyRulesAreRefusedPastTheFilesBudgetAndUsualOnesAreNot) {
   const std::string costly = "RRULE:FREQ=DAILY;BYMONTH=2;BYMONTHDAY=29;BYDAY=MO;COUNT=900\r\n";
   const auto report = imported(
-      calendarText(repeated(50, [&](std::size_t i) { return eventText("costly" + std::to_string(i), costly); }) +
-                   eventText("usual", "RRULE:FREQ=WEEKLY;COUNT=200\r\n")));
+      calendarOf(repeated(50, [&](std::size_t i) { return eventLines("costly" + std::to_string(i), costly); }) +
+                 eventLines("usual", "RRULE:FREQ=WEEKLY;COUNT=200\r\n")));
   EXPECT_THAT(report.problems, Not(IsEmpty()));
   EXPECT_THAT(report.problems, Each(says("takes too long to follow")));
   EXPECT_THAT(report.problems, Not(Contains(Field(&Problem::uid, "usual"))));
@@ -196,17 +209,17 @@ TEST_F(HostileInput, CostlyRulesAreRefusedPastTheFilesBudgetAndUsualOnesAreNot) 
 }
 
 TEST_F(HostileInput, EventsThatFillAMonthTogetherAreRefusedPastTheFilesBudget) {
-  const auto report = imported(calendarText(
-      repeated(30, [](std::size_t i) { return eventText("m" + std::to_string(i), "RRULE:FREQ=MINUTELY\r\n"); }) +
-      eventText("usual", "RRULE:FREQ=DAILY\r\n")));
+  const auto report = imported(calendarOf(
+      repeated(30, [](std::size_t i) { return eventLines("m" + std::to_string(i), "RRULE:FREQ=MINUTELY\r\n"); }) +
+      eventLines("usual", "RRULE:FREQ=DAILY\r\n")));
   EXPECT_THAT(report.problems, Each(says("too often in a month")));
   EXPECT_EQ(report.added, 9U);  // eight of 44,640, and the daily one
   EXPECT_TRUE(store->occurrences({at("2026-12-01 00:00"), at("2027-01-01 00:00"), {defaultCalendar()}}));
 }
 
 TEST_F(HostileInput, SeriesInOtherCalendarsAreFewInAFile) {
-  const auto report = imported(calendarText(repeated(45, [](std::size_t i) {
-    return eventText("c" + std::to_string(i), "RRULE:RSCALE=HEBREW;FREQ=YEARLY;BYMONTH=1;BYMONTHDAY=1\r\n");
+  const auto report = imported(calendarOf(repeated(45, [](std::size_t i) {
+    return eventLines("c" + std::to_string(i), "RRULE:RSCALE=HEBREW;FREQ=YEARLY;BYMONTH=1;BYMONTHDAY=1\r\n");
   })));
   EXPECT_EQ(report.added, 40U);
   EXPECT_THAT(report.problems, Each(says("more than 40 series")));
@@ -214,19 +227,19 @@ TEST_F(HostileInput, SeriesInOtherCalendarsAreFewInAFile) {
 
 TEST_F(HostileInput, AnEventHasNotAnyNumberOfRules) {
   const auto report = imported(
-      calendarText(eventText("one", repeated(501, [](std::size_t) { return std::string("RRULE:FREQ=YEARLY\r\n"); }))));
+      calendarOf(eventLines("one", repeated(501, [](std::size_t) { return std::string("RRULE:FREQ=YEARLY\r\n"); }))));
   EXPECT_THAT(report.problems, ElementsAre(says("more than 500 rules")));
 }
 
 TEST_F(HostileInput, WarningsAreCountedPastTenThousand) {
   const auto report =
-      imported(calendarText(eventText("one", repeated(10'500, [](std::size_t) { return std::string("?\r\n"); }))));
+      imported(calendarOf(eventLines("one", repeated(10'500, [](std::size_t) { return std::string("?\r\n"); }))));
   ASSERT_THAT(report.warnings, SizeIs(10'001));
   EXPECT_THAT(report.warnings.back(), says("500 more warnings are not listed"));
 }
 
 TEST_F(HostileInput, AVeryLongUidIsToldByItsBeginning) {
-  const auto report = imported(calendarText(eventText(std::string(100'000, 'u'), "RDATE:x\r\n")));
+  const auto report = imported(calendarOf(eventLines(std::string(100'000, 'u'), "RDATE:x\r\n")));
   ASSERT_THAT(report.warnings, SizeIs(1));
   EXPECT_EQ(report.warnings.front().uid, std::string(255, 'u') + "…");
   EXPECT_EQ(report.added, 1U);
@@ -239,8 +252,8 @@ TEST_F(HostileInput, PeriodsOfAnEventAreNoMoreThanAnEventMayHold) {
            repeated(count, [](std::size_t i) { return ",20271102T0900" + std::to_string(10 + i % 50) + "Z/PT2H"; }) +
            "\r\n";
   };
-  EXPECT_THAT(imported(calendarText(eventText("few", periods(20)))).problems, IsEmpty());
-  EXPECT_THAT(imported(calendarText(eventText("many", periods(200)))).problems,
+  EXPECT_THAT(imported(calendarOf(eventLines("few", periods(20)))).problems, IsEmpty());
+  EXPECT_THAT(imported(calendarOf(eventLines("many", periods(200)))).problems,
               ElementsAre(says("more periods of their own length")));
 }
 
@@ -252,17 +265,17 @@ std::string zoneText(const std::string& tzid, const std::string& further = "") {
 
 TEST_F(HostileInput, ADefinitionOfAZoneIsNotLongerThanAnybodyNeeds) {
   const std::string event = "BEGIN:VEVENT\r\nUID:a\r\nDTSTART;TZID=Own:20261101T090000\r\nEND:VEVENT\r\n";
-  EXPECT_THAT(imported(calendarText(zoneText("Own", "X-A:" + std::string(60'000, 'x') + "\r\n") + event)).warnings,
+  EXPECT_THAT(imported(calendarOf(zoneText("Own", "X-A:" + std::string(60'000, 'x') + "\r\n") + event)).warnings,
               IsEmpty());
-  EXPECT_THAT(imported(calendarText(zoneText("Own", "X-A:" + std::string(70'000, 'x') + "\r\n") + event)).warnings,
+  EXPECT_THAT(imported(calendarOf(zoneText("Own", "X-A:" + std::string(70'000, 'x') + "\r\n") + event)).warnings,
               ElementsAre(says("longer than 64 KiB")));
 }
 
 TEST_F(HostileInput, OneDefinitionInManyCalendarsIsOneZone) {
   std::string text;
   for (int i = 0; i < 2'000; ++i)
-    text += calendarText("X-WR-CALNAME:C\r\n" + zoneText("Own") + "BEGIN:VEVENT\r\nUID:e" + std::to_string(i) +
-                         "\r\nDTSTART;TZID=Own:20261101T090000\r\nEND:VEVENT\r\n");
+    text += calendarOf("X-WR-CALNAME:C\r\n" + zoneText("Own") + "BEGIN:VEVENT\r\nUID:e" + std::to_string(i) +
+                       "\r\nDTSTART;TZID=Own:20261101T090000\r\nEND:VEVENT\r\n");
   const auto report = imported(text);
   EXPECT_THAT(report.warnings, IsEmpty());
   EXPECT_EQ(report.added, 2'000U);
@@ -270,8 +283,8 @@ TEST_F(HostileInput, OneDefinitionInManyCalendarsIsOneZone) {
 
 TEST_F(HostileInput, ADefinitionWithOtherNotesIsTheSameZone) {
   const std::string event = "BEGIN:VEVENT\r\nUID:a\r\nDTSTART;TZID=Own:20261101T090000\r\nEND:VEVENT\r\n";
-  EXPECT_THAT(imported(calendarText(zoneText("Own", "X-NOTE:one\r\n") + event)).warnings, IsEmpty());
-  EXPECT_THAT(imported(calendarText(zoneText("Own", "X-NOTE:two\r\n") + event)).warnings, IsEmpty());
+  EXPECT_THAT(imported(calendarOf(zoneText("Own", "X-NOTE:one\r\n") + event)).warnings, IsEmpty());
+  EXPECT_THAT(imported(calendarOf(zoneText("Own", "X-NOTE:two\r\n") + event)).warnings, IsEmpty());
 }
 
 TEST(ContentLineNumbers, CountEveryKindOfLineEnd) {
@@ -292,9 +305,9 @@ TEST_F(HostileInput, OthersSaveWhileAFileIsRead) {
     Item item = event("meanwhile", utc("2026-11-01 09:00"), utc("2026-11-01 10:00"));
     if (saveEvent(*other, item, std::nullopt, Span::kThis)) ++count;
   };
-  const auto report = importCalendarText(
-      *store, calendarText(repeated(600, [](std::size_t i) { return eventText(std::to_string(i)); })), "test.ics",
-      options);
+  const auto report =
+      importCalendarText(*store, calendarOf(repeated(600, [](std::size_t i) { return eventLines(std::to_string(i)); })),
+                         "test.ics", options);
   ASSERT_TRUE(report);
   EXPECT_EQ(report->added, 600U);
   EXPECT_EQ(count, 3U);
@@ -307,8 +320,8 @@ TEST_F(HostileInput, AnImportIsStoppedWhileARuleIsFollowed) {
   options.progress = [&](std::size_t, std::size_t) { stop = true; };
   const auto report = importCalendarText(
       *store,
-      calendarText(
-          eventText("one", "RRULE:FREQ=SECONDLY;INTERVAL=3601;BYMINUTE=7;BYSECOND=11;BYMONTHDAY=31;COUNT=50\r\n")),
+      calendarOf(
+          eventLines("one", "RRULE:FREQ=SECONDLY;INTERVAL=3601;BYMINUTE=7;BYSECOND=11;BYMONTHDAY=31;COUNT=50\r\n")),
       "test.ics", options);
   ASSERT_FALSE(report);
   EXPECT_EQ(report.error().code, ErrorCode::kInterrupted);
