@@ -19,6 +19,11 @@ if(ORLOCAL_SANITIZE)
   target_link_options(orlocal_options INTERFACE -fsanitize=${ORLOCAL_SANITIZE})
 endif()
 
+# In builds that join sources, what a source keeps to itself lies in no header all the same.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(orlocal_options INTERFACE -Wno-subobject-linkage)
+endif()
+
 # libFuzzer sees only what is instrumented: the libraries as well as the targets.
 if(ORLOCAL_FUZZ)
   target_compile_options(orlocal_options INTERFACE -fsanitize=fuzzer-no-link)
@@ -45,8 +50,7 @@ function(orlocal_test name)
   target_precompile_headers(${name} REUSE_FROM orlocal_test_headers)
   target_compile_options(${name} PRIVATE ${ORLOCAL_TEST_OPTIONS})
   target_compile_definitions(${name} PRIVATE ORLOCAL_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
-  # Test sources name their helpers alike; builds that join sources compile them one by one.
-  set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+  set_target_properties(${name} PROPERTIES UNITY_BUILD_BATCH_SIZE 12)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
                                           "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z")

@@ -51,12 +51,6 @@ std::optional<T> parseNumber(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
 }
 
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
-}
-
 std::optional<int> weekDay(std::string_view text) {
   const auto found =
       std::find_if(kWeekDays.begin(), kWeekDays.end(), [&](auto day) { return equalsNoCase(day, text); });

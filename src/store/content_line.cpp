@@ -27,12 +27,6 @@ std::size_t findUnquoted(std::string_view text, std::size_t from, char one, char
   return std::string_view::npos;
 }
 
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
-}
-
 std::string withoutCarets(std::string_view value) {
   std::string out;
   for (std::size_t i = 0; i < value.size(); ++i) {
@@ -48,6 +42,12 @@ std::string withoutCarets(std::string_view value) {
 }
 
 }  // namespace
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
 
 bool equalsNoCase(std::string_view left, std::string_view right) {
   return std::equal(left.begin(), left.end(), right.begin(), right.end(),

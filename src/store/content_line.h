@@ -63,6 +63,10 @@ class ContentLines {
 };
 
 bool equalsNoCase(std::string_view left, std::string_view right);
+
+/// Without the spaces and tabs around it.
+std::string_view trimmed(std::string_view text);
+
 bool isUtf8(std::string_view bytes);
 /// Bytes that are not UTF-8 are read as Windows-1252.
 std::string fromWindows1252(std::string_view bytes);

@@ -24,7 +24,9 @@ Status checkTimes(const Item& event) {
   return {};
 }
 
-std::string nameOf(const Item& event) { return event.title ? fmt::format("\"{}\"", *event.title) : "without a title"; }
+std::string quotedTitle(const Item& event) {
+  return event.title ? fmt::format("\"{}\"", *event.title) : "without a title";
+}
 
 Status checkAttendees(const Item& event) {
   // An organizer who does not take part is nobody who would have to be told.
@@ -35,11 +37,12 @@ Status checkAttendees(const Item& event) {
   if (std::none_of(event.attendees.begin(), event.attendees.end(), invited)) return {};
   return failure(ErrorCode::kRefused,
                  fmt::format("The event {} has attendees; change it in the calendar application, which tells them.",
-                             nameOf(event)));
+                             quotedTitle(event)));
 }
 
 tl::unexpected<Error> gone(const Item& event) {
-  return failure(ErrorCode::kNotFound, fmt::format("The event {} is no longer in the calendar store.", nameOf(event)));
+  return failure(ErrorCode::kNotFound,
+                 fmt::format("The event {} is no longer in the calendar store.", quotedTitle(event)));
 }
 
 tl::unexpected<Error> outOfSeries(const Item& event, Moment original, const Zone& viewer) {
@@ -48,18 +51,18 @@ tl::unexpected<Error> outOfSeries(const Item& event, Moment original, const Zone
       ErrorCode::kNotFound,
       fmt::format("The event {} has no occurrence on {:04}-{:02}-{:02} at {:02}:{:02} any more: somebody else "
                   "removed it, or moved, split or changed the series. Nothing was written; open it anew.",
-                  nameOf(event), start.year(), start.month(), start.day(), start.hour(), start.minute()));
+                  quotedTitle(event), start.year(), start.month(), start.day(), start.hour(), start.minute()));
 }
 
 tl::unexpected<Error> rulesOfOneDay(const Item& event) {
   return failure(ErrorCode::kInvalid,
                  fmt::format("How the event {} repeats cannot be changed for one of its days alone; save it for this "
                              "and the future events.",
-                             nameOf(event)));
+                             quotedTitle(event)));
 }
 
 /// In another file that took the place of the store's, a row number may be another item's.
-bool isSameRow(const Item& row, const Item& opened) {
+bool isSameEvent(const Item& row, const Item& opened) {
   return row.kind == ItemKind::kEvent && row.itemIdentifier == opened.itemIdentifier;
 }
 
@@ -132,7 +135,7 @@ Result<Item> EventEdits::insertNew(const ItemEdit& edit) {
 Result<Item> EventEdits::saveStored(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
   const Zone& viewer = m_core.options.viewer;
-  if (row == nullptr || !isSameRow(*row, *edit.opened)) {
+  if (row == nullptr || !isSameEvent(*row, *edit.opened)) {
     if (edit.opened->series && occurrence) return outOfSeries(*edit.opened, occurrence->originalStart, viewer);
     return gone(*edit.opened);
   }
@@ -285,7 +288,7 @@ Result<Item> EventEdits::carryToSeries(const Item& series, const Item& changed, 
 Status EventEdits::remove(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(event.id));
-  if (row == nullptr || !isSameRow(*row, event)) return gone(event);
+  if (row == nullptr || !isSameEvent(*row, event)) return gone(event);
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kEvent));
   Item series = stored;

@@ -16,8 +16,6 @@ namespace orlocal::store {
 
 namespace {
 
-using Kind = CalendarTime::Kind;
-
 /// The kept lines of an item, sorted by where they go.
 struct KeptLines {
   std::map<std::string_view, std::string_view> parameters;  ///< by the property's name
@@ -104,8 +102,8 @@ class ItemText {
     if (value) line(std::string(name) + parametersOf(name) + ":" + escapeText(*value));
   }
   static std::string kindParameters(const CalendarTime& time) {
-    if (time.kind == Kind::kDate) return ";VALUE=DATE";
-    return time.kind == Kind::kZoned ? ";TZID=" + parameterText(time.zone) : std::string();
+    if (time.kind == CalendarTime::Kind::kDate) return ";VALUE=DATE";
+    return time.kind == CalendarTime::Kind::kZoned ? ";TZID=" + parameterText(time.zone) : std::string();
   }
   void time(std::string_view name, const CalendarTime& value) {
     line(std::string(name) + kindParameters(value) + parametersOf(name) + ":" + timeText(value));
@@ -114,7 +112,7 @@ class ItemText {
   void times(std::string_view name, const std::vector<CalendarTime>& values) {
     for (std::size_t i = 0; i < values.size();) {
       const std::string parameters = kindParameters(values[i]);
-      const Kind kind = values[i].kind;
+      const CalendarTime::Kind kind = values[i].kind;
       std::string text = std::string(name) + parameters + ":" + timeText(values[i]);
       for (++i; i < values.size() && values[i].kind == kind && kindParameters(values[i]) == parameters; ++i)
         text += "," + timeText(values[i]);
@@ -124,7 +122,7 @@ class ItemText {
   void exceptionRule(const ExceptionRule& exception) {
     std::string text = "EXRULE";
     if (exception.start) {
-      const Kind kind = m_item.allDay() ? Kind::kDate : Kind::kFloating;
+      const auto kind = m_item.allDay() ? CalendarTime::Kind::kDate : CalendarTime::Kind::kFloating;
       text.append(";").append(kExceptionStart).append("=").append(timeText({kind, *exception.start, ""}));
     }
     line(text + ":" + ruleText(exception.rule));
@@ -198,7 +196,7 @@ void writeItem(std::string& out, const Item& item) { ItemText(out, item).write()
 
 void collectZones(std::map<std::string, int>& zones, const Item& item) {
   const auto add = [&](const CalendarTime& time) {
-    if (time.kind != Kind::kZoned) return;
+    if (time.kind != CalendarTime::Kind::kZoned) return;
     const int year = static_cast<int>(time.local.year());
     const auto [found, isNew] = zones.emplace(time.zone, year);
     if (!isNew) found->second = std::min(found->second, year);

@@ -15,11 +15,6 @@ namespace orlocal::store {
 
 namespace {
 
-std::string_view trimmed(std::string_view text) {
-  const std::size_t begin = std::min(text.find_first_not_of(" \t"), text.size());
-  return text.substr(begin, text.find_last_not_of(" \t") + 1 - begin);
-}
-
 /// What each item may take to be compiled and its first occurrence found, beside what all of a file have together.
 constexpr std::uint64_t kOwnSteps = 2'000;
 /// What one item may take at most.

@@ -42,7 +42,7 @@ std::string shortened(std::string_view text) {
   return std::string(text.substr(0, end)) + "…";
 }
 
-std::string nameOf(const Item& item) {
+std::string described(const Item& item) {
   const char* kind = item.kind == ItemKind::kEvent ? "event" : "reminder";
   return fmt::format("the {} \"{}\" (UID {})", kind, shortened(item.title.value_or("")), shortened(item.uid));
 }
@@ -200,7 +200,7 @@ void Series::Data::exclude(const CalendarTime& time) {
 Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::vector<CalendarTime>& changed,
                                ExpansionBudget* given) {
   auto data = std::make_unique<Data>();
-  data->name = nameOf(item);
+  data->name = described(item);
   const std::optional<CalendarTime>& start = item.start ? item.start : item.end;
   if (!start) return failure(ErrorCode::kInvalid, data->name + " has no start");
   data->start = *start;

@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kGone = "The reminder is no longer in the calendar store.";
 
 /// In another file that took the place of the store's, a row number may be another item's.
-bool isSameRow(const Item& row, const Item& opened) {
+bool isSameReminder(const Item& row, const Item& opened) {
   return row.kind == ItemKind::kReminder && row.itemIdentifier == opened.itemIdentifier;
 }
 
@@ -67,7 +67,7 @@ Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
 
 Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
-  if (row == nullptr || !isSameRow(*row, *edit.opened)) return failure(ErrorCode::kNotFound, kGone);
+  if (row == nullptr || !isSameReminder(*row, *edit.opened)) return failure(ErrorCode::kNotFound, kGone);
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   Item edited = stored;
@@ -147,7 +147,7 @@ Status ReminderEdits::moveOn(Item& edited) {
 Status ReminderEdits::remove(const Item& reminder) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(reminder.id));
-  if (row == nullptr || !isSameRow(*row, reminder)) return failure(ErrorCode::kNotFound, kGone);
+  if (row == nullptr || !isSameReminder(*row, reminder)) return failure(ErrorCode::kNotFound, kGone);
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   ORLOCAL_CHECK(stored.series ? m_core.removeItem(stored) : m_series.removeAll(stored));

@@ -18,8 +18,8 @@
 namespace orlocal::store {
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{1} << 16;
-constexpr std::size_t kNotes = 100;
+constexpr std::size_t kTextAtOnce = std::size_t{1} << 16;
+constexpr std::size_t kMostNotes = 100;
 /// Where nothing says how many rows there were, the search ends after so many that are not there.
 constexpr std::int64_t kSearched = 100'000;
 /// A damaged count may claim any number; a store of ten years has given fewer.
@@ -73,7 +73,7 @@ class Salvaging {
   }
 
   void note(std::string line) {
-    if (m_report.notes.size() < kNotes) m_report.notes.push_back(std::move(line));
+    if (m_report.notes.size() < kMostNotes) m_report.notes.push_back(std::move(line));
   }
 
   void findCalendars() {
@@ -147,7 +147,7 @@ class Salvaging {
       writeItem(text, **item);
       m_rows.forget(id);
       ++m_report.items;
-      if (text.size() < kPiece) continue;
+      if (text.size() < kTextAtOnce) continue;
       ORLOCAL_CHECK(m_sink(text));
       text.clear();
     }

@@ -13,7 +13,7 @@ namespace orlocal::store {
 namespace {
 
 /// SQLite makes it for AUTOINCREMENT.
-constexpr std::string_view kSequence = "CREATE TABLE sqlite_sequence(name,seq)";
+constexpr std::string_view kSequenceTable = "CREATE TABLE sqlite_sequence(name,seq)";
 constexpr std::string_view kSequenceName = "sqlite_sequence";
 /// What SQLite notes about tables that somebody analyzed; it says how to look and never what is found.
 constexpr std::string_view kStatistics = "sqlite_stat";
@@ -40,7 +40,7 @@ std::vector<Definition> definitionsIn(std::span<const char* const> steps) {
       made.push_back({name, sql, table, false});
     }
   }
-  made.push_back({kSequenceName, kSequence, true, false});
+  made.push_back({kSequenceName, kSequenceTable, true, false});
   return made;
 }
 

@@ -12,7 +12,7 @@
 namespace orlocal::store {
 namespace {
 
-constexpr std::array kBeside = {"-journal", "-wal", "-shm"};
+constexpr std::array kMadeBySqlite = {"-journal", "-wal", "-shm"};
 
 const char* nounFor(mode_t mode) {
   if (S_ISDIR(mode)) return "folder";
@@ -43,7 +43,7 @@ Status checkStoreFiles(const std::filesystem::path& file) {
                                                "file.",
                                                file.string(), nounFor(store.st_mode)));
   }
-  for (const char* suffix : kBeside) {
+  for (const char* suffix : kMadeBySqlite) {
     const std::string beside = file.string() + suffix;
     struct stat found {};
     if (::lstat(beside.c_str(), &found) != 0) continue;

@@ -20,7 +20,7 @@ constexpr std::int64_t kWall = 100;         // + index in kLengths
 constexpr std::int64_t kEndlessShelf = 40;  // in place of such an index
 constexpr std::int64_t kTimedMonths = 200;  // + month from 0
 constexpr std::int64_t kWallMonths = 220;   // + month from 0
-constexpr std::int64_t kOpenTimed = 240, kOpenWall = 241, kOpenWithoutDue = 242, kCompleted = 243;
+constexpr std::int64_t kOpenTimed = 240, kOpenWall = 241, kOpenWithoutDue = 242, kCompletedShelf = 243;
 /// An entry that stands on several month shelves; the lower bits are its months, then whether it is wall.
 constexpr std::int64_t kManyMonths = 0x10000, kManyMonthsWall = 0x1000;
 
@@ -96,7 +96,7 @@ void placeOnShelf(TimelineEntry& entry, const Item& item) {
 
 void placeReminder(TimelineEntry& entry, const Item& item) {
   if (item.completed) {
-    entry.slot = kCompleted;
+    entry.slot = kCompletedShelf;
     entry.start = std::chrono::floor<std::chrono::seconds>(*item.completed).time_since_epoch().count();
     entry.hasDue = item.end.has_value();
     if (item.end) {
@@ -322,7 +322,7 @@ Status Timeline::visitOpenReminders(std::int64_t from, std::int64_t to, bool wit
 
 Status Timeline::visitCompletedReminders(std::int64_t from, std::int64_t to, const Visitor& visit) {
   ORLOCAL_CHECK(findShelves());
-  return visitShelf(kCompleted, saturatedAdd(from, -1), to, visit);
+  return visitShelf(kCompletedShelf, saturatedAdd(from, -1), to, visit);
 }
 
 }  // namespace orlocal::store

@@ -28,7 +28,7 @@ struct Observance {
 /// Of all parts together, up to `kLastZoneYear`: nine a year.
 constexpr std::uint64_t kMostOnsets = 5'000;
 /// Rules from 1601 on take some 11,000 each.
-constexpr std::uint64_t kMostSteps = 100'000;
+constexpr std::uint64_t kMostOnsetSteps = 100'000;
 
 Status readProperty(Observance& part, const ContentLine& line) {
   if (line.is("DTSTART")) {
@@ -56,7 +56,7 @@ Result<std::vector<LocalSeconds>> onsetsOf(const Observance& part) {
   const LocalSeconds start = localSeconds(part.start->local);
   std::vector<LocalSeconds> onsets = part.dates;
   onsets.push_back(start);
-  ExpansionBudget budget(kMostSteps);
+  ExpansionBudget budget(kMostOnsetSteps);
   for (const RecurrenceRule& rule : part.rules) {
     auto compiled = CompiledRule::make(rule, start, false);
     if (!compiled) return tl::unexpected(compiled.error());

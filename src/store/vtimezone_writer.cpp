@@ -18,7 +18,7 @@ namespace {
 constexpr int kLastYear = 2037;
 /// What changes alike in so many years in a row is written as a rule.
 constexpr std::size_t kFewestForRule = 3;
-constexpr std::array<const char*, 7> kWeekDays{"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
+constexpr std::array<const char*, 7> kDaysOfWeek{"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
 
 /// An onset, told on the clock before it.
 struct Onset {
@@ -63,7 +63,7 @@ struct Run {
   }
   std::string rule() const {
     const Onset& first = onsets.front();
-    const char* day = kWeekDays[static_cast<std::size_t>(first.weekDay)];
+    const char* day = kDaysOfWeek[static_cast<std::size_t>(first.weekDay)];
     std::string text = fmt::format("FREQ=YEARLY;BYMONTH={}", first.month);
     const int nth = (lowestDay - 1) / 7 + 1;
     if (allLast) return text + fmt::format(";BYDAY=-1{}", day);

@@ -136,7 +136,7 @@ constexpr std::array kWellKnownZones{"Europe/Berlin",
                                      "America/Lima",
                                      "America/Montevideo"};
 
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutQuotes(std::string_view text) {
   const auto idle = [](char c) { return c == ' ' || c == '\t' || c == '"'; };
   while (!text.empty() && idle(text.front())) text.remove_prefix(1);
   while (!text.empty() && idle(text.back())) text.remove_suffix(1);
@@ -206,13 +206,13 @@ std::optional<std::string> ofDisplayName(std::string_view tzid) {
     std::string text(tzid.substr(4, end - 4));
     std::replace(text.begin(), text.end(), '.', ':');
     offset = text.empty() ? std::optional(0) : parseOffset(text);
-    tzid = trimmed(tzid.substr(end + 1));
+    tzid = withoutQuotes(tzid.substr(end + 1));
   }
   std::size_t left = kMostCities;
   for (std::string_view city : splitUnescaped(tzid, ',')) {
     for (std::string_view part : offset ? splitUnescaped(city, '/') : std::vector{city}) {
       if (left-- == 0) return std::nullopt;
-      const auto name = ofCity(trimmed(part));
+      const auto name = ofCity(withoutQuotes(part));
       const auto zone = name ? Zone::named(*name) : std::nullopt;
       if (!zone) continue;
       const int january = zone->offsetSeconds(Zone().toMoment(LocalTime(2026, 1, 15)));
@@ -244,9 +244,9 @@ Offsets offsetsOf(const Zone& zone) {
   Offsets offsets{{kComparedFrom, zone.offsetSeconds(at)}};
   while (const auto change = zone.changeAfter(at)) {
     at = change->at;
-    const std::int64_t seconds = std::chrono::floor<std::chrono::seconds>(at).time_since_epoch().count();
-    if (seconds >= kComparedTo) break;
-    if (change->offsetAfter != change->offsetBefore) offsets.emplace_back(seconds, change->offsetAfter);
+    const std::int64_t when = std::chrono::floor<std::chrono::seconds>(at).time_since_epoch().count();
+    if (when >= kComparedTo) break;
+    if (change->offsetAfter != change->offsetBefore) offsets.emplace_back(when, change->offsetAfter);
   }
   return offsets;
 }
@@ -265,7 +265,7 @@ const std::vector<std::pair<const char*, Offsets>>& wellKnownOffsets() {
 }  // namespace
 
 std::optional<std::string> systemZoneOf(std::string_view tzid) {
-  tzid = trimmed(tzid);
+  tzid = withoutQuotes(tzid);
   if (tzid.empty() || tzid.size() > kLongestName) return std::nullopt;
   if (equalsNoCase(tzid, "UTC") || equalsNoCase(tzid, "Z")) return "UTC";
   if (auto zone = zoneFile(std::string(tzid))) return zone;
@@ -291,7 +291,7 @@ PrivateZone privateZoneOf(std::string_view tzid, std::string_view vtimezone) {
     if (!line.is("LAST-MODIFIED") && !line.is("TZURL") && !line.name.starts_with("X-"))
       rules.append(line.text).append("\n");
   }
-  std::string name = unescapeText(trimmed(tzid)).substr(0, kLongestName);
+  std::string name = unescapeText(withoutQuotes(tzid)).substr(0, kLongestName);
   while (!isUtf8(name)) name.pop_back();
   const std::string number = fmt::format(" #{:08x}", static_cast<std::uint32_t>(contentHash(rules)));
   if (!name.ends_with(number)) name += number;

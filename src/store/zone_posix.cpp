@@ -9,7 +9,7 @@ namespace orlocal::store {
 
 namespace {
 
-constexpr int kFirstYear = 1900;
+constexpr int kFirstZoneYear = 1900;
 
 /// When a year's clock changes: "Jn", "n" or "Mm.w.d", with the wall clock's time.
 struct YearlyChange {
@@ -145,7 +145,7 @@ std::optional<ZoneRules> rulesOfPosixText(std::string_view text) {
     begin = *from;
     end = *to;
   }
-  for (int year = kFirstYear; year <= kLastZoneYear; ++year) {
+  for (int year = kFirstZoneYear; year <= kLastZoneYear; ++year) {
     rules.changes.push_back({begin.in(year)-rules.initial.offset, summer});
     rules.changes.push_back({end.in(year)-summer.offset, rules.initial});
   }

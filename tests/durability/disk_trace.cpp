@@ -39,13 +39,12 @@ std::string DiskTrace::below(const std::string& path) const {
 
 void DiskTrace::happened(const FileDeed& deed) {
   using What = FileDeed::What;
-  using Kind = Step::Kind;
   const std::string path = below(deed.path);
   const auto open = m_open.find(deed.descriptor);
   switch (deed.what) {
     case What::kMade:
       m_entries[path] = m_files;
-      m_steps.push_back({.kind = Kind::kEntry, .file = m_files, .path = path});
+      m_steps.push_back({.kind = Step::Kind::kEntry, .file = m_files, .path = path});
       m_open[deed.descriptor] = m_files++;
       return;
     case What::kOpened:
@@ -56,17 +55,18 @@ void DiskTrace::happened(const FileDeed& deed) {
       return;
     case What::kWritten:
       if (open == m_open.end()) return;
-      m_steps.push_back({.kind = Kind::kWrite, .file = open->second, .at = deed.at, .bytes = std::string(deed.bytes)});
+      m_steps.push_back(
+          {.kind = Step::Kind::kWrite, .file = open->second, .at = deed.at, .bytes = std::string(deed.bytes)});
       return;
     case What::kCutOff:
       if (open == m_open.end()) return;
-      m_steps.push_back({.kind = Kind::kSize, .file = open->second, .at = deed.at});
+      m_steps.push_back({.kind = Step::Kind::kSize, .file = open->second, .at = deed.at});
       return;
     case What::kSynced:
       if (open != m_open.end()) {
-        m_steps.push_back({.kind = Kind::kSync, .file = open->second});
+        m_steps.push_back({.kind = Step::Kind::kSync, .file = open->second});
       } else {
-        m_steps.push_back({.kind = Kind::kSyncFolder, .path = path});
+        m_steps.push_back({.kind = Step::Kind::kSyncFolder, .path = path});
       }
       return;
     case What::kRenamed: {
@@ -76,7 +76,7 @@ void DiskTrace::happened(const FileDeed& deed) {
       const int file = known->second;
       m_entries.erase(known);
       m_entries[second] = file;
-      m_steps.push_back({.kind = Kind::kRename, .file = file, .path = path, .second = second});
+      m_steps.push_back({.kind = Step::Kind::kRename, .file = file, .path = path, .second = second});
       return;
     }
     case What::kLinked: {
@@ -84,16 +84,16 @@ void DiskTrace::happened(const FileDeed& deed) {
       const auto known = m_entries.find(path);
       if (known == m_entries.end()) return;
       m_entries[second] = known->second;
-      m_steps.push_back({.kind = Kind::kEntry, .file = known->second, .path = second});
+      m_steps.push_back({.kind = Step::Kind::kEntry, .file = known->second, .path = second});
       return;
     }
     case What::kRemoved:
       m_entries.erase(path);
-      m_steps.push_back({.kind = Kind::kNoEntry, .path = path});
+      m_steps.push_back({.kind = Step::Kind::kNoEntry, .path = path});
       return;
     case What::kFolderMade:
       m_folders.insert(path);
-      m_steps.push_back({.kind = Kind::kFolder, .path = path});
+      m_steps.push_back({.kind = Step::Kind::kFolder, .path = path});
       return;
   }
 }

@@ -50,7 +50,7 @@ class FakeArray final : public ObjectArray<Seam> {
   Copy m_copy;
 };
 
-bool refuse(std::optional<Error>& error, std::string reason) {
+bool refuseBecause(std::optional<Error>& error, std::string reason) {
   error = Error{"The fake store refused.", std::move(reason)};
   return false;
 }
@@ -283,14 +283,14 @@ std::optional<Error> FakeEventStore::objection(const EKCalendarItem* item, EKEnt
 }
 
 bool FakeEventStore::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
-  if (!m_answers) return refuse(error, "It cannot be opened.");
+  if (!m_answers) return refuseBecause(error, "It cannot be opened.");
   auto* fake = dynamic_cast<FakeCalendar*>(calendar.get());
-  if (fake == nullptr) return refuse(error, "There is no calendar.");
-  if (!fake->m_title || fake->m_title->empty()) return refuse(error, "The calendar has no title.");
-  if (!fake->m_source) return refuse(error, "The calendar has no source.");
+  if (fake == nullptr) return refuseBecause(error, "There is no calendar.");
+  if (!fake->m_title || fake->m_title->empty()) return refuseBecause(error, "The calendar has no title.");
+  if (!fake->m_source) return refuseBecause(error, "The calendar has no source.");
   const auto record = recordWithIdentifier(m_calendars, fake->m_identifier);
   if (record != m_calendars.end() && !(*record)->m_allowsContentModifications) {
-    return refuse(error, "The calendar allows no changes.");
+    return refuseBecause(error, "The calendar allows no changes.");
   }
   if (record != m_calendars.end()) {
     **record = *fake;
@@ -302,12 +302,12 @@ bool FakeEventStore::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, b
 }
 
 bool FakeEventStore::removeCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
-  if (!m_answers) return refuse(error, "It cannot be opened.");
+  if (!m_answers) return refuseBecause(error, "It cannot be opened.");
   const auto record = calendar ? recordWithIdentifier(m_calendars, calendar->calendarIdentifier()) : m_calendars.end();
-  if (record == m_calendars.end()) return refuse(error, "There is no such calendar.");
+  if (record == m_calendars.end()) return refuseBecause(error, "There is no such calendar.");
   const auto kind = (*record)->m_kind;
   if (std::count_if(m_calendars.begin(), m_calendars.end(), [kind](const auto& c) { return c->m_kind == kind; }) == 1) {
-    return refuse(error, "It is the last of its kind.");
+    return refuseBecause(error, "It is the last of its kind.");
   }
   const auto identifier = (*record)->m_identifier;
   const auto inIt = [&](const auto& item) { return item->m_calendar->calendarIdentifier() == identifier; };
@@ -321,9 +321,9 @@ bool FakeEventStore::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan, bo
   error = objection(event.get(), EKEntityType::kEvent);
   if (error) return false;
   auto* fake = dynamic_cast<FakeEvent*>(event.get());
-  if (fake == nullptr) return refuse(error, "The event is not of this store.");
-  if (!fake->m_startDate || !fake->m_endDate) return refuse(error, "The event has no start or no end.");
-  if (fake->hasAttendees()) return refuse(error, "The event has attendees.");
+  if (fake == nullptr) return refuseBecause(error, "The event is not of this store.");
+  if (!fake->m_startDate || !fake->m_endDate) return refuseBecause(error, "The event has no start or no end.");
+  if (fake->hasAttendees()) return refuseBecause(error, "The event has attendees.");
   keep(m_events, *fake, "event");
   return true;
 }
@@ -333,14 +333,14 @@ bool FakeEventStore::removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan, 
   if (error) return false;
   const auto gone = std::erase_if(
       m_events, [&](const auto& record) { return record->m_eventIdentifier == event->eventIdentifier(); });
-  return gone > 0 || refuse(error, "There is no such event.");
+  return gone > 0 || refuseBecause(error, "There is no such event.");
 }
 
 bool FakeEventStore::saveReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {
   error = objection(reminder.get(), EKEntityType::kReminder);
   if (error) return false;
   auto* fake = dynamic_cast<FakeReminder*>(reminder.get());
-  if (fake == nullptr) return refuse(error, "The reminder is not of this store.");
+  if (fake == nullptr) return refuseBecause(error, "The reminder is not of this store.");
   keep(m_reminders, *fake, "reminder");
   return true;
 }
@@ -350,7 +350,7 @@ bool FakeEventStore::removeReminder(const std::shared_ptr<EKReminder>& reminder,
   if (error) return false;
   const auto gone = std::erase_if(
       m_reminders, [&](const auto& record) { return record->m_itemIdentifier == reminder->calendarItemIdentifier(); });
-  return gone > 0 || refuse(error, "There is no such reminder.");
+  return gone > 0 || refuseBecause(error, "There is no such reminder.");
 }
 
 }  // namespace orlocal::fakes

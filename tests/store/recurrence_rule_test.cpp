@@ -8,13 +8,11 @@
 #include <gtest/gtest.h>
 #include <libical/ical.h>
 
+#include "rule_times.h"
 #include "store/calendar_text.h"
 
 namespace orlocal::store {
 namespace {
-
-LocalSeconds secondsOf(const char* text) { return localSeconds(parseTime(text)->local); }
-std::string textOf(LocalSeconds time) { return timeText({CalendarTime::Kind::kFloating, localTime(time), ""}); }
 
 std::vector<std::string> ours(const CompiledRule& rule, LocalSeconds end, std::size_t most) {
   std::vector<std::string> found;

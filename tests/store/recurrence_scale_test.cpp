@@ -10,14 +10,12 @@
 #include <gtest/gtest.h>
 #include <libical/ical.h>
 
+#include "rule_times.h"
 #include "store/calendar_text.h"
 #include "store/recurrence_rule.h"
 
 namespace orlocal::store {
 namespace {
-
-LocalSeconds secondsOf(const std::string& text) { return localSeconds(parseTime(text)->local); }
-std::string textOf(LocalSeconds time) { return timeText({CalendarTime::Kind::kFloating, localTime(time), ""}); }
 
 using Texts = std::vector<std::string>;
 

@@ -123,15 +123,15 @@ Item eventAt(const char* start, const char* rule, const char* end = nullptr) {
   return item;
 }
 
-Zone berlin() { return Zone::named("Europe/Berlin").value(); }
-Moment at(const char* text) { return momentOf(timeOf(text, "Europe/Berlin"), berlin()); }
-Series seriesOf(const Item& item) { return Series::compile(item, berlin()).value(); }
+Zone viewer() { return Zone::named("Europe/Berlin").value(); }
+Moment viewedAt(const char* text) { return momentOf(timeOf(text, "Europe/Berlin"), viewer()); }
+Series seriesOf(const Item& item) { return Series::compile(item, viewer()).value(); }
 
 std::vector<std::string> startsBetween(const Series& series, Moment from, Moment to) {
   std::vector<std::string> found;
   ExpansionBudget budget;
   const auto status = series.expand(from, to, budget, [&](const Series::Instance& instance) {
-    found.push_back(timeText({CalendarTime::Kind::kFloating, berlin().toLocal(instance.start), ""}));
+    found.push_back(timeText({CalendarTime::Kind::kFloating, viewer().toLocal(instance.start), ""}));
     return true;
   });
   EXPECT_TRUE(status);
@@ -142,22 +142,22 @@ using Texts = std::vector<std::string>;
 
 TEST(SeriesWindow, TakesAnOccurrenceThatReachesInFromBefore) {
   const Series series = seriesOf(eventAt("20260105T220000", "FREQ=WEEKLY", "20260106T020000"));
-  EXPECT_EQ(startsBetween(series, at("20260113T000000"), at("20260114T000000")), Texts{"20260112T220000"});
+  EXPECT_EQ(startsBetween(series, viewedAt("20260113T000000"), viewedAt("20260114T000000")), Texts{"20260112T220000"});
 }
 
 TEST(SeriesWindow, LeavesOutAnOccurrenceThatEndsWhereItBegins) {
   const Series series = seriesOf(eventAt("20260105T220000", "FREQ=WEEKLY", "20260106T000000"));
-  EXPECT_EQ(startsBetween(series, at("20260113T000000"), at("20260114T000000")), Texts{});
+  EXPECT_EQ(startsBetween(series, viewedAt("20260113T000000"), viewedAt("20260114T000000")), Texts{});
 }
 
 TEST(SeriesWindow, LeavesOutAnOccurrenceThatStartsAtItsEnd) {
   const Series series = seriesOf(eventAt("20260105T000000", "FREQ=WEEKLY", "20260105T010000"));
-  EXPECT_EQ(startsBetween(series, at("20260111T000000"), at("20260112T000000")), Texts{});
+  EXPECT_EQ(startsBetween(series, viewedAt("20260111T000000"), viewedAt("20260112T000000")), Texts{});
 }
 
 TEST(SeriesWindow, TakesAnOccurrenceWithoutLengthWhereItStands) {
   const Series series = seriesOf(eventAt("20260105T000000", "FREQ=WEEKLY"));
-  EXPECT_EQ(startsBetween(series, at("20260112T000000"), at("20260113T000000")), Texts{"20260112T000000"});
+  EXPECT_EQ(startsBetween(series, viewedAt("20260112T000000"), viewedAt("20260113T000000")), Texts{"20260112T000000"});
 }
 
 TEST(SeriesWindow, ShowsTheSameAsTheWholeSeriesWould) {
@@ -167,14 +167,14 @@ TEST(SeriesWindow, ShowsTheSameAsTheWholeSeriesWould) {
                          "FREQ=DAILY;BYHOUR=1,2,3"};
   for (const char* rule : rules) {
     const Series series = seriesOf(eventAt("20200229T023000", rule, "20200301T043000"));
-    const Texts all = startsBetween(series, at("20200101T000000"), at("20240101T000000"));
+    const Texts all = startsBetween(series, viewedAt("20200101T000000"), viewedAt("20240101T000000"));
     Texts pieces;
-    for (Moment low = at("20200101T000000"); low < at("20240101T000000"); low += std::chrono::days(30)) {
-      const Moment high = std::min(low + std::chrono::days(30), at("20240101T000000"));
+    for (Moment low = viewedAt("20200101T000000"); low < viewedAt("20240101T000000"); low += std::chrono::days(30)) {
+      const Moment high = std::min(low + std::chrono::days(30), viewedAt("20240101T000000"));
       ExpansionBudget budget;
       ASSERT_TRUE(series.expand(low, high, budget, [&](const Series::Instance& instance) {
         if (instance.start >= low)
-          pieces.push_back(timeText({CalendarTime::Kind::kFloating, berlin().toLocal(instance.start), ""}));
+          pieces.push_back(timeText({CalendarTime::Kind::kFloating, viewer().toLocal(instance.start), ""}));
         return true;
       }));
     }
@@ -186,7 +186,7 @@ TEST(SeriesWindow, IsReachedByAJump) {
   const Series series = seriesOf(eventAt("19000101T090000", "FREQ=SECONDLY"));
   ExpansionBudget budget(100);
   int seen = 0;
-  ASSERT_TRUE(series.expand(at("20260105T120000"), at("20260105T120003"), budget,
+  ASSERT_TRUE(series.expand(viewedAt("20260105T120000"), viewedAt("20260105T120003"), budget,
                             [&](const Series::Instance&) { return ++seen < 3; }));
   EXPECT_EQ(seen, 3);
 }
@@ -195,7 +195,7 @@ TEST(SeriesLength, IsExactForTimedOccurrences) {
   const Series series = seriesOf(eventAt("20260327T220000", "FREQ=DAILY", "20260328T060000"));
   ExpansionBudget budget;
   std::vector<Series::Instance> seen;
-  ASSERT_TRUE(series.expand(at("20260328T120000"), at("20260329T120000"), budget,
+  ASSERT_TRUE(series.expand(viewedAt("20260328T120000"), viewedAt("20260329T120000"), budget,
                             [&](const auto& instance) { return seen.push_back(instance), true; }));
   ASSERT_EQ(seen.size(), 1U);
   EXPECT_EQ(seen[0].end - seen[0].start, std::chrono::hours(8));
@@ -224,8 +224,8 @@ TEST(WholeDays, AreTheViewersInEveryZone) {
 
 TEST(SeriesBounds, EndWithTheLastOccurrence) {
   const auto bounds = seriesOf(eventAt("20260105T090000", "FREQ=DAILY;COUNT=3", "20260105T100000")).bounds();
-  EXPECT_EQ(bounds.start, at("20260105T090000"));
-  EXPECT_EQ(bounds.end, at("20260107T100000"));
+  EXPECT_EQ(bounds.start, viewedAt("20260105T090000"));
+  EXPECT_EQ(bounds.end, viewedAt("20260107T100000"));
 }
 
 TEST(SeriesBounds, AreOpenForAnEndlessRule) {
@@ -238,63 +238,63 @@ TEST(SeriesBounds, OfABillionDaysAreOpen) {
 
 TEST(SeriesBounds, OfABillionSecondsAreExact) {
   const auto bounds = seriesOf(eventAt("20260105T090000", "FREQ=SECONDLY;COUNT=1000000000")).bounds();
-  EXPECT_EQ(bounds.end, berlin().toMoment(LocalTime(2026, 1, 5, 9) + 999'999'999));
+  EXPECT_EQ(bounds.end, viewer().toMoment(LocalTime(2026, 1, 5, 9) + 999'999'999));
 }
 
 TEST(SeriesBounds, OfASingleItemAreItsOwn) {
   const auto bounds = seriesOf(eventAt("20260105T090000", nullptr, "20260105T100000")).bounds();
-  EXPECT_EQ(bounds.start, at("20260105T090000"));
-  EXPECT_EQ(bounds.end, at("20260105T100000"));
+  EXPECT_EQ(bounds.start, viewedAt("20260105T090000"));
+  EXPECT_EQ(bounds.end, viewedAt("20260105T100000"));
 }
 
 TEST(SeriesBounds, BeginWithAnEarlierAddedDate) {
   Item item = eventAt("20260105T090000", "FREQ=DAILY;COUNT=3");
   item.recurrence.added.push_back(timeOf("20260101T090000", "Europe/Berlin"));
-  EXPECT_EQ(seriesOf(item).bounds().start, at("20260101T090000"));
+  EXPECT_EQ(seriesOf(item).bounds().start, viewedAt("20260101T090000"));
 }
 
 TEST(CountBefore, CountsTheRulesOwnStartsAndTheFirst) {
   const Series series = seriesOf(eventAt("20260105T090000", "FREQ=WEEKLY;COUNT=10"));
   ExpansionBudget budget;
-  EXPECT_EQ(series.countBefore(at("20260105T090000"), 0, budget).value(), 0);
-  EXPECT_EQ(series.countBefore(at("20260112T090000"), 0, budget).value(), 1);
-  EXPECT_EQ(series.countBefore(at("20260112T090001"), 0, budget).value(), 2);
-  EXPECT_EQ(series.countBefore(at("20400101T090000"), 0, budget).value(), 10);
+  EXPECT_EQ(series.countBefore(viewedAt("20260105T090000"), 0, budget).value(), 0);
+  EXPECT_EQ(series.countBefore(viewedAt("20260112T090000"), 0, budget).value(), 1);
+  EXPECT_EQ(series.countBefore(viewedAt("20260112T090001"), 0, budget).value(), 2);
+  EXPECT_EQ(series.countBefore(viewedAt("20400101T090000"), 0, budget).value(), 10);
 }
 
 TEST(CountBefore, CountsAStartThatTheRuleDoesNotMake) {
   const Series series = seriesOf(eventAt("20260106T090000", "FREQ=WEEKLY;BYDAY=MO;COUNT=10"));
   ExpansionBudget budget;
-  EXPECT_EQ(series.countBefore(at("20260112T090000"), 0, budget).value(), 1);
-  EXPECT_EQ(series.countBefore(at("20260113T090000"), 0, budget).value(), 2);
+  EXPECT_EQ(series.countBefore(viewedAt("20260112T090000"), 0, budget).value(), 1);
+  EXPECT_EQ(series.countBefore(viewedAt("20260113T090000"), 0, budget).value(), 2);
 }
 
 TEST(CountBefore, CountsExceptionsToo) {
   Item item = eventAt("20260105T090000", "FREQ=DAILY;COUNT=10");
   item.recurrence.excluded.push_back(timeOf("20260106T090000", "Europe/Berlin"));
   ExpansionBudget budget;
-  EXPECT_EQ(seriesOf(item).countBefore(at("20260108T090000"), 0, budget).value(), 3);
+  EXPECT_EQ(seriesOf(item).countBefore(viewedAt("20260108T090000"), 0, budget).value(), 3);
 }
 
 TEST(CountBefore, IsRightAroundASkippedTime) {
   const Series series = seriesOf(eventAt("20260327T023000", "FREQ=DAILY"));
   ExpansionBudget budget;
-  EXPECT_EQ(series.countBefore(at("20260329T033000"), 0, budget).value(), 2);
-  EXPECT_EQ(series.countBefore(at("20260330T023000"), 0, budget).value(), 3);
+  EXPECT_EQ(series.countBefore(viewedAt("20260329T033000"), 0, budget).value(), 2);
+  EXPECT_EQ(series.countBefore(viewedAt("20260330T023000"), 0, budget).value(), 3);
 }
 
 TEST(RecurrenceIds, AreOfTheSeriesKindAndZone) {
   const Series series = seriesOf(eventAt("20260105T090000", "FREQ=DAILY"));
-  const CalendarTime id = series.recurrenceId(at("20260107T090000"));
+  const CalendarTime id = series.recurrenceId(viewedAt("20260107T090000"));
   EXPECT_EQ(id, timeOf("20260107T090000", "Europe/Berlin"));
-  EXPECT_EQ(series.originalStart(id), at("20260107T090000"));
-  EXPECT_EQ(series.originalStart(timeOf("20260107T080000Z", "")), at("20260107T090000"));
+  EXPECT_EQ(series.originalStart(id), viewedAt("20260107T090000"));
+  EXPECT_EQ(series.originalStart(timeOf("20260107T080000Z", "")), viewedAt("20260107T090000"));
 }
 
 TEST(RecurrenceIds, AreDatesForWholeDays) {
   const Series series = seriesOf(eventAt("20260105", "FREQ=DAILY"));
-  EXPECT_EQ(series.recurrenceId(at("20260107T000000")), timeOf("20260107", ""));
-  EXPECT_EQ(series.originalStart(timeOf("20260107T230000Z", "")), at("20260107T000000"));
+  EXPECT_EQ(series.recurrenceId(viewedAt("20260107T000000")), timeOf("20260107", ""));
+  EXPECT_EQ(series.originalStart(timeOf("20260107T230000Z", "")), viewedAt("20260107T000000"));
 }
 
 TEST(SeriesErrors, NameTheItem) {
@@ -309,14 +309,14 @@ TEST(SeriesErrors, NameTheItem) {
 }
 
 TEST(SeriesErrors, ReportARuleThatCannotBeFollowed) {
-  const auto series = Series::compile(eventAt("20260105", "FREQ=HOURLY"), berlin());
+  const auto series = Series::compile(eventAt("20260105", "FREQ=HOURLY"), viewer());
   ASSERT_FALSE(series);
   EXPECT_EQ(series.error().message,
             "the event \"Review\" (UID u1): the rule repeats by hours, minutes or seconds, which whole days cannot do");
 }
 
 TEST(SeriesErrors, ReportAMissingStart) {
-  EXPECT_EQ(Series::compile(Item(), berlin()).error().code, ErrorCode::kInvalid);
+  EXPECT_EQ(Series::compile(Item(), viewer()).error().code, ErrorCode::kInvalid);
 }
 
 TEST(DenseRules, AreEnteredWhereTheWindowLies) {
@@ -325,7 +325,7 @@ TEST(DenseRules, AreEnteredWhereTheWindowLies) {
   rule += ";BYMINUTE=0";
   for (int i = 1; i < 60; ++i) rule += "," + std::to_string(i);
   const Series series = seriesOf(eventAt("20260105T090000", rule.c_str()));
-  EXPECT_EQ(startsBetween(series, at("20261231T235800"), at("20270101T000100")),
+  EXPECT_EQ(startsBetween(series, viewedAt("20261231T235800"), viewedAt("20270101T000100")),
             (Texts{"20261231T235800", "20261231T235900", "20270101T000000"}));
 }
 
@@ -333,7 +333,7 @@ TEST(Reminders, RepeatFromTheirDueMomentWithoutAStart) {
   Item item = eventAt("20260105T090000", "FREQ=DAILY;COUNT=2");
   item.kind = ItemKind::kReminder;
   std::swap(item.start, item.end);
-  EXPECT_EQ(startsBetween(seriesOf(item), at("20260101T000000"), at("20270101T000000")),
+  EXPECT_EQ(startsBetween(seriesOf(item), viewedAt("20260101T000000"), viewedAt("20270101T000000")),
             (Texts{"20260105T090000", "20260106T090000"}));
 }
 

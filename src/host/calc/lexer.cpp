@@ -20,7 +20,7 @@ struct Spelling {
 constexpr Spelling kSymbols[] = {
     {"<>", TokenKind::kNotEqual}, {"<=", TokenKind::kLessOrEqual}, {">=", TokenKind::kGreaterOrEqual},
     {"≠", TokenKind::kNotEqual},  {"≤", TokenKind::kLessOrEqual},  {"≥", TokenKind::kGreaterOrEqual},
-    {"¶", TokenKind::kReturn},    {"&", TokenKind::kConcatenate},  {"+", TokenKind::kPlus},
+    {"¶", TokenKind::kPilcrow},   {"&", TokenKind::kConcatenate},  {"+", TokenKind::kPlus},
     {"-", TokenKind::kMinus},     {"−", TokenKind::kMinus},        {"*", TokenKind::kTimes},
     {"×", TokenKind::kTimes},     {"/", TokenKind::kDivide},       {"÷", TokenKind::kDivide},
     {"^", TokenKind::kPower},     {"=", TokenKind::kEqual},        {"<", TokenKind::kLess},

@@ -33,7 +33,7 @@ enum class TokenKind : std::uint8_t {
   kOr,
   kXor,
   kNot,
-  kReturn,  ///< `¶`
+  kPilcrow,  ///< `¶`
   kOpen,
   kClose,
   kOpenList,

@@ -146,7 +146,7 @@ class Parser {
         return makeLiteral(token, numberLiteral);
       case TokenKind::kText:
         return makeLiteral(token, [](const Token& text) { return Value::ofUtf8(text.text); });
-      case TokenKind::kReturn:
+      case TokenKind::kPilcrow:
         return makeLiteral(token, [](const Token&) { return Value::ofText(std::u16string(1, kReturn)); });
       case TokenKind::kVariable:
       case TokenKind::kGlobalVariable:

@@ -20,7 +20,7 @@ namespace orlocal::host {
 namespace {
 
 /// Texts for JSON: what is no UTF-8 becomes U+FFFD instead of an exception.
-std::string printable(std::string_view text) { return toUtf8(toUtf16(text)); }
+std::string wellFormed(std::string_view text) { return toUtf8(toUtf16(text)); }
 
 /// Evaluates calculations one after the other and prints each result.
 class Printer {
@@ -53,7 +53,7 @@ class Printer {
       failed = failed || !outcome->failures.empty();
       report(calculation, *outcome);
       if (m_context.options.json) {
-        list.push_back({{"calculation", printable(calculation.text)},
+        list.push_back({{"calculation", wellFormed(calculation.text)},
                         {"line", calculation.line},
                         {"result", outcome->value.utf8()},
                         {"type", calc::typeName(outcome->value)},

@@ -19,7 +19,7 @@ namespace orlocal::host {
 
 namespace {
 
-using json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 /// A description: words for type-ahead, a bar, the text. Without a bar all of it is the text.
 struct Description {
@@ -46,23 +46,23 @@ std::string pluginName(std::uint32_t id) {
   return name;
 }
 
-json entryOf(const RegistrationKey& key, const std::u16string& name, const std::u16string& description,
-             std::uint32_t flags) {
+OrderedJson entryOf(const RegistrationKey& key, const std::u16string& name, const std::u16string& description,
+                    std::uint32_t flags) {
   const Description parts = descriptionOf(description);
   return {{"plugin", pluginName(key.pluginId)}, {"id", key.id},  {"name", toUtf8(name)}, {"description", parts.text},
           {"typeAhead", parts.words},           {"flags", flags}};
 }
 
-void printJson(CommandContext& context, const json& list) {
-  context.streams.out << list.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
+void printJson(CommandContext& context, const OrderedJson& list) {
+  context.streams.out << list.dump(2, ' ', false, OrderedJson::error_handler_t::replace) << '\n';
 }
 
 void listFunctions(CommandContext& context) {
   const auto functions = Registry::instance().functions();
   if (context.options.json) {
-    json list = json::array();
+    OrderedJson list = OrderedJson::array();
     for (const auto& function : functions) {
-      json entry = entryOf(function->key, function->name, function->description, function->flags);
+      OrderedJson entry = entryOf(function->key, function->name, function->description, function->flags);
       entry["prototype"] = toUtf8(function->prototype);
       entry["minimumArguments"] = function->minArgs;
       entry["maximumArguments"] = function->maxArgs;
@@ -86,10 +86,10 @@ std::string describeParameter(const StepParameter& parameter) {
   return parameter.choices.empty() ? line : line + ")";
 }
 
-json parametersOf(const std::vector<StepParameter>& parameters) {
-  json list = json::array();
+OrderedJson parametersOf(const std::vector<StepParameter>& parameters) {
+  OrderedJson list = OrderedJson::array();
   for (const StepParameter& parameter : parameters) {
-    json choices = json::array();
+    OrderedJson choices = OrderedJson::array();
     for (const StepParameter::Choice& choice : parameter.choices)
       choices.push_back({{"id", choice.id}, {"text", choice.text}});
     list.push_back({{"type", parameter.type},
@@ -106,7 +106,7 @@ json parametersOf(const std::vector<StepParameter>& parameters) {
 /// False when a definition cannot be read.
 bool listSteps(CommandContext& context) {
   bool readable = true;
-  json list = json::array();
+  OrderedJson list = OrderedJson::array();
   for (const auto& step : Registry::instance().steps()) {
     const auto parameters = readStepDefinition(toUtf8(step->definition));
     if (!parameters) {
@@ -115,7 +115,7 @@ bool listSteps(CommandContext& context) {
       continue;
     }
     if (context.options.json) {
-      json entry = entryOf(step->key, step->name, step->description, step->flags);
+      OrderedJson entry = entryOf(step->key, step->name, step->description, step->flags);
       entry["parameters"] = parametersOf(*parameters);
       list.push_back(std::move(entry));
       continue;

@@ -19,7 +19,7 @@ namespace orlocal::host {
 
 namespace {
 
-using json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 /// Runs transcripts, tells what differs, and counts.
 class TestRun {
@@ -29,8 +29,8 @@ class TestRun {
   ExitStatus run(const std::vector<std::string>& files) {
     for (const std::string& file : files) runOne(file);
     if (m_context.options.json) {
-      m_context.streams.out << json{{"passed", m_passed}, {"failed", m_failed}, {"examples", m_examples}}.dump(
-                                   2, ' ', false, json::error_handler_t::replace)
+      m_context.streams.out << OrderedJson{{"passed", m_passed}, {"failed", m_failed}, {"examples", m_examples}}.dump(
+                                   2, ' ', false, OrderedJson::error_handler_t::replace)
                             << '\n';
     } else {
       m_context.streams.out << fmt::format("{} passed, {} failed\n", m_passed, m_failed);
@@ -84,7 +84,7 @@ class TestRun {
   CommandContext& m_context;
   int m_passed = 0;
   int m_failed = 0;
-  json m_examples = json::array();
+  OrderedJson m_examples = OrderedJson::array();
 };
 
 }  // namespace

@@ -27,8 +27,6 @@ namespace {
 /// In the environment of all that a transcript runs: one that ran transcripts could run itself without an end.
 constexpr const char* kWithinTranscript = "ORLOCAL_WITHIN_TRANSCRIPT";
 
-using nlohmann::json;
-
 /// The file that a word names: beside the transcript, else in the nearest folder above it, else as it stands.
 std::string resolved(const std::filesystem::path& transcript, const std::string& word) {
   std::error_code error;
@@ -189,7 +187,9 @@ class Work {
     return runProgram(all);
   }
 
-  void write(const json& record) { m_out << record.dump(-1, ' ', false, json::error_handler_t::replace) << std::endl; }
+  void write(const nlohmann::json& record) {
+    m_out << record.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
+  }
 
   CommandContext& m_context;
   const std::filesystem::path& m_file;
@@ -222,7 +222,7 @@ TranscriptReport runTranscript(CommandContext& context, const std::filesystem::p
   const ChildResult child = runInChild([&](std::ostream& out) { Work(context, file, transcript, out).run(); });
   std::istringstream lines(child.output);
   for (std::string line; std::getline(lines, line);) {
-    const json record = json::parse(line, nullptr, false);
+    const nlohmann::json record = nlohmann::json::parse(line, nullptr, false);
     if (record.contains("trouble")) report.trouble = record["trouble"].get<std::string>();
     if (!record.contains("printed") || report.verdicts.size() == transcript.examples.size()) continue;
     const Example& example = transcript.examples[report.verdicts.size()];

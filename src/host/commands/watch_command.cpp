@@ -119,8 +119,8 @@ class ScriptWatch {
     const std::string file = toUtf8(start.file);
     const std::string script = toUtf8(start.script);
     if (m_context.options.json) {
-      const nlohmann::json json = {{"file", file}, {"script", script}, {"parameter", parameter}};
-      m_context.streams.out << json.dump() << std::endl;
+      const nlohmann::json line = {{"file", file}, {"script", script}, {"parameter", parameter}};
+      m_context.streams.out << line.dump() << std::endl;
     } else {
       m_context.streams.out << fmt::format("{} / {}: {}", printable(file), printable(script), printable(parameter))
                             << std::endl;

@@ -16,7 +16,7 @@ class Events : public BackendTest {
 };
 
 /// Answers queries with a list whose objects have gone.
-class EmptiedStore : public fakes::ForwardingEventStore {
+class StoreWithoutItsEvent : public fakes::ForwardingEventStore {
  public:
   using ForwardingEventStore::ForwardingEventStore;
   std::shared_ptr<const EKEventArray> eventsMatchingPredicate(const std::shared_ptr<const EKPredicate>&) override {
@@ -38,7 +38,7 @@ class MuteStore : public fakes::ForwardingEventStore {
 };
 
 /// Notes what a predicate is made of.
-class NotingStore : public fakes::ForwardingEventStore {
+class PredicateNotingStore : public fakes::ForwardingEventStore {
  public:
   using ForwardingEventStore::ForwardingEventStore;
   std::shared_ptr<const EKPredicate> predicateForEvents(Date start, Date end,
@@ -69,7 +69,7 @@ TEST_F(Events, AreFetchedAfterAllItemsWereReleasedInOrder) {
 
 TEST_F(Events, AreFetchedFromAllEventCalendarsOrTheNamedOnes) {
   store().addCalendar("Work");
-  const auto noting = std::make_shared<NotingStore>(kit->m_store);
+  const auto noting = std::make_shared<PredicateNotingStore>(kit->m_store);
   backend.m_ekEventStore = noting;
   fetch();
   EXPECT_THAT(noting->m_titles, ElementsAre("Calendar", "Work"));
@@ -83,7 +83,7 @@ TEST_F(Events, AreFetchedFromAllEventCalendarsOrTheNamedOnes) {
 TEST_F(Events, AreFetchedFromAllCalendarsEvenWhenOneWasOpen) {
   store().addCalendar("Work");
   backend.openCalendarWithTitle("Work");
-  const auto noting = std::make_shared<NotingStore>(kit->m_store);
+  const auto noting = std::make_shared<PredicateNotingStore>(kit->m_store);
   backend.m_ekEventStore = noting;
   fetch();
   EXPECT_THAT(noting->m_titles, ElementsAre("Calendar", "Work"));
@@ -97,7 +97,7 @@ TEST_F(Events, AreNotNarrowedByAnIdentifier) {
 }
 
 TEST_F(Events, AreFetchedWithoutBoundsWhenNoneAreGiven) {
-  const auto noting = std::make_shared<NotingStore>(kit->m_store);
+  const auto noting = std::make_shared<PredicateNotingStore>(kit->m_store);
   backend.m_ekEventStore = noting;
   expectDone(backend.fetchEventsWithStartDate(std::nullopt, std::nullopt, std::nullopt, std::nullopt));
   EXPECT_EQ(noting->m_start, distantPast());
@@ -173,7 +173,7 @@ TEST_F(Events, DoNotOpenOutsideTheFetch) {
 
 TEST_F(Events, ReleaseWhatIsOpenInOrderAndKeepBothPredicatesWhenOneOpensByIndex) {
   fillSlots();
-  backend.m_ekEventStore = std::make_shared<EmptiedStore>(kit->m_store);
+  backend.m_ekEventStore = std::make_shared<StoreWithoutItsEvent>(kit->m_store);
   backend.openEventAt(1);
   EXPECT_THAT(*released, ElementsAre("calendar", "alarm", "participant", "recurrence end", "recurrence rule",
                                      "reminder", "event"));
@@ -182,7 +182,7 @@ TEST_F(Events, ReleaseWhatIsOpenInOrderAndKeepBothPredicatesWhenOneOpensByIndex)
 
 TEST_F(Events, ReportTheOneThatHasGone) {
   fetch();
-  backend.m_ekEventStore = std::make_shared<EmptiedStore>(kit->m_store);
+  backend.m_ekEventStore = std::make_shared<StoreWithoutItsEvent>(kit->m_store);
   expectFailed(backend.openEventAt(1), kItemNotFound);
 }
 

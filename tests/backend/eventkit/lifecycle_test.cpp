@@ -7,7 +7,7 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 /// Notes how the store is asked, and answers as it is told to.
-class NotingStore : public fakes::ForwardingEventStore {
+class SaveNotingStore : public fakes::ForwardingEventStore {
  public:
   using ForwardingEventStore::ForwardingEventStore;
 
@@ -77,7 +77,7 @@ class Lifecycle : public BackendTest {
   }
   void expectAsked(const std::vector<std::string>& asked) { EXPECT_EQ(std::exchange(noting->m_asked, {}), asked); }
 
-  std::shared_ptr<NotingStore> noting = std::make_shared<NotingStore>(kit->m_store);
+  std::shared_ptr<SaveNotingStore> noting = std::make_shared<SaveNotingStore>(kit->m_store);
 };
 
 // New

@@ -8,7 +8,7 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 /// Notes what each reminder predicate is made of.
-class NotingStore : public fakes::ForwardingEventStore {
+class ReminderNotingStore : public fakes::ForwardingEventStore {
  public:
   using ForwardingEventStore::ForwardingEventStore;
 
@@ -59,7 +59,7 @@ class UnwillingStore : public fakes::ForwardingEventStore {
 };
 
 /// Delivers a list whose objects have gone.
-class EmptiedStore : public fakes::ForwardingEventStore {
+class StoreWithoutItsReminder : public fakes::ForwardingEventStore {
  public:
   using ForwardingEventStore::ForwardingEventStore;
   void fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>&,
@@ -85,7 +85,7 @@ class Reminders : public BackendTest {
     EXPECT_EQ(filledSlots(), std::set<std::string>{"reminder predicate"});
   }
 
-  std::shared_ptr<NotingStore> noting = std::make_shared<NotingStore>(kit->m_store);
+  std::shared_ptr<ReminderNotingStore> noting = std::make_shared<ReminderNotingStore>(kit->m_store);
   const Date noon = at(11, 5, 11);
 };
 
@@ -245,7 +245,7 @@ TEST_F(Reminders, AreOutOfRangeWhenNoneWereFetched) {
 
 TEST_F(Reminders, ReleaseWhatIsOpenInOrderAndKeepCalendarAndPredicatesWhenOneOpensByIndex) {
   fillSlots();
-  backend.m_ekEventStore = std::make_shared<EmptiedStore>(kit->m_store);
+  backend.m_ekEventStore = std::make_shared<StoreWithoutItsReminder>(kit->m_store);
   expectFailed(backend.openReminderAt(1), kReminderNotOpenedAtIndex);
   EXPECT_THAT(*released, ElementsAre("alarm", "participant", "recurrence end", "recurrence rule", "reminder", "event"));
   EXPECT_EQ(filledSlots(), (std::set<std::string>{"calendar", "event predicate", "reminder predicate"}));

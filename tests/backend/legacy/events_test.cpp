@@ -12,7 +12,7 @@ class LegacyEvents : public Legacy {
 };
 
 /// A store that throws whatever it is asked about events.
-struct BrokenStore : fakes::ForwardingCalCalendarStore {
+struct StoreThatFindsNothing : fakes::ForwardingCalCalendarStore {
   using ForwardingCalCalendarStore::ForwardingCalCalendarStore;
   std::shared_ptr<const CalPredicate> eventPredicateWithStartDate(Date, Date, const CalCalendarArray&) override {
     throw broken();
@@ -87,7 +87,7 @@ TEST_F(LegacyEvents, ARangeThatMakesNoPredicateGives9003) {
 }
 
 TEST_F(LegacyEvents, AnExceptionWhileFetchingGives9999) {
-  useStore(std::make_shared<BrokenStore>(store));
+  useStore(std::make_shared<StoreThatFindsNothing>(store));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(fetch(), -1); }), 9999);
   EXPECT_EQ(backend.getLastErrorString(), "The store is gone.");
 }
@@ -116,7 +116,7 @@ TEST_F(LegacyEvents, OpeningByUidReleasesEverythingAndUnknownUidsGive9001) {
 }
 
 TEST_F(LegacyEvents, AnExceptionWhileOpeningByUidGives9999) {
-  useStore(std::make_shared<BrokenStore>(store));
+  useStore(std::make_shared<StoreThatFindsNothing>(store));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openEventWithUID("x", std::nullopt), -1); }), 9999);
   EXPECT_EQ(backend.getLastErrorString(), "The store is gone.");
 }
@@ -245,7 +245,7 @@ TEST_F(LegacyEvents, SettingWithoutAnEventGives9000AndWithoutAProperty9005) {
 
 TEST_F(LegacyEvents, AnExceptionWhileSettingASharedPropertyGives9999) {
   openEvent();
-  useStore(std::make_shared<BrokenStore>(store));
+  useStore(std::make_shared<StoreThatFindsNothing>(store));
   EXPECT_EQ(codeOf([&] {
               EXPECT_EQ(backend.setCalendarItemProp("calendaruid", std::string("x"), backend.m_event.get()), -1);
             }),

@@ -6,7 +6,7 @@ namespace {
 class LegacyLifecycle : public Legacy {};
 
 /// A store whose saves and removals throw.
-struct BrokenStore : fakes::ForwardingCalCalendarStore {
+struct StoreThatSavesNothing : fakes::ForwardingCalCalendarStore {
   using ForwardingCalCalendarStore::ForwardingCalCalendarStore;
   bool saveCalendar(const std::shared_ptr<CalCalendar>&, std::optional<Error>&) override { throw broken(); }
   bool removeTask(const std::shared_ptr<CalTask>&, std::optional<Error>&) override { throw broken(); }
@@ -157,7 +157,7 @@ TEST_F(LegacyLifecycle, AMissingReasonIsTheMainBundlesTextForTheEmptyKey) {
 }
 
 TEST_F(LegacyLifecycle, AnExceptionWhileSavingGives9999AndYetZero) {
-  useStore(std::make_shared<BrokenStore>(store));
+  useStore(std::make_shared<StoreThatSavesNothing>(store));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("calendar", std::nullopt), 0); }), 9999);
   EXPECT_EQ(backend.getLastErrorString(), "The store is gone.");
 }
@@ -227,7 +227,7 @@ TEST_F(LegacyLifecycle, ARefusedRemovalGives9998WithTheReason) {
 
 TEST_F(LegacyLifecycle, AnExceptionWhileRemovingGives9999AndYetZero) {
   const auto uid = store->addTask("Work", "Tidy");
-  useStore(std::make_shared<BrokenStore>(store));
+  useStore(std::make_shared<StoreThatSavesNothing>(store));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem("task", uid, std::nullopt, std::nullopt), 0); }), 9999);
   EXPECT_EQ(backend.getLastErrorString(), "The store is gone.");
 }

@@ -31,7 +31,7 @@ TEST(LexerTest, KnowsEveryOperatorInAllItsSpellings) {
   EXPECT_THAT(kinds("= ≠ <> < > ≤ <= ≥ >="), ElementsAre(kEqual, kNotEqual, kNotEqual, kLess, kGreater, kLessOrEqual,
                                                          kLessOrEqual, kGreaterOrEqual, kGreaterOrEqual));
   EXPECT_THAT(kinds("and OR Xor not"), ElementsAre(kAnd, kOr, kXor, kNot));
-  EXPECT_THAT(kinds("( ) [ ] ; ¶"), ElementsAre(kOpen, kClose, kOpenList, kCloseList, kSeparator, kReturn));
+  EXPECT_THAT(kinds("( ) [ ] ; ¶"), ElementsAre(kOpen, kClose, kOpenList, kCloseList, kSeparator, kPilcrow));
 }
 
 TEST(LexerTest, ReadsNumbersWithPointsAndExponents) {

@@ -10,7 +10,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-Transcript read(std::string_view text, bool markdown = false) {
+Transcript transcriptOf(std::string_view text, bool markdown = false) {
   auto transcript = parseTranscript(text, markdown);
   if (transcript) return std::move(*transcript);
   ADD_FAILURE() << transcript.error().line << ": " << transcript.error().message;
@@ -23,7 +23,7 @@ std::string errorOf(std::string_view text) {
 }
 
 TEST(TranscriptTest, PairsCalculationsWithWhatTheyPrint) {
-  const Transcript transcript = read("> 1 + 1\n2\n> List ( 1 ; 2 )\n1\n2\n");
+  const Transcript transcript = transcriptOf("> 1 + 1\n2\n> List ( 1 ; 2 )\n1\n2\n");
   ASSERT_EQ(transcript.examples.size(), 2U);
   EXPECT_EQ(transcript.examples[0].calculation, "1 + 1");
   EXPECT_THAT(transcript.examples[0].expected, ElementsAre("2"));
@@ -32,18 +32,18 @@ TEST(TranscriptTest, PairsCalculationsWithWhatTheyPrint) {
 }
 
 TEST(TranscriptTest, GoesOnWithACalculationWhileABracketIsOpen) {
-  const Transcript transcript = read("> List ( 1 ;\n  2 )\n1\n2\n");
+  const Transcript transcript = transcriptOf("> List ( 1 ;\n  2 )\n1\n2\n");
   EXPECT_EQ(transcript.examples[0].calculation, "List ( 1 ;\n  2 )");
   EXPECT_THAT(transcript.examples[0].expected, ElementsAre("1", "2"));
 }
 
 TEST(TranscriptTest, EndsWhatIsExpectedAtAComment) {
-  const Transcript transcript = read("> 1\n1\n# note\n\n> 2\n2\n");
+  const Transcript transcript = transcriptOf("> 1\n1\n# note\n\n> 2\n2\n");
   EXPECT_THAT(transcript.examples[0].expected, ElementsAre("1"));
 }
 
 TEST(TranscriptTest, ReadsRegistrationsWithWhatTheyPrint) {
-  const Transcript transcript = read("@register Solution \"Calendar changed\"\n! reason\n");
+  const Transcript transcript = transcriptOf("@register Solution \"Calendar changed\"\n! reason\n");
   ASSERT_EQ(transcript.examples.size(), 1U);
   EXPECT_EQ(transcript.examples[0].kind, Example::Kind::kRegister);
   EXPECT_EQ(transcript.examples[0].calculation, "@register Solution \"Calendar changed\"");
@@ -52,7 +52,7 @@ TEST(TranscriptTest, ReadsRegistrationsWithWhatTheyPrint) {
 }
 
 TEST(TranscriptTest, ReadsWhatAnotherProcessDoesAnywhere) {
-  const Transcript transcript = read("> 1\n1\n@outside eval '1 & \"x\"' it's\n! script F / S: New A\n> 2\n2\n");
+  const Transcript transcript = transcriptOf("> 1\n1\n@outside eval '1 & \"x\"' it's\n! script F / S: New A\n> 2\n2\n");
   ASSERT_EQ(transcript.examples.size(), 3U);
   EXPECT_EQ(transcript.examples[1].kind, Example::Kind::kOutside);
   EXPECT_EQ(transcript.examples[1].line, 3U);
@@ -72,7 +72,7 @@ TEST(TranscriptTest, RefusesSettingsAfterTheFirstStep) {
 
 TEST(TranscriptTest, ReadsSettings) {
   const TranscriptSettings settings =
-      read(
+      transcriptOf(
           "@store fresh\n@plugin none\n@system-minor 7\n@timezone Europe/Berlin\n@now 2026-11-02T08:00:00Z\n"
           "@host-version 56\n@language de\n@import examples/work.ics --calendar \"At work\"\n"
           "@import-contacts people.vcf\n> 1\n1\n")
@@ -91,8 +91,8 @@ TEST(TranscriptTest, ReadsSettings) {
 }
 
 TEST(TranscriptTest, ReadsOnlyMarkedBlocksOfMarkdown) {
-  const Transcript transcript =
-      read("# Title\n> quoted\n```transcript\n> 1\n1\n```\ntext\n```\n> 2\n```\n```transcript\n> 3\n3\n```\n", true);
+  const Transcript transcript = transcriptOf(
+      "# Title\n> quoted\n```transcript\n> 1\n1\n```\ntext\n```\n> 2\n```\n```transcript\n> 3\n3\n```\n", true);
   ASSERT_EQ(transcript.examples.size(), 2U);
   EXPECT_EQ(transcript.examples[0].calculation, "1");
   EXPECT_EQ(transcript.examples[0].line, 4U);

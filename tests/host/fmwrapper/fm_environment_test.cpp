@@ -9,7 +9,7 @@ namespace {
 using namespace orlocal::host::testing;
 using orlocal::host::Registry;
 
-ErrorCode doNothing(std::int16_t, const ExprEnv*, const DataVect*, Data*) { return 0; }
+ErrorCode doNothing(std::int16_t, const fmx::ExprEnv*, const fmx::DataVect*, fmx::Data*) { return 0; }
 
 class FmExprEnv : public ::testing::Test {
  protected:

@@ -3,13 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "host/fmwrapper/number.h"
-#include "host/fmwrapper/unicode.h"
+#include "host/fmwrapper/number_texts.h"
 
 namespace orlocal::host {
 namespace {
-
-std::string shown(const Number& number) { return toUtf8(number.text()); }
-Number num(std::u16string_view text) { return Number::parse(text); }
 
 TEST(NumberFunctions, RoundDownAndUp) {
   EXPECT_EQ(floor(num(u"-1.5")), Number(-2));

@@ -7,14 +7,12 @@
 
 #include <gtest/gtest.h>
 
-#include "host/fmwrapper/unicode.h"
+#include "host/fmwrapper/number_texts.h"
 
 namespace orlocal::host {
 namespace {
 
-std::string shown(const Number& number) { return toUtf8(number.text()); }
 std::string read(std::u16string_view text) { return shown(Number::parse(text)); }
-Number num(std::u16string_view text) { return Number::parse(text); }
 
 struct Reading {
   const char16_t* text;
