@@ -39,6 +39,7 @@ ItemRows::ItemRows(Database& database)
     : m_database(database),
       m_insert(ItemValues::kInsert, ItemValues::kInserted, kRowsAtOnce),
       m_read(ItemValues::kReadById),
+      m_readByUid(ItemValues::kReadByUid),
       m_readForExpansion(ItemValues::kReadForExpansion),
       m_withUuid("SELECT id FROM items WHERE uuid = ?"),
       m_withUid(
@@ -147,11 +148,16 @@ Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
   ORLOCAL_CHECK(writeRow(id));
   Statement& read = m_read.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
+  return itemOf(read);
+}
+
+Result<std::shared_ptr<const Item>> ItemRows::itemOf(Statement& read) {
   ORLOCAL_TRY(const bool found, read.step());
   if (!found) return std::shared_ptr<const Item>();
   ORLOCAL_TRY(Item item, ItemValues::read(read, m_database));
   auto shared = std::make_shared<const Item>(std::move(item));
-  keep(shared);
+  // A large change meets each row once.
+  if (m_nextId == 0) keep(shared);
   return shared;
 }
 
@@ -188,6 +194,17 @@ Result<std::optional<ItemId>> ItemRows::withUid(CalendarId calendar, ItemKind ki
   ORLOCAL_CHECK(writeRowsWithUid(hash));
   Statement& find = m_withUid.in(m_database).bind(1, hash).bind(2, calendar);
   return firstId(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
+}
+
+Result<ItemRows::Known> ItemRows::readWithUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
+  const std::int64_t hash = ItemValues::hashOf(uid);
+  ORLOCAL_CHECK(writeRowsWithUid(hash));
+  Statement& find = m_readByUid.in(m_database).bind(1, hash).bind(2, calendar);
+  const ResetAtExit reset(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
+  Known known;
+  ORLOCAL_TRY(known.item, itemOf(find));
+  if (known.item != nullptr) known.hasChanged = find.integer(ItemValues::kHasChanged) != 0;
+  return known;
 }
 
 Status ItemRows::visitUidHashes(const std::function<void(std::int64_t)>& visit) {

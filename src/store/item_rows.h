@@ -44,6 +44,12 @@ class ItemRows {
   Result<std::optional<ItemId>> withUuid(const Uuid& uuid);
   /// The event or reminder itself, not a changed occurrence.
   Result<std::optional<ItemId>> withUid(CalendarId calendar, ItemKind kind, std::string_view uid);
+  struct Known {
+    std::shared_ptr<const Item> item;  ///< null when there is none
+    bool hasChanged = false;           ///< whether there are changed occurrences of it
+  };
+  /// The same, read.
+  Result<Known> readWithUid(CalendarId calendar, ItemKind kind, std::string_view uid);
   /// The hash of every row's UID, in their order. After `gather`.
   Status visitUidHashes(const std::function<void(std::int64_t)>& visit);
   /// Changed occurrences without a series, in the order of their original starts.
@@ -94,6 +100,7 @@ class ItemRows {
   static constexpr int kRowsAtOnce = 16;
 
   Result<std::shared_ptr<const Item>> load(ItemId id);
+  Result<std::shared_ptr<const Item>> itemOf(Statement& read);
   void keep(const std::shared_ptr<const Item>& item);
   /// The first of them are in use.
   std::span<const Gathered> gathered() const { return std::span(m_gathered).first(m_gatheredRows); }
@@ -109,8 +116,9 @@ class ItemRows {
   ItemId m_nextId = 0;  ///< of the next row kept back; 0 while rows are written at once
   RowValues m_values;
   RowInsert m_insert;
-  LazyStatement m_read, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf, m_changedAt,
-      m_place, m_uidHashes, m_highestId, m_update, m_remove, m_newestUuid, m_byCalendar, m_idsInCalendar, m_zonedIds;
+  LazyStatement m_read, m_readByUid, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf,
+      m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_remove, m_newestUuid, m_byCalendar, m_idsInCalendar,
+      m_zonedIds;
 };
 
 }  // namespace orlocal::store

@@ -20,8 +20,9 @@ namespace {
 #define ORLOCAL_ITEM_COLUMNS                                                                                       \
   "i.id, i.kind, i.calendar, i.uuid, i.series, i.\"start\", i.start_clock, i.\"end\", i.end_clock, i.recurrence, " \
   "i.recurrence_id, i.recurrence_id_clock, i.uid, i.priority, i.sequence, i.created, i.modified, i.completed, "    \
-  "i.title, i.location, i.url, i.alarms, i.attendees, i.notes, i.extra, i.original, s.uuid "                       \
-  "FROM items i LEFT JOIN items s ON s.id = i.series "
+  "i.title, i.location, i.url, i.alarms, i.attendees, i.notes, i.extra, i.original, s.uuid "
+#define ORLOCAL_ITEM_AND_SERIES "FROM items i LEFT JOIN items s ON s.id = i.series "
+#define ORLOCAL_HAS_CHANGED "EXISTS(SELECT 1 FROM items c WHERE c.series = i.id) "
 
 /// The columns above, in their order.
 enum Column {
@@ -102,10 +103,15 @@ void bindTime(RowValues& values, int parameter, const std::optional<CalendarTime
 
 }  // namespace
 
-const char* const ItemValues::kReadById = "SELECT " ORLOCAL_ITEM_COLUMNS "WHERE i.id = ?";
+static_assert(ItemValues::kHasChanged == kSeriesUuid + 1);
+
+const char* const ItemValues::kReadById = "SELECT " ORLOCAL_ITEM_COLUMNS ORLOCAL_ITEM_AND_SERIES "WHERE i.id = ?";
+const char* const ItemValues::kReadByUid =
+    "SELECT " ORLOCAL_ITEM_COLUMNS ", " ORLOCAL_HAS_CHANGED ORLOCAL_ITEM_AND_SERIES
+    "WHERE i.uid_hash = ? AND i.original IS NULL AND i.calendar = ? AND i.kind = ? AND i.uid = ?";
 const char* const ItemValues::kReadForExpansion =
-    "SELECT id, kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, uid, "
-    "EXISTS(SELECT 1 FROM items c WHERE c.series = i.id) FROM items i WHERE id = ?";
+    "SELECT id, kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, uid, " ORLOCAL_HAS_CHANGED
+    "FROM items i WHERE id = ?";
 const char* const ItemValues::kInsert =
     "INSERT OR FAIL INTO items(kind, calendar, series, slot, slot_start, \"start\", start_clock, \"end\", end_clock, "
     "recurrence, recurrence_id, recurrence_id_clock, original, uid_hash, uid, priority, sequence, created, "

@@ -23,16 +23,19 @@ struct RowPlace {
 /// How an item stands in the columns of its row: the statements whose columns are counted on, and both directions.
 class ItemValues {
  public:
-  static const char* const kReadById;  ///< parameter 1: id
+  static const char* const kReadById;   ///< parameter 1: id
+  static const char* const kReadByUid;  ///< parameters: hash, calendar, kind, UID; column `kHasChanged` is one more
   static const char* const kReadForExpansion;
   static const char* const kUpdate;  ///< parameter `kIdParameter`: id
   /// Before VALUES, of rows of `kInserted` parameters. Without an id the row is given one.
   static const char* const kInsert;
   static constexpr int kIdParameter = 28, kUuidParameter = 29, kInserted = 29;
 
-  /// The item in a row of the first statement.
+  static constexpr int kHasChanged = 27;  ///< whether there are changed occurrences of it
+
+  /// The item in a row of the first two statements.
   static Result<Item> read(const Statement& row, const Database& database);
-  /// What a row of the second has: enough to expand a series, and whether it has changed occurrences.
+  /// What a row of the third has: enough to expand a series, and whether it has changed occurrences.
   static Result<Item> readForExpansion(const Statement& row, const Database& database, bool& hasChanged);
 
   /// Binds all parameters but the row's id and its identifier.

@@ -162,32 +162,34 @@ Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector
 }
 
 Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series, bool mayBeKnown) {
-  std::optional<ItemId> known;
+  ItemRows::Known known;
   if (mayBeKnown) {
-    ORLOCAL_TRY(known, m_core.rows.withUid(main.calendar, main.kind, main.uid));
+    ORLOCAL_TRY(known, m_core.rows.readWithUid(main.calendar, main.kind, main.uid));
   }
-  if (!known) {
+  if (known.item == nullptr) {
     ORLOCAL_CHECK(m_core.insertItem(main, series, std::nullopt, false));
     return PutOutcome::kNew;
   }
-  ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(*known));
-  const bool different = differs(*stored, main);
-  if (different) ORLOCAL_CHECK(removeContinuations(*stored, main));
+  const bool different = differs(*known.item, main);
+  if (different) ORLOCAL_CHECK(removeContinuations(*known.item, main));
   if (series == nullptr) {
-    ORLOCAL_TRY(const auto others, m_core.rows.changedOf(*known));
-    for (const ItemRows::Changed& other : others) {
-      ORLOCAL_TRY(const auto row, m_core.rows.readNamed(other.id));
-      ORLOCAL_CHECK(m_core.removeItem(*row));
-    }
-    if (!different && others.empty()) return PutOutcome::kUnchanged;
-  } else if (!different) {
+    if (known.hasChanged) ORLOCAL_CHECK(removeChangedOf(main.id));
+    if (!different && !known.hasChanged) return PutOutcome::kUnchanged;
+  } else if (!different && (!main.recurrence.empty() || known.hasChanged)) {
     // A single event that now has changed occurrences repeats for the timeline.
-    if (!main.recurrence.empty()) return PutOutcome::kUnchanged;
-    ORLOCAL_TRY(const auto others, m_core.rows.changedOf(*known));
-    if (!others.empty()) return PutOutcome::kUnchanged;
+    return PutOutcome::kUnchanged;
   }
   ORLOCAL_CHECK(m_core.updateItem(main, series, std::nullopt, false));
   return PutOutcome::kUpdated;
+}
+
+Status StoreWriter::removeChangedOf(ItemId series) {
+  ORLOCAL_TRY(const auto others, m_core.rows.changedOf(series));
+  for (const ItemRows::Changed& other : others) {
+    ORLOCAL_TRY(const auto row, m_core.rows.readNamed(other.id));
+    ORLOCAL_CHECK(m_core.removeItem(*row));
+  }
+  return {};
 }
 
 Status StoreWriter::removeContinuations(const Item& stored, const Item& given) {
@@ -196,11 +198,7 @@ Status StoreWriter::removeContinuations(const Item& stored, const Item& given) {
     if (std::find(named.begin(), named.end(), uid) != named.end()) continue;
     ORLOCAL_TRY(const auto known, m_core.rows.withUid(given.calendar, given.kind, uid));
     if (!known) continue;
-    ORLOCAL_TRY(const auto others, m_core.rows.changedOf(*known));
-    for (const ItemRows::Changed& other : others) {
-      ORLOCAL_TRY(const auto row, m_core.rows.readNamed(other.id));
-      ORLOCAL_CHECK(m_core.removeItem(*row));
-    }
+    ORLOCAL_CHECK(removeChangedOf(*known));
     ORLOCAL_TRY(const auto row, m_core.rows.readNamed(*known));
     ORLOCAL_CHECK(m_core.removeItem(*row));
   }

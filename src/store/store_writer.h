@@ -63,6 +63,7 @@ class StoreWriter final : public ItemWriter {
   Result<PutOutcome> putMain(Item& main, const Series* series, bool mayBeKnown);
   /// Removes the series that were cut off `stored` and that `given` does not name any more.
   Status removeContinuations(const Item& stored, const Item& given);
+  Status removeChangedOf(ItemId series);
   Result<PutOutcome> putStray(Item& stray);
   Result<PutOutcome> putChanged(Item& changed, const Item& main, const Series& series, ItemId known);
   /// Finds the right one of the changed occurrences of a known series for each of `changed`; removes the others.
