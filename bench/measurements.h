@@ -39,6 +39,10 @@ class Report {
 Row measureImport(const Setting& setting, const std::filesystem::path& ics, const std::filesystem::path& file,
                   std::size_t events);
 
+/// Adds how long imports of `ics`, which has `events`, keep others from saving, beside as many rows that are written
+/// into an SQLite file together.
+void measureTurns(Report& report, const Setting& setting, const std::filesystem::path& ics, std::size_t events);
+
 /// Answers twelve months from the store that the environment names, and prints this process's peak of memory in KiB.
 void printPeakOfReading(const Setting& setting);
 

@@ -103,6 +103,7 @@ void measureStore(Report& report, const Setting& setting, std::size_t events) {
   setenv("ORLOCAL_STORE", file.c_str(), 1);
 
   report.add(measureImport(setting, ics, file, events));
+  measureTurns(report, setting, ics, events);
 
   const auto rows = expandedYear(file);
   Floor::build(floorFile, rows);

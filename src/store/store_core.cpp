@@ -249,7 +249,9 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
   ORLOCAL_TRY(const auto before, rows.place(item.id));
   if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
   const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
-  ORLOCAL_CHECK(timeline.remove(item.id, before->slot, before->slotStart));
+  // An entry takes the place of one that stands there.
+  const bool moves = before->slot != entry.slot || before->slotStart != entry.start;
+  if (moves) ORLOCAL_CHECK(timeline.remove(item.id, before->slot, before->slotStart));
   ORLOCAL_CHECK(timeline.insert(entry));
   ORLOCAL_CHECK(rows.update(item, {entry.slot, entry.start, original}));
   series.forget(item.id);

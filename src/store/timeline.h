@@ -55,6 +55,7 @@ class Timeline {
   /// Seconds: UTC, or on the wall clock when `isWall`.
   static std::int64_t keyOf(const CalendarTime& time);
 
+  /// Takes the place of the item's entry of that slot and start.
   Status insert(const TimelineEntry& entry);
   /// `slot` and `start` are the entry's.
   Status remove(ItemId item, std::int64_t slot, std::int64_t start);

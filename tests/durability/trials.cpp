@@ -291,17 +291,6 @@ Outcome Trials::run(const Change& change, const Trouble& trouble, const Selectio
   const std::size_t stride = selection.most == SIZE_MAX ? 1 : std::max<std::size_t>(1, calls / selection.most);
   Outcome outcome;
   for (std::size_t number = selection.only.value_or(stride / 2);; number += stride) {
-    const auto t0 = std::chrono::steady_clock::now();
-    struct X {
-      decltype(t0) t;
-      const Trouble& tr;
-      std::size_t n;
-      ~X() {
-        auto d = std::chrono::steady_clock::now() - t;
-        if (d > std::chrono::milliseconds(500))
-          fprintf(stderr, "SLOW %s %zu %.2f\n", tr.name.c_str(), n, std::chrono::duration<double>(d).count());
-      }
-    } x{t0, trouble, number};
     const Result result = trouble.sort == Trouble::Sort::kFailingCalls ? failCalls(change, trouble, number)
                                                                        : die(change, trouble, number);
     if (!result) return outcome;
