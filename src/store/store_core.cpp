@@ -172,7 +172,7 @@ Result<Transaction> StoreCore::beginReading() {
 
 Result<Transaction> StoreCore::beginTransaction() {
   auto begun = Transaction::write(database);
-  if (begun || begun.error().code != ErrorCode::kReadOnly || database.readOnly() || m_opening) return begun;
+  if (begun || begun.error().code != ErrorCode::kNotPermitted || database.readOnly() || m_opening) return begun;
   // SQLite opens the log and its index for reading when they do not open for writing, whatever the reason was.
   database.close();
   m_walIndex = nullptr;
