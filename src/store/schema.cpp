@@ -217,12 +217,13 @@ Result<std::optional<std::int64_t>> versionOf(Database& database, CheckOfObjects
                   database.file().string()));
 }
 
+/// Where it cannot be looked at there may be one.
 bool hasLog(const std::filesystem::path& file) {
   std::filesystem::path log = file;
   log += "-wal";
-  std::error_code none;
-  const auto size = std::filesystem::file_size(log, none);
-  return !none && size > 0;
+  std::error_code error;
+  const auto size = std::filesystem::file_size(log, error);
+  return error ? error != std::errc::no_such_file_or_directory : size > 0;
 }
 
 /// For a file that cannot be taken part in, for `reason`: a folder that may not be written, a disk without room.

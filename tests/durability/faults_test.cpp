@@ -76,7 +76,8 @@ TEST_P(OnceLost, IsNotLostAgain) {
 
 INSTANTIATE_TEST_SUITE_P(Trials, OnceLost,
                          testing::Values("a new event beside a log / open, too many files, once / 2",
-                                         "a new event beside a log / open, no room, once / 3"));
+                                         "a new event beside a log / open, no room, once / 3",
+                                         "a store salvaged / look, broken disk, once / 3"));
 
 void tell(const std::vector<Loss>& losses) {
   for (const Loss& loss : losses)
