@@ -10,7 +10,8 @@
 
 namespace orlocal::store {
 
-/// Inserts rows of one table: as many as there are for it with one statement each `rowsAtOnce`, which costs less.
+/// Inserts rows of one table, `rowsAtOnce` with one statement as long as there are so many: that costs less than one
+/// each.
 class RowInsert {
  public:
   /// `into` is what stands before VALUES.

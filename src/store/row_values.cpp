@@ -35,11 +35,6 @@ RowValues& RowValues::bindBlob(int parameter, std::span<const std::byte> bytes) 
   return *this;
 }
 
-RowValues& RowValues::bindNull(int parameter) {
-  at(parameter) = {};
-  return *this;
-}
-
 void RowValues::bindTo(Statement& statement, int before) const {
   for (const Value& value : m_values) {
     ++before;

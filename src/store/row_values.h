@@ -20,7 +20,6 @@ class RowValues {
   RowValues& bind(int parameter, std::int64_t value);
   RowValues& bind(int parameter, std::string_view text);
   RowValues& bindBlob(int parameter, std::span<const std::byte> bytes);
-  RowValues& bindNull(int parameter);
 
   /// Binds the first of these to the parameter that follows `before`, and so on. Texts and blobs are borrowed until the
   /// statement is reset.
