@@ -130,7 +130,7 @@ class CalendarStore {
 
   /// Begins an all-or-nothing change such as an import; waits for its turn to write. No other call to this store until
   /// the writer is gone.
-  virtual Result<std::unique_ptr<ItemWriter>> startWriting() = 0;
+  virtual Result<std::unique_ptr<ItemWriter>> startWriting(const Announcement& announcement = {}) = 0;
   /// Visits everything in a calendar, in the order in which it came to the store; one snapshot, a few rows in memory.
   virtual Status forEachItem(CalendarId calendar, const ItemVisitor& visit) = 0;
   /// The VTIMEZONE text of a private zone.

@@ -9,6 +9,8 @@ namespace orlocal::store {
 namespace {
 
 constexpr const char* kLog = "The log of changes";
+/// Past so many changes by others, forgetting everything costs less than looking at each.
+constexpr std::int64_t kFew = 2'000;
 
 }  // namespace
 
@@ -71,6 +73,12 @@ Result<std::int64_t> ChangeLog::oldest() {
   const std::int64_t seq = found ? row.id(0) : 0;
   if (!row.sound()) return damaged(m_database, kLog);
   return seq;
+}
+
+Result<bool> ChangeLog::fewBetween(std::int64_t seen, std::int64_t newest) {
+  if (newest < seen || newest - seen > kFew) return false;
+  ORLOCAL_TRY(const std::int64_t first, oldest());
+  return first <= seen + 1;
 }
 
 Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit) {

@@ -59,6 +59,9 @@ class ChangeLog {
   Result<std::int64_t> newest();
   /// The oldest row's number still known; 0 when there is none.
   Result<std::int64_t> oldest();
+  /// Whether what came after the row `seen` up to the `newest` is all known still, and so little that looking at each
+  /// change costs less than forgetting everything.
+  Result<bool> fewBetween(std::int64_t seen, std::int64_t newest);
   /// Visits the rows after `seq` in their order.
   Status visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit);
 

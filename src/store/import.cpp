@@ -8,6 +8,8 @@
 
 #include <fmt/core.h>
 
+#include "store/timeline.h"
+
 namespace orlocal::store {
 
 namespace {
@@ -43,6 +45,29 @@ Result<PreparedFile> prepare(CalendarReader reader, const ImportOptions& options
   file.calendars = reader.calendars();
   file.zones = reader.privateZones();
   return file;
+}
+
+/// Of the calendar that items of this kind go to; empty for the default one.
+std::string_view titleFor(CalendarKind kind, const CalendarHead& head, const ImportOptions& options) {
+  const auto& wanted = kind == CalendarKind::kEvents ? options.calendarTitle : options.listTitle;
+  return wanted ? *wanted : head.name;
+}
+
+/// Points into `file`.
+std::vector<AnnouncedItem> announcedItems(PreparedFile& file, const ImportOptions& options) {
+  std::vector<AnnouncedItem> all;
+  all.reserve(file.groups.size());
+  const auto announce = [&](ItemGroup& group, const CalendarHead& head) {
+    if (!group.main) return;
+    const bool isSeries = !group.main->recurrence.empty() || !group.changed.empty();
+    all.push_back({&*group.main, titleFor(calendarKindOf(group.main->kind), head, options), isSeries});
+  };
+  for (ItemGroup& group : file.groups) {
+    const CalendarHead& head = file.calendars[group.calendar];
+    announce(group, head);
+    for (ItemGroup& later : group.later) announce(later, head);
+  }
+  return all;
 }
 
 class Importer {
@@ -113,12 +138,13 @@ class Importer {
 
   /// Two calendars of the file may be led to one; there a UID counts once.
   bool isNew(CalendarId calendar, const Item& main) {
-    const std::string occurrence = main.recurrenceId ? fmt::format("{}", main.recurrenceId->local - LocalTime()) : "";
+    // The same wall clock in another zone is another occurrence.
+    const std::string occurrence = main.recurrenceId ? fmt::format("{}", Timeline::keyOf(*main.recurrenceId)) : "";
     return m_seen.insert(fmt::format("{}:{}:{}", calendar, occurrence, main.uid)).second;
   }
 
   Result<CalendarId> targetOf(ItemKind itemKind, std::size_t index) {
-    const CalendarKind kind = itemKind == ItemKind::kEvent ? CalendarKind::kEvents : CalendarKind::kReminders;
+    const CalendarKind kind = calendarKindOf(itemKind);
     std::optional<CalendarId>& target = m_targets[index][static_cast<std::size_t>(kind)];
     if (!target) {
       auto found = findTarget(kind, m_file.calendars[index]);
@@ -129,8 +155,7 @@ class Importer {
   }
 
   Result<CalendarId> findTarget(CalendarKind kind, const CalendarHead& head) {
-    const auto& wanted = kind == CalendarKind::kEvents ? m_options.calendarTitle : m_options.listTitle;
-    const std::string title = wanted.value_or(head.name);
+    const std::string title(titleFor(kind, head, m_options));
     const bool protects = m_options.readOnly || m_options.subscription;
     auto found = title.empty() ? m_writer.defaultCalendar(kind) : m_writer.calendarTitled(kind, title);
     if (!found) return tl::unexpected(found.error());
@@ -194,7 +219,8 @@ Result<ImportReport> import(CalendarStore& store, Result<CalendarReader> reader,
   if (!reader) return tl::unexpected(reader.error());
   auto prepared = prepare(std::move(*reader), options);
   if (!prepared) return tl::unexpected(prepared.error());
-  auto writer = store.startWriting();
+  const auto announced = announcedItems(*prepared, options);
+  auto writer = store.startWriting({announced, options.stop});
   if (!writer) return tl::unexpected(writer.error());
   return Importer(std::move(*prepared), **writer, options).run();
 }

@@ -54,12 +54,13 @@ ItemRows::ItemRows(Database& database)
           "SELECT id, original, recurrence_id, recurrence_id_clock FROM items WHERE series = ? ORDER BY original"),
       // The title is asked for so that the row is looked at, and not the index alone.
       m_changedAt("SELECT id, title FROM items WHERE series = ? AND original = ?"),
-      m_place("SELECT slot, slot_start, original FROM items WHERE id = ?"),
+      m_place("SELECT slot, slot_start, original, series, uid_hash FROM items WHERE id = ?"),
       m_uidHashes("SELECT uid_hash FROM items ORDER BY uid_hash"),
       m_highestId(
           "SELECT max((SELECT ifnull(max(id), 0) FROM items), "
           "ifnull((SELECT seq FROM sqlite_sequence WHERE name = 'items'), 0))"),
       m_update(ItemValues::kUpdate),
+      m_updateInPlace(ItemValues::kUpdateInPlace),
       m_remove("DELETE FROM items WHERE id = ?"),
       m_newestUuid("SELECT uuid FROM items ORDER BY id DESC LIMIT 1"),
       m_byCalendar("SELECT id, calendar FROM items WHERE series IS NULL ORDER BY id"),
@@ -98,15 +99,21 @@ void ItemRows::forgetAll() {
   m_nextId = 0;
 }
 
-Result<ItemId> ItemRows::gather() {
+Result<ItemId> ItemRows::highestId() {
+  ORLOCAL_CHECK(writeRows());
   Statement& read = m_highestId.in(m_database);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
   CheckedRow row(read);
   const std::int64_t highest = found ? row.number(0, 0) : 0;
   if (!row.sound()) return damaged(m_database, "The table of items");
-  m_nextId = highest + 1;
   return highest;
+}
+
+Status ItemRows::gather() {
+  ORLOCAL_TRY(const ItemId highest, highestId());
+  m_nextId = highest + 1;
+  return {};
 }
 
 Status ItemRows::writeRows() {
@@ -148,17 +155,17 @@ Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
   ORLOCAL_CHECK(writeRow(id));
   Statement& read = m_read.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
-  return itemOf(read);
+  ORLOCAL_TRY(auto item, itemOf(read));
+  // A large change meets each row once.
+  if (item != nullptr && m_nextId == 0) keep(item);
+  return item;
 }
 
 Result<std::shared_ptr<const Item>> ItemRows::itemOf(Statement& read) {
   ORLOCAL_TRY(const bool found, read.step());
   if (!found) return std::shared_ptr<const Item>();
   ORLOCAL_TRY(Item item, ItemValues::read(read, m_database));
-  auto shared = std::make_shared<const Item>(std::move(item));
-  // A large change meets each row once.
-  if (m_nextId == 0) keep(shared);
-  return shared;
+  return std::make_shared<const Item>(std::move(item));
 }
 
 Result<std::optional<ItemRows::Expandable>> ItemRows::readForExpansion(ItemId id) {
@@ -203,21 +210,29 @@ Result<ItemRows::Known> ItemRows::readWithUid(CalendarId calendar, ItemKind kind
   const ResetAtExit reset(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
   Known known;
   ORLOCAL_TRY(known.item, itemOf(find));
-  if (known.item != nullptr) known.hasChanged = find.integer(ItemValues::kHasChanged) != 0;
+  if (known.item == nullptr) return known;
+  CheckedRow row(find);
+  known.hasChanged = row.flag(ItemValues::kHasChanged);
+  known.place.slot = row.number(ItemValues::kSlot);
+  known.place.slotStart = row.seconds(ItemValues::kSlotStart);
+  known.place.series = known.item->series;
+  known.place.uidHash = hash;
+  if (!row.sound() || !Timeline::isSlot(known.place.slot)) {
+    return damaged(m_database, fmt::format("Item {}", known.item->id));
+  }
   return known;
 }
 
 Status ItemRows::visitUidHashes(const std::function<void(std::int64_t)>& visit) {
-  ORLOCAL_CHECK(writeRows());
+  ORLOCAL_TRY(ItemId left, highestId());
   Statement& read = m_uidHashes.in(m_database);
   const ResetAtExit reset(read);
-  ItemId left = m_nextId;
   for (std::int64_t last = INT64_MIN;;) {
     ORLOCAL_TRY(const bool found, read.step());
     if (!found) return {};
     const std::int64_t hash = read.integer(0);
     // A damaged index may go in circles.
-    if (hash < last || --left <= 0) return damaged(m_database, "The table of items");
+    if (hash < last || --left < 0) return damaged(m_database, "The table of items");
     last = hash;
     visit(hash);
   }
@@ -261,15 +276,19 @@ Result<ItemId> ItemRows::changedAt(ItemId series, std::int64_t original) {
   return id.value_or(0);
 }
 
-Result<std::optional<RowPlace>> ItemRows::place(ItemId id) {
+Result<std::optional<StoredPlace>> ItemRows::place(ItemId id) {
   ORLOCAL_CHECK(writeRow(id));
   Statement& read = m_place.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
   if (!found) return std::nullopt;
   CheckedRow row(read);
-  RowPlace place{row.number(0), row.seconds(1), std::nullopt};
+  StoredPlace place;
+  place.slot = row.number(0);
+  place.slotStart = row.seconds(1);
   if (!row.isNull(2)) place.original = row.seconds(2);
+  place.series = row.optionalId(3);
+  place.uidHash = row.number(4, INT64_MIN, INT64_MAX);
   if (!row.sound() || !Timeline::isSlot(place.slot)) return damaged(m_database, fmt::format("Item {}", id));
   return place;
 }
@@ -296,13 +315,15 @@ Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
   return {};
 }
 
-Status ItemRows::update(const Item& item, const RowPlace& place) {
+Status ItemRows::update(const Item& item, const RowPlace& place, const StoredPlace& before) {
   ORLOCAL_CHECK(checkBeforeWriting(item));
   forget(item.id);
   ORLOCAL_CHECK(writeRow(item.id));
   ItemValues::bind(m_values, item, place);
   m_values.bind(ItemValues::kIdParameter, item.id);
-  Statement& update = m_update.in(m_database);
+  const bool inPlace = before.original == place.original && before.series == item.series &&
+                       before.uidHash == ItemValues::hashOf(item.uid);
+  Statement& update = (inPlace ? m_updateInPlace : m_update).in(m_database);
   m_values.bindTo(update, 0);
   return update.run();
 }

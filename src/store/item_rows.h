@@ -47,11 +47,14 @@ class ItemRows {
   struct Known {
     std::shared_ptr<const Item> item;  ///< null when there is none
     bool hasChanged = false;           ///< whether there are changed occurrences of it
+    StoredPlace place;
   };
-  /// The same, read.
+  /// The same, read; not kept, as who asks this meets each row once.
   Result<Known> readWithUid(CalendarId calendar, ItemKind kind, std::string_view uid);
-  /// The hash of every row's UID, in their order. After `gather`.
+  /// The hash of every row's UID, in their order.
   Status visitUidHashes(const std::function<void(std::int64_t)>& visit);
+  /// The highest id that was ever given.
+  Result<ItemId> highestId();
   /// Changed occurrences without a series, in the order of their original starts.
   Result<std::vector<ItemId>> straysWithUid(CalendarId calendar, ItemKind kind, std::string_view uid);
   Result<std::optional<ItemId>> strayAt(CalendarId calendar, ItemKind kind, std::string_view uid,
@@ -67,17 +70,16 @@ class ItemRows {
   /// The one with that original start, 0 when there is none.
   Result<ItemId> changedAt(ItemId series, std::int64_t original);
 
-  Result<std::optional<RowPlace>> place(ItemId id);
+  Result<std::optional<StoredPlace>> place(ItemId id);
   /// Gives the item its id. `uuid` is the row's own identifier.
   Status insert(Item& item, const Uuid& uuid, const RowPlace& place);
   /// From now on what is inserted is kept back and written many rows at once: a large change costs less. It is written
-  /// before any of it is read, changed or removed. Inside a write transaction. Gives the highest id that was ever
-  /// given.
-  Result<ItemId> gather();
+  /// before any of it is read, changed or removed. Inside a write transaction.
+  Status gather();
   /// Writes what was kept back, and ends that.
   Status writeGathered();
   /// Changes everything but the identifier.
-  Status update(const Item& item, const RowPlace& place);
+  Status update(const Item& item, const RowPlace& place, const StoredPlace& before);
   Status remove(ItemId id);
   /// The newest row's identifier; nil when there are none.
   Result<Uuid> newestUuid();
@@ -117,8 +119,8 @@ class ItemRows {
   RowValues m_values;
   RowInsert m_insert;
   LazyStatement m_read, m_readByUid, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf,
-      m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_remove, m_newestUuid, m_byCalendar, m_idsInCalendar,
-      m_zonedIds;
+      m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_updateInPlace, m_remove, m_newestUuid, m_byCalendar,
+      m_idsInCalendar, m_zonedIds;
 };
 
 }  // namespace orlocal::store

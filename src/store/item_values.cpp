@@ -107,7 +107,7 @@ static_assert(ItemValues::kHasChanged == kSeriesUuid + 1);
 
 const char* const ItemValues::kReadById = "SELECT " ORLOCAL_ITEM_COLUMNS ORLOCAL_ITEM_AND_SERIES "WHERE i.id = ?";
 const char* const ItemValues::kReadByUid =
-    "SELECT " ORLOCAL_ITEM_COLUMNS ", " ORLOCAL_HAS_CHANGED ORLOCAL_ITEM_AND_SERIES
+    "SELECT " ORLOCAL_ITEM_COLUMNS ", " ORLOCAL_HAS_CHANGED ", i.slot, i.slot_start " ORLOCAL_ITEM_AND_SERIES
     "WHERE i.uid_hash = ? AND i.original IS NULL AND i.calendar = ? AND i.kind = ? AND i.uid = ?";
 const char* const ItemValues::kReadForExpansion =
     "SELECT id, kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, uid, " ORLOCAL_HAS_CHANGED
@@ -121,6 +121,12 @@ const char* const ItemValues::kUpdate =
     "\"end\"=?8, end_clock=?9, recurrence=?10, recurrence_id=?11, recurrence_id_clock=?12, original=?13, "
     "uid_hash=?14, uid=?15, priority=?16, sequence=?17, created=?18, modified=?19, completed=?20, title=?21, "
     "location=?22, url=?23, alarms=?24, attendees=?25, notes=?26, extra=?27 WHERE id=?28";
+
+const char* const ItemValues::kUpdateInPlace =
+    "UPDATE items SET kind=?1, calendar=?2, slot=?4, slot_start=?5, \"start\"=?6, start_clock=?7, \"end\"=?8, "
+    "end_clock=?9, recurrence=?10, recurrence_id=?11, recurrence_id_clock=?12, uid=?15, priority=?16, sequence=?17, "
+    "created=?18, modified=?19, completed=?20, title=?21, location=?22, url=?23, alarms=?24, attendees=?25, "
+    "notes=?26, extra=?27 WHERE id=?28";
 
 std::int64_t ItemValues::hashOf(std::string_view uid) {
   std::uint64_t hash = 0xcbf29ce484222325U;

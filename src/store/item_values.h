@@ -20,18 +20,27 @@ struct RowPlace {
   std::optional<std::int64_t> original;
 };
 
+/// The same of a row as it stands, and what else its indexes have.
+struct StoredPlace : RowPlace {
+  std::optional<ItemId> series;
+  std::int64_t uidHash = 0;
+};
+
 /// How an item stands in the columns of its row: the statements whose columns are counted on, and both directions.
 class ItemValues {
  public:
   static const char* const kReadById;   ///< parameter 1: id
-  static const char* const kReadByUid;  ///< parameters: hash, calendar, kind, UID; column `kHasChanged` is one more
+  static const char* const kReadByUid;  ///< parameters: hash, calendar, kind, UID; the columns below are more of it
   static const char* const kReadForExpansion;
   static const char* const kUpdate;  ///< parameter `kIdParameter`: id
+  /// The same where series, original start and UID stay: the indexes are not touched.
+  static const char* const kUpdateInPlace;
   /// Before VALUES, of rows of `kInserted` parameters. Without an id the row is given one.
   static const char* const kInsert;
   static constexpr int kIdParameter = 28, kUuidParameter = 29, kInserted = 29;
 
   static constexpr int kHasChanged = 27;  ///< whether there are changed occurrences of it
+  static constexpr int kSlot = 28, kSlotStart = 29;
 
   /// The item in a row of the first two statements.
   static Result<Item> read(const Statement& row, const Database& database);

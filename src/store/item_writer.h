@@ -1,8 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +14,21 @@
 #include "store/result.h"
 
 namespace orlocal::store {
+
+/// An event, series or reminder that is going to be put.
+struct AnnouncedItem {
+  Item* main = nullptr;            ///< as `put` will get it, at the same address; no changed occurrence
+  std::string_view calendarTitle;  ///< of the calendar it goes to; empty for the default one
+  bool isSeries = false;           ///< it has a rule, or comes with changed occurrences
+};
+
+/// What a large change is going to put: that is looked up before its turn to write comes, so that others wait less. It
+/// changes nothing about what is written; what is not announced can be put all the same.
+struct Announcement {
+  std::span<const AnnouncedItem> items;
+  /// Asked now and then; when set, looking up ends.
+  const std::atomic<bool>* stop = nullptr;
+};
 
 /// What a `put` did to an event or reminder with its changed occurrences.
 enum class PutOutcome : std::uint8_t { kNew, kUpdated, kUnchanged };

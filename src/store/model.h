@@ -20,6 +20,11 @@ using ItemId = std::int64_t;
 enum class CalendarKind : std::uint8_t { kEvents = 0, kReminders = 1 };
 enum class ItemKind : std::uint8_t { kEvent = 0, kReminder = 1 };
 
+/// Of the calendars that hold such items.
+constexpr CalendarKind calendarKindOf(ItemKind kind) {
+  return kind == ItemKind::kEvent ? CalendarKind::kEvents : CalendarKind::kReminders;
+}
+
 /// Where calendars come from.
 struct Source {
   enum class Type : std::uint8_t { kLocal = 0, kCalDav = 1, kExchange = 2, kSubscription = 3, kBirthday = 4 };

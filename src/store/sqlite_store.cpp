@@ -101,7 +101,9 @@ Result<Item> SqliteStore::saveReminder(const ItemEdit& edit) { return ReminderEd
 
 Status SqliteStore::removeReminder(const Item& reminder) { return ReminderEdits(*m_core, m_queries).remove(reminder); }
 
-Result<std::unique_ptr<ItemWriter>> SqliteStore::startWriting() { return StoreWriter::start(*m_core); }
+Result<std::unique_ptr<ItemWriter>> SqliteStore::startWriting(const Announcement& announcement) {
+  return StoreWriter::start(*m_core, announcement);
+}
 
 Status SqliteStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
   const std::uint64_t generation = m_core->generation();

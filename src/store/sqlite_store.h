@@ -40,7 +40,7 @@ class SqliteStore final : public CalendarStore {
   Result<Item> saveReminder(const ItemEdit& edit) override;
   Status removeReminder(const Item& reminder) override;
 
-  Result<std::unique_ptr<ItemWriter>> startWriting() override;
+  Result<std::unique_ptr<ItemWriter>> startWriting(const Announcement& announcement = {}) override;
   Status forEachItem(CalendarId calendar, const ItemVisitor& visit) override;
   Result<std::optional<std::string>> privateZone(std::string_view name) override;
   Result<LogPosition> newestChange() override;

@@ -17,8 +17,6 @@ namespace {
 
 /// Compiled series kept at most: those of a store of 250,000 events.
 constexpr std::size_t kKeptSeries = 50'000;
-/// Past so many changes by others, forgetting everything costs less than looking at each.
-constexpr std::int64_t kManyChanges = 2'000;
 /// A file that was replaced is noticed after so long at the latest.
 constexpr auto kLookEvery = std::chrono::milliseconds(10);
 
@@ -30,6 +28,10 @@ std::chrono::steady_clock::duration coarseTime() {
 }
 
 Subject subjectOf(const Item& item) { return item.kind == ItemKind::kEvent ? Subject::kEvent : Subject::kReminder; }
+
+tl::unexpected<Error> noLonger() {
+  return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
+}
 
 Uuid publicUuid(const Item& item) { return Uuid::parse(item.identifier).value_or(Uuid()); }
 
@@ -135,8 +137,8 @@ Status StoreCore::catchUp() {
   if (newest == m_seen) return {};
   bool zonesChanged = m_seen < 0;
   if (m_seen >= 0) {
-    ORLOCAL_TRY(const std::int64_t oldest, log.oldest());
-    if (newest < m_seen || newest - m_seen > kManyChanges || oldest > m_seen + 1) {
+    ORLOCAL_TRY(const bool few, log.fewBetween(m_seen, newest));
+    if (!few) {
       forgetAll();
       zonesChanged = true;
     } else {
@@ -238,22 +240,34 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
 
 Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall) {
+  ORLOCAL_TRY(const auto before, rows.place(item.id));
+  if (!before) return noLonger();
+  return updateItem(item, own, original, originalIsWall, *before);
+}
+
+Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall, const StoredPlace& before) {
   ORLOCAL_CHECK(checkSize(item));
   if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
-  ORLOCAL_CHECK(replaceRow(item, own, original, originalIsWall));
+  ORLOCAL_CHECK(replaceRow(item, own, original, originalIsWall, before));
   return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
 }
 
 Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
-  if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
+  if (!before) return noLonger();
+  return replaceRow(item, own, original, originalIsWall, *before);
+}
+
+Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall, const StoredPlace& before) {
   const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
   // An entry takes the place of one that stands there.
-  const bool moves = before->slot != entry.slot || before->slotStart != entry.start;
-  if (moves) ORLOCAL_CHECK(timeline.remove(item.id, before->slot, before->slotStart));
+  const bool moves = before.slot != entry.slot || before.slotStart != entry.start;
+  if (moves) ORLOCAL_CHECK(timeline.remove(item.id, before.slot, before.slotStart));
   ORLOCAL_CHECK(timeline.insert(entry));
-  ORLOCAL_CHECK(rows.update(item, {entry.slot, entry.start, original}));
+  ORLOCAL_CHECK(rows.update(item, {entry.slot, entry.start, original}, before));
   series.forget(item.id);
   if (item.series) series.forget(*item.series);
   return {};

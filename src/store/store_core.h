@@ -59,6 +59,9 @@ class StoreCore {
   /// that no import would take again.
   Status insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
   Status updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
+  /// `before`: where the row stands.
+  Status updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,
+                    const StoredPlace& before);
   /// The same without a word in the log: what the item is does not change.
   Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
   Status removeItem(const Item& item);
@@ -94,6 +97,8 @@ class StoreCore {
   Status catchUp();
   void forgetAll();
   Status loadZones();
+  Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,
+                    const StoredPlace& before);
 
   StoreFile m_file;
   Missing m_whenMissing = Missing::kIsMade;

@@ -17,9 +17,6 @@ namespace {
 constexpr const char* kLargeCache = "PRAGMA cache_size=-65536";
 constexpr const char* kUsualCache = "PRAGMA cache_size=-8192";
 
-/// So many rows of an index are read in the time that looking one up takes.
-constexpr std::int64_t kRowsForOneLookup = 40;
-
 /// What a rule that cannot be followed is to a file: one item that is refused, whatever the others are.
 Result<Series> compiledToPut(const Item& item) {
   auto series = Series::compile(item, Zone());
@@ -27,46 +24,23 @@ Result<Series> compiledToPut(const Item& item) {
   return series;
 }
 
-/// Whether a stored item differs from the one given, identifiers apart; those are copied from the stored one.
-bool differs(const Item& stored, Item& given) {
-  given.id = stored.id;
-  given.identifier = stored.identifier;
-  given.itemIdentifier = stored.itemIdentifier;
-  if (!stored.stamped || !given.stamped) return !(stored == given);
-  // Many write a new stamp into every file, whether the item changed or not.
-  const auto stamped = std::exchange(given.stamped, stored.stamped);
-  if (stored == given) return false;
-  given.stamped = stamped;
-  return true;
-}
-
 }  // namespace
 
-Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core) {
+Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core, const Announcement& announcement) {
+  KnownItems known(core);
+  ORLOCAL_CHECK(known.lookAhead(announcement));
   ORLOCAL_TRY(WriteTurn turn, core.beginWriting());
   ORLOCAL_CHECK(core.database.execute(kLargeCache));
-  ORLOCAL_TRY(const ItemId highest, core.rows.gather());
+  ORLOCAL_CHECK(known.beginTurn());
+  ORLOCAL_CHECK(core.rows.gather());
   core.timeline.gather();
-  return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn), highest));
+  return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn), std::move(known)));
 }
 
 StoreWriter::~StoreWriter() { (void)m_core.database.execute(kUsualCache); }
 
 Result<std::optional<Calendar>> StoreWriter::calendarTitled(CalendarKind kind, std::string_view title) {
-  ORLOCAL_CHECK(learnTitles());
-  const auto found = m_titles->find(std::pair(kind, std::string(title)));
-  return found != m_titles->end() ? std::optional(found->second) : std::nullopt;
-}
-
-Status StoreWriter::learnTitles() {
-  if (m_titles) return {};
-  m_titles.emplace();
-  for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
-    ORLOCAL_TRY(std::vector<Calendar> all, m_core.calendars.ofKind(kind));
-    std::sort(all.begin(), all.end(), [](const Calendar& a, const Calendar& b) { return a.id < b.id; });
-    for (Calendar& calendar : all) m_titles->try_emplace(std::pair(kind, calendar.title), calendar);
-  }
-  return {};
+  return m_titles.find(kind, title);
 }
 
 Result<std::optional<Calendar>> StoreWriter::defaultCalendar(CalendarKind kind) {
@@ -87,8 +61,8 @@ Status StoreWriter::makeCalendar(Calendar& calendar) {
   calendar.source = source->id;
   calendar.type = source->type;
   ORLOCAL_CHECK(m_core.calendars.insert(calendar, m_core.uuids.next()));
-  if (m_titles) m_titles->try_emplace(std::pair(calendar.kind, calendar.title), calendar);
-  m_made.insert(calendar.id);
+  m_titles.add(calendar);
+  m_known.calendarMade(calendar.id);
   return m_core.logCalendar(Operation::kInserted, calendar);
 }
 
@@ -116,32 +90,18 @@ Status StoreWriter::checkTarget(CalendarId calendar, const Item& item) {
   return {};
 }
 
-Result<bool> StoreWriter::mayKnow(const Item& item) {
-  const std::int64_t hash = ItemValues::hashOf(item.uid);
-  const auto place = static_cast<std::uint64_t>(item.calendar) << 1 | static_cast<std::uint64_t>(item.kind);
-  const bool putBefore = m_put.add(static_cast<std::uint64_t>(hash) ^ place);
-  if (m_made.contains(item.calendar)) return putBefore;
-  ORLOCAL_TRY(const bool stoodThere, mayHaveKnown(hash));
-  return putBefore || stoodThere;
-}
-
-Result<bool> StoreWriter::mayHaveKnown(std::int64_t hash) {
-  if (!m_stored && ++m_lookups * kRowsForOneLookup > m_storedAtMost) {
-    m_stored.emplace();
-    ORLOCAL_CHECK(
-        m_core.rows.visitUidHashes([&](std::int64_t stored) { m_stored->add(static_cast<std::uint64_t>(stored)); }));
-  }
-  return !m_stored || m_stored->mayHave(static_cast<std::uint64_t>(hash));
-}
-
 Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector<Item>& changed,
                                     const Series* compiled) {
   ORLOCAL_CHECK(checkTarget(calendar, main));
   main.calendar = calendar;
   main.series.reset();
-  ORLOCAL_TRY(const bool known, mayKnow(main));
-  if (main.recurrenceId) return putStray(main);
-  if (main.recurrence.empty() && changed.empty()) return putMain(main, nullptr, known);
+  if (main.recurrenceId) {
+    m_known.touch(main);
+    return putStray(main);
+  }
+  const bool isSeries = !main.recurrence.empty() || !changed.empty();
+  ORLOCAL_TRY(const Standing standing, m_known.of(main, isSeries));
+  if (!isSeries) return putMain(main, nullptr, standing);
   for (Item& occurrence : changed) {
     occurrence.calendar = calendar;
     occurrence.kind = main.kind;
@@ -154,32 +114,31 @@ Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector
     ORLOCAL_TRY(own, compiledToPut(main));
     compiled = &*own;
   }
-  ORLOCAL_TRY(const PutOutcome outcome, putMain(main, compiled, known));
-  if (known) ORLOCAL_CHECK(adoptStrays(main, *compiled));
-  if (!known && changed.empty()) return outcome;
+  ORLOCAL_TRY(const PutOutcome outcome, putMain(main, compiled, standing));
+  if (standing.hasStrays) ORLOCAL_CHECK(adoptStrays(main, *compiled));
+  if (changed.empty() && !standing.hasChanged && !standing.hasStrays) return outcome;
   ORLOCAL_TRY(const PutOutcome others, putAllChanged(changed, main, *compiled));
   return outcome == PutOutcome::kUnchanged ? others : outcome;
 }
 
-Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series, bool mayBeKnown) {
-  ItemRows::Known known;
-  if (mayBeKnown) {
-    ORLOCAL_TRY(known, m_core.rows.readWithUid(main.calendar, main.kind, main.uid));
-  }
-  if (known.item == nullptr) {
+Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series, const Standing& standing) {
+  if (standing.id == 0) {
     ORLOCAL_CHECK(m_core.insertItem(main, series, std::nullopt, false));
     return PutOutcome::kNew;
   }
-  const bool different = differs(*known.item, main);
-  if (different) ORLOCAL_CHECK(removeContinuations(*known.item, main));
+  if (standing.differs) {
+    ORLOCAL_CHECK(removeContinuations(standing.continuations, main));
+  } else {
+    main.stamped = standing.stamped;
+  }
   if (series == nullptr) {
-    if (known.hasChanged) ORLOCAL_CHECK(removeChangedOf(main.id));
-    if (!different && !known.hasChanged) return PutOutcome::kUnchanged;
-  } else if (!different && (!main.recurrence.empty() || known.hasChanged)) {
+    if (standing.hasChanged) ORLOCAL_CHECK(removeChangedOf(main.id));
+    if (!standing.differs && !standing.hasChanged) return PutOutcome::kUnchanged;
+  } else if (!standing.differs && (!main.recurrence.empty() || standing.hasChanged)) {
     // A single event that now has changed occurrences repeats for the timeline.
     return PutOutcome::kUnchanged;
   }
-  ORLOCAL_CHECK(m_core.updateItem(main, series, std::nullopt, false));
+  ORLOCAL_CHECK(m_core.updateItem(main, series, std::nullopt, false, standing.place));
   return PutOutcome::kUpdated;
 }
 
@@ -192,14 +151,15 @@ Status StoreWriter::removeChangedOf(ItemId series) {
   return {};
 }
 
-Status StoreWriter::removeContinuations(const Item& stored, const Item& given) {
+Status StoreWriter::removeContinuations(const std::vector<std::string>& stored, const Item& given) {
   const auto named = continuationsOf(given);
-  for (const std::string& uid : continuationsOf(stored)) {
+  for (const std::string& uid : stored) {
     if (std::find(named.begin(), named.end(), uid) != named.end()) continue;
     ORLOCAL_TRY(const auto known, m_core.rows.withUid(given.calendar, given.kind, uid));
     if (!known) continue;
     ORLOCAL_CHECK(removeChangedOf(*known));
     ORLOCAL_TRY(const auto row, m_core.rows.readNamed(*known));
+    m_known.touch(*row);
     ORLOCAL_CHECK(m_core.removeItem(*row));
   }
   return {};
@@ -214,7 +174,7 @@ Result<PutOutcome> StoreWriter::putChanged(Item& changed, const Item& main, cons
     return PutOutcome::kNew;
   }
   ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(known));
-  if (!differs(*stored, changed)) return PutOutcome::kUnchanged;
+  if (!differsFrom(*stored, changed)) return PutOutcome::kUnchanged;
   changed.identifier = main.identifier;
   ORLOCAL_CHECK(m_core.updateItem(changed, nullptr, original, series.followsViewer()));
   return PutOutcome::kUpdated;
@@ -281,7 +241,7 @@ Result<PutOutcome> StoreWriter::putStray(Item& stray) {
     return PutOutcome::kNew;
   }
   ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(*twin));
-  if (!differs(*stored, stray)) return PutOutcome::kUnchanged;
+  if (!differsFrom(*stored, stray)) return PutOutcome::kUnchanged;
   ORLOCAL_CHECK(m_core.updateItem(stray, nullptr, original, wall));
   return PutOutcome::kUpdated;
 }

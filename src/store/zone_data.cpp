@@ -65,6 +65,8 @@ Status followZoneData(StoreCore& core, const std::string& version) {
   for (const ItemId id : ids) ORLOCAL_CHECK(move(core, id));
   ORLOCAL_TRY(Statement write, core.database.prepare("INSERT OR REPLACE INTO properties(name, value) VALUES(?, ?)"));
   ORLOCAL_CHECK(write.bind(1, std::string_view(kProperty)).bind(2, std::string_view(version)).run());
+  // The entries of the timeline may stand elsewhere now: who looked at them before has to look again.
+  ORLOCAL_CHECK(core.log.record(Operation::kUpdated, Subject::kZone, 0, std::nullopt, Uuid()));
   return turn.commit();
 }
 

@@ -164,6 +164,14 @@ TEST_F(Import, TakesAUidOnceWhenTwoCalendarsOfAFileGoToOne) {
   EXPECT_EQ(report.refused, 1U);
 }
 
+TEST_F(Import, TellsTheSameClockInTwoZonesApartWhenSeveralCalendarsAreInTheFile) {
+  const std::string items = eventText("1", "RECURRENCE-ID:20261109T090000\n") +
+                            eventText("1", "RECURRENCE-ID;TZID=Europe/Berlin:20261109T090000\n");
+  const auto report = import(calendarText(items, "X-WR-CALNAME:A\n") + calendarText("", "X-WR-CALNAME:B\n"));
+  EXPECT_EQ(report.added, 2U);
+  EXPECT_EQ(report.refused, 0U);
+}
+
 TEST_F(Import, TakesANewStampAloneForNoChange) {
   import(calendarText(eventText("1", "DTSTAMP:20260101T000000Z\n")));
   EXPECT_EQ(import(calendarText(eventText("1", "DTSTAMP:20260202T000000Z\n"))).unchanged, 1U);

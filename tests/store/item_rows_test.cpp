@@ -65,8 +65,25 @@ TEST_F(RowsKeptBack, AreFoundByOriginalStart) { EXPECT_EQ(*rows->changedAt(main.
 TEST_F(RowsKeptBack, HaveAPlace) { EXPECT_EQ((*rows->place(main.id))->slotStart, 12); }
 TEST_F(RowsKeptBack, CanBeChanged) {
   main.title = "changed";
-  ASSERT_TRUE(rows->update(main, place));
+  ASSERT_TRUE(rows->update(main, place, **rows->place(main.id)));
   EXPECT_EQ((*rows->read(main.id))->title, "changed");
+}
+TEST_F(RowsKeptBack, AreFoundByTheUidThatTheyWereGivenLater) {
+  main.uid = "two";
+  ASSERT_TRUE(rows->update(main, place, **rows->place(main.id)));
+  EXPECT_EQ(*rows->withUid(main.calendar, main.kind, "two"), main.id);
+  EXPECT_EQ(*rows->withUid(main.calendar, main.kind, "one"), std::nullopt);
+}
+TEST_F(RowsKeptBack, AreFoundByTheOriginalStartThatTheyWereGivenLater) {
+  ASSERT_TRUE(rows->update(other, {0, 12, original() + 60}, **rows->place(other.id)));
+  EXPECT_EQ(*rows->changedAt(main.id, original() + 60), other.id);
+  EXPECT_EQ(*rows->changedAt(main.id, original()), 0);
+}
+TEST_F(RowsKeptBack, AreFoundWithoutTheSeriesThatTheyLeft) {
+  other.series.reset();
+  ASSERT_TRUE(rows->update(other, {0, 12, original()}, **rows->place(other.id)));
+  EXPECT_EQ(*rows->changedAt(main.id, original()), 0);
+  EXPECT_EQ(*rows->strayAt(other.calendar, other.kind, "one", original()), other.id);
 }
 TEST_F(RowsKeptBack, CanBeRemoved) {
   ASSERT_TRUE(rows->remove(main.id));

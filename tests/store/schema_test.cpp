@@ -28,7 +28,7 @@ mode_t modeOf(const std::filesystem::path& path) {
   return status.st_mode & 0777;
 }
 
-class StoreFile : public StoreTest {
+class SchemaOfAFile : public StoreTest {
  protected:
   Error refusal() {
     auto result = CalendarStore::open(options());
@@ -42,7 +42,7 @@ class StoreFile : public StoreTest {
   }
 };
 
-TEST_F(StoreFile, IsMadeForTheUserAlone) {
+TEST_F(SchemaOfAFile, IsMadeForTheUserAlone) {
   store.reset();
   file = folder / "deep" / "down" / "calendar.db";
   store = opened();
@@ -51,7 +51,7 @@ TEST_F(StoreFile, IsMadeForTheUserAlone) {
   EXPECT_EQ(modeOf(folder / "deep" / "down"), 0700u);
 }
 
-TEST_F(StoreFile, BeginsWithOneCalendarAndOneReminderList) {
+TEST_F(SchemaOfAFile, BeginsWithOneCalendarAndOneReminderList) {
   const auto calendars = *store->calendars(CalendarKind::kEvents);
   const auto lists = *store->calendars(CalendarKind::kReminders);
   ASSERT_EQ(calendars.size(), 1u);
@@ -62,14 +62,14 @@ TEST_F(StoreFile, BeginsWithOneCalendarAndOneReminderList) {
   EXPECT_EQ(defaultCalendar(CalendarKind::kReminders), lists[0].id);
 }
 
-TEST_F(StoreFile, KeepsItsCalendarsWhenItIsOpenedAgain) {
+TEST_F(SchemaOfAFile, KeepsItsCalendarsWhenItIsOpenedAgain) {
   const std::string identifier = (*store->calendars(CalendarKind::kEvents))[0].identifier;
   store = opened();
   ASSERT_EQ((*store->calendars(CalendarKind::kEvents)).size(), 1u);
   EXPECT_EQ((*store->calendars(CalendarKind::kEvents))[0].identifier, identifier);
 }
 
-TEST_F(StoreFile, WaitsForTheDiskAtEachCommit) {
+TEST_F(SchemaOfAFile, WaitsForTheDiskAtEachCommit) {
   UuidMaker uuids;
   auto database = openStoreFile(file, std::chrono::seconds(1), uuids);
   EXPECT_EQ(*database->integerOf("PRAGMA synchronous"), 2);
@@ -78,7 +78,7 @@ TEST_F(StoreFile, WaitsForTheDiskAtEachCommit) {
   EXPECT_EQ(mode->text(0), "wal");
 }
 
-TEST_F(StoreFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
+TEST_F(SchemaOfAFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
   store.reset();
   file = folder / "new" / "calendar.db";
   std::vector<pid_t> children;
@@ -101,7 +101,7 @@ TEST_F(StoreFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
   EXPECT_EQ((*store->calendars(CalendarKind::kReminders)).size(), 1u);
 }
 
-TEST_F(StoreFile, OfTheFirstVersionIsBroughtForwardWithItsSeries) {
+TEST_F(SchemaOfAFile, OfTheFirstVersionIsBroughtForwardWithItsSeries) {
   Item item = event("course", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
   item.recurrence.rules = {rule(RecurrenceRule::Frequency::kDaily, 3)};
   item.recurrence.excluded = {berlin("2026-11-03 09:00")};
@@ -115,7 +115,7 @@ TEST_F(StoreFile, OfTheFirstVersionIsBroughtForwardWithItsSeries) {
   EXPECT_GE(formatVersion(), 2);
 }
 
-TEST_F(StoreFile, OfANewerProgramIsRefusedUntouched) {
+TEST_F(SchemaOfAFile, OfANewerProgramIsRefusedUntouched) {
   change("PRAGMA user_version = 99; PRAGMA wal_checkpoint(TRUNCATE)");
   const std::string before = contentOf(file);
   const Error error = refusal();
@@ -124,7 +124,7 @@ TEST_F(StoreFile, OfANewerProgramIsRefusedUntouched) {
   EXPECT_EQ(contentOf(file), before);
 }
 
-TEST_F(StoreFile, IsRefusedUntouchedWhenItIsAnotherDatabase) {
+TEST_F(SchemaOfAFile, IsRefusedUntouchedWhenItIsAnotherDatabase) {
   store.reset();
   file = folder / "other.db";
   std::ofstream(file).close();
@@ -137,7 +137,7 @@ TEST_F(StoreFile, IsRefusedUntouchedWhenItIsAnotherDatabase) {
   EXPECT_EQ(contentOf(file), before);
 }
 
-TEST_F(StoreFile, IsRefusedUntouchedWhenItIsNoDatabase) {
+TEST_F(SchemaOfAFile, IsRefusedUntouchedWhenItIsNoDatabase) {
   store.reset();
   file = folder / "notes.txt";
   std::ofstream(file) << std::string(10'000, 'x');
@@ -147,14 +147,14 @@ TEST_F(StoreFile, IsRefusedUntouchedWhenItIsNoDatabase) {
   EXPECT_EQ(contentOf(file), std::string(10'000, 'x'));
 }
 
-TEST_F(StoreFile, MayNotBeAFolder) {
+TEST_F(SchemaOfAFile, MayNotBeAFolder) {
   store.reset();
   file = folder / "sub";
   std::filesystem::create_directory(file);
   EXPECT_THAT(refusal().message, HasSubstr("sub"));
 }
 
-TEST_F(StoreFile, MakesUpForACreationThatWasCutShort) {
+TEST_F(SchemaOfAFile, MakesUpForACreationThatWasCutShort) {
   store.reset();
   file = folder / "cut.db";
   std::ofstream(file).close();
@@ -166,7 +166,7 @@ TEST_F(StoreFile, MakesUpForACreationThatWasCutShort) {
   EXPECT_EQ((*store->calendars(CalendarKind::kEvents)).size(), 1u);
 }
 
-TEST_F(StoreFile, TellsThatItIsDamaged) {
+TEST_F(SchemaOfAFile, TellsThatItIsDamaged) {
   for (int i = 0; i < 200; ++i) {
     saved(event("event " + std::to_string(i), berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
   }
@@ -184,7 +184,7 @@ TEST_F(StoreFile, TellsThatItIsDamaged) {
   EXPECT_THAT(error.message, HasSubstr("damaged"));
 }
 
-TEST_F(StoreFile, RefusesToSaveWhenItsFolderVanished) {
+TEST_F(SchemaOfAFile, RefusesToSaveWhenItsFolderVanished) {
   std::filesystem::rename(folder, folder.string() + "-gone");
   Item item;
   item.calendar = 1;
@@ -210,7 +210,7 @@ int asOrdinaryUser(const Body& body) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 98;
 }
 
-TEST_F(StoreFile, CanBeReadButNotChangedWhenItIsReadOnly) {
+TEST_F(SchemaOfAFile, CanBeReadButNotChangedWhenItIsReadOnly) {
   saved(event("kept", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
   store.reset();
   std::filesystem::permissions(folder, std::filesystem::perms(0555));
@@ -232,7 +232,7 @@ TEST_F(StoreFile, CanBeReadButNotChangedWhenItIsReadOnly) {
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(StoreFile, CannotBeMadeInAFolderThatMayNotBeWritten) {
+TEST_F(SchemaOfAFile, CannotBeMadeInAFolderThatMayNotBeWritten) {
   store.reset();
   std::filesystem::permissions(folder, std::filesystem::perms(0555));
   file = folder / "sub" / "calendar.db";
@@ -244,14 +244,14 @@ TEST_F(StoreFile, CannotBeMadeInAFolderThatMayNotBeWritten) {
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(StoreFile, IsRefusedInTheShapeOfAFolder) {
+TEST_F(SchemaOfAFile, IsRefusedInTheShapeOfAFolder) {
   store.reset();
   file = folder / "a folder";
   std::filesystem::create_directory(file);
   EXPECT_THAT(refusal().message, HasSubstr("\" is a folder; set ORLOCAL_STORE to a file."));
 }
 
-TEST_F(StoreFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
+TEST_F(SchemaOfAFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
   store.reset();
   ::chmod(folder.c_str(), 0755);

@@ -276,7 +276,9 @@ class ManyPuts : public Writer {
     }
     return all;
   }
-  static std::string outcomeOf(ItemWriter& writer, Put put) {
+  static std::string outcomeOf(ItemWriter& writer, Put&& put) { return outcomeOf(writer, put); }
+  static std::string outcomeOf(ItemWriter& writer, const Put& put) { return outcomeOf(writer, Put(put)); }
+  static std::string outcomeOf(ItemWriter& writer, Put& put) {
     const auto outcome = writer.put(put.main.calendar, put.main, put.changed);
     return outcome ? fmt::format("{}", static_cast<int>(*outcome)) : outcome.error().message;
   }
@@ -315,6 +317,39 @@ TEST_F(ManyPuts, AreInOneTurnWhatTheyAreEachInItsOwn) {
       ASSERT_TRUE(writer->commit());
       writer.reset();
       contents[together] = content();
+    }
+    EXPECT_EQ(outcomes[0], outcomes[1]);
+    EXPECT_EQ(contents[0], contents[1]);
+  }
+}
+
+TEST_F(ManyPuts, BecomeTheSameWhetherTheyAreAnnouncedOrNot) {
+  for (unsigned seed = 1; seed <= 12; ++seed) {
+    SCOPED_TRACE(seed);
+    const std::vector<Put> all = puts(seed);
+    std::vector<std::string> outcomes[2], contents[2];
+    for (const bool announces : {false, true}) {
+      store.reset();
+      std::filesystem::remove_all(folder);
+      std::filesystem::create_directory(folder);
+      store = opened();
+      constexpr std::size_t kBefore = 50;
+      auto writer = std::move(*store->startWriting());
+      for (std::size_t i = 0; i < kBefore; ++i) outcomeOf(*writer, all[i]);
+      ASSERT_TRUE(writer->commit());
+      writer.reset();
+
+      std::vector<Put> rest(all.begin() + kBefore, all.end());
+      std::vector<AnnouncedItem> announced;
+      for (Put& put : rest) {
+        if (!announces || put.main.recurrenceId) continue;
+        announced.push_back({&put.main, "", !put.main.recurrence.empty() || !put.changed.empty()});
+      }
+      writer = std::move(*store->startWriting({announced, nullptr}));
+      for (Put& put : rest) outcomes[announces].push_back(outcomeOf(*writer, put));
+      ASSERT_TRUE(writer->commit());
+      writer.reset();
+      contents[announces] = content();
     }
     EXPECT_EQ(outcomes[0], outcomes[1]);
     EXPECT_EQ(contents[0], contents[1]);

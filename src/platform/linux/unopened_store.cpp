@@ -36,7 +36,7 @@ class UnopenedStore final : public CalendarStore {
   Result<Item> saveReminder(const ItemEdit&) override { return refusal(); }
   Status removeReminder(const Item&) override { return refusal(); }
 
-  Result<std::unique_ptr<ItemWriter>> startWriting() override { return refusal(); }
+  Result<std::unique_ptr<ItemWriter>> startWriting(const Announcement&) override { return refusal(); }
   Status forEachItem(CalendarId, const ItemVisitor&) override { return refusal(); }
   Result<std::optional<std::string>> privateZone(std::string_view) override { return refusal(); }
   Result<LogPosition> newestChange() override { return refusal(); }
