@@ -25,6 +25,8 @@ class ItemDraft {
   std::optional<ReadItem> read(std::string_view text);
 
  private:
+  static constexpr const char* kRuleOfChanged = "a changed occurrence cannot repeat itself; its rule was passed over";
+
   using Handler = void (ItemDraft::*)(const ContentLine&);
   struct Property {
     std::string_view name;

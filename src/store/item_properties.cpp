@@ -170,6 +170,8 @@ void ItemDraft::rule(const ContentLine& line) {
   m_ruleLine = line.line;
   if (read) {
     m_item.recurrence.rules.push_back(std::move(*read));
+  } else if (read.error().code == ErrorCode::kUnsupported && m_span.changed) {
+    warn(line.line, kRuleOfChanged);
   } else if (read.error().code == ErrorCode::kUnsupported) {
     keep(line);
     warn(line.line, fmt::format("{}; the rule is kept, and nothing is repeated by it", read.error().message));

@@ -271,7 +271,7 @@ bool ItemDraft::addPeriods(ReadItem& made) {
 
 std::optional<ReadItem> ItemDraft::settleRecurrence() {
   if (m_item.recurrenceId && !m_item.recurrence.empty()) {
-    warn(m_ruleLine, "a changed occurrence cannot repeat itself; its rule was passed over");
+    warn(m_ruleLine, kRuleOfChanged);
     m_item.recurrence = {};
   }
   ReadItem made;

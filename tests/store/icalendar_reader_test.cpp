@@ -393,6 +393,19 @@ TEST(ReadItem, KeepsTheStampWhereADateIsMissing) {
   EXPECT_EQ(readAll(event(kStart + "DTSTAMP:19700101T000000Z\n")).item().stamped, std::nullopt);
 }
 
+TEST(ChangedOccurrences, HaveNoRulesWhetherTheseCanBeFollowedOrNot) {
+  for (const std::string rule : {"FREQ=DAILY;COUNT=2", "FREQ=DAILY;BYWHAT=2"}) {
+    const Read read =
+        readAll("BEGIN:VCALENDAR\nBEGIN:VEVENT\nUID:u\n" + kStart +
+                "RRULE:FREQ=DAILY;COUNT=3\nEND:VEVENT\nBEGIN:VEVENT\nUID:u\n" + kStart +
+                "RECURRENCE-ID;TZID=Europe/Berlin:20261103T090000\nRRULE:" + rule + "\nEND:VEVENT\nEND:VCALENDAR\n");
+    const Item& changed = read.groups.at(0).changed.at(0);
+    EXPECT_TRUE(changed.recurrence.empty());
+    EXPECT_EQ(changed.extra, "");
+    EXPECT_EQ(messages(read.warnings), "11: a changed occurrence cannot repeat itself; its rule was passed over\n");
+  }
+}
+
 TEST(Alarms, ThatCannotBeFollowedAreKeptAsTheyAre) {
   const Read read =
       readAll(event(kStart + "BEGIN:VALARM\nACTION:NONE\nTRIGGER;VALUE=DATE-TIME:19760401T005545Z\nEND:VALARM\n"));
