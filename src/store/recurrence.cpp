@@ -187,6 +187,8 @@ Result<Series::Data::Rule> Series::Data::ruleOf(const RecurrenceRule& from, Loca
     rule.most = *from.count;
   }
   rule.last = std::min(rule.last, kLastLocalSecond);
+  // The start comes also where UNTIL lies before it; then it is not the rule that makes it.
+  if (begin > rule.last || (rule.until && momentAt(begin) > *rule.until)) rule.makesStart = false;
   return rule;
 }
 
