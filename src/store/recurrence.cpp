@@ -142,6 +142,7 @@ struct Series::Data {
               const std::function<bool(LocalSeconds, Moment)>& visit) const;
   bool gather(Moment from, Moment to, ExpansionBudget& budget,
               const std::function<bool(LocalSeconds, Moment)>& visit) const;
+  Moment latestUpTo(LocalSeconds local) const;
   Moment end() const;
 };
 
@@ -307,11 +308,25 @@ bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
   return true;
 }
 
+/// No wall-clock time up to `local` is a later moment: one that the clock has just skipped may be later than `local`.
+Moment Series::Data::latestUpTo(LocalSeconds local) const {
+  const Moment at = momentAt(local);
+  if (local == kLastLocalSecond) return at;
+  Moment latest = at;
+  for (auto change = zone.changeAfter(at - seconds(kClockSlack)); change && change->at <= at;
+       change = zone.changeAfter(change->at))
+    latest = std::max(latest, change->at + seconds(change->offsetAfter - change->offsetBefore - 1));
+  return latest;
+}
+
 /// No start lies at or after it.
 Moment Series::Data::end() const {
   Moment last = firstMoment;
-  for (const Rule& rule : rules)
-    last = std::max(last, rule.until ? std::min(*rule.until, momentAt(rule.last)) : momentAt(rule.last));
+  for (const Rule& rule : rules) {
+    // What comes once a day always comes at the same time of day, and no later for a skip.
+    const Moment ofRule = rule.rule.severalADay() ? latestUpTo(rule.last) : momentAt(rule.last);
+    last = std::max(last, rule.until ? std::min(*rule.until, ofRule) : ofRule);
+  }
   for (LocalSeconds local : added) last = std::max(last, momentAt(local));
   return last + microseconds(1);
 }
