@@ -29,9 +29,14 @@ if(ORLOCAL_FUZZ)
   target_compile_options(orlocal_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# orlocal_layer(NAME SOURCES file… [USES target…]): the layer's library.
+# orlocal_layer(NAME [SOURCES file…] [USES target…]): the layer's library; without sources its headers.
 function(orlocal_layer name)
   cmake_parse_arguments(LAYER "" "" "SOURCES;USES" ${ARGN})
+  if(NOT LAYER_SOURCES)
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE orlocal_options ${LAYER_USES})
+    return()
+  endif()
   add_library(${name} STATIC ${LAYER_SOURCES})
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
                                            VISIBILITY_INLINES_HIDDEN ON)

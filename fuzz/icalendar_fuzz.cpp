@@ -3,8 +3,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "store/icalendar_reader.h"
-#include "store/icalendar_writer.h"
+#include "store/icalendar/icalendar_reader.h"
+#include "store/icalendar/icalendar_writer.h"
+#include "store/icalendar/vtimezone_writer.h"
 
 // Any bytes: reading never crashes or hangs, and what was read is written so that it reads the same again.
 

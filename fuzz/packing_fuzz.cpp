@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "store/packing.h"
+#include "store/rows/packing.h"
 
 // The first byte chooses the column. What unpacks packs to bytes that unpack to what packs to the same bytes.
 

@@ -3,8 +3,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "store/calendar_text.h"
-#include "store/recurrence.h"
+#include "store/recurrence/recurrence.h"
+#include "store/recurrence/rule_text.h"
+#include "store/time/time_text.h"
 
 // A rule's text, a line break, a start: expanding stays within its budget, goes forward, and begins where it says.
 

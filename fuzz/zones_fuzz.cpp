@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <string>
 
-#include "store/zone.h"
-#include "store/zone_names.h"
+#include "store/icalendar/private_zone.h"
+#include "store/icalendar/vtimezone.h"
+#include "store/time/zone.h"
+#include "store/time/zone_names.h"
 #include "temporary_folder.h"
 
 // A zone by any name, by a POSIX rule or by the text of a VTIMEZONE: what is made of it answers for all times.

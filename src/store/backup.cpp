@@ -7,10 +7,10 @@
 
 #include <fmt/format.h>
 
-#include "store/file_draft.h"
-#include "store/file_state.h"
-#include "store/schema.h"
-#include "store/try.h"
+#include "store/base/try.h"
+#include "store/file/file_draft.h"
+#include "store/file/file_state.h"
+#include "store/file/schema.h"
 
 namespace orlocal::store {
 

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "store/base/result.h"
 #include "store/calendar_store.h"
-#include "store/result.h"
 
 namespace orlocal::store {
 

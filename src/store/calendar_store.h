@@ -10,52 +10,19 @@
 #include <string_view>
 #include <vector>
 
-#include "store/calendar_edit.h"
-#include "store/change_signal.h"
-#include "store/item_edit.h"
-#include "store/item_writer.h"
-#include "store/model.h"
-#include "store/occurrence.h"
-#include "store/outside_commits.h"
-#include "store/result.h"
-#include "store/zone.h"
+#include "store/base/result.h"
+#include "store/core/outside_commits.h"
+#include "store/core/query.h"
+#include "store/core/store_options.h"
+#include "store/edits/calendar_edit.h"
+#include "store/edits/item_edit.h"
+#include "store/edits/item_writer.h"
+#include "store/file/change_signal.h"
+#include "store/model/model.h"
+#include "store/model/occurrence.h"
+#include "store/time/zone.h"
 
 namespace orlocal::store {
-
-/// Events that overlap the half-open range [from, to); one without length overlaps where it stands. An absent bound is
-/// the distant past or future: a series without an end then goes on to the later of four years from now and `from` plus
-/// four years. Only events of `calendars` are found, and with `event` only that one: a single event or a series, at the
-/// cost of what it has itself.
-struct EventQuery {
-  std::optional<Moment> from, to;
-  std::vector<CalendarId> calendars;
-  std::optional<ItemId> event = std::nullopt;
-};
-
-/// Reminders of `calendars`. A bound leaves out open reminders that are not due at all.
-struct ReminderQuery {
-  enum class Status : std::uint8_t { kAny, kOpen, kCompleted };
-  Status status = Status::kAny;
-  /// Bounds [from, to) of the due moment (open) or of the completion (completed).
-  std::optional<Moment> from, to;
-  std::vector<CalendarId> calendars;
-};
-
-/// A place in the log of changes.
-struct LogPosition {
-  std::int64_t row = 0;
-  std::uint64_t file = 0;  ///< whose log it is: the file may be replaced by another while the store is open
-};
-
-struct StoreOptions {
-  std::filesystem::path file;
-  /// Whose wall clock floating times and whole days are read on.
-  Zone viewer;
-  /// How long a writer waits for its turn.
-  std::chrono::milliseconds busyTimeout{10'000};
-  /// Occurrences that one query may answer with; past it the query fails.
-  std::size_t occurrenceBudget = 5'000'000;
-};
 
 /// The calendar store: one SQLite file, used by several processes at once. One object serves one thread at a time.
 ///

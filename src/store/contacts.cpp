@@ -4,11 +4,13 @@
 #include <iterator>
 #include <optional>
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
-#include "store/content_line.h"
-#include "store/whole_input.h"
-#include "store/zone_names.h"
+#include "store/base/hash.h"
+#include "store/base/text.h"
+#include "store/base/whole_input.h"
+#include "store/icalendar/content_line.h"
+#include "store/time/zone_names.h"
 
 namespace orlocal::store {
 

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "store/base/result.h"
 #include "store/calendar_store.h"
-#include "store/icalendar_reader.h"
+#include "store/icalendar/icalendar_reader.h"
 #include "store/import.h"
-#include "store/model.h"
-#include "store/result.h"
+#include "store/model/model.h"
 
 namespace orlocal::store {
 

@@ -5,9 +5,11 @@
 
 #include <fmt/format.h>
 
-#include "store/calendar_layout.h"
-#include "store/icalendar_writer.h"
-#include "store/try.h"
+#include "store/base/try.h"
+#include "store/icalendar/calendar_layout.h"
+#include "store/icalendar/icalendar_writer.h"
+#include "store/icalendar/private_zone.h"
+#include "store/icalendar/vtimezone_writer.h"
 
 namespace orlocal::store {
 
@@ -88,7 +90,7 @@ class Exporter {
   Status makeKnown(const std::string& zone) {
     if (Zone::named(zone)) return {};
     ORLOCAL_TRY(const auto text, m_store.privateZone(zone));
-    return text ? Zone::registerPrivate(zone, *text) : Status();
+    return text ? registerPrivateZone(zone, *text) : Status();
   }
 
   /// Many calendars name the same zone.

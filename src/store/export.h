@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
+#include "store/base/result.h"
 #include "store/calendar_store.h"
-#include "store/model.h"
-#include "store/result.h"
+#include "store/model/model.h"
 
 namespace orlocal::store {
 

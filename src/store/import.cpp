@@ -6,9 +6,9 @@
 #include <unordered_set>
 #include <utility>
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
-#include "store/timeline.h"
+#include "store/rows/timeline.h"
 
 namespace orlocal::store {
 

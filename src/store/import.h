@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "store/base/result.h"
 #include "store/calendar_store.h"
-#include "store/icalendar_reader.h"
-#include "store/result.h"
+#include "store/icalendar/icalendar_reader.h"
 
 namespace orlocal::store {
 

@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
+#include "store/base/result.h"
 #include "store/calendar_store.h"
-#include "store/result.h"
 
 namespace orlocal::store {
 

@@ -8,15 +8,15 @@
 #include <unistd.h>
 
 #include "store/backup.h"
-#include "store/change_signal.h"
-#include "store/checked_row.h"
-#include "store/file_draft.h"
-#include "store/file_state.h"
-#include "store/schema.h"
-#include "store/side_files.h"
-#include "store/store_core.h"
-#include "store/store_file.h"
-#include "store/try.h"
+#include "store/base/try.h"
+#include "store/core/store_core.h"
+#include "store/file/change_signal.h"
+#include "store/file/checked_row.h"
+#include "store/file/file_draft.h"
+#include "store/file/file_state.h"
+#include "store/file/schema.h"
+#include "store/file/side_files.h"
+#include "store/file/store_file.h"
 
 namespace orlocal::store {
 namespace {

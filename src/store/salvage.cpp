@@ -8,12 +8,14 @@
 
 #include <fmt/format.h>
 
-#include "store/calendar_rows.h"
-#include "store/file_state.h"
-#include "store/icalendar_writer.h"
-#include "store/item_rows.h"
-#include "store/schema.h"
-#include "store/try.h"
+#include "store/base/try.h"
+#include "store/file/file_state.h"
+#include "store/file/schema.h"
+#include "store/icalendar/icalendar_writer.h"
+#include "store/icalendar/private_zone.h"
+#include "store/icalendar/vtimezone_writer.h"
+#include "store/rows/calendar_rows.h"
+#include "store/rows/item_rows.h"
 
 namespace orlocal::store {
 namespace {
@@ -119,7 +121,7 @@ class Salvaging {
     if (find) {
       find->bind(1, std::string_view(zone));
       const auto found = find->step();
-      if (found && *found && Zone::registerPrivate(zone, find->text(0))) return;
+      if (found && *found && registerPrivateZone(zone, find->text(0))) return;
       if (found && !*found) return;  // never described
     }
     ++m_report.zones;

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "store/base/result.h"
 #include "store/export.h"
-#include "store/result.h"
 
 namespace orlocal::store {
 

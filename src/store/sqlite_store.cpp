@@ -1,11 +1,11 @@
 #include "store/sqlite_store.h"
 
-#include "store/calendar_edits.h"
-#include "store/contact_rows.h"
-#include "store/event_edits.h"
-#include "store/reminder_edits.h"
-#include "store/store_writer.h"
-#include "store/try.h"
+#include "store/base/try.h"
+#include "store/edits/calendar_edits.h"
+#include "store/edits/event_edits.h"
+#include "store/edits/reminder_edits.h"
+#include "store/edits/store_writer.h"
+#include "store/rows/contact_rows.h"
 
 namespace orlocal::store {
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "store/calendar_store.h"
-#include "store/queries.h"
-#include "store/store_core.h"
+#include "store/core/queries.h"
+#include "store/core/store_core.h"
 
 namespace orlocal::store {
 

@@ -8,11 +8,18 @@ import re
 import sys
 
 # Layer -> layers it may include besides itself. A layer is the longest listed folder that holds the file.
+# The store's rooms from the bottom up; each knows those before it, and the store's face, last, knows all.
+STORE = ["store/base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/file", "store/rows",
+         "store/core", "store/edits", "store"]
+
+# What the store's face speaks in.
+SHOWN = {"store", "store/base", "store/time", "store/model"}
+
 KNOWS = {
-    "store": set(),
+    **{room: set(STORE[:floor]) for floor, room in enumerate(STORE)},
     "platform": set(),
     "platform/host": {"platform"},
-    "platform/linux": {"platform", "store"},
+    "platform/linux": {"platform", *SHOWN, "store/icalendar", "store/edits"},
     "backend": {"platform"},
     "backend/eventkit": {"backend", "platform"},
     "backend/legacy": {"backend", "platform"},
@@ -23,7 +30,7 @@ KNOWS = {
     "host/plugin": {"host/fmwrapper", "platform/host"},
     "host/calc": {"host/fmwrapper"},
     "host/console": {"host/calc", "host/fmwrapper", "host/plugin"},
-    "host/commands": {"host", "host/calc", "host/console", "host/fmwrapper", "host/plugin", "store"},
+    "host/commands": {"host", "host/calc", "host/console", "host/fmwrapper", "host/plugin", *SHOWN, "store/file"},
     "host": {"host/calc", "host/commands", "host/console", "host/fmwrapper", "host/plugin"},
 }
 

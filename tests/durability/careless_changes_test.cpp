@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include "durability/trials.h"
-#include "store/sqlite.h"
-#include "store/try.h"
+#include "store/base/try.h"
+#include "store/file/sqlite.h"
 
 // What the trials are good for: changes made as nobody should make them are noticed.
 namespace orlocal::test {

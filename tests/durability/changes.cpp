@@ -2,12 +2,12 @@
 
 #include "host/commands/output_file.h"
 #include "store/backup.h"
+#include "store/base/try.h"
 #include "store/contacts.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
 #include "store/export.h"
 #include "store/import.h"
 #include "store/salvage.h"
-#include "store/try.h"
 
 namespace orlocal::test {
 namespace {

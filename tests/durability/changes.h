@@ -4,7 +4,7 @@
 
 #include "durability/given_folders.h"
 #include "durability/session.h"
-#include "store/result.h"
+#include "store/base/result.h"
 
 namespace orlocal::test {
 

@@ -7,7 +7,7 @@
 
 #include "durability/file_calls.h"
 #include "durability/saving_process.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
 #include "store/export.h"
 #include "store/salvage.h"
 

@@ -10,9 +10,9 @@
 #include "durability/session.h"
 #include "store/backup.h"
 #include "store/contacts.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
+#include "store/file/sqlite.h"
 #include "store/import.h"
-#include "store/sqlite.h"
 
 namespace orlocal::test {
 namespace {

@@ -15,7 +15,7 @@
 #include "durability/saving_process.h"
 #include "host/fmwrapper/registry.h"
 #include "host/plugin/update_script.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
 
 namespace orlocal::test {
 namespace {

@@ -7,9 +7,9 @@
 #include <fmt/format.h>
 
 #include "durability/disk_trace.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
 #include "store/export.h"
-#include "store/sqlite.h"
+#include "store/file/sqlite.h"
 
 namespace orlocal::test {
 namespace {

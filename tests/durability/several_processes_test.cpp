@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "durability/saving_process.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
 
 namespace orlocal::test {
 namespace {

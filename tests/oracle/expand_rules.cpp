@@ -4,8 +4,9 @@
 #include <iostream>
 #include <string>
 
-#include "store/calendar_text.h"
-#include "store/recurrence.h"
+#include "store/recurrence/recurrence.h"
+#include "store/recurrence/rule_text.h"
+#include "store/time/time_text.h"
 
 // What the store makes of rules, for another expander to be held against. Each line of the input is
 // ZONE, DTSTART, RRULE, FROM and TO, separated by tabs; FROM and TO are moments, such as "20261102T080000Z". A start

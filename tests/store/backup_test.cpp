@@ -10,8 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "store/sqlite.h"
-#include "store_fixture.h"
+#include "store/file/sqlite.h"
+#include "store/store_fixture.h"
 
 namespace orlocal::store {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "store_fixture.h"
+#include "store/store_fixture.h"
 
 namespace orlocal::store {
 namespace {

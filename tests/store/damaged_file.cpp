@@ -1,4 +1,4 @@
-#include "damaged_file.h"
+#include "store/damaged_file.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "store/content_line.h"
+#include "store/base/text.h"
 #include "store/export.h"
 #include "store/import.h"
 #include "store/salvage.h"

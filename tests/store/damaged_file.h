@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "store_fixture.h"
+#include "store/store_fixture.h"
 
 namespace orlocal::store {
 

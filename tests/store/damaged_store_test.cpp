@@ -4,9 +4,9 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
-#include "damaged_file.h"
+#include "store/damaged_file.h"
+#include "store/file/schema.h"
 #include "store/salvage.h"
-#include "store/schema.h"
 
 namespace orlocal::store {
 namespace {

@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 
-#include "store/calendar_text.h"
-#include "store/content_line.h"
 #include "store/export.h"
+#include "store/icalendar/content_line.h"
 #include "store/import.h"
-#include "store_fixture.h"
+#include "store/recurrence/rule_text.h"
+#include "store/store_fixture.h"
 
 // Files that were made to hurt: what they cost stays small, and nothing else suffers for them.
 namespace orlocal::store {

@@ -5,7 +5,7 @@
 
 #include "store/export.h"
 #include "store/import.h"
-#include "store_fixture.h"
+#include "store/store_fixture.h"
 
 namespace orlocal::store {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <gmock/gmock.h>
 
-#include "store/sqlite.h"
-#include "store_fixture.h"
+#include "store/file/sqlite.h"
+#include "store/store_fixture.h"
 
 namespace orlocal::store {
 namespace {

@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "edited_items.h"
 #include "store/calendar_store.h"
+#include "store/edits/edited_items.h"
 
 namespace orlocal::store {
 

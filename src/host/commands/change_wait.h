@@ -3,7 +3,7 @@
 #include <chrono>
 #include <optional>
 
-#include "store/change_signal.h"
+#include "store/file/change_signal.h"
 
 namespace orlocal::host {
 

@@ -5,7 +5,7 @@
 
 #include "host/commands/trouble.h"
 #include "host/fmwrapper/date_time.h"
-#include "store/clock.h"
+#include "store/time/clock.h"
 
 namespace orlocal::host {
 

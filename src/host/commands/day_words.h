@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "store/time.h"
-#include "store/zone.h"
+#include "store/time/time.h"
+#include "store/time/zone.h"
 
 namespace orlocal::host {
 

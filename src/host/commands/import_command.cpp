@@ -14,9 +14,9 @@
 #include "host/commands/progress_line.h"
 #include "host/commands/store_session.h"
 #include "host/commands/terminal_text.h"
+#include "store/base/whole_input.h"
 #include "store/contacts.h"
 #include "store/import.h"
-#include "store/whole_input.h"
 
 namespace orlocal::host {
 namespace {

@@ -8,8 +8,8 @@
 #include <sys/stat.h>
 
 #include "host/commands/interruption.h"
-#include "store/draft_entry.h"
-#include "store/result.h"
+#include "store/base/result.h"
+#include "store/file/draft_entry.h"
 
 namespace orlocal::host {
 

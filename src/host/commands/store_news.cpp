@@ -10,6 +10,7 @@
 #include "host/commands/json_text.h"
 #include "host/commands/store_session.h"
 #include "host/commands/terminal_text.h"
+#include "store/time/time_text.h"
 
 namespace orlocal::host {
 namespace {

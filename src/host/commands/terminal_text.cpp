@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/calc/rendering.h"
+#include "store/base/text.h"
 
 namespace orlocal::host {
 namespace {

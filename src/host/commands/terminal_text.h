@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/model.h"
+#include "store/model/model.h"
 
 namespace orlocal::host {
 

@@ -13,7 +13,7 @@
 #include "host/commands/transcript_run.h"
 #include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
-#include "store/whole_input.h"
+#include "store/base/whole_input.h"
 
 namespace orlocal::host {
 

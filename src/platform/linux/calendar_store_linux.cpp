@@ -7,7 +7,7 @@
 
 #include "platform/linux/calendar_store_linux_items.h"
 #include "platform/linux/eventkit_query.h"
-#include "store/try.h"
+#include "store/base/try.h"
 
 namespace orlocal {
 namespace {

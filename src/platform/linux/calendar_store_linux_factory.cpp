@@ -4,7 +4,7 @@
 #include "platform/linux/calendar_store_linux.h"
 #include "platform/linux/calendar_store_linux_items.h"
 #include "platform/linux/platform_linux.h"
-#include "store/zone.h"
+#include "store/time/zone.h"
 
 namespace orlocal {
 namespace {

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "platform/linux/eventkit_participant.h"
-#include "store/zone.h"
+#include "store/time/zone.h"
 
 namespace orlocal {
 namespace {

@@ -5,7 +5,7 @@
 #include <variant>
 
 #include "platform/linux/url_text.h"
-#include "store/kept_lines.h"
+#include "store/icalendar/kept_lines.h"
 
 namespace orlocal {
 namespace {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/eventkit_items.h"
-#include "store/model.h"
+#include "store/model/model.h"
 
 namespace orlocal {
 

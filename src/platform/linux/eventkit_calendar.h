@@ -5,8 +5,8 @@
 
 #include "platform/eventkit.h"
 #include "platform/linux/store_access.h"
-#include "store/calendar_edit.h"
-#include "store/model.h"
+#include "store/edits/calendar_edit.h"
+#include "store/model/model.h"
 
 namespace orlocal {
 

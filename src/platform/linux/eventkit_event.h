@@ -6,7 +6,7 @@
 
 #include "platform/linux/eventkit_item.h"
 #include "store/calendar_store.h"
-#include "store/event_times.h"
+#include "store/edits/event_times.h"
 
 namespace orlocal {
 

@@ -8,7 +8,7 @@
 #include "platform/linux/eventkit_reminder.h"
 #include "platform/linux/eventkit_store.h"
 #include "platform/linux/platform_linux.h"
-#include "store/zone.h"
+#include "store/time/zone.h"
 
 namespace orlocal {
 namespace {

@@ -9,8 +9,8 @@
 #include "platform/linux/eventkit_calendar.h"
 #include "platform/linux/store_access.h"
 #include "platform/linux/url_text.h"
-#include "store/item_edit.h"
-#include "store/model.h"
+#include "store/edits/item_edit.h"
+#include "store/model/model.h"
 
 namespace orlocal {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "platform/text.h"
-#include "store/content_line.h"
+#include "store/icalendar/content_line.h"
 
 namespace orlocal {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/eventkit_items.h"
-#include "store/model.h"
+#include "store/model/model.h"
 
 namespace orlocal {
 

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "platform/eventkit.h"
-#include "store/model.h"
-#include "store/zone.h"
+#include "store/model/model.h"
+#include "store/time/zone.h"
 
 namespace orlocal {
 

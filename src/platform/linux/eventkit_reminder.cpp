@@ -1,6 +1,6 @@
 #include "platform/linux/eventkit_reminder.h"
 
-#include "store/zone.h"
+#include "store/time/zone.h"
 
 namespace orlocal {
 namespace {

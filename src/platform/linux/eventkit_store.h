@@ -6,7 +6,7 @@
 
 #include "platform/eventkit.h"
 #include "platform/linux/store_access.h"
-#include "store/occurrence.h"
+#include "store/model/occurrence.h"
 
 namespace orlocal {
 

@@ -11,7 +11,7 @@
 #include "platform/linux/system_log.h"
 #include "platform/zone.h"
 #include "store/calendar_store.h"
-#include "store/zone.h"
+#include "store/time/zone.h"
 
 namespace orlocal {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/result.h"
+#include "store/base/result.h"
 
 namespace orlocal {
 

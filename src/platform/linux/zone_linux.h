@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/zone.h"
-#include "store/zone.h"
+#include "store/time/zone.h"
 
 namespace orlocal {
 

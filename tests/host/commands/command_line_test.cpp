@@ -10,7 +10,7 @@
 
 #include "host/commands/command.h"
 #include "host/fmwrapper/date_time.h"
-#include "store/clock.h"
+#include "store/time/clock.h"
 
 namespace orlocal::host {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "host/commands/program_fixture.h"
 #include "host/commands/running_program.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
 
 namespace orlocal::host {
 namespace {

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "host/fmwrapper/unicode.h"
-#include "store/edited_items.h"
+#include "store/edits/edited_items.h"
 
 namespace orlocal::host {
 namespace {

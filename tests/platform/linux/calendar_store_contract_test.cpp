@@ -6,7 +6,7 @@
 #include "platform/linux/store_fixture.h"
 #include "platform/platform.h"
 #include "store/calendar_store.h"
-#include "store/zone.h"
+#include "store/time/zone.h"
 
 namespace orlocal::contract {
 namespace {

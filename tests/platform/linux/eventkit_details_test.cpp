@@ -1,7 +1,7 @@
 #include <functional>
 
 #include "platform/linux/store_fixture.h"
-#include "store/icalendar_writer.h"
+#include "store/icalendar/icalendar_writer.h"
 #include "store/import.h"
 
 namespace orlocal {

@@ -13,9 +13,9 @@
 #include "platform/linux/run_loop_linux.h"
 #include "platform/linux/store_access.h"
 #include "platform/linux/store_fixture.h"
-#include "store/change_log.h"
-#include "store/edited_items.h"
-#include "store/schema.h"
+#include "store/edits/edited_items.h"
+#include "store/file/change_log.h"
+#include "store/file/schema.h"
 
 namespace orlocal {
 namespace {

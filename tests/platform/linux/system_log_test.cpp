@@ -17,7 +17,7 @@
 #include "platform/address_book.h"
 #include "platform/calendar_store.h"
 #include "platform/linux/store_fixture.h"
-#include "store/sqlite.h"
+#include "store/file/sqlite.h"
 
 namespace {
 

@@ -1,0 +1,324 @@
+#include "store/core/store_core.h"
+
+#include <cstring>
+#include <ctime>
+#include <utility>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "store/base/try.h"
+#include "store/core/zone_data.h"
+#include "store/file/change_signal.h"
+#include "store/icalendar/item_limits.h"
+#include "store/icalendar/private_zone.h"
+#include "store/time/zone_data_version.h"
+
+namespace orlocal::store {
+namespace {
+
+/// Compiled series kept at most: those of a store of 250,000 events.
+constexpr std::size_t kKeptSeries = 50'000;
+/// A file that was replaced is noticed after so long at the latest.
+constexpr auto kLookEvery = std::chrono::milliseconds(10);
+
+/// Ticks with the kernel's timer; read without calling it.
+std::chrono::steady_clock::duration coarseTime() {
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
+Subject subjectOf(const Item& item) { return item.kind == ItemKind::kEvent ? Subject::kEvent : Subject::kReminder; }
+
+tl::unexpected<Error> noLonger() {
+  return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
+}
+
+Uuid publicUuid(const Item& item) { return Uuid::parse(item.identifier).value_or(Uuid()); }
+
+}  // namespace
+
+Result<const Series*> SeriesCache::of(ItemId id) {
+  if (const auto found = m_series.find(id); found != m_series.end()) return &found->second;
+  ORLOCAL_TRY(const auto item, m_rows.readForExpansion(id));
+  if (!item) return nullptr;
+  std::vector<CalendarTime> changed;
+  if (item->hasChanged) {
+    ORLOCAL_TRY(const auto rows, m_rows.changedOf(id));
+    changed.reserve(rows.size());
+    for (const ItemRows::Changed& row : rows) changed.push_back(row.recurrenceId);
+  }
+  ORLOCAL_TRY(Series series, Series::compile(item->item, m_viewer, changed));
+  if (m_series.size() >= kKeptSeries) m_series.clear();
+  return &m_series.emplace(id, std::move(series)).first->second;
+}
+
+StoreCore::StoreCore(StoreOptions storeOptions)
+    : options(std::move(storeOptions)),
+      log(database, uuids.randomNumber()),
+      timeline(database),
+      rows(database),
+      calendars(database),
+      series(rows, options.viewer),
+      m_file(options.file) {}
+
+Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
+  std::unique_ptr<StoreCore> core(new StoreCore(std::move(storeOptions)));
+  ORLOCAL_CHECK(core->openFile());
+  return core;
+}
+
+Status StoreCore::openFile() {
+  ORLOCAL_TRY(database, m_file.open(m_whenMissing, options.busyTimeout, uuids));
+  m_whenMissing = Missing::kIsAFailure;
+  m_opener = ::getpid();
+  m_nextLook = coarseTime() + kLookEvery;
+  m_walIndex = nullptr;
+  ++m_generation;
+  if (m_file.opensAnother()) {
+    ++m_fileNumber;
+    m_seen = -1;
+    forgetAll();
+  }
+  // When it cannot be done now it is done at a later opening; reading is not held up for it.
+  m_opening = true;
+  auto followed = followZoneData(*this, zoneDataVersion());
+  m_opening = false;
+  if (followed || followed.error().code != ErrorCode::kCorrupt) return {};
+  database.close();
+  return followed;
+}
+
+void StoreCore::close() {
+  // A process that was forked off shares the open file with the one that opened it, and none of its locks.
+  if (!database.isOpen() || database.inTransaction() || m_opener != ::getpid()) return;
+  database.emptyLog();
+  database.close();
+  m_walIndex = nullptr;
+  m_whenMissing = Missing::kIsMade;
+}
+
+Status StoreCore::followFile(Look look) {
+  if (!database.isOpen()) return openFile();
+  if (database.inTransaction()) return {};
+  const auto now = coarseTime();
+  if (look == Look::kNowAndThen && now < m_nextLook) return {};
+  // What fails is looked at again at once.
+  m_nextLook = {};
+  ORLOCAL_TRY(const StoreFile::News news, m_file.look(database));
+  if (news == StoreFile::News::kReplaced) ORLOCAL_CHECK(m_file.partFromLog(database, options.busyTimeout));
+  if (news != StoreFile::News::kNone) {
+    database.close();
+    m_walIndex = nullptr;
+    return openFile();
+  }
+  m_nextLook = now + kLookEvery;
+  return {};
+}
+
+void StoreCore::forgetAll() {
+  rows.forgetAll();
+  series.forgetAll();
+  timeline.forget();
+}
+
+Status StoreCore::loadZones() {
+  Statement& zones = m_zones.in(database);
+  const ResetAtExit reset(zones);
+  for (;;) {
+    ORLOCAL_TRY(const bool found, zones.step());
+    if (!found) return {};
+    // One that cannot be read any more is treated like an unknown zone.
+    announcePrivateZone(std::string(zones.text(0)), std::string(zones.text(1)));
+  }
+}
+
+Status StoreCore::catchUp() {
+  ORLOCAL_TRY(const std::int64_t newest, log.newest());
+  if (newest == m_seen) return {};
+  bool zonesChanged = m_seen < 0;
+  if (m_seen >= 0) {
+    ORLOCAL_TRY(const bool few, log.fewBetween(m_seen, newest));
+    if (!few) {
+      forgetAll();
+      zonesChanged = true;
+    } else {
+      ORLOCAL_CHECK(log.visitAfter(m_seen, [&](const LoggedChange& change) {
+        if (change.subject == Subject::kZone) zonesChanged = true;
+        if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) return;
+        rows.forget(change.row);
+        series.forget(change.row);
+        if (change.series) series.forget(*change.series);
+      }));
+      timeline.forget();
+    }
+  }
+  if (zonesChanged) {
+    series.forgetAll();
+    ORLOCAL_CHECK(loadZones());
+  }
+  m_seen = newest;
+  return {};
+}
+
+Result<Transaction> StoreCore::beginReadingLog() {
+  ORLOCAL_CHECK(followFile(Look::kNowAndThen));
+  return Transaction::read(database);
+}
+
+Result<Transaction> StoreCore::beginReading() {
+  ORLOCAL_CHECK(followFile(Look::kNowAndThen));
+  ORLOCAL_TRY(Transaction transaction, Transaction::read(database));
+  ORLOCAL_CHECK(catchUp());
+  return transaction;
+}
+
+Result<Transaction> StoreCore::beginTransaction() {
+  auto begun = Transaction::write(database);
+  if (begun || begun.error().code != ErrorCode::kNotPermitted || database.readOnly() || m_opening) return begun;
+  // SQLite opens the log and its index for reading when they do not open for writing, whatever the reason was.
+  database.close();
+  m_walIndex = nullptr;
+  ORLOCAL_CHECK(openFile());
+  return Transaction::write(database);
+}
+
+Result<WriteTurn> StoreCore::beginWriting() {
+  if (database.whyOnlyRead() && !database.inTransaction()) {
+    // There may be room by now.
+    database.close();
+    m_walIndex = nullptr;
+  }
+  ORLOCAL_CHECK(followFile(Look::kNow));
+  ORLOCAL_TRY(Transaction transaction, beginTransaction());
+  ORLOCAL_CHECK(catchUp());
+  ORLOCAL_CHECK(log.startCommit());
+  ORLOCAL_TRY(const Uuid newest, rows.newestUuid());
+  uuids.startAfter(newest);
+  return WriteTurn(*this, std::move(transaction));
+}
+
+std::uint64_t StoreCore::generation() {
+  // Why it cannot be followed is told to who reads next.
+  if (!followFile(Look::kNowAndThen)) return ++m_generation;
+  if (m_walIndex == nullptr) {
+    // The index exists from the first transaction on.
+    if (auto reading = beginReading(); reading) m_walIndex = database.readOnly() ? nullptr : database.walIndex();
+  }
+  if (m_walIndex == nullptr) {
+    Statement& version = m_readDataVersion.in(database);
+    const auto row = version.step();
+    if (!row || !*row || version.integer(0) != m_dataVersion) ++m_generation;
+    if (row && *row) m_dataVersion = version.integer(0);
+    version.reset();
+    return m_generation;
+  }
+  // Another process may be writing it at this moment: a torn header differs from the last one and from the next.
+  bool same = true;
+  for (std::size_t i = 0; i < std::size(m_walHeader); ++i) {
+    const std::uint32_t word = __atomic_load_n(m_walIndex + i, __ATOMIC_ACQUIRE);
+    same = same && word == m_walHeader[i];
+    m_walHeader[i] = word;
+  }
+  return same ? m_generation : ++m_generation;
+}
+
+Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall) {
+  ORLOCAL_CHECK(checkSize(item));
+  if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
+  const Uuid uuid = uuids.next();
+  item.itemIdentifier = uuid.text();
+  if (!item.series) item.identifier = item.itemIdentifier;
+  item.id = 0;
+  TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
+  ORLOCAL_CHECK(rows.insert(item, uuid, {entry.slot, entry.start, original}));
+  entry.item = item.id;
+  ORLOCAL_CHECK(timeline.insert(entry));
+  if (!item.series) return log.record(Operation::kInserted, subjectOf(item), item.id, std::nullopt, uuid);
+  series.forget(*item.series);
+  return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
+}
+
+Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall) {
+  ORLOCAL_TRY(const auto before, rows.place(item.id));
+  if (!before) return noLonger();
+  return updateItem(item, own, original, originalIsWall, *before);
+}
+
+Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall, const StoredPlace& before) {
+  ORLOCAL_CHECK(checkSize(item));
+  if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
+  ORLOCAL_CHECK(replaceRow(item, own, original, originalIsWall, before));
+  return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
+}
+
+Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall) {
+  ORLOCAL_TRY(const auto before, rows.place(item.id));
+  if (!before) return noLonger();
+  return replaceRow(item, own, original, originalIsWall, *before);
+}
+
+Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                             bool originalIsWall, const StoredPlace& before) {
+  const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
+  // An entry takes the place of one that stands there.
+  const bool moves = before.slot != entry.slot || before.slotStart != entry.start;
+  if (moves) ORLOCAL_CHECK(timeline.remove(item.id, before.slot, before.slotStart));
+  ORLOCAL_CHECK(timeline.insert(entry));
+  ORLOCAL_CHECK(rows.update(item, {entry.slot, entry.start, original}, before));
+  series.forget(item.id);
+  if (item.series) series.forget(*item.series);
+  return {};
+}
+
+Status StoreCore::removeItem(const Item& item) {
+  ORLOCAL_TRY(const auto before, rows.place(item.id));
+  if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store.");
+  ORLOCAL_CHECK(timeline.remove(item.id, before->slot, before->slotStart));
+  ORLOCAL_CHECK(rows.remove(item.id));
+  series.forget(item.id);
+  if (item.series) series.forget(*item.series);
+  return log.record(item.series ? Operation::kUpdated : Operation::kDeleted, subjectOf(item), item.id, item.series,
+                    publicUuid(item));
+}
+
+Status StoreCore::removeCalendar(const Calendar& calendar) {
+  // Changed occurrences first, while they still have their series' identifier.
+  ORLOCAL_TRY(const auto ids, rows.idsInCalendar(calendar.id));
+  for (const ItemId id : ids) {
+    ORLOCAL_TRY(const auto item, rows.read(id));
+    if (item != nullptr) ORLOCAL_CHECK(removeItem(*item));
+  }
+  ORLOCAL_CHECK(calendars.remove(calendar.id));
+  ORLOCAL_CHECK(calendars.removeUnusedSource(calendar.source));
+  return logCalendar(Operation::kDeleted, calendar);
+}
+
+Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
+  return log.record(operation, calendar.kind == CalendarKind::kEvents ? Subject::kCalendar : Subject::kReminderList,
+                    calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()));
+}
+
+WriteTurn::~WriteTurn() {
+  // What was read meanwhile may never have been.
+  if (m_core != nullptr) m_core->forgetAll();
+}
+
+Status WriteTurn::commit() {
+  ORLOCAL_CHECK(m_core->rows.writeGathered());
+  ORLOCAL_CHECK(m_core->timeline.writeGathered());
+  ORLOCAL_CHECK(m_core->log.finishCommit());
+  ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
+  const Bell bell(m_core->file());
+  ORLOCAL_CHECK(m_transaction.commit());
+  bell.ring();
+  m_core->m_seen = newest;
+  m_core = nullptr;
+  return {};
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,136 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+#include "store/core/store_options.h"
+#include "store/file/change_log.h"
+#include "store/file/sqlite.h"
+#include "store/file/store_file.h"
+#include "store/file/uuid.h"
+#include "store/recurrence/recurrence.h"
+#include "store/rows/calendar_rows.h"
+#include "store/rows/item_rows.h"
+#include "store/rows/timeline.h"
+
+namespace orlocal::store {
+
+/// Series made ready for expansion, kept until they change.
+class SeriesCache {
+ public:
+  SeriesCache(ItemRows& rows, Zone viewer) : m_rows(rows), m_viewer(std::move(viewer)) {}
+
+  /// Null when there is no such row. Valid until the next call of any kind.
+  Result<const Series*> of(ItemId id);
+  void forget(ItemId id) { m_series.erase(id); }
+  void forgetAll() { m_series.clear(); }
+
+ private:
+  ItemRows& m_rows;
+  Zone m_viewer;
+  std::unordered_map<ItemId, Series> m_series;
+};
+
+class WriteTurn;
+
+/// The open file and what all parts of the store share. What it keeps in memory agrees with the file whenever one of
+/// the `begin…` calls has returned.
+class StoreCore {
+ public:
+  static Result<std::unique_ptr<StoreCore>> open(StoreOptions storeOptions);
+  ~StoreCore() { close(); }
+
+  /// See `CalendarStore::close`.
+  void close();
+
+  /// A snapshot for reading; what is kept in memory is brought up to it.
+  Result<Transaction> beginReading();
+  /// The same for who asks the log alone: what is kept in memory stays as it is.
+  Result<Transaction> beginReadingLog();
+  Result<WriteTurn> beginWriting();
+  /// See `CalendarStore::generation`.
+  std::uint64_t generation();
+
+  /// Writes a new row, gives it its identifiers, and puts it on the timeline and into the log. `own` is the item's
+  /// series compiled for UTC, null when it does not repeat; one that is too dense to be read is refused, and an item
+  /// that no import would take again.
+  Status insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
+  Status updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
+  /// `before`: where the row stands.
+  Status updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,
+                    const StoredPlace& before);
+  /// The same without a word in the log: what the item is does not change.
+  Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
+  Status removeItem(const Item& item);
+  /// Removes every item of a calendar, then the calendar.
+  Status removeCalendar(const Calendar& calendar);
+  Status logCalendar(Operation operation, const Calendar& calendar);
+
+  /// The file that is open, links followed: the one whose bell to ring.
+  const std::filesystem::path& file() const { return m_file.file(); }
+  /// Counts the files that were opened: changes when another one took the place of the one before.
+  std::uint64_t fileNumber() const { return m_fileNumber; }
+
+  const StoreOptions options;
+  UuidMaker uuids;
+  Database database;
+  ChangeLog log;
+  Timeline timeline;
+  ItemRows rows;
+  CalendarRows calendars;
+  SeriesCache series;
+
+ private:
+  friend class WriteTurn;
+  explicit StoreCore(StoreOptions storeOptions);
+
+  /// When to look whether the file is still the one that was opened: looking costs more than what a walk over a query's
+  /// answer does at each step.
+  enum class Look { kNowAndThen, kNow };
+  /// Opens the file when it is not open, and anew when another has taken its place.
+  Status followFile(Look look);
+  Status openFile();
+  Result<Transaction> beginTransaction();
+  Status catchUp();
+  void forgetAll();
+  Status loadZones();
+  Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,
+                    const StoredPlace& before);
+
+  StoreFile m_file;
+  Missing m_whenMissing = Missing::kIsMade;
+  bool m_opening = false;  ///< what is done now belongs to opening the file
+  std::uint64_t m_fileNumber = 1;
+  std::int64_t m_opener = 0;                         ///< process that opened the file
+  std::chrono::steady_clock::duration m_nextLook{};  ///< on the coarse clock
+  std::int64_t m_seen = -1;  ///< newest row of the log that memory agrees with; -1 before the first look
+  std::uint64_t m_generation = 1;
+  const std::uint32_t* m_walIndex = nullptr;
+  std::uint32_t m_walHeader[12] = {};
+  std::int64_t m_dataVersion = 0;
+  LazyStatement m_readDataVersion{"PRAGMA data_version"};
+  LazyStatement m_zones{"SELECT name, vtimezone FROM zones"};
+};
+
+/// A write transaction: everything or nothing. Destroyed without a commit it leaves file and memory as they were.
+class WriteTurn {
+ public:
+  WriteTurn(WriteTurn&& other) noexcept
+      : m_core(std::exchange(other.m_core, nullptr)), m_transaction(std::move(other.m_transaction)) {}
+  WriteTurn& operator=(WriteTurn&&) = delete;
+  ~WriteTurn();
+
+  Status commit();
+
+ private:
+  friend class StoreCore;
+  WriteTurn(StoreCore& core, Transaction transaction) : m_core(&core), m_transaction(std::move(transaction)) {}
+
+  StoreCore* m_core;
+  Transaction m_transaction;
+};
+
+}  // namespace orlocal::store

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+
+#include "store/time/zone.h"
+
+namespace orlocal::store {
+
+struct StoreOptions {
+  std::filesystem::path file;
+  /// Whose wall clock floating times and whole days are read on.
+  Zone viewer;
+  /// How long a writer waits for its turn.
+  std::chrono::milliseconds busyTimeout{10'000};
+  /// Occurrences that one query may answer with; past it the query fails.
+  std::size_t occurrenceBudget = 5'000'000;
+};
+
+}  // namespace orlocal::store

@@ -1,0 +1,107 @@
+#include "store/file/change_log.h"
+
+#include <algorithm>
+
+#include "store/base/try.h"
+#include "store/file/checked_row.h"
+
+namespace orlocal::store {
+namespace {
+
+constexpr const char* kLog = "The log of changes";
+/// Past so many changes by others, forgetting everything costs less than looking at each.
+constexpr std::int64_t kFew = 2'000;
+
+}  // namespace
+
+Status ChangeLog::startCommit() {
+  m_recorded.clear();  // what a commit that did not come about left
+  Statement& newest = m_newest.in(m_database);
+  const ResetAtExit reset(newest);
+  ORLOCAL_TRY(const bool found, newest.step());
+  CheckedRow row(newest);
+  m_firstOfCommit = (found ? row.id(0) : 0) + 1;
+  m_commit = (found ? row.number(1) : 0) + 1;
+  if (!row.sound()) return damaged(m_database, kLog);
+  return {};
+}
+
+Status ChangeLog::record(Operation operation, Subject subject, std::int64_t row, std::optional<ItemId> series,
+                         const Uuid& uuid) {
+  m_recorded.push_back({operation, subject, row, series, uuid});
+  return m_recorded.size() < kRowsAtOnce ? Status() : writeRecorded();
+}
+
+Status ChangeLog::writeRecorded() {
+  const auto bind = [this](Statement& insert, int before, const Recorded& change) {
+    insert.bind(before + 1, m_commit).bind(before + 2, m_writer);
+    insert.bind(before + 3, static_cast<std::int64_t>(change.operation));
+    insert.bind(before + 4, static_cast<std::int64_t>(change.subject)).bind(before + 5, change.row);
+    change.series ? insert.bind(before + 6, *change.series) : insert.bindNull(before + 6);
+    insert.bindBlob(before + 7, change.uuid.bytes());
+  };
+  ORLOCAL_CHECK(m_insert.write(m_database, std::span<const Recorded>(m_recorded), bind));
+  m_recorded.clear();
+  return {};
+}
+
+Status ChangeLog::finishCommit() {
+  ORLOCAL_CHECK(writeRecorded());
+  ORLOCAL_TRY(const std::int64_t last, newest());
+  // Dropping in lots keeps most commits from paying for it.
+  constexpr std::int64_t kSlack = kKept / 10;
+  ORLOCAL_TRY(const std::int64_t first, oldest());
+  if (first == 0 || last - first < kKept + kSlack) return {};
+  return m_prune.in(m_database).bind(1, std::min(last - kKept + 1, m_firstOfCommit)).run();
+}
+
+Result<std::int64_t> ChangeLog::newest() {
+  Statement& newest = m_newest.in(m_database);
+  const ResetAtExit reset(newest);
+  ORLOCAL_TRY(const bool found, newest.step());
+  CheckedRow row(newest);
+  const std::int64_t seq = found ? row.id(0) : 0;
+  if (!row.sound()) return damaged(m_database, kLog);
+  return seq;
+}
+
+Result<std::int64_t> ChangeLog::oldest() {
+  Statement& oldest = m_oldest.in(m_database);
+  const ResetAtExit reset(oldest);
+  ORLOCAL_TRY(const bool found, oldest.step());
+  CheckedRow row(oldest);
+  const std::int64_t seq = found ? row.id(0) : 0;
+  if (!row.sound()) return damaged(m_database, kLog);
+  return seq;
+}
+
+Result<bool> ChangeLog::fewBetween(std::int64_t seen, std::int64_t newest) {
+  if (newest < seen || newest - seen > kFew) return false;
+  ORLOCAL_TRY(const std::int64_t first, oldest());
+  return first <= seen + 1;
+}
+
+Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit) {
+  Statement& after = m_after.in(m_database);
+  const ResetAtExit reset(after);
+  after.bind(1, seq);
+  for (std::int64_t last = seq;;) {
+    ORLOCAL_TRY(const bool found, after.step());
+    if (!found) return {};
+    CheckedRow row(after);
+    LoggedChange change;
+    change.seq = row.id(0);
+    change.commit = row.number(1);
+    change.writer = row.number(2, INT64_MIN, INT64_MAX);
+    change.operation = row.oneOf(3, Operation::kDeleted);
+    change.subject = row.oneOf(4, Subject::kContact);
+    change.row = row.number(5);
+    change.series = row.optionalId(6);
+    if (!row.isNull(7)) change.uuid = row.uuid(7);
+    if (!row.sound() || change.seq <= last) return damaged(m_database, kLog);
+    last = change.seq;
+    visit(change);
+  }
+}
+
+}  // namespace orlocal::store

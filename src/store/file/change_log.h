@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "store/file/row_insert.h"
+#include "store/file/sqlite.h"
+#include "store/file/uuid.h"
+#include "store/model/model.h"
+
+namespace orlocal::store {
+
+/// What was done, and to what.
+enum class Operation : std::uint8_t { kInserted = 0, kUpdated = 1, kDeleted = 2 };
+enum class Subject : std::uint8_t {
+  kEvent = 0,
+  kReminder = 1,
+  kCalendar = 2,
+  kReminderList = 3,
+  kZone = 4,
+  kContact = 5
+};
+
+/// One row of the log.
+struct LoggedChange {
+  std::int64_t seq = 0;
+  std::int64_t commit = 0;
+  std::int64_t writer = 0;
+  Operation operation = Operation::kUpdated;
+  Subject subject = Subject::kEvent;
+  std::int64_t row = 0;          ///< of the item, calendar or contact
+  std::optional<ItemId> series;  ///< of a changed occurrence
+  Uuid uuid;                     ///< public identifier; for a changed occurrence that of its series
+};
+
+/// The log of what every commit inserted, updated and deleted, and who did it. Bounded: the newest `kKept` rows, and
+/// always the whole of the last commit.
+class ChangeLog {
+ public:
+  static constexpr std::int64_t kKept = 100'000;
+
+  /// `writer` marks the commits of this store object.
+  ChangeLog(Database& database, std::int64_t writer) : m_database(database), m_writer(writer) {}
+
+  std::int64_t writer() const { return m_writer; }
+
+  /// Begins the rows of a commit; inside its transaction.
+  Status startCommit();
+  /// The row is written by `finishCommit` at the latest.
+  Status record(Operation operation, Subject subject, std::int64_t row, std::optional<ItemId> series, const Uuid& uuid);
+  /// Writes what was recorded and drops what is too old; before the commit.
+  Status finishCommit();
+
+  /// The newest row's number; 0 when there is none.
+  Result<std::int64_t> newest();
+  /// The oldest row's number still known; 0 when there is none.
+  Result<std::int64_t> oldest();
+  /// Whether what came after the row `seen` up to the `newest` is all known still, and so little that looking at each
+  /// change costs less than forgetting everything.
+  Result<bool> fewBetween(std::int64_t seen, std::int64_t newest);
+  /// Visits the rows after `seq` in their order.
+  Status visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit);
+
+ private:
+  struct Recorded {
+    Operation operation;
+    Subject subject;
+    std::int64_t row;
+    std::optional<ItemId> series;
+    Uuid uuid;
+  };
+  static constexpr int kRowsAtOnce = 16;
+
+  Status writeRecorded();
+
+  Database& m_database;
+  std::int64_t m_writer;
+  std::int64_t m_commit = 0;
+  std::int64_t m_firstOfCommit = 0;
+  std::vector<Recorded> m_recorded;  ///< not written yet
+  LazyStatement m_newest{"SELECT seq, commit_no FROM changes ORDER BY seq DESC LIMIT 1"};
+  LazyStatement m_oldest{"SELECT seq FROM changes ORDER BY seq LIMIT 1"};
+  RowInsert m_insert{"INSERT OR FAIL INTO changes(commit_no, writer, operation, subject, row, series, uuid)", 7,
+                     kRowsAtOnce};
+  LazyStatement m_prune{"DELETE FROM changes WHERE seq < ?"};
+  LazyStatement m_after{
+      "SELECT seq, commit_no, writer, operation, subject, row, series, uuid FROM changes WHERE seq > ? ORDER BY seq"};
+};
+
+}  // namespace orlocal::store

@@ -1,0 +1,97 @@
+#include "store/file/schema_check.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "store/base/try.h"
+
+namespace orlocal::store {
+namespace {
+
+/// SQLite makes it for AUTOINCREMENT.
+constexpr std::string_view kSequenceTable = "CREATE TABLE sqlite_sequence(name,seq)";
+constexpr std::string_view kSequenceName = "sqlite_sequence";
+/// What SQLite notes about tables that somebody analyzed; it says how to look and never what is found.
+constexpr std::string_view kStatistics = "sqlite_stat";
+/// Of UNIQUE and PRIMARY KEY, and part of its table's definition.
+constexpr std::string_view kImplied = "sqlite_autoindex_";
+
+struct Definition {
+  std::string_view name;
+  std::string_view sql;  ///< as sqlite_schema has it: as it was written, to before the semicolon
+  bool table = false;
+  bool found = false;
+};
+
+/// Comparing costs less than running the steps on a database in memory; a step that alters a table will have to give
+/// its outcome here.
+std::vector<Definition> definitionsIn(std::span<const char* const> steps) {
+  std::vector<Definition> made;
+  for (const std::string_view step : steps) {
+    for (std::size_t at = step.find("CREATE "); at != std::string_view::npos; at = step.find("CREATE ", at + 1)) {
+      const std::string_view sql = step.substr(at, step.find(";\n", at) - at);
+      const bool table = sql.starts_with("CREATE TABLE ");
+      std::string_view name = sql.substr(table ? 13 : sql.find("INDEX ") + 6);
+      name = name.substr(0, name.find_first_of("( "));
+      made.push_back({name, sql, table, false});
+    }
+  }
+  made.push_back({kSequenceName, kSequenceTable, true, false});
+  return made;
+}
+
+tl::unexpected<Error> refused(const Database& database, std::string_view name, std::string_view why) {
+  return failure(
+      ErrorCode::kCorrupt,
+      fmt::format("The calendar store \"{}\" is damaged or was changed by another program: \"{}\" {}. Write out what "
+                  "can still be read (orlocal export --salvage), or put a backup in its place (orlocal restore).",
+                  database.file().string(), name, why));
+}
+
+Definition* definitionOf(std::vector<Definition>& ours, std::string_view name) {
+  const auto found = std::find_if(ours.begin(), ours.end(), [&](const Definition& each) { return each.name == name; });
+  return found == ours.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+Status checkDefinitions(Database& database, std::span<const char* const> steps) {
+  std::vector<Definition> ours = definitionsIn(steps);
+  ORLOCAL_TRY(Statement read, database.prepare("SELECT name, tbl_name, sql FROM sqlite_schema"));
+  for (;;) {
+    ORLOCAL_TRY(const bool found, read.step());
+    if (!found) break;
+    const std::string_view name = read.text(0);
+    if (name.starts_with(kStatistics)) continue;
+    if (name.starts_with(kImplied) && read.isNull(2) && definitionOf(ours, read.text(1)) != nullptr) continue;
+    Definition* known = definitionOf(ours, name);
+    if (known == nullptr || known->found) return refused(database, name, "does not belong there");
+    if (known->sql != read.text(2)) return refused(database, name, "is defined in another way");
+    known->found = true;
+  }
+  for (const Definition& each : ours) {
+    if (!each.found) return refused(database, each.name, "is missing");
+  }
+  return {};
+}
+
+Status checkTables(Database& database, std::span<const char* const> steps) {
+  std::vector<Definition> ours = definitionsIn(steps);
+  ORLOCAL_TRY(Statement read, database.prepare("SELECT name, type, sql FROM sqlite_schema"));
+  for (;;) {
+    const auto found = read.step();
+    // What of the definitions cannot be read defines nothing either.
+    if (!found || !*found) return {};
+    const Definition* known = definitionOf(ours, read.text(0));
+    if (known == nullptr || !known->table) continue;
+    if (read.text(1) != "table" || !read.text(2).starts_with("CREATE TABLE ")) {
+      return refused(database, known->name, "is no table of rows");
+    }
+  }
+}
+
+}  // namespace orlocal::store

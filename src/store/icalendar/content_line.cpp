@@ -1,0 +1,241 @@
+#include "store/icalendar/content_line.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "store/base/text.h"
+
+namespace orlocal::store {
+
+namespace {
+
+bool isNameCharacter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
+}
+
+/// Where the first of the two stands outside quotes; npos when nowhere.
+std::size_t findUnquoted(std::string_view text, std::size_t from, char one, char other) {
+  bool quoted = false;
+  for (std::size_t i = from; i < text.size(); ++i) {
+    if (text[i] == '"')
+      quoted = !quoted;
+    else if (!quoted && (text[i] == one || text[i] == other))
+      return i;
+  }
+  return std::string_view::npos;
+}
+
+std::string withoutCarets(std::string_view value) {
+  std::string out;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const char next = i + 1 < value.size() ? value[i + 1] : '\0';
+    if (value[i] == '^' && (next == 'n' || next == '^' || next == '\'')) {
+      out += next == 'n' ? '\n' : next == '^' ? '^' : '"';
+      ++i;
+    } else {
+      out += value[i];
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
+bool ContentLine::is(std::string_view wanted) const { return equalsNoCase(name, wanted); }
+
+bool nextParameter(std::string_view& parameters, ContentParameter& parameter) {
+  while (!parameters.empty()) {
+    const std::size_t end = std::min(findUnquoted(parameters, 1, ';', ';'), parameters.size());
+    parameter.text = parameters.substr(0, end);
+    parameters.remove_prefix(end);
+    const std::size_t equals = parameter.text.find('=');
+    if (equals == std::string_view::npos) {
+      parameter.name = trimmed(parameter.text.substr(1));
+      parameter.value = {};
+      if (parameter.name.empty()) continue;  // ";;" or a ";" at the end
+      return true;
+    }
+    parameter.name = trimmed(parameter.text.substr(1, equals - 1));
+    parameter.value = trimmed(parameter.text.substr(equals + 1));
+    return true;
+  }
+  return false;
+}
+
+std::optional<std::string> ContentLine::parameter(std::string_view wanted) const {
+  std::string_view rest = parameters;
+  for (ContentParameter found; nextParameter(rest, found);) {
+    if (!equalsNoCase(found.name, wanted)) continue;
+    std::string_view raw = found.value;
+    if (!raw.empty() && raw.front() == '"') {
+      raw.remove_prefix(1);
+      raw = raw.substr(0, raw.find('"'));
+    }
+    return raw.find('^') == std::string_view::npos ? std::string(raw) : withoutCarets(raw);
+  }
+  return std::nullopt;
+}
+
+std::optional<ContentLine> splitContentLine(std::string_view text, int line) {
+  ContentLine made;
+  made.text = text;
+  made.line = line;
+  std::size_t end = 0;
+  while (end < text.size() && isNameCharacter(text[end])) ++end;
+  made.name = text.substr(0, end);
+  while (end < text.size() && (text[end] == ' ' || text[end] == '\t')) ++end;
+  if (made.name.empty() || end == text.size() || (text[end] != ':' && text[end] != ';')) return std::nullopt;
+  std::size_t colon = end;
+  if (text[end] == ';') {
+    colon = findUnquoted(text, end, ':', ':');
+    // A quote that is never closed hides the colon; the first one then ends the parameters.
+    if (colon == std::string_view::npos) colon = text.find(':', end);
+    if (colon == std::string_view::npos) return std::nullopt;
+    made.parameters = text.substr(end, colon - end);
+  }
+  made.value = text.substr(colon + 1);
+  return made;
+}
+
+namespace {
+
+/// Where the next one is, from `at` on; `known` is what the last call found.
+std::size_t nextOf(std::string_view bytes, char wanted, std::size_t at, std::size_t& known) {
+  if (known < at || (known == 0 && at == 0)) known = std::min(bytes.find(wanted, at), bytes.size());
+  return known;
+}
+
+}  // namespace
+
+std::string_view ContentLines::physicalLine() {
+  const std::size_t begin = m_at;
+  m_at = std::min(nextOf(m_bytes, '\n', begin, m_newline), nextOf(m_bytes, '\r', begin, m_carriageReturn));
+  const std::string_view line = m_bytes.substr(begin, m_at - begin);
+  if (m_at < m_bytes.size()) {
+    const bool pair = m_bytes[m_at] == '\r' && m_at + 1 < m_bytes.size() && m_bytes[m_at + 1] == '\n';
+    m_at += pair ? 2 : 1;
+  }
+  ++m_line;
+  return line;
+}
+
+/// Goes to the continuation of the line that was read, when there is one. Some files have an empty line before each.
+bool ContentLines::continues() {
+  if (m_text < m_at || m_text == 0) m_text = std::min(m_bytes.find_first_not_of("\r\n", m_at), m_bytes.size());
+  if (m_text == m_bytes.size() || (m_bytes[m_text] != ' ' && m_bytes[m_text] != '\t')) return false;
+  while (m_at < m_text) (void)physicalLine();
+  return true;
+}
+
+bool ContentLines::next(ContentLine& line) {
+  while (m_at < m_bytes.size()) {
+    const int number = m_line;
+    std::string_view text = physicalLine();
+    if (continues()) {
+      m_buffer.assign(text);
+      while (continues()) m_buffer.append(physicalLine().substr(1));
+      text = m_buffer;
+    }
+    if (trimmed(text).empty()) continue;
+    m_reencoded = !isUtf8(text);
+    if (m_reencoded) text = m_decoded = fromWindows1252(text);
+    if (auto split = splitContentLine(text, number)) {
+      line = *split;
+    } else {
+      line = ContentLine();
+      line.text = text;
+      line.line = number;
+    }
+    return true;
+  }
+  return false;
+}
+
+std::string fromWindows1252(std::string_view bytes) {
+  // 0x80 to 0x9F; those without a character become U+FFFD.
+  constexpr std::array<std::uint16_t, 32> kHigh{0x20AC, 0xFFFD, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                                0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD,
+                                                0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                                0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
+  std::string out;
+  while (!bytes.empty()) {
+    // UTF-8 with a broken place in it keeps its whole characters.
+    if (const std::size_t length = characterLength(bytes); length > 0) {
+      out.append(bytes.substr(0, length));
+      bytes.remove_prefix(length);
+      continue;
+    }
+    const unsigned byte = static_cast<unsigned char>(bytes.front());
+    const unsigned point = byte < 0xA0 ? kHigh[byte - 0x80U] : byte;
+    if (point >= 0x800) out += static_cast<char>(0xE0 | point >> 12);
+    out += static_cast<char>(point >= 0x800 ? 0x80 | (point >> 6 & 0x3F) : 0xC0 | point >> 6);
+    out += static_cast<char>(0x80 | (point & 0x3F));
+    bytes.remove_prefix(1);
+  }
+  return out;
+}
+
+std::string unescapeText(std::string_view value) {
+  std::string out;
+  out.reserve(value.size());
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const char c = value[i];
+    if (c == '\\' && i + 1 < value.size()) {
+      const char next = value[i + 1];
+      if (next == 'n' || next == 'N' || next == ',' || next == ';' || next == '\\') {
+        out += next == 'n' || next == 'N' ? '\n' : next;
+        ++i;
+        continue;
+      }
+    }
+    if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t' || c == '\n') out += c;
+  }
+  return out;
+}
+
+std::string escapeText(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + 8);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '\r') {
+      if (i + 1 == text.size() || text[i + 1] != '\n') out += "\\n";
+    } else if (c == '\n') {
+      out += "\\n";
+    } else {
+      if (c == '\\' || c == ',' || c == ';') out += '\\';
+      if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t') out += c;
+    }
+  }
+  return out;
+}
+
+std::string parameterText(std::string_view value) {
+  std::string out;
+  bool quote = false;
+  for (char c : value) {
+    quote = quote || c == ':' || c == ';' || c == ',';
+    if (c == '^' || c == '"' || c == '\n') {
+      out += c == '^' ? "^^" : c == '"' ? "^'" : "^n";
+    } else if (static_cast<unsigned char>(c) >= 0x20 || c == '\t') {
+      out += c;
+    }
+  }
+  return quote ? '"' + out + '"' : out;
+}
+
+void appendFolded(std::string& out, std::string_view line) {
+  std::size_t room = 75;
+  while (line.size() > room) {
+    std::size_t end = room;
+    while (end > 1 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) --end;
+    out.append(line.substr(0, end)).append("\r\n ");
+    line.remove_prefix(end);
+    room = 74;
+  }
+  out.append(line).append("\r\n");
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,224 @@
+#include "store/icalendar/icalendar_reader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <unordered_map>
+
+#include <fmt/format.h>
+#include <unicode/ucnv.h>
+
+#include "store/base/text.h"
+#include "store/icalendar/calendar_layout.h"
+#include "store/icalendar/item_reader.h"
+#include "store/icalendar/later_changes.h"
+#include "store/icalendar/tzid_table.h"
+#include "store/time/clock_name.h"
+#include "store/time/time_text.h"
+
+namespace orlocal::store {
+
+namespace {
+
+constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 30;
+
+/// Byte-order marks say how the text is written; UTF-8's own is dropped.
+Result<std::string> asUtf8(std::string bytes, const std::string& name) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) return bytes.substr(3);
+  const bool little = bytes.starts_with("\xFF\xFE"), big = bytes.starts_with("\xFE\xFF");
+  if (!little && !big) return bytes;
+  std::string text(bytes.size() * 2, '\0');
+  UErrorCode status = U_ZERO_ERROR;
+  const int size = ucnv_convert("UTF-8", little ? "UTF-16LE" : "UTF-16BE", text.data(), static_cast<int>(text.size()),
+                                bytes.data() + 2, static_cast<int>(bytes.size() - 2), &status);
+  if (U_FAILURE(status) != 0)
+    return failure(ErrorCode::kInvalid, fmt::format("{} begins as UTF-16 and is not; save it as UTF-8", name));
+  text.resize(static_cast<std::size_t>(size));
+  return text;
+}
+
+std::string writtenTime(const CalendarTime& time) { return timeText(time).append(clockName(time)); }
+
+bool isNewer(const ItemSpan& left, const ItemSpan& right) {
+  return left.sequence != right.sequence ? left.sequence > right.sequence : left.modified > right.modified;
+}
+
+/// UIDs are told to people; RFC 7986, 5.3 wants them shorter than this.
+std::string shownUid(std::string_view uid) {
+  constexpr std::size_t kLongest = 255;
+  if (uid.size() <= kLongest) return std::string(uid);
+  std::string begin(uid.substr(0, kLongest));
+  while (!isUtf8(begin)) begin.pop_back();
+  return begin + "…";
+}
+
+}  // namespace
+
+void ReadProblems::refuse(int line, std::string_view uid, std::string message) {
+  refused.push_back({line, shownUid(uid), std::move(message)});
+}
+
+void ReadProblems::warn(int line, std::string_view uid, std::string message) {
+  if (warnings.size() < kMostWarnings)
+    warnings.push_back({line, shownUid(uid), std::move(message)});
+  else
+    ++warningsLeftOut;
+}
+
+struct CalendarReader::Data {
+  struct Group {
+    std::size_t calendar = 0;
+    int line = 0;
+    std::optional<std::size_t> main;
+    std::vector<std::size_t> changed;
+  };
+
+  explicit Data(std::string text) : bytes(std::move(text)), layout(layoutOf(bytes)), zones(bytes, layout.zones) {}
+
+  void group();
+  void addMain(Group& group, std::size_t index);
+
+  std::string bytes;
+  CalendarLayout layout;
+  TzidTable zones;
+  RuleBudget rules;
+  std::vector<Group> groups;
+};
+
+/// Of two items with one UID the newer one counts.
+void CalendarReader::Data::addMain(Group& group, std::size_t index) {
+  if (!group.main) {
+    group.main = index;
+    return;
+  }
+  const bool replaces = isNewer(layout.items[index], layout.items[*group.main]);
+  const std::size_t kept = replaces ? index : *group.main, left = replaces ? *group.main : index;
+  group.main = kept;
+  const ItemSpan& other = layout.items[left];
+  layout.problems.refuse(other.span.line, other.uid,
+                         fmt::format("its UID is also that of the item in line {}, which {}; this one was not imported",
+                                     layout.items[kept].span.line, replaces ? "is newer" : "counts"));
+}
+
+/// Brings items with one UID together, in the order in which the first of them comes.
+void CalendarReader::Data::group() {
+  // Calendars of one name are one: some write each change into a VCALENDAR of its own.
+  std::unordered_map<std::string_view, std::size_t> byName;
+  std::vector<std::size_t> number;
+  number.reserve(layout.calendars.size());
+  for (const CalendarHead& head : layout.calendars)
+    number.push_back(byName.try_emplace(head.name, number.size()).first->second);
+  std::unordered_map<std::string, std::size_t> known;
+  known.reserve(layout.items.size());
+  for (std::size_t i = 0; i < layout.items.size(); ++i) {
+    const ItemSpan& item = layout.items[i];
+    std::size_t at = groups.size();
+    if (!item.uid.empty()) {
+      std::string key = fmt::format("{}{}", number[item.calendar], item.kind == ItemKind::kEvent ? '+' : '-');
+      key.append(item.uid);
+      at = known.try_emplace(std::move(key), at).first->second;
+    }
+    if (at == groups.size()) groups.push_back({item.calendar, item.span.line, std::nullopt, {}});
+    if (item.changed)
+      groups[at].changed.push_back(i);
+    else
+      addMain(groups[at], i);
+  }
+  // Some write a whole series with the original start of its first occurrence.
+  for (Group& group : groups) {
+    if (group.main) continue;
+    const auto found = std::find_if(group.changed.begin(), group.changed.end(),
+                                    [&](std::size_t i) { return layout.items[i].repeats; });
+    if (found == group.changed.end()) continue;
+    group.main = *found;
+    layout.items[*found].changed = false;
+    group.changed.erase(found);
+  }
+}
+
+Result<CalendarReader> CalendarReader::open(const std::filesystem::path& file) {
+  std::ifstream in(file, std::ios::binary | std::ios::ate);
+  const auto unreadable = [&] {
+    return failure(ErrorCode::kIo, fmt::format("{} cannot be read: {}", file.string(), std::strerror(errno)));
+  };
+  std::error_code error;
+  if (!in || !std::filesystem::is_regular_file(file, error)) {
+    if (in) return failure(ErrorCode::kIo, fmt::format("{} is not a file", file.string()));
+    return unreadable();
+  }
+  const auto size = static_cast<std::uintmax_t>(in.tellg());
+  if (size > kLargestFile)
+    return failure(ErrorCode::kInvalid, fmt::format("{} is larger than 1 GiB; split it", file.string()));
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  in.seekg(0);
+  if (!in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) return unreadable();
+  return ofText(std::move(bytes), file.string());
+}
+
+Result<CalendarReader> CalendarReader::ofText(std::string bytes, const std::string& name) {
+  auto text = asUtf8(std::move(bytes), name);
+  if (!text) return tl::unexpected(text.error());
+  auto data = std::make_unique<Data>(std::move(*text));
+  const bool anything =
+      !data->layout.items.empty() || !data->layout.problems.refused.empty() || !data->layout.zones.empty();
+  if (!anything && data->bytes.find("BEGIN:") == std::string::npos)
+    return failure(ErrorCode::kInvalid, fmt::format("{} is no iCalendar file: there is no component in it", name));
+  data->group();
+  return CalendarReader(std::move(data));
+}
+
+CalendarReader::CalendarReader(std::unique_ptr<Data> data) : m_data(std::move(data)) {}
+CalendarReader::CalendarReader(CalendarReader&&) noexcept = default;
+CalendarReader& CalendarReader::operator=(CalendarReader&&) noexcept = default;
+CalendarReader::~CalendarReader() = default;
+
+const std::vector<CalendarHead>& CalendarReader::calendars() const { return m_data->layout.calendars; }
+std::size_t CalendarReader::size() const { return m_data->groups.size(); }
+const ReadProblems& CalendarReader::problems() const { return m_data->layout.problems; }
+const std::map<std::string, std::string>& CalendarReader::privateZones() const { return m_data->zones.privateZones(); }
+
+void CalendarReader::stopWhen(const std::atomic<bool>* stop) { m_data->rules = RuleBudget(stop); }
+
+ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
+  const Data::Group& group = m_data->groups[index];
+  ItemGroup made{group.calendar, group.line, std::nullopt, {}, nullptr, {}};
+  std::vector<LaterChange> later;
+  std::unordered_map<std::string, std::size_t> places;
+  const auto add = [&](Item&& changed, int line) {
+    // Compared as written: two writings of one moment are told apart by whoever knows the series.
+    const auto [place, isNew] = places.try_emplace(writtenTime(*changed.recurrenceId), made.changed.size());
+    if (isNew) {
+      made.changed.push_back(std::move(changed));
+    } else {
+      problems.warn(line, changed.uid, "an occurrence is changed twice; the newer change counts");
+      Item& known = made.changed[place->second];
+      if (changed.sequence >= known.sequence) known = std::move(changed);
+    }
+  };
+  if (group.main) {
+    const ItemSpan& span = m_data->layout.items[*group.main];
+    if (auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems)) {
+      made.main = std::move(read->item);
+      made.series = std::move(read->series);
+      for (Item& period : read->periods) add(std::move(period), span.span.line);
+    }
+  }
+  for (const std::size_t i : group.changed) {
+    const ItemSpan& span = m_data->layout.items[i];
+    auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems);
+    if (!read) continue;
+    if (read->andFuture && made.series) {
+      later.push_back({std::move(read->item), span.span.line});
+      continue;
+    }
+    if (read->andFuture)
+      problems.warn(span.span.line, read->item.uid,
+                    "RANGE=THISANDFUTURE has no series here that it could change: only this one occurrence is changed");
+    add(std::move(read->item), span.span.line);
+  }
+  if (!later.empty()) cutAtLaterChanges(made, std::move(later), problems);
+  return made;
+}
+
+}  // namespace orlocal::store

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/base/result.h"
+#include "store/model/model.h"
+#include "store/recurrence/recurrence.h"
+
+namespace orlocal::store {
+
+/// Something about a place in a file that its owner should know.
+struct Problem {
+  int line = 0;  ///< from 1
+  std::string uid;
+  std::string message;
+
+  friend bool operator==(const Problem&, const Problem&) = default;
+};
+
+struct ReadProblems {
+  /// Past so many, warnings are counted and no longer kept: each line of a file could bring one.
+  static constexpr std::size_t kMostWarnings = 10'000;
+
+  std::vector<Problem> refused;   ///< items that are left out, each with its reason
+  std::vector<Problem> warnings;  ///< what was read in another way than it was written, or is not kept
+  std::size_t warningsLeftOut = 0;
+
+  /// Both keep the beginning of a UID that is very long.
+  void refuse(int line, std::string_view uid, std::string message);
+  void warn(int line, std::string_view uid, std::string message);
+};
+
+/// What a VCALENDAR says about itself.
+struct CalendarHead {
+  std::string name;  ///< X-WR-CALNAME or NAME
+  std::optional<Rgb> color;
+  std::string method;
+};
+
+/// A single event, a series or a reminder with the changed occurrences that the file has for it.
+struct ItemGroup {
+  std::size_t calendar = 0;  ///< index of its VCALENDAR
+  int line = 0;
+  std::optional<Item> main;              ///< none when it was refused, or when there are changed occurrences only
+  std::vector<Item> changed;             ///< in the order of the file
+  std::shared_ptr<const Series> series;  ///< `main` compiled for UTC, when it repeats
+  /// What changes from an occurrence on (RANGE=THISANDFUTURE) is cut off there, as a series of its own; by start.
+  std::vector<ItemGroup> later;
+};
+
+/// An iCalendar file (RFC 5545), read item by item. Nothing in it is ever opened, run or fetched.
+///
+/// Limits: 1 GiB a file, 16 MiB and 100,000 lines an item, components in components 16 deep, what the rules of a file
+/// may take (`RuleBudget`) and its zones (`TzidTable`). A file without VCALENDAR around its items is taken as one
+/// calendar. Zones come as `systemZoneOf` and its like say; a TZID that nothing explains makes its times floating, with
+/// a warning.
+class CalendarReader {
+ public:
+  static Result<CalendarReader> open(const std::filesystem::path& file);
+  /// `name` stands in errors where a file's name would.
+  static Result<CalendarReader> ofText(std::string bytes, const std::string& name);
+
+  CalendarReader(CalendarReader&&) noexcept;
+  CalendarReader& operator=(CalendarReader&&) noexcept;
+  ~CalendarReader();
+
+  /// Asked while a rule takes long; once it is set, items whose rules are still to be followed are refused.
+  void stopWhen(const std::atomic<bool>* stop);
+
+  const std::vector<CalendarHead>& calendars() const;
+  /// How many groups there are.
+  std::size_t size() const;
+  /// Reads the group; problems are added to `problems`.
+  ItemGroup read(std::size_t index, ReadProblems& problems);
+  /// What the file's structure showed when it was opened.
+  const ReadProblems& problems() const;
+  /// The private zones that the groups read so far use: name and VTIMEZONE text. They are registered in this process.
+  const std::map<std::string, std::string>& privateZones() const;
+
+ private:
+  struct Data;
+  explicit CalendarReader(std::unique_ptr<Data> data);
+  std::unique_ptr<Data> m_data;
+};
+
+}  // namespace orlocal::store

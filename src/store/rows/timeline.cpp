@@ -1,0 +1,328 @@
+#include "store/rows/timeline.h"
+
+#include <algorithm>
+#include <iterator>
+#include <span>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "store/base/try.h"
+#include "store/file/checked_row.h"
+#include "store/time/civil_days.h"
+
+namespace orlocal::store {
+namespace {
+
+// Shelf numbers are part of the file format.
+constexpr std::int64_t kTimed = 0;          // + index in kLengths
+constexpr std::int64_t kWall = 100;         // + index in kLengths
+constexpr std::int64_t kEndlessShelf = 40;  // in place of such an index
+constexpr std::int64_t kTimedMonths = 200;  // + month from 0
+constexpr std::int64_t kWallMonths = 220;   // + month from 0
+constexpr std::int64_t kOpenTimed = 240, kOpenWall = 241, kOpenWithoutDue = 242, kCompletedShelf = 243;
+/// An entry that stands on several month shelves; the lower bits are its months, then whether it is wall.
+constexpr std::int64_t kManyMonths = 0x10000, kManyMonthsWall = 0x1000;
+
+/// A shelf takes lengths up to 2 to this power, in seconds. Coarse where most events are, so that few shelves have to
+/// be asked; finer where a shelf holds series of years.
+constexpr int kLengths[] = {12, 14, 16, 18, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33, 34, 35, 36};
+
+constexpr std::int64_t kDay = 86'400;
+/// No two wall clocks differ by more, nor does one from itself across a change of its zone.
+constexpr std::int64_t kWallSlack = 26 * 3600;
+constexpr std::int64_t kLongestOnMonths = 20 * kDay;
+/// What starts last and lasts longest ends then.
+constexpr std::int64_t kLatestEnd = kLatestSecond + (kLatestSecond - kEarliestSecond);
+
+constexpr std::int64_t kRepeats = 1, kOriginalIsWall = 2, kHasDue = 4, kDueIsWall = 8;  // flags of an entry
+
+std::int64_t lengthShelf(std::int64_t length) {
+  for (std::size_t i = 0; i < std::size(kLengths); ++i) {
+    if (length <= std::int64_t{1} << kLengths[i]) return static_cast<std::int64_t>(i);
+  }
+  return kEndlessShelf;
+}
+
+std::int64_t saturatedAdd(std::int64_t value, std::int64_t added) {
+  std::int64_t sum = 0;
+  if (__builtin_add_overflow(value, added, &sum)) return added > 0 ? INT64_MAX : INT64_MIN;
+  return sum;
+}
+
+/// The months (bit 0 is January) outside of which the series cannot meet; 0 when that cannot be told.
+unsigned meetingMonths(const Item& item) {
+  if (!item.start || !item.recurrence.added.empty()) return 0;
+  unsigned months = 1u << (item.start->local.month() - 1);
+  for (const RecurrenceRule& rule : item.recurrence.rules) {
+    if (!rule.scale.empty()) return 0;  // its months are those of another calendar
+    const bool onTheStartsDay = rule.frequency == RecurrenceRule::Frequency::kYearly && rule.byMonthDay.empty() &&
+                                rule.byYearDay.empty() && rule.byWeekNumber.empty() && rule.byDay.empty();
+    if (rule.byMonth.empty() && !onTheStartsDay) return 0;
+    for (const int month : rule.byMonth) {
+      if (month < 1 || month > 12) return 0;
+      months |= 1u << (month - 1);
+    }
+  }
+  return months;
+}
+
+/// The months that [from, to) touches.
+unsigned monthsBetween(std::int64_t from, std::int64_t to) {
+  const std::int64_t first = std::clamp(from, -70'000'000'000, 270'000'000'000);
+  const std::int64_t last = std::clamp(to, -70'000'000'000, 270'000'000'000);
+  if (last - first > 330 * kDay) return 0xfff;
+  unsigned months = 0;
+  const cctz::civil_month end(localTime(last));
+  for (cctz::civil_month month(localTime(first)); month <= end; ++month) months |= 1u << (month.month() - 1);
+  return months;
+}
+
+void placeOnShelf(TimelineEntry& entry, const Item& item) {
+  const bool endless = entry.end == TimelineEntry::kEndless;
+  const std::int64_t base = entry.wall ? kWall : kTimed;
+  const std::int64_t shelf = endless ? kEndlessShelf : lengthShelf(entry.end - entry.start);
+  // Series of a few years are found well by their length; the others gain by the months.
+  if (entry.repeats && (endless || entry.end - entry.start > 400 * kDay)) {
+    const std::int64_t length = item.end && item.start ? item.end->local - item.start->local : 0;
+    const unsigned months = length <= kLongestOnMonths ? meetingMonths(item) : 0;
+    if (months != 0 && months != 0xfff) {
+      entry.slot = kManyMonths | (entry.wall ? kManyMonthsWall : 0) | months;
+      return;
+    }
+  }
+  entry.slot = base + shelf;
+}
+
+void placeReminder(TimelineEntry& entry, const Item& item) {
+  if (item.completed) {
+    entry.slot = kCompletedShelf;
+    entry.start = std::chrono::floor<std::chrono::seconds>(*item.completed).time_since_epoch().count();
+    entry.hasDue = item.end.has_value();
+    if (item.end) {
+      entry.end = Timeline::keyOf(*item.end);
+      entry.dueIsWall = Timeline::isWall(*item.end);
+    }
+    return;
+  }
+  if (!item.end) {
+    entry.slot = kOpenWithoutDue;
+    return;
+  }
+  entry.hasDue = true;
+  entry.wall = Timeline::isWall(*item.end);
+  entry.slot = entry.wall ? kOpenWall : kOpenTimed;
+  entry.start = entry.end = Timeline::keyOf(*item.end);
+}
+
+/// Rows kept back at most: some megabytes.
+constexpr std::size_t kGatheredAtMost = 65'536;
+
+/// Calls `place` for each shelf that the slot of a row stands for.
+template <class Place>
+Status forEachShelf(std::int64_t slot, const Place& place) {
+  if ((slot & kManyMonths) == 0) return place(slot);
+  const std::int64_t base = (slot & kManyMonthsWall) != 0 ? kWallMonths : kTimedMonths;
+  for (int month = 0; month < 12; ++month) {
+    if ((slot >> month & 1) != 0) ORLOCAL_CHECK(place(base + month));
+  }
+  return {};
+}
+
+}  // namespace
+
+bool Timeline::isSlot(std::int64_t slot) {
+  if ((slot & kManyMonths) == 0) return slot >= 0 && slot < static_cast<std::int64_t>(kShelves);
+  return (slot & ~(kManyMonths | kManyMonthsWall | 0xfff)) == 0;
+}
+
+bool Timeline::isWall(const CalendarTime& time) {
+  return time.kind == CalendarTime::Kind::kDate || time.kind == CalendarTime::Kind::kFloating;
+}
+
+std::int64_t Timeline::keyOf(const CalendarTime& time) {
+  if (isWall(time)) return localSeconds(time.local);
+  return std::chrono::floor<std::chrono::seconds>(momentOf(time, Zone())).time_since_epoch().count();
+}
+
+TimelineEntry Timeline::entryOf(const Item& item, const Series* series, std::optional<std::int64_t> original,
+                                bool originalIsWall) {
+  TimelineEntry entry;
+  entry.item = item.id;
+  entry.calendar = item.calendar;
+  entry.series = item.series;
+  entry.original = original;
+  entry.originalIsWall = originalIsWall;
+  entry.repeats = series != nullptr;
+  if (item.kind == ItemKind::kReminder) {
+    placeReminder(entry, item);
+    return entry;
+  }
+  entry.wall = isWall(*item.start);
+  entry.start = keyOf(*item.start);
+  entry.end = std::max(entry.start, item.end ? keyOf(*item.end) : entry.start);
+  if (series != nullptr) {
+    const Series::Bounds bounds = series->bounds();
+    entry.start = std::chrono::floor<std::chrono::seconds>(bounds.start).time_since_epoch().count();
+    entry.end = bounds.end ? std::chrono::ceil<std::chrono::seconds>(*bounds.end).time_since_epoch().count()
+                           : TimelineEntry::kEndless;
+  }
+  placeOnShelf(entry, item);
+  return entry;
+}
+
+Status Timeline::insert(const TimelineEntry& entry) {
+  return forEachShelf(entry.slot, [&](std::int64_t shelf) -> Status {
+    m_shelves.set(static_cast<std::size_t>(shelf));
+    const std::int64_t flags = (entry.repeats ? kRepeats : 0) | (entry.originalIsWall ? kOriginalIsWall : 0) |
+                               (entry.hasDue ? kHasDue : 0) | (entry.dueIsWall ? kDueIsWall : 0);
+    const Row row{shelf, entry.start, entry.item, entry.end, entry.calendar, flags, entry.series, entry.original};
+    if (!m_gathers) return write(std::span(&row, 1));
+    m_gathered.push_back(row);
+    m_gatheredItems.insert(row.item);
+    return m_gathered.size() < kGatheredAtMost ? Status() : writeRows();
+  });
+}
+
+Status Timeline::write(std::span<const Row> rows) {
+  return m_insert.write(m_database, rows, [](Statement& insert, int before, const Row& row) {
+    insert.bind(before + 1, row.shelf).bind(before + 2, row.start).bind(before + 3, row.item).bind(before + 4, row.end);
+    insert.bind(before + 5, row.calendar).bind(before + 6, row.flags);
+    row.series ? insert.bind(before + 7, *row.series) : insert.bindNull(before + 7);
+    row.original ? insert.bind(before + 8, *row.original) : insert.bindNull(before + 8);
+  });
+}
+
+Status Timeline::writeRows() {
+  std::stable_sort(m_gathered.begin(), m_gathered.end(), [](const Row& a, const Row& b) {
+    return std::tie(a.shelf, a.start, a.item) < std::tie(b.shelf, b.start, b.item);
+  });
+  ORLOCAL_CHECK(write(m_gathered));
+  m_gathered.clear();
+  m_gatheredItems.clear();
+  return {};
+}
+
+Status Timeline::writeGathered() {
+  m_gathers = false;
+  return writeRows();
+}
+
+void Timeline::forget() {
+  m_shelvesKnown = false;
+  m_gathers = false;
+  m_gathered.clear();
+  m_gatheredItems.clear();
+}
+
+Status Timeline::remove(ItemId item, std::int64_t slot, std::int64_t start) {
+  if (m_gatheredItems.contains(item)) ORLOCAL_CHECK(writeRows());
+  return forEachShelf(slot, [&](std::int64_t shelf) {
+    return m_remove.in(m_database).bind(1, shelf).bind(2, start).bind(3, item).run();
+  });
+}
+
+Status Timeline::findShelves() {
+  ORLOCAL_CHECK(writeRows());
+  if (m_shelvesKnown) return {};
+  m_shelves.reset();
+  for (std::int64_t slot = -1;;) {
+    Statement& next = m_nextSlot.in(m_database);
+    const ResetAtExit reset(next);
+    next.bind(1, slot);
+    ORLOCAL_TRY(const bool found, next.step());
+    if (!found) break;
+    CheckedRow row(next);
+    // A damaged index may give the same slot for ever.
+    slot = row.number(0, slot + 1, static_cast<std::int64_t>(kShelves) - 1);
+    if (!row.sound()) return damaged(m_database, "The timeline");
+    m_shelves.set(static_cast<std::size_t>(slot));
+  }
+  m_shelvesKnown = true;
+  return {};
+}
+
+Status Timeline::visitShelf(std::int64_t slot, std::int64_t after, std::int64_t before, const Visitor& visit) {
+  if (!m_shelves.test(static_cast<std::size_t>(slot))) return {};
+  Statement& scan = m_scan.in(m_database);
+  const ResetAtExit reset(scan);
+  scan.bind(1, slot).bind(2, after).bind(3, before);
+  TimelineEntry entry;
+  entry.slot = slot;
+  entry.wall =
+      (slot >= kWall && slot < kTimedMonths) || (slot >= kWallMonths && slot < kOpenTimed) || slot == kOpenWall;
+  for (std::pair<std::int64_t, ItemId> last{INT64_MIN, 0};;) {
+    ORLOCAL_TRY(const bool found, scan.step());
+    if (!found) return {};
+    CheckedRow row(scan);
+    entry.item = row.id(0);
+    entry.calendar = row.id(1);
+    entry.start = row.seconds(2);
+    entry.end = row.number(3, kEarliestSecond, INT64_MAX);
+    const std::int64_t flags = row.number(4);
+    entry.repeats = (flags & kRepeats) != 0;
+    entry.originalIsWall = (flags & kOriginalIsWall) != 0;
+    entry.hasDue = (flags & kHasDue) != 0;
+    entry.dueIsWall = (flags & kDueIsWall) != 0;
+    entry.series = row.optionalId(5);
+    entry.original.reset();
+    if (!row.isNull(6)) entry.original = row.seconds(6);
+    const bool endless = entry.end == TimelineEntry::kEndless && entry.repeats;
+    const std::pair<std::int64_t, ItemId> place(entry.start, entry.item);
+    if (!row.sound() || place <= last || (!endless && entry.end > kLatestEnd)) {
+      return damaged(m_database, "The timeline");
+    }
+    last = place;
+    ORLOCAL_CHECK(visit(entry));
+  }
+}
+
+Status Timeline::visitEvents(std::int64_t from, std::int64_t to, const Visitor& visit) {
+  ORLOCAL_CHECK(findShelves());
+  const struct {
+    std::int64_t lengths, months, from, to;
+  } clocks[] = {{kTimed, kTimedMonths, from, to},
+                {kWall, kWallMonths, saturatedAdd(from, -kWallSlack), saturatedAdd(to, kWallSlack)}};
+  for (const auto& clock : clocks) {
+    const auto within = [&](const TimelineEntry& entry) -> Status {
+      return entry.end >= clock.from ? visit(entry) : Status();
+    };
+    for (std::size_t i = 0; i < std::size(kLengths); ++i) {
+      const std::int64_t longest = std::int64_t{1} << kLengths[i];
+      // One second more: a start at `from` - longest ends at `from`, and one without length stands at `from` itself.
+      ORLOCAL_CHECK(visitShelf(clock.lengths + static_cast<std::int64_t>(i), saturatedAdd(clock.from, -longest - 1),
+                               clock.to, within));
+    }
+    ORLOCAL_CHECK(visitShelf(clock.lengths + kEndlessShelf, INT64_MIN, clock.to, within));
+
+    const unsigned months =
+        monthsBetween(saturatedAdd(clock.from, -kLongestOnMonths - 3 * kDay), saturatedAdd(clock.to, 3 * kDay));
+    std::vector<ItemId> seen;  // an entry stands on the shelves of all its months
+    for (int month = 0; month < 12; ++month) {
+      if ((months >> month & 1) == 0) continue;
+      const std::size_t sorted = seen.size();
+      ORLOCAL_CHECK(visitShelf(clock.months + month, INT64_MIN, clock.to, [&](const TimelineEntry& entry) -> Status {
+        if (std::binary_search(seen.begin(), seen.begin() + static_cast<std::ptrdiff_t>(sorted), entry.item)) return {};
+        seen.push_back(entry.item);
+        return within(entry);
+      }));
+      std::sort(seen.begin(), seen.end());
+    }
+  }
+  return {};
+}
+
+Status Timeline::visitOpenReminders(std::int64_t from, std::int64_t to, bool withoutDue, const Visitor& visit) {
+  ORLOCAL_CHECK(findShelves());
+  ORLOCAL_CHECK(visitShelf(kOpenTimed, saturatedAdd(from, -1), to, visit));
+  ORLOCAL_CHECK(visitShelf(kOpenWall, saturatedAdd(from, -kWallSlack), saturatedAdd(to, kWallSlack), visit));
+  if (withoutDue) ORLOCAL_CHECK(visitShelf(kOpenWithoutDue, INT64_MIN, INT64_MAX, visit));
+  return {};
+}
+
+Status Timeline::visitCompletedReminders(std::int64_t from, std::int64_t to, const Visitor& visit) {
+  ORLOCAL_CHECK(findShelves());
+  return visitShelf(kCompletedShelf, saturatedAdd(from, -1), to, visit);
+}
+
+}  // namespace orlocal::store

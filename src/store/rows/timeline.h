@@ -1,0 +1,111 @@
+#pragma once
+
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <unordered_set>
+#include <vector>
+
+#include "store/file/row_insert.h"
+#include "store/file/sqlite.h"
+#include "store/model/model.h"
+#include "store/recurrence/recurrence.h"
+
+namespace orlocal::store {
+
+/// What the timeline keeps of an event or reminder. Moments are whole seconds since 1970, in UTC; for whole days and
+/// floating times (`wall`) on the wall clock.
+struct TimelineEntry {
+  static constexpr std::int64_t kEndless = INT64_MAX;
+
+  ItemId item = 0;
+  CalendarId calendar = 0;
+  std::int64_t slot = 0;   ///< the shelf it stands on; see timeline.cpp
+  std::int64_t start = 0;  ///< of a series: of its first occurrence; of a reminder: due or completed
+  std::int64_t end = 0;    ///< of a series: of its last one, or `kEndless`; of a completed reminder: due
+  bool repeats = false;
+  bool wall = false;
+  bool dueIsWall = false, hasDue = false;  ///< completed reminders: of `end`
+  std::optional<ItemId> series;            ///< changed occurrences: theirs
+  std::optional<std::int64_t> original;    ///< changed occurrences: original start
+  bool originalIsWall = false;
+};
+
+/// Finds what overlaps a range at the cost of the answer, whatever else the store holds.
+///
+/// Entries stand on shelves by how long they last, and on a shelf by their start: on the shelf for lengths up to L only
+/// starts in (from - L, to) can overlap [from, to). Series that go on for ever but meet in few months of the year stand
+/// on a shelf for each of these months.
+class Timeline {
+ public:
+  static constexpr std::size_t kShelves = 256;
+
+  explicit Timeline(Database& database) : m_database(database) {}
+
+  /// The entry of an event or reminder; `series` is what it expands to when it repeats, compiled for UTC, and
+  /// `original` the original start (in the terms of `originalKey`) of a changed occurrence.
+  static TimelineEntry entryOf(const Item& item, const Series* series, std::optional<std::int64_t> original,
+                               bool originalIsWall);
+  /// Whether `items.slot` may have this value.
+  static bool isSlot(std::int64_t slot);
+  static bool isWall(const CalendarTime& time);
+  /// Seconds: UTC, or on the wall clock when `isWall`.
+  static std::int64_t keyOf(const CalendarTime& time);
+
+  /// Takes the place of the item's entry of that slot and start.
+  Status insert(const TimelineEntry& entry);
+  /// `slot` and `start` are the entry's.
+  Status remove(ItemId item, std::int64_t slot, std::int64_t start);
+
+  /// From now on what is inserted is kept back and written in its order, many rows at once: a large change costs less.
+  /// Before anything is read, or one of these removed, it is written.
+  void gather() { m_gathers = true; }
+  /// Writes what was kept back, and ends that.
+  Status writeGathered();
+
+  /// Says that another process may have changed the file, or that a change of this one did not come about.
+  void forget();
+
+  using Visitor = std::function<Status(const TimelineEntry&)>;
+  /// Visits every event entry that may overlap [from, to), each once, in no order; some do not overlap after all.
+  /// Bounds are seconds since 1970 in UTC.
+  Status visitEvents(std::int64_t from, std::int64_t to, const Visitor& visit);
+  /// Visits reminder entries that may lie in [from, to).
+  Status visitOpenReminders(std::int64_t from, std::int64_t to, bool withoutDue, const Visitor& visit);
+  Status visitCompletedReminders(std::int64_t from, std::int64_t to, const Visitor& visit);
+
+ private:
+  /// A row of the table, in its order of columns.
+  struct Row {
+    std::int64_t shelf, start;
+    ItemId item;
+    std::int64_t end;
+    CalendarId calendar;
+    std::int64_t flags;
+    std::optional<ItemId> series;
+    std::optional<std::int64_t> original;
+  };
+  Status write(std::span<const Row> rows);
+  Status writeRows();
+  Status findShelves();
+  Status visitShelf(std::int64_t slot, std::int64_t after, std::int64_t before, const Visitor& visit);
+
+  Database& m_database;
+  std::bitset<kShelves> m_shelves;  ///< those with entries, perhaps some more
+  bool m_shelvesKnown = false;
+  bool m_gathers = false;
+  std::vector<Row> m_gathered;
+  std::unordered_set<ItemId> m_gatheredItems;
+  RowInsert m_insert{
+      "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)", 8, 16};
+  LazyStatement m_remove{"DELETE FROM timeline WHERE slot = ? AND \"start\" = ? AND item = ?"};
+  LazyStatement m_nextSlot{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
+  LazyStatement m_scan{
+      "SELECT item, calendar, \"start\", \"end\", flags, series, original FROM timeline "
+      "WHERE slot = ? AND \"start\" > ? AND \"start\" < ? ORDER BY \"start\", item"};
+};
+
+}  // namespace orlocal::store

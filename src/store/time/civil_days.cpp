@@ -1,0 +1,48 @@
+#include "store/time/civil_days.h"
+
+#include <array>
+
+namespace orlocal::store {
+
+namespace chrono = std::chrono;
+
+LocalTime localTime(LocalSeconds seconds) {
+  // By the date's own arithmetic: adding to an epoch walks the years between.
+  const DayNumber day = dayOf(seconds);
+  const auto date = dateOf(day);
+  const int inDay = static_cast<int>(seconds - day * kSecondsPerDay);
+  return LocalTime(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
+                   static_cast<int>(static_cast<unsigned>(date.day())), inDay / 3600, inDay / 60 % 60, inDay % 60);
+}
+
+chrono::year_month_day dateOf(DayNumber day) {
+  return chrono::year_month_day(chrono::sys_days(chrono::days(static_cast<int>(day))));
+}
+
+DayNumber dayNumber(int year, int month, int day) {
+  const chrono::year_month_day date(chrono::year(year), chrono::month(static_cast<unsigned>(month)),
+                                    chrono::day(static_cast<unsigned>(day)));
+  return chrono::sys_days(date).time_since_epoch().count();
+}
+
+int weekDayOf(DayNumber day) {
+  return static_cast<int>((day % 7 + 7 + 4) % 7);  // 1970-01-01 was a Thursday
+}
+
+int yearLength(int year) { return chrono::year(year).is_leap() ? 366 : 365; }
+
+int monthLength(int year, int month) {
+  constexpr std::array<int, 12> kLengths{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month == 2 && chrono::year(year).is_leap() ? 29 : kLengths[static_cast<std::size_t>(month - 1)];
+}
+
+WeekNumber weekNumberOf(DayNumber day, int weekStart) {
+  const DayNumber first = day - (weekDayOf(day) - weekStart + 7) % 7;
+  const DayNumber middle = first + 3;  // the year that has it has the week
+  const int year = static_cast<int>(dateOf(middle).year());
+  const int fromFront = static_cast<int>((middle - dayNumber(year, 1, 1)) / 7) + 1;
+  const int fromBack = static_cast<int>((dayNumber(year, 12, 31) - middle) / 7) + 1;
+  return {fromFront, -fromBack};
+}
+
+}  // namespace orlocal::store
