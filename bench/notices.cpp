@@ -60,7 +60,7 @@ int noteDatabase(sqlite3* database, char**, const sqlite3_api_routines*) {
 }
 
 template <class T>
-T orThrow(store::Result<T> result) {
+T orThrow(Result<T> result) {
   if (!result) throw std::runtime_error(result.error().message);
   return *std::move(result);
 }

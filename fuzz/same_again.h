@@ -36,7 +36,7 @@ inline std::vector<store::Calendar> calendarsOf(store::CalendarStore& store) {
 
 inline std::string exported(store::CalendarStore& store, const std::vector<store::Calendar>& calendars) {
   std::string text;
-  const auto done = store::exportCalendars(store, calendars, [&text](std::string_view piece) -> store::Status {
+  const auto done = store::exportCalendars(store, calendars, [&text](std::string_view piece) -> Status {
     text += piece;
     return {};
   });
@@ -79,7 +79,7 @@ inline std::vector<std::string> itemLines(const std::string& text) {
   std::abort();
 }
 
-inline void expectTaken(const store::Result<store::ImportReport>& report) {
+inline void expectTaken(const Result<store::ImportReport>& report) {
   if (report && report->refused == 0) return;
   if (!report) std::fprintf(stderr, "%s\n", report.error().message.c_str());
   if (report) {

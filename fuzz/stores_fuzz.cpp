@@ -13,7 +13,7 @@ namespace {
 
 using namespace orlocal::store;
 
-Status nowhere(std::string_view) { return {}; }
+orlocal::Status nowhere(std::string_view) { return {}; }
 
 std::string freshStore(const orlocal::fuzz::TemporaryFolder& folder) {
   const auto file = folder.file("fresh.db");

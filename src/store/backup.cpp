@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/file_draft.h"
 #include "store/file/file_state.h"
 #include "store/file/schema.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::store {

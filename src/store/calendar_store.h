@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/core/outside_commits.h"
 #include "store/core/query.h"
 #include "store/core/store_options.h"

@@ -6,9 +6,10 @@
 
 #include <fmt/format.h>
 
-#include "store/base/hash.h"
-#include "store/base/text.h"
-#include "store/base/whole_input.h"
+#include "base/hash.h"
+#include "base/text.h"
+#include "base/try.h"
+#include "base/whole_input.h"
 #include "store/icalendar/content_line.h"
 #include "store/time/zone_names.h"
 
@@ -189,22 +190,18 @@ Result<ReadContacts> readContacts(std::string bytes, const std::string& name) {
 }
 
 Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesystem::path& file) {
-  auto bytes = readWholeFile(file);
-  if (!bytes) return tl::unexpected(bytes.error());
-  auto read = readContacts(std::move(*bytes), file.string());
-  if (!read) return tl::unexpected(read.error());
-  auto writer = store.startWriting();
-  if (!writer) return tl::unexpected(writer.error());
+  ORLOCAL_TRY(std::string bytes, readWholeFile(file));
+  ORLOCAL_TRY(ReadContacts read, readContacts(std::move(bytes), file.string()));
+  ORLOCAL_TRY(const auto writer, store.startWriting());
   ImportReport report;
-  for (Contact& contact : read->contacts) {
-    const auto outcome = (*writer)->putContact(contact);
-    if (!outcome) return tl::unexpected(outcome.error());
-    report.added += *outcome == PutOutcome::kNew ? 1U : 0U;
-    report.updated += *outcome == PutOutcome::kUpdated ? 1U : 0U;
-    report.unchanged += *outcome == PutOutcome::kUnchanged ? 1U : 0U;
+  for (Contact& contact : read.contacts) {
+    ORLOCAL_TRY(const PutOutcome outcome, writer->putContact(contact));
+    report.added += outcome == PutOutcome::kNew ? 1U : 0U;
+    report.updated += outcome == PutOutcome::kUpdated ? 1U : 0U;
+    report.unchanged += outcome == PutOutcome::kUnchanged ? 1U : 0U;
   }
-  if (auto status = (*writer)->commit(); !status) return tl::unexpected(status.error());
-  report.problems = std::move(read->problems.refused);
+  ORLOCAL_CHECK(writer->commit());
+  report.problems = std::move(read.problems.refused);
   report.refused = report.problems.size();
   return report;
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/calendar_store.h"
 #include "store/icalendar/icalendar_reader.h"
 #include "store/import.h"

@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/icalendar/calendar_layout.h"
 #include "store/icalendar/icalendar_writer.h"
 #include "store/icalendar/private_zone.h"

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/calendar_store.h"
 #include "store/model/model.h"
 

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "store/rows/timeline.h"
 
 namespace orlocal::store {
@@ -27,9 +28,7 @@ struct PreparedFile {
 
 bool stopped(const ImportOptions& options) { return options.stop != nullptr && options.stop->load(); }
 
-tl::unexpected<Error> wasStopped() {
-  return failure(ErrorCode::kInterrupted, "the import was stopped; nothing was written");
-}
+Failed wasStopped() { return failure(ErrorCode::kInterrupted, "the import was stopped; nothing was written"); }
 
 Result<PreparedFile> prepare(CalendarReader reader, const ImportOptions& options) {
   reader.stopWhen(options.stop);
@@ -76,14 +75,13 @@ class Importer {
       : m_file(std::move(file)), m_writer(writer), m_options(options), m_targets(m_file.calendars.size()) {}
 
   Result<ImportReport> run() {
-    for (const auto& [name, text] : m_file.zones)
-      if (auto status = m_writer.putZone(name, text); !status) return tl::unexpected(status.error());
+    for (const auto& [name, text] : m_file.zones) ORLOCAL_CHECK(m_writer.putZone(name, text));
     const std::size_t all = m_file.groups.size();
     for (std::size_t i = 0; i < all; ++i) {
       if (i % kProgressStep == 0 && stopped(m_options)) return wasStopped();
-      if (auto status = write(m_file.groups[i]); !status) return tl::unexpected(status.error());
+      ORLOCAL_CHECK(write(m_file.groups[i]));
     }
-    if (auto status = m_writer.commit(); !status) return tl::unexpected(status.error());
+    ORLOCAL_CHECK(m_writer.commit());
     if (m_options.progress) m_options.progress(all, all);
     return report();
   }
@@ -91,19 +89,16 @@ class Importer {
  private:
   Status write(ItemGroup& group) {
     const ItemKind kind = group.main ? group.main->kind : group.changed.front().kind;
-    const auto target = targetOf(kind, group.calendar);
-    if (!target) return tl::unexpected(target.error());
+    ORLOCAL_TRY(const CalendarId target, targetOf(kind, group.calendar));
     if (group.main) {
-      if (auto status = put(*target, group.line, *group.main, group.changed, group.series.get()); !status)
-        return status;
+      ORLOCAL_CHECK(put(target, group.line, *group.main, group.changed, group.series.get()));
       for (ItemGroup& later : group.later)
-        if (auto status = put(*target, later.line, *later.main, later.changed, later.series.get()); !status)
-          return status;
+        ORLOCAL_CHECK(put(target, later.line, *later.main, later.changed, later.series.get()));
       return {};
     }
     for (Item& stray : group.changed) {
       std::vector<Item> none;
-      if (auto status = put(*target, group.line, stray, none, nullptr); !status) return status;
+      ORLOCAL_CHECK(put(target, group.line, stray, none, nullptr));
     }
     return {};
   }
@@ -118,7 +113,7 @@ class Importer {
     if (!outcome) {
       const auto code = outcome.error().code;
       const bool ofTheItem = code == ErrorCode::kInvalid || code == ErrorCode::kRefused || code == ErrorCode::kTooLarge;
-      if (!ofTheItem) return tl::unexpected(outcome.error());
+      if (!ofTheItem) return failure(outcome.error());
       m_file.problems.refuse(line, uid, outcome.error().message);
       return {};
     }
@@ -147,9 +142,7 @@ class Importer {
     const CalendarKind kind = calendarKindOf(itemKind);
     std::optional<CalendarId>& target = m_targets[index][static_cast<std::size_t>(kind)];
     if (!target) {
-      auto found = findTarget(kind, m_file.calendars[index]);
-      if (!found) return found;
-      target = *found;
+      ORLOCAL_TRY(target, findTarget(kind, m_file.calendars[index]));
     }
     return *target;
   }
@@ -157,24 +150,24 @@ class Importer {
   Result<CalendarId> findTarget(CalendarKind kind, const CalendarHead& head) {
     const std::string title(titleFor(kind, head, m_options));
     const bool protects = m_options.readOnly || m_options.subscription;
-    auto found = title.empty() ? m_writer.defaultCalendar(kind) : m_writer.calendarTitled(kind, title);
-    if (!found) return tl::unexpected(found.error());
-    if (*found && (*found)->readOnly && !protects)
+    ORLOCAL_TRY(const auto found,
+                title.empty() ? m_writer.defaultCalendar(kind) : m_writer.calendarTitled(kind, title));
+    if (found && found->readOnly && !protects)
       return failure(
           ErrorCode::kReadOnly,
           fmt::format(
               "\"{}\" allows no changes; import with --read-only or --subscription to refresh it, or name another one",
-              (*found)->title));
+              found->title));
     Calendar calendar;
-    if (*found) {
-      calendar = **found;
+    if (found) {
+      calendar = *found;
     } else {
       calendar.kind = kind;
       calendar.title = !title.empty() ? title : kind == CalendarKind::kEvents ? "Calendar" : "Reminders";
       calendar.color = head.color;
       calendar.readOnly = protects;
       calendar.subscribed = m_options.subscription;
-      if (auto status = make(calendar); !status) return tl::unexpected(status.error());
+      ORLOCAL_CHECK(make(calendar));
     }
     return calendar.id;
   }
@@ -185,7 +178,7 @@ class Importer {
       Source source;
       source.type = Source::Type::kSubscription;
       source.title = calendar.title;
-      if (auto status = m_writer.makeSource(source); !status) return status;
+      ORLOCAL_CHECK(m_writer.makeSource(source));
       calendar.source = source.id;
     }
     return m_writer.makeCalendar(calendar);
@@ -216,13 +209,11 @@ class Importer {
 };
 
 Result<ImportReport> import(CalendarStore& store, Result<CalendarReader> reader, const ImportOptions& options) {
-  if (!reader) return tl::unexpected(reader.error());
-  auto prepared = prepare(std::move(*reader), options);
-  if (!prepared) return tl::unexpected(prepared.error());
-  const auto announced = announcedItems(*prepared, options);
-  auto writer = store.startWriting({announced, options.stop});
-  if (!writer) return tl::unexpected(writer.error());
-  return Importer(std::move(*prepared), **writer, options).run();
+  ORLOCAL_CHECK(reader);
+  ORLOCAL_TRY(PreparedFile prepared, prepare(std::move(*reader), options));
+  const auto announced = announcedItems(prepared, options);
+  ORLOCAL_TRY(const auto writer, store.startWriting({announced, options.stop}));
+  return Importer(std::move(prepared), *writer, options).run();
 }
 
 }  // namespace

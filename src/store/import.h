@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/calendar_store.h"
 #include "store/icalendar/icalendar_reader.h"
 

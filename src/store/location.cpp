@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 
 namespace orlocal::store {
 namespace {

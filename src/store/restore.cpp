@@ -7,8 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/try.h"
 #include "store/backup.h"
-#include "store/base/try.h"
 #include "store/core/store_core.h"
 #include "store/file/change_signal.h"
 #include "store/file/checked_row.h"
@@ -71,7 +71,7 @@ class Restoring {
     } else if (present.error().code == ErrorCode::kCorrupt) {
       ORLOCAL_CHECK(putInPlace(draft));
     } else {
-      return tl::unexpected(present.error());
+      return failure(present.error());
     }
     return m_result;
   }

@@ -8,7 +8,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/file_state.h"
 #include "store/file/schema.h"
 #include "store/icalendar/icalendar_writer.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/export.h"
 
 namespace orlocal::store {

@@ -1,6 +1,6 @@
 #include "store/sqlite_store.h"
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/edits/calendar_edits.h"
 #include "store/edits/event_edits.h"
 #include "store/edits/reminder_edits.h"

@@ -8,12 +8,13 @@ import re
 import sys
 
 # Layer -> layers it may include besides itself. A layer is the longest listed folder that holds the file.
-# The store's rooms from the bottom up; each knows those before it, and the store's face, last, knows all.
-STORE = ["store/base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/file", "store/rows",
+# The store's rooms from the bottom up, on what it shares with the host program; each knows those before it, and the
+# store's face, last, knows all.
+STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/file", "store/rows",
          "store/core", "store/edits", "store"]
 
 # What the store's face speaks in.
-SHOWN = {"store", "store/base", "store/time", "store/model"}
+SHOWN = {"base", "store", "store/time", "store/model"}
 
 KNOWS = {
     **{room: set(STORE[:floor]) for floor, room in enumerate(STORE)},
@@ -26,12 +27,12 @@ KNOWS = {
     "bridge": {"backend", "backend/eventkit", "backend/legacy", "platform", "platform/host"},
     "functions": {"bridge", "backend", "backend/eventkit", "backend/legacy", "platform", "platform/host"},
     "notify": {"bridge", "backend", "backend/legacy", "platform", "platform/host"},
-    "host/fmwrapper": {"platform/host"},
-    "host/plugin": {"host/fmwrapper", "platform/host"},
-    "host/calc": {"host/fmwrapper"},
-    "host/console": {"host/calc", "host/fmwrapper", "host/plugin"},
+    "host/fmwrapper": {"base", "platform/host"},
+    "host/plugin": {"base", "host/fmwrapper", "platform/host"},
+    "host/calc": {"base", "host/fmwrapper"},
+    "host/console": {"base", "host/calc", "host/fmwrapper", "host/plugin"},
     "host/commands": {"host", "host/calc", "host/console", "host/fmwrapper", "host/plugin", *SHOWN, "store/file"},
-    "host": {"host/calc", "host/commands", "host/console", "host/fmwrapper", "host/plugin"},
+    "host": {"base", "host/calc", "host/commands", "host/console", "host/fmwrapper", "host/plugin"},
 }
 
 # Layers that know the C++ standard library and our own headers, and nothing else of the outside.

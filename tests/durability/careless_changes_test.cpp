@@ -2,15 +2,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "base/try.h"
 #include "durability/trials.h"
-#include "store/base/try.h"
 #include "store/file/sqlite.h"
 
 // What the trials are good for: changes made as nobody should make them are noticed.
 namespace orlocal::test {
 namespace {
-
-using store::Status;
 
 Status titled(Session& session, const char* pragma, const char* title) {
   ORLOCAL_TRY(auto database, store::Database::open(session.file(), std::chrono::seconds(1)));
@@ -36,7 +34,7 @@ Status writtenBeforeItIsOnDisk(Session& session) {
   const bool written = ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   ::close(file);
   if (!written || ::rename(session.in("draft").c_str(), session.in("old.ics").c_str()) != 0)
-    return store::failure(store::ErrorCode::kIo, "It cannot be written.");
+    return failure(ErrorCode::kIo, "It cannot be written.");
   return {};
 }
 

@@ -1,8 +1,8 @@
 #include "durability/changes.h"
 
+#include "base/try.h"
 #include "host/commands/output_file.h"
 #include "store/backup.h"
-#include "store/base/try.h"
 #include "store/contacts.h"
 #include "store/edits/edited_items.h"
 #include "store/export.h"
@@ -19,24 +19,23 @@ using store::Item;
 using store::LocalTime;
 using store::Occurrence;
 using store::Span;
-using store::Status;
 
 store::CalendarTime utc(int day, int hour) {
   return {store::CalendarTime::Kind::kUtc, LocalTime(2026, 11, day, hour), ""};
 }
 
-tl::unexpected<store::Error> notThere(std::string_view title) {
-  return store::failure(store::ErrorCode::kNotFound, std::string(title) + " cannot be read.");
+Failed notThere(std::string_view title) {
+  return failure(ErrorCode::kNotFound, std::string(title) + " cannot be read.");
 }
 
 /// What it gave does not matter.
 template <class T>
-Status withoutValue(const store::Result<T>& result) {
+Status withoutValue(const Result<T>& result) {
   return result ? Status() : Status(tl::unexpected(result.error()));
 }
 
 /// The occurrence of that day.
-store::Result<std::optional<Occurrence>> occurrenceOn(CalendarStore& store, const Item& item, std::optional<int> day) {
+Result<std::optional<Occurrence>> occurrenceOn(CalendarStore& store, const Item& item, std::optional<int> day) {
   if (!day) return std::nullopt;
   ORLOCAL_TRY(auto found, store.occurrenceAt(item, store::Zone().toMoment(LocalTime(2026, 11, *day, 8))));
   if (!found) return notThere("The occurrence");
@@ -153,7 +152,7 @@ Status makeCalendar(Session& session) {
   return store->saveCalendar(calendar);
 }
 
-store::Result<Calendar> calendarTitled(CalendarStore& store, CalendarKind kind, std::string_view title) {
+Result<Calendar> calendarTitled(CalendarStore& store, CalendarKind kind, std::string_view title) {
   ORLOCAL_TRY(const auto calendars, store.calendars(kind));
   for (const Calendar& calendar : calendars)
     if (calendar.title == title) return calendar;
@@ -202,7 +201,7 @@ Status salvaged(Session& session) {
   return exported(session, "export.ics", [&](const store::TextSink& sink) -> Status {
     ORLOCAL_TRY(const auto report, store::salvage(session.file(), {}, session.options().busyTimeout, sink));
     if (report.complete()) return {};
-    return store::failure(store::ErrorCode::kCorrupt, "Something was not salvaged.");
+    return failure(ErrorCode::kCorrupt, "Something was not salvaged.");
   });
 }
 

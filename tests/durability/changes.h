@@ -2,9 +2,9 @@
 
 #include <span>
 
+#include "base/result.h"
 #include "durability/given_folders.h"
 #include "durability/session.h"
-#include "store/base/result.h"
 
 namespace orlocal::test {
 
@@ -12,7 +12,7 @@ namespace orlocal::test {
 struct Change {
   const char* name;
   Given given;
-  store::Status (*make)(Session& session);
+  Status (*make)(Session& session);
   /// It puts a file in the place of another, which cannot come back when that alone does not reach the disk.
   bool replaces = false;
 };

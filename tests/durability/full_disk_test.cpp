@@ -78,19 +78,19 @@ class FullDisk : public testing::Test {
     std::string text;
     const auto calendars = store.calendars(store::CalendarKind::kEvents);
     if (!calendars) return calendars.error().message;
-    const auto written = store::exportCalendars(store, *calendars, [&](std::string_view piece) -> store::Status {
+    const auto written = store::exportCalendars(store, *calendars, [&](std::string_view piece) -> Status {
       text += piece;
       return {};
     });
     return written ? text : written.error().message;
   }
-  store::Result<std::unique_ptr<store::CalendarStore>> opened() const {
+  Result<std::unique_ptr<store::CalendarStore>> opened() const {
     store::StoreOptions options;
     options.file = folder.file();
     options.busyTimeout = std::chrono::milliseconds(200);
     return store::CalendarStore::open(options);
   }
-  store::Status saved(store::CalendarStore& store) const {
+  Status saved(store::CalendarStore& store) const {
     store::Item event = newEvent(store, "new");
     return store::saveEvent(store, event, std::nullopt, store::Span::kThis);
   }
@@ -125,7 +125,7 @@ TEST_F(FullDisk, LeavesTheStoreToBeSalvaged) {
   noRoom();
   std::string text;
   const auto report =
-      store::salvage(folder.file(), {}, std::chrono::milliseconds(200), [&](std::string_view piece) -> store::Status {
+      store::salvage(folder.file(), {}, std::chrono::milliseconds(200), [&](std::string_view piece) -> Status {
         text += piece;
         return {};
       });
@@ -141,7 +141,7 @@ TEST_F(FullDisk, IsWhatARefusedSaveSpeaksOf) {
     ASSERT_TRUE(store) << store.error().message;
     const auto status = saved(**store);
     ASSERT_FALSE(status);
-    EXPECT_EQ(status.error().code, store::ErrorCode::kFull) << status.error().message;
+    EXPECT_EQ(status.error().code, ErrorCode::kFull) << status.error().message;
     EXPECT_THAT(status.error().message, HasSubstr("no room left"));
     room.comesBack();
   }
@@ -184,7 +184,7 @@ TEST_F(FullDisk, LeavesTheFileAsItWasWhenASaveIsCutShort) {
     room.endInLog(after);
     const auto status = saved(**store);
     if (!status) {
-      EXPECT_EQ(status.error().code, store::ErrorCode::kFull) << status.error().message;
+      EXPECT_EQ(status.error().code, ErrorCode::kFull) << status.error().message;
       EXPECT_THAT(textOf(**store), testing::StrEq(before)) << after;
     }
     room.comesBack();

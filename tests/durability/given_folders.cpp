@@ -55,7 +55,7 @@ std::string remindersOf() {
 }
 
 template <class T>
-T orThrow(store::Result<T> result) {
+T orThrow(Result<T> result) {
   if (!result) throw std::runtime_error(result.error().message);
   if constexpr (!std::is_void_v<T>) return *std::move(result);
 }

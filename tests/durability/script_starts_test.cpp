@@ -53,7 +53,7 @@ class Gate {
 };
 
 template <class T>
-T orThrow(store::Result<T> result) {
+T orThrow(Result<T> result) {
   if (!result) throw std::runtime_error(result.error().message);
   if constexpr (!std::is_void_v<T>) return *std::move(result);
 }

@@ -18,7 +18,6 @@ using store::Calendar;
 using store::CalendarKind;
 using store::CalendarStore;
 using store::Item;
-using store::Status;
 
 /// "x" in place of each digit of identifiers.
 std::string withoutIdentifiers(std::string text) {
@@ -47,7 +46,7 @@ std::string lineOf(const Calendar& calendar) {
                      calendar.immutable);
 }
 
-store::Result<std::string> readAll(CalendarStore& store) {
+Result<std::string> readAll(CalendarStore& store) {
   std::string text;
   store::EventQuery query;
   for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
@@ -122,7 +121,7 @@ store::StoreOptions Session::options() const {
   return options;
 }
 
-store::Result<CalendarStore*> Session::store() {
+Result<CalendarStore*> Session::store() {
   if (m_store == nullptr) {
     auto opened = CalendarStore::open(options());
     if (!opened) return tl::unexpected(opened.error());
@@ -181,7 +180,7 @@ std::shared_ptr<const Item> itemTitled(CalendarStore& store, std::string_view ti
 Status saveNext(CalendarStore& store) {
   const auto calendar = store.defaultCalendar(CalendarKind::kEvents);
   if (!calendar) return tl::unexpected(calendar.error());
-  if (!*calendar) return store::failure(store::ErrorCode::kNotFound, "There is no default calendar.");
+  if (!*calendar) return failure(ErrorCode::kNotFound, "There is no default calendar.");
   Item event;
   event.calendar = (*calendar)->id;
   event.title = "next";

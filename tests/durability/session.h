@@ -13,7 +13,7 @@ class Session {
  public:
   explicit Session(std::filesystem::path folder) : m_folder(std::move(folder)) {}
 
-  store::Result<store::CalendarStore*> store();
+  Result<store::CalendarStore*> store();
   bool isOpen() const { return m_store != nullptr; }
   void close();
 
@@ -38,6 +38,6 @@ std::string contentOf(const std::filesystem::path& folder);
 std::shared_ptr<const store::Item> itemTitled(store::CalendarStore& store, std::string_view title);
 
 /// The change that must always work after the trouble: an event titled "next".
-store::Status saveNext(store::CalendarStore& store);
+Status saveNext(store::CalendarStore& store);
 
 }  // namespace orlocal::test

@@ -154,7 +154,7 @@ std::string Trials::flawIn(const fs::path& folder, const Change& change, bool do
   }
   Session session(folder);
   const auto store = session.store();
-  const auto next = store ? saveNext(**store) : store::Status(tl::unexpected(store.error()));
+  const auto next = store ? saveNext(**store) : Status(tl::unexpected(store.error()));
   session.close();
   if (!next) return "the next change fails: " + next.error().message;
   now = contentOf(folder);
@@ -168,7 +168,7 @@ Trials::Result Trials::failCalls(const Change& change, const Trouble& trouble, s
   const auto folder = copyOf(change);
   FailCalls calls(trouble, number);
   Session session(folder);
-  store::Status status;
+  Status status;
   {
     const WatchFiles watch(folder, calls);
     status = change.make(session);

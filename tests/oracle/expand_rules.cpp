@@ -26,7 +26,7 @@ std::string answer(const std::array<std::string, 5>& question) {
               << toText << '\n';
     std::exit(2);
   }
-  const auto refused = [](const Error& error) { return "refused: " + error.message; };
+  const auto refused = [](const Failure& error) { return "refused: " + error.message; };
   const auto rule = parseRule(ruleText);
   if (!rule) return refused(rule.error());
   if (start->kind == CalendarTime::Kind::kFloating) {

@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/export.h"
 #include "store/import.h"
 #include "store/salvage.h"
@@ -86,10 +86,10 @@ class Caller {
     for (const Alarm& alarm : item.alarms) text(alarm.url), text(alarm.emailAddress), text(alarm.soundName);
     for (const Attendee& attendee : item.attendees) text(attendee.address), text(attendee.name);
   }
-  const std::optional<Error>& first() const { return m_first; }
+  const std::optional<Failure>& first() const { return m_first; }
 
  private:
-  std::optional<Error> m_first;
+  std::optional<Failure> m_first;
 };
 
 void readAll(CalendarStore& store, Caller& caller, std::vector<ItemId>& ids) {
@@ -236,7 +236,7 @@ StoreOptions DamagedFile::optionsFor(const std::filesystem::path& damaged) const
   return own;
 }
 
-std::optional<Error> DamagedFile::firstFailure(const std::filesystem::path& damaged) const {
+std::optional<Failure> DamagedFile::firstFailure(const std::filesystem::path& damaged) const {
   auto opened = CalendarStore::open(optionsFor(damaged));
   if (!opened) return opened.error();
   Caller caller;

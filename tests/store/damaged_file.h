@@ -21,7 +21,7 @@ class DamagedFile : public StoreTest {
   /// every call ended with a value or a sentence; else what went wrong.
   std::string usedInAChild(const std::filesystem::path& damaged) const;
   /// The first failure that a reading of everything meets; none when all of it can be read.
-  std::optional<Error> firstFailure(const std::filesystem::path& damaged) const;
+  std::optional<Failure> firstFailure(const std::filesystem::path& damaged) const;
 
  private:
   StoreOptions optionsFor(const std::filesystem::path& damaged) const;

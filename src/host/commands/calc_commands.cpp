@@ -7,13 +7,13 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/whole_input.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/calc_file.h"
 #include "host/commands/plugin_host.h"
 #include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
-#include "store/base/whole_input.h"
 
 namespace orlocal::host {
 
@@ -103,7 +103,7 @@ ExitStatus evaluateWords(CommandContext& context, const std::vector<std::string>
 ExitStatus runFile(CommandContext& context, const std::string& file) {
   const bool standard = file == "-";
   const std::string name = standard ? "standard input" : file;
-  const auto text = standard ? store::readWhole(context.streams.in, name) : store::readWholeFile(file);
+  const auto text = standard ? readWhole(context.streams.in, name) : readWholeFile(file);
   if (!text) {
     tellTrouble(context.streams.err, text.error().message);
     return ExitStatus::kFailed;

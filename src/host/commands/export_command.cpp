@@ -29,10 +29,10 @@ struct ExportWords {
 ExitStatus writeTo(const std::string& file, std::ostream& standardOutput,
                    const std::function<ExitStatus(const store::TextSink&)>& write) {
   if (file == kStandardOutput) {
-    return write([&](std::string_view text) -> store::Status {
+    return write([&](std::string_view text) -> Status {
       standardOutput.write(text.data(), static_cast<std::streamsize>(text.size()));
       if (standardOutput) return {};
-      return store::failure(store::ErrorCode::kIo, "The standard output cannot be written.");
+      return failure(ErrorCode::kIo, "The standard output cannot be written.");
     });
   }
   const auto output = orFail(OutputFile::open(file));

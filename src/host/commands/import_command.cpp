@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/whole_input.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/command.h"
 #include "host/commands/import_report.h"
@@ -14,7 +15,6 @@
 #include "host/commands/progress_line.h"
 #include "host/commands/store_session.h"
 #include "host/commands/terminal_text.h"
-#include "store/base/whole_input.h"
 #include "store/contacts.h"
 #include "store/import.h"
 
@@ -43,12 +43,12 @@ store::ImportOptions optionsOf(const ImportWords& words) {
   return options;
 }
 
-store::Result<store::ImportReport> importOne(store::CalendarStore& store, const std::string& file,
-                                             store::ImportOptions options, Streams& streams) {
+Result<store::ImportReport> importOne(store::CalendarStore& store, const std::string& file,
+                                      store::ImportOptions options, Streams& streams) {
   ProgressLine progress(streams.err, streams.errIsTerminal, "Importing " + printable(file));
   options.progress = [&progress](std::size_t done, std::size_t all) { progress.update(done, all); };
   if (file == "-") {
-    auto text = store::readWhole(streams.in, kStandardInput);
+    auto text = readWhole(streams.in, kStandardInput);
     if (!text) return tl::unexpected(std::move(text.error()));
     return store::importCalendarText(store, std::move(*text), kStandardInput, options);
   }
@@ -66,7 +66,7 @@ ExitStatus runImport(const ImportWords& words, CommandContext& context) {
   for (const std::string& file : words.files) {
     const auto outcome = importOne(*store, file, optionsOf(words), context.streams);
     reports.add(file, outcome);
-    if (!outcome && outcome.error().code == store::ErrorCode::kInterrupted) break;
+    if (!outcome && outcome.error().code == ErrorCode::kInterrupted) break;
   }
   return reports.finish();
 }

@@ -28,7 +28,7 @@ std::string placed(const std::string& file, const store::Problem& problem, const
 
 }  // namespace
 
-void ImportReports::add(const std::string& file, const store::Result<store::ImportReport>& outcome) {
+void ImportReports::add(const std::string& file, const Result<store::ImportReport>& outcome) {
   m_failed = m_failed || !outcome || outcome->refused > 0;
   if (!outcome) {
     m_list.push_back({{"file", file}, {"error", outcome.error().message}});

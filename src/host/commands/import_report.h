@@ -14,7 +14,7 @@ class ImportReports {
  public:
   explicit ImportReports(CommandContext& context) : m_context(context) {}
 
-  void add(const std::string& file, const store::Result<store::ImportReport>& outcome);
+  void add(const std::string& file, const Result<store::ImportReport>& outcome);
   /// Failed when a file could not be imported or an item of one was refused.
   ExitStatus finish();
 

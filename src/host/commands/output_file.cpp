@@ -55,15 +55,15 @@ std::optional<std::string> followed(std::filesystem::path path) {
   return std::nullopt;
 }
 
-store::ErrorCode codeOf(int error) {
-  if (error == ENOSPC || error == EDQUOT || error == EFBIG) return store::ErrorCode::kFull;
-  if (error == EACCES || error == EPERM || error == EROFS) return store::ErrorCode::kNotPermitted;
-  return store::ErrorCode::kIo;
+ErrorCode codeOf(int error) {
+  if (error == ENOSPC || error == EDQUOT || error == EFBIG) return ErrorCode::kFull;
+  if (error == EACCES || error == EPERM || error == EROFS) return ErrorCode::kNotPermitted;
+  return ErrorCode::kIo;
 }
 
 }  // namespace
 
-store::Result<std::unique_ptr<OutputFile>> OutputFile::open(std::string path) {
+Result<std::unique_ptr<OutputFile>> OutputFile::open(std::string path) {
   std::unique_ptr<OutputFile> file(new OutputFile(std::move(path)));
   if (auto status = file->start(); !status) return tl::unexpected(status.error());
   return file;
@@ -75,18 +75,18 @@ OutputFile::~OutputFile() {
   if (m_descriptor >= 0) ::close(m_descriptor);
 }
 
-store::Status OutputFile::start() {
+Status OutputFile::start() {
   struct stat found {};
   const bool exists = ::stat(m_path.c_str(), &found) == 0;
   if (!exists && errno != ENOENT) return failed(errno);
   if (exists && !S_ISREG(found.st_mode)) return startInPlace(0);
   const auto target = followed(m_path);
-  if (!target) return exists ? startInPlace(O_APPEND) : store::Status(failed(ELOOP));
+  if (!target) return exists ? startInPlace(O_APPEND) : Status(failed(ELOOP));
   if (startDraft(*target)) return {};
   const int error = errno;
   // What is full or broken now would leave nothing of the old file.
   const bool mayNot = error == kStandsForNone || error == EACCES || error == EPERM || error == EROFS;
-  return exists && mayNot ? startInPlace(O_TRUNC) : store::Status(failed(error));
+  return exists && mayNot ? startInPlace(O_TRUNC) : Status(failed(error));
 }
 
 bool OutputFile::startDraft(const std::string& target) {
@@ -127,15 +127,15 @@ bool OutputFile::takesOver(const struct stat& old, int oldFile) const {
   return ::fchmod(m_draft->descriptor(), old.st_mode & kPermissions) == 0;
 }
 
-store::Status OutputFile::startInPlace(int flags) {
+Status OutputFile::startInPlace(int flags) {
   m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC | flags);
-  return m_descriptor >= 0 ? store::Status() : failed(errno);
+  return m_descriptor >= 0 ? Status() : failed(errno);
 }
 
-store::Status OutputFile::write(std::string_view bytes) {
+Status OutputFile::write(std::string_view bytes) {
   while (!bytes.empty()) {
     if (m_interruption && Interruption::flag())
-      return store::failure(store::ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
+      return failure(ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
     const ssize_t count = ::write(descriptor(), bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return failed(errno);
@@ -144,26 +144,26 @@ store::Status OutputFile::write(std::string_view bytes) {
   return {};
 }
 
-store::Status OutputFile::finish() {
+Status OutputFile::finish() {
   if (!m_draft) {
     // What is no file has nothing to bring to a disk.
     if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != EROFS) return failed(errno);
-    return ::close(std::exchange(m_descriptor, -1)) == 0 ? store::Status() : failed(errno);
+    return ::close(std::exchange(m_descriptor, -1)) == 0 ? Status() : failed(errno);
   }
   if (const int error = m_draft->finish(); error != 0) return failed(error);
   if (Interruption::flag())
-    return store::failure(store::ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
+    return failure(ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
   if (const int error = m_draft->publish(m_name, store::DraftEntry::Existing::kIsReplaced); error != 0)
     return failed(error);
   m_interruption.reset();
   return {};
 }
 
-tl::unexpected<store::Error> OutputFile::failed(int error) const {
-  const store::ErrorCode code = codeOf(error);
-  const char* remedy = code == store::ErrorCode::kFull ? "make room, or name another place" : "name another file";
-  return store::failure(
-      code, fmt::format("{} cannot be written: {}; {}.", m_path, std::generic_category().message(error), remedy));
+tl::unexpected<Failure> OutputFile::failed(int error) const {
+  const ErrorCode code = codeOf(error);
+  const char* remedy = code == ErrorCode::kFull ? "make room, or name another place" : "name another file";
+  return failure(code,
+                 fmt::format("{} cannot be written: {}; {}.", m_path, std::generic_category().message(error), remedy));
 }
 
 }  // namespace orlocal::host

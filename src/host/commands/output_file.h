@@ -7,8 +7,8 @@
 
 #include <sys/stat.h>
 
+#include "base/result.h"
 #include "host/commands/interruption.h"
-#include "store/base/result.h"
 #include "store/file/draft_entry.h"
 
 namespace orlocal::host {
@@ -22,27 +22,27 @@ namespace orlocal::host {
 /// that takes no new files.
 class OutputFile {
  public:
-  static store::Result<std::unique_ptr<OutputFile>> open(std::string path);
+  static Result<std::unique_ptr<OutputFile>> open(std::string path);
 
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  store::Status write(std::string_view bytes);
+  Status write(std::string_view bytes);
   /// All of it is in its place, and on disk, when this returns without a failure. Nothing is written after it.
-  store::Status finish();
+  Status finish();
 
  private:
   explicit OutputFile(std::string path) : m_path(std::move(path)) {}
 
-  store::Status start();
+  Status start();
   /// False when a new file could not stand for the old one, or, with errno, when it cannot be made.
   bool startDraft(const std::string& target);
   /// Whether the draft can stand for what is there, whose mode and owner it then has; errno as above.
   bool standsForWhatIsThere() const;
   bool takesOver(const struct stat& old, int oldFile) const;
-  store::Status startInPlace(int flags);
-  tl::unexpected<store::Error> failed(int error) const;
+  Status startInPlace(int flags);
+  tl::unexpected<Failure> failed(int error) const;
 
   int descriptor() const { return m_draft ? m_draft->descriptor() : m_descriptor; }
 

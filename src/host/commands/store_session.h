@@ -18,7 +18,7 @@ class CommandFailure : public std::runtime_error {
 
 /// What the store answered, or `CommandFailure` with its sentence.
 template <class T>
-T orFail(store::Result<T> result) {
+T orFail(Result<T> result) {
   if (!result) throw CommandFailure(result.error().message);
   return *std::move(result);
 }

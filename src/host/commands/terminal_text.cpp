@@ -6,8 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "base/text.h"
 #include "host/calc/rendering.h"
-#include "store/base/text.h"
 
 namespace orlocal::host {
 namespace {

@@ -8,12 +8,12 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/whole_input.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/transcript_run.h"
 #include "host/commands/trouble.h"
 #include "host/fmwrapper/unicode.h"
-#include "store/base/whole_input.h"
 
 namespace orlocal::host {
 
@@ -41,7 +41,7 @@ class TestRun {
  private:
   void runOne(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
-    const auto text = store::readWhole(stream, "it");
+    const auto text = readWhole(stream, "it");
     if (!text) return trouble(file, text.error().message);
     const auto transcript = parseTranscript(*text, file.ends_with(".md"));
     if (!transcript) return trouble(fmt::format("{}:{}", file, transcript.error().line), transcript.error().message);

@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/try.h"
 #include "platform/linux/calendar_store_linux_items.h"
 #include "platform/linux/eventkit_query.h"
-#include "store/base/try.h"
 
 namespace orlocal {
 namespace {

@@ -12,29 +12,29 @@ namespace orlocal {
 namespace {
 
 /// Whether a failure is the store's and its limits', and not the caller's, who would be refused by any store.
-bool isTrouble(store::ErrorCode code) {
+bool isTrouble(ErrorCode code) {
   switch (code) {
-    case store::ErrorCode::kNotFound:
-    case store::ErrorCode::kInvalid:
-    case store::ErrorCode::kReadOnly:
-    case store::ErrorCode::kRefused:
-    case store::ErrorCode::kInterrupted:
+    case ErrorCode::kNotFound:
+    case ErrorCode::kInvalid:
+    case ErrorCode::kReadOnly:
+    case ErrorCode::kRefused:
+    case ErrorCode::kInterrupted:
       return false;
     default:
       return true;
   }
 }
 
-store::Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer) {
+Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer) {
   auto options = store::userStoreOptions(viewer);
   StoreTroubles::ofThisProcess().setFile(options ? options->file.string() : std::string());
-  if (!options) return tl::unexpected(std::move(options.error()));
+  if (!options) return failure(std::move(options.error()));
   return store::CalendarStore::open(*std::move(options));
 }
 
 }  // namespace
 
-void tellFailure(const store::Error& failure, std::optional<Error>& error, const char* call) {
+void tellFailure(const Failure& failure, std::optional<Error>& error, const char* call) {
   if (isTrouble(failure.code)) StoreTroubles::ofThisProcess().failed(call, failure);
   error = Error{.localizedDescription = failure.message, .localizedFailureReason = std::nullopt};
 }

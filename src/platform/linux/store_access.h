@@ -17,7 +17,7 @@ namespace orlocal {
 
 /// What the store answered; none when it failed, and the reason is in the system's log. `call` names who asked.
 template <class T>
-std::optional<T> orNone(store::Result<T> result, const char* call = __builtin_FUNCTION()) {
+std::optional<T> orNone(Result<T> result, const char* call = __builtin_FUNCTION()) {
   if (!result) {
     StoreTroubles::ofThisProcess().failed(call, result.error());
     return std::nullopt;
@@ -27,12 +27,12 @@ std::optional<T> orNone(store::Result<T> result, const char* call = __builtin_FU
 }
 
 /// Tells the system's log of a failure that no caller could have prevented, and `error` of any.
-void tellFailure(const store::Error& failure, std::optional<Error>& error, const char* call);
+void tellFailure(const Failure& failure, std::optional<Error>& error, const char* call);
 
 /// True when the store did as it was told; else `error` carries its sentence. What no caller could have done better is
 /// in the system's log, too.
 template <class T>
-bool succeeded(const store::Result<T>& done, std::optional<Error>& error, const char* call = __builtin_FUNCTION()) {
+bool succeeded(const Result<T>& done, std::optional<Error>& error, const char* call = __builtin_FUNCTION()) {
   if (done) {
     StoreTroubles::ofThisProcess().worked(call);
   } else {

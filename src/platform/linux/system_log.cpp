@@ -63,7 +63,7 @@ StoreTroubles& StoreTroubles::ofThisProcess() {
   return troubles;
 }
 
-void StoreTroubles::failed(std::string_view call, const store::Error& error) {
+void StoreTroubles::failed(std::string_view call, const Failure& error) {
   const bool told = std::ranges::any_of(m_reasons, [&](const auto& each) { return each.second == error.message; });
   m_reasons.insert_or_assign(std::string(call), error.message);
   if (told) return;

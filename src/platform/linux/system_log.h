@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
 namespace orlocal {
 
@@ -22,7 +22,7 @@ class StoreTroubles {
   /// The file that failures are about from now on; empty when nothing says which one.
   void setFile(std::string file) { m_file = std::move(file); }
   /// `call` names what was tried; the same words each time.
-  void failed(std::string_view call, const store::Error& error);
+  void failed(std::string_view call, const Failure& error);
   void worked(std::string_view call);
 
  private:

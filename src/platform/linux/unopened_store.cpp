@@ -9,7 +9,7 @@ using namespace store;
 
 class UnopenedStore final : public CalendarStore {
  public:
-  explicit UnopenedStore(store::Error reason) : m_reason(std::move(reason)) {}
+  explicit UnopenedStore(Failure reason) : m_reason(std::move(reason)) {}
 
   void close() override {}
   std::uint64_t generation() override { return 0; }
@@ -45,14 +45,14 @@ class UnopenedStore final : public CalendarStore {
   Result<std::optional<std::string>> addressOf(std::string_view) override { return refusal(); }
 
  private:
-  tl::unexpected<store::Error> refusal() const { return tl::unexpected(m_reason); }
+  Failed refusal() const { return failure(m_reason); }
 
-  store::Error m_reason;
+  Failure m_reason;
 };
 
 }  // namespace
 
-std::unique_ptr<store::CalendarStore> makeUnopenedStore(store::Error reason) {
+std::unique_ptr<store::CalendarStore> makeUnopenedStore(Failure reason) {
   return std::make_unique<UnopenedStore>(std::move(reason));
 }
 

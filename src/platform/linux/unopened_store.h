@@ -7,6 +7,6 @@
 namespace orlocal {
 
 /// Stands for a store that could not be opened: every call fails with the reason.
-std::unique_ptr<store::CalendarStore> makeUnopenedStore(store::Error reason);
+std::unique_ptr<store::CalendarStore> makeUnopenedStore(Failure reason);
 
 }  // namespace orlocal

@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/change_log.h"
 
 namespace orlocal::store {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
 namespace orlocal::store {
 

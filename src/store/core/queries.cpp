@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/rows/packing.h"
 #include "store/time/civil_days.h"
 

@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/core/zone_data.h"
 #include "store/file/change_signal.h"
 #include "store/icalendar/item_limits.h"
@@ -31,7 +31,7 @@ std::chrono::steady_clock::duration coarseTime() {
 
 Subject subjectOf(const Item& item) { return item.kind == ItemKind::kEvent ? Subject::kEvent : Subject::kReminder; }
 
-tl::unexpected<Error> noLonger() {
+Failed noLonger() {
   return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
 }
 

@@ -1,6 +1,6 @@
 #include "store/core/zone_data.h"
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/core/store_core.h"
 #include "store/recurrence/original_key.h"
 

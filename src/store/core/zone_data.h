@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
 namespace orlocal::store {
 

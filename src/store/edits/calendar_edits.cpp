@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/icalendar/item_limits.h"
 
 namespace orlocal::store {

@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 
 namespace orlocal::store {
 namespace {
@@ -40,12 +40,12 @@ Status checkAttendees(const Item& event) {
                              quotedTitle(event)));
 }
 
-tl::unexpected<Error> gone(const Item& event) {
+Failed gone(const Item& event) {
   return failure(ErrorCode::kNotFound,
                  fmt::format("The event {} is no longer in the calendar store.", quotedTitle(event)));
 }
 
-tl::unexpected<Error> outOfSeries(const Item& event, Moment original, const Zone& viewer) {
+Failed outOfSeries(const Item& event, Moment original, const Zone& viewer) {
   const LocalTime start = viewer.toLocal(original);
   return failure(
       ErrorCode::kNotFound,
@@ -54,7 +54,7 @@ tl::unexpected<Error> outOfSeries(const Item& event, Moment original, const Zone
                   quotedTitle(event), start.year(), start.month(), start.day(), start.hour(), start.minute()));
 }
 
-tl::unexpected<Error> rulesOfOneDay(const Item& event) {
+Failed rulesOfOneDay(const Item& event) {
   return failure(ErrorCode::kInvalid,
                  fmt::format("How the event {} repeats cannot be changed for one of its days alone; save it for this "
                              "and the future events.",

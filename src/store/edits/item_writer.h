@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/model/model.h"
 #include "store/recurrence/recurrence.h"
 #include "store/rows/put_outcome.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/icalendar/later_changes.h"
 #include "store/rows/calendar_titles.h"
 

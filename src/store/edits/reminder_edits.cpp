@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/edits/event_edits.h"
 
 namespace orlocal::store {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/recurrence/original_key.h"
 #include "store/recurrence/series_shift.h"
 

@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/icalendar/later_changes.h"
 #include "store/icalendar/private_zone.h"
 #include "store/recurrence/original_key.h"

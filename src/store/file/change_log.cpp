@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/checked_row.h"
 
 namespace orlocal::store {

@@ -39,7 +39,7 @@ int openBell(const std::filesystem::path& file) {
   return made;
 }
 
-tl::unexpected<Error> cannotListen(const std::filesystem::path& file, const char* what) {
+Failed cannotListen(const std::filesystem::path& file, const char* what) {
   return failure(ErrorCode::kIo, fmt::format("Changes of the calendar store \"{}\" cannot be followed: {} ({}).",
                                              file.string(), what, std::strerror(errno)));
 }
@@ -93,11 +93,11 @@ void ChangeSignal::listenToBell() {
     return;
   }
   m_trouble =
-      Error{ErrorCode::kIo,
-            fmt::format("Changes of the calendar store \"{}\" are noticed every {} seconds only: the system has "
-                        "no file notices left ({}); raise fs.inotify.max_user_instances or "
-                        "fs.inotify.max_user_watches.",
-                        m_file.string(), kLookEverySeconds, std::strerror(errno))};
+      Failure{ErrorCode::kIo,
+              fmt::format("Changes of the calendar store \"{}\" are noticed every {} seconds only: the system has "
+                          "no file notices left ({}); raise fs.inotify.max_user_instances or "
+                          "fs.inotify.max_user_watches.",
+                          m_file.string(), kLookEverySeconds, std::strerror(errno))};
 }
 
 /// A bell that cannot be there yet is no trouble: whoever writes first hangs it up.

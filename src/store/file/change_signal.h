@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
 namespace orlocal::store {
 
@@ -46,7 +46,7 @@ class ChangeSignal {
   void drain();
   /// Why nothing but the look every two seconds wakes it, as when the system has no file notices left to give; tried
   /// again at each look. None while the bell is heard.
-  const std::optional<Error>& trouble() const { return m_trouble; }
+  const std::optional<Failure>& trouble() const { return m_trouble; }
 
  private:
   explicit ChangeSignal(std::filesystem::path file) : m_file(std::move(file)) {}
@@ -58,7 +58,7 @@ class ChangeSignal {
   int m_poll = -1;
   int m_notices = -1;
   int m_timer = -1;
-  std::optional<Error> m_trouble;
+  std::optional<Failure> m_trouble;
 };
 
 }  // namespace orlocal::store

@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/time/civil_days.h"
 #include "store/time/clock_name.h"
 
@@ -75,7 +75,7 @@ std::optional<CalendarTime> CheckedRow::optionalTime(int column, std::string_vie
   return time;
 }
 
-tl::unexpected<Error> damaged(const Database& database, std::string_view what) {
+Failed damaged(const Database& database, std::string_view what) {
   return failure(
       ErrorCode::kCorrupt,
       fmt::format("{} of the calendar store \"{}\" is damaged; write out what can still be read (orlocal export "

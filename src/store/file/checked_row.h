@@ -65,6 +65,6 @@ class CheckedRow {
 };
 
 /// The one failure for content that is not what it should be; `what` names it: "Item 12".
-tl::unexpected<Error> damaged(const Database& database, std::string_view what);
+Failed damaged(const Database& database, std::string_view what);
 
 }  // namespace orlocal::store

@@ -9,7 +9,7 @@
 namespace orlocal::store {
 namespace {
 
-tl::unexpected<Error> cannotWrite(const std::filesystem::path& file, int error) {
+Failed cannotWrite(const std::filesystem::path& file, int error) {
   const ErrorCode code = error == EACCES || error == EPERM || error == EROFS ? ErrorCode::kNotPermitted
                          : error == ENOSPC || error == EDQUOT                ? ErrorCode::kFull
                                                                              : ErrorCode::kIo;

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/sqlite.h"
 
 namespace orlocal::store {

@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/file_state.h"
 #include "store/file/schema_check.h"
 #include "store/file/side_files.h"
@@ -228,20 +228,19 @@ bool hasLog(const std::filesystem::path& file) {
 
 /// For a file that cannot be taken part in, for `reason`: a folder that may not be written, a disk without room.
 Result<Database> openForReading(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
-                                CheckOfObjects check, Error reason) {
+                                CheckOfObjects check, Failure reason) {
   const bool full = reason.code == ErrorCode::kFull;
   // Beside a log that may hold newer content, the file alone would show old content.
   const bool log = hasLog(file);
-  if (log && !full) return tl::unexpected(std::move(reason));
+  if (log && !full) return failure(std::move(reason));
   auto database =
       Database::open(file, busyTimeout, log ? Database::Access::kReadAlone : Database::Access::kReadOnlyImmutable);
-  if (!database) return tl::unexpected(std::move(reason));
+  if (!database) return failure(std::move(reason));
   auto version = versionOf(*database, check);
   // Somebody else has it open, so that nothing here can be known of the log.
-  if (!version && version.error().code == ErrorCode::kBusy) return tl::unexpected(std::move(reason));
-  if (!version) return tl::unexpected(std::move(version.error()));
-  if (!*version || (check == checkDefinitions && **version != formatVersion()))
-    return tl::unexpected(std::move(reason));
+  if (!version && version.error().code == ErrorCode::kBusy) return failure(std::move(reason));
+  ORLOCAL_CHECK(version);
+  if (!*version || (check == checkDefinitions && **version != formatVersion())) return failure(std::move(reason));
   if (full) database->onlyReads(std::move(reason));
   return database;
 }
@@ -278,7 +277,7 @@ Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::m
     database.close();
     return openForReading(file, busyTimeout, checkDefinitions, std::move(version.error()));
   }
-  if (!version) return tl::unexpected(std::move(version.error()));
+  ORLOCAL_CHECK(version);
   ORLOCAL_CHECK(database.execute("PRAGMA cache_size=-8192"));
   const bool current = *version && **version == formatVersion();
   if (!database.readOnly()) {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/file/sqlite.h"
 #include "store/file/uuid.h"
 

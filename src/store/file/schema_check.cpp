@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 
 namespace orlocal::store {
 namespace {
@@ -44,7 +44,7 @@ std::vector<Definition> definitionsIn(std::span<const char* const> steps) {
   return made;
 }
 
-tl::unexpected<Error> refused(const Database& database, std::string_view name, std::string_view why) {
+Failed refused(const Database& database, std::string_view name, std::string_view why) {
   return failure(
       ErrorCode::kCorrupt,
       fmt::format("The calendar store \"{}\" is damaged or was changed by another program: \"{}\" {}. Write out what "

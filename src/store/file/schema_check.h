@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/file/sqlite.h"
 
 namespace orlocal::store {

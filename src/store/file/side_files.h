@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
 namespace orlocal::store {
 

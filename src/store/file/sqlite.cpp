@@ -10,7 +10,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/file_state.h"
 #include "store/file/side_files.h"
 
@@ -55,7 +55,7 @@ bool isForWantOfRoom(int result, sqlite3* handle) {
   return error == ENOSPC || error == EDQUOT;
 }
 
-tl::unexpected<Error> sqliteFailure(int result, const std::string& file, sqlite3* handle) {
+Failed sqliteFailure(int result, const std::string& file, sqlite3* handle) {
   if (isForWantOfRoom(result, handle)) result = SQLITE_FULL;
   const std::string quoted = fmt::format("\"{}\"", file);
   for (const Explanation& explanation : kExplanations) {
@@ -67,7 +67,7 @@ tl::unexpected<Error> sqliteFailure(int result, const std::string& file, sqlite3
                                              handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(result)));
 }
 
-tl::unexpected<Error> sqliteFailure(int result, sqlite3* handle) {
+Failed sqliteFailure(int result, sqlite3* handle) {
   const char* file = handle != nullptr ? sqlite3_db_filename(handle, "main") : nullptr;
   return sqliteFailure(result, file != nullptr ? file : "", handle);
 }
@@ -137,7 +137,7 @@ Statement& Statement::bindNull(int parameter) {
 }
 
 Result<bool> Statement::step() {
-  if (m_failure != nullptr) return tl::unexpected(*m_failure);
+  if (m_failure != nullptr) return failure(*m_failure);
   const int result = sqlite3_step(m_handle);
   if (result == SQLITE_ROW) return true;
   if (result == SQLITE_DONE) {
@@ -150,8 +150,7 @@ Result<bool> Statement::step() {
 }
 
 Status Statement::run() {
-  auto row = step();
-  if (!row) return tl::unexpected(std::move(row.error()));
+  ORLOCAL_CHECK(step());
   reset();
   return {};
 }
@@ -204,7 +203,7 @@ Statement& LazyStatement::in(Database& database) {
     m_database = &database;
     database.m_kept.push_back(this);
   } else {
-    m_statement.m_failure = std::make_unique<Error>(std::move(prepared.error()));
+    m_statement.m_failure = std::make_unique<Failure>(std::move(prepared.error()));
   }
   return m_statement;
 }
@@ -284,11 +283,9 @@ Status Database::execute(const char* sql) {
 }
 
 Result<std::int64_t> Database::integerOf(const char* sql) {
-  auto statement = prepare(sql);
-  if (!statement) return tl::unexpected(std::move(statement.error()));
-  const auto row = statement->step();
-  if (!row) return tl::unexpected(row.error());
-  return *row ? statement->integer(0) : 0;
+  ORLOCAL_TRY(Statement statement, prepare(sql));
+  ORLOCAL_TRY(const bool found, statement.step());
+  return found ? statement.integer(0) : 0;
 }
 
 bool Database::readOnly() const { return m_whyOnlyRead || sqlite3_db_readonly(m_handle, "main") == 1; }
@@ -347,14 +344,14 @@ Result<Transaction> Transaction::write(Database& database) {
                                                "nothing was written. Put it back, or open the store anew.",
                                                database.file().string()));
   }
-  if (database.whyOnlyRead()) return tl::unexpected(*database.whyOnlyRead());
-  if (auto begun = database.execute("BEGIN IMMEDIATE"); !begun) return tl::unexpected(std::move(begun.error()));
+  if (database.whyOnlyRead()) return failure(*database.whyOnlyRead());
+  ORLOCAL_CHECK(database.execute("BEGIN IMMEDIATE"));
   return Transaction(&database);
 }
 
 Result<Transaction> Transaction::read(Database& database) {
   if (database.inTransaction()) return Transaction(nullptr);
-  if (auto begun = database.execute("BEGIN"); !begun) return tl::unexpected(std::move(begun.error()));
+  ORLOCAL_CHECK(database.execute("BEGIN"));
   return Transaction(&database);
 }
 

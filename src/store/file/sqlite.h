@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -63,7 +63,7 @@ class Statement {
   explicit Statement(sqlite3_stmt* handle) : m_handle(handle) {}
 
   sqlite3_stmt* m_handle = nullptr;
-  std::unique_ptr<Error> m_failure;  ///< of preparing it; each step then gives it
+  std::unique_ptr<Failure> m_failure;  ///< of preparing it; each step then gives it
 };
 
 /// Resets a statement when a scope is left, so that it holds no lock.
@@ -113,8 +113,8 @@ class Database {
 
   bool readOnly() const;
   /// Says why a file that could be written is only read; a write then fails with this.
-  void onlyReads(Error why) { m_whyOnlyRead = std::move(why); }
-  const std::optional<Error>& whyOnlyRead() const { return m_whyOnlyRead; }
+  void onlyReads(Failure why) { m_whyOnlyRead = std::move(why); }
+  const std::optional<Failure>& whyOnlyRead() const { return m_whyOnlyRead; }
   bool immutable() const { return m_immutable; }
   bool inTransaction() const;
   /// Whether the file was removed or replaced since it was opened: what is written now would be lost.
@@ -139,7 +139,7 @@ class Database {
   sqlite3* m_handle = nullptr;
   std::filesystem::path m_file;
   bool m_immutable = false;
-  std::optional<Error> m_whyOnlyRead;
+  std::optional<Failure> m_whyOnlyRead;
   std::vector<LazyStatement*> m_kept;  ///< prepared on this
 };
 

@@ -10,7 +10,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/change_signal.h"
 #include "store/file/side_files.h"
 

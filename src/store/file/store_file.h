@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/file/file_state.h"
 #include "store/file/schema.h"
 #include "store/file/sqlite.h"

@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/icalendar/calendar_layout.h"
 
 namespace orlocal::store {

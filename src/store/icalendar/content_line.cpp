@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "store/base/text.h"
+#include "base/text.h"
 
 namespace orlocal::store {
 

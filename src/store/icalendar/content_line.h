@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "store/base/text.h"
+#include "base/text.h"
 
 namespace orlocal::store {
 

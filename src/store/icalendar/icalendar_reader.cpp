@@ -9,7 +9,8 @@
 #include <fmt/format.h>
 #include <unicode/ucnv.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
+#include "base/try.h"
 #include "store/icalendar/calendar_layout.h"
 #include "store/icalendar/item_reader.h"
 #include "store/icalendar/later_changes.h"
@@ -157,9 +158,8 @@ Result<CalendarReader> CalendarReader::open(const std::filesystem::path& file) {
 }
 
 Result<CalendarReader> CalendarReader::ofText(std::string bytes, const std::string& name) {
-  auto text = asUtf8(std::move(bytes), name);
-  if (!text) return tl::unexpected(text.error());
-  auto data = std::make_unique<Data>(std::move(*text));
+  ORLOCAL_TRY(auto text, asUtf8(std::move(bytes), name));
+  auto data = std::make_unique<Data>(std::move(text));
   const bool anything =
       !data->layout.items.empty() || !data->layout.problems.refused.empty() || !data->layout.zones.empty();
   if (!anything && data->bytes.find("BEGIN:") == std::string::npos)

@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/icalendar/calendar_color.h"
 #include "store/icalendar/calendar_layout.h"
 #include "store/icalendar/content_line.h"

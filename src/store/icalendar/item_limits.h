@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/model/model.h"
 
 namespace orlocal::store {

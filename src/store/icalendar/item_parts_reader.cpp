@@ -2,7 +2,7 @@
 #include <array>
 #include <utility>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/icalendar/item_reader.h"
 #include "store/icalendar/item_words.h"
 #include "store/time/time_text.h"

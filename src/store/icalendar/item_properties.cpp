@@ -3,7 +3,8 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
+#include "base/try.h"
 #include "store/icalendar/item_draft.h"
 #include "store/icalendar/item_words.h"
 #include "store/recurrence/recurrence_scale.h"
@@ -156,7 +157,7 @@ void ItemDraft::recurrenceId(const ContentLine& line) {
 Result<RecurrenceRule> ItemDraft::readRule(const ContentLine& line) {
   auto read = parseRule(line.value);
   if (!read || !ScaledRule::isNeededFor(*read)) return read;
-  if (auto status = ScaledRule::check(*read); !status) return tl::unexpected(status.error());
+  ORLOCAL_CHECK(ScaledRule::check(*read));
   return read;
 }
 

@@ -4,8 +4,9 @@
 
 #include <fmt/format.h>
 
-#include "store/base/hash.h"
-#include "store/base/text.h"
+#include "base/hash.h"
+#include "base/text.h"
+#include "base/try.h"
 #include "store/icalendar/item_draft.h"
 #include "store/icalendar/item_limits.h"
 #include "store/recurrence/recurrence.h"
@@ -232,9 +233,9 @@ std::shared_ptr<const Series> ItemDraft::compile() {
     series = Series::compile(m_item, Zone(), {}, &budget);
   }
   const auto accepted = [&]() -> Status {
-    if (!series) return tl::unexpected(series.error());
-    if (auto status = series->checkDensity(); !status) return status;
-    if (const auto first = series->first(budget); !first) return tl::unexpected(first.error());
+    ORLOCAL_CHECK(series);
+    ORLOCAL_CHECK(series->checkDensity());
+    ORLOCAL_CHECK(series->first(budget));
     if (m_rules.takesOccurrences(series->mostInMonth())) return {};
     return failure(ErrorCode::kRefused, "the events of this file come too often in a month, all together, to be shown");
   }();

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/model/model.h"
 
 // The words of RFC 5545 for the kinds and states of an item's parts, read and written by the same tables.

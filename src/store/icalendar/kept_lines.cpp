@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "store/base/text.h"
+#include "base/text.h"
 
 namespace orlocal::store {
 namespace {

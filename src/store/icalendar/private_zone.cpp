@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "store/base/hash.h"
-#include "store/base/text.h"
+#include "base/hash.h"
+#include "base/text.h"
 #include "store/icalendar/content_line.h"
 #include "store/icalendar/vtimezone.h"
 #include "store/time/zone.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
 // Zones that a calendar file defines and the system does not have.
 namespace orlocal::store {

@@ -5,7 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
+#include "base/try.h"
 #include "store/icalendar/content_line.h"
 #include "store/recurrence/recurrence_rule.h"
 #include "store/recurrence/rule_text.h"
@@ -44,9 +45,8 @@ Status readProperty(Observance& part, const ContentLine& line) {
   } else if (line.is("TZNAME") && part.name.empty()) {
     part.name = unescapeText(line.value).substr(0, 30);
   } else if (line.is("RRULE")) {
-    auto rule = parseRule(line.value);
-    if (!rule) return tl::unexpected(rule.error());
-    part.rules.push_back(std::move(*rule));
+    ORLOCAL_TRY(RecurrenceRule rule, parseRule(line.value));
+    part.rules.push_back(std::move(rule));
   } else if (line.is("RDATE")) {
     for (std::string_view value : splitUnescaped(line.value, ','))
       if (const auto time = parseTime(value.substr(0, value.find('/'))))
@@ -62,8 +62,7 @@ Result<std::vector<LocalSeconds>> onsetsOf(const Observance& part) {
   onsets.push_back(start);
   ExpansionBudget budget(kMostOnsetSteps);
   for (const RecurrenceRule& rule : part.rules) {
-    auto compiled = CompiledRule::make(rule, start, false);
-    if (!compiled) return tl::unexpected(compiled.error());
+    ORLOCAL_TRY(const CompiledRule compiled, CompiledRule::make(rule, start, false));
     LocalSeconds end = dayNumber(kLastZoneYear, 12, 31) * kSecondsPerDay;
     if (rule.until) {
       const bool utc = rule.until->kind == CalendarTime::Kind::kUtc;
@@ -71,7 +70,7 @@ Result<std::vector<LocalSeconds>> onsetsOf(const Observance& part) {
       end = std::min(end, localSeconds(rule.until->local) + (utc ? *part.from : day ? kSecondsPerDay - 1 : 0) + 1);
     }
     std::int64_t left = rule.count.value_or(kMostOnsets);
-    const bool done = compiled->walk(start, end, budget, [&](LocalSeconds onset) {
+    const bool done = compiled.walk(start, end, budget, [&](LocalSeconds onset) {
       onsets.push_back(onset);
       return --left > 0;
     });
@@ -93,7 +92,7 @@ Result<ZoneRules> rulesOfVTimeZone(std::string_view text) {
     } else if (line.is("END")) {
       current = nullptr;
     } else if (current != nullptr) {
-      if (auto status = readProperty(*current, line); !status) return tl::unexpected(status.error());
+      ORLOCAL_CHECK(readProperty(*current, line));
     }
   }
   std::erase_if(parts, [](const Observance& part) { return !part.whole(); });
@@ -102,9 +101,8 @@ Result<ZoneRules> rulesOfVTimeZone(std::string_view text) {
   ZoneRules rules;
   std::map<std::int64_t, const Observance*> onsets;
   for (const Observance& part : parts) {
-    const auto found = onsetsOf(part);
-    if (!found) return tl::unexpected(found.error());
-    for (LocalSeconds onset : *found) onsets[onset - *part.from] = &part;
+    ORLOCAL_TRY(const auto found, onsetsOf(part));
+    for (LocalSeconds onset : found) onsets[onset - *part.from] = &part;
     if (onsets.size() > kMostOnsets) return failure(ErrorCode::kBudget, "its clock changes too often");
   }
   const Observance& first = *onsets.begin()->second;

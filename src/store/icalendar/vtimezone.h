@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/time/zone_rules.h"
 
 // VTIMEZONE (RFC 5545, 3.6.5).

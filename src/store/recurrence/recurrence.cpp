@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "store/recurrence/recurrence_rule.h"
 
 namespace orlocal::store {
@@ -116,7 +117,7 @@ struct Series::Data {
     }
     return found;
   }
-  tl::unexpected<Error> overBudget() const {
+  Failed overBudget() const {
     return failure(ErrorCode::kBudget,
                    name + " repeats in a way that takes too long to follow; give it a simpler rule or remove it");
   }
@@ -232,17 +233,15 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
   ExpansionBudget& budget = given != nullptr ? *given : own;
   data->sorted = item.recurrence.rules.size() <= 1 && item.recurrence.added.empty();
   for (const RecurrenceRule& rule : item.recurrence.rules) {
-    auto made = data->ruleOf(rule, data->first, true, budget);
-    if (!made) return tl::unexpected(made.error());
-    if (made->rule.severalADay() || made->rule.isScaled()) data->sorted = false;
-    data->rules.push_back(std::move(*made));
+    ORLOCAL_TRY(Data::Rule made, data->ruleOf(rule, data->first, true, budget));
+    if (made.rule.severalADay() || made.rule.isScaled()) data->sorted = false;
+    data->rules.push_back(std::move(made));
   }
   for (const ExceptionRule& exception : item.recurrence.exceptionRules) {
     LocalSeconds begin = exception.start ? localSeconds(*exception.start) : data->first;
     if (data->allDay()) begin = dayOf(begin) * kSecondsPerDay;
-    auto made = data->ruleOf(exception.rule, begin, false, budget);
-    if (!made) return tl::unexpected(made.error());
-    data->exceptionRules.push_back(std::move(*made));
+    ORLOCAL_TRY(Data::Rule made, data->ruleOf(exception.rule, begin, false, budget));
+    data->exceptionRules.push_back(std::move(made));
   }
   for (const CalendarTime& time : item.recurrence.added) data->added.push_back(data->localOf(time));
   for (const CalendarTime& time : item.recurrence.excluded) data->exclude(time);
@@ -381,11 +380,10 @@ Status Series::checkDensity() const {
 
 Result<std::optional<Series::Instance>> Series::at(Moment start, ExpansionBudget& budget) const {
   std::optional<Instance> found;
-  const auto expanded = expand(start, start + microseconds(1), budget, [&](const Instance& instance) {
+  ORLOCAL_CHECK(expand(start, start + microseconds(1), budget, [&](const Instance& instance) {
     if (instance.start == start) found = instance;
     return !found;
-  });
-  if (!expanded) return tl::unexpected(expanded.error());
+  }));
   return found;
 }
 
@@ -398,11 +396,10 @@ Result<std::optional<Series::Instance>> Series::first(ExpansionBudget& budget) c
     if (!*excluded) return data.instance(data.first, data.firstMoment);
   }
   std::optional<Instance> found;
-  const auto status = expand(Moment::min(), Moment::max(), budget, [&](const Instance& instance) {
+  ORLOCAL_CHECK(expand(Moment::min(), Moment::max(), budget, [&](const Instance& instance) {
     found = instance;
     return false;
-  });
-  if (!status) return tl::unexpected(status.error());
+  }));
   return found;
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/model/model.h"
 #include "store/time/zone.h"
 

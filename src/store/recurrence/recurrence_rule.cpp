@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "store/recurrence/recurrence_set.h"
 
 namespace orlocal::store {
@@ -58,7 +59,7 @@ Mask maskOf(const std::vector<int>& values, int orElse) {
 }  // namespace
 
 Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds start, bool allDay) {
-  if (auto status = check(rule); !status) return tl::unexpected(status.error());
+  ORLOCAL_CHECK(check(rule));
   CompiledRule made;
   made.m_frequency = rule.frequency;
   made.m_interval = rule.interval;
@@ -129,7 +130,7 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
   made.m_uniform = made.uniformSize();
   made.m_cost = made.costOfPeriod();
   if (ScaledRule::isNeededFor(rule)) {
-    if (auto status = ScaledRule::check(rule); !status) return tl::unexpected(status.error());
+    ORLOCAL_CHECK(ScaledRule::check(rule));
     made.m_uniform = 0;
     made.m_scaled = std::make_shared<const ScaledRule>(rule, start, allDay);
   }

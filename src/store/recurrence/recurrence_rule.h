@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/model/model.h"
 #include "store/recurrence/recurrence.h"
 #include "store/recurrence/recurrence_scale.h"

@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/model/model.h"
 #include "store/time/civil_days.h"
 

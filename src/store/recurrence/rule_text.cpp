@@ -6,7 +6,8 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
+#include "base/try.h"
 #include "store/time/time_text.h"
 
 namespace orlocal::store {
@@ -46,7 +47,7 @@ std::optional<int> weekDay(std::string_view text) {
   return found == kWeekDays.end() ? std::nullopt : std::optional(static_cast<int>(found - kWeekDays.begin()));
 }
 
-tl::unexpected<Error> badPart(std::string_view part) {
+Failed badPart(std::string_view part) {
   return failure(ErrorCode::kInvalid, fmt::format("the rule's part \"{}\" makes no sense", part));
 }
 
@@ -154,11 +155,11 @@ Result<RecurrenceRule> parseRule(std::string_view text) {
     const std::size_t equals = part.find('=');
     if (equals == std::string_view::npos) return badPart(part);
     const std::string_view name = trimmed(part.substr(0, equals)), value = trimmed(part.substr(equals + 1));
-    if (auto status = readPart(rule, part, name, value); !status) return tl::unexpected(status.error());
+    ORLOCAL_CHECK(readPart(rule, part, name, value));
     hasFrequency = hasFrequency || equalsNoCase(name, "FREQ");
   }
   if (!hasFrequency) return failure(ErrorCode::kInvalid, "the rule has no FREQ");
-  if (auto status = settle(rule); !status) return tl::unexpected(status.error());
+  ORLOCAL_CHECK(settle(rule));
   return rule;
 }
 

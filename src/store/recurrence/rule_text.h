@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/model/model.h"
 
 // Rules as calendar files write them (RFC 5545, 3.3.10; RFC 7529).

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "store/base/try.h"
+#include "base/try.h"
 
 namespace orlocal::store {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
-#include "store/base/try.h"
+#include "base/text.h"
+#include "base/try.h"
 #include "store/file/checked_row.h"
 
 namespace orlocal::store {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "store/base/try.h"
+#include "base/try.h"
 
 namespace orlocal::store {
 

@@ -4,8 +4,8 @@
 
 #include <unicode/unistr.h>
 
-#include "store/base/text.h"
-#include "store/base/try.h"
+#include "base/text.h"
+#include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/rows/packing.h"
 

@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/file/checked_row.h"
 
 namespace orlocal::store {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/model/model.h"
 
 namespace orlocal::store {

@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/rows/item_check.h"
 #include "store/rows/timeline.h"

@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "store/base/hash.h"
-#include "store/base/try.h"
+#include "base/hash.h"
+#include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/file/uuid.h"
 #include "store/rows/item_check.h"
@@ -57,7 +57,7 @@ enum Column {
   kSeriesUuid
 };
 
-tl::unexpected<Error> damagedItem(const Database& database, const Statement& row) {
+Failed damagedItem(const Database& database, const Statement& row) {
   return damaged(database, fmt::format("Item {}", row.integer(kId)));
 }
 

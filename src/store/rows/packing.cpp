@@ -4,7 +4,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/file/checked_row.h"
 #include "store/time/civil_days.h"
 #include "store/time/clock_name.h"

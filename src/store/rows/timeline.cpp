@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "store/base/try.h"
+#include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/time/civil_days.h"
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/time/time.h"
 
 namespace orlocal::store {

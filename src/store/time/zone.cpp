@@ -12,6 +12,7 @@
 #include <cctz/time_zone.h>
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "store/time/zone_rules.h"
 
 namespace orlocal::store {
@@ -152,7 +153,7 @@ Status Zone::registerPrivate(const std::string& name, std::string_view text, Rul
     return failure(ErrorCode::kInvalid, fmt::format("another time zone \"{}\" is known already", name));
   }
   if (name.empty() || name == "UTC") return failure(ErrorCode::kInvalid, "a private time zone needs a name of its own");
-  if (const auto added = registry.addPrivate(name, text, read); !added) return tl::unexpected(added.error());
+  ORLOCAL_CHECK(registry.addPrivate(name, text, read));
   return {};
 }
 

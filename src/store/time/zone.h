@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/time/clock.h"
 #include "store/time/time.h"
 #include "store/time/zone_rules.h"

@@ -9,7 +9,7 @@
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
 #include "store/time/time_text.h"
 #include "store/time/zone.h"
 

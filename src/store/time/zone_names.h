@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/base/result.h"
+#include "base/result.h"
 #include "store/time/zone_rules.h"
 
 // Which zone the TZID of a calendar file means, from the most to the least trusted reading.

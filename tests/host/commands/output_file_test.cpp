@@ -66,7 +66,7 @@ class OutputFileTest : public ProgramTest {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
   }
-  static store::Status written(const fs::path& path, const std::string& text) {
+  static Status written(const fs::path& path, const std::string& text) {
     auto file = OutputFile::open(path);
     if (!file) return tl::unexpected(file.error());
     if (auto status = (*file)->write(text); !status) return status;
@@ -244,13 +244,13 @@ TEST_F(OutputFileTest, BringsFileAndFolderToTheDiskBeforeItIsDone) {
 
 TEST_F(OutputFileTest, SaysThatADiskIsFullAndLeavesTheOldFile) {
   const auto path = write("old", "old");
-  store::Status status;
+  Status status;
   {
     const LargestFile limit(1000);
     status = written(path, std::string(5000, 'x'));
   }
   ASSERT_FALSE(status);
-  EXPECT_EQ(status.error().code, store::ErrorCode::kFull);
+  EXPECT_EQ(status.error().code, ErrorCode::kFull);
   EXPECT_NE(status.error().message.find(path), std::string::npos);
   EXPECT_EQ(textOf(path), "old");
   EXPECT_EQ(filesInFolder(), 1U);
@@ -300,7 +300,7 @@ TEST_F(OutputFileTest, LeavesNoDraftAfterCtrlC) {
       ::raise(signal);
       const auto status = (*file)->write("more");
       ASSERT_FALSE(status);
-      EXPECT_EQ(status.error().code, store::ErrorCode::kInterrupted);
+      EXPECT_EQ(status.error().code, ErrorCode::kInterrupted);
     }
     EXPECT_EQ(textOf(path), "old");
     EXPECT_EQ(filesInFolder(), 1U);

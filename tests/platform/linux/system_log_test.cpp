@@ -110,7 +110,7 @@ class Troubles : public testing::Test {
  protected:
   /// What the log has of a failure of `call`.
   std::string told(const char* call, const char* message) {
-    return standardErrorOf([&] { troubles.failed(call, {store::ErrorCode::kIo, message}); });
+    return standardErrorOf([&] { troubles.failed(call, {ErrorCode::kIo, message}); });
   }
 
   StoreTroubles troubles;

@@ -18,10 +18,10 @@ class Events : public StoreTest {
     item.recurrence.rules = {rule(Frequency::kWeekly, count)};
     return saved(item);
   }
-  Error refusal(Item item) {
+  Failure refusal(Item item) {
     const auto status = saveEvent(*store, item, std::nullopt, Span::kThis);
     EXPECT_FALSE(status);
-    return status ? Error() : status.error();
+    return status ? Failure() : status.error();
   }
   std::vector<Occurrence> all() { return occurrences(at("2026-01-01 00:00"), at("2027-01-01 00:00")); }
   Item openedAt(const Occurrence& occurrence) {
@@ -63,7 +63,7 @@ TEST_F(Events, AreSavedWithoutCharactersThatNoFileCarries) {
 TEST_F(Events, AreRefusedWhenNoImportWouldTakeThem) {
   Item item = simple();
   item.notes = std::string(std::size_t{17} << 20, 'x');
-  const Error error = refusal(item);
+  const Failure error = refusal(item);
   EXPECT_EQ(error.code, ErrorCode::kTooLarge);
   EXPECT_THAT(error.message, HasSubstr("more than 16 MiB"));
   EXPECT_THAT(all(), IsEmpty());

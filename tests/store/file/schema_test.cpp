@@ -30,10 +30,10 @@ mode_t modeOf(const std::filesystem::path& path) {
 
 class SchemaOfAFile : public StoreTest {
  protected:
-  Error refusal() {
+  Failure refusal() {
     auto result = CalendarStore::open(options());
     EXPECT_FALSE(result);
-    return result ? Error() : result.error();
+    return result ? Failure() : result.error();
   }
   void change(const char* sql) {
     store.reset();
@@ -118,7 +118,7 @@ TEST_F(SchemaOfAFile, OfTheFirstVersionIsBroughtForwardWithItsSeries) {
 TEST_F(SchemaOfAFile, OfANewerProgramIsRefusedUntouched) {
   change("PRAGMA user_version = 99; PRAGMA wal_checkpoint(TRUNCATE)");
   const std::string before = contentOf(file);
-  const Error error = refusal();
+  const Failure error = refusal();
   EXPECT_EQ(error.code, ErrorCode::kNewerFormat);
   EXPECT_THAT(error.message, HasSubstr("99"));
   EXPECT_EQ(contentOf(file), before);
@@ -141,7 +141,7 @@ TEST_F(SchemaOfAFile, IsRefusedUntouchedWhenItIsNoDatabase) {
   store.reset();
   file = folder / "notes.txt";
   std::ofstream(file) << std::string(10'000, 'x');
-  const Error error = refusal();
+  const Failure error = refusal();
   EXPECT_EQ(error.code, ErrorCode::kCorrupt);
   EXPECT_THAT(error.message, HasSubstr("notes.txt"));
   EXPECT_EQ(contentOf(file), std::string(10'000, 'x'));
@@ -179,7 +179,7 @@ TEST_F(SchemaOfAFile, TellsThatItIsDamaged) {
     const std::string noise(size, '\x7f');
     stream.write(noise.data(), static_cast<std::streamsize>(noise.size()));
   }
-  const Error error = refusal();
+  const Failure error = refusal();
   EXPECT_EQ(error.code, ErrorCode::kCorrupt);
   EXPECT_THAT(error.message, HasSubstr("damaged"));
 }
@@ -266,7 +266,7 @@ TEST_F(SchemaOfAFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
     for (const auto& inside :
          {closed / "calendar.db", closed / "deep" / "calendar.db", closed / "new" / "calendar.db"}) {
       file = inside;
-      const Error error = refusal();
+      const Failure error = refusal();
       const bool worded = error.code == ErrorCode::kNotPermitted &&
                           error.message.find(closed.string()) != std::string::npos &&
                           error.message.find("Permission denied") != std::string::npos &&

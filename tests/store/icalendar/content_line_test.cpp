@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "store/base/text.h"
+#include "base/text.h"
 
 namespace orlocal::store {
 namespace {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace orlocal::store {
+namespace orlocal {
 
 /// ASCII letters count as the same in capitals and small.
 bool equalsNoCase(std::string_view left, std::string_view right);
@@ -19,4 +19,4 @@ bool isUtf8(std::string_view bytes);
 /// How many bytes the first character has; 0 when it is not well-formed UTF-8. Not of an empty text.
 std::size_t characterLength(std::string_view bytes);
 
-}  // namespace orlocal::store
+}  // namespace orlocal

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace orlocal::store {
+namespace orlocal {
 
 /// FNV-1a, 64 bits: names things by their content, the same everywhere and for ever.
 constexpr std::uint64_t contentHash(std::string_view text) {
@@ -12,4 +12,4 @@ constexpr std::uint64_t contentHash(std::string_view text) {
   return hash;
 }
 
-}  // namespace orlocal::store
+}  // namespace orlocal

@@ -5,17 +5,17 @@
 
 #include <tl/expected.hpp>
 
-namespace orlocal::store {
+namespace orlocal {
 
 enum class ErrorCode {
-  kNotFound,      ///< the thing named is not in the store
+  kNotFound,      ///< the thing named is not there
   kInvalid,       ///< what was asked makes no sense, whatever the store holds
   kReadOnly,      ///< the calendar may not be changed
   kNotPermitted,  ///< the file or its folder may not be read or changed by this user
-  kRefused,       ///< a rule of calendars forbids it: attendees, the last calendar, …
+  kRefused,       ///< a rule of the thing itself forbids it: attendees, the last calendar, …
   kTooLarge,      ///< the item has more text, or comes more often, than can be kept and shown
   kUnsupported,   ///< well formed, and nothing that this program can follow
-  kBusy,          ///< another process kept the store locked past the bound
+  kBusy,          ///< another process kept it locked past the bound
   kFull,          ///< no room on the disk
   kCorrupt,       ///< the file is damaged or is no calendar store
   kNewerFormat,   ///< the file was written by a newer program
@@ -25,17 +25,18 @@ enum class ErrorCode {
 };
 
 /// A failure: what kind it is, and a sentence that names the thing and the remedy.
-struct Error {
+struct Failure {
   ErrorCode code = ErrorCode::kIo;
   std::string message;
 };
 
 template <class T>
-using Result = tl::expected<T, Error>;
+using Result = tl::expected<T, Failure>;
 using Status = Result<void>;
 
-inline tl::unexpected<Error> failure(ErrorCode code, std::string message) {
-  return tl::unexpected<Error>(Error{code, std::move(message)});
-}
+/// What a function that gives a `Result` returns when it failed.
+using Failed = tl::unexpected<Failure>;
+inline Failed failure(Failure why) { return Failed(std::move(why)); }
+inline Failed failure(ErrorCode code, std::string message) { return failure(Failure{code, std::move(message)}); }
 
-}  // namespace orlocal::store
+}  // namespace orlocal

@@ -1,4 +1,4 @@
-#include "store/base/whole_input.h"
+#include "base/whole_input.h"
 
 #include <array>
 #include <cerrno>
@@ -9,7 +9,7 @@
 
 #include <fmt/format.h>
 
-namespace orlocal::store {
+namespace orlocal {
 
 Result<std::string> readWhole(std::istream& in, const std::string& name) {
   std::string bytes;
@@ -30,4 +30,4 @@ Result<std::string> readWholeFile(const std::filesystem::path& file) {
   return readWhole(in, file.string());
 }
 
-}  // namespace orlocal::store
+}  // namespace orlocal

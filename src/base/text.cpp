@@ -1,10 +1,10 @@
-#include "store/base/text.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-namespace orlocal::store {
+namespace orlocal {
 
 namespace {
 
@@ -77,4 +77,4 @@ bool isUtf8(std::string_view bytes) {
   return true;
 }
 
-}  // namespace orlocal::store
+}  // namespace orlocal

@@ -4,9 +4,9 @@
 #include <istream>
 #include <string>
 
-#include "store/base/result.h"
+#include "base/result.h"
 
-namespace orlocal::store {
+namespace orlocal {
 
 /// All bytes of a stream. Where they cannot be read to the end: `kIo`, in a sentence about `name`.
 Result<std::string> readWhole(std::istream& in, const std::string& name);
@@ -14,4 +14,4 @@ Result<std::string> readWhole(std::istream& in, const std::string& name);
 /// The same of a file.
 Result<std::string> readWholeFile(const std::filesystem::path& file);
 
-}  // namespace orlocal::store
+}  // namespace orlocal

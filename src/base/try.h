@@ -10,9 +10,11 @@
 #define ORLOCAL_JOIN(first, second) ORLOCAL_JOIN_NAMES(first, second)
 
 /// ORLOCAL_CHECK(status): goes on when it is no failure.
-#define ORLOCAL_CHECK(expression)                                                                                   \
-  do {                                                                                                              \
-    if (auto checkedStatus = (expression); !checkedStatus) return tl::unexpected(std::move(checkedStatus.error())); \
+#define ORLOCAL_CHECK(expression)                                                          \
+  do {                                                                                     \
+    if (auto&& checkedStatus = (expression); !checkedStatus) {                             \
+      return tl::unexpected(std::forward<decltype(checkedStatus)>(checkedStatus).error()); \
+    }                                                                                      \
   } while (false)
 
 /// ORLOCAL_TRY(auto value, result): takes the value out of a result.
