@@ -1,8 +1,8 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <filesystem>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -14,15 +14,23 @@
 #include "store/core/outside_commits.h"
 #include "store/core/query.h"
 #include "store/core/store_options.h"
+#include "store/edits/announcement.h"
 #include "store/edits/calendar_edit.h"
 #include "store/edits/item_edit.h"
-#include "store/edits/item_writer.h"
 #include "store/file/change_signal.h"
 #include "store/model/model.h"
 #include "store/model/occurrence.h"
 #include "store/time/zone.h"
 
 namespace orlocal::store {
+
+class ItemWriter;
+class Queries;
+class StoreCore;
+
+/// Receives a single event, series, reminder or stray changed occurrence, with the changed occurrences of a series in
+/// the order of their original starts. A failure stops the walk and becomes its result.
+using ItemVisitor = std::function<Status(const Item& main, const std::vector<Item>& changed)>;
 
 /// The calendar store: one SQLite file, used by several processes at once. One object serves one thread at a time.
 ///
@@ -35,44 +43,47 @@ class CalendarStore {
   /// but the header.
   static Result<std::unique_ptr<CalendarStore>> open(StoreOptions options);
 
-  virtual ~CalendarStore() = default;
+  /// Stands for a store that cannot be opened: every call fails with the reason.
+  static std::unique_ptr<CalendarStore> unopened(Failure reason);
+
+  ~CalendarStore();
 
   /// Lets go of the file, and leaves all of the store in it: the one file, copied alone, is whole then, unless another
   /// process writes meanwhile. The next call opens it again. What was read and kept by callers stays good.
-  virtual void close() = 0;
+  void close();
 
   /// Differs from an earlier value when the content may have changed meanwhile, through this or any other process.
-  virtual std::uint64_t generation() = 0;
+  std::uint64_t generation();
 
-  virtual Result<std::vector<Source>> sources() = 0;
+  Result<std::vector<Source>> sources();
   /// In their order.
-  virtual Result<std::vector<Calendar>> calendars(CalendarKind kind) = 0;
-  virtual Result<std::optional<Calendar>> calendar(std::string_view identifier) = 0;
+  Result<std::vector<Calendar>> calendars(CalendarKind kind);
+  Result<std::optional<Calendar>> calendar(std::string_view identifier);
   /// Where new items go when nothing else is said: the oldest one that allows changes.
-  virtual Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) = 0;
+  Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind);
   /// Inserts (`id` 0) or writes the fields in `set` on the row as it stands; `calendar` then is what was written.
-  virtual Status saveCalendar(Calendar& calendar, CalendarFields set = CalendarFields::all()) = 0;
-  virtual Status removeCalendar(std::string_view identifier) = 0;
+  Status saveCalendar(Calendar& calendar, CalendarFields set = CalendarFields::all());
+  Status removeCalendar(std::string_view identifier);
 
   /// Ordered by start, end, identifier; changed occurrences in place of the originals.
-  virtual Result<std::vector<Occurrence>> occurrences(const EventQuery& query) = 0;
+  Result<std::vector<Occurrence>> occurrences(const EventQuery& query);
   /// Row numbers in the order of due moment (none last), then of row.
-  virtual Result<std::vector<ItemId>> reminders(const ReminderQuery& query) = 0;
+  Result<std::vector<ItemId>> reminders(const ReminderQuery& query);
 
   /// The row, null when there is none. Recently read rows are kept.
-  virtual Result<std::shared_ptr<const Item>> item(ItemId id) = 0;
+  Result<std::shared_ptr<const Item>> item(ItemId id);
   /// Says that these rows will be asked for next, so that they are read together. At most a few hundred; the others are
   /// left out. A failure shows when the rows are asked for.
-  virtual void prefetch(std::span<const ItemId> ids) = 0;
+  void prefetch(std::span<const ItemId> ids);
   /// The event (a single one or a series) whose public identifier this is; null when there is none.
-  virtual Result<std::shared_ptr<const Item>> event(std::string_view identifier) = 0;
+  Result<std::shared_ptr<const Item>> event(std::string_view identifier);
   /// The row whose own identifier this is, event or reminder; null when there is none.
-  virtual Result<std::shared_ptr<const Item>> itemWithIdentifier(std::string_view itemIdentifier) = 0;
+  Result<std::shared_ptr<const Item>> itemWithIdentifier(std::string_view itemIdentifier);
   /// The first occurrence of a series (or the one of a single event); none when its rule and exceptions leave none.
-  virtual Result<std::optional<Occurrence>> firstOccurrence(const Item& event) = 0;
+  Result<std::optional<Occurrence>> firstOccurrence(const Item& event);
   /// The occurrence that the event's rule put there, wherever it was moved since; none when it has none there. Looks at
   /// nothing but this event.
-  virtual Result<std::optional<Occurrence>> occurrenceAt(const Item& event, Moment originalStart) = 0;
+  Result<std::optional<Occurrence>> occurrenceAt(const Item& event, Moment originalStart);
 
   // Saves write what was set on the row as it stands inside the transaction: two callers that set different fields of
   // one item both keep their change, and of one field the later save counts. An item that was removed meanwhile is
@@ -86,35 +97,45 @@ class CalendarStore {
   /// changed occurrences follow when the start moves. One occurrence that moves to another calendar becomes an event of
   /// its own there. A series whose rules are taken away goes on as the one occurrence. The occurrence of what was
   /// written is its `firstOccurrence`.
-  virtual Result<Item> saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) = 0;
+  Result<Item> saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span);
   /// `event` and `occurrence` are what was opened. Refused as above when the occurrence is none of the series any more.
-  virtual Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) = 0;
+  Status removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span);
   /// A repeating reminder that is saved as completed moves on: what was done is kept as a reminder of its own, and the
   /// one that is given back is open again and due at its next occurrence. After the last one it stays completed. Who
   /// completes an occurrence from which the reminder has moved on meanwhile is refused.
-  virtual Result<Item> saveReminder(const ItemEdit& edit) = 0;
-  virtual Status removeReminder(const Item& reminder) = 0;
+  Result<Item> saveReminder(const ItemEdit& edit);
+  Status removeReminder(const Item& reminder);
 
   /// Begins an all-or-nothing change such as an import; waits for its turn to write. No other call to this store until
   /// the writer is gone.
-  virtual Result<std::unique_ptr<ItemWriter>> startWriting(const Announcement& announcement = {}) = 0;
+  Result<std::unique_ptr<ItemWriter>> startWriting(const Announcement& announcement = {});
   /// Visits everything in a calendar, in the order in which it came to the store; one snapshot, a few rows in memory.
-  virtual Status forEachItem(CalendarId calendar, const ItemVisitor& visit) = 0;
+  Status forEachItem(CalendarId calendar, const ItemVisitor& visit);
   /// The VTIMEZONE text of a private zone.
-  virtual Result<std::optional<std::string>> privateZone(std::string_view name) = 0;
+  Result<std::optional<std::string>> privateZone(std::string_view name);
 
   /// Where the log of changes stands now; what comes after it can be asked for later.
-  virtual Result<LogPosition> newestChange() = 0;
+  Result<LogPosition> newestChange();
   /// What others committed after `position`, in their order; moves `position` to where the log stands. Left out are
   /// this object's own commits, and those that did nothing to events, reminders and calendars. Of more than 100,000
   /// changes at once only the newest are known. Of a file that took the place of the one that `position` speaks of,
   /// only what is committed from now on is told.
-  virtual Result<std::vector<OutsideCommit>> outsideCommits(LogPosition& position) = 0;
+  Result<std::vector<OutsideCommit>> outsideCommits(LogPosition& position);
   /// Wakes when another process may have committed.
-  virtual Result<std::unique_ptr<ChangeSignal>> listen() = 0;
+  Result<std::unique_ptr<ChangeSignal>> listen();
 
   /// The address of the contact with this e-mail address, compared without case.
-  virtual Result<std::optional<std::string>> addressOf(std::string_view email) = 0;
+  Result<std::optional<std::string>> addressOf(std::string_view email);
+
+ private:
+  explicit CalendarStore(std::unique_ptr<StoreCore> core);
+
+  std::unique_ptr<StoreCore> m_core;
+  std::unique_ptr<Queries> m_queries;
+  std::uint64_t m_checked = 0;  ///< generation with which what is kept agrees
+  /// What lies in each calendar, and for which generation that is so: whoever visits all calendars asks for each.
+  std::map<CalendarId, std::vector<ItemId>> m_idsByCalendar;
+  std::uint64_t m_listed = 0;
 };
 
 }  // namespace orlocal::store

@@ -10,6 +10,7 @@
 #include "base/text.h"
 #include "base/try.h"
 #include "base/whole_input.h"
+#include "store/edits/item_writer.h"
 #include "store/icalendar/content_line.h"
 #include "store/time/zone_names.h"
 

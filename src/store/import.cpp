@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "base/try.h"
+#include "store/edits/item_writer.h"
 #include "store/rows/timeline.h"
 
 namespace orlocal::store {

@@ -5,6 +5,7 @@
 #include "store/backup.h"
 #include "store/contacts.h"
 #include "store/edits/edited_items.h"
+#include "store/edits/item_writer.h"
 #include "store/export.h"
 #include "store/import.h"
 #include "store/salvage.h"

@@ -16,6 +16,7 @@
 #include "host/fmwrapper/registry.h"
 #include "host/plugin/update_script.h"
 #include "store/edits/edited_items.h"
+#include "store/edits/item_writer.h"
 
 namespace orlocal::test {
 namespace {

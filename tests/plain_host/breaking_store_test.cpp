@@ -3,6 +3,7 @@
 
 #include "plain_host/chains.h"
 #include "plain_host/plain_host_fixture.h"
+#include "store/edits/item_writer.h"
 
 // The built plug-in in a host that is plain C and could catch no exception, over a store that breaks while it is used:
 // the process goes on, each function gives the code that it has for that, and the log tells why.

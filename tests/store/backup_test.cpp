@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "store/edits/item_writer.h"
 #include "store/file/sqlite.h"
 #include "store/store_fixture.h"
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "base/text.h"
+#include "store/edits/item_writer.h"
 #include "store/export.h"
 #include "store/import.h"
 #include "store/salvage.h"

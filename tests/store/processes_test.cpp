@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "store/edits/item_writer.h"
 #include "store/file/sqlite.h"
 #include "store/store_fixture.h"
 

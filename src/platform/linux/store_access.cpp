@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/linux/unopened_store.h"
 #include "platform/linux/zone_linux.h"
 #include "store/location.h"
 
@@ -58,7 +57,7 @@ store::CalendarStore& StoreAccess::store() {
     return *m_store;
   }
   StoreTroubles::ofThisProcess().failed(kOpening, opened.error());
-  m_unopened = makeUnopenedStore(std::move(opened.error()));
+  m_unopened = store::CalendarStore::unopened(std::move(opened.error()));
   return *m_unopened;
 }
 

@@ -69,7 +69,14 @@ Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
   return core;
 }
 
+std::unique_ptr<StoreCore> StoreCore::unopened(Failure reason) {
+  std::unique_ptr<StoreCore> core(new StoreCore(StoreOptions()));
+  core->m_unopened = std::move(reason);
+  return core;
+}
+
 Status StoreCore::openFile() {
+  if (m_unopened) return failure(*m_unopened);
   ORLOCAL_TRY(database, m_file.open(m_whenMissing, options.busyTimeout, uuids));
   m_whenMissing = Missing::kIsAFailure;
   m_opener = ::getpid();

@@ -41,6 +41,8 @@ class WriteTurn;
 class StoreCore {
  public:
   static Result<std::unique_ptr<StoreCore>> open(StoreOptions storeOptions);
+  /// One that no file stands behind: every `begin…` fails with the reason.
+  static std::unique_ptr<StoreCore> unopened(Failure reason);
   ~StoreCore() { close(); }
 
   /// See `CalendarStore::close`.
@@ -101,6 +103,7 @@ class StoreCore {
                     const StoredPlace& before);
 
   StoreFile m_file;
+  std::optional<Failure> m_unopened;  ///< why there is no file and will be none
   Missing m_whenMissing = Missing::kIsMade;
   bool m_opening = false;  ///< what is done now belongs to opening the file
   std::uint64_t m_fileNumber = 1;

@@ -1,35 +1,20 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <optional>
-#include <span>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
-#include "base/result.h"
-#include "store/model/model.h"
-#include "store/recurrence/recurrence.h"
+#include "store/core/store_core.h"
+#include "store/edits/announcement.h"
+#include "store/edits/known_items.h"
+#include "store/rows/calendar_titles.h"
+#include "store/rows/contact_rows.h"
 #include "store/rows/put_outcome.h"
 
 namespace orlocal::store {
-
-/// An event, series or reminder that is going to be put.
-struct AnnouncedItem {
-  Item* main = nullptr;            ///< as `put` will get it, at the same address; no changed occurrence
-  std::string_view calendarTitle;  ///< of the calendar it goes to; empty for the default one
-  bool isSeries = false;           ///< it has a rule, or comes with changed occurrences
-};
-
-/// What a large change is going to put: that is looked up before its turn to write comes, so that others wait less. It
-/// changes nothing about what is written; what is not announced can be put all the same.
-struct Announcement {
-  std::span<const AnnouncedItem> items;
-  /// Asked now and then; when set, looking up ends.
-  const std::atomic<bool>* stop = nullptr;
-};
 
 /// One large change of the store, all or nothing: what importing a file is made of. Made by
 /// `CalendarStore::startWriting`; holds the turn to write until it is committed or destroyed. Destroying it without a
@@ -40,19 +25,20 @@ struct Announcement {
 /// makes sense.
 class ItemWriter {
  public:
-  virtual ~ItemWriter() = default;
+  static Result<std::unique_ptr<ItemWriter>> start(StoreCore& core, const Announcement& announcement);
+  ~ItemWriter();
 
   /// The oldest calendar of that kind and title.
-  virtual Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title) = 0;
+  Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title);
   /// The default calendar of that kind, as `CalendarStore::defaultCalendar`.
-  virtual Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind) = 0;
+  Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind);
   /// Makes a source; fills in id and identifier.
-  virtual Status makeSource(Source& source) = 0;
+  Status makeSource(Source& source);
   /// Makes a calendar; a `source` of 0 is the local source. Fills in id, identifier, source and type.
-  virtual Status makeCalendar(Calendar& calendar) = 0;
+  Status makeCalendar(Calendar& calendar);
 
   /// Keeps a private zone, so that items may name it. The same name again replaces its text.
-  virtual Status putZone(std::string_view name, std::string_view vtimezone) = 0;
+  Status putZone(std::string_view name, std::string_view vtimezone);
 
   /// Writes a single event, a series or a reminder (`main`) with the changed occurrences that belong to it; the
   /// calendar, identifier and row fields of all are filled in, what they held before is ignored.
@@ -67,18 +53,41 @@ class ItemWriter {
   /// continuations (see `continuationsOf`) and no longer names are removed.
   ///
   /// Stamps are stored as given. An item that has no start (an event) or a calendar of the wrong kind is `kInvalid`.
-  virtual Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed,
-                                 const Series* compiled = nullptr) = 0;
+  Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed, const Series* compiled = nullptr);
 
   /// Writes a contact, found again by its identifier; an empty identifier is filled in with a new one.
-  virtual Result<PutOutcome> putContact(Contact& contact) = 0;
+  Result<PutOutcome> putContact(Contact& contact);
 
   /// All of it is on disk when this returns without a failure.
-  virtual Status commit() = 0;
-};
+  Status commit();
 
-/// Receives a single event, series, reminder or stray changed occurrence, with the changed occurrences of a series in
-/// the order of their original starts. A failure stops the walk and becomes its result.
-using ItemVisitor = std::function<Status(const Item& main, const std::vector<Item>& changed)>;
+ private:
+  ItemWriter(StoreCore& core, WriteTurn turn, KnownItems known)
+      : m_core(core),
+        m_turn(std::move(turn)),
+        m_known(std::move(known)),
+        m_contacts(core.database),
+        m_titles(core.calendars) {}
+
+  Status checkTarget(CalendarId calendar, const Item& item);
+  Result<PutOutcome> putMain(Item& main, const Series* series, const Standing& standing);
+  /// Removes the series that were cut off the stored one and that `given` does not name any more.
+  Status removeContinuations(const std::vector<std::string>& stored, const Item& given);
+  Status removeChangedOf(ItemId series);
+  Result<PutOutcome> putStray(Item& stray);
+  Result<PutOutcome> putChanged(Item& changed, const Item& main, const Series& series, ItemId known);
+  /// Finds the right one of the changed occurrences of a known series for each of `changed`; removes the others.
+  Result<PutOutcome> putAllChanged(std::vector<Item>& changed, const Item& main, const Series& series);
+  Status adoptStrays(const Item& main, const Series& series);
+
+  StoreCore& m_core;
+  WriteTurn m_turn;
+  KnownItems m_known;
+  ContactRows m_contacts;
+  CalendarTitles m_titles;
+  std::optional<Calendar> m_lastTarget;
+  LazyStatement m_zoneText{"SELECT vtimezone FROM zones WHERE name = ?"};
+  LazyStatement m_putZone{"INSERT OR REPLACE INTO zones(name, vtimezone) VALUES(?, ?)"};
+};
 
 }  // namespace orlocal::store

@@ -7,6 +7,7 @@
 #include "platform/platform.h"
 #include "platform/run_loop.h"
 #include "store/calendar_store.h"
+#include "store/edits/item_writer.h"
 #include "store/time/zone.h"
 
 namespace orlocal::contract {

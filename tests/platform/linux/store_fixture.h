@@ -14,6 +14,7 @@
 #include "platform/exception.h"
 #include "platform/platform.h"
 #include "store/calendar_store.h"
+#include "store/edits/item_writer.h"
 
 namespace orlocal {
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "store/edits/item_writer.h"
 #include "store/file/change_log.h"
 #include "store/file/schema.h"
 #include "store/store_fixture.h"

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include "store/edits/item_writer.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {

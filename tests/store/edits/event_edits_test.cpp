@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "store/edits/item_writer.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {

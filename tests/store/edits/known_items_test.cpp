@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "store/core/zone_data.h"
+#include "store/edits/item_writer.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {

@@ -1,54 +1,70 @@
-#include "store/sqlite_store.h"
+#include "store/calendar_store.h"
+
+#include <utility>
 
 #include "base/try.h"
+#include "store/core/queries.h"
+#include "store/core/store_core.h"
 #include "store/edits/calendar_edits.h"
 #include "store/edits/event_edits.h"
+#include "store/edits/item_writer.h"
 #include "store/edits/reminder_edits.h"
-#include "store/edits/store_writer.h"
 #include "store/rows/contact_rows.h"
 
 namespace orlocal::store {
 
 Result<std::unique_ptr<CalendarStore>> CalendarStore::open(StoreOptions options) {
   ORLOCAL_TRY(auto core, StoreCore::open(std::move(options)));
-  return std::make_unique<SqliteStore>(std::move(core));
+  return std::unique_ptr<CalendarStore>(new CalendarStore(std::move(core)));
 }
 
-Result<std::vector<Source>> SqliteStore::sources() {
+std::unique_ptr<CalendarStore> CalendarStore::unopened(Failure reason) {
+  return std::unique_ptr<CalendarStore>(new CalendarStore(StoreCore::unopened(std::move(reason))));
+}
+
+CalendarStore::CalendarStore(std::unique_ptr<StoreCore> core)
+    : m_core(std::move(core)), m_queries(std::make_unique<Queries>(*m_core)) {}
+
+CalendarStore::~CalendarStore() = default;
+
+void CalendarStore::close() { m_core->close(); }
+std::uint64_t CalendarStore::generation() { return m_core->generation(); }
+
+Result<std::vector<Source>> CalendarStore::sources() {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return m_core->calendars.sources();
 }
 
-Result<std::vector<Calendar>> SqliteStore::calendars(CalendarKind kind) {
+Result<std::vector<Calendar>> CalendarStore::calendars(CalendarKind kind) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return m_core->calendars.ofKind(kind);
 }
 
-Result<std::optional<Calendar>> SqliteStore::calendar(std::string_view identifier) {
+Result<std::optional<Calendar>> CalendarStore::calendar(std::string_view identifier) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   const auto uuid = Uuid::parse(identifier);
   if (!uuid) return std::nullopt;
-  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return m_core->calendars.withUuid(*uuid);
 }
 
-Result<std::optional<Calendar>> SqliteStore::defaultCalendar(CalendarKind kind) {
+Result<std::optional<Calendar>> CalendarStore::defaultCalendar(CalendarKind kind) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return m_core->calendars.forNewItems(kind);
 }
 
-Status SqliteStore::saveCalendar(Calendar& calendar, CalendarFields set) {
+Status CalendarStore::saveCalendar(Calendar& calendar, CalendarFields set) {
   return CalendarEdits(*m_core).save(calendar, set);
 }
 
-Status SqliteStore::removeCalendar(std::string_view identifier) { return CalendarEdits(*m_core).remove(identifier); }
+Status CalendarStore::removeCalendar(std::string_view identifier) { return CalendarEdits(*m_core).remove(identifier); }
 
-Result<std::vector<Occurrence>> SqliteStore::occurrences(const EventQuery& query) {
-  return m_queries.occurrences(query);
+Result<std::vector<Occurrence>> CalendarStore::occurrences(const EventQuery& query) {
+  return m_queries->occurrences(query);
 }
 
-Result<std::vector<ItemId>> SqliteStore::reminders(const ReminderQuery& query) { return m_queries.reminders(query); }
+Result<std::vector<ItemId>> CalendarStore::reminders(const ReminderQuery& query) { return m_queries->reminders(query); }
 
-Result<std::shared_ptr<const Item>> SqliteStore::item(ItemId id) {
+Result<std::shared_ptr<const Item>> CalendarStore::item(ItemId id) {
   // What is at hand is right as long as nobody wrote.
   const std::uint64_t generation = m_core->generation();
   if (generation == m_checked) {
@@ -59,7 +75,7 @@ Result<std::shared_ptr<const Item>> SqliteStore::item(ItemId id) {
   return m_core->rows.read(id);
 }
 
-void SqliteStore::prefetch(std::span<const ItemId> ids) {
+void CalendarStore::prefetch(std::span<const ItemId> ids) {
   const std::uint64_t generation = m_core->generation();
   if (const auto snapshot = m_core->beginReading()) {
     m_checked = generation;
@@ -67,45 +83,47 @@ void SqliteStore::prefetch(std::span<const ItemId> ids) {
   }
 }
 
-Result<std::shared_ptr<const Item>> SqliteStore::event(std::string_view identifier) {
+Result<std::shared_ptr<const Item>> CalendarStore::event(std::string_view identifier) {
   ORLOCAL_TRY(auto item, itemWithIdentifier(identifier));
   return item != nullptr && item->kind == ItemKind::kEvent ? item : nullptr;
 }
 
-Result<std::shared_ptr<const Item>> SqliteStore::itemWithIdentifier(std::string_view itemIdentifier) {
+Result<std::shared_ptr<const Item>> CalendarStore::itemWithIdentifier(std::string_view itemIdentifier) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   const auto uuid = Uuid::parse(itemIdentifier);
   if (!uuid) return nullptr;
-  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   ORLOCAL_TRY(const auto id, m_core->rows.withUuid(*uuid));
   if (!id) return nullptr;
   return m_core->rows.read(*id);
 }
 
-Result<std::optional<Occurrence>> SqliteStore::firstOccurrence(const Item& event) {
-  return m_queries.firstOccurrence(event);
+Result<std::optional<Occurrence>> CalendarStore::firstOccurrence(const Item& event) {
+  return m_queries->firstOccurrence(event);
 }
 
-Result<std::optional<Occurrence>> SqliteStore::occurrenceAt(const Item& event, Moment originalStart) {
-  return m_queries.occurrenceAt(event, originalStart);
+Result<std::optional<Occurrence>> CalendarStore::occurrenceAt(const Item& event, Moment originalStart) {
+  return m_queries->occurrenceAt(event, originalStart);
 }
 
-Result<Item> SqliteStore::saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
-  return EventEdits(*m_core, m_queries).save(edit, occurrence, span);
+Result<Item> CalendarStore::saveEvent(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
+  return EventEdits(*m_core, *m_queries).save(edit, occurrence, span);
 }
 
-Status SqliteStore::removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
-  return EventEdits(*m_core, m_queries).remove(event, occurrence, span);
+Status CalendarStore::removeEvent(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
+  return EventEdits(*m_core, *m_queries).remove(event, occurrence, span);
 }
 
-Result<Item> SqliteStore::saveReminder(const ItemEdit& edit) { return ReminderEdits(*m_core, m_queries).save(edit); }
+Result<Item> CalendarStore::saveReminder(const ItemEdit& edit) { return ReminderEdits(*m_core, *m_queries).save(edit); }
 
-Status SqliteStore::removeReminder(const Item& reminder) { return ReminderEdits(*m_core, m_queries).remove(reminder); }
-
-Result<std::unique_ptr<ItemWriter>> SqliteStore::startWriting(const Announcement& announcement) {
-  return StoreWriter::start(*m_core, announcement);
+Status CalendarStore::removeReminder(const Item& reminder) {
+  return ReminderEdits(*m_core, *m_queries).remove(reminder);
 }
 
-Status SqliteStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
+Result<std::unique_ptr<ItemWriter>> CalendarStore::startWriting(const Announcement& announcement) {
+  return ItemWriter::start(*m_core, announcement);
+}
+
+Status CalendarStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
   const std::uint64_t generation = m_core->generation();
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   if (m_listed != generation) {
@@ -128,7 +146,7 @@ Status SqliteStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
   return {};
 }
 
-Result<std::optional<std::string>> SqliteStore::privateZone(std::string_view name) {
+Result<std::optional<std::string>> CalendarStore::privateZone(std::string_view name) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   ORLOCAL_TRY(Statement find, m_core->database.prepare("SELECT vtimezone FROM zones WHERE name = ?"));
   find.bind(1, name);
@@ -136,19 +154,19 @@ Result<std::optional<std::string>> SqliteStore::privateZone(std::string_view nam
   return found ? std::optional<std::string>(find.text(0)) : std::nullopt;
 }
 
-Result<std::optional<std::string>> SqliteStore::addressOf(std::string_view email) {
+Result<std::optional<std::string>> CalendarStore::addressOf(std::string_view email) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   return ContactRows(m_core->database).addressOf(email);
 }
 
 // Both ask the log alone, so what is kept in memory need not be brought up to it first.
-Result<LogPosition> SqliteStore::newestChange() {
+Result<LogPosition> CalendarStore::newestChange() {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
   ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
   return LogPosition{.row = newest, .file = m_core->fileNumber()};
 }
 
-Result<std::vector<OutsideCommit>> SqliteStore::outsideCommits(LogPosition& position) {
+Result<std::vector<OutsideCommit>> CalendarStore::outsideCommits(LogPosition& position) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
   if (position.file != m_core->fileNumber()) {
     // Another file's log tells another story under the same numbers.
@@ -159,6 +177,10 @@ Result<std::vector<OutsideCommit>> SqliteStore::outsideCommits(LogPosition& posi
   return outsideCommitsAfter(m_core->log, position.row);
 }
 
-Result<std::unique_ptr<ChangeSignal>> SqliteStore::listen() { return ChangeSignal::listen(m_core->file()); }
+Result<std::unique_ptr<ChangeSignal>> CalendarStore::listen() {
+  // The bell is beside the file that the path leads to now.
+  ORLOCAL_CHECK(m_core->beginReadingLog());
+  return ChangeSignal::listen(m_core->file());
+}
 
 }  // namespace orlocal::store

@@ -1,4 +1,4 @@
-#include "store/edits/store_writer.h"
+#include "store/edits/item_writer.h"
 
 #include <random>
 

@@ -1,4 +1,4 @@
-#include "store/edits/store_writer.h"
+#include "store/edits/item_writer.h"
 
 #include <algorithm>
 #include <map>
@@ -27,7 +27,7 @@ Result<Series> compiledToPut(const Item& item) {
 
 }  // namespace
 
-Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core, const Announcement& announcement) {
+Result<std::unique_ptr<ItemWriter>> ItemWriter::start(StoreCore& core, const Announcement& announcement) {
   KnownItems known(core);
   ORLOCAL_CHECK(known.lookAhead(announcement));
   ORLOCAL_TRY(WriteTurn turn, core.beginWriting());
@@ -35,22 +35,22 @@ Result<std::unique_ptr<ItemWriter>> StoreWriter::start(StoreCore& core, const An
   ORLOCAL_CHECK(known.beginTurn());
   ORLOCAL_CHECK(core.rows.gather());
   core.timeline.gather();
-  return std::unique_ptr<ItemWriter>(new StoreWriter(core, std::move(turn), std::move(known)));
+  return std::unique_ptr<ItemWriter>(new ItemWriter(core, std::move(turn), std::move(known)));
 }
 
-StoreWriter::~StoreWriter() { (void)m_core.database.execute(kUsualCache); }
+ItemWriter::~ItemWriter() { (void)m_core.database.execute(kUsualCache); }
 
-Result<std::optional<Calendar>> StoreWriter::calendarTitled(CalendarKind kind, std::string_view title) {
+Result<std::optional<Calendar>> ItemWriter::calendarTitled(CalendarKind kind, std::string_view title) {
   return m_titles.find(kind, title);
 }
 
-Result<std::optional<Calendar>> StoreWriter::defaultCalendar(CalendarKind kind) {
+Result<std::optional<Calendar>> ItemWriter::defaultCalendar(CalendarKind kind) {
   return m_core.calendars.forNewItems(kind);
 }
 
-Status StoreWriter::makeSource(Source& source) { return m_core.calendars.insertSource(source, m_core.uuids.next()); }
+Status ItemWriter::makeSource(Source& source) { return m_core.calendars.insertSource(source, m_core.uuids.next()); }
 
-Status StoreWriter::makeCalendar(Calendar& calendar) {
+Status ItemWriter::makeCalendar(Calendar& calendar) {
   if (calendar.title.empty()) return failure(ErrorCode::kInvalid, "A calendar needs a title.");
   std::optional<Source> source;
   if (calendar.source == 0) {
@@ -67,7 +67,7 @@ Status StoreWriter::makeCalendar(Calendar& calendar) {
   return m_core.logCalendar(Operation::kInserted, calendar);
 }
 
-Status StoreWriter::putZone(std::string_view name, std::string_view vtimezone) {
+Status ItemWriter::putZone(std::string_view name, std::string_view vtimezone) {
   Statement& read = m_zoneText.in(m_core.database).bind(1, name);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
@@ -77,7 +77,7 @@ Status StoreWriter::putZone(std::string_view name, std::string_view vtimezone) {
   return m_core.log.record(Operation::kUpdated, Subject::kZone, 0, std::nullopt, Uuid());
 }
 
-Status StoreWriter::checkTarget(CalendarId calendar, const Item& item) {
+Status ItemWriter::checkTarget(CalendarId calendar, const Item& item) {
   if (!m_lastTarget || m_lastTarget->id != calendar) {
     ORLOCAL_TRY(m_lastTarget, m_core.calendars.withId(calendar));
     if (!m_lastTarget) return failure(ErrorCode::kInvalid, "The calendar is not in the store.");
@@ -91,8 +91,8 @@ Status StoreWriter::checkTarget(CalendarId calendar, const Item& item) {
   return {};
 }
 
-Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector<Item>& changed,
-                                    const Series* compiled) {
+Result<PutOutcome> ItemWriter::put(CalendarId calendar, Item& main, std::vector<Item>& changed,
+                                   const Series* compiled) {
   ORLOCAL_CHECK(checkTarget(calendar, main));
   main.calendar = calendar;
   main.series.reset();
@@ -122,7 +122,7 @@ Result<PutOutcome> StoreWriter::put(CalendarId calendar, Item& main, std::vector
   return outcome == PutOutcome::kUnchanged ? others : outcome;
 }
 
-Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series, const Standing& standing) {
+Result<PutOutcome> ItemWriter::putMain(Item& main, const Series* series, const Standing& standing) {
   if (standing.id == 0) {
     ORLOCAL_CHECK(m_core.insertItem(main, series, std::nullopt, false));
     return PutOutcome::kNew;
@@ -143,7 +143,7 @@ Result<PutOutcome> StoreWriter::putMain(Item& main, const Series* series, const 
   return PutOutcome::kUpdated;
 }
 
-Status StoreWriter::removeChangedOf(ItemId series) {
+Status ItemWriter::removeChangedOf(ItemId series) {
   ORLOCAL_TRY(const auto others, m_core.rows.changedOf(series));
   for (const ItemRows::Changed& other : others) {
     ORLOCAL_TRY(const auto row, m_core.rows.readNamed(other.id));
@@ -152,7 +152,7 @@ Status StoreWriter::removeChangedOf(ItemId series) {
   return {};
 }
 
-Status StoreWriter::removeContinuations(const std::vector<std::string>& stored, const Item& given) {
+Status ItemWriter::removeContinuations(const std::vector<std::string>& stored, const Item& given) {
   const auto named = continuationsOf(given);
   for (const std::string& uid : stored) {
     if (std::find(named.begin(), named.end(), uid) != named.end()) continue;
@@ -166,7 +166,7 @@ Status StoreWriter::removeContinuations(const std::vector<std::string>& stored, 
   return {};
 }
 
-Result<PutOutcome> StoreWriter::putChanged(Item& changed, const Item& main, const Series& series, ItemId known) {
+Result<PutOutcome> ItemWriter::putChanged(Item& changed, const Item& main, const Series& series, ItemId known) {
   changed.series = main.id;
   changed.identifier = main.identifier;
   const std::int64_t original = originalKey(series, *changed.recurrenceId);
@@ -181,7 +181,7 @@ Result<PutOutcome> StoreWriter::putChanged(Item& changed, const Item& main, cons
   return PutOutcome::kUpdated;
 }
 
-Result<PutOutcome> StoreWriter::putAllChanged(std::vector<Item>& changed, const Item& main, const Series& series) {
+Result<PutOutcome> ItemWriter::putAllChanged(std::vector<Item>& changed, const Item& main, const Series& series) {
   struct Known {
     ItemId id = 0;
     bool named = false;
@@ -206,7 +206,7 @@ Result<PutOutcome> StoreWriter::putAllChanged(std::vector<Item>& changed, const 
   return outcome;
 }
 
-Status StoreWriter::adoptStrays(const Item& main, const Series& series) {
+Status ItemWriter::adoptStrays(const Item& main, const Series& series) {
   ORLOCAL_TRY(const auto strays, m_core.rows.straysWithUid(main.calendar, main.kind, main.uid));
   for (const ItemId id : strays) {
     ORLOCAL_TRY(const auto row, m_core.rows.readNamed(id));
@@ -224,7 +224,7 @@ Status StoreWriter::adoptStrays(const Item& main, const Series& series) {
   return {};
 }
 
-Result<PutOutcome> StoreWriter::putStray(Item& stray) {
+Result<PutOutcome> ItemWriter::putStray(Item& stray) {
   ORLOCAL_TRY(const auto known, m_core.rows.withUid(stray.calendar, stray.kind, stray.uid));
   if (known) {
     ORLOCAL_TRY(const auto main, m_core.rows.readNamed(*known));
@@ -247,10 +247,10 @@ Result<PutOutcome> StoreWriter::putStray(Item& stray) {
   return PutOutcome::kUpdated;
 }
 
-Result<PutOutcome> StoreWriter::putContact(Contact& contact) {
+Result<PutOutcome> ItemWriter::putContact(Contact& contact) {
   return m_contacts.put(contact, m_core.uuids, m_core.log);
 }
 
-Status StoreWriter::commit() { return m_turn.commit(); }
+Status ItemWriter::commit() { return m_turn.commit(); }
 
 }  // namespace orlocal::store
