@@ -102,9 +102,12 @@ Attendee readAttendee(const ContentLine& line) {
     made.role = Attendee::Role::kRequired;
     made.type = Attendee::Type::kPerson;
   }
+  bool hasStatus = false, hasRole = false, hasType = false;
   std::string_view rest = line.parameters;
   for (ContentParameter parameter; nextParameter(rest, parameter);) {
-    const auto read = [&](const auto& words, auto& field) {
+    const auto read = [&](const auto& words, auto& field, bool& has) {
+      // Each may come once (RFC 5545, 3.2); of several the first counts, as for any parameter.
+      if (std::exchange(has, true)) return;
       const auto value = valueOf(words, parameter.value);
       if (value)
         field = *value;
@@ -115,11 +118,11 @@ Attendee readAttendee(const ContentLine& line) {
     if (equalsNoCase(parameter.name, "CN"))
       made.name = made.name ? std::move(made.name) : line.parameter("CN");
     else if (equalsNoCase(parameter.name, "PARTSTAT"))
-      read(kParticipationStates, made.status);
+      read(kParticipationStates, made.status, hasStatus);
     else if (equalsNoCase(parameter.name, "ROLE"))
-      read(kRoles, made.role);
+      read(kRoles, made.role, hasRole);
     else if (equalsNoCase(parameter.name, "CUTYPE"))
-      read(kAttendeeTypes, made.type);
+      read(kAttendeeTypes, made.type, hasType);
     else
       made.extra += parameter.text;
   }

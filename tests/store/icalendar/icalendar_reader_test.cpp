@@ -415,6 +415,16 @@ TEST(Alarms, ThatCannotBeFollowedAreKeptAsTheyAre) {
   EXPECT_EQ(read.warnings.size(), 1U);
 }
 
+TEST(Attendees, TakeTheFirstOfAParameterThatComesTwice) {
+  const Read read = readAll(event(kStart + "ATTENDEE;PARTSTAT=DECLINED;PARTSTAT=ACCEPTED:mailto:a@x\n"
+                                           "ATTENDEE;PARTSTAT=X-PERHAPS;PARTSTAT=ACCEPTED:mailto:b@x\n"));
+  const auto& attendees = read.item().attendees;
+  EXPECT_EQ(attendees.at(0).status, Attendee::Status::kDeclined);
+  EXPECT_EQ(attendees.at(0).extra, "");
+  EXPECT_EQ(attendees.at(1).status, Attendee::Status::kUnknown);
+  EXPECT_EQ(attendees.at(1).extra, ";PARTSTAT=X-PERHAPS");
+}
+
 TEST(Attendees, ComeWithStateRoleAndKind) {
   const Read read = readAll(event(kStart + "ORGANIZER;CN=Anna;SENT-BY=\"mailto:b@x\":mailto:a@x\nATTENDEE:mailto:c@x\n"
                                            "ATTENDEE;CN=\"Doe, "
