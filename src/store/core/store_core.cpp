@@ -239,7 +239,7 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
   if (!item.series) item.identifier = item.itemIdentifier;
   item.id = 0;
   TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
-  ORLOCAL_CHECK(rows.insert(item, uuid, {entry.slot, entry.start, original}));
+  ORLOCAL_CHECK(rows.insert(item, uuid, {entry.shelf, entry.start, original}));
   entry.item = item.id;
   ORLOCAL_CHECK(timeline.insert(entry));
   if (!item.series) return log.record(Operation::kInserted, subjectOf(item), item.id, std::nullopt, uuid);
@@ -273,10 +273,10 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
                              bool originalIsWall, const StoredPlace& before) {
   const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
   // An entry takes the place of one that stands there.
-  const bool moves = before.slot != entry.slot || before.slotStart != entry.start;
-  if (moves) ORLOCAL_CHECK(timeline.remove(item.id, before.slot, before.slotStart));
+  const bool moves = before.shelf != entry.shelf || before.shelfStart != entry.start;
+  if (moves) ORLOCAL_CHECK(timeline.remove(item.id, before.shelf, before.shelfStart));
   ORLOCAL_CHECK(timeline.insert(entry));
-  ORLOCAL_CHECK(rows.update(item, {entry.slot, entry.start, original}, before));
+  ORLOCAL_CHECK(rows.update(item, {entry.shelf, entry.start, original}, before));
   series.forget(item.id);
   if (item.series) series.forget(*item.series);
   return {};
@@ -285,7 +285,7 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
 Status StoreCore::removeItem(const Item& item) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
   if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store.");
-  ORLOCAL_CHECK(timeline.remove(item.id, before->slot, before->slotStart));
+  ORLOCAL_CHECK(timeline.remove(item.id, before->shelf, before->shelfStart));
   ORLOCAL_CHECK(rows.remove(item.id));
   series.forget(item.id);
   if (item.series) series.forget(*item.series);

@@ -175,7 +175,8 @@ Result<PutOutcome> ItemWriter::putChanged(Item& changed, const Item& main, const
     return PutOutcome::kNew;
   }
   ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(known));
-  if (!differsFrom(*stored, changed)) return PutOutcome::kUnchanged;
+  identifyAs(*stored, changed);
+  if (!differs(*stored, changed)) return PutOutcome::kUnchanged;
   changed.identifier = main.identifier;
   ORLOCAL_CHECK(m_core.updateItem(changed, nullptr, original, series.followsViewer()));
   return PutOutcome::kUpdated;
@@ -242,7 +243,8 @@ Result<PutOutcome> ItemWriter::putStray(Item& stray) {
     return PutOutcome::kNew;
   }
   ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(*twin));
-  if (!differsFrom(*stored, stray)) return PutOutcome::kUnchanged;
+  identifyAs(*stored, stray);
+  if (!differs(*stored, stray)) return PutOutcome::kUnchanged;
   ORLOCAL_CHECK(m_core.updateItem(stray, nullptr, original, wall));
   return PutOutcome::kUpdated;
 }

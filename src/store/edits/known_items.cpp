@@ -44,15 +44,18 @@ class Targets {
 
 }  // namespace
 
-bool differsFrom(const Item& stored, Item& given) {
+void identifyAs(const Item& stored, Item& given) {
   given.id = stored.id;
   given.identifier = stored.identifier;
   given.itemIdentifier = stored.itemIdentifier;
-  if (!stored.stamped || !given.stamped) return !(stored == given);
-  const auto stamped = std::exchange(given.stamped, stored.stamped);
-  const bool same = stored == given;
-  given.stamped = stamped;
-  return !same;
+}
+
+bool differs(const Item& stored, const Item& given) {
+  if (stored == given) return false;
+  if (!stored.stamped || !given.stamped || stored.stamped == given.stamped) return true;
+  Item stampedAlike = given;
+  stampedAlike.stamped = stored.stamped;
+  return !(stored == stampedAlike);
 }
 
 Status KnownItems::lookAhead(const Announcement& announcement) {
@@ -136,7 +139,8 @@ Result<Standing> KnownItems::look(Item& main, bool isSeries) {
   standing.id = known.item->id;
   standing.place = known.place;
   standing.hasChanged = known.hasChanged;
-  standing.differs = differsFrom(*known.item, main);
+  identifyAs(*known.item, main);
+  standing.differs = differs(*known.item, main);
   standing.stamped = known.item->stamped;
   if (standing.differs) standing.continuations = continuationsOf(*known.item);
   return standing;

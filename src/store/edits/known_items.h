@@ -26,9 +26,11 @@ struct Standing {
   bool hasStrays = false;                  ///< whether there are changed occurrences that came without it
 };
 
-/// Whether more than a stamp is to be written to make the stored item the one given: many write a new stamp into every
-/// file, whether the item changed or not. Gives the latter the former's identifiers.
-bool differsFrom(const Item& stored, Item& given);
+/// Gives the item that is to be put the identifiers of the stored one that it stands for.
+void identifyAs(const Item& stored, Item& given);
+/// Whether more than a stamp is to be written to make the stored item the one given, which bears its identifiers: many
+/// write a new stamp into every file, whether the item changed or not.
+bool differs(const Item& stored, const Item& given);
 
 /// What the store knows of the items that a large change puts. What is announced is looked at before the turn to write
 /// is taken, and again only where others changed it in between: so a change that meets much that is known keeps its

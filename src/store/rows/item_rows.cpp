@@ -213,11 +213,11 @@ Result<ItemRows::Known> ItemRows::readWithUid(CalendarId calendar, ItemKind kind
   if (known.item == nullptr) return known;
   CheckedRow row(find);
   known.hasChanged = row.flag(ItemValues::kHasChanged);
-  known.place.slot = row.number(ItemValues::kSlot);
-  known.place.slotStart = row.seconds(ItemValues::kSlotStart);
+  known.place.shelf = row.number(ItemValues::kShelf);
+  known.place.shelfStart = row.seconds(ItemValues::kShelfStart);
   known.place.series = known.item->series;
   known.place.uidHash = hash;
-  if (!row.sound() || !Timeline::isSlot(known.place.slot)) {
+  if (!row.sound() || !Timeline::isShelf(known.place.shelf)) {
     return damaged(m_database, fmt::format("Item {}", known.item->id));
   }
   return known;
@@ -284,12 +284,12 @@ Result<std::optional<StoredPlace>> ItemRows::place(ItemId id) {
   if (!found) return std::nullopt;
   CheckedRow row(read);
   StoredPlace place;
-  place.slot = row.number(0);
-  place.slotStart = row.seconds(1);
+  place.shelf = row.number(0);
+  place.shelfStart = row.seconds(1);
   if (!row.isNull(2)) place.original = row.seconds(2);
   place.series = row.optionalId(3);
   place.uidHash = row.number(4, INT64_MIN, INT64_MAX);
-  if (!row.sound() || !Timeline::isSlot(place.slot)) return damaged(m_database, fmt::format("Item {}", id));
+  if (!row.sound() || !Timeline::isShelf(place.shelf)) return damaged(m_database, fmt::format("Item {}", id));
   return place;
 }
 

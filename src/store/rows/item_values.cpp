@@ -185,7 +185,7 @@ void ItemValues::bind(RowValues& values, const Item& item, const RowPlace& place
   values.clear();
   values.bind(1, static_cast<std::int64_t>(item.kind)).bind(2, item.calendar);
   bindOptional(values, 3, item.series);
-  values.bind(4, place.slot).bind(5, place.slotStart);
+  values.bind(4, place.shelf).bind(5, place.shelfStart);
   bindTime(values, 6, item.start);
   bindTime(values, 8, item.end, item.start);
   PackedBytes packed;

@@ -13,8 +13,8 @@ namespace orlocal::store {
 
 /// What a row holds beyond the item itself.
 struct RowPlace {
-  std::int64_t slot = 0;  ///< of its timeline entry
-  std::int64_t slotStart = 0;
+  std::int64_t shelf = 0;  ///< of its timeline entry
+  std::int64_t shelfStart = 0;
   /// Original start of a changed occurrence: seconds in UTC, or on the wall clock when its series (or, without one, its
   /// recurrence id) runs there.
   std::optional<std::int64_t> original;
@@ -40,7 +40,7 @@ class ItemValues {
   static constexpr int kIdParameter = 28, kUuidParameter = 29, kInserted = 29;
 
   static constexpr int kHasChanged = 27;  ///< whether there are changed occurrences of it
-  static constexpr int kSlot = 28, kSlotStart = 29;
+  static constexpr int kShelf = 28, kShelfStart = 29;
 
   /// The item in a row of the first two statements.
   static Result<Item> read(const Statement& row, const Database& database);

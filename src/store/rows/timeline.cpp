@@ -87,16 +87,16 @@ void placeOnShelf(TimelineEntry& entry, const Item& item) {
     const std::int64_t length = item.end && item.start ? item.end->local - item.start->local : 0;
     const unsigned months = length <= kLongestOnMonths ? meetingMonths(item) : 0;
     if (months != 0 && months != 0xfff) {
-      entry.slot = kManyMonths | (entry.wall ? kManyMonthsWall : 0) | months;
+      entry.shelf = kManyMonths | (entry.wall ? kManyMonthsWall : 0) | months;
       return;
     }
   }
-  entry.slot = base + shelf;
+  entry.shelf = base + shelf;
 }
 
 void placeReminder(TimelineEntry& entry, const Item& item) {
   if (item.completed) {
-    entry.slot = kCompletedShelf;
+    entry.shelf = kCompletedShelf;
     entry.start = std::chrono::floor<std::chrono::seconds>(*item.completed).time_since_epoch().count();
     entry.hasDue = item.end.has_value();
     if (item.end) {
@@ -106,34 +106,34 @@ void placeReminder(TimelineEntry& entry, const Item& item) {
     return;
   }
   if (!item.end) {
-    entry.slot = kOpenWithoutDue;
+    entry.shelf = kOpenWithoutDue;
     return;
   }
   entry.hasDue = true;
   entry.wall = Timeline::isWall(*item.end);
-  entry.slot = entry.wall ? kOpenWall : kOpenTimed;
+  entry.shelf = entry.wall ? kOpenWall : kOpenTimed;
   entry.start = entry.end = Timeline::keyOf(*item.end);
 }
 
 /// Rows kept back at most: some megabytes.
 constexpr std::size_t kGatheredAtMost = 65'536;
 
-/// Calls `place` for each shelf that the slot of a row stands for.
+/// Calls `place` for each shelf that a row stands on: the one it names, or those of its months.
 template <class Place>
-Status forEachShelf(std::int64_t slot, const Place& place) {
-  if ((slot & kManyMonths) == 0) return place(slot);
-  const std::int64_t base = (slot & kManyMonthsWall) != 0 ? kWallMonths : kTimedMonths;
+Status forEachShelf(std::int64_t stored, const Place& place) {
+  if ((stored & kManyMonths) == 0) return place(stored);
+  const std::int64_t base = (stored & kManyMonthsWall) != 0 ? kWallMonths : kTimedMonths;
   for (int month = 0; month < 12; ++month) {
-    if ((slot >> month & 1) != 0) ORLOCAL_CHECK(place(base + month));
+    if ((stored >> month & 1) != 0) ORLOCAL_CHECK(place(base + month));
   }
   return {};
 }
 
 }  // namespace
 
-bool Timeline::isSlot(std::int64_t slot) {
-  if ((slot & kManyMonths) == 0) return slot >= 0 && slot < static_cast<std::int64_t>(kShelves);
-  return (slot & ~(kManyMonths | kManyMonthsWall | 0xfff)) == 0;
+bool Timeline::isShelf(std::int64_t stored) {
+  if ((stored & kManyMonths) == 0) return stored >= 0 && stored < static_cast<std::int64_t>(kShelves);
+  return (stored & ~(kManyMonths | kManyMonthsWall | 0xfff)) == 0;
 }
 
 bool Timeline::isWall(const CalendarTime& time) {
@@ -172,7 +172,7 @@ TimelineEntry Timeline::entryOf(const Item& item, const Series* series, std::opt
 }
 
 Status Timeline::insert(const TimelineEntry& entry) {
-  return forEachShelf(entry.slot, [&](std::int64_t shelf) -> Status {
+  return forEachShelf(entry.shelf, [&](std::int64_t shelf) -> Status {
     m_shelves.set(static_cast<std::size_t>(shelf));
     const std::int64_t flags = (entry.repeats ? kRepeats : 0) | (entry.originalIsWall ? kOriginalIsWall : 0) |
                                (entry.hasDue ? kHasDue : 0) | (entry.dueIsWall ? kDueIsWall : 0);
@@ -215,9 +215,9 @@ void Timeline::forget() {
   m_gatheredItems.clear();
 }
 
-Status Timeline::remove(ItemId item, std::int64_t slot, std::int64_t start) {
+Status Timeline::remove(ItemId item, std::int64_t stored, std::int64_t start) {
   if (m_gatheredItems.contains(item)) ORLOCAL_CHECK(writeRows());
-  return forEachShelf(slot, [&](std::int64_t shelf) {
+  return forEachShelf(stored, [&](std::int64_t shelf) {
     return m_remove.in(m_database).bind(1, shelf).bind(2, start).bind(3, item).run();
   });
 }
@@ -226,31 +226,31 @@ Status Timeline::findShelves() {
   ORLOCAL_CHECK(writeRows());
   if (m_shelvesKnown) return {};
   m_shelves.reset();
-  for (std::int64_t slot = -1;;) {
-    Statement& next = m_nextSlot.in(m_database);
+  for (std::int64_t shelf = -1;;) {
+    Statement& next = m_nextShelf.in(m_database);
     const ResetAtExit reset(next);
-    next.bind(1, slot);
+    next.bind(1, shelf);
     ORLOCAL_TRY(const bool found, next.step());
     if (!found) break;
     CheckedRow row(next);
-    // A damaged index may give the same slot for ever.
-    slot = row.number(0, slot + 1, static_cast<std::int64_t>(kShelves) - 1);
+    // A damaged index may give the same shelf for ever.
+    shelf = row.number(0, shelf + 1, static_cast<std::int64_t>(kShelves) - 1);
     if (!row.sound()) return damaged(m_database, "The timeline");
-    m_shelves.set(static_cast<std::size_t>(slot));
+    m_shelves.set(static_cast<std::size_t>(shelf));
   }
   m_shelvesKnown = true;
   return {};
 }
 
-Status Timeline::visitShelf(std::int64_t slot, std::int64_t after, std::int64_t before, const Visitor& visit) {
-  if (!m_shelves.test(static_cast<std::size_t>(slot))) return {};
+Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t before, const Visitor& visit) {
+  if (!m_shelves.test(static_cast<std::size_t>(shelf))) return {};
   Statement& scan = m_scan.in(m_database);
   const ResetAtExit reset(scan);
-  scan.bind(1, slot).bind(2, after).bind(3, before);
+  scan.bind(1, shelf).bind(2, after).bind(3, before);
   TimelineEntry entry;
-  entry.slot = slot;
+  entry.shelf = shelf;
   entry.wall =
-      (slot >= kWall && slot < kTimedMonths) || (slot >= kWallMonths && slot < kOpenTimed) || slot == kOpenWall;
+      (shelf >= kWall && shelf < kTimedMonths) || (shelf >= kWallMonths && shelf < kOpenTimed) || shelf == kOpenWall;
   for (std::pair<std::int64_t, ItemId> last{INT64_MIN, 0};;) {
     ORLOCAL_TRY(const bool found, scan.step());
     if (!found) return {};

@@ -23,7 +23,7 @@ struct TimelineEntry {
 
   ItemId item = 0;
   CalendarId calendar = 0;
-  std::int64_t slot = 0;   ///< the shelf it stands on; see timeline.cpp
+  std::int64_t shelf = 0;  ///< the shelf it stands on (or those, of months); see timeline.cpp
   std::int64_t start = 0;  ///< of a series: of its first occurrence; of a reminder: due or completed
   std::int64_t end = 0;    ///< of a series: of its last one, or `kEndless`; of a completed reminder: due
   bool repeats = false;
@@ -49,16 +49,16 @@ class Timeline {
   /// `original` the original start (in the terms of `originalKey`) of a changed occurrence.
   static TimelineEntry entryOf(const Item& item, const Series* series, std::optional<std::int64_t> original,
                                bool originalIsWall);
-  /// Whether `items.slot` may have this value.
-  static bool isSlot(std::int64_t slot);
+  /// Whether a row may name this shelf, or these of months. The file's columns of shelves are called `slot`.
+  static bool isShelf(std::int64_t shelf);
   static bool isWall(const CalendarTime& time);
   /// Seconds: UTC, or on the wall clock when `isWall`.
   static std::int64_t keyOf(const CalendarTime& time);
 
-  /// Takes the place of the item's entry of that slot and start.
+  /// Takes the place of the item's entry on that shelf with that start.
   Status insert(const TimelineEntry& entry);
-  /// `slot` and `start` are the entry's.
-  Status remove(ItemId item, std::int64_t slot, std::int64_t start);
+  /// `shelf` and `start` are the entry's.
+  Status remove(ItemId item, std::int64_t shelf, std::int64_t start);
 
   /// From now on what is inserted is kept back and written in its order, many rows at once: a large change costs less.
   /// Before anything is read, or one of these removed, it is written.
@@ -91,7 +91,7 @@ class Timeline {
   Status write(std::span<const Row> rows);
   Status writeRows();
   Status findShelves();
-  Status visitShelf(std::int64_t slot, std::int64_t after, std::int64_t before, const Visitor& visit);
+  Status visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t before, const Visitor& visit);
 
   Database& m_database;
   std::bitset<kShelves> m_shelves;  ///< those with entries, perhaps some more
@@ -102,7 +102,7 @@ class Timeline {
   RowInsert m_insert{
       "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)", 8, 16};
   LazyStatement m_remove{"DELETE FROM timeline WHERE slot = ? AND \"start\" = ? AND item = ?"};
-  LazyStatement m_nextSlot{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
+  LazyStatement m_nextShelf{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
   LazyStatement m_scan{
       "SELECT item, calendar, \"start\", \"end\", flags, series, original FROM timeline "
       "WHERE slot = ? AND \"start\" > ? AND \"start\" < ? ORDER BY \"start\", item"};

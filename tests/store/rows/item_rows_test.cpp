@@ -62,7 +62,7 @@ TEST_F(RowsKeptBack, AreFoundBySeries) {
   EXPECT_EQ(changed[0].id, other.id);
 }
 TEST_F(RowsKeptBack, AreFoundByOriginalStart) { EXPECT_EQ(*rows->changedAt(main.id, original()), other.id); }
-TEST_F(RowsKeptBack, HaveAPlace) { EXPECT_EQ((*rows->place(main.id))->slotStart, 12); }
+TEST_F(RowsKeptBack, HaveAPlace) { EXPECT_EQ((*rows->place(main.id))->shelfStart, 12); }
 TEST_F(RowsKeptBack, CanBeChanged) {
   main.title = "changed";
   ASSERT_TRUE(rows->update(main, place, **rows->place(main.id)));
