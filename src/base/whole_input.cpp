@@ -14,13 +14,16 @@ namespace orlocal {
 Result<std::string> readWhole(std::istream& in, const std::string& name) {
   std::string bytes;
   std::array<char, 1 << 16> piece{};
-  if (in.good()) errno = 0;  // else it says why the stream did not open
+  if (in.good()) {
+    errno = 0;  // else it says why the stream did not open
+  }
   // Past the stream's own calls, what cannot be read would be an exception.
-  while (in.read(piece.data(), piece.size()) || in.gcount() > 0)
+  while (in.read(piece.data(), piece.size()) || in.gcount() > 0) {
     bytes.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+  }
   // The standard input takes a failure for the end.
   const bool whole = in.eof() && !in.bad() && !(&in == &std::cin && std::ferror(stdin) != 0);
-  if (whole) return bytes;
+  if (whole) { return bytes; }
   return failure(ErrorCode::kIo,
                  fmt::format("{} cannot be read: {}", name, errno != 0 ? std::strerror(errno) : "it is not open"));
 }

@@ -12,7 +12,7 @@ CallFrame::CallFrame(const fmx::DataVect* arguments, fmx::Data* result) : m_resu
 CallFrame::FreshErrors::FreshErrors() {
   g_llasterror = 0;
   // Only the older back end is told: the other keeps its last reason until the next one, and callers read it then.
-  if (g_sharedFunctions != nullptr) g_sharedFunctions->resetLastErrorString();
+  if (g_sharedFunctions != nullptr) { g_sharedFunctions->resetLastErrorString(); }
 }
 
 void CallFrame::clearErrors() {
@@ -22,7 +22,7 @@ void CallFrame::clearErrors() {
 
 void CallFrame::finish(Outcome outcome) {
   if (g_llasterror != 0) {
-    if (error != nullptr) error->setError(static_cast<std::int32_t>(g_llasterror), 0, std::nullopt);
+    if (error != nullptr) { error->setError(static_cast<std::int32_t>(g_llasterror), 0, std::nullopt); }
     m_text.assign(kErrorText);
     setText(m_result, m_text);
   } else if (outcome) {

@@ -48,11 +48,11 @@ void logEmptyObject() { platform().log("Empty object"); }
 
 /// `text` when all of it is a whole number, blanks around it aside; the nearest limit when it is too large to hold.
 std::optional<long> wholeNumber(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) { text.remove_prefix(1); }
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) { text.remove_suffix(1); }
   long number = 0;
   const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (end != text.data() + text.size()) return std::nullopt;
+  if (end != text.data() + text.size()) { return std::nullopt; }
   if (failure == std::errc::result_out_of_range) {
     return text.front() == '-' ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
   }
@@ -70,13 +70,13 @@ std::int32_t numberArgument(const HostArguments& arguments, std::uint32_t positi
 }
 
 std::optional<Date> dateArgument(const HostArguments& arguments, std::uint32_t position) {
-  if (position >= arguments.size() || isEmpty(arguments.textAt(position))) return std::nullopt;
+  if (position >= arguments.size() || isEmpty(arguments.textAt(position))) { return std::nullopt; }
   const fmx::DateTime* timeStamp = arguments.timeStampAt(position);
-  if (timeStamp == nullptr) return std::nullopt;
+  if (timeStamp == nullptr) { return std::nullopt; }
   const TimeZone& zone = platform().defaultTimeZone();
   // Today's offset gives a moment near the one that is meant; the offset in force then gives the one that is.
   const auto near = dateAtOffset(partsOf(timeStamp), zone.secondsFromGMT());
-  if (!near) return std::nullopt;
+  if (!near) { return std::nullopt; }
   return dateAtOffset(partsOf(timeStamp), zone.secondsFromGMTForDate(*near));
 }
 
@@ -87,7 +87,7 @@ void AssignStringResult(std::string_view text, fmx::Data* result) {
 }
 
 std::optional<std::vector<std::shared_ptr<EKRecurrenceDayOfWeek>>> NSStringToNSArrayDOW(const OptionalText& text) {
-  if (!text) return std::nullopt;
+  if (!text) { return std::nullopt; }
   std::vector<std::shared_ptr<EKRecurrenceDayOfWeek>> days;
   days.reserve(kDaysExpected);
   forEachLine(*text, [&days](std::string_view line) {
@@ -98,19 +98,17 @@ std::optional<std::vector<std::shared_ptr<EKRecurrenceDayOfWeek>>> NSStringToNSA
       } else {
         logEmptyObject();
       }
-    } catch (const Exception&) {
-      logEmptyObject();
-    }
+    } catch (const Exception&) { logEmptyObject(); }
   });
   return days;
 }
 
 std::optional<std::vector<long>> NSStringToNSArrayInts(const OptionalText& text) {
-  if (!text) return std::nullopt;
+  if (!text) { return std::nullopt; }
   std::vector<long> numbers;
   numbers.reserve(kNumbersExpected);
   forEachLine(*text, [&numbers](std::string_view line) {
-    if (const auto number = wholeNumber(line)) numbers.push_back(*number);
+    if (const auto number = wholeNumber(line)) { numbers.push_back(*number); }
   });
   return numbers;
 }

@@ -116,7 +116,7 @@ inline constexpr std::string_view kUndefinedError = "Undefined Error.";
 
 constexpr std::string_view messageFor(std::int64_t code) {
   for (const auto& row : kErrorMessages) {
-    if (row.code == code) return row.text;
+    if (row.code == code) { return row.text; }
   }
   return kUndefinedError;
 }

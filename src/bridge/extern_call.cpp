@@ -47,7 +47,7 @@ void shutDown() {
 
 /// Calendar changes made elsewhere reach us through the run loop, and the host's idle time is when it may turn.
 void idle() {
-  if (g_started) platform().currentRunLoop().turn();
+  if (g_started) { platform().currentRunLoop().turn(); }
 }
 
 }  // namespace
@@ -60,7 +60,7 @@ bool UseEKImplementation() {
 void Do_PluginInit() {
   // Whatever the system says at a later start-up: solutions keep the back end that they began with.
   const bool chosen = g_sharedEKFunctions != nullptr || g_sharedFunctions != nullptr;
-  if (!chosen) g_bUseEK = UseEKImplementation();
+  if (!chosen) { g_bUseEK = UseEKImplementation(); }
   g_sharedEKFunctions = g_bUseEK ? iCalEKFunctions::sharedICalFunctions() : nullptr;
   g_sharedFunctions = g_bUseEK ? nullptr : iCalFunctions::sharedICalFunctions();
   static std::unique_ptr<orlo_PluginError> s_error;

@@ -15,9 +15,9 @@ void orlo_PluginError::clearError() {
 
 std::string orlo_PluginError::getError() const {
   // A clear error says "Success", the message of code 0 is "SUCCESS": callers know both spellings.
-  if (!strError) return errorID != 0 ? kErrorText : "Success";
+  if (!strError) { return errorID != 0 ? kErrorText : "Success"; }
   std::string text(*strError);
-  if (extendedError) text.append(" ").append(*extendedError);
+  if (extendedError) { text.append(" ").append(*extendedError); }
   return text;
 }
 
@@ -32,7 +32,7 @@ void orlo_PluginError::setError(std::int32_t code, std::int32_t sysError, const 
 }
 
 void ClearError() {
-  if (error != nullptr) error->clearError();
+  if (error != nullptr) { error->clearError(); }
 }
 
 }  // namespace orlocal

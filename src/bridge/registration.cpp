@@ -40,7 +40,7 @@ void RegisterFunction(std::int16_t functionId, std::int16_t minArgs, std::int16_
     hostCall<fmx::FM_ExprEnv_RegisterExternalFunctionEx>(pluginId.get(), functionId, name.get(), prototype.get(),
                                                          description.get(), minArgs, maxArgs, kFunctionFlags, function);
   }
-  if (hostVersion() <= kLastWithoutScriptSteps) return;
+  if (hostVersion() <= kLastWithoutScriptSteps) { return; }
   HostText definition;
   Do_GetString(stringId + kDescriptionOffset, description, false);
   GetXMLDefinition(functionId, definition);
@@ -49,7 +49,7 @@ void RegisterFunction(std::int16_t functionId, std::int16_t minArgs, std::int16_
 }
 
 void registerFunctions() {
-  for (const auto& entry : kFunctions) RegisterFunction(entry.id, entry.minArgs, entry.maxArgs, entry.function);
+  for (const auto& entry : kFunctions) { RegisterFunction(entry.id, entry.minArgs, entry.maxArgs, entry.function); }
 }
 
 void unregisterFunctions() {
@@ -57,7 +57,7 @@ void unregisterFunctions() {
   for (std::int16_t id = kFirstId; id <= kLastId; ++id) {
     hostCall<fmx::FM_ExprEnv_UnRegisterExternalFunction>(pluginId.get(), id);
   }
-  if (hostVersion() <= kLastWithoutScriptSteps) return;
+  if (hostVersion() <= kLastWithoutScriptSteps) { return; }
   for (std::int16_t id = kFirstId; id <= kLastId; ++id) {
     hostCall<fmx::FM_ExprEnv_UnRegisterScriptStep>(pluginId.get(), id);
   }

@@ -85,7 +85,7 @@ void append(std::string& xml, const StepParameter& parameter, std::size_t id) {
 
 std::string scriptStepDefinition(std::int32_t functionId) {
   for (const auto& step : kSteps) {
-    if (step.id != functionId) continue;
+    if (step.id != functionId) { continue; }
     std::string xml("<pluginstep>");
     xml += kTarget;
     for (std::size_t id = 0; id < step.parameters.size() && !step.parameters[id].label.empty(); ++id) {

@@ -23,13 +23,13 @@ constexpr std::int32_t stringNumber(std::uint32_t stringId) {
 }  // namespace
 
 std::int32_t Sub_OSXLoadString(std::int32_t number, char16_t* buffer, std::int32_t capacity) {
-  if (buffer == nullptr || capacity < 2) return 0;
+  if (buffer == nullptr || capacity < 2) { return 0; }
   const std::uintptr_t bundle = gFMX_ExternCallPtr != nullptr ? gFMX_ExternCallPtr->instanceID : 0;
   const auto found = platform().bundleStrings().localizedString(bundle, "Orlo " + std::to_string(number), "Orlo");
-  if (!found) return 0;
+  if (!found) { return 0; }
   const auto length = static_cast<std::int64_t>(found->size());
   // Hosts know the limit as it is: a string that would fit exactly with its end is refused.
-  if (length >= capacity - 1) return 0;
+  if (length >= capacity - 1) { return 0; }
   *std::copy(found->begin(), found->end(), buffer) = u'\0';
   return static_cast<std::int32_t>(length);
 }
@@ -37,7 +37,7 @@ std::int32_t Sub_OSXLoadString(std::int32_t number, char16_t* buffer, std::int32
 void Do_GetString(std::uint32_t stringId, std::uint32_t /*unused*/, std::int32_t capacity, char16_t* buffer) {
   const std::int32_t number = stringNumber(stringId);
   // The help address is loaded twice; the second answer counts.
-  if (stringId == kHelpAddress) Sub_OSXLoadString(number, buffer, capacity);
+  if (stringId == kHelpAddress) { Sub_OSXLoadString(number, buffer, capacity); }
   Sub_OSXLoadString(number, buffer, capacity);
 }
 
@@ -46,7 +46,7 @@ void Do_GetString(std::uint32_t stringId, HostText& text, bool nameOnly) {
   buffer[0] = u'\0';
   Sub_OSXLoadString(stringNumber(stringId), buffer.data(), kLongestText);
   text.assignUnicode(buffer.data());
-  if (!nameOnly) return;
+  if (!nameOnly) { return; }
   HostText parenthesis;
   parenthesis.assign("(");
   text.cutAt(parenthesis);

@@ -21,7 +21,7 @@ using Legacy = iCalFunctions;
 template <class EkMessage, class LegacyMessage>
 auto tellBackEnd(const EkMessage& ekMessage, const LegacyMessage& legacyMessage) {
   using Answer = decltype(ekMessage(*g_sharedEKFunctions));
-  if (g_bUseEK) return g_sharedEKFunctions != nullptr ? ekMessage(*g_sharedEKFunctions) : Answer();
+  if (g_bUseEK) { return g_sharedEKFunctions != nullptr ? ekMessage(*g_sharedEKFunctions) : Answer(); }
   return g_sharedFunctions != nullptr ? legacyMessage(*g_sharedFunctions) : Answer();
 }
 
@@ -48,8 +48,8 @@ class Action {
   constexpr Action(NoCall) {}
 
   Answer perform(BackEnd* backEnd, const Request& request) const {
-    if (m_failure != 0) g_llasterror = m_failure;
-    if (m_message == nullptr || backEnd == nullptr) return Answer();
+    if (m_failure != 0) { g_llasterror = m_failure; }
+    if (m_message == nullptr || backEnd == nullptr) { return Answer(); }
     return m_message(*backEnd, request);
   }
 
@@ -69,7 +69,7 @@ struct KeywordRow {
 template <class Request, class Answer, std::size_t Size>
 Answer dispatch(const KeywordRow<Request, Answer> (&table)[Size], std::string_view keyword, const Request& request) {
   for (const auto& row : table) {
-    if (row.keyword != keyword) continue;
+    if (row.keyword != keyword) { continue; }
     return g_bUseEK ? row.eventKit.perform(g_sharedEKFunctions, request)
                     : row.legacy.perform(g_sharedFunctions, request);
   }

@@ -61,7 +61,7 @@ std::int16_t shortPart(std::optional<int> part) { return static_cast<std::int16_
 /// none.
 void assignDate(const OptionalText& text, ValueKind kind, fmx::Data* result) {
   const auto date = text ? dateWithString(*text) : std::nullopt;
-  if (!date) return;
+  if (!date) { return; }
   const DateComponents parts = platform().defaultTimeZone().components(*date);
   HostDateTime value;
   value.setDate(shortPart(parts.year), shortPart(parts.month), shortPart(parts.day));
@@ -81,10 +81,10 @@ fmx::ErrorCode Orlo_GetProperty(std::int16_t, const fmx::ExprEnv*, const fmx::Da
   const OptionalText property = lowercased(frame.text(1));
   const OptionalText subProperty = lowercased(frame.text(2));
   return frame.run([&] {
-    if (!type || !property) return kNothing;
+    if (!type || !property) { return kNothing; }
     const GetRequest request{property, subProperty};
     const OptionalText value = dispatch(kGet, lowercase(*type), request);
-    if (g_llasterror != 0) return kNothing;
+    if (g_llasterror != 0) { return kNothing; }
     const ValueKind kind = kindOf(request);
     if (kind == ValueKind::kText) {
       AssignStringResult(value.value_or(""), result);

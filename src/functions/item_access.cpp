@@ -45,7 +45,7 @@ fmx::ErrorCode Orlo_GetItemCountForType(std::int16_t, const fmx::ExprEnv*, const
   CallFrame frame(arguments, result);
   const OptionalText type = frame.text(0);
   return frame.run([&]() -> CallFrame::Outcome {
-    if (!type) return kNothing;
+    if (!type) { return kNothing; }
     return tellBackEnd([&](auto& backEnd) { return backEnd.getObjectCount(type); });
   });
 }

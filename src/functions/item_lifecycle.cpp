@@ -10,7 +10,7 @@ fmx::ErrorCode Orlo_NewItem(std::int16_t, const fmx::ExprEnv*, const fmx::DataVe
   CallFrame frame(arguments, result);
   const OptionalText type = frame.text(0);
   return frame.run([&] {
-    if (!type) return kNothing;
+    if (!type) { return kNothing; }
     tellBackEnd([&](auto& backEnd) { return backEnd.newItem(type); });
     return kDone;
   });
@@ -21,7 +21,7 @@ fmx::ErrorCode Orlo_SaveItem(std::int16_t, const fmx::ExprEnv*, const fmx::DataV
   const OptionalText type = frame.text(0);
   const OptionalText span = frame.text(1);
   return frame.run([&] {
-    if (!type) return kNothing;
+    if (!type) { return kNothing; }
     tellBackEnd([&](auto& backEnd) { return backEnd.saveItem(type, span); });
     return kDone;
   });
@@ -34,7 +34,7 @@ fmx::ErrorCode Orlo_RemoveItem(std::int16_t, const fmx::ExprEnv*, const fmx::Dat
   const std::optional<Date> occurrence = frame.date(2);
   const OptionalText span = frame.text(3);
   return frame.run([&] {
-    if (!type) return kNothing;
+    if (!type) { return kNothing; }
     tellBackEnd([&](auto& backEnd) { return backEnd.removeItem(type, uid, occurrence, span); });
     return kDone;
   });

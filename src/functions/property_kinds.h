@@ -24,14 +24,14 @@ inline constexpr DatedProperty kDatedProperties[] = {
 
 constexpr ValueKind kindOfProperty(std::string_view property) {
   for (const auto& row : kDatedProperties) {
-    if (row.property == property) return row.kind;
+    if (row.property == property) { return row.kind; }
   }
   return ValueKind::kText;
 }
 
 constexpr bool isSetAsDate(std::string_view property) {
   for (const auto& row : kDatedProperties) {
-    if (row.property == property) return row.isSetAsDate;
+    if (row.property == property) { return row.isSetAsDate; }
   }
   return false;
 }

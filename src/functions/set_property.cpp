@@ -36,7 +36,7 @@ fmx::ErrorCode Orlo_SetProperty(std::int16_t, const fmx::ExprEnv*, const fmx::Da
   const OptionalText text = frame.text(2);
   const std::optional<Date> date = text ? frame.date(2) : std::nullopt;
   return frame.run([&] {
-    if (!type || !name) return kNothing;
+    if (!type || !name) { return kNothing; }
     PropertyValue value;
     if (isSetAsDate(lowercase(*name))) {
       if (!date) {

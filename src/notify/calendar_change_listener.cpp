@@ -27,7 +27,7 @@ constexpr std::uint8_t kScriptControlPause = 3;
 }  // namespace
 
 void NAXiCalNotificationListener::setUpThreadingSupport() {
-  if (m_notifications) return;
+  if (m_notifications) { return; }
   // The port first: a system that has none to give is asked again at the next call.
   m_notificationPort = platform().currentRunLoop().addPort([this] { handleMachMessage(); });
   m_notificationThread = std::this_thread::get_id();
@@ -45,7 +45,7 @@ void NAXiCalNotificationListener::processNotification(const std::shared_ptr<cons
   }
   for (const auto& [key, word] : kRecordLists) {
     const auto* records = notification->valueForKey(key);
-    if (records == nullptr) continue;
+    if (records == nullptr) { continue; }
     // One notification starts the script once, so only its first record is told.
     startScript(std::string(word) + (records->empty() ? std::string() : records->front()));
     return;

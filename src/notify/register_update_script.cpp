@@ -14,7 +14,7 @@ NAXiCalNotificationListener* listener = nullptr;
 namespace {
 
 void subscribe(const fmx::ExprEnv* environment, const HostArguments& arguments, fmx::Data* result) {
-  if (listener == nullptr) listener = new NAXiCalNotificationListener;
+  if (listener == nullptr) { listener = new NAXiCalNotificationListener; }
   listener->setEnvironment(environment);
   listener->setUpThreadingSupport();
   NotificationCenter& center = platform().notificationCenter();
@@ -38,7 +38,7 @@ fmx::ErrorCode Orlo_RegisterUpdateScript(std::int16_t, const fmx::ExprEnv* envir
       subscribe(environment, HostArguments(arguments), result);
     } catch (const Exception& exception) {
       // Told through the last error alone: the result stays empty, as if nothing had failed.
-      if (error != nullptr) error->setError(static_cast<std::int32_t>(kSystemError), 0, exception.name());
+      if (error != nullptr) { error->setError(static_cast<std::int32_t>(kSystemError), 0, exception.name()); }
       g_llasterror = 0;
     }
     return kNothing;

@@ -24,7 +24,7 @@ struct Color {
 
   /// This colour in the calibrated RGB space; none when it cannot be converted.
   constexpr std::optional<Color> usingCalibratedRgb() const {
-    if (space == Space::kPattern) return std::nullopt;
+    if (space == Space::kPattern) { return std::nullopt; }
     return calibratedRgb(red, green, blue, alpha);
   }
 

@@ -21,7 +21,7 @@ constexpr std::array kBeside = {"-wal", "-shm", "-bell", "-journal"};
 Status checked(Database& copy, const std::filesystem::path& original) {
   ORLOCAL_TRY(Statement check, copy.prepare("PRAGMA integrity_check(1)"));
   ORLOCAL_TRY(const bool found, check.step());
-  if (found && check.text(0) == "ok") return {};
+  if (found && check.text(0) == "ok") { return {}; }
   return failure(
       ErrorCode::kCorrupt,
       fmt::format("The calendar store \"{}\" is damaged ({}); nothing was changed. Write out what can still be "
@@ -46,7 +46,7 @@ Status mayStandAt(const std::filesystem::path& target, const std::filesystem::pa
   const auto there = std::filesystem::symlink_status(target, error);
   const auto state = FileState::of(target);
   std::vector<std::string> own = {store.string()};
-  for (const char* suffix : kBeside) own.push_back(store.string() + suffix);
+  for (const char* suffix : kBeside) { own.push_back(store.string() + suffix); }
   for (const std::string& file : own) {
     const auto known = FileState::of(file);
     if (known && state && known->isSameFileAs(*state)) {
@@ -57,7 +57,9 @@ Status mayStandAt(const std::filesystem::path& target, const std::filesystem::pa
     if (existing == ExistingFile::kIsRefused) {
       return refused("is there already; choose another name, or say --replace");
     }
-    if (there.type() != std::filesystem::file_type::regular) return refused("is no regular file; choose another name");
+    if (there.type() != std::filesystem::file_type::regular) {
+      return refused("is no regular file; choose another name");
+    }
   }
   if (std::filesystem::exists(target.string() + "-wal", error)) {
     return refused("is in use as a database, or what a program left of one lies beside it; choose another name");

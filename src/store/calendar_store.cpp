@@ -43,7 +43,7 @@ Result<std::vector<Calendar>> CalendarStore::calendars(CalendarKind kind) {
 Result<std::optional<Calendar>> CalendarStore::calendar(std::string_view identifier) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   const auto uuid = Uuid::parse(identifier);
-  if (!uuid) return std::nullopt;
+  if (!uuid) { return std::nullopt; }
   return m_core->calendars.withUuid(*uuid);
 }
 
@@ -68,7 +68,7 @@ Result<std::shared_ptr<const Item>> CalendarStore::item(ItemId id) {
   // What is at hand is right as long as nobody wrote.
   const std::uint64_t generation = m_core->generation();
   if (generation == m_checked) {
-    if (auto kept = m_core->rows.kept(id)) return kept;
+    if (auto kept = m_core->rows.kept(id)) { return kept; }
   }
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   m_checked = generation;
@@ -91,9 +91,9 @@ Result<std::shared_ptr<const Item>> CalendarStore::event(std::string_view identi
 Result<std::shared_ptr<const Item>> CalendarStore::itemWithIdentifier(std::string_view itemIdentifier) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   const auto uuid = Uuid::parse(itemIdentifier);
-  if (!uuid) return nullptr;
+  if (!uuid) { return nullptr; }
   ORLOCAL_TRY(const auto id, m_core->rows.withUuid(*uuid));
-  if (!id) return nullptr;
+  if (!id) { return nullptr; }
   return m_core->rows.read(*id);
 }
 
@@ -131,15 +131,15 @@ Status CalendarStore::forEachItem(CalendarId calendar, const ItemVisitor& visit)
     m_listed = generation;
   }
   const auto ids = m_idsByCalendar.find(calendar);
-  if (ids == m_idsByCalendar.end()) return {};
+  if (ids == m_idsByCalendar.end()) { return {}; }
   for (const ItemId id : ids->second) {
     ORLOCAL_TRY(const auto main, m_core->rows.read(id));
-    if (main == nullptr) continue;
+    if (main == nullptr) { continue; }
     std::vector<Item> changed;
     ORLOCAL_TRY(const auto rows, m_core->rows.changedOf(id));
     for (const ItemRows::Changed& row : rows) {
       ORLOCAL_TRY(const auto occurrence, m_core->rows.read(row.id));
-      if (occurrence != nullptr) changed.push_back(*occurrence);
+      if (occurrence != nullptr) { changed.push_back(*occurrence); }
     }
     ORLOCAL_CHECK(visit(*main, changed));
   }

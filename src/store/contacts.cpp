@@ -22,10 +22,11 @@ bool hasWord(const ContentLine& line, std::string_view name, std::string_view wo
   std::string_view rest = line.parameters;
   for (ContentParameter parameter; nextParameter(rest, parameter);) {
     // vCard 2.1 writes the value alone: "ADR;HOME;PREF:".
-    if (parameter.text.find('=') == std::string_view::npos && equalsNoCase(parameter.name, word)) return true;
-    if (!equalsNoCase(parameter.name, name)) continue;
-    for (std::string_view value : splitUnescaped(parameter.value, ','))
-      if (equalsNoCase(value, word)) return true;
+    if (parameter.text.find('=') == std::string_view::npos && equalsNoCase(parameter.name, word)) { return true; }
+    if (!equalsNoCase(parameter.name, name)) { continue; }
+    for (std::string_view value : splitUnescaped(parameter.value, ',')) {
+      if (equalsNoCase(value, word)) { return true; }
+    }
   }
   return false;
 }
@@ -65,8 +66,9 @@ std::string withoutSoftBreaks(std::string_view bytes) {
     std::string_view line = bytes.substr(0, end);
     bytes.remove_prefix(end);
     const std::string_view head = line.substr(0, line.find(':'));
-    for (std::size_t at = 0; !coded && at < head.size(); ++at)
+    for (std::size_t at = 0; !coded && at < head.size(); ++at) {
       coded = equalsNoCase(head.substr(at, 16), "QUOTED-PRINTABLE");
+    }
     const std::string_view text = line.substr(0, line.find_last_not_of("\r\n") + 1);
     coded = coded && text.ends_with('=');
     out.append(coded ? text.substr(0, text.size() - 1) : line);
@@ -90,8 +92,9 @@ class CardReader {
     for (ContentLine line; m_lines.next(line);) {
       const std::string value = isQuotedPrintable(line) ? fromQuotedPrintable(line.value) : std::string(line.value);
       std::string_view name = line.name;
-      if (const std::size_t dot = name.find('.'); dot != std::string_view::npos)
+      if (const std::size_t dot = name.find('.'); dot != std::string_view::npos) {
         name.remove_prefix(dot + 1);  // "item1.EMAIL"
+      }
       if (equalsNoCase(name, "BEGIN") && equalsNoCase(value, "VCARD")) {
         m_card = Contact();
         m_line = line.line;
@@ -104,31 +107,36 @@ class CardReader {
         property(name, line, value);
       }
     }
-    if (m_open) m_made.problems.refuse(m_line, m_card.identifier, "the card is not closed: its END:VCARD is missing");
+    if (m_open) {
+      m_made.problems.refuse(m_line, m_card.identifier, "the card is not closed: its END:VCARD is missing");
+    }
     return std::move(m_made);
   }
 
  private:
   void property(std::string_view name, const ContentLine& line, const std::string& value) {
-    if (equalsNoCase(name, "FN") && m_card.name.empty()) m_card.name = tidy(unescapeText(value));
-    if (equalsNoCase(name, "N")) m_structuredName = nameOf(value);
-    if (equalsNoCase(name, "ORG") && m_organization.empty())
+    if (equalsNoCase(name, "FN") && m_card.name.empty()) { m_card.name = tidy(unescapeText(value)); }
+    if (equalsNoCase(name, "N")) { m_structuredName = nameOf(value); }
+    if (equalsNoCase(name, "ORG") && m_organization.empty()) {
       m_organization = tidy(unescapeText(splitUnescaped(value, ';').front()));
-    if (equalsNoCase(name, "UID")) m_card.identifier = tidy(unescapeText(value));
-    if (equalsNoCase(name, "EMAIL")) email(tidy(unescapeText(value)));
+    }
+    if (equalsNoCase(name, "UID")) { m_card.identifier = tidy(unescapeText(value)); }
+    if (equalsNoCase(name, "EMAIL")) { email(tidy(unescapeText(value))); }
     if (equalsNoCase(name, "ADR")) {
       const auto label = line.parameter("LABEL");
       address(label && !label->empty() ? tidy(unescapeText(*label)) : addressOf(value), isPreferred(line) ? 4 : 2);
     }
-    if (equalsNoCase(name, "LABEL")) address(tidy(unescapeText(value)), isPreferred(line) ? 3 : 1);
+    if (equalsNoCase(name, "LABEL")) { address(tidy(unescapeText(value)), isPreferred(line) ? 3 : 1); }
   }
   void email(std::string address) {
     constexpr std::string_view kMailto = "mailto:";
-    if (equalsNoCase(std::string_view(address).substr(0, kMailto.size()), kMailto)) address.erase(0, kMailto.size());
-    if (!address.empty()) m_card.emails.push_back(std::move(address));
+    if (equalsNoCase(std::string_view(address).substr(0, kMailto.size()), kMailto)) {
+      address.erase(0, kMailto.size());
+    }
+    if (!address.empty()) { m_card.emails.push_back(std::move(address)); }
   }
   void address(std::string text, int rank) {
-    if (text.empty() || rank <= m_addressRank) return;
+    if (text.empty() || rank <= m_addressRank) { return; }
     m_card.address = std::move(text);
     m_addressRank = rank;
   }
@@ -137,36 +145,39 @@ class CardReader {
     const auto parts = splitUnescaped(value, ';');
     std::string name;
     for (const std::size_t part : {3U, 1U, 2U, 0U, 4U}) {
-      if (part >= parts.size()) continue;
+      if (part >= parts.size()) { continue; }
       const std::string text = tidy(unescapeText(parts[part]));
-      if (!text.empty()) name += (name.empty() ? "" : " ") + text;
+      if (!text.empty()) { name += (name.empty() ? "" : " ") + text; }
     }
     return name;
   }
   /// Post-office box; extended; street; city; region; postal code; country: as lines, the way an envelope has them.
   static std::string addressOf(std::string_view value) {
     std::vector<std::string> parts;
-    for (std::string_view part : splitUnescaped(value, ';')) parts.push_back(tidy(unescapeText(part)));
+    for (std::string_view part : splitUnescaped(value, ';')) { parts.push_back(tidy(unescapeText(part))); }
     parts.resize(7);
     std::string city = parts[5];
-    for (const std::string& part : {parts[3], parts[4]})
-      if (!part.empty()) city += (city.empty() ? "" : " ") + part;
+    for (const std::string& part : {parts[3], parts[4]}) {
+      if (!part.empty()) { city += (city.empty() ? "" : " ") + part; }
+    }
     std::string text;
-    for (const std::string& line : {parts[0], parts[1], parts[2], city, parts[6]})
-      if (!line.empty()) text += (text.empty() ? "" : "\n") + line;
+    for (const std::string& line : {parts[0], parts[1], parts[2], city, parts[6]}) {
+      if (!line.empty()) { text += (text.empty() ? "" : "\n") + line; }
+    }
     return text;
   }
   void finish() {
     m_open = false;
-    if (m_card.name.empty()) m_card.name = !m_structuredName.empty() ? m_structuredName : m_organization;
+    if (m_card.name.empty()) { m_card.name = !m_structuredName.empty() ? m_structuredName : m_organization; }
     m_organization.clear();
     if (m_card.name.empty() && m_card.emails.empty() && !m_card.address) {
       m_made.problems.refuse(m_line, m_card.identifier, "the card has no name, e-mail or address; it was not imported");
       return;
     }
-    if (m_card.identifier.empty())
+    if (m_card.identifier.empty()) {
       m_card.identifier = fmt::format(
           "content-{:016x}", contentHash(m_card.name + "\n" + (m_card.emails.empty() ? "" : m_card.emails.front())));
+    }
     m_made.contacts.push_back(m_card);
   }
 
@@ -182,11 +193,12 @@ class CardReader {
 }  // namespace
 
 Result<ReadContacts> readContacts(std::string bytes, const std::string& name) {
-  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+  if (bytes.starts_with("\xEF\xBB\xBF")) { bytes.erase(0, 3); }
   bytes = withoutSoftBreaks(bytes);
   ReadContacts made = CardReader(bytes).read();
-  if (made.contacts.empty() && made.problems.refused.empty())
+  if (made.contacts.empty() && made.problems.refused.empty()) {
     return failure(ErrorCode::kInvalid, fmt::format("{} is no vCard file: there is no card in it", name));
+  }
   return made;
 }
 

@@ -28,8 +28,8 @@ bool isOneItem(std::string_view text) {
 /// Without what is written as it came.
 Item withoutKeptLines(Item item) {
   item.extra.clear();
-  for (Alarm& alarm : item.alarms) alarm.extra.clear();
-  for (Attendee& attendee : item.attendees) attendee.extra.clear();
+  for (Alarm& alarm : item.alarms) { alarm.extra.clear(); }
+  for (Attendee& attendee : item.attendees) { attendee.extra.clear(); }
   return item;
 }
 
@@ -41,7 +41,7 @@ class Exporter {
     std::map<std::string, int> zones;
     ORLOCAL_CHECK(m_store.forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>& changed) -> Status {
       collectZones(zones, main);
-      for (const Item& item : changed) collectZones(zones, item);
+      for (const Item& item : changed) { collectZones(zones, item); }
       return {};
     }));
     writeCalendarHead(m_text, calendar);
@@ -52,7 +52,7 @@ class Exporter {
     }
     ORLOCAL_CHECK(m_store.forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>& changed) -> Status {
       add(calendar, main);
-      for (const Item& item : changed) add(calendar, item);
+      for (const Item& item : changed) { add(calendar, item); }
       return passOn(kPiece);
     }));
     writeCalendarEnd(m_text);
@@ -63,7 +63,7 @@ class Exporter {
 
  private:
   Status passOn(std::size_t least) {
-    if (m_text.size() < least) return {};
+    if (m_text.size() < least) { return {}; }
     auto status = m_sink(m_text);
     m_text.clear();
     return status;
@@ -78,8 +78,8 @@ class Exporter {
       writeItem(m_item, withoutKeptLines(item));
     }
     const bool written = whole || isOneItem(m_item);
-    if (written) m_text += m_item;
-    if (whole) return;
+    if (written) { m_text += m_item; }
+    if (whole) { return; }
     m_report.notes.push_back(
         fmt::format("\"{}\" in \"{}\" (UID {}) {}", item.title.value_or(""), calendar.title, item.uid,
                     written ? "has lines that would spoil what stands around it; they were left out"
@@ -88,7 +88,7 @@ class Exporter {
 
   /// Private zones come from the store; what the process knows already is the same.
   Status makeKnown(const std::string& zone) {
-    if (Zone::named(zone)) return {};
+    if (Zone::named(zone)) { return {}; }
     ORLOCAL_TRY(const auto text, m_store.privateZone(zone));
     return text ? registerPrivateZone(zone, *text) : Status();
   }
@@ -97,8 +97,8 @@ class Exporter {
   Result<std::reference_wrapper<const std::string>> zoneText(const std::string& zone, int year) {
     constexpr std::size_t kKept = 64;
     const auto key = std::pair(zone, year);
-    if (const auto known = m_zones.find(key); known != m_zones.end()) return std::cref(known->second);
-    if (m_zones.size() >= kKept) m_zones.clear();
+    if (const auto known = m_zones.find(key); known != m_zones.end()) { return std::cref(known->second); }
+    if (m_zones.size() >= kKept) { m_zones.clear(); }
     ORLOCAL_CHECK(makeKnown(zone));
     std::string text;
     writeZone(text, zone, year);
@@ -122,7 +122,7 @@ class Exporter {
 Result<ExportReport> exportCalendars(CalendarStore& store, const std::vector<Calendar>& calendars,
                                      const TextSink& sink) {
   Exporter exporter(store, sink);
-  for (const Calendar& calendar : calendars) ORLOCAL_CHECK(exporter.write(calendar));
+  for (const Calendar& calendar : calendars) { ORLOCAL_CHECK(exporter.write(calendar)); }
   ORLOCAL_CHECK(exporter.finish());
   return exporter.report();
 }

@@ -37,10 +37,10 @@ Result<PreparedFile> prepare(CalendarReader reader, const ImportOptions& options
   file.problems = reader.problems();
   file.groups.reserve(reader.size());
   for (std::size_t i = 0; i < reader.size(); ++i) {
-    if (options.progress && i % kProgressStep == 0) options.progress(i, reader.size());
+    if (options.progress && i % kProgressStep == 0) { options.progress(i, reader.size()); }
     ItemGroup group = reader.read(i, file.problems);
-    if (stopped(options)) return wasStopped();
-    if (group.main || !group.changed.empty()) file.groups.push_back(std::move(group));
+    if (stopped(options)) { return wasStopped(); }
+    if (group.main || !group.changed.empty()) { file.groups.push_back(std::move(group)); }
   }
   file.calendars = reader.calendars();
   file.zones = reader.privateZones();
@@ -58,14 +58,14 @@ std::vector<AnnouncedItem> announcedItems(PreparedFile& file, const ImportOption
   std::vector<AnnouncedItem> all;
   all.reserve(file.groups.size());
   const auto announce = [&](ItemGroup& group, const CalendarHead& head) {
-    if (!group.main) return;
+    if (!group.main) { return; }
     const bool isSeries = !group.main->recurrence.empty() || !group.changed.empty();
     all.push_back({&*group.main, titleFor(calendarKindOf(group.main->kind), head, options), isSeries});
   };
   for (ItemGroup& group : file.groups) {
     const CalendarHead& head = file.calendars[group.calendar];
     announce(group, head);
-    for (ItemGroup& later : group.later) announce(later, head);
+    for (ItemGroup& later : group.later) { announce(later, head); }
   }
   return all;
 }
@@ -76,14 +76,14 @@ class Importer {
       : m_file(std::move(file)), m_writer(writer), m_options(options), m_targets(m_file.calendars.size()) {}
 
   Result<ImportReport> run() {
-    for (const auto& [name, text] : m_file.zones) ORLOCAL_CHECK(m_writer.putZone(name, text));
+    for (const auto& [name, text] : m_file.zones) { ORLOCAL_CHECK(m_writer.putZone(name, text)); }
     const std::size_t all = m_file.groups.size();
     for (std::size_t i = 0; i < all; ++i) {
-      if (i % kProgressStep == 0 && stopped(m_options)) return wasStopped();
+      if (i % kProgressStep == 0 && stopped(m_options)) { return wasStopped(); }
       ORLOCAL_CHECK(write(m_file.groups[i]));
     }
     ORLOCAL_CHECK(m_writer.commit());
-    if (m_options.progress) m_options.progress(all, all);
+    if (m_options.progress) { m_options.progress(all, all); }
     return report();
   }
 
@@ -93,8 +93,9 @@ class Importer {
     ORLOCAL_TRY(const CalendarId target, targetOf(kind, group.calendar));
     if (group.main) {
       ORLOCAL_CHECK(put(target, group.line, *group.main, group.changed, group.series.get()));
-      for (ItemGroup& later : group.later)
+      for (ItemGroup& later : group.later) {
         ORLOCAL_CHECK(put(target, later.line, *later.main, later.changed, later.series.get()));
+      }
       return {};
     }
     for (Item& stray : group.changed) {
@@ -114,7 +115,7 @@ class Importer {
     if (!outcome) {
       const auto code = outcome.error().code;
       const bool ofTheItem = code == ErrorCode::kInvalid || code == ErrorCode::kRefused || code == ErrorCode::kTooLarge;
-      if (!ofTheItem) return failure(outcome.error());
+      if (!ofTheItem) { return failure(outcome.error()); }
       m_file.problems.refuse(line, uid, outcome.error().message);
       return {};
     }
@@ -142,9 +143,7 @@ class Importer {
   Result<CalendarId> targetOf(ItemKind itemKind, std::size_t index) {
     const CalendarKind kind = calendarKindOf(itemKind);
     std::optional<CalendarId>& target = m_targets[index][static_cast<std::size_t>(kind)];
-    if (!target) {
-      ORLOCAL_TRY(target, findTarget(kind, m_file.calendars[index]));
-    }
+    if (!target) { ORLOCAL_TRY(target, findTarget(kind, m_file.calendars[index])); }
     return *target;
   }
 
@@ -153,12 +152,13 @@ class Importer {
     const bool protects = m_options.readOnly || m_options.subscription;
     ORLOCAL_TRY(const auto found,
                 title.empty() ? m_writer.defaultCalendar(kind) : m_writer.calendarTitled(kind, title));
-    if (found && found->readOnly && !protects)
+    if (found && found->readOnly && !protects) {
       return failure(
           ErrorCode::kReadOnly,
           fmt::format(
               "\"{}\" allows no changes; import with --read-only or --subscription to refresh it, or name another one",
               found->title));
+    }
     Calendar calendar;
     if (found) {
       calendar = *found;
@@ -188,11 +188,13 @@ class Importer {
   ImportReport report() {
     m_report.problems = std::move(m_file.problems.refused);
     m_report.warnings = std::move(m_file.problems.warnings);
-    for (auto* list : {&m_report.problems, &m_report.warnings})
+    for (auto* list : {&m_report.problems, &m_report.warnings}) {
       std::stable_sort(list->begin(), list->end(), [](const Problem& a, const Problem& b) { return a.line < b.line; });
-    if (const std::size_t more = m_file.problems.warningsLeftOut; more > 0)
+    }
+    if (const std::size_t more = m_file.problems.warningsLeftOut; more > 0) {
       m_report.warnings.push_back(
           {m_report.warnings.back().line, "", fmt::format("{} more warnings are not listed", more)});
+    }
     m_report.refused = m_report.problems.size();
     return std::move(m_report);
   }

@@ -21,11 +21,11 @@ std::filesystem::path setting(const char* name) {
 }  // namespace
 
 Result<std::filesystem::path> userStoreFile() {
-  if (auto file = setting("ORLOCAL_STORE"); !file.empty()) return file;
+  if (auto file = setting("ORLOCAL_STORE"); !file.empty()) { return file; }
   const std::filesystem::path below = std::filesystem::path("orlocal") / "calendar.db";
   // The desktop's rules for folders have relative ones ignored.
-  if (const auto data = setting("XDG_DATA_HOME"); data.is_absolute()) return data / below;
-  if (const auto home = setting("HOME"); home.is_absolute()) return home / ".local" / "share" / below;
+  if (const auto data = setting("XDG_DATA_HOME"); data.is_absolute()) { return data / below; }
+  if (const auto home = setting("HOME"); home.is_absolute()) { return home / ".local" / "share" / below; }
   return failure(ErrorCode::kInvalid,
                  "nothing says where the calendar store is: set ORLOCAL_STORE to its file, or HOME to a folder");
 }
@@ -35,7 +35,7 @@ Result<StoreOptions> userStoreOptions(const Zone& viewer) {
   ORLOCAL_TRY(options.file, userStoreFile());
   options.viewer = viewer;
   const char* wait = std::getenv("ORLOCAL_WAIT");
-  if (wait == nullptr || *wait == '\0') return options;
+  if (wait == nullptr || *wait == '\0') { return options; }
   const std::string_view text = wait;
   constexpr int kMostSeconds = 3600;
   int seconds = -1;

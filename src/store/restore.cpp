@@ -39,8 +39,8 @@ std::filesystem::path keptNameOf(const std::filesystem::path& store) {
 /// The same permissions and owner as the store that was there.
 void likeTheOneBefore(const std::filesystem::path& file, const std::filesystem::path& before) {
   struct stat found {};
-  if (::stat(before.c_str(), &found) != 0) return;
-  if (::geteuid() == 0) static_cast<void>(!::chown(file.c_str(), found.st_uid, found.st_gid));
+  if (::stat(before.c_str(), &found) != 0) { return; }
+  if (::geteuid() == 0) { static_cast<void>(!::chown(file.c_str(), found.st_uid, found.st_gid)); }
   ::chmod(file.c_str(), found.st_mode & 0666U);
 }
 
@@ -52,7 +52,7 @@ class Restoring {
   Restoring(const StoreOptions& options, const std::filesystem::path& backup)
       : m_options(options), m_backup(backup), m_store(options.file) {
     std::error_code missing;
-    if (auto resolved = std::filesystem::canonical(m_store, missing); !missing) m_store = std::move(resolved);
+    if (auto resolved = std::filesystem::canonical(m_store, missing); !missing) { m_store = std::move(resolved); }
   }
 
   Result<RestoredStore> run() {
@@ -84,7 +84,7 @@ class Restoring {
                      fmt::format("There is no backup at \"{}\"; nothing was changed.", m_backup.string()));
     }
     const auto present = FileState::of(m_store);
-    if (!present || !present->isSameFileAs(*state)) return {};
+    if (!present || !present->isSameFileAs(*state)) { return {}; }
     return failure(ErrorCode::kInvalid,
                    fmt::format("\"{}\" is the calendar store itself; name a backup of it.", m_backup.string()));
   }
@@ -105,8 +105,8 @@ class Restoring {
     ORLOCAL_TRY(Database probe, Database::open(m_store, m_options.busyTimeout, Database::Access::kReadOnlyImmutable));
     const auto application = probe.integerOf("PRAGMA application_id");
     const auto tables = probe.integerOf("SELECT count(*) FROM sqlite_schema");
-    if (!application) return false;
-    if (*application == kApplicationId || !tables || *tables == 0) return true;
+    if (!application) { return false; }
+    if (*application == kApplicationId || !tables || *tables == 0) { return true; }
     return failure(ErrorCode::kInvalid,
                    fmt::format("The file \"{}\" is a database, but no calendar store; it was left as "
                                "it is. Choose another file.",
@@ -116,7 +116,7 @@ class Restoring {
   Result<Database> openPresent() const {
     UuidMaker uuids;
     auto present = openStoreFile(m_store, m_options.busyTimeout, uuids, Missing::kIsAFailure);
-    if (present || present.error().code != ErrorCode::kNewerFormat) return present;
+    if (present || present.error().code != ErrorCode::kNewerFormat) { return present; }
     // Whatever its version, it can be kept and replaced.
     return Database::open(m_store, m_options.busyTimeout);
   }
@@ -139,7 +139,7 @@ class Restoring {
       ORLOCAL_CHECK(keep(before));
       return goOnCounting(content, before);
     });
-    if (!copied) return copied;
+    if (!copied) { return copied; }
     bell.ring();
     before.close();
     present.emptyLog();
@@ -149,7 +149,7 @@ class Restoring {
   static Status likePagesOf(Database& present, Database& content) {
     ORLOCAL_TRY(const std::int64_t wanted, present.integerOf("PRAGMA page_size"));
     ORLOCAL_TRY(const std::int64_t actual, content.integerOf("PRAGMA page_size"));
-    if (wanted == actual) return {};
+    if (wanted == actual) { return {}; }
     return content.execute(fmt::format("PRAGMA page_size={}; VACUUM", wanted).c_str());
   }
 
@@ -178,10 +178,10 @@ class Restoring {
     ORLOCAL_TRY(Transaction transaction, Transaction::write(content));
     for (;;) {
       ORLOCAL_TRY(const bool found, numbers.step());
-      if (!found) break;
+      if (!found) { break; }
       const std::string name(numbers.text(0));
       const std::int64_t number = numbers.integer(1);
-      if (!isGiven(number)) continue;
+      if (!isGiven(number)) { continue; }
       ORLOCAL_CHECK(raise.bind(1, std::string_view(name)).bind(2, number).run());
       ORLOCAL_CHECK(insert.bind(1, std::string_view(name)).bind(2, number).run());
     }
@@ -189,8 +189,8 @@ class Restoring {
     for (Database* each : {&before, &content}) {
       ORLOCAL_TRY(const std::int64_t lastRow, each->integerOf("SELECT max(seq) FROM changes"));
       ORLOCAL_TRY(const std::int64_t lastCommit, each->integerOf("SELECT max(commit_no) FROM changes"));
-      if (isGiven(lastRow)) row = std::max(row, lastRow);
-      if (isGiven(lastCommit)) commit = std::max(commit, lastCommit);
+      if (isGiven(lastRow)) { row = std::max(row, lastRow); }
+      if (isGiven(lastCommit)) { commit = std::max(commit, lastCommit); }
     }
     constexpr std::int64_t kGap = 2;
     UuidMaker random;
@@ -238,8 +238,8 @@ class Restoring {
     }
     std::filesystem::remove(m_store.string() + "-shm", ignored);
     // The new file may be on the disk before what was kept, and beside a log that is not its own.
-    if (kept) ORLOCAL_CHECK(syncFolder(m_store.parent_path()));
-    if (kept) m_result.kept = name;
+    if (kept) { ORLOCAL_CHECK(syncFolder(m_store.parent_path())); }
+    if (kept) { m_result.kept = name; }
     m_result.keptUnread = kept;
     ORLOCAL_CHECK(draft.publishInPlaceOf(m_store));
     Bell(m_store).ring();

@@ -31,12 +31,12 @@ constexpr const char* kRecovered = "Recovered";
 /// Numbers of rows as far as a statement comes before it meets damage; false when it met some.
 bool gather(Database& database, const char* sql, std::set<std::int64_t>& numbers) {
   auto statement = database.prepare(sql);
-  if (!statement) return false;
+  if (!statement) { return false; }
   for (;;) {
     const auto found = statement->step();
-    if (!found) return false;
-    if (!*found) return true;
-    if (!statement->isNull(0)) numbers.insert(statement->integer(0));
+    if (!found) { return false; }
+    if (!*found) { return true; }
+    if (!statement->isNull(0)) { numbers.insert(statement->integer(0)); }
   }
 }
 
@@ -49,7 +49,7 @@ class Salvaging {
     findCalendars();
     findItems();
     for (const auto& [id, calendar] : m_found) {
-      if (!titles.empty() && std::find(titles.begin(), titles.end(), calendar.title) == titles.end()) continue;
+      if (!titles.empty() && std::find(titles.begin(), titles.end(), calendar.title) == titles.end()) { continue; }
       ORLOCAL_CHECK(write(calendar, m_itemsOf[id]));
     }
     ORLOCAL_CHECK(writeStrays());
@@ -61,21 +61,21 @@ class Salvaging {
   std::set<std::int64_t> numbersOf(const std::vector<const char*>& places, const char* lastNumber) {
     std::set<std::int64_t> named;
     bool whole = true;
-    for (const char* place : places) whole = gather(m_database, place, named) && whole;
+    for (const char* place : places) { whole = gather(m_database, place, named) && whole; }
     m_certain = named;
-    if (whole) return named;
+    if (whole) { return named; }
     std::set<std::int64_t> last;
     const bool known = gather(m_database, lastNumber, last) && !last.empty();
     const std::int64_t highest = std::min(named.empty() ? 0 : *named.rbegin(), kMostSearched);
     const std::int64_t claimed = known ? *last.rbegin() : highest + kSearched;
     const std::int64_t end = std::min(claimed, kMostSearched);
-    if (end < claimed) note(fmt::format("rows past number {} are looked for by what names them alone", end));
-    for (std::int64_t number = 1; number <= end; ++number) named.insert(named.end(), number);
+    if (end < claimed) { note(fmt::format("rows past number {} are looked for by what names them alone", end)); }
+    for (std::int64_t number = 1; number <= end; ++number) { named.insert(named.end(), number); }
     return named;
   }
 
   void note(std::string line) {
-    if (m_report.notes.size() < kMostNotes) m_report.notes.push_back(std::move(line));
+    if (m_report.notes.size() < kMostNotes) { m_report.notes.push_back(std::move(line)); }
   }
 
   void findCalendars() {
@@ -116,13 +116,15 @@ class Salvaging {
   }
 
   void makeKnown(const std::string& zone) {
-    if (Zone::named(zone)) return;
+    if (Zone::named(zone)) { return; }
     auto find = m_database.prepare("SELECT vtimezone FROM zones WHERE name = ?");
     if (find) {
       find->bind(1, std::string_view(zone));
       const auto found = find->step();
-      if (found && *found && registerPrivateZone(zone, find->text(0))) return;
-      if (found && !*found) return;  // never described
+      if (found && *found && registerPrivateZone(zone, find->text(0))) { return; }
+      if (found && !*found) {
+        return;  // never described
+      }
     }
     ++m_report.zones;
     note(fmt::format("the zone \"{}\" cannot be read", zone));
@@ -133,7 +135,7 @@ class Salvaging {
     std::vector<std::shared_ptr<const Item>> items;
     for (const std::int64_t id : ids) {
       const auto item = m_rows.read(id);
-      if (!item || !*item) continue;
+      if (!item || !*item) { continue; }
       collectZones(zones, **item);
       m_rows.forget(id);
     }
@@ -145,11 +147,11 @@ class Salvaging {
     }
     for (const std::int64_t id : ids) {
       const auto item = m_rows.read(id);
-      if (!item || !*item) continue;
+      if (!item || !*item) { continue; }
       writeItem(text, **item);
       m_rows.forget(id);
       ++m_report.items;
-      if (text.size() < kTextAtOnce) continue;
+      if (text.size() < kTextAtOnce) { continue; }
       ORLOCAL_CHECK(m_sink(text));
       text.clear();
     }
@@ -161,9 +163,9 @@ class Salvaging {
   Status writeStrays() {
     std::vector<std::int64_t> strays;
     for (const auto& [calendar, ids] : m_itemsOf) {
-      if (!m_found.contains(calendar)) strays.insert(strays.end(), ids.begin(), ids.end());
+      if (!m_found.contains(calendar)) { strays.insert(strays.end(), ids.begin(), ids.end()); }
     }
-    if (strays.empty()) return {};
+    if (strays.empty()) { return {}; }
     std::sort(strays.begin(), strays.end());
     Calendar recovered;
     recovered.title = kRecovered;

@@ -9,11 +9,9 @@
 namespace orlocal {
 
 inline void throwIfFailed(const fmx::Exception& x) {
-  if (x.code == 0) [[likely]] {
-    return;
-  }
-  if (x.code == 1) throw std::bad_alloc();
-  if (x.code == 2) throw std::exception();
+  if (x.code == 0) [[likely]] { return; }
+  if (x.code == 1) { throw std::bad_alloc(); }
+  if (x.code == 2) { throw std::exception(); }
 }
 
 /// Calls a function of the host's interface with an exception record of its own. The host's "out of memory" becomes
@@ -47,7 +45,7 @@ class HostOwned {
   ~HostOwned() noexcept(false) {
     fmx::Exception x;
     Delete(m_object, &x);
-    if (std::uncaught_exceptions() == m_leavingWhenMade) throwIfFailed(x);
+    if (std::uncaught_exceptions() == m_leavingWhenMade) { throwIfFailed(x); }
   }
 
  private:

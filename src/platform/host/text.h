@@ -15,7 +15,7 @@ namespace orlocal {
 class UnitBuffer {
  public:
   explicit UnitBuffer(std::size_t size) {
-    if (size > m_short.size()) m_long = std::make_unique_for_overwrite<char16_t[]>(size);
+    if (size > m_short.size()) { m_long = std::make_unique_for_overwrite<char16_t[]>(size); }
   }
   char16_t* data() { return m_long ? m_long.get() : m_short.data(); }
 
@@ -53,7 +53,7 @@ class HostText : public HostOwned<fmx::Text, &fmx::FM_Text_Delete> {
   void uppercase() { hostCall<fmx::FM_Text_Uppercase>(get()); }
   bool operator==(std::u16string_view text) const {
     const auto size = hostCall<fmx::FM_Text_GetSize>(get());
-    if (size != text.size()) return false;
+    if (size != text.size()) { return false; }
     UnitBuffer units(size);
     hostCall<fmx::FM_Text_GetUnicode>(get(), units.data(), 0U, size);
     return std::u16string_view(units.data(), size) == text;
@@ -62,7 +62,7 @@ class HostText : public HostOwned<fmx::Text, &fmx::FM_Text_Delete> {
   /// Deletes from the first `separator` to the end; leaves a text without one as it is.
   void cutAt(const HostText& separator) {
     const auto position = hostCall<fmx::FM_Text_Find>(get(), separator.get(), 0U);
-    if (position != fmx::kSizeInvalid) hostCall<fmx::FM_Text_DeleteText>(get(), position, fmx::kSizeEnd);
+    if (position != fmx::kSizeInvalid) { hostCall<fmx::FM_Text_DeleteText>(get(), position, fmx::kSizeEnd); }
   }
 };
 
@@ -71,7 +71,7 @@ inline bool isEmpty(const fmx::Text* text) { return hostCall<fmx::FM_Text_GetSiz
 /// The text as UTF-8, copied through UTF-16; none when it is empty.
 inline OptionalText textOf(const fmx::Text* text) {
   const auto size = hostCall<fmx::FM_Text_GetSize>(text);
-  if (size == 0) return std::nullopt;
+  if (size == 0) { return std::nullopt; }
   UnitBuffer units(size);
   hostCall<fmx::FM_Text_GetUnicode>(text, units.data(), 0U, size);
   return utf8FromUtf16({units.data(), size});

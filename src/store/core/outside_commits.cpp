@@ -37,12 +37,14 @@ struct Fate {
   void take(const LoggedChange& change) {
     // A changed occurrence that comes or goes changes its series.
     const Operation operation = change.series ? Operation::kUpdated : change.operation;
-    if (operation == Operation::kInserted) inserted = true;
-    if (operation == Operation::kDeleted) deleted = true;
+    if (operation == Operation::kInserted) { inserted = true; }
+    if (operation == Operation::kDeleted) { deleted = true; }
   }
 
   void addTo(OutsideCommit& commit) const {
-    if (inserted && deleted) return;  // it came and went unseen
+    if (inserted && deleted) {
+      return;  // it came and went unseen
+    }
     ChangedRecords& records = *recordsOf(commit, subject);
     auto& list = deleted ? records.deleted : inserted ? records.inserted : records.updated;
     list.push_back(uuid.text());
@@ -54,14 +56,14 @@ class Collector {
  public:
   void take(const LoggedChange& change) {
     const auto [place, isNew] = m_places.try_emplace(change.uuid, m_fates.size());
-    if (isNew) m_fates.push_back({.uuid = change.uuid, .subject = change.subject});
+    if (isNew) { m_fates.push_back({.uuid = change.uuid, .subject = change.subject}); }
     m_fates[place->second].take(change);
   }
 
   void finishInto(std::vector<OutsideCommit>& commits) {
     OutsideCommit commit;
-    for (const Fate& fate : m_fates) fate.addTo(commit);
-    if (!commit.empty()) commits.push_back(std::move(commit));
+    for (const Fate& fate : m_fates) { fate.addTo(commit); }
+    if (!commit.empty()) { commits.push_back(std::move(commit)); }
     m_places.clear();
     m_fates.clear();
   }

@@ -77,8 +77,8 @@ class Gathering {
   /// Of one event alone.
   Result<std::vector<Occurrence>> runFor(ItemId id, Queries& queries) {
     ORLOCAL_TRY(const auto event, m_core.rows.read(id));
-    if (event == nullptr || event->kind != ItemKind::kEvent || event->series) return finished();
-    if (!m_calendars.takes(event->calendar)) return finished();
+    if (event == nullptr || event->kind != ItemKind::kEvent || event->series) { return finished(); }
+    if (!m_calendars.takes(event->calendar)) { return finished(); }
     ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(id));
     if (event->recurrence.empty() && changed.empty()) {
       ORLOCAL_TRY(const Occurrence only, queries.onlyOccurrence(*event));
@@ -86,10 +86,10 @@ class Gathering {
       return finished();
     }
     ORLOCAL_TRY(const Series* series, m_core.series.of(id));
-    if (series != nullptr) m_series.push_back({id, !series->bounds().end});
+    if (series != nullptr) { m_series.push_back({id, !series->bounds().end}); }
     for (const ItemRows::Changed& row : changed) {
       ORLOCAL_TRY(const auto occurrence, m_core.rows.read(row.id));
-      if (occurrence == nullptr) continue;
+      if (occurrence == nullptr) { continue; }
       ORLOCAL_TRY(const Occurrence only, queries.onlyOccurrence(*occurrence));
       ORLOCAL_CHECK(addIfWithin(only));
     }
@@ -101,7 +101,7 @@ class Gathering {
     // In the order of the rows, so that neighbours in the file are read together.
     std::sort(m_series.begin(), m_series.end(),
               [](const RepeatingEntry& a, const RepeatingEntry& b) { return a.item < b.item; });
-    for (const RepeatingEntry& entry : m_series) ORLOCAL_CHECK(expand(entry));
+    for (const RepeatingEntry& entry : m_series) { ORLOCAL_CHECK(expand(entry)); }
     // Identifiers are given out in the order of the rows.
     std::sort(m_found.begin(), m_found.end(), [](const Occurrence& a, const Occurrence& b) {
       return std::tie(a.start, a.end, a.event, a.item) < std::tie(b.start, b.end, b.event, b.item);
@@ -110,7 +110,7 @@ class Gathering {
   }
 
   Status take(const TimelineEntry& entry) {
-    if (!m_calendars.takes(entry.calendar)) return {};
+    if (!m_calendars.takes(entry.calendar)) { return {}; }
     if (entry.repeats) {
       m_series.push_back({entry.item, entry.end == TimelineEntry::kEndless});
       return {};
@@ -119,7 +119,7 @@ class Gathering {
     Occurrence occurrence;
     occurrence.start = momentAt(entry.start, entry.wall, viewer);
     occurrence.end = std::max(occurrence.start, momentAt(entry.end, entry.wall, viewer));
-    if (!m_range.overlaps(occurrence.start, occurrence.end)) return {};
+    if (!m_range.overlaps(occurrence.start, occurrence.end)) { return {}; }
     occurrence.originalStart =
         entry.original ? momentAt(*entry.original, entry.originalIsWall, viewer) : occurrence.start;
     occurrence.item = entry.item;
@@ -137,7 +137,7 @@ class Gathering {
     Status added;
     const Status followed = [&]() -> Status {
       ORLOCAL_TRY(const Series* series, m_core.series.of(entry.item));
-      if (series == nullptr) return {};
+      if (series == nullptr) { return {}; }
       return series->expand(m_range.from, entry.endless ? m_endlessTo : m_range.to, m_budget,
                             [&](const Series::Instance& instance) {
                               added = add({instance.start, instance.end, instance.start, entry.item, entry.item});
@@ -146,21 +146,24 @@ class Gathering {
     }();
     if (!followed && followed.error().code == ErrorCode::kBudget) {
       // The last one of many is not the one to blame.
-      if (steps > ExpansionBudget().left() / 2)
+      if (steps > ExpansionBudget().left() / 2) {
         return blamed(entry.item, "repeats in a way that takes too long to follow");
+      }
       return failure(ErrorCode::kBudget, "The series in the range take too long to follow; ask for a shorter one.");
     }
-    if (!followed && followed.error().code != ErrorCode::kCorrupt && followed.error().code != ErrorCode::kIo)
+    if (!followed && followed.error().code != ErrorCode::kCorrupt && followed.error().code != ErrorCode::kIo) {
       return blamed(entry.item, fmt::format("cannot be followed ({})", followed.error().message));
-    if (!added && before < m_found.size() / 2)
+    }
+    if (!added && before < m_found.size() / 2) {
       return blamed(entry.item, fmt::format("has most of the more than {} occurrences in the range", m_found.size()));
+    }
     return followed ? added : followed;
   }
 
   /// Says which event it is and how to get rid of it.
   Status blamed(ItemId id, std::string_view what) {
     ORLOCAL_TRY(const auto item, m_core.rows.read(id));
-    if (item == nullptr) return failure(ErrorCode::kBudget, "The range cannot be followed; ask again.");
+    if (item == nullptr) { return failure(ErrorCode::kBudget, "The range cannot be followed; ask again."); }
     ORLOCAL_TRY(const auto calendar, m_core.calendars.withId(item->calendar));
     const LocalDay day(item->start ? item->start->local : LocalTime());
     return failure(
@@ -232,26 +235,26 @@ Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
             [](const Found& a, const Found& b) { return std::tie(a.due, a.item) < std::tie(b.due, b.item); });
   std::vector<ItemId> ids;
   ids.reserve(found.size());
-  for (const Found& reminder : found) ids.push_back(reminder.item);
+  for (const Found& reminder : found) { ids.push_back(reminder.item); }
   return ids;
 }
 
 Result<Occurrence> Queries::onlyOccurrence(const Item& event) {
   const Zone& viewer = m_core.options.viewer;
-  if (!event.start) return failure(ErrorCode::kInvalid, "An event without a start has no occurrence.");
+  if (!event.start) { return failure(ErrorCode::kInvalid, "An event without a start has no occurrence."); }
   Occurrence occurrence;
   occurrence.start = occurrence.originalStart = momentOf(*event.start, viewer);
   occurrence.end = event.end ? std::max(occurrence.start, momentOf(*event.end, viewer)) : occurrence.start;
   occurrence.item = event.id;
   occurrence.event = event.series.value_or(event.id);
-  if (!event.recurrenceId) return occurrence;
+  if (!event.recurrenceId) { return occurrence; }
   ORLOCAL_TRY(const auto place, m_core.rows.place(event.id));
   bool wall = Timeline::isWall(*event.recurrenceId);
   if (event.series) {
     ORLOCAL_TRY(const Series* series, m_core.series.of(*event.series));
-    if (series != nullptr) wall = series->followsViewer();
+    if (series != nullptr) { wall = series->followsViewer(); }
   }
-  if (place && place->original) occurrence.originalStart = momentAt(*place->original, wall, viewer);
+  if (place && place->original) { occurrence.originalStart = momentAt(*place->original, wall, viewer); }
   return occurrence;
 }
 
@@ -263,16 +266,16 @@ Result<std::optional<Occurrence>> Queries::firstOccurrence(const Item& event) {
     return only;
   }
   ORLOCAL_TRY(const Series* series, m_core.series.of(event.id));
-  if (series == nullptr) return std::nullopt;
+  if (series == nullptr) { return std::nullopt; }
   ExpansionBudget budget;
   ORLOCAL_TRY(const auto first, series->first(budget));
   std::optional<Occurrence> found;
-  if (first) found = Occurrence{first->start, first->end, first->start, event.id, event.id};
-  if (changed.empty()) return found;
+  if (first) { found = Occurrence{first->start, first->end, first->start, event.id, event.id}; }
+  if (changed.empty()) { return found; }
   const Moment original = momentAt(changed.front().original, series->followsViewer(), m_core.options.viewer);
-  if (found && found->originalStart < original) return found;
+  if (found && found->originalStart < original) { return found; }
   ORLOCAL_TRY(const auto row, m_core.rows.read(changed.front().id));
-  if (row == nullptr) return found;
+  if (row == nullptr) { return found; }
   ORLOCAL_TRY(const Occurrence only, onlyOccurrence(*row));
   return only;
 }
@@ -280,24 +283,24 @@ Result<std::optional<Occurrence>> Queries::firstOccurrence(const Item& event) {
 Result<std::optional<Occurrence>> Queries::occurrenceAt(const Item& event, Moment originalStart) {
   ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
   ORLOCAL_TRY(const auto row, m_core.rows.read(event.id));
-  if (row == nullptr || row->kind != ItemKind::kEvent || row->series) return std::nullopt;
+  if (row == nullptr || row->kind != ItemKind::kEvent || row->series) { return std::nullopt; }
   ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(row->id));
   if (row->recurrence.empty() && changed.empty()) {
     ORLOCAL_TRY(const Occurrence only, onlyOccurrence(*row));
     return only.originalStart == originalStart ? std::optional(only) : std::nullopt;
   }
   ORLOCAL_TRY(const Series* series, m_core.series.of(row->id));
-  if (series == nullptr) return std::nullopt;
+  if (series == nullptr) { return std::nullopt; }
   for (const ItemRows::Changed& each : changed) {
-    if (momentAt(each.original, series->followsViewer(), m_core.options.viewer) != originalStart) continue;
+    if (momentAt(each.original, series->followsViewer(), m_core.options.viewer) != originalStart) { continue; }
     ORLOCAL_TRY(const auto moved, m_core.rows.read(each.id));
-    if (moved == nullptr) continue;
+    if (moved == nullptr) { continue; }
     ORLOCAL_TRY(const Occurrence found, onlyOccurrence(*moved));
     return found;
   }
   ExpansionBudget budget;
   ORLOCAL_TRY(const auto found, series->at(originalStart, budget));
-  if (!found) return std::nullopt;
+  if (!found) { return std::nullopt; }
   return Occurrence{found->start, found->end, found->start, row->id, row->id};
 }
 

@@ -40,17 +40,17 @@ Uuid publicUuid(const Item& item) { return Uuid::parse(item.identifier).value_or
 }  // namespace
 
 Result<const Series*> SeriesCache::of(ItemId id) {
-  if (const auto found = m_series.find(id); found != m_series.end()) return &found->second;
+  if (const auto found = m_series.find(id); found != m_series.end()) { return &found->second; }
   ORLOCAL_TRY(const auto item, m_rows.readForExpansion(id));
-  if (!item) return nullptr;
+  if (!item) { return nullptr; }
   std::vector<CalendarTime> changed;
   if (item->hasChanged) {
     ORLOCAL_TRY(const auto rows, m_rows.changedOf(id));
     changed.reserve(rows.size());
-    for (const ItemRows::Changed& row : rows) changed.push_back(row.recurrenceId);
+    for (const ItemRows::Changed& row : rows) { changed.push_back(row.recurrenceId); }
   }
   ORLOCAL_TRY(Series series, Series::compile(item->item, m_viewer, changed));
-  if (m_series.size() >= kKeptSeries) m_series.clear();
+  if (m_series.size() >= kKeptSeries) { m_series.clear(); }
   return &m_series.emplace(id, std::move(series)).first->second;
 }
 
@@ -76,7 +76,7 @@ std::unique_ptr<StoreCore> StoreCore::unopened(Failure reason) {
 }
 
 Status StoreCore::openFile() {
-  if (m_unopened) return failure(*m_unopened);
+  if (m_unopened) { return failure(*m_unopened); }
   ORLOCAL_TRY(database, m_file.open(m_whenMissing, options.busyTimeout, uuids));
   m_whenMissing = Missing::kIsAFailure;
   m_opener = ::getpid();
@@ -92,14 +92,14 @@ Status StoreCore::openFile() {
   m_opening = true;
   auto followed = followZoneData(*this, zoneDataVersion());
   m_opening = false;
-  if (followed || followed.error().code != ErrorCode::kCorrupt) return {};
+  if (followed || followed.error().code != ErrorCode::kCorrupt) { return {}; }
   database.close();
   return followed;
 }
 
 void StoreCore::close() {
   // A process that was forked off shares the open file with the one that opened it, and none of its locks.
-  if (!database.isOpen() || database.inTransaction() || m_opener != ::getpid()) return;
+  if (!database.isOpen() || database.inTransaction() || m_opener != ::getpid()) { return; }
   database.emptyLog();
   database.close();
   m_walIndex = nullptr;
@@ -107,14 +107,14 @@ void StoreCore::close() {
 }
 
 Status StoreCore::followFile(Look look) {
-  if (!database.isOpen()) return openFile();
-  if (database.inTransaction()) return {};
+  if (!database.isOpen()) { return openFile(); }
+  if (database.inTransaction()) { return {}; }
   const auto now = coarseTime();
-  if (look == Look::kNowAndThen && now < m_nextLook) return {};
+  if (look == Look::kNowAndThen && now < m_nextLook) { return {}; }
   // What fails is looked at again at once.
   m_nextLook = {};
   ORLOCAL_TRY(const StoreFile::News news, m_file.look(database));
-  if (news == StoreFile::News::kReplaced) ORLOCAL_CHECK(m_file.partFromLog(database, options.busyTimeout));
+  if (news == StoreFile::News::kReplaced) { ORLOCAL_CHECK(m_file.partFromLog(database, options.busyTimeout)); }
   if (news != StoreFile::News::kNone) {
     database.close();
     m_walIndex = nullptr;
@@ -135,7 +135,7 @@ Status StoreCore::loadZones() {
   const ResetAtExit reset(zones);
   for (;;) {
     ORLOCAL_TRY(const bool found, zones.step());
-    if (!found) return {};
+    if (!found) { return {}; }
     // One that cannot be read any more is treated like an unknown zone.
     announcePrivateZone(std::string(zones.text(0)), std::string(zones.text(1)));
   }
@@ -143,7 +143,7 @@ Status StoreCore::loadZones() {
 
 Status StoreCore::catchUp() {
   ORLOCAL_TRY(const std::int64_t newest, log.newest());
-  if (newest == m_seen) return {};
+  if (newest == m_seen) { return {}; }
   bool zonesChanged = m_seen < 0;
   if (m_seen >= 0) {
     ORLOCAL_TRY(const bool few, log.fewBetween(m_seen, newest));
@@ -183,7 +183,7 @@ Result<Transaction> StoreCore::beginReading() {
 
 Result<Transaction> StoreCore::beginTransaction() {
   auto begun = Transaction::write(database);
-  if (begun || begun.error().code != ErrorCode::kNotPermitted || database.readOnly() || m_opening) return begun;
+  if (begun || begun.error().code != ErrorCode::kNotPermitted || database.readOnly() || m_opening) { return begun; }
   // SQLite opens the log and its index for reading when they do not open for writing, whatever the reason was.
   database.close();
   m_walIndex = nullptr;
@@ -208,16 +208,16 @@ Result<WriteTurn> StoreCore::beginWriting() {
 
 std::uint64_t StoreCore::generation() {
   // Why it cannot be followed is told to who reads next.
-  if (!followFile(Look::kNowAndThen)) return ++m_generation;
+  if (!followFile(Look::kNowAndThen)) { return ++m_generation; }
   if (m_walIndex == nullptr) {
     // The index exists from the first transaction on.
-    if (auto reading = beginReading(); reading) m_walIndex = database.readOnly() ? nullptr : database.walIndex();
+    if (auto reading = beginReading(); reading) { m_walIndex = database.readOnly() ? nullptr : database.walIndex(); }
   }
   if (m_walIndex == nullptr) {
     Statement& version = m_readDataVersion.in(database);
     const auto row = version.step();
-    if (!row || !*row || version.integer(0) != m_dataVersion) ++m_generation;
-    if (row && *row) m_dataVersion = version.integer(0);
+    if (!row || !*row || version.integer(0) != m_dataVersion) { ++m_generation; }
+    if (row && *row) { m_dataVersion = version.integer(0); }
     version.reset();
     return m_generation;
   }
@@ -233,16 +233,16 @@ std::uint64_t StoreCore::generation() {
 
 Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall) {
   ORLOCAL_CHECK(checkSize(item));
-  if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
+  if (own != nullptr) { ORLOCAL_CHECK(own->checkDensity()); }
   const Uuid uuid = uuids.next();
   item.itemIdentifier = uuid.text();
-  if (!item.series) item.identifier = item.itemIdentifier;
+  if (!item.series) { item.identifier = item.itemIdentifier; }
   item.id = 0;
   TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
   ORLOCAL_CHECK(rows.insert(item, uuid, {entry.shelf, entry.start, original}));
   entry.item = item.id;
   ORLOCAL_CHECK(timeline.insert(entry));
-  if (!item.series) return log.record(Operation::kInserted, subjectOf(item), item.id, std::nullopt, uuid);
+  if (!item.series) { return log.record(Operation::kInserted, subjectOf(item), item.id, std::nullopt, uuid); }
   series.forget(*item.series);
   return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
 }
@@ -250,14 +250,14 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
 Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
-  if (!before) return noLonger();
+  if (!before) { return noLonger(); }
   return updateItem(item, own, original, originalIsWall, *before);
 }
 
 Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall, const StoredPlace& before) {
   ORLOCAL_CHECK(checkSize(item));
-  if (own != nullptr) ORLOCAL_CHECK(own->checkDensity());
+  if (own != nullptr) { ORLOCAL_CHECK(own->checkDensity()); }
   ORLOCAL_CHECK(replaceRow(item, own, original, originalIsWall, before));
   return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
 }
@@ -265,7 +265,7 @@ Status StoreCore::updateItem(const Item& item, const Series* own, std::optional<
 Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
-  if (!before) return noLonger();
+  if (!before) { return noLonger(); }
   return replaceRow(item, own, original, originalIsWall, *before);
 }
 
@@ -274,21 +274,21 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
   const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
   // An entry takes the place of one that stands there.
   const bool moves = before.shelf != entry.shelf || before.shelfStart != entry.start;
-  if (moves) ORLOCAL_CHECK(timeline.remove(item.id, before.shelf, before.shelfStart));
+  if (moves) { ORLOCAL_CHECK(timeline.remove(item.id, before.shelf, before.shelfStart)); }
   ORLOCAL_CHECK(timeline.insert(entry));
   ORLOCAL_CHECK(rows.update(item, {entry.shelf, entry.start, original}, before));
   series.forget(item.id);
-  if (item.series) series.forget(*item.series);
+  if (item.series) { series.forget(*item.series); }
   return {};
 }
 
 Status StoreCore::removeItem(const Item& item) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
-  if (!before) return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store.");
+  if (!before) { return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store."); }
   ORLOCAL_CHECK(timeline.remove(item.id, before->shelf, before->shelfStart));
   ORLOCAL_CHECK(rows.remove(item.id));
   series.forget(item.id);
-  if (item.series) series.forget(*item.series);
+  if (item.series) { series.forget(*item.series); }
   return log.record(item.series ? Operation::kUpdated : Operation::kDeleted, subjectOf(item), item.id, item.series,
                     publicUuid(item));
 }
@@ -298,7 +298,7 @@ Status StoreCore::removeCalendar(const Calendar& calendar) {
   ORLOCAL_TRY(const auto ids, rows.idsInCalendar(calendar.id));
   for (const ItemId id : ids) {
     ORLOCAL_TRY(const auto item, rows.read(id));
-    if (item != nullptr) ORLOCAL_CHECK(removeItem(*item));
+    if (item != nullptr) { ORLOCAL_CHECK(removeItem(*item)); }
   }
   ORLOCAL_CHECK(calendars.remove(calendar.id));
   ORLOCAL_CHECK(calendars.removeUnusedSource(calendar.source));
@@ -312,7 +312,7 @@ Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
 
 WriteTurn::~WriteTurn() {
   // What was read meanwhile may never have been.
-  if (m_core != nullptr) m_core->forgetAll();
+  if (m_core != nullptr) { m_core->forgetAll(); }
 }
 
 Status WriteTurn::commit() {

@@ -11,13 +11,13 @@ constexpr const char* kProperty = "zone_data";
 
 Status move(StoreCore& core, ItemId id) {
   ORLOCAL_TRY(const auto item, core.rows.read(id));
-  if (item == nullptr) return {};
+  if (item == nullptr) { return {}; }
   std::optional<Series> own;
   std::optional<std::int64_t> original;
   bool originalIsWall = false;
   if (item->series) {
     ORLOCAL_TRY(const auto series, core.rows.read(*item->series));
-    if (series == nullptr || !item->recurrenceId) return {};
+    if (series == nullptr || !item->recurrenceId) { return {}; }
     ORLOCAL_TRY(const Series compiled, Series::compile(*series, Zone()));
     original = originalKey(compiled, *item->recurrenceId);
     originalIsWall = compiled.followsViewer();
@@ -26,9 +26,7 @@ Status move(StoreCore& core, ItemId id) {
     originalIsWall = Timeline::isWall(*item->recurrenceId);
   } else {
     ORLOCAL_TRY(const auto changed, core.rows.changedOf(id));
-    if (!item->recurrence.empty() || !changed.empty()) {
-      ORLOCAL_TRY(own, Series::compile(*item, Zone()));
-    }
+    if (!item->recurrence.empty() || !changed.empty()) { ORLOCAL_TRY(own, Series::compile(*item, Zone())); }
   }
   return core.replaceRow(*item, own ? &*own : nullptr, original, originalIsWall);
 }
@@ -44,13 +42,13 @@ Status followZoneData(StoreCore& core, const std::string& version) {
   };
   ORLOCAL_TRY(const std::string before, known());
   // Versions grow as texts; of several systems that share a store the newest decides.
-  if (version <= before || core.database.readOnly()) return {};
+  if (version <= before || core.database.readOnly()) { return {}; }
   ORLOCAL_TRY(WriteTurn turn, core.beginWriting());
   ORLOCAL_TRY(const std::string meanwhile, known());
-  if (version <= meanwhile) return {};
+  if (version <= meanwhile) { return {}; }
   // Series first: the original starts of changed occurrences are read off them.
   ORLOCAL_TRY(const auto ids, core.rows.zonedIds());
-  for (const ItemId id : ids) ORLOCAL_CHECK(move(core, id));
+  for (const ItemId id : ids) { ORLOCAL_CHECK(move(core, id)); }
   ORLOCAL_TRY(Statement write, core.database.prepare("INSERT OR REPLACE INTO properties(name, value) VALUES(?, ?)"));
   ORLOCAL_CHECK(write.bind(1, std::string_view(kProperty)).bind(2, std::string_view(version)).run());
   // The entries of the timeline may stand elsewhere now: who looked at them before has to look again.

@@ -12,7 +12,7 @@ const char* nounFor(CalendarKind kind) { return kind == CalendarKind::kEvents ? 
 
 void applyFields(const Calendar& edited, CalendarFields set, Calendar& row) {
   const auto take = [&](CalendarField field, auto Calendar::*member) {
-    if (set.has(field)) row.*member = edited.*member;
+    if (set.has(field)) { row.*member = edited.*member; }
   };
   take(CalendarField::kTitle, &Calendar::title);
   take(CalendarField::kNotes, &Calendar::notes);
@@ -47,7 +47,7 @@ Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
     applyFields(calendar, set, saved);
   }
   dropUnwritable(saved.title);
-  if (saved.notes) dropUnwritable(*saved.notes);
+  if (saved.notes) { dropUnwritable(*saved.notes); }
   if (saved.title.empty()) {
     return failure(ErrorCode::kRefused, fmt::format("A {} needs a title to be saved.", nounFor(saved.kind)));
   }
@@ -78,10 +78,8 @@ Status CalendarEdits::remove(std::string_view identifier) {
   const auto uuid = Uuid::parse(identifier);
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   std::optional<Calendar> calendar;
-  if (uuid) {
-    ORLOCAL_TRY(calendar, m_core.calendars.withUuid(*uuid));
-  }
-  if (!calendar) return failure(ErrorCode::kNotFound, "The calendar to remove is not in the calendar store.");
+  if (uuid) { ORLOCAL_TRY(calendar, m_core.calendars.withUuid(*uuid)); }
+  if (!calendar) { return failure(ErrorCode::kNotFound, "The calendar to remove is not in the calendar store."); }
   if (calendar->immutable) {
     return failure(ErrorCode::kReadOnly,
                    fmt::format("The {} \"{}\" may not be removed.", nounFor(calendar->kind), calendar->title));

@@ -10,8 +10,8 @@ namespace orlocal::store {
 namespace {
 
 Status checkTimes(const Item& event) {
-  if (!event.start) return failure(ErrorCode::kRefused, "An event needs a start to be saved.");
-  if (!event.end) return failure(ErrorCode::kRefused, "An event needs an end to be saved.");
+  if (!event.start) { return failure(ErrorCode::kRefused, "An event needs a start to be saved."); }
+  if (!event.end) { return failure(ErrorCode::kRefused, "An event needs an end to be saved."); }
   const auto clockOf = [](const CalendarTime& time) {
     return time.kind == CalendarTime::Kind::kZoned ? CalendarTime::Kind::kUtc : time.kind;
   };
@@ -20,7 +20,9 @@ Status checkTimes(const Item& event) {
   }
   const bool backwards = event.allDay() ? event.end->local <= event.start->local
                                         : Timeline::keyOf(*event.end) < Timeline::keyOf(*event.start);
-  if (backwards) return failure(ErrorCode::kInvalid, "The event ends before it starts; set the end after the start.");
+  if (backwards) {
+    return failure(ErrorCode::kInvalid, "The event ends before it starts; set the end after the start.");
+  }
   return {};
 }
 
@@ -34,7 +36,7 @@ Status checkAttendees(const Item& event) {
     return !attendee.organizer || attendee.role != Attendee::Role::kUnknown ||
            attendee.status != Attendee::Status::kUnknown || attendee.type != Attendee::Type::kUnknown;
   };
-  if (std::none_of(event.attendees.begin(), event.attendees.end(), invited)) return {};
+  if (std::none_of(event.attendees.begin(), event.attendees.end(), invited)) { return {}; }
   return failure(ErrorCode::kRefused,
                  fmt::format("The event {} has attendees; change it in the calendar application, which tells them.",
                              quotedTitle(event)));
@@ -87,7 +89,7 @@ Status checkThatCalendarTakes(StoreCore& core, CalendarId id, ItemKind kind) {
                    event ? "An event needs a calendar to be saved." : "A reminder needs a reminder list to be saved.");
   }
   ORLOCAL_TRY(const auto calendar, core.calendars.withId(id));
-  if (!calendar) return failure(ErrorCode::kRefused, "The item's calendar is no longer in the calendar store.");
+  if (!calendar) { return failure(ErrorCode::kRefused, "The item's calendar is no longer in the calendar store."); }
   if (event != (calendar->kind == CalendarKind::kEvents)) {
     return failure(ErrorCode::kInvalid,
                    fmt::format("\"{}\" holds no {}.", calendar->title, event ? "events" : "reminders"));
@@ -122,7 +124,7 @@ Result<Item> EventEdits::insertNew(const ItemEdit& edit) {
   standAlone(made);
   made.recurrence = edit.values.recurrence;
   made.uid = edit.values.uid;
-  if (made.uid.empty()) made.uid = m_core.uuids.next().text();
+  if (made.uid.empty()) { made.uid = m_core.uuids.next().text(); }
   apply(edit, made, std::nullopt, m_core.options.viewer);
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, made.calendar, ItemKind::kEvent));
   ORLOCAL_CHECK(checkTimes(made));
@@ -136,11 +138,11 @@ Result<Item> EventEdits::saveStored(const ItemEdit& edit, const std::optional<Oc
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
   const Zone& viewer = m_core.options.viewer;
   if (row == nullptr || !isSameEvent(*row, *edit.opened)) {
-    if (edit.opened->series && occurrence) return outOfSeries(*edit.opened, occurrence->originalStart, viewer);
+    if (edit.opened->series && occurrence) { return outOfSeries(*edit.opened, occurrence->originalStart, viewer); }
     return gone(*edit.opened);
   }
   const Item stored = *row;
-  if (stored.series) return saveChanged(stored, edit, span);
+  if (stored.series) { return saveChanged(stored, edit, span); }
   const bool inSeries = openedInSeries(*edit.opened) && occurrence;
   ORLOCAL_TRY(const bool repeats, m_series.repeats(stored));
   if (!repeats) {
@@ -155,11 +157,11 @@ Result<Item> EventEdits::saveStored(const ItemEdit& edit, const std::optional<Oc
     return saveSeries(stored, whole, edit, Span::kAll);
   }
   ORLOCAL_TRY(const auto at, m_queries.occurrenceAt(stored, occurrence->originalStart));
-  if (!at) return outOfSeries(stored, occurrence->originalStart, viewer);
-  if (at->item == stored.id) return saveSeries(stored, *at, edit, span);
+  if (!at) { return outOfSeries(stored, occurrence->originalStart, viewer); }
+  if (at->item == stored.id) { return saveSeries(stored, *at, edit, span); }
   // Somebody changed this very occurrence meanwhile.
   ORLOCAL_TRY(const auto changed, m_core.rows.read(at->item));
-  if (changed == nullptr) return gone(stored);
+  if (changed == nullptr) { return gone(stored); }
   return saveChanged(Item(*changed), edit, span);
 }
 
@@ -189,15 +191,13 @@ Result<Item> EventEdits::saveSeries(const Item& series, const Occurrence& at, co
   ORLOCAL_CHECK(check(series, edited));
   edited.modified = now();
   if (span == Span::kThis) {
-    if (otherRules) return rulesOfOneDay(edited);
-    if (edited.calendar != series.calendar) return detach(series, original, std::move(edited));
+    if (otherRules) { return rulesOfOneDay(edited); }
+    if (edited.calendar != series.calendar) { return detach(series, original, std::move(edited)); }
     ORLOCAL_CHECK(m_series.changeOne(series, original, edited));
     return edited;
   }
   bool whole = span == Span::kAll;
-  if (!whole) {
-    ORLOCAL_TRY(whole, m_series.isFirst(series, original));
-  }
+  if (!whole) { ORLOCAL_TRY(whole, m_series.isFirst(series, original)); }
   if (takesRulesAway(edit, series.recurrence)) {
     ORLOCAL_CHECK(m_series.endAsOne(series, original, whole, edited));
   } else if (whole) {
@@ -220,7 +220,7 @@ Result<Item> EventEdits::detach(const Item& series, Moment original, Item edited
 
 Result<Item> EventEdits::seriesOf(const Item& changed) {
   ORLOCAL_TRY(const auto series, m_core.rows.read(*changed.series));
-  if (series == nullptr) return gone(changed);
+  if (series == nullptr) { return gone(changed); }
   return *series;
 }
 
@@ -234,16 +234,14 @@ Result<Item> EventEdits::saveChanged(const Item& changed, const ItemEdit& edit, 
   ORLOCAL_CHECK(check(changed, edited));
   edited.modified = now();
   if (span == Span::kThis) {
-    if (changesRules(edit, series.recurrence)) return rulesOfOneDay(edited);
-    if (edited.calendar != series.calendar) return detach(series, at.originalStart, std::move(edited));
+    if (changesRules(edit, series.recurrence)) { return rulesOfOneDay(edited); }
+    if (edited.calendar != series.calendar) { return detach(series, at.originalStart, std::move(edited)); }
     ORLOCAL_CHECK(m_series.changeOne(series, at.originalStart, edited));
     return edited;
   }
   ORLOCAL_CHECK(checkAttendees(series));
   bool whole = span == Span::kAll;
-  if (!whole) {
-    ORLOCAL_TRY(whole, m_series.isFirst(series, at.originalStart));
-  }
+  if (!whole) { ORLOCAL_TRY(whole, m_series.isFirst(series, at.originalStart)); }
   if (takesRulesAway(edit, series.recurrence)) {
     ORLOCAL_CHECK(m_series.endAsOne(series, at.originalStart, whole, edited));
     return edited;
@@ -273,12 +271,12 @@ Result<Item> EventEdits::carryToSeries(const Item& series, const Item& changed, 
   later.end = later.start;
   later.end->local += length;
   const bool otherRules = changesRules(edit, series.recurrence);
-  if (otherRules && later.allDay()) endOnDays(later.recurrence, viewer);
+  if (otherRules && later.allDay()) { endOnDays(later.recurrence, viewer); }
   ORLOCAL_CHECK(whole ? m_series.changeAll(series, original, later, otherRules)
                       : m_series.split(series, original, later, otherRules));
   // The row itself went along, if the new rule still meets it; it takes its own fields then.
   ORLOCAL_TRY(const auto row, m_core.rows.read(changed.id));
-  if (row == nullptr) return later;
+  if (row == nullptr) { return later; }
   Item own = edited;
   own.recurrenceId = row->recurrenceId;
   ORLOCAL_CHECK(m_series.changeOne(later, original, own));
@@ -288,7 +286,7 @@ Result<Item> EventEdits::carryToSeries(const Item& series, const Item& changed, 
 Status EventEdits::remove(const Item& event, const std::optional<Occurrence>& occurrence, Span span) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(event.id));
-  if (row == nullptr || !isSameEvent(*row, event)) return gone(event);
+  if (row == nullptr || !isSameEvent(*row, event)) { return gone(event); }
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kEvent));
   Item series = stored;
@@ -298,7 +296,7 @@ Status EventEdits::remove(const Item& event, const std::optional<Occurrence>& oc
     ORLOCAL_TRY(at, m_queries.onlyOccurrence(stored));
   } else if (openedInSeries(event) && occurrence && span != Span::kAll) {
     ORLOCAL_TRY(at, m_queries.occurrenceAt(stored, occurrence->originalStart));
-    if (!at) return outOfSeries(stored, occurrence->originalStart, m_core.options.viewer);
+    if (!at) { return outOfSeries(stored, occurrence->originalStart, m_core.options.viewer); }
   } else {
     ORLOCAL_TRY(at, m_queries.firstOccurrence(stored));
   }

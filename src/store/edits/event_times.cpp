@@ -44,9 +44,9 @@ CalendarTime timeLike(const CalendarTime& pattern, Moment moment, const Zone& vi
 
 ShownTimes ShownTimes::onWholeDays(const Zone& viewer) const {
   ShownTimes shown = *this;
-  if (!allDay) return shown;
-  if (start) shown.start = firstSecondOf(dayOf(*start, viewer), viewer);
-  if (end) shown.end = lastSecondOf(dayOf(*end, viewer), viewer);
+  if (!allDay) { return shown; }
+  if (start) { shown.start = firstSecondOf(dayOf(*start, viewer), viewer); }
+  if (end) { shown.end = lastSecondOf(dayOf(*end, viewer), viewer); }
   return shown;
 }
 
@@ -61,10 +61,10 @@ ShownTimes shownTimes(const Item& event, const std::optional<Occurrence>& occurr
     shown.start = occurrence->start;
     shown.end = occurrence->end;
   } else {
-    if (event.start) shown.start = momentOf(*event.start, viewer);
-    if (event.end) shown.end = momentOf(*event.end, viewer);
+    if (event.start) { shown.start = momentOf(*event.start, viewer); }
+    if (event.end) { shown.end = momentOf(*event.end, viewer); }
   }
-  if (shown.allDay && shown.start && shown.end) shown.end = lastSecondOfDays(*shown.start, *shown.end, viewer);
+  if (shown.allDay && shown.start && shown.end) { shown.end = lastSecondOfDays(*shown.start, *shown.end, viewer); }
   return shown;
 }
 
@@ -73,13 +73,13 @@ void writeTimes(Item& event, const ShownTimes& shown, const ShownTimes& before, 
   const bool keepStart = sameKind && shown.start == before.start;
   const bool keepEnd = sameKind && shown.end == before.end;
   if (shown.allDay) {
-    if (!keepStart) event.start = shown.start ? std::optional(wholeDay(dayOf(*shown.start, viewer))) : std::nullopt;
-    if (!keepEnd) event.end = shown.end ? std::optional(wholeDay(dayOf(*shown.end, viewer) + 1)) : std::nullopt;
+    if (!keepStart) { event.start = shown.start ? std::optional(wholeDay(dayOf(*shown.start, viewer))) : std::nullopt; }
+    if (!keepEnd) { event.end = shown.end ? std::optional(wholeDay(dayOf(*shown.end, viewer) + 1)) : std::nullopt; }
     return;
   }
   const auto pattern = event.start && !event.allDay() ? event.start : std::nullopt;
   const auto written = [&](const std::optional<Moment>& moment) -> std::optional<CalendarTime> {
-    if (!moment) return std::nullopt;
+    if (!moment) { return std::nullopt; }
     const CalendarTime time = pattern ? timeLike(*pattern, *moment, viewer) : zonedTime(*moment, viewer);
     // The second of two equal wall-clock times can be told from the first in UTC only. A series stays on the wall
     // clock.
@@ -87,12 +87,12 @@ void writeTimes(Item& event, const ShownTimes& shown, const ShownTimes& before, 
                           momentOf(time, viewer) != std::chrono::floor<std::chrono::seconds>(*moment);
     return mistaken ? CalendarTime{CalendarTime::Kind::kUtc, Zone().toLocal(*moment), {}} : time;
   };
-  if (!keepStart) event.start = written(shown.start);
-  if (!keepEnd) event.end = written(shown.end);
+  if (!keepStart) { event.start = written(shown.start); }
+  if (!keepEnd) { event.end = written(shown.end); }
 }
 
 void moveToOccurrence(Item& series, const Occurrence& occurrence, const Zone& viewer) {
-  if (!series.start) return;
+  if (!series.start) { return; }
   const CalendarTime pattern = *series.start;
   series.start = timeLike(pattern, occurrence.start, viewer);
   if (pattern.kind == CalendarTime::Kind::kDate) {

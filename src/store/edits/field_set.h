@@ -11,7 +11,7 @@ class FieldSet {
  public:
   constexpr FieldSet() = default;
   constexpr FieldSet(std::initializer_list<Field> fields) {
-    for (const Field field : fields) add(field);
+    for (const Field field : fields) { add(field); }
   }
   static constexpr FieldSet all() {
     FieldSet everything;

@@ -9,15 +9,15 @@ namespace {
 
 void applyTimes(const ItemEdit& edit, Item& item, const std::optional<Occurrence>& at, const Zone& viewer) {
   if (!edit.times) {
-    if (edit.set.has(ItemField::kStart)) item.start = edit.values.start;
-    if (edit.set.has(ItemField::kEnd)) item.end = edit.values.end;
+    if (edit.set.has(ItemField::kStart)) { item.start = edit.values.start; }
+    if (edit.set.has(ItemField::kEnd)) { item.end = edit.values.end; }
     return;
   }
   const ShownTimes before = shownTimes(item, at, viewer);
   ShownTimes after = before;
-  if (edit.set.has(ItemField::kStart)) after.start = edit.times->start;
-  if (edit.set.has(ItemField::kEnd)) after.end = edit.times->end;
-  if (edit.set.has(ItemField::kAllDay)) after.allDay = edit.times->allDay;
+  if (edit.set.has(ItemField::kStart)) { after.start = edit.times->start; }
+  if (edit.set.has(ItemField::kEnd)) { after.end = edit.times->end; }
+  if (edit.set.has(ItemField::kAllDay)) { after.allDay = edit.times->allDay; }
   writeTimes(item, after, before, viewer);
 }
 
@@ -25,11 +25,11 @@ void applyTimes(const ItemEdit& edit, Item& item, const std::optional<Occurrence
 
 void applyFields(const ItemEdit& edit, Item& item) {
   const auto take = [&](ItemField field, auto Item::*member) {
-    if (edit.set.has(field)) item.*member = edit.values.*member;
+    if (edit.set.has(field)) { item.*member = edit.values.*member; }
   };
   const auto takeText = [&](ItemField field, std::optional<std::string> Item::*member) {
-    if (edit.set.has(field)) item.*member = edit.values.*member;
-    if (item.*member && (edit.set.has(field) || !edit.opened)) dropUnwritable(*(item.*member));
+    if (edit.set.has(field)) { item.*member = edit.values.*member; }
+    if (item.*member && (edit.set.has(field) || !edit.opened)) { dropUnwritable(*(item.*member)); }
   };
   take(ItemField::kCalendar, &Item::calendar);
   takeText(ItemField::kTitle, &Item::title);
@@ -44,7 +44,7 @@ void applyFields(const ItemEdit& edit, Item& item) {
   if (edit.set.has(ItemField::kAlarms) || !edit.opened) {
     for (Alarm& alarm : item.alarms) {
       for (auto* text : {&alarm.emailAddress, &alarm.soundName, &alarm.url}) {
-        if (*text) keepOnOneLine(**text);
+        if (*text) { keepOnOneLine(**text); }
       }
     }
   }
@@ -62,12 +62,12 @@ void applyFields(const ItemEdit& edit, Item& item) {
 void apply(const ItemEdit& edit, Item& item, const std::optional<Occurrence>& at, const Zone& viewer) {
   applyFields(edit, item);
   applyTimes(edit, item, at, viewer);
-  if (edit.set.has(ItemField::kRules) && item.allDay()) endOnDays(item.recurrence, viewer);
+  if (edit.set.has(ItemField::kRules) && item.allDay()) { endOnDays(item.recurrence, viewer); }
 }
 
 void endOnDays(Recurrence& recurrence, const Zone& viewer) {
   for (RecurrenceRule& rule : recurrence.rules) {
-    if (!rule.until || rule.until->kind == CalendarTime::Kind::kDate) continue;
+    if (!rule.until || rule.until->kind == CalendarTime::Kind::kDate) { continue; }
     const LocalDay day(viewer.toLocal(momentOf(*rule.until, viewer)));
     rule.until = CalendarTime{CalendarTime::Kind::kDate, LocalTime(day), {}};
   }
@@ -78,7 +78,7 @@ bool takesRulesAway(const ItemEdit& edit, const Recurrence& recurrence) {
 }
 
 bool changesRules(const ItemEdit& edit, const Recurrence& recurrence) {
-  if (!edit.set.has(ItemField::kRules)) return false;
+  if (!edit.set.has(ItemField::kRules)) { return false; }
   return takesRulesAway(edit, recurrence) || edit.values.recurrence.rules != recurrence.rules;
 }
 

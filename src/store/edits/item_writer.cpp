@@ -21,7 +21,7 @@ constexpr const char* kUsualCache = "PRAGMA cache_size=-8192";
 /// What a rule that cannot be followed is to a file: one item that is refused, whatever the others are.
 Result<Series> compiledToPut(const Item& item) {
   auto series = Series::compile(item, Zone());
-  if (!series) return failure(ErrorCode::kRefused, std::move(series.error().message));
+  if (!series) { return failure(ErrorCode::kRefused, std::move(series.error().message)); }
   return series;
 }
 
@@ -51,14 +51,14 @@ Result<std::optional<Calendar>> ItemWriter::defaultCalendar(CalendarKind kind) {
 Status ItemWriter::makeSource(Source& source) { return m_core.calendars.insertSource(source, m_core.uuids.next()); }
 
 Status ItemWriter::makeCalendar(Calendar& calendar) {
-  if (calendar.title.empty()) return failure(ErrorCode::kInvalid, "A calendar needs a title.");
+  if (calendar.title.empty()) { return failure(ErrorCode::kInvalid, "A calendar needs a title."); }
   std::optional<Source> source;
   if (calendar.source == 0) {
     ORLOCAL_TRY(source, m_core.calendars.localSource());
   } else {
     ORLOCAL_TRY(source, m_core.calendars.source(calendar.source));
   }
-  if (!source) return failure(ErrorCode::kInvalid, "The calendar's source is not in the store.");
+  if (!source) { return failure(ErrorCode::kInvalid, "The calendar's source is not in the store."); }
   calendar.source = source->id;
   calendar.type = source->type;
   ORLOCAL_CHECK(m_core.calendars.insert(calendar, m_core.uuids.next()));
@@ -71,7 +71,7 @@ Status ItemWriter::putZone(std::string_view name, std::string_view vtimezone) {
   Statement& read = m_zoneText.in(m_core.database).bind(1, name);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
-  if (found && read.text(0) == vtimezone) return {};
+  if (found && read.text(0) == vtimezone) { return {}; }
   ORLOCAL_CHECK(registerPrivateZone(std::string(name), vtimezone));
   ORLOCAL_CHECK(m_putZone.in(m_core.database).bind(1, name).bind(2, vtimezone).run());
   return m_core.log.record(Operation::kUpdated, Subject::kZone, 0, std::nullopt, Uuid());
@@ -80,14 +80,14 @@ Status ItemWriter::putZone(std::string_view name, std::string_view vtimezone) {
 Status ItemWriter::checkTarget(CalendarId calendar, const Item& item) {
   if (!m_lastTarget || m_lastTarget->id != calendar) {
     ORLOCAL_TRY(m_lastTarget, m_core.calendars.withId(calendar));
-    if (!m_lastTarget) return failure(ErrorCode::kInvalid, "The calendar is not in the store.");
+    if (!m_lastTarget) { return failure(ErrorCode::kInvalid, "The calendar is not in the store."); }
   }
   const bool event = item.kind == ItemKind::kEvent;
   if (event != (m_lastTarget->kind == CalendarKind::kEvents)) {
     return failure(ErrorCode::kInvalid,
                    fmt::format("\"{}\" holds no {}.", m_lastTarget->title, event ? "events" : "reminders"));
   }
-  if (event && !item.start) return failure(ErrorCode::kInvalid, "An event needs a start.");
+  if (event && !item.start) { return failure(ErrorCode::kInvalid, "An event needs a start."); }
   return {};
 }
 
@@ -102,12 +102,14 @@ Result<PutOutcome> ItemWriter::put(CalendarId calendar, Item& main, std::vector<
   }
   const bool isSeries = !main.recurrence.empty() || !changed.empty();
   ORLOCAL_TRY(const Standing standing, m_known.of(main, isSeries));
-  if (!isSeries) return putMain(main, nullptr, standing);
+  if (!isSeries) { return putMain(main, nullptr, standing); }
   for (Item& occurrence : changed) {
     occurrence.calendar = calendar;
     occurrence.kind = main.kind;
     occurrence.uid = main.uid;
-    if (!occurrence.recurrenceId) return failure(ErrorCode::kInvalid, "A changed occurrence needs its original start.");
+    if (!occurrence.recurrenceId) {
+      return failure(ErrorCode::kInvalid, "A changed occurrence needs its original start.");
+    }
     ORLOCAL_CHECK(checkTarget(calendar, occurrence));
   }
   std::optional<Series> own;
@@ -116,8 +118,8 @@ Result<PutOutcome> ItemWriter::put(CalendarId calendar, Item& main, std::vector<
     compiled = &*own;
   }
   ORLOCAL_TRY(const PutOutcome outcome, putMain(main, compiled, standing));
-  if (standing.hasStrays) ORLOCAL_CHECK(adoptStrays(main, *compiled));
-  if (changed.empty() && !standing.hasChanged && !standing.hasStrays) return outcome;
+  if (standing.hasStrays) { ORLOCAL_CHECK(adoptStrays(main, *compiled)); }
+  if (changed.empty() && !standing.hasChanged && !standing.hasStrays) { return outcome; }
   ORLOCAL_TRY(const PutOutcome others, putAllChanged(changed, main, *compiled));
   return outcome == PutOutcome::kUnchanged ? others : outcome;
 }
@@ -133,8 +135,8 @@ Result<PutOutcome> ItemWriter::putMain(Item& main, const Series* series, const S
     main.stamped = standing.stamped;
   }
   if (series == nullptr) {
-    if (standing.hasChanged) ORLOCAL_CHECK(removeChangedOf(main.id));
-    if (!standing.differs && !standing.hasChanged) return PutOutcome::kUnchanged;
+    if (standing.hasChanged) { ORLOCAL_CHECK(removeChangedOf(main.id)); }
+    if (!standing.differs && !standing.hasChanged) { return PutOutcome::kUnchanged; }
   } else if (!standing.differs && (!main.recurrence.empty() || standing.hasChanged)) {
     // A single event that now has changed occurrences repeats for the timeline.
     return PutOutcome::kUnchanged;
@@ -155,9 +157,9 @@ Status ItemWriter::removeChangedOf(ItemId series) {
 Status ItemWriter::removeContinuations(const std::vector<std::string>& stored, const Item& given) {
   const auto named = continuationsOf(given);
   for (const std::string& uid : stored) {
-    if (std::find(named.begin(), named.end(), uid) != named.end()) continue;
+    if (std::find(named.begin(), named.end(), uid) != named.end()) { continue; }
     ORLOCAL_TRY(const auto known, m_core.rows.withUid(given.calendar, given.kind, uid));
-    if (!known) continue;
+    if (!known) { continue; }
     ORLOCAL_CHECK(removeChangedOf(*known));
     ORLOCAL_TRY(const auto row, m_core.rows.readNamed(*known));
     m_known.touch(*row);
@@ -176,7 +178,7 @@ Result<PutOutcome> ItemWriter::putChanged(Item& changed, const Item& main, const
   }
   ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(known));
   identifyAs(*stored, changed);
-  if (!differs(*stored, changed)) return PutOutcome::kUnchanged;
+  if (!differs(*stored, changed)) { return PutOutcome::kUnchanged; }
   changed.identifier = main.identifier;
   ORLOCAL_CHECK(m_core.updateItem(changed, nullptr, original, series.followsViewer()));
   return PutOutcome::kUpdated;
@@ -189,17 +191,17 @@ Result<PutOutcome> ItemWriter::putAllChanged(std::vector<Item>& changed, const I
   };
   std::map<std::int64_t, Known> known;
   ORLOCAL_TRY(const auto rows, m_core.rows.changedOf(main.id));
-  for (const ItemRows::Changed& row : rows) known[row.original].id = row.id;
+  for (const ItemRows::Changed& row : rows) { known[row.original].id = row.id; }
   PutOutcome outcome = PutOutcome::kUnchanged;
   for (Item& occurrence : changed) {
     // Where a file has an occurrence twice, the later one counts.
     Known& place = known[originalKey(series, *occurrence.recurrenceId)];
     ORLOCAL_TRY(const PutOutcome done, putChanged(occurrence, main, series, place.id));
     place = {occurrence.id, true};
-    if (done != PutOutcome::kUnchanged) outcome = PutOutcome::kUpdated;
+    if (done != PutOutcome::kUnchanged) { outcome = PutOutcome::kUpdated; }
   }
   for (const auto& [original, place] : known) {
-    if (place.named) continue;
+    if (place.named) { continue; }
     ORLOCAL_TRY(const auto row, m_core.rows.readNamed(place.id));
     ORLOCAL_CHECK(m_core.removeItem(*row));
     outcome = PutOutcome::kUpdated;
@@ -232,7 +234,7 @@ Result<PutOutcome> ItemWriter::putStray(Item& stray) {
     ORLOCAL_TRY(const Series series, compiledToPut(*main));
     ORLOCAL_TRY(const ItemId taken, m_core.rows.changedAt(*known, originalKey(series, *stray.recurrenceId)));
     // The entry of a single event learns that it has changed occurrences.
-    if (main->recurrence.empty()) ORLOCAL_CHECK(m_core.updateItem(*main, &series, std::nullopt, false));
+    if (main->recurrence.empty()) { ORLOCAL_CHECK(m_core.updateItem(*main, &series, std::nullopt, false)); }
     return putChanged(stray, *main, series, taken);
   }
   const std::int64_t original = Timeline::keyOf(*stray.recurrenceId);
@@ -244,7 +246,7 @@ Result<PutOutcome> ItemWriter::putStray(Item& stray) {
   }
   ORLOCAL_TRY(const auto stored, m_core.rows.readNamed(*twin));
   identifyAs(*stored, stray);
-  if (!differs(*stored, stray)) return PutOutcome::kUnchanged;
+  if (!differs(*stored, stray)) { return PutOutcome::kUnchanged; }
   ORLOCAL_CHECK(m_core.updateItem(stray, nullptr, original, wall));
   return PutOutcome::kUpdated;
 }

@@ -20,7 +20,7 @@ class Targets {
   /// 0 when there is no such calendar yet.
   Result<CalendarId> of(const AnnouncedItem& announced) {
     const ItemKind kind = announced.main->kind;
-    if (m_last && m_lastKind == kind && *m_last == announced.calendarTitle) return m_lastId;
+    if (m_last && m_lastKind == kind && *m_last == announced.calendarTitle) { return m_lastId; }
     const CalendarKind kindOfAll = calendarKindOf(kind);
     std::optional<Calendar> found;
     if (announced.calendarTitle.empty()) {
@@ -51,27 +51,27 @@ void identifyAs(const Item& stored, Item& given) {
 }
 
 bool differs(const Item& stored, const Item& given) {
-  if (stored == given) return false;
-  if (!stored.stamped || !given.stamped || stored.stamped == given.stamped) return true;
+  if (stored == given) { return false; }
+  if (!stored.stamped || !given.stamped || stored.stamped == given.stamped) { return true; }
   Item stampedAlike = given;
   stampedAlike.stamped = stored.stamped;
   return !(stored == stampedAlike);
 }
 
 Status KnownItems::lookAhead(const Announcement& announcement) {
-  if (announcement.items.empty()) return {};
+  if (announcement.items.empty()) { return {}; }
   ORLOCAL_TRY(const Transaction reading, m_core.beginReading());
   m_fileNumber = m_core.fileNumber();
   ORLOCAL_TRY(m_seen, m_core.log.newest());
   ORLOCAL_TRY(m_highest, m_core.rows.highestId());
   Targets targets(m_core.calendars);
   for (const AnnouncedItem& announced : announcement.items) {
-    if (announcement.stop != nullptr && announcement.stop->load()) return {};
+    if (announcement.stop != nullptr && announcement.stop->load()) { return {}; }
     Item& main = *announced.main;
     ORLOCAL_TRY(const bool known, mayHave(ItemValues::hashOf(main.uid)));
-    if (!known) continue;
+    if (!known) { continue; }
     ORLOCAL_TRY(main.calendar, targets.of(announced));
-    if (main.calendar == 0) continue;
+    if (main.calendar == 0) { continue; }
     ORLOCAL_TRY(Standing standing, look(main, announced.isSeries));
     m_ahead.insert_or_assign(&main, std::move(standing));
   }
@@ -80,12 +80,12 @@ Status KnownItems::lookAhead(const Announcement& announcement) {
 
 Status KnownItems::beginTurn() {
   ORLOCAL_TRY(m_highest, m_core.rows.highestId());
-  if (m_ahead.empty() && !m_stored) return {};
+  if (m_ahead.empty() && !m_stored) { return {}; }
   const bool sameFile = m_fileNumber == m_core.fileNumber();
   ORLOCAL_TRY(const std::int64_t newest, m_core.log.newest());
-  if (sameFile && newest == m_seen) return {};
+  if (sameFile && newest == m_seen) { return {}; }
   ORLOCAL_TRY(const bool few, m_core.log.fewBetween(m_seen, newest));
-  if (sameFile && few) return forgetChanged();
+  if (sameFile && few) { return forgetChanged(); }
   m_ahead.clear();
   m_stored.reset();
   m_lookups = 0;
@@ -103,7 +103,7 @@ Status KnownItems::forgetChanged() {
   }));
   for (const ItemId id : changed) {
     ORLOCAL_TRY(const auto place, m_core.rows.place(id));
-    if (place && m_stored) m_stored->add(static_cast<std::uint64_t>(place->uidHash));
+    if (place && m_stored) { m_stored->add(static_cast<std::uint64_t>(place->uidHash)); }
   }
   // Other zones may have moved every entry of the timeline. What was not known may be now.
   std::erase_if(m_ahead,
@@ -117,12 +117,12 @@ bool KnownItems::touch(const Item& item) {
 }
 
 Result<Standing> KnownItems::of(Item& main, bool isSeries) {
-  if (touch(main)) return look(main, isSeries);
+  if (touch(main)) { return look(main, isSeries); }
   Standing none;
   none.calendar = main.calendar;
-  if (m_made.contains(main.calendar)) return none;
+  if (m_made.contains(main.calendar)) { return none; }
   const auto ahead = m_ahead.find(&main);
-  if (ahead != m_ahead.end() && ahead->second.calendar == main.calendar) return std::move(ahead->second);
+  if (ahead != m_ahead.end() && ahead->second.calendar == main.calendar) { return std::move(ahead->second); }
   ORLOCAL_TRY(const bool known, mayHave(ItemValues::hashOf(main.uid)));
   return known ? look(main, isSeries) : none;
 }
@@ -135,14 +135,14 @@ Result<Standing> KnownItems::look(Item& main, bool isSeries) {
     standing.hasStrays = !strays.empty();
   }
   ORLOCAL_TRY(const ItemRows::Known known, m_core.rows.readWithUid(main.calendar, main.kind, main.uid));
-  if (known.item == nullptr) return standing;
+  if (known.item == nullptr) { return standing; }
   standing.id = known.item->id;
   standing.place = known.place;
   standing.hasChanged = known.hasChanged;
   identifyAs(*known.item, main);
   standing.differs = differs(*known.item, main);
   standing.stamped = known.item->stamped;
-  if (standing.differs) standing.continuations = continuationsOf(*known.item);
+  if (standing.differs) { standing.continuations = continuationsOf(*known.item); }
   return standing;
 }
 

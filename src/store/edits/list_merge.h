@@ -23,14 +23,14 @@ struct ListChanges {
     std::vector<bool> taken(after.size(), false);
     // Of equal elements each is first of all the one that stands where it stood.
     for (std::size_t i = 0; i < std::min(before.size(), after.size()); ++i) {
-      if (!(before[i] == after[i])) continue;
+      if (!(before[i] == after[i])) { continue; }
       elements[i] = {Fate::kKept, i};
       taken[i] = true;
     }
     for (std::size_t i = 0; i < before.size(); ++i) {
-      if (elements[i].fate == Fate::kKept) continue;
+      if (elements[i].fate == Fate::kKept) { continue; }
       for (std::size_t j = 0; j < after.size(); ++j) {
-        if (taken[j] || !(before[i] == after[j])) continue;
+        if (taken[j] || !(before[i] == after[j])) { continue; }
         elements[i] = {Fate::kKept, j};
         taken[j] = true;
         break;
@@ -38,14 +38,14 @@ struct ListChanges {
     }
     std::size_t next = 0;
     for (Element& element : elements) {
-      if (element.fate != Fate::kRemoved) continue;
-      while (next < after.size() && taken[next]) ++next;
-      if (next == after.size()) break;
+      if (element.fate != Fate::kRemoved) { continue; }
+      while (next < after.size() && taken[next]) { ++next; }
+      if (next == after.size()) { break; }
       element = {Fate::kChanged, next};
       taken[next] = true;
     }
     for (std::size_t j = 0; j < after.size(); ++j) {
-      if (!taken[j]) added.push_back(j);
+      if (!taken[j]) { added.push_back(j); }
     }
   }
 };
@@ -54,17 +54,17 @@ struct ListChanges {
 /// one element that both changed, `mine` counts.
 template <class T>
 std::vector<T> mergedLists(const std::vector<T>& base, const std::vector<T>& mine, const std::vector<T>& theirs) {
-  if (theirs == base) return mine;
+  if (theirs == base) { return mine; }
   using Fate = typename ListChanges<T>::Fate;
   const ListChanges<T> ours(base, mine), other(base, theirs);
   std::vector<std::optional<T>> places(theirs.begin(), theirs.end());
   std::vector<T> late;
   for (std::size_t i = 0; i < base.size(); ++i) {
     const auto& done = ours.elements[i];
-    if (done.fate == Fate::kKept) continue;
+    if (done.fate == Fate::kKept) { continue; }
     const bool there = other.elements[i].fate != Fate::kRemoved;
     if (done.fate == Fate::kRemoved) {
-      if (there) places[other.elements[i].place].reset();
+      if (there) { places[other.elements[i].place].reset(); }
     } else if (there) {
       places[other.elements[i].place] = mine[done.place];
     } else {
@@ -73,14 +73,14 @@ std::vector<T> mergedLists(const std::vector<T>& base, const std::vector<T>& min
   }
   std::vector<T> merged;
   for (auto& place : places) {
-    if (place) merged.push_back(*std::move(place));
+    if (place) { merged.push_back(*std::move(place)); }
   }
   merged.insert(merged.end(), late.begin(), late.end());
   for (const std::size_t place : ours.added) {
     // Both may have added the same.
     const bool there = std::any_of(other.added.begin(), other.added.end(),
                                    [&](std::size_t theirPlace) { return theirs[theirPlace] == mine[place]; });
-    if (!there) merged.push_back(mine[place]);
+    if (!there) { merged.push_back(mine[place]); }
   }
   return merged;
 }

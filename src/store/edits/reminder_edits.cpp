@@ -23,9 +23,9 @@ std::optional<CalendarTime> anchorOf(const Item& reminder) { return reminder.sta
 /// Whether `stored` is what somebody left who completed the reminder that was `opened`: the same series, later.
 Result<bool> hasMovedOn(const Item& opened, const Item& stored, const Zone& viewer) {
   const auto from = anchorOf(opened), to = anchorOf(stored);
-  if (opened.recurrence.empty() || stored.recurrence.empty() || !from || !to) return false;
+  if (opened.recurrence.empty() || stored.recurrence.empty() || !from || !to) { return false; }
   const Moment now = momentOf(*to, viewer);
-  if (now <= momentOf(*from, viewer)) return false;
+  if (now <= momentOf(*from, viewer)) { return false; }
   ORLOCAL_TRY(const Series series, Series::compile(opened, viewer));
   ExpansionBudget budget;
   ORLOCAL_TRY(const auto met, series.at(now, budget));
@@ -56,7 +56,7 @@ Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
   Item made = edit.values;
   apply(edit, made, std::nullopt, m_core.options.viewer);
   made.id = 0;
-  if (made.uid.empty()) made.uid = m_core.uuids.next().text();
+  if (made.uid.empty()) { made.uid = m_core.uuids.next().text(); }
   made.series.reset();
   made.recurrenceId.reset();
   made.created = made.modified = now();
@@ -67,7 +67,7 @@ Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
 
 Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
-  if (row == nullptr || !isSameReminder(*row, *edit.opened)) return failure(ErrorCode::kNotFound, kGone);
+  if (row == nullptr || !isSameReminder(*row, *edit.opened)) { return failure(ErrorCode::kNotFound, kGone); }
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   Item edited = stored;
@@ -79,7 +79,7 @@ Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
     bool wall = Timeline::isWall(*stored.recurrenceId);
     if (stored.series) {
       ORLOCAL_TRY(const Series* series, m_core.series.of(*stored.series));
-      if (series != nullptr) wall = series->followsViewer();
+      if (series != nullptr) { wall = series->followsViewer(); }
     }
     ORLOCAL_CHECK(m_core.updateItem(edited, nullptr, place->original, wall));
     return edited;
@@ -104,7 +104,7 @@ Status ReminderEdits::moveOn(Item& edited) {
   const Zone& viewer = m_core.options.viewer;
   std::vector<CalendarTime> changed;
   ORLOCAL_TRY(const auto rows, m_core.rows.changedOf(edited.id));
-  for (const ItemRows::Changed& row : rows) changed.push_back(row.recurrenceId);
+  for (const ItemRows::Changed& row : rows) { changed.push_back(row.recurrenceId); }
   ORLOCAL_TRY(const Series series, Series::compile(edited, viewer, changed));
   const CalendarTime from = edited.start ? *edited.start : *edited.end;
   const Moment current = momentOf(from, viewer);
@@ -115,7 +115,7 @@ Status ReminderEdits::moveOn(Item& edited) {
     next = instance;
     return false;
   }));
-  if (!next) return m_series.update(edited);
+  if (!next) { return m_series.update(edited); }
 
   Item done = edited;
   done.uid = m_core.uuids.next().text();
@@ -126,15 +126,15 @@ Status ReminderEdits::moveOn(Item& edited) {
 
   // Rules of exceptions keep counting from where the series began.
   for (ExceptionRule& exception : edited.recurrence.exceptionRules) {
-    if (!exception.start) exception.start = from.local;
+    if (!exception.start) { exception.start = from.local; }
   }
   const auto forward = next->local - from.local;
-  if (edited.start) edited.start->local += forward;
-  if (edited.end) edited.end->local += forward;
+  if (edited.start) { edited.start->local += forward; }
+  if (edited.end) { edited.end->local += forward; }
   edited.completed.reset();
   for (std::size_t i = 0; i < edited.recurrence.rules.size(); ++i) {
     auto& count = edited.recurrence.rules[i].count;
-    if (!count) continue;
+    if (!count) { continue; }
     ORLOCAL_TRY(const std::int64_t before, series.countBefore(next->start, i, budget));
     *count = std::max<std::int64_t>(1, *count - before);
   }
@@ -147,7 +147,7 @@ Status ReminderEdits::moveOn(Item& edited) {
 Status ReminderEdits::remove(const Item& reminder) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(reminder.id));
-  if (row == nullptr || !isSameReminder(*row, reminder)) return failure(ErrorCode::kNotFound, kGone);
+  if (row == nullptr || !isSameReminder(*row, reminder)) { return failure(ErrorCode::kNotFound, kGone); }
   const Item stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   ORLOCAL_CHECK(stored.series ? m_core.removeItem(stored) : m_series.removeAll(stored));

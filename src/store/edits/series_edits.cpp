@@ -20,20 +20,20 @@ Result<bool> SeriesEdits::isFirst(const Item& series, Moment original) {
 }
 
 Result<bool> SeriesEdits::repeats(const Item& item) {
-  if (!item.recurrence.empty()) return true;
+  if (!item.recurrence.empty()) { return true; }
   ORLOCAL_TRY(const auto changed, m_core.rows.changedOf(item.id));
   return !changed.empty();
 }
 
 Status SeriesEdits::insert(Item& item) {
-  if (item.recurrence.empty()) return m_core.insertItem(item, nullptr, std::nullopt, false);
+  if (item.recurrence.empty()) { return m_core.insertItem(item, nullptr, std::nullopt, false); }
   ORLOCAL_TRY(const Series series, compiled(item, Zone()));
   return m_core.insertItem(item, &series, std::nullopt, false);
 }
 
 Status SeriesEdits::update(const Item& item) {
   ORLOCAL_TRY(const bool series, repeats(item));
-  if (!series) return m_core.updateItem(item, nullptr, std::nullopt, false);
+  if (!series) { return m_core.updateItem(item, nullptr, std::nullopt, false); }
   ORLOCAL_TRY(const Series own, compiled(item, Zone()));
   return m_core.updateItem(item, &own, std::nullopt, false);
 }
@@ -73,7 +73,7 @@ Status SeriesEdits::exceptOne(const Item& series, Moment original) {
   rest.recurrence.excluded.push_back(recurrenceId);
   rest.modified = now();
   // A single event with a changed occurrence in its place has no rule that an exception could belong to.
-  if (rest.recurrence.empty()) return removeAll(series);
+  if (rest.recurrence.empty()) { return removeAll(series); }
   ORLOCAL_CHECK(update(rest));
   ORLOCAL_TRY(const auto left, m_queries.firstOccurrence(rest));
   return left ? Status() : removeAll(rest);
@@ -235,7 +235,7 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
   const bool repeats = !right.recurrence.empty() || !later.empty();
   ORLOCAL_CHECK(m_core.insertItem(right, repeats ? &compiledRight : nullptr, std::nullopt, false));
   ORLOCAL_CHECK(moveChanged(later, right, compiledRight, shift, otherRules || !shift.none()));
-  if (right.recurrence.empty() && !later.empty()) ORLOCAL_CHECK(update(right, compiledRight));
+  if (right.recurrence.empty() && !later.empty()) { ORLOCAL_CHECK(update(right, compiledRight)); }
 
   Item left = series;
   left.recurrence = std::move(parts.left);

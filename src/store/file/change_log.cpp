@@ -22,7 +22,7 @@ Status ChangeLog::startCommit() {
   CheckedRow row(newest);
   m_firstOfCommit = (found ? row.id(0) : 0) + 1;
   m_commit = (found ? row.number(1) : 0) + 1;
-  if (!row.sound()) return damaged(m_database, kLog);
+  if (!row.sound()) { return damaged(m_database, kLog); }
   return {};
 }
 
@@ -51,7 +51,7 @@ Status ChangeLog::finishCommit() {
   // Dropping in lots keeps most commits from paying for it.
   constexpr std::int64_t kSlack = kKept / 10;
   ORLOCAL_TRY(const std::int64_t first, oldest());
-  if (first == 0 || last - first < kKept + kSlack) return {};
+  if (first == 0 || last - first < kKept + kSlack) { return {}; }
   return m_prune.in(m_database).bind(1, std::min(last - kKept + 1, m_firstOfCommit)).run();
 }
 
@@ -61,7 +61,7 @@ Result<std::int64_t> ChangeLog::newest() {
   ORLOCAL_TRY(const bool found, newest.step());
   CheckedRow row(newest);
   const std::int64_t seq = found ? row.id(0) : 0;
-  if (!row.sound()) return damaged(m_database, kLog);
+  if (!row.sound()) { return damaged(m_database, kLog); }
   return seq;
 }
 
@@ -71,12 +71,12 @@ Result<std::int64_t> ChangeLog::oldest() {
   ORLOCAL_TRY(const bool found, oldest.step());
   CheckedRow row(oldest);
   const std::int64_t seq = found ? row.id(0) : 0;
-  if (!row.sound()) return damaged(m_database, kLog);
+  if (!row.sound()) { return damaged(m_database, kLog); }
   return seq;
 }
 
 Result<bool> ChangeLog::fewBetween(std::int64_t seen, std::int64_t newest) {
-  if (newest < seen || newest - seen > kFew) return false;
+  if (newest < seen || newest - seen > kFew) { return false; }
   ORLOCAL_TRY(const std::int64_t first, oldest());
   return first <= seen + 1;
 }
@@ -87,7 +87,7 @@ Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const Lo
   after.bind(1, seq);
   for (std::int64_t last = seq;;) {
     ORLOCAL_TRY(const bool found, after.step());
-    if (!found) return {};
+    if (!found) { return {}; }
     CheckedRow row(after);
     LoggedChange change;
     change.seq = row.id(0);
@@ -97,8 +97,8 @@ Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const Lo
     change.subject = row.oneOf(4, Subject::kContact);
     change.row = row.number(5);
     change.series = row.optionalId(6);
-    if (!row.isNull(7)) change.uuid = row.uuid(7);
-    if (!row.sound() || change.seq <= last) return damaged(m_database, kLog);
+    if (!row.isNull(7)) { change.uuid = row.uuid(7); }
+    if (!row.sound() || change.seq <= last) { return damaged(m_database, kLog); }
     last = change.seq;
     visit(change);
   }

@@ -16,37 +16,37 @@ bool isKept(Moment moment) {
 bool isKept(const CalendarTime& time) { return isKept(localSeconds(time.local)); }
 
 bool CheckedRow::is(int column, Statement::Type type) {
-  if (m_row.type(column) == type) return true;
+  if (m_row.type(column) == type) { return true; }
   m_sound = false;
   return false;
 }
 
 std::int64_t CheckedRow::number(int column, std::int64_t low, std::int64_t high) {
-  if (!is(column, Statement::Type::kInteger)) return 0;
+  if (!is(column, Statement::Type::kInteger)) { return 0; }
   const std::int64_t value = m_row.integer(column);
-  if (value >= low && value <= high) return value;
+  if (value >= low && value <= high) { return value; }
   m_sound = false;
   return 0;
 }
 
 double CheckedRow::real(int column) {
-  if (!is(column, Statement::Type::kReal)) return 0;
+  if (!is(column, Statement::Type::kReal)) { return 0; }
   const double value = m_row.real(column);
-  if (std::isfinite(value)) return value;
+  if (std::isfinite(value)) { return value; }
   m_sound = false;
   return 0;
 }
 
 std::string_view CheckedRow::text(int column) {
-  if (!is(column, Statement::Type::kText)) return {};
+  if (!is(column, Statement::Type::kText)) { return {}; }
   const std::string_view text = m_row.text(column);
-  if (isUtf8(text)) return text;
+  if (isUtf8(text)) { return text; }
   m_sound = false;
   return {};
 }
 
 std::optional<std::string> CheckedRow::optionalText(int column) {
-  if (isNull(column)) return std::nullopt;
+  if (isNull(column)) { return std::nullopt; }
   return std::string(text(column));
 }
 
@@ -56,22 +56,22 @@ std::span<const std::byte> CheckedRow::blob(int column) {
 
 Uuid CheckedRow::uuid(int column) {
   const auto bytes = blob(column);
-  if (bytes.size() != Uuid::kBytes) m_sound = false;
+  if (bytes.size() != Uuid::kBytes) { m_sound = false; }
   return Uuid(bytes);
 }
 
 std::optional<Moment> CheckedRow::optionalMoment(int column) {
-  if (isNull(column)) return std::nullopt;
+  if (isNull(column)) { return std::nullopt; }
   constexpr std::int64_t kMicroseconds = 1'000'000;
   return Moment(
       std::chrono::microseconds(number(column, kEarliestSecond * kMicroseconds, kLatestSecond * kMicroseconds)));
 }
 
 std::optional<CalendarTime> CheckedRow::optionalTime(int column, std::string_view clock) {
-  if (isNull(column)) return std::nullopt;
+  if (isNull(column)) { return std::nullopt; }
   const std::int64_t at = seconds(column);
   auto time = timeOnClock(at, isNull(column + 1) ? clock : text(column + 1));
-  if (!time) m_sound = false;
+  if (!time) { m_sound = false; }
   return time;
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 std::string unguessableName() {
   std::array<std::uint64_t, 2> random{};
-  if (::getrandom(random.data(), sizeof random, 0) != static_cast<ssize_t>(sizeof random)) return {};
+  if (::getrandom(random.data(), sizeof random, 0) != static_cast<ssize_t>(sizeof random)) { return {}; }
   return fmt::format(".orlocal-{:016x}{:016x}.part", random[0], random[1]);
 }
 
@@ -26,11 +26,11 @@ int synced(int descriptor) { return ::fsync(descriptor) == 0 || errno == EINVAL 
 
 std::optional<DraftEntry> DraftEntry::in(const std::filesystem::path& folder) {
   const std::string name = unguessableName();
-  if (name.empty()) return std::nullopt;
+  if (name.empty()) { return std::nullopt; }
   const int opened = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (opened < 0) return std::nullopt;
+  if (opened < 0) { return std::nullopt; }
   const int made = ::openat(opened, name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-  if (made >= 0) return DraftEntry(opened, made, name);
+  if (made >= 0) { return DraftEntry(opened, made, name); }
   const int error = errno;
   ::close(opened);
   errno = error;
@@ -38,16 +38,16 @@ std::optional<DraftEntry> DraftEntry::in(const std::filesystem::path& folder) {
 }
 
 DraftEntry::~DraftEntry() {
-  if (m_descriptor >= 0) ::close(m_descriptor);
-  if (!m_name.empty()) ::unlinkat(m_folder, m_name.c_str(), 0);
-  if (m_folder >= 0) ::close(m_folder);
+  if (m_descriptor >= 0) { ::close(m_descriptor); }
+  if (!m_name.empty()) { ::unlinkat(m_folder, m_name.c_str(), 0); }
+  if (m_folder >= 0) { ::close(m_folder); }
 }
 
 int DraftEntry::letGo() { return ::close(std::exchange(m_descriptor, -1)) == 0 ? 0 : errno; }
 
 int DraftEntry::finish() {
-  if (m_descriptor < 0) m_descriptor = ::openat(m_folder, m_name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-  if (m_descriptor < 0) return errno;
+  if (m_descriptor < 0) { m_descriptor = ::openat(m_folder, m_name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); }
+  if (m_descriptor < 0) { return errno; }
   const int error = synced(m_descriptor);
   const int closed = letGo();
   m_onDisk = error == 0 && closed == 0;
@@ -56,13 +56,13 @@ int DraftEntry::finish() {
 
 int DraftEntry::publish(const std::string& name, Existing existing) {
   if (!m_onDisk) {
-    if (const int error = finish(); error != 0) return error;
+    if (const int error = finish(); error != 0) { return error; }
   }
   const unsigned how = existing == Existing::kIsReplaced ? 0 : RENAME_NOREPLACE;
   if (::renameat2(m_folder, m_name.c_str(), m_folder, name.c_str(), how) != 0) {
     // Not every file system can do this in one go; a second name is never given twice either.
-    if (how == 0 || (errno != EINVAL && errno != ENOSYS)) return errno;
-    if (::linkat(m_folder, m_name.c_str(), m_folder, name.c_str(), 0) != 0) return errno;
+    if (how == 0 || (errno != EINVAL && errno != ENOSYS)) { return errno; }
+    if (::linkat(m_folder, m_name.c_str(), m_folder, name.c_str(), 0) != 0) { return errno; }
     ::unlinkat(m_folder, m_name.c_str(), 0);
   }
   const int error = synced(m_folder);

@@ -20,9 +20,9 @@ Failed cannotWrite(const std::filesystem::path& file, int error) {
 
 Result<FileDraft> FileDraft::beside(const std::filesystem::path& target) {
   auto entry = DraftEntry::in(target.parent_path());
-  if (!entry) return cannotWrite(target, errno);
+  if (!entry) { return cannotWrite(target, errno); }
   // SQLite loses its locks on a file that this process closes elsewhere.
-  if (const int error = entry->letGo(); error != 0) return cannotWrite(target, error);
+  if (const int error = entry->letGo(); error != 0) { return cannotWrite(target, error); }
   auto file = target.parent_path() / entry->name();
   return FileDraft(std::move(*entry), std::move(file));
 }
@@ -30,7 +30,7 @@ Result<FileDraft> FileDraft::beside(const std::filesystem::path& target) {
 FileDraft::~FileDraft() { removeWhatIsBeside(); }
 
 void FileDraft::removeWhatIsBeside() const {
-  if (m_file.empty()) return;
+  if (m_file.empty()) { return; }
   std::error_code ignored;
   for (const char* suffix : {"-wal", "-shm", "-journal", "-bell"}) {
     std::filesystem::remove(m_file.string() + suffix, ignored);
@@ -48,7 +48,7 @@ Status FileDraft::moveTo(const std::filesystem::path& target, DraftEntry::Existi
     return failure(ErrorCode::kInvalid,
                    fmt::format("The file \"{}\" is there already; choose another name.", target.string()));
   }
-  if (error != 0) return cannotWrite(target, error);
+  if (error != 0) { return cannotWrite(target, error); }
   removeWhatIsBeside();
   m_file.clear();
   return {};

@@ -27,7 +27,7 @@ class RowInsert {
     const auto atOnce = static_cast<std::size_t>(m_rowsAtOnce);
     for (; rows.size() >= atOnce; rows = rows.subspan(atOnce)) {
       Statement& insert = m_many.in(database);
-      for (int i = 0; i < m_rowsAtOnce; ++i) bind(insert, i * m_columns, rows[static_cast<std::size_t>(i)]);
+      for (int i = 0; i < m_rowsAtOnce; ++i) { bind(insert, i * m_columns, rows[static_cast<std::size_t>(i)]); }
       ORLOCAL_CHECK(insert.run());
     }
     for (const Row& row : rows) {
@@ -44,7 +44,7 @@ class RowInsert {
     text += " VALUES";
     for (int row = 0; row < rows; ++row) {
       text += row == 0 ? "(?" : ",(?";
-      for (int column = 1; column < columns; ++column) text += ",?";
+      for (int column = 1; column < columns; ++column) { text += ",?"; }
       text += ')';
     }
     return text;

@@ -9,7 +9,7 @@ void RowValues::clear() {
 
 RowValues::Value& RowValues::at(int parameter) {
   const auto index = static_cast<std::size_t>(parameter - 1);
-  if (index >= m_values.size()) m_values.resize(index + 1);
+  if (index >= m_values.size()) { m_values.resize(index + 1); }
   return m_values[index];
 }
 

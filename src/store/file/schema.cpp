@@ -98,9 +98,9 @@ Status insertDefaults(Database& database, UuidMaker& uuids) {
 Status migrate(Database& database, UuidMaker& uuids) {
   ORLOCAL_TRY(Transaction transaction, Transaction::write(database));
   ORLOCAL_TRY(const std::int64_t version, database.integerOf("PRAGMA user_version"));
-  if (version >= formatVersion()) return {};
-  for (std::int64_t step = version; step < formatVersion(); ++step) ORLOCAL_CHECK(database.execute(kSteps[step]));
-  if (version == 0) ORLOCAL_CHECK(insertDefaults(database, uuids));
+  if (version >= formatVersion()) { return {}; }
+  for (std::int64_t step = version; step < formatVersion(); ++step) { ORLOCAL_CHECK(database.execute(kSteps[step])); }
+  if (version == 0) { ORLOCAL_CHECK(insertDefaults(database, uuids)); }
   ORLOCAL_CHECK(database.execute(
       fmt::format("PRAGMA application_id={}; PRAGMA user_version={}", kApplicationId, formatVersion()).c_str()));
   return transaction.commit();
@@ -122,7 +122,7 @@ ErrorCode codeOf(int systemError) {
 /// Makes the folders that are missing, only for the user.
 Status makeFolder(const std::filesystem::path& folder) {
   std::error_code unknown;
-  if (folder.empty() || std::filesystem::exists(folder, unknown)) return {};
+  if (folder.empty() || std::filesystem::exists(folder, unknown)) { return {}; }
   int error = unknown.value();
   if (error == 0) {
     ORLOCAL_CHECK(makeFolder(folder.parent_path()));
@@ -134,7 +134,7 @@ Status makeFolder(const std::filesystem::path& folder) {
       }
       return syncFolder(parent);
     }
-    if (errno == EEXIST) return {};
+    if (errno == EEXIST) { return {}; }
     error = errno;
   }
   return failure(codeOf(error),
@@ -151,7 +151,7 @@ Status makeFile(const std::filesystem::path& file) {
                    fmt::format("The calendar store \"{}\" is a folder; set ORLOCAL_STORE to a file.", file.string()));
   }
   // One that cannot be looked at is not there for us either; making it says why.
-  if (found != std::filesystem::file_type::none && found != std::filesystem::file_type::not_found) return {};
+  if (found != std::filesystem::file_type::none && found != std::filesystem::file_type::not_found) { return {}; }
   ORLOCAL_CHECK(makeFolder(file.parent_path()));
   const int descriptor = ::open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
   if (descriptor >= 0) {
@@ -209,7 +209,7 @@ Result<std::optional<std::int64_t>> versionOf(Database& database, CheckOfObjects
                     database.file().string(), version, formatVersion()));
   }
   ORLOCAL_TRY(const std::int64_t objects, database.integerOf("SELECT count(*) FROM sqlite_schema"));
-  if (application == 0 && version == 0 && objects == 0) return std::nullopt;
+  if (application == 0 && version == 0 && objects == 0) { return std::nullopt; }
   return failure(
       ErrorCode::kCorrupt,
       fmt::format("The file \"{}\" is a database, but no calendar store; it was left as it is. Choose another "
@@ -232,16 +232,16 @@ Result<Database> openForReading(const std::filesystem::path& file, std::chrono::
   const bool full = reason.code == ErrorCode::kFull;
   // Beside a log that may hold newer content, the file alone would show old content.
   const bool log = hasLog(file);
-  if (log && !full) return failure(std::move(reason));
+  if (log && !full) { return failure(std::move(reason)); }
   auto database =
       Database::open(file, busyTimeout, log ? Database::Access::kReadAlone : Database::Access::kReadOnlyImmutable);
-  if (!database) return failure(std::move(reason));
+  if (!database) { return failure(std::move(reason)); }
   auto version = versionOf(*database, check);
   // Somebody else has it open, so that nothing here can be known of the log.
-  if (!version && version.error().code == ErrorCode::kBusy) return failure(std::move(reason));
+  if (!version && version.error().code == ErrorCode::kBusy) { return failure(std::move(reason)); }
   ORLOCAL_CHECK(version);
-  if (!*version || (check == checkDefinitions && **version != formatVersion())) return failure(std::move(reason));
-  if (full) database->onlyReads(std::move(reason));
+  if (!*version || (check == checkDefinitions && **version != formatVersion())) { return failure(std::move(reason)); }
+  if (full) { database->onlyReads(std::move(reason)); }
   return database;
 }
 
@@ -259,7 +259,7 @@ Result<Database> openStoreAsItIs(const std::filesystem::path& file, std::chrono:
     return openForReading(file, busyTimeout, checkTables, std::move(known.error()));
   }
   ORLOCAL_TRY(const auto version, std::move(known));
-  if (version) return database;
+  if (version) { return database; }
   return failure(ErrorCode::kCorrupt, fmt::format("The file \"{}\" is empty; choose another file.", file.string()));
 }
 
@@ -267,7 +267,7 @@ std::int64_t formatVersion() { return static_cast<std::int64_t>(std::size(kSteps
 
 Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::milliseconds busyTimeout,
                                UuidMaker& uuids, Missing missing) {
-  if (missing == Missing::kIsMade) ORLOCAL_CHECK(makeFile(file));
+  if (missing == Missing::kIsMade) { ORLOCAL_CHECK(makeFile(file)); }
   ORLOCAL_TRY(Database database, Database::open(file, busyTimeout));
   auto version = versionOf(database);
   const bool full = !version && version.error().code == ErrorCode::kFull;
@@ -284,7 +284,7 @@ Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::m
     ORLOCAL_CHECK(switchToLog(database, busyTimeout));
     // Each commit reaches the disk before it is acknowledged.
     ORLOCAL_CHECK(database.execute("PRAGMA synchronous=FULL"));
-    if (!current) ORLOCAL_CHECK(migrate(database, uuids));
+    if (!current) { ORLOCAL_CHECK(migrate(database, uuids)); }
   } else if (!current) {
     return failure(ErrorCode::kNotPermitted,
                    fmt::format("The calendar store \"{}\" has to be brought to a newer format and may not be written; "

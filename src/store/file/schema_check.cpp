@@ -64,17 +64,17 @@ Status checkDefinitions(Database& database, std::span<const char* const> steps) 
   ORLOCAL_TRY(Statement read, database.prepare("SELECT name, tbl_name, sql FROM sqlite_schema"));
   for (;;) {
     ORLOCAL_TRY(const bool found, read.step());
-    if (!found) break;
+    if (!found) { break; }
     const std::string_view name = read.text(0);
-    if (name.starts_with(kStatistics)) continue;
-    if (name.starts_with(kImplied) && read.isNull(2) && definitionOf(ours, read.text(1)) != nullptr) continue;
+    if (name.starts_with(kStatistics)) { continue; }
+    if (name.starts_with(kImplied) && read.isNull(2) && definitionOf(ours, read.text(1)) != nullptr) { continue; }
     Definition* known = definitionOf(ours, name);
-    if (known == nullptr || known->found) return refused(database, name, "does not belong there");
-    if (known->sql != read.text(2)) return refused(database, name, "is defined in another way");
+    if (known == nullptr || known->found) { return refused(database, name, "does not belong there"); }
+    if (known->sql != read.text(2)) { return refused(database, name, "is defined in another way"); }
     known->found = true;
   }
   for (const Definition& each : ours) {
-    if (!each.found) return refused(database, each.name, "is missing");
+    if (!each.found) { return refused(database, each.name, "is missing"); }
   }
   return {};
 }
@@ -85,9 +85,9 @@ Status checkTables(Database& database, std::span<const char* const> steps) {
   for (;;) {
     const auto found = read.step();
     // What of the definitions cannot be read defines nothing either.
-    if (!found || !*found) return {};
+    if (!found || !*found) { return {}; }
     const Definition* known = definitionOf(ours, read.text(0));
-    if (known == nullptr || !known->table) continue;
+    if (known == nullptr || !known->table) { continue; }
     if (read.text(1) != "table" || !read.text(2).starts_with("CREATE TABLE ")) {
       return refused(database, known->name, "is no table of rows");
     }

@@ -48,15 +48,15 @@ constexpr Explanation kExplanations[] = {
 
 /// On a full disk a file or an index that cannot be made fails in other ways than one that cannot be written.
 bool isForWantOfRoom(int result, sqlite3* handle) {
-  if (result == SQLITE_IOERR_SHMSIZE) return true;
+  if (result == SQLITE_IOERR_SHMSIZE) { return true; }
   const int plain = result & 0xff;
-  if (handle == nullptr || (plain != SQLITE_IOERR && plain != SQLITE_CANTOPEN)) return false;
+  if (handle == nullptr || (plain != SQLITE_IOERR && plain != SQLITE_CANTOPEN)) { return false; }
   const int error = sqlite3_system_errno(handle);
   return error == ENOSPC || error == EDQUOT;
 }
 
 Failed sqliteFailure(int result, const std::string& file, sqlite3* handle) {
-  if (isForWantOfRoom(result, handle)) result = SQLITE_FULL;
+  if (isForWantOfRoom(result, handle)) { result = SQLITE_FULL; }
   const std::string quoted = fmt::format("\"{}\"", file);
   for (const Explanation& explanation : kExplanations) {
     if (explanation.sqliteCode == (result & 0xff)) {
@@ -137,9 +137,9 @@ Statement& Statement::bindNull(int parameter) {
 }
 
 Result<bool> Statement::step() {
-  if (m_failure != nullptr) return failure(*m_failure);
+  if (m_failure != nullptr) { return failure(*m_failure); }
   const int result = sqlite3_step(m_handle);
-  if (result == SQLITE_ROW) return true;
+  if (result == SQLITE_ROW) { return true; }
   if (result == SQLITE_DONE) {
     sqlite3_reset(m_handle);
     return false;
@@ -156,7 +156,7 @@ Status Statement::run() {
 }
 
 void Statement::reset() {
-  if (m_handle != nullptr) sqlite3_reset(m_handle);
+  if (m_handle != nullptr) { sqlite3_reset(m_handle); }
 }
 
 Statement::Type Statement::type(int column) const {
@@ -189,7 +189,7 @@ std::span<const std::byte> Statement::blob(int column) const {
 }
 
 LazyStatement::~LazyStatement() {
-  if (m_database != nullptr) std::erase(m_database->m_kept, this);
+  if (m_database != nullptr) { std::erase(m_database->m_kept, this); }
 }
 
 Statement& LazyStatement::in(Database& database) {
@@ -216,8 +216,8 @@ void Database::swap(Database& other) noexcept {
   std::swap(m_immutable, other.m_immutable);
   std::swap(m_whyOnlyRead, other.m_whyOnlyRead);
   std::swap(m_kept, other.m_kept);
-  for (LazyStatement* kept : m_kept) kept->m_database = this;
-  for (LazyStatement* kept : other.m_kept) kept->m_database = &other;
+  for (LazyStatement* kept : m_kept) { kept->m_database = this; }
+  for (LazyStatement* kept : other.m_kept) { kept->m_database = &other; }
 }
 
 void Database::close() {
@@ -230,7 +230,7 @@ void Database::close() {
 }
 
 void Database::emptyLog() {
-  if (m_handle == nullptr || readOnly()) return;
+  if (m_handle == nullptr || readOnly()) { return; }
   // Who is at work now will do it later.
   sqlite3_busy_timeout(m_handle, 0);
   sqlite3_wal_checkpoint_v2(m_handle, "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
@@ -241,7 +241,9 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
   Database database;
   database.m_file = file;
   database.m_immutable = access == Access::kReadOnlyImmutable;
-  if (file.empty()) return failure(ErrorCode::kInvalid, "A calendar store needs a name; set ORLOCAL_STORE to a file.");
+  if (file.empty()) {
+    return failure(ErrorCode::kInvalid, "A calendar store needs a name; set ORLOCAL_STORE to a file.");
+  }
   const auto whole = wholeNameOf(file);
   ORLOCAL_CHECK(checkStoreFiles(whole));
   const std::string name = database.m_immutable ? uriOf(whole) : whole.string();
@@ -250,7 +252,7 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
                     (access == Access::kReadWrite || alone ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
                     (database.m_immutable ? SQLITE_OPEN_URI : 0);
   const int result = sqlite3_open_v2(name.c_str(), &database.m_handle, flags, nullptr);
-  if (result != SQLITE_OK) return sqliteFailure(result, file.string(), database.m_handle);
+  if (result != SQLITE_OK) { return sqliteFailure(result, file.string(), database.m_handle); }
   // When a file does not open for writing, SQLite opens it for reading, whatever the reason was: where it may be
   // written, a passing want of descriptors would leave a store that takes no change for as long as it is open.
   if (access == Access::kReadWrite && sqlite3_db_readonly(database.m_handle, "main") == 1 &&
@@ -272,13 +274,13 @@ Result<Statement> Database::prepare(std::string_view sql) {
   sqlite3_stmt* handle = nullptr;
   const int result = sqlite3_prepare_v3(m_handle, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
                                         &handle, nullptr);
-  if (result != SQLITE_OK) return sqliteFailure(result, m_file.string(), m_handle);
+  if (result != SQLITE_OK) { return sqliteFailure(result, m_file.string(), m_handle); }
   return Statement(handle);
 }
 
 Status Database::execute(const char* sql) {
   const int result = sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr);
-  if (result != SQLITE_OK) return sqliteFailure(result, m_file.string(), m_handle);
+  if (result != SQLITE_OK) { return sqliteFailure(result, m_file.string(), m_handle); }
   return {};
 }
 
@@ -303,16 +305,18 @@ std::int64_t Database::changedRows() const { return sqlite3_changes64(m_handle);
 const std::uint32_t* Database::walIndex() {
   // Asked of a file without a log, SQLite would make an index and never let go of it.
   auto mode = prepare("PRAGMA journal_mode");
-  if (!mode || !mode->step().value_or(false) || mode->text(0) != "wal") return nullptr;
+  if (!mode || !mode->step().value_or(false) || mode->text(0) != "wal") { return nullptr; }
   constexpr int kRegionBytes = 32 * 1024;  // fixed by the log's format
   sqlite3_file* file = nullptr;
   if (sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr) {
     return nullptr;
   }
-  if (file->pMethods == nullptr || file->pMethods->iVersion < 2 || file->pMethods->xShmMap == nullptr) return nullptr;
+  if (file->pMethods == nullptr || file->pMethods->iVersion < 2 || file->pMethods->xShmMap == nullptr) {
+    return nullptr;
+  }
   // The region is mapped already once a transaction has run; asking for it again gives the same place.
   void volatile* region = nullptr;
-  if (file->pMethods->xShmMap(file, 0, kRegionBytes, 0, &region) != SQLITE_OK) return nullptr;
+  if (file->pMethods->xShmMap(file, 0, kRegionBytes, 0, &region) != SQLITE_OK) { return nullptr; }
   return static_cast<const std::uint32_t*>(const_cast<void*>(region));
 }
 
@@ -325,16 +329,16 @@ Status Database::copyInto(Database& target, const std::function<Status()>& befor
     return sqliteFailure(result, at.m_file.string(), at.m_handle);
   };
   sqlite3_backup* copy = sqlite3_backup_init(target.m_handle, "main", m_handle, "main");
-  if (copy == nullptr) return failed(sqlite3_extended_errcode(target.m_handle));
+  if (copy == nullptr) { return failed(sqlite3_extended_errcode(target.m_handle)); }
   // A step of no pages takes hold of both sides.
   int result = sqlite3_backup_step(copy, 0);
   Status agreed;
-  if (result == SQLITE_OK && beforeCommit) agreed = beforeCommit();
-  while (result == SQLITE_OK && agreed) result = sqlite3_backup_step(copy, -1);
+  if (result == SQLITE_OK && beforeCommit) { agreed = beforeCommit(); }
+  while (result == SQLITE_OK && agreed) { result = sqlite3_backup_step(copy, -1); }
   const int finished = sqlite3_backup_finish(copy);
-  if (!agreed) return agreed;
-  if (result != SQLITE_DONE) return failed(result);
-  if (finished != SQLITE_OK) return failed(finished);
+  if (!agreed) { return agreed; }
+  if (result != SQLITE_DONE) { return failed(result); }
+  if (finished != SQLITE_OK) { return failed(finished); }
   return {};
 }
 
@@ -344,26 +348,26 @@ Result<Transaction> Transaction::write(Database& database) {
                                                "nothing was written. Put it back, or open the store anew.",
                                                database.file().string()));
   }
-  if (database.whyOnlyRead()) return failure(*database.whyOnlyRead());
+  if (database.whyOnlyRead()) { return failure(*database.whyOnlyRead()); }
   ORLOCAL_CHECK(database.execute("BEGIN IMMEDIATE"));
   return Transaction(&database);
 }
 
 Result<Transaction> Transaction::read(Database& database) {
-  if (database.inTransaction()) return Transaction(nullptr);
+  if (database.inTransaction()) { return Transaction(nullptr); }
   ORLOCAL_CHECK(database.execute("BEGIN"));
   return Transaction(&database);
 }
 
 Transaction::~Transaction() {
-  if (m_database != nullptr && m_database->inTransaction()) (void)m_database->execute("ROLLBACK");
+  if (m_database != nullptr && m_database->inTransaction()) { (void)m_database->execute("ROLLBACK"); }
 }
 
 Status Transaction::commit() {
-  if (m_database == nullptr) return {};
+  if (m_database == nullptr) { return {}; }
   auto committed = m_database->execute("COMMIT");
   // A failed COMMIT may leave the transaction open; the destructor then rolls it back.
-  if (committed) m_database = nullptr;
+  if (committed) { m_database = nullptr; }
   return committed;
 }
 

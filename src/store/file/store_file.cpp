@@ -40,12 +40,12 @@ Result<PlaceTurn> PlaceTurn::take(const std::filesystem::path& file, Purpose pur
     { const Bell made(file); }
     descriptor = openedBell(file);
   }
-  if (descriptor < 0) return PlaceTurn(-1);
+  if (descriptor < 0) { return PlaceTurn(-1); }
   PlaceTurn turn(descriptor);
   const auto deadline = std::chrono::steady_clock::now() + patience;
   while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
     // Where files cannot be locked in this way, SQLite's own locks are what there is.
-    if (errno != EWOULDBLOCK && errno != EINTR) break;
+    if (errno != EWOULDBLOCK && errno != EINTR) { break; }
     if (std::chrono::steady_clock::now() >= deadline) {
       return failure(ErrorCode::kBusy, fmt::format("The calendar store \"{}\" is being replaced by another process and "
                                                    "did not become free in time; try again.",
@@ -57,7 +57,7 @@ Result<PlaceTurn> PlaceTurn::take(const std::filesystem::path& file, Purpose pur
 }
 
 PlaceTurn::~PlaceTurn() {
-  if (m_descriptor >= 0) ::close(m_descriptor);
+  if (m_descriptor >= 0) { ::close(m_descriptor); }
 }
 
 Result<Database> StoreFile::open(Missing missing, milliseconds busyTimeout, UuidMaker& uuids) {
@@ -77,10 +77,10 @@ Result<Database> StoreFile::open(Missing missing, milliseconds busyTimeout, Uuid
     ORLOCAL_TRY(Database opened, openStoreFile(m_file, busyTimeout, uuids, missing));
     const auto after = FileState::of(m_file);
     if (unresolved) {
-      if (auto made = std::filesystem::canonical(m_path, unresolved); !unresolved) m_file = std::move(made);
+      if (auto made = std::filesystem::canonical(m_path, unresolved); !unresolved) { m_file = std::move(made); }
     }
     // One that was replaced at this moment may have been opened with the other's log.
-    if (!after || (before && !before->isSameFileAs(*after))) continue;
+    if (!after || (before && !before->isSameFileAs(*after))) { continue; }
     // For one that nobody takes part in, the state from before counts: what was written since is not seen.
     remember(opened.immutable() && before ? *before : *after);
     return opened;
@@ -105,19 +105,19 @@ Result<StoreFile::News> StoreFile::look(const Database& open) const {
                                "cannot be reached ({}). Put it back, or open the store anew.",
                                m_path.string(), std::strerror(errno)));
   }
-  if (!now->isSameFileAs(*m_state)) return News::kReplaced;
+  if (!now->isSameFileAs(*m_state)) { return News::kReplaced; }
   // There may be room again; and to read alone keeps others from the file.
   if (open.whyOnlyRead()) {
     return std::chrono::steady_clock::now() - m_opened < kWithoutRoom ? News::kNone : News::kWritten;
   }
-  if (!open.immutable()) return News::kNone;
+  if (!open.immutable()) { return News::kNone; }
   // Somebody who writes has a log, and lets go of it when all of it is in the file.
   const bool same = m_settled && *now == *m_state && !FileState::of(beside(m_file, "-wal"));
   return same ? News::kNone : News::kWritten;
 }
 
 Status StoreFile::partFromLog(Database& replaced, milliseconds patience) const {
-  if (replaced.readOnly()) return {};
+  if (replaced.readOnly()) { return {}; }
   ORLOCAL_TRY(const PlaceTurn turn, PlaceTurn::take(m_file, PlaceTurn::Purpose::kReplace, patience));
   replaced.emptyLog();
   const auto log = beside(m_file, "-wal");
@@ -131,7 +131,7 @@ Status StoreFile::partFromLog(Database& replaced, milliseconds patience) const {
       std::filesystem::rename(log, log.string() + fmt::format(".replaced-{:x}", there->number), ignored);
     }
   }
-  if (sameFile(FileState::of(index), m_index)) std::filesystem::remove(index, ignored);
+  if (sameFile(FileState::of(index), m_index)) { std::filesystem::remove(index, ignored); }
   return {};
 }
 

@@ -16,28 +16,28 @@ constexpr std::size_t kDashesBefore[] = {4, 6, 8, 10};  // bytes
 
 std::uint64_t read64(const std::byte* bytes) {
   std::uint64_t value = 0;
-  for (int i = 0; i < 8; ++i) value = value << 8 | std::to_integer<std::uint64_t>(bytes[i]);
+  for (int i = 0; i < 8; ++i) { value = value << 8 | std::to_integer<std::uint64_t>(bytes[i]); }
   return value;
 }
 
 void write64(std::uint64_t value, std::byte* bytes) {
-  for (int i = 7; i >= 0; --i, value >>= 8) bytes[i] = static_cast<std::byte>(value & 0xff);
+  for (int i = 7; i >= 0; --i, value >>= 8) { bytes[i] = static_cast<std::byte>(value & 0xff); }
 }
 
 int digitOf(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= '0' && c <= '9') { return c - '0'; }
+  if (c >= 'A' && c <= 'F') { return c - 'A' + 10; }
   return -1;
 }
 
 }  // namespace
 
 Uuid::Uuid(std::span<const std::byte> bytes) {
-  if (bytes.size() == kBytes) std::copy(bytes.begin(), bytes.end(), m_bytes.begin());
+  if (bytes.size() == kBytes) { std::copy(bytes.begin(), bytes.end(), m_bytes.begin()); }
 }
 
 std::optional<Uuid> Uuid::parse(std::string_view text) {
-  if (text.size() != 36) return std::nullopt;
+  if (text.size() != 36) { return std::nullopt; }
   Uuid uuid;
   std::size_t at = 0;
   for (std::size_t i = 0; i < kBytes; ++i) {
@@ -46,7 +46,7 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
       return std::nullopt;
     }
     const int high = digitOf(text[at]), low = digitOf(text[at + 1]);
-    if (high < 0 || low < 0) return std::nullopt;
+    if (high < 0 || low < 0) { return std::nullopt; }
     uuid.m_bytes[i] = static_cast<std::byte>(high << 4 | low);
     at += 2;
   }
@@ -58,7 +58,7 @@ std::string Uuid::text() const {
   char buffer[36];
   std::size_t at = 0;
   for (std::size_t i = 0; i < kBytes; ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) buffer[at++] = '-';
+    if (i == 4 || i == 6 || i == 8 || i == 10) { buffer[at++] = '-'; }
     const auto value = std::to_integer<unsigned>(m_bytes[i]);
     buffer[at++] = kDigits[value >> 4];
     buffer[at++] = kDigits[value & 15];
@@ -67,7 +67,7 @@ std::string Uuid::text() const {
 }
 
 UuidMaker::UuidMaker() {
-  if (::getentropy(&m_state, sizeof m_state) == 0) return;
+  if (::getentropy(&m_state, sizeof m_state) == 0) { return; }
   // A system that gives no randomness away: no two processes begin at one moment with one number.
   m_state = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) << 20 ^
             static_cast<std::uint64_t>(::getpid());

@@ -182,8 +182,8 @@ std::optional<Rgb> parseColor(std::string_view text) {
   if (text.starts_with('#')) {
     unsigned value = 0;
     const auto [end, error] = std::from_chars(text.data() + 1, text.data() + text.size(), value, 16);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    if (text.size() == 9) return ofNumber(value >> 8);
+    if (error != std::errc() || end != text.data() + text.size()) { return std::nullopt; }
+    if (text.size() == 9) { return ofNumber(value >> 8); }
     return text.size() == 7 ? std::optional(ofNumber(value)) : std::nullopt;
   }
   const auto* found = std::find_if(kNamedColors.begin(), kNamedColors.end(),

@@ -26,16 +26,17 @@ class LayoutReader {
         m_saidEncoding = true;
         warn(line.line, "the text is not UTF-8 and was read as Windows-1252");
       }
-      if (line.is("BEGIN"))
+      if (line.is("BEGIN")) {
         open(line);
-      else if (line.is("END"))
+      } else if (line.is("END")) {
         close(line);
-      else
+      } else {
         property(line);
+      }
     }
-    while (!m_open.empty()) leave(m_lines.lineNumber(), false);
-    for (const auto& item : m_made.items) useCalendar(item.calendar);
-    if (m_made.calendars.empty()) m_made.calendars.emplace_back();
+    while (!m_open.empty()) { leave(m_lines.lineNumber(), false); }
+    for (const auto& item : m_made.items) { useCalendar(item.calendar); }
+    if (m_made.calendars.empty()) { m_made.calendars.emplace_back(); }
     return std::move(m_made);
   }
 
@@ -48,13 +49,13 @@ class LayoutReader {
 
   void begin() { m_lineBegin = m_lines.offset(); }
   void useCalendar(std::size_t index) {
-    if (m_made.calendars.size() <= index) m_made.calendars.resize(index + 1);
+    if (m_made.calendars.size() <= index) { m_made.calendars.resize(index + 1); }
   }
   void warn(int line, std::string message) { m_made.problems.warn(line, "", std::move(message)); }
   bool inside(Role role) const { return m_openOf[static_cast<std::size_t>(role)] > 0; }
   static std::string nameOf(const ContentLine& line) {
     std::string name(line.value.substr(0, line.value.find_last_not_of(" \t") + 1));
-    for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    for (char& c : name) { c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
     return name;
   }
   /// As much of a component's name as a warning has room for.
@@ -63,14 +64,16 @@ class LayoutReader {
   void open(const ContentLine& line) {
     std::string name = nameOf(line);
     Role role = Role::kOther;
-    if (name == "VCALENDAR") role = Role::kCalendar;
-    if (name == "VEVENT" || name == "VTODO") role = Role::kItem;
-    if (name == "VTIMEZONE") role = Role::kZone;
+    if (name == "VCALENDAR") { role = Role::kCalendar; }
+    if (name == "VEVENT" || name == "VTODO") { role = Role::kItem; }
+    if (name == "VTIMEZONE") { role = Role::kZone; }
     // These never stand in one another: what is still open has lost its END.
-    if (role == Role::kCalendar)
-      while (!m_open.empty()) leave(line.line, false);
-    while ((role == Role::kItem || role == Role::kZone) && (inside(Role::kItem) || inside(Role::kZone)))
+    if (role == Role::kCalendar) {
+      while (!m_open.empty()) { leave(line.line, false); }
+    }
+    while ((role == Role::kItem || role == Role::kZone) && (inside(Role::kItem) || inside(Role::kZone))) {
       leave(line.line, false);
+    }
     const bool top = m_open.empty() || (m_open.size() == 1 && m_open.front().role == Role::kCalendar);
     if (role == Role::kCalendar) {
       m_calendar = m_made.calendars.size();
@@ -95,7 +98,7 @@ class LayoutReader {
     m_places[name].push_back(m_open.size());
     ++m_openOf[static_cast<std::size_t>(role)];
     m_open.push_back({std::move(name), role});
-    if (m_open.size() > kDeepest) m_tooDeep = true;
+    if (m_open.size() > kDeepest) { m_tooDeep = true; }
   }
 
   void close(const ContentLine& line) {
@@ -105,7 +108,7 @@ class LayoutReader {
       warn(line.line, fmt::format("END:{} closes nothing and was passed over", shown(name)));
       return;
     }
-    for (const std::size_t place = found->second.back(); m_open.size() > place + 1;) leave(line.line, false);
+    for (const std::size_t place = found->second.back(); m_open.size() > place + 1;) { leave(line.line, false); }
     leave(line.line, true);
   }
 
@@ -131,13 +134,13 @@ class LayoutReader {
       m_tooDeep = false;
     } else if (role == Role::kZone) {
       m_zone.span.end = closed ? m_lines.offset() : m_lineBegin;
-      if (closed && !m_tooDeep) m_made.zones.push_back(std::move(m_zone));
-      if (!closed) warn(m_zone.span.line, "the time zone is not closed and was passed over");
+      if (closed && !m_tooDeep) { m_made.zones.push_back(std::move(m_zone)); }
+      if (!closed) { warn(m_zone.span.line, "the time zone is not closed and was passed over"); }
       m_tooDeep = false;
     } else if (!closed) {
       warn(line, fmt::format("{} is not closed", shown(name)));
     }
-    if (role == Role::kCalendar) m_calendar = m_made.calendars.size();
+    if (role == Role::kCalendar) { m_calendar = m_made.calendars.size(); }
   }
 
   void property(const ContentLine& line) {
@@ -148,18 +151,22 @@ class LayoutReader {
     const Role role = m_open.back().role;
     if (role == Role::kCalendar) {
       CalendarHead& head = m_made.calendars[m_calendar];
-      if (line.is("X-WR-CALNAME") || (line.is("NAME") && head.name.empty())) head.name = unescapeText(line.value);
-      if (line.is("X-APPLE-CALENDAR-COLOR") || (line.is("COLOR") && !head.color)) head.color = parseColor(line.value);
-      if (line.is("METHOD")) head.method = std::string(line.value);
-      if (line.name.empty()) warn(line.line, "this is no content line and was passed over");
+      if (line.is("X-WR-CALNAME") || (line.is("NAME") && head.name.empty())) { head.name = unescapeText(line.value); }
+      if (line.is("X-APPLE-CALENDAR-COLOR") || (line.is("COLOR") && !head.color)) {
+        head.color = parseColor(line.value);
+      }
+      if (line.is("METHOD")) { head.method = std::string(line.value); }
+      if (line.name.empty()) { warn(line.line, "this is no content line and was passed over"); }
     } else if (role == Role::kItem) {
-      if (line.is("UID")) m_item.uid = unescapeText(line.value);
-      if (line.is("RECURRENCE-ID")) m_item.changed = true;
-      if (line.is("RRULE") || line.is("RDATE")) m_item.repeats = true;
-      if (line.is("SEQUENCE"))
+      if (line.is("UID")) { m_item.uid = unescapeText(line.value); }
+      if (line.is("RECURRENCE-ID")) { m_item.changed = true; }
+      if (line.is("RRULE") || line.is("RDATE")) { m_item.repeats = true; }
+      if (line.is("SEQUENCE")) {
         std::from_chars(line.value.data(), line.value.data() + line.value.size(), m_item.sequence);
-      if (line.is("LAST-MODIFIED") || (line.is("DTSTAMP") && m_item.modified.empty()))
+      }
+      if (line.is("LAST-MODIFIED") || (line.is("DTSTAMP") && m_item.modified.empty())) {
         m_item.modified = std::string(line.value);
+      }
     } else if (role == Role::kZone && line.is("TZID")) {
       m_zone.tzid = unescapeText(line.value);
     }

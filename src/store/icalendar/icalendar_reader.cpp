@@ -26,15 +26,16 @@ constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 30;
 
 /// Byte-order marks say how the text is written; UTF-8's own is dropped.
 Result<std::string> asUtf8(std::string bytes, const std::string& name) {
-  if (bytes.starts_with("\xEF\xBB\xBF")) return bytes.substr(3);
+  if (bytes.starts_with("\xEF\xBB\xBF")) { return bytes.substr(3); }
   const bool little = bytes.starts_with("\xFF\xFE"), big = bytes.starts_with("\xFE\xFF");
-  if (!little && !big) return bytes;
+  if (!little && !big) { return bytes; }
   std::string text(bytes.size() * 2, '\0');
   UErrorCode status = U_ZERO_ERROR;
   const int size = ucnv_convert("UTF-8", little ? "UTF-16LE" : "UTF-16BE", text.data(), static_cast<int>(text.size()),
                                 bytes.data() + 2, static_cast<int>(bytes.size() - 2), &status);
-  if (U_FAILURE(status) != 0)
+  if (U_FAILURE(status) != 0) {
     return failure(ErrorCode::kInvalid, fmt::format("{} begins as UTF-16 and is not; save it as UTF-8", name));
+  }
   text.resize(static_cast<std::size_t>(size));
   return text;
 }
@@ -48,9 +49,9 @@ bool isNewer(const ItemSpan& left, const ItemSpan& right) {
 /// UIDs are told to people; RFC 7986, 5.3 wants them shorter than this.
 std::string shownUid(std::string_view uid) {
   constexpr std::size_t kLongest = 255;
-  if (uid.size() <= kLongest) return std::string(uid);
+  if (uid.size() <= kLongest) { return std::string(uid); }
   std::string begin(uid.substr(0, kLongest));
-  while (!isUtf8(begin)) begin.pop_back();
+  while (!isUtf8(begin)) { begin.pop_back(); }
   return begin + "…";
 }
 
@@ -61,10 +62,11 @@ void ReadProblems::refuse(int line, std::string_view uid, std::string message) {
 }
 
 void ReadProblems::warn(int line, std::string_view uid, std::string message) {
-  if (warnings.size() < kMostWarnings)
+  if (warnings.size() < kMostWarnings) {
     warnings.push_back({line, shownUid(uid), std::move(message)});
-  else
+  } else {
     ++warningsLeftOut;
+  }
 }
 
 struct CalendarReader::Data {
@@ -108,8 +110,9 @@ void CalendarReader::Data::group() {
   std::unordered_map<std::string_view, std::size_t> byName;
   std::vector<std::size_t> number;
   number.reserve(layout.calendars.size());
-  for (const CalendarHead& head : layout.calendars)
+  for (const CalendarHead& head : layout.calendars) {
     number.push_back(byName.try_emplace(head.name, number.size()).first->second);
+  }
   std::unordered_map<std::string, std::size_t> known;
   known.reserve(layout.items.size());
   for (std::size_t i = 0; i < layout.items.size(); ++i) {
@@ -120,18 +123,19 @@ void CalendarReader::Data::group() {
       key.append(item.uid);
       at = known.try_emplace(std::move(key), at).first->second;
     }
-    if (at == groups.size()) groups.push_back({item.calendar, item.span.line, std::nullopt, {}});
-    if (item.changed)
+    if (at == groups.size()) { groups.push_back({item.calendar, item.span.line, std::nullopt, {}}); }
+    if (item.changed) {
       groups[at].changed.push_back(i);
-    else
+    } else {
       addMain(groups[at], i);
+    }
   }
   // Some write a whole series with the original start of its first occurrence.
   for (Group& group : groups) {
-    if (group.main) continue;
+    if (group.main) { continue; }
     const auto found = std::find_if(group.changed.begin(), group.changed.end(),
                                     [&](std::size_t i) { return layout.items[i].repeats; });
-    if (found == group.changed.end()) continue;
+    if (found == group.changed.end()) { continue; }
     group.main = *found;
     layout.items[*found].changed = false;
     group.changed.erase(found);
@@ -145,15 +149,16 @@ Result<CalendarReader> CalendarReader::open(const std::filesystem::path& file) {
   };
   std::error_code error;
   if (!in || !std::filesystem::is_regular_file(file, error)) {
-    if (in) return failure(ErrorCode::kIo, fmt::format("{} is not a file", file.string()));
+    if (in) { return failure(ErrorCode::kIo, fmt::format("{} is not a file", file.string())); }
     return unreadable();
   }
   const auto size = static_cast<std::uintmax_t>(in.tellg());
-  if (size > kLargestFile)
+  if (size > kLargestFile) {
     return failure(ErrorCode::kInvalid, fmt::format("{} is larger than 1 GiB; split it", file.string()));
+  }
   std::string bytes(static_cast<std::size_t>(size), '\0');
   in.seekg(0);
-  if (!in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) return unreadable();
+  if (!in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) { return unreadable(); }
   return ofText(std::move(bytes), file.string());
 }
 
@@ -162,8 +167,9 @@ Result<CalendarReader> CalendarReader::ofText(std::string bytes, const std::stri
   auto data = std::make_unique<Data>(std::move(text));
   const bool anything =
       !data->layout.items.empty() || !data->layout.problems.refused.empty() || !data->layout.zones.empty();
-  if (!anything && data->bytes.find("BEGIN:") == std::string::npos)
+  if (!anything && data->bytes.find("BEGIN:") == std::string::npos) {
     return failure(ErrorCode::kInvalid, fmt::format("{} is no iCalendar file: there is no component in it", name));
+  }
   data->group();
   return CalendarReader(std::move(data));
 }
@@ -193,7 +199,7 @@ ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
     } else {
       problems.warn(line, changed.uid, "an occurrence is changed twice; the newer change counts");
       Item& known = made.changed[place->second];
-      if (changed.sequence >= known.sequence) known = std::move(changed);
+      if (changed.sequence >= known.sequence) { known = std::move(changed); }
     }
   };
   if (group.main) {
@@ -201,23 +207,24 @@ ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
     if (auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems)) {
       made.main = std::move(read->item);
       made.series = std::move(read->series);
-      for (Item& period : read->periods) add(std::move(period), span.span.line);
+      for (Item& period : read->periods) { add(std::move(period), span.span.line); }
     }
   }
   for (const std::size_t i : group.changed) {
     const ItemSpan& span = m_data->layout.items[i];
     auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems);
-    if (!read) continue;
+    if (!read) { continue; }
     if (read->andFuture && made.series) {
       later.push_back({std::move(read->item), span.span.line});
       continue;
     }
-    if (read->andFuture)
+    if (read->andFuture) {
       problems.warn(span.span.line, read->item.uid,
                     "RANGE=THISANDFUTURE has no series here that it could change: only this one occurrence is changed");
+    }
     add(std::move(read->item), span.span.line);
   }
-  if (!later.empty()) cutAtLaterChanges(made, std::move(later), problems);
+  if (!later.empty()) { cutAtLaterChanges(made, std::move(later), problems); }
   return made;
 }
 

@@ -31,15 +31,16 @@ struct KeptLines {
       const std::size_t end = std::min(extra.find('\n'), extra.size());
       const std::string_view line = extra.substr(0, end);
       extra.remove_prefix(std::min(end + 1, extra.size()));
-      if (equalsNoCase(line.substr(0, 6), "BEGIN:")) ++depth;
-      if (line.empty()) continue;
-      if (depth > 0)
+      if (equalsNoCase(line.substr(0, 6), "BEGIN:")) { ++depth; }
+      if (line.empty()) { continue; }
+      if (depth > 0) {
         components.push_back(line);
-      else if (line.front() == '@')
+      } else if (line.front() == '@') {
         parameters.emplace(line.substr(1, line.find(';') - 1), line.substr(std::min(line.find(';'), line.size())));
-      else
+      } else {
         properties.push_back(line);
-      if (equalsNoCase(line.substr(0, 4), "END:") && depth > 0) --depth;
+      }
+      if (equalsNoCase(line.substr(0, 4), "END:") && depth > 0) { --depth; }
     }
   }
   std::string parametersOf(std::string_view name) const {
@@ -67,29 +68,30 @@ class ItemText {
     const bool event = m_item.kind == ItemKind::kEvent;
     line(event ? "BEGIN:VEVENT" : "BEGIN:VTODO");
     line("UID:" + escapeText(m_item.uid));
-    if (m_item.recurrenceId) time("RECURRENCE-ID", *m_item.recurrenceId);
+    if (m_item.recurrenceId) { time("RECURRENCE-ID", *m_item.recurrenceId); }
     line("DTSTAMP:" + momentText(stamp()));
-    if (m_item.created) line("CREATED:" + momentText(*m_item.created));
-    if (m_item.modified) line("LAST-MODIFIED:" + momentText(*m_item.modified));
-    if (m_item.sequence != 0) line(fmt::format("SEQUENCE:{}", m_item.sequence));
+    if (m_item.created) { line("CREATED:" + momentText(*m_item.created)); }
+    if (m_item.modified) { line("LAST-MODIFIED:" + momentText(*m_item.modified)); }
+    if (m_item.sequence != 0) { line(fmt::format("SEQUENCE:{}", m_item.sequence)); }
     text("SUMMARY", m_item.title);
-    if (m_item.start) time("DTSTART", *m_item.start);
+    if (m_item.start) { time("DTSTART", *m_item.start); }
     // The end of an event without length is its start, which DTEND may not be.
-    if (m_item.end && !(event && m_item.end == m_item.start)) time(event ? "DTEND" : "DUE", *m_item.end);
-    for (const RecurrenceRule& rule : m_item.recurrence.rules) line("RRULE:" + ruleText(rule));
+    if (m_item.end && !(event && m_item.end == m_item.start)) { time(event ? "DTEND" : "DUE", *m_item.end); }
+    for (const RecurrenceRule& rule : m_item.recurrence.rules) { line("RRULE:" + ruleText(rule)); }
     times("RDATE", m_item.recurrence.added);
     times("EXDATE", m_item.recurrence.excluded);
-    for (const ExceptionRule& rule : m_item.recurrence.exceptionRules) exceptionRule(rule);
+    for (const ExceptionRule& rule : m_item.recurrence.exceptionRules) { exceptionRule(rule); }
     text("LOCATION", m_item.location);
     text("DESCRIPTION", m_item.notes);
-    if (m_item.url) line("URL" + parametersOf("URL") + ":" + onOneLine(*m_item.url));
-    if (m_item.priority != 0) line(fmt::format("PRIORITY:{}", m_item.priority));
-    if (!event) completion();
-    for (const Attendee& attendee : m_item.attendees) person(attendee);
-    for (std::string_view kept : m_kept.properties)
-      if (!replaced(kept)) line(kept);
-    for (const Alarm& one : m_item.alarms) alarm(one);
-    for (std::string_view kept : m_kept.components) line(kept);
+    if (m_item.url) { line("URL" + parametersOf("URL") + ":" + onOneLine(*m_item.url)); }
+    if (m_item.priority != 0) { line(fmt::format("PRIORITY:{}", m_item.priority)); }
+    if (!event) { completion(); }
+    for (const Attendee& attendee : m_item.attendees) { person(attendee); }
+    for (std::string_view kept : m_kept.properties) {
+      if (!replaced(kept)) { line(kept); }
+    }
+    for (const Alarm& one : m_item.alarms) { alarm(one); }
+    for (std::string_view kept : m_kept.components) { line(kept); }
     line(event ? "END:VEVENT" : "END:VTODO");
   }
 
@@ -102,10 +104,10 @@ class ItemText {
   }
   std::string parametersOf(std::string_view name) const { return m_kept.parametersOf(name); }
   void text(std::string_view name, const std::optional<std::string>& value) {
-    if (value) line(std::string(name) + parametersOf(name) + ":" + escapeText(*value));
+    if (value) { line(std::string(name) + parametersOf(name) + ":" + escapeText(*value)); }
   }
   static std::string kindParameters(const CalendarTime& time) {
-    if (time.kind == CalendarTime::Kind::kDate) return ";VALUE=DATE";
+    if (time.kind == CalendarTime::Kind::kDate) { return ";VALUE=DATE"; }
     return time.kind == CalendarTime::Kind::kZoned ? ";TZID=" + parameterText(time.zone) : std::string();
   }
   void time(std::string_view name, const CalendarTime& value) {
@@ -117,8 +119,9 @@ class ItemText {
       const std::string parameters = kindParameters(values[i]);
       const CalendarTime::Kind kind = values[i].kind;
       std::string text = std::string(name) + parameters + ":" + timeText(values[i]);
-      for (++i; i < values.size() && values[i].kind == kind && kindParameters(values[i]) == parameters; ++i)
+      for (++i; i < values.size() && values[i].kind == kind && kindParameters(values[i]) == parameters; ++i) {
         text += "," + timeText(values[i]);
+      }
       line(text);
     }
   }
@@ -131,9 +134,9 @@ class ItemText {
     line(text + ":" + ruleText(exception.rule));
   }
   void completion() {
-    if (!m_item.completed) return;
+    if (!m_item.completed) { return; }
     line("COMPLETED:" + momentText(*m_item.completed));
-    if (!m_kept.has("STATUS") || !keepsStatus()) line("STATUS:COMPLETED");
+    if (!m_kept.has("STATUS") || !keepsStatus()) { line("STATUS:COMPLETED"); }
     line("PERCENT-COMPLETE:100");
   }
   /// A cancelled reminder may have been done before; every other state gives way to "done".
@@ -142,20 +145,21 @@ class ItemText {
                        [](std::string_view line) { return equalsNoCase(line, "STATUS:CANCELLED"); });
   }
   bool replaced(std::string_view kept) const {
-    if (!m_item.completed || m_item.kind != ItemKind::kReminder) return false;
-    if (equalsNoCase(kept.substr(0, 17), "PERCENT-COMPLETE:")) return true;
+    if (!m_item.completed || m_item.kind != ItemKind::kReminder) { return false; }
+    if (equalsNoCase(kept.substr(0, 17), "PERCENT-COMPLETE:")) { return true; }
     return equalsNoCase(kept.substr(0, 7), "STATUS:") && !keepsStatus();
   }
   void person(const Attendee& attendee) {
     std::string text = attendee.organizer ? "ORGANIZER" : "ATTENDEE";
-    if (attendee.name) text += ";CN=" + parameterText(*attendee.name);
+    if (attendee.name) { text += ";CN=" + parameterText(*attendee.name); }
     const auto add = [&](std::string_view name, std::string_view word) {
-      if (!word.empty()) text.append(";").append(name).append("=").append(word);
+      if (!word.empty()) { text.append(";").append(name).append("=").append(word); }
     };
     add("PARTSTAT", wordOf(kParticipationStates, attendee.status));
     add("ROLE", wordOf(kRoles, attendee.role));
-    if (attendee.type != Attendee::Type::kPerson || attendee.organizer)
+    if (attendee.type != Attendee::Type::kPerson || attendee.organizer) {
       add("CUTYPE", wordOf(kAttendeeTypes, attendee.type));
+    }
     line(text + attendee.extra + ":" + onOneLine(attendee.address));
   }
   void alarm(const Alarm& alarm) {
@@ -163,19 +167,22 @@ class ItemText {
     const auto action = wordOf(kActions, alarm.action);
     line("BEGIN:VALARM");
     line(std::string("ACTION:") + std::string(action));
-    if (const auto* relative = std::get_if<Alarm::Relative>(&alarm.trigger))
+    if (const auto* relative = std::get_if<Alarm::Relative>(&alarm.trigger)) {
       line(std::string(relative->fromEnd ? "TRIGGER;RELATED=END:" : "TRIGGER:") + durationText(relative->offset));
-    else
+    } else {
       line("TRIGGER;VALUE=DATE-TIME:" + momentText(std::get<Moment>(alarm.trigger)));
-    for (const auto& attached : {alarm.soundName, alarm.url})
-      if (attached) line("ATTACH;VALUE=URI" + kept.parametersOf("ATTACH") + ":" + onOneLine(*attached));
-    if (alarm.emailAddress)
+    }
+    for (const auto& attached : {alarm.soundName, alarm.url}) {
+      if (attached) { line("ATTACH;VALUE=URI" + kept.parametersOf("ATTACH") + ":" + onOneLine(*attached)); }
+    }
+    if (alarm.emailAddress) {
       line("ATTENDEE" + kept.parametersOf("ATTENDEE") + ":mailto:" + onOneLine(*alarm.emailAddress));
+    }
     const bool speaks = alarm.action == Alarm::Action::kDisplay || alarm.action == Alarm::Action::kEmail;
-    if (speaks && !kept.has("DESCRIPTION")) line(kAlarmDescription);
-    if (alarm.action == Alarm::Action::kEmail && !kept.has("SUMMARY")) line(kAlarmSummary);
-    for (std::string_view text : kept.properties) line(text);
-    for (std::string_view text : kept.components) line(text);
+    if (speaks && !kept.has("DESCRIPTION")) { line(kAlarmDescription); }
+    if (alarm.action == Alarm::Action::kEmail && !kept.has("SUMMARY")) { line(kAlarmSummary); }
+    for (std::string_view text : kept.properties) { line(text); }
+    for (std::string_view text : kept.components) { line(text); }
     line("END:VALARM");
   }
 
@@ -187,10 +194,12 @@ class ItemText {
 }  // namespace
 
 void writeCalendarHead(std::string& out, const Calendar& calendar) {
-  for (const char* line : {"BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:-//Orlocal//Orlocal 3//EN", "CALSCALE:GREGORIAN"})
+  for (const char* line :
+       {"BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:-//Orlocal//Orlocal 3//EN", "CALSCALE:GREGORIAN"}) {
     appendFolded(out, line);
+  }
   appendFolded(out, "X-WR-CALNAME:" + escapeText(calendar.title));
-  if (calendar.color) appendFolded(out, "X-APPLE-CALENDAR-COLOR:" + colorText(*calendar.color));
+  if (calendar.color) { appendFolded(out, "X-APPLE-CALENDAR-COLOR:" + colorText(*calendar.color)); }
 }
 
 void writeCalendarEnd(std::string& out) { appendFolded(out, "END:VCALENDAR"); }
@@ -199,15 +208,17 @@ void writeItem(std::string& out, const Item& item) { ItemText(out, item).write()
 
 void collectZones(std::map<std::string, int>& zones, const Item& item) {
   const auto add = [&](const CalendarTime& time) {
-    if (time.kind != CalendarTime::Kind::kZoned) return;
+    if (time.kind != CalendarTime::Kind::kZoned) { return; }
     const int year = static_cast<int>(time.local.year());
     const auto [found, isNew] = zones.emplace(time.zone, year);
-    if (!isNew) found->second = std::min(found->second, year);
+    if (!isNew) { found->second = std::min(found->second, year); }
   };
-  for (const auto* time : {&item.start, &item.end, &item.recurrenceId})
-    if (*time) add(**time);
-  for (const auto* list : {&item.recurrence.added, &item.recurrence.excluded})
-    for (const CalendarTime& time : *list) add(time);
+  for (const auto* time : {&item.start, &item.end, &item.recurrenceId}) {
+    if (*time) { add(**time); }
+  }
+  for (const auto* list : {&item.recurrence.added, &item.recurrence.excluded}) {
+    for (const CalendarTime& time : *list) { add(time); }
+  }
 }
 
 }  // namespace orlocal::store

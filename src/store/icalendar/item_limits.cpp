@@ -15,10 +15,14 @@ constexpr std::size_t kShownTitle = 60;
 
 std::size_t textBytes(const Item& item) {
   std::size_t bytes = item.extra.size();
-  for (const auto* text : {&item.title, &item.notes, &item.location, &item.url}) bytes += *text ? (*text)->size() : 0;
+  for (const auto* text : {&item.title, &item.notes, &item.location, &item.url}) {
+    bytes += *text ? (*text)->size() : 0;
+  }
   for (const Alarm& alarm : item.alarms) {
     bytes += alarm.extra.size();
-    for (const auto* text : {&alarm.emailAddress, &alarm.soundName, &alarm.url}) bytes += *text ? (*text)->size() : 0;
+    for (const auto* text : {&alarm.emailAddress, &alarm.soundName, &alarm.url}) {
+      bytes += *text ? (*text)->size() : 0;
+    }
   }
   for (const Attendee& attendee : item.attendees) {
     bytes += attendee.extra.size() + attendee.address.size() + attendee.name.value_or(std::string()).size();
@@ -29,8 +33,9 @@ std::size_t textBytes(const Item& item) {
 /// Without those that continue the one before (RFC 5545, 3.1).
 std::size_t linesOf(std::string_view text) {
   std::size_t lines = 0;
-  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string_view::npos; ++at)
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string_view::npos; ++at) {
     lines += at + 1 == text.size() || text[at + 1] != ' ' ? 1U : 0U;
+  }
   return lines;
 }
 
@@ -53,10 +58,10 @@ Status checkSize(const Item& item) {
   constexpr std::size_t kFewBytes = kMostItemLines * 2, kFew = kMostItemLines / 20;
   const std::size_t parts =
       item.alarms.size() + item.attendees.size() + item.recurrence.added.size() + item.recurrence.excluded.size();
-  if (textBytes(item) < kFewBytes && parts < kFew) return {};
+  if (textBytes(item) < kFewBytes && parts < kFew) { return {}; }
   std::string text;
   writeItem(text, item);
-  if (text.size() <= kMostItemBytes && linesOf(text) <= kMostItemLines) return {};
+  if (text.size() <= kMostItemBytes && linesOf(text) <= kMostItemLines) { return {}; }
   return failure(ErrorCode::kTooLarge,
                  fmt::format("The item \"{:.{}}\" would take more than {} MiB or {} lines as iCalendar text, and no "
                              "import would take it again; shorten it.",

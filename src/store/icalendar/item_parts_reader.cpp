@@ -33,22 +33,24 @@ bool isMailAddress(std::string_view address) {
 std::string keptParameters(std::string_view property, const ContentLine& line) {
   std::string kept;
   std::string_view rest = line.parameters;
-  for (ContentParameter parameter; nextParameter(rest, parameter);)
-    if (!equalsNoCase(parameter.name, "VALUE")) kept += parameter.text;
+  for (ContentParameter parameter; nextParameter(rest, parameter);) {
+    if (!equalsNoCase(parameter.name, "VALUE")) { kept += parameter.text; }
+  }
   return kept.empty() ? kept : "@" + std::string(property) + kept + "\n";
 }
 
 bool readTrigger(Alarm& alarm, const ContentLine& line) {
   std::string_view rest = line.parameters;
   bool fromEnd = false;
-  for (ContentParameter parameter; nextParameter(rest, parameter);)
+  for (ContentParameter parameter; nextParameter(rest, parameter);) {
     fromEnd = fromEnd || (equalsNoCase(parameter.name, "RELATED") && equalsNoCase(parameter.value, "END"));
+  }
   if (const auto offset = parseDuration(line.value)) {
     alarm.trigger = Alarm::Relative{std::chrono::seconds(offset->days * 86400 + offset->seconds), fromEnd};
     return true;
   }
   auto time = parseTime(line.value);
-  if (!time) return false;
+  if (!time) { return false; }
   alarm.trigger = momentOf(*time, Zone());
   return true;
 }
@@ -61,17 +63,17 @@ std::optional<Alarm> readAlarm(const std::vector<std::string>& lines) {
   std::string parameters;  // of the line that a field holds
   for (const std::string& text : lines) {
     const auto line = splitContentLine(text, 0);
-    if (!line || !line->is("ACTION")) continue;
+    if (!line || !line->is("ACTION")) { continue; }
     const auto action = valueOf(kActions, line->value);
-    if (!action) return std::nullopt;
+    if (!action) { return std::nullopt; }
     alarm.action = *action;
   }
   for (const std::string& text : lines) {
     const auto line = splitContentLine(text, 0);
-    if (!line || line->is("ACTION")) continue;
+    if (!line || line->is("ACTION")) { continue; }
     const bool attach = line->is("ATTACH") && isUri(*line);
     if (line->is("TRIGGER") && !hasTrigger) {
-      if (!readTrigger(alarm, *line)) return std::nullopt;
+      if (!readTrigger(alarm, *line)) { return std::nullopt; }
       hasTrigger = true;
     } else if (attach && alarm.action == Alarm::Action::kAudio && !alarm.soundName) {
       alarm.soundName = std::string(line->value);
@@ -107,24 +109,26 @@ Attendee readAttendee(const ContentLine& line) {
   for (ContentParameter parameter; nextParameter(rest, parameter);) {
     const auto read = [&](const auto& words, auto& field, bool& has) {
       // Each may come once (RFC 5545, 3.2); of several the first counts, as for any parameter.
-      if (std::exchange(has, true)) return;
+      if (std::exchange(has, true)) { return; }
       const auto value = valueOf(words, parameter.value);
-      if (value)
+      if (value) {
         field = *value;
-      else
+      } else {
         field = {};
-      if (!value) made.extra += parameter.text;
+      }
+      if (!value) { made.extra += parameter.text; }
     };
-    if (equalsNoCase(parameter.name, "CN"))
+    if (equalsNoCase(parameter.name, "CN")) {
       made.name = made.name ? std::move(made.name) : line.parameter("CN");
-    else if (equalsNoCase(parameter.name, "PARTSTAT"))
+    } else if (equalsNoCase(parameter.name, "PARTSTAT")) {
       read(kParticipationStates, made.status, hasStatus);
-    else if (equalsNoCase(parameter.name, "ROLE"))
+    } else if (equalsNoCase(parameter.name, "ROLE")) {
       read(kRoles, made.role, hasRole);
-    else if (equalsNoCase(parameter.name, "CUTYPE"))
+    } else if (equalsNoCase(parameter.name, "CUTYPE")) {
       read(kAttendeeTypes, made.type, hasType);
-    else
+    } else {
       made.extra += parameter.text;
+    }
   }
   return made;
 }

@@ -47,10 +47,11 @@ constexpr std::array<ItemDraft::Property, 24> ItemDraft::kProperties{{
 void ItemDraft::property(const ContentLine& line) {
   const auto* found =
       std::find_if(kProperties.begin(), kProperties.end(), [&](const Property& known) { return line.is(known.name); });
-  if (found == kProperties.end())
+  if (found == kProperties.end()) {
     keep(line);
-  else
+  } else {
     (this->*found->read)(line);
+  }
 }
 
 void ItemDraft::keep(const ContentLine& line) { m_item.extra.append(line.text).append("\n"); }
@@ -58,11 +59,12 @@ void ItemDraft::keep(const ContentLine& line) { m_item.extra.append(line.text).a
 void ItemDraft::keepParameters(const ContentLine& line) {
   std::string_view rest = line.parameters;
   std::string kept;
-  for (ContentParameter parameter; nextParameter(rest, parameter);)
-    if (!equalsNoCase(parameter.name, "TZID") && !equalsNoCase(parameter.name, "VALUE")) kept += parameter.text;
-  if (kept.empty()) return;
+  for (ContentParameter parameter; nextParameter(rest, parameter);) {
+    if (!equalsNoCase(parameter.name, "TZID") && !equalsNoCase(parameter.name, "VALUE")) { kept += parameter.text; }
+  }
+  if (kept.empty()) { return; }
   std::string name;
-  for (char c : line.name) name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+  for (char c : line.name) { name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
   m_parameters.emplace(std::move(name), std::move(kept));
 }
 
@@ -93,14 +95,15 @@ ItemDraft::TimeParameters ItemDraft::timeParametersOf(const ContentLine& line) {
 
 std::optional<CalendarTime> ItemDraft::time(TimeParameters& parameters, std::string_view value) {
   auto read = parseTime(value);
-  if (!read) return std::nullopt;
+  if (!read) { return std::nullopt; }
   if (read->kind != Kind::kDate && parameters.isDate) {
     read->kind = Kind::kDate;
     read->local = LocalTime(LocalDay(read->local));
   }
-  if (read->kind != Kind::kFloating || parameters.tzid.empty()) return read;
-  if (parameters.zone == nullptr)
+  if (read->kind != Kind::kFloating || parameters.tzid.empty()) { return read; }
+  if (parameters.zone == nullptr) {
     parameters.zone = &m_zones.zoneOf(parameters.tzid, m_span.calendar, parameters.line, m_problems);
+  }
   if (const auto& zone = *parameters.zone) {
     read->kind = *zone == "UTC" ? Kind::kUtc : Kind::kZoned;
     read->zone = read->kind == Kind::kUtc ? "" : *zone;
@@ -111,7 +114,7 @@ std::optional<CalendarTime> ItemDraft::time(TimeParameters& parameters, std::str
 std::optional<Moment> ItemDraft::instant(const ContentLine& line) {
   auto parameters = timeParametersOf(line);
   const auto read = time(parameters, line.value);
-  if (!read && !line.value.empty()) warn(line.line, fmt::format("{} has no date that can be read", line.name));
+  if (!read && !line.value.empty()) { warn(line.line, fmt::format("{} has no date that can be read", line.name)); }
   return read ? std::optional(momentOf(*read, Zone())) : std::nullopt;
 }
 
@@ -123,7 +126,7 @@ void ItemDraft::moment(std::optional<CalendarTime>& field, const ContentLine& li
     // A reminder is one without its dates, too.
     return m_item.kind == ItemKind::kEvent ? fail(line.line, std::move(reason)) : warn(line.line, std::move(reason));
   }
-  if (field) return warn(line.line, fmt::format("a second {} was passed over", line.name));
+  if (field) { return warn(line.line, fmt::format("a second {} was passed over", line.name)); }
   field = read;
   keepParameters(line);
 }
@@ -131,32 +134,36 @@ void ItemDraft::moment(std::optional<CalendarTime>& field, const ContentLine& li
 void ItemDraft::start(const ContentLine& line) { moment(m_item.start, line); }
 
 void ItemDraft::end(const ContentLine& line) {
-  if (line.is("DUE") != (m_item.kind == ItemKind::kReminder)) return keep(line);  // that of the other kind
+  if (line.is("DUE") != (m_item.kind == ItemKind::kReminder)) {
+    return keep(line);  // that of the other kind
+  }
   m_endLine = line.line;
-  if (line.value.empty()) return warn(line.line, fmt::format("{} is empty and was passed over", line.name));
+  if (line.value.empty()) { return warn(line.line, fmt::format("{} is empty and was passed over", line.name)); }
   moment(m_item.end, line);
 }
 
 void ItemDraft::duration(const ContentLine& line) {
   m_endLine = line.line;
   m_duration = parseDuration(line.value);
-  if (!m_duration)
+  if (!m_duration) {
     fail(line.line, fmt::format("DURATION has no length that can be read: \"{}\"", line.value.substr(0, 40)));
+  }
 }
 
 void ItemDraft::recurrenceId(const ContentLine& line) {
   moment(m_item.recurrenceId, line);
   m_recurrenceIdLine = line.line;
   const auto range = line.parameter("RANGE");
-  if (!range) return;
+  if (!range) { return; }
   m_andFuture = equalsNoCase(*range, "THISANDFUTURE");
-  if (!m_andFuture)
+  if (!m_andFuture) {
     warn(line.line, fmt::format("RANGE={} is not followed: only this one occurrence is changed", *range));
+  }
 }
 
 Result<RecurrenceRule> ItemDraft::readRule(const ContentLine& line) {
   auto read = parseRule(line.value);
-  if (!read || !ScaledRule::isNeededFor(*read)) return read;
+  if (!read || !ScaledRule::isNeededFor(*read)) { return read; }
   ORLOCAL_CHECK(ScaledRule::check(*read));
   return read;
 }
@@ -164,12 +171,12 @@ Result<RecurrenceRule> ItemDraft::readRule(const ContentLine& line) {
 bool ItemDraft::mayHaveAnotherRule(const ContentLine& line) {
   constexpr std::size_t kMostRules = 500;
   const bool may = m_item.recurrence.rules.size() + m_item.recurrence.exceptionRules.size() < kMostRules;
-  if (!may) fail(line.line, "it has more than 500 rules");
+  if (!may) { fail(line.line, "it has more than 500 rules"); }
   return may;
 }
 
 void ItemDraft::rule(const ContentLine& line) {
-  if (!mayHaveAnotherRule(line)) return;
+  if (!mayHaveAnotherRule(line)) { return; }
   auto read = readRule(line);
   m_ruleLine = line.line;
   if (read) {
@@ -185,7 +192,7 @@ void ItemDraft::rule(const ContentLine& line) {
 }
 
 void ItemDraft::exceptionRule(const ContentLine& line) {
-  if (!mayHaveAnotherRule(line)) return;
+  if (!mayHaveAnotherRule(line)) { return; }
   auto read = readRule(line);
   if (!read) {
     keep(line);
@@ -193,8 +200,9 @@ void ItemDraft::exceptionRule(const ContentLine& line) {
   }
   ExceptionRule made{std::move(*read), std::nullopt};
   // Ours, of what was split off a series: from when the rule runs there.
-  if (const auto start = line.parameter(kExceptionStart))
-    if (const auto time = parseTime(*start)) made.start = time->local;
+  if (const auto start = line.parameter(kExceptionStart)) {
+    if (const auto time = parseTime(*start)) { made.start = time->local; }
+  }
   m_item.recurrence.exceptionRules.push_back(std::move(made));
 }
 
@@ -203,7 +211,7 @@ void ItemDraft::added(const ContentLine& line) { dates(line, m_item.recurrence.a
 void ItemDraft::excluded(const ContentLine& line) { dates(line, m_item.recurrence.excluded, false); }
 
 void ItemDraft::dates(const ContentLine& line, std::vector<CalendarTime>& list, bool periods) {
-  if (line.value.empty()) return warn(line.line, fmt::format("{} is empty and was passed over", line.name));
+  if (line.value.empty()) { return warn(line.line, fmt::format("{} is empty and was passed over", line.name)); }
   auto parameters = timeParametersOf(line);
   for (std::string_view value : splitUnescaped(line.value, ',')) {
     const std::size_t slash = periods ? value.find('/') : std::string_view::npos;
@@ -214,26 +222,27 @@ void ItemDraft::dates(const ContentLine& line, std::vector<CalendarTime>& list, 
       continue;
     }
     list.push_back(*read);
-    if (slash != std::string_view::npos)
+    if (slash != std::string_view::npos) {
       m_periods.emplace_back(*read, periodEnd(parameters, *read, value.substr(slash + 1)));
+    }
   }
 }
 
 std::optional<CalendarTime> ItemDraft::periodEnd(TimeParameters& parameters, const CalendarTime& begin,
                                                  std::string_view text) {
-  if (const auto length = parseDuration(text)) return after(begin, *length);
+  if (const auto length = parseDuration(text)) { return after(begin, *length); }
   return time(parameters, text);
 }
 
 void ItemDraft::sequence(const ContentLine& line) {
   const auto [end, error] = std::from_chars(line.value.data(), line.value.data() + line.value.size(), m_item.sequence);
-  if (error != std::errc()) warn(line.line, "SEQUENCE is no number and was passed over");
+  if (error != std::errc()) { warn(line.line, "SEQUENCE is no number and was passed over"); }
 }
 
 void ItemDraft::priority(const ContentLine& line) {
   int value = -1;
   std::from_chars(line.value.data(), line.value.data() + line.value.size(), value);
-  if (value < 0 || value > 9) return warn(line.line, "PRIORITY is not from 0 to 9 and was passed over");
+  if (value < 0 || value > 9) { return warn(line.line, "PRIORITY is not from 0 to 9 and was passed over"); }
   m_item.priority = value;
 }
 
@@ -242,33 +251,36 @@ void ItemDraft::created(const ContentLine& line) { m_item.created = instant(line
 void ItemDraft::modified(const ContentLine& line) { m_item.modified = instant(line); }
 
 void ItemDraft::completed(const ContentLine& line) {
-  if (m_item.kind == ItemKind::kReminder)
+  if (m_item.kind == ItemKind::kReminder) {
     m_item.completed = instant(line);
-  else
+  } else {
     keep(line);
+  }
 }
 
 void ItemDraft::status(const ContentLine& line) {
-  if (m_item.kind == ItemKind::kReminder && equalsNoCase(line.value, "COMPLETED"))
+  if (m_item.kind == ItemKind::kReminder && equalsNoCase(line.value, "COMPLETED")) {
     m_isDone = true;
-  else
+  } else {
     keep(line);
+  }
 }
 
 void ItemDraft::percent(const ContentLine& line) {
-  if (m_item.kind != ItemKind::kReminder)
+  if (m_item.kind != ItemKind::kReminder) {
     keep(line);
-  else if (line.value == "100")
+  } else if (line.value == "100") {
     m_isFull = true;
-  else
+  } else {
     m_percent = std::string(line.text);
+  }
 }
 
 void ItemDraft::attendee(const ContentLine& line) { m_item.attendees.push_back(readAttendee(line)); }
 
 CalendarTime ItemDraft::after(CalendarTime begin, const Duration& length) {
   begin.local += length.days * kSecondsPerDay;
-  if (begin.kind == Kind::kDate || length.seconds == 0) return begin;
+  if (begin.kind == Kind::kDate || length.seconds == 0) { return begin; }
   const Zone zone = begin.kind == Kind::kZoned ? Zone::named(begin.zone).value_or(Zone()) : Zone();
   begin.local = zone.toLocal(zone.toMoment(begin.local) + std::chrono::seconds(length.seconds));
   return begin;

@@ -51,24 +51,24 @@ void RuleBudget::settle(const Recurrence& recurrence, const ExpansionBudget& lef
   const std::uint64_t taken = given(recurrence) - left.left();
   m_steps -= std::min(m_steps, taken - std::min(taken, kOwnSteps));
   // libical's steps are not ours, and nothing but time tells what they cost.
-  if (isScaled(recurrence)) m_scaledTime -= std::min(m_scaledTime, std::chrono::steady_clock::now() - m_begun);
+  if (isScaled(recurrence)) { m_scaledTime -= std::min(m_scaledTime, std::chrono::steady_clock::now() - m_begun); }
 }
 
 bool RuleBudget::takesScaled(const Recurrence& recurrence) { return !isScaled(recurrence) || m_scaled-- > 0; }
 
 bool RuleBudget::takesOccurrences(std::int64_t inMonth) {
   const std::int64_t beyond = inMonth - std::min(inMonth, kOwnOccurrences);
-  if (beyond > m_occurrences) return false;
+  if (beyond > m_occurrences) { return false; }
   m_occurrences -= beyond;
   return true;
 }
 
 std::optional<ReadItem> ItemDraft::read(std::string_view text) {
-  if (text.size() > kMostItemBytes) return refuse(m_span.span.line, "it is larger than 16 MiB");
+  if (text.size() > kMostItemBytes) { return refuse(m_span.span.line, "it is larger than 16 MiB"); }
   ContentLines lines(text, m_span.span.line);
   std::size_t count = 0;
   for (ContentLine line; lines.next(line);) {
-    if (++count > kMostItemLines) return refuse(line.line, "it has more than 100,000 lines");
+    if (++count > kMostItemLines) { return refuse(line.line, "it has more than 100,000 lines"); }
     component(line);
   }
   return finish(text);
@@ -91,7 +91,7 @@ void ItemDraft::fail(int line, std::string reason) {
 
 void ItemDraft::component(const ContentLine& line) {
   if (line.is("BEGIN")) {
-    if (std::exchange(m_begun, true)) beginInner(line);
+    if (std::exchange(m_begun, true)) { beginInner(line); }
   } else if (line.is("END")) {
     endInner(line);
   } else if (line.name.empty()) {
@@ -104,7 +104,7 @@ void ItemDraft::component(const ContentLine& line) {
 }
 
 void ItemDraft::beginInner(const ContentLine& line) {
-  if (m_open.empty()) m_innerLine = line.line;
+  if (m_open.empty()) { m_innerLine = line.line; }
   m_open.emplace_back(trimmed(line.value));
   m_inner.push_back("BEGIN:" + m_open.back());
 }
@@ -115,12 +115,14 @@ void ItemDraft::endInner(const ContentLine& line) {
   const bool ownEnd = equalsNoCase(name, m_item.kind == ItemKind::kEvent ? "VEVENT" : "VTODO");
   const auto found =
       std::find_if(m_open.rbegin(), m_open.rend(), [&](const std::string& open) { return equalsNoCase(open, name); });
-  if (found == m_open.rend() && !ownEnd) return;  // the layout has said that it closes nothing
-  if (m_open.empty()) return;
+  if (found == m_open.rend() && !ownEnd) {
+    return;  // the layout has said that it closes nothing
+  }
+  if (m_open.empty()) { return; }
   m_innerBroken = m_innerBroken || found != m_open.rbegin();
   m_open.resize(static_cast<std::size_t>(ownEnd ? 0 : m_open.rend() - found - 1));
   m_inner.push_back("END:" + std::string(name));
-  if (m_open.empty()) innerDone(line.line);
+  if (m_open.empty()) { innerDone(line.line); }
 }
 
 void ItemDraft::innerDone(int line) {
@@ -135,19 +137,22 @@ void ItemDraft::innerDone(int line) {
   if (alarm) {
     m_item.alarms.push_back(*alarm);
   } else {
-    if (isAlarm)
+    if (isAlarm) {
       warn(line, "the alarm that ends here has no action or trigger that can be followed; it is kept as it is");
-    for (const std::string& text : m_inner) m_components.append(text).append("\n");
+    }
+    for (const std::string& text : m_inner) { m_components.append(text).append("\n"); }
   }
   m_inner.clear();
 }
 
 std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
-  if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start)
+  if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start) {
     fail(m_span.span.line, "it has no DTSTART");
-  if (m_span.changed && !m_item.recurrenceId)
+  }
+  if (m_span.changed && !m_item.recurrenceId) {
     fail(m_recurrenceIdLine, "its RECURRENCE-ID does not tell which occurrence it changes");
-  if (!m_failure.empty()) return refuse(m_failureLine, m_failure);
+  }
+  if (!m_failure.empty()) { return refuse(m_failureLine, m_failure); }
   if (m_item.recurrenceId && !m_span.changed) {
     warn(m_recurrenceIdLine, "RECURRENCE-ID changes no series of this file and was passed over: this is a series");
     m_item.recurrenceId.reset();
@@ -156,20 +161,23 @@ std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
   }
   // In an order that does not hang on where the lines stood.
   std::string extra;
-  for (const auto& [name, parameters] : m_parameters) extra.append("@").append(name).append(parameters).append("\n");
+  for (const auto& [name, parameters] : m_parameters) {
+    extra.append("@").append(name).append(parameters).append("\n");
+  }
   m_item.extra = extra + m_item.extra + m_components;
   if (m_item.uid.empty()) {
     // Named by its content, so that another import finds it again.
     std::string content;
     ContentLines lines(bytes);
-    for (ContentLine line; lines.next(line);)
-      if (!line.is("DTSTAMP")) content.append(line.text).append("\n");
+    for (ContentLine line; lines.next(line);) {
+      if (!line.is("DTSTAMP")) { content.append(line.text).append("\n"); }
+    }
     m_item.uid = fmt::format("content-{:016x}", contentHash(content));
   }
   // The beginning of 1970 is what is written where nothing is known.
-  if ((!m_item.created || !m_item.modified) && m_stamp != Moment{}) m_item.stamped = m_stamp;
-  if (!settleEnd()) return std::nullopt;
-  if (m_item.kind == ItemKind::kReminder) settleCompletion();
+  if ((!m_item.created || !m_item.modified) && m_stamp != Moment{}) { m_item.stamped = m_stamp; }
+  if (!settleEnd()) { return std::nullopt; }
+  if (m_item.kind == ItemKind::kReminder) { settleCompletion(); }
   return settleRecurrence();
 }
 
@@ -177,8 +185,8 @@ bool ItemDraft::settleEnd() {
   auto& start = m_item.start;
   auto& end = m_item.end;
   const bool event = m_item.kind == ItemKind::kEvent;
-  if (!end && m_duration && start) end = after(*start, *m_duration);
-  if (!event || !start) return true;
+  if (!end && m_duration && start) { end = after(*start, *m_duration); }
+  if (!event || !start) { return true; }
   if (!end) {
     end = start;
   } else if ((start->kind == Kind::kDate) != (end->kind == Kind::kDate)) {
@@ -200,7 +208,7 @@ bool ItemDraft::settleEnd() {
     return false;
   }
   // A day that ends where it starts is written by many for one whole day.
-  if (start->kind == Kind::kDate && end->local == start->local) end->local += kSecondsPerDay;
+  if (start->kind == Kind::kDate && end->local == start->local) { end->local += kSecondsPerDay; }
   return true;
 }
 
@@ -210,13 +218,15 @@ void ItemDraft::settleCompletion() {
     const auto due = m_item.end ? std::optional(momentOf(*m_item.end, Zone())) : std::nullopt;
     m_item.completed = m_item.modified ? m_item.modified : due ? due : m_stamp ? m_stamp : Moment{};
   }
-  if (m_isFull) m_percent = "PERCENT-COMPLETE:100";
-  if (!m_item.completed && !m_percent.empty()) m_item.extra.append(m_percent).append("\n");
-  if (!m_item.completed) return;
+  if (m_isFull) { m_percent = "PERCENT-COMPLETE:100"; }
+  if (!m_item.completed && !m_percent.empty()) { m_item.extra.append(m_percent).append("\n"); }
+  if (!m_item.completed) { return; }
   // What speaks against its being done is outdated.
-  for (const char* outdated : {"STATUS:NEEDS-ACTION\n", "STATUS:IN-PROCESS\n"})
-    if (const auto at = m_item.extra.find(outdated); at != std::string::npos)
+  for (const char* outdated : {"STATUS:NEEDS-ACTION\n", "STATUS:IN-PROCESS\n"}) {
+    if (const auto at = m_item.extra.find(outdated); at != std::string::npos) {
       m_item.extra.erase(at, std::string_view(outdated).size());
+    }
+  }
 }
 
 std::shared_ptr<const Series> ItemDraft::compile() {
@@ -236,11 +246,11 @@ std::shared_ptr<const Series> ItemDraft::compile() {
     ORLOCAL_CHECK(series);
     ORLOCAL_CHECK(series->checkDensity());
     ORLOCAL_CHECK(series->first(budget));
-    if (m_rules.takesOccurrences(series->mostInMonth())) return {};
+    if (m_rules.takesOccurrences(series->mostInMonth())) { return {}; }
     return failure(ErrorCode::kRefused, "the events of this file come too often in a month, all together, to be shown");
   }();
   m_rules.settle(m_item.recurrence, budget);
-  if (accepted) return std::make_shared<const Series>(std::move(*series));
+  if (accepted) { return std::make_shared<const Series>(std::move(*series)); }
   refuse(line, accepted.error().message);
   return nullptr;
 }
@@ -255,7 +265,7 @@ bool ItemDraft::addPeriods(ReadItem& made) {
   std::size_t bytes = 0;
   Item one;
   for (const auto& [begin, end] : m_periods) {
-    if (!end || momentOf(*end, Zone()) - momentOf(begin, Zone()) == length) continue;
+    if (!end || momentOf(*end, Zone()) - momentOf(begin, Zone()) == length) { continue; }
     if (made.periods.empty()) {
       one = m_item;
       one.recurrence = {};
@@ -280,7 +290,7 @@ std::optional<ReadItem> ItemDraft::settleRecurrence() {
   ReadItem made;
   if (!m_item.recurrence.empty()) {
     made.series = compile();
-    if (made.series == nullptr || !addPeriods(made)) return std::nullopt;
+    if (made.series == nullptr || !addPeriods(made)) { return std::nullopt; }
   }
   made.item = std::move(m_item);
   made.andFuture = m_andFuture;

@@ -52,16 +52,18 @@ constexpr std::string_view kAlarmSummary = "SUMMARY:Reminder";
 /// Compared without case; none for another word.
 template <class Value, std::size_t Size>
 std::optional<Value> valueOf(const std::array<Word<Value>, Size>& words, std::string_view text) {
-  for (const auto& word : words)
-    if (equalsNoCase(word.text, text)) return word.value;
+  for (const auto& word : words) {
+    if (equalsNoCase(word.text, text)) { return word.value; }
+  }
   return std::nullopt;
 }
 
 /// Empty for a value that has no word.
 template <class Value, std::size_t Size>
 std::string_view wordOf(const std::array<Word<Value>, Size>& words, Value value) {
-  for (const auto& word : words)
-    if (word.value == value) return word.text;
+  for (const auto& word : words) {
+    if (word.value == value) { return word.text; }
+  }
   return {};
 }
 

@@ -30,9 +30,9 @@ bool begins(const Item& item, const Moment original) {
   Item bare = item;
   bare.recurrence.excluded.clear();
   bare.recurrence.exceptionRules.clear();
-  if (!bare.recurrence.rules.empty()) bare.recurrence.added.clear();
+  if (!bare.recurrence.rules.empty()) { bare.recurrence.added.clear(); }
   const auto series = Series::compile(bare, Zone());
-  if (!series) return false;
+  if (!series) { return false; }
   ExpansionBudget budget;
   const auto found = series->at(original, budget);
   return found && *found;
@@ -48,18 +48,18 @@ void addLine(std::string& extra, const std::string& line) {
 bool cut(std::vector<Part>& parts, LaterChange& change) {
   Item& whole = parts.back().series;
   const auto series = Series::compile(whole, Zone());
-  if (!series || !change.item.start || !whole.start) return false;
+  if (!series || !change.item.start || !whole.start) { return false; }
   const Moment original = series->originalStart(*change.item.recurrenceId);
   if (original == series->originalStart(*whole.start)) {
     parts.back().change = std::move(change);
     return true;
   }
-  if (!begins(whole, original)) return false;
+  if (!begins(whole, original)) { return false; }
   auto halves = halvesOf(whole, *series, original);
-  if (!halves) return false;
+  if (!halves) { return false; }
   Part later{whole, std::nullopt, {}};
   later.series.start = series->recurrenceId(original);
-  if (whole.end) later.series.end->local += later.series.start->local - whole.start->local;
+  if (whole.end) { later.series.end->local += later.series.start->local - whole.start->local; }
   later.series.recurrence = std::move(halves->right);
   whole.recurrence = std::move(halves->left);
   later.change = std::move(change);
@@ -80,11 +80,11 @@ ItemGroup finished(Part& part, const ItemGroup& group, std::string uid) {
     const Zone viewer;
     const SeriesShift shift(*before, *part.series.start, *item.start, viewer);
     shift.move(item.recurrence, true);
-    for (Item& changed : part.changed) changed.recurrenceId = shift(*changed.recurrenceId);
+    for (Item& changed : part.changed) { changed.recurrenceId = shift(*changed.recurrenceId); }
   }
-  for (Item& changed : part.changed) changed.uid = item.uid;
+  for (Item& changed : part.changed) { changed.uid = item.uid; }
   made.changed = std::move(part.changed);
-  if (auto series = Series::compile(item, Zone())) made.series = std::make_shared<const Series>(std::move(*series));
+  if (auto series = Series::compile(item, Zone())) { made.series = std::make_shared<const Series>(std::move(*series)); }
   made.main = std::move(item);
   return made;
 }
@@ -100,16 +100,16 @@ void cutAtLaterChanges(ItemGroup& group, std::vector<LaterChange> changes, ReadP
   parts.push_back({*group.main, std::nullopt, {}});
   for (LaterChange& change : changes) {
     const bool tooMany = parts.size() > kMostChanges;
-    if (!tooMany && cut(parts, change)) continue;
+    if (!tooMany && cut(parts, change)) { continue; }
     problems.warn(change.line, change.item.uid,
                   tooMany ? "the series is changed by RANGE=THISANDFUTURE more than 500 times: only this one is changed"
                           : "RANGE=THISANDFUTURE begins at no occurrence of the rule: only this one is changed");
     group.changed.push_back(std::move(change.item));
   }
-  if (parts.size() == 1 && !parts.front().change) return;
+  if (parts.size() == 1 && !parts.front().change) { return; }
   for (Item& changed : group.changed) {
     auto part = parts.rbegin();
-    while (part + 1 != parts.rend() && originalOf(changed) < whole->originalStart(*part->series.start)) ++part;
+    while (part + 1 != parts.rend() && originalOf(changed) < whole->originalStart(*part->series.start)) { ++part; }
     part->changed.push_back(std::move(changed));
   }
   const std::string uid = group.main->uid;
@@ -129,7 +129,7 @@ std::vector<std::string> continuationsOf(const Item& item) {
   while (!rest.empty() && !rest.starts_with("BEGIN:")) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
     rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-    if (line.starts_with(kContinuation)) uids.push_back(unescapeText(line.substr(kContinuation.size())));
+    if (line.starts_with(kContinuation)) { uids.push_back(unescapeText(line.substr(kContinuation.size()))); }
   }
   return uids;
 }

@@ -23,16 +23,17 @@ PrivateZone privateZoneOf(std::string_view tzid, std::string_view vtimezone) {
   std::string rules, rest;
   ContentLines lines(vtimezone);
   for (ContentLine line; lines.next(line);) {
-    if (line.is("TZID")) continue;
+    if (line.is("TZID")) { continue; }
     rest.append(line.text).append("\n");
     // Notes about the block do not make it another zone.
-    if (!line.is("LAST-MODIFIED") && !line.is("TZURL") && !line.name.starts_with("X-"))
+    if (!line.is("LAST-MODIFIED") && !line.is("TZURL") && !line.name.starts_with("X-")) {
       rules.append(line.text).append("\n");
+    }
   }
   std::string name = unescapeText(withoutQuotes(tzid)).substr(0, kLongestName);
-  while (!isUtf8(name)) name.pop_back();
+  while (!isUtf8(name)) { name.pop_back(); }
   const std::string number = fmt::format(" #{:08x}", static_cast<std::uint32_t>(contentHash(rules)));
-  if (!name.ends_with(number)) name += number;
+  if (!name.ends_with(number)) { name += number; }
   const std::size_t firstLine = rest.find('\n') + 1;
   return PrivateZone{name, rest.substr(0, firstLine) + "TZID:" + escapeText(name) + "\n" + rest.substr(firstLine)};
 }

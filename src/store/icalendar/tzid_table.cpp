@@ -22,21 +22,21 @@ constexpr std::int64_t kWorkOfOne = 1'000, kWorkInVain = 10'000;
 }  // namespace
 
 TzidTable::TzidTable(std::string_view bytes, const std::vector<ZoneSpan>& zones) : m_bytes(bytes) {
-  for (const ZoneSpan& zone : zones) m_blocks[zone.tzid].push_back(&zone);
+  for (const ZoneSpan& zone : zones) { m_blocks[zone.tzid].push_back(&zone); }
 }
 
 const std::optional<std::string>& TzidTable::zoneOf(std::string_view tzid, std::size_t calendar, int line,
                                                     ReadProblems& problems) {
-  if (m_known.size() <= calendar) m_known.resize(calendar + 1);
+  if (m_known.size() <= calendar) { m_known.resize(calendar + 1); }
   auto& known = m_known[calendar];
   auto found = known.find(tzid);
-  if (found == known.end()) found = known.emplace(std::string(tzid), find(tzid, calendar, line, problems)).first;
+  if (found == known.end()) { found = known.emplace(std::string(tzid), find(tzid, calendar, line, problems)).first; }
   return found->second;
 }
 
 std::optional<std::string> TzidTable::find(std::string_view tzid, std::size_t calendar, int line,
                                            ReadProblems& problems) {
-  if (const auto& system = systemZone(tzid)) return system;
+  if (const auto& system = systemZone(tzid)) { return system; }
   std::string reason = "names no known time zone and the file does not define it";
   if (const auto blocks = m_blocks.find(tzid); blocks != m_blocks.end()) {
     const auto& all = blocks->second;
@@ -46,7 +46,7 @@ std::optional<std::string> TzidTable::find(std::string_view tzid, std::size_t ca
     const bool own = after != all.begin() && (*(after - 1))->calendar == calendar;
     const ZoneSpan& block = own ? **(after - 1) : *all.front();
     const Meaning& meaning = meaningOf(block);
-    if (meaning.zone) return meaning.zone;
+    if (meaning.zone) { return meaning.zone; }
     reason = fmt::format("is defined in line {}, which is of no use: {}", block.span.line, meaning.trouble);
   }
   problems.warn(line, "", fmt::format("TZID \"{}\" {}; its times are read as floating", tzid.substr(0, 200), reason));
@@ -56,34 +56,35 @@ std::optional<std::string> TzidTable::find(std::string_view tzid, std::size_t ca
 const std::optional<std::string>& TzidTable::systemZone(std::string_view tzid) {
   static const std::optional<std::string> none;
   const auto known = m_system.find(tzid);
-  if (known != m_system.end()) return known->second;
-  if (m_system.size() >= kMostNames) return none;
+  if (known != m_system.end()) { return known->second; }
+  if (m_system.size() >= kMostNames) { return none; }
   return m_system.emplace(std::string(tzid), systemZoneOf(tzid)).first->second;
 }
 
 const TzidTable::Meaning& TzidTable::meaningOf(const ZoneSpan& block) {
   const Meaning*& meaning = m_meanings[&block];
-  if (meaning != nullptr) return *meaning;
+  if (meaning != nullptr) { return *meaning; }
   const std::string_view text = block.span.of(m_bytes);
   auto found = m_meaningsOfTexts.find(text);
-  if (found == m_meaningsOfTexts.end()) found = m_meaningsOfTexts.emplace(text, work(block, text)).first;
+  if (found == m_meaningsOfTexts.end()) { found = m_meaningsOfTexts.emplace(text, work(block, text)).first; }
   return *(meaning = &found->second);
 }
 
 TzidTable::Meaning TzidTable::work(const ZoneSpan& block, std::string_view text) {
-  if (text.size() > kLongestBlock) return {std::nullopt, "it is longer than 64 KiB"};
-  if (!isOneZone(text)) return {std::nullopt, "a component in it is not closed"};
-  if (m_workLeft <= 0) return {std::nullopt, "the file defines too many time zones"};
+  if (text.size() > kLongestBlock) { return {std::nullopt, "it is longer than 64 KiB"}; }
+  if (!isOneZone(text)) { return {std::nullopt, "a component in it is not closed"}; }
+  if (m_workLeft <= 0) { return {std::nullopt, "the file defines too many time zones"}; }
   const auto rules = rulesOfVTimeZone(text);
   m_workLeft -= rules ? kWorkOfOne + static_cast<std::int64_t>(rules->changes.size()) : kWorkInVain;
-  if (!rules) return {std::nullopt, rules.error().message};
-  if (auto system = systemZoneByRules(*rules)) return {std::move(system), ""};
+  if (!rules) { return {std::nullopt, rules.error().message}; }
+  if (auto system = systemZoneByRules(*rules)) { return {std::move(system), ""}; }
   const PrivateZone made = privateZoneOf(block.tzid, text);
   // The name tells the rules; what one that is known says beside them is as good.
   const auto known = Zone::named(made.name);
   const std::string vtimezone = known ? known->privateText().value_or("") : made.vtimezone;
-  if (const auto status = registerPrivateZone(made.name, vtimezone); !status)
+  if (const auto status = registerPrivateZone(made.name, vtimezone); !status) {
     return {std::nullopt, status.error().message};
+  }
   m_private.emplace(made.name, vtimezone);
   return {made.name, ""};
 }

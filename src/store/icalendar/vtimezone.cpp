@@ -48,9 +48,11 @@ Status readProperty(Observance& part, const ContentLine& line) {
     ORLOCAL_TRY(RecurrenceRule rule, parseRule(line.value));
     part.rules.push_back(std::move(rule));
   } else if (line.is("RDATE")) {
-    for (std::string_view value : splitUnescaped(line.value, ','))
-      if (const auto time = parseTime(value.substr(0, value.find('/'))))
+    for (std::string_view value : splitUnescaped(line.value, ',')) {
+      if (const auto time = parseTime(value.substr(0, value.find('/')))) {
         part.dates.push_back(localSeconds(time->local));
+      }
+    }
   }
   return {};
 }
@@ -74,7 +76,7 @@ Result<std::vector<LocalSeconds>> onsetsOf(const Observance& part) {
       onsets.push_back(onset);
       return --left > 0;
     });
-    if (!done) return failure(ErrorCode::kBudget, "its clock changes too often");
+    if (!done) { return failure(ErrorCode::kBudget, "its clock changes too often"); }
   }
   return onsets;
 }
@@ -96,19 +98,22 @@ Result<ZoneRules> rulesOfVTimeZone(std::string_view text) {
     }
   }
   std::erase_if(parts, [](const Observance& part) { return !part.whole(); });
-  if (parts.empty()) return failure(ErrorCode::kInvalid, "it has no part with DTSTART, TZOFFSETFROM and TZOFFSETTO");
+  if (parts.empty()) {
+    return failure(ErrorCode::kInvalid, "it has no part with DTSTART, TZOFFSETFROM and TZOFFSETTO");
+  }
 
   ZoneRules rules;
   std::map<std::int64_t, const Observance*> onsets;
   for (const Observance& part : parts) {
     ORLOCAL_TRY(const auto found, onsetsOf(part));
-    for (LocalSeconds onset : found) onsets[onset - *part.from] = &part;
-    if (onsets.size() > kMostOnsets) return failure(ErrorCode::kBudget, "its clock changes too often");
+    for (LocalSeconds onset : found) { onsets[onset - *part.from] = &part; }
+    if (onsets.size() > kMostOnsets) { return failure(ErrorCode::kBudget, "its clock changes too often"); }
   }
   const Observance& first = *onsets.begin()->second;
   rules.initial = {*first.from, false, offsetText(*first.from)};
-  for (const auto& [at, part] : onsets)
+  for (const auto& [at, part] : onsets) {
     rules.changes.push_back({at, {*part->to, part->daylight, part->name.empty() ? offsetText(*part->to) : part->name}});
+  }
   return rules;
 }
 

@@ -49,7 +49,7 @@ struct Run {
   bool allLast = true;  ///< each is the last such weekday of its month
 
   bool takes(const Onset& onset) const {
-    if (onsets.empty()) return true;
+    if (onsets.empty()) { return true; }
     const bool nextYear = onset.local.year() == onsets.back().local.year() + 1;
     const int low = std::min(lowestDay, onset.local.day()), high = std::max(highestDay, onset.local.day());
     return nextYear && onset.alike(onsets.back()) && (high - low < 7 || (allLast && isLast(onset)));
@@ -68,11 +68,11 @@ struct Run {
     const char* day = kDaysOfWeek[static_cast<std::size_t>(first.weekDay)];
     std::string text = fmt::format("FREQ=YEARLY;BYMONTH={}", first.month);
     const int nth = (lowestDay - 1) / 7 + 1;
-    if (allLast) return text + fmt::format(";BYDAY=-1{}", day);
-    if ((highestDay - 1) / 7 + 1 == nth) return text + fmt::format(";BYDAY={}{}", nth, day);
+    if (allLast) { return text + fmt::format(";BYDAY=-1{}", day); }
+    if ((highestDay - 1) / 7 + 1 == nth) { return text + fmt::format(";BYDAY={}{}", nth, day); }
     // "The Sunday on or after the 9th": seven days, one of which is the weekday.
     text += fmt::format(";BYMONTHDAY={}", lowestDay);
-    for (int next = lowestDay + 1; next < lowestDay + 7; ++next) text += fmt::format(",{}", next);
+    for (int next = lowestDay + 1; next < lowestDay + 7; ++next) { text += fmt::format(",{}", next); }
     return text + fmt::format(";BYDAY={}", day);
   }
 };
@@ -81,10 +81,10 @@ std::vector<Run> runsOf(const std::vector<Onset>& onsets) {
   std::vector<Run> runs;
   std::vector<bool> taken(onsets.size(), false);
   for (std::size_t i = 0; i < onsets.size(); ++i) {
-    if (taken[i]) continue;
+    if (taken[i]) { continue; }
     Run run;
     for (std::size_t j = i; j < onsets.size(); ++j) {
-      if (taken[j] || !run.takes(onsets[j])) continue;
+      if (taken[j] || !run.takes(onsets[j])) { continue; }
       run.add(onsets[j]);
       taken[j] = true;
     }
@@ -99,8 +99,8 @@ void writePart(std::string& out, const Zone::Change& change, LocalTime start, co
   appendFolded(out, "DTSTART:" + timeText({CalendarTime::Kind::kFloating, start, ""}));
   appendFolded(out, "TZOFFSETFROM:" + offsetText(change.offsetBefore));
   appendFolded(out, "TZOFFSETTO:" + offsetText(change.offsetAfter));
-  if (!change.abbreviation.empty()) appendFolded(out, "TZNAME:" + escapeText(change.abbreviation));
-  if (!rule.empty()) appendFolded(out, "RRULE:" + rule);
+  if (!change.abbreviation.empty()) { appendFolded(out, "TZNAME:" + escapeText(change.abbreviation)); }
+  if (!rule.empty()) { appendFolded(out, "RRULE:" + rule); }
   appendFolded(out, fmt::format("END:{}", name));
 }
 
@@ -108,7 +108,7 @@ void writeRun(std::string& out, const Run& run) {
   const Onset& first = run.onsets.front();
   const Onset& last = run.onsets.back();
   if (run.onsets.size() < kFewestForRule) {
-    for (const Onset& onset : run.onsets) writePart(out, onset.change, onset.local, "");
+    for (const Onset& onset : run.onsets) { writePart(out, onset.change, onset.local, ""); }
     return;
   }
   const bool goesOn = last.local.year() >= kLastYear;
@@ -119,17 +119,18 @@ void writeRun(std::string& out, const Run& run) {
 
 void writeZone(std::string& out, const std::string& name, int fromYear) {
   const auto zone = Zone::named(name);
-  if (!zone) return;
+  if (!zone) { return; }
   if (const auto text = zone->privateText()) {
     ContentLines lines(*text);
-    for (ContentLine line; lines.next(line);) appendFolded(out, line.text);
+    for (ContentLine line; lines.next(line);) { appendFolded(out, line.text); }
     return;
   }
   const Moment begin = zone->toMoment(LocalTime(std::clamp(fromYear, 1, kLastYear - 1), 1, 1));
   const Moment end = Zone().toMoment(LocalTime(kLastYear + 1, 1, 1));
   std::vector<Onset> onsets;
-  for (auto change = zone->changeAfter(begin); change && change->at < end; change = zone->changeAfter(change->at))
+  for (auto change = zone->changeAfter(begin); change && change->at < end; change = zone->changeAfter(change->at)) {
     onsets.emplace_back(*change);
+  }
   appendFolded(out, "BEGIN:VTIMEZONE");
   appendFolded(out, "TZID:" + escapeText(name));
   // The clock that is in force at the beginning.
@@ -138,7 +139,7 @@ void writeZone(std::string& out, const std::string& name, int fromYear) {
       !onsets.empty() && !onsets.front().change.daylight && onsets.front().change.offsetAfter < offset;
   writePart(out, {begin, offset, offset, daylight, zone->abbreviation(begin)},
             Zone().toLocal(begin + std::chrono::seconds(offset)), "");
-  for (const Run& run : runsOf(onsets)) writeRun(out, run);
+  for (const Run& run : runsOf(onsets)) { writeRun(out, run); }
   appendFolded(out, "END:VTIMEZONE");
 }
 

@@ -16,7 +16,7 @@ inline std::int64_t originalKey(const Series& series, const CalendarTime& recurr
 
 /// The same of an occurrence of `series`, compiled for whomever, by where its rule put it.
 inline std::int64_t originalKeyAt(const Series& series, Moment original) {
-  if (series.followsViewer()) return localSeconds(series.recurrenceId(original).local);
+  if (series.followsViewer()) { return localSeconds(series.recurrenceId(original).local); }
   return std::chrono::floor<std::chrono::seconds>(original).time_since_epoch().count();
 }
 

@@ -13,7 +13,7 @@ namespace orlocal::store {
 
 bool ExpansionBudget::checkTime() {
   const bool stopped = m_stop != nullptr && m_stop->load(std::memory_order_relaxed);
-  if (stopped || std::chrono::steady_clock::now() > m_deadline) m_steps = 0;
+  if (stopped || std::chrono::steady_clock::now() > m_deadline) { m_steps = 0; }
   return m_steps != 0;
 }
 
@@ -37,9 +37,9 @@ constexpr std::uint64_t kCountingSteps = 4'000'000;
 /// A series keeps its name, and a title may be of any length.
 std::string shortened(std::string_view text) {
   constexpr std::size_t kLongest = 255;
-  if (text.size() <= kLongest) return std::string(text);
+  if (text.size() <= kLongest) { return std::string(text); }
   std::size_t end = kLongest;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) { --end; }
   return std::string(text.substr(0, end)) + "…";
 }
 
@@ -57,8 +57,8 @@ void sortUnique(std::vector<T>& values) {
 LocalSeconds clampedLocal(const Zone& zone, Moment moment) {
   constexpr LocalSeconds kFirst = -static_cast<LocalSeconds>(1'000'000'000'000);
   const auto whole = std::chrono::floor<seconds>(moment).time_since_epoch().count();
-  if (whole < kFirst) return kFirst;
-  if (whole > kLastLocalSecond + kClockSlack) return kLastLocalSecond + kClockSlack;
+  if (whole < kFirst) { return kFirst; }
+  if (whole > kLastLocalSecond + kClockSlack) { return kLastLocalSecond + kClockSlack; }
   return localSeconds(zone.toLocal(moment));
 }
 
@@ -66,7 +66,7 @@ LocalSeconds clampedLocal(const Zone& zone, Moment moment) {
 /// clock changes nearby. Asking is worth it where many times lie so near.
 LocalSeconds clockSlack(const Zone& zone, Moment moment) {
   constexpr seconds kAround(kClockSlack);
-  if (moment < Moment::min() + kAround || moment > Moment::max() - kAround) return kClockSlack;
+  if (moment < Moment::min() + kAround || moment > Moment::max() - kAround) { return kClockSlack; }
   const int offset = zone.offsetSeconds(moment);
   const bool steady = zone.offsetSeconds(moment - kAround) == offset && zone.offsetSeconds(moment + kAround) == offset;
   return steady ? 1 : kClockSlack;
@@ -102,18 +102,19 @@ struct Series::Data {
   Moment momentAt(LocalSeconds local) const { return zone.toMoment(localTime(local)); }
 
   Instance instance(LocalSeconds local, Moment at) const {
-    if (allDay()) return {localTime(local), at, momentAt(local + dayCount * kSecondsPerDay)};
+    if (allDay()) { return {localTime(local), at, momentAt(local + dayCount * kSecondsPerDay)}; }
     return {localTime(local), at, at + length};
   }
   /// None when the budget ran out.
   std::optional<bool> isExcluded(LocalSeconds local, Moment at, ExpansionBudget& budget) const {
-    if (!excludedDays.empty() && std::binary_search(excludedDays.begin(), excludedDays.end(), dayOf(local)))
+    if (!excludedDays.empty() && std::binary_search(excludedDays.begin(), excludedDays.end(), dayOf(local))) {
       return true;
+    }
     bool found = !excluded.empty() && std::binary_search(excluded.begin(), excluded.end(), at);
     for (const Rule& rule : exceptionRules) {
-      if (found) break;
+      if (found) { break; }
       const auto take = [&](LocalSeconds, Moment) { return !(found = true); };
-      if (!walk(rule, local, local + 1, budget, take)) return std::nullopt;
+      if (!walk(rule, local, local + 1, budget, take)) { return std::nullopt; }
     }
     return found;
   }
@@ -125,11 +126,11 @@ struct Series::Data {
   LocalSeconds dateOf(const CalendarTime& time) const { return dayOf(localSeconds(time.local)) * kSecondsPerDay; }
   /// Where on the series' wall clock a time of another kind or zone lies.
   LocalSeconds localOf(const CalendarTime& time) const {
-    if (allDay()) return dateOf(time);
-    if (time.kind == start.kind && time.zone == start.zone) return localSeconds(time.local);
-    if (time.kind == CalendarTime::Kind::kFloating) return localSeconds(time.local);
+    if (allDay()) { return dateOf(time); }
+    if (time.kind == start.kind && time.zone == start.zone) { return localSeconds(time.local); }
+    if (time.kind == CalendarTime::Kind::kFloating) { return localSeconds(time.local); }
     // A date among date-times means the series' hour on that day.
-    if (time.kind == CalendarTime::Kind::kDate) return dateOf(time) + first - dayOf(first) * kSecondsPerDay;
+    if (time.kind == CalendarTime::Kind::kDate) { return dateOf(time) + first - dayOf(first) * kSecondsPerDay; }
     return localSeconds(zone.toLocal(momentOf(time, zone)));
   }
 
@@ -160,11 +161,11 @@ bool Series::Data::walk(const Rule& rule, LocalSeconds from, LocalSeconds to, Ex
 Result<Series::Data::Rule> Series::Data::ruleOf(const RecurrenceRule& from, LocalSeconds begin, bool ofSeries,
                                                 ExpansionBudget& budget) const {
   auto compiled = CompiledRule::make(from, begin, allDay());
-  if (!compiled) return failure(compiled.error().code, fmt::format("{}: {}", name, compiled.error().message));
+  if (!compiled) { return failure(compiled.error().code, fmt::format("{}: {}", name, compiled.error().message)); }
   Rule rule;
   rule.rule = std::move(*compiled);
   // Where there is no arithmetic nobody needs to know it before the series is split.
-  if (!rule.rule.isScaled()) rule.makesStart = rule.rule.makes(begin, budget);
+  if (!rule.rule.isScaled()) { rule.makesStart = rule.rule.makes(begin, budget); }
   if (from.until) {
     rule.endless = false;
     if (allDay()) {
@@ -181,24 +182,25 @@ Result<Series::Data::Rule> Series::Data::ruleOf(const RecurrenceRule& from, Loca
     rule.makesStart = rule.rule.makes(begin, budget);
     const std::int64_t own = *from.count - (rule.makesStart || !ofSeries ? 0 : 1);
     const auto comes = own > 0 ? rule.rule.mayMeet(budget) : std::optional(false);
-    if (!comes) return overBudget();
+    if (!comes) { return overBudget(); }
     const auto last = *comes ? rule.rule.nth(own, budget) : std::optional(begin);
-    if (!last) return overBudget();
+    if (!last) { return overBudget(); }
     rule.last = std::min(rule.last, *last);
     rule.endless = false;
     rule.most = *from.count;
   }
   rule.last = std::min(rule.last, kLastLocalSecond);
   // The start comes also where UNTIL lies before it; then it is not the rule that makes it.
-  if (begin > rule.last || (rule.until && momentAt(begin) > *rule.until)) rule.makesStart = false;
+  if (begin > rule.last || (rule.until && momentAt(begin) > *rule.until)) { rule.makesStart = false; }
   return rule;
 }
 
 void Series::Data::exclude(const CalendarTime& time) {
-  if (allDay() || time.kind == CalendarTime::Kind::kDate)
+  if (allDay() || time.kind == CalendarTime::Kind::kDate) {
     excludedDays.push_back(dayOf(localSeconds(time.local)));
-  else
+  } else {
     excluded.push_back(momentAt(localOf(time)));
+  }
 }
 
 Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::vector<CalendarTime>& changed,
@@ -206,7 +208,7 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
   auto data = std::make_unique<Data>();
   data->name = described(item);
   const std::optional<CalendarTime>& start = item.start ? item.start : item.end;
-  if (!start) return failure(ErrorCode::kInvalid, data->name + " has no start");
+  if (!start) { return failure(ErrorCode::kInvalid, data->name + " has no start"); }
   data->start = *start;
   data->first = localSeconds(start->local);
   switch (start->kind) {
@@ -219,13 +221,14 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
       data->zone = viewer;
       break;
   }
-  if (data->allDay()) data->first = data->dateOf(*start);
+  if (data->allDay()) { data->first = data->dateOf(*start); }
   data->firstMoment = data->momentAt(data->first);
   if (item.start && item.end) {
-    if (data->allDay())
+    if (data->allDay()) {
       data->dayCount = std::max<std::int64_t>(0, dayOf(localSeconds(item.end->local)) - dayOf(data->first));
-    else
+    } else {
       data->length = std::max(microseconds(0), momentOf(*item.end, data->zone) - data->firstMoment);
+    }
   } else if (data->allDay()) {
     data->dayCount = 1;
   }
@@ -234,18 +237,18 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
   data->sorted = item.recurrence.rules.size() <= 1 && item.recurrence.added.empty();
   for (const RecurrenceRule& rule : item.recurrence.rules) {
     ORLOCAL_TRY(Data::Rule made, data->ruleOf(rule, data->first, true, budget));
-    if (made.rule.severalADay() || made.rule.isScaled()) data->sorted = false;
+    if (made.rule.severalADay() || made.rule.isScaled()) { data->sorted = false; }
     data->rules.push_back(std::move(made));
   }
   for (const ExceptionRule& exception : item.recurrence.exceptionRules) {
     LocalSeconds begin = exception.start ? localSeconds(*exception.start) : data->first;
-    if (data->allDay()) begin = dayOf(begin) * kSecondsPerDay;
+    if (data->allDay()) { begin = dayOf(begin) * kSecondsPerDay; }
     ORLOCAL_TRY(Data::Rule made, data->ruleOf(exception.rule, begin, false, budget));
     data->exceptionRules.push_back(std::move(made));
   }
-  for (const CalendarTime& time : item.recurrence.added) data->added.push_back(data->localOf(time));
-  for (const CalendarTime& time : item.recurrence.excluded) data->exclude(time);
-  for (const CalendarTime& time : changed) data->exclude(time);
+  for (const CalendarTime& time : item.recurrence.added) { data->added.push_back(data->localOf(time)); }
+  for (const CalendarTime& time : item.recurrence.excluded) { data->exclude(time); }
+  for (const CalendarTime& time : changed) { data->exclude(time); }
   sortUnique(data->added);
   sortUnique(data->excluded);
   sortUnique(data->excludedDays);
@@ -261,14 +264,14 @@ Series::~Series() = default;
 bool Series::Data::stream(Moment from, Moment to, ExpansionBudget& budget,
                           const std::function<bool(LocalSeconds, Moment)>& visit) const {
   const bool startFirst = rules.empty() || !rules.front().makesStart;
-  if (startFirst && firstMoment >= from && firstMoment < to && !visit(first, firstMoment)) return true;
-  if (rules.empty()) return true;
+  if (startFirst && firstMoment >= from && firstMoment < to && !visit(first, firstMoment)) { return true; }
+  if (rules.empty()) { return true; }
   // Two dates can be one moment where the clock skips a day: the later one is left out.
   std::optional<Moment> previous;
   const LocalSeconds low = clampedLocal(zone, from) - kClockSlack;
   const LocalSeconds high = clampedLocal(zone, to) + kClockSlack;
   return walk(rules.front(), low, high, budget, [&](LocalSeconds local, Moment at) {
-    if (at >= to) return false;
+    if (at >= to) { return false; }
     const bool again = previous == at;
     previous = at;
     return again || at < from || visit(local, at);
@@ -279,30 +282,32 @@ bool Series::Data::stream(Moment from, Moment to, ExpansionBudget& budget,
 bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
                           const std::function<bool(LocalSeconds, Moment)>& visit) const {
   std::int64_t perDay = 1;
-  for (const Rule& rule : rules) perDay += rule.rule.perDay();
+  for (const Rule& rule : rules) { perDay += rule.rule.perDay(); }
   const auto timeOf = [&](std::int64_t occurrences) {
     return seconds(std::clamp<std::int64_t>(occurrences * kSecondsPerDay / perDay, 60, 3660 * kSecondsPerDay));
   };
   seconds piece = timeOf(kFirstPiece);
   std::vector<std::pair<Moment, LocalSeconds>> found;
   for (Moment low = from, high = from; low < to; low = high, piece = std::min(piece * 2, timeOf(kSortedPiece))) {
-    if (!budget.step()) return false;
+    if (!budget.step()) { return false; }
     high = std::min(to, low + piece);
     found.clear();
     const auto take = [&](LocalSeconds local, Moment at) {
-      if (at >= low && at < high) found.emplace_back(at, local);
+      if (at >= low && at < high) { found.emplace_back(at, local); }
       return true;
     };
     take(first, firstMoment);
     const LocalSeconds lowLocal = clampedLocal(zone, low) - clockSlack(zone, low);
     const LocalSeconds highLocal = clampedLocal(zone, high) + clockSlack(zone, high);
     const auto begin = std::lower_bound(added.begin(), added.end(), lowLocal);
-    for (auto it = begin; it != added.end() && *it < highLocal; ++it) take(*it, momentAt(*it));
-    for (const Rule& rule : rules)
-      if (!walk(rule, lowLocal, highLocal, budget, take)) return false;
+    for (auto it = begin; it != added.end() && *it < highLocal; ++it) { take(*it, momentAt(*it)); }
+    for (const Rule& rule : rules) {
+      if (!walk(rule, lowLocal, highLocal, budget, take)) { return false; }
+    }
     std::sort(found.begin(), found.end());
-    for (std::size_t i = 0; i < found.size(); ++i)
-      if ((i == 0 || found[i].first != found[i - 1].first) && !visit(found[i].second, found[i].first)) return true;
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      if ((i == 0 || found[i].first != found[i - 1].first) && !visit(found[i].second, found[i].first)) { return true; }
+    }
   }
   return true;
 }
@@ -310,11 +315,12 @@ bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
 /// No wall-clock time up to `local` is a later moment: one that the clock has just skipped may be later than `local`.
 Moment Series::Data::latestUpTo(LocalSeconds local) const {
   const Moment at = momentAt(local);
-  if (local == kLastLocalSecond) return at;
+  if (local == kLastLocalSecond) { return at; }
   Moment latest = at;
   for (auto change = zone.changeAfter(at - seconds(kClockSlack)); change && change->at <= at;
-       change = zone.changeAfter(change->at))
+       change = zone.changeAfter(change->at)) {
     latest = std::max(latest, change->at + seconds(change->offsetAfter - change->offsetBefore - 1));
+  }
   return latest;
 }
 
@@ -326,7 +332,7 @@ Moment Series::Data::end() const {
     const Moment ofRule = rule.rule.severalADay() ? latestUpTo(rule.last) : momentAt(rule.last);
     last = std::max(last, rule.until ? std::min(*rule.until, ofRule) : ofRule);
   }
-  for (LocalSeconds local : added) last = std::max(last, momentAt(local));
+  for (LocalSeconds local : added) { last = std::max(last, momentAt(local)); }
   return last + microseconds(1);
 }
 
@@ -340,12 +346,12 @@ Status Series::expand(Moment from, Moment to, ExpansionBudget& budget, const Vis
   bool decided = true;
   const auto show = [&](LocalSeconds local, Moment at) {
     const Instance instance = data.instance(local, at);
-    if (instance.end <= from && !(instance.start == instance.end && instance.start == from)) return true;
+    if (instance.end <= from && !(instance.start == instance.end && instance.start == from)) { return true; }
     const auto excluded = data.isExcluded(local, at, budget);
     decided = excluded.has_value();
     return decided && (*excluded || visit(instance));
   };
-  if (low >= high) return {};
+  if (low >= high) { return {}; }
   const bool done = data.sorted ? data.stream(low, high, budget, show) : data.gather(low, high, budget, show);
   return done && decided ? Status() : Status(data.overBudget());
 }
@@ -361,7 +367,7 @@ std::int64_t Series::mostInMonth() const {
   // Added ones: the most that come within a month of one of them.
   std::int64_t added = 0;
   for (std::size_t begin = 0, end = 0; end < data.added.size(); ++end) {
-    while (data.added[end] - data.added[begin] >= kMonth) ++begin;
+    while (data.added[end] - data.added[begin] >= kMonth) { ++begin; }
     added = std::max(added, static_cast<std::int64_t>(end - begin + 1));
   }
   // Long ones reach into the months after theirs.
@@ -371,7 +377,7 @@ std::int64_t Series::mostInMonth() const {
 }
 
 Status Series::checkDensity() const {
-  if (mostInMonth() <= kMostInMonth) return {};
+  if (mostInMonth() <= kMostInMonth) { return {}; }
   return failure(ErrorCode::kTooLarge,
                  fmt::format("{} has more than 50,000 occurrences in a month, too many to be shown; give its rule a "
                              "longer interval or an earlier end",
@@ -392,8 +398,8 @@ Result<std::optional<Series::Instance>> Series::first(ExpansionBudget& budget) c
   // Nothing but an added time comes before the start.
   if (data.added.empty() || data.added.front() >= data.first) {
     const auto excluded = data.isExcluded(data.first, data.firstMoment, budget);
-    if (!excluded) return data.overBudget();
-    if (!*excluded) return data.instance(data.first, data.firstMoment);
+    if (!excluded) { return data.overBudget(); }
+    if (!*excluded) { return data.instance(data.first, data.firstMoment); }
   }
   std::optional<Instance> found;
   ORLOCAL_CHECK(expand(Moment::min(), Moment::max(), budget, [&](const Instance& instance) {
@@ -406,9 +412,9 @@ Result<std::optional<Series::Instance>> Series::first(ExpansionBudget& budget) c
 Series::Bounds Series::bounds() const {
   const Data& data = *m_data;
   Bounds bounds{data.firstMoment, std::nullopt};
-  if (!data.added.empty()) bounds.start = std::min(bounds.start, data.momentAt(data.added.front()));
+  if (!data.added.empty()) { bounds.start = std::min(bounds.start, data.momentAt(data.added.front())); }
   const auto goesOn = [](const Data::Rule& rule) { return rule.endless || rule.last == kLastLocalSecond; };
-  if (std::any_of(data.rules.begin(), data.rules.end(), goesOn)) return bounds;
+  if (std::any_of(data.rules.begin(), data.rules.end(), goesOn)) { return bounds; }
   const Moment last = data.end() - microseconds(1);
   bounds.end = data.allDay() ? data.momentAt(localSeconds(data.zone.toLocal(last)) + data.dayCount * kSecondsPerDay)
                              : last + data.length;
@@ -421,21 +427,21 @@ bool Series::followsViewer() const {
 
 Result<std::int64_t> Series::countBefore(Moment start, std::size_t index, ExpansionBudget& budget) const {
   const Data& data = *m_data;
-  if (index >= data.rules.size()) return failure(ErrorCode::kInvalid, data.name + " has no such rule");
+  if (index >= data.rules.size()) { return failure(ErrorCode::kInvalid, data.name + " has no such rule"); }
   const Data::Rule& rule = data.rules[index];
-  if (start <= data.firstMoment) return 0;
+  if (start <= data.firstMoment) { return 0; }
   const LocalSeconds around = clampedLocal(data.zone, start);
   const LocalSeconds sure = std::min(around - kClockSlack, rule.last + 1);
   const auto counted = rule.rule.count(sure, budget);
-  if (!counted) return data.overBudget();
+  if (!counted) { return data.overBudget(); }
   const bool makesStart = rule.rule.isScaled() ? rule.rule.makes(data.first, budget) : rule.makesStart;
   std::int64_t total = *counted + (makesStart ? 0 : 1);
   const bool done =
       data.walk(rule, std::max(sure, data.first), around + kClockSlack, budget, [&](LocalSeconds, Moment at) {
-        if (at < start) ++total;
+        if (at < start) { ++total; }
         return true;
       });
-  if (!done) return data.overBudget();
+  if (!done) { return data.overBudget(); }
   return total;
 }
 
@@ -446,7 +452,7 @@ Moment Series::originalStart(const CalendarTime& recurrenceId) const {
 CalendarTime Series::recurrenceId(Moment originalStart) const {
   CalendarTime time = m_data->start;
   time.local = m_data->zone.toLocal(originalStart);
-  if (m_data->allDay()) time.local = LocalTime(LocalDay(time.local));
+  if (m_data->allDay()) { time.local = LocalTime(LocalDay(time.local)); }
   return time;
 }
 

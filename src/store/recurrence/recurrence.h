@@ -26,7 +26,7 @@ class ExpansionBudget {
 
   /// Takes one step, or many at once for what costs as much; false when steps or time have run out, and ever after.
   bool step(std::uint64_t count = 1) {
-    if (m_steps < count) return m_steps = 0, false;
+    if (m_steps < count) { return m_steps = 0, false; }
     const std::uint64_t before = m_steps;
     m_steps -= count;
     return before >> 12U == m_steps >> 12U || checkTime();

@@ -13,7 +13,7 @@ std::uint32_t reversed(std::uint32_t fromEnd, int length) {
   std::uint32_t days = 0;
   for (std::uint32_t rest = fromEnd; rest != 0; rest &= rest - 1) {
     const int back = std::countr_zero(rest);  // 1 is the last day
-    if (back <= length) days |= 1U << (length - back + 1);
+    if (back <= length) { days |= 1U << (length - back + 1); }
   }
   return days;
 }
@@ -25,10 +25,10 @@ bool contains(const std::vector<int>& values, int value) {  // sorted
 }  // namespace
 
 bool CompiledRule::weekDayFits(DayNumber day, bool ordinalsInYear) const {
-  if (!hasWeekDays()) return true;
+  if (!hasWeekDays()) { return true; }
   const int weekDay = weekDayOf(day);
-  if ((m_weekDays >> weekDay & 1) != 0) return true;
-  if (!hasOrdinals()) return false;
+  if ((m_weekDays >> weekDay & 1) != 0) { return true; }
+  if (!hasOrdinals()) { return false; }
   const auto date = dateOf(day);
   const int year = static_cast<int>(date.year());
   const int month = static_cast<int>(static_cast<unsigned>(date.month()));
@@ -36,7 +36,7 @@ bool CompiledRule::weekDayFits(DayNumber day, bool ordinalsInYear) const {
   const int place = ordinalsInYear ? static_cast<int>(day - dayNumber(year, 1, 1))
                                    : static_cast<int>(static_cast<unsigned>(date.day())) - 1;
   return std::any_of(m_rare->ordinals.begin(), m_rare->ordinals.end(), [&](const RecurrenceRule::WeekDay& wanted) {
-    if (wanted.day != weekDay) return false;
+    if (wanted.day != weekDay) { return false; }
     return wanted.ordinal > 0 ? place / 7 + 1 == wanted.ordinal : -((length - 1 - place) / 7 + 1) == wanted.ordinal;
   });
 }
@@ -45,26 +45,30 @@ bool CompiledRule::passes(DayNumber day, bool ordinalsInYear) const {
   const auto date = dateOf(day);
   const int year = static_cast<int>(date.year());
   const int month = static_cast<int>(static_cast<unsigned>(date.month()));
-  if (m_months != 0 && (m_months >> month & 1) == 0) return false;
+  if (m_months != 0 && (m_months >> month & 1) == 0) { return false; }
   if (hasMonthDays()) {
     const int inMonth = static_cast<int>(static_cast<unsigned>(date.day()));
     const int back = monthLength(year, month) - inMonth + 1;
-    if ((m_monthDays >> inMonth & 1) == 0 && (m_monthDaysFromEnd >> back & 1) == 0) return false;
+    if ((m_monthDays >> inMonth & 1) == 0 && (m_monthDaysFromEnd >> back & 1) == 0) { return false; }
   }
   if (m_rare && !m_rare->yearDays.empty()) {
     const int inYear = static_cast<int>(day - dayNumber(year, 1, 1)) + 1;
-    if (!contains(m_rare->yearDays, inYear) && !contains(m_rare->yearDays, inYear - yearLength(year) - 1)) return false;
+    if (!contains(m_rare->yearDays, inYear) && !contains(m_rare->yearDays, inYear - yearLength(year) - 1)) {
+      return false;
+    }
   }
   if (m_rare && !m_rare->weekNumbers.empty()) {
     const WeekNumber week = weekNumberOf(day, m_weekStart);
-    if (!contains(m_rare->weekNumbers, week.fromFront) && !contains(m_rare->weekNumbers, week.fromBack)) return false;
+    if (!contains(m_rare->weekNumbers, week.fromFront) && !contains(m_rare->weekNumbers, week.fromBack)) {
+      return false;
+    }
   }
   return weekDayFits(day, ordinalsInYear);
 }
 
 /// Bit n is the n-th of the month.
 std::uint32_t CompiledRule::monthDays(int year, int month, DayNumber first) const {
-  if (m_months != 0 && (m_months >> month & 1) == 0) return 0;
+  if (m_months != 0 && (m_months >> month & 1) == 0) { return 0; }
   const int length = monthLength(year, month);
   const std::uint32_t all = (length == 31 ? 0xFFFFFFFEU : (2U << length) - 2U);
   const int firstWeekDay = weekDayOf(first);
@@ -77,22 +81,26 @@ std::uint32_t CompiledRule::monthDays(int year, int month, DayNumber first) cons
   }
   if (hasWeekDays()) {
     std::uint32_t fitting = 0;
-    for (int weekDay = 0; weekDay < 7; ++weekDay)
-      if ((m_weekDays >> weekDay & 1) != 0)
-        for (int day = (weekDay - firstWeekDay + 7) % 7 + 1; day <= length; day += 7) fitting |= 1U << day;
+    for (int weekDay = 0; weekDay < 7; ++weekDay) {
+      if ((m_weekDays >> weekDay & 1) != 0) {
+        for (int day = (weekDay - firstWeekDay + 7) % 7 + 1; day <= length; day += 7) { fitting |= 1U << day; }
+      }
+    }
     if (hasOrdinals()) {
       for (const auto& wanted : m_rare->ordinals) {
         const int earliest = (wanted.day - firstWeekDay + 7) % 7 + 1;
         const int last = earliest + (length - earliest) / 7 * 7;
         const int day = wanted.ordinal > 0 ? earliest + (wanted.ordinal - 1) * 7 : last + (wanted.ordinal + 1) * 7;
-        if (day >= 1 && day <= length) fitting |= 1U << day;
+        if (day >= 1 && day <= length) { fitting |= 1U << day; }
       }
     }
     days = hasMonthDays() ? days & fitting : fitting;
   }
-  if (rareDays())
-    for (std::uint32_t rest = days; rest != 0; rest &= rest - 1)
-      if (const int day = std::countr_zero(rest); !passes(first + day - 1, false)) days &= ~(1U << day);
+  if (rareDays()) {
+    for (std::uint32_t rest = days; rest != 0; rest &= rest - 1) {
+      if (const int day = std::countr_zero(rest); !passes(first + day - 1, false)) { days &= ~(1U << day); }
+    }
+  }
   return days;
 }
 
@@ -101,13 +109,14 @@ void CompiledRule::fillYear(int year, Set& set) const {
   const bool ordinalsInYear = hasOrdinals() && m_months == 0;
   if (!byMonths || rareDays() || ordinalsInYear) {
     const DayNumber first = dayNumber(year, 1, 1);
-    for (int i = 0; i < yearLength(year); ++i)
-      if (passes(first + i, ordinalsInYear)) set.add(first + i);
+    for (int i = 0; i < yearLength(year); ++i) {
+      if (passes(first + i, ordinalsInYear)) { set.add(first + i); }
+    }
     return;
   }
   const int startMonth = static_cast<int>(static_cast<unsigned>(dateOf(dayOf(m_start)).month()));
   std::uint32_t months = m_months;
-  if (months == 0) months = hasMonthDays() ? 0x1FFEU : 1U << startMonth;
+  if (months == 0) { months = hasMonthDays() ? 0x1FFEU : 1U << startMonth; }
   for (; months != 0; months &= months - 1) {
     const int month = std::countr_zero(months);
     const DayNumber first = dayNumber(year, month, 1);
@@ -116,27 +125,27 @@ void CompiledRule::fillYear(int year, Set& set) const {
 }
 
 std::int64_t CompiledRule::uniformSize() const {
-  if (rareDays() || (m_rare && !m_rare->positions.empty())) return 0;
+  if (rareDays() || (m_rare && !m_rare->positions.empty())) { return 0; }
   const auto date = dateOf(dayOf(m_start));
   const auto startDay = static_cast<unsigned>(date.day());
   // Days of the month that every month has.
   const auto inEveryMonth = [&]() -> int {
-    if (hasMonthDays() && hasWeekDays()) return 0;
+    if (hasMonthDays() && hasWeekDays()) { return 0; }
     if (hasMonthDays()) {
       const bool both = m_monthDays != 0 && m_monthDaysFromEnd != 0;  // could meet on one day
       const bool fit = ((m_monthDays | m_monthDaysFromEnd) >> 29) == 0;
       return fit && !both ? std::popcount(m_monthDays | m_monthDaysFromEnd) : 0;
     }
     if (hasWeekDays()) {
-      if (m_weekDays != 0 || m_rare->ordinals.size() != 1) return 0;
+      if (m_weekDays != 0 || m_rare->ordinals.size() != 1) { return 0; }
       return std::abs(m_rare->ordinals.front().ordinal) <= 4 ? 1 : 0;
     }
     return startDay <= 28 ? 1 : 0;
   };
   switch (m_frequency) {
     case Frequency::kYearly:
-      if (hasOrdinals() && m_months == 0) return 0;
-      if (m_months == 0 && hasWeekDays()) return 0;
+      if (hasOrdinals() && m_months == 0) { return 0; }
+      if (m_months == 0 && hasWeekDays()) { return 0; }
       return m_perDay * inEveryMonth() * (m_months != 0 ? std::popcount(m_months) : hasMonthDays() ? 12 : 1);
     case Frequency::kMonthly:
       return m_months != 0 ? 0 : m_perDay * inEveryMonth();
@@ -146,10 +155,12 @@ std::int64_t CompiledRule::uniformSize() const {
       return m_filtersDays ? 0 : m_perDay;
     default: {
       constexpr std::uint64_t kAllSixty = (std::uint64_t{1} << 60) - 1;
-      if (m_filtersDays || m_hours != (1U << 24) - 1) return 0;
-      if (m_frequency == Frequency::kHourly) return std::int64_t{std::popcount(m_minutes)} * std::popcount(m_seconds);
-      if (m_minutes != kAllSixty) return 0;
-      if (m_frequency == Frequency::kMinutely) return std::popcount(m_seconds);
+      if (m_filtersDays || m_hours != (1U << 24) - 1) { return 0; }
+      if (m_frequency == Frequency::kHourly) {
+        return std::int64_t{std::popcount(m_minutes)} * std::popcount(m_seconds);
+      }
+      if (m_minutes != kAllSixty) { return 0; }
+      if (m_frequency == Frequency::kMinutely) { return std::popcount(m_seconds); }
       return m_seconds == kAllSixty ? 1 : 0;
     }
   }

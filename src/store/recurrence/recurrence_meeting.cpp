@@ -18,12 +18,12 @@ constexpr int kFirstYear = 2000, kYears = 28;
 }  // namespace
 
 DayNumber CompiledRule::nextDay(DayNumber day) const {
-  if (m_months == 0) return day + 1;
+  if (m_months == 0) { return day + 1; }
   const auto date = dateOf(day + 1);
   int year = static_cast<int>(date.year()), month = static_cast<int>(static_cast<unsigned>(date.month()));
-  if ((m_months >> month & 1) != 0) return day + 1;
+  if ((m_months >> month & 1) != 0) { return day + 1; }
   while ((m_months >> month & 1) == 0) {
-    if (month++ < 12) continue;
+    if (month++ < 12) { continue; }
     month = 1;
     ++year;
   }
@@ -48,47 +48,49 @@ std::uint64_t CompiledRule::costOfPeriod() const {
 }
 
 std::optional<bool> CompiledRule::hasDays(ExpansionBudget& budget) const {
-  if (!m_filtersDays && !hasOrdinals() && !(m_rare && !m_rare->positions.empty())) return true;
+  if (!m_filtersDays && !hasOrdinals() && !(m_rare && !m_rare->positions.empty())) { return true; }
   Set set;
   set.hours.fill(m_hours);
   set.minutes.fill(m_minutes);
   set.seconds.fill(m_seconds);
   // A period each of the rule's own size, from which its positions pick.
   const auto any = [&] {
-    if (m_rare && !m_rare->positions.empty()) return !set.pick(m_rare->positions).empty();
+    if (m_rare && !m_rare->positions.empty()) { return !set.pick(m_rare->positions).empty(); }
     return set.size() > 0;
   };
   const DayNumber first = dayNumber(kFirstYear, 1, 1), last = dayNumber(kFirstYear + kYears, 1, 1);
   switch (m_frequency) {
     case Frequency::kYearly:
       for (int year = kFirstYear; year < kFirstYear + kYears; ++year) {
-        if (!budget.step(m_cost)) return std::nullopt;
+        if (!budget.step(m_cost)) { return std::nullopt; }
         set.dayCount = 0;
         fillYear(year, set);
-        if (any()) return true;
+        if (any()) { return true; }
       }
       return false;
     case Frequency::kMonthly: {
       // With an interval that divides years evenly, only some months are met.
       const std::int64_t apart = std::gcd(m_interval, std::int64_t{12});
       for (std::int64_t month = m_base % apart; month < kYears * 12; month += apart) {
-        if (!budget.step(m_cost)) return std::nullopt;
+        if (!budget.step(m_cost)) { return std::nullopt; }
         const int year = kFirstYear + static_cast<int>(month / 12), inYear = static_cast<int>(month % 12) + 1;
         const DayNumber begin = dayNumber(year, inYear, 1);
         set.dayCount = 0;
         set.addMonth(monthDays(year, inYear, begin), begin);
-        if (any()) return true;
+        if (any()) { return true; }
       }
       return false;
     }
     case Frequency::kWeekly:
       for (DayNumber week = first - (weekDayOf(first) - m_weekStart + 7) % 7; week < last; week += 7) {
-        if (!budget.step(m_cost)) return std::nullopt;
+        if (!budget.step(m_cost)) { return std::nullopt; }
         set.dayCount = 0;
-        for (int i = 0; i < 7; ++i)
-          if ((m_weekDays >> ((m_weekStart + i) % 7) & 1) != 0 && (!m_filtersDays || passes(week + i, false)))
+        for (int i = 0; i < 7; ++i) {
+          if ((m_weekDays >> ((m_weekStart + i) % 7) & 1) != 0 && (!m_filtersDays || passes(week + i, false))) {
             set.add(week + i);
-        if (any()) return true;
+          }
+        }
+        if (any()) { return true; }
       }
       return false;
     default: {
@@ -96,11 +98,11 @@ std::optional<bool> CompiledRule::hasDays(ExpansionBudget& budget) const {
       const bool sameWeekDay = m_frequency == Frequency::kDaily && m_interval % 7 == 0;
       const int weekDay = weekDayOf(dayOf(m_start));
       for (DayNumber day = first; day < last; day = nextDay(day)) {
-        if (!budget.step(m_cost)) return std::nullopt;
-        if (sameWeekDay && weekDayOf(day) != weekDay) continue;
+        if (!budget.step(m_cost)) { return std::nullopt; }
+        if (sameWeekDay && weekDayOf(day) != weekDay) { continue; }
         set.dayCount = 0;
-        if (!m_filtersDays || passes(day, false)) set.add(day);
-        if (set.dayCount > 0 && (subDaily() || any())) return true;
+        if (!m_filtersDays || passes(day, false)) { set.add(day); }
+        if (set.dayCount > 0 && (subDaily() || any())) { return true; }
       }
       return false;
     }
@@ -109,24 +111,25 @@ std::optional<bool> CompiledRule::hasDays(ExpansionBudget& budget) const {
 
 /// Periods shorter than a day come at times of day that lie as far apart as interval and day have in common.
 bool CompiledRule::hasTimes() const {
-  if (!subDaily()) return true;
+  if (!subDaily()) { return true; }
   const std::int64_t apart = std::gcd(m_interval * unit(), kSecondsPerDay);
   const std::int64_t begin = m_base % apart;
   const auto meets = [&](std::int64_t time) { return (time - begin) % apart == 0; };
   for (std::int64_t hour = 0; hour < 24; ++hour) {
-    if ((m_hours >> hour & 1) == 0) continue;
+    if ((m_hours >> hour & 1) == 0) { continue; }
     if (m_frequency == Frequency::kHourly) {
-      if (meets(hour * 3600)) return true;
+      if (meets(hour * 3600)) { return true; }
       continue;
     }
     for (std::int64_t minute = 0; minute < 60; ++minute) {
-      if ((m_minutes >> minute & 1) == 0) continue;
+      if ((m_minutes >> minute & 1) == 0) { continue; }
       if (m_frequency == Frequency::kMinutely) {
-        if (meets(hour * 3600 + minute * 60)) return true;
+        if (meets(hour * 3600 + minute * 60)) { return true; }
         continue;
       }
-      for (std::int64_t second = 0; second < 60; ++second)
-        if ((m_seconds >> second & 1) != 0 && meets(hour * 3600 + minute * 60 + second)) return true;
+      for (std::int64_t second = 0; second < 60; ++second) {
+        if ((m_seconds >> second & 1) != 0 && meets(hour * 3600 + minute * 60 + second)) { return true; }
+      }
     }
   }
   return false;
@@ -134,17 +137,17 @@ bool CompiledRule::hasTimes() const {
 
 /// Whether its positions pick anything of a period shorter than a day; those have all the same size.
 bool CompiledRule::hasPositions() const {
-  if (!m_rare || m_rare->positions.empty()) return true;
+  if (!m_rare || m_rare->positions.empty()) { return true; }
   std::int64_t size = 1;
-  if (m_frequency <= Frequency::kHourly && m_frequency >= Frequency::kMinutely) size = std::popcount(m_seconds);
-  if (m_frequency == Frequency::kHourly) size *= std::popcount(m_minutes);
+  if (m_frequency <= Frequency::kHourly && m_frequency >= Frequency::kMinutely) { size = std::popcount(m_seconds); }
+  if (m_frequency == Frequency::kHourly) { size *= std::popcount(m_minutes); }
   return std::any_of(m_rare->positions.begin(), m_rare->positions.end(),
                      [&](int position) { return std::abs(position) <= size; });
 }
 
 std::optional<bool> CompiledRule::mayMeet(ExpansionBudget& budget) const {
-  if (m_scaled) return true;
-  if (!hasTimes() || (subDaily() && !hasPositions())) return false;
+  if (m_scaled) { return true; }
+  if (!hasTimes() || (subDaily() && !hasPositions())) { return false; }
   return hasDays(budget);
 }
 

@@ -15,29 +15,32 @@ namespace {
 Result<void> checkRange(const std::vector<int>& values, int low, int high, bool negativeToo, const char* part) {
   for (int value : values) {
     const int magnitude = negativeToo && value < 0 ? -value : value;
-    if (magnitude < low || magnitude > high)
+    if (magnitude < low || magnitude > high) {
       return failure(ErrorCode::kInvalid, fmt::format("{} of the rule has {}, which is out of range", part, value));
+    }
   }
   return {};
 }
 
 Result<void> check(const RecurrenceRule& rule) {
-  if (rule.interval < 1) return failure(ErrorCode::kInvalid, "INTERVAL of the rule is below 1");
-  if (rule.count && *rule.count < 1) return failure(ErrorCode::kInvalid, "COUNT of the rule is below 1");
-  for (const auto& day : rule.byDay)
-    if (day.day < 0 || day.day > 6 || day.ordinal < -53 || day.ordinal > 53)
+  if (rule.interval < 1) { return failure(ErrorCode::kInvalid, "INTERVAL of the rule is below 1"); }
+  if (rule.count && *rule.count < 1) { return failure(ErrorCode::kInvalid, "COUNT of the rule is below 1"); }
+  for (const auto& day : rule.byDay) {
+    if (day.day < 0 || day.day > 6 || day.ordinal < -53 || day.ordinal > 53) {
       return failure(ErrorCode::kInvalid, "BYDAY of the rule is out of range");
+    }
+  }
   Result<void> status = checkRange(rule.bySecond, 0, 60, false, "BYSECOND");
-  if (status) status = checkRange(rule.byMinute, 0, 59, false, "BYMINUTE");
-  if (status) status = checkRange(rule.byHour, 0, 23, false, "BYHOUR");
-  if (status) status = checkRange(rule.byMonthDay, 1, 31, true, "BYMONTHDAY");
+  if (status) { status = checkRange(rule.byMinute, 0, 59, false, "BYMINUTE"); }
+  if (status) { status = checkRange(rule.byHour, 0, 23, false, "BYHOUR"); }
+  if (status) { status = checkRange(rule.byMonthDay, 1, 31, true, "BYMONTHDAY"); }
   // Years of other calendars have up to thirteen months.
   const bool scaled = !rule.scale.empty();
-  if (status) status = checkRange(rule.byYearDay, 1, scaled ? 385 : 366, true, "BYYEARDAY");
-  if (status) status = checkRange(rule.byWeekNumber, 1, scaled ? 55 : 53, true, "BYWEEKNO");
-  if (status) status = checkRange(rule.byMonth, 1, scaled ? 13 : 12, false, "BYMONTH");
-  if (status) status = checkRange(rule.byLeapMonth, 1, 13, false, "BYMONTH");
-  if (status) status = checkRange(rule.bySetPosition, 1, 366, true, "BYSETPOS");
+  if (status) { status = checkRange(rule.byYearDay, 1, scaled ? 385 : 366, true, "BYYEARDAY"); }
+  if (status) { status = checkRange(rule.byWeekNumber, 1, scaled ? 55 : 53, true, "BYWEEKNO"); }
+  if (status) { status = checkRange(rule.byMonth, 1, scaled ? 13 : 12, false, "BYMONTH"); }
+  if (status) { status = checkRange(rule.byLeapMonth, 1, 13, false, "BYMONTH"); }
+  if (status) { status = checkRange(rule.bySetPosition, 1, 366, true, "BYSETPOS"); }
   return status;
 }
 
@@ -52,7 +55,7 @@ std::vector<T> distinct(std::vector<T> values) {
 template <class Mask>
 Mask maskOf(const std::vector<int>& values, int orElse) {
   Mask mask = 0;
-  for (int value : values) mask |= static_cast<Mask>(Mask{1} << value);
+  for (int value : values) { mask |= static_cast<Mask>(Mask{1} << value); }
   return mask != 0 ? mask : static_cast<Mask>(Mask{1} << orElse);
 }
 
@@ -65,47 +68,54 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
   made.m_interval = rule.interval;
   made.m_start = start;
   made.m_weekStart = static_cast<std::uint8_t>(rule.weekStart.value_or(1));
-  if (allDay && made.subDaily())
+  if (allDay && made.subDaily()) {
     return failure(ErrorCode::kInvalid, "the rule repeats by hours, minutes or seconds, which whole days cannot do");
+  }
 
   const int second = static_cast<int>(start - floorDiv(start, 60) * 60);
   const int minute = static_cast<int>(floorDiv(start, 60) - floorDiv(start, 3600) * 60);
   const int hour = static_cast<int>(floorDiv(start, 3600) - floorDiv(start, kSecondsPerDay) * 24);
   std::vector<int> seconds = rule.bySecond;
-  for (int& value : seconds) value = std::min(value, 59);  // a leap second shows as the one before it
+  for (int& value : seconds) {
+    value = std::min(value, 59);  // a leap second shows as the one before it
+  }
   const std::vector<int> none;
   const bool hourly = made.m_frequency == Frequency::kHourly;
   made.m_hours = maskOf<std::uint32_t>(allDay ? none : rule.byHour, hour);
   made.m_minutes = maskOf<std::uint64_t>(allDay ? none : rule.byMinute, minute);
   made.m_seconds = maskOf<std::uint64_t>(allDay ? none : seconds, second);
   constexpr std::uint64_t kAllSixty = (std::uint64_t{1} << 60) - 1;
-  if (made.subDaily() && rule.byHour.empty()) made.m_hours = (1U << 24) - 1;
-  if (made.subDaily() && !hourly && rule.byMinute.empty()) made.m_minutes = kAllSixty;
-  if (made.m_frequency == Frequency::kSecondly && rule.bySecond.empty()) made.m_seconds = kAllSixty;
+  if (made.subDaily() && rule.byHour.empty()) { made.m_hours = (1U << 24) - 1; }
+  if (made.subDaily() && !hourly && rule.byMinute.empty()) { made.m_minutes = kAllSixty; }
+  if (made.m_frequency == Frequency::kSecondly && rule.bySecond.empty()) { made.m_seconds = kAllSixty; }
 
-  for (int month : rule.byMonth) made.m_months |= static_cast<std::uint16_t>(1U << month);
-  for (int day : rule.byMonthDay) (day > 0 ? made.m_monthDays : made.m_monthDaysFromEnd) |= 1U << std::abs(day);
+  for (int month : rule.byMonth) { made.m_months |= static_cast<std::uint16_t>(1U << month); }
+  for (int day : rule.byMonthDay) { (day > 0 ? made.m_monthDays : made.m_monthDaysFromEnd) |= 1U << std::abs(day); }
   Rare rare{distinct(rule.byYearDay), distinct(rule.byWeekNumber), distinct(rule.bySetPosition), {}};
   const bool ordinalsCount = made.m_frequency >= Frequency::kMonthly;
   for (const auto& day : rule.byDay) {
-    if (day.ordinal == 0 || !ordinalsCount)
+    if (day.ordinal == 0 || !ordinalsCount) {
       made.m_weekDays |= static_cast<std::uint8_t>(1U << day.day);
-    else
+    } else {
       rare.ordinals.push_back(day);
+    }
   }
   rare.ordinals = distinct(std::move(rare.ordinals));
   const DayNumber firstDay = dayOf(start);
-  if (made.m_frequency == Frequency::kWeekly && made.m_weekDays == 0)
+  if (made.m_frequency == Frequency::kWeekly && made.m_weekDays == 0) {
     made.m_weekDays = static_cast<std::uint8_t>(1U << weekDayOf(firstDay));
+  }
   // "Week 20" alone means the weekday of the first start in it.
   if (made.m_frequency == Frequency::kYearly && !rare.weekNumbers.empty() && rule.byDay.empty() &&
-      rule.byMonthDay.empty() && rule.byYearDay.empty())
+      rule.byMonthDay.empty() && rule.byYearDay.empty()) {
     made.m_weekDays = static_cast<std::uint8_t>(1U << weekDayOf(firstDay));
+  }
   const bool plainWeekly = made.m_frequency == Frequency::kWeekly;
   made.m_filtersDays = made.m_months != 0 || made.hasMonthDays() || !rare.yearDays.empty() ||
                        !rare.weekNumbers.empty() || (made.m_weekDays != 0 && !plainWeekly);
-  if (!rare.yearDays.empty() || !rare.weekNumbers.empty() || !rare.positions.empty() || !rare.ordinals.empty())
+  if (!rare.yearDays.empty() || !rare.weekNumbers.empty() || !rare.positions.empty() || !rare.ordinals.empty()) {
     made.m_rare = std::make_shared<const Rare>(std::move(rare));
+  }
 
   const auto date = dateOf(firstDay);
   switch (made.m_frequency) {
@@ -153,7 +163,7 @@ std::int64_t CompiledRule::unit() const {
 }
 
 std::int64_t CompiledRule::periodAt(LocalSeconds time) const {
-  if (time <= m_start) return 0;
+  if (time <= m_start) { return 0; }
   const DayNumber day = dayOf(time);
   std::int64_t distance = 0;
   switch (m_frequency) {
@@ -183,7 +193,7 @@ LocalSeconds CompiledRule::periodStart(std::int64_t period) const {
     case Frequency::kYearly:
       return at > 9999 ? kLastLocalSecond + 1 : dayNumber(static_cast<int>(at), 1, 1) * kSecondsPerDay;
     case Frequency::kMonthly:
-      if (at >= 10000 * 12) return kLastLocalSecond + 1;
+      if (at >= 10000 * 12) { return kLastLocalSecond + 1; }
       return dayNumber(static_cast<int>(at / 12), static_cast<int>(at % 12) + 1, 1) * kSecondsPerDay;
     case Frequency::kWeekly:
     case Frequency::kDaily:
@@ -202,15 +212,15 @@ std::int64_t CompiledRule::fillSubDaily(std::int64_t period, Set& set) const {
     const std::int64_t step = m_interval * unit();
     return std::max(period + 1, (time - m_base + step - 1) / step);
   };
-  if (m_filtersDays && !passes(day, false)) return periodFrom(nextDay(day) * kSecondsPerDay);
-  if ((m_hours >> (inDay / 3600) & 1) == 0) return periodFrom(at - inDay % 3600 + 3600);
+  if (m_filtersDays && !passes(day, false)) { return periodFrom(nextDay(day) * kSecondsPerDay); }
+  if ((m_hours >> (inDay / 3600) & 1) == 0) { return periodFrom(at - inDay % 3600 + 3600); }
   const int minute = inDay / 60 % 60;
-  if (m_frequency != Frequency::kHourly && (m_minutes >> minute & 1) == 0) return periodFrom(at - inDay % 60 + 60);
-  if (m_frequency == Frequency::kSecondly && (m_seconds >> (inDay % 60) & 1) == 0) return period + 1;
+  if (m_frequency != Frequency::kHourly && (m_minutes >> minute & 1) == 0) { return periodFrom(at - inDay % 60 + 60); }
+  if (m_frequency == Frequency::kSecondly && (m_seconds >> (inDay % 60) & 1) == 0) { return period + 1; }
   set.add(day);
   set.hours.fill(1U << (inDay / 3600));
-  if (m_frequency != Frequency::kHourly) set.minutes.fill(std::uint64_t{1} << minute);
-  if (m_frequency == Frequency::kSecondly) set.seconds.fill(std::uint64_t{1} << (inDay % 60));
+  if (m_frequency != Frequency::kHourly) { set.minutes.fill(std::uint64_t{1} << minute); }
+  if (m_frequency == Frequency::kSecondly) { set.seconds.fill(std::uint64_t{1} << (inDay % 60)); }
   return period + 1;
 }
 
@@ -228,9 +238,11 @@ std::int64_t CompiledRule::fill(std::int64_t period, Set& set) const {
       break;
     }
     case Frequency::kWeekly:
-      for (int i = 0; i < 7; ++i)
-        if ((m_weekDays >> ((m_weekStart + i) % 7) & 1) != 0 && (!m_filtersDays || passes(at + i, false)))
+      for (int i = 0; i < 7; ++i) {
+        if ((m_weekDays >> ((m_weekStart + i) % 7) & 1) != 0 && (!m_filtersDays || passes(at + i, false))) {
           set.add(at + i);
+        }
+      }
       break;
     case Frequency::kDaily:
       if (!m_filtersDays || passes(at, false)) {
@@ -248,14 +260,14 @@ bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& bud
                         const std::function<bool(LocalSeconds)>& visit) const {
   from = std::max(from, m_start);
   to = std::min(to, kLastLocalSecond + 1);
-  if (m_scaled) return m_scaled->walk(from, to, budget, visit);
+  if (m_scaled) { return m_scaled->walk(from, to, budget, visit); }
   Set set;
   set.hours.fill(m_hours);
   set.minutes.fill(m_minutes);
   set.seconds.fill(m_seconds);
   const bool positions = m_rare && !m_rare->positions.empty();
   for (std::int64_t period = periodAt(from); periodStart(period) < to;) {
-    if (!budget.step(m_cost)) return false;
+    if (!budget.step(m_cost)) { return false; }
     period = fill(period, set);
     const std::vector<std::int64_t>* picked = positions ? &set.pick(m_rare->positions) : nullptr;
     const std::int64_t size = picked != nullptr ? static_cast<std::int64_t>(picked->size()) : set.size();
@@ -266,16 +278,17 @@ bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& bud
     std::int64_t i = 0;
     for (std::int64_t last = size; i < last;) {
       const std::int64_t middle = i + (last - i) / 2;
-      if (timeAt(middle) < from)
+      if (timeAt(middle) < from) {
         i = middle + 1;
-      else
+      } else {
         last = middle;
+      }
     }
     for (bool another = false; i < size; ++i, another = true) {
       const LocalSeconds time = timeAt(i);
-      if (time >= to) return true;
-      if (another && !budget.step()) return false;
-      if (!visit(time)) return true;
+      if (time >= to) { return true; }
+      if (another && !budget.step()) { return false; }
+      if (!visit(time)) { return true; }
     }
   }
   return true;
@@ -312,7 +325,9 @@ std::int64_t CompiledRule::mostInMonth(LocalSeconds last) const {
       break;
     }
   }
-  if (m_rare && !m_rare->positions.empty()) each = std::min(each, static_cast<std::int64_t>(m_rare->positions.size()));
+  if (m_rare && !m_rare->positions.empty()) {
+    each = std::min(each, static_cast<std::int64_t>(m_rare->positions.size()));
+  }
   const std::int64_t step = unitSeconds * (m_frequency < Frequency::kMonthly ? m_interval : 1);
   const std::int64_t reach = std::min(std::max<LocalSeconds>(last - m_start, 0), kDays * kSecondsPerDay - 1);
   const std::int64_t days = reach / kSecondsPerDay + 1;
@@ -322,16 +337,16 @@ std::int64_t CompiledRule::mostInMonth(LocalSeconds last) const {
 
 std::optional<std::int64_t> CompiledRule::count(LocalSeconds before, ExpansionBudget& budget) const {
   before = std::min(before, kLastLocalSecond + 1);
-  if (before <= m_start) return 0;
+  if (before <= m_start) { return 0; }
   std::int64_t counted = 0;
   LocalSeconds from = m_start;
   if (const std::int64_t period = periodAt(before - 1); m_uniform != 0 && period > 1) {
     // The first period may be cut by the start, the last one by `before`; the ones between are full.
-    if (!walk(m_start, periodStart(1), budget, [&](LocalSeconds) { return ++counted, true; })) return std::nullopt;
+    if (!walk(m_start, periodStart(1), budget, [&](LocalSeconds) { return ++counted, true; })) { return std::nullopt; }
     counted += (period - 1) * m_uniform;
     from = periodStart(period);
   }
-  if (!walk(from, before, budget, [&](LocalSeconds) { return ++counted, true; })) return std::nullopt;
+  if (!walk(from, before, budget, [&](LocalSeconds) { return ++counted, true; })) { return std::nullopt; }
   return counted;
 }
 
@@ -339,16 +354,16 @@ std::optional<LocalSeconds> CompiledRule::nth(std::int64_t n, ExpansionBudget& b
   LocalSeconds from = m_start, found = kLastLocalSecond;
   if (m_uniform != 0) {
     std::int64_t first = 0;
-    if (!walk(m_start, periodStart(1), budget, [&](LocalSeconds) { return ++first, true; })) return std::nullopt;
+    if (!walk(m_start, periodStart(1), budget, [&](LocalSeconds) { return ++first, true; })) { return std::nullopt; }
     if (n > first) {
       const std::int64_t full = (n - first - 1) / m_uniform;
-      if (full > kLastLocalSecond) return kLastLocalSecond;
+      if (full > kLastLocalSecond) { return kLastLocalSecond; }
       n -= first + full * m_uniform;
       from = periodStart(1 + full);
     }
   }
   const bool done = walk(from, kLastLocalSecond + 1, budget, [&](LocalSeconds time) {
-    if (--n > 0) return true;
+    if (--n > 0) { return true; }
     found = time;
     return false;
   });

@@ -64,8 +64,10 @@ icalrecurrencetype_skip skipOf(RecurrenceRule::Skip skip) {
 Iterator iteratorOf(RecurrenceRule rule, std::string& scale, LocalSeconds start, bool allDay) {
   rule.count.reset();
   rule.until.reset();
-  if (allDay) rule.byHour = rule.byMinute = rule.bySecond = {};
-  for (int& second : rule.bySecond) second = std::min(second, 59);  // a leap second shows as the one before it
+  if (allDay) { rule.byHour = rule.byMinute = rule.bySecond = {}; }
+  for (int& second : rule.bySecond) {
+    second = std::min(second, 59);  // a leap second shows as the one before it
+  }
   const icalrecurrencetype_skip skip = skipOf(rule.skip);
   // Of a scale in the text libical keeps a copy that nobody releases.
   rule.scale.clear();
@@ -79,15 +81,16 @@ Iterator iteratorOf(RecurrenceRule rule, std::string& scale, LocalSeconds start,
 /// libical looks for a time that never comes up to the year 2582, in some calendars for minutes, and cannot be stopped.
 /// So it is asked only for what surely comes.
 bool mayNeverMeet(const RecurrenceRule& rule) {
-  if (!rule.bySetPosition.empty() || !rule.byYearDay.empty() || !rule.byWeekNumber.empty()) return true;
+  if (!rule.bySetPosition.empty() || !rule.byYearDay.empty() || !rule.byWeekNumber.empty()) { return true; }
   const bool months = !rule.byMonth.empty() || !rule.byLeapMonth.empty();
-  if (months && rule.frequency == Frequency::kMonthly && rule.interval != 1) return true;
+  if (months && rule.frequency == Frequency::kMonthly && rule.interval != 1) { return true; }
   if (!rule.byDay.empty()) {
     const bool shortMonth = std::find(rule.byMonth.begin(), rule.byMonth.end(), 13) != rule.byMonth.end();
-    if (!rule.byMonthDay.empty() || shortMonth) return true;
+    if (!rule.byMonthDay.empty() || shortMonth) { return true; }
     const int most = months || rule.frequency == Frequency::kMonthly ? 4 : 50;
-    for (const auto& day : rule.byDay)
-      if (std::abs(day.ordinal) > most) return true;
+    for (const auto& day : rule.byDay) {
+      if (std::abs(day.ordinal) > most) { return true; }
+    }
   }
   // Adar I comes seven times in nineteen years, other leap months hardly ever; moved ones come each year.
   const bool leapsAreLeftOut = !rule.byLeapMonth.empty() && rule.skip == RecurrenceRule::Skip::kOmit;
@@ -104,8 +107,8 @@ bool isKnown(RecurrenceRule rule) {
   rule.until.reset();
   const std::string text = ruleText(rule);
   const std::lock_guard lock(mutex);
-  if (const auto found = known.find(text); found != known.end()) return found->second;
-  if (known.size() >= kRemembered) known.clear();
+  if (const auto found = known.find(text); found != known.end()) { return found->second; }
+  if (known.size() >= kRemembered) { known.clear(); }
   std::string scale = rule.scale;
   constexpr LocalSeconds kAnyStart = 0;
   return known[text] = iteratorOf(rule, scale, kAnyStart, true) != nullptr;
@@ -130,18 +133,21 @@ bool ScaledRule::isNeededFor(const RecurrenceRule& rule) {
 }
 
 Status ScaledRule::check(const RecurrenceRule& rule) {
-  if (rule.frequency < Frequency::kMonthly)
+  if (rule.frequency < Frequency::kMonthly) {
     return failure(
         ErrorCode::kUnsupported,
         fmt::format("rules by days or shorter are not followed where they name months of RSCALE={}", rule.scale));
-  if (mayNeverMeet(rule))
+  }
+  if (mayNeverMeet(rule)) {
     return failure(ErrorCode::kUnsupported,
                    fmt::format("days of RSCALE={} are not followed when they are chosen in more than one way, or may "
                                "never come",
                                rule.scale));
-  if (rule.interval > std::numeric_limits<short>::max() || !isKnown(rule))
+  }
+  if (rule.interval > std::numeric_limits<short>::max() || !isKnown(rule)) {
     return failure(ErrorCode::kUnsupported,
                    fmt::format("RSCALE={} is no calendar that is known here, or has no such days", rule.scale));
+  }
   return {};
 }
 
@@ -164,23 +170,24 @@ bool ScaledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& budge
       const std::lock_guard lock(m_found->mutex);
       auto& times = m_found->times;
       if (!std::exchange(m_found->begun, true)) {
-        if (!budget.step(kStepsOfOne)) return m_found->begun = false;
+        if (!budget.step(kStepsOfOne)) { return m_found->begun = false; }
         m_found->iterator = iteratorOf(m_found->rule, m_found->scale, m_start, m_found->allDay);
       }
       while (m_found->iterator && (times.empty() || times.back() < from || (at && *at >= times.size()))) {
-        if (!budget.step(kStepsOfOne)) return false;
+        if (!budget.step(kStepsOfOne)) { return false; }
         const icaltimetype next = icalrecur_iterator_next(m_found->iterator.get());
-        if (icaltime_is_null_time(next) != 0)
+        if (icaltime_is_null_time(next) != 0) {
           m_found->iterator.reset();
-        else if (const LocalSeconds found = secondsOf(next); times.empty() || found > times.back())
+        } else if (const LocalSeconds found = secondsOf(next); times.empty() || found > times.back()) {
           times.push_back(found);
+        }
       }
-      if (!at) at = static_cast<std::size_t>(std::lower_bound(times.begin(), times.end(), from) - times.begin());
-      if (*at >= times.size()) return true;
+      if (!at) { at = static_cast<std::size_t>(std::lower_bound(times.begin(), times.end(), from) - times.begin()); }
+      if (*at >= times.size()) { return true; }
       time = times[(*at)++];
     }
-    if (time >= to || !budget.step()) return time >= to;
-    if (!visit(time)) return true;
+    if (time >= to || !budget.step()) { return time >= to; }
+    if (!visit(time)) { return true; }
   }
 }
 

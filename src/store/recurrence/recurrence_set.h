@@ -18,8 +18,9 @@ struct BitList {
 
   void fill(Mask mask) {
     size = 0;
-    for (Mask rest = mask; rest != 0; rest &= rest - 1)
+    for (Mask rest = mask; rest != 0; rest &= rest - 1) {
       values[static_cast<std::size_t>(size++)] = static_cast<std::uint8_t>(std::countr_zero(rest));
+    }
   }
   int operator[](std::int64_t index) const { return values[static_cast<std::size_t>(index)]; }
 };
@@ -36,7 +37,7 @@ struct CompiledRule::Set {
   std::int64_t size() const { return dayCount * perDay(); }
   void add(DayNumber day) { days[static_cast<std::size_t>(dayCount++)] = day; }
   void addMonth(std::uint32_t mask, DayNumber first) {
-    for (; mask != 0; mask &= mask - 1) add(first + std::countr_zero(mask) - 1);
+    for (; mask != 0; mask &= mask - 1) { add(first + std::countr_zero(mask) - 1); }
   }
   LocalSeconds at(std::int64_t index) const {
     const std::int64_t inDay = index % perDay();
@@ -50,7 +51,7 @@ struct CompiledRule::Set {
     picked.clear();
     for (int position : positions) {
       const std::int64_t index = position > 0 ? position - 1 : size() + position;
-      if (index >= 0 && index < size()) picked.push_back(index);
+      if (index >= 0 && index < size()) { picked.push_back(index); }
     }
     std::sort(picked.begin(), picked.end());
     picked.erase(std::unique(picked.begin(), picked.end()), picked.end());

@@ -42,10 +42,10 @@ SeriesShift::SeriesShift(const Series& series, const CalendarTime& from, const C
       m_otherClock(from.kind != to.kind || from.zone != to.zone) {}
 
 CalendarTime SeriesShift::operator()(const CalendarTime& time) const {
-  if (none()) return time;
+  if (none()) { return time; }
   CalendarTime shifted = m_to;
   shifted.local = m_series.recurrenceId(m_series.originalStart(time)).local + m_seconds;
-  if (shifted.kind == CalendarTime::Kind::kDate) shifted.local = LocalTime(LocalDay(shifted.local));
+  if (shifted.kind == CalendarTime::Kind::kDate) { shifted.local = LocalTime(LocalDay(shifted.local)); }
   return shifted;
 }
 
@@ -65,7 +65,7 @@ CalendarTime SeriesShift::untilAt(LocalTime local) const {
 
 RecurrenceRule SeriesShift::operator()(const RecurrenceRule& rule) const {
   RecurrenceRule shifted = rule;
-  if (none()) return shifted;
+  if (none()) { return shifted; }
   if (rule.until) {
     const CalendarTime& until = *rule.until;
     if (until.kind == CalendarTime::Kind::kDate && m_from.kind != CalendarTime::Kind::kDate) {
@@ -75,28 +75,29 @@ RecurrenceRule SeriesShift::operator()(const RecurrenceRule& rule) const {
       shifted.until = untilAt(m_series.recurrenceId(m_series.originalStart(until)).local + m_seconds);
     }
   }
-  if (LocalDay(m_from.local) != LocalDay(m_to.local)) followDay(shifted);
+  if (LocalDay(m_from.local) != LocalDay(m_to.local)) { followDay(shifted); }
   return shifted;
 }
 
 ExceptionRule SeriesShift::operator()(const ExceptionRule& rule) const {
   ExceptionRule shifted{(*this)(rule.rule), rule.start};
-  if (shifted.start) *shifted.start += m_seconds;
+  if (shifted.start) { *shifted.start += m_seconds; }
   return shifted;
 }
 
 void SeriesShift::move(Recurrence& recurrence, bool rulesToo) const {
-  if (none()) return;
-  for (auto* times : {&recurrence.added, &recurrence.excluded})
-    for (CalendarTime& time : *times) time = (*this)(time);
-  for (ExceptionRule& rule : recurrence.exceptionRules) rule = (*this)(rule);
-  if (!rulesToo) return;
-  for (RecurrenceRule& rule : recurrence.rules) rule = (*this)(rule);
+  if (none()) { return; }
+  for (auto* times : {&recurrence.added, &recurrence.excluded}) {
+    for (CalendarTime& time : *times) { time = (*this)(time); }
+  }
+  for (ExceptionRule& rule : recurrence.exceptionRules) { rule = (*this)(rule); }
+  if (!rulesToo) { return; }
+  for (RecurrenceRule& rule : recurrence.rules) { rule = (*this)(rule); }
 }
 
 void SeriesShift::followDay(RecurrenceRule& rule) const {
   // Days and months of another calendar stay as they are written.
-  if (!rule.scale.empty() && rule.scale != "GREGORIAN") return;
+  if (!rule.scale.empty() && rule.scale != "GREGORIAN") { return; }
   const LocalDay from(m_from.local), to(m_to.local);
   const int before = weekdayOf(from), after = weekdayOf(to);
   if (rule.frequency == Frequency::kWeekly) {
@@ -104,7 +105,7 @@ void SeriesShift::followDay(RecurrenceRule& rule) const {
       return std::find(rule.byDay.begin(), rule.byDay.end(), RecurrenceRule::WeekDay{0, day});
     };
     const auto old = named(before);
-    if (old == rule.byDay.end() || before == after) return;
+    if (old == rule.byDay.end() || before == after) { return; }
     if (named(after) == rule.byDay.end()) {
       old->day = after;
     } else {
@@ -112,8 +113,8 @@ void SeriesShift::followDay(RecurrenceRule& rule) const {
     }
     return;
   }
-  if (rule.frequency != Frequency::kMonthly && rule.frequency != Frequency::kYearly) return;
-  if (rule.byMonth.size() == 1 && rule.byMonth.front() == from.month()) rule.byMonth.front() = to.month();
+  if (rule.frequency != Frequency::kMonthly && rule.frequency != Frequency::kYearly) { return; }
+  if (rule.byMonth.size() == 1 && rule.byMonth.front() == from.month()) { rule.byMonth.front() = to.month(); }
   if (rule.byMonthDay.size() == 1) {
     int& day = rule.byMonthDay.front();
     if (day == from.day()) {
@@ -147,7 +148,7 @@ Result<RecurrenceHalves> halvesOf(const Item& item, const Series& series, Moment
     if (!rule.count) {
       RecurrenceRule ended = rule;
       // An earlier end stays.
-      if (!rule.until || series.originalStart(*rule.until) >= original) ended.until = untilBefore(series, original);
+      if (!rule.until || series.originalStart(*rule.until) >= original) { ended.until = untilBefore(series, original); }
       halves.left.rules.push_back(std::move(ended));
       halves.right.rules.push_back(rule);
       continue;
@@ -168,8 +169,9 @@ Result<RecurrenceHalves> halvesOf(const Item& item, const Series& series, Moment
   keepTimesIf(halves.right.added, series, original + std::chrono::microseconds(1), Moment::max());
   keepTimesIf(halves.right.excluded, series, original, Moment::max());
   const std::optional<CalendarTime>& start = item.start ? item.start : item.end;
-  for (ExceptionRule& exception : halves.right.exceptionRules)
-    if (!exception.start) exception.start = start->local;
+  for (ExceptionRule& exception : halves.right.exceptionRules) {
+    if (!exception.start) { exception.start = start->local; }
+  }
   return halves;
 }
 

@@ -21,21 +21,21 @@ Result<Calendar> calendarOf(const Statement& statement, const Database& database
   calendar.source = row.number(3);
   calendar.title = row.text(4);
   const auto part = [&](int column) { return row.isNull(column) ? 0 : row.real(column); };
-  if (!row.isNull(5)) calendar.color = Rgb{part(5), part(6), part(7)};
+  if (!row.isNull(5)) { calendar.color = Rgb{part(5), part(6), part(7)}; }
   calendar.order = row.number(8);
   calendar.readOnly = row.flag(9);
   calendar.subscribed = row.flag(10);
   calendar.immutable = row.flag(11);
   // The source of a damaged store may be gone.
-  if (!row.isNull(12)) calendar.type = row.oneOf(12, Source::Type::kBirthday);
+  if (!row.isNull(12)) { calendar.type = row.oneOf(12, Source::Type::kBirthday); }
   calendar.notes = row.optionalText(13);
-  if (!row.sound()) return damaged(database, fmt::format("The calendar {}", statement.integer(0)));
+  if (!row.sound()) { return damaged(database, fmt::format("The calendar {}", statement.integer(0))); }
   return calendar;
 }
 
 /// What would not be read again is not written.
 Status checkBeforeWriting(std::string_view title, const std::optional<std::string>& notes = std::nullopt) {
-  if (isUtf8(title) && (!notes || isUtf8(*notes))) return {};
+  if (isUtf8(title) && (!notes || isUtf8(*notes))) { return {}; }
   return failure(ErrorCode::kRefused, "The title or the notes of a calendar are not UTF-8; write them in UTF-8.");
 }
 
@@ -52,7 +52,7 @@ void bindValues(Statement& statement, const Calendar& calendar) {
   }
   statement.bind(7, calendar.order).bind(8, std::int64_t{calendar.readOnly});
   statement.bind(9, std::int64_t{calendar.subscribed}).bind(10, std::int64_t{calendar.immutable}).bindNull(11);
-  if (calendar.notes) statement.bind(11, std::string_view(*calendar.notes));
+  if (calendar.notes) { statement.bind(11, std::string_view(*calendar.notes)); }
 }
 
 }  // namespace
@@ -63,14 +63,14 @@ Result<std::vector<Source>> CalendarRows::sources() {
   std::vector<Source> sources;
   for (;;) {
     ORLOCAL_TRY(const bool found, read.step());
-    if (!found) return sources;
+    if (!found) { return sources; }
     CheckedRow row(read);
     Source source;
     source.id = row.id(0);
     source.identifier = row.uuid(1).text();
     source.type = row.oneOf(2, Source::Type::kBirthday);
     source.title = row.text(3);
-    if (!row.sound()) return damaged(m_database, fmt::format("The source {}", read.integer(0)));
+    if (!row.sound()) { return damaged(m_database, fmt::format("The source {}", read.integer(0))); }
     sources.push_back(std::move(source));
   }
 }
@@ -110,7 +110,7 @@ Result<std::vector<Calendar>> CalendarRows::all(Statement& statement) {
   std::vector<Calendar> calendars;
   for (;;) {
     ORLOCAL_TRY(const bool found, statement.step());
-    if (!found) return calendars;
+    if (!found) { return calendars; }
     ORLOCAL_TRY(Calendar calendar, calendarOf(statement, m_database));
     calendars.push_back(std::move(calendar));
   }
@@ -119,7 +119,7 @@ Result<std::vector<Calendar>> CalendarRows::all(Statement& statement) {
 Result<std::optional<Calendar>> CalendarRows::first(Statement& statement) {
   const ResetAtExit reset(statement);
   ORLOCAL_TRY(const bool found, statement.step());
-  if (!found) return std::nullopt;
+  if (!found) { return std::nullopt; }
   return calendarOf(statement, m_database);
 }
 

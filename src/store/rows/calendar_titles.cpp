@@ -14,16 +14,16 @@ Result<std::optional<Calendar>> CalendarTitles::find(CalendarKind kind, std::str
 }
 
 void CalendarTitles::add(const Calendar& calendar) {
-  if (m_titles) m_titles->try_emplace(std::pair(calendar.kind, calendar.title), calendar);
+  if (m_titles) { m_titles->try_emplace(std::pair(calendar.kind, calendar.title), calendar); }
 }
 
 Status CalendarTitles::learn() {
-  if (m_titles) return {};
+  if (m_titles) { return {}; }
   m_titles.emplace();
   for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
     ORLOCAL_TRY(std::vector<Calendar> all, m_rows.ofKind(kind));
     std::sort(all.begin(), all.end(), [](const Calendar& a, const Calendar& b) { return a.id < b.id; });
-    for (const Calendar& calendar : all) m_titles->try_emplace(std::pair(kind, calendar.title), calendar);
+    for (const Calendar& calendar : all) { m_titles->try_emplace(std::pair(kind, calendar.title), calendar); }
   }
   return {};
 }

@@ -29,7 +29,7 @@ Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLo
       !std::all_of(emails.begin(), emails.end(), [](const std::string& email) { return isUtf8(email); })) {
     return failure(ErrorCode::kRefused, "A text of the contact is not UTF-8; write it in UTF-8.");
   }
-  if (contact.identifier.empty()) contact.identifier = uuids.next().text();
+  if (contact.identifier.empty()) { contact.identifier = uuids.next().text(); }
   Statement& find = m_find.in(m_database);
   const ResetAtExit reset(find);
   find.bind(1, std::string_view(contact.identifier));
@@ -41,9 +41,9 @@ Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLo
     CheckedRow row(find);
     Contact stored{contact.identifier, std::string(row.text(1)), {}, row.optionalText(3)};
     auto storedEmails = unpackStrings(row.blob(2));
-    if (!storedEmails || !row.sound()) return damaged(m_database, "The contact \"" + contact.identifier + "\"");
+    if (!storedEmails || !row.sound()) { return damaged(m_database, "The contact \"" + contact.identifier + "\""); }
     stored.emails = *std::move(storedEmails);
-    if (stored == contact) return PutOutcome::kUnchanged;
+    if (stored == contact) { return PutOutcome::kUnchanged; }
     before = std::move(stored.emails);
   }
   find.reset();
@@ -54,7 +54,7 @@ Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLo
   contact.address ? write.bind(3, std::string_view(*contact.address)) : write.bindNull(3);
   known ? write.bind(4, id) : write.bind(4, std::string_view(contact.identifier));
   ORLOCAL_CHECK(write.run());
-  if (!known) id = m_database.lastInsertId();
+  if (!known) { id = m_database.lastInsertId(); }
   // One by one: by the contact alone every address of the store would be looked at.
   for (const std::string& email : before) {
     const std::string key = folded(email);
@@ -76,10 +76,10 @@ Result<std::optional<std::string>> ContactRows::addressOf(std::string_view email
   const std::string key = folded(email);
   find.bind(1, std::string_view(key));
   ORLOCAL_TRY(const bool found, find.step());
-  if (!found) return std::nullopt;
+  if (!found) { return std::nullopt; }
   CheckedRow row(find);
   auto address = row.optionalText(0);
-  if (!row.sound()) return damaged(m_database, "The contact with the address " + std::string(email));
+  if (!row.sound()) { return damaged(m_database, "The contact with the address " + std::string(email)); }
   return address;
 }
 

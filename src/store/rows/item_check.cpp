@@ -34,7 +34,7 @@ bool isSound(const RecurrenceRule& rule) {
   const auto isDay = [](int day) { return day >= 0 && day <= 6; };
   for (const auto* list : {&rule.bySecond, &rule.byMinute, &rule.byHour, &rule.byMonthDay, &rule.byYearDay,
                            &rule.byWeekNumber, &rule.byMonth, &rule.bySetPosition, &rule.byLeapMonth}) {
-    if (!areParts(*list)) return false;
+    if (!areParts(*list)) { return false; }
   }
   const bool days = std::all_of(rule.byDay.begin(), rule.byDay.end(), [&](const RecurrenceRule::WeekDay& day) {
     return isDay(day.day) && day.ordinal >= -kHighestPart && day.ordinal <= kHighestPart;
@@ -45,7 +45,7 @@ bool isSound(const RecurrenceRule& rule) {
 
 bool isSound(const Alarm& alarm) {
   const auto* relative = std::get_if<Alarm::Relative>(&alarm.trigger);
-  if (relative == nullptr) return isKept(std::get<Moment>(alarm.trigger));
+  if (relative == nullptr) { return isKept(std::get<Moment>(alarm.trigger)); }
   return relative->offset >= -kLongestOffset && relative->offset <= kLongestOffset;
 }
 
@@ -53,15 +53,15 @@ bool hasTextsInUtf8(const Item& item) {
   const auto isText = [](const std::optional<std::string>& text) { return !text || isUtf8(*text); };
   const auto isClock = [](const std::optional<CalendarTime>& time) { return !time || isUtf8(time->zone); };
   for (const auto* text : {&item.title, &item.notes, &item.location, &item.url}) {
-    if (!isText(*text)) return false;
+    if (!isText(*text)) { return false; }
   }
-  if (!isUtf8(item.uid) || !isUtf8(item.extra)) return false;
-  if (!isClock(item.start) || !isClock(item.end) || !isClock(item.recurrenceId)) return false;
+  if (!isUtf8(item.uid) || !isUtf8(item.extra)) { return false; }
+  if (!isClock(item.start) || !isClock(item.end) || !isClock(item.recurrenceId)) { return false; }
   for (const auto* times : {&item.recurrence.added, &item.recurrence.excluded}) {
-    if (!std::all_of(times->begin(), times->end(), isClock)) return false;
+    if (!std::all_of(times->begin(), times->end(), isClock)) { return false; }
   }
   for (const RecurrenceRule& rule : item.recurrence.rules) {
-    if (!isUtf8(rule.scale) || !isClock(rule.until)) return false;
+    if (!isUtf8(rule.scale) || !isClock(rule.until)) { return false; }
   }
   const bool alarms = std::all_of(item.alarms.begin(), item.alarms.end(), [&](const Alarm& alarm) {
     return isText(alarm.emailAddress) && isText(alarm.soundName) && isText(alarm.url) && isUtf8(alarm.extra);
@@ -84,9 +84,9 @@ bool isSound(const Recurrence& recurrence) {
 }
 
 bool isSound(const Item& item) {
-  if (item.kind == ItemKind::kEvent && !item.start) return false;
+  if (item.kind == ItemKind::kEvent && !item.start) { return false; }
   // A changed occurrence without the start it had stands nowhere.
-  if (item.series && !item.recurrenceId) return false;
+  if (item.series && !item.recurrenceId) { return false; }
   return isKeptOrNone(item.start) && isKeptOrNone(item.end) && isKeptOrNone(item.recurrenceId) &&
          isKeptOrNone(item.created) && isKeptOrNone(item.modified) && isKeptOrNone(item.stamped) &&
          isKeptOrNone(item.completed) && item.sequence >= -kHighestNumber && item.sequence <= kHighestNumber &&
@@ -101,7 +101,7 @@ Status checkBeforeWriting(const Item& item) {
                    fmt::format("A text of the {} with the UID \"{}\" is not UTF-8; write it in UTF-8.", noun,
                                isUtf8(item.uid) ? item.uid : "?"));
   }
-  if (isSound(item)) return {};
+  if (isSound(item)) { return {}; }
   return failure(ErrorCode::kRefused,
                  fmt::format("The {} \"{}\" has a time outside the years 1 to 9999, or a number that makes no sense; "
                              "change it.",

@@ -28,7 +28,7 @@ Result<std::vector<ItemId>> allIds(Statement& statement) {
   std::vector<ItemId> ids;
   for (;;) {
     ORLOCAL_TRY(const bool found, statement.step());
-    if (!found) return ids;
+    if (!found) { return ids; }
     ids.push_back(statement.integer(0));
   }
 }
@@ -70,9 +70,9 @@ ItemRows::ItemRows(Database& database)
           "recurrence_id_clock NOT LIKE '=%' OR series IS NOT NULL ORDER BY series IS NOT NULL, id") {}
 
 std::shared_ptr<const Item> ItemRows::kept(ItemId id) {
-  if (const auto found = m_recent.find(id); found != m_recent.end()) return found->second;
+  if (const auto found = m_recent.find(id); found != m_recent.end()) { return found->second; }
   const auto found = m_older.find(id);
-  if (found == m_older.end()) return nullptr;
+  if (found == m_older.end()) { return nullptr; }
   auto item = found->second;
   m_older.erase(found);
   keep(item);
@@ -106,7 +106,7 @@ Result<ItemId> ItemRows::highestId() {
   ORLOCAL_TRY(const bool found, read.step());
   CheckedRow row(read);
   const std::int64_t highest = found ? row.number(0, 0) : 0;
-  if (!row.sound()) return damaged(m_database, "The table of items");
+  if (!row.sound()) { return damaged(m_database, "The table of items"); }
   return highest;
 }
 
@@ -141,13 +141,13 @@ Status ItemRows::writeRowsWithUid(std::int64_t hash) {
 }
 
 Result<std::shared_ptr<const Item>> ItemRows::read(ItemId id) {
-  if (auto item = kept(id)) return item;
+  if (auto item = kept(id)) { return item; }
   return load(id);
 }
 
 Result<std::shared_ptr<const Item>> ItemRows::readNamed(ItemId id) {
   ORLOCAL_TRY(auto item, read(id));
-  if (item == nullptr) return damaged(m_database, fmt::format("Item {}", id));
+  if (item == nullptr) { return damaged(m_database, fmt::format("Item {}", id)); }
   return item;
 }
 
@@ -157,13 +157,13 @@ Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
   const ResetAtExit reset(read);
   ORLOCAL_TRY(auto item, itemOf(read));
   // A large change meets each row once.
-  if (item != nullptr && m_nextId == 0) keep(item);
+  if (item != nullptr && m_nextId == 0) { keep(item); }
   return item;
 }
 
 Result<std::shared_ptr<const Item>> ItemRows::itemOf(Statement& read) {
   ORLOCAL_TRY(const bool found, read.step());
-  if (!found) return std::shared_ptr<const Item>();
+  if (!found) { return std::shared_ptr<const Item>(); }
   ORLOCAL_TRY(Item item, ItemValues::read(read, m_database));
   return std::make_shared<const Item>(std::move(item));
 }
@@ -173,7 +173,7 @@ Result<std::optional<ItemRows::Expandable>> ItemRows::readForExpansion(ItemId id
   Statement& read = m_readForExpansion.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
-  if (!found) return std::nullopt;
+  if (!found) { return std::nullopt; }
   Expandable result;
   ORLOCAL_TRY(result.item, ItemValues::readForExpansion(read, m_database, result.hasChanged));
   return result;
@@ -182,12 +182,12 @@ Result<std::optional<ItemRows::Expandable>> ItemRows::readForExpansion(ItemId id
 void ItemRows::prefetch(std::span<const ItemId> ids) {
   std::vector<ItemId> missing;
   for (const ItemId id : ids.first(std::min(ids.size(), kPrefetched))) {
-    if (kept(id) == nullptr) missing.push_back(id);
+    if (kept(id) == nullptr) { missing.push_back(id); }
   }
   // Neighbours in the file are read one after the other.
   std::sort(missing.begin(), missing.end());
   for (const ItemId id : missing) {
-    if (kept(id) == nullptr && !load(id)) return;
+    if (kept(id) == nullptr && !load(id)) { return; }
   }
 }
 
@@ -210,7 +210,7 @@ Result<ItemRows::Known> ItemRows::readWithUid(CalendarId calendar, ItemKind kind
   const ResetAtExit reset(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
   Known known;
   ORLOCAL_TRY(known.item, itemOf(find));
-  if (known.item == nullptr) return known;
+  if (known.item == nullptr) { return known; }
   CheckedRow row(find);
   known.hasChanged = row.flag(ItemValues::kHasChanged);
   known.place.shelf = row.number(ItemValues::kShelf);
@@ -229,10 +229,10 @@ Status ItemRows::visitUidHashes(const std::function<void(std::int64_t)>& visit) 
   const ResetAtExit reset(read);
   for (std::int64_t last = INT64_MIN;;) {
     ORLOCAL_TRY(const bool found, read.step());
-    if (!found) return {};
+    if (!found) { return {}; }
     const std::int64_t hash = read.integer(0);
     // A damaged index may go in circles.
-    if (hash < last || --left < 0) return damaged(m_database, "The table of items");
+    if (hash < last || --left < 0) { return damaged(m_database, "The table of items"); }
     last = hash;
     visit(hash);
   }
@@ -260,12 +260,12 @@ Result<std::vector<ItemRows::Changed>> ItemRows::changedOf(ItemId series) {
   std::vector<Changed> changed;
   for (;;) {
     ORLOCAL_TRY(const bool found, find.step());
-    if (!found) return changed;
+    if (!found) { return changed; }
     CheckedRow row(find);
     const ItemId id = row.id(0);
     const std::int64_t original = row.seconds(1);
     auto recurrenceId = row.optionalTime(2);
-    if (!row.sound() || !recurrenceId) return damaged(m_database, fmt::format("Item {}", find.integer(0)));
+    if (!row.sound() || !recurrenceId) { return damaged(m_database, fmt::format("Item {}", find.integer(0))); }
     changed.push_back({id, original, *std::move(recurrenceId)});
   }
 }
@@ -281,15 +281,15 @@ Result<std::optional<StoredPlace>> ItemRows::place(ItemId id) {
   Statement& read = m_place.in(m_database).bind(1, id);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
-  if (!found) return std::nullopt;
+  if (!found) { return std::nullopt; }
   CheckedRow row(read);
   StoredPlace place;
   place.shelf = row.number(0);
   place.shelfStart = row.seconds(1);
-  if (!row.isNull(2)) place.original = row.seconds(2);
+  if (!row.isNull(2)) { place.original = row.seconds(2); }
   place.series = row.optionalId(3);
   place.uidHash = row.number(4, INT64_MIN, INT64_MAX);
-  if (!row.sound() || !Timeline::isShelf(place.shelf)) return damaged(m_database, fmt::format("Item {}", id));
+  if (!row.sound() || !Timeline::isShelf(place.shelf)) { return damaged(m_database, fmt::format("Item {}", id)); }
   return place;
 }
 
@@ -310,7 +310,7 @@ Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
   row.id = m_nextId;
   row.uidHash = ItemValues::hashOf(item.uid);
   ++m_gatheredRows;
-  if (m_gatheredRows == m_gathered.size()) ORLOCAL_CHECK(writeRows());
+  if (m_gatheredRows == m_gathered.size()) { ORLOCAL_CHECK(writeRows()); }
   item.id = m_nextId++;
   return {};
 }
@@ -339,10 +339,10 @@ Result<Uuid> ItemRows::newestUuid() {
   Statement& read = m_newestUuid.in(m_database);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
-  if (!found) return Uuid();
+  if (!found) { return Uuid(); }
   CheckedRow row(read);
   const Uuid newest = row.uuid(0);
-  if (!row.sound()) return damaged(m_database, "The newest item");
+  if (!row.sound()) { return damaged(m_database, "The newest item"); }
   return newest;
 }
 
@@ -353,9 +353,9 @@ Result<std::map<CalendarId, std::vector<ItemId>>> ItemRows::idsByCalendar() {
   std::map<CalendarId, std::vector<ItemId>> ids;
   for (ItemId last = 0;;) {
     ORLOCAL_TRY(const bool found, read.step());
-    if (!found) return ids;
+    if (!found) { return ids; }
     const ItemId id = read.integer(0);
-    if (id <= last) return damaged(m_database, "The table of items");
+    if (id <= last) { return damaged(m_database, "The table of items"); }
     last = id;
     ids[read.integer(1)].push_back(id);
   }

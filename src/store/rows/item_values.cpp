@@ -64,9 +64,9 @@ Failed damagedItem(const Database& database, const Statement& row) {
 /// What packed columns hold; false when one is damaged.
 template <class T, class Unpack>
 bool unpackColumn(CheckedRow& row, int column, const Unpack& unpack, T& out) {
-  if (row.isNull(column)) return true;
+  if (row.isNull(column)) { return true; }
   auto value = unpack(row.blob(column));
-  if (value) out = std::move(*value);
+  if (value) { out = std::move(*value); }
   return value.has_value();
 }
 
@@ -77,29 +77,29 @@ void readExtra(std::string_view lines, Item& item) {
   if (lines.starts_with(kStamp)) {
     const auto line = lines.substr(0, lines.find('\n'));
     lines.remove_prefix(std::min(line.size() + 1, lines.size()));
-    if (const auto stamp = parseTime(line.substr(kStamp.size()))) item.stamped = momentOf(*stamp, Zone());
+    if (const auto stamp = parseTime(line.substr(kStamp.size()))) { item.stamped = momentOf(*stamp, Zone()); }
   }
   item.extra = lines;
 }
 
 void bindOptional(RowValues& values, int parameter, const std::optional<std::string>& text) {
-  if (text) values.bind(parameter, std::string_view(*text));
+  if (text) { values.bind(parameter, std::string_view(*text)); }
 }
 
 void bindOptional(RowValues& values, int parameter, const std::optional<Moment>& moment) {
-  if (moment) values.bind(parameter, std::int64_t{moment->time_since_epoch().count()});
+  if (moment) { values.bind(parameter, std::int64_t{moment->time_since_epoch().count()}); }
 }
 
 void bindOptional(RowValues& values, int parameter, const std::optional<std::int64_t>& value) {
-  if (value) values.bind(parameter, *value);
+  if (value) { values.bind(parameter, *value); }
 }
 
 /// `before` is the time whose clock is left out when this one runs on it too.
 void bindTime(RowValues& values, int parameter, const std::optional<CalendarTime>& time,
               const std::optional<CalendarTime>& before = std::nullopt) {
-  if (!time) return;
+  if (!time) { return; }
   values.bind(parameter, localSeconds(time->local));
-  if (before && before->kind == time->kind && before->zone == time->zone) return;
+  if (before && before->kind == time->kind && before->zone == time->zone) { return; }
   values.bind(parameter + 1, clockName(*time));
 }
 
@@ -154,7 +154,7 @@ Result<Item> ItemValues::read(const Statement& statement, const Database& databa
   item.location = row.optionalText(kLocation);
   item.url = row.optionalText(kUrl);
   item.notes = row.optionalText(kNotes);
-  if (!row.isNull(kExtra)) readExtra(row.text(kExtra), item);
+  if (!row.isNull(kExtra)) { readExtra(row.text(kExtra), item); }
   const bool unpacked = unpackColumn(row, kRecurrence, unpackRecurrence, item.recurrence) &&
                         unpackColumn(row, kAlarms, unpackAlarms, item.alarms) &&
                         unpackColumn(row, kAttendees, unpackAttendees, item.attendees);
@@ -177,7 +177,7 @@ Result<Item> ItemValues::readForExpansion(const Statement& statement, const Data
   item.uid = row.text(8);
   hasChanged = row.flag(9);
   const bool unpacked = unpackColumn(row, 6, unpackRecurrence, item.recurrence);
-  if (!unpacked || !row.sound() || !isSound(item)) return damagedItem(database, statement);
+  if (!unpacked || !row.sound() || !isSound(item)) { return damagedItem(database, statement); }
   return item;
 }
 
@@ -213,7 +213,7 @@ void ItemValues::bind(RowValues& values, const Item& item, const RowPlace& place
   }
   bindOptional(values, 26, item.notes);
   std::string extra = item.stamped ? std::string(kStamp) + momentText(*item.stamped) + "\n" : std::string();
-  if (!(extra += item.extra).empty()) values.bind(27, std::string_view(extra));
+  if (!(extra += item.extra).empty()) { values.bind(27, std::string_view(extra)); }
 }
 
 }  // namespace orlocal::store

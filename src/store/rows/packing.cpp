@@ -20,7 +20,7 @@ class Packer {
   void number(std::int64_t value) {
     // Small numbers of both signs become small: 0, -1, 1, -2, …
     auto rest = static_cast<std::uint64_t>(value) << 1 ^ static_cast<std::uint64_t>(value >> 63);
-    for (; rest >= 0x80; rest >>= 7) m_out.push_back(static_cast<std::byte>(rest | 0x80));
+    for (; rest >= 0x80; rest >>= 7) { m_out.push_back(static_cast<std::byte>(rest | 0x80)); }
     m_out.push_back(static_cast<std::byte>(rest));
   }
   void text(std::string_view value) {
@@ -30,7 +30,7 @@ class Packer {
   }
   void optionalText(const std::optional<std::string>& value) {
     number(value.has_value());
-    if (value) text(*value);
+    if (value) { text(*value); }
   }
   void time(const CalendarTime& value) {
     text(clockName(value));
@@ -39,7 +39,7 @@ class Packer {
   void count(std::size_t size) { number(static_cast<std::int64_t>(size)); }
   void numbers(const std::vector<int>& values) {
     count(values.size());
-    for (const int value : values) number(value);
+    for (const int value : values) { number(value); }
   }
 
  private:
@@ -54,11 +54,11 @@ class Unpacker {
   std::int64_t number() {
     std::uint64_t value = 0;
     for (unsigned shift = 0; shift < 64; shift += 7) {
-      if (m_bytes.empty()) break;
+      if (m_bytes.empty()) { break; }
       const auto byte = std::to_integer<std::uint64_t>(m_bytes.front());
       m_bytes = m_bytes.subspan(1);
       value |= (byte & 0x7f) << shift;
-      if (byte < 0x80) return static_cast<std::int64_t>(value >> 1 ^ (~(value & 1) + 1));
+      if (byte < 0x80) { return static_cast<std::int64_t>(value >> 1 ^ (~(value & 1) + 1)); }
     }
     fail();
     return 0;
@@ -75,13 +75,13 @@ class Unpacker {
   template <class Enum>
   Enum oneOf(Enum last) {
     const std::int64_t value = number();
-    if (value >= 0 && value <= static_cast<std::int64_t>(last)) return static_cast<Enum>(value);
+    if (value >= 0 && value <= static_cast<std::int64_t>(last)) { return static_cast<Enum>(value); }
     fail();
     return Enum{};
   }
   std::int64_t seconds() {
     const std::int64_t value = number();
-    if (isKept(value)) return value;
+    if (isKept(value)) { return value; }
     fail();
     return 0;
   }
@@ -90,20 +90,20 @@ class Unpacker {
     const std::size_t size = count();
     std::string value(reinterpret_cast<const char*>(m_bytes.data()), size);
     m_bytes = m_bytes.subspan(size);
-    if (!isUtf8(value)) fail();
+    if (!isUtf8(value)) { fail(); }
     return value;
   }
   std::optional<std::string> optionalText() { return flag() ? std::optional(text()) : std::nullopt; }
   CalendarTime time() {
     const std::string clock = text();
     auto time = timeOnClock(seconds(), clock);
-    if (!time) fail();
+    if (!time) { fail(); }
     return time.value_or(CalendarTime());
   }
   /// Of things that take a byte at least.
   std::size_t count() {
     const std::int64_t value = number();
-    if (value >= 0 && static_cast<std::uint64_t>(value) <= m_bytes.size()) return static_cast<std::size_t>(value);
+    if (value >= 0 && static_cast<std::uint64_t>(value) <= m_bytes.size()) { return static_cast<std::size_t>(value); }
     fail();
     return 0;
   }
@@ -111,7 +111,7 @@ class Unpacker {
   template <class Read>
   auto list(const Read& read) {
     std::vector<decltype(read())> values;
-    for (std::size_t left = count(); left > 0 && m_sound; --left) values.push_back(read());
+    for (std::size_t left = count(); left > 0 && m_sound; --left) { values.push_back(read()); }
     return values;
   }
   std::vector<int> numbers() {
@@ -132,7 +132,7 @@ class Unpacker {
 
 void packTimes(Packer& packer, const std::vector<CalendarTime>& times) {
   packer.count(times.size());
-  for (const CalendarTime& time : times) packer.time(time);
+  for (const CalendarTime& time : times) { packer.time(time); }
 }
 
 std::vector<CalendarTime> unpackTimes(Unpacker& unpacker) {
@@ -154,14 +154,14 @@ constexpr std::int64_t kHasCount = 1, kHasUntil = 2, kHasWeekStart = 4, kHasDays
 
 void packRule(Packer& packer, const RecurrenceRule& rule) {
   bool lists = false;
-  for (const auto list : kRuleLists) lists = lists || !(rule.*list).empty();
+  for (const auto list : kRuleLists) { lists = lists || !(rule.*list).empty(); }
   packer.number(static_cast<std::int64_t>(rule.frequency));
   packer.number(rule.interval);
   packer.number((rule.count ? kHasCount : 0) | (rule.until ? kHasUntil : 0) | (rule.weekStart ? kHasWeekStart : 0) |
                 (rule.byDay.empty() ? 0 : kHasDays) | (lists ? kHasLists : 0) | (rule.scale.empty() ? 0 : kHasScale));
-  if (rule.count) packer.number(*rule.count);
-  if (rule.until) packer.time(*rule.until);
-  if (rule.weekStart) packer.number(*rule.weekStart);
+  if (rule.count) { packer.number(*rule.count); }
+  if (rule.until) { packer.time(*rule.until); }
+  if (rule.weekStart) { packer.number(*rule.weekStart); }
   if (!rule.byDay.empty()) {
     packer.count(rule.byDay.size());
     for (const RecurrenceRule::WeekDay& day : rule.byDay) {
@@ -170,7 +170,7 @@ void packRule(Packer& packer, const RecurrenceRule& rule) {
     }
   }
   if (lists) {
-    for (const auto list : kRuleLists) packer.numbers(rule.*list);
+    for (const auto list : kRuleLists) { packer.numbers(rule.*list); }
   }
   if (!rule.scale.empty()) {
     packer.text(rule.scale);
@@ -184,9 +184,9 @@ RecurrenceRule unpackRule(Unpacker& unpacker) {
   rule.frequency = unpacker.oneOf(RecurrenceRule::Frequency::kYearly);
   rule.interval = unpacker.small();
   const std::int64_t parts = unpacker.number();
-  if ((parts & kHasCount) != 0) rule.count = unpacker.number();
-  if ((parts & kHasUntil) != 0) rule.until = unpacker.time();
-  if ((parts & kHasWeekStart) != 0) rule.weekStart = unpacker.small();
+  if ((parts & kHasCount) != 0) { rule.count = unpacker.number(); }
+  if ((parts & kHasUntil) != 0) { rule.until = unpacker.time(); }
+  if ((parts & kHasWeekStart) != 0) { rule.weekStart = unpacker.small(); }
   if ((parts & kHasDays) != 0) {
     rule.byDay = unpacker.list([&] {
       const int ordinal = unpacker.small();
@@ -194,7 +194,7 @@ RecurrenceRule unpackRule(Unpacker& unpacker) {
     });
   }
   if ((parts & kHasLists) != 0) {
-    for (const auto list : kRuleLists) rule.*list = unpacker.numbers();
+    for (const auto list : kRuleLists) { rule.*list = unpacker.numbers(); }
   }
   if ((parts & kHasScale) != 0) {
     rule.scale = unpacker.text();
@@ -209,16 +209,16 @@ RecurrenceRule unpackRule(Unpacker& unpacker) {
 void packRecurrence(const Recurrence& recurrence, PackedBytes& out) {
   Packer packer(out);
   packer.count(recurrence.rules.size());
-  for (const RecurrenceRule& rule : recurrence.rules) packRule(packer, rule);
+  for (const RecurrenceRule& rule : recurrence.rules) { packRule(packer, rule); }
   packTimes(packer, recurrence.added);
   packTimes(packer, recurrence.excluded);
   // Only where there are any: series without them are as they were in the first version of the format.
-  if (recurrence.exceptionRules.empty()) return;
+  if (recurrence.exceptionRules.empty()) { return; }
   packer.count(recurrence.exceptionRules.size());
   for (const ExceptionRule& exception : recurrence.exceptionRules) {
     packRule(packer, exception.rule);
     packer.number(exception.start.has_value());
-    if (exception.start) packer.number(localSeconds(*exception.start));
+    if (exception.start) { packer.number(localSeconds(*exception.start)); }
   }
 }
 
@@ -228,10 +228,10 @@ std::optional<Recurrence> unpackRecurrence(std::span<const std::byte> bytes) {
   recurrence.rules = unpacker.list([&] { return unpackRule(unpacker); });
   recurrence.added = unpackTimes(unpacker);
   recurrence.excluded = unpackTimes(unpacker);
-  if (unpacker.atEnd()) return ifSound(unpacker, std::move(recurrence));
+  if (unpacker.atEnd()) { return ifSound(unpacker, std::move(recurrence)); }
   recurrence.exceptionRules = unpacker.list([&] {
     ExceptionRule exception{unpackRule(unpacker), std::nullopt};
-    if (unpacker.flag()) exception.start = localTime(unpacker.seconds());
+    if (unpacker.flag()) { exception.start = localTime(unpacker.seconds()); }
     return exception;
   });
   return ifSound(unpacker, std::move(recurrence));
@@ -310,7 +310,7 @@ std::optional<std::vector<Attendee>> unpackAttendees(std::span<const std::byte> 
 void packStrings(const std::vector<std::string>& strings, PackedBytes& out) {
   Packer packer(out);
   packer.count(strings.size());
-  for (const std::string& text : strings) packer.text(text);
+  for (const std::string& text : strings) { packer.text(text); }
 }
 
 std::optional<std::vector<std::string>> unpackStrings(std::span<const std::byte> bytes) {

@@ -39,28 +39,30 @@ constexpr std::int64_t kRepeats = 1, kOriginalIsWall = 2, kHasDue = 4, kDueIsWal
 
 std::int64_t lengthShelf(std::int64_t length) {
   for (std::size_t i = 0; i < std::size(kLengths); ++i) {
-    if (length <= std::int64_t{1} << kLengths[i]) return static_cast<std::int64_t>(i);
+    if (length <= std::int64_t{1} << kLengths[i]) { return static_cast<std::int64_t>(i); }
   }
   return kEndlessShelf;
 }
 
 std::int64_t saturatedAdd(std::int64_t value, std::int64_t added) {
   std::int64_t sum = 0;
-  if (__builtin_add_overflow(value, added, &sum)) return added > 0 ? INT64_MAX : INT64_MIN;
+  if (__builtin_add_overflow(value, added, &sum)) { return added > 0 ? INT64_MAX : INT64_MIN; }
   return sum;
 }
 
 /// The months (bit 0 is January) outside of which the series cannot meet; 0 when that cannot be told.
 unsigned meetingMonths(const Item& item) {
-  if (!item.start || !item.recurrence.added.empty()) return 0;
+  if (!item.start || !item.recurrence.added.empty()) { return 0; }
   unsigned months = 1u << (item.start->local.month() - 1);
   for (const RecurrenceRule& rule : item.recurrence.rules) {
-    if (!rule.scale.empty()) return 0;  // its months are those of another calendar
+    if (!rule.scale.empty()) {
+      return 0;  // its months are those of another calendar
+    }
     const bool onTheStartsDay = rule.frequency == RecurrenceRule::Frequency::kYearly && rule.byMonthDay.empty() &&
                                 rule.byYearDay.empty() && rule.byWeekNumber.empty() && rule.byDay.empty();
-    if (rule.byMonth.empty() && !onTheStartsDay) return 0;
+    if (rule.byMonth.empty() && !onTheStartsDay) { return 0; }
     for (const int month : rule.byMonth) {
-      if (month < 1 || month > 12) return 0;
+      if (month < 1 || month > 12) { return 0; }
       months |= 1u << (month - 1);
     }
   }
@@ -71,10 +73,10 @@ unsigned meetingMonths(const Item& item) {
 unsigned monthsBetween(std::int64_t from, std::int64_t to) {
   const std::int64_t first = std::clamp(from, -70'000'000'000, 270'000'000'000);
   const std::int64_t last = std::clamp(to, -70'000'000'000, 270'000'000'000);
-  if (last - first > 330 * kDay) return 0xfff;
+  if (last - first > 330 * kDay) { return 0xfff; }
   unsigned months = 0;
   const cctz::civil_month end(localTime(last));
-  for (cctz::civil_month month(localTime(first)); month <= end; ++month) months |= 1u << (month.month() - 1);
+  for (cctz::civil_month month(localTime(first)); month <= end; ++month) { months |= 1u << (month.month() - 1); }
   return months;
 }
 
@@ -121,10 +123,10 @@ constexpr std::size_t kGatheredAtMost = 65'536;
 /// Calls `place` for each shelf that a row stands on: the one it names, or those of its months.
 template <class Place>
 Status forEachShelf(std::int64_t stored, const Place& place) {
-  if ((stored & kManyMonths) == 0) return place(stored);
+  if ((stored & kManyMonths) == 0) { return place(stored); }
   const std::int64_t base = (stored & kManyMonthsWall) != 0 ? kWallMonths : kTimedMonths;
   for (int month = 0; month < 12; ++month) {
-    if ((stored >> month & 1) != 0) ORLOCAL_CHECK(place(base + month));
+    if ((stored >> month & 1) != 0) { ORLOCAL_CHECK(place(base + month)); }
   }
   return {};
 }
@@ -132,7 +134,7 @@ Status forEachShelf(std::int64_t stored, const Place& place) {
 }  // namespace
 
 bool Timeline::isShelf(std::int64_t stored) {
-  if ((stored & kManyMonths) == 0) return stored >= 0 && stored < static_cast<std::int64_t>(kShelves);
+  if ((stored & kManyMonths) == 0) { return stored >= 0 && stored < static_cast<std::int64_t>(kShelves); }
   return (stored & ~(kManyMonths | kManyMonthsWall | 0xfff)) == 0;
 }
 
@@ -141,7 +143,7 @@ bool Timeline::isWall(const CalendarTime& time) {
 }
 
 std::int64_t Timeline::keyOf(const CalendarTime& time) {
-  if (isWall(time)) return localSeconds(time.local);
+  if (isWall(time)) { return localSeconds(time.local); }
   return std::chrono::floor<std::chrono::seconds>(momentOf(time, Zone())).time_since_epoch().count();
 }
 
@@ -177,7 +179,7 @@ Status Timeline::insert(const TimelineEntry& entry) {
     const std::int64_t flags = (entry.repeats ? kRepeats : 0) | (entry.originalIsWall ? kOriginalIsWall : 0) |
                                (entry.hasDue ? kHasDue : 0) | (entry.dueIsWall ? kDueIsWall : 0);
     const Row row{shelf, entry.start, entry.item, entry.end, entry.calendar, flags, entry.series, entry.original};
-    if (!m_gathers) return write(std::span(&row, 1));
+    if (!m_gathers) { return write(std::span(&row, 1)); }
     m_gathered.push_back(row);
     m_gatheredItems.insert(row.item);
     return m_gathered.size() < kGatheredAtMost ? Status() : writeRows();
@@ -216,7 +218,7 @@ void Timeline::forget() {
 }
 
 Status Timeline::remove(ItemId item, std::int64_t stored, std::int64_t start) {
-  if (m_gatheredItems.contains(item)) ORLOCAL_CHECK(writeRows());
+  if (m_gatheredItems.contains(item)) { ORLOCAL_CHECK(writeRows()); }
   return forEachShelf(stored, [&](std::int64_t shelf) {
     return m_remove.in(m_database).bind(1, shelf).bind(2, start).bind(3, item).run();
   });
@@ -224,18 +226,18 @@ Status Timeline::remove(ItemId item, std::int64_t stored, std::int64_t start) {
 
 Status Timeline::findShelves() {
   ORLOCAL_CHECK(writeRows());
-  if (m_shelvesKnown) return {};
+  if (m_shelvesKnown) { return {}; }
   m_shelves.reset();
   for (std::int64_t shelf = -1;;) {
     Statement& next = m_nextShelf.in(m_database);
     const ResetAtExit reset(next);
     next.bind(1, shelf);
     ORLOCAL_TRY(const bool found, next.step());
-    if (!found) break;
+    if (!found) { break; }
     CheckedRow row(next);
     // A damaged index may give the same shelf for ever.
     shelf = row.number(0, shelf + 1, static_cast<std::int64_t>(kShelves) - 1);
-    if (!row.sound()) return damaged(m_database, "The timeline");
+    if (!row.sound()) { return damaged(m_database, "The timeline"); }
     m_shelves.set(static_cast<std::size_t>(shelf));
   }
   m_shelvesKnown = true;
@@ -243,7 +245,7 @@ Status Timeline::findShelves() {
 }
 
 Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t before, const Visitor& visit) {
-  if (!m_shelves.test(static_cast<std::size_t>(shelf))) return {};
+  if (!m_shelves.test(static_cast<std::size_t>(shelf))) { return {}; }
   Statement& scan = m_scan.in(m_database);
   const ResetAtExit reset(scan);
   scan.bind(1, shelf).bind(2, after).bind(3, before);
@@ -253,7 +255,7 @@ Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t
       (shelf >= kWall && shelf < kTimedMonths) || (shelf >= kWallMonths && shelf < kOpenTimed) || shelf == kOpenWall;
   for (std::pair<std::int64_t, ItemId> last{INT64_MIN, 0};;) {
     ORLOCAL_TRY(const bool found, scan.step());
-    if (!found) return {};
+    if (!found) { return {}; }
     CheckedRow row(scan);
     entry.item = row.id(0);
     entry.calendar = row.id(1);
@@ -266,7 +268,7 @@ Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t
     entry.dueIsWall = (flags & kDueIsWall) != 0;
     entry.series = row.optionalId(5);
     entry.original.reset();
-    if (!row.isNull(6)) entry.original = row.seconds(6);
+    if (!row.isNull(6)) { entry.original = row.seconds(6); }
     const bool endless = entry.end == TimelineEntry::kEndless && entry.repeats;
     const std::pair<std::int64_t, ItemId> place(entry.start, entry.item);
     if (!row.sound() || place <= last || (!endless && entry.end > kLatestEnd)) {
@@ -299,7 +301,7 @@ Status Timeline::visitEvents(std::int64_t from, std::int64_t to, const Visitor& 
         monthsBetween(saturatedAdd(clock.from, -kLongestOnMonths - 3 * kDay), saturatedAdd(clock.to, 3 * kDay));
     std::vector<ItemId> seen;  // an entry stands on the shelves of all its months
     for (int month = 0; month < 12; ++month) {
-      if ((months >> month & 1) == 0) continue;
+      if ((months >> month & 1) == 0) { continue; }
       const std::size_t sorted = seen.size();
       ORLOCAL_CHECK(visitShelf(clock.months + month, INT64_MIN, clock.to, [&](const TimelineEntry& entry) -> Status {
         if (std::binary_search(seen.begin(), seen.begin() + static_cast<std::ptrdiff_t>(sorted), entry.item)) return {};
@@ -316,7 +318,7 @@ Status Timeline::visitOpenReminders(std::int64_t from, std::int64_t to, bool wit
   ORLOCAL_CHECK(findShelves());
   ORLOCAL_CHECK(visitShelf(kOpenTimed, saturatedAdd(from, -1), to, visit));
   ORLOCAL_CHECK(visitShelf(kOpenWall, saturatedAdd(from, -kWallSlack), saturatedAdd(to, kWallSlack), visit));
-  if (withoutDue) ORLOCAL_CHECK(visitShelf(kOpenWithoutDue, INT64_MIN, INT64_MAX, visit));
+  if (withoutDue) { ORLOCAL_CHECK(visitShelf(kOpenWithoutDue, INT64_MIN, INT64_MAX, visit)); }
   return {};
 }
 

@@ -25,19 +25,19 @@ std::atomic<std::int64_t> g_pinned = kNotRead;
 
 std::int64_t readSetting() {
   const auto pinned = momentPinnedByUser();
-  if (!pinned) std::fprintf(stderr, "orlocal: %s\n", pinned.error().message.c_str());
+  if (!pinned) { std::fprintf(stderr, "orlocal: %s\n", pinned.error().message.c_str()); }
   return pinned && *pinned ? (*pinned)->time_since_epoch().count() : kRuns;
 }
 
 }  // namespace
 
 std::optional<Moment> parseMoment(std::string_view text) {
-  if (text.size() != kPattern.size()) return std::nullopt;
+  if (text.size() != kPattern.size()) { return std::nullopt; }
   std::string compact;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const bool digit = text[i] >= '0' && text[i] <= '9';
-    if (kPattern[i] == 'd' ? !digit : text[i] != kPattern[i]) return std::nullopt;
-    if (text[i] != '-' && text[i] != ':') compact += text[i];
+    if (kPattern[i] == 'd' ? !digit : text[i] != kPattern[i]) { return std::nullopt; }
+    if (text[i] != '-' && text[i] != ':') { compact += text[i]; }
   }
   const auto time = parseTime(compact);
   return time ? std::optional(Zone().toMoment(time->local)) : std::nullopt;
@@ -45,8 +45,8 @@ std::optional<Moment> parseMoment(std::string_view text) {
 
 Result<std::optional<Moment>> momentPinnedByUser() {
   const char* setting = std::getenv(kSetting);
-  if (setting == nullptr || *setting == '\0') return std::nullopt;
-  if (auto moment = parseMoment(setting)) return moment;
+  if (setting == nullptr || *setting == '\0') { return std::nullopt; }
+  if (auto moment = parseMoment(setting)) { return moment; }
   return failure(ErrorCode::kInvalid, fmt::format("{} is \"{}\", which is no moment such as 2026-11-02T08:00:00Z; the "
                                                   "system's clock is used.",
                                                   kSetting, setting));
@@ -62,7 +62,7 @@ Moment now() {
     g_pinned.compare_exchange_strong(pinned, setting);
     pinned = g_pinned;
   }
-  if (pinned != kRuns) return Moment(Moment::duration(pinned));
+  if (pinned != kRuns) { return Moment(Moment::duration(pinned)); }
   return std::chrono::time_point_cast<Moment::duration>(std::chrono::system_clock::now());
 }
 

@@ -19,7 +19,7 @@ bool allDigits(std::string_view text) {
 
 int numberOf(std::string_view digits) {
   int value = 0;
-  for (char c : digits) value = value * 10 + (c - '0');
+  for (char c : digits) { value = value * 10 + (c - '0'); }
   return value;
 }
 
@@ -28,17 +28,18 @@ int numberOf(std::string_view digits) {
 std::optional<CalendarTime> parseTime(std::string_view text) {
   text = trimmed(text);
   CalendarTime time;
-  if (text.size() < 8 || !allDigits(text.substr(0, 8))) return std::nullopt;
+  if (text.size() < 8 || !allDigits(text.substr(0, 8))) { return std::nullopt; }
   const int year = numberOf(text.substr(0, 4)), month = numberOf(text.substr(4, 2)), day = numberOf(text.substr(6, 2));
-  if (year < 1 || month < 1 || month > 12 || day < 1 || day > monthLength(year, month)) return std::nullopt;
+  if (year < 1 || month < 1 || month > 12 || day < 1 || day > monthLength(year, month)) { return std::nullopt; }
   time.local = LocalTime(year, month, day);
-  if (text.size() == 8) return time;
+  if (text.size() == 8) { return time; }
   const bool utc = text.size() == 16 && (text[15] == 'Z' || text[15] == 'z');
-  if ((text.size() != 15 && !utc) || (text[8] != 'T' && text[8] != 't') || !allDigits(text.substr(9, 6)))
+  if ((text.size() != 15 && !utc) || (text[8] != 'T' && text[8] != 't') || !allDigits(text.substr(9, 6))) {
     return std::nullopt;
+  }
   const int hour = numberOf(text.substr(9, 2)), minute = numberOf(text.substr(11, 2));
   const int second = numberOf(text.substr(13, 2));
-  if (hour > 23 || minute > 59 || second > 60) return std::nullopt;
+  if (hour > 23 || minute > 59 || second > 60) { return std::nullopt; }
   time.local = LocalTime(year, month, day, hour, minute, std::min(second, 59));  // a leap second is the one before it
   time.kind = utc ? CalendarTime::Kind::kUtc : CalendarTime::Kind::kFloating;
   return time;
@@ -60,12 +61,12 @@ std::string timeText(const CalendarTime& time) {
   }
   two(at.month());
   two(at.day());
-  if (time.kind == CalendarTime::Kind::kDate) return text;
+  if (time.kind == CalendarTime::Kind::kDate) { return text; }
   text += 'T';
   two(at.hour());
   two(at.minute());
   two(at.second());
-  if (time.kind == CalendarTime::Kind::kUtc) text += 'Z';
+  if (time.kind == CalendarTime::Kind::kUtc) { text += 'Z'; }
   return text;
 }
 
@@ -78,20 +79,20 @@ std::optional<Duration> parseDuration(std::string_view text) {
     sign = text.front() == '-' ? -1 : 1;
     text.remove_prefix(1);
   }
-  if (text.empty() || (text.front() != 'P' && text.front() != 'p')) return std::nullopt;
+  if (text.empty() || (text.front() != 'P' && text.front() != 'p')) { return std::nullopt; }
   text.remove_prefix(1);
   Duration made;
   bool inTime = false, any = false;
   while (!text.empty()) {
     if (text.front() == 'T' || text.front() == 't') {
-      if (inTime) return std::nullopt;
+      if (inTime) { return std::nullopt; }
       inTime = true;
       text.remove_prefix(1);
       continue;
     }
     std::size_t digits = 0;
-    while (digits < text.size() && text[digits] >= '0' && text[digits] <= '9') ++digits;
-    if (digits == 0 || digits > 9 || digits == text.size()) return std::nullopt;
+    while (digits < text.size() && text[digits] >= '0' && text[digits] <= '9') { ++digits; }
+    if (digits == 0 || digits > 9 || digits == text.size()) { return std::nullopt; }
     const std::int64_t number = numberOf(text.substr(0, digits));
     switch (text[digits] | 0x20) {
       case 'w':
@@ -116,7 +117,7 @@ std::optional<Duration> parseDuration(std::string_view text) {
     text.remove_prefix(digits + 1);
   }
   // A bare "P" or "PT" is written by some for no length at all.
-  if (!any && !inTime) return std::nullopt;
+  if (!any && !inTime) { return std::nullopt; }
   return Duration{sign * made.days, sign * made.seconds};
 }
 
@@ -124,29 +125,30 @@ std::string durationText(std::chrono::seconds length) {
   std::int64_t rest = length.count();
   std::string text = rest < 0 ? "-P" : "P";
   rest = rest < 0 ? -rest : rest;
-  if (rest != 0 && rest % (7 * kSecondsPerDay) == 0) return text + fmt::format("{}W", rest / (7 * kSecondsPerDay));
-  if (rest >= kSecondsPerDay) text += fmt::format("{}D", rest / kSecondsPerDay);
+  if (rest != 0 && rest % (7 * kSecondsPerDay) == 0) { return text + fmt::format("{}W", rest / (7 * kSecondsPerDay)); }
+  if (rest >= kSecondsPerDay) { text += fmt::format("{}D", rest / kSecondsPerDay); }
   rest %= kSecondsPerDay;
-  if (rest == 0 && text.back() == 'D') return text;
+  if (rest == 0 && text.back() == 'D') { return text; }
   text += 'T';
-  if (rest >= 3600) text += fmt::format("{}H", rest / 3600);
-  if (rest % 3600 >= 60) text += fmt::format("{}M", rest % 3600 / 60);
-  if (rest % 60 != 0 || text.back() == 'T') text += fmt::format("{}S", rest % 60);
+  if (rest >= 3600) { text += fmt::format("{}H", rest / 3600); }
+  if (rest % 3600 >= 60) { text += fmt::format("{}M", rest % 3600 / 60); }
+  if (rest % 60 != 0 || text.back() == 'T') { text += fmt::format("{}S", rest % 60); }
   return text;
 }
 
 std::optional<int> parseOffset(std::string_view text) {
   text = trimmed(text);
-  if (text.empty() || (text.front() != '+' && text.front() != '-')) return std::nullopt;
+  if (text.empty() || (text.front() != '+' && text.front() != '-')) { return std::nullopt; }
   const int sign = text.front() == '-' ? -1 : 1;
   std::string digits;
-  for (char c : text.substr(1))
-    if (c != ':') digits += c;
-  if (!allDigits(digits) || (digits.size() != 4 && digits.size() != 6)) return std::nullopt;
+  for (char c : text.substr(1)) {
+    if (c != ':') { digits += c; }
+  }
+  if (!allDigits(digits) || (digits.size() != 4 && digits.size() != 6)) { return std::nullopt; }
   const int minutes = numberOf(digits.substr(2, 2));
   const int seconds = digits.size() == 6 ? numberOf(digits.substr(4, 2)) : 0;
   const int total = numberOf(digits.substr(0, 2)) * 3600 + minutes * 60 + seconds;
-  if (minutes > 59 || seconds > 59 || total >= kSecondsPerDay) return std::nullopt;
+  if (minutes > 59 || seconds > 59 || total >= kSecondsPerDay) { return std::nullopt; }
   return sign * total;
 }
 

@@ -23,7 +23,7 @@ using std::chrono::seconds;
 
 /// Names below the system's folder of zone files, and nothing that could leave it.
 bool isPathSafe(std::string_view name) {
-  if (name.empty() || name.size() > 64) return false;
+  if (name.empty() || name.size() > 64) { return false; }
   const auto allowed = [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '+' ||
            c == '-' || c == '/';
@@ -79,44 +79,46 @@ struct ZoneRegistry {
     return (entries[std::string(name)] = std::move(made)).get();
   }
   const Zone::Entry* load(std::string_view name) {
-    if (const auto* known = find(name)) return known;
+    if (const auto* known = find(name)) { return known; }
     cctz::time_zone rules;
-    if (isPathSafe(name) && cctz::load_time_zone(std::string(name), &rules)) return add(name, rules, "");
+    if (isPathSafe(name) && cctz::load_time_zone(std::string(name), &rules)) { return add(name, rules, ""); }
     if (const auto known = announced.find(name); known != announced.end()) {
       const auto taken = announced.extract(known);
       const auto zone = addPrivate(taken.key(), taken.mapped().text, taken.mapped().read);
       return zone ? *zone : nullptr;
     }
-    if (!name.starts_with(kRulesPrefix)) return nullptr;
+    if (!name.starts_with(kRulesPrefix)) { return nullptr; }
     const auto posix = rulesOfPosixText(name.substr(kRulesPrefix.size()));
     const auto made = posix ? zoneOfRules(*posix) : std::nullopt;
     return made ? add(name, *made, "") : nullptr;
   }
   Result<const Zone::Entry*> addPrivate(const std::string& name, std::string_view text, Zone::RulesReader read) {
     const auto rules = read(text);
-    if (!rules) return failure(rules.error().code, fmt::format("time zone \"{}\": {}", name, rules.error().message));
+    if (!rules) {
+      return failure(rules.error().code, fmt::format("time zone \"{}\": {}", name, rules.error().message));
+    }
     const auto zone = zoneOfRules(*rules);
-    if (!zone) return failure(ErrorCode::kInvalid, fmt::format("time zone \"{}\" has too many clocks", name));
+    if (!zone) { return failure(ErrorCode::kInvalid, fmt::format("time zone \"{}\" has too many clocks", name)); }
     return add(name, *zone, text);
   }
   const Zone::Entry* ofText(std::string_view text) {
-    if (text.starts_with(':')) text.remove_prefix(1);
+    if (text.starts_with(':')) { text.remove_prefix(1); }
     if (!text.starts_with('/')) {
       const auto* named = load(text);
       return named != nullptr ? named : load(std::string(kRulesPrefix).append(text));
     }
-    if (const auto* named = load(nameOfPath(text))) return named;
+    if (const auto* named = load(nameOfPath(text))) { return named; }
     return ofFile(std::string(text));
   }
   const Zone::Entry* ofFile(const std::string& path) {
     std::error_code error;
     const auto target = std::filesystem::canonical(path, error);
-    if (const auto* named = error ? nullptr : load(nameOfPath(target.string()))) return named;
+    if (const auto* named = error ? nullptr : load(nameOfPath(target.string()))) { return named; }
     cctz::time_zone rules;
-    if (path != "/etc/localtime" || !cctz::load_time_zone(path, &rules)) return nullptr;
+    if (path != "/etc/localtime" || !cctz::load_time_zone(path, &rules)) { return nullptr; }
     std::string name;
     std::ifstream("/etc/timezone") >> name;
-    if (const auto* named = load(name)) return named;
+    if (const auto* named = load(name)) { return named; }
     return add("localtime", rules, "");
   }
 };
@@ -124,7 +126,7 @@ struct ZoneRegistry {
 Zone::Zone() : m_entry(ZoneRegistry::utc()) {}
 
 std::optional<Zone> Zone::named(std::string_view name) {
-  if (name == "UTC") return Zone();
+  if (name == "UTC") { return Zone(); }
   ZoneRegistry& registry = ZoneRegistry::instance();
   const std::lock_guard lock(registry.mutex);
   const Entry* entry = registry.load(name);
@@ -134,7 +136,7 @@ std::optional<Zone> Zone::named(std::string_view name) {
 Zone Zone::ofUser() {
   const char* set = std::getenv("TZ");
   const std::string text = set != nullptr ? (*set == '\0' ? "UTC" : set) : ":/etc/localtime";
-  if (text == "UTC") return {};
+  if (text == "UTC") { return {}; }
   ZoneRegistry& registry = ZoneRegistry::instance();
   const std::lock_guard lock(registry.mutex);
   // The link may be turned to another zone while the process runs; reading it is cheap enough.
@@ -149,10 +151,12 @@ Status Zone::registerPrivate(const std::string& name, std::string_view text, Rul
   ZoneRegistry& registry = ZoneRegistry::instance();
   const std::lock_guard lock(registry.mutex);
   if (const Entry* known = name.empty() ? nullptr : registry.load(name)) {
-    if (known->privateText == text) return {};
+    if (known->privateText == text) { return {}; }
     return failure(ErrorCode::kInvalid, fmt::format("another time zone \"{}\" is known already", name));
   }
-  if (name.empty() || name == "UTC") return failure(ErrorCode::kInvalid, "a private time zone needs a name of its own");
+  if (name.empty() || name == "UTC") {
+    return failure(ErrorCode::kInvalid, "a private time zone needs a name of its own");
+  }
   ORLOCAL_CHECK(registry.addPrivate(name, text, read));
   return {};
 }
@@ -160,8 +164,9 @@ Status Zone::registerPrivate(const std::string& name, std::string_view text, Rul
 void Zone::announcePrivate(std::string name, std::string text, RulesReader read) {
   ZoneRegistry& registry = ZoneRegistry::instance();
   const std::lock_guard lock(registry.mutex);
-  if (registry.find(name) == nullptr)
+  if (registry.find(name) == nullptr) {
     registry.announced.try_emplace(std::move(name), ZoneRegistry::Announced{std::move(text), read});
+  }
 }
 
 std::optional<std::string> Zone::privateText() const {
@@ -192,7 +197,7 @@ std::string Zone::abbreviation(Moment moment) const {
 std::optional<Zone::Change> Zone::changeAfter(Moment moment) const {
   cctz::time_zone::civil_transition transition;
   auto from = std::chrono::floor<seconds>(moment);
-  if (!m_entry->rules.next_transition(from, &transition)) return std::nullopt;
+  if (!m_entry->rules.next_transition(from, &transition)) { return std::nullopt; }
   // The clock before the change runs up to `from`, which that clock reads once.
   const auto at = m_entry->rules.lookup(transition.to).trans;
   const auto kind = m_entry->rules.lookup(transition.to).kind;
@@ -208,7 +213,7 @@ Moment momentOf(const CalendarTime& time, const Zone& viewer) {
     case CalendarTime::Kind::kUtc:
       return Zone().toMoment(time.local);
     case CalendarTime::Kind::kZoned:
-      if (time.zone == viewer.name()) return viewer.toMoment(time.local);
+      if (time.zone == viewer.name()) { return viewer.toMoment(time.local); }
       return Zone::named(time.zone).value_or(viewer).toMoment(time.local);
     default:
       return viewer.toMoment(time.local);

@@ -143,15 +143,16 @@ std::optional<std::string> zoneFile(std::string name) {
 }
 
 std::optional<std::string> behindPrefix(std::string_view tzid) {
-  if (!tzid.starts_with('/')) return std::nullopt;
+  if (!tzid.starts_with('/')) { return std::nullopt; }
   // Names of the zone files have three parts at most. The longest is the one that is meant.
   std::vector<std::string_view> names;
   for (std::size_t slash = tzid.rfind('/'); names.size() < 3; slash = tzid.rfind('/', slash - 1)) {
     names.push_back(tzid.substr(slash + 1));
-    if (slash == 0) break;
+    if (slash == 0) { break; }
   }
-  for (auto name = names.rbegin(); name != names.rend(); ++name)
-    if (auto zone = zoneFile(std::string(*name))) return zone;
+  for (auto name = names.rbegin(); name != names.rend(); ++name) {
+    if (auto zone = zoneFile(std::string(*name))) { return zone; }
+  }
   return std::nullopt;
 }
 
@@ -171,22 +172,24 @@ std::optional<std::string> ofWindowsName(std::string_view tzid) {
   UErrorCode status = U_ZERO_ERROR;
   icu::TimeZone::getIDForWindowsID(icu::UnicodeString::fromUTF8({tzid.data(), static_cast<int>(tzid.size())}), nullptr,
                                    found, status);
-  if (U_FAILURE(status) != 0 || found.isEmpty()) return std::nullopt;
+  if (U_FAILURE(status) != 0 || found.isEmpty()) { return std::nullopt; }
   std::string name;
   found.toUTF8String(name);
   const auto* renamed =
       std::find_if(kRenamed.begin(), kRenamed.end(), [&](const auto& known) { return known.first == name; });
-  if (renamed != kRenamed.end())
-    if (auto zone = zoneFile(std::string(renamed->second))) return zone;
+  if (renamed != kRenamed.end()) {
+    if (auto zone = zoneFile(std::string(renamed->second))) { return zone; }
+  }
   return zoneFile(name);
 }
 
 std::optional<std::string> ofCity(std::string_view city) {
   const auto* named = std::find_if(kDisplayNames.begin(), kDisplayNames.end(),
                                    [&](const auto& known) { return equalsNoCase(known.first, city); });
-  if (named != kDisplayNames.end()) return std::string(named->second);
-  for (const char* area : {"Europe/", "America/", "Asia/", "Africa/", "Australia/", "Pacific/", "Atlantic/"})
-    if (auto zone = zoneFile(area + std::string(city))) return zone;
+  if (named != kDisplayNames.end()) { return std::string(named->second); }
+  for (const char* area : {"Europe/", "America/", "Asia/", "Africa/", "Australia/", "Pacific/", "Atlantic/"}) {
+    if (auto zone = zoneFile(area + std::string(city))) { return zone; }
+  }
   return std::nullopt;
 }
 
@@ -195,7 +198,7 @@ std::optional<std::string> ofDisplayName(std::string_view tzid) {
   std::optional<int> offset;
   if (tzid.starts_with("(UTC") || tzid.starts_with("(GMT")) {
     const std::size_t end = tzid.find(')');
-    if (end == std::string_view::npos) return std::nullopt;
+    if (end == std::string_view::npos) { return std::nullopt; }
     std::string text(tzid.substr(4, end - 4));
     std::replace(text.begin(), text.end(), '.', ':');
     offset = text.empty() ? std::optional(0) : parseOffset(text);
@@ -204,13 +207,13 @@ std::optional<std::string> ofDisplayName(std::string_view tzid) {
   std::size_t left = kMostCities;
   for (std::string_view city : splitUnescaped(tzid, ',')) {
     for (std::string_view part : offset ? splitUnescaped(city, '/') : std::vector{city}) {
-      if (left-- == 0) return std::nullopt;
+      if (left-- == 0) { return std::nullopt; }
       const auto name = ofCity(withoutQuotes(part));
       const auto zone = name ? Zone::named(*name) : std::nullopt;
-      if (!zone) continue;
+      if (!zone) { continue; }
       const int january = zone->offsetSeconds(Zone().toMoment(LocalTime(2026, 1, 15)));
       const int july = zone->offsetSeconds(Zone().toMoment(LocalTime(2026, 7, 15)));
-      if (!offset || *offset == std::min(january, july)) return name;
+      if (!offset || *offset == std::min(january, july)) { return name; }
     }
   }
   return std::nullopt;
@@ -223,11 +226,12 @@ constexpr std::int64_t kComparedFrom = 1262304000, kComparedTo = 2145916800;
 Offsets offsetsOf(const ZoneRules& rules) {
   Offsets offsets{{kComparedFrom, rules.initial.offset}};
   for (const auto& change : rules.changes) {
-    if (change.at >= kComparedTo) break;
-    if (change.at <= kComparedFrom)
+    if (change.at >= kComparedTo) { break; }
+    if (change.at <= kComparedFrom) {
       offsets.front().second = change.clock.offset;
-    else if (change.clock.offset != offsets.back().second)
+    } else if (change.clock.offset != offsets.back().second) {
       offsets.emplace_back(change.at, change.clock.offset);
+    }
   }
   return offsets;
 }
@@ -238,8 +242,8 @@ Offsets offsetsOf(const Zone& zone) {
   while (const auto change = zone.changeAfter(at)) {
     at = change->at;
     const std::int64_t when = std::chrono::floor<std::chrono::seconds>(at).time_since_epoch().count();
-    if (when >= kComparedTo) break;
-    if (change->offsetAfter != change->offsetBefore) offsets.emplace_back(when, change->offsetAfter);
+    if (when >= kComparedTo) { break; }
+    if (change->offsetAfter != change->offsetBefore) { offsets.emplace_back(when, change->offsetAfter); }
   }
   return offsets;
 }
@@ -248,8 +252,9 @@ Offsets offsetsOf(const Zone& zone) {
 const std::vector<std::pair<const char*, Offsets>>& wellKnownOffsets() {
   static const auto known = [] {
     std::vector<std::pair<const char*, Offsets>> made;
-    for (const char* name : kWellKnownZones)
-      if (const auto zone = Zone::named(name)) made.emplace_back(name, offsetsOf(*zone));
+    for (const char* name : kWellKnownZones) {
+      if (const auto zone = Zone::named(name)) { made.emplace_back(name, offsetsOf(*zone)); }
+    }
     return made;
   }();
   return known;
@@ -259,18 +264,19 @@ const std::vector<std::pair<const char*, Offsets>>& wellKnownOffsets() {
 
 std::optional<std::string> systemZoneOf(std::string_view tzid) {
   tzid = withoutQuotes(tzid);
-  if (tzid.empty() || tzid.size() > kLongestName) return std::nullopt;
-  if (equalsNoCase(tzid, "UTC") || equalsNoCase(tzid, "Z")) return "UTC";
-  if (auto zone = zoneFile(std::string(tzid))) return zone;
-  if (auto zone = behindPrefix(tzid)) return zone;
-  if (auto zone = ofWindowsName(tzid)) return zone;
+  if (tzid.empty() || tzid.size() > kLongestName) { return std::nullopt; }
+  if (equalsNoCase(tzid, "UTC") || equalsNoCase(tzid, "Z")) { return "UTC"; }
+  if (auto zone = zoneFile(std::string(tzid))) { return zone; }
+  if (auto zone = behindPrefix(tzid)) { return zone; }
+  if (auto zone = ofWindowsName(tzid)) { return zone; }
   return ofDisplayName(tzid);
 }
 
 std::optional<std::string> systemZoneByRules(const ZoneRules& rules) {
   const Offsets wanted = offsetsOf(rules);
-  for (const auto& [name, offsets] : wellKnownOffsets())
-    if (offsets == wanted) return name;
+  for (const auto& [name, offsets] : wellKnownOffsets()) {
+    if (offsets == wanted) { return name; }
+  }
   return std::nullopt;
 }
 

@@ -30,7 +30,7 @@ struct YearlyChange {
       case Kind::kMonthWeekDay: {
         const DayNumber first = dayNumber(year, month, 1);
         at = first + (day - weekDayOf(first) + 7) % 7 + 7 * (week - 1);
-        while (at >= first + monthLength(year, month)) at -= 7;
+        while (at >= first + monthLength(year, month)) { at -= 7; }
         break;
       }
     }
@@ -44,7 +44,7 @@ class PosixText {
 
   bool done() const { return m_rest.empty(); }
   bool take(char c) {
-    if (m_rest.empty() || m_rest.front() != c) return false;
+    if (m_rest.empty() || m_rest.front() != c) { return false; }
     m_rest.remove_prefix(1);
     return true;
   }
@@ -56,14 +56,15 @@ class PosixText {
     });
     std::string found(m_rest.begin(), end);
     m_rest.remove_prefix(found.size());
-    if (found.size() < 3 || found.size() > 30 || (quoted && !take('>'))) return std::nullopt;
+    if (found.size() < 3 || found.size() > 30 || (quoted && !take('>'))) { return std::nullopt; }
     return found;
   }
   std::optional<int> number(int low, int high) {
     int value = 0;
     std::size_t digits = 0;
-    while (digits < m_rest.size() && digits < 4 && m_rest[digits] >= '0' && m_rest[digits] <= '9')
+    while (digits < m_rest.size() && digits < 4 && m_rest[digits] >= '0' && m_rest[digits] <= '9') {
       value = value * 10 + (m_rest[digits++] - '0');
+    }
     m_rest.remove_prefix(digits);
     return digits > 0 && value >= low && value <= high ? std::optional(value) : std::nullopt;
   }
@@ -71,12 +72,12 @@ class PosixText {
   std::optional<int> time(int highestHour) {
     const int sign = take('-') ? -1 : (take('+'), 1);
     const auto hours = number(0, highestHour);
-    if (!hours) return std::nullopt;
+    if (!hours) { return std::nullopt; }
     int total = *hours * 3600;
     for (int unit : {60, 1}) {
-      if (!take(':')) break;
+      if (!take(':')) { break; }
       const auto part = number(0, 59);
-      if (!part) return std::nullopt;
+      if (!part) { return std::nullopt; }
       total += *part * unit;
     }
     return sign * total;
@@ -86,9 +87,9 @@ class PosixText {
     std::optional<int> month, week, day;
     if (take('M')) {
       month = number(1, 12);
-      if (!month || !take('.')) return std::nullopt;
+      if (!month || !take('.')) { return std::nullopt; }
       week = number(1, 5);
-      if (!week || !take('.')) return std::nullopt;
+      if (!week || !take('.')) { return std::nullopt; }
       day = number(0, 6);
       made.month = *month;
       made.week = *week;
@@ -99,11 +100,11 @@ class PosixText {
       made.kind = YearlyChange::Kind::kDayOfYear;
       day = number(0, 365);
     }
-    if (!day) return std::nullopt;
+    if (!day) { return std::nullopt; }
     made.day = *day;
     if (take('/')) {
       const auto at = time(167);
-      if (!at) return std::nullopt;
+      if (!at) { return std::nullopt; }
       made.seconds = *at;
     }
     return made;
@@ -119,14 +120,14 @@ std::optional<ZoneRules> rulesOfPosixText(std::string_view text) {
   PosixText reader(text);
   ZoneRules rules;
   auto name = reader.name();
-  if (!name) return std::nullopt;
+  if (!name) { return std::nullopt; }
   auto west = reader.time(24);
-  if (!west) return std::nullopt;
+  if (!west) { return std::nullopt; }
   rules.initial = {-*west, false, *name};
-  if (reader.done()) return rules;
+  if (reader.done()) { return rules; }
 
   name = reader.name();
-  if (!name) return std::nullopt;
+  if (!name) { return std::nullopt; }
   ZoneRules::Clock summer{rules.initial.offset + 3600, true, *name};
   // Without rules the system takes those of the United States.
   YearlyChange begin{YearlyChange::Kind::kMonthWeekDay, 3, 2, 0}, end{YearlyChange::Kind::kMonthWeekDay, 11, 1, 0};
@@ -134,14 +135,14 @@ std::optional<ZoneRules> rulesOfPosixText(std::string_view text) {
   if (!hasRules && !reader.done()) {
     west = reader.time(24);
     hasRules = reader.take(',');
-    if (!west || (!hasRules && !reader.done())) return std::nullopt;
+    if (!west || (!hasRules && !reader.done())) { return std::nullopt; }
     summer.offset = -*west;
   }
   if (hasRules) {
     const auto from = reader.change();
-    if (!from || !reader.take(',')) return std::nullopt;
+    if (!from || !reader.take(',')) { return std::nullopt; }
     const auto to = reader.change();
-    if (!to || !reader.done()) return std::nullopt;
+    if (!to || !reader.done()) { return std::nullopt; }
     begin = *from;
     end = *to;
   }
@@ -153,10 +154,11 @@ std::optional<ZoneRules> rulesOfPosixText(std::string_view text) {
   // Summer time all the year round: its end and the next begin fall together, and the begin counts.
   std::vector<ZoneRules::Change> distinct;
   for (const auto& change : rules.changes) {
-    if (distinct.empty() || distinct.back().at != change.at)
+    if (distinct.empty() || distinct.back().at != change.at) {
       distinct.push_back(change);
-    else
+    } else {
       distinct.back().clock = summer;
+    }
   }
   rules.changes = std::move(distinct);
   return rules;

@@ -35,14 +35,15 @@ class MemorySource : public cctz::ZoneInfoSource {
 };
 
 void putBigEndian(std::string& bytes, std::uint64_t value, int size) {
-  for (int shift = (size - 1) * 8; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xFF);
+  for (int shift = (size - 1) * 8; shift >= 0; shift -= 8) { bytes += static_cast<char>(value >> shift & 0xFF); }
 }
 
 void putHeader(std::string& bytes, std::size_t changes, std::size_t clocks, std::size_t characters) {
   bytes += "TZif2";
   bytes.append(15, '\0');
-  for (std::size_t count : {std::size_t{0}, std::size_t{0}, std::size_t{0}, changes, clocks, characters})
+  for (std::size_t count : {std::size_t{0}, std::size_t{0}, std::size_t{0}, changes, clocks, characters}) {
     putBigEndian(bytes, count, 4);
+  }
 }
 
 /// Zone file, version 2, with no rule at its end. None when there are more kinds of clocks than the form can hold.
@@ -51,8 +52,8 @@ std::optional<std::string> zoneFileOf(const ZoneRules& rules) {
   std::string indexes;
   for (const auto& change : rules.changes) {
     auto found = std::find(clocks.begin(), clocks.end(), change.clock);
-    if (found == clocks.end()) found = clocks.insert(found, change.clock);
-    if (clocks.size() > 250) return std::nullopt;
+    if (found == clocks.end()) { found = clocks.insert(found, change.clock); }
+    if (clocks.size() > 250) { return std::nullopt; }
     indexes += static_cast<char>(found - clocks.begin());
   }
   std::string names, types;
@@ -62,12 +63,12 @@ std::optional<std::string> zoneFileOf(const ZoneRules& rules) {
     putBigEndian(types, static_cast<std::uint32_t>(clock.offset), 4);
     types += clock.daylight ? '\1' : '\0';
     types += static_cast<char>(names.size());
-    if (names.size() < 250) names += name + '\0';
+    if (names.size() < 250) { names += name + '\0'; }
   }
   std::string bytes;
   putHeader(bytes, 0, 0, 0);
   putHeader(bytes, rules.changes.size(), clocks.size(), names.size());
-  for (const auto& change : rules.changes) putBigEndian(bytes, static_cast<std::uint64_t>(change.at), 8);
+  for (const auto& change : rules.changes) { putBigEndian(bytes, static_cast<std::uint64_t>(change.at), 8); }
   return bytes + indexes + types + names + "\n\n";
 }
 
@@ -77,7 +78,7 @@ constexpr std::string_view kMemoryPrefix = "orlocal-rules:";
 
 std::unique_ptr<cctz::ZoneInfoSource> openFromMemory(
     const std::string& name, const std::function<std::unique_ptr<cctz::ZoneInfoSource>(const std::string&)>& fallback) {
-  if (name.starts_with(kMemoryPrefix) && toLoad != nullptr) return std::make_unique<MemorySource>(*toLoad);
+  if (name.starts_with(kMemoryPrefix) && toLoad != nullptr) { return std::make_unique<MemorySource>(*toLoad); }
   return fallback(name);
 }
 
@@ -85,7 +86,7 @@ std::unique_ptr<cctz::ZoneInfoSource> openFromMemory(
 
 std::optional<cctz::time_zone> zoneOfRules(const ZoneRules& rules) {
   const auto bytes = zoneFileOf(rules);
-  if (!bytes) return std::nullopt;
+  if (!bytes) { return std::nullopt; }
   static int serial = 0;
   const std::lock_guard lock(loading);
   // The hook is put back at once: it belongs to the whole process, and this code may be unloaded from it.
