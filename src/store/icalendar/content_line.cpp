@@ -19,22 +19,27 @@ bool isNameCharacter(char c) {
 std::size_t findUnquoted(std::string_view text, std::size_t from, char one, char other) {
   bool quoted = false;
   for (std::size_t i = from; i < text.size(); ++i) {
-    if (text[i] == '"')
+    if (text[i] == '"') {
       quoted = !quoted;
-    else if (!quoted && (text[i] == one || text[i] == other))
+    } else if (!quoted && (text[i] == one || text[i] == other)) {
       return i;
+    }
   }
   return std::string_view::npos;
 }
 
-std::string withoutCarets(std::string_view value) {
+/// Whether iCalendar text can have it: no control character but a tab (RFC 5545, 3.1).
+constexpr bool isCarried(char c) { return static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t'; }
+
+/// Without what is no text, and with the carets' meaning (RFC 6868).
+std::string parameterValue(std::string_view value) {
   std::string out;
   for (std::size_t i = 0; i < value.size(); ++i) {
     const char next = i + 1 < value.size() ? value[i + 1] : '\0';
     if (value[i] == '^' && (next == 'n' || next == '^' || next == '\'')) {
       out += next == 'n' ? '\n' : next == '^' ? '^' : '"';
       ++i;
-    } else {
+    } else if (isCarried(value[i])) {
       out += value[i];
     }
   }
@@ -54,7 +59,9 @@ bool nextParameter(std::string_view& parameters, ContentParameter& parameter) {
     if (equals == std::string_view::npos) {
       parameter.name = trimmed(parameter.text.substr(1));
       parameter.value = {};
-      if (parameter.name.empty()) continue;  // ";;" or a ";" at the end
+      if (parameter.name.empty()) {
+        continue;  // ";;" or a ";" at the end
+      }
       return true;
     }
     parameter.name = trimmed(parameter.text.substr(1, equals - 1));
@@ -67,13 +74,13 @@ bool nextParameter(std::string_view& parameters, ContentParameter& parameter) {
 std::optional<std::string> ContentLine::parameter(std::string_view wanted) const {
   std::string_view rest = parameters;
   for (ContentParameter found; nextParameter(rest, found);) {
-    if (!equalsNoCase(found.name, wanted)) continue;
+    if (!equalsNoCase(found.name, wanted)) { continue; }
     std::string_view raw = found.value;
     if (!raw.empty() && raw.front() == '"') {
       raw.remove_prefix(1);
       raw = raw.substr(0, raw.find('"'));
     }
-    return raw.find('^') == std::string_view::npos ? std::string(raw) : withoutCarets(raw);
+    return parameterValue(raw);
   }
   return std::nullopt;
 }
@@ -83,16 +90,16 @@ std::optional<ContentLine> splitContentLine(std::string_view text, int line) {
   made.text = text;
   made.line = line;
   std::size_t end = 0;
-  while (end < text.size() && isNameCharacter(text[end])) ++end;
+  while (end < text.size() && isNameCharacter(text[end])) { ++end; }
   made.name = text.substr(0, end);
-  while (end < text.size() && (text[end] == ' ' || text[end] == '\t')) ++end;
-  if (made.name.empty() || end == text.size() || (text[end] != ':' && text[end] != ';')) return std::nullopt;
+  while (end < text.size() && (text[end] == ' ' || text[end] == '\t')) { ++end; }
+  if (made.name.empty() || end == text.size() || (text[end] != ':' && text[end] != ';')) { return std::nullopt; }
   std::size_t colon = end;
   if (text[end] == ';') {
     colon = findUnquoted(text, end, ':', ':');
     // A quote that is never closed hides the colon; the first one then ends the parameters.
-    if (colon == std::string_view::npos) colon = text.find(':', end);
-    if (colon == std::string_view::npos) return std::nullopt;
+    if (colon == std::string_view::npos) { colon = text.find(':', end); }
+    if (colon == std::string_view::npos) { return std::nullopt; }
     made.parameters = text.substr(end, colon - end);
   }
   made.value = text.substr(colon + 1);
@@ -103,7 +110,7 @@ namespace {
 
 /// Where the next one is, from `at` on; `known` is what the last call found.
 std::size_t nextOf(std::string_view bytes, char wanted, std::size_t at, std::size_t& known) {
-  if (known < at || (known == 0 && at == 0)) known = std::min(bytes.find(wanted, at), bytes.size());
+  if (known < at || (known == 0 && at == 0)) { known = std::min(bytes.find(wanted, at), bytes.size()); }
   return known;
 }
 
@@ -123,9 +130,9 @@ std::string_view ContentLines::physicalLine() {
 
 /// Goes to the continuation of the line that was read, when there is one. Some files have an empty line before each.
 bool ContentLines::continues() {
-  if (m_text < m_at || m_text == 0) m_text = std::min(m_bytes.find_first_not_of("\r\n", m_at), m_bytes.size());
-  if (m_text == m_bytes.size() || (m_bytes[m_text] != ' ' && m_bytes[m_text] != '\t')) return false;
-  while (m_at < m_text) (void)physicalLine();
+  if (m_text < m_at || m_text == 0) { m_text = std::min(m_bytes.find_first_not_of("\r\n", m_at), m_bytes.size()); }
+  if (m_text == m_bytes.size() || (m_bytes[m_text] != ' ' && m_bytes[m_text] != '\t')) { return false; }
+  while (m_at < m_text) { (void)physicalLine(); }
   return true;
 }
 
@@ -135,12 +142,12 @@ bool ContentLines::next(ContentLine& line) {
     std::string_view text = physicalLine();
     if (continues()) {
       m_buffer.assign(text);
-      while (continues()) m_buffer.append(physicalLine().substr(1));
+      while (continues()) { m_buffer.append(physicalLine().substr(1)); }
       text = m_buffer;
     }
-    if (trimmed(text).empty()) continue;
+    if (trimmed(text).empty()) { continue; }
     m_reencoded = !isUtf8(text);
-    if (m_reencoded) text = m_decoded = fromWindows1252(text);
+    if (m_reencoded) { text = m_decoded = fromWindows1252(text); }
     if (auto split = splitContentLine(text, number)) {
       line = *split;
     } else {
@@ -169,7 +176,7 @@ std::string fromWindows1252(std::string_view bytes) {
     }
     const unsigned byte = static_cast<unsigned char>(bytes.front());
     const unsigned point = byte < 0xA0 ? kHigh[byte - 0x80U] : byte;
-    if (point >= 0x800) out += static_cast<char>(0xE0 | point >> 12);
+    if (point >= 0x800) { out += static_cast<char>(0xE0 | point >> 12); }
     out += static_cast<char>(point >= 0x800 ? 0x80 | (point >> 6 & 0x3F) : 0xC0 | point >> 6);
     out += static_cast<char>(0x80 | (point & 0x3F));
     bytes.remove_prefix(1);
@@ -190,7 +197,7 @@ std::string unescapeText(std::string_view value) {
         continue;
       }
     }
-    if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t' || c == '\n') out += c;
+    if (isCarried(c) || c == '\n') { out += c; }
   }
   return out;
 }
@@ -201,12 +208,12 @@ std::string escapeText(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
     if (c == '\r') {
-      if (i + 1 == text.size() || text[i + 1] != '\n') out += "\\n";
+      if (i + 1 == text.size() || text[i + 1] != '\n') { out += "\\n"; }
     } else if (c == '\n') {
       out += "\\n";
     } else {
-      if (c == '\\' || c == ',' || c == ';') out += '\\';
-      if (static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t') out += c;
+      if (c == '\\' || c == ',' || c == ';') { out += '\\'; }
+      if (isCarried(c)) { out += c; }
     }
   }
   return out;
@@ -214,15 +221,15 @@ std::string escapeText(std::string_view text) {
 
 std::string parameterText(std::string_view value) {
   std::string out;
-  bool quote = false;
   for (char c : value) {
-    quote = quote || c == ':' || c == ';' || c == ',';
     if (c == '^' || c == '"' || c == '\n') {
       out += c == '^' ? "^^" : c == '"' ? "^'" : "^n";
-    } else if (static_cast<unsigned char>(c) >= 0x20 || c == '\t') {
+    } else if (isCarried(c)) {
       out += c;
     }
   }
+  // Blanks around a value that is not quoted are none of its own.
+  const bool quote = out.find_first_of(":;,") != std::string::npos || trimmed(out).size() != out.size();
   return quote ? '"' + out + '"' : out;
 }
 
@@ -230,7 +237,7 @@ void appendFolded(std::string& out, std::string_view line) {
   std::size_t room = 75;
   while (line.size() > room) {
     std::size_t end = room;
-    while (end > 1 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) --end;
+    while (end > 1 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) { --end; }
     out.append(line.substr(0, end)).append("\r\n ");
     line.remove_prefix(end);
     room = 74;

@@ -97,8 +97,17 @@ TEST(Parameters, AreFoundWithoutCaseAndQuotes) {
   EXPECT_EQ(line->parameter("ROLE"), std::nullopt);
 }
 
+TEST(Parameters, HaveNoControlCharactersInTheirValues) {
+  using namespace std::string_literals;
+  const std::string text = "X;CN=Ann \0\x1B;X=\"a\x7F\tb \":v"s;
+  const auto line = splitContentLine(text, 1);
+  ASSERT_TRUE(line);
+  EXPECT_EQ(line->parameter("CN"), "Ann ");
+  EXPECT_EQ(line->parameter("X"), "a\tb ");
+}
+
 TEST(Parameters, AreWrittenSoThatTheyCanBeReadAgain) {
-  for (const char* value : {"plain", "a,b;c:d", "say \"hi\"", "two\nlines", "^caret", "grüß"}) {
+  for (const char* value : {"plain", "a,b;c:d", "say \"hi\"", "two\nlines", "^caret", "grüß", " blanks ", "tab\t"}) {
     const std::string text = "X;CN=" + parameterText(value) + ":v";
     const auto line = splitContentLine(text, 1);
     ASSERT_TRUE(line) << text;
