@@ -19,7 +19,12 @@ class NoEventStore final : public EKEventStore {
   std::shared_ptr<const EKEventArray> eventsMatchingPredicate(const std::shared_ptr<const EKPredicate>&) override {
     return nullptr;
   }
+  std::shared_ptr<const EKPredicate> predicateForOneEvent(Date, Date, const EKCalendarArray&,
+                                                          std::string_view) override {
+    return nullptr;
+  }
   std::shared_ptr<EKEvent> eventWithIdentifier(std::string_view) override { return nullptr; }
+  std::shared_ptr<EKEvent> occurrenceOfEvent(std::string_view, Date) override { return nullptr; }
 
   std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray&) override {
     return nullptr;

@@ -69,7 +69,7 @@ bool told(bool done, std::optional<Error>& error) {
   return done;
 }
 
-EKSpan spanOf(CalSpan span) { return span == CalSpan::kThisEvent ? EKSpan::kThisEvent : EKSpan::kFutureEvents; }
+EKSpan eventSpan(CalSpan span) { return static_cast<EKSpan>(span); }
 
 }  // namespace
 
@@ -95,14 +95,8 @@ std::shared_ptr<CalEvent> CalendarStoreObject::eventWithUID(std::string_view uid
 }
 
 std::shared_ptr<CalEvent> CalendarStoreObject::occurrenceOf(std::string_view uid, Date originalStart) {
-  store::CalendarStore& store = m_access->store();
-  const auto event = orNone(store.event(uid)).value_or(nullptr);
-  if (!event) return nullptr;
-  const auto found = orNone(store.occurrenceAt(*event, originalStart)).value_or(std::nullopt);
-  if (!found) return nullptr;
-  auto row = orNone(store.item(found->item), "occurrence").value_or(nullptr);
-  if (!row) return nullptr;
-  return std::make_shared<CalEventObject>(m_access, std::make_shared<EventObject>(m_access, std::move(row), *found));
+  auto found = std::dynamic_pointer_cast<EventObject>(m_store.occurrenceOfEvent(uid, originalStart));
+  return found ? std::make_shared<CalEventObject>(m_access, std::move(found)) : nullptr;
 }
 
 std::shared_ptr<CalTask> CalendarStoreObject::taskWithUID(std::string_view uid) {
@@ -172,8 +166,7 @@ bool CalendarStoreObject::saveCalendar(const std::shared_ptr<CalCalendar>& calen
 
 bool CalendarStoreObject::saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
   const auto ours = storedObject<CalEventObject>(event);
-  if (ours && span == CalSpan::kAllEvents) return told(m_store.writeEvent(*ours, store::Span::kAll, error), error);
-  return told(m_store.saveEvent(ours, spanOf(span), true, error), error);
+  return told(m_store.saveEvent(ours, eventSpan(span), true, error), error);
 }
 
 bool CalendarStoreObject::saveTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
@@ -187,11 +180,7 @@ bool CalendarStoreObject::removeCalendar(const std::shared_ptr<CalCalendar>& cal
 bool CalendarStoreObject::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span,
                                       std::optional<Error>& error) {
   const auto ours = storedObject<CalEventObject>(event);
-  if (ours && span == CalSpan::kAllEvents) {
-    const auto removed = m_access->store().removeEvent(ours->original(), ours->occurrence(), store::Span::kAll);
-    return told(succeeded(removed, error), error);
-  }
-  return told(m_store.removeEvent(ours, spanOf(span), true, error), error);
+  return told(m_store.removeEvent(ours, eventSpan(span), true, error), error);
 }
 
 bool CalendarStoreObject::removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {

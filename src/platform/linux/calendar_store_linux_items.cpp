@@ -95,7 +95,7 @@ OptionalText CalAlarmObject::action() const {
 void CalAlarmObject::setAction(const OptionalText& action) {
   for (const ActionRow& row : kActions) {
     if (action != row.text) continue;
-    m_alarm->setAction(row.stored);
+    m_alarm->setType(static_cast<EKAlarmType>(row.stored));
     m_hasAction = true;
   }
 }
