@@ -54,9 +54,9 @@ class LinuxEventKit final : public EventKit {
     return alarm;
   }
 
-  std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double seconds) override {
+  std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double offset) override {
     auto alarm = std::make_shared<AlarmObject>(store::Alarm(), store::now());
-    alarm->setRelativeOffset(seconds);
+    alarm->setRelativeOffset(offset);
     return alarm;
   }
 
