@@ -40,7 +40,10 @@ class LinuxAddressBookSubject final : public AddressBookSubject {
     EXPECT_TRUE(writer->putContact(contact));
     EXPECT_TRUE(writer->commit());
   }
-  void keepFromReading() override { std::filesystem::create_directory(m_folder / "calendar.db"); }
+  void keepFromReading() override {
+    std::filesystem::remove_all(m_folder);
+    std::filesystem::create_directories(m_folder / "calendar.db");
+  }
 
  private:
   std::filesystem::path m_folder;
