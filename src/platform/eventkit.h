@@ -113,6 +113,7 @@ class EventKit {
 
   virtual ~EventKit() = default;
 
+  /// Never null, whether or not the store can be opened.
   virtual std::shared_ptr<EKEventStore> eventStoreWithAccessToEntityTypes(unsigned mask) = 0;
   virtual std::shared_ptr<EKCalendar> calendarForEntityType(EKEntityType type,
                                                             const std::shared_ptr<EKEventStore>& store) = 0;

@@ -834,6 +834,11 @@ TEST_P(EventKitContract, MakesTheNthDayOfItsMonthOrYear) {
   EXPECT_EQ(kit().dayOfWeek(3, -54), nullptr);
 }
 
+TEST_P(EventKitContract, HandsOutAStoreThatCannotBeOpenedToo) {
+  subject->keepFromOpening();
+  EXPECT_NE(kit().eventStoreWithAccessToEntityTypes(EventKit::kMaskEvent), nullptr);
+}
+
 TEST_P(EventKitContract, AStoreThatCannotBeOpenedHasNothing) {
   subject->keepFromOpening();
   EXPECT_THAT(store->calendarsForEntityType(EKEntityType::kEvent), IsEmpty());
