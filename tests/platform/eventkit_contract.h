@@ -486,6 +486,7 @@ TEST_P(EventKitContract, OpensTheOccurrenceOfADate) {
 TEST_P(EventKitContract, FindsAMovedOccurrenceWhereTheRulePutIt) {
   const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   const auto second = store->occurrenceOfEvent(identifier, at(11, 3, 9));
+  ASSERT_NE(second, nullptr);
   second->setStartDate(at(11, 20, 15));
   second->setEndDate(at(11, 20, 16));
   save(second, EKSpan::kThisEvent);
@@ -514,6 +515,7 @@ TEST_P(EventKitContract, RemovesThisTheLaterOrAllOccurrences) {
 TEST_P(EventKitContract, SavingAllOfASeriesFromALaterOccurrenceMovesAndRenamesTheEarlierToo) {
   const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   const auto second = store->occurrenceOfEvent(identifier, at(11, 3, 9));
+  ASSERT_NE(second, nullptr);
   second->setTitle("Changed");
   second->setStartDate(at(11, 3, 11));
   second->setEndDate(at(11, 3, 12));
