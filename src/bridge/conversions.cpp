@@ -92,7 +92,7 @@ std::optional<std::vector<std::shared_ptr<EKRecurrenceDayOfWeek>>> NSStringToNSA
   days.reserve(kDaysExpected);
   forEachLine(*text, [&days](std::string_view line) {
     try {
-      auto day = platform().eventKit().dayOfWeek(integerValue(line));
+      auto day = platform().eventKit().dayOfWeek(integerValue(line), 0);
       if (day) {
         days.push_back(std::move(day));
       } else {

@@ -44,11 +44,18 @@ class EKEventStore {
   /// the store does not answer.
   virtual std::shared_ptr<const EKPredicate> predicateForEvents(Date start, Date end,
                                                                 const EKCalendarArray& calendars) = 0;
+  /// The same, of the event with this identifier alone: what else is in the range costs nothing.
+  virtual std::shared_ptr<const EKPredicate> predicateForOneEvent(Date start, Date end,
+                                                                  const EKCalendarArray& calendars,
+                                                                  std::string_view identifier) = 0;
   /// Ordered by start, end, identifier. Asking again with the same predicate costs little until the store changes. Null
   /// for a null predicate, and when the store does not answer.
   virtual std::shared_ptr<const EKEventArray> eventsMatchingPredicate(
       const std::shared_ptr<const EKPredicate>& predicate) = 0;
+  /// The first occurrence of a series.
   virtual std::shared_ptr<EKEvent> eventWithIdentifier(std::string_view identifier) = 0;
+  /// The occurrence whose `occurrenceDate` this is, wherever it was moved since.
+  virtual std::shared_ptr<EKEvent> occurrenceOfEvent(std::string_view identifier, Date occurrenceDate) = 0;
 
   // Predicates for reminders are null when the store does not answer.
   virtual std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray& calendars) = 0;
@@ -106,6 +113,7 @@ class EventKit {
 
   virtual ~EventKit() = default;
 
+  /// Never null, whether or not the store can be opened.
   virtual std::shared_ptr<EKEventStore> eventStoreWithAccessToEntityTypes(unsigned mask) = 0;
   virtual std::shared_ptr<EKCalendar> calendarForEntityType(EKEntityType type,
                                                             const std::shared_ptr<EKEventStore>& store) = 0;
@@ -113,8 +121,9 @@ class EventKit {
   virtual std::shared_ptr<EKReminder> reminderWithEventStore(const std::shared_ptr<EKEventStore>& store) = 0;
   virtual std::shared_ptr<EKAlarm> alarmWithAbsoluteDate(Date date) = 0;
   virtual std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double seconds) = 0;
-  /// 1 Sunday to 7 Saturday; null outside.
-  virtual std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day) = 0;
+  /// 1 Sunday to 7 Saturday; `weekNumber` ±1 to ±53 makes it the n-th of its month or year, 0 means every week. Null
+  /// outside.
+  virtual std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day, long weekNumber) = 0;
   virtual std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithEndDate(Date date) = 0;
   virtual std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithOccurrenceCount(int count) = 0;
   /// Refuses what RFC 5545, 3.3.10 forbids.

@@ -17,7 +17,8 @@ namespace orlocal {
 // until the store saves it. Texts are UTF-8; absent texts are `std::nullopt`.
 
 enum class EKEntityType : int { kEvent = 0, kReminder = 1 };
-enum class EKSpan : int { kThisEvent = 0, kFutureEvents = 1 };
+/// All of a series, whichever of its occurrences is at hand, is a span that only the older platform names.
+enum class EKSpan : int { kThisEvent = 0, kFutureEvents = 1, kAllEvents = 2 };
 enum class EKAlarmType : int { kDisplay = 0, kAudio = 1, kProcedure = 2, kEmail = 3 };
 enum class EKRecurrenceFrequency : int { kDaily = 0, kWeekly = 1, kMonthly = 2, kYearly = 3 };
 /// `EKCalendar::type()`; other numbers may come from newer platforms.
@@ -36,6 +37,10 @@ class EKCalendar {
   virtual ~EKCalendar() = default;
   virtual OptionalText title() const = 0;
   virtual void setTitle(const OptionalText& title) = 0;
+  /// Read and set by the older platform's callers alone.
+  virtual OptionalText notes() const = 0;
+  virtual void setNotes(const OptionalText& notes) = 0;
+  /// An `EKCalendarType`.
   virtual int type() const = 0;
   virtual OptionalText calendarIdentifier() const = 0;
   /// Its own properties may not be changed: saving it is refused.
@@ -67,6 +72,8 @@ class EKAlarm {
   virtual void setUrl(const OptionalText& url) = 0;
   /// An `EKAlarmType`, derived from what is set: e-mail address, sound name, URL, or none of them.
   virtual int type() const = 0;
+  /// Names the type, until an e-mail address, a sound name or a URL is set again. The older platform's callers do so.
+  virtual void setType(EKAlarmType type) = 0;
   /// When the alarm was made; that of its item in a store that keeps no moment for alarms.
   virtual std::optional<Date> creationDate() const { return std::nullopt; }
 };
@@ -107,6 +114,8 @@ class EKParticipant {
  public:
   virtual ~EKParticipant() = default;
   virtual OptionalText name() const = 0;
+  /// The address under which they were invited, in URL form: usually "mailto:…".
+  virtual OptionalText url() const = 0;
   /// Under which an address book may know them, the likeliest first.
   virtual std::vector<std::string> emailAddresses() const = 0;
   virtual int participantStatus()

@@ -32,9 +32,9 @@ class CountingRunLoop : public fakes::FakeRunLoop {
 class ThrowingEventKit : public fakes::FakeEventKit {
  public:
   long dayThatThrows = 0;
-  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day) override {
+  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day, long weekNumber) override {
     if (dayThatThrows != 0 && day == dayThatThrows) throw Exception("NSInvalidArgumentException", "no such day");
-    return FakeEventKit::dayOfWeek(day);
+    return FakeEventKit::dayOfWeek(day, weekNumber);
   }
 };
 

@@ -20,7 +20,8 @@ KNOWS = {
     **{room: set(STORE[:floor]) for floor, room in enumerate(STORE)},
     "platform": set(),
     "platform/host": {"platform"},
-    "platform/linux": {"platform", *SHOWN, "store/icalendar", "store/edits"},
+    "platform/legacy": {"platform"},
+    "platform/linux": {"platform", "platform/legacy", *SHOWN, "store/icalendar", "store/edits"},
     "backend": {"platform"},
     "backend/eventkit": {"backend", "platform"},
     "backend/legacy": {"backend", "platform"},
@@ -36,8 +37,8 @@ KNOWS = {
 }
 
 # Layers that know the C++ standard library and our own headers, and nothing else of the outside.
-STANDARD_ONLY = {"platform", "platform/host", "backend", "backend/eventkit", "backend/legacy", "bridge", "functions",
-                 "notify"}
+STANDARD_ONLY = {"platform", "platform/host", "platform/legacy", "backend", "backend/eventkit", "backend/legacy", "bridge",
+                 "functions", "notify"}
 
 STANDARD = set("""
 algorithm any array atomic bit bitset cassert cctype cerrno cfloat charconv chrono cinttypes climits clocale cmath compare

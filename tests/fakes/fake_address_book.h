@@ -14,10 +14,13 @@ class FakeAddressBook : public AddressBook {
  public:
   std::optional<std::string> addressOf(std::string_view email) const override {
     const auto found = m_addresses.find(lowercase(email));
-    return found == m_addresses.end() ? std::nullopt : std::optional(found->second);
+    return !m_answers || found == m_addresses.end() ? std::nullopt : found->second;
   }
 
-  std::map<std::string, std::string> m_addresses;  ///< by lower-case e-mail address
+  /// By lower-case e-mail address; none on a card without one.
+  std::map<std::string, std::optional<std::string>> m_addresses;
+  /// Whether the book can be read.
+  bool m_answers = true;
 };
 
 }  // namespace orlocal::fakes

@@ -1,69 +1,21 @@
 #include "fakes/fake_event_store.h"
 
 #include <algorithm>
-#include <functional>
-#include <set>
-#include <tuple>
 
+#include "fakes/fake_event_store_records.h"
 #include "platform/platform.h"
 
 namespace orlocal::fakes {
 namespace {
 
-using Identifiers = std::set<OptionalText>;
-
-Identifiers identifiersOf(const EKCalendarArray& calendars) {
-  Identifiers identifiers;
-  for (const auto& calendar : calendars) identifiers.insert(calendar->calendarIdentifier());
-  return identifiers;
-}
-
-template <class Item>
-struct FakePredicate final : EKPredicate {
-  std::function<bool(const Item&)> matches;
+struct FakeReminderPredicate final : EKPredicate {
+  std::function<bool(const FakeReminder&)> matches;
 };
 
-template <class Item>
-std::shared_ptr<const EKPredicate> predicateOf(std::function<bool(const Item&)> matches) {
-  auto predicate = std::make_shared<FakePredicate<Item>>();
+std::shared_ptr<const EKPredicate> reminderPredicate(std::function<bool(const FakeReminder&)> matches) {
+  auto predicate = std::make_shared<FakeReminderPredicate>();
   predicate->matches = std::move(matches);
   return predicate;
-}
-
-/// Copies are made when they are asked for, from records that may be gone by then.
-template <class Seam, class Item>
-class FakeArray final : public ObjectArray<Seam> {
- public:
-  using Copy = std::function<std::shared_ptr<Seam>(const Item&)>;
-
-  FakeArray(std::vector<std::weak_ptr<Item>> records, Copy copy)
-      : m_records(std::move(records)), m_copy(std::move(copy)) {}
-
-  std::size_t count() const override { return m_records.size(); }
-  std::shared_ptr<Seam> objectAtIndex(std::size_t index) const override {
-    const auto record = m_records.at(index).lock();
-    return record ? m_copy(*record) : nullptr;
-  }
-
- private:
-  std::vector<std::weak_ptr<Item>> m_records;
-  Copy m_copy;
-};
-
-bool refuseBecause(std::optional<Error>& error, std::string reason) {
-  error = Error{"The fake store refused.", std::move(reason)};
-  return false;
-}
-
-template <class Record>
-auto recordWithIdentifier(const std::vector<std::shared_ptr<Record>>& records, const OptionalText& identifier) {
-  return std::find_if(records.begin(), records.end(), [&](const auto& record) {
-    if constexpr (std::is_same_v<Record, FakeCalendar>) {
-      return record->m_identifier == identifier;
-    } else {
-      return record->m_itemIdentifier == identifier;
-    }
-  });
 }
 
 bool isDueWithin(const FakeReminder& reminder, std::optional<Date> start, std::optional<Date> end) {
@@ -101,17 +53,6 @@ std::shared_ptr<FakeCalendar> FakeEventStore::recordTitled(std::string_view titl
   return nullptr;
 }
 
-std::shared_ptr<FakeEvent> FakeEventStore::addEvent(std::string_view calendarTitle, std::string_view title, Date start,
-                                                    Date end) {
-  FakeEvent event;
-  event.m_calendar = recordTitled(calendarTitle);
-  event.m_title = title;
-  event.m_startDate = start;
-  event.m_endDate = end;
-  keep(m_events, event, "event");
-  return m_events.back();
-}
-
 std::shared_ptr<FakeReminder> FakeEventStore::addReminder(std::string_view listTitle, std::string_view title) {
   FakeReminder reminder(m_now);
   reminder.m_calendar = recordTitled(listTitle);
@@ -123,38 +64,6 @@ std::shared_ptr<FakeReminder> FakeEventStore::addReminder(std::string_view listT
 std::shared_ptr<EKCalendar> FakeEventStore::calendarCopy(const OptionalText& identifier) const {
   const auto found = recordWithIdentifier(m_calendars, identifier);
   return found == m_calendars.end() ? nullptr : std::make_shared<FakeCalendar>(**found);
-}
-
-template <class Item>
-std::shared_ptr<Item> FakeEventStore::copyOf(const Item& record) const {
-  auto copy = std::make_shared<Item>(record);
-  copy->m_calendar = record.m_calendar ? calendarCopy(record.m_calendar->calendarIdentifier()) : nullptr;
-  for (auto& alarm : copy->m_alarms) {
-    if (const auto fake = std::dynamic_pointer_cast<FakeAlarm>(alarm)) alarm = std::make_shared<FakeAlarm>(*fake);
-  }
-  return copy;
-}
-
-template <class Item>
-void FakeEventStore::keep(std::vector<std::shared_ptr<Item>>& records, Item& item, const char* kind) {
-  if (!item.m_itemIdentifier) {
-    const auto identifier = nextIdentifier(kind);
-    if constexpr (std::is_same_v<Item, FakeEvent>) item.m_eventIdentifier = identifier;
-    item.m_itemIdentifier = "item-" + identifier;
-    item.m_externalIdentifier = identifier + "@fake";
-    item.m_creationDate = m_now;
-  }
-  item.m_lastModifiedDate = m_now;
-  for (const auto& alarm : item.m_alarms) {
-    const auto fake = std::dynamic_pointer_cast<FakeAlarm>(alarm);
-    if (fake && !fake->m_creationDate) fake->m_creationDate = m_now;
-  }
-  const auto found = recordWithIdentifier(records, item.m_itemIdentifier);
-  if (found == records.end()) {
-    records.push_back(copyOf(item));
-  } else {
-    **found = *copyOf(item);
-  }
 }
 
 EKCalendarArray FakeEventStore::calendarsForEntityType(EKEntityType type) {
@@ -180,41 +89,9 @@ std::shared_ptr<EKCalendar> FakeEventStore::defaultCalendarForNewReminders() {
   return lists.empty() ? nullptr : lists.front();
 }
 
-std::shared_ptr<const EKPredicate> FakeEventStore::predicateForEvents(Date start, Date end,
-                                                                      const EKCalendarArray& calendars) {
-  if (!m_answers || start > end) return nullptr;
-  return predicateOf<FakeEvent>([start, end, wanted = identifiersOf(calendars)](const FakeEvent& event) {
-    if (!wanted.contains(event.m_calendar->calendarIdentifier())) return false;
-    return *event.m_startDate < end && (*event.m_endDate > start || *event.m_startDate >= start);
-  });
-}
-
-std::shared_ptr<const EKEventArray> FakeEventStore::eventsMatchingPredicate(
-    const std::shared_ptr<const EKPredicate>& predicate) {
-  const auto* mine = dynamic_cast<const FakePredicate<FakeEvent>*>(predicate.get());
-  if (!m_answers || mine == nullptr) return nullptr;
-  auto matching = m_events;
-  std::erase_if(matching, [mine](const auto& event) { return !mine->matches(*event); });
-  std::sort(matching.begin(), matching.end(), [](const auto& a, const auto& b) {
-    return std::tie(a->m_startDate, a->m_endDate, a->m_eventIdentifier) <
-           std::tie(b->m_startDate, b->m_endDate, b->m_eventIdentifier);
-  });
-  return std::make_shared<FakeArray<EKEvent, FakeEvent>>(
-      std::vector<std::weak_ptr<FakeEvent>>(matching.begin(), matching.end()),
-      [this](const FakeEvent& event) { return copyOf(event); });
-}
-
-std::shared_ptr<EKEvent> FakeEventStore::eventWithIdentifier(std::string_view identifier) {
-  if (!m_answers) return nullptr;
-  for (const auto& event : m_events) {
-    if (event->m_eventIdentifier == identifier) return copyOf(*event);
-  }
-  return nullptr;
-}
-
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForRemindersInCalendars(const EKCalendarArray& calendars) {
   if (!m_answers) return nullptr;
-  return predicateOf<FakeReminder>([wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
+  return reminderPredicate([wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     return wanted.contains(reminder.m_calendar->calendarIdentifier());
   });
 }
@@ -223,7 +100,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForIncompleteReminde
                                                                                    std::optional<Date> end,
                                                                                    const EKCalendarArray& calendars) {
   if (!m_answers) return nullptr;
-  return predicateOf<FakeReminder>([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
+  return reminderPredicate([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     return wanted.contains(reminder.m_calendar->calendarIdentifier()) && !reminder.isCompleted() &&
            isDueWithin(reminder, start, end);
   });
@@ -233,7 +110,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForCompletedReminder
                                                                                   std::optional<Date> end,
                                                                                   const EKCalendarArray& calendars) {
   if (!m_answers) return nullptr;
-  return predicateOf<FakeReminder>([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
+  return reminderPredicate([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     const auto date = reminder.m_completionDate;
     return wanted.contains(reminder.m_calendar->calendarIdentifier()) && date && (!start || *date >= *start) &&
            (!end || *date < *end);
@@ -243,14 +120,18 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForCompletedReminder
 void FakeEventStore::fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>& predicate,
                                                      ReminderCompletion completion) {
   std::shared_ptr<const EKReminderArray> answer;
-  if (const auto* mine = dynamic_cast<const FakePredicate<FakeReminder>*>(predicate.get());
-      m_answers && mine != nullptr) {
-    std::vector<std::weak_ptr<FakeReminder>> matching;
+  if (const auto* mine = dynamic_cast<const FakeReminderPredicate*>(predicate.get()); m_answers && mine != nullptr) {
+    std::vector<FakeArray<EKReminder>::Make> matching;
     for (const auto& reminder : m_reminders) {
-      if (mine->matches(*reminder)) matching.push_back(reminder);
+      if (!mine->matches(*reminder)) {
+        continue;
+      }
+      matching.push_back([this, kept = std::weak_ptr(reminder)] {
+        const auto record = kept.lock();
+        return record ? copyOf(*record) : nullptr;
+      });
     }
-    answer = std::make_shared<FakeArray<EKReminder, FakeReminder>>(
-        std::move(matching), [this](const FakeReminder& reminder) { return copyOf(reminder); });
+    answer = std::make_shared<FakeArray<EKReminder>>(std::move(matching));
   }
   if (m_runLoop) {
     m_runLoop->perform([completion = std::move(completion), answer] { completion(answer); });
@@ -315,25 +196,6 @@ bool FakeEventStore::removeCalendar(const std::shared_ptr<EKCalendar>& calendar,
   std::erase_if(m_reminders, inIt);
   m_calendars.erase(record);
   return true;
-}
-
-bool FakeEventStore::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan, bool, std::optional<Error>& error) {
-  error = objection(event.get(), EKEntityType::kEvent);
-  if (error) return false;
-  auto* fake = dynamic_cast<FakeEvent*>(event.get());
-  if (fake == nullptr) return refuseBecause(error, "The event is not of this store.");
-  if (!fake->m_startDate || !fake->m_endDate) return refuseBecause(error, "The event has no start or no end.");
-  if (fake->hasAttendees()) return refuseBecause(error, "The event has attendees.");
-  keep(m_events, *fake, "event");
-  return true;
-}
-
-bool FakeEventStore::removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan, bool, std::optional<Error>& error) {
-  error = objection(event.get(), EKEntityType::kEvent);
-  if (error) return false;
-  const auto gone = std::erase_if(
-      m_events, [&](const auto& record) { return record->m_eventIdentifier == event->eventIdentifier(); });
-  return gone > 0 || refuseBecause(error, "There is no such event.");
 }
 
 bool FakeEventStore::saveReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {

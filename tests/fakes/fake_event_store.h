@@ -12,8 +12,9 @@
 
 namespace orlocal::fakes {
 
-/// The current store in memory, with one calendar "Calendar" and one list "Reminders" to begin with. Series are not
-/// expanded. What it hands out are copies: a change reaches it by saving.
+/// The current store in memory, with one calendar "Calendar" and one list "Reminders" to begin with. Only daily rules
+/// are expanded, in steps of 24 hours, and no series is split. What it hands out are copies: a change reaches it by
+/// saving.
 class FakeEventStore : public EKEventStore {
  public:
   FakeEventStore();
@@ -27,6 +28,8 @@ class FakeEventStore : public EKEventStore {
   Date m_now = fakeNow();
   /// Whether the store can be opened and read.
   bool m_answers = true;
+  /// Whether a series has more than its first occurrence.
+  bool m_expandsSeries = true;
   /// When set, reminders are delivered from this loop instead of at once.
   std::shared_ptr<FakeRunLoop> m_runLoop;
 
@@ -41,9 +44,12 @@ class FakeEventStore : public EKEventStore {
   std::shared_ptr<EKCalendar> defaultCalendarForNewReminders() override;
   std::shared_ptr<const EKPredicate> predicateForEvents(Date start, Date end,
                                                         const EKCalendarArray& calendars) override;
+  std::shared_ptr<const EKPredicate> predicateForOneEvent(Date start, Date end, const EKCalendarArray& calendars,
+                                                          std::string_view identifier) override;
   std::shared_ptr<const EKEventArray> eventsMatchingPredicate(
       const std::shared_ptr<const EKPredicate>& predicate) override;
   std::shared_ptr<EKEvent> eventWithIdentifier(std::string_view identifier) override;
+  std::shared_ptr<EKEvent> occurrenceOfEvent(std::string_view identifier, Date occurrenceDate) override;
   std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray& calendars) override;
   std::shared_ptr<const EKPredicate> predicateForIncompleteReminders(std::optional<Date> start, std::optional<Date> end,
                                                                      const EKCalendarArray& calendars) override;
@@ -63,6 +69,12 @@ class FakeEventStore : public EKEventStore {
  private:
   std::shared_ptr<EKCalendar> calendarCopy(const OptionalText& identifier) const;
   std::shared_ptr<FakeCalendar> recordTitled(std::string_view title) const;
+  /// The daily rule of a series; null for an event that is not expanded.
+  std::shared_ptr<EKRecurrenceRule> ruleOf(const FakeEvent& event) const;
+  /// The occurrence of a series that starts then; of any other event the event.
+  std::shared_ptr<FakeEvent> occurrenceCopy(const FakeEvent& record, Date start) const;
+  /// The record of the series; null for an event that does not repeat.
+  std::shared_ptr<FakeEvent> seriesOf(const EKEvent& occurrence) const;
   template <class Item>
   std::shared_ptr<Item> copyOf(const Item& record) const;
   template <class Item>
@@ -87,7 +99,7 @@ class FakeEventKit : public EventKit {
   std::shared_ptr<EKReminder> reminderWithEventStore(const std::shared_ptr<EKEventStore>& store) override;
   std::shared_ptr<EKAlarm> alarmWithAbsoluteDate(Date date) override;
   std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double seconds) override;
-  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day) override;
+  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day, long weekNumber) override;
   std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithEndDate(Date date) override;
   std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithOccurrenceCount(int count) override;
   EKRecurrenceRuleMade recurrenceRule(const EKRecurrenceRuleParts& parts) override;

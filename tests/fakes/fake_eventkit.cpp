@@ -56,9 +56,11 @@ std::shared_ptr<EKAlarm> FakeEventKit::alarmWithRelativeOffset(double seconds) {
   return alarm;
 }
 
-std::shared_ptr<EKRecurrenceDayOfWeek> FakeEventKit::dayOfWeek(long day) {
-  if (day < 1 || day > 7) return nullptr;
-  return std::make_shared<FakeDayOfWeek>(day);
+std::shared_ptr<EKRecurrenceDayOfWeek> FakeEventKit::dayOfWeek(long day, long weekNumber) {
+  if (day < 1 || day > 7 || weekNumber < -53 || weekNumber > 53) {
+    return nullptr;
+  }
+  return std::make_shared<FakeDayOfWeek>(day, weekNumber);
 }
 
 std::shared_ptr<EKRecurrenceEnd> FakeEventKit::recurrenceEndWithEndDate(Date date) {

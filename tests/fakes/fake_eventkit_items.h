@@ -25,6 +25,8 @@ class FakeCalendar : public EKCalendar {
  public:
   OptionalText title() const override { return m_title; }
   void setTitle(const OptionalText& title) override { m_title = title; }
+  OptionalText notes() const override { return m_notes; }
+  void setNotes(const OptionalText& notes) override { m_notes = notes; }
   int type() const override { return m_type; }
   OptionalText calendarIdentifier() const override { return m_identifier; }
   bool isImmutable() const override { return m_immutable; }
@@ -38,6 +40,7 @@ class FakeCalendar : public EKCalendar {
   EKEntityType m_kind = EKEntityType::kEvent;
   OptionalText m_identifier;
   OptionalText m_title;
+  OptionalText m_notes;
   int m_type = 0;
   bool m_immutable = false;
   bool m_subscribed = false;
@@ -53,12 +56,13 @@ class FakeAlarm : public EKAlarm {
   double relativeOffset() const override { return m_relativeOffset; }
   void setRelativeOffset(double seconds) override;
   OptionalText emailAddress() const override { return m_emailAddress; }
-  void setEmailAddress(const OptionalText& address) override { m_emailAddress = address; }
+  void setEmailAddress(const OptionalText& address) override { set(m_emailAddress, address); }
   OptionalText soundName() const override { return m_soundName; }
-  void setSoundName(const OptionalText& name) override { m_soundName = name; }
+  void setSoundName(const OptionalText& name) override { set(m_soundName, name); }
   OptionalText url() const override { return m_url; }
-  void setUrl(const OptionalText& url) override { m_url = url; }
+  void setUrl(const OptionalText& url) override { set(m_url, url); }
   int type() const override;
+  void setType(EKAlarmType type) override { m_type = static_cast<int>(type); }
   std::optional<Date> creationDate() const override { return m_creationDate; }
 
   std::optional<Date> m_absoluteDate;
@@ -66,7 +70,14 @@ class FakeAlarm : public EKAlarm {
   OptionalText m_emailAddress;
   OptionalText m_soundName;
   OptionalText m_url;
+  std::optional<int> m_type;  ///< when it was named
   std::optional<Date> m_creationDate;
+
+ private:
+  void set(OptionalText& text, const OptionalText& value) {
+    text = value;
+    m_type.reset();
+  }
 };
 
 class FakeDayOfWeek : public EKRecurrenceDayOfWeek {
@@ -110,12 +121,14 @@ class FakeRecurrenceRule : public EKRecurrenceRule {
 class FakeParticipant : public EKParticipant {
  public:
   OptionalText name() const override { return m_name; }
+  OptionalText url() const override { return m_url; }
   std::vector<std::string> emailAddresses() const override { return m_emailAddresses; }
   int participantStatus() const override { return m_status; }
   int participantRole() const override { return m_role; }
   int participantType() const override { return m_type; }
 
   OptionalText m_name;
+  OptionalText m_url;
   std::vector<std::string> m_emailAddresses;
   int m_status = 0;
   int m_role = 0;
@@ -184,6 +197,7 @@ class FakeEvent : public FakeItem<EKEvent> {
   std::optional<Date> m_occurrenceDate;
   bool m_detached = false;
   std::optional<std::vector<std::shared_ptr<EKRecurrenceRule>>> m_rules;
+  std::vector<Date> m_excluded;  ///< occurrence dates of a series that are none any more
   std::optional<std::vector<std::shared_ptr<EKParticipant>>> m_attendees;
 };
 

@@ -15,12 +15,25 @@
 
 namespace orlocal::fakes {
 
-/// Strings by table and key.
 class FakeBundleStrings : public BundleStrings {
  public:
+  /// What is built in, by table and key.
   std::map<std::pair<std::string, std::string>, std::u16string> m_strings;
+  /// The user's languages, the most wanted first, and tables by language and name.
+  std::vector<std::string> m_languages;
+  std::map<std::pair<std::string, std::string>, std::map<std::string, std::u16string>> m_translations;
 
   std::optional<std::u16string> localizedString(std::uintptr_t, std::string_view key, std::string_view table) override {
+    for (const auto& language : m_languages) {
+      const auto translation = m_translations.find({language, std::string(table)});
+      if (translation == m_translations.end()) {
+        continue;
+      }
+      if (const auto own = translation->second.find(std::string(key)); own != translation->second.end()) {
+        return own->second;
+      }
+      break;
+    }
     const auto found = m_strings.find({std::string(table), std::string(key)});
     return found == m_strings.end() ? std::nullopt : std::optional(found->second);
   }

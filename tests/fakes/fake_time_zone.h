@@ -8,7 +8,7 @@
 
 namespace orlocal::fakes {
 
-/// A zone by its offsets: one from the beginning, and one from each of some moments on.
+/// A zone by its offsets: one from the beginning, and one from each of some moments on. Of other zones it knows UTC.
 class FakeTimeZone : public TimeZone {
  public:
   struct Offset {

@@ -24,12 +24,19 @@ class ForwardingEventStore : public EKEventStore {
                                                         const EKCalendarArray& calendars) override {
     return m_next->predicateForEvents(start, end, calendars);
   }
+  std::shared_ptr<const EKPredicate> predicateForOneEvent(Date start, Date end, const EKCalendarArray& calendars,
+                                                          std::string_view identifier) override {
+    return m_next->predicateForOneEvent(start, end, calendars, identifier);
+  }
   std::shared_ptr<const EKEventArray> eventsMatchingPredicate(
       const std::shared_ptr<const EKPredicate>& predicate) override {
     return m_next->eventsMatchingPredicate(predicate);
   }
   std::shared_ptr<EKEvent> eventWithIdentifier(std::string_view identifier) override {
     return m_next->eventWithIdentifier(identifier);
+  }
+  std::shared_ptr<EKEvent> occurrenceOfEvent(std::string_view identifier, Date occurrenceDate) override {
+    return m_next->occurrenceOfEvent(identifier, occurrenceDate);
   }
   std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray& calendars) override {
     return m_next->predicateForRemindersInCalendars(calendars);
@@ -96,7 +103,9 @@ class ForwardingEventKit : public EventKit {
   std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double seconds) override {
     return m_next->alarmWithRelativeOffset(seconds);
   }
-  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day) override { return m_next->dayOfWeek(day); }
+  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day, long weekNumber) override {
+    return m_next->dayOfWeek(day, weekNumber);
+  }
   std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithEndDate(Date date) override {
     return m_next->recurrenceEndWithEndDate(date);
   }

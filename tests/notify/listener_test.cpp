@@ -97,17 +97,11 @@ TEST_F(Listener, SetsUpOnlyOnce) {
   EXPECT_THAT(host.parameters(), ElementsAre("New A")) << "this thread is still the one that starts scripts";
 }
 
-/// A loop that has no room for another port.
-class FullRunLoop : public fakes::FakeRunLoop {
- public:
-  std::unique_ptr<RunLoopPort> addPort(std::function<void()>) override {
-    throw Exception("NSPortException", "no room for a port");
-  }
-};
-
 TEST_F(Listener, IsNotSetUpBeforeItsPortIs) {
   NAXiCalNotificationListener later;
-  const auto loop = std::exchange(host.platform().m_runLoop, std::make_shared<FullRunLoop>());
+  const auto full = std::make_shared<fakes::FakeRunLoop>();
+  full->m_takesPorts = false;
+  const auto loop = std::exchange(host.platform().m_runLoop, full);
   EXPECT_THROW(later.setUpThreadingSupport(), Exception);
   host.platform().m_runLoop = loop;
   later.setUpThreadingSupport();

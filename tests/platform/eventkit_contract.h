@@ -62,6 +62,13 @@ class EventKitContract : public testing::TestWithParam<MakeEventKitSubject> {
     return event->eventIdentifier().value_or("");
   }
   std::string addEvent(const std::string& title, Date start, Date end) { return save(newEvent(title, start, end)); }
+  std::string addDailyEvent(const std::string& title, Date start, Date end, int times) {
+    auto event = newEvent(title, start, end);
+    EKRecurrenceRuleParts parts;
+    parts.end = kit().recurrenceEndWithOccurrenceCount(times);
+    event->addRecurrenceRule(kit().recurrenceRule(parts).rule);
+    return save(event);
+  }
 
   std::shared_ptr<EKReminder> newReminder(const std::string& title) {
     auto reminder = kit().reminderWithEventStore(store);
@@ -101,6 +108,15 @@ class EventKitContract : public testing::TestWithParam<MakeEventKitSubject> {
   }
   std::vector<std::string> titlesBetween(Date start, Date end) {
     return titles(store->predicateForEvents(start, end, store->calendarsForEntityType(EKEntityType::kEvent)));
+  }
+  std::vector<Date> startsOf(const std::string& identifier) {
+    std::vector<Date> starts;
+    const auto events = store->eventsMatchingPredicate(store->predicateForOneEvent(
+        at(1, 1, 0), at(12, 31, 0), store->calendarsForEntityType(EKEntityType::kEvent), identifier));
+    for (std::size_t i = 0; events && i < events->count(); ++i) {
+      starts.push_back(*events->objectAtIndex(i)->startDate());
+    }
+    return starts;
   }
 
   /// What the store delivers; null when it delivers no array.
@@ -191,6 +207,17 @@ TEST_P(EventKitContract, KeepsColourComponentsAboveOne) {
   made->setColor(Color::calibratedRgb(300.0 / 255, 0, 0));
   ASSERT_TRUE(store->saveCalendar(made, true, error));
   EXPECT_NEAR(store->calendarWithIdentifier(*made->calendarIdentifier())->color()->red, 300.0 / 255, 0.001);
+}
+
+TEST_P(EventKitContract, KeepsTheNotesOfACalendar) {
+  auto made = calendar();
+  EXPECT_EQ(made->notes(), std::nullopt);
+  made->setNotes("Floor 2");
+  ASSERT_TRUE(store->saveCalendar(made, true, error));
+  EXPECT_EQ(calendar()->notes(), "Floor 2");
+  made->setNotes(std::nullopt);
+  ASSERT_TRUE(store->saveCalendar(made, true, error));
+  EXPECT_EQ(calendar()->notes(), std::nullopt);
 }
 
 TEST_P(EventKitContract, RefusesACalendarWithoutATitle) {
@@ -361,6 +388,7 @@ TEST_P(EventKitContract, ListsAttendeesAndRefusesToSaveTheirEvent) {
   ASSERT_TRUE(event->attendees().has_value());
   ASSERT_EQ(event->attendees()->size(), 1u);
   EXPECT_EQ(event->attendees()->front()->name(), "Ada Example");
+  EXPECT_EQ(event->attendees()->front()->url(), "mailto:ada@example.org");
   EXPECT_EQ(event->attendees()->front()->emailAddresses(), std::vector<std::string>{"ada@example.org"});
   event->setTitle("Changed");
   expectRefused(store->saveEvent(event, EKSpan::kThisEvent, true, error));
@@ -414,6 +442,86 @@ TEST_P(EventKitContract, AnswersFromTheDistantPastToTheDistantFuture) {
 
 TEST_P(EventKitContract, MakesNoPredicateOfAStartAfterItsEnd) {
   EXPECT_EQ(store->predicateForEvents(at(12, 1, 0), at(11, 1, 0), {calendar()}), nullptr);
+}
+
+TEST_P(EventKitContract, NarrowsAPredicateToOneEvent) {
+  addEvent("Other", at(11, 2, 9), at(11, 2, 10));
+  const auto identifier = addEvent("Wanted", at(11, 2, 9), at(11, 2, 10));
+  const auto calendars = store->calendarsForEntityType(EKEntityType::kEvent);
+  EXPECT_THAT(titles(store->predicateForOneEvent(at(11, 2, 0), at(11, 3, 0), calendars, identifier)),
+              ElementsAre("Wanted"));
+  EXPECT_THAT(titles(store->predicateForOneEvent(at(11, 3, 0), at(11, 4, 0), calendars, identifier)), IsEmpty());
+  EXPECT_THAT(titles(store->predicateForOneEvent(at(11, 2, 0), at(11, 3, 0), {addCalendar("Work")}, identifier)),
+              IsEmpty());
+  EXPECT_THAT(titles(store->predicateForOneEvent(at(11, 2, 0), at(11, 3, 0), calendars, "nowhere")), IsEmpty());
+  EXPECT_EQ(store->predicateForOneEvent(at(11, 3, 0), at(11, 2, 0), calendars, identifier), nullptr);
+}
+
+// Series
+
+TEST_P(EventKitContract, GivesEachOccurrenceOfASeries) {
+  const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
+  EXPECT_THAT(startsOf(identifier), ElementsAre(at(11, 2, 9), at(11, 3, 9), at(11, 4, 9)));
+}
+
+TEST_P(EventKitContract, OpensTheFirstOccurrenceOfASeriesByItsIdentifier) {
+  const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
+  const auto event = store->eventWithIdentifier(identifier);
+  EXPECT_EQ(event->startDate(), at(11, 2, 9));
+  EXPECT_EQ(event->occurrenceDate(), at(11, 2, 9));
+}
+
+TEST_P(EventKitContract, OpensTheOccurrenceOfADate) {
+  const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
+  const auto second = store->occurrenceOfEvent(identifier, at(11, 3, 9));
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(second->startDate(), at(11, 3, 9));
+  EXPECT_EQ(second->endDate(), at(11, 3, 10));
+  EXPECT_EQ(second->eventIdentifier(), identifier);
+  EXPECT_EQ(store->occurrenceOfEvent(identifier, at(11, 3, 10)), nullptr);
+  EXPECT_EQ(store->occurrenceOfEvent(identifier, at(11, 5, 9)), nullptr);
+  EXPECT_EQ(store->occurrenceOfEvent("nowhere", at(11, 3, 9)), nullptr);
+}
+
+TEST_P(EventKitContract, FindsAMovedOccurrenceWhereTheRulePutIt) {
+  const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
+  const auto second = store->occurrenceOfEvent(identifier, at(11, 3, 9));
+  ASSERT_NE(second, nullptr);
+  second->setStartDate(at(11, 20, 15));
+  second->setEndDate(at(11, 20, 16));
+  save(second, EKSpan::kThisEvent);
+  const auto moved = store->occurrenceOfEvent(identifier, at(11, 3, 9));
+  ASSERT_NE(moved, nullptr);
+  EXPECT_EQ(moved->startDate(), at(11, 20, 15));
+  EXPECT_EQ(moved->occurrenceDate(), at(11, 3, 9));
+  EXPECT_TRUE(moved->isDetached());
+  EXPECT_EQ(store->occurrenceOfEvent(identifier, at(11, 20, 15)), nullptr);
+  EXPECT_THAT(startsOf(identifier), ElementsAre(at(11, 2, 9), at(11, 4, 9), at(11, 20, 15)));
+}
+
+TEST_P(EventKitContract, RemovesThisTheLaterOrAllOccurrences) {
+  const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 5);
+  const auto remove = [&](Date occurrence, EKSpan span) {
+    EXPECT_TRUE(store->removeEvent(store->occurrenceOfEvent(identifier, occurrence), span, true, error));
+  };
+  remove(at(11, 3, 9), EKSpan::kThisEvent);
+  EXPECT_THAT(startsOf(identifier), ElementsAre(at(11, 2, 9), at(11, 4, 9), at(11, 5, 9), at(11, 6, 9)));
+  remove(at(11, 5, 9), EKSpan::kFutureEvents);
+  EXPECT_THAT(startsOf(identifier), ElementsAre(at(11, 2, 9), at(11, 4, 9)));
+  remove(at(11, 4, 9), EKSpan::kAllEvents);
+  EXPECT_EQ(store->eventWithIdentifier(identifier), nullptr);
+}
+
+TEST_P(EventKitContract, SavingAllOfASeriesFromALaterOccurrenceMovesAndRenamesTheEarlierToo) {
+  const auto identifier = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
+  const auto second = store->occurrenceOfEvent(identifier, at(11, 3, 9));
+  ASSERT_NE(second, nullptr);
+  second->setTitle("Changed");
+  second->setStartDate(at(11, 3, 11));
+  second->setEndDate(at(11, 3, 12));
+  save(second, EKSpan::kAllEvents);
+  EXPECT_THAT(titlesBetween(at(11, 1, 0), at(11, 30, 0)), ElementsAre("Changed", "Changed", "Changed"));
+  EXPECT_THAT(startsOf(identifier), ElementsAre(at(11, 2, 11), at(11, 3, 11), at(11, 4, 11)));
 }
 
 TEST_P(EventKitContract, AnswersTheSamePredicateWithWhatTheStoreHoldsNow) {
@@ -568,6 +676,20 @@ TEST_P(EventKitContract, DerivesTheTypeOfAnAlarmFromWhatIsSet) {
   EXPECT_EQ(alarm->type(), static_cast<int>(EKAlarmType::kProcedure));
 }
 
+TEST_P(EventKitContract, KeepsTheTypeThatAnAlarmWasGivenUntilItFollowsFromWhatIsSet) {
+  const auto alarm = kit().alarmWithRelativeOffset(-60);
+  alarm->setEmailAddress("me@example.org");
+  alarm->setType(EKAlarmType::kDisplay);
+  EXPECT_EQ(alarm->type(), static_cast<int>(EKAlarmType::kDisplay));
+  EXPECT_EQ(alarm->emailAddress(), "me@example.org");
+  auto event = newEvent("Review", at(11, 3, 9), at(11, 3, 10));
+  event->addAlarm(alarm);
+  const auto opened = store->eventWithIdentifier(save(event));
+  EXPECT_EQ(opened->alarms().front()->type(), static_cast<int>(EKAlarmType::kDisplay));
+  alarm->setEmailAddress("you@example.org");
+  EXPECT_EQ(alarm->type(), static_cast<int>(EKAlarmType::kEmail));
+}
+
 TEST_P(EventKitContract, MakesAnAlarmAbsoluteOrRelativeByWhatIsSetLast) {
   const auto alarm = kit().alarmWithRelativeOffset(-60);
   alarm->setAbsoluteDate(at(11, 2, 20));
@@ -628,7 +750,7 @@ TEST_P(EventKitContract, KeepsARule) {
   EKRecurrenceRuleParts parts;
   parts.frequency = EKRecurrenceFrequency::kWeekly;
   parts.interval = 2;
-  parts.daysOfTheWeek.emplace({kit().dayOfWeek(2), kit().dayOfWeek(6)});
+  parts.daysOfTheWeek.emplace({kit().dayOfWeek(2, 0), kit().dayOfWeek(6, 0)});
   parts.end = kit().recurrenceEndWithOccurrenceCount(6);
   const auto made = kit().recurrenceRule(parts);
   ASSERT_NE(made.rule, nullptr) << made.refusal.value_or(Error{}).localizedDescription;
@@ -699,11 +821,24 @@ TEST_P(EventKitContract, RefusesRulesThatCannotBe) {
 }
 
 TEST_P(EventKitContract, MakesNoDayOutsideTheWeek) {
-  EXPECT_EQ(kit().dayOfWeek(0), nullptr);
-  EXPECT_EQ(kit().dayOfWeek(8), nullptr);
-  ASSERT_NE(kit().dayOfWeek(7), nullptr);
-  EXPECT_EQ(kit().dayOfWeek(7)->dayOfTheWeek(), 7);
-  EXPECT_EQ(kit().dayOfWeek(7)->weekNumber(), 0);
+  EXPECT_EQ(kit().dayOfWeek(0, 0), nullptr);
+  EXPECT_EQ(kit().dayOfWeek(8, 0), nullptr);
+  ASSERT_NE(kit().dayOfWeek(7, 0), nullptr);
+  EXPECT_EQ(kit().dayOfWeek(7, 0)->dayOfTheWeek(), 7);
+  EXPECT_EQ(kit().dayOfWeek(7, 0)->weekNumber(), 0);
+}
+
+TEST_P(EventKitContract, MakesTheNthDayOfItsMonthOrYear) {
+  ASSERT_NE(kit().dayOfWeek(3, -1), nullptr);
+  EXPECT_EQ(kit().dayOfWeek(3, -1)->weekNumber(), -1);
+  EXPECT_EQ(kit().dayOfWeek(3, 53)->weekNumber(), 53);
+  EXPECT_EQ(kit().dayOfWeek(3, 54), nullptr);
+  EXPECT_EQ(kit().dayOfWeek(3, -54), nullptr);
+}
+
+TEST_P(EventKitContract, HandsOutAStoreThatCannotBeOpenedToo) {
+  subject->keepFromOpening();
+  EXPECT_NE(kit().eventStoreWithAccessToEntityTypes(EventKit::kMaskEvent), nullptr);
 }
 
 TEST_P(EventKitContract, AStoreThatCannotBeOpenedHasNothing) {
@@ -714,12 +849,14 @@ TEST_P(EventKitContract, AStoreThatCannotBeOpenedHasNothing) {
   EXPECT_EQ(store->defaultCalendarForNewReminders(), nullptr);
   EXPECT_EQ(store->calendarWithIdentifier("calendar"), nullptr);
   EXPECT_EQ(store->eventWithIdentifier("event"), nullptr);
+  EXPECT_EQ(store->occurrenceOfEvent("event", at(11, 2, 9)), nullptr);
   EXPECT_EQ(store->calendarItemWithIdentifier("reminder"), nullptr);
 }
 
 TEST_P(EventKitContract, AStoreThatCannotBeOpenedMakesNoPredicate) {
   subject->keepFromOpening();
   EXPECT_EQ(store->predicateForEvents(distantPast(), distantFuture(), {}), nullptr);
+  EXPECT_EQ(store->predicateForOneEvent(distantPast(), distantFuture(), {}, "event"), nullptr);
   EXPECT_EQ(store->predicateForRemindersInCalendars({}), nullptr);
   EXPECT_EQ(store->predicateForIncompleteReminders(std::nullopt, std::nullopt, {}), nullptr);
   EXPECT_EQ(store->predicateForCompletedReminders(at(11, 2, 9), std::nullopt, {}), nullptr);

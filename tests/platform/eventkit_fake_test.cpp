@@ -25,6 +25,7 @@ class FakeEventKitSubject : public EventKitSubject {
   void invite(const std::string& eventIdentifier, const std::string& name, const std::string& email) override {
     auto participant = std::make_shared<fakes::FakeParticipant>();
     participant->m_name = name;
+    participant->m_url = "mailto:" + email;
     participant->m_emailAddresses = {email};
     for (const auto& event : m_kit.m_store->m_events) {
       if (event->m_eventIdentifier == eventIdentifier) event->m_attendees = {participant};

@@ -1,18 +1,13 @@
-#include <chrono>
-
 #include "backend/current_items.h"
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
 #include "backend/value_texts.h"
+#include "platform/awaited_reminders.h"
 #include "platform/platform.h"
-#include "platform/run_loop.h"
 
 namespace orlocal {
 namespace {
-
-/// How long the run loop runs between two looks at the store's answer.
-constexpr std::chrono::milliseconds kWaitStep{10};
 
 enum class Status { kIncomplete, kComplete };
 
@@ -141,19 +136,7 @@ std::int32_t iCalEKFunctions::keepReminderPredicate(std::shared_ptr<const EKPred
 }
 
 std::shared_ptr<const EKReminderArray> iCalEKFunctions::fetchedReminders() {
-  struct Answer {
-    bool waiting = true;
-    std::shared_ptr<const EKReminderArray> reminders;
-  };
-  // Shared with the completion: should waiting be left by an exception, a late answer still has where to go.
-  const auto answer = std::make_shared<Answer>();
-  m_ekEventStore->fetchRemindersMatchingPredicate(m_ekReminderPredicate,
-                                                  [answer](std::shared_ptr<const EKReminderArray> reminders) {
-                                                    answer->reminders = std::move(reminders);
-                                                    answer->waiting = false;
-                                                  });
-  while (answer->waiting) platform().currentRunLoop().runFor(kWaitStep);
-  return answer->reminders;
+  return awaitedReminders(*m_ekEventStore, m_ekReminderPredicate, platform());
 }
 
 std::shared_ptr<EKReminder> iCalEKFunctions::reminderWithIdentifier(const OptionalText& uid) {

@@ -3,7 +3,6 @@
 #include "backend/colours.h"
 #include "backend/current_items.h"
 #include "backend/eventkit/ical_ek_functions.h"
-#include "backend/eventkit/no_event_store.h"
 #include "backend/keywords.h"
 #include "platform/platform.h"
 
@@ -39,7 +38,6 @@ iCalEKFunctions* iCalEKFunctions::allocWithZone() {
 void iCalEKFunctions::init() {
   releaseItems();
   m_ekEventStore = platform().eventKit().eventStoreWithAccessToEntityTypes(kEverything);
-  if (!m_ekEventStore) m_ekEventStore = makeNoEventStore();
   m_AddressBook = &platform().addressBook();
 }
 

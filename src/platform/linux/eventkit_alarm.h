@@ -29,10 +29,8 @@ class AlarmObject final : public EKAlarm {
   OptionalText url() const override;
   void setUrl(const OptionalText& url) override;
   int type() const override { return static_cast<int>(m_alarm.action); }
+  void setType(EKAlarmType type) override { m_alarm.action = static_cast<store::Alarm::Action>(type); }
   std::optional<Date> creationDate() const override { return m_made; }
-
-  /// Names the action, which otherwise follows from what was set last.
-  void setAction(store::Alarm::Action action) { m_alarm.action = action; }
 
   /// For the store; `anchorIsEnd` says whether the item's anchor is its end.
   store::Alarm stored(bool anchorIsEnd) const;

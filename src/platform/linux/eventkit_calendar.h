@@ -28,6 +28,8 @@ class CalendarObject final : public EKCalendar {
 
   OptionalText title() const override;
   void setTitle(const OptionalText& title) override;
+  OptionalText notes() const override { return m_calendar.notes; }
+  void setNotes(const OptionalText& notes) override;
   int type() const override { return static_cast<int>(m_calendar.type); }
   OptionalText calendarIdentifier() const override;
   bool isImmutable() const override { return m_calendar.readOnly || m_calendar.subscribed || m_calendar.immutable; }
@@ -37,10 +39,6 @@ class CalendarObject final : public EKCalendar {
   void setColor(const Color& color) override;
   std::shared_ptr<EKSource> source() const override;
   void setSource(std::shared_ptr<EKSource> source) override;
-
-  // Notes, which the older platform's calendars have, too.
-  const OptionalText& notes() const { return m_calendar.notes; }
-  void setNotes(const OptionalText& notes);
 
   const store::Calendar& stored() const { return m_calendar; }
   /// What callers set since the calendar was opened.

@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <utility>
 
 #include "platform/eventkit.h"
@@ -12,6 +13,8 @@
 
 namespace orlocal {
 namespace {
+
+constexpr long kDaysOfAWeek = 7, kMostWeeks = 53;
 
 std::shared_ptr<const store::Item> newItem(store::ItemKind kind) {
   auto item = std::make_shared<store::Item>();
@@ -51,15 +54,17 @@ class LinuxEventKit final : public EventKit {
     return alarm;
   }
 
-  std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double seconds) override {
+  std::shared_ptr<EKAlarm> alarmWithRelativeOffset(double offset) override {
     auto alarm = std::make_shared<AlarmObject>(store::Alarm(), store::now());
-    alarm->setRelativeOffset(seconds);
+    alarm->setRelativeOffset(offset);
     return alarm;
   }
 
-  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day) override {
-    if (day < 1 || day > 7) return nullptr;
-    return std::make_shared<DayOfWeekObject>(day, 0);
+  std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day, long weekNumber) override {
+    if (day < 1 || day > kDaysOfAWeek || std::abs(weekNumber) > kMostWeeks) {
+      return nullptr;
+    }
+    return std::make_shared<DayOfWeekObject>(day, weekNumber);
   }
 
   std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithEndDate(Date date) override {

@@ -2,10 +2,15 @@
 
 #include <string_view>
 
+#include "platform/linux/url_text.h"
 #include "platform/text.h"
 #include "store/icalendar/content_line.h"
 
 namespace orlocal {
+
+OptionalText ParticipantObject::url() const {
+  return m_attendee.address.empty() ? std::nullopt : OptionalText(urlText(std::string_view(m_attendee.address)));
+}
 
 std::vector<std::string> ParticipantObject::emailAddresses() const {
   std::vector<std::string> addresses;

@@ -9,6 +9,7 @@ class ParticipantObject final : public EKParticipant {
  public:
   explicit ParticipantObject(store::Attendee attendee) : m_attendee(std::move(attendee)) {}
   OptionalText name() const override { return m_attendee.name; }
+  OptionalText url() const override;
   std::vector<std::string> emailAddresses() const override;
   int participantStatus() const override { return static_cast<int>(m_attendee.status); }
   int participantRole() const override { return static_cast<int>(m_attendee.role); }

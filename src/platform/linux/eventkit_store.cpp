@@ -10,7 +10,16 @@
 namespace orlocal {
 namespace {
 
-store::Span spanOf(EKSpan span) { return span == EKSpan::kThisEvent ? store::Span::kThis : store::Span::kFuture; }
+store::Span spanOf(EKSpan span) {
+  switch (span) {
+    case EKSpan::kThisEvent:
+      return store::Span::kThis;
+    case EKSpan::kAllEvents:
+      return store::Span::kAll;
+    default:
+      return store::Span::kFuture;
+  }
+}
 
 /// `object` as one of this platform's; without one `error` says that there is no `what`.
 template <class Ours, class Theirs>
@@ -126,6 +135,20 @@ std::shared_ptr<EKEvent> EventStoreObject::eventWithIdentifier(std::string_view 
   return firstOccurrenceOf(orNone(m_access->store().event(identifier)).value_or(nullptr));
 }
 
+std::shared_ptr<EKEvent> EventStoreObject::occurrenceOfEvent(std::string_view identifier, Date occurrenceDate) {
+  store::CalendarStore& store = m_access->store();
+  const auto event = orNone(store.event(identifier)).value_or(nullptr);
+  if (!event) {
+    return nullptr;
+  }
+  const auto found = orNone(store.occurrenceAt(*event, occurrenceDate)).value_or(std::nullopt);
+  if (!found) {
+    return nullptr;
+  }
+  auto row = orNone(store.item(found->item), "occurrence").value_or(nullptr);
+  return row ? std::make_shared<EventObject>(m_access, std::move(row), *found) : nullptr;
+}
+
 std::shared_ptr<const EKPredicate> EventStoreObject::reminderPredicate(store::ReminderQuery::Status status,
                                                                        std::optional<Date> start,
                                                                        std::optional<Date> end,
@@ -186,15 +209,11 @@ bool EventStoreObject::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan s
                                  std::optional<Error>& error) {
   const auto ours = required<EventObject>(event, "event", error);
   if (!ours) return false;
-  return writeEvent(*ours, spanOf(span), error);
-}
-
-bool EventStoreObject::writeEvent(EventObject& event, store::Span span, std::optional<Error>& error) {
-  auto saved = m_access->store().saveEvent(event.edited(), event.occurrence(), span);
+  auto saved = m_access->store().saveEvent(ours->edited(), ours->occurrence(), spanOf(span));
   if (!succeeded(saved, error)) return false;
   // What was written stands, even if it cannot be read back now: the object then has the times of its row.
   const auto occurrence = m_access->store().firstOccurrence(*saved);
-  event.adopt(*std::move(saved), occurrence ? *occurrence : std::nullopt);
+  ours->adopt(*std::move(saved), occurrence ? *occurrence : std::nullopt);
   return true;
 }
 

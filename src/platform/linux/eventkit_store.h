@@ -10,8 +10,6 @@
 
 namespace orlocal {
 
-class EventObject;
-
 /// The current platform's calendar store over ours. Opening is put off until something is asked for.
 class EventStoreObject final : public EKEventStore {
  public:
@@ -24,9 +22,12 @@ class EventStoreObject final : public EKEventStore {
 
   std::shared_ptr<const EKPredicate> predicateForEvents(Date start, Date end,
                                                         const EKCalendarArray& calendars) override;
+  std::shared_ptr<const EKPredicate> predicateForOneEvent(Date start, Date end, const EKCalendarArray& calendars,
+                                                          std::string_view identifier) override;
   std::shared_ptr<const EKEventArray> eventsMatchingPredicate(
       const std::shared_ptr<const EKPredicate>& predicate) override;
   std::shared_ptr<EKEvent> eventWithIdentifier(std::string_view identifier) override;
+  std::shared_ptr<EKEvent> occurrenceOfEvent(std::string_view identifier, Date occurrenceDate) override;
 
   std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray& calendars) override;
   std::shared_ptr<const EKPredicate> predicateForIncompleteReminders(std::optional<Date> start, std::optional<Date> end,
@@ -45,14 +46,6 @@ class EventStoreObject final : public EKEventStore {
                    std::optional<Error>& error) override;
   bool saveReminder(const std::shared_ptr<EKReminder>& reminder, bool commit, std::optional<Error>& error) override;
   bool removeReminder(const std::shared_ptr<EKReminder>& reminder, bool commit, std::optional<Error>& error) override;
-
-  /// Occurrences of one event alone, at the cost of what it has itself; none for an unknown identifier.
-  std::shared_ptr<const EKPredicate> predicateForOneEvent(Date start, Date end, const EKCalendarArray& calendars,
-                                                          std::string_view identifier);
-  /// Saves with a span that only the older platform names, too.
-  bool writeEvent(EventObject& event, store::Span span, std::optional<Error>& error);
-
-  const std::shared_ptr<StoreAccess>& access() const { return m_access; }
 
  private:
   std::shared_ptr<EKCalendar> object(std::optional<store::Calendar> calendar) const;

@@ -4,6 +4,7 @@
 #include "platform/bundle_strings.h"
 #include "platform/calendar_store.h"
 #include "platform/eventkit.h"
+#include "platform/legacy/calendar_store_framework.h"
 #include "platform/linux/bundle_strings_linux.h"
 #include "platform/linux/external_changes_linux.h"
 #include "platform/linux/notification_center_linux.h"
@@ -12,6 +13,7 @@
 #include "platform/linux/system_log.h"
 #include "platform/linux/system_version_linux.h"
 #include "platform/platform.h"
+#include "store/time/clock.h"
 
 namespace orlocal {
 namespace {
@@ -23,7 +25,7 @@ class LinuxPlatform final : public Platform {
     return lazily(m_eventKit, [this] { return makeEventKit(access()); });
   }
   CalendarStoreFramework& calendarStore() override {
-    return lazily(m_calendarStore, [this] { return makeCalendarStoreFramework(access()); });
+    return lazily(m_calendarStore, [this] { return makeCalendarStoreFramework(*this, store::now); });
   }
   AddressBook& addressBook() override {
     return lazily(m_addressBook, [this] { return makeAddressBook(access()); });

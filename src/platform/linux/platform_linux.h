@@ -5,14 +5,12 @@
 namespace orlocal {
 
 class AddressBook;
-class CalendarStoreFramework;
 class EventKit;
 class StoreAccess;
 
 // The store in the shapes that the platform gives it; all of them work on the same open store.
 
 std::unique_ptr<EventKit> makeEventKit(std::shared_ptr<StoreAccess> access);
-std::unique_ptr<CalendarStoreFramework> makeCalendarStoreFramework(std::shared_ptr<StoreAccess> access);
 std::unique_ptr<AddressBook> makeAddressBook(std::shared_ptr<StoreAccess> access);
 
 }  // namespace orlocal

@@ -172,10 +172,15 @@ class UnusableStore : public fakes::ForwardingEventStore {
   std::shared_ptr<EKCalendar> defaultCalendarForNewEvents() override { raise(); }
   std::shared_ptr<EKCalendar> defaultCalendarForNewReminders() override { raise(); }
   std::shared_ptr<const EKPredicate> predicateForEvents(Date, Date, const EKCalendarArray&) override { raise(); }
+  std::shared_ptr<const EKPredicate> predicateForOneEvent(Date, Date, const EKCalendarArray&,
+                                                          std::string_view) override {
+    raise();
+  }
   std::shared_ptr<const EKEventArray> eventsMatchingPredicate(const std::shared_ptr<const EKPredicate>&) override {
     raise();
   }
   std::shared_ptr<EKEvent> eventWithIdentifier(std::string_view) override { raise(); }
+  std::shared_ptr<EKEvent> occurrenceOfEvent(std::string_view, Date) override { raise(); }
   std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray&) override { raise(); }
   void fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>&, ReminderCompletion) override {
     raise();

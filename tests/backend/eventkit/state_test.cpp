@@ -45,8 +45,8 @@ TEST_F(State, IsEmptiedByInit) {
   EXPECT_THAT(filledSlots(), IsEmpty());
 }
 
-TEST_F(State, AnswersWithoutAStore) {
-  kit->m_store = nullptr;
+TEST_F(State, AnswersWhenTheStoreCannotBeOpened) {
+  store().m_answers = false;
   backend.init();
   EXPECT_EQ(backend.getObjectCount("calendar"), 0);
   EXPECT_EQ(takeCode(), 0);

@@ -14,7 +14,7 @@ class LegacyAlarms : public Legacy {
     ASSERT_EQ(backend.openAlarmAt(1), 0);
   }
 
-  std::shared_ptr<fakes::FakeCalAlarm> alarm;
+  std::shared_ptr<fakes::FakeAlarm> alarm;
 };
 
 // Adding
@@ -23,7 +23,7 @@ TEST_F(LegacyAlarms, SetsWhatIsGiven) {
   openEvent();
   EXPECT_EQ(backend.addAlarm("Event", std::nullopt, "email", "a@example.org", -900, "Basso", "file:///a"), 0);
   ASSERT_EQ(event()->m_alarms.size(), 1U);
-  const auto& added = event()->m_alarms[0];
+  const auto added = backend.m_event->alarms()[0];
   EXPECT_EQ(added->relativeTrigger(), -900);
   EXPECT_EQ(added->action(), CalAlarmActionEmail);
   EXPECT_EQ(added->emailAddress(), "a@example.org");
@@ -34,13 +34,13 @@ TEST_F(LegacyAlarms, SetsWhatIsGiven) {
 TEST_F(LegacyAlarms, SetsAnAbsoluteTriggerAndNoRelativeOneOfZero) {
   openEvent();
   backend.addAlarm("event", at(11, 3, 8), std::nullopt, std::nullopt, 0, std::nullopt, std::nullopt);
-  EXPECT_EQ(event()->m_alarms[0]->absoluteTrigger(), at(11, 3, 8));
+  EXPECT_EQ(backend.m_event->alarms()[0]->absoluteTrigger(), at(11, 3, 8));
 }
 
 TEST_F(LegacyAlarms, AnAlarmMayBeAddedWithoutAnything) {
   openEvent();
   EXPECT_EQ(backend.addAlarm("event", std::nullopt, std::nullopt, std::nullopt, 0, std::nullopt, std::nullopt), 0);
-  EXPECT_EQ(event()->m_alarms[0]->action(), std::nullopt);
+  EXPECT_EQ(backend.m_event->alarms()[0]->action(), std::nullopt);
 }
 
 TEST_F(LegacyAlarms, BothTaskWordsAddToTheTask) {
@@ -55,7 +55,7 @@ TEST_F(LegacyAlarms, TheProcedureIsAddedAsPocedureOnly) {
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(add("event", "procedure"), -1); }), 9005);
   EXPECT_TRUE(event()->m_alarms.empty());
   EXPECT_EQ(add("event", "Pocedure"), 0);
-  EXPECT_EQ(event()->m_alarms[0]->action(), CalAlarmActionProcedure);
+  EXPECT_EQ(backend.m_event->alarms()[0]->action(), CalAlarmActionProcedure);
 }
 
 TEST_F(LegacyAlarms, EveryOtherActionWordStandsForItsConstant) {
@@ -64,7 +64,7 @@ TEST_F(LegacyAlarms, EveryOtherActionWordStandsForItsConstant) {
       {"display", CalAlarmActionDisplay}, {"EMAIL", CalAlarmActionEmail}, {"sound", CalAlarmActionSound}};
   for (const auto& [word, constant] : words) {
     ASSERT_EQ(add("event", word), 0);
-    EXPECT_EQ(event()->m_alarms.back()->action(), constant);
+    EXPECT_EQ(backend.m_event->alarms().back()->action(), constant);
   }
 }
 
@@ -160,15 +160,15 @@ TEST_F(LegacyAlarms, RemovingWithoutATypeGives9005FromOtherTypes9006AndWithoutAn
 TEST_F(LegacyAlarms, OpensTheTasksAlarmWhenATaskAndAnEventAreOpen) {
   openTask();
   backend.m_event = framework->event();
-  addAlarmTo(*backend.m_event);
+  addAlarmTo(*event());
   const auto own = addAlarmTo(*task());
   EXPECT_EQ(backend.openAlarmAt(1), 0);
-  EXPECT_EQ(backend.m_alarm, own);
+  EXPECT_EQ(openedAlarm(), own);
 }
 
 TEST_F(LegacyAlarms, OpensTheEventsAlarm) {
   openAlarm();
-  EXPECT_EQ(backend.m_alarm, alarm);
+  EXPECT_EQ(openedAlarm(), alarm);
 }
 
 TEST_F(LegacyAlarms, OpeningNeedsAnItemWithAlarms) {
@@ -181,7 +181,7 @@ TEST_F(LegacyAlarms, IndexesOutsideGive9002AndKeepTheCurrentAlarm) {
   openAlarm();
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openAlarmAt(0), -1); }), 9002);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openAlarmAt(2), -1); }), 9002);
-  EXPECT_EQ(backend.m_alarm, alarm);
+  EXPECT_EQ(openedAlarm(), alarm);
 }
 
 TEST_F(LegacyAlarms, NothingAtAnIndexGives9001) {
@@ -195,25 +195,25 @@ TEST_F(LegacyAlarms, NothingAtAnIndexGives9001) {
 TEST_F(LegacyAlarms, SetsEveryProperty) {
   openAlarm();
   EXPECT_EQ(backend.setAlarmProp("RelativeTrigger", std::string("-900 seconds")), 0);
-  EXPECT_EQ(alarm->m_relativeTrigger, -900);
+  EXPECT_EQ(alarm->m_relativeOffset, -900);
   EXPECT_EQ(backend.setAlarmProp("absolutetrigger", at(11, 3, 8)), 0);
-  EXPECT_EQ(alarm->m_absoluteTrigger, at(11, 3, 8));
+  EXPECT_EQ(alarm->m_absoluteDate, at(11, 3, 8));
   EXPECT_EQ(backend.setAlarmProp("action", std::string("Procedure")), 0);
-  EXPECT_EQ(alarm->m_action, CalAlarmActionProcedure);
+  EXPECT_EQ(backend.m_alarm->action(), CalAlarmActionProcedure);
   EXPECT_EQ(backend.setAlarmProp("email", std::string("a@example.org")), 0);
   EXPECT_EQ(alarm->m_emailAddress, "a@example.org");
   EXPECT_EQ(backend.setAlarmProp("url", std::string("file:///a")), 0);
   EXPECT_EQ(alarm->m_url, "file:///a");
   EXPECT_EQ(backend.setAlarmProp("sound", std::string("Basso")), 0);
-  EXPECT_EQ(alarm->m_sound, "Basso");
+  EXPECT_EQ(alarm->m_soundName, "Basso");
   EXPECT_EQ(g_llasterror, 0);
 }
 
 TEST_F(LegacyAlarms, ATriggerWithoutDigitsIsZeroSeconds) {
   openAlarm();
-  alarm->m_relativeTrigger = -900;
+  alarm->m_relativeOffset = -900;
   EXPECT_EQ(backend.setAlarmProp("relativetrigger", std::string("soon")), 0);
-  EXPECT_EQ(alarm->m_relativeTrigger, 0);
+  EXPECT_EQ(alarm->m_relativeOffset, 0);
 }
 
 TEST_F(LegacyAlarms, SettingOtherActionsAndPropertiesGives9005) {
@@ -231,10 +231,10 @@ TEST_F(LegacyAlarms, SettingWithoutAnAlarmGives9000) {
 
 TEST_F(LegacyAlarms, ReadsEveryProperty) {
   openAlarm();
-  alarm->m_relativeTrigger = -900;
-  alarm->m_action = std::string(CalAlarmActionProcedure);
+  alarm->m_relativeOffset = -900;
+  alarm->setType(EKAlarmType::kProcedure);
   alarm->m_emailAddress = "a@example.org";
-  alarm->m_sound = "Basso";
+  alarm->m_soundName = "Basso";
   alarm->m_url = "file:///a";
   EXPECT_EQ(alarmAttribute("relativetrigger"), "-900.000000");
   EXPECT_EQ(alarmAttribute("absolutetrigger"), std::nullopt);
@@ -242,14 +242,19 @@ TEST_F(LegacyAlarms, ReadsEveryProperty) {
   EXPECT_EQ(alarmAttribute("email"), "a@example.org");
   EXPECT_EQ(alarmAttribute("sound"), "Basso");
   EXPECT_EQ(alarmAttribute("url"), "file:///a");
-  alarm->setAbsoluteTrigger(at(11, 3, 8));
+  alarm->setAbsoluteDate(at(11, 3, 8));
   EXPECT_EQ(alarmAttribute("absolutetrigger"), "2026-11-03 09:00:00 +0100");
   EXPECT_EQ(alarmAttribute("relativetrigger"), "0.000000");
   EXPECT_EQ(g_llasterror, 0);
 }
 
 TEST_F(LegacyAlarms, EveryActionReadsAsItsWordAndOthersAsNone) {
-  openAlarm();
+  struct Acting : AlarmFace {
+    explicit Acting(OptionalText action)
+        : AlarmFace(std::make_shared<fakes::FakeAlarm>(), true), m_action(std::move(action)) {}
+    OptionalText action() const override { return m_action; }
+    OptionalText m_action;
+  };
   const std::pair<OptionalText, const char*> actions[] = {{std::string(CalAlarmActionDisplay), "display"},
                                                           {std::string(CalAlarmActionEmail), "email"},
                                                           {std::string(CalAlarmActionProcedure), "procedure"},
@@ -257,9 +262,15 @@ TEST_F(LegacyAlarms, EveryActionReadsAsItsWordAndOthersAsNone) {
                                                           {std::nullopt, "none"},
                                                           {"WHISTLE", "none"}};
   for (const auto& [constant, word] : actions) {
-    alarm->m_action = constant;
+    backend.m_alarm = std::make_shared<Acting>(constant);
     EXPECT_EQ(alarmAttribute("action"), word);
   }
+}
+
+TEST_F(LegacyAlarms, ATypeThatThePlatformHasNoNameForReadsAsNone) {
+  openAlarm();
+  alarm->m_type = 7;
+  EXPECT_EQ(alarmAttribute("action"), "none");
 }
 
 TEST_F(LegacyAlarms, ReadingWithoutAnAlarmGives9000WithoutAProperty9005AndAnUnknownOne9006) {

@@ -6,10 +6,10 @@ namespace {
 class LegacyAttendees : public Legacy {
  protected:
   void invite(const char* name) {
-    auto attendee = std::make_shared<fakes::FakeCalAttendee>();
-    attendee->m_commonName = name;
-    attendee->m_address = "mailto:" + std::string(name) + "@example.org";
-    attendee->m_status = "ACCEPTED";
+    auto attendee = std::make_shared<fakes::FakeParticipant>();
+    attendee->m_name = name;
+    attendee->m_url = "mailto:" + std::string(name) + "@example.org";
+    attendee->m_status = 2;
     if (!event()->m_attendees) event()->m_attendees.emplace();
     event()->m_attendees->push_back(attendee);
   }
@@ -40,7 +40,7 @@ TEST_F(LegacyAttendees, NobodyAtAnIndexGives9001) {
 }
 
 TEST_F(LegacyAttendees, OpeningNeedsAnEvent) {
-  backend.m_attendee = std::make_shared<fakes::FakeCalAttendee>();
+  backend.m_attendee = somebody();
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openAttendeeAt(1), -1); }), 9000);
   EXPECT_NE(backend.m_attendee, nullptr);
 }
@@ -67,7 +67,7 @@ TEST_F(LegacyAttendees, TheIndexOfAReadIsNotUsed) {
 
 TEST_F(LegacyAttendees, WhatAnAttendeeDoesNotHaveReadsAsNothing) {
   openEvent();
-  event()->m_attendees = {std::make_shared<fakes::FakeCalAttendee>()};
+  event()->m_attendees = {std::make_shared<fakes::FakeParticipant>()};
   backend.openAttendeeAt(1);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(attendeeAttribute("address"), std::nullopt); }), 0);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(attendeeAttribute("commonname"), std::nullopt); }), 0);

@@ -17,7 +17,9 @@ class LegacyCalendars : public Legacy {
 
 using testing::ElementsAre;
 
-TEST_F(LegacyCalendars, NoNamesMeanAllCalendars) { EXPECT_THAT(titlesFor(std::nullopt), ElementsAre("Work", "Home")); }
+TEST_F(LegacyCalendars, NoNamesMeanAllCalendars) {
+  EXPECT_THAT(titlesFor(std::nullopt), ElementsAre("Work", "Home", "Chores"));
+}
 
 TEST_F(LegacyCalendars, NoNamesMeanTheCurrentCalendarWhenThereIsOne) {
   backend.openCalendarWithTitle("Home");
@@ -26,7 +28,7 @@ TEST_F(LegacyCalendars, NoNamesMeanTheCurrentCalendarWhenThereIsOne) {
 
 TEST_F(LegacyCalendars, TheNameAllMeansAllCalendarsWhateverIsOpen) {
   openWork();
-  EXPECT_THAT(titlesFor("all"), ElementsAre("Work", "Home"));
+  EXPECT_THAT(titlesFor("all"), ElementsAre("Work", "Home", "Chores"));
 }
 
 TEST_F(LegacyCalendars, TheNameAllIsMeantInLowerCaseOnly) {
@@ -50,15 +52,15 @@ TEST_F(LegacyCalendars, OpensACalendarByPosition) {
 TEST_F(LegacyCalendars, PositionsOutsideTheListGive9002AndLeaveNothingOpen) {
   openWork();
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openCalendarAt(0), -1); }), 9002);
-  EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openCalendarAt(3), -1); }), 9002);
+  EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openCalendarAt(4), -1); }), 9002);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openCalendarAt(-1), -1); }), 9002);
   EXPECT_EQ(backend.m_calendar, nullptr);
 }
 
 TEST_F(LegacyCalendars, NothingAtAPositionGives9001) {
-  struct Holed : fakes::ForwardingCalCalendarStore {
-    using ForwardingCalCalendarStore::ForwardingCalCalendarStore;
-    CalCalendarArray calendars() override { return {nullptr}; }
+  struct Holed : fakes::ForwardingEventStore {
+    using ForwardingEventStore::ForwardingEventStore;
+    EKCalendarArray calendarsForEntityType(EKEntityType) override { return {nullptr}; }
   };
   useStore(std::make_shared<Holed>(store));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.openCalendarAt(1), -1); }), 9001);
@@ -76,7 +78,7 @@ TEST_F(LegacyCalendars, AnUnknownUidGives9001) {
 }
 
 TEST_F(LegacyCalendars, OpensTheFirstCalendarOfATitle) {
-  const auto second = store->addCalendar("Work");
+  store->addCalendar("Work");
   EXPECT_EQ(backend.openCalendarWithTitle("Work"), 0);
   EXPECT_EQ(backend.m_calendar->uid(), workUid);
 }
@@ -110,9 +112,9 @@ TEST_F(LegacyCalendars, SetsTitleAndNotes) {
 TEST_F(LegacyCalendars, ChangesReachTheStoreBySaving) {
   openWork();
   backend.setCalendarProp("title", std::string("Office"));
-  EXPECT_EQ(store->m_calendars[0].m_title, "Work");
+  EXPECT_EQ(store->m_calendars[0]->m_title, "Work");
   EXPECT_EQ(backend.saveItem("calendar", std::nullopt), 0);
-  EXPECT_EQ(store->m_calendars[0].m_title, "Office");
+  EXPECT_EQ(store->m_calendars[0]->m_title, "Office");
 }
 
 TEST_F(LegacyCalendars, SettingWithoutACalendarGives9000) {
@@ -159,13 +161,13 @@ TEST_F(LegacyCalendars, ReadsWhatTheCalendarGives) {
 }
 
 TEST_F(LegacyCalendars, ACalendarThatAllowsNoChangesIsNotEditable) {
-  store->m_calendars[0].m_isEditable = false;
+  store->m_calendars[0]->m_allowsContentModifications = false;
   openWork();
   EXPECT_EQ(calendarAttribute("IsEditable"), "False");
 }
 
 TEST_F(LegacyCalendars, AColourWithoutComponentsReadsAsNothing) {
-  store->m_calendars[0].m_color = Color{.space = Color::Space::kPattern};
+  store->m_calendars[0]->m_color = Color{.space = Color::Space::kPattern};
   openWork();
   EXPECT_EQ(calendarAttribute("color"), std::nullopt);
   EXPECT_EQ(g_llasterror, 0);
@@ -182,10 +184,10 @@ TEST_F(LegacyCalendars, ReadingWithoutAPropertyGives9005AndAnUnknownOne9006) {
 }
 
 TEST_F(LegacyCalendars, AnExceptionWhileReadingGives9999AndTheErrorText) {
-  struct Broken : fakes::FakeCalCalendar {
+  struct Broken : fakes::FakeCalendar {
     OptionalText title() const override { throw broken(); }
   };
-  backend.m_calendar = std::make_shared<Broken>();
+  backend.m_calendar = faceOf<CalendarFace>(std::make_shared<Broken>());
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(calendarAttribute("title"), "!!ERROR!!"); }), 9999);
   EXPECT_EQ(backend.getLastErrorString(), "The store is gone.");
 }

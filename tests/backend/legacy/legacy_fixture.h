@@ -9,11 +9,16 @@
 
 #include "backend/error_codes.h"
 #include "backend/legacy/ical_functions.h"
-#include "fakes/fake_calendar_store.h"
 #include "fakes/fake_clock.h"
+#include "fakes/fake_event_store.h"
 #include "fakes/fake_platform.h"
-#include "fakes/forwarding_calendar_store.h"
+#include "fakes/forwarding_eventkit.h"
 #include "platform/exception.h"
+#include "platform/legacy/calendar_face.h"
+#include "platform/legacy/calendar_store_framework.h"
+#include "platform/legacy/event_face.h"
+#include "platform/legacy/recurrence_faces.h"
+#include "platform/legacy/task_face.h"
 
 namespace orlocal {
 
@@ -34,13 +39,27 @@ class LegacyBackEnd : public iCalFunctions {
   using iCalFunctions::saveTaskOrEvent;
 };
 
-/// The calendars "Work" and "Home" in a store in memory, in a zone at GMT+1.
+/// Hands out a store of the test's own.
+class EventKitOf : public fakes::ForwardingEventKit {
+ public:
+  EventKitOf(std::shared_ptr<EventKit> next, std::shared_ptr<EKEventStore> store)
+      : ForwardingEventKit(std::move(next)), m_store(std::move(store)) {}
+  std::shared_ptr<EKEventStore> eventStoreWithAccessToEntityTypes(unsigned) override { return m_store; }
+
+ private:
+  std::shared_ptr<EKEventStore> m_store;
+};
+
+/// The older platform over the current one's store in memory, with the calendars "Work" and "Home" and the list
+/// "Chores", in a zone at GMT+1. Faults are put into the current platform.
 class Legacy : public testing::Test {
  protected:
   Legacy() {
-    workUid = store->addCalendar("Work");
-    homeUid = store->addCalendar("Home");
-    platform->m_calendarStore = framework;
+    store->m_calendars.clear();
+    workUid = *store->addCalendar("Work")->m_identifier;
+    homeUid = *store->addCalendar("Home")->m_identifier;
+    store->addCalendar("Chores", EKEntityType::kReminder);
+    useStore(store);
     setPlatform(platform);
     g_llasterror = 0;
   }
@@ -54,7 +73,11 @@ class Legacy : public testing::Test {
     return sys_days{year{2026} / month / day} + hours{hour} + minutes{minute};
   }
 
-  void useStore(std::shared_ptr<CalCalendarStore> other) { framework->m_store = std::move(other); }
+  void useStore(std::shared_ptr<EKEventStore> other) {
+    platform->m_eventKit = std::make_shared<EventKitOf>(kit, std::move(other));
+    framework = makeCalendarStoreFramework(*platform, fakes::fakeNow);
+    platform->m_calendarStore = framework;
+  }
 
   /// The code that `call` leaves.
   template <class Call>
@@ -64,24 +87,46 @@ class Legacy : public testing::Test {
     return g_llasterror;
   }
 
+  std::string addEvent(std::string_view calendar, std::string_view title, Date start, Date end) {
+    return *store->addEvent(calendar, title, start, end)->m_eventIdentifier;
+  }
+  std::string addTask(std::string_view list, std::string_view title, std::optional<Date> due = std::nullopt,
+                      std::optional<Date> completed = std::nullopt) {
+    const auto task = store->addReminder(list, title);
+    TaskFace(task, {*platform, fakes::fakeNow}).setDueDate(due);
+    task->m_completionDate = completed;
+    return *task->m_itemIdentifier;
+  }
   std::string openEvent() {
-    const auto uid = store->addEvent("Work", "Review", at(11, 3, 9), at(11, 3, 10));
+    const auto uid = addEvent("Work", "Review", at(11, 3, 9), at(11, 3, 10));
     EXPECT_EQ(backend.openEventWithUID(uid, std::nullopt), 0);
     return uid;
   }
   std::string openTask() {
-    const auto uid = store->addTask("Work", "Tidy");
+    const auto uid = addTask("Chores", "Tidy");
     EXPECT_EQ(backend.openTaskWithUID(uid), 0);
     return uid;
   }
-  std::shared_ptr<fakes::FakeCalEvent> event() {
-    return std::dynamic_pointer_cast<fakes::FakeCalEvent>(backend.m_event);
+
+  // What stands behind the current objects.
+  std::shared_ptr<fakes::FakeEvent> event() {
+    return std::dynamic_pointer_cast<fakes::FakeEvent>(behind<EventFace>(backend.m_event));
   }
-  std::shared_ptr<fakes::FakeCalTask> task() { return std::dynamic_pointer_cast<fakes::FakeCalTask>(backend.m_task); }
-  std::shared_ptr<fakes::FakeCalAlarm> addAlarmTo(CalCalendarItem& item) {
-    auto alarm = std::make_shared<fakes::FakeCalAlarm>();
-    item.addAlarm(alarm);
+  std::shared_ptr<fakes::FakeReminder> task() {
+    return std::dynamic_pointer_cast<fakes::FakeReminder>(behind<TaskFace>(backend.m_task));
+  }
+  std::shared_ptr<EKAlarm> openedAlarm() { return behind<AlarmFace>(backend.m_alarm); }
+
+  template <class Seam>
+  std::shared_ptr<fakes::FakeAlarm> addAlarmTo(fakes::FakeItem<Seam>& item) {
+    auto alarm = std::make_shared<fakes::FakeAlarm>();
+    item.m_alarms.push_back(alarm);
     return alarm;
+  }
+  std::shared_ptr<CalAttendee> somebody() {
+    const auto review = std::make_shared<fakes::FakeEvent>();
+    review->m_attendees.emplace(1, std::make_shared<fakes::FakeParticipant>());
+    return EventFace(review, {*platform, fakes::fakeNow}).attendees()->front();
   }
 
   OptionalText eventAttribute(const OptionalText& name) { return backend.getEventAttribute(name, 1, std::nullopt); }
@@ -94,10 +139,10 @@ class Legacy : public testing::Test {
     return backend.getAttendeeAttribute(name, 1, std::nullopt);
   }
 
-  std::shared_ptr<fakes::FakeCalendarStore> store = std::make_shared<fakes::FakeCalendarStore>();
-  std::shared_ptr<fakes::FakeCalendarStoreFramework> framework =
-      std::make_shared<fakes::FakeCalendarStoreFramework>(store);
+  std::shared_ptr<fakes::FakeEventKit> kit = std::make_shared<fakes::FakeEventKit>();
+  std::shared_ptr<fakes::FakeEventStore> store = kit->m_store;
   std::shared_ptr<fakes::FakePlatform> platform = std::make_shared<fakes::FakePlatform>();
+  std::shared_ptr<CalendarStoreFramework> framework;
   std::string workUid, homeUid;
   LegacyBackEnd backend;
 };

@@ -6,10 +6,10 @@ namespace {
 class LegacyLifecycle : public Legacy {};
 
 /// A store whose saves and removals throw.
-struct StoreThatSavesNothing : fakes::ForwardingCalCalendarStore {
-  using ForwardingCalCalendarStore::ForwardingCalCalendarStore;
-  bool saveCalendar(const std::shared_ptr<CalCalendar>&, std::optional<Error>&) override { throw broken(); }
-  bool removeTask(const std::shared_ptr<CalTask>&, std::optional<Error>&) override { throw broken(); }
+struct StoreThatSavesNothing : fakes::ForwardingEventStore {
+  using ForwardingEventStore::ForwardingEventStore;
+  bool saveCalendar(const std::shared_ptr<EKCalendar>&, bool, std::optional<Error>&) override { throw broken(); }
+  bool removeReminder(const std::shared_ptr<EKReminder>&, bool, std::optional<Error>&) override { throw broken(); }
 };
 
 // New
@@ -49,13 +49,17 @@ TEST_F(LegacyLifecycle, ANewItemTakesThePlaceOfWhatWasOpen) {
 }
 
 TEST_F(LegacyLifecycle, AnItemThatThePlatformCannotMakeGives9012) {
-  struct Barren : fakes::FakeCalendarStoreFramework {
-    using FakeCalendarStoreFramework::FakeCalendarStoreFramework;
-    std::shared_ptr<CalCalendar> calendar() override { return nullptr; }
-    std::shared_ptr<CalEvent> event() override { return nullptr; }
-    std::shared_ptr<CalTask> task() override { return nullptr; }
+  struct Barren : fakes::ForwardingEventKit {
+    using ForwardingEventKit::ForwardingEventKit;
+    std::shared_ptr<EKCalendar> calendarForEntityType(EKEntityType, const std::shared_ptr<EKEventStore>&) override {
+      return nullptr;
+    }
+    std::shared_ptr<EKEvent> eventWithEventStore(const std::shared_ptr<EKEventStore>&) override { return nullptr; }
+    std::shared_ptr<EKReminder> reminderWithEventStore(const std::shared_ptr<EKEventStore>&) override {
+      return nullptr;
+    }
   };
-  platform->m_calendarStore = std::make_shared<Barren>(store);
+  platform->m_eventKit = std::make_shared<Barren>(kit);
   for (const char* word : {"calendar", "event", "task"}) {
     EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.newItem(word), -1); }), 9012) << word;
   }
@@ -67,17 +71,17 @@ TEST_F(LegacyLifecycle, SavesTheCurrentCalendar) {
   backend.newItem("calendar");
   backend.setCalendarProp("title", std::string("Club"));
   EXPECT_EQ(backend.saveItem("Calendar", std::nullopt), 0);
-  EXPECT_EQ(store->m_calendars.size(), 3U);
+  EXPECT_EQ(store->m_calendars.size(), 4U);
 }
 
 TEST_F(LegacyLifecycle, SavingAnEventSavesTheCurrentCalendarInstead) {
   openEvent();
   event()->m_title = "Renamed";
-  backend.m_calendar = store->calendarWithUID(workUid);
+  backend.m_calendar = framework->defaultCalendarStore()->calendarWithUID(workUid);
   backend.m_calendar->setTitle("Office");
   EXPECT_EQ(backend.saveItem("event", "this"), 0);
-  EXPECT_EQ(store->m_calendars[0].m_title, "Office");
-  EXPECT_EQ(store->m_events[0].m_title, "Review");
+  EXPECT_EQ(store->m_calendars[0]->m_title, "Office");
+  EXPECT_EQ(store->m_events[0]->m_title, "Review");
 }
 
 TEST_F(LegacyLifecycle, SavingAnEventOrATaskWithoutACalendarFails) {
@@ -89,27 +93,27 @@ TEST_F(LegacyLifecycle, SavingAnEventOrATaskWithoutACalendarFails) {
 }
 
 TEST_F(LegacyLifecycle, UnknownTypesAndNoneSaveTheCalendarToo) {
-  backend.m_calendar = store->calendarWithUID(workUid);
+  backend.m_calendar = framework->defaultCalendarStore()->calendarWithUID(workUid);
   EXPECT_EQ(backend.saveItem("alarm", std::nullopt), 0);
   EXPECT_EQ(backend.saveItem(std::nullopt, std::nullopt), 0);
 }
 
 TEST_F(LegacyLifecycle, SavingAReminderListSavesNothingAndGives9005) {
-  backend.m_calendar = store->calendarWithUID(workUid);
+  backend.m_calendar = framework->defaultCalendarStore()->calendarWithUID(workUid);
   backend.m_calendar->setTitle("Office");
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("ReminderList", std::nullopt), -1); }), 9005);
-  EXPECT_EQ(store->m_calendars[0].m_title, "Work");
+  EXPECT_EQ(store->m_calendars[0]->m_title, "Work");
 }
 
 TEST_F(LegacyLifecycle, TheBranchOfTasksAndEventsSavesThem) {
   openEvent();
   event()->m_title = "Renamed";
   EXPECT_EQ(backend.saveTaskOrEvent("event", CalSpan::kThisEvent), 0);
-  EXPECT_EQ(store->m_events[0].m_title, "Renamed");
+  EXPECT_EQ(store->m_events[0]->m_title, "Renamed");
   openTask();
   task()->m_title = "Sweep";
   EXPECT_EQ(backend.saveTaskOrEvent("task", CalSpan::kThisEvent), 0);
-  EXPECT_EQ(store->m_tasks[0].m_title, "Sweep");
+  EXPECT_EQ(store->m_reminders[0]->m_title, "Sweep");
 }
 
 TEST_F(LegacyLifecycle, TheBranchOfTasksAndEventsNeedsACurrentOne) {
@@ -119,36 +123,48 @@ TEST_F(LegacyLifecycle, TheBranchOfTasksAndEventsNeedsACurrentOne) {
 }
 
 TEST_F(LegacyLifecycle, TheBranchOfTasksAndEventsPassesTheSpanOn) {
-  struct Watching : fakes::ForwardingCalCalendarStore {
-    using ForwardingCalCalendarStore::ForwardingCalCalendarStore;
-    bool saveEvent(const std::shared_ptr<CalEvent>&, CalSpan span, std::optional<Error>&) override {
+  struct Watching : fakes::ForwardingEventStore {
+    using ForwardingEventStore::ForwardingEventStore;
+    bool saveEvent(const std::shared_ptr<EKEvent>&, EKSpan span, bool, std::optional<Error>&) override {
       seen = span;
       return true;
     }
-    std::optional<CalSpan> seen;
+    std::optional<EKSpan> seen;
   };
   const auto watching = std::make_shared<Watching>(store);
   useStore(watching);
   openEvent();
-  backend.saveTaskOrEvent("event", CalSpan::kAllEvents);
-  EXPECT_EQ(watching->seen, CalSpan::kAllEvents);
+  for (const auto& [span, passedOn] :
+       {std::pair(CalSpan::kAllEvents, EKSpan::kAllEvents), std::pair(CalSpan::kFutureEvents, EKSpan::kFutureEvents),
+        std::pair(CalSpan::kThisEvent, EKSpan::kThisEvent)}) {
+    backend.saveTaskOrEvent("event", span);
+    EXPECT_EQ(watching->seen, passedOn);
+  }
 }
 
 TEST_F(LegacyLifecycle, EverySpanWordIsTakenAndOthersGive9006) {
-  backend.m_calendar = store->calendarWithUID(workUid);
+  backend.m_calendar = framework->defaultCalendarStore()->calendarWithUID(workUid);
   for (const char* span : {"this", "future", "ALL"}) EXPECT_EQ(backend.saveItem("calendar", span), 0) << span;
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("calendar", "weekly"), -1); }), 9006);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("reminderlist", "weekly"), -1); }), 9006);
 }
 
 TEST_F(LegacyLifecycle, ARefusedSaveGives9998WithDescriptionAndReason) {
-  store->m_calendars[0].m_isEditable = false;
+  store->m_calendars[0]->m_allowsContentModifications = false;
   backend.openCalendarWithTitle("Work");
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("calendar", std::nullopt), -1); }), 9998);
-  EXPECT_EQ(backend.getLastErrorString(), "The calendar allows no changes. It is read-only.");
+  EXPECT_EQ(backend.getLastErrorString(), "The fake store refused. The calendar allows no changes.");
 }
 
 TEST_F(LegacyLifecycle, AMissingReasonIsTheMainBundlesTextForTheEmptyKey) {
+  struct Terse : fakes::ForwardingEventStore {
+    using ForwardingEventStore::ForwardingEventStore;
+    bool saveCalendar(const std::shared_ptr<EKCalendar>&, bool, std::optional<Error>& error) override {
+      error = Error{"There is no calendar to save.", std::nullopt};
+      return false;
+    }
+  };
+  useStore(std::make_shared<Terse>(store));
   EXPECT_EQ(backend.saveItem("calendar", std::nullopt), -1);
   EXPECT_EQ(backend.getLastErrorString(), "There is no calendar to save. ");
   platform->m_bundleStrings->m_strings[{"Localizable", ""}] = u"Für sich";
@@ -166,34 +182,37 @@ TEST_F(LegacyLifecycle, AnExceptionWhileSavingGives9999AndYetZero) {
 
 TEST_F(LegacyLifecycle, BothCalendarWordsRemoveACalendar) {
   EXPECT_EQ(backend.removeItem("calendar", workUid, std::nullopt, std::nullopt), 0);
-  const auto club = store->addCalendar("Club");
+  const auto club = *store->addCalendar("Club")->m_identifier;
   EXPECT_EQ(backend.removeItem("reminderlist", club, std::nullopt, std::nullopt), 0);
-  EXPECT_EQ(store->m_calendars.size(), 1U);
+  EXPECT_EQ(store->m_calendars.size(), 2U);
+  const auto garden = *store->addCalendar("Garden", EKEntityType::kReminder)->m_identifier;
+  EXPECT_EQ(backend.removeItem("calendar", garden, std::nullopt, std::nullopt), 0);
+  EXPECT_EQ(store->m_calendars.size(), 2U);
 }
 
 TEST_F(LegacyLifecycle, BothTaskWordsRemoveATask) {
-  const auto first = store->addTask("Work", "One");
-  const auto second = store->addTask("Work", "Two");
+  const auto first = addTask("Chores", "One");
+  const auto second = addTask("Chores", "Two");
   EXPECT_EQ(backend.removeItem("Task", first, std::nullopt, std::nullopt), 0);
   EXPECT_EQ(backend.removeItem("reminder", second, std::nullopt, std::nullopt), 0);
-  EXPECT_TRUE(store->m_tasks.empty());
+  EXPECT_TRUE(store->m_reminders.empty());
 }
 
 TEST_F(LegacyLifecycle, RemovesAnEventWithASpan) {
-  const auto uid = store->addEvent("Work", "Review", at(11, 3, 9), at(11, 3, 10));
+  const auto uid = addEvent("Work", "Review", at(11, 3, 9), at(11, 3, 10));
   EXPECT_EQ(backend.removeItem("event", uid, std::nullopt, "this"), 0);
   EXPECT_TRUE(store->m_events.empty());
 }
 
 TEST_F(LegacyLifecycle, RemovesTheOccurrenceOfThatDate) {
-  const auto uid = store->addEvent("Work", "Stand-up", at(11, 3, 9), at(11, 3, 10));
-  store->m_events[0].m_recurrenceRule = framework->initDailyRecurrenceWithInterval(1, nullptr);
+  const auto uid = addEvent("Work", "Stand-up", at(11, 3, 9), at(11, 3, 10));
+  store->m_events[0]->m_rules = {{behind<RecurrenceRuleFace>(framework->initDailyRecurrenceWithInterval(1, nullptr))}};
   EXPECT_EQ(backend.removeItem("event", uid, at(11, 4, 9), "this"), 0);
-  EXPECT_THAT(store->m_events[0].m_excluded, testing::ElementsAre(at(11, 4, 9)));
+  EXPECT_THAT(store->m_events[0]->m_excluded, testing::ElementsAre(at(11, 4, 9)));
 }
 
 TEST_F(LegacyLifecycle, RemovingAnEventWithoutASpanGives9005) {
-  const auto uid = store->addEvent("Work", "Review", at(11, 3, 9), at(11, 3, 10));
+  const auto uid = addEvent("Work", "Review", at(11, 3, 9), at(11, 3, 10));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem("event", uid, std::nullopt, std::nullopt), -1); }), 9005);
   EXPECT_EQ(store->m_events.size(), 1U);
 }
@@ -210,7 +229,7 @@ TEST_F(LegacyLifecycle, RemovingOtherTypesGives9005AndOtherSpans9006) {
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem("alarm", workUid, std::nullopt, "this"), -1); }), 9005);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem(std::nullopt, workUid, std::nullopt, "this"), -1); }), 9005);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem("calendar", workUid, std::nullopt, "weekly"), -1); }), 9006);
-  EXPECT_EQ(store->m_calendars.size(), 2U);
+  EXPECT_EQ(store->m_calendars.size(), 3U);
 }
 
 TEST_F(LegacyLifecycle, RemovingReleasesWhatWasOpen) {
@@ -222,11 +241,11 @@ TEST_F(LegacyLifecycle, RemovingReleasesWhatWasOpen) {
 TEST_F(LegacyLifecycle, ARefusedRemovalGives9998WithTheReason) {
   backend.removeItem("calendar", workUid, std::nullopt, std::nullopt);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem("calendar", homeUid, std::nullopt, std::nullopt), -1); }), 9998);
-  EXPECT_EQ(backend.getLastErrorString(), "The last calendar stays. ");
+  EXPECT_EQ(backend.getLastErrorString(), "The fake store refused. It is the last of its kind.");
 }
 
 TEST_F(LegacyLifecycle, AnExceptionWhileRemovingGives9999AndYetZero) {
-  const auto uid = store->addTask("Work", "Tidy");
+  const auto uid = addTask("Chores", "Tidy");
   useStore(std::make_shared<StoreThatSavesNothing>(store));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeItem("task", uid, std::nullopt, std::nullopt), 0); }), 9999);
   EXPECT_EQ(backend.getLastErrorString(), "The store is gone.");
@@ -235,19 +254,19 @@ TEST_F(LegacyLifecycle, AnExceptionWhileRemovingGives9999AndYetZero) {
 // Count
 
 TEST_F(LegacyLifecycle, BothCalendarWordsCountAllCalendars) {
-  EXPECT_EQ(backend.getObjectCount("calendar"), 2);
-  EXPECT_EQ(backend.getObjectCount("ReminderList"), 2);
+  EXPECT_EQ(backend.getObjectCount("calendar"), 3);
+  EXPECT_EQ(backend.getObjectCount("ReminderList"), 3);
 }
 
 TEST_F(LegacyLifecycle, CountsTheEventsOfTheLastFetch) {
-  store->addEvent("Work", "One", at(11, 3, 9), at(11, 3, 10));
-  store->addEvent("Work", "Two", at(11, 4, 9), at(11, 4, 10));
+  addEvent("Work", "One", at(11, 3, 9), at(11, 3, 10));
+  addEvent("Work", "Two", at(11, 4, 9), at(11, 4, 10));
   backend.fetchEventsWithStartDate(at(11, 1, 0), at(11, 30, 0), std::nullopt, std::nullopt);
   EXPECT_EQ(backend.getObjectCount("event"), 2);
 }
 
 TEST_F(LegacyLifecycle, CountsTheTasksOfTheLastFetch) {
-  store->addTask("Work", "One");
+  addTask("Chores", "One");
   backend.fetchTasks(std::nullopt, std::nullopt, std::nullopt);
   EXPECT_EQ(backend.getObjectCount("task"), 1);
   EXPECT_EQ(backend.getObjectCount("reminder"), 1);
@@ -256,7 +275,7 @@ TEST_F(LegacyLifecycle, CountsTheTasksOfTheLastFetch) {
 TEST_F(LegacyLifecycle, CountingRunsTheQueryAgain) {
   backend.fetchTasks(std::nullopt, std::nullopt, std::nullopt);
   EXPECT_EQ(backend.getObjectCount("task"), 0);
-  store->addTask("Work", "Late");
+  addTask("Chores", "Late");
   EXPECT_EQ(backend.getObjectCount("task"), 1);
 }
 
@@ -270,7 +289,7 @@ TEST_F(LegacyLifecycle, CountsTheAttendeesOfTheCurrentEvent) {
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.getObjectCount("attendee"), -1); }), 9000);
   openEvent();
   EXPECT_EQ(backend.getObjectCount("attendee"), 0);
-  event()->m_attendees.emplace(2, std::make_shared<fakes::FakeCalAttendee>());
+  event()->m_attendees.emplace(2, std::make_shared<fakes::FakeParticipant>());
   EXPECT_EQ(backend.getObjectCount("attendee"), 2);
 }
 

@@ -17,12 +17,13 @@ class LegacyRecurrence : public Legacy {
     return backend.getEventRecurrenceRuleAttribute(name, end);
   }
   /// Opens an event with a rule for the test to fill.
-  std::shared_ptr<fakes::FakeCalRecurrenceRule> openRepeatingEvent() {
+  std::shared_ptr<fakes::FakeRecurrenceRule> openRepeatingEvent() {
     openEvent();
-    auto own = std::make_shared<fakes::FakeCalRecurrenceRule>();
-    event()->m_recurrenceRule = own;
+    auto own = std::make_shared<fakes::FakeRecurrenceRule>();
+    event()->m_rules = {{own}};
     return own;
   }
+  std::shared_ptr<CalRecurrenceRule> eventsRule() { return backend.m_event->recurrenceRule(); }
 };
 
 // Adding
@@ -30,11 +31,11 @@ class LegacyRecurrence : public Legacy {
 TEST_F(LegacyRecurrence, EveryFrequencyWordMakesADailyRule) {
   openEvent();
   for (const char* word : {"daily", "Weekly", "MONTHLY", "yearly"}) {
-    event()->m_recurrenceRule = nullptr;
+    event()->m_rules.reset();
     EXPECT_EQ(add(word, 3), 0);
-    ASSERT_TRUE(event()->m_recurrenceRule) << word;
-    EXPECT_EQ(event()->m_recurrenceRule->recurrenceType(), 0) << word;
-    EXPECT_EQ(event()->m_recurrenceRule->recurrenceInterval(), 3) << word;
+    ASSERT_TRUE(eventsRule()) << word;
+    EXPECT_EQ(eventsRule()->recurrenceType(), 0) << word;
+    EXPECT_EQ(eventsRule()->recurrenceInterval(), 3) << word;
   }
 }
 
@@ -46,7 +47,7 @@ TEST_F(LegacyRecurrence, DaysWeeksAndMonthsHaveNoEffect) {
   openEvent();
   const iCalFunctions::DaysOfTheWeek days{std::make_shared<Day>()};
   EXPECT_EQ(backend.addRecurrence("weekly", 2, days, Numbers{1, 15}, 3, 2, Numbers{6}, std::nullopt, 0), 0);
-  const auto made = event()->m_recurrenceRule;
+  const auto made = eventsRule();
   ASSERT_TRUE(made);
   EXPECT_EQ(made->recurrenceType(), 0);
   EXPECT_EQ(made->recurrenceInterval(), 2);
@@ -59,7 +60,7 @@ TEST_F(LegacyRecurrence, DaysWeeksAndMonthsHaveNoEffect) {
 TEST_F(LegacyRecurrence, AnEndDateWinsOverACount) {
   openEvent();
   EXPECT_EQ(add("daily", 1, at(11, 30, 0), 5), 0);
-  const auto end = event()->m_recurrenceRule->recurrenceEnd();
+  const auto end = eventsRule()->recurrenceEnd();
   ASSERT_TRUE(end);
   EXPECT_EQ(end->endDate(), at(11, 30, 0));
 }
@@ -67,21 +68,21 @@ TEST_F(LegacyRecurrence, AnEndDateWinsOverACount) {
 TEST_F(LegacyRecurrence, ACountOfOneOrMoreEndsTheRule) {
   openEvent();
   EXPECT_EQ(add("daily", 1, std::nullopt, 1), 0);
-  EXPECT_EQ(event()->m_recurrenceRule->recurrenceEnd()->occurrenceCount(), 1);
+  EXPECT_EQ(eventsRule()->recurrenceEnd()->occurrenceCount(), 1);
 }
 
 TEST_F(LegacyRecurrence, OtherCountsLeaveTheRuleWithoutAnEnd) {
   openEvent();
   for (const int count : {0, -3}) {
     EXPECT_EQ(add("daily", 1, std::nullopt, count), 0);
-    EXPECT_EQ(event()->m_recurrenceRule->recurrenceEnd(), nullptr);
+    EXPECT_EQ(eventsRule()->recurrenceEnd(), nullptr);
   }
 }
 
 TEST_F(LegacyRecurrence, ANewRuleTakesThePlaceOfTheOldAndDoesNotBecomeCurrent) {
   openRepeatingEvent();
   EXPECT_EQ(add("daily", 7), 0);
-  EXPECT_EQ(event()->m_recurrenceRule->recurrenceInterval(), 7);
+  EXPECT_EQ(eventsRule()->recurrenceInterval(), 7);
   EXPECT_EQ(backend.m_recurrencerule, nullptr);
   EXPECT_EQ(backend.m_recurrenceend, nullptr);
 }
@@ -98,17 +99,17 @@ TEST_F(LegacyRecurrence, AddingWithoutAnEventGives9000) {
 TEST_F(LegacyRecurrence, ARuleThatThePlatformDoesNotMakeGives9011) {
   openEvent();
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(add("daily", 0), -1); }), 9011);
-  EXPECT_EQ(event()->m_recurrenceRule, nullptr);
+  EXPECT_EQ(eventsRule(), nullptr);
 }
 
 TEST_F(LegacyRecurrence, AnEndThatThePlatformDoesNotMakeGives9010) {
-  struct Endless : fakes::FakeCalendarStoreFramework {
-    using FakeCalendarStoreFramework::FakeCalendarStoreFramework;
-    End recurrenceEndWithEndDate(Date) override { return nullptr; }
-    End recurrenceEndWithOccurrenceCount(int) override { return nullptr; }
+  struct Endless : fakes::ForwardingEventKit {
+    using ForwardingEventKit::ForwardingEventKit;
+    std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithEndDate(Date) override { return nullptr; }
+    std::shared_ptr<EKRecurrenceEnd> recurrenceEndWithOccurrenceCount(int) override { return nullptr; }
   };
   openEvent();
-  platform->m_calendarStore = std::make_shared<Endless>(store);
+  platform->m_eventKit = std::make_shared<Endless>(kit);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(add("daily", 1, at(11, 30, 0)), -1); }), 9010);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(add("daily", 1, std::nullopt, 5), -1); }), 9010);
 }
@@ -170,7 +171,7 @@ TEST_F(LegacyRecurrence, AWeekBelowMinusOneIsNoNthWeekday) {
 TEST_F(LegacyRecurrence, RemovingTakesTheRuleAway) {
   openRepeatingEvent();
   EXPECT_EQ(backend.removeRecurrence(), 0);
-  EXPECT_EQ(event()->m_recurrenceRule, nullptr);
+  EXPECT_EQ(eventsRule(), nullptr);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.removeRecurrence(), 0); }), 0);
 }
 
@@ -184,14 +185,14 @@ TEST_F(LegacyRecurrence, EveryTypeReadsAsItsWordAndOthersAsEmptyText) {
   const auto own = openRepeatingEvent();
   const std::pair<int, const char*> types[] = {{0, "daily"}, {1, "weekly"}, {2, "monthly"}, {3, "yearly"}, {4, ""}};
   for (const auto& [number, word] : types) {
-    own->m_recurrenceType = number;
+    own->m_frequency = number;
     EXPECT_EQ(rule("RecurrenceType"), word);
   }
 }
 
 TEST_F(LegacyRecurrence, ReadsNumbers) {
   const auto own = openRepeatingEvent();
-  own->m_recurrenceInterval = 14;
+  own->m_interval = 14;
   own->m_firstDayOfTheWeek = 2;
   EXPECT_EQ(rule("recurrenceinterval"), "14");
   EXPECT_EQ(rule("firstdayoftheweek"), "2");
@@ -199,11 +200,11 @@ TEST_F(LegacyRecurrence, ReadsNumbers) {
 
 TEST_F(LegacyRecurrence, ReadsListsWithReturnsBetweenTheItems) {
   const auto own = openRepeatingEvent();
-  own->m_daysOfTheWeek = {2, 6};
+  using Day = fakes::FakeDayOfWeek;
+  own->m_daysOfTheWeek = {std::make_shared<Day>(2), std::make_shared<Day>(3, 2), std::make_shared<Day>(6),
+                          std::make_shared<Day>(6, -1)};
   own->m_daysOfTheMonth = {1, -1};
   own->m_monthsOfTheYear = {1, 6};
-  own->m_nthWeekDays = {std::make_shared<fakes::FakeCalNthWeekDay>(2, 3),
-                        std::make_shared<fakes::FakeCalNthWeekDay>(-1, 6)};
   EXPECT_EQ(rule("daysoftheweek"), "2\r6");
   EXPECT_EQ(rule("daysofthemonth"), "1\r-1");
   EXPECT_EQ(rule("monthsoftheyear"), "1\r6");
@@ -226,7 +227,7 @@ TEST_F(LegacyRecurrence, ARuleWithoutAnEndNeverEndsWhateverIsAsked) {
 }
 
 TEST_F(LegacyRecurrence, ReadsAnEndByDate) {
-  openRepeatingEvent()->m_end = framework->recurrenceEndWithEndDate(at(11, 30, 12));
+  openRepeatingEvent()->m_end = behind<RecurrenceEndFace>(framework->recurrenceEndWithEndDate(at(11, 30, 12)));
   EXPECT_EQ(rule("hasend"), "True");
   EXPECT_EQ(rule("recurrenceend", "UsesEndDate"), "True");
   EXPECT_EQ(rule("recurrenceend", "enddate"), "2026-11-30 13:00:00 +0100");
@@ -234,14 +235,14 @@ TEST_F(LegacyRecurrence, ReadsAnEndByDate) {
 }
 
 TEST_F(LegacyRecurrence, ReadsAnEndByCount) {
-  openRepeatingEvent()->m_end = framework->recurrenceEndWithOccurrenceCount(5);
+  openRepeatingEvent()->m_end = behind<RecurrenceEndFace>(framework->recurrenceEndWithOccurrenceCount(5));
   EXPECT_EQ(rule("recurrenceend", "usesenddate"), "False");
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(rule("recurrenceend", "enddate"), std::nullopt); }), 0);
   EXPECT_EQ(rule("recurrenceend", "OccurrenceCount"), "5");
 }
 
 TEST_F(LegacyRecurrence, AnEndWithoutAPartGives9005AndWithAnotherPart9006) {
-  openRepeatingEvent()->m_end = framework->recurrenceEndWithOccurrenceCount(5);
+  openRepeatingEvent()->m_end = behind<RecurrenceEndFace>(framework->recurrenceEndWithOccurrenceCount(5));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(rule("recurrenceend"), std::nullopt); }), 9005);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(rule("recurrenceend", "never"), std::nullopt); }), 9006);
 }
@@ -268,12 +269,12 @@ TEST_F(LegacyRecurrence, ReadingWithoutAnEventGives9000AndWithoutAProperty9005) 
 }
 
 TEST_F(LegacyRecurrence, TheRuleOnceReadStaysCurrentUntilItemsAreReleased) {
-  openRepeatingEvent()->m_recurrenceInterval = 2;
+  openRepeatingEvent()->m_interval = 2;
   EXPECT_EQ(rule("recurrenceinterval"), "2");
   add("daily", 9);
   EXPECT_EQ(rule("recurrenceinterval"), "2");
   backend.releaseItems();
-  openRepeatingEvent()->m_recurrenceInterval = 4;
+  openRepeatingEvent()->m_interval = 4;
   EXPECT_EQ(rule("recurrenceinterval"), "4");
 }
 

@@ -12,11 +12,12 @@ class LegacyState : public Legacy {
     backend.m_event = framework->event();
     backend.m_task = framework->task();
     backend.m_alarm = framework->alarm();
-    backend.m_attendee = std::make_shared<fakes::FakeCalAttendee>();
-    backend.m_recurrencerule = std::make_shared<fakes::FakeCalRecurrenceRule>();
-    backend.m_recurrenceend = std::make_shared<fakes::FakeCalRecurrenceEnd>();
-    backend.m_taskPredicate = store->taskPredicateWithCalendars({});
-    backend.m_eventPredicate = store->eventPredicateWithStartDate(at(11, 1, 0), at(11, 2, 0), {});
+    backend.m_attendee = somebody();
+    backend.m_recurrencerule = framework->initDailyRecurrenceWithInterval(1, nullptr);
+    backend.m_recurrenceend = framework->recurrenceEndWithOccurrenceCount(1);
+    backend.m_taskPredicate = framework->defaultCalendarStore()->taskPredicateWithCalendars({});
+    backend.m_eventPredicate =
+        framework->defaultCalendarStore()->eventPredicateWithStartDate(at(11, 1, 0), at(11, 2, 0), {});
   }
 };
 
@@ -70,8 +71,9 @@ TEST_F(LegacyState, MakingTheBackEndAsksForNoStore) {
 }
 
 TEST_F(LegacyState, EveryAccessAsksForTheStoreAnew) {
-  EXPECT_EQ(backend.getObjectCount("calendar"), 2);
-  auto other = std::make_shared<fakes::FakeCalendarStore>();
+  EXPECT_EQ(backend.getObjectCount("calendar"), 3);
+  auto other = std::make_shared<fakes::FakeEventStore>();
+  other->m_calendars.clear();
   other->addCalendar("Only");
   useStore(other);
   EXPECT_EQ(backend.getObjectCount("calendar"), 1);

@@ -6,10 +6,11 @@ namespace {
 class LegacyTasks : public Legacy {
  protected:
   LegacyTasks() {
-    store->addTask("Work", "Whenever");
-    store->addTask("Work", "Soon", at(11, 3, 12));
-    store->addTask("Home", "Later", at(11, 10, 12));
-    store->addTask("Home", "Done", std::nullopt, at(10, 20, 12));
+    gardenUid = *store->addCalendar("Garden", EKEntityType::kReminder)->m_identifier;
+    addTask("Chores", "Whenever");
+    addTask("Chores", "Soon", at(11, 3, 12));
+    addTask("Garden", "Later", at(11, 10, 12));
+    addTask("Garden", "Done", std::nullopt, at(10, 20, 12));
   }
 
   std::vector<std::string> fetched() {
@@ -21,6 +22,8 @@ class LegacyTasks : public Legacy {
     }
     return titles;
   }
+
+  std::string gardenUid;
 };
 
 using testing::ElementsAre;
@@ -33,7 +36,7 @@ TEST_F(LegacyTasks, NoStatusFetchesAllTasks) {
 }
 
 TEST_F(LegacyTasks, NamesNarrowTheFetch) {
-  EXPECT_EQ(backend.fetchTasks("Home", std::nullopt, std::nullopt), 0);
+  EXPECT_EQ(backend.fetchTasks("Garden", std::nullopt, std::nullopt), 0);
   EXPECT_THAT(fetched(), ElementsAre("Later", "Done"));
 }
 
@@ -90,9 +93,9 @@ TEST_F(LegacyTasks, AFetchReleasesWhatWasOpen) {
 // Single-purpose fetches
 
 TEST_F(LegacyTasks, EachSinglePurposeFetchFetchesItsCase) {
-  EXPECT_EQ(backend.fetchTasksWithCalendars("Home"), 0);
+  EXPECT_EQ(backend.fetchTasksWithCalendars("Garden"), 0);
   EXPECT_THAT(fetched(), ElementsAre("Later", "Done"));
-  EXPECT_EQ(backend.fetchTasksUncompleted("Work"), 0);
+  EXPECT_EQ(backend.fetchTasksUncompleted("Chores"), 0);
   EXPECT_THAT(fetched(), ElementsAre("Whenever", "Soon"));
   EXPECT_EQ(backend.fetchTasksUncompleted(at(11, 10, 12), std::nullopt), 0);
   EXPECT_THAT(fetched(), ElementsAre("Soon"));
@@ -119,9 +122,11 @@ TEST_F(LegacyTasks, AnUnknownNameStopsASinglePurposeFetch) {
 TEST_F(LegacyTasks, APredicateThatIsNotMadeGives9007) {
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.fetchTasksUncompleted(std::optional<Date>(), std::nullopt), -1); }), 9007);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.fetchTasksCompletedSince(std::nullopt, std::nullopt), -1); }), 9007);
-  struct Barren : fakes::ForwardingCalCalendarStore {
-    using ForwardingCalCalendarStore::ForwardingCalCalendarStore;
-    std::shared_ptr<const CalPredicate> taskPredicateWithCalendars(const CalCalendarArray&) override { return nullptr; }
+  struct Barren : fakes::ForwardingEventStore {
+    using ForwardingEventStore::ForwardingEventStore;
+    std::shared_ptr<const EKPredicate> predicateForRemindersInCalendars(const EKCalendarArray&) override {
+      return nullptr;
+    }
   };
   useStore(std::make_shared<Barren>(store));
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.fetchTasks(std::nullopt, std::nullopt, std::nullopt), -1); }), 9007);
@@ -152,14 +157,15 @@ TEST_F(LegacyTasks, WithoutAFetchEveryIndexIsOutOfBounds) {
 }
 
 TEST_F(LegacyTasks, ATaskThatHasGoneMeanwhileGives9001) {
-  struct Gone : CalTaskArray {
+  struct Gone : EKReminderArray {
     std::size_t count() const override { return 1; }
-    std::shared_ptr<CalTask> objectAtIndex(std::size_t) const override { return nullptr; }
+    std::shared_ptr<EKReminder> objectAtIndex(std::size_t) const override { return nullptr; }
   };
-  struct Forgetful : fakes::ForwardingCalCalendarStore {
-    using ForwardingCalCalendarStore::ForwardingCalCalendarStore;
-    std::shared_ptr<const CalTaskArray> tasksWithPredicate(const std::shared_ptr<const CalPredicate>&) override {
-      return std::make_shared<Gone>();
+  struct Forgetful : fakes::ForwardingEventStore {
+    using ForwardingEventStore::ForwardingEventStore;
+    void fetchRemindersMatchingPredicate(const std::shared_ptr<const EKPredicate>&,
+                                         ReminderCompletion completion) override {
+      completion(std::make_shared<Gone>());
     }
   };
   backend.fetchTasks(std::nullopt, std::nullopt, std::nullopt);
@@ -172,7 +178,7 @@ TEST_F(LegacyTasks, OpeningByIndexKeepsTheCalendarAndThePredicates) {
   backend.m_calendar = framework->calendar();
   backend.m_event = framework->event();
   backend.m_alarm = framework->alarm();
-  backend.m_attendee = std::make_shared<fakes::FakeCalAttendee>();
+  backend.m_attendee = somebody();
   backend.m_recurrencerule = framework->initDailyRecurrenceWithInterval(1, nullptr);
   backend.m_recurrenceend = framework->recurrenceEndWithOccurrenceCount(1);
   ASSERT_EQ(backend.openTaskAt(1), 0);
@@ -190,13 +196,13 @@ TEST_F(LegacyTasks, OpeningByIndexKeepsTheCalendarAndThePredicates) {
 TEST_F(LegacyTasks, SetsItsOwnProperties) {
   openTask();
   EXPECT_EQ(backend.setTaskProp("DueDate", at(11, 7, 12)), 0);
-  EXPECT_EQ(task()->m_dueDate, at(11, 7, 12));
+  EXPECT_EQ(backend.m_task->dueDate(), at(11, 7, 12));
   EXPECT_EQ(backend.setTaskProp("completeddate", at(11, 1, 12)), 0);
-  EXPECT_EQ(task()->m_completedDate, at(11, 1, 12));
+  EXPECT_EQ(task()->m_completionDate, at(11, 1, 12));
   EXPECT_EQ(backend.setTaskProp("iscompleted", std::string("false")), 0);
-  EXPECT_FALSE(task()->m_isCompleted);
+  EXPECT_FALSE(task()->isCompleted());
   EXPECT_EQ(backend.setTaskProp("iscompleted", std::string("True")), 0);
-  EXPECT_TRUE(task()->m_isCompleted);
+  EXPECT_TRUE(task()->isCompleted());
 }
 
 TEST_F(LegacyTasks, EveryPriorityWordGoesBothWays) {
@@ -229,9 +235,9 @@ TEST_F(LegacyTasks, AnotherStoredPriorityReadsAsNothing) {
 TEST_F(LegacyTasks, SharedPropertiesAreSetOnTheTask) {
   openTask();
   EXPECT_EQ(backend.setTaskProp("title", std::string("Sweep")), 0);
-  EXPECT_EQ(backend.setTaskProp("calendartitle", std::string("Home")), 0);
+  EXPECT_EQ(backend.setTaskProp("calendartitle", std::string("Garden")), 0);
   EXPECT_EQ(taskAttribute("title"), "Sweep");
-  EXPECT_EQ(taskAttribute("calendaruid"), homeUid);
+  EXPECT_EQ(taskAttribute("calendaruid"), gardenUid);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.setTaskProp("startdate", at(11, 3, 9)), 0); }), 9006);
 }
 
@@ -245,8 +251,8 @@ TEST_F(LegacyTasks, SettingWithoutATaskGives9000AndWithoutAProperty9005) {
 
 TEST_F(LegacyTasks, ReadsItsOwnProperties) {
   openTask();
-  task()->m_dueDate = at(11, 7, 12);
-  task()->setCompletedDate(at(11, 1, 12));
+  backend.m_task->setDueDate(at(11, 7, 12));
+  task()->setCompletionDate(at(11, 1, 12));
   EXPECT_EQ(taskAttribute("DueDate"), "2026-11-07 13:00:00 +0100");
   EXPECT_EQ(taskAttribute("completeddate"), "2026-11-01 13:00:00 +0100");
   EXPECT_EQ(taskAttribute("iscompleted"), "True");

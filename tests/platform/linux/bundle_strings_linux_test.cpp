@@ -87,18 +87,6 @@ TEST_F(Bundle, HasTheEnglishTableBuiltIn) {
   EXPECT_EQ(shown({"en"}, "Orlo 1"), "Orlo1nnYYnn");
 }
 
-TEST_F(Bundle, ShowsTheFirstLanguageThatItHas) {
-  add("de", "\"Orlo 128\" = \"deutsch\";");
-  add("fr", "\"Orlo 128\" = \"français\";");
-  EXPECT_EQ(shown({"it", "fr", "de", "en"}), "français");
-  EXPECT_EQ(shown({"it", "en"}), "Orlocal");
-}
-
-TEST_F(Bundle, ShowsEnglishWhereATranslationLacksAKey) {
-  add("de", "\"Orlo 128\" = \"deutsch\";");
-  EXPECT_EQ(shown({"de", "en"}, "Orlo 153"), "Orlo_OpenItemAt( type ; index )");
-}
-
 TEST_F(Bundle, PrefersAnEnglishFileToTheBuiltInTable) {
   add("en", "\"Orlo 128\" = \"changed\";");
   EXPECT_EQ(shown({"en"}), "changed");
@@ -107,13 +95,6 @@ TEST_F(Bundle, PrefersAnEnglishFileToTheBuiltInTable) {
 TEST_F(Bundle, StopsAtEnglishBeforeLaterLanguages) {
   add("de", "\"Orlo 128\" = \"deutsch\";");
   EXPECT_EQ(shown({"en", "de", "en"}), "Orlocal");
-}
-
-TEST_F(Bundle, HasNothingUnderOtherKeysAndTables) {
-  EXPECT_EQ(shown({"en"}, "Orlo 999"), "none");
-  EXPECT_EQ(shown({"en"}, "Orlo 128", "Other"), "none");
-  add("de", "\"k\" = \"v\";", "Other");
-  EXPECT_EQ(shown({"de", "en"}, "k", "Other"), "v");
 }
 
 TEST_F(Bundle, IsFoundBesideTheProgram) {

@@ -126,18 +126,18 @@ TEST_F(EventKitDetails, AnAlarmWasMadeWithItsItem) {
 // Rules
 
 TEST_F(EventKitDetails, AWeekdayOutsideTheWeekMakesNoDay) {
-  EXPECT_EQ(kit().dayOfWeek(0), nullptr);
-  EXPECT_EQ(kit().dayOfWeek(8), nullptr);
-  ASSERT_NE(kit().dayOfWeek(1), nullptr);
-  EXPECT_EQ(kit().dayOfWeek(7)->dayOfTheWeek(), 7);
-  EXPECT_EQ(kit().dayOfWeek(7)->weekNumber(), 0);
+  EXPECT_EQ(kit().dayOfWeek(0, 0), nullptr);
+  EXPECT_EQ(kit().dayOfWeek(8, 0), nullptr);
+  ASSERT_NE(kit().dayOfWeek(1, 0), nullptr);
+  EXPECT_EQ(kit().dayOfWeek(7, 0)->dayOfTheWeek(), 7);
+  EXPECT_EQ(kit().dayOfWeek(7, 0)->weekNumber(), 0);
 }
 
 TEST_F(EventKitDetails, ARuleReadsBackWhatItWasMadeOf) {
   EKRecurrenceRuleParts parts;
   parts.frequency = EKRecurrenceFrequency::kYearly;
   parts.interval = 2;
-  parts.daysOfTheWeek = {kit().dayOfWeek(2), kit().dayOfWeek(6)};
+  parts.daysOfTheWeek = {kit().dayOfWeek(2, 0), kit().dayOfWeek(6, 0)};
   parts.daysOfTheMonth = {1, -1};
   parts.monthsOfTheYear = {3, 12};
   parts.end = kit().recurrenceEndWithOccurrenceCount(10);

@@ -1,55 +1,46 @@
+#include "platform/legacy/calendar_store_framework.h"
+
 #include <utility>
 
-#include "platform/calendar_store.h"
-#include "platform/linux/calendar_store_linux.h"
-#include "platform/linux/calendar_store_linux_items.h"
-#include "platform/linux/platform_linux.h"
-#include "store/time/zone.h"
+#include "platform/legacy/calendar_face.h"
+#include "platform/legacy/calendar_store_face.h"
+#include "platform/legacy/event_face.h"
+#include "platform/legacy/recurrence_faces.h"
+#include "platform/legacy/task_face.h"
+#include "platform/platform.h"
 
 namespace orlocal {
 namespace {
 
 constexpr int kLastWeek = -1, kWeeksOfAMonth = 5;
 
-template <class Object>
-std::shared_ptr<Object> newItem(const std::shared_ptr<StoreAccess>& access, store::ItemKind kind) {
-  auto item = std::make_shared<store::Item>();
-  item->kind = kind;
-  if constexpr (std::is_same_v<Object, EventObject>) {
-    return std::make_shared<Object>(access, std::move(item), std::nullopt);
-  } else {
-    return std::make_shared<Object>(access, std::move(item));
-  }
-}
-
-class LinuxCalendarStoreFramework final : public CalendarStoreFramework {
+class CalendarStoreFrameworkFace final : public CalendarStoreFramework {
  public:
-  explicit LinuxCalendarStoreFramework(std::shared_ptr<StoreAccess> access) : m_access(std::move(access)) {}
+  CalendarStoreFrameworkFace(Platform& platform, Date (*now)()) : m_surroundings{platform, now} {}
 
   std::shared_ptr<CalCalendarStore> defaultCalendarStore() override {
-    if (!m_store) m_store = std::make_shared<CalendarStoreObject>(m_access);
-    return m_store;
+    if (!m_face) {
+      m_face = std::make_shared<CalendarStoreFace>(store(), m_surroundings);
+    }
+    return m_face;
   }
 
   std::shared_ptr<CalCalendar> calendar() override {
-    return std::make_shared<CalCalendarObject>(std::make_shared<CalendarObject>(m_access, store::Calendar()));
+    return faceOf<CalendarFace>(kit().calendarForEntityType(EKEntityType::kEvent, store()));
   }
   std::shared_ptr<CalEvent> event() override {
-    return std::make_shared<CalEventObject>(m_access, newItem<EventObject>(m_access, store::ItemKind::kEvent));
+    return faceOf<EventFace>(kit().eventWithEventStore(store()), m_surroundings);
   }
   std::shared_ptr<CalTask> task() override {
-    return std::make_shared<CalTaskObject>(m_access, newItem<ReminderObject>(m_access, store::ItemKind::kReminder));
+    return faceOf<TaskFace>(kit().reminderWithEventStore(store()), m_surroundings);
   }
-  std::shared_ptr<CalAlarm> alarm() override {
-    return std::make_shared<CalAlarmObject>(std::make_shared<AlarmObject>(store::Alarm(), store::now()), true);
-  }
+  std::shared_ptr<CalAlarm> alarm() override { return faceOf<AlarmFace>(kit().alarmWithRelativeOffset(0), true); }
 
   End recurrenceEndWithEndDate(Date date) override {
-    return std::make_shared<CalRecurrenceEndObject>(std::make_shared<RecurrenceEndObject>(date));
+    return faceOf<RecurrenceEndFace>(kit().recurrenceEndWithEndDate(date));
   }
   End recurrenceEndWithOccurrenceCount(int count) override {
-    if (count < 1) return nullptr;
-    return std::make_shared<CalRecurrenceEndObject>(std::make_shared<RecurrenceEndObject>(count));
+    return count < 1 ? nullptr : faceOf<RecurrenceEndFace>(kit().recurrenceEndWithOccurrenceCount(count));
   }
 
   Rule initDailyRecurrenceWithInterval(int interval, const End& end) override {
@@ -62,8 +53,10 @@ class LinuxCalendarStoreFramework final : public CalendarStoreFramework {
     auto asked = parts(EKRecurrenceFrequency::kWeekly, interval, end);
     asked.daysOfTheWeek.emplace();
     for (const long day : days) {
-      if (day < 1 || day > 7) return nullptr;
-      asked.daysOfTheWeek->push_back(std::make_shared<DayOfWeekObject>(day, 0));
+      asked.daysOfTheWeek->push_back(kit().dayOfWeek(day, 0));
+      if (!asked.daysOfTheWeek->back()) {
+        return nullptr;
+      }
     }
     return days.empty() ? nullptr : made(asked);
   }
@@ -94,33 +87,43 @@ class LinuxCalendarStoreFramework final : public CalendarStoreFramework {
   }
 
  private:
+  EventKit& kit() { return m_surroundings.platform.eventKit(); }
+
+  const std::shared_ptr<EKEventStore>& store() {
+    if (!m_store) {
+      m_store = kit().eventStoreWithAccessToEntityTypes(EventKit::kMaskEvent | EventKit::kMaskReminder);
+    }
+    return m_store;
+  }
+
   static EKRecurrenceRuleParts parts(EKRecurrenceFrequency frequency, int interval, const End& end) {
     EKRecurrenceRuleParts parts;
     parts.frequency = frequency;
     parts.interval = interval;
-    if (const auto ours = std::dynamic_pointer_cast<CalRecurrenceEndObject>(end)) parts.end = ours->end();
+    parts.end = behind<RecurrenceEndFace>(end);
     return parts;
   }
 
-  Rule made(const EKRecurrenceRuleParts& parts) const {
-    auto rule = makeRecurrenceRule(parts, m_access->viewer()).rule;
-    return rule ? std::make_shared<CalRecurrenceRuleObject>(std::move(rule)) : nullptr;
+  Rule made(const EKRecurrenceRuleParts& parts) { return faceOf<RecurrenceRuleFace>(kit().recurrenceRule(parts).rule); }
+
+  Rule madeOnNthDay(EKRecurrenceRuleParts parts, int day, int week) {
+    if (week < kLastWeek || week == 0 || week > kWeeksOfAMonth) {
+      return nullptr;
+    }
+    const auto nthDay = kit().dayOfWeek(day, week);
+    parts.daysOfTheWeek = {nthDay};
+    return nthDay ? made(parts) : nullptr;
   }
 
-  Rule madeOnNthDay(EKRecurrenceRuleParts parts, int day, int week) const {
-    if (day < 1 || day > 7 || week < kLastWeek || week == 0 || week > kWeeksOfAMonth) return nullptr;
-    parts.daysOfTheWeek.emplace(1, std::make_shared<DayOfWeekObject>(day, week));
-    return made(parts);
-  }
-
-  std::shared_ptr<StoreAccess> m_access;
-  std::shared_ptr<CalCalendarStore> m_store;
+  Surroundings m_surroundings;
+  std::shared_ptr<EKEventStore> m_store;
+  std::shared_ptr<CalCalendarStore> m_face;
 };
 
 }  // namespace
 
-std::unique_ptr<CalendarStoreFramework> makeCalendarStoreFramework(std::shared_ptr<StoreAccess> access) {
-  return std::make_unique<LinuxCalendarStoreFramework>(std::move(access));
+std::unique_ptr<CalendarStoreFramework> makeCalendarStoreFramework(Platform& platform, Date (*now)()) {
+  return std::make_unique<CalendarStoreFrameworkFace>(platform, now);
 }
 
 }  // namespace orlocal

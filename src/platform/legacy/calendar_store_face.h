@@ -3,21 +3,21 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "platform/calendar_store.h"
-#include "platform/linux/eventkit_store.h"
-#include "platform/linux/store_access.h"
+#include "platform/eventkit.h"
+#include "platform/legacy/faces.h"
 
 namespace orlocal {
 
-class EventObject;
-
-/// The older platform's calendar store over ours: another face of the current platform's.
+/// The older platform's calendar store as a face of the current platform's.
 ///
 /// Calendars are the event calendars and then the reminder lists; a new one holds events.
-class CalendarStoreObject final : public CalCalendarStore {
+class CalendarStoreFace final : public CalCalendarStore {
  public:
-  explicit CalendarStoreObject(std::shared_ptr<StoreAccess> access) : m_access(access), m_store(std::move(access)) {}
+  CalendarStoreFace(std::shared_ptr<EKEventStore> store, Surroundings surroundings)
+      : m_store(std::move(store)), m_surroundings(surroundings) {}
 
   CalCalendarArray calendars() override;
   std::shared_ptr<CalCalendar> calendarWithUID(std::string_view uid) override;
@@ -36,6 +36,7 @@ class CalendarStoreObject final : public CalCalendarStore {
                                                                            const CalCalendarArray& calendars) override;
   std::shared_ptr<const CalEventArray> eventsWithPredicate(
       const std::shared_ptr<const CalPredicate>& predicate) override;
+  /// Turns the run loop until the store has answered.
   std::shared_ptr<const CalTaskArray> tasksWithPredicate(const std::shared_ptr<const CalPredicate>& predicate) override;
 
   bool saveCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) override;
@@ -46,10 +47,8 @@ class CalendarStoreObject final : public CalCalendarStore {
   bool removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) override;
 
  private:
-  std::shared_ptr<CalEvent> occurrenceOf(std::string_view uid, Date originalStart);
-
-  std::shared_ptr<StoreAccess> m_access;
-  EventStoreObject m_store;
+  std::shared_ptr<EKEventStore> m_store;
+  Surroundings m_surroundings;
 };
 
 }  // namespace orlocal
