@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/colour.h"
+#include "platform/color.h"
 #include "platform/date.h"
 #include "platform/text.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/colour.h"
+#include "platform/color.h"
 #include "platform/date.h"
 #include "platform/text.h"
 #include "platform/zone.h"

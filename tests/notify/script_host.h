@@ -10,8 +10,8 @@
 #include "fakes/fake_platform.h"
 #include "notify/calendar_change_listener.h"
 #include "notify/register_update_script.h"
-#include "platform/linux/notification_center_linux.h"
-#include "platform/linux/run_loop_linux.h"
+#include "platform/linux/notification_center.h"
+#include "platform/linux/run_loop.h"
 
 namespace orlocal::test {
 

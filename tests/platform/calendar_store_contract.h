@@ -131,7 +131,7 @@ TEST_P(CalendarStoreContract, ChangesOfACalendarStayInTheObjectUntilItIsSaved) {
   EXPECT_EQ(store()->calendarWithUID(*calendar->uid())->title(), "Renamed");
 }
 
-TEST_P(CalendarStoreContract, KeepsACalendarsColourWithComponentsAboveOne) {
+TEST_P(CalendarStoreContract, KeepsACalendarsColorWithComponentsAboveOne) {
   const auto calendar = subject->eventCalendar();
   calendar->setColor(Color::calibratedRgb(300 / 255.0, 0, 0.5));
   ASSERT_TRUE(store()->saveCalendar(calendar, error));

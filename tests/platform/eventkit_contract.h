@@ -202,7 +202,7 @@ TEST_P(EventKitContract, KeepsASavedCalendar) {
   EXPECT_EQ(store->calendarsForEntityType(EKEntityType::kEvent).size(), 2u);
 }
 
-TEST_P(EventKitContract, KeepsColourComponentsAboveOne) {
+TEST_P(EventKitContract, KeepsColorComponentsAboveOne) {
   const auto made = addCalendar("Bright");
   made->setColor(Color::calibratedRgb(300.0 / 255, 0, 0));
   ASSERT_TRUE(store->saveCalendar(made, true, error));

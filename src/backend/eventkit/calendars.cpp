@@ -1,4 +1,4 @@
-#include "backend/colours.h"
+#include "backend/colors.h"
 #include "backend/current_items.h"
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
@@ -37,7 +37,7 @@ constexpr CalendarGetter kCalendarGetters[] = {
     {"issubscribed", [](const EKCalendar& calendar) { return OptionalText(booleanText(calendar.isSubscribed())); }},
     {"allowsmodification",
      [](const EKCalendar& calendar) { return OptionalText(booleanText(calendar.allowsContentModifications())); }},
-    {"color", [](const EKCalendar& calendar) { return colourText(calendar.color()); }},
+    {"color", [](const EKCalendar& calendar) { return colorText(calendar.color()); }},
 };
 
 bool setNothing(EKCalendar&, const OptionalText&) { return true; }
@@ -47,10 +47,10 @@ bool setTitle(EKCalendar& calendar, const OptionalText& title) {
   return true;
 }
 
-bool setColour(EKCalendar& calendar, const OptionalText& numbers) {
-  const auto colour = colourFromNumbers(numbers);
-  if (colour) calendar.setColor(*colour);
-  return colour.has_value();
+bool setColor(EKCalendar& calendar, const OptionalText& numbers) {
+  const auto color = colorFromNumbers(numbers);
+  if (color) calendar.setColor(*color);
+  return color.has_value();
 }
 
 struct CalendarSetter {
@@ -62,7 +62,7 @@ struct CalendarSetter {
 constexpr CalendarSetter kCalendarSetters[] = {
     {"notes", setNothing},
     {"title", setTitle},
-    {"color", setColour},
+    {"color", setColor},
 };
 
 }  // namespace

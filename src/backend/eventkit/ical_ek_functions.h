@@ -7,7 +7,7 @@
 
 #include "backend/property_value.h"
 #include "platform/address_book.h"
-#include "platform/colour.h"
+#include "platform/color.h"
 #include "platform/eventkit.h"
 
 namespace orlocal {

@@ -1,6 +1,6 @@
 #include <mutex>
 
-#include "backend/colours.h"
+#include "backend/colors.h"
 #include "backend/current_items.h"
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keywords.h"
@@ -76,6 +76,6 @@ std::optional<EKCalendarArray> iCalEKFunctions::calendarArrayFromString(const Op
   return std::nullopt;
 }
 
-std::optional<Color> iCalEKFunctions::colorFromString(const OptionalText& name) { return colourNamed(name); }
+std::optional<Color> iCalEKFunctions::colorFromString(const OptionalText& name) { return colorNamed(name); }
 
 }  // namespace orlocal

@@ -1,4 +1,4 @@
-#include "backend/colours.h"
+#include "backend/colors.h"
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
 #include "backend/legacy/attributes.h"
@@ -15,7 +15,7 @@ constexpr Attribute<CalCalendar> kAttributes[] = {
     {"type", [](const CalCalendar& calendar) { return calendar.type(); }},
     {"uid", [](const CalCalendar& calendar) { return calendar.uid(); }},
     {"iseditable", [](const CalCalendar& calendar) { return OptionalText(booleanText(calendar.isEditable())); }},
-    {"color", [](const CalCalendar& calendar) { return colourText(calendar.color()); }},
+    {"color", [](const CalCalendar& calendar) { return colorText(calendar.color()); }},
 };
 
 /// The first of `calendars` with that title. One without a title never matches, not even an absent title.
@@ -75,7 +75,7 @@ std::int32_t iCalFunctions::setCalendarProp(const OptionalText& property, const 
   } else if (name == "title") {
     m_calendar->setTitle(textOf(value));
   } else if (name == "color") {
-    const auto color = colourFromNumbers(textOf(value));
+    const auto color = colorFromNumbers(textOf(value));
     if (!color) return failWith(kInvalidParameterValue);
     m_calendar->setColor(*color);
   } else {

@@ -7,7 +7,7 @@
 
 #include "backend/property_value.h"
 #include "platform/calendar_store.h"
-#include "platform/colour.h"
+#include "platform/color.h"
 #include "platform/eventkit_items.h"
 
 namespace orlocal {

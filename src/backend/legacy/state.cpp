@@ -1,7 +1,7 @@
 #include <mutex>
 #include <utility>
 
-#include "backend/colours.h"
+#include "backend/colors.h"
 #include "backend/error_codes.h"
 #include "backend/legacy/ical_functions.h"
 #include "platform/bundle_strings.h"
@@ -59,7 +59,7 @@ OptionalText iCalFunctions::getLastErrorString() const { return lastErrorString;
 
 OptionalText iCalFunctions::getCalendars() { return std::nullopt; }
 
-std::optional<Color> iCalFunctions::colorFromString(const OptionalText& name) { return colourNamed(name); }
+std::optional<Color> iCalFunctions::colorFromString(const OptionalText& name) { return colorNamed(name); }
 
 std::shared_ptr<CalCalendarStore> iCalFunctions::store() { return platform().calendarStore().defaultCalendarStore(); }
 

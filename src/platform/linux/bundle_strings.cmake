@@ -6,7 +6,7 @@ file(READ ${ORLOCAL_ENGLISH_STRINGS_FILE} ORLOCAL_ENGLISH_STRINGS)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/builtin_strings.cpp.in ${PROJECT_BINARY_DIR}/generated/builtin_strings.cpp @ONLY)
 target_sources(
   orlocal_platform_linux
-  PRIVATE ${CMAKE_CURRENT_LIST_DIR}/bundle_strings_linux.cpp ${CMAKE_CURRENT_LIST_DIR}/strings_table.cpp
+  PRIVATE ${CMAKE_CURRENT_LIST_DIR}/bundle_strings.cpp ${CMAKE_CURRENT_LIST_DIR}/strings_table.cpp
           ${PROJECT_BINARY_DIR}/generated/builtin_strings.cpp)
 target_link_libraries(orlocal_platform_linux PUBLIC ${CMAKE_DL_LIBS})
 

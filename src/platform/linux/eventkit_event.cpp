@@ -4,7 +4,7 @@
 
 #include "platform/linux/eventkit_participant.h"
 #include "platform/linux/eventkit_recurrence.h"
-#include "platform/linux/zone_linux.h"
+#include "platform/linux/zone.h"
 
 namespace orlocal {
 namespace {

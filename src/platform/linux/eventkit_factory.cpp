@@ -8,7 +8,7 @@
 #include "platform/linux/eventkit_recurrence.h"
 #include "platform/linux/eventkit_reminder.h"
 #include "platform/linux/eventkit_store.h"
-#include "platform/linux/platform_linux.h"
+#include "platform/linux/platform.h"
 #include "store/time/zone.h"
 
 namespace orlocal {
@@ -61,9 +61,7 @@ class LinuxEventKit final : public EventKit {
   }
 
   std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day, long weekNumber) override {
-    if (day < 1 || day > kDaysOfAWeek || std::abs(weekNumber) > kMostWeeks) {
-      return nullptr;
-    }
+    if (day < 1 || day > kDaysOfAWeek || std::abs(weekNumber) > kMostWeeks) { return nullptr; }
     return std::make_shared<DayOfWeekObject>(day, weekNumber);
   }
 

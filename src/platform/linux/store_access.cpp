@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/linux/zone_linux.h"
+#include "platform/linux/zone.h"
 #include "store/location.h"
 
 namespace orlocal {

@@ -149,7 +149,7 @@ TEST_F(Calendars, AcceptNotesAndKeepNone) {
   expectNone(get("notes"));
 }
 
-TEST_F(Calendars, TakeAColourOfThreeNumbers) {
+TEST_F(Calendars, TakeAColorOfThreeNumbers) {
   const auto calendar = openNewCalendar();
   expectDone(backend.setCalendarProp("COLOR", std::string("255 128 0")));
   EXPECT_EQ(calendar->m_color, Color::calibratedRgb(1, 128.0 / 255, 0, 1));
@@ -157,7 +157,7 @@ TEST_F(Calendars, TakeAColourOfThreeNumbers) {
   EXPECT_EQ(calendar->m_color, Color::calibratedRgb(300.0 / 255, 0, 0));
 }
 
-TEST_F(Calendars, RefuseABadColourAndKeepTheirOwn) {
+TEST_F(Calendars, RefuseABadColorAndKeepTheirOwn) {
   const auto calendar = openNewCalendar();
   calendar->m_color = Color::calibratedRgb(0, 1, 0);
   for (const char* value : {"255 128", "-1 0 0", "1 2 3 4", "red", "65026 0 0"}) {
@@ -223,7 +223,7 @@ TEST_F(Calendars, SayWhatTheyAllow) {
   expectText(get("allowsmodification"), "False");
 }
 
-TEST_F(Calendars, ReadTheirColour) {
+TEST_F(Calendars, ReadTheirColor) {
   const auto calendar = openNewCalendar();
   calendar->m_color = Color::calibratedRgb(1, 128.0 / 255, 0);
   expectText(get("color"), "255 128 0");
@@ -231,7 +231,7 @@ TEST_F(Calendars, ReadTheirColour) {
   expectText(get("color"), "255 255 255");
 }
 
-TEST_F(Calendars, ReadNoColourThatCannotBeConverted) {
+TEST_F(Calendars, ReadNoColorThatCannotBeConverted) {
   const auto calendar = openNewCalendar();
   expectNone(get("color"));
   calendar->m_color.emplace().space = Color::Space::kPattern;

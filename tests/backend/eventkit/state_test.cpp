@@ -138,7 +138,7 @@ TEST_F(State, GivesNoCalendarsOfAnotherKindAndNoCode) {
   EXPECT_EQ(takeCode(), 0);
 }
 
-TEST_F(State, KnowsColoursByName) {
+TEST_F(State, KnowsColorsByName) {
   EXPECT_EQ(iCalEKFunctions::colorFromString("DarkGray"), Color::calibratedWhite(1.0 / 3));
   EXPECT_EQ(iCalEKFunctions::colorFromString("grey"), std::nullopt);
 }

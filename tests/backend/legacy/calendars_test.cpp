@@ -127,7 +127,7 @@ TEST_F(LegacyCalendars, SettingWithoutAPropertyOrAnUnknownOneGives9005) {
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.setCalendarProp("uid", std::string("x")), -1); }), 9005);
 }
 
-TEST_F(LegacyCalendars, AColourIsThreeNumbersUpTo255) {
+TEST_F(LegacyCalendars, AColorIsThreeNumbersUpTo255) {
   openWork();
   EXPECT_EQ(backend.setCalendarProp("color", std::string("255 128 0")), 0);
   EXPECT_EQ(backend.m_calendar->color(), Color::calibratedRgb(1, 128 / 255.0, 0));
@@ -142,7 +142,7 @@ TEST_F(LegacyCalendars, ComponentsUpTo65025AreAccepted) {
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.setCalendarProp("color", std::string("65026 0 0")), -1); }), -4);
 }
 
-TEST_F(LegacyCalendars, OtherColoursGiveMinus4) {
+TEST_F(LegacyCalendars, OtherColorsGiveMinus4) {
   openWork();
   for (const char* text : {"-1 0 0", "255 128", "1 2 3 4", "1  2 3", ""}) {
     EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.setCalendarProp("color", std::string(text)), -1); }), -4) << text;
@@ -166,7 +166,7 @@ TEST_F(LegacyCalendars, ACalendarThatAllowsNoChangesIsNotEditable) {
   EXPECT_EQ(calendarAttribute("IsEditable"), "False");
 }
 
-TEST_F(LegacyCalendars, AColourWithoutComponentsReadsAsNothing) {
+TEST_F(LegacyCalendars, AColorWithoutComponentsReadsAsNothing) {
   store->m_calendars[0]->m_color = Color{.space = Color::Space::kPattern};
   openWork();
   EXPECT_EQ(calendarAttribute("color"), std::nullopt);

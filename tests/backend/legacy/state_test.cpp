@@ -88,36 +88,36 @@ TEST_F(LegacyState, TheLastErrorStringStaysUntilItIsReset) {
 
 TEST_F(LegacyState, GetCalendarsGivesNothing) { EXPECT_EQ(backend.getCalendars(), std::nullopt); }
 
-struct NamedColourRow {
+struct NamedColorRow {
   const char* name;
-  Color colour;
+  Color color;
 };
 
-class LegacyColours : public testing::TestWithParam<NamedColourRow> {};
+class LegacyColors : public testing::TestWithParam<NamedColorRow> {};
 
-TEST_P(LegacyColours, AColourIsFoundByItsName) {
-  EXPECT_EQ(iCalFunctions::colorFromString(GetParam().name), GetParam().colour);
+TEST_P(LegacyColors, AColorIsFoundByItsName) {
+  EXPECT_EQ(iCalFunctions::colorFromString(GetParam().name), GetParam().color);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, LegacyColours,
-                         testing::Values(NamedColourRow{"black", Color::calibratedWhite(0)},
-                                         NamedColourRow{"blue", Color::calibratedRgb(0, 0, 1)},
-                                         NamedColourRow{"brown", Color::calibratedRgb(0.6, 0.4, 0.2)},
-                                         NamedColourRow{"clear", Color::calibratedWhite(0, 0)},
-                                         NamedColourRow{"cyan", Color::calibratedRgb(0, 1, 1)},
-                                         NamedColourRow{"darkgray", Color::calibratedWhite(1.0 / 3)},
-                                         NamedColourRow{"DarkGray", Color::calibratedWhite(1.0 / 3)},
-                                         NamedColourRow{"gray", Color::calibratedWhite(0.5)},
-                                         NamedColourRow{"green", Color::calibratedRgb(0, 1, 0)},
-                                         NamedColourRow{"lightgray", Color::calibratedWhite(2.0 / 3)},
-                                         NamedColourRow{"magenta", Color::calibratedRgb(1, 0, 1)},
-                                         NamedColourRow{"orange", Color::calibratedRgb(1, 0.5, 0)},
-                                         NamedColourRow{"purple", Color::calibratedRgb(0.5, 0, 0.5)},
-                                         NamedColourRow{"red", Color::calibratedRgb(1, 0, 0)},
-                                         NamedColourRow{"white", Color::calibratedWhite(1)},
-                                         NamedColourRow{"yellow", Color::calibratedRgb(1, 1, 0)}));
+INSTANTIATE_TEST_SUITE_P(Table, LegacyColors,
+                         testing::Values(NamedColorRow{"black", Color::calibratedWhite(0)},
+                                         NamedColorRow{"blue", Color::calibratedRgb(0, 0, 1)},
+                                         NamedColorRow{"brown", Color::calibratedRgb(0.6, 0.4, 0.2)},
+                                         NamedColorRow{"clear", Color::calibratedWhite(0, 0)},
+                                         NamedColorRow{"cyan", Color::calibratedRgb(0, 1, 1)},
+                                         NamedColorRow{"darkgray", Color::calibratedWhite(1.0 / 3)},
+                                         NamedColorRow{"DarkGray", Color::calibratedWhite(1.0 / 3)},
+                                         NamedColorRow{"gray", Color::calibratedWhite(0.5)},
+                                         NamedColorRow{"green", Color::calibratedRgb(0, 1, 0)},
+                                         NamedColorRow{"lightgray", Color::calibratedWhite(2.0 / 3)},
+                                         NamedColorRow{"magenta", Color::calibratedRgb(1, 0, 1)},
+                                         NamedColorRow{"orange", Color::calibratedRgb(1, 0.5, 0)},
+                                         NamedColorRow{"purple", Color::calibratedRgb(0.5, 0, 0.5)},
+                                         NamedColorRow{"red", Color::calibratedRgb(1, 0, 0)},
+                                         NamedColorRow{"white", Color::calibratedWhite(1)},
+                                         NamedColorRow{"yellow", Color::calibratedRgb(1, 1, 0)}));
 
-TEST_F(LegacyState, OtherColourNamesGiveNothing) {
+TEST_F(LegacyState, OtherColorNamesGiveNothing) {
   EXPECT_EQ(iCalFunctions::colorFromString("grey"), std::nullopt);
   EXPECT_EQ(iCalFunctions::colorFromString(std::nullopt), std::nullopt);
 }

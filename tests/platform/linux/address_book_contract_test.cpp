@@ -5,6 +5,7 @@
 
 #include "platform/platform.h"
 #include "store/calendar_store.h"
+#include "store/edits/item_writer.h"
 
 namespace orlocal::contract {
 namespace {

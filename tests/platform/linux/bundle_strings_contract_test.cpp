@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/linux/bundle_strings_linux.h"
+#include "platform/linux/bundle_strings.h"
 
 namespace orlocal::contract {
 namespace {

@@ -415,7 +415,7 @@ TEST_F(AlarmLines, ANewAddressLeavesTheOthersAndTheAttachments) {
             "DESCRIPTION:d\nSUMMARY:s\n");
 }
 
-TEST_F(EventKitDetails, APatternIsNoColour) {
+TEST_F(EventKitDetails, APatternIsNoColor) {
   const auto calendar = eventCalendars()[0];
   calendar->setColor(Color::calibratedRgb(1, 0.5, 0));
   Color pattern;

@@ -1,7 +1,7 @@
 #include "platform/run_loop_contract.h"
 
 #include "fakes/no_descriptor_left.h"
-#include "platform/linux/run_loop_linux.h"
+#include "platform/linux/run_loop.h"
 
 namespace orlocal::contract {
 namespace {
@@ -14,9 +14,7 @@ class LinuxRunLoopSubject final : public RunLoopSubject {
   }
   bool withoutWaysToWake(const std::function<void(RunLoop&)>& work,
                          const std::function<void(RunLoop&)>& afterwards) override {
-    if (fakes::kSanitizersNeedDescriptors) {
-      return false;
-    }
+    if (fakes::kSanitizersNeedDescriptors) { return false; }
     // The loop of a new thread has not got its way to be woken yet.
     std::thread([&] {
       {

@@ -519,7 +519,7 @@ TEST_F(TwoWritersOfReminders, RefuseOneThatWasRemoved) {
   EXPECT_THAT(mine.refusal(opened), HasSubstr("no longer"));
 }
 
-TEST_F(TwoWriters, OfACalendarKeepItsTitleAndItsColour) {
+TEST_F(TwoWriters, OfACalendarKeepItsTitleAndItsColor) {
   const auto opened = mine.store->defaultCalendarForNewEvents();
   const auto elsewhere = other.store->defaultCalendarForNewEvents();
   elsewhere->setColor(Color::calibratedRgb(1, 0, 0));

@@ -1,6 +1,6 @@
 #include "platform/zone_contract.h"
 
-#include "platform/linux/zone_linux.h"
+#include "platform/linux/zone.h"
 
 namespace orlocal::contract {
 namespace {

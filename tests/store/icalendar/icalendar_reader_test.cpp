@@ -235,7 +235,7 @@ TEST(Files, ThatAreNotUtf8AreReadAsWindows1252WithAWarning) {
   EXPECT_EQ(messages(read.warnings), "5: the text is not UTF-8 and was read as Windows-1252\n");
 }
 
-TEST(Heads, SayNameColourAndMethod) {
+TEST(Heads, SayNameColorAndMethod) {
   const Read read = readAll(
       "BEGIN:VCALENDAR\nMETHOD:PUBLISH\nNAME:Other\nX-WR-CALNAME:Work\\, "
       "home\nCOLOR:teal\nX-APPLE-CALENDAR-COLOR:#FF8000FF\nEND:VCALENDAR\n");

@@ -1,7 +1,7 @@
+#include "platform/text.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "platform/text.h"
 
 namespace orlocal {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/run_loop_linux.h"
+#include "platform/linux/run_loop.h"
 
 #include <algorithm>
 #include <array>

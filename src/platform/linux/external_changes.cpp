@@ -1,4 +1,4 @@
-#include "platform/linux/external_changes_linux.h"
+#include "platform/linux/external_changes.h"
 
 #include <cstdint>
 #include <deque>
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/exception.h"
-#include "platform/linux/run_loop_linux.h"
+#include "platform/linux/run_loop.h"
 #include "platform/linux/store_access.h"
 #include "platform/notification_center.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/zone_linux.h"
+#include "platform/linux/zone.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "platform/linux/bundle_strings_linux.h"
+#include "platform/linux/bundle_strings.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,8 @@
+#include "platform/address_book.h"
+
 #include <utility>
 
-#include "platform/address_book.h"
-#include "platform/linux/platform_linux.h"
+#include "platform/linux/platform.h"
 #include "platform/linux/store_access.h"
 
 namespace orlocal {

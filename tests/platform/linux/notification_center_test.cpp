@@ -1,4 +1,4 @@
-#include "platform/linux/notification_center_linux.h"
+#include "platform/linux/notification_center.h"
 
 #include <stdexcept>
 #include <thread>
@@ -92,9 +92,7 @@ TEST_F(Centre, CallsEverybodyAlthoughOneThrows) {
   try {
     center.post(named("changed"));
     ADD_FAILURE() << "the exception got lost";
-  } catch (const std::runtime_error& thrown) {
-    EXPECT_STREQ(thrown.what(), "first");
-  }
+  } catch (const std::runtime_error& thrown) { EXPECT_STREQ(thrown.what(), "first"); }
   EXPECT_THAT(called, ElementsAre("second"));
 }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/notification_center_linux.h"
+#include "platform/linux/notification_center.h"
 
 #include <exception>
 

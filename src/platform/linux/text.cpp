@@ -1,3 +1,5 @@
+#include "platform/text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -7,8 +9,6 @@
 #include <unicode/casemap.h>
 #include <unicode/stringpiece.h>
 #include <unicode/utypes.h>
-
-#include "platform/text.h"
 
 namespace orlocal {
 namespace {

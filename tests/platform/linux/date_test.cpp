@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "platform/date.h"
+
+#include <gtest/gtest.h>
 
 namespace orlocal {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/system_version_linux.h"
+#include "platform/linux/system_version.h"
 
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/external_changes_linux.h"
+#include "platform/linux/external_changes.h"
 
 #include <chrono>
 #include <fstream>
@@ -9,8 +9,8 @@
 #include <unistd.h>
 
 #include "fakes/no_descriptor_left.h"
-#include "platform/linux/notification_center_linux.h"
-#include "platform/linux/run_loop_linux.h"
+#include "platform/linux/notification_center.h"
+#include "platform/linux/run_loop.h"
 #include "platform/linux/store_access.h"
 #include "platform/linux/store_fixture.h"
 #include "store/edits/edited_items.h"
@@ -284,9 +284,7 @@ TEST_F(ExternalChangesOfAStore, ArePostedToAProcessThatMayOnlyReadAFileThatNobod
     if (::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(99);
     try {
       changes.listen();
-    } catch (const Exception&) {
-      ::_exit(2);
-    }
+    } catch (const Exception&) { ::_exit(2); }
     if (::write(ready[1], "x", 1) != 1) ::_exit(3);
     waitFor(1);
     ::_exit(posted.size() == 1 ? 0 : 1);

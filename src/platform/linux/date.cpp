@@ -1,9 +1,9 @@
+#include "platform/date.h"
+
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
-
-#include "platform/date.h"
 
 namespace orlocal {
 namespace {

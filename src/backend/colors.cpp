@@ -1,4 +1,4 @@
-#include "backend/colours.h"
+#include "backend/colors.h"
 
 #include <string_view>
 
@@ -8,12 +8,12 @@
 namespace orlocal {
 namespace {
 
-struct NamedColour {
+struct NamedColor {
   std::string_view word;
-  Color colour;
+  Color color;
 };
 
-constexpr NamedColour kColours[] = {
+constexpr NamedColor kColors[] = {
     {"black", Color::calibratedWhite(0)},           {"blue", Color::calibratedRgb(0, 0, 1)},
     {"brown", Color::calibratedRgb(0.6, 0.4, 0.2)}, {"clear", Color::calibratedWhite(0, 0)},
     {"cyan", Color::calibratedRgb(0, 1, 1)},        {"darkgray", Color::calibratedWhite(1.0 / 3)},
@@ -28,12 +28,12 @@ constexpr double kFull = 255;
 
 }  // namespace
 
-std::optional<Color> colourNamed(const OptionalText& name) {
-  const auto* row = name ? rowFor(kColours, lowercase(*name)) : nullptr;
-  return row ? std::optional(row->colour) : std::nullopt;
+std::optional<Color> colorNamed(const OptionalText& name) {
+  const auto* row = name ? rowFor(kColors, lowercase(*name)) : nullptr;
+  return row ? std::optional(row->color) : std::nullopt;
 }
 
-std::optional<Color> colourFromNumbers(const OptionalText& numbers) {
+std::optional<Color> colorFromNumbers(const OptionalText& numbers) {
   if (!numbers) return std::nullopt;
   const auto pieces = splitAtWhitespace(*numbers);
   if (pieces.size() != 3) return std::nullopt;
@@ -46,8 +46,8 @@ std::optional<Color> colourFromNumbers(const OptionalText& numbers) {
   return Color::calibratedRgb(parts[0], parts[1], parts[2]);
 }
 
-OptionalText colourText(const std::optional<Color>& colour) {
-  const auto rgb = colour ? colour->usingCalibratedRgb() : std::nullopt;
+OptionalText colorText(const std::optional<Color>& color) {
+  const auto rgb = color ? color->usingCalibratedRgb() : std::nullopt;
   if (!rgb) return std::nullopt;
   return fixedText(rgb->red * kFull, 0) + " " + fixedText(rgb->green * kFull, 0) + " " +
          fixedText(rgb->blue * kFull, 0);
