@@ -21,7 +21,7 @@ enum class ErrorCode {
   kNewerFormat,   ///< the file was written by a newer program
   kBudget,        ///< the answer would need more steps or occurrences than allowed
   kInterrupted,   ///< stopped on request; nothing was written
-  kIo,            ///< any other failure of the file or the system
+  kIo,            ///< any other failure of the file, the system or a plug-in
 };
 
 /// A failure: what kind it is, and a sentence that names the thing and the remedy.

@@ -284,10 +284,14 @@ class Session::Evaluator : public CallContext {
 
   Value on(const LibraryCall& call) {
     const std::vector<Value> arguments = evalAll(call.arguments);
-    if (m_interrupted) return stop();
-    tl::expected<Value, std::string> result = m_library.call(call.name, arguments);
-    if (result) return std::move(*result);
-    note(std::move(result.error()));
+    if (m_interrupted) {
+      return stop();
+    }
+    Result<Value> result = m_library.call(call.name, arguments);
+    if (result) {
+      return std::move(*result);
+    }
+    note(std::move(result.error().message));
     return Value::invalid();
   }
 

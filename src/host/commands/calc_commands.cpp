@@ -88,7 +88,7 @@ class Printer {
 ExitStatus printAll(CommandContext& context, const std::string& file, const std::vector<Calculation>& calculations) {
   const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
   if (!workbench) {
-    tellTrouble(context.streams.err, workbench.error());
+    tellTrouble(context.streams.err, workbench.error().message);
     return ExitStatus::kFailed;
   }
   return Printer(context, file).print(**workbench, calculations);

@@ -69,7 +69,7 @@ void greet(CommandContext& context, Workbench& workbench) {
 ExitStatus runConsole(CommandContext& context) {
   const auto opened = Workbench::open(context, Workbench::Need::kIfThere);
   if (!opened) {
-    tellTrouble(context.streams.err, opened.error());
+    tellTrouble(context.streams.err, opened.error().message);
     return ExitStatus::kFailed;
   }
   Workbench& workbench = **opened;

@@ -110,7 +110,7 @@ bool listSteps(CommandContext& context) {
   for (const auto& step : Registry::instance().steps()) {
     const auto parameters = readStepDefinition(toUtf8(step->definition));
     if (!parameters) {
-      tellTrouble(context.streams.err, toUtf8(step->name) + ": " + parameters.error());
+      tellTrouble(context.streams.err, toUtf8(step->name) + ": " + parameters.error().message);
       readable = false;
       continue;
     }
@@ -134,7 +134,7 @@ template <class List>
 ExitStatus withPlugin(CommandContext& context, List list) {
   const auto workbench = Workbench::open(context, Workbench::Need::kPlugin);
   if (!workbench) {
-    tellTrouble(context.streams.err, workbench.error());
+    tellTrouble(context.streams.err, workbench.error().message);
     return ExitStatus::kFailed;
   }
   return list() ? ExitStatus::kDone : ExitStatus::kFailed;

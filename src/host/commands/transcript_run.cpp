@@ -81,7 +81,9 @@ class Work {
     }
     CommandContext context{m_options, m_context.streams, m_context.programFile};
     const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
-    if (!workbench) return workbench.error();
+    if (!workbench) {
+      return workbench.error().message;
+    }
     for (const Example& example : m_transcript.examples) {
       auto printed = perform(example, **workbench);
       addScriptStarts(example, **workbench, printed);
@@ -105,7 +107,7 @@ class Work {
   static std::vector<std::string> registerScript(const Example& example, Workbench& workbench) {
     if (workbench.plugin() == nullptr) return {"! there is no plug-in to register with"};
     const auto done = registerUpdateScript(*workbench.plugin(), example.words.at(0), example.words.at(1));
-    return done ? std::vector<std::string>() : std::vector<std::string>{"! " + done.error()};
+    return done ? std::vector<std::string>() : std::vector<std::string>{"! " + done.error().message};
   }
 
   /// The process gets the settings of this one, through the environment and the global options.
@@ -130,7 +132,9 @@ class Work {
     std::size_t started = 0;
     for (;;) {
       if (Plugin* plugin = workbench.plugin()) {
-        if (const auto idle = plugin->idle(); !idle) printed.push_back("! " + idle.error());
+        if (const auto idle = plugin->idle(); !idle) {
+          printed.push_back("! " + idle.error().message);
+        }
       }
       for (const ScriptStart& start : Registry::instance().takeScriptStarts()) {
         const std::string parameter = start.parameter ? start.parameter->utf8() : std::string();

@@ -78,11 +78,13 @@ class ScriptWatch {
     const auto store = openUserStore();
     const auto signal = orFail(store->listen());
     const auto workbench = Workbench::open(m_context, Workbench::Need::kPlugin);
-    if (!workbench) throw CommandFailure(workbench.error());
+    if (!workbench) {
+      throw CommandFailure(workbench.error().message);
+    }
     Plugin& plugin = *(*workbench)->plugin();
     Registry::instance().setScriptHook([this](const ScriptStart& start) { return runScript(start); });
     if (const auto registered = registerUpdateScript(plugin, m_words.file, m_words.script); !registered) {
-      throw CommandFailure(registered.error());
+      throw CommandFailure(registered.error().message);
     }
     m_context.streams.err << "orlocal: watching the calendars for " << printable(m_words.script) << "; Ctrl-C ends it\n"
                           << std::flush;
@@ -95,7 +97,9 @@ class ScriptWatch {
     // The bell rings after the commit, and the plug-in looks for commits whenever it gets idle time.
     do {
       slow.tell(signal, m_context.streams.err);
-      if (const auto idle = plugin.idle(); !idle) tellTrouble(m_context.streams.err, idle.error());
+      if (const auto idle = plugin.idle(); !idle) {
+        tellTrouble(m_context.streams.err, idle.error().message);
+      }
     } while (waitForChange(signal) != Woken::kByInterruption);
     return ExitStatus::kDone;
   }

@@ -16,7 +16,7 @@ namespace orlocal::host::calc {
 /// Functions that a test makes up.
 class FakeLibrary : public FunctionLibrary {
  public:
-  using Body = std::function<tl::expected<Value, std::string>(std::span<const Value>)>;
+  using Body = std::function<Result<Value>(std::span<const Value>)>;
 
   void add(Signature signature, Body body) { m_functions.emplace_back(std::move(signature), std::move(body)); }
 
@@ -26,11 +26,11 @@ class FakeLibrary : public FunctionLibrary {
     return result;
   }
 
-  tl::expected<Value, std::string> call(std::string_view name, std::span<const Value> arguments) override {
+  Result<Value> call(std::string_view name, std::span<const Value> arguments) override {
     for (const auto& [signature, body] : m_functions) {
       if (signature.name == name) return body(arguments);
     }
-    return tl::unexpected<std::string>("no such function");
+    return failure(ErrorCode::kNotFound, "no such function");
   }
 
  private:
