@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <string>
 
+#include "host/calc/calc_failure.h"
 #include "host/calc/session.h"
 #include "temporary_folder.h"
 

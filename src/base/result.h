@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -28,6 +30,8 @@ enum class ErrorCode {
 struct Failure {
   ErrorCode code = ErrorCode::kIo;
   std::string message;
+  /// Where it is in a text that was read: in a calculation the byte, from 0; in a transcript the line, from 1.
+  std::optional<std::size_t> place = std::nullopt;
 };
 
 template <class T>

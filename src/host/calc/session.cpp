@@ -8,9 +8,12 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "host/calc/arguments.h"
 #include "host/calc/ast.h"
 #include "host/calc/builtins.h"
+#include "host/calc/calc_failure.h"
+#include "host/calc/nesting_level.h"
 #include "host/calc/operators.h"
 #include "host/calc/parser.h"
 #include "host/calc/stack_room.h"
@@ -77,23 +80,22 @@ class Session::Evaluator : public CallContext {
  public:
   Evaluator(FunctionLibrary& library, Limits limits) : m_library(library), m_limits(limits) {}
 
-  CalcResult<Outcome> run(std::string_view source) {
-    CalcResult<NodePtr> program = parse(source, m_library);
-    if (!program) return tl::unexpected(program.error());
+  Result<Outcome> run(std::string_view source) {
+    ORLOCAL_TRY(const NodePtr program, parse(source, m_library));
     // A plug-in may evaluate while one of its functions runs: that calculation has its own failures and names.
     std::vector<std::string> failures = std::exchange(m_failures, {});
     Locals locals = std::exchange(m_locals, {});
     if (m_depth == 0) m_interrupted = false;
     Outcome outcome;
-    outcome.value = eval(**program);
+    outcome.value = eval(*program);
     outcome.failures = std::exchange(m_failures, std::move(failures));
     m_locals = std::move(locals);
     return outcome;
   }
 
-  std::optional<CalcError> check(std::string_view source) const {
-    const CalcResult<NodePtr> program = parse(source, m_library);
-    return program ? std::nullopt : std::optional(program.error());
+  Status check(std::string_view source) const {
+    ORLOCAL_CHECK(parse(source, m_library));
+    return {};
   }
 
   void interrupt() noexcept { m_interrupted = true; }
@@ -105,7 +107,7 @@ class Session::Evaluator : public CallContext {
   }
 
   Value evaluate(std::string_view source) override {
-    const CalcResult<NodePtr> program = parse(source, m_library);
+    const Result<NodePtr> program = parse(source, m_library);
     if (!program) {
       note(describe(source, program.error()));
       return Value::invalid();
@@ -141,21 +143,9 @@ class Session::Evaluator : public CallContext {
           "(ulimit -s)");
       return Value::invalid();
     }
-    const Depth depth(m_depth);
+    const NestingLevel level(m_depth);
     return std::visit([this](const auto& content) { return on(content); }, node.content);
   }
-
-  /// One call deeper for as long as it lives.
-  class Depth {
-   public:
-    explicit Depth(int& depth) : m_depth(depth) { ++m_depth; }
-    ~Depth() { --m_depth; }
-    Depth(const Depth&) = delete;
-    Depth& operator=(const Depth&) = delete;
-
-   private:
-    int& m_depth;
-  };
 
   /// Every level of an interrupted calculation ends with this; the reason is given once.
   Value stop() {
@@ -370,8 +360,8 @@ class Session::Evaluator : public CallContext {
 Session::Session(FunctionLibrary& library, Limits limits) : m_evaluator(std::make_unique<Evaluator>(library, limits)) {}
 Session::~Session() = default;
 
-CalcResult<Outcome> Session::evaluate(std::string_view source) { return m_evaluator->run(source); }
-std::optional<CalcError> Session::check(std::string_view source) const { return m_evaluator->check(source); }
+Result<Outcome> Session::evaluate(std::string_view source) { return m_evaluator->run(source); }
+Status Session::check(std::string_view source) const { return m_evaluator->check(source); }
 void Session::interrupt() noexcept { m_evaluator->interrupt(); }
 std::vector<std::string> Session::variableNames() const { return m_evaluator->variableNames(); }
 

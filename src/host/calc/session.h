@@ -2,12 +2,11 @@
 
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "host/calc/calc_error.h"
+#include "base/result.h"
 #include "host/calc/function_library.h"
 #include "host/fmwrapper/value.h"
 
@@ -35,11 +34,11 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  /// The source is UTF-8. An error means that the calculation could not be read and that nothing of it was done.
-  CalcResult<Outcome> evaluate(std::string_view source);
+  /// The source is UTF-8. A failure means that the calculation could not be read and that nothing of it was done.
+  Result<Outcome> evaluate(std::string_view source);
 
-  /// What keeps the calculation from being read; nothing of it is done.
-  std::optional<CalcError> check(std::string_view source) const;
+  /// Fails when the calculation cannot be read; nothing of it is done.
+  Status check(std::string_view source) const;
 
   /// Ends the running calculation early with `?`. May be called from a signal handler and from any thread; without a
   /// running calculation it does nothing.

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/whole_input.h"
+#include "host/calc/calc_failure.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/calc_file.h"
@@ -31,10 +32,8 @@ class Printer {
   ExitStatus print(Workbench& workbench, const std::vector<Calculation>& calculations) {
     bool readable = true;
     for (const Calculation& calculation : calculations) {
-      if (const auto error = workbench.session().check(calculation.text)) {
-        m_context.streams.err << calc::harmlessLines(
-                                     calc::describe(calculation.text, *error, {m_file, calculation.line}))
-                              << '\n';
+      if (const Status read = workbench.session().check(calculation.text); !read) {
+        tell(calculation, read.error());
         readable = false;
       }
     }
@@ -45,9 +44,7 @@ class Printer {
       const auto outcome = workbench.evaluate(calculation.text);
       if (!outcome) {
         // What it calls was unregistered by a calculation before it.
-        m_context.streams.err << calc::harmlessLines(
-                                     calc::describe(calculation.text, outcome.error(), {m_file, calculation.line}))
-                              << '\n';
+        tell(calculation, outcome.error());
         return ExitStatus::kFailed;
       }
       failed = failed || !outcome->failures.empty();
@@ -67,6 +64,12 @@ class Printer {
   }
 
  private:
+  /// Says what keeps a calculation from being read.
+  void tell(const Calculation& calculation, const Failure& why) {
+    m_context.streams.err << calc::harmlessLines(calc::describe(calculation.text, why, {m_file, calculation.line}))
+                          << '\n';
+  }
+
   void show(const Value& value) {
     for (const std::string& line : calc::linesOf(value)) {
       m_context.streams.out << (m_context.streams.outIsTerminal ? calc::harmless(line) : line) << '\n';

@@ -24,7 +24,7 @@ bool isThere(const std::filesystem::path& file) {
 }
 
 fmx::ErrorCode evaluateFor(calc::Session& session, std::u16string_view expression, Value& result) {
-  calc::CalcResult<calc::Outcome> outcome = session.evaluate(toUtf8(expression));
+  Result<calc::Outcome> outcome = session.evaluate(toUtf8(expression));
   if (!outcome) return Registry::kRefused;
   result = std::move(outcome->value);
   return 0;
@@ -103,8 +103,8 @@ Workbench::Workbench(std::unique_ptr<Plugin> plugin) : m_plugin(std::move(plugin
 
 Workbench::~Workbench() { Registry::instance().setEvaluator(nullptr); }
 
-calc::CalcResult<calc::Outcome> Workbench::evaluate(std::string_view calculation) {
-  calc::CalcResult<calc::Outcome> outcome = m_session.evaluate(calculation);
+Result<calc::Outcome> Workbench::evaluate(std::string_view calculation) {
+  Result<calc::Outcome> outcome = m_session.evaluate(calculation);
   if (m_plugin) {
     if (const auto idle = m_plugin->idle(); !idle && outcome) {
       outcome->failures.push_back(idle.error().message);

@@ -50,7 +50,7 @@ class Workbench {
   Workbench& operator=(const Workbench&) = delete;
 
   /// Evaluates, then gives the plug-in its idle message.
-  calc::CalcResult<calc::Outcome> evaluate(std::string_view calculation);
+  Result<calc::Outcome> evaluate(std::string_view calculation);
 
   calc::Session& session() { return m_session; }
   const calc::FunctionLibrary& library() const { return m_functions; }

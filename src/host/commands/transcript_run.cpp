@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "host/calc/calc_failure.h"
 #include "host/calc/rendering.h"
 #include "host/commands/child_process.h"
 #include "host/commands/clock_setting.h"
@@ -205,7 +206,7 @@ class Work {
 
 }  // namespace
 
-std::vector<std::string> printedLines(const std::string& calculation, const calc::CalcResult<calc::Outcome>& outcome) {
+std::vector<std::string> printedLines(const std::string& calculation, const Result<calc::Outcome>& outcome) {
   if (!outcome) {
     const std::string described = calc::describe(calculation, outcome.error());
     return {"! " + described.substr(0, described.find('\n'))};

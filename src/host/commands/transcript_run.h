@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "host/calc/session.h"
 #include "host/commands/command.h"
 #include "host/commands/transcript.h"
@@ -21,7 +22,7 @@ struct Verdict {
 };
 
 /// What a calculation prints in a transcript: the lines of its result, or `! reason` for each failure.
-std::vector<std::string> printedLines(const std::string& calculation, const calc::CalcResult<calc::Outcome>& outcome);
+std::vector<std::string> printedLines(const std::string& calculation, const Result<calc::Outcome>& outcome);
 
 /// How a whole transcript came out.
 struct TranscriptReport {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/calc/calc_failure.h"
 #include "host/calc/session.h"
 #include "host/calc/text_tools.h"
 
@@ -41,7 +42,7 @@ class FakeLibrary : public FunctionLibrary {
 class CalcTest : public ::testing::Test {
  protected:
   Outcome outcome(std::string_view calculation) {
-    CalcResult<Outcome> result = session.evaluate(calculation);
+    Result<Outcome> result = session.evaluate(calculation);
     if (result) return std::move(*result);
     ADD_FAILURE() << describe(calculation, result.error());
     return {};
@@ -57,7 +58,7 @@ class CalcTest : public ::testing::Test {
 
   /// The message of a calculation that cannot be read, with its place in front.
   std::string errorOf(std::string_view calculation) {
-    const CalcResult<Outcome> result = session.evaluate(calculation);
+    const Result<Outcome> result = session.evaluate(calculation);
     if (result) return "no error";
     const std::string described = describe(calculation, result.error());
     return described.substr(0, described.find('\n'));

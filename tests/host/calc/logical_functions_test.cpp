@@ -91,7 +91,7 @@ TEST_F(LogicalFunctionsTest, ForgetsFailuresWithTheNextCalculation) {
 
 TEST_F(LogicalFunctionsTest, KeepsACalculationWithinACalculationApart) {
   library.add({"Orlo_Inner", "Orlo_Inner", "", 0, 0}, [this](auto) -> Result<Value> {
-    const CalcResult<Outcome> inner = session.evaluate("Let ( a = Orlo_Fail ; a & \"!\" )");
+    const Result<Outcome> inner = session.evaluate("Let ( a = Orlo_Fail ; a & \"!\" )");
     return inner->value;
   });
   const Outcome result = outcome("Let ( a = 1 ; Orlo_Inner & a )");
