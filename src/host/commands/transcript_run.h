@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/result.h"
-#include "host/calc/session.h"
+#include "host/calc/outcome.h"
 #include "host/commands/command.h"
 #include "host/commands/transcript.h"
 

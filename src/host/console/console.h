@@ -7,7 +7,7 @@
 
 #include "base/result.h"
 #include "host/calc/function_library.h"
-#include "host/calc/session.h"
+#include "host/calc/outcome.h"
 #include "host/console/line_source.h"
 
 namespace orlocal::host {

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/calc/session.h"
+
 namespace orlocal::host {
 namespace {
 
