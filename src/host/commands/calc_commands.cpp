@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
 #include "base/whole_input.h"
 #include "host/calc/calc_failure.h"
 #include "host/calc/rendering.h"
@@ -88,30 +89,25 @@ class Printer {
   std::string m_file;
 };
 
-ExitStatus printAll(CommandContext& context, const std::string& file, const std::vector<Calculation>& calculations) {
-  const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
-  if (!workbench) {
-    tellTrouble(context.streams.err, workbench.error().message);
-    return ExitStatus::kFailed;
-  }
-  return Printer(context, file).print(**workbench, calculations);
+Result<ExitStatus> printAll(CommandContext& context, const std::string& file,
+                            const std::vector<Calculation>& calculations) {
+  ORLOCAL_TRY(const auto workbench, Workbench::open(context, Workbench::Need::kIfThere));
+  return Printer(context, file).print(*workbench, calculations);
 }
 
-ExitStatus evaluateWords(CommandContext& context, const std::vector<std::string>& words) {
+Result<ExitStatus> evaluateWords(CommandContext& context, const std::vector<std::string>& words) {
   std::vector<Calculation> calculations;
-  for (const std::string& word : words) calculations.push_back({word, 1});
+  for (const std::string& word : words) {
+    calculations.push_back({word, 1});
+  }
   return printAll(context, "", calculations);
 }
 
-ExitStatus runFile(CommandContext& context, const std::string& file) {
+Result<ExitStatus> runFile(CommandContext& context, const std::string& file) {
   const bool standard = file == "-";
   const std::string name = standard ? "standard input" : file;
-  const auto text = standard ? readWhole(context.streams.in, name) : readWholeFile(file);
-  if (!text) {
-    tellTrouble(context.streams.err, text.error().message);
-    return ExitStatus::kFailed;
-  }
-  return printAll(context, name, readCalculations(*text));
+  ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(file));
+  return printAll(context, name, readCalculations(text));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "host/commands/calc_file.h"
 
 namespace orlocal::host {
@@ -16,15 +17,12 @@ constexpr std::string_view kAnything = "…";
 constexpr std::string_view kFence = "```";
 constexpr std::string_view kTranscriptFence = "```transcript";
 
-/// Unwinds the reading; never leaves this file.
-struct Refusal {
-  TranscriptError error;
-};
-
-[[noreturn]] void refuse(std::size_t line, std::string message) { throw Refusal{{line, std::move(message)}}; }
+Failed refused(std::size_t line, std::string message) {
+  return failure({.code = ErrorCode::kInvalid, .message = std::move(message), .place = line});
+}
 
 /// Words apart by blanks; quotes, double ones anywhere and single ones around a word, keep blanks in it.
-std::vector<std::string> wordsOf(std::string_view text, std::size_t line) {
+Result<std::vector<std::string>> wordsOf(std::string_view text, std::size_t line) {
   std::vector<std::string> words;
   bool inside = false;
   char quote = '\0';
@@ -45,7 +43,9 @@ std::vector<std::string> wordsOf(std::string_view text, std::size_t line) {
       words.back() += c;
     }
   }
-  if (quote != '\0') refuse(line, "a quote is not closed");
+  if (quote != '\0') {
+    return refused(line, "a quote is not closed");
+  }
   return words;
 }
 
@@ -66,14 +66,16 @@ class Reader {
  public:
   Reader(std::string_view text, bool markdown) : m_lines(splitLines(text)), m_markdown(markdown) {}
 
-  Transcript read() {
+  Result<Transcript> read() {
     m_inside = !m_markdown;
-    while (m_at < m_lines.size()) readLine();
+    while (m_at < m_lines.size()) {
+      ORLOCAL_CHECK(readLine());
+    }
     return std::move(m_transcript);
   }
 
  private:
-  void readLine() {
+  Status readLine() {
     const std::string_view line = m_lines[m_at];
     if (m_markdown && line.starts_with(kFence)) {
       m_inside = line.starts_with(kTranscriptFence);
@@ -88,15 +90,19 @@ class Reader {
       ++m_at;
     } else if (line.starts_with('@')) {
       m_expecting = false;
-      readDirective(wordsOf(line, m_at + 1));
+      ORLOCAL_TRY(std::vector<std::string> words, wordsOf(line, m_at + 1));
+      ORLOCAL_CHECK(readDirective(std::move(words)));
       ++m_at;
     } else if (m_expecting) {
       m_transcript.examples.back().expected.emplace_back(line);
       ++m_at;
     } else {
-      if (!isBlank(line)) refuse(m_at + 1, "this line belongs to no calculation; one begins with >");
+      if (!isBlank(line)) {
+        return refused(m_at + 1, "this line belongs to no calculation; one begins with >");
+      }
       ++m_at;
     }
+    return {};
   }
 
   void readExample() {
@@ -115,38 +121,55 @@ class Reader {
     m_expecting = true;
   }
 
-  void readDirective(const std::vector<std::string>& words) {
+  Status readDirective(std::vector<std::string> words) {
     const std::size_t line = m_at + 1;
     const std::string& name = words.front();
     if (name == "@register") {
-      if (words.size() != 3) refuse(line, "@register takes a file and a script");
-      return readStep(Example::Kind::kRegister, words);
+      if (words.size() != 3) {
+        return refused(line, "@register takes a file and a script");
+      }
+      readStep(Example::Kind::kRegister, std::move(words));
+      return {};
     }
     if (name == "@outside") {
-      if (words.size() < 2) refuse(line, "@outside needs a command");
-      return readStep(Example::Kind::kOutside, words);
+      if (words.size() < 2) {
+        return refused(line, "@outside needs a command");
+      }
+      readStep(Example::Kind::kOutside, std::move(words));
+      return {};
     }
-    if (!m_transcript.examples.empty()) refuse(line, "settings stand before the first calculation");
+    if (!m_transcript.examples.empty()) {
+      return refused(line, "settings stand before the first calculation");
+    }
     TranscriptSettings& settings = m_transcript.settings;
     if (name == "@import" || name == "@import-contacts") {
-      if (words.size() < 2) refuse(line, name + " needs a file");
+      if (words.size() < 2) {
+        return refused(line, name + " needs a file");
+      }
       settings.preparations.push_back({line, name.substr(1), {words.begin() + 1, words.end()}});
-      return;
+      return {};
     }
-    if (words.size() != 2) refuse(line, name + " takes one word");
+    if (words.size() != 2) {
+      return refused(line, name + " takes one word");
+    }
     if (name == "@host-version") {
-      settings.hostVersion = number(words[1], line);
-      return;
+      ORLOCAL_TRY(settings.hostVersion, number(words[1], line));
+      return {};
     }
     const auto* directive = std::ranges::find(kTextDirectives, name, &TextDirective::name);
-    if (directive == std::end(kTextDirectives)) refuse(line, fmt::format("{} is no setting", name));
+    if (directive == std::end(kTextDirectives)) {
+      return refused(line, fmt::format("{} is no setting", name));
+    }
     settings.*(directive->setting) = words[1];
+    return {};
   }
 
-  static int number(const std::string& word, std::size_t line) {
+  static Result<int> number(const std::string& word, std::size_t line) {
     int value = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error != std::errc{} || end != word.data() + word.size()) refuse(line, fmt::format("{} is no number", word));
+    if (error != std::errc{} || end != word.data() + word.size()) {
+      return refused(line, fmt::format("{} is no number", word));
+    }
     return value;
   }
 
@@ -182,13 +205,7 @@ std::vector<std::string> piecesOf(std::string_view expected) {
 
 }  // namespace
 
-tl::expected<Transcript, TranscriptError> parseTranscript(std::string_view text, bool markdown) {
-  try {
-    return Reader(text, markdown).read();
-  } catch (const Refusal& refusal) {
-    return tl::unexpected(refusal.error);
-  }
-}
+Result<Transcript> parseTranscript(std::string_view text, bool markdown) { return Reader(text, markdown).read(); }
 
 bool matchesLine(std::string_view expected, std::string_view printed) {
   const std::vector<std::string> pieces = piecesOf(expected);

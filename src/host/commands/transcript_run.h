@@ -31,8 +31,9 @@ struct TranscriptReport {
 };
 
 /// Runs a transcript in a process of its own: environment, plug-in and store are new for each, and a crash is a finding
-/// about that transcript alone. Nothing of it stays behind but what it did to a store that it named.
-TranscriptReport runTranscript(CommandContext& context, const std::filesystem::path& file,
-                               const Transcript& transcript);
+/// about that transcript alone. Fails when no process can be started. Nothing of it stays behind but what it did to a
+/// store that it named.
+Result<TranscriptReport> runTranscript(CommandContext& context, const std::filesystem::path& file,
+                                       const Transcript& transcript);
 
 }  // namespace orlocal::host

@@ -13,13 +13,14 @@ using ::testing::IsEmpty;
 Transcript transcriptOf(std::string_view text, bool markdown = false) {
   auto transcript = parseTranscript(text, markdown);
   if (transcript) return std::move(*transcript);
-  ADD_FAILURE() << transcript.error().line << ": " << transcript.error().message;
+  ADD_FAILURE() << transcript.error().place.value_or(0) << ": " << transcript.error().message;
   return {};
 }
 
 std::string errorOf(std::string_view text) {
   const auto transcript = parseTranscript(text, false);
-  return transcript ? "no error" : std::to_string(transcript.error().line) + ": " + transcript.error().message;
+  return transcript ? "no error"
+                    : std::to_string(transcript.error().place.value_or(0)) + ": " + transcript.error().message;
 }
 
 TEST(TranscriptTest, PairsCalculationsWithWhatTheyPrint) {
