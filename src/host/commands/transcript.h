@@ -80,10 +80,4 @@ struct Transcript {
 /// A failure's place is a line.
 Result<Transcript> parseTranscript(std::string_view text, bool markdown);
 
-/// True when the printed line is what the expected one stands for.
-bool matchesLine(std::string_view expected, std::string_view printed);
-
-/// Line by line, with blank lines at the end of what is expected left out.
-bool matchesLines(const std::vector<std::string>& expected, const std::vector<std::string>& printed);
-
 }  // namespace orlocal::host

@@ -17,6 +17,7 @@
 #include "host/calc/rendering.h"
 #include "host/commands/child_process.h"
 #include "host/commands/clock_setting.h"
+#include "host/commands/expected_lines.h"
 #include "host/commands/plugin_host.h"
 #include "host/fmwrapper/unicode.h"
 #include "host/plugin/update_script.h"
