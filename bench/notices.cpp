@@ -177,7 +177,7 @@ class Listener {
       return fmx::ErrorCode{0};
     });
     const auto registered = host::registerUpdateScript(*m_plugin, "Solution", "Calendar changed");
-    if (!registered) throw std::runtime_error(registered.error());
+    if (!registered) throw std::runtime_error(registered.error().message);
     m_signal = orThrow(store::ChangeSignal::listen(file));
     idle();
   }
@@ -210,7 +210,7 @@ class Listener {
 
  private:
   void idle() {
-    if (const auto done = m_plugin->idle(); !done) throw std::runtime_error(done.error());
+    if (const auto done = m_plugin->idle(); !done) throw std::runtime_error(done.error().message);
   }
 
   std::unique_ptr<host::Plugin> m_plugin;

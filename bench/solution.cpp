@@ -86,7 +86,7 @@ std::u16string Call::text() const {
 
 std::unique_ptr<host::Plugin> startPlugin(const std::filesystem::path& file) {
   auto plugin = host::Plugin::load(file);
-  if (!plugin) throw std::runtime_error(plugin.error());
+  if (!plugin) throw std::runtime_error(plugin.error().message);
   return std::move(*plugin);
 }
 

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <string>
 
+#include "host/calc/calc_failure.h"
 #include "host/calc/session.h"
 #include "temporary_folder.h"
 
@@ -14,8 +15,8 @@ using namespace orlocal::host;
 class NoFunctions : public calc::FunctionLibrary {
  public:
   std::vector<calc::Signature> signatures() const override { return {}; }
-  tl::expected<Value, std::string> call(std::string_view, std::span<const Value>) override {
-    return tl::unexpected<std::string>("there are none");
+  orlocal::Result<Value> call(std::string_view, std::span<const Value>) override {
+    return orlocal::failure(orlocal::ErrorCode::kNotFound, "there are none");
   }
 };
 

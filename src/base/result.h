@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -21,13 +23,15 @@ enum class ErrorCode {
   kNewerFormat,   ///< the file was written by a newer program
   kBudget,        ///< the answer would need more steps or occurrences than allowed
   kInterrupted,   ///< stopped on request; nothing was written
-  kIo,            ///< any other failure of the file or the system
+  kIo,            ///< any other failure of the file, the system or a plug-in
 };
 
 /// A failure: what kind it is, and a sentence that names the thing and the remedy.
 struct Failure {
   ErrorCode code = ErrorCode::kIo;
   std::string message;
+  /// Where it is in a text that was read: in a calculation the byte, from 0; in a transcript the line, from 1.
+  std::optional<std::size_t> place = std::nullopt;
 };
 
 template <class T>

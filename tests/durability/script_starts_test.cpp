@@ -136,7 +136,7 @@ class ListeningHost {
   ListeningHost(const std::filesystem::path& file, std::size_t starts) : m_starts(starts) {
     ::setenv("ORLOCAL_STORE", file.c_str(), 1);
     auto loaded = host::Plugin::load(ORLOCAL_PLUGIN);
-    if (!loaded) throw std::runtime_error(loaded.error());
+    if (!loaded) throw std::runtime_error(loaded.error().message);
     m_plugin = std::move(*loaded);
     host::Registry::instance().setScriptHook([this](const host::ScriptStart& start) {
       m_told.push_back(start.parameter->utf8());
@@ -144,7 +144,7 @@ class ListeningHost {
     });
     for (std::size_t i = 0; i < kSubscriptions; ++i) {
       const auto registered = host::registerUpdateScript(*m_plugin, "Solution", "Calendar changed");
-      if (!registered) throw std::runtime_error(registered.error());
+      if (!registered) throw std::runtime_error(registered.error().message);
     }
     m_signal = orThrow(store::ChangeSignal::listen(file));
   }
@@ -167,7 +167,7 @@ class ListeningHost {
 
  private:
   void idle() {
-    if (const auto done = m_plugin->idle(); !done) throw std::runtime_error(done.error());
+    if (const auto done = m_plugin->idle(); !done) throw std::runtime_error(done.error().message);
   }
 
   std::size_t m_starts;

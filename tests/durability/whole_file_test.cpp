@@ -38,7 +38,7 @@ class HostThatSaves : public testing::TestWithParam<const char*> {
     std::vector<Value> arguments;
     for (const char* text : texts) arguments.push_back(Value::ofUtf8(text));
     const auto result = callFunction(*function, arguments);
-    if (!result) throw std::runtime_error(result.error());
+    if (!result) throw std::runtime_error(result.error().message);
     return result->utf8();
   }
   static void saveCalendar(const char* title) {
@@ -50,7 +50,7 @@ class HostThatSaves : public testing::TestWithParam<const char*> {
   }
   static std::unique_ptr<Plugin> loaded() {
     auto plugin = Plugin::load(ORLOCAL_PLUGIN);
-    if (!plugin) throw std::runtime_error(plugin.error());
+    if (!plugin) throw std::runtime_error(plugin.error().message);
     return std::move(*plugin);
   }
 
@@ -91,7 +91,7 @@ TEST_P(HostThatSaves, LeavesOneWholeFileWhenItShutsThePlugInDown) {
   runsAndExits([] {
     const auto plugin = loaded();
     saveCalendar("Work");
-    if (const auto down = plugin->shutdown(); !down) throw std::runtime_error(down.error());
+    if (const auto down = plugin->shutdown(); !down) throw std::runtime_error(down.error().message);
     // No orderly end follows: the host may live on for weeks, or be killed.
     ::_exit(0);
   });

@@ -92,4 +92,15 @@ struct Node {
       content;
 };
 
+template <class Content>
+NodePtr makeNode(Content content) {
+  return std::make_unique<const Node>(Node{std::move(content)});
+}
+
+/// For the large kinds.
+template <class Content>
+NodePtr makeNodeApart(Content content) {
+  return makeNode(std::make_unique<const Content>(std::move(content)));
+}
+
 }  // namespace orlocal::host::calc

@@ -5,8 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include <tl/expected.hpp>
-
+#include "base/result.h"
 #include "host/fmwrapper/value.h"
 
 namespace orlocal::host::calc {
@@ -29,9 +28,9 @@ class FunctionLibrary {
 
   virtual std::vector<Signature> signatures() const = 0;
 
-  /// Calls a function that `signatures` lists, with a number of arguments that it takes. A failure is the reason in one
-  /// sentence; the calculation goes on with `?` in the call's place.
-  virtual tl::expected<Value, std::string> call(std::string_view name, std::span<const Value> arguments) = 0;
+  /// Calls a function that `signatures` lists, with a number of arguments that it takes. A failure says why; the
+  /// calculation goes on with `?` in the call's place.
+  virtual Result<Value> call(std::string_view name, std::span<const Value> arguments) = 0;
 };
 
 }  // namespace orlocal::host::calc

@@ -1,13 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
-#include "host/calc/calc_error.h"
+#include "base/result.h"
 
 namespace orlocal::host::calc {
 
@@ -48,12 +48,6 @@ struct Token {
   std::string text;
 };
 
-/// What a calculation still lacks, for a caller that reads it line by line.
-enum class Completeness : std::uint8_t {
-  kComplete,  ///< as far as brackets, texts and comments go
-  kOpen,      ///< a bracket, a text or a comment is still open
-};
-
 /// Reads a calculation in UTF-8 token by token, so that a long one is never held twice. The source outlives the reader.
 class TokenReader {
  public:
@@ -66,7 +60,7 @@ class TokenReader {
   bool endedInside() const;
 
   /// The next token; `kEnd` at the end, as often as it is asked for. Blanks and comments are left out.
-  CalcResult<Token> next();
+  Result<Token> next();
 
  private:
   class Lexer;
@@ -74,28 +68,6 @@ class TokenReader {
 };
 
 /// All tokens of a calculation, the last one being `kEnd`.
-CalcResult<std::vector<Token>> tokenize(std::string_view source);
-
-Completeness completenessOf(std::string_view source);
-
-/// Puts a calculation together from its lines and tells after each whether it is complete. A line is read once, however
-/// many there are; a text or a comment over several lines is read again when a line may end it.
-class LineJoiner {
- public:
-  /// A line without its end.
-  void add(std::string_view line);
-
-  Completeness completeness() const { return m_completeness; }
-
-  /// The lines so far, joined by line feeds.
-  std::string take() { return std::move(m_text); }
-
- private:
-  std::string m_text;
-  std::size_t m_read = 0;  ///< what lies before is read and holds `m_open` open brackets
-  int m_open = 0;
-  bool m_inside = false;  ///< a text or a comment begins at `m_read`
-  Completeness m_completeness = Completeness::kComplete;
-};
+Result<std::vector<Token>> tokenize(std::string_view source);
 
 }  // namespace orlocal::host::calc

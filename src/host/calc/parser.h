@@ -2,8 +2,8 @@
 
 #include <string_view>
 
+#include "base/result.h"
 #include "host/calc/ast.h"
-#include "host/calc/calc_error.h"
 #include "host/calc/function_library.h"
 
 namespace orlocal::host::calc {
@@ -16,6 +16,6 @@ inline constexpr int kMaximumNesting = 500;
 ///
 /// From the loosest rank: `or` `xor`, `and`, comparisons, `&`, `+` `-`, `*` `/`, `^`, and the unary `not` `-` `+`.
 /// Every rank joins from the left.
-CalcResult<NodePtr> parse(std::string_view source, const FunctionLibrary& library);
+Result<NodePtr> parse(std::string_view source, const FunctionLibrary& library);
 
 }  // namespace orlocal::host::calc

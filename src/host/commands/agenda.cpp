@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "host/commands/day_words.h"
 #include "host/commands/store_session.h"
 #include "host/commands/terminal_text.h"
@@ -20,11 +21,17 @@ constexpr std::size_t kBatch = 256;
 
 /// Calls `take(index, item)` for each of `ids` that is still there, reading rows in batches.
 template <class Take>
-void readRows(store::CalendarStore& store, const std::vector<store::ItemId>& ids, Take take) {
+Status readRows(store::CalendarStore& store, const std::vector<store::ItemId>& ids, Take take) {
   for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (i % kBatch == 0) store.prefetch(std::span(ids).subspan(i, std::min(kBatch, ids.size() - i)));
-    if (auto item = orFail(store.item(ids[i]))) take(i, std::move(item));
+    if (i % kBatch == 0) {
+      store.prefetch(std::span(ids).subspan(i, std::min(kBatch, ids.size() - i)));
+    }
+    ORLOCAL_TRY(auto item, store.item(ids[i]));
+    if (item) {
+      take(i, std::move(item));
+    }
   }
+  return {};
 }
 
 const store::Calendar* calendarOf(const std::vector<store::Calendar>& calendars, store::CalendarId id) {
@@ -86,30 +93,36 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const sto
 
 }  // namespace
 
-Agenda readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
-                  const std::vector<std::string>& titles) {
+Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
+                          const std::vector<std::string>& titles) {
   Agenda agenda{first, last, viewer, {}, {}};
-  const auto calendars = calendarsTitled(allCalendars(store), titles);
+  ORLOCAL_TRY(auto all, allCalendars(store));
+  ORLOCAL_TRY(const auto calendars, calendarsTitled(std::move(all), titles));
   const Moment from = viewer.toMoment(LocalTime(first));
   const Moment to = viewer.toMoment(LocalTime(last + 1));
 
   if (auto wanted = idsOf(calendars, store::CalendarKind::kEvents); !wanted.empty()) {
-    const auto found = orFail(store.occurrences({from, to, std::move(wanted)}));
+    ORLOCAL_TRY(const auto found, store.occurrences({from, to, std::move(wanted)}));
     std::vector<store::ItemId> ids;
-    for (const auto& occurrence : found) ids.push_back(occurrence.item);
-    readRows(store, ids, [&](std::size_t i, std::shared_ptr<const store::Item> item) {
-      const auto* calendar = calendarOf(calendars, item->calendar);
-      if (calendar != nullptr) agenda.events.push_back({found[i], std::move(item), *calendar});
-    });
+    for (const auto& occurrence : found) {
+      ids.push_back(occurrence.item);
+    }
+    ORLOCAL_CHECK(readRows(store, ids, [&](std::size_t i, std::shared_ptr<const store::Item> item) {
+      if (const auto* calendar = calendarOf(calendars, item->calendar)) {
+        agenda.events.push_back({found[i], std::move(item), *calendar});
+      }
+    }));
   }
   if (auto wanted = idsOf(calendars, store::CalendarKind::kReminders); !wanted.empty()) {
-    const auto found = orFail(store.reminders({store::ReminderQuery::Status::kOpen, from, to, std::move(wanted)}));
-    readRows(store, found, [&](std::size_t, std::shared_ptr<const store::Item> item) {
+    ORLOCAL_TRY(const auto found, store.reminders({store::ReminderQuery::Status::kOpen, from, to, std::move(wanted)}));
+    ORLOCAL_CHECK(readRows(store, found, [&](std::size_t, std::shared_ptr<const store::Item> item) {
       const auto* calendar = calendarOf(calendars, item->calendar);
-      if (calendar == nullptr || !item->end) return;
+      if (calendar == nullptr || !item->end) {
+        return;
+      }
       const Moment due = store::momentOf(*item->end, viewer);
       agenda.reminders.push_back({due, std::move(item), *calendar});
-    });
+    }));
   }
   return agenda;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::host {
@@ -31,8 +32,8 @@ struct Agenda {
 };
 
 /// Reads the agenda of the calendars with these titles (all without titles).
-Agenda readAgenda(store::CalendarStore& store, const store::Zone& viewer, store::LocalDay first, store::LocalDay last,
-                  const std::vector<std::string>& titles);
+Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, store::LocalDay first,
+                          store::LocalDay last, const std::vector<std::string>& titles);
 
 /// One line of a day.
 struct AgendaLine {

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
 #include "host/commands/agenda.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/command.h"
@@ -93,7 +94,7 @@ void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ost
   if (!any) out << fmt::format("Nothing is planned from {} to {}.\n", isoDay(agenda.first), isoDay(agenda.last));
 }
 
-ExitStatus runAgenda(const AgendaWords& words, CommandContext& context) {
+Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) {
   const store::Zone viewer = store::Zone::ofUser();
   const store::LocalDay today(viewer.toLocal(store::now()));
   const auto first = words.from.empty() ? today : dayFromWords(words.from, today).value_or(today);
@@ -103,8 +104,8 @@ ExitStatus runAgenda(const AgendaWords& words, CommandContext& context) {
                                        isoDay(first));
     return ExitStatus::kUsage;
   }
-  const auto store = openUserStore();
-  const Agenda agenda = readAgenda(*store, viewer, first, last, words.calendars);
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const Agenda agenda, readAgenda(*store, viewer, first, last, words.calendars));
   if (context.options.json) {
     printJson(asJson(agenda), context.streams.out);
   } else {

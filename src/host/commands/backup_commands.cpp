@@ -6,9 +6,9 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/command.h"
-#include "host/commands/store_session.h"
 #include "host/commands/terminal_text.h"
 #include "store/backup.h"
 #include "store/location.h"
@@ -24,21 +24,20 @@ std::string contentOf(const store::CopiedStore& content) {
   return counted(content.events, "event") + " and " + counted(content.reminders, "reminder");
 }
 
-store::StoreOptions userStore() { return orFail(store::userStoreOptions(store::Zone::ofUser())); }
+Result<store::StoreOptions> userStore() { return store::userStoreOptions(store::Zone::ofUser()); }
 
-ExitStatus runBackup(const std::string& file, bool replace, CommandContext& context) {
-  const store::StoreOptions options = userStore();
-  const auto content = orFail(store::backUpStore(
-      options.file, file, replace ? store::ExistingFile::kIsReplaced : store::ExistingFile::kIsRefused,
-      options.busyTimeout));
+Result<ExitStatus> runBackup(const std::string& file, bool replace, CommandContext& context) {
+  ORLOCAL_TRY(const store::StoreOptions options, userStore());
+  const auto existing = replace ? store::ExistingFile::kIsReplaced : store::ExistingFile::kIsRefused;
+  ORLOCAL_TRY(const auto content, store::backUpStore(options.file, file, existing, options.busyTimeout));
   context.streams.out << fmt::format("{}: {} of {}, {} bytes\n", printable(file), contentOf(content),
                                      printable(options.file.string()), content.bytes);
   return ExitStatus::kDone;
 }
 
-ExitStatus runRestore(const std::string& file, CommandContext& context) {
-  const store::StoreOptions options = userStore();
-  const auto restored = orFail(store::restoreStore(options, file));
+Result<ExitStatus> runRestore(const std::string& file, CommandContext& context) {
+  ORLOCAL_TRY(const store::StoreOptions options, userStore());
+  ORLOCAL_TRY(const auto restored, store::restoreStore(options, file));
   context.streams.out << fmt::format("{}: {} from {}", printable(options.file.string()), contentOf(restored.content),
                                      printable(file));
   if (restored.kept) {

@@ -7,7 +7,9 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
 #include "base/whole_input.h"
+#include "host/calc/calc_failure.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/calc_file.h"
@@ -31,10 +33,8 @@ class Printer {
   ExitStatus print(Workbench& workbench, const std::vector<Calculation>& calculations) {
     bool readable = true;
     for (const Calculation& calculation : calculations) {
-      if (const auto error = workbench.session().check(calculation.text)) {
-        m_context.streams.err << calc::harmlessLines(
-                                     calc::describe(calculation.text, *error, {m_file, calculation.line}))
-                              << '\n';
+      if (const Status read = workbench.session().check(calculation.text); !read) {
+        tell(calculation, read.error());
         readable = false;
       }
     }
@@ -45,9 +45,7 @@ class Printer {
       const auto outcome = workbench.evaluate(calculation.text);
       if (!outcome) {
         // What it calls was unregistered by a calculation before it.
-        m_context.streams.err << calc::harmlessLines(
-                                     calc::describe(calculation.text, outcome.error(), {m_file, calculation.line}))
-                              << '\n';
+        tell(calculation, outcome.error());
         return ExitStatus::kFailed;
       }
       failed = failed || !outcome->failures.empty();
@@ -67,6 +65,12 @@ class Printer {
   }
 
  private:
+  /// Says what keeps a calculation from being read.
+  void tell(const Calculation& calculation, const Failure& why) {
+    m_context.streams.err << calc::harmlessLines(calc::describe(calculation.text, why, {m_file, calculation.line}))
+                          << '\n';
+  }
+
   void show(const Value& value) {
     for (const std::string& line : calc::linesOf(value)) {
       m_context.streams.out << (m_context.streams.outIsTerminal ? calc::harmless(line) : line) << '\n';
@@ -85,30 +89,25 @@ class Printer {
   std::string m_file;
 };
 
-ExitStatus printAll(CommandContext& context, const std::string& file, const std::vector<Calculation>& calculations) {
-  const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
-  if (!workbench) {
-    tellTrouble(context.streams.err, workbench.error());
-    return ExitStatus::kFailed;
-  }
-  return Printer(context, file).print(**workbench, calculations);
+Result<ExitStatus> printAll(CommandContext& context, const std::string& file,
+                            const std::vector<Calculation>& calculations) {
+  ORLOCAL_TRY(const auto workbench, Workbench::open(context, Workbench::Need::kIfThere));
+  return Printer(context, file).print(*workbench, calculations);
 }
 
-ExitStatus evaluateWords(CommandContext& context, const std::vector<std::string>& words) {
+Result<ExitStatus> evaluateWords(CommandContext& context, const std::vector<std::string>& words) {
   std::vector<Calculation> calculations;
-  for (const std::string& word : words) calculations.push_back({word, 1});
+  for (const std::string& word : words) {
+    calculations.push_back({word, 1});
+  }
   return printAll(context, "", calculations);
 }
 
-ExitStatus runFile(CommandContext& context, const std::string& file) {
+Result<ExitStatus> runFile(CommandContext& context, const std::string& file) {
   const bool standard = file == "-";
   const std::string name = standard ? "standard input" : file;
-  const auto text = standard ? readWhole(context.streams.in, name) : readWholeFile(file);
-  if (!text) {
-    tellTrouble(context.streams.err, text.error().message);
-    return ExitStatus::kFailed;
-  }
-  return printAll(context, name, readCalculations(*text));
+  ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(file));
+  return printAll(context, name, readCalculations(text));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/calc/lexer.h"
+#include "host/calc/line_joiner.h"
 
 namespace orlocal::host {
 

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/try.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/command.h"
 #include "host/commands/json_text.h"
@@ -44,11 +45,12 @@ struct Listed {
   bool isDefault;
 };
 
-std::vector<Listed> listed(store::CalendarStore& store) {
+Result<std::vector<Listed>> listed(store::CalendarStore& store) {
   std::vector<Listed> all;
   for (const auto kind : {store::CalendarKind::kEvents, store::CalendarKind::kReminders}) {
-    const auto standard = orFail(store.defaultCalendar(kind));
-    for (auto& calendar : orFail(store.calendars(kind))) {
+    ORLOCAL_TRY(const auto standard, store.defaultCalendar(kind));
+    ORLOCAL_TRY(auto calendars, store.calendars(kind));
+    for (auto& calendar : calendars) {
       const bool isDefault = standard && standard->id == calendar.id;
       all.push_back({std::move(calendar), isDefault});
     }
@@ -106,19 +108,21 @@ nlohmann::json asJson(const std::vector<Listed>& rows) {
   return json;
 }
 
+Result<ExitStatus> runCalendars(CommandContext& context) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto rows, listed(*store));
+  if (context.options.json) {
+    printJson(asJson(rows), context.streams.out);
+  } else {
+    printTable(rows, Ink(context.streams.outIsTerminal), context.streams.out);
+  }
+  return ExitStatus::kDone;
+}
+
 }  // namespace
 
 void registerCalendarsCommand(CommandLine& line) {
-  line.add("calendars", "List the calendars and reminder lists of the store.", [](CommandContext& context) {
-    const auto store = openUserStore();
-    const auto rows = listed(*store);
-    if (context.options.json) {
-      printJson(asJson(rows), context.streams.out);
-    } else {
-      printTable(rows, Ink(context.streams.outIsTerminal), context.streams.out);
-    }
-    return ExitStatus::kDone;
-  });
+  line.add("calendars", "List the calendars and reminder lists of the store.", runCalendars);
 }
 
 }  // namespace orlocal::host

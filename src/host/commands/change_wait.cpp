@@ -34,7 +34,7 @@ class SignalsHeldBack {
 
 }  // namespace
 
-Woken waitForChange(store::ChangeSignal& signal, std::optional<std::chrono::milliseconds> patience) {
+Result<Woken> waitForChange(store::ChangeSignal& signal, std::optional<std::chrono::milliseconds> patience) {
   timespec bound{};
   if (patience) {
     bound.tv_sec = patience->count() / 1000;
@@ -42,16 +42,22 @@ Woken waitForChange(store::ChangeSignal& signal, std::optional<std::chrono::mill
   }
   const SignalsHeldBack held;
   for (;;) {
-    if (Interruption::flag()) return Woken::kByInterruption;
+    if (Interruption::flag()) {
+      return Woken::kByInterruption;
+    }
     pollfd change{.fd = signal.descriptor(), .events = POLLIN, .revents = 0};
     const int ready = ::ppoll(&change, 1, patience ? &bound : nullptr, &held.before());
-    if (ready == 0) return Woken::kByTime;
+    if (ready == 0) {
+      return Woken::kByTime;
+    }
     if (ready > 0) {
       signal.drain();
       return Woken::kByChange;
     }
     // A signal of another kind changes nothing.
-    if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "waiting for changes");
+    if (errno != EINTR) {
+      return failure(ErrorCode::kIo, "waiting for changes: " + std::generic_category().message(errno));
+    }
   }
 }
 

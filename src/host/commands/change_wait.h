@@ -3,6 +3,7 @@
 #include <chrono>
 #include <optional>
 
+#include "base/result.h"
 #include "store/file/change_signal.h"
 
 namespace orlocal::host {
@@ -16,6 +17,7 @@ enum class Woken {
 
 /// Sleeps in the kernel until the signal wakes us, `patience` is over (never, without one) or an `Interruption`, which
 /// must be there, has been asked for; one that came before counts, too.
-Woken waitForChange(store::ChangeSignal& signal, std::optional<std::chrono::milliseconds> patience = std::nullopt);
+Result<Woken> waitForChange(store::ChangeSignal& signal,
+                            std::optional<std::chrono::milliseconds> patience = std::nullopt);
 
 }  // namespace orlocal::host

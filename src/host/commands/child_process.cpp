@@ -3,7 +3,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <exception>
 #include <iostream>
 #include <ostream>
 #include <streambuf>
@@ -14,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/try.h"
 #include "host/commands/trouble.h"
 
 namespace orlocal::host {
@@ -46,12 +46,21 @@ class PipeBuffer : public std::streambuf {
   int m_descriptor;
 };
 
-struct Pipe {
-  Pipe() {
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "no pipe");
+/// `what` failed for the reason that the system left in errno.
+Failed systemFailure(std::string_view what) {
+  return failure(ErrorCode::kIo, fmt::format("{}: {}", what, std::generic_category().message(errno)));
+}
+
+/// The reading end and the writing one.
+using Pipe = std::array<int, 2>;
+
+Result<Pipe> newPipe() {
+  Pipe ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    return systemFailure("no pipe");
   }
-  std::array<int, 2> ends{};
-};
+  return ends;
+}
 
 std::string readAll(int descriptor) {
   std::string text;
@@ -79,10 +88,10 @@ void waitFor(pid_t child, ChildResult& result) {
 }
 
 ChildResult collect(pid_t child, const Pipe& pipe) {
-  ::close(pipe.ends[1]);
+  ::close(pipe[1]);
   ChildResult result;
-  result.output = readAll(pipe.ends[0]);
-  ::close(pipe.ends[0]);
+  result.output = readAll(pipe[0]);
+  ::close(pipe[0]);
   waitFor(child, result);
   return result;
 }
@@ -95,64 +104,69 @@ std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
   return arguments;
 }
 
-pid_t forked() {
+Result<pid_t> forked() {
   std::cout.flush();
   std::cerr.flush();
   const pid_t child = ::fork();
-  if (child < 0) throw std::system_error(errno, std::generic_category(), "no process can be started");
+  if (child < 0) {
+    return systemFailure("no process can be started");
+  }
   return child;
 }
 
 }  // namespace
 
-ChildResult runInChild(const std::function<void(std::ostream&)>& work) {
-  const Pipe pipe;
-  const pid_t child = forked();
-  if (child != 0) return collect(child, pipe);
-  ::close(pipe.ends[0]);
-  int status = 0;
-  try {
-    PipeBuffer buffer(pipe.ends[1]);
+Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work) {
+  ORLOCAL_TRY(const Pipe pipe, newPipe());
+  ORLOCAL_TRY(const pid_t child, forked());
+  if (child != 0) {
+    return collect(child, pipe);
+  }
+  ::close(pipe[0]);
+  const Status done = withoutThrowing([&] {
+    PipeBuffer buffer(pipe[1]);
     std::ostream out(&buffer);
-    work(out);
-  } catch (const std::exception& error) {
-    tellTrouble(std::cerr, error.what());
-    status = 1;
+    return work(out);
+  });
+  if (!done) {
+    tellTrouble(std::cerr, done.error().message);
   }
   std::cout.flush();
-  ::_exit(status);
+  ::_exit(done ? 0 : 1);
 }
 
-ChildResult runProgram(const std::vector<std::string>& words) {
+Result<ChildResult> runProgram(const std::vector<std::string>& words) {
   const std::vector<char*> arguments = argumentsOf(words);
-  const Pipe pipe;
-  const pid_t child = forked();
-  if (child != 0) return collect(child, pipe);
-  ::dup2(pipe.ends[1], STDOUT_FILENO);
-  ::dup2(pipe.ends[1], STDERR_FILENO);
+  ORLOCAL_TRY(const Pipe pipe, newPipe());
+  ORLOCAL_TRY(const pid_t child, forked());
+  if (child != 0) {
+    return collect(child, pipe);
+  }
+  ::dup2(pipe[1], STDOUT_FILENO);
+  ::dup2(pipe[1], STDERR_FILENO);
   ::execv(arguments[0], arguments.data());
   ::_exit(127);
 }
 
-ChildResult runVisibly(const std::vector<std::string>& words) {
+Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
   const std::vector<char*> arguments = argumentsOf(words);
   // What closes without a word when the program begins, and says why when it cannot.
-  const Pipe pipe;
-  const pid_t child = forked();
+  ORLOCAL_TRY(const Pipe pipe, newPipe());
+  ORLOCAL_TRY(const pid_t child, forked());
   if (child == 0) {
     const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::dup2(nothing, STDIN_FILENO);
     ::execvp(arguments[0], arguments.data());
     const int reason = errno;
-    static_cast<void>(!::write(pipe.ends[1], &reason, sizeof reason));
+    static_cast<void>(!::write(pipe[1], &reason, sizeof reason));
     ::_exit(127);
   }
-  ::close(pipe.ends[1]);
+  ::close(pipe[1]);
   int reason = 0;
   ssize_t count = 0;
-  while ((count = ::read(pipe.ends[0], &reason, sizeof reason)) < 0 && errno == EINTR) {
+  while ((count = ::read(pipe[0], &reason, sizeof reason)) < 0 && errno == EINTR) {
   }
-  ::close(pipe.ends[0]);
+  ::close(pipe[0]);
   ChildResult result;
   waitFor(child, result);
   if (count > 0) result.ending = fmt::format("cannot be run: {}", std::generic_category().message(reason));

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
+
 namespace orlocal::host {
 
 /// What a child process wrote, and how it ended.
@@ -16,15 +18,18 @@ struct ChildResult {
   bool succeeded() const { return status == 0; }
 };
 
-/// Runs the work in a copy of this process, which must have one thread only. What it writes comes back; what it throws
-/// is told on the error stream and ends it with status 1. The copy ends without running anything of ours at exit.
-ChildResult runInChild(const std::function<void(std::ostream&)>& work);
+// They fail when the system gives no process or no pipe to it.
+
+/// Runs the work in a copy of this process, which must have one thread only. What it writes comes back; its failure, or
+/// what it throws, is told on the error stream and ends it with status 1. The copy ends without running anything of
+/// ours at exit.
+Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work);
 
 /// Runs a program by its words, the first being its file; output and errors come back together.
-ChildResult runProgram(const std::vector<std::string>& words);
+Result<ChildResult> runProgram(const std::vector<std::string>& words);
 
 /// Runs a program that shares our output and error streams and reads nothing; the first word is its file or a name that
 /// is searched on the path. `output` stays empty.
-ChildResult runVisibly(const std::vector<std::string>& words);
+Result<ChildResult> runVisibly(const std::vector<std::string>& words);
 
 }  // namespace orlocal::host

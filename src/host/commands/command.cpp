@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <exception>
 #include <ostream>
 #include <sstream>
 #include <utility>
@@ -85,19 +84,20 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
   }
   m_state->putOptionsInForce();
   putClockInForce(streams.err);
-  try {
+  const Result<ExitStatus> status = withoutThrowing([&] {
     CommandContext context{m_state->options, streams, programFile};
-    const ExitStatus status = (*body)(context);
-    streams.out.flush();
-    if (!streams.out) {
-      streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
-      return ExitStatus::kFailed;
-    }
-    return status;
-  } catch (const std::exception& error) {
-    tellTrouble(streams.err, error.what());
+    return (*body)(context);
+  });
+  if (!status) {
+    tellTrouble(streams.err, status.error().message);
     return ExitStatus::kFailed;
   }
+  streams.out.flush();
+  if (!streams.out) {
+    streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
+    return ExitStatus::kFailed;
+  }
+  return *status;
 }
 
 }  // namespace orlocal::host

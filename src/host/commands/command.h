@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/result.h"
+
 namespace CLI {
 class App;
 }
@@ -47,8 +49,9 @@ struct CommandContext {
   std::string programFile;  ///< the program itself, for finding what lies beside it and for running itself again
 };
 
-/// The body of a command. What it throws is reported on the error stream and ends as `kFailed`.
-using CommandBody = std::function<ExitStatus(CommandContext&)>;
+/// The body of a command. Its failure is told on the error stream and ends as `kFailed`; so is what the standard
+/// library throws in it.
+using CommandBody = std::function<Result<ExitStatus>(CommandContext&)>;
 
 /// The program's command line: the global options and one CLI11 subcommand for each command.
 ///

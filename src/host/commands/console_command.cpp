@@ -5,10 +5,10 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/plugin_host.h"
-#include "host/commands/trouble.h"
 #include "host/console/console.h"
 #include "host/console/edited_lines.h"
 #include "host/fmwrapper/registry.h"
@@ -66,20 +66,17 @@ void greet(CommandContext& context, Workbench& workbench) {
   context.streams.out << "Type help for help.\n";
 }
 
-ExitStatus runConsole(CommandContext& context) {
-  const auto opened = Workbench::open(context, Workbench::Need::kIfThere);
-  if (!opened) {
-    tellTrouble(context.streams.err, opened.error());
-    return ExitStatus::kFailed;
-  }
-  Workbench& workbench = **opened;
+Result<ExitStatus> runConsole(CommandContext& context) {
+  ORLOCAL_TRY(const auto opened, Workbench::open(context, Workbench::Need::kIfThere));
+  Workbench& workbench = *opened;
   const bool typed = context.streams.inIsTerminal && context.streams.outIsTerminal;
   std::unique_ptr<LineSource> lines;
   if (typed) {
     greet(context, workbench);
-    lines = std::make_unique<EditedLines>(historyFile(), [&workbench](std::string_view beforeCursor) {
-      return complete(beforeCursor, candidatesFor(workbench.library(), workbench.session().variableNames()));
-    });
+    ORLOCAL_TRY(lines, EditedLines::open(historyFile(), [&workbench](std::string_view beforeCursor) {
+                  return complete(beforeCursor,
+                                  candidatesFor(workbench.library(), workbench.session().variableNames()));
+                }));
   } else {
     lines = std::make_unique<StreamLines>(context.streams.in);
   }

@@ -2,10 +2,12 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
+#include "base/try.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/command.h"
 #include "host/commands/output_file.h"
@@ -26,32 +28,37 @@ struct ExportWords {
 };
 
 /// Has `write` write to where the words say; a file appears when all of it is there.
-ExitStatus writeTo(const std::string& file, std::ostream& standardOutput,
-                   const std::function<ExitStatus(const store::TextSink&)>& write) {
+Result<ExitStatus> writeTo(const std::string& file, std::ostream& standardOutput,
+                           const std::function<Result<ExitStatus>(const store::TextSink&)>& write) {
   if (file == kStandardOutput) {
     return write([&](std::string_view text) -> Status {
       standardOutput.write(text.data(), static_cast<std::streamsize>(text.size()));
-      if (standardOutput) return {};
+      if (standardOutput) {
+        return {};
+      }
       return failure(ErrorCode::kIo, "The standard output cannot be written.");
     });
   }
-  const auto output = orFail(OutputFile::open(file));
-  const ExitStatus status = write([&](std::string_view text) { return output->write(text); });
-  if (const auto finished = output->finish(); !finished) throw CommandFailure(finished.error().message);
+  ORLOCAL_TRY(const auto output, OutputFile::open(file));
+  ORLOCAL_TRY(const ExitStatus status, write([&](std::string_view text) { return output->write(text); }));
+  ORLOCAL_CHECK(output->finish());
   return status;
 }
 
-ExitStatus runExport(const ExportWords& words, CommandContext& context) {
+Result<ExitStatus> runExport(const ExportWords& words, CommandContext& context) {
   if (words.salvage) {
     return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) {
       return salvageInto(sink, words.calendars, context.streams.err);
     });
   }
-  const auto store = openUserStore();
-  const auto calendars = calendarsTitled(allCalendars(*store), words.calendars);
-  return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) {
-    const store::ExportReport report = orFail(store::exportCalendars(*store, calendars, sink));
-    for (const std::string& note : report.notes) context.streams.err << "orlocal: " << printable(note) << '\n';
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(auto all, allCalendars(*store));
+  ORLOCAL_TRY(const auto calendars, calendarsTitled(std::move(all), words.calendars));
+  return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) -> Result<ExitStatus> {
+    ORLOCAL_TRY(const store::ExportReport report, store::exportCalendars(*store, calendars, sink));
+    for (const std::string& note : report.notes) {
+      context.streams.err << "orlocal: " << printable(note) << '\n';
+    }
     return report.notes.empty() ? ExitStatus::kDone : ExitStatus::kFailed;
   });
 }

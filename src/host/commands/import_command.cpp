@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/try.h"
 #include "base/whole_input.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/command.h"
@@ -48,9 +49,8 @@ Result<store::ImportReport> importOne(store::CalendarStore& store, const std::st
   ProgressLine progress(streams.err, streams.errIsTerminal, "Importing " + printable(file));
   options.progress = [&progress](std::size_t done, std::size_t all) { progress.update(done, all); };
   if (file == "-") {
-    auto text = readWhole(streams.in, kStandardInput);
-    if (!text) return tl::unexpected(std::move(text.error()));
-    return store::importCalendarText(store, std::move(*text), kStandardInput, options);
+    ORLOCAL_TRY(std::string text, readWhole(streams.in, kStandardInput));
+    return store::importCalendarText(store, std::move(text), kStandardInput, options);
   }
   std::error_code ignored;
   if (const auto size = std::filesystem::file_size(file, ignored); !ignored && size >= kLongFile) {
@@ -59,20 +59,22 @@ Result<store::ImportReport> importOne(store::CalendarStore& store, const std::st
   return store::importCalendarFile(store, file, options);
 }
 
-ExitStatus runImport(const ImportWords& words, CommandContext& context) {
-  const auto store = openUserStore();
+Result<ExitStatus> runImport(const ImportWords& words, CommandContext& context) {
+  ORLOCAL_TRY(const auto store, openUserStore());
   const Interruption interruption;
   ImportReports reports(context);
   for (const std::string& file : words.files) {
     const auto outcome = importOne(*store, file, optionsOf(words), context.streams);
     reports.add(file, outcome);
-    if (!outcome && outcome.error().code == ErrorCode::kInterrupted) break;
+    if (!outcome && outcome.error().code == ErrorCode::kInterrupted) {
+      break;
+    }
   }
   return reports.finish();
 }
 
-ExitStatus runImportContacts(const std::vector<std::string>& files, CommandContext& context) {
-  const auto store = openUserStore();
+Result<ExitStatus> runImportContacts(const std::vector<std::string>& files, CommandContext& context) {
+  ORLOCAL_TRY(const auto store, openUserStore());
   ImportReports reports(context);
   for (const std::string& file : files) reports.add(file, store::importContactsFile(*store, file));
   return reports.finish();

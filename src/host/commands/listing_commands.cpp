@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/plugin_host.h"
@@ -110,7 +111,7 @@ bool listSteps(CommandContext& context) {
   for (const auto& step : Registry::instance().steps()) {
     const auto parameters = readStepDefinition(toUtf8(step->definition));
     if (!parameters) {
-      tellTrouble(context.streams.err, toUtf8(step->name) + ": " + parameters.error());
+      tellTrouble(context.streams.err, toUtf8(step->name) + ": " + parameters.error().message);
       readable = false;
       continue;
     }
@@ -131,12 +132,8 @@ bool listSteps(CommandContext& context) {
 }
 
 template <class List>
-ExitStatus withPlugin(CommandContext& context, List list) {
-  const auto workbench = Workbench::open(context, Workbench::Need::kPlugin);
-  if (!workbench) {
-    tellTrouble(context.streams.err, workbench.error());
-    return ExitStatus::kFailed;
-  }
+Result<ExitStatus> withPlugin(CommandContext& context, List list) {
+  ORLOCAL_TRY(const auto workbench, Workbench::open(context, Workbench::Need::kPlugin));
   return list() ? ExitStatus::kDone : ExitStatus::kFailed;
 }
 

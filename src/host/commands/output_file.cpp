@@ -12,6 +12,8 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "base/try.h"
+
 namespace orlocal::host {
 namespace {
 
@@ -65,7 +67,7 @@ ErrorCode codeOf(int error) {
 
 Result<std::unique_ptr<OutputFile>> OutputFile::open(std::string path) {
   std::unique_ptr<OutputFile> file(new OutputFile(std::move(path)));
-  if (auto status = file->start(); !status) return tl::unexpected(status.error());
+  ORLOCAL_CHECK(file->start());
   return file;
 }
 
@@ -159,7 +161,7 @@ Status OutputFile::finish() {
   return {};
 }
 
-tl::unexpected<Failure> OutputFile::failed(int error) const {
+Failed OutputFile::failed(int error) const {
   const ErrorCode code = codeOf(error);
   const char* remedy = code == ErrorCode::kFull ? "make room, or name another place" : "name another file";
   return failure(code,

@@ -42,7 +42,7 @@ class OutputFile {
   bool standsForWhatIsThere() const;
   bool takesOver(const struct stat& old, int oldFile) const;
   Status startInPlace(int flags);
-  tl::unexpected<Failure> failed(int error) const;
+  Failed failed(int error) const;
 
   int descriptor() const { return m_draft ? m_draft->descriptor() : m_descriptor; }
 

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "host/commands/trouble.h"
 #include "host/fmwrapper/call.h"
 #include "host/fmwrapper/registry.h"
@@ -23,7 +24,7 @@ bool isThere(const std::filesystem::path& file) {
 }
 
 fmx::ErrorCode evaluateFor(calc::Session& session, std::u16string_view expression, Value& result) {
-  calc::CalcResult<calc::Outcome> outcome = session.evaluate(toUtf8(expression));
+  Result<calc::Outcome> outcome = session.evaluate(toUtf8(expression));
   if (!outcome) return Registry::kRefused;
   result = std::move(outcome->value);
   return 0;
@@ -36,18 +37,22 @@ std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile) 
           std::filesystem::path(kServerFolder) / kPluginName};
 }
 
-tl::expected<std::filesystem::path, std::string> pluginFile(const GlobalOptions& options,
-                                                            const std::string& programFile) {
+Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile) {
   if (options.plugin) {
-    if (isThere(*options.plugin)) return *options.plugin;
-    return tl::unexpected(fmt::format("there is no plug-in {}", *options.plugin));
+    if (isThere(*options.plugin)) {
+      return *options.plugin;
+    }
+    return failure(ErrorCode::kNotFound, fmt::format("there is no plug-in {}", *options.plugin));
   }
   std::string sought;
   for (const std::filesystem::path& place : pluginPlaces(programFile)) {
-    if (isThere(place)) return place;
+    if (isThere(place)) {
+      return place;
+    }
     sought += (sought.empty() ? "" : " and ") + place.string();
   }
-  return tl::unexpected(fmt::format("there is no plug-in (looked for {}); name one with --plugin", sought));
+  return failure(ErrorCode::kNotFound,
+                 fmt::format("there is no plug-in (looked for {}); name one with --plugin", sought));
 }
 
 std::vector<calc::Signature> PluginFunctions::signatures() const {
@@ -59,30 +64,35 @@ std::vector<calc::Signature> PluginFunctions::signatures() const {
   return result;
 }
 
-tl::expected<Value, std::string> PluginFunctions::call(std::string_view name, std::span<const Value> arguments) {
+Result<Value> PluginFunctions::call(std::string_view name, std::span<const Value> arguments) {
   const std::shared_ptr<const RegisteredFunction> function = Registry::instance().function(toUtf16(name));
-  if (!function) return tl::unexpected(fmt::format("{} is no longer registered", name));
+  if (!function) {
+    return failure(ErrorCode::kNotFound, fmt::format("{} is no longer registered", name));
+  }
   return callFunction(*function, std::vector<Value>(arguments.begin(), arguments.end()));
 }
 
-tl::expected<std::unique_ptr<Workbench>, std::string> Workbench::open(CommandContext& context, Need need) {
+Result<std::unique_ptr<Workbench>> Workbench::open(CommandContext& context, Need need) {
   const GlobalOptions& options = context.options;
   const auto without = [] { return std::unique_ptr<Workbench>(new Workbench(nullptr)); };
   if (options.plugin == kNoPlugin) {
-    if (need == Need::kPlugin) return tl::unexpected<std::string>("this command needs a plug-in");
+    if (need == Need::kPlugin) {
+      return failure(ErrorCode::kInvalid, "this command needs a plug-in");
+    }
     return without();
   }
   const auto file = pluginFile(options, context.programFile);
   if (!file) {
-    if (need == Need::kPlugin || options.plugin) return tl::unexpected(file.error());
-    tellTrouble(context.streams.err, file.error() + "; going on without one");
+    if (need == Need::kPlugin || options.plugin) {
+      return failure(file.error());
+    }
+    tellTrouble(context.streams.err, file.error().message + "; going on without one");
     return without();
   }
   HostDescription host;
   host.extensionVersion = static_cast<std::int16_t>(options.hostVersion);
-  auto plugin = Plugin::load(*file, host);
-  if (!plugin) return tl::unexpected(plugin.error());
-  return std::unique_ptr<Workbench>(new Workbench(std::move(*plugin)));
+  ORLOCAL_TRY(auto plugin, Plugin::load(*file, host));
+  return std::unique_ptr<Workbench>(new Workbench(std::move(plugin)));
 }
 
 Workbench::Workbench(std::unique_ptr<Plugin> plugin) : m_plugin(std::move(plugin)) {
@@ -93,10 +103,12 @@ Workbench::Workbench(std::unique_ptr<Plugin> plugin) : m_plugin(std::move(plugin
 
 Workbench::~Workbench() { Registry::instance().setEvaluator(nullptr); }
 
-calc::CalcResult<calc::Outcome> Workbench::evaluate(std::string_view calculation) {
-  calc::CalcResult<calc::Outcome> outcome = m_session.evaluate(calculation);
+Result<calc::Outcome> Workbench::evaluate(std::string_view calculation) {
+  Result<calc::Outcome> outcome = m_session.evaluate(calculation);
   if (m_plugin) {
-    if (const auto idle = m_plugin->idle(); !idle && outcome) outcome->failures.push_back(idle.error());
+    if (const auto idle = m_plugin->idle(); !idle && outcome) {
+      outcome->failures.push_back(idle.error().message);
+    }
   }
   return outcome;
 }

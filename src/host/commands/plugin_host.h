@@ -7,8 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include <tl/expected.hpp>
-
+#include "base/result.h"
 #include "host/calc/function_library.h"
 #include "host/calc/session.h"
 #include "host/commands/command.h"
@@ -22,15 +21,15 @@ inline constexpr std::string_view kNoPlugin = "none";
 /// Where a plug-in is looked for when none is named: beside the program, then where a server keeps it.
 std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile);
 
-/// The plug-in to load: the one that `--plugin` names, else the first that there is. An error says where it was sought.
-tl::expected<std::filesystem::path, std::string> pluginFile(const GlobalOptions& options,
-                                                            const std::string& programFile);
+/// The plug-in to load: the one that `--plugin` names, else the first that there is. A failure says where it was
+/// sought.
+Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile);
 
 /// The functions that loaded plug-ins have registered.
 class PluginFunctions : public calc::FunctionLibrary {
  public:
   std::vector<calc::Signature> signatures() const override;
-  tl::expected<Value, std::string> call(std::string_view name, std::span<const Value> arguments) override;
+  Result<Value> call(std::string_view name, std::span<const Value> arguments) override;
 };
 
 /// The plug-in, loaded and started, and a session that calls it: what a host is to a script. One in a process at a
@@ -44,15 +43,14 @@ class Workbench {
     kIfThere,  ///< goes on without one, when none was named
   };
 
-  /// An error is a sentence that says what was missing. A plug-in that is not there and not needed is a line on the
-  /// error stream.
-  static tl::expected<std::unique_ptr<Workbench>, std::string> open(CommandContext& context, Need need);
+  /// A failure says what was missing. A plug-in that is not there and not needed is a line on the error stream.
+  static Result<std::unique_ptr<Workbench>> open(CommandContext& context, Need need);
   ~Workbench();
   Workbench(const Workbench&) = delete;
   Workbench& operator=(const Workbench&) = delete;
 
   /// Evaluates, then gives the plug-in its idle message.
-  calc::CalcResult<calc::Outcome> evaluate(std::string_view calculation);
+  Result<calc::Outcome> evaluate(std::string_view calculation);
 
   calc::Session& session() { return m_session; }
   const calc::FunctionLibrary& library() const { return m_functions; }

@@ -4,17 +4,20 @@
 
 #include <fmt/format.h>
 
-#include "host/commands/store_session.h"
+#include "base/try.h"
 #include "host/commands/terminal_text.h"
 #include "store/location.h"
 #include "store/salvage.h"
 
 namespace orlocal::host {
 
-ExitStatus salvageInto(const store::TextSink& sink, const std::vector<std::string>& calendars, std::ostream& err) {
-  const store::StoreOptions user = orFail(store::userStoreOptions(store::Zone::ofUser()));
-  const auto report = orFail(store::salvage(user.file, calendars, user.busyTimeout, sink));
-  for (const std::string& line : report.notes) err << "orlocal: " << printable(line) << '\n';
+Result<ExitStatus> salvageInto(const store::TextSink& sink, const std::vector<std::string>& calendars,
+                               std::ostream& err) {
+  ORLOCAL_TRY(const store::StoreOptions user, store::userStoreOptions(store::Zone::ofUser()));
+  ORLOCAL_TRY(const auto report, store::salvage(user.file, calendars, user.busyTimeout, sink));
+  for (const std::string& line : report.notes) {
+    err << "orlocal: " << printable(line) << '\n';
+  }
   if (report.complete()) {
     err << fmt::format("orlocal: {} items were written; everything could be read\n", report.items);
     return ExitStatus::kDone;

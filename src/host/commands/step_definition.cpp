@@ -34,15 +34,17 @@ StepParameter readParameter(const pugi::xml_node& element) {
 
 }  // namespace
 
-tl::expected<std::vector<StepParameter>, std::string> readStepDefinition(std::string_view xml) {
+Result<std::vector<StepParameter>> readStepDefinition(std::string_view xml) {
   pugi::xml_document document;
   const pugi::xml_parse_result read =
       document.load_buffer(xml.data(), xml.size(), pugi::parse_default, pugi::encoding_utf8);
-  if (!read)
-    return tl::unexpected(fmt::format("the definition is no XML: {} at byte {}", read.description(), read.offset));
+  if (!read) {
+    return failure(ErrorCode::kInvalid,
+                   fmt::format("the definition is no XML: {} at byte {}", read.description(), read.offset));
+  }
   const pugi::xml_node root = document.document_element();
   if (!isNamed(root, "pluginstep")) {
-    return tl::unexpected(fmt::format("the definition begins with {}, not with pluginstep", root.name()));
+    return failure(ErrorCode::kInvalid, fmt::format("the definition begins with {}, not with pluginstep", root.name()));
   }
   std::vector<StepParameter> parameters;
   for (const pugi::xml_node& element : root.children()) {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include <tl/expected.hpp>
+#include "base/result.h"
 
 namespace orlocal::host {
 
@@ -24,8 +24,7 @@ struct StepParameter {
   std::vector<Choice> choices;  ///< of a list
 };
 
-/// Reads the XML definition of a script step. Elements and attributes are known in any case, as hosts know them. An
-/// error is a sentence.
-tl::expected<std::vector<StepParameter>, std::string> readStepDefinition(std::string_view xml);
+/// Reads the XML definition of a script step. Elements and attributes are known in any case, as hosts know them.
+Result<std::vector<StepParameter>> readStepDefinition(std::string_view xml);
 
 }  // namespace orlocal::host

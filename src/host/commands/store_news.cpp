@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
 #include "host/commands/day_words.h"
 #include "host/commands/json_text.h"
 #include "host/commands/store_session.h"
@@ -86,41 +87,61 @@ void addTimes(nlohmann::json& json, const News& news, const store::Zone& viewer)
 
 }  // namespace
 
-StoreNews::StoreNews(store::CalendarStore& store) : m_store(store), m_position(orFail(store.newestChange())) {}
+Result<StoreNews> StoreNews::fromNowOn(store::CalendarStore& store) {
+  ORLOCAL_TRY(const store::LogPosition position, store.newestChange());
+  return StoreNews(store, position);
+}
 
-void StoreNews::tell(const std::function<void(const News&)>& listener) {
+Status StoreNews::tell(const std::function<void(const News&)>& listener) {
   const std::uint64_t generation = m_store.generation();
-  if (std::exchange(m_generation, generation) == generation) return;
-  for (const store::OutsideCommit& commit : orFail(m_store.outsideCommits(m_position))) {
-    tellAll(kCalendar, commit.calendars, listener);
-    tellAll(kReminderList, commit.reminderLists, listener);
-    tellAll("event", commit.events, listener);
-    tellAll("reminder", commit.reminders, listener);
+  if (std::exchange(m_generation, generation) == generation) {
+    return {};
   }
+  ORLOCAL_TRY(const auto commits, m_store.outsideCommits(m_position));
+  for (const store::OutsideCommit& commit : commits) {
+    ORLOCAL_CHECK(tellAll(kCalendar, commit.calendars, listener));
+    ORLOCAL_CHECK(tellAll(kReminderList, commit.reminderLists, listener));
+    ORLOCAL_CHECK(tellAll("event", commit.events, listener));
+    ORLOCAL_CHECK(tellAll("reminder", commit.reminders, listener));
+  }
+  return {};
 }
 
-void StoreNews::tellAll(std::string_view kind, const store::ChangedRecords& records,
-                        const std::function<void(const News&)>& listener) {
+Status StoreNews::tellAll(std::string_view kind, const store::ChangedRecords& records,
+                          const std::function<void(const News&)>& listener) {
   for (const ChangeWord& word : kChangeWords) {
-    for (const std::string& identifier : records.*word.records) listener(newsOf(word.change, kind, identifier));
+    for (const std::string& identifier : records.*word.records) {
+      ORLOCAL_TRY(const News news, newsOf(word.change, kind, identifier));
+      listener(news);
+    }
   }
+  return {};
 }
 
-News StoreNews::newsOf(std::string_view change, std::string_view kind, const std::string& identifier) {
+Result<News> StoreNews::newsOf(std::string_view change, std::string_view kind, const std::string& identifier) {
   News news;
   news.change = change;
   news.kind = kind;
   news.identifier = identifier;
   if (kind == kCalendar || kind == kReminderList) {
-    if (const auto calendar = orFail(m_store.calendar(identifier))) news.title = calendar->title;
-  } else if (auto item = orFail(m_store.itemWithIdentifier(identifier))) {
-    news.title = item->title.value_or("");
-    news.calendar = titleOfCalendar(item->calendar);
-    if (item->kind == store::ItemKind::kEvent) news.occurrence = orFail(m_store.firstOccurrence(*item));
-    news.item = std::move(item);
+    ORLOCAL_TRY(const auto calendar, m_store.calendar(identifier));
+    if (calendar) {
+      news.title = calendar->title;
+    }
+  } else {
+    ORLOCAL_TRY(news.item, m_store.itemWithIdentifier(identifier));
+    if (news.item) {
+      news.title = news.item->title.value_or("");
+      ORLOCAL_TRY(news.calendar, titleOfCalendar(news.item->calendar));
+      if (news.item->kind == store::ItemKind::kEvent) {
+        ORLOCAL_TRY(news.occurrence, m_store.firstOccurrence(*news.item));
+      }
+    }
   }
   if (news.title) {
-    if (m_titles.size() >= kKnownTitles) m_titles.clear();
+    if (m_titles.size() >= kKnownTitles) {
+      m_titles.clear();
+    }
     m_titles.insert_or_assign(identifier, *news.title);
   } else if (const auto known = m_titles.find(identifier); known != m_titles.end()) {
     news.title = known->second;
@@ -128,9 +149,12 @@ News StoreNews::newsOf(std::string_view change, std::string_view kind, const std
   return news;
 }
 
-std::optional<std::string> StoreNews::titleOfCalendar(store::CalendarId id) {
-  for (const auto& calendar : allCalendars(m_store)) {
-    if (calendar.id == id) return calendar.title;
+Result<std::optional<std::string>> StoreNews::titleOfCalendar(store::CalendarId id) {
+  ORLOCAL_TRY(const auto calendars, allCalendars(m_store));
+  for (const auto& calendar : calendars) {
+    if (calendar.id == id) {
+      return calendar.title;
+    }
   }
   return std::nullopt;
 }

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/result.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::host {
@@ -24,21 +25,23 @@ struct News {
   std::optional<store::Occurrence> occurrence;  ///< of an event, the first
 };
 
-/// Follows what others do to a store, from now on.
+/// Follows what others do to a store.
 class StoreNews {
  public:
-  /// The store outlives this.
-  explicit StoreNews(store::CalendarStore& store);
+  /// The store outlives what is made.
+  static Result<StoreNews> fromNowOn(store::CalendarStore& store);
 
   /// Tells what was committed since the last call, in its order; within a commit what is new comes first, then what was
-  /// updated, then what was deleted. What is told is as it stands now. Throws `CommandFailure`.
-  void tell(const std::function<void(const News&)>& listener);
+  /// updated, then what was deleted. What is told is as it stands now.
+  Status tell(const std::function<void(const News&)>& listener);
 
  private:
-  void tellAll(std::string_view kind, const store::ChangedRecords& records,
-               const std::function<void(const News&)>& listener);
-  News newsOf(std::string_view change, std::string_view kind, const std::string& identifier);
-  std::optional<std::string> titleOfCalendar(store::CalendarId id);
+  StoreNews(store::CalendarStore& store, store::LogPosition position) : m_store(store), m_position(position) {}
+
+  Status tellAll(std::string_view kind, const store::ChangedRecords& records,
+                 const std::function<void(const News&)>& listener);
+  Result<News> newsOf(std::string_view change, std::string_view kind, const std::string& identifier);
+  Result<std::optional<std::string>> titleOfCalendar(store::CalendarId id);
 
   store::CalendarStore& m_store;
   store::LogPosition m_position;

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
 #include "base/whole_input.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
@@ -26,8 +27,10 @@ class TestRun {
  public:
   explicit TestRun(CommandContext& context) : m_context(context) {}
 
-  ExitStatus run(const std::vector<std::string>& files) {
-    for (const std::string& file : files) runOne(file);
+  Result<ExitStatus> run(const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
+      ORLOCAL_CHECK(runOne(file));
+    }
     if (m_context.options.json) {
       m_context.streams.out << OrderedJson{{"passed", m_passed}, {"failed", m_failed}, {"examples", m_examples}}.dump(
                                    2, ' ', false, OrderedJson::error_handler_t::replace)
@@ -39,23 +42,34 @@ class TestRun {
   }
 
  private:
-  void runOne(const std::string& file) {
+  Status runOne(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
     const auto text = readWhole(stream, "it");
-    if (!text) return trouble(file, text.error().message);
+    if (!text) {
+      return trouble(file, text.error().message);
+    }
     const auto transcript = parseTranscript(*text, file.ends_with(".md"));
-    if (!transcript) return trouble(fmt::format("{}:{}", file, transcript.error().line), transcript.error().message);
-    if (transcript->examples.empty()) return trouble(file, "it holds no calculation");
-    const TranscriptReport report = runTranscript(m_context, file, *transcript);
-    for (const Verdict& verdict : report.verdicts) take(file, verdict);
-    if (!report.trouble.empty()) trouble(file, report.trouble);
+    if (!transcript) {
+      return trouble(fmt::format("{}:{}", file, transcript.error().place.value_or(0)), transcript.error().message);
+    }
+    if (transcript->examples.empty()) {
+      return trouble(file, "it holds no calculation");
+    }
+    ORLOCAL_TRY(const TranscriptReport report, runTranscript(m_context, file, *transcript));
+    for (const Verdict& verdict : report.verdicts) {
+      take(file, verdict);
+    }
+    return report.trouble.empty() ? Status() : trouble(file, report.trouble);
   }
 
-  /// Counts as one failure, whatever was left undone.
-  void trouble(const std::string& place, const std::string& reason) {
+  /// Counts as one failure of a transcript, whatever was left undone; the others still run.
+  Status trouble(const std::string& place, const std::string& reason) {
     ++m_failed;
-    if (m_context.options.json) m_examples.push_back({{"file", place}, {"passed", false}, {"trouble", reason}});
+    if (m_context.options.json) {
+      m_examples.push_back({{"file", place}, {"passed", false}, {"trouble", reason}});
+    }
     tellTrouble(m_context.streams.err, reason, place);
+    return {};
   }
 
   void take(const std::string& file, const Verdict& verdict) {

@@ -6,25 +6,22 @@
 
 #include <fmt/format.h>
 
+#include "base/try.h"
 #include "host/commands/calc_file.h"
 
 namespace orlocal::host {
 
 namespace {
 
-constexpr std::string_view kAnything = "…";
 constexpr std::string_view kFence = "```";
 constexpr std::string_view kTranscriptFence = "```transcript";
 
-/// Unwinds the reading; never leaves this file.
-struct Refusal {
-  TranscriptError error;
-};
-
-[[noreturn]] void refuse(std::size_t line, std::string message) { throw Refusal{{line, std::move(message)}}; }
+Failed refused(std::size_t line, std::string message) {
+  return failure({.code = ErrorCode::kInvalid, .message = std::move(message), .place = line});
+}
 
 /// Words apart by blanks; quotes, double ones anywhere and single ones around a word, keep blanks in it.
-std::vector<std::string> wordsOf(std::string_view text, std::size_t line) {
+Result<std::vector<std::string>> wordsOf(std::string_view text, std::size_t line) {
   std::vector<std::string> words;
   bool inside = false;
   char quote = '\0';
@@ -45,7 +42,9 @@ std::vector<std::string> wordsOf(std::string_view text, std::size_t line) {
       words.back() += c;
     }
   }
-  if (quote != '\0') refuse(line, "a quote is not closed");
+  if (quote != '\0') {
+    return refused(line, "a quote is not closed");
+  }
   return words;
 }
 
@@ -66,14 +65,16 @@ class Reader {
  public:
   Reader(std::string_view text, bool markdown) : m_lines(splitLines(text)), m_markdown(markdown) {}
 
-  Transcript read() {
+  Result<Transcript> read() {
     m_inside = !m_markdown;
-    while (m_at < m_lines.size()) readLine();
+    while (m_at < m_lines.size()) {
+      ORLOCAL_CHECK(readLine());
+    }
     return std::move(m_transcript);
   }
 
  private:
-  void readLine() {
+  Status readLine() {
     const std::string_view line = m_lines[m_at];
     if (m_markdown && line.starts_with(kFence)) {
       m_inside = line.starts_with(kTranscriptFence);
@@ -88,15 +89,19 @@ class Reader {
       ++m_at;
     } else if (line.starts_with('@')) {
       m_expecting = false;
-      readDirective(wordsOf(line, m_at + 1));
+      ORLOCAL_TRY(std::vector<std::string> words, wordsOf(line, m_at + 1));
+      ORLOCAL_CHECK(readDirective(std::move(words)));
       ++m_at;
     } else if (m_expecting) {
       m_transcript.examples.back().expected.emplace_back(line);
       ++m_at;
     } else {
-      if (!isBlank(line)) refuse(m_at + 1, "this line belongs to no calculation; one begins with >");
+      if (!isBlank(line)) {
+        return refused(m_at + 1, "this line belongs to no calculation; one begins with >");
+      }
       ++m_at;
     }
+    return {};
   }
 
   void readExample() {
@@ -115,38 +120,55 @@ class Reader {
     m_expecting = true;
   }
 
-  void readDirective(const std::vector<std::string>& words) {
+  Status readDirective(std::vector<std::string> words) {
     const std::size_t line = m_at + 1;
     const std::string& name = words.front();
     if (name == "@register") {
-      if (words.size() != 3) refuse(line, "@register takes a file and a script");
-      return readStep(Example::Kind::kRegister, words);
+      if (words.size() != 3) {
+        return refused(line, "@register takes a file and a script");
+      }
+      readStep(Example::Kind::kRegister, std::move(words));
+      return {};
     }
     if (name == "@outside") {
-      if (words.size() < 2) refuse(line, "@outside needs a command");
-      return readStep(Example::Kind::kOutside, words);
+      if (words.size() < 2) {
+        return refused(line, "@outside needs a command");
+      }
+      readStep(Example::Kind::kOutside, std::move(words));
+      return {};
     }
-    if (!m_transcript.examples.empty()) refuse(line, "settings stand before the first calculation");
+    if (!m_transcript.examples.empty()) {
+      return refused(line, "settings stand before the first calculation");
+    }
     TranscriptSettings& settings = m_transcript.settings;
     if (name == "@import" || name == "@import-contacts") {
-      if (words.size() < 2) refuse(line, name + " needs a file");
+      if (words.size() < 2) {
+        return refused(line, name + " needs a file");
+      }
       settings.preparations.push_back({line, name.substr(1), {words.begin() + 1, words.end()}});
-      return;
+      return {};
     }
-    if (words.size() != 2) refuse(line, name + " takes one word");
+    if (words.size() != 2) {
+      return refused(line, name + " takes one word");
+    }
     if (name == "@host-version") {
-      settings.hostVersion = number(words[1], line);
-      return;
+      ORLOCAL_TRY(settings.hostVersion, number(words[1], line));
+      return {};
     }
     const auto* directive = std::ranges::find(kTextDirectives, name, &TextDirective::name);
-    if (directive == std::end(kTextDirectives)) refuse(line, fmt::format("{} is no setting", name));
+    if (directive == std::end(kTextDirectives)) {
+      return refused(line, fmt::format("{} is no setting", name));
+    }
     settings.*(directive->setting) = words[1];
+    return {};
   }
 
-  static int number(const std::string& word, std::size_t line) {
+  static Result<int> number(const std::string& word, std::size_t line) {
     int value = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error != std::errc{} || end != word.data() + word.size()) refuse(line, fmt::format("{} is no number", word));
+    if (error != std::errc{} || end != word.data() + word.size()) {
+      return refused(line, fmt::format("{} is no number", word));
+    }
     return value;
   }
 
@@ -158,61 +180,8 @@ class Reader {
   Transcript m_transcript;
 };
 
-/// The pieces of an expected line between its `…`, with backslashes resolved.
-std::vector<std::string> piecesOf(std::string_view expected) {
-  std::vector<std::string> pieces(1);
-  bool first = true;
-  while (!expected.empty()) {
-    const bool escapes = expected.front() == '\\' && (first || expected.substr(1).starts_with(kAnything));
-    if (escapes && expected.size() > 1) {
-      const std::size_t width = expected.substr(1).starts_with(kAnything) ? kAnything.size() : 1;
-      pieces.back() += expected.substr(1, width);
-      expected.remove_prefix(1 + width);
-    } else if (expected.starts_with(kAnything)) {
-      pieces.emplace_back();
-      expected.remove_prefix(kAnything.size());
-    } else {
-      pieces.back() += expected.front();
-      expected.remove_prefix(1);
-    }
-    first = false;
-  }
-  return pieces;
-}
-
 }  // namespace
 
-tl::expected<Transcript, TranscriptError> parseTranscript(std::string_view text, bool markdown) {
-  try {
-    return Reader(text, markdown).read();
-  } catch (const Refusal& refusal) {
-    return tl::unexpected(refusal.error);
-  }
-}
-
-bool matchesLine(std::string_view expected, std::string_view printed) {
-  const std::vector<std::string> pieces = piecesOf(expected);
-  if (pieces.size() == 1) return pieces.front() == printed;
-  if (!printed.starts_with(pieces.front())) return false;
-  printed.remove_prefix(pieces.front().size());
-  // The leftmost place for each piece leaves the most room for those after it.
-  for (std::size_t i = 1; i + 1 < pieces.size(); ++i) {
-    const std::size_t found = printed.find(pieces[i]);
-    if (found == std::string_view::npos) return false;
-    printed.remove_prefix(found + pieces[i].size());
-  }
-  return printed.ends_with(pieces.back());
-}
-
-bool matchesLines(const std::vector<std::string>& expected, const std::vector<std::string>& printed) {
-  // An empty result needs no line; otherwise every printed line does.
-  const std::size_t needed = printed.size() == 1 && printed.front().empty() ? 0 : printed.size();
-  if (expected.size() < needed) return false;
-  for (std::size_t i = 0; i < needed; ++i) {
-    if (!matchesLine(expected[i], printed[i])) return false;
-  }
-  return std::all_of(expected.begin() + static_cast<std::ptrdiff_t>(needed), expected.end(),
-                     [](const std::string& line) { return isBlank(line); });
-}
+Result<Transcript> parseTranscript(std::string_view text, bool markdown) { return Reader(text, markdown).read(); }
 
 }  // namespace orlocal::host

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include <tl/expected.hpp>
+#include "base/result.h"
 
 namespace orlocal::host {
 
@@ -52,11 +52,6 @@ struct Transcript {
   std::vector<Example> examples;
 };
 
-struct TranscriptError {
-  std::size_t line = 0;
-  std::string message;
-};
-
 /// A transcript is text:
 ///
 ///     @timezone Europe/Berlin                       settings, before the first calculation
@@ -81,12 +76,8 @@ struct TranscriptError {
 /// next character from having its meaning.
 ///
 /// In Markdown only what stands in fenced blocks marked `transcript` counts; a block's end ends what is expected.
-tl::expected<Transcript, TranscriptError> parseTranscript(std::string_view text, bool markdown);
-
-/// True when the printed line is what the expected one stands for.
-bool matchesLine(std::string_view expected, std::string_view printed);
-
-/// Line by line, with blank lines at the end of what is expected left out.
-bool matchesLines(const std::vector<std::string>& expected, const std::vector<std::string>& printed);
+///
+/// A failure's place is a line.
+Result<Transcript> parseTranscript(std::string_view text, bool markdown);
 
 }  // namespace orlocal::host

@@ -6,16 +6,18 @@
 #include <optional>
 #include <ostream>
 #include <sstream>
-#include <stdexcept>
 #include <thread>
 #include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
+#include "host/calc/calc_failure.h"
 #include "host/calc/rendering.h"
 #include "host/commands/child_process.h"
 #include "host/commands/clock_setting.h"
+#include "host/commands/expected_lines.h"
 #include "host/commands/plugin_host.h"
 #include "host/fmwrapper/unicode.h"
 #include "host/plugin/update_script.h"
@@ -45,17 +47,24 @@ void setEnvironment(const char* name, const std::optional<std::string>& value) {
 /// A folder for one transcript's store, gone at the end.
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "orlocal-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder can be made in " + name);
-    m_path = name;
-  }
+  TemporaryFolder() = default;
   ~TemporaryFolder() {
     std::error_code error;
-    std::filesystem::remove_all(m_path, error);
+    if (!m_path.empty()) {
+      std::filesystem::remove_all(m_path, error);
+    }
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  Status make() {
+    std::string name = (std::filesystem::temp_directory_path() / "orlocal-test-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) {
+      return failure(ErrorCode::kIo, "no temporary folder can be made in " + name);
+    }
+    m_path = name;
+    return {};
+  }
 
   const std::filesystem::path& path() const { return m_path; }
 
@@ -69,28 +78,34 @@ class Work {
   Work(CommandContext& context, const std::filesystem::path& file, const Transcript& transcript, std::ostream& out)
       : m_context(context), m_file(file), m_transcript(transcript), m_options(context.options), m_out(out) {}
 
-  void run() {
-    if (std::string trouble = work(); !trouble.empty()) write({{"trouble", std::move(trouble)}});
-  }
-
- private:
-  std::string work() {
+  /// Trouble with the transcript is written too; a failure is one of the process itself.
+  Status run() {
+    ORLOCAL_CHECK(m_folder.make());
     putSettingsInForce();
     for (const Preparation& preparation : m_transcript.settings.preparations) {
-      if (std::string trouble = prepare(preparation); !trouble.empty()) return trouble;
+      ORLOCAL_TRY(const ChildResult result, runCommand(preparation.command, preparation.words));
+      if (!result.succeeded()) {
+        writeTrouble(
+            fmt::format("line {}: {} {}\n{}", preparation.line, preparation.command, result.ending, result.output));
+        return {};
+      }
     }
     CommandContext context{m_options, m_context.streams, m_context.programFile};
     const auto workbench = Workbench::open(context, Workbench::Need::kIfThere);
-    if (!workbench) return workbench.error();
+    if (!workbench) {
+      writeTrouble(workbench.error().message);
+      return {};
+    }
     for (const Example& example : m_transcript.examples) {
-      auto printed = perform(example, **workbench);
+      ORLOCAL_TRY(auto printed, perform(example, **workbench));
       addScriptStarts(example, **workbench, printed);
       write({{"printed", printed}});
     }
     return {};
   }
 
-  std::vector<std::string> perform(const Example& example, Workbench& workbench) {
+ private:
+  Result<std::vector<std::string>> perform(const Example& example, Workbench& workbench) {
     switch (example.kind) {
       case Example::Kind::kRegister:
         return registerScript(example, workbench);
@@ -105,16 +120,20 @@ class Work {
   static std::vector<std::string> registerScript(const Example& example, Workbench& workbench) {
     if (workbench.plugin() == nullptr) return {"! there is no plug-in to register with"};
     const auto done = registerUpdateScript(*workbench.plugin(), example.words.at(0), example.words.at(1));
-    return done ? std::vector<std::string>() : std::vector<std::string>{"! " + done.error()};
+    return done ? std::vector<std::string>() : std::vector<std::string>{"! " + done.error().message};
   }
 
   /// The process gets the settings of this one, through the environment and the global options.
-  std::vector<std::string> runOutside(const Example& example) {
+  Result<std::vector<std::string>> runOutside(const Example& example) {
     std::vector<std::string> options{"--host-version", std::to_string(m_options.hostVersion)};
-    if (m_options.plugin) options.insert(options.end(), {"--plugin", *m_options.plugin});
-    const ChildResult result =
-        runCommand(example.words.front(), {example.words.begin() + 1, example.words.end()}, options);
-    if (result.succeeded()) return {};
+    if (m_options.plugin) {
+      options.insert(options.end(), {"--plugin", *m_options.plugin});
+    }
+    ORLOCAL_TRY(const ChildResult result,
+                runCommand(example.words.front(), {example.words.begin() + 1, example.words.end()}, options));
+    if (result.succeeded()) {
+      return std::vector<std::string>();
+    }
     std::vector<std::string> lines{fmt::format("! {} {}", example.words.front(), result.ending)};
     std::istringstream output(result.output);
     for (std::string line; std::getline(output, line);) lines.push_back("! " + line);
@@ -130,7 +149,9 @@ class Work {
     std::size_t started = 0;
     for (;;) {
       if (Plugin* plugin = workbench.plugin()) {
-        if (const auto idle = plugin->idle(); !idle) printed.push_back("! " + idle.error());
+        if (const auto idle = plugin->idle(); !idle) {
+          printed.push_back("! " + idle.error().message);
+        }
       }
       for (const ScriptStart& start : Registry::instance().takeScriptStarts()) {
         const std::string parameter = start.parameter ? start.parameter->utf8() : std::string();
@@ -167,15 +188,9 @@ class Work {
     }
   }
 
-  std::string prepare(const Preparation& preparation) {
-    const ChildResult result = runCommand(preparation.command, preparation.words);
-    if (result.succeeded()) return {};
-    return fmt::format("line {}: {} {}\n{}", preparation.line, preparation.command, result.ending, result.output);
-  }
-
   /// Runs the program itself with a command's words; the first ones may name files.
-  ChildResult runCommand(const std::string& command, const std::vector<std::string>& words,
-                         const std::vector<std::string>& options = {}) {
+  Result<ChildResult> runCommand(const std::string& command, const std::vector<std::string>& words,
+                                 const std::vector<std::string>& options = {}) {
     std::vector<std::string> all{m_context.programFile};
     all.insert(all.end(), options.begin(), options.end());
     all.push_back(command);
@@ -186,6 +201,8 @@ class Work {
     }
     return runProgram(all);
   }
+
+  void writeTrouble(const std::string& trouble) { write({{"trouble", trouble}}); }
 
   void write(const nlohmann::json& record) {
     m_out << record.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
@@ -201,7 +218,7 @@ class Work {
 
 }  // namespace
 
-std::vector<std::string> printedLines(const std::string& calculation, const calc::CalcResult<calc::Outcome>& outcome) {
+std::vector<std::string> printedLines(const std::string& calculation, const Result<calc::Outcome>& outcome) {
   if (!outcome) {
     const std::string described = calc::describe(calculation, outcome.error());
     return {"! " + described.substr(0, described.find('\n'))};
@@ -212,14 +229,15 @@ std::vector<std::string> printedLines(const std::string& calculation, const calc
   return lines;
 }
 
-TranscriptReport runTranscript(CommandContext& context, const std::filesystem::path& file,
-                               const Transcript& transcript) {
+Result<TranscriptReport> runTranscript(CommandContext& context, const std::filesystem::path& file,
+                                       const Transcript& transcript) {
   TranscriptReport report;
   if (std::getenv(kWithinTranscript) != nullptr) {
     report.trouble = "transcripts are not run from within a transcript";
     return report;
   }
-  const ChildResult child = runInChild([&](std::ostream& out) { Work(context, file, transcript, out).run(); });
+  ORLOCAL_TRY(const ChildResult child,
+              runInChild([&](std::ostream& out) { return Work(context, file, transcript, out).run(); }));
   std::istringstream lines(child.output);
   for (std::string line; std::getline(lines, line);) {
     const nlohmann::json record = nlohmann::json::parse(line, nullptr, false);

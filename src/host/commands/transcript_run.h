@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host/calc/session.h"
+#include "base/result.h"
+#include "host/calc/outcome.h"
 #include "host/commands/command.h"
 #include "host/commands/transcript.h"
 
@@ -21,7 +22,7 @@ struct Verdict {
 };
 
 /// What a calculation prints in a transcript: the lines of its result, or `! reason` for each failure.
-std::vector<std::string> printedLines(const std::string& calculation, const calc::CalcResult<calc::Outcome>& outcome);
+std::vector<std::string> printedLines(const std::string& calculation, const Result<calc::Outcome>& outcome);
 
 /// How a whole transcript came out.
 struct TranscriptReport {
@@ -30,8 +31,9 @@ struct TranscriptReport {
 };
 
 /// Runs a transcript in a process of its own: environment, plug-in and store are new for each, and a crash is a finding
-/// about that transcript alone. Nothing of it stays behind but what it did to a store that it named.
-TranscriptReport runTranscript(CommandContext& context, const std::filesystem::path& file,
-                               const Transcript& transcript);
+/// about that transcript alone. Fails when no process can be started. Nothing of it stays behind but what it did to a
+/// store that it named.
+Result<TranscriptReport> runTranscript(CommandContext& context, const std::filesystem::path& file,
+                                       const Transcript& transcript);
 
 }  // namespace orlocal::host

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/try.h"
 #include "host/commands/all_commands.h"
 #include "host/commands/change_wait.h"
 #include "host/commands/child_process.h"
@@ -46,22 +47,23 @@ class SlowNotice {
 };
 
 /// Prints what others do to the store, until interrupted.
-ExitStatus watchStore(CommandContext& context) {
+Result<ExitStatus> watchStore(CommandContext& context) {
   const Interruption interruption;
-  const auto store = openUserStore();
+  ORLOCAL_TRY(const auto store, openUserStore());
   const store::Zone viewer = store::Zone::ofUser();
   // First the ear, then the place in the log: what is committed in between is heard.
-  const auto signal = orFail(store->listen());
-  StoreNews news(*store);
+  ORLOCAL_TRY(const auto signal, store->listen());
+  ORLOCAL_TRY(StoreNews news, StoreNews::fromNowOn(*store));
   std::ostream& out = context.streams.out;
   context.streams.err << "orlocal: watching the calendars; Ctrl-C ends it\n" << std::flush;
   SlowNotice slow;
-  do {
+  for (auto woken = Woken::kByChange; woken != Woken::kByInterruption;) {
     slow.tell(*signal, context.streams.err);
-    news.tell([&](const News& each) {
+    ORLOCAL_CHECK(news.tell([&](const News& each) {
       out << (context.options.json ? jsonLineOf(each, viewer) : lineOf(each, viewer)) << std::endl;
-    });
-  } while (waitForChange(*signal) != Woken::kByInterruption);
+    }));
+    ORLOCAL_TRY(woken, waitForChange(*signal));
+  }
   return ExitStatus::kDone;
 }
 
@@ -73,30 +75,30 @@ class ScriptWatch {
   ScriptWatch(const ScriptWatch&) = delete;
   ScriptWatch& operator=(const ScriptWatch&) = delete;
 
-  ExitStatus run() {
+  Result<ExitStatus> run() {
     const Interruption interruption;
-    const auto store = openUserStore();
-    const auto signal = orFail(store->listen());
-    const auto workbench = Workbench::open(m_context, Workbench::Need::kPlugin);
-    if (!workbench) throw CommandFailure(workbench.error());
-    Plugin& plugin = *(*workbench)->plugin();
+    ORLOCAL_TRY(const auto store, openUserStore());
+    ORLOCAL_TRY(const auto signal, store->listen());
+    ORLOCAL_TRY(const auto workbench, Workbench::open(m_context, Workbench::Need::kPlugin));
+    Plugin& plugin = *workbench->plugin();
     Registry::instance().setScriptHook([this](const ScriptStart& start) { return runScript(start); });
-    if (const auto registered = registerUpdateScript(plugin, m_words.file, m_words.script); !registered) {
-      throw CommandFailure(registered.error());
-    }
+    ORLOCAL_CHECK(registerUpdateScript(plugin, m_words.file, m_words.script));
     m_context.streams.err << "orlocal: watching the calendars for " << printable(m_words.script) << "; Ctrl-C ends it\n"
                           << std::flush;
     return serve(plugin, *signal);
   }
 
  private:
-  ExitStatus serve(Plugin& plugin, store::ChangeSignal& signal) {
+  Result<ExitStatus> serve(Plugin& plugin, store::ChangeSignal& signal) {
     SlowNotice slow;
     // The bell rings after the commit, and the plug-in looks for commits whenever it gets idle time.
-    do {
+    for (auto woken = Woken::kByChange; woken != Woken::kByInterruption;) {
       slow.tell(signal, m_context.streams.err);
-      if (const auto idle = plugin.idle(); !idle) tellTrouble(m_context.streams.err, idle.error());
-    } while (waitForChange(signal) != Woken::kByInterruption);
+      if (const auto idle = plugin.idle(); !idle) {
+        tellTrouble(m_context.streams.err, idle.error().message);
+      }
+      ORLOCAL_TRY(woken, waitForChange(signal));
+    }
     return ExitStatus::kDone;
   }
 
@@ -109,9 +111,13 @@ class ScriptWatch {
     }
     std::vector<std::string> words = m_words.command;
     std::replace(words.begin(), words.end(), std::string(kParameter), parameter);
-    const ChildResult result = runVisibly(words);
-    if (result.succeeded()) return 0;
-    tellTrouble(m_context.streams.err, fmt::format("{} {} ({})", words.front(), result.ending, parameter));
+    const Result<ChildResult> result = runVisibly(words);
+    if (result && result->succeeded()) {
+      return 0;
+    }
+    if (result) {
+      tellTrouble(m_context.streams.err, fmt::format("{} {} ({})", words.front(), result->ending, parameter));
+    }
     return Registry::kRefused;
   }
 

@@ -5,7 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "host/calc/lexer.h"
+#include "host/calc/calc_failure.h"
+#include "host/calc/line_joiner.h"
 #include "host/calc/rendering.h"
 #include "host/calc/text_tools.h"
 #include "host/console/completion.h"
@@ -107,7 +108,7 @@ void Console::help(const std::string& name) {
   }
 }
 
-void Console::show(const calc::CalcResult<calc::Outcome>& outcome, const std::string& entry) {
+void Console::show(const Result<calc::Outcome>& outcome, const std::string& entry) {
   if (!outcome) {
     m_failed = true;
     m_parts.out << calc::harmlessLines(calc::describe(entry, outcome.error())) << '\n';

@@ -5,7 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "host/calc/session.h"
+#include "base/result.h"
+#include "host/calc/function_library.h"
+#include "host/calc/outcome.h"
 #include "host/console/line_source.h"
 
 namespace orlocal::host {
@@ -16,7 +18,7 @@ struct ConsoleParts {
   std::ostream& out;
   bool colours = false;  ///< the output is a terminal: types are dimmed, control characters made harmless
   const calc::FunctionLibrary& library;
-  std::function<calc::CalcResult<calc::Outcome>(std::string_view)> evaluate;
+  std::function<Result<calc::Outcome>(std::string_view)> evaluate;
   std::function<std::vector<std::string>()> variables;  ///< the session's, for `variables`
 };
 
@@ -34,7 +36,7 @@ class Console {
  private:
   void obey(const std::string& entry);
   void help(const std::string& name);
-  void show(const calc::CalcResult<calc::Outcome>& outcome, const std::string& entry);
+  void show(const Result<calc::Outcome>& outcome, const std::string& entry);
   std::string dim(const std::string& text) const;
 
   ConsoleParts m_parts;

@@ -4,12 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
+#include <utility>
 
 #include <histedit.h>
 #include <langinfo.h>
 #include <unistd.h>
 
+#include "base/try.h"
 #include "host/calc/rendering.h"
 
 namespace orlocal::host {
@@ -79,12 +80,23 @@ std::filesystem::path historyFile() {
 }
 
 EditedLines::EditedLines(const std::filesystem::path& history, Completer completer)
-    : m_state(new State{.historyPath = history, .completer = std::move(completer), .prompt = {}}) {
+    : m_state(new State{.historyPath = history, .completer = std::move(completer), .prompt = {}}) {}
+
+Result<std::unique_ptr<EditedLines>> EditedLines::open(const std::filesystem::path& history, Completer completer) {
+  std::unique_ptr<EditedLines> lines(new EditedLines(history, std::move(completer)));
+  ORLOCAL_CHECK(lines->start());
+  return lines;
+}
+
+Status EditedLines::start() {
   useUtf8();
   State& state = *m_state;
   state.editor = ::el_init("orlocal", stdin, stdout, stderr);
   state.history = ::history_init();
-  if (state.editor == nullptr || state.history == nullptr) throw std::runtime_error("the terminal cannot be edited on");
+  if (state.editor == nullptr || state.history == nullptr) {
+    return failure(ErrorCode::kIo, "the terminal cannot be edited on");
+  }
+  const std::filesystem::path& history = state.historyPath;
   HistEvent event{};
   ::history(state.history, &event, H_SETSIZE, kHistorySize);
   ::history(state.history, &event, H_SETUNIQUE, 1);
@@ -106,6 +118,7 @@ EditedLines::EditedLines(const std::filesystem::path& history, Completer complet
   ::el_set(state.editor, EL_SETTY, "-d", "-isig", nullptr);
   ::el_set(state.editor, EL_BIND, "^C", "orlocal-cancel", nullptr);
   ::el_set(state.editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+  return {};
 }
 
 EditedLines::~EditedLines() {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "base/result.h"
 #include "host/console/completion.h"
 #include "host/console/line_source.h"
 
@@ -22,13 +23,16 @@ class EditedLines : public LineSource {
   using Completer = std::function<Completion(std::string_view beforeCursor)>;
 
   /// An empty history path keeps the history in memory.
-  EditedLines(const std::filesystem::path& history, Completer completer);
+  static Result<std::unique_ptr<EditedLines>> open(const std::filesystem::path& history, Completer completer);
   ~EditedLines() override;
 
   Line read(const std::string& prompt) override;
   void remember(const std::string& entry) override;
 
  private:
+  EditedLines(const std::filesystem::path& history, Completer completer);
+  Status start();
+
   struct State;
   std::unique_ptr<State> m_state;
 };

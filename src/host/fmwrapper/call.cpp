@@ -21,40 +21,45 @@ std::string arity(const RegisteredFunction& function) {
   return std::to_string(function.minArgs) + " to " + countText(function.maxArgs);
 }
 
-tl::unexpected<std::string> failed(std::u16string_view name, const std::string& reason) {
-  return tl::unexpected(toUtf8(name) + " " + reason);
+Failed callFailure(ErrorCode code, std::u16string_view name, const std::string& reason) {
+  return failure(code, toUtf8(name) + " " + reason);
 }
 
-CallResult call(std::u16string_view name, std::int16_t id, fmx::ExternalFunction function,
-                const std::vector<Value>& arguments, const Environment& environment) {
+Result<Value> call(std::u16string_view name, std::int16_t id, fmx::ExternalFunction function,
+                   const std::vector<Value>& arguments, const Environment& environment) {
   Value result;
   try {
     const fmx::ErrorCode code = function(id, handleOf<fmx::ExprEnv>(environment), handleOf<fmx::DataVect>(arguments),
                                          handleOf<fmx::Data>(result));
-    if (code != 0) return failed(name, "answered the error " + std::to_string(code) + ".");
+    if (code != 0) {
+      return callFailure(ErrorCode::kRefused, name, "answered the error " + std::to_string(code) + ".");
+    }
     return result;
   } catch (const std::exception& exception) {
-    return failed(name, std::string("failed with an exception: ") + exception.what());
+    return callFailure(ErrorCode::kIo, name, std::string("failed with an exception: ") + exception.what());
   } catch (abi::__forced_unwind&) {
     throw;  // the thread is being cancelled
   } catch (...) {
-    return failed(name, "failed with an exception of an unknown kind.");
+    return callFailure(ErrorCode::kIo, name, "failed with an exception of an unknown kind.");
   }
 }
 
 }  // namespace
 
-CallResult callFunction(const RegisteredFunction& function, const std::vector<Value>& arguments,
-                        const Environment& environment) {
+Result<Value> callFunction(const RegisteredFunction& function, const std::vector<Value>& arguments,
+                           const Environment& environment) {
   const std::size_t count = arguments.size();
   const bool tooFew = count < static_cast<std::size_t>(function.minArgs);
   const bool tooMany = function.maxArgs != -1 && count > static_cast<std::size_t>(function.maxArgs);
-  if (tooFew || tooMany)
-    return failed(function.name, "takes " + arity(function) + ", not " + std::to_string(count) + ".");
+  if (tooFew || tooMany) {
+    return callFailure(ErrorCode::kInvalid, function.name,
+                       "takes " + arity(function) + ", not " + std::to_string(count) + ".");
+  }
   return call(function.name, function.key.id, function.function, arguments, environment);
 }
 
-CallResult callStep(const RegisteredStep& step, const std::vector<Value>& parameters, const Environment& environment) {
+Result<Value> callStep(const RegisteredStep& step, const std::vector<Value>& parameters,
+                       const Environment& environment) {
   return call(step.name, step.key.id, step.function, parameters, environment);
 }
 

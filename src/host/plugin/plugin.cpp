@@ -8,6 +8,7 @@
 
 #include <dlfcn.h>
 
+#include "base/try.h"
 #include "host/fmwrapper/registry.h"
 #include "host/fmwrapper/unicode.h"
 
@@ -17,8 +18,8 @@ namespace {
 
 constexpr const char* kEntryName = "FMExternCallProc";
 
-tl::unexpected<std::string> failure(const std::filesystem::path& file, const std::string& sentence) {
-  return tl::unexpected(file.string() + " " + sentence);
+Failed pluginFailure(ErrorCode code, const std::filesystem::path& file, const std::string& sentence) {
+  return failure(code, file.string() + " " + sentence);
 }
 
 /// Where the object that holds `address` is mapped; null when none does.
@@ -49,13 +50,13 @@ void forgetEntriesOf(const void* object) {
 Plugin::Plugin(std::filesystem::path file, HostDescription host)
     : m_file(std::move(file)), m_host(std::move(host)), m_record(std::make_unique<fmx::ExternCall>()) {}
 
-PluginResult<std::unique_ptr<Plugin>> Plugin::open(const std::filesystem::path& file, HostDescription host) {
+Result<std::unique_ptr<Plugin>> Plugin::open(const std::filesystem::path& file, HostDescription host) {
   std::error_code error;
   if (!std::filesystem::exists(file, error)) {
-    return failure(file, "does not exist; name the plug-in's file with --plugin.");
+    return pluginFailure(ErrorCode::kNotFound, file, "does not exist; name the plug-in's file with --plugin.");
   }
   if (std::filesystem::is_directory(file, error)) {
-    return failure(file, "is a folder; a plug-in is a single file here.");
+    return pluginFailure(ErrorCode::kInvalid, file, "is a folder; a plug-in is a single file here.");
   }
   std::unique_ptr<Plugin> plugin(new Plugin(file, std::move(host)));
   // With its folder named, so that the loader does not search its own places.
@@ -63,22 +64,23 @@ PluginResult<std::unique_ptr<Plugin>> Plugin::open(const std::filesystem::path& 
   plugin->m_library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (plugin->m_library == nullptr) {
     const char* reason = dlerror();
-    return failure(file, "cannot be loaded: " + std::string(reason != nullptr ? reason : "no reason given") +
+    return pluginFailure(ErrorCode::kUnsupported, file,
+                         "cannot be loaded: " + std::string(reason != nullptr ? reason : "no reason given") +
                              ". Check that it was built for this system and that the libraries it names are there.");
   }
   plugin->m_entry = reinterpret_cast<void (*)(fmx::ExternCall*)>(dlsym(plugin->m_library, kEntryName));
   if (plugin->m_entry == nullptr) {
     dlclose(plugin->m_library);
-    return failure(file,
-                   "has no entry point " + std::string(kEntryName) + ", so it is not a plug-in; name another file.");
+    return pluginFailure(
+        ErrorCode::kUnsupported, file,
+        "has no entry point " + std::string(kEntryName) + ", so it is not a plug-in; name another file.");
   }
   return plugin;
 }
 
-PluginResult<std::unique_ptr<Plugin>> Plugin::load(const std::filesystem::path& file, HostDescription host) {
-  auto plugin = open(file, std::move(host));
-  if (!plugin) return plugin;
-  if (const auto version = (*plugin)->start(); !version) return tl::unexpected(version.error());
+Result<std::unique_ptr<Plugin>> Plugin::load(const std::filesystem::path& file, HostDescription host) {
+  ORLOCAL_TRY(auto plugin, open(file, std::move(host)));
+  ORLOCAL_CHECK(plugin->start());
   return plugin;
 }
 
@@ -89,8 +91,8 @@ Plugin::~Plugin() {
   forgetEntriesOf(objectOf(addressOf(m_entry)));
 }
 
-PluginResult<void> Plugin::enter(std::uint8_t message, std::uint8_t parm1, std::uintptr_t parm2, std::uintptr_t parm3,
-                                 std::uintptr_t result) {
+Status Plugin::enter(std::uint8_t message, std::uint8_t parm1, std::uintptr_t parm2, std::uintptr_t parm3,
+                     std::uintptr_t result) {
   *m_record = fmx::ExternCall{.extnVersion = m_host.extensionVersion,
                               .unusedID = -1,
                               .entryPoint = m_entry,
@@ -106,7 +108,8 @@ PluginResult<void> Plugin::enter(std::uint8_t message, std::uint8_t parm1, std::
                               .cStartScript = Registry::startScriptCallback(),
                               .cCurrentEnv = Registry::currentEnvironmentCallback()};
   const auto failed = [&](const std::string& what) {
-    return failure(m_file, "failed at the host's message " + std::to_string(message) + " with " + what + ".");
+    return pluginFailure(ErrorCode::kIo, m_file,
+                         "failed at the host's message " + std::to_string(message) + " with " + what + ".");
   };
   try {
     m_entry(m_record.get());
@@ -118,42 +121,40 @@ PluginResult<void> Plugin::enter(std::uint8_t message, std::uint8_t parm1, std::
   }
 }
 
-PluginResult<std::int16_t> Plugin::start() {
+Result<std::int16_t> Plugin::start() {
   const auto text = reinterpret_cast<std::uintptr_t>(m_host.versionText.c_str());
-  if (const auto sent = enter(fmx::kCallStartUp, m_host.applicationKind, text, 0, 0); !sent) {
-    return tl::unexpected(sent.error());
-  }
+  ORLOCAL_CHECK(enter(fmx::kCallStartUp, m_host.applicationKind, text, 0, 0));
   const auto reply = static_cast<std::intptr_t>(m_record->result);
   if (reply == -1) {
-    return failure(m_file, "is not for a host of extension version " + std::to_string(m_host.extensionVersion) +
-                               "; announce another one with --host-version.");
+    return pluginFailure(ErrorCode::kUnsupported, m_file,
+                         "is not for a host of extension version " + std::to_string(m_host.extensionVersion) +
+                             "; announce another one with --host-version.");
   }
   if (reply <= 0 || reply > INT16_MAX) {
-    return failure(m_file, "answered start-up with " + std::to_string(reply) + ", which is no interface version.");
+    return pluginFailure(ErrorCode::kUnsupported, m_file,
+                         "answered start-up with " + std::to_string(reply) + ", which is no interface version.");
   }
   m_started = true;
   return static_cast<std::int16_t>(reply);
 }
 
-PluginResult<void> Plugin::shutdown() {
+Status Plugin::shutdown() {
   m_started = false;
   return send(fmx::kCallShutdown);
 }
 
-PluginResult<void> Plugin::idle(std::uint8_t level) {
+Status Plugin::idle(std::uint8_t level) {
   return enter(fmx::kCallIdle, level, Registry::instance().currentEnvironment().sessionId, 0, 0);
 }
 
-PluginResult<void> Plugin::send(std::uint8_t message) { return enter(message, 0, 0, 0, 0); }
+Status Plugin::send(std::uint8_t message) { return enter(message, 0, 0, 0, 0); }
 
-PluginResult<std::u16string> Plugin::getString(std::uint8_t id, std::uint32_t capacity) {
+Result<std::u16string> Plugin::getString(std::uint8_t id, std::uint32_t capacity) {
   // Zeroed, so that a string which is not written reads as empty; one unit more ends a string that lacks its
   // terminator.
   std::vector<char16_t> buffer(std::size_t{capacity} + 1);
   const auto address = reinterpret_cast<std::uintptr_t>(buffer.data());
-  if (const auto sent = enter(fmx::kCallGetString, id, 0, capacity, address); !sent) {
-    return tl::unexpected(sent.error());
-  }
+  ORLOCAL_CHECK(enter(fmx::kCallGetString, id, 0, capacity, address));
   return std::u16string(buffer.data());
 }
 

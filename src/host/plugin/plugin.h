@@ -5,16 +5,11 @@
 #include <memory>
 #include <string>
 
-#include <tl/expected.hpp>
-
+#include "base/result.h"
 #include "host/fmwrapper/call.h"
 #include "platform/host/fm_api.h"
 
 namespace orlocal::host {
-
-/// A value, or a sentence that names the file and says what to do.
-template <class T>
-using PluginResult = tl::expected<T, std::string>;
 
 /// What the host says of itself when it starts a plug-in.
 struct HostDescription {
@@ -25,9 +20,9 @@ struct HostDescription {
 
 /// A plug-in file in this process, talked to through its entry point only.
 ///
-/// One thread, the main one. What the plug-in registers goes to the process-wide Registry. The interface's functions
-/// are found in the `libFMWrapper.so` that this program has loaded already. Destruction shuts a started plug-in down
-/// and lets its file go.
+/// One thread, the main one. A failure names the file and says what to do. What the plug-in registers goes to the
+/// process-wide Registry. The interface's functions are found in the `libFMWrapper.so` that this program has loaded
+/// already. Destruction shuts a started plug-in down and lets its file go.
 class Plugin {
  public:
   /// Strings that every plug-in answers.
@@ -37,10 +32,10 @@ class Plugin {
   static constexpr std::uint8_t kHelpString = 132;
 
   /// Loads the file and finds its entry point; sends nothing yet, as strings may be asked before start-up.
-  static PluginResult<std::unique_ptr<Plugin>> open(const std::filesystem::path& file, HostDescription host = {});
+  static Result<std::unique_ptr<Plugin>> open(const std::filesystem::path& file, HostDescription host = {});
 
   /// Loads the file and starts it.
-  static PluginResult<std::unique_ptr<Plugin>> load(const std::filesystem::path& file, HostDescription host = {});
+  static Result<std::unique_ptr<Plugin>> load(const std::filesystem::path& file, HostDescription host = {});
 
   ~Plugin();
   Plugin(const Plugin&) = delete;
@@ -51,17 +46,17 @@ class Plugin {
 
   /// Start-up; may be sent again. Gives the interface version that the plug-in speaks; an error when the plug-in says
   /// that it is not for this host, or answers no version.
-  PluginResult<std::int16_t> start();
+  Result<std::int16_t> start();
   /// Shutdown; may be sent without start-up or twice. An exception that leaves the plug-in is the error.
-  PluginResult<void> shutdown();
+  Status shutdown();
   /// `level` 0 is the ordinary idle time.
-  PluginResult<void> idle(std::uint8_t level = 0);
+  Status idle(std::uint8_t level = 0);
   /// Any other message, with no parameters.
-  PluginResult<void> send(std::uint8_t message);
+  Status send(std::uint8_t message);
 
   /// A string of the plug-in; "" for one that it does not have or that does not fit. `capacity` counts UTF-16 units
   /// with the terminator.
-  PluginResult<std::u16string> getString(std::uint8_t id, std::uint32_t capacity = 4096);
+  Result<std::u16string> getString(std::uint8_t id, std::uint32_t capacity = 4096);
 
   /// The address of an exported symbol; null when there is none of that name. Valid as long as this.
   void* symbol(const char* name) const noexcept;
@@ -74,8 +69,8 @@ class Plugin {
 
  private:
   Plugin(std::filesystem::path file, HostDescription host);
-  PluginResult<void> enter(std::uint8_t message, std::uint8_t parm1, std::uintptr_t parm2, std::uintptr_t parm3,
-                           std::uintptr_t result);
+  Status enter(std::uint8_t message, std::uint8_t parm1, std::uintptr_t parm2, std::uintptr_t parm3,
+               std::uintptr_t result);
 
   std::filesystem::path m_file;
   HostDescription m_host;

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/calc/calc_failure.h"
 #include "host/calc/session.h"
 #include "host/calc/text_tools.h"
 
@@ -16,7 +17,7 @@ namespace orlocal::host::calc {
 /// Functions that a test makes up.
 class FakeLibrary : public FunctionLibrary {
  public:
-  using Body = std::function<tl::expected<Value, std::string>(std::span<const Value>)>;
+  using Body = std::function<Result<Value>(std::span<const Value>)>;
 
   void add(Signature signature, Body body) { m_functions.emplace_back(std::move(signature), std::move(body)); }
 
@@ -26,11 +27,11 @@ class FakeLibrary : public FunctionLibrary {
     return result;
   }
 
-  tl::expected<Value, std::string> call(std::string_view name, std::span<const Value> arguments) override {
+  Result<Value> call(std::string_view name, std::span<const Value> arguments) override {
     for (const auto& [signature, body] : m_functions) {
       if (signature.name == name) return body(arguments);
     }
-    return tl::unexpected<std::string>("no such function");
+    return failure(ErrorCode::kNotFound, "no such function");
   }
 
  private:
@@ -41,7 +42,7 @@ class FakeLibrary : public FunctionLibrary {
 class CalcTest : public ::testing::Test {
  protected:
   Outcome outcome(std::string_view calculation) {
-    CalcResult<Outcome> result = session.evaluate(calculation);
+    Result<Outcome> result = session.evaluate(calculation);
     if (result) return std::move(*result);
     ADD_FAILURE() << describe(calculation, result.error());
     return {};
@@ -57,7 +58,7 @@ class CalcTest : public ::testing::Test {
 
   /// The message of a calculation that cannot be read, with its place in front.
   std::string errorOf(std::string_view calculation) {
-    const CalcResult<Outcome> result = session.evaluate(calculation);
+    const Result<Outcome> result = session.evaluate(calculation);
     if (result) return "no error";
     const std::string described = describe(calculation, result.error());
     return described.substr(0, described.find('\n'));

@@ -76,7 +76,7 @@ TEST(LexerTest, TellsVariablesFromGlobalOnes) {
 TEST(LexerTest, SaysWhereAnOpenTextBegan) {
   const auto tokens = tokenize("1 & \"abc");
   ASSERT_FALSE(tokens);
-  EXPECT_EQ(tokens.error().offset, 4U);
+  EXPECT_EQ(tokens.error().place, 4U);
 }
 
 TEST(LexerTest, SaysThatCurlyQuotesAreNotQuotes) {
@@ -90,23 +90,6 @@ TEST(LexerTest, RefusesWhatHasNoMeaning) {
   EXPECT_FALSE(tokenize("$"));
   EXPECT_FALSE(tokenize("/* no end"));
   EXPECT_FALSE(tokenize("${no end"));
-}
-
-TEST(LexerTest, IsOpenWhileABracketATextOrACommentIs) {
-  EXPECT_EQ(completenessOf("Let ( [ a = 1 ;"), Completeness::kOpen);
-  EXPECT_EQ(completenessOf("\"abc"), Completeness::kOpen);
-  EXPECT_EQ(completenessOf("1 /* two"), Completeness::kOpen);
-}
-
-TEST(LexerTest, IsCompleteOnceTheyAreClosed) {
-  EXPECT_EQ(completenessOf("Let ( [ a = 1 ] ; a )"), Completeness::kComplete);
-  EXPECT_EQ(completenessOf("\"(\""), Completeness::kComplete);
-  EXPECT_EQ(completenessOf("1 // ("), Completeness::kComplete);
-}
-
-TEST(LexerTest, IsCompleteWhenMoreWouldNotHelp) {
-  EXPECT_EQ(completenessOf("1 ) ("), Completeness::kComplete);
-  EXPECT_EQ(completenessOf("( 1 # 2"), Completeness::kComplete);
 }
 
 TEST(LexerTest, HasNothingInBlanksAndComments) { EXPECT_TRUE(kinds(" /* nothing */ // at all").empty()); }

@@ -36,7 +36,7 @@ TEST_F(LimitsTest, EndsATextThatOutgrowsItself) {
        {"While ( [ t = \"ab\" ; i = 0 ] ; i < 50 ; [ t = t & t ; i = i + 1 ] ; t )",
         "Let ( t = \"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\" ; Substitute ( t ; \"a\" ; t ) )",
         "While ( [ t = \"ab\" ; i = 0 ] ; i < 50 ; [ t = List ( t ; t ) ; i = i + 1 ] ; t )"}) {
-    const CalcResult<Outcome> result = small.evaluate(calculation);
+    const Result<Outcome> result = small.evaluate(calculation);
     ASSERT_TRUE(result);
     EXPECT_THAT(result->value.utf8(), HasSubstr("?")) << calculation;
     ASSERT_FALSE(result->failures.empty()) << calculation;
@@ -116,7 +116,7 @@ TEST_F(LimitsTest, KeepsTheFirstReasonsOfALoopOverSomethingFaulty) {
 
 TEST_F(LimitsTest, ShowsAnErrorInALongLineWithWhatStandsAround) {
   const std::string calculation = std::string(5000, ' ') + "1 1" + std::string(5000, ' ');
-  const CalcResult<Outcome> result = session.evaluate(calculation);
+  const Result<Outcome> result = session.evaluate(calculation);
   ASSERT_FALSE(result);
   const std::string described = describe(calculation, result.error());
   EXPECT_LT(described.size(), 700U);

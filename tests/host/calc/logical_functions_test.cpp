@@ -17,7 +17,7 @@ class LogicalFunctionsTest : public CalcTest {
       return arguments.empty() ? Value::ofNumber(0) : arguments[0];
     });
     library.add({"Orlo_Fail", "Orlo_Fail", "", 0, 0},
-                [](auto) { return tl::unexpected<std::string>("Orlo_Fail threw an exception"); });
+                [](auto) { return failure(ErrorCode::kIo, "Orlo_Fail threw an exception"); });
   }
 
   int calls = 0;
@@ -90,8 +90,8 @@ TEST_F(LogicalFunctionsTest, ForgetsFailuresWithTheNextCalculation) {
 }
 
 TEST_F(LogicalFunctionsTest, KeepsACalculationWithinACalculationApart) {
-  library.add({"Orlo_Inner", "Orlo_Inner", "", 0, 0}, [this](auto) -> tl::expected<Value, std::string> {
-    const CalcResult<Outcome> inner = session.evaluate("Let ( a = Orlo_Fail ; a & \"!\" )");
+  library.add({"Orlo_Inner", "Orlo_Inner", "", 0, 0}, [this](auto) -> Result<Value> {
+    const Result<Outcome> inner = session.evaluate("Let ( a = Orlo_Fail ; a & \"!\" )");
     return inner->value;
   });
   const Outcome result = outcome("Let ( a = 1 ; Orlo_Inner & a )");

@@ -132,9 +132,9 @@ TEST_F(ParserTest, DoesNothingOfACalculationThatItCannotRead) {
 }
 
 TEST_F(ParserTest, ChecksACalculationWithoutDoingIt) {
-  EXPECT_FALSE(session.check("Orlo_GetLastError"));
-  ASSERT_TRUE(session.check("1 +"));
-  EXPECT_EQ(session.check("1 +")->offset, 3U);
+  EXPECT_TRUE(session.check("Orlo_GetLastError"));
+  ASSERT_FALSE(session.check("1 +"));
+  EXPECT_EQ(session.check("1 +").error().place, 3U);
 }
 
 }  // namespace

@@ -96,7 +96,8 @@ TEST_F(CalcCommandsTest, FailsOnAFileThatCannotBeRead) {
 TEST_F(CalcCommandsTest, FailsOnAStandardInputThatCannotBeRead) {
   for (const char* from : {" <\"$1\" 2>&1", " <&- 2>&1"}) {
     const ChildResult result =
-        runProgram({"/bin/sh", "-c", std::string("exec \"$0\" --plugin none run -") + from, program, folder.string()});
+        runProgram({"/bin/sh", "-c", std::string("exec \"$0\" --plugin none run -") + from, program, folder.string()})
+            .value();
     EXPECT_EQ(result.status, 1) << from;
     EXPECT_THAT(result.output, HasSubstr("standard input cannot be read: ")) << from;
   }

@@ -22,10 +22,11 @@ using ::testing::IsEmpty;
 class CommandLineTest : public ::testing::Test {
  protected:
   CommandLineTest() {
-    CLI::App& show = line.add("show", "Shows a thing.", [this](CommandContext& context) {
+    CLI::App& show = line.add("show", "Shows a thing.", [this](CommandContext& context) -> Result<ExitStatus> {
       ++runs;
       seen = context.options;
       if (fault) throw std::runtime_error(*fault);
+      if (refusal) return failure(*refusal);
       return status;
     });
     show.add_option("name", name);
@@ -44,6 +45,7 @@ class CommandLineTest : public ::testing::Test {
   GlobalOptions seen;
   std::string name;
   std::optional<std::string> fault;
+  std::optional<Failure> refusal;
   ExitStatus status = ExitStatus::kDone;
 };
 
@@ -74,6 +76,12 @@ TEST_F(CommandLineTest, PutsStoreAndSystemVersionIntoTheEnvironment) {
 TEST_F(CommandLineTest, EndsWithTheCommandsStatus) {
   status = ExitStatus::kFailed;
   EXPECT_EQ(run({"show"}), ExitStatus::kFailed);
+}
+
+TEST_F(CommandLineTest, TellsWhyACommandFailed) {
+  refusal = Failure{ErrorCode::kFull, "the disk is full"};
+  EXPECT_EQ(run({"show"}), ExitStatus::kFailed);
+  EXPECT_EQ(err.str(), "orlocal: the disk is full\n");
 }
 
 TEST_F(CommandLineTest, ReportsWhatACommandThrowsAsAFailure) {

@@ -31,7 +31,7 @@ TEST_F(PluginFileTest, IsSoughtWhereAServerKeepsIt) {
 TEST_F(PluginFileTest, IsMissedWithTheNamedPath) {
   GlobalOptions options;
   options.plugin = "/no/such.fmx";
-  EXPECT_THAT(pluginFile(options, program).error(), HasSubstr("/no/such.fmx"));
+  EXPECT_THAT(pluginFile(options, program).error().message, HasSubstr("/no/such.fmx"));
 }
 
 /// A function of a made-up plug-in, which gives its argument back.
@@ -67,7 +67,7 @@ TEST_F(PluginFunctionsTest, AreThoseThatAreRegistered) {
 TEST_F(PluginFunctionsTest, FailWithTheReasonWhenAnExceptionLeavesThem) {
   const auto result = functions.call("Test_Fail", {});
   ASSERT_FALSE(result);
-  EXPECT_THAT(result.error(), HasSubstr("Test_Fail"));
+  EXPECT_THAT(result.error().message, HasSubstr("Test_Fail"));
 }
 
 TEST_F(PluginFunctionsTest, AreGoneOnceTheyAreNoLongerRegistered) {

@@ -44,8 +44,8 @@ TEST(StepDefinitionTest, KnowsElementsAndAttributesInAnyCase) {
 }
 
 TEST(StepDefinitionTest, SaysWhatIsNoXml) {
-  EXPECT_THAT(readStepDefinition("<pluginstep>").error(), HasSubstr("no XML"));
-  EXPECT_THAT(readStepDefinition("").error(), HasSubstr("no XML"));
+  EXPECT_THAT(readStepDefinition("<pluginstep>").error().message, HasSubstr("no XML"));
+  EXPECT_THAT(readStepDefinition("").error().message, HasSubstr("no XML"));
 }
 
 TEST(StepDefinitionTest, ReadsWhatIsNestedVeryDeeply) {
@@ -59,7 +59,7 @@ TEST(StepDefinitionTest, ReadsWhatIsNestedVeryDeeply) {
 }
 
 TEST(StepDefinitionTest, SaysWhatIsNoStep) {
-  EXPECT_THAT(readStepDefinition("<step/>").error(), HasSubstr("begins with step"));
+  EXPECT_THAT(readStepDefinition("<step/>").error().message, HasSubstr("begins with step"));
 }
 
 }  // namespace

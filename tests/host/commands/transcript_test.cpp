@@ -13,13 +13,14 @@ using ::testing::IsEmpty;
 Transcript transcriptOf(std::string_view text, bool markdown = false) {
   auto transcript = parseTranscript(text, markdown);
   if (transcript) return std::move(*transcript);
-  ADD_FAILURE() << transcript.error().line << ": " << transcript.error().message;
+  ADD_FAILURE() << transcript.error().place.value_or(0) << ": " << transcript.error().message;
   return {};
 }
 
 std::string errorOf(std::string_view text) {
   const auto transcript = parseTranscript(text, false);
-  return transcript ? "no error" : std::to_string(transcript.error().line) + ": " + transcript.error().message;
+  return transcript ? "no error"
+                    : std::to_string(transcript.error().place.value_or(0)) + ": " + transcript.error().message;
 }
 
 TEST(TranscriptTest, PairsCalculationsWithWhatTheyPrint) {
@@ -109,47 +110,6 @@ TEST(TranscriptTest, SaysWhatIsWrongAndWhere) {
   EXPECT_EQ(errorOf("@host-version new\n"), "1: new is no number");
   EXPECT_EQ(errorOf("@import\n"), "1: @import needs a file");
   EXPECT_EQ(errorOf("@store \"a\n"), "1: a quote is not closed");
-}
-
-TEST(TranscriptTest, ComparesLinesExactly) {
-  EXPECT_TRUE(matchesLine("2", "2"));
-  EXPECT_FALSE(matchesLine("2", "2 "));
-  EXPECT_FALSE(matchesLine("a", "A"));
-  EXPECT_FALSE(matchesLine("", "a"));
-}
-
-TEST(TranscriptTest, LetsAnEllipsisStandForAnythingWithinALine) {
-  EXPECT_TRUE(matchesLine("…", "anything"));
-  EXPECT_TRUE(matchesLine("…", ""));
-  EXPECT_TRUE(matchesLine("a…c", "abc"));
-  EXPECT_TRUE(matchesLine("a…c…e", "abcde"));
-  EXPECT_TRUE(matchesLine("…b…", "abab"));
-  EXPECT_FALSE(matchesLine("a…c", "ab"));
-  EXPECT_FALSE(matchesLine("ab…b", "ab"));
-  EXPECT_FALSE(matchesLine("a…x…c", "abc"));
-}
-
-TEST(TranscriptTest, KeepsWhatABackslashProtects) {
-  EXPECT_TRUE(matchesLine("\\> quoted", "> quoted"));
-  EXPECT_TRUE(matchesLine("\\…", "…"));
-  EXPECT_FALSE(matchesLine("\\…", "anything"));
-  EXPECT_TRUE(matchesLine("a\\…", "a…"));
-  EXPECT_TRUE(matchesLine("C:\\x", "C:\\x"));
-  EXPECT_TRUE(matchesLine("\\\\x", "\\x"));
-}
-
-TEST(TranscriptTest, LeavesOutBlankLinesAtTheEndOfWhatIsExpected) {
-  EXPECT_TRUE(matchesLines({"1", "", " "}, {"1"}));
-  EXPECT_TRUE(matchesLines({"1", ""}, {"1", ""}));
-  EXPECT_FALSE(matchesLines({"1"}, {"1", ""}));
-  EXPECT_FALSE(matchesLines({"1", "", "2"}, {"1"}));
-}
-
-TEST(TranscriptTest, NeedsNoLineForAnEmptyResult) {
-  EXPECT_TRUE(matchesLines({}, {""}));
-  EXPECT_TRUE(matchesLines({""}, {""}));
-  EXPECT_FALSE(matchesLines({}, {"1"}));
-  EXPECT_FALSE(matchesLines({"1"}, {""}));
 }
 
 }  // namespace

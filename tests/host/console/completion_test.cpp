@@ -15,7 +15,7 @@ class OneFunction : public calc::FunctionLibrary {
     return {{"Orlo_GetLastError", "Orlo_GetLastError( {type} )", "", 0, 1},
             {"Orlo_OpenItemAt", "Orlo_OpenItemAt( type ; index )", "", 2, 2}};
   }
-  tl::expected<Value, std::string> call(std::string_view, std::span<const Value>) override { return Value{}; }
+  Result<Value> call(std::string_view, std::span<const Value>) override { return Value{}; }
 };
 
 class CompletionTest : public ::testing::Test {

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/calc/session.h"
+
 namespace orlocal::host {
 namespace {
 
@@ -19,8 +21,8 @@ class Functions : public calc::FunctionLibrary {
     return {{"Orlo_Fail", "Orlo_Fail( {type} )", "words|Always fails.", 0, 1},
             {"Turned", "Turned( \u202etype )", "words|Clears\x1b[2J.", 0, 1}};
   }
-  tl::expected<Value, std::string> call(std::string_view, std::span<const Value>) override {
-    return tl::unexpected<std::string>("Orlo_Fail threw an exception");
+  Result<Value> call(std::string_view, std::span<const Value>) override {
+    return failure(ErrorCode::kIo, "Orlo_Fail threw an exception");
   }
 };
 

@@ -81,11 +81,12 @@ class EditedLinesTest : public ::testing::Test {
   [[noreturn]] void answerLines() {
     ::setenv("TERM", "xterm", 1);
     {
-      EditedLines lines(history(), [](std::string_view before) {
+      const auto opened = EditedLines::open(history(), [](std::string_view before) {
         Completion completion;
         if (before == "ti") completion = {"tle", {{"title", "title ( text )", false}}};
         return completion;
       });
+      EditedLines& lines = **opened;
       for (;;) {
         const LineSource::Line line = lines.read("> ");
         if (line.outcome == LineSource::Outcome::kEnd) break;

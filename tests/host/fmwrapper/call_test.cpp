@@ -41,23 +41,25 @@ RegisteredFunction registered(std::int16_t id, std::int16_t minArgs, std::int16_
 std::vector<Value> values(std::size_t count) { return std::vector<Value>(count, Value::ofText(u"x")); }
 
 TEST(CallFunction, PassesArgumentsAndGivesTheResult) {
-  const CallResult result = callFunction(registered(1, 0, 3), values(2));
+  const Result<Value> result = callFunction(registered(1, 0, 3), values(2));
   ASSERT_TRUE(result);
   EXPECT_EQ(result->type(), fmx::kNumber);
   EXPECT_EQ(result->utf8(), "2");
 }
 
 TEST(CallFunction, GivesAnEmptyResultWhenNoneIsSet) {
-  const CallResult result = callFunction(registered(5, 0, 0), {});
+  const Result<Value> result = callFunction(registered(5, 0, 0), {});
   ASSERT_TRUE(result);
   EXPECT_TRUE(result->isEmpty());
 }
 
 TEST(CallFunction, HoldsTheCountAgainstTheRegistration) {
-  EXPECT_EQ(callFunction(registered(1, 2, 4), values(1)).error(), "Test_Sample takes 2 to 4 values, not 1.");
-  EXPECT_EQ(callFunction(registered(1, 2, 4), values(5)).error(), "Test_Sample takes 2 to 4 values, not 5.");
-  EXPECT_EQ(callFunction(registered(1, 1, 1), values(0)).error(), "Test_Sample takes 1 value, not 0.");
-  EXPECT_EQ(callFunction(registered(1, 2, -1), values(1)).error(), "Test_Sample takes at least 2 values, not 1.");
+  EXPECT_EQ(callFunction(registered(1, 2, 4), values(1)).error().message, "Test_Sample takes 2 to 4 values, not 1.");
+  EXPECT_EQ(callFunction(registered(1, 2, 4), values(5)).error().message, "Test_Sample takes 2 to 4 values, not 5.");
+  EXPECT_EQ(callFunction(registered(1, 1, 1), values(0)).error().message, "Test_Sample takes 1 value, not 0.");
+  EXPECT_EQ(callFunction(registered(1, 2, -1), values(1)).error().message,
+            "Test_Sample takes at least 2 values, not 1.");
+  EXPECT_EQ(callFunction(registered(1, 1, 1), values(0)).error().code, ErrorCode::kInvalid);
 }
 
 TEST(CallFunction, AllowsAnyNumberWithoutAMaximum) {
@@ -65,16 +67,19 @@ TEST(CallFunction, AllowsAnyNumberWithoutAMaximum) {
 }
 
 TEST(CallFunction, ReportsAnErrorCode) {
-  EXPECT_EQ(callFunction(registered(2, 0, 0), {}).error(), "Test_Sample answered the error 17.");
+  EXPECT_EQ(callFunction(registered(2, 0, 0), {}).error().message, "Test_Sample answered the error 17.");
+  EXPECT_EQ(callFunction(registered(2, 0, 0), {}).error().code, ErrorCode::kRefused);
 }
 
 TEST(CallFunction, ReportsAnExceptionWithItsText) {
-  EXPECT_EQ(callFunction(registered(3, 0, 0), {}).error(),
+  EXPECT_EQ(callFunction(registered(3, 0, 0), {}).error().message,
             "Test_Sample failed with an exception: the calendar is away");
+  EXPECT_EQ(callFunction(registered(3, 0, 0), {}).error().code, ErrorCode::kIo);
 }
 
 TEST(CallFunction, ReportsAnExceptionOfAnyKind) {
-  EXPECT_EQ(callFunction(registered(4, 0, 0), {}).error(), "Test_Sample failed with an exception of an unknown kind.");
+  EXPECT_EQ(callFunction(registered(4, 0, 0), {}).error().message,
+            "Test_Sample failed with an exception of an unknown kind.");
 }
 
 TEST(CallFunction, PassesTheEnvironment) {

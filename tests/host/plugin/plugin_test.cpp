@@ -21,14 +21,16 @@ constexpr const char* kContrary = ORLOCAL_CONTRARY_PLUGIN;
 
 std::string call(std::u16string_view name, const std::vector<Value>& arguments = {}) {
   const auto function = Registry::instance().function(name);
-  if (!function) return "not registered";
-  const CallResult result = callFunction(*function, arguments);
-  return result ? result->utf8() : result.error();
+  if (!function) {
+    return "not registered";
+  }
+  const Result<Value> result = callFunction(*function, arguments);
+  return result ? result->utf8() : result.error().message;
 }
 
 TEST(PluginLoading, TakesTheRegistrations) {
   const auto plugin = Plugin::load(kSample);
-  ASSERT_TRUE(plugin) << plugin.error();
+  ASSERT_TRUE(plugin) << plugin.error().message;
   EXPECT_TRUE((*plugin)->isStarted());
   EXPECT_EQ(call(u"test_echo", {Value::ofText(u"hello")}), "hello");
   EXPECT_NE(Registry::instance().step(u"Test Echo"), nullptr);
@@ -39,19 +41,19 @@ TEST(PluginLoading, FindsAFileInTheCurrentFolder) {
   std::filesystem::current_path(std::filesystem::path(kSample).parent_path());
   const auto plugin = Plugin::open(std::filesystem::path(kSample).filename());
   std::filesystem::current_path(before);
-  EXPECT_TRUE(plugin) << plugin.error();
+  EXPECT_TRUE(plugin) << plugin.error().message;
 }
 
 TEST(PluginLoading, NamesAFileThatIsMissing) {
   const auto plugin = Plugin::load("/nowhere/Missing.fmx");
   ASSERT_FALSE(plugin);
-  EXPECT_EQ(plugin.error(), "/nowhere/Missing.fmx does not exist; name the plug-in's file with --plugin.");
+  EXPECT_EQ(plugin.error().message, "/nowhere/Missing.fmx does not exist; name the plug-in's file with --plugin.");
 }
 
 TEST(PluginLoading, RefusesAFolder) {
   const auto plugin = Plugin::load("/tmp");
   ASSERT_FALSE(plugin);
-  EXPECT_THAT(plugin.error(), StartsWith("/tmp is a folder"));
+  EXPECT_THAT(plugin.error().message, StartsWith("/tmp is a folder"));
 }
 
 TEST(PluginLoading, RefusesAFileThatIsNoSharedObject) {
@@ -60,19 +62,19 @@ TEST(PluginLoading, RefusesAFileThatIsNoSharedObject) {
   const auto plugin = Plugin::load(file);
   std::filesystem::remove(file);
   ASSERT_FALSE(plugin);
-  EXPECT_THAT(plugin.error(), HasSubstr("cannot be loaded:"));
+  EXPECT_THAT(plugin.error().message, HasSubstr("cannot be loaded:"));
 }
 
 TEST(PluginLoading, RefusesASharedObjectWithoutTheEntryPoint) {
   const auto plugin = Plugin::load(ORLOCAL_NO_PLUGIN);
   ASSERT_FALSE(plugin);
-  EXPECT_THAT(plugin.error(), HasSubstr("has no entry point FMExternCallProc"));
+  EXPECT_THAT(plugin.error().message, HasSubstr("has no entry point FMExternCallProc"));
 }
 
 TEST(PluginStart, ReportsThatThePluginIsNotForThisHost) {
   const auto plugin = Plugin::load(kSample, {.extensionVersion = 49});
   ASSERT_FALSE(plugin);
-  EXPECT_THAT(plugin.error(), HasSubstr("is not for a host of extension version 49"));
+  EXPECT_THAT(plugin.error().message, HasSubstr("is not for a host of extension version 49"));
   EXPECT_EQ(call(u"Test_Echo"), "not registered");
 }
 
@@ -85,7 +87,7 @@ TEST(PluginStart, GivesTheVersionThatThePluginSpeaks) {
 TEST(PluginStart, RefusesAnAnswerThatIsNoVersion) {
   const auto plugin = Plugin::load(kContrary);
   ASSERT_FALSE(plugin);
-  EXPECT_THAT(plugin.error(), HasSubstr("answered start-up with 0"));
+  EXPECT_THAT(plugin.error().message, HasSubstr("answered start-up with 0"));
 }
 
 TEST(PluginStart, SendsWhatAHostSends) {
@@ -125,7 +127,8 @@ TEST(PluginShutdown, MayComeTwiceAndWithoutAStart) {
 TEST(PluginShutdown, ReportsWhatThePluginThrows) {
   const auto plugin = Plugin::load(kContrary, {.extensionVersion = 60});
   ASSERT_TRUE(plugin);
-  EXPECT_THAT((*plugin)->shutdown().error(), HasSubstr("failed at the host's message 4 with an exception: not yet."));
+  EXPECT_THAT((*plugin)->shutdown().error().message,
+              HasSubstr("failed at the host's message 4 with an exception: not yet."));
 }
 
 /// How often the sample was shut down, as it says itself.
@@ -163,7 +166,7 @@ TEST(PluginMessages, AreSentWithoutParameters) {
 TEST(PluginMessages, ReportAnExceptionOfAnyKind) {
   const auto plugin = Plugin::open(kContrary);
   ASSERT_TRUE(plugin);
-  EXPECT_THAT((*plugin)->idle().error(), HasSubstr("message 1 with an exception of an unknown kind."));
+  EXPECT_THAT((*plugin)->idle().error().message, HasSubstr("message 1 with an exception of an unknown kind."));
 }
 
 TEST(PluginStrings, AreAskedForBeforeStartUp) {

@@ -165,8 +165,12 @@ class Caller {
     for (const Step& step : steps) {
       const std::string result = call(step.function, step.arguments);
       const std::string code = call("Orlo_GetLastError", {"number"});
-      if (result != step.result || code != std::to_string(step.code)) note(step, result, code);
-      if (const auto idle = m_plugin.idle(); !idle) m_out << "idle: " << idle.error() << '\n';
+      if (result != step.result || code != std::to_string(step.code)) {
+        note(step, result, code);
+      }
+      if (const auto idle = m_plugin.idle(); !idle) {
+        m_out << "idle: " << idle.error().message << '\n';
+      }
     }
   }
 
@@ -174,9 +178,11 @@ class Caller {
     const auto function = Registry::instance().function(toUtf16(name));
     if (!function) return "there is no such function";
     std::vector<Value> arguments;
-    for (const char* word : words) arguments.push_back(Value::ofUtf8(word));
-    const CallResult result = callFunction(*function, arguments);
-    return result ? result->utf8() : result.error();
+    for (const char* word : words) {
+      arguments.push_back(Value::ofUtf8(word));
+    }
+    const Result<Value> result = callFunction(*function, arguments);
+    return result ? result->utf8() : result.error().message;
   }
 
  private:
@@ -323,7 +329,7 @@ TEST_P(UnusableStore, IsAnsweredWithTheCodesOfAPlatformThatHasNothing) {
     situation().bringAbout(folder);
     auto plugin = Plugin::load(ORLOCAL_PLUGIN);
     if (!plugin) {
-      notes << plugin.error();
+      notes << plugin.error().message;
       return;
     }
     constexpr uid_t kNobody = 65534;
@@ -338,12 +344,18 @@ TEST_P(UnusableStore, IsAnsweredWithTheCodesOfAPlatformThatHasNothing) {
       if (words.find(situation().reason) == std::string::npos) notes << "the last error is: " << words << '\n';
     }
     const auto registered = registerUpdateScript(**plugin, "Solution", "Calendar changed");
-    if (registered) notes << "there is nothing to follow, and nobody says so\n";
-    if (!registered && registered.error().find("System Error CalendarStoreException") == std::string::npos) {
-      notes << registered.error() << '\n';
+    if (registered) {
+      notes << "there is nothing to follow, and nobody says so\n";
     }
-    if (const auto idle = (*plugin)->idle(); !idle) notes << idle.error() << '\n';
-    if (const auto end = (*plugin)->shutdown(); !end) notes << end.error() << '\n';
+    if (!registered && registered.error().message.find("System Error CalendarStoreException") == std::string::npos) {
+      notes << registered.error().message << '\n';
+    }
+    if (const auto idle = (*plugin)->idle(); !idle) {
+      notes << idle.error().message << '\n';
+    }
+    if (const auto end = (*plugin)->shutdown(); !end) {
+      notes << end.error().message << '\n';
+    }
   });
   EXPECT_EQ(outcome.notes, "ended");
   EXPECT_THAT(outcome.log, HasSubstr(situation().reason));
@@ -367,14 +379,16 @@ TEST_P(NoDescriptor, LeavesNoExceptionAndNoScript) {
     name(folder / "calendar.db");
     auto plugin = Plugin::load(ORLOCAL_PLUGIN);
     if (!plugin) {
-      notes << plugin.error();
+      notes << plugin.error().message;
       return;
     }
     const fakes::NoDescriptorLeft none;
-    if (const auto idle = (*plugin)->idle(); !idle) notes << "idle: " << idle.error() << '\n';
+    if (const auto idle = (*plugin)->idle(); !idle) {
+      notes << "idle: " << idle.error().message << '\n';
+    }
     const auto registered = registerUpdateScript(**plugin, "Solution", "Calendar changed");
-    if (registered || registered.error().find("System Error RunLoopException") == std::string::npos) {
-      notes << "registering: " << (registered ? "worked" : registered.error()) << '\n';
+    if (registered || registered.error().message.find("System Error RunLoopException") == std::string::npos) {
+      notes << "registering: " << (registered ? "worked" : registered.error().message) << '\n';
     }
     Caller(**plugin, notes).perform(stepsOfTheCurrentBackEnd());
   });

@@ -34,7 +34,7 @@ class UpdateScriptTest : public testing::Test {
 
   void load() {
     auto loaded = Plugin::load(ORLOCAL_PLUGIN);
-    ASSERT_TRUE(loaded) << loaded.error();
+    ASSERT_TRUE(loaded) << loaded.error().message;
     plugin = std::move(*loaded);
   }
 
@@ -56,23 +56,23 @@ class UpdateScriptTest : public testing::Test {
 
 TEST(PluginSymbol, IsFoundByItsName) {
   const auto plugin = Plugin::open(ORLOCAL_SAMPLE_PLUGIN);
-  ASSERT_TRUE(plugin) << plugin.error();
+  ASSERT_TRUE(plugin) << plugin.error().message;
   EXPECT_NE((*plugin)->symbol("FMExternCallProc"), nullptr);
   EXPECT_EQ((*plugin)->symbol("NoSuchSymbol"), nullptr);
 }
 
 TEST(UpdateScriptOfAnotherPlugin, CannotBeRegistered) {
   const auto plugin = Plugin::load(ORLOCAL_SAMPLE_PLUGIN);
-  ASSERT_TRUE(plugin) << plugin.error();
+  ASSERT_TRUE(plugin) << plugin.error().message;
   const auto registered = registerUpdateScript(**plugin, "Solution", "Calendar changed");
   ASSERT_FALSE(registered);
-  EXPECT_THAT(registered.error(), HasSubstr("has no Orlo_RegisterUpdateScript"));
+  EXPECT_THAT(registered.error().message, HasSubstr("has no Orlo_RegisterUpdateScript"));
 }
 
 TEST_F(UpdateScriptTest, StartsAtTheNextIdleTimeAfterAChange) {
   load();
   const auto registered = registerUpdateScript(*plugin, "Solution", "Calendar changed");
-  ASSERT_TRUE(registered) << registered.error();
+  ASSERT_TRUE(registered) << registered.error().message;
   const std::string identifier = saveAnEventElsewhere();
   ASSERT_TRUE(plugin->idle());
   const auto starts = Registry::instance().takeScriptStarts();
@@ -93,7 +93,7 @@ TEST_F(UpdateScriptTest, CannotBeRegisteredWithoutAStore) {
         ::setenv("ORLOCAL_STORE", (folder / "text" / "calendar.db").c_str(), 1);
         auto loaded = Plugin::load(ORLOCAL_PLUGIN);
         const auto registered = registerUpdateScript(**loaded, "Solution", "Calendar changed");
-        std::fputs(registered ? "registered" : registered.error().c_str(), stderr);
+        std::fputs(registered ? "registered" : registered.error().message.c_str(), stderr);
         ::_exit(registered ? 0 : 1);
       },
       testing::ExitedWithCode(1), "Orlo_RegisterUpdateScript failed");

@@ -4,18 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include <tl/expected.hpp>
+#include "base/result.h"
 
 namespace orlocal::host::calc {
 
-/// Why a calculation cannot be used, and where.
-struct CalcError {
-  std::size_t offset = 0;  ///< byte in the UTF-8 source
-  std::string message;     ///< one sentence without a full stop
-};
-
-template <class T>
-using CalcResult = tl::expected<T, CalcError>;
+/// Why a calculation cannot be used: one sentence without a full stop, about the byte `offset` of the UTF-8 source.
+Failed unreadable(std::size_t offset, std::string message, ErrorCode code = ErrorCode::kInvalid);
 
 /// Line and column as people count them: from 1, columns in characters.
 struct Place {
@@ -33,7 +27,8 @@ struct Origin {
   std::size_t firstLine = 1;  ///< the file's line at which the calculation begins
 };
 
-/// Three lines: `1:17: message` (after the file's name when there is one), the source line, a caret below the place.
-std::string describe(std::string_view source, const CalcError& error, const Origin& origin = {});
+/// Three lines: `1:17: message` (after the file's name when there is one), the source line, a caret below the place; a
+/// failure without one is shown at the beginning.
+std::string describe(std::string_view source, const Failure& why, const Origin& origin = {});
 
 }  // namespace orlocal::host::calc
