@@ -153,8 +153,7 @@ class Partner {
 
 void sleepUntilReadable(int descriptor, int milliseconds = -1) {
   pollfd any{.fd = descriptor, .events = POLLIN, .revents = 0};
-  while (poll(&any, 1, milliseconds) < 0 && errno == EINTR) {
-  }
+  while (poll(&any, 1, milliseconds) < 0 && errno == EINTR) {}
 }
 
 /// The median of the seconds from the deed of `partner` to the end of `wait`, which says when it woke.
@@ -266,8 +265,7 @@ void measureNotices(Report& report, const Setting& setting) {
     sleepUntilReadable(descriptor);
     const std::int64_t woken = nanoseconds();
     std::array<char, 4096> ignored;
-    while (read(descriptor, ignored.data(), ignored.size()) > 0) {
-    }
+    while (read(descriptor, ignored.data(), ignored.size()) > 0) {}
     return woken;
   };
   const auto toScriptStart = [&] { return wakeUp(saver, [&] { return listener.waitForStart(); }); };

@@ -60,3 +60,10 @@ function(orlocal_test name)
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
                                           "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z")
 endfunction()
+
+# orlocal_about_threads(NAME): the test is labelled so, and built by the target `threads_tests`: what the thread sanitizer
+# is for.
+function(orlocal_about_threads name)
+  set_tests_properties(${name} PROPERTIES LABELS threads)
+  add_dependencies(threads_tests ${name})
+endfunction()

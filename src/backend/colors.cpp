@@ -34,21 +34,21 @@ std::optional<Color> colorNamed(const OptionalText& name) {
 }
 
 std::optional<Color> colorFromNumbers(const OptionalText& numbers) {
-  if (!numbers) return std::nullopt;
+  if (!numbers) { return std::nullopt; }
   const auto pieces = splitAtWhitespace(*numbers);
-  if (pieces.size() != 3) return std::nullopt;
+  if (pieces.size() != 3) { return std::nullopt; }
   double parts[3];
   for (std::size_t i = 0; i < 3; ++i) {
     parts[i] = doubleValue(pieces[i]) / kFull;
     // The upper bound is tested after the division: solutions pass components above 255 and get them stored.
-    if (parts[i] < 0 || parts[i] > kFull) return std::nullopt;
+    if (parts[i] < 0 || parts[i] > kFull) { return std::nullopt; }
   }
   return Color::calibratedRgb(parts[0], parts[1], parts[2]);
 }
 
 OptionalText colorText(const std::optional<Color>& color) {
   const auto rgb = color ? color->usingCalibratedRgb() : std::nullopt;
-  if (!rgb) return std::nullopt;
+  if (!rgb) { return std::nullopt; }
   return fixedText(rgb->red * kFull, 0) + " " + fixedText(rgb->green * kFull, 0) + " " +
          fixedText(rgb->blue * kFull, 0);
 }

@@ -9,7 +9,7 @@ namespace orlocal {
 template <class Row, std::size_t Size>
 constexpr const Row* rowFor(const Row (&table)[Size], std::string_view word) {
   for (const Row& row : table) {
-    if (row.word == word) return &row;
+    if (row.word == word) { return &row; }
   }
   return nullptr;
 }
@@ -18,7 +18,7 @@ constexpr const Row* rowFor(const Row (&table)[Size], std::string_view word) {
 template <class Row, std::size_t Size>
 constexpr const Row* rowNumbered(const Row (&table)[Size], long number) {
   for (const Row& row : table) {
-    if (row.number == number) return &row;
+    if (row.number == number) { return &row; }
   }
   return nullptr;
 }

@@ -66,7 +66,7 @@ std::optional<AlarmAction> alarmActionNamed(const OptionalText& action) { return
 
 std::string_view alarmActionWord(AlarmAction action) {
   for (const auto& row : kAlarmActions) {
-    if (row.value == action) return row.word;
+    if (row.value == action) { return row.word; }
   }
   return {};
 }

@@ -51,14 +51,14 @@ std::string fixedText(double number, int decimals) {
 }
 
 OptionalText dateText(std::optional<Date> date) {
-  if (!date) return std::nullopt;
+  if (!date) { return std::nullopt; }
   return formatDate(*date, platform().defaultTimeZone().secondsFromGMTForDate(*date));
 }
 
 std::string listText(const std::vector<std::string>& items) {
   std::string text;
   for (const auto& item : items) {
-    if (&item != &items.front()) text += kListSeparator;
+    if (&item != &items.front()) { text += kListSeparator; }
     text += item;
   }
   return text;
@@ -67,7 +67,7 @@ std::string listText(const std::vector<std::string>& items) {
 std::string listText(const std::vector<long>& numbers) {
   std::vector<std::string> items;
   items.reserve(numbers.size());
-  for (const long number : numbers) items.push_back(std::to_string(number));
+  for (const long number : numbers) { items.push_back(std::to_string(number)); }
   return listText(items);
 }
 
@@ -76,11 +76,11 @@ std::string pairText(long first, long second) { return std::to_string(first) + "
 std::int32_t integerValue(std::string_view text) {
   text = withoutLeadingSpace(text);
   const bool negative = text.starts_with('-');
-  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  if (negative || text.starts_with('+')) { text.remove_prefix(1); }
   std::int64_t value = 0;
   const std::int64_t limit = std::int64_t{std::numeric_limits<std::int32_t>::max()} + (negative ? 1 : 0);
   for (const char c : text) {
-    if (!isDigit(c)) break;
+    if (!isDigit(c)) { break; }
     value = std::min(value * 10 + (c - '0'), limit);
   }
   return static_cast<std::int32_t>(negative ? -value : value);
@@ -89,9 +89,9 @@ std::int32_t integerValue(std::string_view text) {
 double doubleValue(std::string_view text) {
   text = withoutLeadingSpace(text);
   const bool negative = text.starts_with('-');
-  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  if (negative || text.starts_with('+')) { text.remove_prefix(1); }
   // Words such as "inf" are no numbers here.
-  if (text.empty() || !(isDigit(text.front()) || text.front() == '.')) return 0;
+  if (text.empty() || !(isDigit(text.front()) || text.front() == '.')) { return 0; }
   double value = 0;
   const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
   if (read.ec == std::errc::result_out_of_range) {
@@ -101,7 +101,7 @@ double doubleValue(std::string_view text) {
 }
 
 OptionalText urlWithString(const OptionalText& text) {
-  if (!text) return std::nullopt;
+  if (!text) { return std::nullopt; }
   constexpr std::string_view kHex = "0123456789ABCDEF";
   std::string url;
   url.reserve(text->size());

@@ -27,9 +27,7 @@ std::shared_ptr<const EKReminderArray> awaitedReminders(EKEventStore& store,
     answer->reminders = std::move(reminders);
     answer->waiting = false;
   });
-  while (answer->waiting) {
-    platform.currentRunLoop().runFor(kWaitStep);
-  }
+  while (answer->waiting) { platform.currentRunLoop().runFor(kWaitStep); }
   return answer->reminders;
 }
 

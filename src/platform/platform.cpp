@@ -12,7 +12,7 @@ std::shared_ptr<Platform>& current() {
 
 struct ClosesStoresAtTheEnd {
   ~ClosesStoresAtTheEnd() {
-    if (current()) current()->closeStores();
+    if (current()) { current()->closeStores(); }
   }
 };
 
@@ -21,7 +21,7 @@ struct ClosesStoresAtTheEnd {
 Platform& platform() {
   static const ClosesStoresAtTheEnd end;
   auto& instance = current();
-  if (!instance) instance = makeSystemPlatform();
+  if (!instance) { instance = makeSystemPlatform(); }
   return *instance;
 }
 

@@ -135,11 +135,11 @@ class Restoring {
     // A reader beside the writer: it sees what was committed last, and nothing can be committed any more.
     ORLOCAL_TRY(Database before, Database::open(m_store, m_options.busyTimeout));
     const Bell bell(m_store);
-    const auto copied = content.copyInto(present, [&]() -> Status {
+    const Status copied = content.copyInto(present, [&]() -> Status {
       ORLOCAL_CHECK(keep(before));
       return goOnCounting(content, before);
     });
-    if (!copied) { return copied; }
+    ORLOCAL_CHECK(copied);
     bell.ring();
     before.close();
     present.emptyLog();

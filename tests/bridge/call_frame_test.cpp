@@ -145,9 +145,7 @@ TEST_F(Frame, LetsTheHostsOtherFailuresLeave) {
   try {
     frame.text(0);
     FAIL() << "no exception left";
-  } catch (const std::bad_alloc&) {
-    FAIL() << "taken for out of memory";
-  } catch (const std::exception&) {
+  } catch (const std::bad_alloc&) { FAIL() << "taken for out of memory"; } catch (const std::exception&) {
   }
 }
 

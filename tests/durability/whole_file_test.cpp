@@ -77,9 +77,7 @@ class HostThatSaves : public testing::TestWithParam<const char*> {
     std::filesystem::copy_file(store.file(), copy.file());
     std::vector<std::string> titles;
     const auto calendars = openStore(copy.file())->calendars(store::CalendarKind::kEvents).value();
-    for (const auto& calendar : calendars) {
-      titles.push_back(calendar.title);
-    }
+    for (const auto& calendar : calendars) { titles.push_back(calendar.title); }
     return titles;
   }
   bool hasLog() const { return std::filesystem::exists(store.file().string() + "-wal"); }

@@ -123,9 +123,7 @@ void FakeEventStore::fetchRemindersMatchingPredicate(const std::shared_ptr<const
   if (const auto* mine = dynamic_cast<const FakeReminderPredicate*>(predicate.get()); m_answers && mine != nullptr) {
     std::vector<FakeArray<EKReminder>::Make> matching;
     for (const auto& reminder : m_reminders) {
-      if (!mine->matches(*reminder)) {
-        continue;
-      }
+      if (!mine->matches(*reminder)) { continue; }
       matching.push_back([this, kept = std::weak_ptr(reminder)] {
         const auto record = kept.lock();
         return record ? copyOf(*record) : nullptr;

@@ -21,25 +21,17 @@ void forEachStart(const FakeEvent& event, const std::shared_ptr<EKRecurrenceRule
   const auto ruleEnd = rule ? rule->recurrenceEnd() : nullptr;
   Date start = *event.m_startDate;
   for (int number = 1; start < end; ++number) {
-    if (ruleEnd && ruleEnd->endDate() && start > *ruleEnd->endDate()) {
-      return;
-    }
-    if (ruleEnd && !ruleEnd->endDate() && number > ruleEnd->occurrenceCount()) {
-      return;
-    }
+    if (ruleEnd && ruleEnd->endDate() && start > *ruleEnd->endDate()) { return; }
+    if (ruleEnd && !ruleEnd->endDate() && number > ruleEnd->occurrenceCount()) { return; }
     const bool excluded = std::ranges::find(event.m_excluded, start) != event.m_excluded.end();
-    if ((!excluded && !visit(start)) || !rule) {
-      return;
-    }
+    if ((!excluded && !visit(start)) || !rule) { return; }
     start += rule->interval() * 24h;
   }
 }
 
 /// Series are expanded so far when the range has no end of its own.
 Date lastStart(Date start, Date end) {
-  if (end < distantFuture()) {
-    return end;
-  }
+  if (end < distantFuture()) { return end; }
   return std::max(start > distantPast() ? start : fakeNow(), fakeNow()) + 4 * 365 * 24h;
 }
 
@@ -67,9 +59,7 @@ std::shared_ptr<FakeEvent> FakeEventStore::addEvent(std::string_view calendarTit
 }
 
 std::shared_ptr<EKRecurrenceRule> FakeEventStore::ruleOf(const FakeEvent& event) const {
-  if (!m_expandsSeries || event.m_detached || !event.m_rules || event.m_rules->empty()) {
-    return nullptr;
-  }
+  if (!m_expandsSeries || event.m_detached || !event.m_rules || event.m_rules->empty()) { return nullptr; }
   const auto& rule = event.m_rules->front();
   return rule->frequency() == static_cast<int>(EKRecurrenceFrequency::kDaily) ? rule : nullptr;
 }
@@ -86,9 +76,7 @@ std::shared_ptr<FakeEvent> FakeEventStore::occurrenceCopy(const FakeEvent& recor
 
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForEvents(Date start, Date end,
                                                                       const EKCalendarArray& calendars) {
-  if (!m_answers || start > end) {
-    return nullptr;
-  }
+  if (!m_answers || start > end) { return nullptr; }
   auto predicate = std::make_shared<FakeEventPredicate>();
   predicate->start = start;
   predicate->end = end;
@@ -99,9 +87,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForEvents(Date start
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForOneEvent(Date start, Date end,
                                                                         const EKCalendarArray& calendars,
                                                                         std::string_view identifier) {
-  if (!m_answers || start > end) {
-    return nullptr;
-  }
+  if (!m_answers || start > end) { return nullptr; }
   auto predicate = std::make_shared<FakeEventPredicate>();
   predicate->start = start;
   predicate->end = end;
@@ -113,17 +99,11 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForOneEvent(Date sta
 std::shared_ptr<const EKEventArray> FakeEventStore::eventsMatchingPredicate(
     const std::shared_ptr<const EKPredicate>& predicate) {
   const auto* asked = dynamic_cast<const FakeEventPredicate*>(predicate.get());
-  if (!m_answers || asked == nullptr) {
-    return nullptr;
-  }
+  if (!m_answers || asked == nullptr) { return nullptr; }
   std::vector<std::tuple<Date, Date, OptionalText, std::shared_ptr<FakeEvent>>> found;
   for (const auto& event : m_events) {
-    if (!asked->calendars.contains(event->m_calendar->calendarIdentifier())) {
-      continue;
-    }
-    if (asked->identifier && event->m_eventIdentifier != asked->identifier) {
-      continue;
-    }
+    if (!asked->calendars.contains(event->m_calendar->calendarIdentifier())) { continue; }
+    if (asked->identifier && event->m_eventIdentifier != asked->identifier) { continue; }
     const auto rule = ruleOf(*event);
     forEachStart(*event, rule, rule ? lastStart(asked->start, asked->end) : asked->end, [&](Date start) {
       const Date end = start + (*event->m_endDate - *event->m_startDate);
@@ -146,19 +126,13 @@ std::shared_ptr<const EKEventArray> FakeEventStore::eventsMatchingPredicate(
 }
 
 std::shared_ptr<EKEvent> FakeEventStore::eventWithIdentifier(std::string_view identifier) {
-  if (!m_answers) {
-    return nullptr;
-  }
+  if (!m_answers) { return nullptr; }
   std::shared_ptr<FakeEvent> first;
   for (const auto& event : m_events) {
-    if (event->m_eventIdentifier != identifier) {
-      continue;
-    }
+    if (event->m_eventIdentifier != identifier) { continue; }
     forEachStart(*event, ruleOf(*event), distantFuture(), [&](Date start) {
       auto candidate = occurrenceCopy(*event, start);
-      if (!first || candidate->occurrenceDate() < first->occurrenceDate()) {
-        first = std::move(candidate);
-      }
+      if (!first || candidate->occurrenceDate() < first->occurrenceDate()) { first = std::move(candidate); }
       return false;
     });
   }
@@ -166,24 +140,16 @@ std::shared_ptr<EKEvent> FakeEventStore::eventWithIdentifier(std::string_view id
 }
 
 std::shared_ptr<EKEvent> FakeEventStore::occurrenceOfEvent(std::string_view identifier, Date occurrenceDate) {
-  if (!m_answers) {
-    return nullptr;
-  }
+  if (!m_answers) { return nullptr; }
   std::shared_ptr<FakeEvent> found;
   for (const auto& event : m_events) {
-    if (event->m_eventIdentifier != identifier) {
-      continue;
-    }
+    if (event->m_eventIdentifier != identifier) { continue; }
     if (event->m_detached) {
-      if (event->m_occurrenceDate == occurrenceDate) {
-        return copyOf(*event);
-      }
+      if (event->m_occurrenceDate == occurrenceDate) { return copyOf(*event); }
       continue;
     }
     forEachStart(*event, ruleOf(*event), occurrenceDate + 1us, [&](Date start) {
-      if (start == occurrenceDate) {
-        found = occurrenceCopy(*event, start);
-      }
+      if (start == occurrenceDate) { found = occurrenceCopy(*event, start); }
       return !found;
     });
   }
@@ -192,28 +158,18 @@ std::shared_ptr<EKEvent> FakeEventStore::occurrenceOfEvent(std::string_view iden
 
 std::shared_ptr<FakeEvent> FakeEventStore::seriesOf(const EKEvent& occurrence) const {
   for (const auto& event : m_events) {
-    if (event->m_eventIdentifier == occurrence.eventIdentifier() && ruleOf(*event)) {
-      return event;
-    }
+    if (event->m_eventIdentifier == occurrence.eventIdentifier() && ruleOf(*event)) { return event; }
   }
   return nullptr;
 }
 
 bool FakeEventStore::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan span, bool, std::optional<Error>& error) {
   error = objection(event.get(), EKEntityType::kEvent);
-  if (error) {
-    return false;
-  }
+  if (error) { return false; }
   auto* fake = dynamic_cast<FakeEvent*>(event.get());
-  if (fake == nullptr) {
-    return refuseBecause(error, "The event is not of this store.");
-  }
-  if (!fake->m_startDate || !fake->m_endDate) {
-    return refuseBecause(error, "The event has no start or no end.");
-  }
-  if (fake->hasAttendees()) {
-    return refuseBecause(error, "The event has attendees.");
-  }
+  if (fake == nullptr) { return refuseBecause(error, "The event is not of this store."); }
+  if (!fake->m_startDate || !fake->m_endDate) { return refuseBecause(error, "The event has no start or no end."); }
+  if (fake->hasAttendees()) { return refuseBecause(error, "The event has attendees."); }
   const auto series = fake->m_detached ? nullptr : seriesOf(*fake);
   if (series && fake->m_occurrenceDate) {
     const Date place = *fake->m_occurrenceDate;
@@ -236,9 +192,7 @@ bool FakeEventStore::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan spa
 bool FakeEventStore::removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan span, bool,
                                  std::optional<Error>& error) {
   error = objection(event.get(), EKEntityType::kEvent);
-  if (error) {
-    return false;
-  }
+  if (error) { return false; }
   const auto series = seriesOf(*event);
   const auto place = event->occurrenceDate();
   if (series && place && span == EKSpan::kThisEvent && !event->isDetached()) {
@@ -250,9 +204,7 @@ bool FakeEventStore::removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan s
     series->m_rules = {{endedBefore(*ruleOf(*series), *place)}};
   }
   const auto gone = std::erase_if(m_events, [&](const auto& record) {
-    if (record->m_eventIdentifier != event->eventIdentifier()) {
-      return false;
-    }
+    if (record->m_eventIdentifier != event->eventIdentifier()) { return false; }
     if (event->isDetached() && span == EKSpan::kThisEvent) {
       return record->m_itemIdentifier == event->calendarItemIdentifier();
     }

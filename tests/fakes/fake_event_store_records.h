@@ -18,9 +18,7 @@ using Identifiers = std::set<OptionalText>;
 
 inline Identifiers identifiersOf(const EKCalendarArray& calendars) {
   Identifiers identifiers;
-  for (const auto& calendar : calendars) {
-    identifiers.insert(calendar->calendarIdentifier());
-  }
+  for (const auto& calendar : calendars) { identifiers.insert(calendar->calendarIdentifier()); }
   return identifiers;
 }
 
@@ -60,9 +58,7 @@ std::shared_ptr<Item> FakeEventStore::copyOf(const Item& record) const {
   auto copy = std::make_shared<Item>(record);
   copy->m_calendar = record.m_calendar ? calendarCopy(record.m_calendar->calendarIdentifier()) : nullptr;
   for (auto& alarm : copy->m_alarms) {
-    if (const auto fake = std::dynamic_pointer_cast<FakeAlarm>(alarm)) {
-      alarm = std::make_shared<FakeAlarm>(*fake);
-    }
+    if (const auto fake = std::dynamic_pointer_cast<FakeAlarm>(alarm)) { alarm = std::make_shared<FakeAlarm>(*fake); }
   }
   return copy;
 }
@@ -71,9 +67,7 @@ template <class Item>
 void FakeEventStore::keep(std::vector<std::shared_ptr<Item>>& records, Item& item, const char* kind) {
   if (!item.m_itemIdentifier) {
     const auto identifier = nextIdentifier(kind);
-    if constexpr (std::is_same_v<Item, FakeEvent>) {
-      item.m_eventIdentifier = identifier;
-    }
+    if constexpr (std::is_same_v<Item, FakeEvent>) { item.m_eventIdentifier = identifier; }
     item.m_itemIdentifier = "item-" + identifier;
     item.m_externalIdentifier = identifier + "@fake";
     item.m_creationDate = m_now;
@@ -81,9 +75,7 @@ void FakeEventStore::keep(std::vector<std::shared_ptr<Item>>& records, Item& ite
   item.m_lastModifiedDate = m_now;
   for (const auto& alarm : item.m_alarms) {
     const auto fake = std::dynamic_pointer_cast<FakeAlarm>(alarm);
-    if (fake && !fake->m_creationDate) {
-      fake->m_creationDate = m_now;
-    }
+    if (fake && !fake->m_creationDate) { fake->m_creationDate = m_now; }
   }
   const auto found = recordWithIdentifier(records, item.m_itemIdentifier);
   if (found == records.end()) {

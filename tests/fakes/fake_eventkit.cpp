@@ -57,9 +57,7 @@ std::shared_ptr<EKAlarm> FakeEventKit::alarmWithRelativeOffset(double seconds) {
 }
 
 std::shared_ptr<EKRecurrenceDayOfWeek> FakeEventKit::dayOfWeek(long day, long weekNumber) {
-  if (day < 1 || day > 7 || weekNumber < -53 || weekNumber > 53) {
-    return nullptr;
-  }
+  if (day < 1 || day > 7 || weekNumber < -53 || weekNumber > 53) { return nullptr; }
   return std::make_shared<FakeDayOfWeek>(day, weekNumber);
 }
 

@@ -13,9 +13,7 @@ void FakeAlarm::setRelativeOffset(double seconds) {
 }
 
 int FakeAlarm::type() const {
-  if (m_type) {
-    return *m_type;
-  }
+  if (m_type) { return *m_type; }
   if (m_emailAddress) return static_cast<int>(EKAlarmType::kEmail);
   if (m_soundName) return static_cast<int>(EKAlarmType::kAudio);
   if (m_url) return static_cast<int>(EKAlarmType::kProcedure);

@@ -26,9 +26,7 @@ class FakeBundleStrings : public BundleStrings {
   std::optional<std::u16string> localizedString(std::uintptr_t, std::string_view key, std::string_view table) override {
     for (const auto& language : m_languages) {
       const auto translation = m_translations.find({language, std::string(table)});
-      if (translation == m_translations.end()) {
-        continue;
-      }
+      if (translation == m_translations.end()) { continue; }
       if (const auto own = translation->second.find(std::string(key)); own != translation->second.end()) {
         return own->second;
       }

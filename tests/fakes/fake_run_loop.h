@@ -27,9 +27,7 @@ class FakeRunLoop : public RunLoop {
     ++m_runs;
     m_passed += time;
     constexpr std::chrono::microseconds kTurn{10000};
-    for (auto turns = std::max<std::int64_t>(1, time / kTurn); turns > 0; --turns) {
-      turn();
-    }
+    for (auto turns = std::max<std::int64_t>(1, time / kTurn); turns > 0; --turns) { turn(); }
   }
 
   void turn() override {
@@ -38,15 +36,11 @@ class FakeRunLoop : public RunLoop {
       const std::lock_guard lock(m_guard);
       now.swap(m_waiting);
     }
-    for (const auto& work : now) {
-      work();
-    }
+    for (const auto& work : now) { work(); }
   }
 
   std::unique_ptr<RunLoopPort> addPort(std::function<void()> handler) override {
-    if (!m_takesPorts) {
-      throw Exception("NSPortException", "no room for a port");
-    }
+    if (!m_takesPorts) { throw Exception("NSPortException", "no room for a port"); }
     return std::make_unique<Port>(*this, std::make_shared<std::function<void()>>(std::move(handler)));
   }
 
@@ -63,9 +57,7 @@ class FakeRunLoop : public RunLoop {
 
     void send() override {
       m_loop.perform([weak = std::weak_ptr(m_handler)] {
-        if (const auto handler = weak.lock()) {
-          (*handler)();
-        }
+        if (const auto handler = weak.lock()) { (*handler)(); }
       });
     }
 

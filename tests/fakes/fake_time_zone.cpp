@@ -42,9 +42,7 @@ std::optional<Date> FakeTimeZone::dateFromComponents(const DateComponents& parts
   const auto day = sys_days{year(*parts.year) / parts.month.value_or(1) / 1} + days(parts.day.value_or(1) - 1);
   const Date local =
       day + hours(parts.hour.value_or(0)) + minutes(parts.minute.value_or(0)) + seconds(parts.second.value_or(0));
-  if (parts.timeZone == "UTC") {
-    return local;
-  }
+  if (parts.timeZone == "UTC") { return local; }
   for (const auto& offset : m_offsets) {
     const Date moment = local - seconds(offset.seconds);
     if (&at(moment) == &offset) return moment;

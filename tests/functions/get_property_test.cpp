@@ -40,9 +40,7 @@ TEST_F(GetProperty, AsksForAnAlarmOnTheLegacyBackEndAndFailsWithAPlatformExcepti
     try {
       callWith(&Orlo_GetProperty, "alarm", property);
       ADD_FAILURE() << "no exception left";
-    } catch (const Exception& exception) {
-      EXPECT_EQ(exception.name(), "NSInvalidArgumentException");
-    }
+    } catch (const Exception& exception) { EXPECT_EQ(exception.name(), "NSInvalidArgumentException"); }
     EXPECT_EQ(told(), only("getAlarmAttribute(\"" + std::string(property) + "\", 1, nil)"));
   }
 }

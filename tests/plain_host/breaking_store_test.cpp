@@ -196,9 +196,7 @@ TEST_P(BreakingStore, IsAnsweredWithTheCodeOfEachFunction) {
     perform(*working, chain, situation().harm, breakStore, met);
     EXPECT_TRUE(working->finish()) << chain.name;
     AnotherProgram::end();
-    if (met) {
-      EXPECT_THAT(working->log(), HasSubstr(situation().reason)) << chain.name;
-    }
+    if (met) { EXPECT_THAT(working->log(), HasSubstr(situation().reason)) << chain.name; }
     if (HasFatalFailure()) return;
   }
 }
@@ -298,9 +296,7 @@ TEST_P(ReadOnlyStore, IsReadAndItsSavesHaveTheirCodes) {
     perform(
         *working, chain, Harm::kWriting, [] {}, met);
     EXPECT_TRUE(working->finish()) << chain.name;
-    if (met) {
-      EXPECT_THAT(working->log(), HasSubstr("may not be written")) << chain.name;
-    }
+    if (met) { EXPECT_THAT(working->log(), HasSubstr("may not be written")) << chain.name; }
     if (HasFatalFailure()) return;
   }
 }

@@ -103,9 +103,7 @@ TEST_F(PlainHost, TooManyLinesAreRefusedWithTheCodeOfTheSave) {
   ASSERT_EQ(working->call("Orlo_EventsFetch\t2027-01-01\t2027-01-02\t\t"), kDone);
   ASSERT_EQ(working->call("Orlo_OpenItemAt\tevent\t1"), kDone);
   EXPECT_EQ(working->call("Orlo_SaveItem\tevent"), kDone);
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_EQ(working->call("Orlo_AddAlarm\tevent\t\tdisplay\t\t-60\t"), kDone);
-  }
+  for (int i = 0; i < 20; ++i) { ASSERT_EQ(working->call("Orlo_AddAlarm\tevent\t\tdisplay\t\t-60\t"), kDone); }
   EXPECT_EQ(working->call("Orlo_SaveItem\tevent"), failed("9018"));
   EXPECT_TRUE(working->finish());
   EXPECT_THAT(working->log(), HasSubstr("100000 lines"));

@@ -27,9 +27,7 @@ class FaceSubject : public CalendarStoreSubject {
   }
   void makeReadOnly(const std::string& calendarUid) override {
     for (const auto& calendar : m_kit->m_store->m_calendars) {
-      if (calendar->m_identifier == calendarUid) {
-        calendar->m_allowsContentModifications = false;
-      }
+      if (calendar->m_identifier == calendarUid) { calendar->m_allowsContentModifications = false; }
     }
   }
   void keepFromOpening() override { m_kit->m_store->m_answers = false; }

@@ -78,9 +78,7 @@ TEST_P(RunLoopContract, TakesSendsOfSeveralThreadsAtOnce) {
   std::thread first([this] { port->send(); });
   std::thread second([this] { port->send(); });
   const auto deadline = std::chrono::steady_clock::now() + 10s;
-  while (handled == 0 && std::chrono::steady_clock::now() < deadline) {
-    loop.runFor(1ms);
-  }
+  while (handled == 0 && std::chrono::steady_clock::now() < deadline) { loop.runFor(1ms); }
   first.join();
   second.join();
   loop.turn();
@@ -91,9 +89,7 @@ TEST_P(RunLoopContract, ServesWhatComesUntilItsTimeHasPassed) {
   std::unique_ptr<RunLoopPort> again;
   int rounds = 0;
   again = loop.addPort([&] {
-    if (++rounds < 3) {
-      again->send();
-    }
+    if (++rounds < 3) { again->send(); }
   });
   again->send();
   const auto before = subject->time();
@@ -178,9 +174,7 @@ TEST_P(RunLoopContract, RefusesAPortThatNothingCouldWakeAndStaysAsItWas) {
         free.turn();
         late.reset();
       });
-  if (!made) {
-    GTEST_SKIP() << "this build cannot run without ways to wake a loop";
-  }
+  if (!made) { GTEST_SKIP() << "this build cannot run without ways to wake a loop"; }
   EXPECT_EQ(served, 1);
 }
 

@@ -108,9 +108,7 @@ TEST_P(TimeZoneContract, AnswersSeveralThreadsAtOnce) {
       EXPECT_EQ(berlin->abbreviation(), "CET");
     });
   }
-  for (auto& thread : threads) {
-    thread.join();
-  }
+  for (auto& thread : threads) { thread.join(); }
 }
 
 }  // namespace orlocal::contract

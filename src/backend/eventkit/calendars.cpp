@@ -49,7 +49,7 @@ bool setTitle(EKCalendar& calendar, const OptionalText& title) {
 
 bool setColor(EKCalendar& calendar, const OptionalText& numbers) {
   const auto color = colorFromNumbers(numbers);
-  if (color) calendar.setColor(*color);
+  if (color) { calendar.setColor(*color); }
   return color.has_value();
 }
 
@@ -78,14 +78,14 @@ std::int32_t iCalEKFunctions::openReminderListAt(std::int32_t index) {
 std::int32_t iCalEKFunctions::openCalendarOfKind(EKEntityType kind, std::int32_t index, std::int64_t missing) {
   releaseItems();
   const auto calendars = m_ekEventStore->calendarsForEntityType(kind);
-  if (!isWithin(index, calendars.size())) return failWith(kIndexOutOfBounds);
+  if (!isWithin(index, calendars.size())) { return failWith(kIndexOutOfBounds); }
   m_ekCalendar = objectAtIndex(calendars, index - 1);
   return m_ekCalendar ? 0 : failWith(missing);
 }
 
 std::int32_t iCalEKFunctions::openCalendarWithUID(const OptionalText& uid) {
   releaseItems();
-  if (uid) m_ekCalendar = m_ekEventStore->calendarWithIdentifier(*uid);
+  if (uid) { m_ekCalendar = m_ekEventStore->calendarWithIdentifier(*uid); }
   return m_ekCalendar ? 0 : failWith(kCalendarUidNotFound);
 }
 
@@ -97,33 +97,33 @@ std::int32_t iCalEKFunctions::openCalendarWithTitle(const OptionalText& title) {
 
 std::shared_ptr<EKCalendar> iCalEKFunctions::getCalendarWithTitle(const OptionalText& title) {
   auto calendar = calendarTitled(title);
-  if (!calendar) failWith(kItemNotFound);
+  if (!calendar) { failWith(kItemNotFound); }
   return calendar;
 }
 
 std::shared_ptr<EKCalendar> iCalEKFunctions::calendarTitled(const OptionalText& title) {
-  if (!title) return nullptr;
+  if (!title) { return nullptr; }
   for (const auto kind : {EKEntityType::kEvent, EKEntityType::kReminder}) {
     for (const auto& calendar : m_ekEventStore->calendarsForEntityType(kind)) {
-      if (calendar && calendar->title() == title) return calendar;
+      if (calendar && calendar->title() == title) { return calendar; }
     }
   }
   return nullptr;
 }
 
 std::int32_t iCalEKFunctions::setCalendarProp(const OptionalText& property, const PropertyValue& value) {
-  if (!m_ekCalendar) return failWith(kNoCalendarToSetProperty);
-  if (!property) return failWith(kPropertyRequired);
+  if (!m_ekCalendar) { return failWith(kNoCalendarToSetProperty); }
+  if (!property) { return failWith(kPropertyRequired); }
   const auto* setter = rowFor(kCalendarSetters, lowercase(*property));
-  if (setter == nullptr) return failWith(kMissingArgument);
+  if (setter == nullptr) { return failWith(kMissingArgument); }
   return setter->set(*m_ekCalendar, textOf(value)) ? 0 : failWith(kInvalidParameterValue);
 }
 
 OptionalText iCalEKFunctions::getCalendarAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_ekCalendar) return noneWith(kNoCalendarToGetProperty);
-  if (!property) return noneWith(kPropertyRequired);
+  if (!m_ekCalendar) { return noneWith(kNoCalendarToGetProperty); }
+  if (!property) { return noneWith(kPropertyRequired); }
   const auto* getter = rowFor(kCalendarGetters, lowercase(*property));
-  if (getter == nullptr) return noneWith(kInvalidProperty);
+  if (getter == nullptr) { return noneWith(kInvalidProperty); }
   return catchingExceptions(lastErrorString, OptionalText(kErrorText), [&] { return getter->read(*m_ekCalendar); });
 }
 

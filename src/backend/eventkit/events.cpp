@@ -68,8 +68,8 @@ std::int32_t iCalEKFunctions::fetchEventsWithStartDate(std::optional<Date> start
   return catchingExceptions(lastErrorString, -1, [&] {
     releaseItems();
     const auto array = calendarArrayFromString(calendars, "calendar");
-    if (g_llasterror != 0) return -1;
-    if (!array || array->empty()) return failWith(kCalendarArrayNotCreated);
+    if (g_llasterror != 0) { return -1; }
+    if (!array || array->empty()) { return failWith(kCalendarArrayNotCreated); }
     m_ekEventPredicate =
         m_ekEventStore->predicateForEvents(start.value_or(distantPast()), end.value_or(distantFuture()), *array);
     return m_ekEventPredicate ? 0 : failWith(kEventPredicateNotCreated);
@@ -79,13 +79,13 @@ std::int32_t iCalEKFunctions::fetchEventsWithStartDate(std::optional<Date> start
 std::int32_t iCalEKFunctions::openEventWithUID(const OptionalText& uid, std::optional<Date>) {
   return catchingExceptions(lastErrorString, -1, [&] {
     releaseItems();
-    if (uid) m_ekEvent = m_ekEventStore->eventWithIdentifier(*uid);
+    if (uid) { m_ekEvent = m_ekEventStore->eventWithIdentifier(*uid); }
     return m_ekEvent ? 0 : failWith(kItemNotFound);
   });
 }
 
 std::int32_t iCalEKFunctions::openEventAt(std::int32_t index) {
-  if (!m_ekEventPredicate) return failWith(kNoEventPredicate);
+  if (!m_ekEventPredicate) { return failWith(kNoEventPredicate); }
   m_ekCalendar.reset();
   m_ekAlarm.reset();
   m_ekParticipant.reset();
@@ -94,14 +94,14 @@ std::int32_t iCalEKFunctions::openEventAt(std::int32_t index) {
   m_ekReminder.reset();
   m_ekEvent.reset();
   const auto events = m_ekEventStore->eventsMatchingPredicate(m_ekEventPredicate);
-  if (!events || !isWithin(index, events->count())) return failWith(kIndexOutOfBounds);
+  if (!events || !isWithin(index, events->count())) { return failWith(kIndexOutOfBounds); }
   m_ekEvent = events->objectAtIndex(static_cast<std::size_t>(index - 1));
   return m_ekEvent ? 0 : failWith(kItemNotFound);
 }
 
 std::int32_t iCalEKFunctions::setEventProp(const OptionalText& property, const PropertyValue& value) {
-  if (!m_ekEvent) return failWith(kNoEventToSetProperty);
-  if (!property) return failWith(kPropertyRequired);
+  if (!m_ekEvent) { return failWith(kNoEventToSetProperty); }
+  if (!property) { return failWith(kPropertyRequired); }
   const auto word = lowercase(*property);
   if (const auto* setter = rowFor(kEventSetters, word)) {
     setter->set(*m_ekEvent, value);
@@ -113,10 +113,10 @@ std::int32_t iCalEKFunctions::setEventProp(const OptionalText& property, const P
 }
 
 OptionalText iCalEKFunctions::getEventAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_ekEvent) return noneWith(kNoEventToGetProperty);
-  if (!property) return noneWith(kPropertyRequired);
+  if (!m_ekEvent) { return noneWith(kNoEventToGetProperty); }
+  if (!property) { return noneWith(kPropertyRequired); }
   const auto word = lowercase(*property);
-  if (const auto* getter = rowFor(kEventGetters, word)) return getter->read(*m_ekEvent);
+  if (const auto* getter = rowFor(kEventGetters, word)) { return getter->read(*m_ekEvent); }
   return getCalendarItemAttribute(word, m_ekEvent.get());
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 /// The moment at which the item's first alarm was made stands for its next alarm; "" without alarms.
 OptionalText nextAlarmDate(const EKCalendarItem& item) {
-  if (!item.hasAlarms()) return "";
+  if (!item.hasAlarms()) { return ""; }
   const auto alarms = item.alarms();
   return alarms.empty() || !alarms.front() ? std::nullopt : dateText(alarms.front()->creationDate());
 }
@@ -62,16 +62,16 @@ std::int32_t iCalEKFunctions::setCalendarItemProp(const OptionalText& property, 
     if (byUid || property == "calendartitle") {
       std::shared_ptr<EKCalendar> calendar;
       if (byUid) {
-        if (text) calendar = m_ekEventStore->calendarWithIdentifier(*text);
+        if (text) { calendar = m_ekEventStore->calendarWithIdentifier(*text); }
       } else {
         calendar = getCalendarWithTitle(text);
       }
-      if (!calendar) return failWith(kCalendarUidNotFound);
-      if (item != nullptr) item->setCalendar(std::move(calendar));
+      if (!calendar) { return failWith(kCalendarUidNotFound); }
+      if (item != nullptr) { item->setCalendar(std::move(calendar)); }
       return 0;
     }
     if (const auto* setter = property ? rowFor(kItemSetters, *property) : nullptr) {
-      if (item != nullptr) setter->set(*item, text);
+      if (item != nullptr) { setter->set(*item, text); }
     } else {
       // The result stays 0; callers look at the code.
       failWith(kInvalidArgument);
@@ -82,7 +82,7 @@ std::int32_t iCalEKFunctions::setCalendarItemProp(const OptionalText& property, 
 
 OptionalText iCalEKFunctions::getCalendarItemAttribute(const OptionalText& property, EKCalendarItem* item) {
   const auto* getter = property ? rowFor(kItemGetters, lowercase(*property)) : nullptr;
-  if (getter == nullptr) return noneWith(kInvalidProperty);
+  if (getter == nullptr) { return noneWith(kInvalidProperty); }
   return item != nullptr ? getter->read(*item) : std::nullopt;
 }
 

@@ -22,9 +22,9 @@ OptionalText statusText(const EKParticipant& participant, const AddressBook*) {
 }
 
 OptionalText address(const EKParticipant& participant, const AddressBook* book) {
-  if (book == nullptr) return std::nullopt;
+  if (book == nullptr) { return std::nullopt; }
   for (const auto& email : participant.emailAddresses()) {
-    if (auto known = book->addressOf(email)) return known;
+    if (auto known = book->addressOf(email)) { return known; }
   }
   return std::nullopt;
 }
@@ -56,8 +56,8 @@ constexpr ParticipantGetter kNumberGetters[] = {
 template <std::size_t Size>
 OptionalText attribute(const ParticipantGetter (&getters)[Size], const OptionalText& property,
                        const EKParticipant* participant, const AddressBook* book) {
-  if (participant == nullptr) return noneWith(kNoAttendeeToGetProperty);
-  if (!property) return noneWith(kPropertyRequired);
+  if (participant == nullptr) { return noneWith(kNoAttendeeToGetProperty); }
+  if (!property) { return noneWith(kPropertyRequired); }
   const auto* getter = rowFor(getters, lowercase(*property));
   return getter != nullptr ? getter->read(*participant, book) : noneWith(kInvalidProperty);
 }
@@ -65,10 +65,10 @@ OptionalText attribute(const ParticipantGetter (&getters)[Size], const OptionalT
 }  // namespace
 
 std::int32_t iCalEKFunctions::openParticipantAt(std::int32_t index) {
-  if (!m_ekEvent) return failWith(kInvalidCallOrder);
+  if (!m_ekEvent) { return failWith(kInvalidCallOrder); }
   m_ekParticipant.reset();
   const auto attendees = m_ekEvent->attendees();
-  if (!attendees || !isWithin(index, attendees->size())) return failWith(kIndexOutOfBounds);
+  if (!attendees || !isWithin(index, attendees->size())) { return failWith(kIndexOutOfBounds); }
   m_ekParticipant = objectAtIndex(*attendees, index - 1);
   return m_ekParticipant ? 0 : failWith(kItemNotFound);
 }

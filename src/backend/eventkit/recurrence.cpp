@@ -31,29 +31,29 @@ OptionalText recurrenceInterval(const EKRecurrenceRule* rule) {
 }
 
 OptionalText daysOfTheWeek(const EKRecurrenceRule* rule) {
-  if (rule == nullptr) return std::nullopt;
+  if (rule == nullptr) { return std::nullopt; }
   std::vector<long> days;
-  for (const auto& day : rule->daysOfTheWeek()) days.push_back(day ? day->dayOfTheWeek() : 0);
+  for (const auto& day : rule->daysOfTheWeek()) { days.push_back(day ? day->dayOfTheWeek() : 0); }
   return days.empty() ? std::nullopt : OptionalText(listText(days));
 }
 
 OptionalText daysOfTheMonth(const EKRecurrenceRule* rule) {
-  if (rule == nullptr) return std::nullopt;
+  if (rule == nullptr) { return std::nullopt; }
   const auto days = rule->daysOfTheMonth();
   return days.empty() ? std::nullopt : OptionalText(listText(days));
 }
 
 OptionalText nthWeekdaysOfTheMonth(const EKRecurrenceRule* rule) {
-  if (rule == nullptr) return std::nullopt;
+  if (rule == nullptr) { return std::nullopt; }
   const auto days = rule->daysOfTheWeek();
-  if (days.empty()) return std::nullopt;
+  if (days.empty()) { return std::nullopt; }
   // Separators go by the days of the month, without sign: a rule that has none ends with a separator too, and
   // solutions split on it.
   const std::size_t separators = rule->daysOfTheMonth().size() - 1;
   std::string text;
   for (std::size_t i = 0; i < days.size(); ++i) {
     text += days[i] ? pairText(days[i]->weekNumber(), days[i]->dayOfTheWeek()) : pairText(0, 0);
-    if (i < separators) text += '\r';
+    if (i < separators) { text += '\r'; }
   }
   return text;
 }
@@ -88,10 +88,10 @@ constexpr EndGetter kEndGetters[] = {
 };
 
 OptionalText endAttribute(const EKRecurrenceRule* rule, const OptionalText& property) {
-  if (rule == nullptr) return std::nullopt;
+  if (rule == nullptr) { return std::nullopt; }
   const auto end = rule->recurrenceEnd();
-  if (!end) return "never";
-  if (!property) return noneWith(kMissingArgument);
+  if (!end) { return "never"; }
+  if (!property) { return noneWith(kMissingArgument); }
   const auto* getter = rowFor(kEndGetters, lowercase(*property));
   return getter != nullptr ? getter->read(*end) : noneWith(kInvalidArgument);
 }
@@ -104,9 +104,9 @@ std::int32_t iCalEKFunctions::addRecurrence(const OptionalText& type, std::int32
                                             const std::optional<std::vector<long>>& monthsOfTheYear,
                                             std::optional<Date> endWithDate, std::int32_t endWithCount) {
   const auto frequency = recurrenceFrequencyNamed(type);
-  if (!frequency) return failWith(kInvalidRecurrenceType);
-  if (interval < 1) return failWith(kRecurrenceIntervalRequired);
-  if (!m_ekEvent) return failWith(kNoEventToAddRecurrence);
+  if (!frequency) { return failWith(kInvalidRecurrenceType); }
+  if (interval < 1) { return failWith(kRecurrenceIntervalRequired); }
+  if (!m_ekEvent) { return failWith(kNoEventToAddRecurrence); }
 
   auto& eventKit = platform().eventKit();
   EKRecurrenceRuleParts parts;
@@ -118,17 +118,17 @@ std::int32_t iCalEKFunctions::addRecurrence(const OptionalText& type, std::int32
   if (endWithDate || endWithCount >= 1) {
     parts.end = endWithDate ? eventKit.recurrenceEndWithEndDate(*endWithDate)
                             : eventKit.recurrenceEndWithOccurrenceCount(endWithCount);
-    if (!parts.end) return failWith(kRecurrenceEndNotCreated);
+    if (!parts.end) { return failWith(kRecurrenceEndNotCreated); }
   }
   const auto made = eventKit.recurrenceRule(parts);
-  if (made.refusal) return failWith(kInvalidRecurrenceParameters);
-  if (!made.rule) return failWith(kRecurrenceRuleNotCreated);
+  if (made.refusal) { return failWith(kInvalidRecurrenceParameters); }
+  if (!made.rule) { return failWith(kRecurrenceRuleNotCreated); }
   m_ekEvent->addRecurrenceRule(made.rule);
   return 0;
 }
 
 std::int32_t iCalEKFunctions::removeRecurrence() {
-  if (!m_ekEvent) return failWith(kNoEventToRemoveRecurrence);
+  if (!m_ekEvent) { return failWith(kNoEventToRemoveRecurrence); }
   if (const auto rules = m_ekEvent->recurrenceRules(); rules && !rules->empty()) {
     m_ekEvent->removeRecurrenceRule(rules->front());
   }
@@ -138,13 +138,15 @@ std::int32_t iCalEKFunctions::removeRecurrence() {
 
 OptionalText iCalEKFunctions::getEventRecurrenceRuleAttribute(const OptionalText& property,
                                                               const OptionalText& recurrenceEnd) {
-  if (!m_ekEvent) return noneWith(kNoEventToGetRecurrenceProperty);
-  if (!property) return noneWith(kPropertyRequired);
+  if (!m_ekEvent) { return noneWith(kNoEventToGetRecurrenceProperty); }
+  if (!property) { return noneWith(kPropertyRequired); }
   if (!m_ekRecurrenceRule) {
-    if (const auto rules = m_ekEvent->recurrenceRules(); rules && !rules->empty()) m_ekRecurrenceRule = rules->front();
+    if (const auto rules = m_ekEvent->recurrenceRules(); rules && !rules->empty()) {
+      m_ekRecurrenceRule = rules->front();
+    }
   }
   const auto word = lowercase(*property);
-  if (word == "recurrenceend") return endAttribute(m_ekRecurrenceRule.get(), recurrenceEnd);
+  if (word == "recurrenceend") { return endAttribute(m_ekRecurrenceRule.get(), recurrenceEnd); }
   const auto* getter = rowFor(kRuleGetters, word);
   return getter != nullptr ? getter->read(m_ekRecurrenceRule.get()) : noneWith(kInvalidProperty);
 }

@@ -31,10 +31,10 @@ OptionalText dueDateText(const EKReminder& reminder) {
 /// Capitalised, while the words that set a priority are compared lower-cased.
 OptionalText priorityText(const EKReminder& reminder) {
   const int priority = reminder.priority();
-  if (priority == 0) return "None";
-  if (priority == 5) return "Medium";
-  if (priority >= 1 && priority <= 4) return "High";
-  if (priority >= 6 && priority <= 9) return "Low";
+  if (priority == 0) { return "None"; }
+  if (priority == 5) { return "Medium"; }
+  if (priority >= 1 && priority <= 4) { return "High"; }
+  if (priority >= 6 && priority <= 9) { return "Low"; }
   return std::nullopt;
 }
 
@@ -88,21 +88,21 @@ std::int32_t iCalEKFunctions::fetchReminders(const OptionalText& lists, const Op
                                              std::optional<Date> date) {
   releaseItems();
   const auto array = calendarArrayFromString(lists, "reminderlist");
-  if (g_llasterror != 0) return -1;
-  if (!array || array->empty()) return failWith(kCalendarArrayNotCreated);
-  if (!status) return keepReminderPredicate(m_ekEventStore->predicateForRemindersInCalendars(*array));
+  if (g_llasterror != 0) { return -1; }
+  if (!array || array->empty()) { return failWith(kCalendarArrayNotCreated); }
+  if (!status) { return keepReminderPredicate(m_ekEventStore->predicateForRemindersInCalendars(*array)); }
   const auto* word = rowFor(kStatusWords, lowercase(*status));
-  if (word == nullptr) return failWith(kInvalidParameterValue);
+  if (word == nullptr) { return failWith(kInvalidParameterValue); }
   if (word->status == Status::kIncomplete) {
     return keepReminderPredicate(m_ekEventStore->predicateForIncompleteReminders(std::nullopt, date, *array));
   }
-  if (!date) return failWith(kInvalidParameterValue);
+  if (!date) { return failWith(kInvalidParameterValue); }
   return keepReminderPredicate(m_ekEventStore->predicateForCompletedReminders(date, std::nullopt, *array));
 }
 
 std::int32_t iCalEKFunctions::fetchRemindersWithCalendars(const OptionalText& lists) {
   const auto array = reminderLists(lists);
-  if (array.empty()) return failWith(kCalendarArrayNotCreated);
+  if (array.empty()) { return failWith(kCalendarArrayNotCreated); }
   return keepReminderPredicate(m_ekEventStore->predicateForRemindersInCalendars(array));
 }
 
@@ -112,13 +112,13 @@ std::int32_t iCalEKFunctions::fetchRemindersUncompleted(const OptionalText& list
 
 std::int32_t iCalEKFunctions::fetchRemindersUncompleted(std::optional<Date> dueBy, const OptionalText& lists) {
   const auto array = reminderLists(lists);
-  if (array.empty()) return failWith(kCalendarArrayNotCreated);
+  if (array.empty()) { return failWith(kCalendarArrayNotCreated); }
   return keepReminderPredicate(m_ekEventStore->predicateForIncompleteReminders(std::nullopt, dueBy, array));
 }
 
 std::int32_t iCalEKFunctions::fetchRemindersCompletedSince(std::optional<Date> date, const OptionalText& lists) {
   const auto array = reminderLists(lists);
-  if (array.empty()) return failWith(kCalendarArrayNotCreated);
+  if (array.empty()) { return failWith(kCalendarArrayNotCreated); }
   return keepReminderPredicate(m_ekEventStore->predicateForCompletedReminders(date, std::nullopt, array));
 }
 
@@ -130,7 +130,7 @@ EKCalendarArray iCalEKFunctions::reminderLists(const OptionalText& names) {
 
 std::int32_t iCalEKFunctions::keepReminderPredicate(std::shared_ptr<const EKPredicate> predicate) {
   m_ekReminderPredicate = std::move(predicate);
-  if (!m_ekReminderPredicate) return failWith(kReminderPredicateNotCreated);
+  if (!m_ekReminderPredicate) { return failWith(kReminderPredicateNotCreated); }
   m_ekReminder.reset();
   return 0;
 }
@@ -158,14 +158,14 @@ std::int32_t iCalEKFunctions::openReminderAt(std::int32_t index) {
   m_ekReminder.reset();
   m_ekEvent.reset();
   const auto reminders = fetchedReminders();
-  if (!reminders || !isWithin(index, reminders->count())) return failWith(kIndexOutOfBounds);
+  if (!reminders || !isWithin(index, reminders->count())) { return failWith(kIndexOutOfBounds); }
   m_ekReminder = reminders->objectAtIndex(static_cast<std::size_t>(index - 1));
   return m_ekReminder ? 0 : failWith(kReminderNotOpenedAtIndex);
 }
 
 std::int32_t iCalEKFunctions::setReminderProp(const OptionalText& property, const PropertyValue& value) {
-  if (!m_ekReminder) return failWith(kNoReminderToSetProperty);
-  if (!property) return failWith(kPropertyRequired);
+  if (!m_ekReminder) { return failWith(kNoReminderToSetProperty); }
+  if (!property) { return failWith(kPropertyRequired); }
   const auto word = lowercase(*property);
   if (const auto* setter = rowFor(kReminderSetters, word)) {
     setter->set(*m_ekReminder, value);
@@ -177,10 +177,10 @@ std::int32_t iCalEKFunctions::setReminderProp(const OptionalText& property, cons
 }
 
 OptionalText iCalEKFunctions::getReminderAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_ekReminder) return noneWith(kNoReminderToGetProperty);
-  if (!property) return noneWith(kPropertyRequired);
+  if (!m_ekReminder) { return noneWith(kNoReminderToGetProperty); }
+  if (!property) { return noneWith(kPropertyRequired); }
   const auto word = lowercase(*property);
-  if (const auto* getter = rowFor(kReminderGetters, word)) return getter->read(*m_ekReminder);
+  if (const auto* getter = rowFor(kReminderGetters, word)) { return getter->read(*m_ekReminder); }
   return getCalendarItemAttribute(word, m_ekReminder.get());
 }
 

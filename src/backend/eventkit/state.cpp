@@ -24,13 +24,13 @@ iCalEKFunctions* g_shared = nullptr;
 
 iCalEKFunctions* iCalEKFunctions::sharedICalFunctions() {
   const std::lock_guard guard(classLock());
-  if (g_shared == nullptr) allocWithZone()->init();
+  if (g_shared == nullptr) { allocWithZone()->init(); }
   return g_shared;
 }
 
 iCalEKFunctions* iCalEKFunctions::allocWithZone() {
   const std::lock_guard guard(classLock());
-  if (g_shared != nullptr) return nullptr;
+  if (g_shared != nullptr) { return nullptr; }
   g_shared = new iCalEKFunctions;
   return g_shared;
 }
@@ -69,10 +69,10 @@ std::optional<EKCalendarArray> iCalEKFunctions::calendarArrayFromString(const Op
                                        [this](const std::string& title) { return getCalendarWithTitle(title); });
   }
   // An open calendar narrows the search, whatever its kind.
-  if (m_ekCalendar) return EKCalendarArray{m_ekCalendar};
+  if (m_ekCalendar) { return EKCalendarArray{m_ekCalendar}; }
   const auto kind = itemKindNamed(type);
-  if (kind == ItemKind::kCalendar) return m_ekEventStore->calendarsForEntityType(EKEntityType::kEvent);
-  if (kind == ItemKind::kReminderList) return m_ekEventStore->calendarsForEntityType(EKEntityType::kReminder);
+  if (kind == ItemKind::kCalendar) { return m_ekEventStore->calendarsForEntityType(EKEntityType::kEvent); }
+  if (kind == ItemKind::kReminderList) { return m_ekEventStore->calendarsForEntityType(EKEntityType::kReminder); }
   return std::nullopt;
 }
 

@@ -26,7 +26,7 @@ constexpr ActionConstant kActions[] = {
 OptionalText constantNamed(const OptionalText& word) {
   const auto action = alarmActionNamed(word);
   for (const auto& row : kActions) {
-    if (row.action == action) return std::string(row.constant);
+    if (row.action == action) { return std::string(row.constant); }
   }
   return std::nullopt;
 }
@@ -34,13 +34,13 @@ OptionalText constantNamed(const OptionalText& word) {
 /// As `constantNamed`, but callers that add an alarm spell the procedure's word "pocedure", and "procedure" is refused.
 OptionalText constantToAddNamed(const OptionalText& word) {
   const OptionalText lower = lowercased(word);
-  if (lower == "procedure") return std::nullopt;
+  if (lower == "procedure") { return std::nullopt; }
   return constantNamed(lower == "pocedure" ? OptionalText("procedure") : lower);
 }
 
 OptionalText wordOfConstant(const OptionalText& constant) {
   for (const auto& row : kActions) {
-    if (constant == row.constant) return std::string(alarmActionWord(row.action));
+    if (constant == row.constant) { return std::string(alarmActionWord(row.action)); }
   }
   return "none";
 }
@@ -67,7 +67,7 @@ CalCalendarItem* iCalFunctions::ownerToAddAlarmTo(const OptionalText& type) {
     failWith(kInvalidArgument);
     return nullptr;
   }
-  if (!owner) failWith(kInvalidCallOrder);
+  if (!owner) { failWith(kInvalidCallOrder); }
   return owner;
 }
 
@@ -87,20 +87,20 @@ CalCalendarItem* iCalFunctions::ownerToRemoveAlarmsFrom(const OptionalText& type
 std::int32_t iCalFunctions::addAlarm(const OptionalText& type, std::optional<Date> absTrigger,
                                      const OptionalText& action, const OptionalText& eaddr, std::int32_t relTrigger,
                                      const OptionalText& sound, const OptionalText& url) {
-  if (!type) return failWith(kMissingArgument);
+  if (!type) { return failWith(kMissingArgument); }
   m_alarm.reset();
   CalCalendarItem* owner = ownerToAddAlarmTo(type);
-  if (!owner) return -1;
+  if (!owner) { return -1; }
   const auto alarm = platform().calendarStore().alarm();
-  if (!alarm) return failWith(kLegacyItemNotCreated);
-  if (absTrigger) alarm->setAbsoluteTrigger(absTrigger);
-  if (eaddr) alarm->setEmailAddress(eaddr);
-  if (relTrigger != 0) alarm->setRelativeTrigger(relTrigger);
-  if (sound) alarm->setSound(sound);
-  if (url) alarm->setUrl(urlWithString(url));
+  if (!alarm) { return failWith(kLegacyItemNotCreated); }
+  if (absTrigger) { alarm->setAbsoluteTrigger(absTrigger); }
+  if (eaddr) { alarm->setEmailAddress(eaddr); }
+  if (relTrigger != 0) { alarm->setRelativeTrigger(relTrigger); }
+  if (sound) { alarm->setSound(sound); }
+  if (url) { alarm->setUrl(urlWithString(url)); }
   if (action) {
     const auto constant = constantToAddNamed(action);
-    if (!constant) return failWith(kMissingArgument);
+    if (!constant) { return failWith(kMissingArgument); }
     alarm->setAction(constant);
   }
   owner->addAlarm(alarm);
@@ -109,43 +109,43 @@ std::int32_t iCalFunctions::addAlarm(const OptionalText& type, std::optional<Dat
 
 std::int32_t iCalFunctions::removeAlarmFrom(const OptionalText& type, std::int32_t at) {
   CalCalendarItem* owner = ownerToRemoveAlarmsFrom(type);
-  if (!owner) return -1;
-  if (!owner->hasAlarm()) return 0;
+  if (!owner) { return -1; }
+  if (!owner->hasAlarm()) { return 0; }
   const auto alarms = owner->alarms();
   if (at == -1) {
     owner->removeAlarms(alarms);
     return 0;
   }
   std::shared_ptr<CalAlarm> alarm;
-  if (openItemAt(at, alarms, alarm) != 0) return -1;
+  if (openItemAt(at, alarms, alarm) != 0) { return -1; }
   owner->removeAlarm(alarm);
   return 0;
 }
 
 std::int32_t iCalFunctions::removeAllAlarmsFrom(const OptionalText& type) {
   CalCalendarItem* owner = ownerToRemoveAlarmsFrom(type);
-  if (!owner) return -1;
-  if (owner->hasAlarm()) owner->removeAlarms(owner->alarms());
+  if (!owner) { return -1; }
+  if (owner->hasAlarm()) { owner->removeAlarms(owner->alarms()); }
   return 0;
 }
 
 std::int32_t iCalFunctions::openAlarmAt(std::int32_t index) {
   const CalCalendarItem* owner = m_task.get();
-  if (!owner) owner = m_event.get();
-  if (!owner) return failWith(kInvalidCallOrder);
-  if (!owner->hasAlarm()) return failWith(kNoAlarms);
+  if (!owner) { owner = m_event.get(); }
+  if (!owner) { return failWith(kInvalidCallOrder); }
+  if (!owner->hasAlarm()) { return failWith(kNoAlarms); }
   // A failed open leaves the alarm that was current before it.
   return openItemAt(index, owner->alarms(), m_alarm);
 }
 
 std::int32_t iCalFunctions::setAlarmProp(const OptionalText& property, const PropertyValue& value) {
-  if (!m_alarm) return failWith(kInvalidCallOrder);
+  if (!m_alarm) { return failWith(kInvalidCallOrder); }
   const std::string name = lowercase(property.value_or(""));
   if (name == "absolutetrigger") {
     m_alarm->setAbsoluteTrigger(dateOf(value));
   } else if (name == "action") {
     const auto action = constantNamed(textOf(value));
-    if (!action) return failWith(kMissingArgument);
+    if (!action) { return failWith(kMissingArgument); }
     m_alarm->setAction(action);
   } else if (name == "email") {
     m_alarm->setEmailAddress(textOf(value));
@@ -162,8 +162,8 @@ std::int32_t iCalFunctions::setAlarmProp(const OptionalText& property, const Pro
 }
 
 OptionalText iCalFunctions::getAlarmAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_alarm) return noText(kInvalidCallOrder);
-  if (!property) return noText(kMissingArgument);
+  if (!m_alarm) { return noText(kInvalidCallOrder); }
+  if (!property) { return noText(kMissingArgument); }
   const auto* row = rowFor(kAttributes, lowercase(*property));
   return row ? row->read(*m_alarm) : noText(kInvalidArgument);
 }

@@ -16,14 +16,14 @@ constexpr Attribute<CalAttendee> kAttributes[] = {
 }  // namespace
 
 std::int32_t iCalFunctions::openAttendeeAt(std::int32_t index) {
-  if (!m_event) return failWith(kInvalidCallOrder);
+  if (!m_event) { return failWith(kInvalidCallOrder); }
   m_attendee.reset();
   return openItemAt(index, m_event->attendees().value_or(std::vector<std::shared_ptr<CalAttendee>>()), m_attendee);
 }
 
 OptionalText iCalFunctions::getAttendeeAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_attendee) return noText(kInvalidCallOrder);
-  if (!property) return noText(kMissingArgument);
+  if (!m_attendee) { return noText(kInvalidCallOrder); }
+  if (!property) { return noText(kMissingArgument); }
   const auto* row = rowFor(kAttributes, lowercase(*property));
   return row ? row->read(*m_attendee) : noText(kInvalidArgument);
 }

@@ -36,7 +36,7 @@ std::int32_t iCalFunctions::setCalendarItemProp(const OptionalText& property, co
     if (name == "calendaruid" || name == "calendartitle") {
       const auto calendar =
           name == "calendaruid" ? store()->calendarWithUID(text.value_or("")) : getCalendarWithTitle(text);
-      if (!calendar) return failWith(kCalendarUidNotFound);
+      if (!calendar) { return failWith(kCalendarUidNotFound); }
       item->setCalendar(calendar);
     } else if (name == "notes") {
       item->setNotes(text);

@@ -21,7 +21,7 @@ constexpr Attribute<CalCalendar> kAttributes[] = {
 /// The first of `calendars` with that title. One without a title never matches, not even an absent title.
 std::shared_ptr<CalCalendar> calendarTitled(const CalCalendarArray& calendars, const OptionalText& title) {
   for (const auto& calendar : calendars) {
-    if (title && calendar->title() == title) return calendar;
+    if (title && calendar->title() == title) { return calendar; }
   }
   return nullptr;
 }
@@ -29,8 +29,8 @@ std::shared_ptr<CalCalendar> calendarTitled(const CalCalendarArray& calendars, c
 }  // namespace
 
 std::optional<CalCalendarArray> iCalFunctions::calendarArrayFromString(const OptionalText& names) {
-  if (!names) return m_calendar ? CalCalendarArray{m_calendar} : store()->calendars();
-  if (*names == "all") return store()->calendars();
+  if (!names) { return m_calendar ? CalCalendarArray{m_calendar} : store()->calendars(); }
+  if (*names == "all") { return store()->calendars(); }
   return calendarsTitled<CalCalendar>(*names, [this](const std::string& title) { return getCalendarWithTitle(title); });
 }
 
@@ -62,13 +62,13 @@ std::int32_t iCalFunctions::openCalendarWithTitle(const OptionalText& title) {
 
 std::shared_ptr<CalCalendar> iCalFunctions::getCalendarWithTitle(const OptionalText& title) {
   auto calendar = calendarTitled(store()->calendars(), title);
-  if (!calendar) failWith(kItemNotFound);
+  if (!calendar) { failWith(kItemNotFound); }
   return calendar;
 }
 
 std::int32_t iCalFunctions::setCalendarProp(const OptionalText& property, const PropertyValue& value) {
-  if (!m_calendar) return failWith(kInvalidCallOrder);
-  if (!property) return failWith(kMissingArgument);
+  if (!m_calendar) { return failWith(kInvalidCallOrder); }
+  if (!property) { return failWith(kMissingArgument); }
   const std::string name = lowercase(*property);
   if (name == "notes") {
     m_calendar->setNotes(textOf(value));
@@ -76,7 +76,7 @@ std::int32_t iCalFunctions::setCalendarProp(const OptionalText& property, const 
     m_calendar->setTitle(textOf(value));
   } else if (name == "color") {
     const auto color = colorFromNumbers(textOf(value));
-    if (!color) return failWith(kInvalidParameterValue);
+    if (!color) { return failWith(kInvalidParameterValue); }
     m_calendar->setColor(*color);
   } else {
     return failWith(kMissingArgument);
@@ -86,8 +86,8 @@ std::int32_t iCalFunctions::setCalendarProp(const OptionalText& property, const 
 
 OptionalText iCalFunctions::getCalendarAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   // Callers tell from this code, and not from the one for a wrong order of calls, that no calendar is open.
-  if (!m_calendar) return noText(kCalendarArrayNotCreated);
-  if (!property) return noText(kMissingArgument);
+  if (!m_calendar) { return noText(kCalendarArrayNotCreated); }
+  if (!property) { return noText(kMissingArgument); }
   return catchingExceptions(lastErrorString, OptionalText(kErrorText), [&]() -> OptionalText {
     const auto* row = rowFor(kAttributes, lowercase(*property));
     return row ? row->read(*m_calendar) : noText(kInvalidArgument);

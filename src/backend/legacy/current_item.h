@@ -13,7 +13,7 @@ namespace orlocal {
 /// takes a 0-based index.
 template <class T, class ItemAt>
 std::int32_t openItemAt(std::int32_t index, std::size_t count, std::shared_ptr<T>& slot, ItemAt itemAt) {
-  if (!isWithin(index, count)) return failWith(kIndexOutOfBounds);
+  if (!isWithin(index, count)) { return failWith(kIndexOutOfBounds); }
   slot = itemAt(static_cast<std::size_t>(index) - 1);
   return slot ? 0 : failWith(kItemNotFound);
 }

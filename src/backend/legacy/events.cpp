@@ -33,7 +33,7 @@ std::int32_t iCalFunctions::fetchEventsWithStartDate(std::optional<Date> start, 
   return catchingExceptions(lastErrorString, std::int32_t{-1}, [&] {
     releaseItems();
     const auto array = calendarsToFetchFrom(calendars);
-    if (!array) return -1;
+    if (!array) { return -1; }
     const Date from = start.value_or(distantPast());
     const Date to = end.value_or(distantFuture());
     m_eventPredicate = uid ? store()->eventPredicateWithStartDate(from, to, *uid, *array)
@@ -51,7 +51,7 @@ std::int32_t iCalFunctions::openEventWithUID(const OptionalText& uid, std::optio
 }
 
 std::int32_t iCalFunctions::openEventAt(std::int32_t index) {
-  if (!m_eventPredicate) return failWith(kInvalidCallOrder);
+  if (!m_eventPredicate) { return failWith(kInvalidCallOrder); }
   m_calendar.reset();
   m_alarm.reset();
   m_attendee.reset();
@@ -63,8 +63,8 @@ std::int32_t iCalFunctions::openEventAt(std::int32_t index) {
 }
 
 std::int32_t iCalFunctions::setEventProp(const OptionalText& property, const PropertyValue& value) {
-  if (!m_event) return failWith(kInvalidCallOrder);
-  if (!property) return failWith(kMissingArgument);
+  if (!m_event) { return failWith(kInvalidCallOrder); }
+  if (!property) { return failWith(kMissingArgument); }
   const std::string name = lowercase(*property);
   if (name == "enddate") {
     m_event->setEndDate(dateOf(value));
@@ -81,10 +81,10 @@ std::int32_t iCalFunctions::setEventProp(const OptionalText& property, const Pro
 }
 
 OptionalText iCalFunctions::getEventAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_event) return noText(kInvalidCallOrder);
-  if (!property) return noText(kMissingArgument);
+  if (!m_event) { return noText(kInvalidCallOrder); }
+  if (!property) { return noText(kMissingArgument); }
   const std::string name = lowercase(*property);
-  if (const auto* own = rowFor(kAttributes, name)) return own->read(*m_event);
+  if (const auto* own = rowFor(kAttributes, name)) { return own->read(*m_event); }
   return getCalendarItemAttribute(name, m_event.get());
 }
 

@@ -9,9 +9,9 @@ namespace {
 
 /// Without a word this occurrence is meant; none for a word that is no span.
 std::optional<CalSpan> spanFromWord(const OptionalText& word) {
-  if (!word) return CalSpan::kThisEvent;
+  if (!word) { return CalSpan::kThisEvent; }
   const auto span = spanNamed(word);
-  if (!span) return std::nullopt;
+  if (!span) { return std::nullopt; }
   switch (*span) {
     case SpanWord::kThis:
       return CalSpan::kThisEvent;
@@ -56,13 +56,13 @@ std::int32_t iCalFunctions::newItem(const OptionalText& type) {
 
 std::int32_t iCalFunctions::saveItem(const OptionalText& type, const OptionalText& span) {
   const auto extent = spanFromWord(span);
-  if (!extent) return failWith(kInvalidArgument);
+  if (!extent) { return failWith(kInvalidArgument); }
   // A caught exception gives 0: the code carries the failure, as in the other back end.
   return catchingExceptions(lastErrorString, std::int32_t{0}, [&] {
     const std::string word = lowercase(type.value_or(""));
     // Every type but "reminderlist" saves the current calendar, "event" and "task" too: callers save calendars only
     // through this back end, and an event's save is answered with what became of the calendar's.
-    if (word == "reminderlist") return saveTaskOrEvent(word, *extent);
+    if (word == "reminderlist") { return saveTaskOrEvent(word, *extent); }
     std::optional<Error> error;
     return store()->saveCalendar(m_calendar, error) ? 0 : failWithRefusal(error);
   });
@@ -71,11 +71,11 @@ std::int32_t iCalFunctions::saveItem(const OptionalText& type, const OptionalTex
 std::int32_t iCalFunctions::saveTaskOrEvent(const std::string& type, CalSpan span) {
   std::optional<Error> error;
   if (type == "task") {
-    if (!m_task) return failWith(kInvalidCallOrder);
+    if (!m_task) { return failWith(kInvalidCallOrder); }
     return store()->saveTask(m_task, error) ? 0 : failWithRefusal(error);
   }
   if (type == "event") {
-    if (!m_event) return failWith(kInvalidCallOrder);
+    if (!m_event) { return failWith(kInvalidCallOrder); }
     return store()->saveEvent(m_event, span, error) ? 0 : failWithRefusal(error);
   }
   return failWith(kMissingArgument);
@@ -85,7 +85,7 @@ std::int32_t iCalFunctions::removeItem(const OptionalText& type, const OptionalT
                                        std::optional<Date> occurrence, const OptionalText& span) {
   releaseItems();
   const auto extent = spanFromWord(span);
-  if (!extent) return failWith(kInvalidArgument);
+  if (!extent) { return failWith(kInvalidArgument); }
   return catchingExceptions(lastErrorString, std::int32_t{0}, [&] {
     const std::string identifier = uid.value_or("");
     std::optional<Error> error;
@@ -93,18 +93,18 @@ std::int32_t iCalFunctions::removeItem(const OptionalText& type, const OptionalT
       case ItemKind::kCalendar:
       case ItemKind::kReminderList: {
         const auto calendar = store()->calendarWithUID(identifier);
-        if (!calendar) return failWith(kItemNotFound);
+        if (!calendar) { return failWith(kItemNotFound); }
         return store()->removeCalendar(calendar, error) ? 0 : failWithRefusal(error);
       }
       case ItemKind::kReminder: {
         const auto task = store()->taskWithUID(identifier);
-        if (!task) return failWith(kItemNotFound);
+        if (!task) { return failWith(kItemNotFound); }
         return store()->removeTask(task, error) ? 0 : failWithRefusal(error);
       }
       case ItemKind::kEvent: {
         const auto event = store()->eventWithUID(identifier, occurrence);
-        if (!event) return failWith(kItemNotFound);
-        if (!span) return failWith(kMissingArgument);
+        if (!event) { return failWith(kItemNotFound); }
+        if (!span) { return failWith(kMissingArgument); }
         return store()->removeEvent(event, *extent, error) ? 0 : failWithRefusal(error);
       }
       default:
@@ -115,7 +115,9 @@ std::int32_t iCalFunctions::removeItem(const OptionalText& type, const OptionalT
 
 std::int32_t iCalFunctions::getObjectCount(const OptionalText& type) {
   const auto kind = itemKindNamed(type);
-  if (!kind) return -1;  // no code: callers read an unknown type as -1, not as an error
+  if (!kind) {
+    return -1;  // no code: callers read an unknown type as -1, not as an error
+  }
   switch (*kind) {
     case ItemKind::kCalendar:
     case ItemKind::kReminderList:
@@ -125,7 +127,7 @@ std::int32_t iCalFunctions::getObjectCount(const OptionalText& type) {
     case ItemKind::kReminder:
       return m_taskPredicate ? countOf(store()->tasksWithPredicate(m_taskPredicate)) : failWith(kInvalidCallOrder);
     case ItemKind::kAttendee: {
-      if (!m_event) return failWith(kInvalidCallOrder);
+      if (!m_event) { return failWith(kInvalidCallOrder); }
       const auto attendees = m_event->attendees();
       return attendees ? static_cast<std::int32_t>(attendees->size()) : 0;
     }

@@ -44,12 +44,12 @@ constexpr RuleAttribute kAttributes[] = {
 
 /// None with the code set when `property` is absent or unknown.
 OptionalText endText(const CalRecurrenceEnd* end, const OptionalText& property) {
-  if (!end) return "never";
-  if (!property) return noText(kMissingArgument);
+  if (!end) { return "never"; }
+  if (!property) { return noText(kMissingArgument); }
   const std::string name = lowercase(*property);
-  if (name == "usesenddate") return booleanText(end->usesEndDate());
-  if (name == "occurrencecount") return std::to_string(end->occurrenceCount());
-  if (name == "enddate") return dateText(end->endDate());
+  if (name == "usesenddate") { return booleanText(end->usesEndDate()); }
+  if (name == "occurrencecount") { return std::to_string(end->occurrenceCount()); }
+  if (name == "enddate") { return dateText(end->endDate()); }
   return noText(kInvalidArgument);
 }
 
@@ -60,39 +60,41 @@ std::int32_t iCalFunctions::addRecurrence(const OptionalText& frequency, std::in
                                           std::int32_t dow, std::int32_t weekOfTheMonth,
                                           const std::optional<Numbers>& monthsOfTheYear,
                                           std::optional<Date> endWithDate, std::int32_t endWithCount) {
-  if (!recurrenceFrequencyNamed(frequency)) return failWith(kInvalidArgument);
-  if (!m_event) return failWith(kInvalidCallOrder);
+  if (!recurrenceFrequencyNamed(frequency)) { return failWith(kInvalidArgument); }
+  if (!m_event) { return failWith(kInvalidCallOrder); }
   auto& framework = platform().calendarStore();
   RecurrenceWishes wishes{interval, std::nullopt, dotm, dow, weekOfTheMonth, monthsOfTheYear, nullptr};
   if (dotw) {
     wishes.daysOfTheWeek.emplace();
-    for (const auto& day : *dotw) wishes.daysOfTheWeek->push_back(day->dayOfTheWeek());
+    for (const auto& day : *dotw) { wishes.daysOfTheWeek->push_back(day->dayOfTheWeek()); }
   }
   if (endWithDate || endWithCount >= 1) {
     wishes.end = endWithDate ? framework.recurrenceEndWithEndDate(*endWithDate)
                              : framework.recurrenceEndWithOccurrenceCount(endWithCount);
-    if (!wishes.end) return failWith(kRecurrenceEndNotCreated);
+    if (!wishes.end) { return failWith(kRecurrenceEndNotCreated); }
   }
   // The kind is empty and not the frequency word, so every rule is a daily one: events that solutions saved with this
   // back end repeat by days, and the lists have no effect.
   const auto rule = makeRecurrenceRule(framework, "", wishes);
-  if (!rule) return failWith(kRecurrenceRuleNotCreated);
+  if (!rule) { return failWith(kRecurrenceRuleNotCreated); }
   m_event->setRecurrenceRule(rule);
   return 0;
 }
 
 std::int32_t iCalFunctions::removeRecurrence() {
-  if (!m_event) return failWith(kNoAlarms);  // callers expect this code here, not the one for a wrong order of calls
+  if (!m_event) {
+    return failWith(kNoAlarms);  // callers expect this code here, not the one for a wrong order of calls
+  }
   m_event->setRecurrenceRule(nullptr);
   return 0;
 }
 
 OptionalText iCalFunctions::getEventRecurrenceRuleAttribute(const OptionalText& property,
                                                             const OptionalText& recurrenceEnd) {
-  if (!m_event) return noText(kInvalidCallOrder);
-  if (!property) return noText(kMissingArgument);
+  if (!m_event) { return noText(kInvalidCallOrder); }
+  if (!property) { return noText(kMissingArgument); }
   // A rule once read stays the current one while the event is open, even when the event gets another.
-  if (!m_recurrencerule) m_recurrencerule = m_event->recurrenceRule();
+  if (!m_recurrencerule) { m_recurrencerule = m_event->recurrenceRule(); }
   const std::string name = lowercase(*property);
   if (name == "recurrenceend") {
     return endText(m_recurrencerule ? m_recurrencerule->recurrenceEnd().get() : nullptr, recurrenceEnd);

@@ -22,13 +22,13 @@ iCalFunctions* g_sharedInstance = nullptr;
 
 iCalFunctions* iCalFunctions::sharedICalFunctions() {
   const std::lock_guard guard(classLock());
-  if (!g_sharedInstance) allocWithZone()->init();
+  if (!g_sharedInstance) { allocWithZone()->init(); }
   return g_sharedInstance;
 }
 
 iCalFunctions* iCalFunctions::allocWithZone() {
   const std::lock_guard guard(classLock());
-  if (g_sharedInstance) return nullptr;
+  if (g_sharedInstance) { return nullptr; }
   g_sharedInstance = new iCalFunctions;
   return g_sharedInstance;
 }

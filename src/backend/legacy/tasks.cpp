@@ -12,7 +12,7 @@ namespace {
 /// The lower-case word; none for a number that has none.
 OptionalText priorityWord(int priority) {
   for (const char* word : {"none", "high", "medium", "low"}) {
-    if (priorityNamed(word) == priority) return word;
+    if (priorityNamed(word) == priority) { return word; }
   }
   return std::nullopt;
 }
@@ -36,8 +36,8 @@ std::int32_t iCalFunctions::fetchTasks(const OptionalText& calendars, const Opti
   const OptionalText word = lowercased(status);
   releaseItems();
   const auto array = calendarsToFetchFrom(calendars);
-  if (!array) return -1;
-  if (!word) return keepTaskPredicate(store()->taskPredicateWithCalendars(*array));
+  if (!array) { return -1; }
+  if (!word) { return keepTaskPredicate(store()->taskPredicateWithCalendars(*array)); }
   if (word == "incomplete" || word == "incompleted") {
     return keepTaskPredicate(date ? store()->taskPredicateWithUncompletedTasksDueBefore(date, *array)
                                   : store()->taskPredicateWithUncompletedTasks(*array));
@@ -94,8 +94,8 @@ std::int32_t iCalFunctions::openTaskAt(std::int32_t index) {
 }
 
 std::int32_t iCalFunctions::setTaskProp(const OptionalText& property, const PropertyValue& value) {
-  if (!m_task) return failWith(kInvalidCallOrder);
-  if (!property) return failWith(kMissingArgument);
+  if (!m_task) { return failWith(kInvalidCallOrder); }
+  if (!property) { return failWith(kMissingArgument); }
   const std::string name = lowercase(*property);
   if (name == "completeddate") {
     m_task->setCompletedDate(dateOf(value));
@@ -117,10 +117,10 @@ std::int32_t iCalFunctions::setTaskProp(const OptionalText& property, const Prop
 }
 
 OptionalText iCalFunctions::getTaskAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_task) return noText(kInvalidCallOrder);
-  if (!property) return noText(kMissingArgument);
+  if (!m_task) { return noText(kInvalidCallOrder); }
+  if (!property) { return noText(kMissingArgument); }
   const std::string name = lowercase(*property);
-  if (const auto* own = rowFor(kAttributes, name)) return own->read(*m_task);
+  if (const auto* own = rowFor(kAttributes, name)) { return own->read(*m_task); }
   return getCalendarItemAttribute(name, m_task.get());
 }
 

@@ -34,7 +34,7 @@ struct Part {
 inline Part partAt(Arguments arguments, std::size_t firstIndex, std::size_t countIndex) {
   const std::int64_t first = arguments[firstIndex].asNumber().toInt64();
   std::size_t count = countAt(arguments, countIndex);
-  if (first >= 1) return {static_cast<std::size_t>(first) - 1, count};
+  if (first >= 1) { return {static_cast<std::size_t>(first) - 1, count}; }
   // Positions before the first character count, but hold nothing.
   const std::size_t before =
       first == INT64_MIN ? static_cast<std::size_t>(INT64_MAX) : static_cast<std::size_t>(1 - first);

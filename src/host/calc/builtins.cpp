@@ -12,7 +12,7 @@ std::span<const Builtin* const> allBuiltins() {
     std::vector<const Builtin*> all;
     for (const auto table :
          {textFunctions(), listFunctions(), numberFunctions(), dateFunctions(), logicalFunctions()}) {
-      for (const Builtin& function : table) all.push_back(&function);
+      for (const Builtin& function : table) { all.push_back(&function); }
     }
     std::ranges::sort(all, {}, &Builtin::name);
     return all;
@@ -22,14 +22,14 @@ std::span<const Builtin* const> allBuiltins() {
 
 const Builtin* findBuiltin(std::string_view name) {
   for (const Builtin* function : allBuiltins()) {
-    if (equalWords(function->name, name)) return function;
+    if (equalWords(function->name, name)) { return function; }
   }
   return nullptr;
 }
 
 const GetEntry* findGet(std::string_view name) {
   for (const GetEntry& entry : allGets()) {
-    if (equalWords(entry.name, name)) return &entry;
+    if (equalWords(entry.name, name)) { return &entry; }
   }
   return nullptr;
 }

@@ -42,24 +42,14 @@ std::string describe(std::string_view source, const Failure& why, const Origin& 
   std::size_t end = std::min(source.find('\n', offset), source.size());
   const bool cutBefore = offset - begin > kShownBefore;
   const bool cutBehind = end - offset > kShownBehind;
-  if (cutBefore) {
-    begin = offset - kShownBefore;
-  }
-  if (cutBehind) {
-    end = offset + kShownBehind;
-  }
-  while (begin < offset && !startsCharacter(source[begin])) {
-    ++begin;
-  }
-  while (end > offset && end < source.size() && !startsCharacter(source[end])) {
-    --end;
-  }
+  if (cutBefore) { begin = offset - kShownBefore; }
+  if (cutBehind) { end = offset + kShownBehind; }
+  while (begin < offset && !startsCharacter(source[begin])) { ++begin; }
+  while (end > offset && end < source.size() && !startsCharacter(source[end])) { --end; }
   // Tabs stay tabs in the caret line, so that the caret stands right whatever the terminal's tab stops are.
   std::string indent(cutBefore ? 1 : 0, ' ');
   for (const char byte : source.substr(begin, offset - begin)) {
-    if (startsCharacter(byte)) {
-      indent += byte == '\t' ? '\t' : ' ';
-    }
+    if (startsCharacter(byte)) { indent += byte == '\t' ? '\t' : ' '; }
   }
   const std::string file = origin.file.empty() ? "" : origin.file + ":";
   return fmt::format("{}{}:{}: {}\n  {}{}{}\n  {}^", file, place.line + origin.firstLine - 1, place.column, why.message,

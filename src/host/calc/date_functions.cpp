@@ -26,15 +26,15 @@ Value read(const Value& value, fmx::NativeType type) {
 /// A function of a date: nothing for nothing, "?" for what is no date.
 template <auto Function>
 Value ofDatePart(CallContext&, Arguments a) {
-  if (a[0].isEmpty() && a[0].isValid()) return {};
+  if (a[0].isEmpty() && a[0].isValid()) { return {}; }
   const Value date = read(a[0], fmx::kDate);
-  if (!date.isValid() || !date.asDate().hasDate()) return Value::invalid();
+  if (!date.isValid() || !date.asDate().hasDate()) { return Value::invalid(); }
   return Function(date.asDate());
 }
 
 template <auto Function>
 Value ofTimePart(CallContext&, Arguments a) {
-  if (a[0].isEmpty() && a[0].isValid()) return {};
+  if (a[0].isEmpty() && a[0].isValid()) { return {}; }
   const Value time = read(a[0], fmx::kTime);
   return time.isValid() ? Function(time.asTime()) : time;
 }
@@ -59,11 +59,11 @@ Value seconds(const DateTime& time) {
 Value weekOfYearFiscal(CallContext&, Arguments a) {
   const Value date = read(a[0], fmx::kDate);
   const std::int32_t start = smallAt(a, 1);
-  if (!date.isValid() || !date.asDate().hasDate() || start < 1 || start > 7) return Value::invalid();
+  if (!date.isValid() || !date.asDate().hasDate() || start < 1 || start > 7) { return Value::invalid(); }
   const std::int32_t intoWeek = (date.asDate().dayOfWeek() - start + 7) % 7;
   // The week belongs to the year of its fourth day.
   const std::optional<DateTime> fourth = DateTime::fromDays(Number(date.asDate().days() - intoWeek + 3));
-  if (!fourth) return Value::invalid();
+  if (!fourth) { return Value::invalid(); }
   return Value::ofNumber((fourth->dayOfYear() - 1) / 7 + 1);
 }
 
@@ -73,24 +73,24 @@ Value made(const std::optional<DateTime>& moment, Value (*make)(const DateTime&)
 
 /// `Date ( month ; day ; year )`, or one value to be read as a date.
 Value date(CallContext&, Arguments a) {
-  if (a.size() == 1) return read(a[0], fmx::kDate);
+  if (a.size() == 1) { return read(a[0], fmx::kDate); }
   return made(DateTime::fromDate(a[2].asNumber().toInt64(), a[0].asNumber().toInt64(), a[1].asNumber().toInt64()),
               Value::ofDate);
 }
 
 /// `Time ( hours ; minutes ; seconds )`, parts with fractions too, or one value to be read as a time.
 Value time(CallContext&, Arguments a) {
-  if (a.size() == 1) return read(a[0], fmx::kTime);
+  if (a.size() == 1) { return read(a[0], fmx::kTime); }
   const Number total = a[0].asNumber() * 3600 + a[1].asNumber() * 60 + a[2].asNumber();
   return made(total.isNumber() ? DateTime::fromSeconds(total) : std::nullopt, Value::ofTime);
 }
 
 /// `Timestamp ( date ; time )`, or one value to be read as a timestamp.
 Value timestamp(CallContext&, Arguments a) {
-  if (a.size() == 1) return read(a[0], fmx::kTimeStamp);
+  if (a.size() == 1) { return read(a[0], fmx::kTimeStamp); }
   const Value date = read(a[0], fmx::kDate);
   const Value time = read(a[1], fmx::kTime);
-  if (!date.isValid() || !time.isValid() || !date.asDate().hasDate()) return Value::invalid();
+  if (!date.isValid() || !time.isValid() || !date.asDate().hasDate()) { return Value::invalid(); }
   return made(DateTime::combine(date.asDate(), time.asTime()), Value::ofTimestamp);
 }
 

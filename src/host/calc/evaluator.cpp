@@ -20,9 +20,7 @@ constexpr std::size_t kMostFailures = 100;
 Outcome Evaluator::run(const Node& program) {
   std::vector<std::string> failures = std::exchange(m_failures, {});
   LocalVariables locals = std::exchange(m_locals, {});
-  if (m_depth == 0) {
-    m_interrupted = false;
-  }
+  if (m_depth == 0) { m_interrupted = false; }
   Outcome outcome;
   outcome.value = eval(program);
   outcome.failures = std::exchange(m_failures, std::move(failures));
@@ -46,9 +44,7 @@ void Evaluator::note(std::string reason) {
 }
 
 Value Evaluator::eval(const Node& node) {
-  if (m_interrupted) {
-    return stop();
-  }
+  if (m_interrupted) { return stop(); }
   if (m_depth >= m_limits.depth) {
     note(fmt::format("the calculation is more than {} calls deep", m_limits.depth));
     return Value::invalid();
@@ -66,9 +62,7 @@ Value Evaluator::eval(const Node& node) {
 /// Every level of an interrupted calculation ends with this; the reason is given once.
 Value Evaluator::stop() {
   static const std::string kReason = "interrupted";
-  if (m_failures.empty() || m_failures.back() != kReason) {
-    m_failures.push_back(kReason);
-  }
+  if (m_failures.empty() || m_failures.back() != kReason) { m_failures.push_back(kReason); }
   return Value::invalid();
 }
 
@@ -80,27 +74,17 @@ Value Evaluator::tooLong() {
 std::vector<Value> Evaluator::evalAll(const std::vector<NodePtr>& nodes) {
   std::vector<Value> values;
   values.reserve(nodes.size());
-  for (const NodePtr& node : nodes) {
-    values.push_back(eval(*node));
-  }
+  for (const NodePtr& node : nodes) { values.push_back(eval(*node)); }
   return values;
 }
 
 Value Evaluator::on(const Call& call) {
-  if (call.function->form == Form::kCase) {
-    return evalCase(call);
-  }
-  if (call.function->form == Form::kChoose) {
-    return evalChoose(call);
-  }
+  if (call.function->form == Form::kCase) { return evalCase(call); }
+  if (call.function->form == Form::kChoose) { return evalChoose(call); }
   const std::vector<Value> arguments = evalAll(call.arguments);
-  if (m_interrupted) {
-    return stop();
-  }
+  if (m_interrupted) { return stop(); }
   Value result = call.function->body(m_context, arguments);
-  if (result.type() == fmx::kText && result.asText().size() > m_limits.textLength) {
-    return tooLong();
-  }
+  if (result.type() == fmx::kText && result.asText().size() > m_limits.textLength) { return tooLong(); }
   return result;
 }
 
@@ -108,37 +92,25 @@ Value Evaluator::evalCase(const Call& call) {
   std::size_t at = 0;
   for (; at + 1 < call.arguments.size(); at += 2) {
     Value test = eval(*call.arguments[at]);
-    if (!test.isValid()) {
-      return test;
-    }
-    if (test.asBoolean()) {
-      return eval(*call.arguments[at + 1]);
-    }
+    if (!test.isValid()) { return test; }
+    if (test.asBoolean()) { return eval(*call.arguments[at + 1]); }
   }
   return at < call.arguments.size() ? eval(*call.arguments[at]) : Value{};
 }
 
 Value Evaluator::evalChoose(const Call& call) {
   Value test = eval(*call.arguments.front());
-  if (!test.isValid()) {
-    return test;
-  }
+  if (!test.isValid()) { return test; }
   const std::int64_t choice = test.asNumber().toInt64();
-  if (choice < 0 || static_cast<std::size_t>(choice) + 1 >= call.arguments.size()) {
-    return {};
-  }
+  if (choice < 0 || static_cast<std::size_t>(choice) + 1 >= call.arguments.size()) { return {}; }
   return eval(*call.arguments[static_cast<std::size_t>(choice) + 1]);
 }
 
 Value Evaluator::on(const LibraryCall& call) {
   const std::vector<Value> arguments = evalAll(call.arguments);
-  if (m_interrupted) {
-    return stop();
-  }
+  if (m_interrupted) { return stop(); }
   Result<Value> result = m_library.call(call.name, arguments);
-  if (result) {
-    return std::move(*result);
-  }
+  if (result) { return std::move(*result); }
   note(std::move(result.error().message));
   return Value::invalid();
 }

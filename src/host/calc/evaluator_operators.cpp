@@ -19,14 +19,10 @@ Value Evaluator::on(const Unary& unary) {
 }
 
 Value Evaluator::on(const Chain& chain) {
-  if (chain.links.front().operation == TokenKind::kConcatenate) {
-    return concatenateAll(chain);
-  }
+  if (chain.links.front().operation == TokenKind::kConcatenate) { return concatenateAll(chain); }
   Value left = eval(*chain.first);
   for (const Chain::Link& link : chain.links) {
-    if (m_interrupted) {
-      return stop();
-    }
+    if (m_interrupted) { return stop(); }
     left = join(left, link);
   }
   return left;
@@ -51,20 +47,12 @@ Value Evaluator::join(Value& left, const Chain::Link& link) {
 
 /// `and` and `or` leave their right side alone when the left one decides.
 Value Evaluator::joinLogically(Value& left, const Chain::Link& link) {
-  if (!left.isValid()) {
-    return left;
-  }
+  if (!left.isValid()) { return left; }
   const bool first = left.asBoolean();
-  if (link.operation == TokenKind::kAnd && !first) {
-    return truth(false);
-  }
-  if (link.operation == TokenKind::kOr && first) {
-    return truth(true);
-  }
-  const Value right = eval(*link.operand);
-  if (!right.isValid()) {
-    return right;
-  }
+  if (link.operation == TokenKind::kAnd && !first) { return truth(false); }
+  if (link.operation == TokenKind::kOr && first) { return truth(true); }
+  Value right = eval(*link.operand);
+  if (!right.isValid()) { return right; }
   return truth(link.operation == TokenKind::kXor ? first != right.asBoolean() : right.asBoolean());
 }
 
@@ -73,9 +61,7 @@ Value Evaluator::concatenateAll(const Chain& chain) {
   std::u16string text = eval(*chain.first).asText();
   bool refused = false;
   for (const Chain::Link& link : chain.links) {
-    if (m_interrupted) {
-      return stop();
-    }
+    if (m_interrupted) { return stop(); }
     const Value right = eval(*link.operand);
     const std::u16string& tail = right.asText();
     refused = text.size() + tail.size() > m_limits.textLength;

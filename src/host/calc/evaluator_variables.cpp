@@ -36,15 +36,9 @@ Value Evaluator::on(const While& loop) {
 Value Evaluator::loopResult(const While& loop, std::size_t scope) {
   for (std::size_t iterations = 0;; ++iterations) {
     Value condition = eval(*loop.condition);
-    if (m_interrupted) {
-      return stop();
-    }
-    if (!condition.isValid()) {
-      return condition;
-    }
-    if (!condition.asBoolean()) {
-      return eval(*loop.result);
-    }
+    if (m_interrupted) { return stop(); }
+    if (!condition.isValid()) { return condition; }
+    if (!condition.asBoolean()) { return eval(*loop.result); }
     if (iterations == m_limits.iterations) {
       note(fmt::format("While went round {} times without an end", m_limits.iterations));
       return Value::invalid();
@@ -74,18 +68,14 @@ void Evaluator::setVariable(std::string key, Value value) {
 }
 
 std::string Evaluator::keyOf(const Variable& variable) {
-  if (!variable.repetition) {
-    return variable.name;
-  }
+  if (!variable.repetition) { return variable.name; }
   const std::int64_t repetition = eval(*variable.repetition).asNumber().toInt64();
   return repetition == 1 ? variable.name : fmt::format("{}[{}]", variable.name, repetition);
 }
 
 std::vector<std::string> Evaluator::variableNames() const {
   std::vector<std::string> names;
-  for (const auto& [name, value] : m_variables) {
-    names.push_back(name);
-  }
+  for (const auto& [name, value] : m_variables) { names.push_back(name); }
   return names;
 }
 

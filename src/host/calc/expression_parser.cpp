@@ -36,16 +36,10 @@ int rankOf(TokenKind kind) {
 }
 
 Result<Value> literalValue(const Token& token) {
-  if (token.kind == TokenKind::kText) {
-    return Value::ofUtf8(token.text);
-  }
-  if (token.kind == TokenKind::kPilcrow) {
-    return Value::ofText(std::u16string(1, kReturn));
-  }
+  if (token.kind == TokenKind::kText) { return Value::ofUtf8(token.text); }
+  if (token.kind == TokenKind::kPilcrow) { return Value::ofText(std::u16string(1, kReturn)); }
   Number number = Number::parse(toUtf16(token.text));
-  if (!number.isNumber()) {
-    return unreadable(token.offset, "this number is beyond what a calculation can hold");
-  }
+  if (!number.isNumber()) { return unreadable(token.offset, "this number is beyond what a calculation can hold"); }
   return Value::ofNumber(std::move(number));
 }
 
@@ -55,9 +49,7 @@ ExpressionParser::ExpressionParser(std::string_view source, const std::vector<Si
     : m_tokens(source), m_functions(m_tokens, *this, signatures), m_startPlace(stackPlace()) {}
 
 Result<NodePtr> ExpressionParser::parseAll() {
-  if (m_tokens.peek().kind == TokenKind::kEnd) {
-    return makeNode(Literal{std::make_shared<const Value>()});
-  }
+  if (m_tokens.peek().kind == TokenKind::kEnd) { return makeNode(Literal{std::make_shared<const Value>()}); }
   ORLOCAL_TRY(NodePtr result, parseExpression());
   if (const Token& next = m_tokens.peek(); next.kind != TokenKind::kEnd) {
     return unreadable(next.offset, "an operator is missing before " + m_tokens.nameOf(next));
@@ -70,9 +62,7 @@ Result<NodePtr> ExpressionParser::parseExpression() { return parseFrom(kLoosest)
 /// Everything that operators of this rank and tighter ones join.
 Result<NodePtr> ExpressionParser::parseFrom(int loosest) {
   Result<NodePtr> joined = parseUnary();
-  while (joined && rankOf(m_tokens.peek().kind) >= loosest) {
-    joined = parseChain(*std::move(joined));
-  }
+  while (joined && rankOf(m_tokens.peek().kind) >= loosest) { joined = parseChain(*std::move(joined)); }
   return joined;
 }
 
@@ -91,9 +81,7 @@ Result<NodePtr> ExpressionParser::parseChain(NodePtr first) {
 }
 
 Result<NodePtr> ExpressionParser::parseUnary() {
-  if (!hasRoomForALevel()) {
-    return nestedTooDeeply();
-  }
+  if (!hasRoomForALevel()) { return nestedTooDeeply(); }
   const NestingLevel level(m_depth);
   switch (m_tokens.peek().kind) {
     case TokenKind::kMinus:
@@ -109,9 +97,7 @@ Result<NodePtr> ExpressionParser::parseSigned() {
   const TokenKind sign = m_tokens.peek().kind;
   m_tokens.advance();
   Result<NodePtr> operand = parseUnary();
-  if (operand) {
-    operand = makeNode(Unary{sign, *std::move(operand)});
-  }
+  if (operand) { operand = makeNode(Unary{sign, *std::move(operand)}); }
   return operand;
 }
 

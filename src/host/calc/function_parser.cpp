@@ -35,9 +35,7 @@ Status checkCount(const Token& name, const Builtin& builtin, std::size_t given) 
 }
 
 Failed unknown(const Token& name, bool called) {
-  if (called) {
-    return unreadable(name.offset, fmt::format("there is no function named {}", name.text));
-  }
+  if (called) { return unreadable(name.offset, fmt::format("there is no function named {}", name.text)); }
   if (name.text.find("::") != std::string::npos) {
     return unreadable(name.offset, fmt::format("{} would be a field, and there are none here", name.text));
   }
@@ -49,21 +47,15 @@ Failed unknown(const Token& name, bool called) {
 FunctionParser::FunctionParser(TokenStream& tokens, ExpressionParser& expressions,
                                const std::vector<Signature>& signatures)
     : m_tokens(tokens), m_expressions(expressions) {
-  for (const Signature& signature : signatures) {
-    m_signatures.emplace(lowerName(signature.name), &signature);
-  }
+  for (const Signature& signature : signatures) { m_signatures.emplace(lowerName(signature.name), &signature); }
 }
 
 // As the parser of expressions, this and what it dispatches to keep little while they read on.
 Result<NodePtr> FunctionParser::parseName() {
   const Token name = m_tokens.take();
   const bool called = m_tokens.peek().kind == TokenKind::kOpen;
-  if (!called && m_names.contains(lowerName(name.text))) {
-    return makeNode(LocalVariable{lowerName(name.text)});
-  }
-  if (const Builtin* builtin = findBuiltin(name.text)) {
-    return parseBuiltin(name, *builtin);
-  }
+  if (!called && m_names.contains(lowerName(name.text))) { return makeNode(LocalVariable{lowerName(name.text)}); }
+  if (const Builtin* builtin = findBuiltin(name.text)) { return parseBuiltin(name, *builtin); }
   if (const auto signature = m_signatures.find(lowerName(name.text)); signature != m_signatures.end()) {
     return parseLibraryCall(name, *signature->second);
   }
@@ -104,9 +96,7 @@ Result<NodePtr> FunctionParser::parseLibraryCall(const Token& name, const Signat
 
 /// `( a ; b )`, `( )` or nothing at all.
 Status FunctionParser::parseArguments(Arguments& arguments) {
-  if (!m_tokens.takeIf(TokenKind::kOpen) || m_tokens.takeIf(TokenKind::kClose)) {
-    return {};
-  }
+  if (!m_tokens.takeIf(TokenKind::kOpen) || m_tokens.takeIf(TokenKind::kClose)) { return {}; }
   do {
     ORLOCAL_TRY(NodePtr argument, m_expressions.parseExpression());
     arguments.push_back(std::move(argument));
@@ -147,9 +137,7 @@ Result<NodePtr> FunctionParser::parseGet() {
   ORLOCAL_CHECK(m_tokens.expect(TokenKind::kOpen, "("));
   const Token word = m_tokens.take();
   const GetEntry* entry = word.kind == TokenKind::kName ? findGet(word.text) : nullptr;
-  if (entry == nullptr) {
-    return unreadable(word.offset, fmt::format("Get does not know {}", m_tokens.nameOf(word)));
-  }
+  if (entry == nullptr) { return unreadable(word.offset, fmt::format("Get does not know {}", m_tokens.nameOf(word))); }
   ORLOCAL_CHECK(m_tokens.expect(TokenKind::kClose, ")"));
   return makeNode(GetCall{entry});
 }
@@ -189,9 +177,7 @@ Result<std::vector<Binding>> FunctionParser::parseBindings() {
   while (!listed || !m_tokens.takeIf(TokenKind::kCloseList)) {
     ORLOCAL_TRY(Binding binding, parseBinding());
     bindings.push_back(std::move(binding));
-    if (!listed) {
-      break;
-    }
+    if (!listed) { break; }
     if (m_tokens.peek().kind != TokenKind::kCloseList) {
       ORLOCAL_CHECK(m_tokens.expect(TokenKind::kSeparator, "; or ]"));
     }

@@ -88,28 +88,18 @@ class TokenReader::Lexer {
 
   std::size_t blankLength() const {
     const char c = peek();
-    if (c == ' ' || (c >= '\t' && c <= '\r')) {
-      return 1;
-    }
+    if (c == ' ' || (c >= '\t' && c <= '\r')) { return 1; }
     for (const std::string_view blank : kWideBlanks) {
-      if (rest().starts_with(blank)) {
-        return blank.size();
-      }
+      if (rest().starts_with(blank)) { return blank.size(); }
     }
     return 0;
   }
 
   Result<Token> readToken() {
     const char c = peek();
-    if (c == '"') {
-      return readText();
-    }
-    if (isDigit(c) || (c == '.' && isDigit(peek(1)))) {
-      return readNumber();
-    }
-    if (c == '$') {
-      return readVariable();
-    }
+    if (c == '"') { return readText(); }
+    if (isDigit(c) || (c == '.' && isDigit(peek(1)))) { return readNumber(); }
+    if (c == '$') { return readVariable(); }
     for (const auto& [text, kind] : kSymbols) {
       if (rest().starts_with(text)) {
         m_at += text.size();
@@ -117,13 +107,9 @@ class TokenReader::Lexer {
       }
     }
     for (const std::string_view quote : kCurlyQuotes) {
-      if (rest().starts_with(quote)) {
-        return unreadable(m_at, "texts stand between straight quotes (\")");
-      }
+      if (rest().starts_with(quote)) { return unreadable(m_at, "texts stand between straight quotes (\")"); }
     }
-    if (isNameCharacter()) {
-      return readName();
-    }
+    if (isNameCharacter()) { return readName(); }
     return unreadable(m_at, fmt::format("the character {} has no meaning here", rest().substr(0, 1)));
   }
 
@@ -157,9 +143,7 @@ class TokenReader::Lexer {
   }
 
   void skipDigits() {
-    while (isDigit(peek())) {
-      ++m_at;
-    }
+    while (isDigit(peek())) { ++m_at; }
   }
 
   Result<Token> readNumber() {
@@ -184,16 +168,10 @@ class TokenReader::Lexer {
   /// Letters, digits, underscores and everything beyond ASCII that is no operator and no blank.
   bool isNameCharacter() const {
     const char c = peek();
-    if (isAsciiLetter(c) || isDigit(c) || c == '_') {
-      return true;
-    }
-    if (!isWide(c) || blankLength() > 0) {
-      return false;
-    }
+    if (isAsciiLetter(c) || isDigit(c) || c == '_') { return true; }
+    if (!isWide(c) || blankLength() > 0) { return false; }
     for (const auto& [text, kind] : kSymbols) {
-      if (isWide(text.front()) && rest().starts_with(text)) {
-        return false;
-      }
+      if (isWide(text.front()) && rest().starts_with(text)) { return false; }
     }
     return true;
   }
@@ -217,9 +195,7 @@ class TokenReader::Lexer {
   Result<Token> readName() {
     std::string name = readNameText();
     for (const auto& [word, kind] : kWords) {
-      if (equalWords(name, word)) {
-        return found(kind, {});
-      }
+      if (equalWords(name, word)) { return found(kind, {}); }
     }
     return found(TokenKind::kName, std::move(name));
   }
@@ -238,9 +214,7 @@ class TokenReader::Lexer {
     } else {
       name = readNameText();
     }
-    if (name.empty()) {
-      return unreadable(m_start, "a variable's name is missing after $");
-    }
+    if (name.empty()) { return unreadable(m_start, "a variable's name is missing after $"); }
     return found(global ? TokenKind::kGlobalVariable : TokenKind::kVariable, std::move(name));
   }
 

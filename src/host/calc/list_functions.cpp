@@ -20,8 +20,8 @@ Value list(CallContext&, Arguments a) {
   std::u16string result;
   bool first = true;
   for (const Value& value : a) {
-    if (value.isEmpty() && value.isValid()) continue;
-    if (!first) result += kReturn;
+    if (value.isEmpty() && value.isValid()) { continue; }
+    if (!first) { result += kReturn; }
     first = false;
     result += value.asText();
   }
@@ -67,10 +67,10 @@ Value middleValues(CallContext&, Arguments a) {
 
 Value filterValues(CallContext&, Arguments a) {
   std::set<std::u16string> allowed;
-  for (const std::u16string_view value : valuesOf(a[1].asText())) allowed.insert(foldCase(value));
+  for (const std::u16string_view value : valuesOf(a[1].asText())) { allowed.insert(foldCase(value)); }
   Values kept;
   for (const std::u16string_view value : valuesOf(a[0].asText())) {
-    if (allowed.contains(foldCase(value))) kept.push_back(value);
+    if (allowed.contains(foldCase(value))) { kept.push_back(value); }
   }
   return terminated(kept);
 }
@@ -79,9 +79,9 @@ Value filterValues(CallContext&, Arguments a) {
 /// numbered. Values that cannot be read so stay texts.
 Value typedValue(std::u16string_view text, std::int32_t type) {
   Value value = Value::ofText(text);
-  if (type < fmx::kNumber || type > fmx::kTimeStamp) return value;
+  if (type < fmx::kNumber || type > fmx::kTimeStamp) { return value; }
   Value read = type == fmx::kNumber ? numberOf(value) : value;
-  if (type != fmx::kNumber && !read.convertTo(static_cast<fmx::NativeType>(type))) return value;
+  if (type != fmx::kNumber && !read.convertTo(static_cast<fmx::NativeType>(type))) { return value; }
   return read;
 }
 
@@ -107,7 +107,7 @@ std::vector<Sortable> sortables(Arguments a, std::int32_t type) {
 
 bool before(const Sortable& left, const Sortable& right) {
   // Values that could not be read stand after those that could, so that the order is one.
-  if (left.value.has_value() != right.value.has_value()) return left.value.has_value();
+  if (left.value.has_value() != right.value.has_value()) { return left.value.has_value(); }
   return left.value ? compareValues(*left.value, *right.value) < 0 : left.folded < right.folded;
 }
 
@@ -120,7 +120,7 @@ Value sortValues(CallContext&, Arguments a) {
     std::ranges::stable_sort(values, before);
   }
   Values texts;
-  for (const Sortable& value : values) texts.push_back(value.text);
+  for (const Sortable& value : values) { texts.push_back(value.text); }
   return terminated(texts);
 }
 
@@ -130,7 +130,7 @@ Value uniqueValues(CallContext&, Arguments a) {
   std::set<const Sortable*, decltype(earlier)> seen(earlier);
   Values texts;
   for (const Sortable& value : values) {
-    if (seen.insert(&value).second) texts.push_back(value.text);
+    if (seen.insert(&value).second) { texts.push_back(value.text); }
   }
   return terminated(texts);
 }

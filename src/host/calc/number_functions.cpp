@@ -17,7 +17,7 @@ Value ofOne(CallContext&, Arguments a) {
 
 template <auto Function>
 Value ofTwo(CallContext&, Arguments a) {
-  if (!a[0].isValid() || !a[1].isValid()) return Value::invalid();
+  if (!a[0].isValid() || !a[1].isValid()) { return Value::invalid(); }
   return Value::ofNumber(Function(a[0].asNumber(), a[1].asNumber()));
 }
 
@@ -34,7 +34,7 @@ Value truncateTo(CallContext&, Arguments a) {
 }
 
 Value setPrecision(CallContext&, Arguments a) {
-  if (!a[0].isValid()) return a[0];
+  if (!a[0].isValid()) { return a[0]; }
   Number number = a[0].asNumber();
   number.setPrecision(smallAt(a, 1));
   return Value::ofNumber(std::move(number));
@@ -44,14 +44,14 @@ bool holdsSomething(const Value& value) { return !value.isEmpty() || !value.isVa
 
 Value count(CallContext&, Arguments a) {
   std::int64_t filled = 0;
-  for (const Value& value : a) filled += holdsSomething(value) ? 1 : 0;
+  for (const Value& value : a) { filled += holdsSomething(value) ? 1 : 0; }
   return Value::ofNumber(filled);
 }
 
 Value sum(CallContext&, Arguments a) {
   Number total = 0;
   for (const Value& value : a) {
-    if (!value.isValid()) return value;
+    if (!value.isValid()) { return value; }
     total = total + value.asNumber();
   }
   return Value::ofNumber(std::move(total));
@@ -68,8 +68,8 @@ template <class Order>
 Value extreme(Arguments a, Order order) {
   const Value* best = nullptr;
   for (const Value& value : a) {
-    if (!value.isValid()) return value;
-    if (holdsSomething(value) && (best == nullptr || order(compareValues(value, *best)))) best = &value;
+    if (!value.isValid()) { return value; }
+    if (holdsSomething(value) && (best == nullptr || order(compareValues(value, *best)))) { best = &value; }
   }
   return best == nullptr ? Value{} : *best;
 }

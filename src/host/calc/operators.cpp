@@ -21,8 +21,8 @@ std::weak_ordering compareTexts(const Value& left, const Value& right) {
 
 std::weak_ordering compareNumbers(const Number& left, const Number& right) {
   const std::partial_ordering order = left <=> right;
-  if (order == std::partial_ordering::less) return std::weak_ordering::less;
-  if (order == std::partial_ordering::greater) return std::weak_ordering::greater;
+  if (order == std::partial_ordering::less) { return std::weak_ordering::less; }
+  if (order == std::partial_ordering::greater) { return std::weak_ordering::greater; }
   return std::weak_ordering::equivalent;
 }
 
@@ -43,11 +43,11 @@ std::weak_ordering compareClocks(const Value& left, const Value& right) {
 
 /// What the result of a sum or difference is, beside its number.
 NativeType typeOfSum(TokenKind operation, NativeType left, NativeType right) {
-  if (isClock(left) && isPlainNumber(right)) return left;
-  if (operation == TokenKind::kPlus && isPlainNumber(left) && isClock(right)) return right;
-  if (left == fmx::kTime && right == fmx::kTime) return fmx::kTime;
-  if (left == fmx::kTimeStamp && right == fmx::kTime) return fmx::kTimeStamp;
-  if (operation == TokenKind::kPlus && left == fmx::kTime && right == fmx::kTimeStamp) return fmx::kTimeStamp;
+  if (isClock(left) && isPlainNumber(right)) { return left; }
+  if (operation == TokenKind::kPlus && isPlainNumber(left) && isClock(right)) { return right; }
+  if (left == fmx::kTime && right == fmx::kTime) { return fmx::kTime; }
+  if (left == fmx::kTimeStamp && right == fmx::kTime) { return fmx::kTimeStamp; }
+  if (operation == TokenKind::kPlus && left == fmx::kTime && right == fmx::kTimeStamp) { return fmx::kTimeStamp; }
   return fmx::kNumber;
 }
 
@@ -90,7 +90,7 @@ bool hasDigit(std::u16string_view text) {
 }
 
 Value numberOf(const Value& value) {
-  if (!value.isValid()) return value;
+  if (!value.isValid()) { return value; }
   if (value.isEmpty() || (isText(value) && !hasDigit(value.asText()))) {
     Value nothing;
     nothing.clear(fmx::kNumber);
@@ -102,8 +102,8 @@ Value numberOf(const Value& value) {
 std::weak_ordering compareValues(const Value& left, const Value& right) {
   const bool leftNothing = countsAsNothing(left, right);
   const bool rightNothing = countsAsNothing(right, left);
-  if (leftNothing || rightNothing) return rightNothing <=> leftNothing;
-  if (isText(left) && isText(right)) return compareTexts(left, right);
+  if (leftNothing || rightNothing) { return rightNothing <=> leftNothing; }
+  if (isText(left) && isText(right)) { return compareTexts(left, right); }
   if (isText(left) && isClock(right.type())) {
     Value read = left;
     return read.convertTo(right.type()) ? compareClocks(read, right) : compareTexts(left, right);
@@ -112,14 +112,14 @@ std::weak_ordering compareValues(const Value& left, const Value& right) {
     Value read = right;
     return read.convertTo(left.type()) ? compareClocks(left, read) : compareTexts(left, right);
   }
-  if (isClock(left.type()) && isClock(right.type())) return compareClocks(left, right);
+  if (isClock(left.type()) && isClock(right.type())) { return compareClocks(left, right); }
   return compareNumbers(left.asNumber(), right.asNumber());
 }
 
 Value calculate(TokenKind operation, const Value& left, const Value& right) {
-  if (!left.isValid() || !right.isValid()) return Value::invalid();
+  if (!left.isValid() || !right.isValid()) { return Value::invalid(); }
   const Number number = combined(operation, left.asNumber(), right.asNumber());
-  if (!number.isNumber()) return Value::invalid();
+  if (!number.isNumber()) { return Value::invalid(); }
   const bool sum = operation == TokenKind::kPlus || operation == TokenKind::kMinus;
   // Nothing has no type of its own to lend: the sum with an empty date is a plain number.
   const NativeType leftType = left.isEmpty() ? fmx::kNumber : left.type();
@@ -128,7 +128,7 @@ Value calculate(TokenKind operation, const Value& left, const Value& right) {
 }
 
 Value compare(TokenKind operation, const Value& left, const Value& right) {
-  if (!left.isValid() || !right.isValid()) return Value::invalid();
+  if (!left.isValid() || !right.isValid()) { return Value::invalid(); }
   const std::weak_ordering order = compareValues(left, right);
   switch (operation) {
     case TokenKind::kEqual:

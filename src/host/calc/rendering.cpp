@@ -12,7 +12,7 @@ std::vector<std::string> linesOf(const Value& value) {
   const std::string text = value.utf8();
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '\r' || text[i] == '\n') {
-      if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+      if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') { ++i; }
       lines.emplace_back();
     } else {
       lines.back() += text[i];
@@ -22,8 +22,8 @@ std::vector<std::string> linesOf(const Value& value) {
 }
 
 std::string_view typeName(const Value& value) {
-  if (!value.isValid()) return "invalid";
-  if (value.isEmpty()) return "empty";
+  if (!value.isValid()) { return "invalid"; }
+  if (value.isEmpty()) { return "empty"; }
   switch (value.type()) {
     case fmx::kText:
       return "text";
@@ -76,7 +76,7 @@ std::string harmlessLines(std::string_view text) {
   for (;;) {
     const std::size_t end = text.find('\n');
     result += harmless(text.substr(0, end));
-    if (end == std::string_view::npos) return result;
+    if (end == std::string_view::npos) { return result; }
     result += '\n';
     text.remove_prefix(end + 1);
   }

@@ -14,14 +14,14 @@ constexpr std::size_t kLargestReserve = std::size_t{256} * 1024;
 /// The address below which a recursion does not go; 0 where the system does not tell.
 std::size_t measureLimit() {
   pthread_attr_t attributes;
-  if (::pthread_getattr_np(::pthread_self(), &attributes) != 0) return 0;
+  if (::pthread_getattr_np(::pthread_self(), &attributes) != 0) { return 0; }
   void* lowest = nullptr;
   std::size_t size = 0;
   std::size_t guard = 0;
   const bool known = ::pthread_attr_getstack(&attributes, &lowest, &size) == 0;
-  if (::pthread_attr_getguardsize(&attributes, &guard) != 0) guard = 0;
+  if (::pthread_attr_getguardsize(&attributes, &guard) != 0) { guard = 0; }
   ::pthread_attr_destroy(&attributes);
-  if (!known) return 0;
+  if (!known) { return 0; }
   return reinterpret_cast<std::uintptr_t>(lowest) + guard + std::min(size / 3, kLargestReserve);
 }
 

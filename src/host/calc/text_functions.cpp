@@ -44,7 +44,7 @@ Value position(CallContext&, Arguments a) {
   const std::int64_t start = std::max<std::int64_t>(a[2].asNumber().toInt64(), 1);
   const std::size_t from = unitOfCharacter(text, static_cast<std::size_t>(start) - 1);
   const std::size_t found = findIgnoringCase(text, a[1].asText(), from, a[3].asNumber().toInt64());
-  if (found == kNotFound) return Value::ofNumber(0);
+  if (found == kNotFound) { return Value::ofNumber(0); }
   return Value::ofNumber(static_cast<std::int64_t>(characterCount(std::u16string_view(text).substr(0, found))) + 1);
 }
 
@@ -85,7 +85,9 @@ bool isWordSeparator(char32_t point) {
     return !((point >= U'0' && point <= U'9') || (point >= U'A' && point <= U'Z') || (point >= U'a' && point <= U'z') ||
              point == U'\'' || point == U'_');
   }
-  if (point == 0x2019) return false;  // the apostrophe inside a word
+  if (point == 0x2019) {
+    return false;  // the apostrophe inside a word
+  }
   return point == 0xA0 || point == 0xAB || point == 0xBB || point == 0xA1 || point == 0xBF || point == 0xB6 ||
          (point >= 0x2000 && point <= 0x206F) || (point >= 0x3000 && point <= 0x3003);
 }
@@ -103,7 +105,7 @@ std::vector<Word> wordsOf(std::u16string_view text) {
     if (isWordSeparator(codePointAt(text, unit))) {
       inside = false;
     } else {
-      if (!inside) words.push_back({unit, unit});
+      if (!inside) { words.push_back({unit, unit}); }
       inside = true;
       words.back().end = unit + 1;
     }
@@ -113,7 +115,7 @@ std::vector<Word> wordsOf(std::u16string_view text) {
 
 /// From the beginning of one word to the end of another, with what stands between them.
 Value wordRange(const std::u16string& text, const std::vector<Word>& words, std::size_t first, std::size_t count) {
-  if (first >= words.size() || count == 0) return Value::ofText(std::u16string{});
+  if (first >= words.size() || count == 0) { return Value::ofText(std::u16string{}); }
   const std::size_t last = std::min(words.size() - first, count) + first - 1;
   return Value::ofText(text.substr(words[first].begin, words[last].end - words[first].begin));
 }
@@ -150,7 +152,7 @@ Value proper(CallContext&, Arguments a) {
 Value trim(CallContext&, Arguments a) {
   const std::u16string& text = a[0].asText();
   const std::size_t begin = text.find_first_not_of(u' ');
-  if (begin == std::u16string::npos) return Value::ofText(std::u16string{});
+  if (begin == std::u16string::npos) { return Value::ofText(std::u16string{}); }
   return Value::ofText(text.substr(begin, text.find_last_not_of(u' ') - begin + 1));
 }
 
@@ -159,11 +161,11 @@ Value filter(CallContext&, Arguments a) {
   const std::u16string& allowed = a[1].asText();
   // Halves of a pair that stand alone in the text find themselves in the pairs of the filter, too.
   std::unordered_set<char32_t> points(allowed.begin(), allowed.end());
-  for (std::size_t unit = 0; unit + 1 < allowed.size(); ++unit) points.insert(codePointAt(allowed, unit));
+  for (std::size_t unit = 0; unit + 1 < allowed.size(); ++unit) { points.insert(codePointAt(allowed, unit)); }
   std::u16string result;
   for (std::size_t unit = 0; unit < text.size();) {
     const std::u16string_view character = characters(std::u16string_view(text).substr(unit, 2), 0, 1);
-    if (points.contains(codePointAt(character, 0))) result += character;
+    if (points.contains(codePointAt(character, 0))) { result += character; }
     unit += character.size();
   }
   return Value::ofText(std::move(result));
@@ -175,7 +177,7 @@ Value exact(CallContext&, Arguments a) { return truth(a[0].asText() == a[1].asTe
 Value quote(CallContext&, Arguments a) {
   std::u16string result = u"\"";
   for (const char16_t unit : a[0].asText()) {
-    if (unit == u'"' || unit == u'\\' || unit == kPilcrow.front()) result += u'\\';
+    if (unit == u'"' || unit == u'\\' || unit == kPilcrow.front()) { result += u'\\'; }
     if (unit == kReturn) {
       result += kPilcrow;
     } else {
@@ -188,10 +190,10 @@ Value quote(CallContext&, Arguments a) {
 /// The character of a code; several characters, the last one leftmost, in a code of five digits each.
 Value fromCode(CallContext&, Arguments a) {
   const Number number = truncate(a[0].asNumber());
-  if (!a[0].isValid() || number.isNegative()) return Value::invalid();
+  if (!a[0].isValid() || number.isNegative()) { return Value::invalid(); }
   if (number <= Number(kLastCodePoint)) {
     const auto point = static_cast<char32_t>(number.toInt64());
-    if (point >= 0xD800 && point <= 0xDFFF) return Value::invalid();
+    if (point >= 0xD800 && point <= 0xDFFF) { return Value::invalid(); }
     return Value::ofText(point == 0 ? std::u16string{} : fromCodePoint(point));
   }
   std::u16string digits = number.text();
@@ -200,7 +202,7 @@ Value fromCode(CallContext&, Arguments a) {
     const std::size_t width = std::min(kCodeDigits, digits.size());
     const auto point =
         static_cast<char32_t>(Number::parse(std::u16string_view(digits).substr(digits.size() - width)).toInt64());
-    if (point >= 0xD800 && point <= 0xDFFF) return Value::invalid();
+    if (point >= 0xD800 && point <= 0xDFFF) { return Value::invalid(); }
     result += fromCodePoint(point);
     digits.resize(digits.size() - width);
   }
@@ -209,7 +211,7 @@ Value fromCode(CallContext&, Arguments a) {
 
 Value toCode(CallContext&, Arguments a) {
   const std::u16string& text = a[0].asText();
-  if (text.empty()) return numberOf(Value{});
+  if (text.empty()) { return numberOf(Value{}); }
   std::vector<char32_t> points;
   for (std::size_t unit = 0; unit < text.size();) {
     points.push_back(codePointAt(text, unit));

@@ -29,13 +29,13 @@ bool equalWords(std::string_view left, std::string_view right) {
 
 std::size_t characterCount(std::u16string_view text) {
   std::size_t count = 0;
-  for (std::size_t unit = 0; unit < text.size(); unit += widthAt(text, unit)) ++count;
+  for (std::size_t unit = 0; unit < text.size(); unit += widthAt(text, unit)) { ++count; }
   return count;
 }
 
 std::size_t unitOfCharacter(std::u16string_view text, std::size_t index) {
   std::size_t unit = 0;
-  for (; index > 0 && unit < text.size(); --index) unit += widthAt(text, unit);
+  for (; index > 0 && unit < text.size(); --index) { unit += widthAt(text, unit); }
   return unit;
 }
 
@@ -49,20 +49,20 @@ std::vector<std::u16string_view> valuesOf(std::u16string_view text) {
   while (!text.empty()) {
     const std::size_t end = text.find_first_of(u"\r\n");
     values.push_back(text.substr(0, end));
-    if (end == std::u16string_view::npos) break;
+    if (end == std::u16string_view::npos) { break; }
     text.remove_prefix(end + (text.substr(end).starts_with(u"\r\n") ? 2 : 1));
   }
   return values;
 }
 
 std::u16string fromCodePoint(char32_t point) {
-  if (point < 0x10000) return std::u16string(1, static_cast<char16_t>(point));
+  if (point < 0x10000) { return std::u16string(1, static_cast<char16_t>(point)); }
   const char32_t offset = point - 0x10000;
   return {static_cast<char16_t>(0xD800 + (offset >> 10U)), static_cast<char16_t>(0xDC00 + (offset & 0x3FFU))};
 }
 
 char32_t codePointAt(std::u16string_view text, std::size_t unit) {
-  if (widthAt(text, unit) == 1) return text[unit];
+  if (widthAt(text, unit) == 1) { return text[unit]; }
   return 0x10000 + ((static_cast<char32_t>(text[unit]) - 0xD800) << 10U) +
          (static_cast<char32_t>(text[unit + 1]) - 0xDC00);
 }
@@ -73,7 +73,7 @@ std::u16string replaceAll(std::u16string_view text, std::u16string_view from, st
   const TextSearch search(from);
   for (;;) {
     const std::size_t found = search.find(text, at);
-    if (found == std::u16string_view::npos) break;
+    if (found == std::u16string_view::npos) { break; }
     result += text.substr(at, found - at);
     result += to;
     at = found + from.size();
@@ -85,8 +85,10 @@ std::u16string replaceAll(std::u16string_view text, std::u16string_view from, st
 std::size_t countOf(std::u16string_view text, std::u16string_view what) {
   const TextSearch search(what);
   std::size_t count = 0;
-  for (std::size_t at = search.find(text, 0); at != std::u16string_view::npos; at = search.find(text, at + what.size()))
+  for (std::size_t at = search.find(text, 0); at != std::u16string_view::npos;
+       at = search.find(text, at + what.size())) {
     ++count;
+  }
   return count;
 }
 

@@ -13,9 +13,7 @@ Status TokenStream::check(std::string_view source) {
   TokenReader reader(source);
   for (;;) {
     ORLOCAL_TRY(const Token token, reader.next());
-    if (token.kind == TokenKind::kEnd) {
-      return {};
-    }
+    if (token.kind == TokenKind::kEnd) { return {}; }
   }
 }
 
@@ -31,9 +29,7 @@ Token TokenStream::take() {
 }
 
 bool TokenStream::takeIf(TokenKind kind) {
-  if (m_next.kind != kind) {
-    return false;
-  }
+  if (m_next.kind != kind) { return false; }
   advance();
   return true;
 }
@@ -55,12 +51,8 @@ std::string TokenStream::nameOf(const Token& token) const {
       // The token's own spelling: up to the next blank or the next ASCII symbol is enough to recognise it by.
       std::size_t length = 1;
       const std::string_view rest = m_source.substr(token.offset);
-      if (token.kind == TokenKind::kName || token.kind == TokenKind::kNumber) {
-        length = token.text.size();
-      }
-      while (length < rest.size() && (static_cast<unsigned char>(rest[length]) & 0xC0U) == 0x80U) {
-        ++length;
-      }
+      if (token.kind == TokenKind::kName || token.kind == TokenKind::kNumber) { length = token.text.size(); }
+      while (length < rest.size() && (static_cast<unsigned char>(rest[length]) & 0xC0U) == 0x80U) { ++length; }
       return std::string(rest.substr(0, length));
     }
   }

@@ -24,9 +24,7 @@ class VisibleNames {
   /// Forgets the names that came after the first `size` ones.
   void leave(std::size_t size) {
     for (; m_given.size() > size; m_given.pop_back()) {
-      if (--m_given.back()->second == 0) {
-        m_visible.erase(m_given.back());
-      }
+      if (--m_given.back()->second == 0) { m_visible.erase(m_given.back()); }
     }
   }
 

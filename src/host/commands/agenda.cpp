@@ -23,13 +23,9 @@ constexpr std::size_t kBatch = 256;
 template <class Take>
 Status readRows(store::CalendarStore& store, const std::vector<store::ItemId>& ids, Take take) {
   for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (i % kBatch == 0) {
-      store.prefetch(std::span(ids).subspan(i, std::min(kBatch, ids.size() - i)));
-    }
+    if (i % kBatch == 0) { store.prefetch(std::span(ids).subspan(i, std::min(kBatch, ids.size() - i))); }
     ORLOCAL_TRY(auto item, store.item(ids[i]));
-    if (item) {
-      take(i, std::move(item));
-    }
+    if (item) { take(i, std::move(item)); }
   }
   return {};
 }
@@ -42,7 +38,7 @@ const store::Calendar* calendarOf(const std::vector<store::Calendar>& calendars,
 std::vector<store::CalendarId> idsOf(const std::vector<store::Calendar>& calendars, store::CalendarKind kind) {
   std::vector<store::CalendarId> ids;
   for (const auto& calendar : calendars) {
-    if (calendar.kind == kind) ids.push_back(calendar.id);
+    if (calendar.kind == kind) { ids.push_back(calendar.id); }
   }
   return ids;
 }
@@ -69,14 +65,16 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const sto
   const Moment end = viewer.toMoment(LocalTime(day + 1));
   const auto& when = event.when;
   const bool instant = when.end <= when.start;
-  if (when.start >= end || (instant ? when.start < begin : when.end <= begin)) return std::nullopt;
+  if (when.start >= end || (instant ? when.start < begin : when.end <= begin)) { return std::nullopt; }
 
   AgendaLine line = lineFor(*event.item, event.calendar);
   if (event.item->allDay()) {
     const LocalDay firstDay(viewer.toLocal(when.start));
     const LocalDay lastDay(viewer.toLocal(std::max(when.start, when.end - std::chrono::microseconds(1))));
     line.time = "all day";
-    if (lastDay > firstDay) line.title += fmt::format(" (day {} of {})", day - firstDay + 1, lastDay - firstDay + 1);
+    if (lastDay > firstDay) {
+      line.title += fmt::format(" (day {} of {})", day - firstDay + 1, lastDay - firstDay + 1);
+    }
     return Placed{true, when.start, std::move(line)};
   }
   const bool beginsHere = when.start >= begin;
@@ -104,9 +102,7 @@ Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer
   if (auto wanted = idsOf(calendars, store::CalendarKind::kEvents); !wanted.empty()) {
     ORLOCAL_TRY(const auto found, store.occurrences({from, to, std::move(wanted)}));
     std::vector<store::ItemId> ids;
-    for (const auto& occurrence : found) {
-      ids.push_back(occurrence.item);
-    }
+    for (const auto& occurrence : found) { ids.push_back(occurrence.item); }
     ORLOCAL_CHECK(readRows(store, ids, [&](std::size_t i, std::shared_ptr<const store::Item> item) {
       if (const auto* calendar = calendarOf(calendars, item->calendar)) {
         agenda.events.push_back({found[i], std::move(item), *calendar});
@@ -117,9 +113,7 @@ Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer
     ORLOCAL_TRY(const auto found, store.reminders({store::ReminderQuery::Status::kOpen, from, to, std::move(wanted)}));
     ORLOCAL_CHECK(readRows(store, found, [&](std::size_t, std::shared_ptr<const store::Item> item) {
       const auto* calendar = calendarOf(calendars, item->calendar);
-      if (calendar == nullptr || !item->end) {
-        return;
-      }
+      if (calendar == nullptr || !item->end) { return; }
       const Moment due = store::momentOf(*item->end, viewer);
       agenda.reminders.push_back({due, std::move(item), *calendar});
     }));
@@ -134,7 +128,7 @@ std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
     const LocalDay begins(viewer.toLocal(event.when.start));
     const LocalDay ends(viewer.toLocal(std::max(event.when.start, event.when.end)));
     for (LocalDay day = std::max(begins, agenda.first); day <= std::min(ends, agenda.last); ++day) {
-      if (auto line = placed(event, day, viewer)) found[day].push_back(*std::move(line));
+      if (auto line = placed(event, day, viewer)) { found[day].push_back(*std::move(line)); }
     }
   }
   for (const Agenda::Reminder& reminder : agenda.reminders) {
@@ -150,7 +144,7 @@ std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
     std::stable_sort(ofDay.begin(), ofDay.end(), [](const Placed& a, const Placed& b) {
       return a.wholeDay != b.wholeDay ? a.wholeDay : a.at < b.at;
     });
-    for (Placed& each : ofDay) lines[day].push_back(std::move(each.line));
+    for (Placed& each : ofDay) { lines[day].push_back(std::move(each.line)); }
   }
   return lines;
 }

@@ -29,7 +29,7 @@ struct AgendaWords {
 
 /// Says what is wrong with a day; empty when it can be read, as the command line's checks want it.
 std::string objectionToDay(const std::string& words) {
-  if (dayFromWords(words, store::LocalDay())) return {};
+  if (dayFromWords(words, store::LocalDay())) { return {}; }
   return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow or +7";
 }
 
@@ -64,8 +64,8 @@ nlohmann::json asJson(const Agenda& agenda) {
                          {"timeZone", agenda.viewer.name()},
                          {"events", nlohmann::json::array()},
                          {"reminders", nlohmann::json::array()}};
-  for (const auto& event : agenda.events) json["events"].push_back(asJson(event, agenda.viewer));
-  for (const auto& reminder : agenda.reminders) json["reminders"].push_back(asJson(reminder, agenda.viewer));
+  for (const auto& event : agenda.events) { json["events"].push_back(asJson(event, agenda.viewer)); }
+  for (const auto& reminder : agenda.reminders) { json["reminders"].push_back(asJson(reminder, agenda.viewer)); }
   return json;
 }
 
@@ -81,7 +81,7 @@ void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ost
     out << (any ? "\n" : "") << ink.bold(longDay(day) + (day == today ? " (today)" : "")) << '\n';
     for (const AgendaLine& line : lines) {
       out << "  " << padded(line.time, kTimeWidth);
-      if (ink.on()) out << ink.coloured(line.colour, "● ");
+      if (ink.on()) { out << ink.coloured(line.colour, "● "); }
       out << padded(line.title, titleWidth) << "  ";
       if (line.place.empty()) {
         out << ink.dim(line.calendar) << '\n';
@@ -91,7 +91,7 @@ void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ost
     }
     any = true;
   }
-  if (!any) out << fmt::format("Nothing is planned from {} to {}.\n", isoDay(agenda.first), isoDay(agenda.last));
+  if (!any) { out << fmt::format("Nothing is planned from {} to {}.\n", isoDay(agenda.first), isoDay(agenda.last)); }
 }
 
 Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) {

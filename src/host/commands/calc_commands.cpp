@@ -38,7 +38,7 @@ class Printer {
         readable = false;
       }
     }
-    if (!readable) return ExitStatus::kFailed;
+    if (!readable) { return ExitStatus::kFailed; }
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     bool failed = false;
     for (const Calculation& calculation : calculations) {
@@ -60,7 +60,7 @@ class Printer {
         show(outcome->value);
       }
     }
-    if (m_context.options.json) m_context.streams.out << list.dump(2) << '\n';
+    if (m_context.options.json) { m_context.streams.out << list.dump(2) << '\n'; }
     return failed ? ExitStatus::kFailed : ExitStatus::kDone;
   }
 
@@ -97,9 +97,7 @@ Result<ExitStatus> printAll(CommandContext& context, const std::string& file,
 
 Result<ExitStatus> evaluateWords(CommandContext& context, const std::vector<std::string>& words) {
   std::vector<Calculation> calculations;
-  for (const std::string& word : words) {
-    calculations.push_back({word, 1});
-  }
+  for (const std::string& word : words) { calculations.push_back({word, 1}); }
   return printAll(context, "", calculations);
 }
 

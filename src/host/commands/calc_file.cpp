@@ -27,12 +27,12 @@ bool holdsOnlyComments(std::string_view calculation) {
 bool isBlank(std::string_view line) { return line.find_first_not_of(kBlanks) == std::string_view::npos; }
 
 std::vector<std::string_view> splitLines(std::string_view text) {
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  if (text.starts_with(kByteOrderMark)) { text.remove_prefix(kByteOrderMark.size()); }
   std::vector<std::string_view> lines;
   while (!text.empty()) {
     const std::size_t end = text.find_first_of("\r\n");
     lines.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) break;
+    if (end == std::string_view::npos) { break; }
     text.remove_prefix(end + (text.substr(end).starts_with("\r\n") ? 2 : 1));
   }
   return lines;
@@ -57,7 +57,7 @@ std::vector<Calculation> readCalculations(std::string_view text) {
       continue;
     }
     std::string calculation = joinCalculation(lines, first, at);
-    if (!holdsOnlyComments(calculation)) calculations.push_back({std::move(calculation), first + 1});
+    if (!holdsOnlyComments(calculation)) { calculations.push_back({std::move(calculation), first + 1}); }
   }
   return calculations;
 }

@@ -34,7 +34,7 @@ const char* nameOf(store::Source::Type type) {
 }
 
 std::string colourText(const std::optional<store::Rgb>& colour) {
-  if (!colour) return "";
+  if (!colour) { return ""; }
   const auto channel = [](double part) { return static_cast<int>(std::clamp(part, 0.0, 1.0) * 255 + 0.5); };
   return fmt::format("#{:02X}{:02X}{:02X}", channel(colour->red), channel(colour->green), channel(colour->blue));
 }
@@ -60,9 +60,9 @@ Result<std::vector<Listed>> listed(store::CalendarStore& store) {
 
 std::string notesOn(const Listed& row) {
   std::vector<std::string> notes;
-  if (row.isDefault) notes.emplace_back("default");
-  if (row.calendar.subscribed) notes.emplace_back("subscribed");
-  if (row.calendar.readOnly) notes.emplace_back("read-only");
+  if (row.isDefault) { notes.emplace_back("default"); }
+  if (row.calendar.subscribed) { notes.emplace_back("subscribed"); }
+  if (row.calendar.readOnly) { notes.emplace_back("read-only"); }
   return fmt::format("{}", fmt::join(notes, ", "));
 }
 
@@ -78,11 +78,11 @@ void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& o
   }
   std::vector<std::size_t> widths(cells.front().size());
   for (const auto& row : cells) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
+    for (std::size_t i = 0; i < row.size(); ++i) { widths[i] = std::max(widths[i], displayWidth(row[i])); }
   }
   for (std::size_t r = 0; r < cells.size(); ++r) {
     std::string text;
-    for (std::size_t i = 0; i < cells[r].size(); ++i) text += padded(cells[r][i], widths[i]) + "  ";
+    for (std::size_t i = 0; i < cells[r].size(); ++i) { text += padded(cells[r][i], widths[i]) + "  "; }
     text.erase(text.find_last_not_of(' ') + 1);
     if (r == 0) {
       out << (ink.on() ? "  " : "") << ink.dim(text) << '\n';

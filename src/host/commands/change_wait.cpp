@@ -42,14 +42,10 @@ Result<Woken> waitForChange(store::ChangeSignal& signal, std::optional<std::chro
   }
   const SignalsHeldBack held;
   for (;;) {
-    if (Interruption::flag()) {
-      return Woken::kByInterruption;
-    }
+    if (Interruption::flag()) { return Woken::kByInterruption; }
     pollfd change{.fd = signal.descriptor(), .events = POLLIN, .revents = 0};
     const int ready = ::ppoll(&change, 1, patience ? &bound : nullptr, &held.before());
-    if (ready == 0) {
-      return Woken::kByTime;
-    }
+    if (ready == 0) { return Woken::kByTime; }
     if (ready > 0) {
       signal.drain();
       return Woken::kByChange;

@@ -35,8 +35,8 @@ class PipeBuffer : public std::streambuf {
     std::streamsize written = 0;
     while (written < count) {
       const ssize_t step = ::write(m_descriptor, bytes + written, static_cast<std::size_t>(count - written));
-      if (step < 0 && errno == EINTR) continue;
-      if (step < 0) return written;
+      if (step < 0 && errno == EINTR) { continue; }
+      if (step < 0) { return written; }
       written += step;
     }
     return written;
@@ -56,9 +56,7 @@ using Pipe = std::array<int, 2>;
 
 Result<Pipe> newPipe() {
   Pipe ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-    return systemFailure("no pipe");
-  }
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) { return systemFailure("no pipe"); }
   return ends;
 }
 
@@ -67,8 +65,8 @@ std::string readAll(int descriptor) {
   std::array<char, 65536> block{};
   for (;;) {
     const ssize_t count = ::read(descriptor, block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return text;
+    if (count < 0 && errno == EINTR) { continue; }
+    if (count <= 0) { return text; }
     text.append(block.data(), static_cast<std::size_t>(count));
   }
 }
@@ -76,8 +74,7 @@ std::string readAll(int descriptor) {
 /// Waits for the child's end and puts it into words.
 void waitFor(pid_t child, ChildResult& result) {
   int state = 0;
-  while (::waitpid(child, &state, 0) < 0 && errno == EINTR) {
-  }
+  while (::waitpid(child, &state, 0) < 0 && errno == EINTR) {}
   if (WIFEXITED(state)) {
     result.status = WEXITSTATUS(state);
     result.ending = fmt::format("ended with status {}", result.status);
@@ -99,7 +96,7 @@ ChildResult collect(pid_t child, const Pipe& pipe) {
 /// The words as the system takes them; they borrow from `words`.
 std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
   std::vector<char*> arguments;
-  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+  for (const std::string& word : words) { arguments.push_back(const_cast<char*>(word.c_str())); }
   arguments.push_back(nullptr);
   return arguments;
 }
@@ -108,9 +105,7 @@ Result<pid_t> forked() {
   std::cout.flush();
   std::cerr.flush();
   const pid_t child = ::fork();
-  if (child < 0) {
-    return systemFailure("no process can be started");
-  }
+  if (child < 0) { return systemFailure("no process can be started"); }
   return child;
 }
 
@@ -119,18 +114,14 @@ Result<pid_t> forked() {
 Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work) {
   ORLOCAL_TRY(const Pipe pipe, newPipe());
   ORLOCAL_TRY(const pid_t child, forked());
-  if (child != 0) {
-    return collect(child, pipe);
-  }
+  if (child != 0) { return collect(child, pipe); }
   ::close(pipe[0]);
   const Status done = withoutThrowing([&] {
     PipeBuffer buffer(pipe[1]);
     std::ostream out(&buffer);
     return work(out);
   });
-  if (!done) {
-    tellTrouble(std::cerr, done.error().message);
-  }
+  if (!done) { tellTrouble(std::cerr, done.error().message); }
   std::cout.flush();
   ::_exit(done ? 0 : 1);
 }
@@ -139,9 +130,7 @@ Result<ChildResult> runProgram(const std::vector<std::string>& words) {
   const std::vector<char*> arguments = argumentsOf(words);
   ORLOCAL_TRY(const Pipe pipe, newPipe());
   ORLOCAL_TRY(const pid_t child, forked());
-  if (child != 0) {
-    return collect(child, pipe);
-  }
+  if (child != 0) { return collect(child, pipe); }
   ::dup2(pipe[1], STDOUT_FILENO);
   ::dup2(pipe[1], STDERR_FILENO);
   ::execv(arguments[0], arguments.data());
@@ -164,12 +153,11 @@ Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
   ::close(pipe[1]);
   int reason = 0;
   ssize_t count = 0;
-  while ((count = ::read(pipe[0], &reason, sizeof reason)) < 0 && errno == EINTR) {
-  }
+  while ((count = ::read(pipe[0], &reason, sizeof reason)) < 0 && errno == EINTR) {}
   ::close(pipe[0]);
   ChildResult result;
   waitFor(child, result);
-  if (count > 0) result.ending = fmt::format("cannot be run: {}", std::generic_category().message(reason));
+  if (count > 0) { result.ending = fmt::format("cannot be run: {}", std::generic_category().message(reason)); }
   return result;
 }
 

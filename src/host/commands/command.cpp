@@ -23,15 +23,15 @@ struct CommandLine::State {
 
   const CommandBody* chosen() const {
     for (const auto& [command, body] : commands) {
-      if (command->parsed()) return &body;
+      if (command->parsed()) { return &body; }
     }
     return standard ? &standard : nullptr;
   }
 
   /// The plug-in reads its settings from the environment, as it does in any host.
   void putOptionsInForce() const {
-    if (options.store) ::setenv("ORLOCAL_STORE", options.store->c_str(), 1);
-    if (options.systemMinor) ::setenv("ORLOCAL_SYSTEM_MINOR", options.systemMinor->c_str(), 1);
+    if (options.store) { ::setenv("ORLOCAL_STORE", options.store->c_str(), 1); }
+    if (options.systemMinor) { ::setenv("ORLOCAL_SYSTEM_MINOR", options.systemMinor->c_str(), 1); }
   }
 };
 

@@ -22,7 +22,7 @@ namespace {
 std::atomic<calc::Session*> g_interruptible = nullptr;
 
 void interruptSession(int) {
-  if (calc::Session* session = g_interruptible.load(); session != nullptr) session->interrupt();
+  if (calc::Session* session = g_interruptible.load(); session != nullptr) { session->interrupt(); }
 }
 
 /// Turns Ctrl-C from the program's end into the running calculation's, for as long as it lives.

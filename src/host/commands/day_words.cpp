@@ -40,7 +40,7 @@ std::string_view nameOf(cctz::weekday day) {
 std::optional<int> number(std::string_view digits) {
   int value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
+  if (error != std::errc() || end != digits.data() + digits.size()) { return std::nullopt; }
   return value;
 }
 
@@ -48,22 +48,22 @@ std::optional<int> number(std::string_view digits) {
 
 std::optional<store::LocalDay> dayFromWords(std::string_view words, store::LocalDay today) {
   for (const NamedDay& named : kNamedDays) {
-    if (words == named.word) return today + named.fromToday;
+    if (words == named.word) { return today + named.fromToday; }
   }
   constexpr int kFarthest = 1'000'000;
   if (words.size() > 1 && (words.front() == '+' || words.front() == '-')) {
     const auto days = number(words.substr(1));
-    if (!days || *days < 0 || *days > kFarthest) return std::nullopt;
+    if (!days || *days < 0 || *days > kFarthest) { return std::nullopt; }
     return today + (words.front() == '-' ? -*days : *days);
   }
-  if (words.size() != 10 || words[4] != '-' || words[7] != '-') return std::nullopt;
+  if (words.size() != 10 || words[4] != '-' || words[7] != '-') { return std::nullopt; }
   const auto year = number(words.substr(0, 4));
   const auto month = number(words.substr(5, 2));
   const auto day = number(words.substr(8, 2));
-  if (!year || !month || !day || *year < 1) return std::nullopt;
+  if (!year || !month || !day || *year < 1) { return std::nullopt; }
   const store::LocalDay read(*year, *month, *day);
   // Parts that overflow would roll over into another month.
-  if (read.month() != *month || read.day() != *day) return std::nullopt;
+  if (read.month() != *month || read.day() != *day) { return std::nullopt; }
   return read;
 }
 

@@ -37,19 +37,13 @@ std::vector<std::string> piecesOf(std::string_view expected) {
 
 bool matchesLine(std::string_view expected, std::string_view printed) {
   const std::vector<std::string> pieces = piecesOf(expected);
-  if (pieces.size() == 1) {
-    return pieces.front() == printed;
-  }
-  if (!printed.starts_with(pieces.front())) {
-    return false;
-  }
+  if (pieces.size() == 1) { return pieces.front() == printed; }
+  if (!printed.starts_with(pieces.front())) { return false; }
   printed.remove_prefix(pieces.front().size());
   // The leftmost place for each piece leaves the most room for those after it.
   for (std::size_t i = 1; i + 1 < pieces.size(); ++i) {
     const std::size_t found = printed.find(pieces[i]);
-    if (found == std::string_view::npos) {
-      return false;
-    }
+    if (found == std::string_view::npos) { return false; }
     printed.remove_prefix(found + pieces[i].size());
   }
   return printed.ends_with(pieces.back());
@@ -58,13 +52,9 @@ bool matchesLine(std::string_view expected, std::string_view printed) {
 bool matchesLines(const std::vector<std::string>& expected, const std::vector<std::string>& printed) {
   // An empty result needs no line; otherwise every printed line does.
   const std::size_t needed = printed.size() == 1 && printed.front().empty() ? 0 : printed.size();
-  if (expected.size() < needed) {
-    return false;
-  }
+  if (expected.size() < needed) { return false; }
   for (std::size_t i = 0; i < needed; ++i) {
-    if (!matchesLine(expected[i], printed[i])) {
-      return false;
-    }
+    if (!matchesLine(expected[i], printed[i])) { return false; }
   }
   return std::all_of(expected.begin() + static_cast<std::ptrdiff_t>(needed), expected.end(),
                      [](const std::string& line) { return isBlank(line); });

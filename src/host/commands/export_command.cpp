@@ -33,9 +33,7 @@ Result<ExitStatus> writeTo(const std::string& file, std::ostream& standardOutput
   if (file == kStandardOutput) {
     return write([&](std::string_view text) -> Status {
       standardOutput.write(text.data(), static_cast<std::streamsize>(text.size()));
-      if (standardOutput) {
-        return {};
-      }
+      if (standardOutput) { return {}; }
       return failure(ErrorCode::kIo, "The standard output cannot be written.");
     });
   }
@@ -56,9 +54,7 @@ Result<ExitStatus> runExport(const ExportWords& words, CommandContext& context) 
   ORLOCAL_TRY(const auto calendars, calendarsTitled(std::move(all), words.calendars));
   return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) -> Result<ExitStatus> {
     ORLOCAL_TRY(const store::ExportReport report, store::exportCalendars(*store, calendars, sink));
-    for (const std::string& note : report.notes) {
-      context.streams.err << "orlocal: " << printable(note) << '\n';
-    }
+    for (const std::string& note : report.notes) { context.streams.err << "orlocal: " << printable(note) << '\n'; }
     return report.notes.empty() ? ExitStatus::kDone : ExitStatus::kFailed;
   });
 }

@@ -36,8 +36,8 @@ struct ImportWords {
 
 store::ImportOptions optionsOf(const ImportWords& words) {
   store::ImportOptions options;
-  if (!words.calendar.empty()) options.calendarTitle = words.calendar;
-  if (!words.list.empty()) options.listTitle = words.list;
+  if (!words.calendar.empty()) { options.calendarTitle = words.calendar; }
+  if (!words.list.empty()) { options.listTitle = words.list; }
   options.readOnly = words.readOnly;
   options.subscription = words.subscription;
   options.stop = &Interruption::flag();
@@ -66,9 +66,7 @@ Result<ExitStatus> runImport(const ImportWords& words, CommandContext& context) 
   for (const std::string& file : words.files) {
     const auto outcome = importOne(*store, file, optionsOf(words), context.streams);
     reports.add(file, outcome);
-    if (!outcome && outcome.error().code == ErrorCode::kInterrupted) {
-      break;
-    }
+    if (!outcome && outcome.error().code == ErrorCode::kInterrupted) { break; }
   }
   return reports.finish();
 }
@@ -76,7 +74,7 @@ Result<ExitStatus> runImport(const ImportWords& words, CommandContext& context) 
 Result<ExitStatus> runImportContacts(const std::vector<std::string>& files, CommandContext& context) {
   ORLOCAL_TRY(const auto store, openUserStore());
   ImportReports reports(context);
-  for (const std::string& file : files) reports.add(file, store::importContactsFile(*store, file));
+  for (const std::string& file : files) { reports.add(file, store::importContactsFile(*store, file)); }
   return reports.finish();
 }
 

@@ -42,14 +42,14 @@ void ImportReports::add(const std::string& file, const Result<store::ImportRepor
                     {"refused", outcome->refused},
                     {"problems", asJson(outcome->problems)},
                     {"warnings", asJson(outcome->warnings)}});
-  if (!m_context.options.json) print(file, *outcome);
+  if (!m_context.options.json) { print(file, *outcome); }
 }
 
 void ImportReports::print(const std::string& file, const store::ImportReport& report) {
   auto& [in, out, err, inIsTerminal, outIsTerminal, errIsTerminal] = m_context.streams;
-  for (const auto& problem : report.problems) err << placed(file, problem, "refused: ") << '\n';
+  for (const auto& problem : report.problems) { err << placed(file, problem, "refused: ") << '\n'; }
   const std::size_t shown = std::min(report.warnings.size(), kMostWarnings);
-  for (std::size_t i = 0; i < shown; ++i) err << placed(file, report.warnings[i], "warning: ") << '\n';
+  for (std::size_t i = 0; i < shown; ++i) { err << placed(file, report.warnings[i], "warning: ") << '\n'; }
   if (report.warnings.size() > shown) {
     err << fmt::format("{}: {} more warnings; --json lists them all\n", printable(file),
                        report.warnings.size() - shown);
@@ -61,7 +61,7 @@ void ImportReports::print(const std::string& file, const store::ImportReport& re
 }
 
 ExitStatus ImportReports::finish() {
-  if (m_context.options.json) printJson(m_list, m_context.streams.out);
+  if (m_context.options.json) { printJson(m_list, m_context.streams.out); }
   return m_failed ? ExitStatus::kFailed : ExitStatus::kDone;
 }
 

@@ -19,12 +19,12 @@ Interruption::Interruption() {
   ::sigemptyset(&action.sa_mask);
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     ::sigaction(kSignals[i], nullptr, &m_before[i]);
-    if (m_before[i].sa_handler != SIG_IGN) ::sigaction(kSignals[i], &action, nullptr);
+    if (m_before[i].sa_handler != SIG_IGN) { ::sigaction(kSignals[i], &action, nullptr); }
   }
 }
 
 Interruption::~Interruption() {
-  for (std::size_t i = 0; i < kSignals.size(); ++i) ::sigaction(kSignals[i], &m_before[i], nullptr);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) { ::sigaction(kSignals[i], &m_before[i], nullptr); }
 }
 
 const std::atomic<bool>& Interruption::flag() { return interrupted; }

@@ -36,14 +36,16 @@ std::string trimmed(const std::string& text) {
 Description descriptionOf(std::u16string_view description) {
   const std::string whole = toUtf8(description);
   const std::size_t bar = whole.find('|');
-  if (bar == std::string::npos) return {"", trimmed(whole)};
+  if (bar == std::string::npos) { return {"", trimmed(whole)}; }
   return {trimmed(whole.substr(0, bar)), trimmed(whole.substr(bar + 1))};
 }
 
 /// The four characters that name a plug-in.
 std::string pluginName(std::uint32_t id) {
   std::string name;
-  for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>((id >> static_cast<unsigned>(shift)) & 0xFFU);
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    name += static_cast<char>((id >> static_cast<unsigned>(shift)) & 0xFFU);
+  }
   return name;
 }
 
@@ -79,7 +81,7 @@ void listFunctions(CommandContext& context) {
 
 std::string describeParameter(const StepParameter& parameter) {
   std::string line = parameter.type;
-  if (!parameter.id.empty()) line += " " + parameter.id;
+  if (!parameter.id.empty()) { line += " " + parameter.id; }
   line += ": " + parameter.label;
   for (const StepParameter::Choice& choice : parameter.choices) {
     line += fmt::format("{}{} {}", &choice == &parameter.choices.front() ? " (" : ", ", choice.id, choice.text);
@@ -91,8 +93,9 @@ OrderedJson parametersOf(const std::vector<StepParameter>& parameters) {
   OrderedJson list = OrderedJson::array();
   for (const StepParameter& parameter : parameters) {
     OrderedJson choices = OrderedJson::array();
-    for (const StepParameter::Choice& choice : parameter.choices)
+    for (const StepParameter::Choice& choice : parameter.choices) {
       choices.push_back({{"id", choice.id}, {"text", choice.text}});
+    }
     list.push_back({{"type", parameter.type},
                     {"label", parameter.label},
                     {"id", parameter.id},
@@ -127,7 +130,7 @@ bool listSteps(CommandContext& context) {
       context.streams.out << fmt::format("      {}\n", calc::harmless(describeParameter(parameter)));
     }
   }
-  if (context.options.json) printJson(context, list);
+  if (context.options.json) { printJson(context, list); }
   return readable;
 }
 

@@ -25,7 +25,7 @@ bool isThere(const std::filesystem::path& file) {
 
 fmx::ErrorCode evaluateFor(calc::Session& session, std::u16string_view expression, Value& result) {
   Result<calc::Outcome> outcome = session.evaluate(toUtf8(expression));
-  if (!outcome) return Registry::kRefused;
+  if (!outcome) { return Registry::kRefused; }
   result = std::move(outcome->value);
   return 0;
 }
@@ -39,16 +39,12 @@ std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile) 
 
 Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile) {
   if (options.plugin) {
-    if (isThere(*options.plugin)) {
-      return *options.plugin;
-    }
+    if (isThere(*options.plugin)) { return *options.plugin; }
     return failure(ErrorCode::kNotFound, fmt::format("there is no plug-in {}", *options.plugin));
   }
   std::string sought;
   for (const std::filesystem::path& place : pluginPlaces(programFile)) {
-    if (isThere(place)) {
-      return place;
-    }
+    if (isThere(place)) { return place; }
     sought += (sought.empty() ? "" : " and ") + place.string();
   }
   return failure(ErrorCode::kNotFound,
@@ -66,9 +62,7 @@ std::vector<calc::Signature> PluginFunctions::signatures() const {
 
 Result<Value> PluginFunctions::call(std::string_view name, std::span<const Value> arguments) {
   const std::shared_ptr<const RegisteredFunction> function = Registry::instance().function(toUtf16(name));
-  if (!function) {
-    return failure(ErrorCode::kNotFound, fmt::format("{} is no longer registered", name));
-  }
+  if (!function) { return failure(ErrorCode::kNotFound, fmt::format("{} is no longer registered", name)); }
   return callFunction(*function, std::vector<Value>(arguments.begin(), arguments.end()));
 }
 
@@ -76,16 +70,12 @@ Result<std::unique_ptr<Workbench>> Workbench::open(CommandContext& context, Need
   const GlobalOptions& options = context.options;
   const auto without = [] { return std::unique_ptr<Workbench>(new Workbench(nullptr)); };
   if (options.plugin == kNoPlugin) {
-    if (need == Need::kPlugin) {
-      return failure(ErrorCode::kInvalid, "this command needs a plug-in");
-    }
+    if (need == Need::kPlugin) { return failure(ErrorCode::kInvalid, "this command needs a plug-in"); }
     return without();
   }
   const auto file = pluginFile(options, context.programFile);
   if (!file) {
-    if (need == Need::kPlugin || options.plugin) {
-      return failure(file.error());
-    }
+    if (need == Need::kPlugin || options.plugin) { return failure(file.error()); }
     tellTrouble(context.streams.err, file.error().message + "; going on without one");
     return without();
   }
@@ -106,9 +96,7 @@ Workbench::~Workbench() { Registry::instance().setEvaluator(nullptr); }
 Result<calc::Outcome> Workbench::evaluate(std::string_view calculation) {
   Result<calc::Outcome> outcome = m_session.evaluate(calculation);
   if (m_plugin) {
-    if (const auto idle = m_plugin->idle(); !idle && outcome) {
-      outcome->failures.push_back(idle.error().message);
-    }
+    if (const auto idle = m_plugin->idle(); !idle && outcome) { outcome->failures.push_back(idle.error().message); }
   }
   return outcome;
 }

@@ -21,13 +21,13 @@ ProgressLine::ProgressLine(std::ostream& terminal, bool onTerminal, std::string 
       m_next(m_clock() + kPatience) {}
 
 void ProgressLine::announce(const std::string& text) {
-  if (m_on) show(text);
+  if (m_on) { show(text); }
 }
 
 void ProgressLine::update(std::size_t done, std::size_t all) {
-  if (!m_on || all == 0) return;
+  if (!m_on || all == 0) { return; }
   const auto now = m_clock();
-  if (now < m_next) return;
+  if (now < m_next) { return; }
   m_next = now + kBetweenUpdates;
   show(fmt::format("{} of {} ({}%)", done, all, done * 100 / all));
 }
@@ -38,7 +38,7 @@ void ProgressLine::show(const std::string& text) {
 }
 
 void ProgressLine::clear() {
-  if (m_shown) m_terminal << "\r\x1b[2K" << std::flush;
+  if (m_shown) { m_terminal << "\r\x1b[2K" << std::flush; }
   m_shown = false;
 }
 

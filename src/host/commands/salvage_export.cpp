@@ -15,9 +15,7 @@ Result<ExitStatus> salvageInto(const store::TextSink& sink, const std::vector<st
                                std::ostream& err) {
   ORLOCAL_TRY(const store::StoreOptions user, store::userStoreOptions(store::Zone::ofUser()));
   ORLOCAL_TRY(const auto report, store::salvage(user.file, calendars, user.busyTimeout, sink));
-  for (const std::string& line : report.notes) {
-    err << "orlocal: " << printable(line) << '\n';
-  }
+  for (const std::string& line : report.notes) { err << "orlocal: " << printable(line) << '\n'; }
   if (report.complete()) {
     err << fmt::format("orlocal: {} items were written; everything could be read\n", report.items);
     return ExitStatus::kDone;

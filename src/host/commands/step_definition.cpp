@@ -11,7 +11,7 @@ namespace {
 
 std::string attribute(const pugi::xml_node& element, std::string_view name) {
   for (const pugi::xml_attribute& candidate : element.attributes()) {
-    if (calc::equalWords(candidate.name(), name)) return candidate.value();
+    if (calc::equalWords(candidate.name(), name)) { return candidate.value(); }
   }
   return {};
 }
@@ -27,7 +27,7 @@ StepParameter readParameter(const pugi::xml_node& element) {
                           .shownInline = calc::equalWords(attribute(element, "showinline"), "true"),
                           .choices = {}};
   for (const pugi::xml_node& value : element.children()) {
-    if (isNamed(value, "value")) parameter.choices.push_back({attribute(value, "id"), value.child_value()});
+    if (isNamed(value, "value")) { parameter.choices.push_back({attribute(value, "id"), value.child_value()}); }
   }
   return parameter;
 }
@@ -48,7 +48,7 @@ Result<std::vector<StepParameter>> readStepDefinition(std::string_view xml) {
   }
   std::vector<StepParameter> parameters;
   for (const pugi::xml_node& element : root.children()) {
-    if (isNamed(element, "parameter")) parameters.push_back(readParameter(element));
+    if (isNamed(element, "parameter")) { parameters.push_back(readParameter(element)); }
   }
   return parameters;
 }

@@ -48,34 +48,34 @@ bool wholeDay(const store::CalendarTime& time) { return time.kind == store::Cale
 std::string timeText(store::LocalTime time) { return isoDay(store::LocalDay(time)) + " " + clockTime(time); }
 
 std::string whenOf(const News& news, const store::Zone& viewer) {
-  if (!news.item) return "";
+  if (!news.item) { return ""; }
   if (news.item->kind == store::ItemKind::kReminder) {
-    if (!news.item->end) return "";
+    if (!news.item->end) { return ""; }
     const store::LocalTime due = viewer.toLocal(store::momentOf(*news.item->end, viewer));
     return "due " + (wholeDay(*news.item->end) ? isoDay(store::LocalDay(due)) : timeText(due));
   }
-  if (!news.occurrence) return "";
+  if (!news.occurrence) { return ""; }
   const auto first = firstDayOf(*news.occurrence, viewer);
   const auto last = lastDayOf(*news.occurrence, viewer);
-  if (news.item->allDay()) return first == last ? isoDay(first) : isoDay(first) + " – " + isoDay(last);
+  if (news.item->allDay()) { return first == last ? isoDay(first) : isoDay(first) + " – " + isoDay(last); }
   const auto start = viewer.toLocal(news.occurrence->start);
   const auto end = viewer.toLocal(news.occurrence->end);
-  if (store::LocalDay(end) == first) return timeText(start) + "–" + clockTime(end);
+  if (store::LocalDay(end) == first) { return timeText(start) + "–" + clockTime(end); }
   return timeText(start) + " – " + timeText(end);
 }
 
 void addTimes(nlohmann::json& json, const News& news, const store::Zone& viewer) {
-  if (!news.item) return;
+  if (!news.item) { return; }
   if (news.item->kind == store::ItemKind::kReminder) {
     json["completed"] = news.item->completed.has_value();
-    if (!news.item->end) return;
+    if (!news.item->end) { return; }
     const auto due = store::momentOf(*news.item->end, viewer);
     json["due"] = wholeDay(*news.item->end) ? isoDay(store::LocalDay(viewer.toLocal(due))) : isoMoment(due, viewer);
     return;
   }
   json["repeats"] = !news.item->recurrence.empty();
   json["allDay"] = news.item->allDay();
-  if (!news.occurrence) return;
+  if (!news.occurrence) { return; }
   if (news.item->allDay()) {
     json["firstDay"] = isoDay(firstDayOf(*news.occurrence, viewer));
     json["lastDay"] = isoDay(lastDayOf(*news.occurrence, viewer));
@@ -94,9 +94,7 @@ Result<StoreNews> StoreNews::fromNowOn(store::CalendarStore& store) {
 
 Status StoreNews::tell(const std::function<void(const News&)>& listener) {
   const std::uint64_t generation = m_store.generation();
-  if (std::exchange(m_generation, generation) == generation) {
-    return {};
-  }
+  if (std::exchange(m_generation, generation) == generation) { return {}; }
   ORLOCAL_TRY(const auto commits, m_store.outsideCommits(m_position));
   for (const store::OutsideCommit& commit : commits) {
     ORLOCAL_CHECK(tellAll(kCalendar, commit.calendars, listener));
@@ -125,9 +123,7 @@ Result<News> StoreNews::newsOf(std::string_view change, std::string_view kind, c
   news.identifier = identifier;
   if (kind == kCalendar || kind == kReminderList) {
     ORLOCAL_TRY(const auto calendar, m_store.calendar(identifier));
-    if (calendar) {
-      news.title = calendar->title;
-    }
+    if (calendar) { news.title = calendar->title; }
   } else {
     ORLOCAL_TRY(news.item, m_store.itemWithIdentifier(identifier));
     if (news.item) {
@@ -139,9 +135,7 @@ Result<News> StoreNews::newsOf(std::string_view change, std::string_view kind, c
     }
   }
   if (news.title) {
-    if (m_titles.size() >= kKnownTitles) {
-      m_titles.clear();
-    }
+    if (m_titles.size() >= kKnownTitles) { m_titles.clear(); }
     m_titles.insert_or_assign(identifier, *news.title);
   } else if (const auto known = m_titles.find(identifier); known != m_titles.end()) {
     news.title = known->second;
@@ -152,9 +146,7 @@ Result<News> StoreNews::newsOf(std::string_view change, std::string_view kind, c
 Result<std::optional<std::string>> StoreNews::titleOfCalendar(store::CalendarId id) {
   ORLOCAL_TRY(const auto calendars, allCalendars(m_store));
   for (const auto& calendar : calendars) {
-    if (calendar.id == id) {
-      return calendar.title;
-    }
+    if (calendar.id == id) { return calendar.title; }
   }
   return std::nullopt;
 }
@@ -163,11 +155,11 @@ std::string lineOf(const News& news, const store::Zone& viewer) {
   const auto* word = std::ranges::find(kChangeWords, news.change, &ChangeWord::change);
   std::string line = padded(fmt::format("{} {}", word->atLineStart, news.kind), kKindWidth);
   const auto add = [&line](const std::string& part) {
-    if (!part.empty()) line += part + "  ";
+    if (!part.empty()) { line += part + "  "; }
   };
   add(whenOf(news, viewer));
-  if (news.title) add(news.title->empty() ? "(no title)" : printable(*news.title));
-  if (news.calendar) add(printable(*news.calendar));
+  if (news.title) { add(news.title->empty() ? "(no title)" : printable(*news.title)); }
+  if (news.calendar) { add(printable(*news.calendar)); }
   return line + news.identifier;
 }
 

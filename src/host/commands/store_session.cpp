@@ -26,17 +26,13 @@ Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store) {
 
 Result<std::vector<store::Calendar>> calendarsTitled(std::vector<store::Calendar> calendars,
                                                      const std::vector<std::string>& titles) {
-  if (titles.empty()) {
-    return calendars;
-  }
+  if (titles.empty()) { return calendars; }
   for (const std::string& title : titles) {
     if (std::any_of(calendars.begin(), calendars.end(), [&](const auto& each) { return each.title == title; })) {
       continue;
     }
     std::vector<std::string> known;
-    for (const auto& calendar : calendars) {
-      known.push_back('"' + calendar.title + '"');
-    }
+    for (const auto& calendar : calendars) { known.push_back('"' + calendar.title + '"'); }
     return failure(ErrorCode::kNotFound, fmt::format("There is no calendar or reminder list \"{}\"; there are {}.",
                                                      title, fmt::join(known, ", ")));
   }

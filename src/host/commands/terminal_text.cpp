@@ -46,9 +46,9 @@ std::size_t characterLength(std::string_view text) {
                              : lead < 0xF0 ? 3
                              : lead < 0xF8 ? 4
                                            : 0;
-  if (length > text.size()) return 0;
+  if (length > text.size()) { return 0; }
   for (std::size_t k = 1; k < length; ++k) {
-    if ((static_cast<unsigned char>(text[k]) & 0xC0U) != 0x80U) return 0;
+    if ((static_cast<unsigned char>(text[k]) & 0xC0U) != 0x80U) { return 0; }
   }
   return length;
 }
@@ -65,7 +65,7 @@ void eachCharacter(std::string_view text, Visit visit) {
     }
     const auto lead = static_cast<unsigned char>(text[0]);
     char32_t c = length == 1 ? lead : lead & (0x7FU >> length);
-    for (std::size_t k = 1; k < length; ++k) c = (c << 6) | (static_cast<unsigned char>(text[k]) & 0x3FU);
+    for (std::size_t k = 1; k < length; ++k) { c = (c << 6) | (static_cast<unsigned char>(text[k]) & 0x3FU); }
     visit(c, text.substr(0, length));
     text.remove_prefix(length);
   }
@@ -93,7 +93,7 @@ std::string printable(std::string_view text) {
 std::size_t displayWidth(std::string_view text) {
   std::size_t width = 0;
   eachCharacter(text, [&width](char32_t c, std::string_view) {
-    if (within(kWithoutWidth, c)) return;
+    if (within(kWithoutWidth, c)) { return; }
     width += within(kWide, c) ? 2 : 1;
   });
   return width;
@@ -102,12 +102,12 @@ std::size_t displayWidth(std::string_view text) {
 std::string padded(std::string_view text, std::size_t width) {
   const std::size_t taken = displayWidth(text);
   std::string out(text);
-  if (taken < width) out.append(width - taken, ' ');
+  if (taken < width) { out.append(width - taken, ' '); }
   return out;
 }
 
 std::string Ink::coloured(const std::optional<store::Rgb>& colour, std::string_view text) const {
-  if (!colour) return std::string(text);
+  if (!colour) { return std::string(text); }
   return wrapped(
       fmt::format("\x1b[38;2;{};{};{}m", channel(colour->red), channel(colour->green), channel(colour->blue)), text);
 }

@@ -28,9 +28,7 @@ class TestRun {
   explicit TestRun(CommandContext& context) : m_context(context) {}
 
   Result<ExitStatus> run(const std::vector<std::string>& files) {
-    for (const std::string& file : files) {
-      ORLOCAL_CHECK(runOne(file));
-    }
+    for (const std::string& file : files) { ORLOCAL_CHECK(runOne(file)); }
     if (m_context.options.json) {
       m_context.streams.out << OrderedJson{{"passed", m_passed}, {"failed", m_failed}, {"examples", m_examples}}.dump(
                                    2, ' ', false, OrderedJson::error_handler_t::replace)
@@ -45,29 +43,21 @@ class TestRun {
   Status runOne(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
     const auto text = readWhole(stream, "it");
-    if (!text) {
-      return trouble(file, text.error().message);
-    }
+    if (!text) { return trouble(file, text.error().message); }
     const auto transcript = parseTranscript(*text, file.ends_with(".md"));
     if (!transcript) {
       return trouble(fmt::format("{}:{}", file, transcript.error().place.value_or(0)), transcript.error().message);
     }
-    if (transcript->examples.empty()) {
-      return trouble(file, "it holds no calculation");
-    }
+    if (transcript->examples.empty()) { return trouble(file, "it holds no calculation"); }
     ORLOCAL_TRY(const TranscriptReport report, runTranscript(m_context, file, *transcript));
-    for (const Verdict& verdict : report.verdicts) {
-      take(file, verdict);
-    }
+    for (const Verdict& verdict : report.verdicts) { take(file, verdict); }
     return report.trouble.empty() ? Status() : trouble(file, report.trouble);
   }
 
   /// Counts as one failure of a transcript, whatever was left undone; the others still run.
   Status trouble(const std::string& place, const std::string& reason) {
     ++m_failed;
-    if (m_context.options.json) {
-      m_examples.push_back({{"file", place}, {"passed", false}, {"trouble", reason}});
-    }
+    if (m_context.options.json) { m_examples.push_back({{"file", place}, {"passed", false}, {"trouble", reason}}); }
     tellTrouble(m_context.streams.err, reason, place);
     return {};
   }
@@ -89,7 +79,7 @@ class TestRun {
   }
 
   void show(std::string_view what, const std::vector<std::string>& lines) {
-    if (lines.empty()) m_context.streams.out << fmt::format("  {}  (nothing)\n", what);
+    if (lines.empty()) { m_context.streams.out << fmt::format("  {}  (nothing)\n", what); }
     for (const std::string& line : lines) {
       m_context.streams.out << fmt::format("  {}  {}\n", what, calc::harmless(line));
     }

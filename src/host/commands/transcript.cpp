@@ -26,7 +26,7 @@ Result<std::vector<std::string>> wordsOf(std::string_view text, std::size_t line
   bool inside = false;
   char quote = '\0';
   const auto begin = [&] {
-    if (!inside) words.emplace_back();
+    if (!inside) { words.emplace_back(); }
     inside = true;
   };
   for (const char c : text) {
@@ -42,9 +42,7 @@ Result<std::vector<std::string>> wordsOf(std::string_view text, std::size_t line
       words.back() += c;
     }
   }
-  if (quote != '\0') {
-    return refused(line, "a quote is not closed");
-  }
+  if (quote != '\0') { return refused(line, "a quote is not closed"); }
   return words;
 }
 
@@ -67,9 +65,7 @@ class Reader {
 
   Result<Transcript> read() {
     m_inside = !m_markdown;
-    while (m_at < m_lines.size()) {
-      ORLOCAL_CHECK(readLine());
-    }
+    while (m_at < m_lines.size()) { ORLOCAL_CHECK(readLine()); }
     return std::move(m_transcript);
   }
 
@@ -96,9 +92,7 @@ class Reader {
       m_transcript.examples.back().expected.emplace_back(line);
       ++m_at;
     } else {
-      if (!isBlank(line)) {
-        return refused(m_at + 1, "this line belongs to no calculation; one begins with >");
-      }
+      if (!isBlank(line)) { return refused(m_at + 1, "this line belongs to no calculation; one begins with >"); }
       ++m_at;
     }
     return {};
@@ -124,41 +118,29 @@ class Reader {
     const std::size_t line = m_at + 1;
     const std::string& name = words.front();
     if (name == "@register") {
-      if (words.size() != 3) {
-        return refused(line, "@register takes a file and a script");
-      }
+      if (words.size() != 3) { return refused(line, "@register takes a file and a script"); }
       readStep(Example::Kind::kRegister, std::move(words));
       return {};
     }
     if (name == "@outside") {
-      if (words.size() < 2) {
-        return refused(line, "@outside needs a command");
-      }
+      if (words.size() < 2) { return refused(line, "@outside needs a command"); }
       readStep(Example::Kind::kOutside, std::move(words));
       return {};
     }
-    if (!m_transcript.examples.empty()) {
-      return refused(line, "settings stand before the first calculation");
-    }
+    if (!m_transcript.examples.empty()) { return refused(line, "settings stand before the first calculation"); }
     TranscriptSettings& settings = m_transcript.settings;
     if (name == "@import" || name == "@import-contacts") {
-      if (words.size() < 2) {
-        return refused(line, name + " needs a file");
-      }
+      if (words.size() < 2) { return refused(line, name + " needs a file"); }
       settings.preparations.push_back({line, name.substr(1), {words.begin() + 1, words.end()}});
       return {};
     }
-    if (words.size() != 2) {
-      return refused(line, name + " takes one word");
-    }
+    if (words.size() != 2) { return refused(line, name + " takes one word"); }
     if (name == "@host-version") {
       ORLOCAL_TRY(settings.hostVersion, number(words[1], line));
       return {};
     }
     const auto* directive = std::ranges::find(kTextDirectives, name, &TextDirective::name);
-    if (directive == std::end(kTextDirectives)) {
-      return refused(line, fmt::format("{} is no setting", name));
-    }
+    if (directive == std::end(kTextDirectives)) { return refused(line, fmt::format("{} is no setting", name)); }
     settings.*(directive->setting) = words[1];
     return {};
   }

@@ -34,14 +34,14 @@ std::string resolved(const std::filesystem::path& transcript, const std::string&
   std::error_code error;
   std::filesystem::path folder = std::filesystem::absolute(transcript, error).parent_path();
   for (;;) {
-    if (std::filesystem::is_regular_file(folder / word, error)) return folder / word;
-    if (folder == folder.parent_path()) return word;
+    if (std::filesystem::is_regular_file(folder / word, error)) { return folder / word; }
+    if (folder == folder.parent_path()) { return word; }
     folder = folder.parent_path();
   }
 }
 
 void setEnvironment(const char* name, const std::optional<std::string>& value) {
-  if (value) ::setenv(name, value->c_str(), 1);
+  if (value) { ::setenv(name, value->c_str(), 1); }
 }
 
 /// A folder for one transcript's store, gone at the end.
@@ -50,9 +50,7 @@ class TemporaryFolder {
   TemporaryFolder() = default;
   ~TemporaryFolder() {
     std::error_code error;
-    if (!m_path.empty()) {
-      std::filesystem::remove_all(m_path, error);
-    }
+    if (!m_path.empty()) { std::filesystem::remove_all(m_path, error); }
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -118,7 +116,7 @@ class Work {
   }
 
   static std::vector<std::string> registerScript(const Example& example, Workbench& workbench) {
-    if (workbench.plugin() == nullptr) return {"! there is no plug-in to register with"};
+    if (workbench.plugin() == nullptr) { return {"! there is no plug-in to register with"}; }
     const auto done = registerUpdateScript(*workbench.plugin(), example.words.at(0), example.words.at(1));
     return done ? std::vector<std::string>() : std::vector<std::string>{"! " + done.error().message};
   }
@@ -126,17 +124,13 @@ class Work {
   /// The process gets the settings of this one, through the environment and the global options.
   Result<std::vector<std::string>> runOutside(const Example& example) {
     std::vector<std::string> options{"--host-version", std::to_string(m_options.hostVersion)};
-    if (m_options.plugin) {
-      options.insert(options.end(), {"--plugin", *m_options.plugin});
-    }
+    if (m_options.plugin) { options.insert(options.end(), {"--plugin", *m_options.plugin}); }
     ORLOCAL_TRY(const ChildResult result,
                 runCommand(example.words.front(), {example.words.begin() + 1, example.words.end()}, options));
-    if (result.succeeded()) {
-      return std::vector<std::string>();
-    }
+    if (result.succeeded()) { return std::vector<std::string>(); }
     std::vector<std::string> lines{fmt::format("! {} {}", example.words.front(), result.ending)};
     std::istringstream output(result.output);
-    for (std::string line; std::getline(output, line);) lines.push_back("! " + line);
+    for (std::string line; std::getline(output, line);) { lines.push_back("! " + line); }
     return lines;
   }
 
@@ -149,9 +143,7 @@ class Work {
     std::size_t started = 0;
     for (;;) {
       if (Plugin* plugin = workbench.plugin()) {
-        if (const auto idle = plugin->idle(); !idle) {
-          printed.push_back("! " + idle.error().message);
-        }
+        if (const auto idle = plugin->idle(); !idle) { printed.push_back("! " + idle.error().message); }
       }
       for (const ScriptStart& start : Registry::instance().takeScriptStarts()) {
         const std::string parameter = start.parameter ? start.parameter->utf8() : std::string();
@@ -159,7 +151,7 @@ class Work {
             fmt::format("{}{} / {}: {}", kScriptLine, toUtf8(start.file), toUtf8(start.script), parameter));
         ++started;
       }
-      if (started >= expected || std::chrono::steady_clock::now() >= deadline) return;
+      if (started >= expected || std::chrono::steady_clock::now() >= deadline) { return; }
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
   }
@@ -182,7 +174,7 @@ class Work {
     // From here on the environment says it all.
     m_options.store.reset();
     m_options.systemMinor.reset();
-    if (settings.hostVersion) m_options.hostVersion = *settings.hostVersion;
+    if (settings.hostVersion) { m_options.hostVersion = *settings.hostVersion; }
     if (settings.plugin) {
       m_options.plugin = *settings.plugin == kNoPlugin ? *settings.plugin : resolved(m_file, *settings.plugin);
     }
@@ -223,9 +215,11 @@ std::vector<std::string> printedLines(const std::string& calculation, const Resu
     const std::string described = calc::describe(calculation, outcome.error());
     return {"! " + described.substr(0, described.find('\n'))};
   }
-  if (outcome->failures.empty()) return calc::linesOf(outcome->value);
+  if (outcome->failures.empty()) { return calc::linesOf(outcome->value); }
   std::vector<std::string> lines;
-  for (const std::string& failure : outcome->failures) lines.push_back("! " + failure.substr(0, failure.find('\n')));
+  for (const std::string& failure : outcome->failures) {
+    lines.push_back("! " + failure.substr(0, failure.find('\n')));
+  }
   return lines;
 }
 
@@ -241,8 +235,8 @@ Result<TranscriptReport> runTranscript(CommandContext& context, const std::files
   std::istringstream lines(child.output);
   for (std::string line; std::getline(lines, line);) {
     const nlohmann::json record = nlohmann::json::parse(line, nullptr, false);
-    if (record.contains("trouble")) report.trouble = record["trouble"].get<std::string>();
-    if (!record.contains("printed") || report.verdicts.size() == transcript.examples.size()) continue;
+    if (record.contains("trouble")) { report.trouble = record["trouble"].get<std::string>(); }
+    if (!record.contains("printed") || report.verdicts.size() == transcript.examples.size()) { continue; }
     const Example& example = transcript.examples[report.verdicts.size()];
     auto printed = record["printed"].get<std::vector<std::string>>();
     const bool passed = matchesLines(example.expected, printed);

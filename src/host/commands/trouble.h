@@ -21,9 +21,7 @@ template <class Work>
 auto withoutThrowing(Work work) -> decltype(work()) {
   try {
     return work();
-  } catch (const std::exception& exception) {
-    return failure(ErrorCode::kIo, exception.what());
-  }
+  } catch (const std::exception& exception) { return failure(ErrorCode::kIo, exception.what()); }
 }
 
 }  // namespace orlocal::host

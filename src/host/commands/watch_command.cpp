@@ -38,7 +38,7 @@ class SlowNotice {
  public:
   void tell(const store::ChangeSignal& signal, std::ostream& err) {
     const auto& trouble = signal.trouble();
-    if (trouble && !m_told) tellTrouble(err, trouble->message);
+    if (trouble && !m_told) { tellTrouble(err, trouble->message); }
     m_told = trouble.has_value();
   }
 
@@ -94,16 +94,14 @@ class ScriptWatch {
     // The bell rings after the commit, and the plug-in looks for commits whenever it gets idle time.
     for (auto woken = Woken::kByChange; woken != Woken::kByInterruption;) {
       slow.tell(signal, m_context.streams.err);
-      if (const auto idle = plugin.idle(); !idle) {
-        tellTrouble(m_context.streams.err, idle.error().message);
-      }
+      if (const auto idle = plugin.idle(); !idle) { tellTrouble(m_context.streams.err, idle.error().message); }
       ORLOCAL_TRY(woken, waitForChange(signal));
     }
     return ExitStatus::kDone;
   }
 
   fmx::ErrorCode runScript(const ScriptStart& start) {
-    if (Interruption::flag()) return Registry::kRefused;
+    if (Interruption::flag()) { return Registry::kRefused; }
     const std::string parameter = start.parameter ? start.parameter->utf8() : std::string();
     if (m_words.command.empty()) {
       print(start, parameter);
@@ -112,9 +110,7 @@ class ScriptWatch {
     std::vector<std::string> words = m_words.command;
     std::replace(words.begin(), words.end(), std::string(kParameter), parameter);
     const Result<ChildResult> result = runVisibly(words);
-    if (result && result->succeeded()) {
-      return 0;
-    }
+    if (result && result->succeeded()) { return 0; }
     if (result) {
       tellTrouble(m_context.streams.err, fmt::format("{} {} ({})", words.front(), result->ending, parameter));
     }

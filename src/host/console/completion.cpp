@@ -17,14 +17,14 @@ bool isNameByte(char c) {
 
 std::string_view nameAtEnd(std::string_view text) {
   std::size_t begin = text.size();
-  while (begin > 0 && isNameByte(text[begin - 1])) --begin;
+  while (begin > 0 && isNameByte(text[begin - 1])) { --begin; }
   return text.substr(begin);
 }
 
 /// True when the name stands directly inside `Get (`.
 bool isInsideGet(std::string_view before) {
   const auto tokens = calc::tokenize(before);
-  if (!tokens || tokens->size() < 3) return false;
+  if (!tokens || tokens->size() < 3) { return false; }
   const calc::Token& open = (*tokens)[tokens->size() - 2];
   const calc::Token& name = (*tokens)[tokens->size() - 3];
   return open.kind == calc::TokenKind::kOpen && name.kind == calc::TokenKind::kName &&
@@ -55,7 +55,7 @@ std::vector<Candidate> candidatesFor(const calc::FunctionLibrary& library, const
   for (const calc::Signature& signature : library.signatures()) {
     candidates.push_back({signature.name, signature.prototype, signature.minimum != 0});
   }
-  for (const std::string& variable : variables) candidates.push_back({variable, variable, false});
+  for (const std::string& variable : variables) { candidates.push_back({variable, variable, false}); }
   return candidates;
 }
 
@@ -68,15 +68,17 @@ Completion complete(std::string_view beforeCursor, const std::vector<Candidate>&
     }
   };
   if (isInsideGet(beforeCursor.substr(0, beforeCursor.size() - typed.size()))) {
-    for (const calc::GetEntry& entry : calc::allGets()) take({std::string(entry.name), std::string(entry.name), false});
+    for (const calc::GetEntry& entry : calc::allGets()) {
+      take({std::string(entry.name), std::string(entry.name), false});
+    }
   } else if (!typed.empty()) {
     std::ranges::for_each(candidates, take);
   }
-  if (completion.matching.empty()) return completion;
+  if (completion.matching.empty()) { return completion; }
   std::ranges::sort(completion.matching, {}, &Candidate::name);
   completion.insertion =
       completion.matching.front().name.substr(typed.size(), agreement(completion.matching) - typed.size());
-  if (completion.matching.size() == 1 && completion.matching.front().opens) completion.insertion += " ( ";
+  if (completion.matching.size() == 1 && completion.matching.front().opens) { completion.insertion += " ( "; }
   return completion;
 }
 

@@ -27,7 +27,7 @@ constexpr std::string_view kHelp =
 
 std::string trimmed(const std::string& text) {
   const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string::npos) return {};
+  if (first == std::string::npos) { return {}; }
   return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
@@ -35,7 +35,7 @@ std::string trimmed(const std::string& text) {
 std::vector<std::string> recallable(const std::vector<std::string>& lines) {
   std::string joined;
   for (const std::string& line : lines) {
-    if (lines.size() > 1 && line.find("//") != std::string::npos) return lines;
+    if (lines.size() > 1 && line.find("//") != std::string::npos) { return lines; }
     joined += joined.empty() ? line : " " + trimmed(line);
   }
   return {joined};
@@ -60,17 +60,17 @@ bool Console::run() {
     const bool ended = line.outcome == LineSource::Outcome::kEnd;
     if (ended && lines.empty()) {
       // The shell prompt that follows Ctrl-D begins on a line of its own.
-      if (m_parts.colours) m_parts.out << '\n';
+      if (m_parts.colours) { m_parts.out << '\n'; }
       break;
     }
     if (!ended) {
-      if (lines.empty() && trimmed(line.text).empty()) continue;
+      if (lines.empty() && trimmed(line.text).empty()) { continue; }
       entry += (lines.empty() ? "" : "\n") + line.text;
       lines.push_back(line.text);
-      if (calc::completenessOf(entry) == calc::Completeness::kOpen) continue;
+      if (calc::completenessOf(entry) == calc::Completeness::kOpen) { continue; }
     }
-    if (asksToStop(entry)) break;
-    for (const std::string& recalled : recallable(lines)) m_parts.lines.remember(recalled);
+    if (asksToStop(entry)) { break; }
+    for (const std::string& recalled : recallable(lines)) { m_parts.lines.remember(recalled); }
     obey(entry);
     lines.clear();
     entry.clear();
@@ -98,13 +98,14 @@ void Console::obey(const std::string& entry) {
 
 void Console::help(const std::string& name) {
   const Completion found = complete(name, candidatesFor(m_parts.library, {}));
-  if (found.matching.empty()) m_parts.out << "no function's name begins with " << calc::harmless(name) << '\n';
-  for (const Candidate& candidate : found.matching) m_parts.out << calc::harmless(candidate.prototype) << '\n';
+  if (found.matching.empty()) { m_parts.out << "no function's name begins with " << calc::harmless(name) << '\n'; }
+  for (const Candidate& candidate : found.matching) { m_parts.out << calc::harmless(candidate.prototype) << '\n'; }
   for (const calc::Signature& signature : m_parts.library.signatures()) {
     // The text of a description stands behind its type-ahead words.
     const std::size_t bar = signature.description.find('|');
-    if (calc::equalWords(signature.name, name))
+    if (calc::equalWords(signature.name, name)) {
       m_parts.out << "    " << calc::harmless(signature.description.substr(bar + 1)) << '\n';
+    }
   }
 }
 
@@ -122,7 +123,7 @@ void Console::show(const Result<calc::Outcome>& outcome, const std::string& entr
   } else if (lines.size() == 1) {
     m_parts.out << shown(lines.front()) << "  " << dim(fmt::format("({})", type)) << '\n';
   } else {
-    for (const std::string& line : lines) m_parts.out << shown(line) << '\n';
+    for (const std::string& line : lines) { m_parts.out << shown(line) << '\n'; }
     m_parts.out << dim(fmt::format("({}, {} lines)", type, lines.size())) << '\n';
   }
   for (const std::string& failure : outcome->failures) {

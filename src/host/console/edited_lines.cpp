@@ -22,7 +22,7 @@ constexpr int kHistorySize = 1000;
 /// Characters beyond ASCII need a UTF-8 locale; a terminal without one gets the neutral one.
 void useUtf8() {
   std::setlocale(LC_CTYPE, "");
-  if (std::strcmp(::nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
+  if (std::strcmp(::nl_langinfo(CODESET), "UTF-8") != 0) { std::setlocale(LC_CTYPE, "C.UTF-8"); }
 }
 
 }  // namespace
@@ -55,17 +55,18 @@ struct EditedLines::State {
     const LineInfo* line = ::el_line(editor);
     const Completion completion =
         of(editor).completer({line->buffer, static_cast<std::size_t>(line->cursor - line->buffer)});
-    if (completion.matching.empty()) return CC_REFRESH_BEEP;
+    if (completion.matching.empty()) { return CC_REFRESH_BEEP; }
     std::fputc('\n', stdout);
-    for (const Candidate& candidate : completion.matching)
+    for (const Candidate& candidate : completion.matching) {
       std::printf("  %s\n", calc::harmless(candidate.prototype).c_str());
+    }
     std::fflush(stdout);
-    if (!completion.insertion.empty()) ::el_insertstr(editor, completion.insertion.c_str());
+    if (!completion.insertion.empty()) { ::el_insertstr(editor, completion.insertion.c_str()); }
     return CC_REDISPLAY;
   }
 
   void save() {
-    if (historyPath.empty()) return;
+    if (historyPath.empty()) { return; }
     HistEvent event{};
     ::history(history, &event, H_SAVE, historyPath.c_str());
   }
@@ -73,9 +74,9 @@ struct EditedLines::State {
 
 std::filesystem::path historyFile() {
   const char* state = std::getenv("XDG_STATE_HOME");
-  if (state != nullptr && *state != '\0') return std::filesystem::path(state) / "orlocal" / "history";
+  if (state != nullptr && *state != '\0') { return std::filesystem::path(state) / "orlocal" / "history"; }
   const char* home = std::getenv("HOME");
-  if (home == nullptr || *home == '\0') return {};
+  if (home == nullptr || *home == '\0') { return {}; }
   return std::filesystem::path(home) / ".local" / "state" / "orlocal" / "history";
 }
 
@@ -122,8 +123,8 @@ Status EditedLines::start() {
 }
 
 EditedLines::~EditedLines() {
-  if (m_state->history != nullptr) ::history_end(m_state->history);
-  if (m_state->editor != nullptr) ::el_end(m_state->editor);
+  if (m_state->history != nullptr) { ::history_end(m_state->history); }
+  if (m_state->editor != nullptr) { ::el_end(m_state->editor); }
 }
 
 LineSource::Line EditedLines::read(const std::string& prompt) {
@@ -134,10 +135,10 @@ LineSource::Line EditedLines::read(const std::string& prompt) {
   ::el_set(state.editor, EL_PREP_TERM, 1);
   int count = 0;
   const char* text = ::el_gets(state.editor, &count);
-  if (state.cancelled) return {Outcome::kCancelled, {}};
-  if (text == nullptr || count <= 0) return {};
+  if (state.cancelled) { return {Outcome::kCancelled, {}}; }
+  if (text == nullptr || count <= 0) { return {}; }
   std::string line(text, static_cast<std::size_t>(count));
-  while (line.ends_with('\n') || line.ends_with('\r')) line.pop_back();
+  while (line.ends_with('\n') || line.ends_with('\r')) { line.pop_back(); }
   return {Outcome::kLine, std::move(line)};
 }
 

@@ -6,8 +6,8 @@ namespace orlocal::host {
 
 LineSource::Line StreamLines::read(const std::string&) {
   std::string text;
-  if (!std::getline(m_in, text)) return {};
-  if (text.ends_with('\r')) text.pop_back();
+  if (!std::getline(m_in, text)) { return {}; }
+  if (text.ends_with('\r')) { text.pop_back(); }
   return {Outcome::kLine, std::move(text)};
 }
 

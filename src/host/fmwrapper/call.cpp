@@ -16,8 +16,8 @@ std::string countText(std::int16_t count) { return std::to_string(count) + (coun
 
 /// What a function takes, for the sentence that refuses anything else.
 std::string arity(const RegisteredFunction& function) {
-  if (function.maxArgs == -1) return "at least " + countText(function.minArgs);
-  if (function.minArgs == function.maxArgs) return countText(function.minArgs);
+  if (function.maxArgs == -1) { return "at least " + countText(function.minArgs); }
+  if (function.minArgs == function.maxArgs) { return countText(function.minArgs); }
   return std::to_string(function.minArgs) + " to " + countText(function.maxArgs);
 }
 
@@ -39,9 +39,7 @@ Result<Value> call(std::u16string_view name, std::int16_t id, fmx::ExternalFunct
     return callFailure(ErrorCode::kIo, name, std::string("failed with an exception: ") + exception.what());
   } catch (abi::__forced_unwind&) {
     throw;  // the thread is being cancelled
-  } catch (...) {
-    return callFailure(ErrorCode::kIo, name, "failed with an exception of an unknown kind.");
-  }
+  } catch (...) { return callFailure(ErrorCode::kIo, name, "failed with an exception of an unknown kind."); }
 }
 
 }  // namespace

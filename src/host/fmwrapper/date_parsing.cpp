@@ -27,18 +27,18 @@ class Scanner {
   char16_t peek() const { return m_rest.empty() ? u'\0' : m_rest.front(); }
 
   void skipBlanks() {
-    while (!m_rest.empty() && isBlank(m_rest.front())) m_rest.remove_prefix(1);
+    while (!m_rest.empty() && isBlank(m_rest.front())) { m_rest.remove_prefix(1); }
   }
 
   bool accept(char16_t unit) {
-    if (peek() != unit || m_rest.empty()) return false;
+    if (peek() != unit || m_rest.empty()) { return false; }
     m_rest.remove_prefix(1);
     return true;
   }
 
   /// A word in small ASCII letters, in whatever case it stands there.
   bool acceptWord(std::u16string_view word) {
-    if (m_rest.size() < word.size()) return false;
+    if (m_rest.size() < word.size()) { return false; }
     if (!std::equal(word.begin(), word.end(), m_rest.begin(), [](char16_t w, char16_t t) { return w == lowered(t); })) {
       return false;
     }
@@ -52,12 +52,12 @@ class Scanner {
     std::size_t count = 0;
     std::int64_t value = 0;
     while (count < m_rest.size() && m_rest[count] >= u'0' && m_rest[count] <= u'9') {
-      if (count == kLongest) return std::nullopt;
+      if (count == kLongest) { return std::nullopt; }
       value = value * 10 + (m_rest[count++] - u'0');
     }
-    if (count == 0) return std::nullopt;
+    if (count == 0) { return std::nullopt; }
     m_rest.remove_prefix(count);
-    if (length != nullptr) *length = count;
+    if (length != nullptr) { *length = count; }
     return value;
   }
 
@@ -80,14 +80,14 @@ class Scanner {
 std::int64_t fullYear(std::int64_t ending) {
   const std::int64_t current = DateTime::now().year();
   std::int64_t year = current / 100 * 100 + ending;
-  if (year > current + 30) year -= 100;
-  if (year < current - 70) year += 100;
+  if (year > current + 30) { year -= 100; }
+  if (year < current - 70) { year += 100; }
   return year;
 }
 
 std::optional<DateTime> existingDate(std::int64_t year, std::int64_t month, std::int64_t day) {
-  if (year < 1 || year > 4000 || month < 1 || month > 12) return std::nullopt;
-  if (day < 1 || day > daysOfMonth(year, static_cast<int>(month))) return std::nullopt;
+  if (year < 1 || year > 4000 || month < 1 || month > 12) { return std::nullopt; }
+  if (day < 1 || day > daysOfMonth(year, static_cast<int>(month))) { return std::nullopt; }
   return DateTime::fromDate(year, month, day);
 }
 
@@ -96,19 +96,19 @@ std::optional<DateTime> scanDate(Scanner& scanner) {
   std::size_t length = 0;
   const auto first = scanner.number(&length);
   const char16_t separator = scanner.peek();
-  if (!first || (separator != u'-' && separator != u'/' && separator != u'.')) return std::nullopt;
+  if (!first || (separator != u'-' && separator != u'/' && separator != u'.')) { return std::nullopt; }
   scanner.accept(separator);
   const auto second = scanner.number();
-  if (!second) return std::nullopt;
+  if (!second) { return std::nullopt; }
   const bool yearLeads = length > 2;
   if (!scanner.accept(separator)) {
     // A point between two numbers is a decimal's, not a date's.
-    if (yearLeads || separator == u'.') return std::nullopt;
+    if (yearLeads || separator == u'.') { return std::nullopt; }
     return existingDate(DateTime::now().year(), *first, *second);
   }
   const auto third = scanner.number(&length);
-  if (!third) return std::nullopt;
-  if (yearLeads) return existingDate(*first, *second, *third);
+  if (!third) { return std::nullopt; }
+  if (yearLeads) { return existingDate(*first, *second, *third); }
   return existingDate(length <= 2 ? fullYear(*third) : *third, *first, *second);
 }
 
@@ -116,21 +116,21 @@ std::optional<DateTime> scanDate(Scanner& scanner) {
 std::optional<DateTime> scanTime(Scanner& scanner) {
   const bool negative = scanner.accept(u'-');
   const auto hours = scanner.number();
-  if (!hours) return std::nullopt;
+  if (!hours) { return std::nullopt; }
   std::int64_t minutes = 0;
   std::int64_t seconds = 0;
   std::int64_t micros = 0;
   if (scanner.accept(u':')) {
     const auto read = scanner.number();
-    if (!read || *read > 59) return std::nullopt;
+    if (!read || *read > 59) { return std::nullopt; }
     minutes = *read;
     if (scanner.accept(u':')) {
       const auto readSeconds = scanner.number();
-      if (!readSeconds || *readSeconds > 59) return std::nullopt;
+      if (!readSeconds || *readSeconds > 59) { return std::nullopt; }
       seconds = *readSeconds;
       if (scanner.accept(u'.') || scanner.accept(u',')) {
         const auto fraction = scanner.fraction();
-        if (!fraction) return std::nullopt;
+        if (!fraction) { return std::nullopt; }
         micros = *fraction;
       }
     }
@@ -140,7 +140,7 @@ std::optional<DateTime> scanTime(Scanner& scanner) {
   behind.skipBlanks();
   const bool morning = behind.acceptWord(u"am");
   if (morning || behind.acceptWord(u"pm")) {
-    if (negative || hour < 1 || hour > 12) return std::nullopt;
+    if (negative || hour < 1 || hour > 12) { return std::nullopt; }
     hour = hour % 12 + (morning ? 0 : 12);
     scanner = behind;
   }
@@ -150,11 +150,11 @@ std::optional<DateTime> scanTime(Scanner& scanner) {
 
 /// "Z", "+0100", "-05:00": the zone that a text was written in.
 bool skipOffset(Scanner& scanner) {
-  if (scanner.accept(u'Z') || scanner.accept(u'z')) return true;
-  if (!scanner.accept(u'+') && !scanner.accept(u'-')) return false;
+  if (scanner.accept(u'Z') || scanner.accept(u'z')) { return true; }
+  if (!scanner.accept(u'+') && !scanner.accept(u'-')) { return false; }
   std::size_t length = 0;
-  if (!scanner.number(&length)) return false;
-  if (length == 4) return true;
+  if (!scanner.number(&length)) { return false; }
+  if (length == 4) { return true; }
   return length == 2 && (!scanner.accept(u':') || (scanner.number(&length) && length == 2));
 }
 
@@ -163,17 +163,17 @@ bool skipOffset(Scanner& scanner) {
 std::optional<DateTime> DateTime::parseTimestamp(std::u16string_view text) {
   Scanner scanner(text);
   const auto date = scanDate(scanner);
-  if (!date) return std::nullopt;
+  if (!date) { return std::nullopt; }
   const bool marked = scanner.accept(u'T') || scanner.accept(u't');
   scanner.skipBlanks();
-  if (scanner.atEnd() && !marked) return combine(*date, fromMicros(0));
-  if (scanner.peek() == u'-') return std::nullopt;
+  if (scanner.atEnd() && !marked) { return combine(*date, fromMicros(0)); }
+  if (scanner.peek() == u'-') { return std::nullopt; }
   const auto time = scanTime(scanner);
-  if (!time || time->micros() > kMicrosPerDay) return std::nullopt;
+  if (!time || time->micros() > kMicrosPerDay) { return std::nullopt; }
   scanner.skipBlanks();
-  if (!scanner.atEnd() && !skipOffset(scanner)) return std::nullopt;
+  if (!scanner.atEnd() && !skipOffset(scanner)) { return std::nullopt; }
   scanner.skipBlanks();
-  if (!scanner.atEnd()) return std::nullopt;
+  if (!scanner.atEnd()) { return std::nullopt; }
   return combine(*date, *time);
 }
 
@@ -183,9 +183,9 @@ std::optional<DateTime> DateTime::parseTime(std::u16string_view text) {
   Scanner scanner(text);
   const auto time = scanTime(scanner);
   scanner.skipBlanks();
-  if (time && scanner.atEnd()) return time;
+  if (time && scanner.atEnd()) { return time; }
   auto timestamp = parseTimestamp(text);
-  if (!timestamp) return std::nullopt;
+  if (!timestamp) { return std::nullopt; }
   return timestamp->timeOnly();
 }
 

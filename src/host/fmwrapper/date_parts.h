@@ -39,11 +39,11 @@ constexpr std::int64_t dayOf(DateParts parts) {
 constexpr DateParts partsOf(std::int64_t day) {
   // By the mean length of a year, which is at most one short.
   std::int64_t year = day * 400 / 146097;
-  if (year < 1) year = 1;
-  while (day >= dayOf({year + 1, 1, 1})) ++year;
+  if (year < 1) { year = 1; }
+  while (day >= dayOf({year + 1, 1, 1})) { ++year; }
   std::int64_t rest = day - dayOf({year, 1, 1});
   int month = 1;
-  while (rest >= daysOfMonth(year, month)) rest -= daysOfMonth(year, month++);
+  while (rest >= daysOfMonth(year, month)) { rest -= daysOfMonth(year, month++); }
   return {year, month, static_cast<int>(rest) + 1};
 }
 

@@ -24,12 +24,12 @@ std::optional<std::chrono::microseconds> g_pinned;
 std::optional<std::int64_t> millionths(const Number& value) {
   const Number result = round(value * Number(DateTime::kMicrosPerSecond));
   const Number limit = Number(std::numeric_limits<std::int64_t>::max() / 4);
-  if (!result.isNumber() || result > limit || result < -limit) return std::nullopt;
+  if (!result.isNumber() || result > limit || result < -limit) { return std::nullopt; }
   return result.toInt64();
 }
 
 Number secondsOf(std::int64_t micros) {
-  if (micros % DateTime::kMicrosPerSecond == 0) return micros / DateTime::kMicrosPerSecond;
+  if (micros % DateTime::kMicrosPerSecond == 0) { return micros / DateTime::kMicrosPerSecond; }
   return Number(micros) / Number(DateTime::kMicrosPerSecond);
 }
 
@@ -37,7 +37,7 @@ void appendPadded(std::u16string& text, std::int64_t value, std::size_t width) {
   std::array<char, 24> buffer{};
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
   const auto length = static_cast<std::size_t>(end - buffer.data());
-  if (length < width) text.append(width - length, u'0');
+  if (length < width) { text.append(width - length, u'0'); }
   text.append(buffer.data(), end);
 }
 
@@ -46,7 +46,7 @@ void appendPadded(std::u16string& text, std::int64_t value, std::size_t width) {
 void DateTime::pinClock(std::optional<std::chrono::microseconds> sinceEpoch) { g_pinned = sinceEpoch; }
 
 std::chrono::microseconds DateTime::currentMoment() {
-  if (g_pinned) return *g_pinned;
+  if (g_pinned) { return *g_pinned; }
   return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch());
 }
 
@@ -65,7 +65,9 @@ DateTime DateTime::now() {
 
 std::optional<DateTime> DateTime::fromDate(std::int64_t year, std::int64_t month, std::int64_t day) {
   constexpr std::int64_t kFar = 1'000'000'000;
-  if (year < -kFar || year > kFar || month < -kFar || month > kFar || day < -kFar || day > kFar) return std::nullopt;
+  if (year < -kFar || year > kFar || month < -kFar || month > kFar || day < -kFar || day > kFar) {
+    return std::nullopt;
+  }
   std::int64_t months = year * 12 + month - 1;
   const std::int64_t fullYears = months >= 0 ? months / 12 : -((11 - months) / 12);
   months -= fullYears * 12;
@@ -89,7 +91,7 @@ DateTime DateTime::fromMicros(std::int64_t micros) {
 
 std::optional<DateTime> DateTime::fromDays(const Number& days) {
   const std::int64_t whole = days.toInt64();
-  if (whole < 1 || whole > kLastDay) return std::nullopt;
+  if (whole < 1 || whole > kLastDay) { return std::nullopt; }
   DateTime result;
   result.m_day = static_cast<std::int32_t>(whole);
   return result;
@@ -97,24 +99,24 @@ std::optional<DateTime> DateTime::fromDays(const Number& days) {
 
 std::optional<DateTime> DateTime::fromSeconds(const Number& secondsSinceMidnight) {
   const auto micros = millionths(secondsSinceMidnight);
-  if (!micros) return std::nullopt;
+  if (!micros) { return std::nullopt; }
   return fromMicros(*micros);
 }
 
 std::optional<DateTime> DateTime::fromSecondsSinceEpoch(const Number& seconds) {
   const auto micros = millionths(seconds);
-  if (!micros || *micros < 0) return std::nullopt;
+  if (!micros || *micros < 0) { return std::nullopt; }
   auto result = fromDays(Number(*micros / kMicrosPerDay + 1));
-  if (result) result->setTimeOf(fromMicros(*micros % kMicrosPerDay));
+  if (result) { result->setTimeOf(fromMicros(*micros % kMicrosPerDay)); }
   return result;
 }
 
 std::optional<DateTime> DateTime::combine(const DateTime& date, const DateTime& time) {
-  if (!date.hasDate()) return std::nullopt;
+  if (!date.hasDate()) { return std::nullopt; }
   std::int64_t carried = time.m_micros / kMicrosPerDay;
-  if (time.m_micros % kMicrosPerDay < 0) --carried;
+  if (time.m_micros % kMicrosPerDay < 0) { --carried; }
   auto result = fromDays(Number(date.m_day + carried));
-  if (result) result->setTimeOf(fromMicros(time.m_micros - carried * kMicrosPerDay));
+  if (result) { result->setTimeOf(fromMicros(time.m_micros - carried * kMicrosPerDay)); }
   return result;
 }
 
@@ -134,7 +136,7 @@ std::int16_t DateTime::dayOfYear() const noexcept {
 }
 
 std::int16_t DateTime::weekOfYear() const noexcept {
-  if (!hasDate()) return 0;
+  if (!hasDate()) { return 0; }
   const std::int32_t beforeFirst = m_day - dayOfYear() + 1;
   const std::int32_t daysOfWeekBefore = beforeFirst % 7;
   return static_cast<std::int16_t>((dayOfYear() - 1 + daysOfWeekBefore) / 7 + 1);
@@ -176,7 +178,7 @@ DateTime DateTime::timeOnly() const noexcept {
 }
 
 std::u16string DateTime::dateText() const {
-  if (!hasDate()) return {};
+  if (!hasDate()) { return {}; }
   const DateParts parts = partsOf(m_day);
   std::u16string text;
   text.reserve(10);
@@ -189,7 +191,7 @@ std::u16string DateTime::dateText() const {
 }
 
 std::u16string DateTime::timeText() const {
-  if (isEmpty()) return {};
+  if (isEmpty()) { return {}; }
   const std::int64_t magnitude = m_micros < 0 ? -m_micros : m_micros;
   std::u16string text = m_micros < 0 ? u"-" : u"";
   text.reserve(9);
@@ -207,7 +209,7 @@ std::u16string DateTime::timeText() const {
 }
 
 std::u16string DateTime::timestampText() const {
-  if (!hasDate()) return timeText();
+  if (!hasDate()) { return timeText(); }
   return dateText() + u" " + timeText();
 }
 

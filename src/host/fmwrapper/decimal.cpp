@@ -25,12 +25,12 @@ Integer powerOfTen(std::int32_t exponent) {
 }
 
 std::int32_t digitCount(const Integer& value) {
-  if (value.is_zero()) return 1;
+  if (value.is_zero()) { return 1; }
   const Integer magnitude = boost::multiprecision::abs(value);
   // log10(2) bounds the count from below; at most one digit is missing.
   const auto bits = static_cast<double>(boost::multiprecision::msb(magnitude));
   auto count = static_cast<std::int32_t>(bits * 0.30102999566398) + 1;
-  if (magnitude >= powerOfTen(count)) ++count;
+  if (magnitude >= powerOfTen(count)) { ++count; }
   return count;
 }
 
@@ -39,7 +39,7 @@ Integer dividedBy(const Integer& dividend, const Integer& divisor, Rounding roun
   Integer whole;
   Integer rest;
   boost::multiprecision::divide_qr(dividend, divisor, whole, rest);
-  if (rest.is_zero()) return whole;
+  if (rest.is_zero()) { return whole; }
   const int sign = dividend.sign() * divisor.sign();
   switch (rounding) {
     case Rounding::kTowardsZero:
@@ -67,12 +67,12 @@ DecimalPtr kept(Integer unscaled, std::int32_t decimals) {
     unscaled = dividedBy(unscaled, powerOfTen(excess), Rounding::kHalfAwayFromZero);
     decimals -= excess;
   }
-  if (digitCount(unscaled) - decimals > Number::kMaxPrecision) return nullptr;
+  if (digitCount(unscaled) - decimals > Number::kMaxPrecision) { return nullptr; }
   while (decimals > 0) {
     Integer shorter;
     Integer last;
     boost::multiprecision::divide_qr(unscaled, Integer(10), shorter, last);
-    if (!last.is_zero()) break;
+    if (!last.is_zero()) { break; }
     unscaled = std::move(shorter);
     --decimals;
   }
@@ -90,10 +90,10 @@ DecimalPtr decimalOf(std::int64_t value) { return std::make_shared<const Decimal
 
 DecimalPtr decimalOf(std::string_view digits, std::int32_t decimals, bool negative) {
   digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
-  if (digits.empty()) return decimalOf(0);
+  if (digits.empty()) { return decimalOf(0); }
   const auto count = static_cast<std::int64_t>(digits.size());
-  if (count - decimals > Number::kMaxPrecision) return nullptr;
-  if (count - decimals < -Number::kMaxPrecision) return decimalOf(0);
+  if (count - decimals > Number::kMaxPrecision) { return nullptr; }
+  if (count - decimals < -Number::kMaxPrecision) { return decimalOf(0); }
   // One digit more than is kept decides the rounding; what lies behind cannot make a half out of less than one.
   if (count > Number::kMaxPrecision + 1) {
     const auto dropped = static_cast<std::int32_t>(count - Number::kMaxPrecision - 1);
@@ -112,7 +112,7 @@ DecimalDigits digitsOf(const Decimal& value) {
 std::optional<std::int64_t> wholeOf(const Decimal& value) {
   static const Integer kLowest(INT64_MIN);
   static const Integer kHighest(INT64_MAX);
-  if (value.decimals != 0 || value.unscaled < kLowest || value.unscaled > kHighest) return std::nullopt;
+  if (value.decimals != 0 || value.unscaled < kLowest || value.unscaled > kHighest) { return std::nullopt; }
   return static_cast<std::int64_t>(value.unscaled);
 }
 
@@ -142,7 +142,7 @@ DecimalPtr product(const Decimal& left, const Decimal& right, std::int32_t preci
   const Integer unscaled = left.unscaled * right.unscaled;
   const std::int32_t decimals = left.decimals + right.decimals;
   const std::int32_t wanted = decimalsToKeep(digitCount(unscaled) - decimals, precision);
-  if (decimals <= wanted) return kept(unscaled, decimals);
+  if (decimals <= wanted) { return kept(unscaled, decimals); }
   return kept(dividedBy(unscaled, powerOfTen(decimals - wanted), Rounding::kHalfAwayFromZero), wanted);
 }
 
@@ -158,7 +158,7 @@ DecimalPtr quotient(const Decimal& left, const Decimal& right, std::int32_t prec
 }
 
 DecimalPtr rounded(const Decimal& value, std::int32_t decimals, Rounding rounding) {
-  if (decimals >= value.decimals) return std::make_shared<const Decimal>(value);
+  if (decimals >= value.decimals) { return std::make_shared<const Decimal>(value); }
   decimals = std::max(decimals, -2 * Number::kMaxPrecision);
   return kept(dividedBy(value.unscaled, powerOfTen(value.decimals - decimals), rounding), decimals);
 }

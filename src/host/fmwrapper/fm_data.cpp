@@ -8,7 +8,7 @@ using namespace orlocal::host;
 namespace {
 
 NativeType nativeTypeOf(std::int32_t type) {
-  if (type < kInvalid || type > kBoolean) throw Misuse{};
+  if (type < kInvalid || type > kBoolean) { throw Misuse{}; }
   return static_cast<NativeType>(type);
 }
 
@@ -23,7 +23,7 @@ ErrorCode setAs(void* self, std::int32_t nativeType, Set set) {
 
 const Value& elementOf(const void* self, std::uint32_t position) {
   const std::vector<Value>& values = selfOf<DataVect>(self);
-  if (position >= values.size()) throw Misuse{};
+  if (position >= values.size()) { throw Misuse{}; }
   return values[position];
 }
 
@@ -148,7 +148,7 @@ FM_FUNCTION void FM_DataVect_PushBack(void* self, const Data* data, Exception* x
 FM_FUNCTION Data* FM_DataVect_PopBack(void* self, Exception* x) {
   return guarded(x, [&] {
     std::vector<Value>& values = selfOf<DataVect>(self);
-    if (values.empty()) throw Misuse{};
+    if (values.empty()) { throw Misuse{}; }
     // What leaves the vector is the caller's to delete, as nothing else holds it any more.
     Data* last = makeHandle<Data>(std::move(values.back()));
     values.pop_back();

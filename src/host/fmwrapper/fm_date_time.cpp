@@ -11,21 +11,21 @@ using Moment = orlocal::host::DateTime;
 
 /// A timestamp, a date or a time, whichever the text is; empty when it is none of them.
 Moment momentOf(std::u16string_view text) {
-  if (const auto timestamp = Moment::parseTimestamp(text)) return *timestamp;
+  if (const auto timestamp = Moment::parseTimestamp(text)) { return *timestamp; }
   return Moment::parseTime(text).value_or(Moment());
 }
 
 /// Replaces the date part; an impossible one leaves all as it was.
 ErrorCode setDate(void* self, const std::optional<Moment>& date) {
   Moment& moment = selfOf<fmx::DateTime>(self);
-  if (!date) return Registry::kRefused;
+  if (!date) { return Registry::kRefused; }
   moment.setDateOf(*date);
   return 0;
 }
 
 ErrorCode setTime(void* self, const std::optional<Moment>& time) {
   Moment& moment = selfOf<fmx::DateTime>(self);
-  if (!time) return Registry::kRefused;
+  if (!time) { return Registry::kRefused; }
   moment.setTimeOf(*time);
   return 0;
 }
@@ -45,7 +45,7 @@ FM_FUNCTION fmx::DateTime* FM_DateTime_Constructor2(const char16_t* dateString, 
                                                     const fmx::Locale* intl, Exception* x) {
   return guarded(x, [&] {
     of(intl);
-    if (dateString == nullptr && dateLength != 0) throw Misuse{};
+    if (dateString == nullptr && dateLength != 0) { throw Misuse{}; }
     return makeHandle<fmx::DateTime>(momentOf({dateString, dateLength}));
   });
 }

@@ -106,7 +106,7 @@ FM_FUNCTION ErrorCode FM_FixPt_Divide(const void* self, const FixPt* arg, FixPt*
     const Number& dividend = selfOf<FixPt>(self);
     Number& quotient = of(result);
     // Nothing is written for a division by zero: the error is the answer.
-    if (divisor.isZero()) return Registry::kRefused;
+    if (divisor.isZero()) { return Registry::kRefused; }
     quotient = dividend / divisor;
     return ErrorCode{0};
   });

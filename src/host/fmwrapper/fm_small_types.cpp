@@ -15,7 +15,7 @@ std::uint32_t codeOf(char c0, char c1, char c2, char c3) {
 }
 
 std::uint8_t characterAt(const FourCharacters& self, std::int32_t i) {
-  if (i < 0 || i > 3) throw Misuse{};
+  if (i < 0 || i > 3) { throw Misuse{}; }
   return static_cast<std::uint8_t>(self.code >> (8U * static_cast<unsigned>(3 - i)));
 }
 

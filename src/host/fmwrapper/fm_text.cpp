@@ -32,15 +32,15 @@ std::size_t encodeLatin(std::u16string_view units, char* buffer, std::size_t roo
   for (std::size_t at = 0; at < units.size() && written < room; ++at) {
     const bool pair = (units[at] & 0xFC00U) == 0xD800U && at + 1 < units.size() && (units[at + 1] & 0xFC00U) == 0xDC00U;
     buffer[written++] = units[at] <= 0xFF ? static_cast<char>(static_cast<unsigned char>(units[at])) : '?';
-    if (pair) ++at;
+    if (pair) { ++at; }
   }
   return written;
 }
 
 std::size_t encode(std::u16string_view units, char* buffer, std::size_t room, std::int32_t encoding) {
-  if (buffer == nullptr) throw Misuse{};
-  if (isUtf8(encoding)) return encodeUtf8(units, buffer, room);
-  if (encoding == kEncodingIso8859_1) return encodeLatin(units, buffer, room);
+  if (buffer == nullptr) { throw Misuse{}; }
+  if (isUtf8(encoding)) { return encodeUtf8(units, buffer, room); }
+  if (encoding == kEncodingIso8859_1) { return encodeLatin(units, buffer, room); }
   throw Misuse{};
 }
 
@@ -71,7 +71,7 @@ FM_FUNCTION std::uint32_t FM_Text_GetSize(const void* self, Exception* x) {
 }
 FM_FUNCTION void FM_Text_Assign(void* self, const char* s, std::int32_t encoding, Exception* x) {
   guarded(x, [&] {
-    if (s == nullptr) throw Misuse{};
+    if (s == nullptr) { throw Misuse{}; }
     assignBytes(selfOf<Text>(self), s, encoding);
   });
 }
@@ -79,7 +79,7 @@ FM_FUNCTION void FM_Text_GetBytes(const void* self, char* buffer, std::uint32_t 
                                   std::uint32_t size, std::int32_t encoding, Exception* x) {
   guarded(x, [&] {
     const std::u16string& text = selfOf<Text>(self);
-    if (buffersize == 0) return;
+    if (buffersize == 0) { return; }
     buffer[encode(partOf(text, position, size), buffer, buffersize - 1, encoding)] = '\0';
   });
 }
@@ -93,20 +93,20 @@ FM_FUNCTION std::uint32_t FM_Text_GetBytesEx(const void* self, char* buffer, std
 }
 FM_FUNCTION void FM_Text_AssignUnicode(void* self, const char16_t* s, Exception* x) {
   guarded(x, [&] {
-    if (s == nullptr) throw Misuse{};
+    if (s == nullptr) { throw Misuse{}; }
     selfOf<Text>(self).assign(s);
   });
 }
 FM_FUNCTION void FM_Text_AssignWithLength(void* self, const char* s, std::uint32_t strlength, std::int32_t encoding,
                                           Exception* x) {
   guarded(x, [&] {
-    if (s == nullptr && strlength != 0) throw Misuse{};
+    if (s == nullptr && strlength != 0) { throw Misuse{}; }
     assignBytes(selfOf<Text>(self), std::string_view(s, strlength), encoding);
   });
 }
 FM_FUNCTION void FM_Text_AssignUnicodeWithLength(void* self, const char16_t* s, std::uint32_t strlength, Exception* x) {
   guarded(x, [&] {
-    if (s == nullptr && strlength != 0) throw Misuse{};
+    if (s == nullptr && strlength != 0) { throw Misuse{}; }
     selfOf<Text>(self).assign(std::u16string_view(s, strlength));
   });
 }
@@ -114,8 +114,8 @@ FM_FUNCTION void FM_Text_GetUnicode(const void* self, char16_t* s, std::uint32_t
                                     Exception* x) {
   guarded(x, [&] {
     const std::u16string_view part = partOf(selfOf<Text>(self), position, size);
-    if (part.empty()) return;
-    if (s == nullptr) throw Misuse{};
+    if (part.empty()) { return; }
+    if (s == nullptr) { throw Misuse{}; }
     std::memcpy(s, part.data(), part.size() * sizeof(char16_t));
   });
 }
@@ -138,7 +138,7 @@ FM_FUNCTION void FM_Text_DeleteText(void* self, std::uint32_t positionToDelete, 
                                     Exception* x) {
   guarded(x, [&] {
     std::u16string& text = selfOf<Text>(self);
-    if (positionToDelete < text.size()) text.erase(positionToDelete, sizeToDelete);
+    if (positionToDelete < text.size()) { text.erase(positionToDelete, sizeToDelete); }
   });
 }
 FM_FUNCTION std::uint32_t FM_Text_Find(const void* self, const Text* other, std::uint32_t position, Exception* x) {

@@ -52,13 +52,13 @@ using Object = typename Behind<Opaque>::type;
 
 template <class Opaque>
 const Object<Opaque>& of(const Opaque* handle) {
-  if (handle == nullptr) throw Misuse{};
+  if (handle == nullptr) { throw Misuse{}; }
   return *reinterpret_cast<const Object<Opaque>*>(handle);
 }
 
 template <class Opaque>
 Object<Opaque>& of(Opaque* handle) {
-  if (handle == nullptr) throw Misuse{};
+  if (handle == nullptr) { throw Misuse{}; }
   return *reinterpret_cast<Object<Opaque>*>(handle);
 }
 
@@ -105,12 +105,10 @@ auto guarded(fmx::Exception* x, Body body) noexcept -> decltype(body()) {
   std::int32_t code = kOtherFailure;
   try {
     return body();
-  } catch (const std::bad_alloc&) {
-    code = kOutOfMemory;
-  } catch (...) {
+  } catch (const std::bad_alloc&) { code = kOutOfMemory; } catch (...) {
     // Every other failure has one code; there is nothing to say beyond it.
   }
-  if (x != nullptr) x->code = code;
+  if (x != nullptr) { x->code = code; }
   return decltype(body())();
 }
 

@@ -72,7 +72,7 @@ Literal gather(std::u16string_view text) {
   for (const char16_t unit : text) {
     if (isDigit(unit)) {
       literal.digits.push_back(static_cast<char>(unit));
-      if (pointSeen) ++literal.decimals;
+      if (pointSeen) { ++literal.decimals; }
     } else if (unit == u'.') {
       pointSeen = true;
     } else if (unit == u'-' && literal.digits.empty()) {
@@ -85,7 +85,7 @@ Literal gather(std::u16string_view text) {
 std::u16string_view trimmed(std::u16string_view text) {
   constexpr std::u16string_view kBlanks = u" \t\r\n";
   const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::u16string_view::npos) return {};
+  if (first == std::u16string_view::npos) { return {}; }
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
@@ -97,21 +97,21 @@ struct Exponent {
 
 std::optional<Exponent> exponentOf(std::u16string_view text) {
   const auto at = text.find_first_of(u"eE");
-  if (at == std::u16string_view::npos || at == 0) return std::nullopt;
+  if (at == std::u16string_view::npos || at == 0) { return std::nullopt; }
   std::size_t begin = text[0] == u'-' || text[0] == u'+' ? 1 : 0;
   const auto mantissa = text.substr(begin, at - begin);
   const bool plain = std::all_of(mantissa.begin(), mantissa.end(), [](char16_t u) { return isDigit(u) || u == u'.'; });
-  if (!plain || std::count(mantissa.begin(), mantissa.end(), u'.') > 1) return std::nullopt;
-  if (std::none_of(mantissa.begin(), mantissa.end(), isDigit)) return std::nullopt;
+  if (!plain || std::count(mantissa.begin(), mantissa.end(), u'.') > 1) { return std::nullopt; }
+  if (std::none_of(mantissa.begin(), mantissa.end(), isDigit)) { return std::nullopt; }
   begin = at + 1;
   const bool negative = begin < text.size() && text[begin] == u'-';
-  if (begin < text.size() && (text[begin] == u'-' || text[begin] == u'+')) ++begin;
+  if (begin < text.size() && (text[begin] == u'-' || text[begin] == u'+')) { ++begin; }
   if (begin == text.size() || !std::all_of(text.begin() + static_cast<std::ptrdiff_t>(begin), text.end(), isDigit)) {
     return std::nullopt;
   }
   constexpr std::int32_t kBeyond = 1'000'000;
   std::int32_t value = 0;
-  for (const char16_t unit : text.substr(begin)) value = std::min(value * 10 + (unit - u'0'), kBeyond);
+  for (const char16_t unit : text.substr(begin)) { value = std::min(value * 10 + (unit - u'0'), kBeyond); }
   return Exponent{at, negative ? -value : value};
 }
 
@@ -120,14 +120,14 @@ Number combined(const Number& left, const Number& right, Small small, Large larg
   const std::int32_t precision = std::max(left.precision(), right.precision());
   if (Access::isSmall(left) && Access::isSmall(right)) {
     std::int64_t result = 0;
-    if (small(Access::small(left), Access::small(right), &result)) return Access::numberOf(result, precision);
+    if (small(Access::small(left), Access::small(right), &result)) { return Access::numberOf(result, precision); }
   }
-  if (!left.isNumber() || !right.isNumber()) return Number::notANumber();
+  if (!left.isNumber() || !right.isNumber()) { return Number::notANumber(); }
   return Access::numberOf(large(*Access::decimal(left), *Access::decimal(right), precision), precision);
 }
 
 Number roundedTo(const Number& value, std::int32_t decimals, Rounding rounding) {
-  if (!value.isNumber() || (Access::isSmall(value) && decimals >= 0)) return value;
+  if (!value.isNumber() || (Access::isSmall(value) && decimals >= 0)) { return value; }
   return Access::numberOf(rounded(*Access::decimal(value), decimals, rounding), value.precision());
 }
 
@@ -140,7 +140,7 @@ Number Number::notANumber() {
 }
 
 Number Number::fromDouble(double value) {
-  if (!std::isfinite(value)) return notANumber();
+  if (!std::isfinite(value)) { return notANumber(); }
   std::array<char, 64> buffer{};
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::scientific);
   return parse(std::u16string(buffer.data(), end.ptr));
@@ -167,7 +167,7 @@ bool Number::isNegative() const noexcept {
 }
 
 std::u16string Number::text() const {
-  if (m_kind == Kind::kNone) return u"?";
+  if (m_kind == Kind::kNone) { return u"?"; }
   if (m_kind == Kind::kSmall) {
     std::array<char, 24> buffer{};
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), m_small);
@@ -177,18 +177,18 @@ std::u16string Number::text() const {
   const auto decimals = static_cast<std::size_t>(parts.decimals);
   const std::size_t count = parts.digits.size();
   std::u16string text = parts.negative ? u"-" : u"";
-  if (decimals == 0) return text.append(parts.digits.begin(), parts.digits.end());
+  if (decimals == 0) { return text.append(parts.digits.begin(), parts.digits.end()); }
   const auto split = parts.digits.begin() + static_cast<std::ptrdiff_t>(count > decimals ? count - decimals : 0);
   text.append(parts.digits.begin(), split);
   text.push_back(u'.');
-  if (decimals > count) text.append(decimals - count, u'0');
+  if (decimals > count) { text.append(decimals - count, u'0'); }
   return text.append(split, parts.digits.end());
 }
 
 std::int64_t Number::toInt64() const noexcept {
-  if (m_kind != Kind::kDecimal) return m_small;
+  if (m_kind != Kind::kDecimal) { return m_small; }
   try {
-    if (const auto whole = wholeOf(*rounded(*m_decimal, 0, Rounding::kTowardsZero))) return *whole;
+    if (const auto whole = wholeOf(*rounded(*m_decimal, 0, Rounding::kTowardsZero))) { return *whole; }
   } catch (const std::bad_alloc&) {
     // Without memory for the division only the sign is known; the limit of that side is answered.
   }
@@ -196,8 +196,8 @@ std::int64_t Number::toInt64() const noexcept {
 }
 
 double Number::toDouble() const {
-  if (m_kind == Kind::kNone) return std::numeric_limits<double>::quiet_NaN();
-  if (m_kind == Kind::kSmall) return static_cast<double>(m_small);
+  if (m_kind == Kind::kNone) { return std::numeric_limits<double>::quiet_NaN(); }
+  if (m_kind == Kind::kSmall) { return static_cast<double>(m_small); }
   const DecimalDigits parts = digitsOf(*m_decimal);
   const std::string literal = parts.digits + "e-" + std::to_string(parts.decimals);
   double value = 0;
@@ -214,7 +214,7 @@ void Number::setPrecision(std::int32_t precision) noexcept {
 }
 
 Number Number::operator-() const {
-  if (m_kind == Kind::kNone) return *this;
+  if (m_kind == Kind::kNone) { return *this; }
   if (m_kind == Kind::kSmall && m_small != std::numeric_limits<std::int64_t>::min()) {
     return Access::numberOf(-m_small, m_precision);
   }
@@ -240,12 +240,12 @@ Number operator*(const Number& left, const Number& right) {
 }
 
 Number operator/(const Number& left, const Number& right) {
-  if (right.isZero()) return Number::notANumber();
+  if (right.isZero()) { return Number::notANumber(); }
   return combined(
       left, right,
       [](std::int64_t a, std::int64_t b, std::int64_t* r) {
         // The one quotient that overflows goes the long way.
-        if (b == -1 || a % b != 0) return false;
+        if (b == -1 || a % b != 0) { return false; }
         *r = a / b;
         return true;
       },
@@ -253,8 +253,8 @@ Number operator/(const Number& left, const Number& right) {
 }
 
 std::partial_ordering operator<=>(const Number& left, const Number& right) {
-  if (Access::isSmall(left) && Access::isSmall(right)) return Access::small(left) <=> Access::small(right);
-  if (!left.isNumber() || !right.isNumber()) return std::partial_ordering::unordered;
+  if (Access::isSmall(left) && Access::isSmall(right)) { return Access::small(left) <=> Access::small(right); }
+  if (!left.isNumber() || !right.isNumber()) { return std::partial_ordering::unordered; }
   return compare(*Access::decimal(left), *Access::decimal(right));
 }
 

@@ -23,7 +23,7 @@ class Shelf {
   }
 
   fmx::ErrorCode remove(RegistrationKey key) {
-    if (m_entries.erase(key) == 0) return Registry::kRefused;
+    if (m_entries.erase(key) == 0) { return Registry::kRefused; }
     nameAll();
     return 0;
   }
@@ -36,7 +36,7 @@ class Shelf {
   std::vector<std::shared_ptr<const Entry>> all() const {
     std::vector<std::shared_ptr<const Entry>> entries;
     entries.reserve(m_entries.size());
-    for (const auto& [key, entry] : m_entries) entries.push_back(entry);
+    for (const auto& [key, entry] : m_entries) { entries.push_back(entry); }
     return entries;
   }
 
@@ -44,7 +44,7 @@ class Shelf {
   /// Plug-ins register tens of functions, so names are made anew each time; the first of several keeps a name.
   void nameAll() {
     m_byName.clear();
-    for (const auto& [key, entry] : m_entries) m_byName.emplace(foldCase(entry->name), entry);
+    for (const auto& [key, entry] : m_entries) { m_byName.emplace(foldCase(entry->name), entry); }
   }
 
   std::map<RegistrationKey, std::shared_ptr<const Entry>> m_entries;
@@ -55,7 +55,7 @@ fmx::ErrorCode startScriptForPlugin(const fmx::Text* file, const fmx::Text* scri
                                     const fmx::Data* parameter) {
   try {
     ScriptStart start{of(file), of(script), control, std::nullopt};
-    if (parameter != nullptr) start.parameter = of(parameter);
+    if (parameter != nullptr) { start.parameter = of(parameter); }
     return Registry::instance().startScript(std::move(start));
   } catch (...) {
     // No exception may enter a plug-in; a code is all that this callback can give.
@@ -64,7 +64,7 @@ fmx::ErrorCode startScriptForPlugin(const fmx::Text* file, const fmx::Text* scri
 }
 
 fmx::ErrorCode currentEnvironmentForPlugin(fmx::ExprEnv* environment) {
-  if (environment == nullptr) return Registry::kRefused;
+  if (environment == nullptr) { return Registry::kRefused; }
   of(environment) = Registry::instance().currentEnvironment();
   return 0;
 }
@@ -92,13 +92,13 @@ Registry& Registry::instance() {
 
 fmx::ErrorCode Registry::registerFunction(RegisteredFunction function) {
   const bool possible = function.minArgs >= 0 && (function.maxArgs == -1 || function.maxArgs >= function.minArgs);
-  if (!possible || function.name.empty() || function.function == nullptr) return kRefused;
+  if (!possible || function.name.empty() || function.function == nullptr) { return kRefused; }
   const std::lock_guard guard(m_state->lock);
   return m_state->functions.put(std::move(function));
 }
 
 fmx::ErrorCode Registry::registerStep(RegisteredStep step) {
-  if (step.name.empty() || step.function == nullptr) return kRefused;
+  if (step.name.empty() || step.function == nullptr) { return kRefused; }
   const std::lock_guard guard(m_state->lock);
   return m_state->steps.put(std::move(step));
 }

@@ -45,26 +45,26 @@ struct Lead {
 };
 
 Lead leadOf(unsigned char byte) {
-  if (byte >= 0xC2 && byte <= 0xDF) return {1, 0x80, 0xBF};
-  if (byte == 0xE0) return {2, 0xA0, 0xBF};
-  if (byte == 0xED) return {2, 0x80, 0x9F};
-  if (byte >= 0xE1 && byte <= 0xEF) return {2, 0x80, 0xBF};
-  if (byte == 0xF0) return {3, 0x90, 0xBF};
-  if (byte >= 0xF1 && byte <= 0xF3) return {3, 0x80, 0xBF};
-  if (byte == 0xF4) return {3, 0x80, 0x8F};
+  if (byte >= 0xC2 && byte <= 0xDF) { return {1, 0x80, 0xBF}; }
+  if (byte == 0xE0) { return {2, 0xA0, 0xBF}; }
+  if (byte == 0xED) { return {2, 0x80, 0x9F}; }
+  if (byte >= 0xE1 && byte <= 0xEF) { return {2, 0x80, 0xBF}; }
+  if (byte == 0xF0) { return {3, 0x90, 0xBF}; }
+  if (byte >= 0xF1 && byte <= 0xF3) { return {3, 0x80, 0xBF}; }
+  if (byte == 0xF4) { return {3, 0x80, 0x8F}; }
   return {0, 0, 0};
 }
 
 char32_t nextCharacter(std::string_view bytes, std::size_t& at) {
   const auto lead = static_cast<unsigned char>(bytes[at++]);
-  if (lead < 0x80) return lead;
+  if (lead < 0x80) { return lead; }
   auto [following, low, high] = leadOf(lead);
-  if (following == 0) return kReplacement;
+  if (following == 0) { return kReplacement; }
   char32_t character = lead & (0x3FU >> following);
   for (; following > 0; --following, low = 0x80, high = 0xBF) {
-    if (at == bytes.size()) return kReplacement;
+    if (at == bytes.size()) { return kReplacement; }
     const auto byte = static_cast<unsigned char>(bytes[at]);
-    if (byte < low || byte > high) return kReplacement;
+    if (byte < low || byte > high) { return kReplacement; }
     character = (character << 6U) | (byte & 0x3FU);
     ++at;
   }
@@ -78,8 +78,9 @@ bool isAscii(std::u16string_view text) {
 /// ICU's way of converting: once to learn the length when the guess was too short.
 template <class Convert>
 std::u16string converted(std::u16string_view text, Convert convert) {
-  if (text.size() > static_cast<std::size_t>(INT32_MAX) / 4)
+  if (text.size() > static_cast<std::size_t>(INT32_MAX) / 4) {
     throw std::length_error("text too long to change its case");
+  }
   std::u16string result(text.size() + text.size() / 8 + 4, u'\0');
   for (;;) {
     UErrorCode status = U_ZERO_ERROR;
@@ -89,7 +90,7 @@ std::u16string converted(std::u16string_view text, Convert convert) {
       result.resize(static_cast<std::size_t>(length) + 1);
       continue;
     }
-    if (U_FAILURE(status)) throw std::runtime_error("changing the case of a text failed");
+    if (U_FAILURE(status)) { throw std::runtime_error("changing the case of a text failed"); }
     result.resize(static_cast<std::size_t>(length));
     return result;
   }
@@ -132,7 +133,7 @@ std::size_t encodeUtf8(std::u16string_view units, char* buffer, std::size_t room
   for (std::size_t at = 0; at < units.size();) {
     const char32_t character = nextCharacter(units, at);
     const std::size_t length = character < 0x80U ? 1 : character < 0x800U ? 2 : character < 0x10000U ? 3 : 4;
-    if (room - written < length) break;
+    if (room - written < length) { break; }
     switch (length) {
       case 1:
         put(character);
@@ -165,14 +166,14 @@ std::string toUtf8(std::u16string_view units) {
 std::u16string toUtf16(std::string_view bytes) {
   std::u16string units;
   units.reserve(bytes.size());
-  for (std::size_t at = 0; at < bytes.size();) append(units, nextCharacter(bytes, at));
+  for (std::size_t at = 0; at < bytes.size();) { append(units, nextCharacter(bytes, at)); }
   return units;
 }
 
 std::u16string toUpper(std::u16string_view text) {
   if (isAscii(text)) {
     std::u16string result(text);
-    for (char16_t& unit : result) unit = unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
+    for (char16_t& unit : result) { unit = unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit; }
     return result;
   }
   return converted(text, [](char16_t* to, std::int32_t room, const char16_t* from, std::int32_t length,
@@ -182,7 +183,7 @@ std::u16string toUpper(std::u16string_view text) {
 std::u16string toLower(std::u16string_view text) {
   if (isAscii(text)) {
     std::u16string result(text);
-    for (char16_t& unit : result) unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
+    for (char16_t& unit : result) { unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit; }
     return result;
   }
   return converted(text, [](char16_t* to, std::int32_t room, const char16_t* from, std::int32_t length,
@@ -190,7 +191,7 @@ std::u16string toLower(std::u16string_view text) {
 }
 
 std::u16string foldCase(std::u16string_view text) {
-  if (isAscii(text)) return toLower(text);
+  if (isAscii(text)) { return toLower(text); }
   return converted(text,
                    [](char16_t* to, std::int32_t room, const char16_t* from, std::int32_t length, UErrorCode* status) {
                      return u_strFoldCase(to, room, from, length, U_FOLD_CASE_DEFAULT, status);
@@ -199,17 +200,17 @@ std::u16string foldCase(std::u16string_view text) {
 
 std::u16string::size_type findIgnoringCase(std::u16string_view text, std::u16string_view what,
                                            std::u16string::size_type from, std::int64_t occurrence) {
-  if (what.empty() || occurrence == 0) return kNotFound;
+  if (what.empty() || occurrence == 0) { return kNotFound; }
   const Folded folded = foldedWithOrigins(text);
   const std::u16string wanted = foldCase(what);
   const TextSearch search(wanted);
   std::vector<std::size_t> before;  // where it stands at or before `from`
   for (auto at = search.find(folded.units, 0); at != kNotFound; at = search.find(folded.units, at + 1)) {
     const std::size_t origin = folded.origins[at];
-    if (occurrence < 0 && origin > from) break;
-    if (!folded.isWhole(at, wanted.size())) continue;
-    if (occurrence < 0) before.push_back(origin);
-    if (occurrence > 0 && origin >= from && --occurrence == 0) return origin;
+    if (occurrence < 0 && origin > from) { break; }
+    if (!folded.isWhole(at, wanted.size())) { continue; }
+    if (occurrence < 0) { before.push_back(origin); }
+    if (occurrence > 0 && origin >= from && --occurrence == 0) { return origin; }
   }
   const std::uint64_t back = occurrence < 0 ? ~static_cast<std::uint64_t>(occurrence) : before.size();
   return back < before.size() ? before[before.size() - 1 - back] : kNotFound;

@@ -18,7 +18,7 @@ Value Value::ofText(std::u16string&& text) {
 
 Value Value::ofUtf8(std::string_view text) { return ofText(toUtf16(text)); }
 
-Value Value::ofNumber(Number number) {
+Value Value::ofNumber(const Number& number) {
   Value value;
   value.setNumber(number);
   return value;
@@ -100,7 +100,7 @@ void Value::setTime(const DateTime& time) {
 
 void Value::setTimestamp(const DateTime& timestamp) {
   m_timestamp = timestamp;
-  if (timestamp.hasDate() && !timestamp.hasTime()) m_timestamp.setTimeOf(DateTime::fromMicros(0));
+  if (timestamp.hasDate() && !timestamp.hasTime()) { m_timestamp.setTimeOf(DateTime::fromMicros(0)); }
   become(fmx::kTimeStamp, kTimestampView, !m_timestamp.isEmpty());
 }
 
@@ -152,7 +152,7 @@ bool Value::asBoolean() const {
 std::string Value::utf8() const { return toUtf8(asText()); }
 
 std::u16string Value::makeText() const {
-  if (!m_filled) return {};
+  if (!m_filled) { return {}; }
   switch (m_type) {
     case fmx::kNumber:
     case fmx::kBoolean:
@@ -169,7 +169,7 @@ std::u16string Value::makeText() const {
 }
 
 Number Value::makeNumber() const {
-  if (!m_filled) return {};
+  if (!m_filled) { return {}; }
   switch (m_type) {
     case fmx::kText:
       return Number::parse(m_text);
@@ -185,7 +185,7 @@ Number Value::makeNumber() const {
 }
 
 DateTime Value::makeDate() const {
-  if (!m_filled) return {};
+  if (!m_filled) { return {}; }
   switch (m_type) {
     case fmx::kText:
       return DateTime::parseDate(m_text).value_or(DateTime()).dateOnly();
@@ -200,7 +200,7 @@ DateTime Value::makeDate() const {
 }
 
 DateTime Value::makeTime() const {
-  if (!m_filled) return {};
+  if (!m_filled) { return {}; }
   switch (m_type) {
     case fmx::kText:
       return DateTime::parseTime(m_text).value_or(DateTime());
@@ -217,7 +217,7 @@ DateTime Value::makeTime() const {
 }
 
 DateTime Value::makeTimestamp() const {
-  if (!m_filled) return {};
+  if (!m_filled) { return {}; }
   switch (m_type) {
     case fmx::kText:
       return DateTime::parseTimestamp(m_text).value_or(DateTime());
@@ -233,12 +233,12 @@ DateTime Value::makeTimestamp() const {
 }
 
 bool Value::convertTo(fmx::NativeType type) {
-  if (type == m_type || type == fmx::kInvalid || type == fmx::kBinary) return isValid();
+  if (type == m_type || type == fmx::kInvalid || type == fmx::kBinary) { return isValid(); }
   if (isEmpty()) {
     clear(type);
     return true;
   }
-  if (m_type == fmx::kInvalid) return false;
+  if (m_type == fmx::kInvalid) { return false; }
   switch (type) {
     case fmx::kText:
       setText(std::u16string(asText()));
@@ -265,7 +265,7 @@ bool Value::convertTo(fmx::NativeType type) {
       setTimestamp(DateTime(asTimestamp()));
       break;
   }
-  if (m_filled) return true;
+  if (m_filled) { return true; }
   m_text = u"?";
   become(fmx::kInvalid, kTextView, true);
   return false;

@@ -36,7 +36,7 @@ class ORLOCAL_HOST_API Value {
   static Value ofText(const char16_t* text) { return ofText(std::u16string_view(text)); }
   static Value ofUtf8(std::string_view text);
   /// "Not a number" makes the invalid value.
-  static Value ofNumber(Number number);
+  static Value ofNumber(const Number& number);
   static Value ofBoolean(bool truth);
   /// The date part only; an empty one makes an empty value.
   static Value ofDate(const DateTime& date);

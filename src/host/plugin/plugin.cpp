@@ -38,10 +38,10 @@ const void* addressOf(Function* function) {
 void forgetEntriesOf(const void* object) {
   Registry& registry = Registry::instance();
   for (const auto& function : registry.functions()) {
-    if (objectOf(addressOf(function->function)) == object) registry.unregisterFunction(function->key);
+    if (objectOf(addressOf(function->function)) == object) { registry.unregisterFunction(function->key); }
   }
   for (const auto& step : registry.steps()) {
-    if (objectOf(addressOf(step->function)) == object) registry.unregisterStep(step->key);
+    if (objectOf(addressOf(step->function)) == object) { registry.unregisterStep(step->key); }
   }
 }
 
@@ -85,9 +85,9 @@ Result<std::unique_ptr<Plugin>> Plugin::load(const std::filesystem::path& file, 
 }
 
 Plugin::~Plugin() {
-  if (m_entry == nullptr) return;
+  if (m_entry == nullptr) { return; }
   // Nobody is left to tell when shutdown fails.
-  if (m_started) static_cast<void>(shutdown());
+  if (m_started) { static_cast<void>(shutdown()); }
   forgetEntriesOf(objectOf(addressOf(m_entry)));
 }
 
@@ -116,9 +116,7 @@ Status Plugin::enter(std::uint8_t message, std::uint8_t parm1, std::uintptr_t pa
     return {};
   } catch (const std::exception& exception) {
     return failed(std::string("an exception: ") + exception.what());
-  } catch (...) {
-    return failed("an exception of an unknown kind");
-  }
+  } catch (...) { return failed("an exception of an unknown kind"); }
 }
 
 Result<std::int16_t> Plugin::start() {
@@ -163,10 +161,10 @@ void* Plugin::symbol(const char* name) const noexcept { return dlsym(m_library, 
 std::uint32_t Plugin::pluginId() {
   constexpr std::size_t kOptionsLength = 11;
   const auto options = getString(kOptionsString);
-  if (!options || options->size() != kOptionsLength) return 0;
-  if (std::any_of(options->begin(), options->begin() + 4, [](char16_t unit) { return unit > 0xFF; })) return 0;
+  if (!options || options->size() != kOptionsLength) { return 0; }
+  if (std::any_of(options->begin(), options->begin() + 4, [](char16_t unit) { return unit > 0xFF; })) { return 0; }
   std::uint32_t id = 0;
-  for (std::size_t at = 0; at < 4; ++at) id = id << 8U | (*options)[at];
+  for (std::size_t at = 0; at < 4; ++at) { id = id << 8U | (*options)[at]; }
   return id;
 }
 

@@ -15,9 +15,7 @@ constexpr std::string_view kNoError = "Success";
 /// Why the last call failed; empty when it did not, or when the plug-in does not tell.
 Result<std::string> lastError() {
   const auto function = Registry::instance().function(u"Orlo_GetLastError");
-  if (!function) {
-    return std::string();
-  }
+  if (!function) { return std::string(); }
   ORLOCAL_TRY(const Value reason, callFunction(*function, {}));
   return reason.utf8() == kNoError ? std::string() : reason.utf8();
 }
@@ -36,9 +34,7 @@ Status registerUpdateScript(const Plugin& plugin, std::string_view file, std::st
   ORLOCAL_CHECK(callFunction(function, {Value::ofUtf8(file), Value::ofUtf8(script)}));
   // The result stays empty even when the calendars cannot be followed; only the last error tells.
   ORLOCAL_TRY(const std::string reason, lastError());
-  if (!reason.empty()) {
-    return failure(ErrorCode::kRefused, std::string(kSymbol) + " failed: " + reason);
-  }
+  if (!reason.empty()) { return failure(ErrorCode::kRefused, std::string(kSymbol) + " failed: " + reason); }
   return {};
 }
 

@@ -17,13 +17,9 @@ constexpr ActionRow kActions[] = {
 }  // namespace
 
 OptionalText AlarmFace::action() const {
-  if (!m_hasAction) {
-    return std::nullopt;
-  }
+  if (!m_hasAction) { return std::nullopt; }
   for (const ActionRow& row : kActions) {
-    if (static_cast<int>(row.type) == m_alarm->type()) {
-      return std::string(row.text);
-    }
+    if (static_cast<int>(row.type) == m_alarm->type()) { return std::string(row.text); }
   }
   return std::nullopt;
 }

@@ -17,9 +17,7 @@ constexpr TypeRow kCalendarTypes[] = {
 
 OptionalText CalendarFace::type() const {
   for (const TypeRow& row : kCalendarTypes) {
-    if (static_cast<int>(row.type) == m_calendar->type()) {
-      return row.text;
-    }
+    if (static_cast<int>(row.type) == m_calendar->type()) { return row.text; }
   }
   return std::nullopt;
 }

@@ -20,9 +20,7 @@ EKSpan spanOf(CalSpan span) {
 
 /// Passes on whether the store did as it was told. Its sentences end with a full stop, and callers put their own.
 bool told(bool done, std::optional<Error>& error) {
-  if (!done && error && error->localizedDescription.ends_with('.')) {
-    error->localizedDescription.pop_back();
-  }
+  if (!done && error && error->localizedDescription.ends_with('.')) { error->localizedDescription.pop_back(); }
   return done;
 }
 
@@ -57,9 +55,7 @@ bool CalendarStoreFace::saveCalendar(const std::shared_ptr<CalCalendar>& calenda
   const auto object = behind<CalendarFace>(calendar);
   // The older platform has no sources to choose from: a new calendar comes where new events go.
   if (object && !object->source()) {
-    if (const auto usual = m_store->defaultCalendarForNewEvents()) {
-      object->setSource(usual->source());
-    }
+    if (const auto usual = m_store->defaultCalendarForNewEvents()) { object->setSource(usual->source()); }
   }
   return told(m_store->saveCalendar(object, true, error), error);
 }

@@ -19,9 +19,7 @@ class CalendarStoreFrameworkFace final : public CalendarStoreFramework {
   CalendarStoreFrameworkFace(Platform& platform, Date (*now)()) : m_surroundings{platform, now} {}
 
   std::shared_ptr<CalCalendarStore> defaultCalendarStore() override {
-    if (!m_face) {
-      m_face = std::make_shared<CalendarStoreFace>(store(), m_surroundings);
-    }
+    if (!m_face) { m_face = std::make_shared<CalendarStoreFace>(store(), m_surroundings); }
     return m_face;
   }
 
@@ -54,9 +52,7 @@ class CalendarStoreFrameworkFace final : public CalendarStoreFramework {
     asked.daysOfTheWeek.emplace();
     for (const long day : days) {
       asked.daysOfTheWeek->push_back(kit().dayOfWeek(day, 0));
-      if (!asked.daysOfTheWeek->back()) {
-        return nullptr;
-      }
+      if (!asked.daysOfTheWeek->back()) { return nullptr; }
     }
     return days.empty() ? nullptr : made(asked);
   }
@@ -90,9 +86,7 @@ class CalendarStoreFrameworkFace final : public CalendarStoreFramework {
   EventKit& kit() { return m_surroundings.platform.eventKit(); }
 
   const std::shared_ptr<EKEventStore>& store() {
-    if (!m_store) {
-      m_store = kit().eventStoreWithAccessToEntityTypes(EventKit::kMaskEvent | EventKit::kMaskReminder);
-    }
+    if (!m_store) { m_store = kit().eventStoreWithAccessToEntityTypes(EventKit::kMaskEvent | EventKit::kMaskReminder); }
     return m_store;
   }
 
@@ -107,9 +101,7 @@ class CalendarStoreFrameworkFace final : public CalendarStoreFramework {
   Rule made(const EKRecurrenceRuleParts& parts) { return faceOf<RecurrenceRuleFace>(kit().recurrenceRule(parts).rule); }
 
   Rule madeOnNthDay(EKRecurrenceRuleParts parts, int day, int week) {
-    if (week < kLastWeek || week == 0 || week > kWeeksOfAMonth) {
-      return nullptr;
-    }
+    if (week < kLastWeek || week == 0 || week > kWeeksOfAMonth) { return nullptr; }
     const auto nthDay = kit().dayOfWeek(day, week);
     parts.daysOfTheWeek = {nthDay};
     return nthDay ? made(parts) : nullptr;

@@ -40,9 +40,7 @@ using TaskArrayFace = ArrayFace<CalTaskArray, EKReminderArray, TaskFace>;
 EKCalendarArray behindAll(const CalCalendarArray& calendars) {
   EKCalendarArray objects;
   for (const auto& calendar : calendars) {
-    if (auto object = behind<CalendarFace>(calendar)) {
-      objects.push_back(std::move(object));
-    }
+    if (auto object = behind<CalendarFace>(calendar)) { objects.push_back(std::move(object)); }
   }
   return objects;
 }
@@ -74,17 +72,13 @@ std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithUncomple
 
 std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithUncompletedTasksDueBefore(
     std::optional<Date> date, const CalCalendarArray& calendars) {
-  if (!date) {
-    return nullptr;
-  }
+  if (!date) { return nullptr; }
   return faceOf<PredicateFace>(m_store->predicateForIncompleteReminders(std::nullopt, date, behindAll(calendars)));
 }
 
 std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithTasksCompletedSince(
     std::optional<Date> date, const CalCalendarArray& calendars) {
-  if (!date) {
-    return nullptr;
-  }
+  if (!date) { return nullptr; }
   return faceOf<PredicateFace>(m_store->predicateForCompletedReminders(date, std::nullopt, behindAll(calendars)));
 }
 

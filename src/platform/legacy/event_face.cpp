@@ -40,13 +40,9 @@ void EventFace::setRecurrenceRule(std::shared_ptr<CalRecurrenceRule> rule) {
 
 std::optional<std::vector<std::shared_ptr<CalAttendee>>> EventFace::attendees() const {
   const auto participants = m_object->attendees();
-  if (!participants) {
-    return std::nullopt;
-  }
+  if (!participants) { return std::nullopt; }
   std::vector<std::shared_ptr<CalAttendee>> attendees;
-  for (const auto& participant : *participants) {
-    attendees.push_back(faceOf<AttendeeFace>(participant));
-  }
+  for (const auto& participant : *participants) { attendees.push_back(faceOf<AttendeeFace>(participant)); }
   return attendees;
 }
 

@@ -25,12 +25,8 @@ std::optional<Date> ItemFace<Interface, Object>::nextAlarmDate() const {
   std::optional<Date> next;
   for (const auto& alarm : m_object->alarms()) {
     auto date = alarm->absoluteDate();
-    if (!date && anchor) {
-      date = *anchor + std::chrono::seconds(std::llround(alarm->relativeOffset()));
-    }
-    if (date && *date >= now && (!next || *date < *next)) {
-      next = date;
-    }
+    if (!date && anchor) { date = *anchor + std::chrono::seconds(std::llround(alarm->relativeOffset())); }
+    if (date && *date >= now && (!next || *date < *next)) { next = date; }
   }
   return next;
 }
@@ -57,16 +53,12 @@ void ItemFace<Interface, Object>::addAlarm(std::shared_ptr<CalAlarm> alarm) {
 
 template <class Interface, class Object>
 void ItemFace<Interface, Object>::removeAlarm(const std::shared_ptr<CalAlarm>& alarm) {
-  if (const auto object = behind<AlarmFace>(alarm)) {
-    m_object->removeAlarm(object);
-  }
+  if (const auto object = behind<AlarmFace>(alarm)) { m_object->removeAlarm(object); }
 }
 
 template <class Interface, class Object>
 void ItemFace<Interface, Object>::removeAlarms(const std::vector<std::shared_ptr<CalAlarm>>& alarms) {
-  for (const auto& alarm : alarms) {
-    removeAlarm(alarm);
-  }
+  for (const auto& alarm : alarms) { removeAlarm(alarm); }
 }
 
 template class ItemFace<CalEvent, EKEvent>;

@@ -24,9 +24,7 @@ std::shared_ptr<CalRecurrenceEnd> RecurrenceRuleFace::recurrenceEnd() const {
 std::vector<long> RecurrenceRuleFace::daysOfTheWeek() const {
   std::vector<long> days;
   for (const auto& day : m_rule->daysOfTheWeek()) {
-    if (day->weekNumber() == 0) {
-      days.push_back(day->dayOfTheWeek());
-    }
+    if (day->weekNumber() == 0) { days.push_back(day->dayOfTheWeek()); }
   }
   return days;
 }
@@ -34,9 +32,7 @@ std::vector<long> RecurrenceRuleFace::daysOfTheWeek() const {
 std::vector<std::shared_ptr<CalNthWeekDay>> RecurrenceRuleFace::nthWeekDaysOfTheMonth() const {
   std::vector<std::shared_ptr<CalNthWeekDay>> days;
   for (const auto& day : m_rule->daysOfTheWeek()) {
-    if (day->weekNumber() != 0) {
-      days.push_back(std::make_shared<NthWeekDayFace>(day));
-    }
+    if (day->weekNumber() != 0) { days.push_back(std::make_shared<NthWeekDayFace>(day)); }
   }
   return days;
 }

@@ -24,18 +24,20 @@ constexpr std::uintmax_t kLongestFile = 1 << 20;
 
 std::optional<std::string> contentsOf(const fs::path& file) {
   std::error_code failure;
-  if (!fs::is_regular_file(file, failure)) return std::nullopt;
+  if (!fs::is_regular_file(file, failure)) { return std::nullopt; }
   const auto size = fs::file_size(file, failure);
-  if (failure || size > kLongestFile) return std::nullopt;
+  if (failure || size > kLongestFile) { return std::nullopt; }
   std::ifstream in(file, std::ios::binary);
   std::string text(static_cast<std::size_t>(size), '\0');
-  if (!in.read(text.data(), static_cast<std::streamsize>(size))) return std::nullopt;
+  if (!in.read(text.data(), static_cast<std::streamsize>(size))) { return std::nullopt; }
   return text;
 }
 
 fs::path ownResources() {
   Dl_info info{};
-  if (dladdr(reinterpret_cast<const void*>(&preferredLanguages), &info) == 0 || info.dli_fname == nullptr) return {};
+  if (dladdr(reinterpret_cast<const void*>(&preferredLanguages), &info) == 0 || info.dli_fname == nullptr) {
+    return {};
+  }
   return fs::path(info.dli_fname).replace_extension(".resources");
 }
 
@@ -46,7 +48,7 @@ class LinuxBundleStrings : public BundleStrings {
 
   std::optional<std::u16string> localizedString(std::uintptr_t, std::string_view key, std::string_view table) override {
     for (const auto& strings : tablesOf(table)) {
-      if (const auto found = strings.find(key); found != strings.end()) return found->second;
+      if (const auto found = strings.find(key); found != strings.end()) { return found->second; }
     }
     return std::nullopt;
   }
@@ -56,16 +58,16 @@ class LinuxBundleStrings : public BundleStrings {
 
   /// The table in the first language that has it, then the built-in one for keys that it lacks.
   const Tables& tablesOf(std::string_view name) {
-    if (const auto known = m_tables.find(name); known != m_tables.end()) return known->second;
+    if (const auto known = m_tables.find(name); known != m_tables.end()) { return known->second; }
     Tables tables;
     for (const auto& language : m_languages) {
       if (const auto text = contentsOf(m_folder / (language + ".lproj") / (std::string(name) + ".strings"))) {
         tables.push_back(parseStringsTable(*text));
         break;
       }
-      if (language == kEnglish) break;
+      if (language == kEnglish) { break; }
     }
-    if (name == kBuiltInTable) tables.push_back(parseStringsTable(builtInStrings()));
+    if (name == kBuiltInTable) { tables.push_back(parseStringsTable(builtInStrings())); }
     return m_tables.emplace(name, std::move(tables)).first->second;
   }
 
@@ -92,7 +94,7 @@ bool isUntranslated(std::string_view name) { return name.empty() || name == "C" 
 
 void append(std::vector<std::string>& languages, std::string_view locale) {
   const auto name = languageAndRegion(locale);
-  if (isUntranslated(name)) return;
+  if (isUntranslated(name)) { return; }
   languages.emplace_back(name);
   if (const auto region = name.find_first_of("_-"); region != std::string_view::npos) {
     languages.emplace_back(name.substr(0, region));
@@ -105,11 +107,11 @@ std::vector<std::string> preferredLanguages() {
   std::string_view locale;
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     locale = variable(name);
-    if (!locale.empty()) break;
+    if (!locale.empty()) { break; }
   }
   std::vector<std::string> languages;
   std::string_view list = isUntranslated(locale) && !locale.empty() ? std::string_view() : variable("LANGUAGE");
-  if (list.empty()) list = locale;
+  if (list.empty()) { list = locale; }
   for (std::size_t begin = 0; begin <= list.size();) {
     const auto end = std::min(list.find(':', begin), list.size());
     append(languages, list.substr(begin, end - begin));

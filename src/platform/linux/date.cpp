@@ -32,7 +32,7 @@ constexpr std::int64_t kEpochShift = 719'468;
 constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
 
 constexpr std::int64_t daysFromCivil(std::int64_t year, int month, int day) {
-  if (month <= 2) --year;
+  if (month <= 2) { --year; }
   const std::int64_t era = floorDivide(year, 400);
   const std::int64_t yearOfEra = year - era * 400;
   const std::int64_t dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
@@ -65,7 +65,7 @@ class Reader {
   explicit Reader(std::string_view text) : m_rest(text) {}
 
   bool literal(char c) {
-    if (m_rest.empty() || m_rest.front() != c) return false;
+    if (m_rest.empty() || m_rest.front() != c) { return false; }
     m_rest.remove_prefix(1);
     return true;
   }
@@ -76,14 +76,14 @@ class Reader {
     for (; count < most && count < m_rest.size() && m_rest[count] >= '0' && m_rest[count] <= '9'; ++count) {
       value = value * 10 + (m_rest[count] - '0');
     }
-    if (count < fewest) return std::nullopt;
+    if (count < fewest) { return std::nullopt; }
     m_rest.remove_prefix(count);
     return value;
   }
 
   /// Two digits from `low` to `high`; refused when not.
   bool pair(int low, int high, int& value) {
-    if (m_rest.size() < 2) return false;
+    if (m_rest.size() < 2) { return false; }
     const int tens = m_rest[0] - '0';
     const int ones = m_rest[1] - '0';
     value = tens * 10 + ones;
@@ -108,7 +108,7 @@ class Writer {
   }
   /// At least four digits.
   void year(std::int64_t value) {
-    if (value < 0) put('-');
+    if (value < 0) { put('-'); }
     value = std::abs(value);
     if (value < 10000) {
       pair(static_cast<int>(value) / 100);
@@ -134,17 +134,17 @@ std::optional<Date> dateWithString(std::string_view text) {
   Reader in(text);
   const bool negative = in.literal('-');
   const auto digits = in.digits(1, 6);
-  if (!digits || *digits > kLastYear || !in.literal('-')) return std::nullopt;
+  if (!digits || *digits > kLastYear || !in.literal('-')) { return std::nullopt; }
   const std::int64_t year = negative ? -*digits : *digits;
   int month = 0, day = 0, hour = 0, minute = 0, second = 0, offsetHours = 0, offsetMinutes = 0;
   const bool dateReads = in.pair(1, 12, month) && in.literal('-') && in.pair(1, lastDay(year, month), day);
-  if (!dateReads || !in.literal(' ')) return std::nullopt;
+  if (!dateReads || !in.literal(' ')) { return std::nullopt; }
   const bool timeReads =
       in.pair(0, 23, hour) && in.literal(':') && in.pair(0, 59, minute) && in.literal(':') && in.pair(0, 59, second);
-  if (!timeReads || !in.literal(' ')) return std::nullopt;
+  if (!timeReads || !in.literal(' ')) { return std::nullopt; }
   const bool west = in.literal('-');
-  if (!west && !in.literal('+')) return std::nullopt;
-  if (!in.pair(0, 23, offsetHours) || !in.pair(0, 59, offsetMinutes) || !in.atEnd()) return std::nullopt;
+  if (!west && !in.literal('+')) { return std::nullopt; }
+  if (!in.pair(0, 23, offsetHours) || !in.pair(0, 59, offsetMinutes) || !in.atEnd()) { return std::nullopt; }
 
   const std::int64_t offset = (offsetHours * 3600 + offsetMinutes * 60) * (west ? -1 : 1);
   return Date(seconds(daysFromCivil(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 + second - offset));

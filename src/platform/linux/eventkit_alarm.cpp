@@ -14,7 +14,7 @@ namespace {
 constexpr double kLongestOffset = 1e11;
 
 std::chrono::seconds wholeSeconds(double seconds) {
-  if (std::isnan(seconds)) return std::chrono::seconds(0);
+  if (std::isnan(seconds)) { return std::chrono::seconds(0); }
   return std::chrono::seconds(std::llround(std::clamp(seconds, -kLongestOffset, kLongestOffset)));
 }
 
@@ -35,7 +35,7 @@ void AlarmObject::setAbsoluteDate(std::optional<Date> date) {
 
 double AlarmObject::relativeOffset() const {
   const auto* relative = std::get_if<store::Alarm::Relative>(&m_alarm.trigger);
-  if (relative == nullptr) return 0;
+  if (relative == nullptr) { return 0; }
   const auto offset = m_fromAnchor ? relative->offset : relative->offset + m_referenceAfterAnchor;
   return static_cast<double>(offset.count());
 }
@@ -46,13 +46,13 @@ void AlarmObject::setRelativeOffset(double seconds) {
 }
 
 void AlarmObject::setEmailAddress(const OptionalText& address) {
-  if (m_alarm.emailAddress != address) m_alarm.extra = store::withoutParametersOf("ATTENDEE", m_alarm.extra);
+  if (m_alarm.emailAddress != address) { m_alarm.extra = store::withoutParametersOf("ATTENDEE", m_alarm.extra); }
   m_alarm.emailAddress = address;
   deriveAction();
 }
 
 void AlarmObject::setSoundName(const OptionalText& name) {
-  if (m_alarm.soundName != name) forgetAttachment();
+  if (m_alarm.soundName != name) { forgetAttachment(); }
   m_alarm.soundName = name;
   deriveAction();
 }
@@ -60,7 +60,7 @@ void AlarmObject::setSoundName(const OptionalText& name) {
 OptionalText AlarmObject::url() const { return urlText(m_alarm.url); }
 
 void AlarmObject::setUrl(const OptionalText& url) {
-  if (m_alarm.url != url) forgetAttachment();
+  if (m_alarm.url != url) { forgetAttachment(); }
   m_alarm.url = url;
   deriveAction();
 }

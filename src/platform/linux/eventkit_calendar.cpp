@@ -26,13 +26,13 @@ OptionalText CalendarObject::calendarIdentifier() const {
 }
 
 std::optional<Color> CalendarObject::color() const {
-  if (!m_calendar.color) return std::nullopt;
+  if (!m_calendar.color) { return std::nullopt; }
   return Color::calibratedRgb(m_calendar.color->red, m_calendar.color->green, m_calendar.color->blue);
 }
 
 void CalendarObject::setColor(const Color& color) {
   const auto rgb = color.usingCalibratedRgb();
-  if (!rgb) return;
+  if (!rgb) { return; }
   m_calendar.color = store::Rgb{rgb->red, rgb->green, rgb->blue};
   m_set.add(store::CalendarField::kColor);
 }
@@ -54,7 +54,7 @@ std::vector<store::CalendarId> calendarIds(const EKCalendarArray& calendars) {
   ids.reserve(calendars.size());
   for (const auto& calendar : calendars) {
     const auto ours = std::dynamic_pointer_cast<CalendarObject>(calendar);
-    if (ours && ours->stored().id != 0) ids.push_back(ours->stored().id);
+    if (ours && ours->stored().id != 0) { ids.push_back(ours->stored().id); }
   }
   return ids;
 }

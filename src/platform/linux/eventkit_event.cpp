@@ -20,14 +20,14 @@ store::ShownTimes EventObject::times() const {
 store::ShownTimes& EventObject::editTimes(store::ItemField field) {
   // The times have a place of their own; the field is only marked as set.
   edit(field);
-  if (!m_times) m_times = std::make_unique<store::ShownTimes>(storedTimes());
+  if (!m_times) { m_times = std::make_unique<store::ShownTimes>(storedTimes()); }
   return *m_times;
 }
 
 std::shared_ptr<const TimeZone> EventObject::timeZone() const {
   const auto& start = original().start;
-  if (isAllDay()) return nullptr;
-  if (!start || start->kind == CalendarTime::Kind::kDate) return m_access->defaultTimeZone();
+  if (isAllDay()) { return nullptr; }
+  if (!start || start->kind == CalendarTime::Kind::kDate) { return m_access->defaultTimeZone(); }
   switch (start->kind) {
     case CalendarTime::Kind::kUtc:
       return timeZoneNamed("UTC");
@@ -45,7 +45,7 @@ std::optional<Date> EventObject::occurrenceDate() const {
 }
 
 store::Recurrence EventObject::shownRecurrence() const {
-  if (m_rulesChanged || !shown().series) return shown().recurrence;
+  if (m_rulesChanged || !shown().series) { return shown().recurrence; }
   const auto series = orNone(m_access->store().item(*shown().series)).value_or(nullptr);
   return series ? series->recurrence : store::Recurrence();
 }
@@ -61,9 +61,9 @@ store::Recurrence& EventObject::editRecurrence() {
 
 std::optional<std::vector<std::shared_ptr<EKRecurrenceRule>>> EventObject::recurrenceRules() const {
   // Most events of a walk do not repeat: nothing is copied for them.
-  if (!shown().series && shown().recurrence.empty()) return std::nullopt;
+  if (!shown().series && shown().recurrence.empty()) { return std::nullopt; }
   const store::Recurrence recurrence = shownRecurrence();
-  if (recurrence.empty()) return std::nullopt;
+  if (recurrence.empty()) { return std::nullopt; }
   std::vector<std::shared_ptr<EKRecurrenceRule>> rules;
   for (const auto& rule : recurrence.rules) {
     rules.push_back(std::make_shared<RecurrenceRuleObject>(rule, m_access->viewer()));
@@ -79,11 +79,11 @@ void EventObject::addRecurrenceRule(std::shared_ptr<EKRecurrenceRule> rule) {
 
 void EventObject::removeRecurrenceRule(const std::shared_ptr<EKRecurrenceRule>& rule) {
   const auto ours = std::dynamic_pointer_cast<RecurrenceRuleObject>(rule);
-  if (!ours) return;
+  if (!ours) { return; }
   // Rule objects are made anew at each look, so they are told apart by what they say.
   auto& rules = editRecurrence().rules;
   const auto found = std::find(rules.begin(), rules.end(), ours->stored());
-  if (found != rules.end()) rules.erase(found);
+  if (found != rules.end()) { rules.erase(found); }
 }
 
 void EventObject::setRecurrenceRules(std::optional<std::vector<std::shared_ptr<EKRecurrenceRule>>> rules) {
@@ -94,7 +94,7 @@ void EventObject::setRecurrenceRules(std::optional<std::vector<std::shared_ptr<E
     return;
   }
   recurrence.rules.clear();
-  for (const auto& rule : *rules) addRecurrenceRule(rule);
+  for (const auto& rule : *rules) { addRecurrenceRule(rule); }
 }
 
 bool EventObject::hasAttendees() const {
@@ -105,15 +105,15 @@ bool EventObject::hasAttendees() const {
 std::optional<std::vector<std::shared_ptr<EKParticipant>>> EventObject::attendees() const {
   std::vector<std::shared_ptr<EKParticipant>> participants;
   for (const auto& attendee : shown().attendees) {
-    if (isInvited(attendee)) participants.push_back(std::make_shared<ParticipantObject>(attendee));
+    if (isInvited(attendee)) { participants.push_back(std::make_shared<ParticipantObject>(attendee)); }
   }
-  if (participants.empty()) return std::nullopt;
+  if (participants.empty()) { return std::nullopt; }
   return participants;
 }
 
 store::ItemEdit EventObject::edited() const {
   store::ItemEdit edit = ItemObject::edited();
-  if (m_times) edit.times = *m_times;
+  if (m_times) { edit.times = *m_times; }
   return edit;
 }
 

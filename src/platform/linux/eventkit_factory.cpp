@@ -32,19 +32,19 @@ class LinuxEventKit final : public EventKit {
 
   std::shared_ptr<EKCalendar> calendarForEntityType(EKEntityType type,
                                                     const std::shared_ptr<EKEventStore>& store) override {
-    if (!store) return nullptr;
+    if (!store) { return nullptr; }
     store::Calendar calendar;
     calendar.kind = type == EKEntityType::kEvent ? store::CalendarKind::kEvents : store::CalendarKind::kReminders;
     return std::make_shared<CalendarObject>(m_access, std::move(calendar));
   }
 
   std::shared_ptr<EKEvent> eventWithEventStore(const std::shared_ptr<EKEventStore>& store) override {
-    if (!store) return nullptr;
+    if (!store) { return nullptr; }
     return std::make_shared<EventObject>(m_access, newItem(store::ItemKind::kEvent), std::nullopt);
   }
 
   std::shared_ptr<EKReminder> reminderWithEventStore(const std::shared_ptr<EKEventStore>& store) override {
-    if (!store) return nullptr;
+    if (!store) { return nullptr; }
     return std::make_shared<ReminderObject>(m_access, newItem(store::ItemKind::kReminder));
   }
 

@@ -13,10 +13,10 @@ namespace {
 std::chrono::seconds referenceAfterAnchor(const store::Item& item, const store::Alarm& alarm,
                                           const store::Zone& viewer) {
   const auto* relative = std::get_if<store::Alarm::Relative>(&alarm.trigger);
-  if (relative == nullptr || !item.start || !item.end) return {};
+  if (relative == nullptr || !item.start || !item.end) { return {}; }
   const auto length = std::chrono::floor<std::chrono::seconds>(store::momentOf(*item.end, viewer) -
                                                                store::momentOf(*item.start, viewer));
-  if (item.kind == store::ItemKind::kEvent) return relative->fromEnd ? length : std::chrono::seconds(0);
+  if (item.kind == store::ItemKind::kEvent) { return relative->fromEnd ? length : std::chrono::seconds(0); }
   return relative->fromEnd ? std::chrono::seconds(0) : -length;
 }
 
@@ -25,7 +25,7 @@ std::chrono::seconds referenceAfterAnchor(const store::Item& item, const store::
 template <class Interface>
 store::Item& ItemObject<Interface>::edit(store::ItemField field) {
   m_set.add(field);
-  if (!m_edited) m_edited = std::make_unique<store::Item>(*m_item);
+  if (!m_edited) { m_edited = std::make_unique<store::Item>(*m_item); }
   return *m_edited;
 }
 
@@ -82,21 +82,21 @@ template <class Interface>
 void ItemObject<Interface>::addAlarm(std::shared_ptr<EKAlarm> alarm) {
   auto ours = std::dynamic_pointer_cast<AlarmObject>(alarm);
   Alarms& own = ownAlarms();
-  if (ours && std::find(own.begin(), own.end(), ours) == own.end()) own.push_back(std::move(ours));
+  if (ours && std::find(own.begin(), own.end(), ours) == own.end()) { own.push_back(std::move(ours)); }
 }
 
 template <class Interface>
 void ItemObject<Interface>::removeAlarm(const std::shared_ptr<EKAlarm>& alarm) {
   Alarms& own = ownAlarms();
   const auto found = std::find(own.begin(), own.end(), alarm);
-  if (found != own.end()) own.erase(found);
+  if (found != own.end()) { own.erase(found); }
 }
 
 template <class Interface>
 store::ItemEdit ItemObject<Interface>::edited() const {
   store::ItemEdit edit;
   // What was never saved has no row that it could be written on.
-  if (m_item->id != 0) edit.opened = m_item;
+  if (m_item->id != 0) { edit.opened = m_item; }
   edit.values = shown();
   edit.set = m_set;
   if (m_alarms) {
@@ -104,7 +104,7 @@ store::ItemEdit ItemObject<Interface>::edited() const {
     for (const auto& alarm : *m_alarms) {
       edit.values.alarms.push_back(alarm->stored(std::is_same_v<Interface, EKReminder>));
     }
-    if (edit.values.alarms != m_item->alarms) edit.set.add(store::ItemField::kAlarms);
+    if (edit.values.alarms != m_item->alarms) { edit.set.add(store::ItemField::kAlarms); }
   }
   return edit;
 }

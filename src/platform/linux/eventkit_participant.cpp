@@ -16,7 +16,7 @@ std::vector<std::string> ParticipantObject::emailAddresses() const {
   std::vector<std::string> addresses;
   // RFC 7986, 6.2: written for address books, when the calendar address itself would tell them nothing.
   const store::ContentLine line{.name = {}, .parameters = m_attendee.extra, .value = {}, .text = {}};
-  if (auto email = line.parameter("EMAIL"); email && !email->empty()) addresses.push_back(*std::move(email));
+  if (auto email = line.parameter("EMAIL"); email && !email->empty()) { addresses.push_back(*std::move(email)); }
   constexpr std::string_view kScheme = "mailto:";
   const std::string_view address = m_attendee.address;
   if (lowercase(address.substr(0, kScheme.size())) == kScheme) {

@@ -54,22 +54,22 @@ EKRecurrenceRuleMade refused(std::string why) {
 
 /// Why `numbers` cannot stand in a rule of this frequency; empty when they can.
 std::string objection(const NumbersRule& list, const std::vector<long>& numbers, const FrequencyRow& frequency) {
-  if (numbers.empty()) return {};
+  if (numbers.empty()) { return {}; }
   if ((list.frequencies & frequency.bit) == 0) {
     return "A " + std::string(frequency.word) + " rule cannot have a " + list.name + ".";
   }
   const auto wrong = std::find_if(numbers.begin(), numbers.end(), [&list](long number) {
     return number == 0 || number > list.furthest || number < (list.fromTheEndToo ? -list.furthest : 1);
   });
-  if (wrong == numbers.end()) return {};
+  if (wrong == numbers.end()) { return {}; }
   return std::to_string(*wrong) + " is no " + list.name + ": it must be from 1 to " + std::to_string(list.furthest) +
          (list.fromTheEndToo ? ", or negative to count from the end." : ".");
 }
 
 std::string weekDays(const EKRecurrenceRuleParts& parts, const FrequencyRow& frequency, store::RecurrenceRule& rule) {
-  if (!parts.daysOfTheWeek) return {};
+  if (!parts.daysOfTheWeek) { return {}; }
   for (const auto& day : *parts.daysOfTheWeek) {
-    if (!day) continue;
+    if (!day) { continue; }
     const long week = day->weekNumber();
     if (week != 0 && (frequency.bit & (kMonthly | kYearly)) == 0) {
       return "A " + std::string(frequency.word) + " rule cannot name the n-th weekday of a month or year.";
@@ -95,7 +95,7 @@ int RecurrenceRuleObject::frequency() const {
 std::vector<std::shared_ptr<EKRecurrenceDayOfWeek>> RecurrenceRuleObject::daysOfTheWeek() const {
   std::vector<std::shared_ptr<EKRecurrenceDayOfWeek>> days;
   days.reserve(m_rule.byDay.size());
-  for (const auto& day : m_rule.byDay) days.push_back(std::make_shared<DayOfWeekObject>(day.day + 1, day.ordinal));
+  for (const auto& day : m_rule.byDay) { days.push_back(std::make_shared<DayOfWeekObject>(day.day + 1, day.ordinal)); }
   return days;
 }
 
@@ -104,8 +104,8 @@ std::vector<long> RecurrenceRuleObject::daysOfTheMonth() const { return asLongs(
 std::vector<long> RecurrenceRuleObject::monthsOfTheYear() const { return asLongs(m_rule.byMonth); }
 
 std::shared_ptr<EKRecurrenceEnd> RecurrenceRuleObject::recurrenceEnd() const {
-  if (m_rule.until) return std::make_shared<RecurrenceEndObject>(store::momentOf(*m_rule.until, m_viewer));
-  if (!m_rule.count) return nullptr;
+  if (m_rule.until) { return std::make_shared<RecurrenceEndObject>(store::momentOf(*m_rule.until, m_viewer)); }
+  if (!m_rule.count) { return nullptr; }
   constexpr std::int64_t kMost = std::numeric_limits<int>::max();
   return std::make_shared<RecurrenceEndObject>(static_cast<int>(std::min(*m_rule.count, kMost)));
 }
@@ -113,20 +113,20 @@ std::shared_ptr<EKRecurrenceEnd> RecurrenceRuleObject::recurrenceEnd() const {
 EKRecurrenceRuleMade makeRecurrenceRule(const EKRecurrenceRuleParts& parts, const store::Zone& viewer) {
   const auto* frequency = std::find_if(std::begin(kFrequencies), std::end(kFrequencies),
                                        [&parts](const FrequencyRow& each) { return each.named == parts.frequency; });
-  if (frequency == std::end(kFrequencies)) return refused("A rule repeats daily, weekly, monthly or yearly.");
-  if (parts.interval < 1) return refused("The interval of a rule must be at least 1.");
+  if (frequency == std::end(kFrequencies)) { return refused("A rule repeats daily, weekly, monthly or yearly."); }
+  if (parts.interval < 1) { return refused("The interval of a rule must be at least 1."); }
 
   store::RecurrenceRule rule;
   rule.frequency = frequency->stored;
   rule.interval = parts.interval;
   for (const NumbersRule& list : kNumbers) {
     const auto& numbers = parts.*list.given;
-    if (!numbers) continue;
-    if (auto why = objection(list, *numbers, *frequency); !why.empty()) return refused(std::move(why));
+    if (!numbers) { continue; }
+    if (auto why = objection(list, *numbers, *frequency); !why.empty()) { return refused(std::move(why)); }
     std::transform(numbers->begin(), numbers->end(), std::back_inserter(rule.*list.kept),
                    [](long number) { return static_cast<int>(number); });
   }
-  if (auto why = weekDays(parts, *frequency, rule); !why.empty()) return refused(std::move(why));
+  if (auto why = weekDays(parts, *frequency, rule); !why.empty()) { return refused(std::move(why)); }
   if (!rule.bySetPosition.empty() && rule.byDay.empty() && rule.byMonthDay.empty() && rule.byMonth.empty() &&
       rule.byWeekNumber.empty() && rule.byYearDay.empty()) {
     return refused("A set position needs a list of days, weeks or months to count in.");

@@ -35,8 +35,7 @@ class RecurrenceEndObject final : public EKRecurrenceEnd {
 class RecurrenceRuleObject final : public EKRecurrenceRule {
  public:
   /// `viewer` reads an end that is a date or floats.
-  RecurrenceRuleObject(store::RecurrenceRule rule, store::Zone viewer)
-      : m_rule(std::move(rule)), m_viewer(std::move(viewer)) {}
+  RecurrenceRuleObject(store::RecurrenceRule rule, store::Zone viewer) : m_rule(std::move(rule)), m_viewer(viewer) {}
 
   int frequency() const override;
   int interval() const override { return m_rule.interval; }

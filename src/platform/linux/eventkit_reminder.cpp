@@ -12,18 +12,18 @@ DateComponents componentsOf(const CalendarTime& time) {
   parts.year = static_cast<int>(time.local.year());
   parts.month = time.local.month();
   parts.day = time.local.day();
-  if (time.kind == CalendarTime::Kind::kDate) return parts;
+  if (time.kind == CalendarTime::Kind::kDate) { return parts; }
   parts.hour = time.local.hour();
   parts.minute = time.local.minute();
   parts.second = time.local.second();
-  if (time.kind == CalendarTime::Kind::kUtc) parts.timeZone = "UTC";
-  if (time.kind == CalendarTime::Kind::kZoned) parts.timeZone = time.zone;
+  if (time.kind == CalendarTime::Kind::kUtc) { parts.timeZone = "UTC"; }
+  if (time.kind == CalendarTime::Kind::kZoned) { parts.timeZone = time.zone; }
   return parts;
 }
 
 /// None without a year: such parts name no day.
 std::optional<CalendarTime> timeOf(const DateComponents& parts) {
-  if (!parts.year) return std::nullopt;
+  if (!parts.year) { return std::nullopt; }
   CalendarTime time;
   time.local = store::LocalTime(*parts.year, parts.month.value_or(1), parts.day.value_or(1), parts.hour.value_or(0),
                                 parts.minute.value_or(0), parts.second.value_or(0));
@@ -54,7 +54,7 @@ void ReminderObject::setDueDateComponents(std::optional<DateComponents> parts) {
 void ReminderObject::setCompleted(bool completed) {
   const bool before = isCompleted();
   auto& moment = edit(store::ItemField::kCompleted).completed;
-  if (completed != before) moment = completed ? std::optional(store::now()) : std::nullopt;
+  if (completed != before) { moment = completed ? std::optional(store::now()) : std::nullopt; }
 }
 
 }  // namespace orlocal

@@ -54,8 +54,8 @@ auto answered(const Predicate& predicate, const std::shared_ptr<StoreAccess>& ac
 
 store::EventQuery eventQuery(Date start, Date end, const EKCalendarArray& calendars) {
   store::EventQuery query;
-  if (start > distantPast()) query.from = start;
-  if (end < distantFuture()) query.to = end;
+  if (start > distantPast()) { query.from = start; }
+  if (end < distantFuture()) { query.to = end; }
   query.calendars = calendarIds(calendars);
   return query;
 }
@@ -78,7 +78,7 @@ EKCalendarArray EventStoreObject::calendarsForEntityType(EKEntityType type) {
                                                                      : store::CalendarKind::kReminders);
   EKCalendarArray calendars;
   calendars.reserve(rows->size());
-  for (const store::Calendar& row : *rows) calendars.push_back(object(row));
+  for (const store::Calendar& row : *rows) { calendars.push_back(object(row)); }
   return calendars;
 }
 
@@ -96,16 +96,16 @@ std::shared_ptr<EKCalendar> EventStoreObject::defaultCalendarForNewReminders() {
 
 std::shared_ptr<const EKPredicate> EventStoreObject::predicateForEvents(Date start, Date end,
                                                                         const EKCalendarArray& calendars) {
-  if (end < start) return nullptr;
+  if (end < start) { return nullptr; }
   return asked<EventPredicate, EventArray>(eventQuery(start, end, calendars), m_access);
 }
 
 std::shared_ptr<const EKPredicate> EventStoreObject::predicateForOneEvent(Date start, Date end,
                                                                           const EKCalendarArray& calendars,
                                                                           std::string_view identifier) {
-  if (end < start) return nullptr;
+  if (end < start) { return nullptr; }
   const auto event = orNone(m_access->store().event(identifier));
-  if (!event) return nullptr;
+  if (!event) { return nullptr; }
   store::EventQuery query = eventQuery(start, end, calendars);
   // No row has the number 0. An identifier that is not known now never will be.
   query.event = *event ? (*event)->id : 0;
@@ -119,14 +119,14 @@ std::shared_ptr<const EKEventArray> EventStoreObject::eventsMatchingPredicate(
 }
 
 std::shared_ptr<EKEvent> EventStoreObject::firstOccurrenceOf(std::shared_ptr<const store::Item> event) const {
-  if (!event) return nullptr;
+  if (!event) { return nullptr; }
   const auto occurrence = orNone(m_access->store().firstOccurrence(*event));
-  if (!occurrence) return nullptr;
+  if (!occurrence) { return nullptr; }
   // The first occurrence of a series may be a changed one, with a row of its own.
   if (*occurrence && (*occurrence)->item != event->id) {
     const auto changed = orNone(m_access->store().item((*occurrence)->item), "changed occurrence");
-    if (!changed) return nullptr;
-    if (*changed) event = *changed;
+    if (!changed) { return nullptr; }
+    if (*changed) { event = *changed; }
   }
   return std::make_shared<EventObject>(m_access, std::move(event), *occurrence);
 }
@@ -138,13 +138,9 @@ std::shared_ptr<EKEvent> EventStoreObject::eventWithIdentifier(std::string_view 
 std::shared_ptr<EKEvent> EventStoreObject::occurrenceOfEvent(std::string_view identifier, Date occurrenceDate) {
   store::CalendarStore& store = m_access->store();
   const auto event = orNone(store.event(identifier)).value_or(nullptr);
-  if (!event) {
-    return nullptr;
-  }
+  if (!event) { return nullptr; }
   const auto found = orNone(store.occurrenceAt(*event, occurrenceDate)).value_or(std::nullopt);
-  if (!found) {
-    return nullptr;
-  }
+  if (!found) { return nullptr; }
   auto row = orNone(store.item(found->item), "occurrence").value_or(nullptr);
   return row ? std::make_shared<EventObject>(m_access, std::move(row), *found) : nullptr;
 }
@@ -186,16 +182,16 @@ void EventStoreObject::fetchRemindersMatchingPredicate(const std::shared_ptr<con
 
 std::shared_ptr<EKCalendarItem> EventStoreObject::calendarItemWithIdentifier(std::string_view identifier) {
   auto item = orNone(m_access->store().itemWithIdentifier(identifier)).value_or(nullptr);
-  if (!item) return nullptr;
-  if (item->kind == store::ItemKind::kReminder) return std::make_shared<ReminderObject>(m_access, std::move(item));
+  if (!item) { return nullptr; }
+  if (item->kind == store::ItemKind::kReminder) { return std::make_shared<ReminderObject>(m_access, std::move(item)); }
   return firstOccurrenceOf(std::move(item));
 }
 
 bool EventStoreObject::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
   const auto ours = required<CalendarObject>(calendar, "calendar", error);
-  if (!ours) return false;
+  if (!ours) { return false; }
   store::Calendar edited = ours->stored();
-  if (!succeeded(m_access->store().saveCalendar(edited, ours->set()), error)) return false;
+  if (!succeeded(m_access->store().saveCalendar(edited, ours->set()), error)) { return false; }
   ours->adopt(std::move(edited));
   return true;
 }
@@ -208,9 +204,9 @@ bool EventStoreObject::removeCalendar(const std::shared_ptr<EKCalendar>& calenda
 bool EventStoreObject::saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan span, bool,
                                  std::optional<Error>& error) {
   const auto ours = required<EventObject>(event, "event", error);
-  if (!ours) return false;
+  if (!ours) { return false; }
   auto saved = m_access->store().saveEvent(ours->edited(), ours->occurrence(), spanOf(span));
-  if (!succeeded(saved, error)) return false;
+  if (!succeeded(saved, error)) { return false; }
   // What was written stands, even if it cannot be read back now: the object then has the times of its row.
   const auto occurrence = m_access->store().firstOccurrence(*saved);
   ours->adopt(*std::move(saved), occurrence ? *occurrence : std::nullopt);
@@ -225,9 +221,9 @@ bool EventStoreObject::removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan
 
 bool EventStoreObject::saveReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {
   const auto ours = required<ReminderObject>(reminder, "reminder", error);
-  if (!ours) return false;
+  if (!ours) { return false; }
   auto saved = m_access->store().saveReminder(ours->edited());
-  if (!succeeded(saved, error)) return false;
+  if (!succeeded(saved, error)) { return false; }
   ours->adopt(*std::move(saved));
   return true;
 }

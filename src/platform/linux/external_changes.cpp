@@ -19,7 +19,7 @@ std::shared_ptr<const Notification> notificationOf(store::ChangedRecords records
   auto notification = std::make_shared<Notification>();
   notification->name = kCalEventsChangedExternallyNotification;
   const auto tell = [&](std::string_view key, std::vector<std::string>& identifiers) {
-    if (!identifiers.empty()) notification->userInfo.emplace(key, std::move(identifiers));
+    if (!identifiers.empty()) { notification->userInfo.emplace(key, std::move(identifiers)); }
   };
   tell(kCalInsertedRecordsKey, records.inserted);
   tell(kCalUpdatedRecordsKey, records.updated);
@@ -44,24 +44,26 @@ void ExternalChanges::listen() {
   if (!m_watch) {
     auto watch = std::make_unique<Watch>();
     const auto newest = m_access.store().newestChange();
-    if (!newest) throw Exception("CalendarStoreException", newest.error().message);
+    if (!newest) { throw Exception("CalendarStoreException", newest.error().message); }
     watch->position = *newest;
     m_watch = std::move(watch);
   }
-  if (!m_watch->looking) m_watch->looking = lookAtEachTurn([this] { look(); });
+  if (!m_watch->looking) {
+    m_watch->looking = lookAtEachTurn([this] { look(); });
+  }
 }
 
 void ExternalChanges::pause() {
-  if (m_watch) m_watch->looking.reset();
+  if (m_watch) { m_watch->looking.reset(); }
 }
 
 void ExternalChanges::look() {
   store::CalendarStore& store = m_access.store();
   const std::uint64_t generation = store.generation();
-  if (generation == std::exchange(m_watch->generation, generation) && m_watch->untold.empty()) return;
+  if (generation == std::exchange(m_watch->generation, generation) && m_watch->untold.empty()) { return; }
   if (auto commits = orNone(store.outsideCommits(m_watch->position))) {
     for (auto& commit : *commits) {
-      if (!commit.events.empty()) m_watch->untold.push_back(std::move(commit.events));
+      if (!commit.events.empty()) { m_watch->untold.push_back(std::move(commit.events)); }
     }
   } else {
     // The next turn looks again, from the same place.

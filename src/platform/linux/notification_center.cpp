@@ -14,7 +14,7 @@ void LinuxNotificationCenter::post(const std::shared_ptr<const Notification>& no
   {
     const std::lock_guard guard(m_lock);
     for (const auto& [name, observer] : m_observers) {
-      if (name == notification->name) called.push_back(observer);
+      if (name == notification->name) { called.push_back(observer); }
     }
   }
   std::exception_ptr thrown;
@@ -22,14 +22,14 @@ void LinuxNotificationCenter::post(const std::shared_ptr<const Notification>& no
     try {
       (*observer)(notification);
     } catch (...) {
-      if (!thrown) thrown = std::current_exception();
+      if (!thrown) { thrown = std::current_exception(); }
     }
   }
-  if (thrown) std::rethrow_exception(thrown);
+  if (thrown) { std::rethrow_exception(thrown); }
 }
 
 void LinuxNotificationCenter::setSuspended(bool suspended) {
-  if (m_listenToOthers) m_listenToOthers(!suspended);
+  if (m_listenToOthers) { m_listenToOthers(!suspended); }
 }
 
 }  // namespace orlocal

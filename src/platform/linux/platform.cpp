@@ -39,7 +39,7 @@ class LinuxPlatform final : public Platform {
   SystemVersion& systemVersion() override { return lazily(m_systemVersion, makeSystemVersion); }
 
   void closeStores() override {
-    if (m_access) m_access->close();
+    if (m_access) { m_access->close(); }
   }
 
   void log(std::string_view line) override { writeToSystemLog(line); }
@@ -47,12 +47,12 @@ class LinuxPlatform final : public Platform {
  private:
   template <class T, class Make>
   static T& lazily(std::unique_ptr<T>& part, Make make) {
-    if (!part) part = make();
+    if (!part) { part = make(); }
     return *part;
   }
 
   const std::shared_ptr<StoreAccess>& access() {
-    if (!m_access) m_access = std::make_shared<StoreAccess>();
+    if (!m_access) { m_access = std::make_shared<StoreAccess>(); }
     return m_access;
   }
 

@@ -32,7 +32,7 @@ constexpr std::chrono::milliseconds kLookEvery{10};
 class Descriptor {
  public:
   Descriptor(int number, const char* what) : m_number(number) {
-    if (number < 0) throwRunLoopException(what);
+    if (number < 0) { throwRunLoopException(what); }
   }
   ~Descriptor() { ::close(m_number); }
   Descriptor(const Descriptor&) = delete;
@@ -86,7 +86,7 @@ class LinuxRunLoop final : public RunLoop {
     for (;;) {
       turn();
       const auto left = deadline - std::chrono::steady_clock::now();
-      if (left <= std::chrono::nanoseconds::zero()) return;
+      if (left <= std::chrono::nanoseconds::zero()) { return; }
       const auto nap = m_looks.empty() ? left : std::min<std::chrono::nanoseconds>(left, kLookEvery);
       sleep(std::chrono::duration_cast<std::chrono::nanoseconds>(nap));
     }
@@ -98,7 +98,7 @@ class LinuxRunLoop final : public RunLoop {
   }
 
   std::unique_ptr<RunLoopPort> addPort(std::function<void()> handler) override {
-    if (!m_state->poll) m_state->poll.emplace(::epoll_create1(EPOLL_CLOEXEC), "place to wait in");
+    if (!m_state->poll) { m_state->poll.emplace(::epoll_create1(EPOLL_CLOEXEC), "place to wait in"); }
     auto source = std::make_shared<Source>();
     source->handler = std::move(handler);
     const std::uint64_t key = ++m_state->lastKey;
@@ -115,10 +115,10 @@ class LinuxRunLoop final : public RunLoop {
 
  private:
   void serveWhatIsReady() {
-    if (!m_state->poll) return;
+    if (!m_state->poll) { return; }
     std::array<epoll_event, 64> ready{};
     const int count = ::epoll_wait(m_state->poll->number(), ready.data(), static_cast<int>(ready.size()), 0);
-    for (int i = 0; i < count; ++i) serve(ready[static_cast<std::size_t>(i)].data.u64);
+    for (int i = 0; i < count; ++i) { serve(ready[static_cast<std::size_t>(i)].data.u64); }
   }
 
   void lookAround() {
@@ -126,7 +126,7 @@ class LinuxRunLoop final : public RunLoop {
     // One may be added or dropped meanwhile, or let the loop turn.
     const auto looks = m_looks;
     for (const auto& each : looks) {
-      if (const auto look = each.lock()) (*look)();
+      if (const auto look = each.lock()) { (*look)(); }
     }
   }
 
@@ -151,10 +151,10 @@ class LinuxRunLoop final : public RunLoop {
   void serve(std::uint64_t key) {
     const auto found = m_state->sources.find(key);
     // An earlier handler of the same turn may have removed it.
-    if (found == m_state->sources.end()) return;
+    if (found == m_state->sources.end()) { return; }
     const std::shared_ptr<Source> source = found->second;
     std::uint64_t sends = 0;
-    if (::read(source->event.number(), &sends, sizeof sends) == sizeof sends) source->handler();
+    if (::read(source->event.number(), &sends, sizeof sends) == sizeof sends) { source->handler(); }
   }
 
   std::shared_ptr<LoopState> m_state = std::make_shared<LoopState>();

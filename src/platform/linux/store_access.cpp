@@ -27,14 +27,14 @@ bool isTrouble(ErrorCode code) {
 Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer) {
   auto options = store::userStoreOptions(viewer);
   StoreTroubles::ofThisProcess().setFile(options ? options->file.string() : std::string());
-  if (!options) return failure(std::move(options.error()));
+  if (!options) { return failure(std::move(options.error())); }
   return store::CalendarStore::open(*std::move(options));
 }
 
 }  // namespace
 
 void tellFailure(const Failure& failure, std::optional<Error>& error, const char* call) {
-  if (isTrouble(failure.code)) StoreTroubles::ofThisProcess().failed(call, failure);
+  if (isTrouble(failure.code)) { StoreTroubles::ofThisProcess().failed(call, failure); }
   error = Error{.localizedDescription = failure.message, .localizedFailureReason = std::nullopt};
 }
 
@@ -47,7 +47,7 @@ StoreAccess::StoreAccess()
 StoreAccess::Calendars StoreAccess::none() { return std::make_shared<const std::vector<store::Calendar>>(); }
 
 store::CalendarStore& StoreAccess::store() {
-  if (m_store) return *m_store;
+  if (m_store) { return *m_store; }
   constexpr const char* kOpening = "open";
   auto opened = openUserStore(m_viewer);
   if (opened) {
@@ -62,13 +62,13 @@ store::CalendarStore& StoreAccess::store() {
 }
 
 void StoreAccess::close() {
-  if (m_store) m_store->close();
+  if (m_store) { m_store->close(); }
 }
 
 void StoreAccess::refresh() {
   store::CalendarStore& store = this->store();
   const std::uint64_t generation = store.generation();
-  if (m_readAt == generation) return;
+  if (m_readAt == generation) { return; }
   auto events = orNone(store.calendars(store::CalendarKind::kEvents), "calendars");
   auto reminders = orNone(store.calendars(store::CalendarKind::kReminders), "reminder lists");
   auto sources = orNone(store.sources(), "sources");
@@ -89,7 +89,7 @@ std::optional<store::Calendar> StoreAccess::calendar(store::CalendarId id) {
   for (const Calendars& list : {m_events, m_reminders}) {
     const auto found =
         std::find_if(list->begin(), list->end(), [id](const auto& calendar) { return calendar.id == id; });
-    if (found != list->end()) return *found;
+    if (found != list->end()) { return *found; }
   }
   return std::nullopt;
 }

@@ -39,13 +39,13 @@ class Reader {
 
   bool take(char expected) {
     skipSpace();
-    if (atEnd() || m_text[m_position] != expected) return false;
+    if (atEnd() || m_text[m_position] != expected) { return false; }
     ++m_position;
     return true;
   }
 
   std::optional<std::u16string> quoted() {
-    if (!take('"')) return std::nullopt;
+    if (!take('"')) { return std::nullopt; }
     std::u16string units;
     std::size_t plain = m_position;
     const auto flush = [&] { units += utf16FromUtf8(m_text.substr(plain, m_position - plain)); };
@@ -59,7 +59,7 @@ class Reader {
       if (c == '\\') {
         flush();
         ++m_position;
-        if (!escape(units)) return std::nullopt;
+        if (!escape(units)) { return std::nullopt; }
         plain = m_position;
       } else {
         ++m_position;
@@ -70,7 +70,7 @@ class Reader {
 
  private:
   bool escape(std::u16string& units) {
-    if (atEnd()) return false;
+    if (atEnd()) { return false; }
     const char c = m_text[m_position++];
     switch (c) {
       case 'n':
@@ -96,12 +96,12 @@ class Reader {
   }
 
   bool hexUnit(std::u16string& units) {
-    if (m_text.size() - m_position < 4) return false;
+    if (m_text.size() - m_position < 4) { return false; }
     unsigned value = 0;
     for (const char c : m_text.substr(m_position, 4)) {
       const auto digit =
           std::string_view("0123456789abcdef").find(static_cast<char>(c | ('A' <= c && c <= 'F' ? 32 : 0)));
-      if (digit == std::string_view::npos) return false;
+      if (digit == std::string_view::npos) { return false; }
       value = value * 16 + static_cast<unsigned>(digit);
     }
     m_position += 4;
@@ -116,7 +116,7 @@ class Reader {
 }  // namespace
 
 StringsTable parseStringsTable(std::string_view text) {
-  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  if (text.starts_with("\xEF\xBB\xBF")) { text.remove_prefix(3); }
   StringsTable table;
   Reader reader(text);
   for (reader.skipSpace(); !reader.atEnd(); reader.skipSpace()) {

@@ -17,7 +17,7 @@ namespace {
 
 bool standardErrorIsRead() {
   struct stat target {};
-  if (::fstat(STDERR_FILENO, &target) != 0) return false;
+  if (::fstat(STDERR_FILENO, &target) != 0) { return false; }
   constexpr unsigned kMemoryDevices = 1, kNull = 3;
   return !S_ISCHR(target.st_mode) || target.st_rdev != makedev(kMemoryDevices, kNull);
 }
@@ -66,14 +66,14 @@ StoreTroubles& StoreTroubles::ofThisProcess() {
 void StoreTroubles::failed(std::string_view call, const Failure& error) {
   const bool told = std::ranges::any_of(m_reasons, [&](const auto& each) { return each.second == error.message; });
   m_reasons.insert_or_assign(std::string(call), error.message);
-  if (told) return;
+  if (told) { return; }
   const std::string file = m_file.empty() ? "that has no file" : '"' + m_file + '"';
   writeToSystemLog("Orlocal: the calendar store " + file + " fails user " + userText() + ": " + error.message);
 }
 
 void StoreTroubles::worked(std::string_view call) {
-  if (m_reasons.empty()) return;
-  if (const auto found = m_reasons.find(call); found != m_reasons.end()) m_reasons.erase(found);
+  if (m_reasons.empty()) { return; }
+  if (const auto found = m_reasons.find(call); found != m_reasons.end()) { m_reasons.erase(found); }
 }
 
 }  // namespace orlocal

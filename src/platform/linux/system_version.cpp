@@ -15,11 +15,11 @@ class LinuxSystemVersion final : public SystemVersion {
  public:
   std::optional<long> minorVersion() const override {
     const char* setting = std::getenv("ORLOCAL_SYSTEM_MINOR");
-    if (setting == nullptr) return kDefaultMinor;
+    if (setting == nullptr) { return kDefaultMinor; }
     const std::string_view text(setting);
     long minor = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), minor);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    if (error != std::errc() || end != text.data() + text.size()) { return std::nullopt; }
     return minor;
   }
 };

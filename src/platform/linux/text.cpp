@@ -82,15 +82,15 @@ constexpr Lead kLeads[] = {
 char32_t nextCharacter(std::string_view text, std::size_t& position) {
   const auto at = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char first = at(position++);
-  if (first < 0x80) return first;
+  if (first < 0x80) { return first; }
   const auto* lead = std::find_if(std::begin(kLeads), std::end(kLeads),
                                   [first](const Lead& row) { return first >= row.first && first <= row.last; });
-  if (lead == std::end(kLeads)) return kReplacement;
+  if (lead == std::end(kLeads)) { return kReplacement; }
   char32_t c = first & (0x3FU >> lead->followers);
   unsigned char low = lead->low;
   unsigned char high = lead->high;
   for (int i = 0; i < lead->followers; ++i) {
-    if (position >= text.size() || at(position) < low || at(position) > high) return kReplacement;
+    if (position >= text.size() || at(position) < low || at(position) > high) { return kReplacement; }
     c = (c << 6) | (at(position++) & 0x3FU);
     low = 0x80;
     high = 0xBF;
@@ -105,7 +105,7 @@ std::vector<std::string> split(std::string_view text, Predicate separates) {
   std::size_t begin = 0;
   for (std::size_t position = 0; position < text.size();) {
     const std::size_t here = position;
-    if (!separates(nextCharacter(text, position))) continue;
+    if (!separates(nextCharacter(text, position))) { continue; }
     pieces.emplace_back(text.substr(begin, here - begin));
     begin = position;
   }
@@ -117,8 +117,9 @@ std::vector<std::string> split(std::string_view text, Predicate separates) {
 
 std::string utf8FromUtf16(std::u16string_view units) {
   std::string out(units.size(), '\0');
-  if (copyAscii(units.data(), out.data(), units.size(), [](char16_t unit) { return static_cast<char>(unit); }))
+  if (copyAscii(units.data(), out.data(), units.size(), [](char16_t unit) { return static_cast<char>(unit); })) {
     return out;
+  }
 
   out.clear();
   out.reserve(units.size() * 2);
@@ -138,16 +139,16 @@ std::string utf8FromUtf16(std::u16string_view units) {
 std::u16string utf16FromUtf8(std::string_view text) {
   std::u16string out(text.size(), u'\0');
   const auto widen = [](char byte) { return static_cast<char16_t>(static_cast<unsigned char>(byte)); };
-  if (copyAscii(text.data(), out.data(), text.size(), widen)) return out;
+  if (copyAscii(text.data(), out.data(), text.size(), widen)) { return out; }
 
   out.clear();
-  for (std::size_t position = 0; position < text.size();) appendUtf16(out, nextCharacter(text, position));
+  for (std::size_t position = 0; position < text.size();) { appendUtf16(out, nextCharacter(text, position)); }
   return out;
 }
 
 std::string lowercase(std::string_view text) {
   std::string out(text.size(), '\0');
-  if (copyAscii(text.data(), out.data(), text.size(), asciiLower)) return out;
+  if (copyAscii(text.data(), out.data(), text.size(), asciiLower)) { return out; }
 
   out.clear();
   UErrorCode status = U_ZERO_ERROR;

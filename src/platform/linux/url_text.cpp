@@ -14,7 +14,7 @@ bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= '
 /// The length of "scheme:"; 0 when there is none.
 std::size_t schemeLength(std::string_view text) {
   const auto colon = text.find(':');
-  if (colon == std::string_view::npos || colon == 0 || !isLetter(text.front())) return 0;
+  if (colon == std::string_view::npos || colon == 0 || !isLetter(text.front())) { return 0; }
   const auto name = text.substr(0, colon);
   const bool fits = std::all_of(name.begin(), name.end(),
                                 [](char c) { return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.'; });
@@ -23,7 +23,7 @@ std::size_t schemeLength(std::string_view text) {
 
 /// "//authority" at the beginning of what follows the scheme; empty when there is none.
 std::string_view authorityOf(std::string_view text) {
-  if (!text.starts_with("//")) return {};
+  if (!text.starts_with("//")) { return {}; }
   return text.substr(0, std::min(text.find_first_of("/?#", 2), text.size()));
 }
 
@@ -31,12 +31,12 @@ std::string_view authorityOf(std::string_view text) {
 /// such address.
 std::optional<std::string_view> addressIn(std::string_view authority) {
   const auto open = authority.find_first_of("[]");
-  if (open == std::string_view::npos) return std::string_view();
+  if (open == std::string_view::npos) { return std::string_view(); }
   const auto close = authority.find(']', open);
-  if (authority[open] != '[' || close == std::string_view::npos) return std::nullopt;
-  if (open != 2 && authority[open - 1] != '@') return std::nullopt;
+  if (authority[open] != '[' || close == std::string_view::npos) { return std::nullopt; }
+  if (open != 2 && authority[open - 1] != '@') { return std::nullopt; }
   const auto rest = authority.substr(close + 1);
-  if (!rest.empty() && rest.front() != ':') return std::nullopt;
+  if (!rest.empty() && rest.front() != ':') { return std::nullopt; }
   return rest.find_first_of("[]") == std::string_view::npos ? std::optional(authority.substr(open, close + 1 - open))
                                                             : std::nullopt;
 }
@@ -45,7 +45,7 @@ std::optional<std::string_view> addressIn(std::string_view authority) {
 bool hasPossiblePort(std::string_view authority) {
   const auto host = authority.find_last_of("@]");
   const auto colon = authority.find(':', host == std::string_view::npos ? 0 : host);
-  if (colon == std::string_view::npos) return true;
+  if (colon == std::string_view::npos) { return true; }
   const auto port = authority.substr(colon + 1);
   return std::all_of(port.begin(), port.end(), isDigit);
 }
@@ -73,7 +73,7 @@ std::string urlText(std::string_view stored) {
                                    : rest.empty() || kWhiteSpace.find(rest.front()) != std::string_view::npos;
   const std::string_view authority = authorityOf(rest);
   const auto address = addressIn(authority);
-  if (isWords || !address || !hasPossiblePort(authority)) return std::string(stored);
+  if (isWords || !address || !hasPossiblePort(authority)) { return std::string(stored); }
 
   std::string out(stored.substr(0, scheme));
   bool inFragment = false;

@@ -15,13 +15,13 @@ namespace {
 
 class LinuxTimeZone final : public TimeZone {
  public:
-  explicit LinuxTimeZone(store::Zone zone) : m_zone(std::move(zone)) {}
+  explicit LinuxTimeZone(store::Zone zone) : m_zone(zone) {}
 
   std::string name() const override { return m_zone.name(); }
   int secondsFromGMT() const override { return m_zone.offsetSeconds(store::now()); }
   int secondsFromGMTForDate(Date date) const override {
     std::call_once(m_listed, [this] { listSpans(); });
-    if (date < m_spans.front().from || date >= m_listedUntil) return m_zone.offsetSeconds(date);
+    if (date < m_spans.front().from || date >= m_listedUntil) { return m_zone.offsetSeconds(date); }
     return std::prev(std::upper_bound(m_spans.begin(), m_spans.end(), date,
                                       [](Date moment, const Span& span) { return moment < span.from; }))
         ->offset;
@@ -41,11 +41,11 @@ class LinuxTimeZone final : public TimeZone {
   }
 
   std::optional<Date> dateFromComponents(const DateComponents& parts) const override {
-    if (!parts.year) return std::nullopt;
+    if (!parts.year) { return std::nullopt; }
     const store::LocalTime local(*parts.year, parts.month.value_or(1), parts.day.value_or(1), parts.hour.value_or(0),
                                  parts.minute.value_or(0), parts.second.value_or(0));
     if (parts.timeZone) {
-      if (const auto own = store::Zone::named(*parts.timeZone)) return own->toMoment(local);
+      if (const auto own = store::Zone::named(*parts.timeZone)) { return own->toMoment(local); }
     }
     return m_zone.toMoment(local);
   }
@@ -78,20 +78,18 @@ class LinuxTimeZone final : public TimeZone {
 
 }  // namespace
 
-std::shared_ptr<const TimeZone> makeTimeZone(store::Zone zone) {
-  return std::make_shared<LinuxTimeZone>(std::move(zone));
-}
+std::shared_ptr<const TimeZone> makeTimeZone(store::Zone zone) { return std::make_shared<LinuxTimeZone>(zone); }
 
 std::shared_ptr<const TimeZone> timeZoneNamed(std::string_view name) {
   static std::mutex guard;
   static std::map<std::string, std::shared_ptr<const TimeZone>, std::less<>> known;
   const std::lock_guard lock(guard);
   const auto found = known.find(name);
-  if (found != known.end()) return found->second;
+  if (found != known.end()) { return found->second; }
   // An unknown name is asked for again: a private zone may become known meanwhile.
   auto zone = store::Zone::named(name);
-  if (!zone) return nullptr;
-  return known.emplace(std::string(name), makeTimeZone(*std::move(zone))).first->second;
+  if (!zone) { return nullptr; }
+  return known.emplace(std::string(name), makeTimeZone(*zone)).first->second;
 }
 
 }  // namespace orlocal

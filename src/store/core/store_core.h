@@ -21,7 +21,7 @@ namespace orlocal::store {
 /// Series made ready for expansion, kept until they change.
 class SeriesCache {
  public:
-  SeriesCache(ItemRows& rows, Zone viewer) : m_rows(rows), m_viewer(std::move(viewer)) {}
+  SeriesCache(ItemRows& rows, Zone viewer) : m_rows(rows), m_viewer(viewer) {}
 
   /// Null when there is no such row. Valid until the next call of any kind.
   Result<const Series*> of(ItemId id);

@@ -141,7 +141,7 @@ Result<Item> EventEdits::saveStored(const ItemEdit& edit, const std::optional<Oc
     if (edit.opened->series && occurrence) { return outOfSeries(*edit.opened, occurrence->originalStart, viewer); }
     return gone(*edit.opened);
   }
-  const Item stored = *row;
+  const Item& stored = *row;
   if (stored.series) { return saveChanged(stored, edit, span); }
   const bool inSeries = openedInSeries(*edit.opened) && occurrence;
   ORLOCAL_TRY(const bool repeats, m_series.repeats(stored));
@@ -287,7 +287,7 @@ Status EventEdits::remove(const Item& event, const std::optional<Occurrence>& oc
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(event.id));
   if (row == nullptr || !isSameEvent(*row, event)) { return gone(event); }
-  const Item stored = *row;
+  const Item& stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kEvent));
   Item series = stored;
   std::optional<Occurrence> at;

@@ -68,7 +68,7 @@ Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
 Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
   if (row == nullptr || !isSameReminder(*row, *edit.opened)) { return failure(ErrorCode::kNotFound, kGone); }
-  const Item stored = *row;
+  const Item& stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   Item edited = stored;
   apply(edit, edited, std::nullopt, m_core.options.viewer);
@@ -148,7 +148,7 @@ Status ReminderEdits::remove(const Item& reminder) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(reminder.id));
   if (row == nullptr || !isSameReminder(*row, reminder)) { return failure(ErrorCode::kNotFound, kGone); }
-  const Item stored = *row;
+  const Item& stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   ORLOCAL_CHECK(stored.series ? m_core.removeItem(stored) : m_series.removeAll(stored));
   return turn.commit();

@@ -38,7 +38,7 @@ class StoreFile {
  public:
   enum class News { kNone, kWritten, kReplaced };
 
-  explicit StoreFile(std::filesystem::path path) : m_path(wholePath(path)) {}
+  explicit StoreFile(const std::filesystem::path& path) : m_path(wholePath(path)) {}
 
   /// Opens what is there now.
   Result<Database> open(Missing missing, std::chrono::milliseconds busyTimeout, UuidMaker& uuids);

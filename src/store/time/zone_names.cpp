@@ -208,7 +208,7 @@ std::optional<std::string> ofDisplayName(std::string_view tzid) {
   for (std::string_view city : splitUnescaped(tzid, ',')) {
     for (std::string_view part : offset ? splitUnescaped(city, '/') : std::vector{city}) {
       if (left-- == 0) { return std::nullopt; }
-      const auto name = ofCity(withoutQuotes(part));
+      auto name = ofCity(withoutQuotes(part));
       const auto zone = name ? Zone::named(*name) : std::nullopt;
       if (!zone) { continue; }
       const int january = zone->offsetSeconds(Zone().toMoment(LocalTime(2026, 1, 15)));

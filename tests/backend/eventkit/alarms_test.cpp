@@ -210,9 +210,7 @@ TEST_F(Alarms, AreAllRemovedByMinusOneBeforeTheRangeExceptionLeaves) {
   try {
     backend.removeAlarmFrom("event", -1);
     FAIL() << "no exception";
-  } catch (const Exception& exception) {
-    EXPECT_EQ(exception.name(), "NSRangeException");
-  }
+  } catch (const Exception& exception) { EXPECT_EQ(exception.name(), "NSRangeException"); }
   EXPECT_THAT(event->m_alarms, IsEmpty());
   EXPECT_EQ(takeCode(), 0);
   EXPECT_EQ(backend.getLastErrorString(), std::nullopt);

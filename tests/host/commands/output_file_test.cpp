@@ -68,9 +68,7 @@ class OutputFileTest : public ProgramTest {
   }
   static Status written(const fs::path& path, const std::string& text) {
     auto file = OutputFile::open(path);
-    if (!file) {
-      return failure(file.error());
-    }
+    if (!file) { return failure(file.error()); }
     if (auto status = (*file)->write(text); !status) return status;
     return (*file)->finish();
   }

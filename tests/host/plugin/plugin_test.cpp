@@ -21,9 +21,7 @@ constexpr const char* kContrary = ORLOCAL_CONTRARY_PLUGIN;
 
 std::string call(std::u16string_view name, const std::vector<Value>& arguments = {}) {
   const auto function = Registry::instance().function(name);
-  if (!function) {
-    return "not registered";
-  }
+  if (!function) { return "not registered"; }
   const Result<Value> result = callFunction(*function, arguments);
   return result ? result->utf8() : result.error().message;
 }

@@ -165,12 +165,8 @@ class Caller {
     for (const Step& step : steps) {
       const std::string result = call(step.function, step.arguments);
       const std::string code = call("Orlo_GetLastError", {"number"});
-      if (result != step.result || code != std::to_string(step.code)) {
-        note(step, result, code);
-      }
-      if (const auto idle = m_plugin.idle(); !idle) {
-        m_out << "idle: " << idle.error().message << '\n';
-      }
+      if (result != step.result || code != std::to_string(step.code)) { note(step, result, code); }
+      if (const auto idle = m_plugin.idle(); !idle) { m_out << "idle: " << idle.error().message << '\n'; }
     }
   }
 
@@ -178,9 +174,7 @@ class Caller {
     const auto function = Registry::instance().function(toUtf16(name));
     if (!function) return "there is no such function";
     std::vector<Value> arguments;
-    for (const char* word : words) {
-      arguments.push_back(Value::ofUtf8(word));
-    }
+    for (const char* word : words) { arguments.push_back(Value::ofUtf8(word)); }
     const Result<Value> result = callFunction(*function, arguments);
     return result ? result->utf8() : result.error().message;
   }
@@ -344,18 +338,12 @@ TEST_P(UnusableStore, IsAnsweredWithTheCodesOfAPlatformThatHasNothing) {
       if (words.find(situation().reason) == std::string::npos) notes << "the last error is: " << words << '\n';
     }
     const auto registered = registerUpdateScript(**plugin, "Solution", "Calendar changed");
-    if (registered) {
-      notes << "there is nothing to follow, and nobody says so\n";
-    }
+    if (registered) { notes << "there is nothing to follow, and nobody says so\n"; }
     if (!registered && registered.error().message.find("System Error CalendarStoreException") == std::string::npos) {
       notes << registered.error().message << '\n';
     }
-    if (const auto idle = (*plugin)->idle(); !idle) {
-      notes << idle.error().message << '\n';
-    }
-    if (const auto end = (*plugin)->shutdown(); !end) {
-      notes << end.error().message << '\n';
-    }
+    if (const auto idle = (*plugin)->idle(); !idle) { notes << idle.error().message << '\n'; }
+    if (const auto end = (*plugin)->shutdown(); !end) { notes << end.error().message << '\n'; }
   });
   EXPECT_EQ(outcome.notes, "ended");
   EXPECT_THAT(outcome.log, HasSubstr(situation().reason));
@@ -383,9 +371,7 @@ TEST_P(NoDescriptor, LeavesNoExceptionAndNoScript) {
       return;
     }
     const fakes::NoDescriptorLeft none;
-    if (const auto idle = (*plugin)->idle(); !idle) {
-      notes << "idle: " << idle.error().message << '\n';
-    }
+    if (const auto idle = (*plugin)->idle(); !idle) { notes << "idle: " << idle.error().message << '\n'; }
     const auto registered = registerUpdateScript(**plugin, "Solution", "Calendar changed");
     if (registered || registered.error().message.find("System Error RunLoopException") == std::string::npos) {
       notes << "registering: " << (registered ? "worked" : registered.error().message) << '\n';
