@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/system_reason.h"
 #include "base/try.h"
 #include "store/backup.h"
 #include "store/core/store_core.h"
@@ -220,9 +221,8 @@ class Restoring {
     bool kept = ::link(m_store.c_str(), name.c_str()) == 0;
     if (!kept && errno != ENOENT) {
       if (::rename(m_store.c_str(), name.c_str()) != 0) {
-        return failure(ErrorCode::kIo,
-                       fmt::format("\"{}\" cannot be kept as \"{}\": {}; nothing was changed.", m_store.string(),
-                                   name.string(), std::generic_category().message(errno)));
+        return failure(ErrorCode::kIo, fmt::format("\"{}\" cannot be kept as \"{}\": {}; nothing was changed.",
+                                                   m_store.string(), name.string(), systemReason(errno)));
       }
       kept = true;
     }

@@ -1,11 +1,11 @@
 #include "host/commands/change_wait.h"
 
 #include <cerrno>
-#include <system_error>
 
 #include <poll.h>
 #include <signal.h>
 
+#include "base/system_reason.h"
 #include "host/commands/interruption.h"
 
 namespace orlocal::host {
@@ -51,9 +51,7 @@ Result<Woken> waitForChange(store::ChangeSignal& signal, std::optional<std::chro
       return Woken::kByChange;
     }
     // A signal of another kind changes nothing.
-    if (errno != EINTR) {
-      return failure(ErrorCode::kIo, "waiting for changes: " + std::generic_category().message(errno));
-    }
+    if (errno != EINTR) { return failure(ErrorCode::kIo, "waiting for changes: " + systemReason(errno)); }
   }
 }
 

@@ -6,13 +6,13 @@
 #include <iostream>
 #include <ostream>
 #include <streambuf>
-#include <system_error>
 
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/system_reason.h"
 #include "base/try.h"
 #include "host/commands/trouble.h"
 
@@ -48,7 +48,7 @@ class PipeBuffer : public std::streambuf {
 
 /// `what` failed for the reason that the system left in errno.
 Failed systemFailure(std::string_view what) {
-  return failure(ErrorCode::kIo, fmt::format("{}: {}", what, std::generic_category().message(errno)));
+  return failure(ErrorCode::kIo, fmt::format("{}: {}", what, systemReason(errno)));
 }
 
 /// The reading end and the writing one.
@@ -157,7 +157,7 @@ Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
   ::close(pipe[0]);
   ChildResult result;
   waitFor(child, result);
-  if (count > 0) { result.ending = fmt::format("cannot be run: {}", std::generic_category().message(reason)); }
+  if (count > 0) { result.ending = fmt::format("cannot be run: {}", systemReason(reason)); }
   return result;
 }
 

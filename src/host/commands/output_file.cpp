@@ -12,6 +12,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "base/system_reason.h"
 #include "base/try.h"
 
 namespace orlocal::host {
@@ -167,8 +168,7 @@ Status OutputFile::finish() {
 Failed OutputFile::failed(int error) const {
   const ErrorCode code = codeOf(error);
   const char* remedy = code == ErrorCode::kFull ? "make room, or name another place" : "name another file";
-  return failure(code,
-                 fmt::format("{} cannot be written: {}; {}.", m_path, std::generic_category().message(error), remedy));
+  return failure(code, fmt::format("{} cannot be written: {}; {}.", m_path, systemReason(error), remedy));
 }
 
 }  // namespace orlocal::host

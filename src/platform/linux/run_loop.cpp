@@ -7,7 +7,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -16,6 +15,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include "base/system_reason.h"
 #include "platform/exception.h"
 
 namespace orlocal {
@@ -24,8 +24,7 @@ namespace {
 constexpr std::chrono::milliseconds kLookEvery{10};
 
 [[noreturn]] void throwRunLoopException(const char* what) {
-  throw Exception("RunLoopException", std::string("The run loop has no ") + what + ": " +
-                                          std::generic_category().message(errno) +
+  throw Exception("RunLoopException", std::string("The run loop has no ") + what + ": " + systemReason(errno) +
                                           "; the limit of open files (ulimit -n) may be too low for this process.");
 }
 

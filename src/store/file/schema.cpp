@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/system_reason.h"
 #include "base/try.h"
 #include "store/file/file_state.h"
 #include "store/file/schema_check.h"
@@ -140,7 +141,7 @@ Status makeFolder(const std::filesystem::path& folder) {
   return failure(codeOf(error),
                  fmt::format("The folder \"{}\" for the calendar store cannot be made: {}. Make it for this "
                              "user, or set ORLOCAL_STORE to a file in another folder.",
-                             folder.string(), std::generic_category().message(error)));
+                             folder.string(), systemReason(error)));
 }
 
 Status makeFile(const std::filesystem::path& file) {
@@ -163,7 +164,7 @@ Status makeFile(const std::filesystem::path& file) {
   const int error = errno;
   return failure(codeOf(error), fmt::format("The calendar store \"{}\" cannot be made or reached: {}. Check the "
                                             "permissions of its folder, or set ORLOCAL_STORE to another file.",
-                                            file.string(), std::generic_category().message(error)));
+                                            file.string(), systemReason(error)));
 }
 
 /// Switching to the log asks for the file alone and does not wait by itself.
