@@ -15,7 +15,7 @@ using namespace orlocal::store;
 
 bool readsTheSame(const Item& item) {
   std::string text = "BEGIN:VCALENDAR\r\n";
-  for (const auto& zone : {item.start, item.end, item.recurrenceId})
+  for (const auto& zone : {item.start, item.endOrDue(), item.recurrenceId})
     if (zone && zone->kind == CalendarTime::Kind::kZoned) writeZone(text, zone->zone, 2020);
   writeItem(text, item);
   text += "END:VCALENDAR\r\n";

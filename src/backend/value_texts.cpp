@@ -40,7 +40,7 @@ bool standsInUrl(char c) {
 
 }  // namespace
 
-std::string booleanText(bool value) { return value ? "True" : "False"; }
+OptionalText booleanText(bool value) { return value ? "True" : "False"; }
 
 std::string fixedText(double number, int decimals) {
   // The longest double has 309 digits before the point.

@@ -17,7 +17,7 @@ namespace orlocal {
 inline constexpr const char* kErrorText = "!!ERROR!!";
 
 /// "True" or "False".
-std::string booleanText(bool value);
+OptionalText booleanText(bool value);
 
 /// As "%.*f" does.
 std::string fixedText(double number, int decimals);

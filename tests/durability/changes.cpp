@@ -70,7 +70,7 @@ Status removed(Session& session, const char* title, const std::optional<int>& da
 
 Status moveAnHour(CalendarStore&, Item& item) {
   if (item.start) item.start->local += 3600;
-  if (item.end) item.end->local += 3600;
+  if (auto& last = item.endOrDue()) last->local += 3600;
   item.title = "later";
   return {};
 }
@@ -100,7 +100,7 @@ Status saveNewReminder(Session& session) {
   reminder.kind = store::ItemKind::kReminder;
   ORLOCAL_CHECK(moveToDefault<CalendarKind::kReminders>(*store, reminder));
   reminder.title = "new";
-  reminder.end = utc(5, 9);
+  reminder.due = utc(5, 9);
   return store::saveReminder(*store, reminder);
 }
 

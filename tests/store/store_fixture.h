@@ -89,7 +89,7 @@ class StoreTest : public testing::Test {
     item.kind = ItemKind::kReminder;
     item.calendar = defaultCalendar(CalendarKind::kReminders);
     item.title = title;
-    item.end = due;
+    item.due = due;
     return item;
   }
   /// In the calendar that every new store has.

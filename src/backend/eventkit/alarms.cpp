@@ -4,6 +4,7 @@
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 #include "platform/platform.h"
 
@@ -56,12 +57,7 @@ OptionalText relativeTrigger(const EKAlarm& alarm) {
   return fixedText(seconds, 6);
 }
 
-struct AlarmGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKAlarm& alarm);
-};
-
-constexpr AlarmGetter kAlarmGetters[] = {
+constexpr PropertyGetter<const EKAlarm&> kAlarmGetters[] = {
     {"absolutetrigger", [](const EKAlarm& alarm) { return dateText(alarm.absoluteDate()); }},
     {"action", actionText},
     {"emailaddress", [](const EKAlarm& alarm) { return alarm.emailAddress(); }},
@@ -102,12 +98,7 @@ std::int32_t setSound(EKAlarm& alarm, const PropertyValue& value) {
   return 0;
 }
 
-struct AlarmSetter {
-  std::string_view word;
-  std::int32_t (*set)(EKAlarm& alarm, const PropertyValue& value);
-};
-
-constexpr AlarmSetter kAlarmSetters[] = {
+constexpr PropertySetter<EKAlarm, std::int32_t> kAlarmSetters[] = {
     {"absolutetrigger", setAbsoluteTrigger},
     {"relativetrigger", setRelativeTrigger},
     {"action", setAction},

@@ -3,6 +3,7 @@
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 
 namespace orlocal {
@@ -22,44 +23,34 @@ OptionalText typeText(const EKCalendar& calendar) {
   return type ? OptionalText(type->text) : std::nullopt;
 }
 
-struct CalendarGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKCalendar& calendar);
-};
-
-constexpr CalendarGetter kCalendarGetters[] = {
+constexpr PropertyGetter<const EKCalendar&> kCalendarGetters[] = {
     {"title", [](const EKCalendar& calendar) { return calendar.title(); }},
     // Calendars have no notes here; solutions written for the older back end ask all the same.
     {"notes", [](const EKCalendar&) { return OptionalText(); }},
     {"type", typeText},
     {"uid", [](const EKCalendar& calendar) { return calendar.calendarIdentifier(); }},
-    {"iseditable", [](const EKCalendar& calendar) { return OptionalText(booleanText(!calendar.isImmutable())); }},
-    {"issubscribed", [](const EKCalendar& calendar) { return OptionalText(booleanText(calendar.isSubscribed())); }},
+    {"iseditable", [](const EKCalendar& calendar) { return booleanText(!calendar.isImmutable()); }},
+    {"issubscribed", [](const EKCalendar& calendar) { return booleanText(calendar.isSubscribed()); }},
     {"allowsmodification",
-     [](const EKCalendar& calendar) { return OptionalText(booleanText(calendar.allowsContentModifications())); }},
+     [](const EKCalendar& calendar) { return booleanText(calendar.allowsContentModifications()); }},
     {"color", [](const EKCalendar& calendar) { return colorText(calendar.color()); }},
 };
 
-bool setNothing(EKCalendar&, const OptionalText&) { return true; }
+std::int32_t setNothing(EKCalendar&, const PropertyValue&) { return 0; }
 
-bool setTitle(EKCalendar& calendar, const OptionalText& title) {
-  calendar.setTitle(title);
-  return true;
+std::int32_t setTitle(EKCalendar& calendar, const PropertyValue& value) {
+  calendar.setTitle(textOf(value));
+  return 0;
 }
 
-bool setColor(EKCalendar& calendar, const OptionalText& numbers) {
-  const auto color = colorFromNumbers(numbers);
-  if (color) { calendar.setColor(*color); }
-  return color.has_value();
+std::int32_t setColor(EKCalendar& calendar, const PropertyValue& value) {
+  const auto color = colorFromNumbers(textOf(value));
+  if (!color) { return failWith(kInvalidParameterValue); }
+  calendar.setColor(*color);
+  return 0;
 }
 
-struct CalendarSetter {
-  std::string_view word;
-  /// False when the value does not do.
-  bool (*set)(EKCalendar& calendar, const OptionalText& value);
-};
-
-constexpr CalendarSetter kCalendarSetters[] = {
+constexpr PropertySetter<EKCalendar, std::int32_t> kCalendarSetters[] = {
     {"notes", setNothing},
     {"title", setTitle},
     {"color", setColor},
@@ -115,8 +106,7 @@ std::int32_t iCalEKFunctions::setCalendarProp(const OptionalText& property, cons
   if (!m_ekCalendar) { return failWith(kNoCalendarToSetProperty); }
   if (!property) { return failWith(kPropertyRequired); }
   const auto* setter = rowFor(kCalendarSetters, lowercase(*property));
-  if (setter == nullptr) { return failWith(kMissingArgument); }
-  return setter->set(*m_ekCalendar, textOf(value)) ? 0 : failWith(kInvalidParameterValue);
+  return setter != nullptr ? setter->set(*m_ekCalendar, value) : failWith(kMissingArgument);
 }
 
 OptionalText iCalEKFunctions::getCalendarAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {

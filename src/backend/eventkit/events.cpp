@@ -2,6 +2,7 @@
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 
 namespace orlocal {
@@ -22,14 +23,7 @@ OptionalText attendeeCount(const EKEvent& event) {
   return std::to_string(attendees ? attendees->size() : 0);
 }
 
-OptionalText truth(bool value) { return booleanText(value); }
-
-struct EventGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKEvent& event);
-};
-
-constexpr EventGetter kEventGetters[] = {
+constexpr PropertyGetter<const EKEvent&> kEventGetters[] = {
     {"startdate", [](const EKEvent& event) { return dateText(event.startDate()); }},
     {"enddate", [](const EKEvent& event) { return dateText(event.endDate()); }},
     {"title", [](const EKEvent& event) { return event.title(); }},
@@ -38,23 +32,18 @@ constexpr EventGetter kEventGetters[] = {
     {"url", [](const EKEvent& event) { return event.url(); }},
     {"uid", [](const EKEvent& event) { return event.eventIdentifier(); }},
     {"externaluid", [](const EKEvent& event) { return event.calendarItemExternalIdentifier(); }},
-    {"isallday", [](const EKEvent& event) { return truth(event.isAllDay()); }},
-    {"isdetached", [](const EKEvent& event) { return truth(event.isDetached()); }},
-    {"isrecurring", [](const EKEvent& event) { return truth(event.recurrenceRules().has_value()); }},
+    {"isallday", [](const EKEvent& event) { return booleanText(event.isAllDay()); }},
+    {"isdetached", [](const EKEvent& event) { return booleanText(event.isDetached()); }},
+    {"isrecurring", [](const EKEvent& event) { return booleanText(event.recurrenceRules().has_value()); }},
     {"occurrence", occurrence},
     {"modifieddate", [](const EKEvent& event) { return dateText(event.lastModifiedDate()); }},
     {"timezone", timeZoneName},
     {"attendeecount", attendeeCount},
-    {"hasattendees", [](const EKEvent& event) { return truth(event.attendees().has_value()); }},
-    {"hasalarms", [](const EKEvent& event) { return truth(event.hasAlarms()); }},
+    {"hasattendees", [](const EKEvent& event) { return booleanText(event.attendees().has_value()); }},
+    {"hasalarms", [](const EKEvent& event) { return booleanText(event.hasAlarms()); }},
 };
 
-struct EventSetter {
-  std::string_view word;
-  void (*set)(EKEvent& event, const PropertyValue& value);
-};
-
-constexpr EventSetter kEventSetters[] = {
+constexpr PropertySetter<EKEvent> kEventSetters[] = {
     {"startdate", [](EKEvent& event, const PropertyValue& value) { event.setStartDate(dateOf(value)); }},
     {"enddate", [](EKEvent& event, const PropertyValue& value) { event.setEndDate(dateOf(value)); }},
     {"isallday", [](EKEvent& event, const PropertyValue& value) { event.setAllDay(isTrueText(textOf(value))); }},

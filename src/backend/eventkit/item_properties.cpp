@@ -1,6 +1,7 @@
 #include "backend/current_items.h"
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 
 namespace orlocal {
@@ -23,12 +24,7 @@ OptionalText calendarUid(const EKCalendarItem& item) {
   return calendar ? calendar->calendarIdentifier() : std::nullopt;
 }
 
-struct ItemGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKCalendarItem& item);
-};
-
-constexpr ItemGetter kItemGetters[] = {
+constexpr PropertyGetter<const EKCalendarItem&> kItemGetters[] = {
     {"calendartitle", calendarTitle},
     {"calendaruid", calendarUid},
     {"datestamp", [](const EKCalendarItem& item) { return dateText(item.lastModifiedDate()); }},
@@ -37,19 +33,14 @@ constexpr ItemGetter kItemGetters[] = {
     {"url", [](const EKCalendarItem& item) { return item.url(); }},
     {"uid", [](const EKCalendarItem& item) { return item.calendarItemIdentifier(); }},
     // Singular here, "hasalarms" in the tables of events and reminders: solutions use both.
-    {"hasalarm", [](const EKCalendarItem& item) { return OptionalText(booleanText(item.hasAlarms())); }},
+    {"hasalarm", [](const EKCalendarItem& item) { return booleanText(item.hasAlarms()); }},
     {"nextalarmdate", nextAlarmDate},
 };
 
-struct ItemSetter {
-  std::string_view word;
-  void (*set)(EKCalendarItem& item, const OptionalText& value);
-};
-
-constexpr ItemSetter kItemSetters[] = {
-    {"notes", [](EKCalendarItem& item, const OptionalText& value) { item.setNotes(value); }},
-    {"title", [](EKCalendarItem& item, const OptionalText& value) { item.setTitle(value); }},
-    {"url", [](EKCalendarItem& item, const OptionalText& value) { item.setUrl(urlWithString(value)); }},
+constexpr PropertySetter<EKCalendarItem> kItemSetters[] = {
+    {"notes", [](EKCalendarItem& item, const PropertyValue& value) { item.setNotes(textOf(value)); }},
+    {"title", [](EKCalendarItem& item, const PropertyValue& value) { item.setTitle(textOf(value)); }},
+    {"url", [](EKCalendarItem& item, const PropertyValue& value) { item.setUrl(urlWithString(textOf(value))); }},
 };
 
 }  // namespace
@@ -71,7 +62,7 @@ std::int32_t iCalEKFunctions::setCalendarItemProp(const OptionalText& property, 
       return 0;
     }
     if (const auto* setter = property ? rowFor(kItemSetters, *property) : nullptr) {
-      if (item != nullptr) { setter->set(*item, text); }
+      if (item != nullptr) { setter->set(*item, value); }
     } else {
       // The result stays 0; callers look at the code.
       failWith(kInvalidArgument);

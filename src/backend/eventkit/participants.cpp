@@ -1,6 +1,7 @@
 #include "backend/current_items.h"
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
+#include "backend/property_tables.h"
 
 namespace orlocal {
 namespace {
@@ -31,18 +32,13 @@ OptionalText address(const EKParticipant& participant, const AddressBook* book) 
 
 OptionalText commonName(const EKParticipant& participant, const AddressBook*) { return participant.name(); }
 
-struct ParticipantGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKParticipant& participant, const AddressBook* book);
-};
-
-constexpr ParticipantGetter kWordGetters[] = {
+constexpr PropertyGetter<const EKParticipant&, const AddressBook*> kWordGetters[] = {
     {"address", address},
     {"commonname", commonName},
     {"status", statusText},
 };
 
-constexpr ParticipantGetter kNumberGetters[] = {
+constexpr PropertyGetter<const EKParticipant&, const AddressBook*> kNumberGetters[] = {
     {"address", address},
     {"commonname", commonName},
     {"status", [](const EKParticipant& participant,
@@ -54,8 +50,8 @@ constexpr ParticipantGetter kNumberGetters[] = {
 };
 
 template <std::size_t Size>
-OptionalText attribute(const ParticipantGetter (&getters)[Size], const OptionalText& property,
-                       const EKParticipant* participant, const AddressBook* book) {
+OptionalText attribute(const PropertyGetter<const EKParticipant&, const AddressBook*> (&getters)[Size],
+                       const OptionalText& property, const EKParticipant* participant, const AddressBook* book) {
   if (participant == nullptr) { return noneWith(kNoAttendeeToGetProperty); }
   if (!property) { return noneWith(kPropertyRequired); }
   const auto* getter = rowFor(getters, lowercase(*property));

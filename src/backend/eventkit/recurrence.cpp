@@ -2,17 +2,12 @@
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 #include "platform/platform.h"
 
 namespace orlocal {
 namespace {
-
-/// What a property asks of the rule; the rule is null for an event that has none, and reads as empty or 0.
-struct RuleGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKRecurrenceRule* rule);
-};
 
 OptionalText firstDayOfTheWeek(const EKRecurrenceRule* rule) {
   return std::to_string(rule != nullptr ? rule->firstDayOfTheWeek() : 0);
@@ -64,7 +59,8 @@ OptionalText monthsOfTheYear(const EKRecurrenceRule* rule) {
 
 OptionalText weeksOfTheYear(const EKRecurrenceRule*) { return noneWith(kWeeksOfTheYearNotSupported); }
 
-constexpr RuleGetter kRuleGetters[] = {
+/// The rule is null for an event that has none, and reads as empty or 0.
+constexpr PropertyGetter<const EKRecurrenceRule*> kRuleGetters[] = {
     {"firstdayoftheweek", firstDayOfTheWeek},
     {"hasend", hasEnd},
     {"recurrencetype", recurrenceType},
@@ -76,13 +72,8 @@ constexpr RuleGetter kRuleGetters[] = {
     {"weeksoftheyear", weeksOfTheYear},
 };
 
-struct EndGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKRecurrenceEnd& end);
-};
-
-constexpr EndGetter kEndGetters[] = {
-    {"usesenddate", [](const EKRecurrenceEnd& end) { return OptionalText(booleanText(end.endDate().has_value())); }},
+constexpr PropertyGetter<const EKRecurrenceEnd&> kEndGetters[] = {
+    {"usesenddate", [](const EKRecurrenceEnd& end) { return booleanText(end.endDate().has_value()); }},
     {"occurrencecount", [](const EKRecurrenceEnd& end) { return OptionalText(std::to_string(end.occurrenceCount())); }},
     {"enddate", [](const EKRecurrenceEnd& end) { return dateText(end.endDate()); }},
 };

@@ -2,6 +2,7 @@
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 #include "platform/awaited_reminders.h"
 #include "platform/platform.h"
@@ -38,17 +39,12 @@ OptionalText priorityText(const EKReminder& reminder) {
   return std::nullopt;
 }
 
-struct ReminderGetter {
-  std::string_view word;
-  OptionalText (*read)(const EKReminder& reminder);
-};
-
-constexpr ReminderGetter kReminderGetters[] = {
+constexpr PropertyGetter<const EKReminder&> kReminderGetters[] = {
     {"duedate", dueDateText},
     {"completeddate", [](const EKReminder& reminder) { return dateText(reminder.completionDate()); }},
-    {"iscompleted", [](const EKReminder& reminder) { return OptionalText(booleanText(reminder.isCompleted())); }},
+    {"iscompleted", [](const EKReminder& reminder) { return booleanText(reminder.isCompleted()); }},
     {"priority", priorityText},
-    {"hasalarms", [](const EKReminder& reminder) { return OptionalText(booleanText(reminder.hasAlarms())); }},
+    {"hasalarms", [](const EKReminder& reminder) { return booleanText(reminder.hasAlarms()); }},
     {"notes", [](const EKReminder& reminder) { return reminder.notes(); }},
     {"title", [](const EKReminder& reminder) { return reminder.title(); }},
     {"externaluid", [](const EKReminder& reminder) { return reminder.calendarItemExternalIdentifier(); }},
@@ -68,12 +64,7 @@ void setPriority(EKReminder& reminder, const PropertyValue& value) {
   }
 }
 
-struct ReminderSetter {
-  std::string_view word;
-  void (*set)(EKReminder& reminder, const PropertyValue& value);
-};
-
-constexpr ReminderSetter kReminderSetters[] = {
+constexpr PropertySetter<EKReminder> kReminderSetters[] = {
     {"completeddate",
      [](EKReminder& reminder, const PropertyValue& value) { reminder.setCompletionDate(dateOf(value)); }},
     {"duedate", setDueDate},

@@ -1,9 +1,9 @@
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
-#include "backend/legacy/attributes.h"
 #include "backend/legacy/current_item.h"
 #include "backend/legacy/ical_functions.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 #include "platform/platform.h"
 
@@ -45,13 +45,50 @@ OptionalText wordOfConstant(const OptionalText& constant) {
   return "none";
 }
 
-constexpr Attribute<CalAlarm> kAttributes[] = {
+constexpr PropertyGetter<const CalAlarm&> kAlarmGetters[] = {
     {"absolutetrigger", [](const CalAlarm& alarm) { return dateText(alarm.absoluteTrigger()); }},
     {"action", [](const CalAlarm& alarm) { return wordOfConstant(alarm.action()); }},
     {"email", [](const CalAlarm& alarm) { return alarm.emailAddress(); }},
     {"relativetrigger", [](const CalAlarm& alarm) { return OptionalText(fixedText(alarm.relativeTrigger(), 6)); }},
     {"sound", [](const CalAlarm& alarm) { return alarm.sound(); }},
     {"url", [](const CalAlarm& alarm) { return alarm.url(); }},
+};
+
+std::int32_t setAbsoluteTrigger(CalAlarm& alarm, const PropertyValue& value) {
+  alarm.setAbsoluteTrigger(dateOf(value));
+  return 0;
+}
+
+std::int32_t setAction(CalAlarm& alarm, const PropertyValue& value) {
+  const auto action = constantNamed(textOf(value));
+  if (!action) { return failWith(kMissingArgument); }
+  alarm.setAction(action);
+  return 0;
+}
+
+std::int32_t setEmailAddress(CalAlarm& alarm, const PropertyValue& value) {
+  alarm.setEmailAddress(textOf(value));
+  return 0;
+}
+
+std::int32_t setRelativeTrigger(CalAlarm& alarm, const PropertyValue& value) {
+  alarm.setRelativeTrigger(integerValue(textOf(value).value_or("")));
+  return 0;
+}
+
+std::int32_t setSound(CalAlarm& alarm, const PropertyValue& value) {
+  alarm.setSound(textOf(value));
+  return 0;
+}
+
+std::int32_t setUrl(CalAlarm& alarm, const PropertyValue& value) {
+  alarm.setUrl(urlWithString(textOf(value)));
+  return 0;
+}
+
+constexpr PropertySetter<CalAlarm, std::int32_t> kAlarmSetters[] = {
+    {"absolutetrigger", setAbsoluteTrigger}, {"action", setAction}, {"email", setEmailAddress},
+    {"relativetrigger", setRelativeTrigger}, {"sound", setSound},   {"url", setUrl},
 };
 
 }  // namespace
@@ -140,32 +177,15 @@ std::int32_t iCalFunctions::openAlarmAt(std::int32_t index) {
 
 std::int32_t iCalFunctions::setAlarmProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_alarm) { return failWith(kInvalidCallOrder); }
-  const std::string name = lowercase(property.value_or(""));
-  if (name == "absolutetrigger") {
-    m_alarm->setAbsoluteTrigger(dateOf(value));
-  } else if (name == "action") {
-    const auto action = constantNamed(textOf(value));
-    if (!action) { return failWith(kMissingArgument); }
-    m_alarm->setAction(action);
-  } else if (name == "email") {
-    m_alarm->setEmailAddress(textOf(value));
-  } else if (name == "relativetrigger") {
-    m_alarm->setRelativeTrigger(integerValue(textOf(value).value_or("")));
-  } else if (name == "url") {
-    m_alarm->setUrl(urlWithString(textOf(value)));
-  } else if (name == "sound") {
-    m_alarm->setSound(textOf(value));
-  } else {
-    return failWith(kMissingArgument);
-  }
-  return 0;
+  const auto* setter = property ? rowFor(kAlarmSetters, lowercase(*property)) : nullptr;
+  return setter != nullptr ? setter->set(*m_alarm, value) : failWith(kMissingArgument);
 }
 
 OptionalText iCalFunctions::getAlarmAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_alarm) { return noText(kInvalidCallOrder); }
-  if (!property) { return noText(kMissingArgument); }
-  const auto* row = rowFor(kAttributes, lowercase(*property));
-  return row ? row->read(*m_alarm) : noText(kInvalidArgument);
+  if (!m_alarm) { return noneWith(kInvalidCallOrder); }
+  if (!property) { return noneWith(kMissingArgument); }
+  const auto* getter = rowFor(kAlarmGetters, lowercase(*property));
+  return getter != nullptr ? getter->read(*m_alarm) : noneWith(kInvalidArgument);
 }
 
 }  // namespace orlocal

@@ -1,13 +1,13 @@
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
-#include "backend/legacy/attributes.h"
 #include "backend/legacy/current_item.h"
 #include "backend/legacy/ical_functions.h"
+#include "backend/property_tables.h"
 
 namespace orlocal {
 namespace {
 
-constexpr Attribute<CalAttendee> kAttributes[] = {
+constexpr PropertyGetter<const CalAttendee&> kAttendeeGetters[] = {
     {"address", [](const CalAttendee& attendee) { return attendee.address(); }},
     {"commonname", [](const CalAttendee& attendee) { return attendee.commonName(); }},
     {"status", [](const CalAttendee& attendee) { return attendee.status(); }},
@@ -22,10 +22,10 @@ std::int32_t iCalFunctions::openAttendeeAt(std::int32_t index) {
 }
 
 OptionalText iCalFunctions::getAttendeeAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_attendee) { return noText(kInvalidCallOrder); }
-  if (!property) { return noText(kMissingArgument); }
-  const auto* row = rowFor(kAttributes, lowercase(*property));
-  return row ? row->read(*m_attendee) : noText(kInvalidArgument);
+  if (!m_attendee) { return noneWith(kInvalidCallOrder); }
+  if (!property) { return noneWith(kMissingArgument); }
+  const auto* getter = rowFor(kAttendeeGetters, lowercase(*property));
+  return getter != nullptr ? getter->read(*m_attendee) : noneWith(kInvalidArgument);
 }
 
 OptionalText iCalFunctions::getEventAttendeeAttribute(const OptionalText& property, std::int32_t atIndex) {

@@ -1,14 +1,14 @@
 #include "backend/current_items.h"
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
-#include "backend/legacy/attributes.h"
 #include "backend/legacy/ical_functions.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 
 namespace orlocal {
 namespace {
 
-constexpr Attribute<CalCalendarItem> kAttributes[] = {
+constexpr PropertyGetter<const CalCalendarItem&> kItemGetters[] = {
     {"calendartitle",
      [](const CalCalendarItem& item) { return item.calendar() ? item.calendar()->title() : OptionalText(); }},
     {"calendaruid",
@@ -18,7 +18,7 @@ constexpr Attribute<CalCalendarItem> kAttributes[] = {
     {"title", [](const CalCalendarItem& item) { return item.title(); }},
     {"url", [](const CalCalendarItem& item) { return item.url(); }},
     {"uid", [](const CalCalendarItem& item) { return item.uid(); }},
-    {"hasalarm", [](const CalCalendarItem& item) { return OptionalText(booleanText(item.hasAlarm())); }},
+    {"hasalarm", [](const CalCalendarItem& item) { return booleanText(item.hasAlarm()); }},
     {"nextalarmdate",
      [](const CalCalendarItem& item) {
        const auto next = item.hasAlarm() ? item.nextAlarmDate() : std::nullopt;
@@ -26,34 +26,37 @@ constexpr Attribute<CalCalendarItem> kAttributes[] = {
      }},
 };
 
+constexpr PropertySetter<CalCalendarItem> kItemSetters[] = {
+    {"notes", [](CalCalendarItem& item, const PropertyValue& value) { item.setNotes(textOf(value)); }},
+    {"title", [](CalCalendarItem& item, const PropertyValue& value) { item.setTitle(textOf(value)); }},
+    {"url", [](CalCalendarItem& item, const PropertyValue& value) { item.setUrl(urlWithString(textOf(value))); }},
+};
+
 }  // namespace
 
 std::int32_t iCalFunctions::setCalendarItemProp(const OptionalText& property, const PropertyValue& value,
                                                 CalCalendarItem* item) {
   return catchingExceptions(lastErrorString, std::int32_t{-1}, [&] {
-    const std::string name = lowercase(property.value_or(""));
-    const OptionalText text = textOf(value);
-    if (name == "calendaruid" || name == "calendartitle") {
-      const auto calendar =
-          name == "calendaruid" ? store()->calendarWithUID(text.value_or("")) : getCalendarWithTitle(text);
+    const auto word = lowercase(property.value_or(""));
+    const bool byUid = word == "calendaruid";
+    if (byUid || word == "calendartitle") {
+      const OptionalText text = textOf(value);
+      const auto calendar = byUid ? store()->calendarWithUID(text.value_or("")) : getCalendarWithTitle(text);
       if (!calendar) { return failWith(kCalendarUidNotFound); }
       item->setCalendar(calendar);
-    } else if (name == "notes") {
-      item->setNotes(text);
-    } else if (name == "title") {
-      item->setTitle(text);
-    } else if (name == "url") {
-      item->setUrl(urlWithString(text));
+    } else if (const auto* setter = rowFor(kItemSetters, word)) {
+      setter->set(*item, value);
     } else {
-      failWith(kInvalidArgument);  // and yet 0: callers look at the code, not at the result
+      // The result stays 0; callers look at the code.
+      failWith(kInvalidArgument);
     }
     return 0;
   });
 }
 
 OptionalText iCalFunctions::getCalendarItemAttribute(const OptionalText& property, CalCalendarItem* item) {
-  const auto* row = rowFor(kAttributes, lowercase(property.value_or("")));
-  return row ? row->read(*item) : noText(kInvalidArgument);
+  const auto* getter = rowFor(kItemGetters, lowercase(property.value_or("")));
+  return getter != nullptr ? getter->read(*item) : noneWith(kInvalidArgument);
 }
 
 }  // namespace orlocal

@@ -1,21 +1,44 @@
 #include "backend/colors.h"
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
-#include "backend/legacy/attributes.h"
 #include "backend/legacy/current_item.h"
 #include "backend/legacy/ical_functions.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 
 namespace orlocal {
 namespace {
 
-constexpr Attribute<CalCalendar> kAttributes[] = {
+constexpr PropertyGetter<const CalCalendar&> kCalendarGetters[] = {
     {"title", [](const CalCalendar& calendar) { return calendar.title(); }},
     {"notes", [](const CalCalendar& calendar) { return calendar.notes(); }},
     {"type", [](const CalCalendar& calendar) { return calendar.type(); }},
     {"uid", [](const CalCalendar& calendar) { return calendar.uid(); }},
-    {"iseditable", [](const CalCalendar& calendar) { return OptionalText(booleanText(calendar.isEditable())); }},
+    {"iseditable", [](const CalCalendar& calendar) { return booleanText(calendar.isEditable()); }},
     {"color", [](const CalCalendar& calendar) { return colorText(calendar.color()); }},
+};
+
+std::int32_t setNotes(CalCalendar& calendar, const PropertyValue& value) {
+  calendar.setNotes(textOf(value));
+  return 0;
+}
+
+std::int32_t setTitle(CalCalendar& calendar, const PropertyValue& value) {
+  calendar.setTitle(textOf(value));
+  return 0;
+}
+
+std::int32_t setColor(CalCalendar& calendar, const PropertyValue& value) {
+  const auto color = colorFromNumbers(textOf(value));
+  if (!color) { return failWith(kInvalidParameterValue); }
+  calendar.setColor(*color);
+  return 0;
+}
+
+constexpr PropertySetter<CalCalendar, std::int32_t> kCalendarSetters[] = {
+    {"notes", setNotes},
+    {"title", setTitle},
+    {"color", setColor},
 };
 
 /// The first of `calendars` with that title. One without a title never matches, not even an absent title.
@@ -69,28 +92,17 @@ std::shared_ptr<CalCalendar> iCalFunctions::getCalendarWithTitle(const OptionalT
 std::int32_t iCalFunctions::setCalendarProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_calendar) { return failWith(kInvalidCallOrder); }
   if (!property) { return failWith(kMissingArgument); }
-  const std::string name = lowercase(*property);
-  if (name == "notes") {
-    m_calendar->setNotes(textOf(value));
-  } else if (name == "title") {
-    m_calendar->setTitle(textOf(value));
-  } else if (name == "color") {
-    const auto color = colorFromNumbers(textOf(value));
-    if (!color) { return failWith(kInvalidParameterValue); }
-    m_calendar->setColor(*color);
-  } else {
-    return failWith(kMissingArgument);
-  }
-  return 0;
+  const auto* setter = rowFor(kCalendarSetters, lowercase(*property));
+  return setter != nullptr ? setter->set(*m_calendar, value) : failWith(kMissingArgument);
 }
 
 OptionalText iCalFunctions::getCalendarAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   // Callers tell from this code, and not from the one for a wrong order of calls, that no calendar is open.
-  if (!m_calendar) { return noText(kCalendarArrayNotCreated); }
-  if (!property) { return noText(kMissingArgument); }
+  if (!m_calendar) { return noneWith(kCalendarArrayNotCreated); }
+  if (!property) { return noneWith(kMissingArgument); }
   return catchingExceptions(lastErrorString, OptionalText(kErrorText), [&]() -> OptionalText {
-    const auto* row = rowFor(kAttributes, lowercase(*property));
-    return row ? row->read(*m_calendar) : noText(kInvalidArgument);
+    const auto* getter = rowFor(kCalendarGetters, lowercase(*property));
+    return getter != nullptr ? getter->read(*m_calendar) : noneWith(kInvalidArgument);
   });
 }
 

@@ -1,14 +1,14 @@
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
-#include "backend/legacy/attributes.h"
 #include "backend/legacy/current_item.h"
 #include "backend/legacy/ical_functions.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 
 namespace orlocal {
 namespace {
 
-constexpr Attribute<CalEvent> kAttributes[] = {
+constexpr PropertyGetter<const CalEvent&> kEventGetters[] = {
     {"startdate", [](const CalEvent& event) { return dateText(event.startDate()); }},
     {"enddate", [](const CalEvent& event) { return dateText(event.endDate()); }},
     {"occurrence",
@@ -19,11 +19,18 @@ constexpr Attribute<CalEvent> kAttributes[] = {
        const auto attendees = event.attendees();
        return OptionalText(std::to_string(attendees ? attendees->size() : 0));
      }},
-    {"isallday", [](const CalEvent& event) { return OptionalText(booleanText(event.isAllDay())); }},
-    {"isdetached", [](const CalEvent& event) { return OptionalText(booleanText(event.isDetached())); }},
-    {"isrecurring", [](const CalEvent& event) { return OptionalText(booleanText(event.recurrenceRule() != nullptr)); }},
+    {"isallday", [](const CalEvent& event) { return booleanText(event.isAllDay()); }},
+    {"isdetached", [](const CalEvent& event) { return booleanText(event.isDetached()); }},
+    {"isrecurring", [](const CalEvent& event) { return booleanText(event.recurrenceRule() != nullptr); }},
     {"location", [](const CalEvent& event) { return event.location(); }},
-    {"hasattendees", [](const CalEvent& event) { return OptionalText(booleanText(event.attendees().has_value())); }},
+    {"hasattendees", [](const CalEvent& event) { return booleanText(event.attendees().has_value()); }},
+};
+
+constexpr PropertySetter<CalEvent> kEventSetters[] = {
+    {"startdate", [](CalEvent& event, const PropertyValue& value) { event.setStartDate(dateOf(value)); }},
+    {"enddate", [](CalEvent& event, const PropertyValue& value) { event.setEndDate(dateOf(value)); }},
+    {"isallday", [](CalEvent& event, const PropertyValue& value) { event.setIsAllDay(isTrueText(textOf(value))); }},
+    {"location", [](CalEvent& event, const PropertyValue& value) { event.setLocation(textOf(value)); }},
 };
 
 }  // namespace
@@ -65,27 +72,22 @@ std::int32_t iCalFunctions::openEventAt(std::int32_t index) {
 std::int32_t iCalFunctions::setEventProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_event) { return failWith(kInvalidCallOrder); }
   if (!property) { return failWith(kMissingArgument); }
-  const std::string name = lowercase(*property);
-  if (name == "enddate") {
-    m_event->setEndDate(dateOf(value));
-  } else if (name == "isallday") {
-    m_event->setIsAllDay(isTrueText(textOf(value)));
-  } else if (name == "location") {
-    m_event->setLocation(textOf(value));
-  } else if (name == "startdate") {
-    m_event->setStartDate(dateOf(value));
+  const auto word = lowercase(*property);
+  if (const auto* setter = rowFor(kEventSetters, word)) {
+    setter->set(*m_event, value);
   } else {
-    setCalendarItemProp(name, value, m_event.get());  // callers look at the code, not at the result
+    // Whatever it reports, the result is 0; its code stays.
+    setCalendarItemProp(word, value, m_event.get());
   }
   return 0;
 }
 
 OptionalText iCalFunctions::getEventAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_event) { return noText(kInvalidCallOrder); }
-  if (!property) { return noText(kMissingArgument); }
-  const std::string name = lowercase(*property);
-  if (const auto* own = rowFor(kAttributes, name)) { return own->read(*m_event); }
-  return getCalendarItemAttribute(name, m_event.get());
+  if (!m_event) { return noneWith(kInvalidCallOrder); }
+  if (!property) { return noneWith(kMissingArgument); }
+  const auto word = lowercase(*property);
+  if (const auto* getter = rowFor(kEventGetters, word)) { return getter->read(*m_event); }
+  return getCalendarItemAttribute(word, m_event.get());
 }
 
 }  // namespace orlocal

@@ -1,56 +1,75 @@
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
-#include "backend/legacy/attributes.h"
 #include "backend/legacy/ical_functions.h"
 #include "backend/legacy/recurrence_choice.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 #include "platform/platform.h"
 
 namespace orlocal {
 namespace {
 
-/// The text of one property of a rule. Null `rule`: the event does not repeat, and numbers read as 0, texts as "".
-struct RuleAttribute {
-  std::string_view word;
-  std::string (*read)(const CalRecurrenceRule* rule);
-};
+OptionalText firstDayOfTheWeek(const CalRecurrenceRule* rule) {
+  return std::to_string(rule != nullptr ? rule->firstDayOfTheWeek() : 0);
+}
 
-std::string nthWeekDaysText(const CalRecurrenceRule& rule) {
+OptionalText hasEnd(const CalRecurrenceRule* rule) { return booleanText(rule != nullptr && rule->recurrenceEnd()); }
+
+OptionalText recurrenceType(const CalRecurrenceRule* rule) {
+  return rule != nullptr ? recurrenceTypeWord(rule->recurrenceType()) : "";
+}
+
+OptionalText recurrenceInterval(const CalRecurrenceRule* rule) {
+  return std::to_string(rule != nullptr ? rule->recurrenceInterval() : 0);
+}
+
+OptionalText daysOfTheWeek(const CalRecurrenceRule* rule) {
+  return rule != nullptr ? listText(rule->daysOfTheWeek()) : "";
+}
+
+OptionalText daysOfTheMonth(const CalRecurrenceRule* rule) {
+  return rule != nullptr ? listText(rule->daysOfTheMonth()) : "";
+}
+
+OptionalText monthsOfTheYear(const CalRecurrenceRule* rule) {
+  return rule != nullptr ? listText(rule->monthsOfTheYear()) : "";
+}
+
+OptionalText nthWeekdaysOfTheMonth(const CalRecurrenceRule* rule) {
+  if (rule == nullptr) { return ""; }
   std::vector<std::string> items;
-  for (const auto& day : rule.nthWeekDaysOfTheMonth()) {
+  for (const auto& day : rule->nthWeekDaysOfTheMonth()) {
     items.push_back(pairText(day->weekNumber(), day->dayOfTheWeek()));
   }
   return listText(items);
 }
 
-constexpr RuleAttribute kAttributes[] = {
-    {"firstdayoftheweek",
-     [](const CalRecurrenceRule* rule) { return std::to_string(rule ? rule->firstDayOfTheWeek() : 0); }},
-    {"hasend", [](const CalRecurrenceRule* rule) { return booleanText(rule && rule->recurrenceEnd()); }},
-    {"recurrencetype",
-     [](const CalRecurrenceRule* rule) { return rule ? recurrenceTypeWord(rule->recurrenceType()) : std::string(); }},
-    {"recurrenceinterval",
-     [](const CalRecurrenceRule* rule) { return std::to_string(rule ? rule->recurrenceInterval() : 0); }},
-    {"daysoftheweek",
-     [](const CalRecurrenceRule* rule) { return rule ? listText(rule->daysOfTheWeek()) : std::string(); }},
-    {"daysofthemonth",
-     [](const CalRecurrenceRule* rule) { return rule ? listText(rule->daysOfTheMonth()) : std::string(); }},
-    {"monthsoftheyear",
-     [](const CalRecurrenceRule* rule) { return rule ? listText(rule->monthsOfTheYear()) : std::string(); }},
-    {"nthweekdaysofthemonth",
-     [](const CalRecurrenceRule* rule) { return rule ? nthWeekDaysText(*rule) : std::string(); }},
+/// The rule is null for an event that has none; numbers then read as 0, texts as "".
+constexpr PropertyGetter<const CalRecurrenceRule*> kRuleGetters[] = {
+    {"firstdayoftheweek", firstDayOfTheWeek},
+    {"hasend", hasEnd},
+    {"recurrencetype", recurrenceType},
+    {"recurrenceinterval", recurrenceInterval},
+    {"daysoftheweek", daysOfTheWeek},
+    {"daysofthemonth", daysOfTheMonth},
+    {"nthweekdaysofthemonth", nthWeekdaysOfTheMonth},
+    {"monthsoftheyear", monthsOfTheYear},
 };
 
-/// None with the code set when `property` is absent or unknown.
-OptionalText endText(const CalRecurrenceEnd* end, const OptionalText& property) {
+constexpr PropertyGetter<const CalRecurrenceEnd&> kEndGetters[] = {
+    {"usesenddate", [](const CalRecurrenceEnd& end) { return booleanText(end.usesEndDate()); }},
+    {"occurrencecount",
+     [](const CalRecurrenceEnd& end) { return OptionalText(std::to_string(end.occurrenceCount())); }},
+    {"enddate", [](const CalRecurrenceEnd& end) { return dateText(end.endDate()); }},
+};
+
+OptionalText endAttribute(const CalRecurrenceRule* rule, const OptionalText& property) {
+  const auto end = rule != nullptr ? rule->recurrenceEnd() : nullptr;
   if (!end) { return "never"; }
-  if (!property) { return noText(kMissingArgument); }
-  const std::string name = lowercase(*property);
-  if (name == "usesenddate") { return booleanText(end->usesEndDate()); }
-  if (name == "occurrencecount") { return std::to_string(end->occurrenceCount()); }
-  if (name == "enddate") { return dateText(end->endDate()); }
-  return noText(kInvalidArgument);
+  if (!property) { return noneWith(kMissingArgument); }
+  const auto* getter = rowFor(kEndGetters, lowercase(*property));
+  return getter != nullptr ? getter->read(*end) : noneWith(kInvalidArgument);
 }
 
 }  // namespace
@@ -91,17 +110,15 @@ std::int32_t iCalFunctions::removeRecurrence() {
 
 OptionalText iCalFunctions::getEventRecurrenceRuleAttribute(const OptionalText& property,
                                                             const OptionalText& recurrenceEnd) {
-  if (!m_event) { return noText(kInvalidCallOrder); }
-  if (!property) { return noText(kMissingArgument); }
+  if (!m_event) { return noneWith(kInvalidCallOrder); }
+  if (!property) { return noneWith(kMissingArgument); }
   // A rule once read stays the current one while the event is open, even when the event gets another.
   if (!m_recurrencerule) { m_recurrencerule = m_event->recurrenceRule(); }
-  const std::string name = lowercase(*property);
-  if (name == "recurrenceend") {
-    return endText(m_recurrencerule ? m_recurrencerule->recurrenceEnd().get() : nullptr, recurrenceEnd);
-  }
-  const auto* row = rowFor(kAttributes, name);
+  const auto word = lowercase(*property);
+  if (word == "recurrenceend") { return endAttribute(m_recurrencerule.get(), recurrenceEnd); }
+  const auto* getter = rowFor(kRuleGetters, word);
   // No code for an unknown property: callers see an empty one.
-  return row ? OptionalText(row->read(m_recurrencerule.get())) : std::nullopt;
+  return getter != nullptr ? getter->read(m_recurrencerule.get()) : std::nullopt;
 }
 
 }  // namespace orlocal

@@ -1,9 +1,9 @@
 #include "backend/error_codes.h"
 #include "backend/keyword_table.h"
 #include "backend/keywords.h"
-#include "backend/legacy/attributes.h"
 #include "backend/legacy/current_item.h"
 #include "backend/legacy/ical_functions.h"
+#include "backend/property_tables.h"
 #include "backend/value_texts.h"
 
 namespace orlocal {
@@ -17,11 +17,27 @@ OptionalText priorityWord(int priority) {
   return std::nullopt;
 }
 
-constexpr Attribute<CalTask> kAttributes[] = {
+constexpr PropertyGetter<const CalTask&> kTaskGetters[] = {
     {"duedate", [](const CalTask& task) { return dateText(task.dueDate()); }},
     {"completeddate", [](const CalTask& task) { return dateText(task.completedDate()); }},
-    {"iscompleted", [](const CalTask& task) { return OptionalText(booleanText(task.isCompleted())); }},
+    {"iscompleted", [](const CalTask& task) { return booleanText(task.isCompleted()); }},
     {"priority", [](const CalTask& task) { return priorityWord(task.priority()); }},
+};
+
+void setPriority(CalTask& task, const PropertyValue& value) {
+  if (const auto priority = priorityNamed(textOf(value))) {
+    task.setPriority(*priority);
+  } else {
+    // The result stays 0; callers look at the code.
+    failWith(kMissingArgument);
+  }
+}
+
+constexpr PropertySetter<CalTask> kTaskSetters[] = {
+    {"completeddate", [](CalTask& task, const PropertyValue& value) { task.setCompletedDate(dateOf(value)); }},
+    {"duedate", [](CalTask& task, const PropertyValue& value) { task.setDueDate(dateOf(value)); }},
+    {"iscompleted", [](CalTask& task, const PropertyValue& value) { task.setIsCompleted(isTrueText(textOf(value))); }},
+    {"priority", setPriority},
 };
 
 }  // namespace
@@ -96,32 +112,22 @@ std::int32_t iCalFunctions::openTaskAt(std::int32_t index) {
 std::int32_t iCalFunctions::setTaskProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_task) { return failWith(kInvalidCallOrder); }
   if (!property) { return failWith(kMissingArgument); }
-  const std::string name = lowercase(*property);
-  if (name == "completeddate") {
-    m_task->setCompletedDate(dateOf(value));
-  } else if (name == "duedate") {
-    m_task->setDueDate(dateOf(value));
-  } else if (name == "iscompleted") {
-    m_task->setIsCompleted(isTrueText(textOf(value)));
-  } else if (name == "priority") {
-    const auto priority = priorityNamed(textOf(value));
-    if (priority) {
-      m_task->setPriority(*priority);
-    } else {
-      failWith(kMissingArgument);  // callers look at the code, not at the result
-    }
+  const auto word = lowercase(*property);
+  if (const auto* setter = rowFor(kTaskSetters, word)) {
+    setter->set(*m_task, value);
   } else {
-    setCalendarItemProp(name, value, m_task.get());
+    // Whatever it reports, the result is 0; its code stays.
+    setCalendarItemProp(word, value, m_task.get());
   }
   return 0;
 }
 
 OptionalText iCalFunctions::getTaskAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
-  if (!m_task) { return noText(kInvalidCallOrder); }
-  if (!property) { return noText(kMissingArgument); }
-  const std::string name = lowercase(*property);
-  if (const auto* own = rowFor(kAttributes, name)) { return own->read(*m_task); }
-  return getCalendarItemAttribute(name, m_task.get());
+  if (!m_task) { return noneWith(kInvalidCallOrder); }
+  if (!property) { return noneWith(kMissingArgument); }
+  const auto word = lowercase(*property);
+  if (const auto* getter = rowFor(kTaskGetters, word)) { return getter->read(*m_task); }
+  return getCalendarItemAttribute(word, m_task.get());
 }
 
 }  // namespace orlocal

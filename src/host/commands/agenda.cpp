@@ -113,8 +113,8 @@ Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer
     ORLOCAL_TRY(const auto found, store.reminders({store::ReminderQuery::Status::kOpen, from, to, std::move(wanted)}));
     ORLOCAL_CHECK(readRows(store, found, [&](std::size_t, std::shared_ptr<const store::Item> item) {
       const auto* calendar = calendarOf(calendars, item->calendar);
-      if (calendar == nullptr || !item->end) { return; }
-      const Moment due = store::momentOf(*item->end, viewer);
+      if (calendar == nullptr || !item->due) { return; }
+      const Moment due = store::momentOf(*item->due, viewer);
       agenda.reminders.push_back({due, std::move(item), *calendar});
     }));
   }
@@ -133,7 +133,7 @@ std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
   }
   for (const Agenda::Reminder& reminder : agenda.reminders) {
     const LocalTime due = viewer.toLocal(reminder.due);
-    const bool wholeDay = reminder.item->end->kind == store::CalendarTime::Kind::kDate;
+    const bool wholeDay = reminder.item->due->kind == store::CalendarTime::Kind::kDate;
     AgendaLine line = lineFor(*reminder.item, reminder.calendar);
     line.title = "☐ " + line.title;
     line.time = wholeDay ? "due" : "due " + clockTime(due);

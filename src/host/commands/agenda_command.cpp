@@ -51,7 +51,7 @@ nlohmann::json asJson(const Agenda::Event& event, const store::Zone& viewer) {
 }
 
 nlohmann::json asJson(const Agenda::Reminder& reminder, const store::Zone& viewer) {
-  const bool wholeDay = reminder.item->end->kind == store::CalendarTime::Kind::kDate;
+  const bool wholeDay = reminder.item->due->kind == store::CalendarTime::Kind::kDate;
   return {{"title", jsonText(reminder.item->title)},
           {"list", reminder.calendar.title},
           {"identifier", reminder.item->itemIdentifier},

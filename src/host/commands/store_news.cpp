@@ -50,9 +50,9 @@ std::string timeText(store::LocalTime time) { return isoDay(store::LocalDay(time
 std::string whenOf(const News& news, const store::Zone& viewer) {
   if (!news.item) { return ""; }
   if (news.item->kind == store::ItemKind::kReminder) {
-    if (!news.item->end) { return ""; }
-    const store::LocalTime due = viewer.toLocal(store::momentOf(*news.item->end, viewer));
-    return "due " + (wholeDay(*news.item->end) ? isoDay(store::LocalDay(due)) : timeText(due));
+    if (!news.item->due) { return ""; }
+    const store::LocalTime due = viewer.toLocal(store::momentOf(*news.item->due, viewer));
+    return "due " + (wholeDay(*news.item->due) ? isoDay(store::LocalDay(due)) : timeText(due));
   }
   if (!news.occurrence) { return ""; }
   const auto first = firstDayOf(*news.occurrence, viewer);
@@ -68,9 +68,9 @@ void addTimes(nlohmann::json& json, const News& news, const store::Zone& viewer)
   if (!news.item) { return; }
   if (news.item->kind == store::ItemKind::kReminder) {
     json["completed"] = news.item->completed.has_value();
-    if (!news.item->end) { return; }
-    const auto due = store::momentOf(*news.item->end, viewer);
-    json["due"] = wholeDay(*news.item->end) ? isoDay(store::LocalDay(viewer.toLocal(due))) : isoMoment(due, viewer);
+    if (!news.item->due) { return; }
+    const auto due = store::momentOf(*news.item->due, viewer);
+    json["due"] = wholeDay(*news.item->due) ? isoDay(store::LocalDay(viewer.toLocal(due))) : isoMoment(due, viewer);
     return;
   }
   json["repeats"] = !news.item->recurrence.empty();

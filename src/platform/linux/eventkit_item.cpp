@@ -13,9 +13,10 @@ namespace {
 std::chrono::seconds referenceAfterAnchor(const store::Item& item, const store::Alarm& alarm,
                                           const store::Zone& viewer) {
   const auto* relative = std::get_if<store::Alarm::Relative>(&alarm.trigger);
-  if (relative == nullptr || !item.start || !item.end) { return {}; }
-  const auto length = std::chrono::floor<std::chrono::seconds>(store::momentOf(*item.end, viewer) -
-                                                               store::momentOf(*item.start, viewer));
+  const auto& last = item.endOrDue();
+  if (relative == nullptr || !item.start || !last) { return {}; }
+  const auto length =
+      std::chrono::floor<std::chrono::seconds>(store::momentOf(*last, viewer) - store::momentOf(*item.start, viewer));
   if (item.kind == store::ItemKind::kEvent) { return relative->fromEnd ? length : std::chrono::seconds(0); }
   return relative->fromEnd ? std::chrono::seconds(0) : -length;
 }

@@ -43,12 +43,12 @@ std::optional<CalendarTime> timeOf(const DateComponents& parts) {
 }  // namespace
 
 std::optional<DateComponents> ReminderObject::dueDateComponents() const {
-  const auto& due = shown().end;
+  const auto& due = shown().due;
   return due ? std::optional(componentsOf(*due)) : std::nullopt;
 }
 
 void ReminderObject::setDueDateComponents(std::optional<DateComponents> parts) {
-  edit(store::ItemField::kEnd).end = parts ? timeOf(*parts) : std::nullopt;
+  edit(store::ItemField::kDue).due = parts ? timeOf(*parts) : std::nullopt;
 }
 
 void ReminderObject::setCompleted(bool completed) {

@@ -11,6 +11,7 @@ void applyTimes(const ItemEdit& edit, Item& item, const std::optional<Occurrence
   if (!edit.times) {
     if (edit.set.has(ItemField::kStart)) { item.start = edit.values.start; }
     if (edit.set.has(ItemField::kEnd)) { item.end = edit.values.end; }
+    if (edit.set.has(ItemField::kDue)) { item.due = edit.values.due; }
     return;
   }
   const ShownTimes before = shownTimes(item, at, viewer);

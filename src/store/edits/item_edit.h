@@ -19,7 +19,8 @@ enum class ItemField : std::uint8_t {
   kLocation,
   kUrl,
   kStart,
-  kEnd,     ///< of a reminder: due
+  kEnd,
+  kDue,
   kAllDay,  ///< with `ItemEdit::times` only
   kPriority,
   kCompleted,

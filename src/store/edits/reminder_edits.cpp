@@ -17,12 +17,9 @@ bool isSameReminder(const Item& row, const Item& opened) {
   return row.kind == ItemKind::kReminder && row.itemIdentifier == opened.itemIdentifier;
 }
 
-/// What a repeating reminder repeats from.
-std::optional<CalendarTime> anchorOf(const Item& reminder) { return reminder.start ? reminder.start : reminder.end; }
-
 /// Whether `stored` is what somebody left who completed the reminder that was `opened`: the same series, later.
 Result<bool> hasMovedOn(const Item& opened, const Item& stored, const Zone& viewer) {
-  const auto from = anchorOf(opened), to = anchorOf(stored);
+  const auto from = opened.anchor(), to = stored.anchor();
   if (opened.recurrence.empty() || stored.recurrence.empty() || !from || !to) { return false; }
   const Moment now = momentOf(*to, viewer);
   if (now <= momentOf(*from, viewer)) { return false; }
@@ -46,7 +43,7 @@ Result<Item> ReminderEdits::save(const ItemEdit& edit) {
 
 Status ReminderEdits::check(const Item& edited) {
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, edited.calendar, ItemKind::kReminder));
-  if (!edited.recurrence.empty() && !anchorOf(edited)) {
+  if (!edited.recurrence.empty() && !edited.anchor()) {
     return failure(ErrorCode::kInvalid, "A reminder that repeats needs a due date.");
   }
   return {};
@@ -106,7 +103,7 @@ Status ReminderEdits::moveOn(Item& edited) {
   ORLOCAL_TRY(const auto rows, m_core.rows.changedOf(edited.id));
   for (const ItemRows::Changed& row : rows) { changed.push_back(row.recurrenceId); }
   ORLOCAL_TRY(const Series series, Series::compile(edited, viewer, changed));
-  const CalendarTime from = edited.start ? *edited.start : *edited.end;
+  const CalendarTime from = *edited.anchor();
   const Moment current = momentOf(from, viewer);
   std::optional<Series::Instance> next;
   ExpansionBudget budget;
@@ -130,7 +127,7 @@ Status ReminderEdits::moveOn(Item& edited) {
   }
   const auto forward = next->local - from.local;
   if (edited.start) { edited.start->local += forward; }
-  if (edited.end) { edited.end->local += forward; }
+  if (edited.due) { edited.due->local += forward; }
   edited.completed.reset();
   for (std::size_t i = 0; i < edited.recurrence.rules.size(); ++i) {
     auto& count = edited.recurrence.rules[i].count;

@@ -76,7 +76,8 @@ class ItemText {
     text("SUMMARY", m_item.title);
     if (m_item.start) { time("DTSTART", *m_item.start); }
     // The end of an event without length is its start, which DTEND may not be.
-    if (m_item.end && !(event && m_item.end == m_item.start)) { time(event ? "DTEND" : "DUE", *m_item.end); }
+    if (event && m_item.end && m_item.end != m_item.start) { time("DTEND", *m_item.end); }
+    if (!event && m_item.due) { time("DUE", *m_item.due); }
     for (const RecurrenceRule& rule : m_item.recurrence.rules) { line("RRULE:" + ruleText(rule)); }
     times("RDATE", m_item.recurrence.added);
     times("EXDATE", m_item.recurrence.excluded);
@@ -213,7 +214,7 @@ void collectZones(std::map<std::string, int>& zones, const Item& item) {
     const auto [found, isNew] = zones.emplace(time.zone, year);
     if (!isNew) { found->second = std::min(found->second, year); }
   };
-  for (const auto* time : {&item.start, &item.end, &item.recurrenceId}) {
+  for (const auto* time : {&item.start, &item.end, &item.due, &item.recurrenceId}) {
     if (*time) { add(**time); }
   }
   for (const auto* list : {&item.recurrence.added, &item.recurrence.excluded}) {

@@ -139,7 +139,7 @@ void ItemDraft::end(const ContentLine& line) {
   }
   m_endLine = line.line;
   if (line.value.empty()) { return warn(line.line, fmt::format("{} is empty and was passed over", line.name)); }
-  moment(m_item.end, line);
+  moment(m_item.endOrDue(), line);
 }
 
 void ItemDraft::duration(const ContentLine& line) {

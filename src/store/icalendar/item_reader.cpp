@@ -183,7 +183,7 @@ std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
 
 bool ItemDraft::settleEnd() {
   auto& start = m_item.start;
-  auto& end = m_item.end;
+  auto& end = m_item.endOrDue();
   const bool event = m_item.kind == ItemKind::kEvent;
   if (!end && m_duration && start) { end = after(*start, *m_duration); }
   if (!event || !start) { return true; }
@@ -215,7 +215,7 @@ bool ItemDraft::settleEnd() {
 void ItemDraft::settleCompletion() {
   if (m_isDone && !m_item.completed) {
     // Done at an unknown moment: the best guess that is the same at the next import.
-    const auto due = m_item.end ? std::optional(momentOf(*m_item.end, Zone())) : std::nullopt;
+    const auto due = m_item.due ? std::optional(momentOf(*m_item.due, Zone())) : std::nullopt;
     m_item.completed = m_item.modified ? m_item.modified : due ? due : m_stamp ? m_stamp : Moment{};
   }
   if (m_isFull) { m_percent = "PERCENT-COMPLETE:100"; }
@@ -256,8 +256,9 @@ std::shared_ptr<const Series> ItemDraft::compile() {
 }
 
 bool ItemDraft::addPeriods(ReadItem& made) {
+  const auto& last = m_item.endOrDue();
   const auto length =
-      m_item.start && m_item.end ? momentOf(*m_item.end, Zone()) - momentOf(*m_item.start, Zone()) : Moment::duration{};
+      m_item.start && last ? momentOf(*last, Zone()) - momentOf(*m_item.start, Zone()) : Moment::duration{};
   // Each is a whole item, with all of the texts.
   const std::size_t each = m_item.uid.size() + m_item.title.value_or("").size() + m_item.notes.value_or("").size() +
                            m_item.location.value_or("").size() + m_item.url.value_or("").size() + m_item.extra.size() +
@@ -277,7 +278,7 @@ bool ItemDraft::addPeriods(ReadItem& made) {
     Item& changed = made.periods.emplace_back(one);
     changed.recurrenceId = begin;
     changed.start = begin;
-    changed.end = end;
+    changed.endOrDue() = end;
   }
   return true;
 }

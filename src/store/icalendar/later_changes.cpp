@@ -59,7 +59,7 @@ bool cut(std::vector<Part>& parts, LaterChange& change) {
   if (!halves) { return false; }
   Part later{whole, std::nullopt, {}};
   later.series.start = series->recurrenceId(original);
-  if (whole.end) { later.series.end->local += later.series.start->local - whole.start->local; }
+  if (whole.endOrDue()) { later.series.endOrDue()->local += later.series.start->local - whole.start->local; }
   later.series.recurrence = std::move(halves->right);
   whole.recurrence = std::move(halves->left);
   later.change = std::move(change);

@@ -174,9 +174,9 @@ struct Item {
 
   std::optional<std::string> title, notes, location, url;
   std::optional<CalendarTime> start;
-  /// Events: exclusive end, of the start's kind; for whole days the day after the last one.
-  /// Reminders: due.
+  /// Of an event: exclusive, of the start's kind; for whole days the day after the last one.
   std::optional<CalendarTime> end;
+  std::optional<CalendarTime> due;  ///< of a reminder
   std::optional<Moment> created, modified;
   /// When the file that it came from was written or the item last revised (RFC 5545, 3.8.7.2). Kept where the file does
   /// not tell both of the above, and stands in for them.
@@ -191,6 +191,11 @@ struct Item {
   /// components within it. A line "@NAME;PARAM=value…" has the further parameters of a property that a field holds.
   std::string extra;
 
+  /// For what treats an event's end and a reminder's due alike.
+  const std::optional<CalendarTime>& endOrDue() const { return kind == ItemKind::kEvent ? end : due; }
+  std::optional<CalendarTime>& endOrDue() { return kind == ItemKind::kEvent ? end : due; }
+  /// What the occurrences of a series count from: the start or, for a reminder without one, its due.
+  const std::optional<CalendarTime>& anchor() const { return start ? start : due; }
   bool allDay() const { return start && start->kind == CalendarTime::Kind::kDate; }
   friend bool operator==(const Item&, const Item&) = default;
 };

@@ -207,7 +207,7 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
                                ExpansionBudget* given) {
   auto data = std::make_unique<Data>();
   data->name = described(item);
-  const std::optional<CalendarTime>& start = item.start ? item.start : item.end;
+  const std::optional<CalendarTime>& start = item.anchor();
   if (!start) { return failure(ErrorCode::kInvalid, data->name + " has no start"); }
   data->start = *start;
   data->first = localSeconds(start->local);
@@ -223,11 +223,11 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
   }
   if (data->allDay()) { data->first = data->dateOf(*start); }
   data->firstMoment = data->momentAt(data->first);
-  if (item.start && item.end) {
+  if (const auto& end = item.endOrDue(); item.start && end) {
     if (data->allDay()) {
-      data->dayCount = std::max<std::int64_t>(0, dayOf(localSeconds(item.end->local)) - dayOf(data->first));
+      data->dayCount = std::max<std::int64_t>(0, dayOf(localSeconds(end->local)) - dayOf(data->first));
     } else {
-      data->length = std::max(microseconds(0), momentOf(*item.end, data->zone) - data->firstMoment);
+      data->length = std::max(microseconds(0), momentOf(*end, data->zone) - data->firstMoment);
     }
   } else if (data->allDay()) {
     data->dayCount = 1;

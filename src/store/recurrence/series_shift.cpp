@@ -168,7 +168,7 @@ Result<RecurrenceHalves> halvesOf(const Item& item, const Series& series, Moment
   keepTimesIf(halves.left.excluded, series, Moment::min(), original);
   keepTimesIf(halves.right.added, series, original + std::chrono::microseconds(1), Moment::max());
   keepTimesIf(halves.right.excluded, series, original, Moment::max());
-  const std::optional<CalendarTime>& start = item.start ? item.start : item.end;
+  const std::optional<CalendarTime>& start = item.anchor();
   for (ExceptionRule& exception : halves.right.exceptionRules) {
     if (!exception.start) { exception.start = start->local; }
   }

@@ -56,7 +56,7 @@ bool hasTextsInUtf8(const Item& item) {
     if (!isText(*text)) { return false; }
   }
   if (!isUtf8(item.uid) || !isUtf8(item.extra)) { return false; }
-  if (!isClock(item.start) || !isClock(item.end) || !isClock(item.recurrenceId)) { return false; }
+  if (!isClock(item.start) || !isClock(item.endOrDue()) || !isClock(item.recurrenceId)) { return false; }
   for (const auto* times : {&item.recurrence.added, &item.recurrence.excluded}) {
     if (!std::all_of(times->begin(), times->end(), isClock)) { return false; }
   }
@@ -87,7 +87,7 @@ bool isSound(const Item& item) {
   if (item.kind == ItemKind::kEvent && !item.start) { return false; }
   // A changed occurrence without the start it had stands nowhere.
   if (item.series && !item.recurrenceId) { return false; }
-  return isKeptOrNone(item.start) && isKeptOrNone(item.end) && isKeptOrNone(item.recurrenceId) &&
+  return isKeptOrNone(item.start) && isKeptOrNone(item.endOrDue()) && isKeptOrNone(item.recurrenceId) &&
          isKeptOrNone(item.created) && isKeptOrNone(item.modified) && isKeptOrNone(item.stamped) &&
          isKeptOrNone(item.completed) && item.sequence >= -kHighestNumber && item.sequence <= kHighestNumber &&
          isSound(item.recurrence) &&

@@ -142,7 +142,7 @@ Result<Item> ItemValues::read(const Statement& statement, const Database& databa
   item.series = row.optionalId(kSeries);
   item.identifier = row.isNull(kSeriesUuid) ? item.itemIdentifier : row.uuid(kSeriesUuid).text();
   item.start = row.optionalTime(kStart);
-  item.end = row.optionalTime(kEnd, row.isNull(kStartClock) ? std::string_view() : row.text(kStartClock));
+  item.endOrDue() = row.optionalTime(kEnd, row.isNull(kStartClock) ? std::string_view() : row.text(kStartClock));
   item.recurrenceId = row.optionalTime(kRecurrenceId);
   item.uid = row.text(kUid);
   item.priority = static_cast<int>(row.number(kPriority, INT_MIN, INT_MAX));
@@ -172,7 +172,7 @@ Result<Item> ItemValues::readForExpansion(const Statement& statement, const Data
   item.id = row.id(0);
   item.kind = row.oneOf(1, ItemKind::kReminder);
   item.start = row.optionalTime(2);
-  item.end = row.optionalTime(4, row.isNull(3) ? std::string_view() : row.text(3));
+  item.endOrDue() = row.optionalTime(4, row.isNull(3) ? std::string_view() : row.text(3));
   item.title = row.optionalText(7);
   item.uid = row.text(8);
   hasChanged = row.flag(9);
@@ -187,7 +187,7 @@ void ItemValues::bind(RowValues& values, const Item& item, const RowPlace& place
   bindOptional(values, 3, item.series);
   values.bind(4, place.shelf).bind(5, place.shelfStart);
   bindTime(values, 6, item.start);
-  bindTime(values, 8, item.end, item.start);
+  bindTime(values, 8, item.endOrDue(), item.start);
   PackedBytes packed;
   if (!(item.recurrence == Recurrence())) {
     packRecurrence(item.recurrence, packed);

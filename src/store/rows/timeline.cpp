@@ -100,21 +100,21 @@ void placeReminder(TimelineEntry& entry, const Item& item) {
   if (item.completed) {
     entry.shelf = kCompletedShelf;
     entry.start = std::chrono::floor<std::chrono::seconds>(*item.completed).time_since_epoch().count();
-    entry.hasDue = item.end.has_value();
-    if (item.end) {
-      entry.end = Timeline::keyOf(*item.end);
-      entry.dueIsWall = Timeline::isWall(*item.end);
+    entry.hasDue = item.due.has_value();
+    if (item.due) {
+      entry.end = Timeline::keyOf(*item.due);
+      entry.dueIsWall = Timeline::isWall(*item.due);
     }
     return;
   }
-  if (!item.end) {
+  if (!item.due) {
     entry.shelf = kOpenWithoutDue;
     return;
   }
   entry.hasDue = true;
-  entry.wall = Timeline::isWall(*item.end);
+  entry.wall = Timeline::isWall(*item.due);
   entry.shelf = entry.wall ? kOpenWall : kOpenTimed;
-  entry.start = entry.end = Timeline::keyOf(*item.end);
+  entry.start = entry.end = Timeline::keyOf(*item.due);
 }
 
 /// Rows kept back at most: some megabytes.

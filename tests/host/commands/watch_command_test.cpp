@@ -107,7 +107,7 @@ TEST_F(WatchTest, ShowsRemindersCalendarsAndReminderLists) {
   reminder.kind = store::ItemKind::kReminder;
   reminder.calendar = store->defaultCalendar(store::CalendarKind::kReminders).value()->id;
   reminder.title = "Tax return";
-  reminder.end = {store::CalendarTime::Kind::kDate, store::LocalTime(2026, 11, 30), ""};
+  reminder.due = {store::CalendarTime::Kind::kDate, store::LocalTime(2026, 11, 30), ""};
   reminder = saved(reminder);
   store::Calendar calendar;
   calendar.title = "Work";

@@ -230,9 +230,9 @@ TEST_F(CalendarStoreDetails, ADueDateIsAMomentInTheDefaultZone) {
   task->setDueDate(moment("2026-11-05 17:00:00 +0100"));
   ASSERT_TRUE(cal()->saveTask(task, error)) << error->localizedDescription;
   const auto row = otherStore()->itemWithIdentifier(*task->uid()).value();
-  ASSERT_TRUE(row && row->end);
-  EXPECT_EQ(row->end->kind, store::CalendarTime::Kind::kZoned);
-  EXPECT_EQ(row->end->zone, "Europe/Berlin");
+  ASSERT_TRUE(row && row->due);
+  EXPECT_EQ(row->due->kind, store::CalendarTime::Kind::kZoned);
+  EXPECT_EQ(row->due->zone, "Europe/Berlin");
 }
 
 }  // namespace

@@ -90,7 +90,7 @@ TEST_F(EventKitDetails, AnAlarmCountsFromTheStartEvenWhenItIsKeptFromTheEnd) {
 TEST_F(EventKitDetails, AnAlarmOfAReminderCountsFromTheDueMoment) {
   store::Item item = reminder("Report");
   item.start = zoned(store::LocalTime(2026, 11, 3, 8));
-  item.end = zoned(store::LocalTime(2026, 11, 3, 9));
+  item.due = zoned(store::LocalTime(2026, 11, 3, 9));
   store::Alarm atStart;
   atStart.trigger = store::Alarm::Relative{std::chrono::seconds(0), false};
   EXPECT_EQ(openedReminder(withAlarm(std::move(item), atStart))->alarms().front()->relativeOffset(), -3600);
@@ -274,7 +274,7 @@ TEST_F(EventKitDetails, AReminderWithoutADueDateHasNoParts) {
 
 TEST_F(EventKitDetails, ADueDateHasNoTime) {
   store::Item item = reminder("on the day");
-  item.end = wholeDay(2026, 11, 3);
+  item.due = wholeDay(2026, 11, 3);
   const auto due = openedReminder(std::move(item))->dueDateComponents();
   ASSERT_TRUE(due);
   EXPECT_EQ(due->day, 3);
@@ -284,7 +284,7 @@ TEST_F(EventKitDetails, ADueDateHasNoTime) {
 
 TEST_F(EventKitDetails, ADueMomentKeepsItsZone) {
   store::Item item = reminder("in New York");
-  item.end = zoned(store::LocalTime(2026, 11, 3, 9, 30, 15), "America/New_York");
+  item.due = zoned(store::LocalTime(2026, 11, 3, 9, 30, 15), "America/New_York");
   const auto due = openedReminder(std::move(item))->dueDateComponents();
   ASSERT_TRUE(due);
   EXPECT_EQ(due->hour, 9);

@@ -167,7 +167,7 @@ TEST_F(EventKitFetch, DeliversRemindersByStatus) {
 
 TEST_F(EventKitFetch, DeliversOpenRemindersThatAreDueBeforeAMoment) {
   store::Item due = reminder("due at nine");
-  due.end = zoned(store::LocalTime(2026, 11, 3, 9));
+  due.due = zoned(store::LocalTime(2026, 11, 3, 9));
   put(std::move(due));
   const auto dueBefore = [&](const char* text) {
     return reminderTitles(ek().predicateForIncompleteReminders({}, moment(text), reminderLists()));

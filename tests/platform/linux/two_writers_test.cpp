@@ -417,7 +417,7 @@ class TwoWritersOfReminders : public TwoWriters {
  protected:
   void open(bool repeats) {
     store::Item item = reminder("water the plants");
-    item.end = zoned(store::LocalTime(2026, 11, 3, 9));
+    item.due = zoned(store::LocalTime(2026, 11, 3, 9));
     item.notes = "notes";
     if (repeats) item.recurrence.rules = {weekly()};
     identifier = put(std::move(item)).itemIdentifier;

@@ -23,6 +23,7 @@ inline ItemEdit editBetween(std::shared_ptr<const Item> opened, const Item& edit
   compare(ItemField::kUrl, &Item::url);
   compare(ItemField::kStart, &Item::start);
   compare(ItemField::kEnd, &Item::end);
+  compare(ItemField::kDue, &Item::due);
   compare(ItemField::kPriority, &Item::priority);
   compare(ItemField::kCompleted, &Item::completed);
   compare(ItemField::kAlarms, &Item::alarms);

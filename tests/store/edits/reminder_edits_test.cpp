@@ -19,7 +19,7 @@ class ReminderEdits : public StoreTest {
     std::vector<std::string> lines;
     for (const ItemId id : ids) {
       const Item item = read(id);
-      lines.push_back(*item.title + (item.end ? " " + shown(momentOf(*item.end, berlinZone())) : "") +
+      lines.push_back(*item.title + (item.due ? " " + shown(momentOf(*item.due, berlinZone())) : "") +
                       (item.completed ? " done" : ""));
     }
     return lines;
@@ -119,7 +119,7 @@ TEST_F(ReminderEdits, PassOverExceptionsWhenTheyMoveOn) {
   item.recurrence.excluded = {berlin("2026-10-26 18:00")};
   item = completed(saved(item));
   EXPECT_EQ(item.start, berlin("2026-11-02 18:00"));
-  EXPECT_EQ(item.end, berlin("2026-11-03 07:00"));
+  EXPECT_EQ(item.due, berlin("2026-11-03 07:00"));
   EXPECT_TRUE(item.recurrence.excluded.empty());
 }
 

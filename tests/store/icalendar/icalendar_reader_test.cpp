@@ -443,16 +443,16 @@ TEST(Attendees, ComeWithStateRoleAndKind) {
 }
 
 TEST(ReadReminder, HasDueDatesOfEveryKind) {
-  EXPECT_EQ(readAll(reminder("SUMMARY:x\n")).item().end, std::nullopt);
-  EXPECT_EQ(readAll(reminder("DUE;VALUE=DATE:20261102\n")).item().end, parseTime("20261102"));
-  EXPECT_EQ(readAll(reminder("DUE:20261102T090000\n")).item().end->kind, Kind::kFloating);
-  EXPECT_EQ(readAll(reminder("DUE;TZID=Europe/Berlin:20261102T090000\n")).item().end->zone, "Europe/Berlin");
-  EXPECT_EQ(readAll(reminder("DTSTART:20261102T090000Z\nDURATION:PT1H\n")).item().end, parseTime("20261102T100000Z"));
+  EXPECT_EQ(readAll(reminder("SUMMARY:x\n")).item().due, std::nullopt);
+  EXPECT_EQ(readAll(reminder("DUE;VALUE=DATE:20261102\n")).item().due, parseTime("20261102"));
+  EXPECT_EQ(readAll(reminder("DUE:20261102T090000\n")).item().due->kind, Kind::kFloating);
+  EXPECT_EQ(readAll(reminder("DUE;TZID=Europe/Berlin:20261102T090000\n")).item().due->zone, "Europe/Berlin");
+  EXPECT_EQ(readAll(reminder("DTSTART:20261102T090000Z\nDURATION:PT1H\n")).item().due, parseTime("20261102T100000Z"));
 }
 
 TEST(ReadReminder, DoesWithoutADateThatCannotBeRead) {
   const Read read = readAll(reminder("DUE:soon\nSUMMARY:x\n"));
-  EXPECT_EQ(read.item().end, std::nullopt);
+  EXPECT_EQ(read.item().due, std::nullopt);
   EXPECT_EQ(messages(read.warnings), "4: DUE has no date that can be read: \"soon\"\n");
 }
 

@@ -333,7 +333,7 @@ TEST(DenseRules, AreEnteredWhereTheWindowLies) {
 TEST(Reminders, RepeatFromTheirDueMomentWithoutAStart) {
   Item item = eventAt("20260105T090000", "FREQ=DAILY;COUNT=2");
   item.kind = ItemKind::kReminder;
-  std::swap(item.start, item.end);
+  std::swap(item.start, item.due);
   EXPECT_EQ(startsBetween(seriesOf(item), viewedAt("20260101T000000"), viewedAt("20270101T000000")),
             (Texts{"20260105T090000", "20260106T090000"}));
 }
