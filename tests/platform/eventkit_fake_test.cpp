@@ -1,6 +1,11 @@
 #include "fakes/fake_event_store.h"
 #include "fakes/fake_platform.h"
-#include "platform/eventkit_contract.h"
+#include "platform/eventkit_alarms_contract.h"
+#include "platform/eventkit_calendars_contract.h"
+#include "platform/eventkit_events_contract.h"
+#include "platform/eventkit_recurrence_contract.h"
+#include "platform/eventkit_reminders_contract.h"
+#include "platform/eventkit_unopened_contract.h"
 
 namespace orlocal::contract {
 namespace {

@@ -16,6 +16,8 @@ namespace orlocal::host {
 namespace {
 
 constexpr std::string_view kPluginName = "Orlocal.fmx";
+/// From the program's folder, where both were installed.
+constexpr std::string_view kOwnFolder = ORLOCAL_OWN_FOLDER;
 constexpr std::string_view kServerFolder = "/opt/FileMaker/FileMaker Server/Database Server/Extensions";
 
 bool isThere(const std::filesystem::path& file) {
@@ -33,7 +35,8 @@ fmx::ErrorCode evaluateFor(calc::Session& session, std::u16string_view expressio
 }  // namespace
 
 std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile) {
-  return {std::filesystem::path(programFile).parent_path() / kPluginName,
+  const std::filesystem::path folder = std::filesystem::path(programFile).parent_path();
+  return {folder / kPluginName, (folder / kOwnFolder / kPluginName).lexically_normal(),
           std::filesystem::path(kServerFolder) / kPluginName};
 }
 

@@ -18,7 +18,8 @@ namespace orlocal::host {
 /// What `--plugin` takes to load nothing: the language's own functions are all there is then.
 inline constexpr std::string_view kNoPlugin = "none";
 
-/// Where a plug-in is looked for when none is named: beside the program, then where a server keeps it.
+/// Where a plug-in is looked for when none is named: beside the program, where it was installed with the program, then
+/// where a server keeps it.
 std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile);
 
 /// The plug-in to load: the one that `--plugin` names, else the first that there is. A failure says where it was

@@ -54,6 +54,7 @@ Status SeriesEdits::changeOne(const Item& series, Moment original, Item& edited)
   ORLOCAL_TRY(const Series* here, m_core.series.of(series.id));
   const bool wall = here->followsViewer();
   if (isChanged) {
+    // The original start stays what the row has: it names the occurrence, wherever changes have moved it.
     ORLOCAL_TRY(const auto place, m_core.rows.place(edited.id));
     return m_core.updateItem(edited, nullptr, place->original, wall);
   }
@@ -62,6 +63,7 @@ Status SeriesEdits::changeOne(const Item& series, Moment original, Item& edited)
 }
 
 Status SeriesEdits::exceptOne(const Item& series, Moment original) {
+  // Whatever is asked of the cached series is asked before the first write, which forgets it.
   ORLOCAL_TRY(const Series* here, m_core.series.of(series.id));
   const CalendarTime recurrenceId = here->recurrenceId(original);
   ORLOCAL_TRY(const ItemId changed, m_core.rows.changedAt(series.id, originalKeyAt(*here, original)));
@@ -69,6 +71,7 @@ Status SeriesEdits::exceptOne(const Item& series, Moment original) {
     ORLOCAL_TRY(const auto row, m_core.rows.readNamed(changed));
     ORLOCAL_CHECK(m_core.removeItem(*row));
   }
+  // Of a changed occurrence, too: without its row the rule's own one would come back.
   Item rest = series;
   rest.recurrence.excluded.push_back(recurrenceId);
   rest.modified = now();
@@ -91,11 +94,13 @@ Status SeriesEdits::removeAll(const Item& series) {
 Result<std::vector<ItemRows::Changed>> SeriesEdits::changedFrom(const Item& series, const Series& here,
                                                                 Moment original) {
   ORLOCAL_TRY(auto changed, m_core.rows.changedOf(series.id));
+  // By where the rule put them: one that was moved across `original` belongs to the side that it came from.
   std::erase_if(changed, [&](const ItemRows::Changed& row) { return here.originalStart(row.recurrenceId) < original; });
   return changed;
 }
 
 Result<std::optional<Moment>> SeriesEdits::nextByRule(const Item& series, Moment original) {
+  // Also a start that is taken out counts: intervals and counts run over it.
   Item bare = series;
   bare.recurrence.added.clear();
   bare.recurrence.excluded.clear();
@@ -134,6 +139,7 @@ Status SeriesEdits::moveChanged(const std::vector<ItemRows::Changed>& changed, c
     const Moment original = key.originalStart(*moved.recurrenceId);
     bool meets = !checkThatTheyMeet;
     if (!meets) {
+      // `key` was compiled without the changed occurrences, so it has the ones that they stand for.
       ORLOCAL_TRY(const auto met, key.at(original, budget));
       meets = met.has_value();
     }
@@ -163,6 +169,8 @@ Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited,
 
   Item whole = edited;
   whole.start = shift(*series.start);
+  // An occurrence in whose night the clock changes is as long as the others and looks an hour shorter or longer. So the
+  // series keeps its own end, unless the length was changed; then it is the one seen on the wall clock.
   const auto lengthOf = [&](const Item& item) { return momentOf(*item.end, viewer) - momentOf(*item.start, viewer); };
   const auto daysOf = [&](const Item& item) { return item.end->local - item.start->local; };
   const bool sameLength = series.end && (whole.allDay() ? series.allDay() && daysOf(series) == daysOf(edited)
@@ -171,6 +179,7 @@ Status SeriesEdits::changeAll(const Item& series, Moment original, Item& edited,
   if (sameLength) {
     whole.end = series.end;
     whole.end->local += whole.start->local - series.start->local;
+    // An end with a zone of its own (a flight's landing) keeps it.
     if (series.end->zone == series.start->zone) {
       whole.end->kind = whole.start->kind;
       whole.end->zone = whole.start->zone;
@@ -231,10 +240,13 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
     }
   }
   shift.move(right.recurrence, !otherRules);
+  // The right half first, since the changed occurrences need its row, and the left one last: what it still has under it
+  // decides whether it repeats.
   ORLOCAL_TRY(const Series compiledRight, compiled(right, Zone()));
   const bool repeats = !right.recurrence.empty() || !later.empty();
   ORLOCAL_CHECK(m_core.insertItem(right, repeats ? &compiledRight : nullptr, std::nullopt, false));
   ORLOCAL_CHECK(moveChanged(later, right, compiledRight, shift, otherRules || !shift.none()));
+  // Perhaps the new times met none of them; then the right half is a single event.
   if (right.recurrence.empty() && !later.empty()) { ORLOCAL_CHECK(update(right, compiledRight)); }
 
   Item left = series;

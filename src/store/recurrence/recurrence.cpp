@@ -278,7 +278,10 @@ bool Series::Data::stream(Moment from, Moment to, ExpansionBudget& budget,
   });
 }
 
-/// Starts in [from, to) of several sources, or of one that goes back where the clock does.
+/// Starts in [from, to) of several sources, or of one that goes back where the clock does. Pieces are bounded by
+/// moments and the sources walked a little past them on the wall clock, so each start is met in just one piece,
+/// whatever the clock does at its edges; within it sorting puts sources in order and starts at one moment beside each
+/// other.
 bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
                           const std::function<bool(LocalSeconds, Moment)>& visit) const {
   std::int64_t perDay = 1;
@@ -289,6 +292,7 @@ bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
   seconds piece = timeOf(kFirstPiece);
   std::vector<std::pair<Moment, LocalSeconds>> found;
   for (Moment low = from, high = from; low < to; low = high, piece = std::min(piece * 2, timeOf(kSortedPiece))) {
+    // Pieces without a start cost, too: a long range may have any number of them.
     if (!budget.step()) { return false; }
     high = std::min(to, low + piece);
     found.clear();

@@ -35,6 +35,7 @@ bool CompiledRule::weekDayFits(DayNumber day, bool ordinalsInYear) const {
   const int length = ordinalsInYear ? yearLength(year) : monthLength(year, month);
   const int place = ordinalsInYear ? static_cast<int>(day - dayNumber(year, 1, 1))
                                    : static_cast<int>(static_cast<unsigned>(date.day())) - 1;
+  // Any seven days in a row have each weekday once, so the place alone says which one of its weekday a day is.
   return std::any_of(m_rare->ordinals.begin(), m_rare->ordinals.end(), [&](const RecurrenceRule::WeekDay& wanted) {
     if (wanted.day != weekDay) { return false; }
     return wanted.ordinal > 0 ? place / 7 + 1 == wanted.ordinal : -((length - 1 - place) / 7 + 1) == wanted.ordinal;
@@ -77,7 +78,7 @@ std::uint32_t CompiledRule::monthDays(int year, int month, DayNumber first) cons
     days = (m_monthDays | reversed(m_monthDaysFromEnd, length)) & all;
   } else if (!hasWeekDays()) {
     const int day = static_cast<int>(static_cast<unsigned>(dateOf(dayOf(m_start)).day()));
-    days = (1U << day) & all;
+    days = (1U << day) & all;  // the 31st: months that have none are left out, not moved
   }
   if (hasWeekDays()) {
     std::uint32_t fitting = 0;
@@ -94,6 +95,7 @@ std::uint32_t CompiledRule::monthDays(int year, int month, DayNumber first) cons
         if (day >= 1 && day <= length) { fitting |= 1U << day; }
       }
     }
+    // Beside days of the month the weekdays limit, alone they expand: Friday the 13th is not every Friday.
     days = hasMonthDays() ? days & fitting : fitting;
   }
   if (rareDays()) {
@@ -106,8 +108,11 @@ std::uint32_t CompiledRule::monthDays(int year, int month, DayNumber first) cons
 
 void CompiledRule::fillYear(int year, Set& set) const {
   const bool byMonths = m_months != 0 || hasMonthDays() || !hasWeekDays();
+  // "The 20th Monday" counts in the months that are named, and in the year when none are.
   const bool ordinalsInYear = hasOrdinals() && m_months == 0;
   if (!byMonths || rareDays() || ordinalsInYear) {
+    // Also by week numbers only days of this very year: week 1 may begin in December, and its days there are met with
+    // the year that they lie in. So no day belongs to two periods, and periods follow each other in order.
     const DayNumber first = dayNumber(year, 1, 1);
     for (int i = 0; i < yearLength(year); ++i) {
       if (passes(first + i, ordinalsInYear)) { set.add(first + i); }
@@ -116,6 +121,7 @@ void CompiledRule::fillYear(int year, Set& set) const {
   }
   const int startMonth = static_cast<int>(static_cast<unsigned>(dateOf(dayOf(m_start)).month()));
   std::uint32_t months = m_months;
+  // A day of the month alone is that day of every month; with no day at all the start's own comes back each year.
   if (months == 0) { months = hasMonthDays() ? 0x1FFEU : 1U << startMonth; }
   for (; months != 0; months &= months - 1) {
     const int month = std::countr_zero(months);
@@ -124,6 +130,8 @@ void CompiledRule::fillYear(int year, Set& set) const {
   }
 }
 
+// `count` and `nth` multiply it by periods that nobody looks at, so it is exact or 0: whatever depends on how long a
+// month or year is, or on where the weekdays lie in it, is 0 and gets walked.
 std::int64_t CompiledRule::uniformSize() const {
   if (rareDays() || (m_rare && !m_rare->positions.empty())) { return 0; }
   const auto date = dateOf(dayOf(m_start));
@@ -132,11 +140,13 @@ std::int64_t CompiledRule::uniformSize() const {
   const auto inEveryMonth = [&]() -> int {
     if (hasMonthDays() && hasWeekDays()) { return 0; }
     if (hasMonthDays()) {
-      const bool both = m_monthDays != 0 && m_monthDaysFromEnd != 0;  // could meet on one day
+      // The 15th and the 14th from the end are one day in a February of 28 days.
+      const bool both = m_monthDays != 0 && m_monthDaysFromEnd != 0;
       const bool fit = ((m_monthDays | m_monthDaysFromEnd) >> 29) == 0;
       return fit && !both ? std::popcount(m_monthDays | m_monthDaysFromEnd) : 0;
     }
     if (hasWeekDays()) {
+      // Months have four or five of a weekday, so the first from the front and the fourth from the back may be one day.
       if (m_weekDays != 0 || m_rare->ordinals.size() != 1) { return 0; }
       return std::abs(m_rare->ordinals.front().ordinal) <= 4 ? 1 : 0;
     }
@@ -154,6 +164,7 @@ std::int64_t CompiledRule::uniformSize() const {
     case Frequency::kDaily:
       return m_filtersDays ? 0 : m_perDay;
     default: {
+      // The period is shorter than what such a part chooses from: some periods would be full and others empty.
       constexpr std::uint64_t kAllSixty = (std::uint64_t{1} << 60) - 1;
       if (m_filtersDays || m_hours != (1U << 24) - 1) { return 0; }
       if (m_frequency == Frequency::kHourly) {

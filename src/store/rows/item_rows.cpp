@@ -110,6 +110,8 @@ Result<ItemId> ItemRows::highestId() {
   return highest;
 }
 
+// The timeline and changed occurrences name an item before its row is written, so ids are given out here, as the table
+// would: after the highest that it ever gave. Nobody else inserts, as this turn to write is ours.
 Status ItemRows::gather() {
   ORLOCAL_TRY(const ItemId highest, highestId());
   m_nextId = highest + 1;

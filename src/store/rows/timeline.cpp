@@ -31,6 +31,7 @@ constexpr int kLengths[] = {12, 14, 16, 18, 20, 21, 22, 23, 24, 25, 26, 27, 28, 
 constexpr std::int64_t kDay = 86'400;
 /// No two wall clocks differ by more, nor does one from itself across a change of its zone.
 constexpr std::int64_t kWallSlack = 26 * 3600;
+/// What lasts longer stands on no month's shelf: a query looks so far back for months whose occurrences reach into it.
 constexpr std::int64_t kLongestOnMonths = 20 * kDay;
 /// What starts last and lasts longest ends then.
 constexpr std::int64_t kLatestEnd = kLatestSecond + (kLatestSecond - kEarliestSecond);
@@ -53,6 +54,7 @@ std::int64_t saturatedAdd(std::int64_t value, std::int64_t added) {
 /// The months (bit 0 is January) outside of which the series cannot meet; 0 when that cannot be told.
 unsigned meetingMonths(const Item& item) {
   if (!item.start || !item.recurrence.added.empty()) { return 0; }
+  // The start comes also where no rule makes it.
   unsigned months = 1u << (item.start->local.month() - 1);
   for (const RecurrenceRule& rule : item.recurrence.rules) {
     if (!rule.scale.empty()) {
@@ -69,7 +71,7 @@ unsigned meetingMonths(const Item& item) {
   return months;
 }
 
-/// The months that [from, to) touches.
+/// The months that [from, to) touches, perhaps one more; bounds that are no date count as far away.
 unsigned monthsBetween(std::int64_t from, std::int64_t to) {
   const std::int64_t first = std::clamp(from, -70'000'000'000, 270'000'000'000);
   const std::int64_t last = std::clamp(to, -70'000'000'000, 270'000'000'000);
@@ -164,6 +166,7 @@ TimelineEntry Timeline::entryOf(const Item& item, const Series* series, std::opt
   entry.start = keyOf(*item.start);
   entry.end = std::max(entry.start, item.end ? keyOf(*item.end) : entry.start);
   if (series != nullptr) {
+    // Compiled for UTC, so a wall clock's times are here as they are written, and the entry is true for every viewer.
     const Series::Bounds bounds = series->bounds();
     entry.start = std::chrono::floor<std::chrono::seconds>(bounds.start).time_since_epoch().count();
     entry.end = bounds.end ? std::chrono::ceil<std::chrono::seconds>(*bounds.end).time_since_epoch().count()
@@ -195,6 +198,8 @@ Status Timeline::write(std::span<const Row> rows) {
   });
 }
 
+// The table lies in this order in the file, so each of its pages is met once. Stable, because an item that was changed
+// twice may be there twice, and the later row has to replace the earlier one.
 Status Timeline::writeRows() {
   std::stable_sort(m_gathered.begin(), m_gathered.end(), [](const Row& a, const Row& b) {
     return std::tie(a.shelf, a.start, a.item) < std::tie(b.shelf, b.start, b.item);
@@ -218,6 +223,7 @@ void Timeline::forget() {
 }
 
 Status Timeline::remove(ItemId item, std::int64_t stored, std::int64_t start) {
+  // A row still kept back would be written after it had been removed.
   if (m_gatheredItems.contains(item)) { ORLOCAL_CHECK(writeRows()); }
   return forEachShelf(stored, [&](std::int64_t shelf) {
     return m_remove.in(m_database).bind(1, shelf).bind(2, start).bind(3, item).run();
@@ -228,6 +234,7 @@ Status Timeline::findShelves() {
   ORLOCAL_CHECK(writeRows());
   if (m_shelvesKnown) { return {}; }
   m_shelves.reset();
+  // One look for each shelf in use; asking for the distinct ones at once would read the whole table.
   for (std::int64_t shelf = -1;;) {
     Statement& next = m_nextShelf.in(m_database);
     const ResetAtExit reset(next);
@@ -271,6 +278,7 @@ Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t
     if (!row.isNull(6)) { entry.original = row.seconds(6); }
     const bool endless = entry.end == TimelineEntry::kEndless && entry.repeats;
     const std::pair<std::int64_t, ItemId> place(entry.start, entry.item);
+    // The order is checked because a damaged table may go in circles.
     if (!row.sound() || place <= last || (!endless && entry.end > kLatestEnd)) {
       return damaged(m_database, "The timeline");
     }
@@ -297,9 +305,12 @@ Status Timeline::visitEvents(std::int64_t from, std::int64_t to, const Visitor& 
     }
     ORLOCAL_CHECK(visitShelf(clock.lengths + kEndlessShelf, INT64_MIN, clock.to, within));
 
+    // A series stands by the months of its own clock, perhaps a day or two from the range's: zones, skipped days.
     const unsigned months =
         monthsBetween(saturatedAdd(clock.from, -kLongestOnMonths - 3 * kDay), saturatedAdd(clock.to, 3 * kDay));
-    std::vector<ItemId> seen;  // an entry stands on the shelves of all its months
+    // An entry stands on the shelves of all its months, on each of them once. So what one shelf gives is looked up only
+    // among what the shelves before it gave, and is put in order when it is done.
+    std::vector<ItemId> seen;
     for (int month = 0; month < 12; ++month) {
       if ((months >> month & 1) == 0) { continue; }
       const std::size_t sorted = seen.size();

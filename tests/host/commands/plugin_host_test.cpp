@@ -8,7 +8,10 @@
 namespace orlocal::host {
 namespace {
 
+using ::testing::AllOf;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class PluginFileTest : public ProgramTest {};
 
@@ -21,6 +24,13 @@ TEST_F(PluginFileTest, IsTheNamedOne) {
 TEST_F(PluginFileTest, IsTheOneBesideTheProgram) {
   const std::string beside = write("Orlocal.fmx", "");
   EXPECT_EQ(pluginFile({}, (folder / "orlocal").string()).value(), beside);
+}
+
+TEST_F(PluginFileTest, IsSoughtWhereItWasInstalledWithTheProgram) {
+  const auto places = pluginPlaces("/opt/orlocal/bin/orlocal");
+  ASSERT_EQ(places.size(), 3U);
+  EXPECT_EQ(places[0], "/opt/orlocal/bin/Orlocal.fmx");
+  EXPECT_THAT(places[1].string(), AllOf(StartsWith("/opt/orlocal/lib"), EndsWith("/orlocal/Orlocal.fmx")));
 }
 
 TEST_F(PluginFileTest, IsSoughtWhereAServerKeepsIt) {

@@ -1,8 +1,13 @@
-#include "platform/calendar_store_contract.h"
-
 #include <cstdlib>
 #include <filesystem>
 
+#include "platform/calendar_store_alarms_contract.h"
+#include "platform/calendar_store_calendars_contract.h"
+#include "platform/calendar_store_events_contract.h"
+#include "platform/calendar_store_recurrence_contract.h"
+#include "platform/calendar_store_refusals_contract.h"
+#include "platform/calendar_store_tasks_contract.h"
+#include "platform/calendar_store_unopened_contract.h"
 #include "platform/linux/store_fixture.h"
 #include "platform/platform.h"
 #include "store/calendar_store.h"

@@ -1,9 +1,13 @@
-#include "platform/eventkit_contract.h"
-
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 
+#include "platform/eventkit_alarms_contract.h"
+#include "platform/eventkit_calendars_contract.h"
+#include "platform/eventkit_events_contract.h"
+#include "platform/eventkit_recurrence_contract.h"
+#include "platform/eventkit_reminders_contract.h"
+#include "platform/eventkit_unopened_contract.h"
 #include "platform/platform.h"
 #include "platform/run_loop.h"
 #include "store/calendar_store.h"

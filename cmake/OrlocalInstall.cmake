@@ -1,0 +1,16 @@
+# Where things go when they are installed: the program to the programs, what it loads into a folder of their own, and what
+# is there to be read to the documentation.
+
+include(GNUInstallDirs)
+set(own_folder ${CMAKE_INSTALL_LIBDIR}/orlocal)
+file(RELATIVE_PATH from_program ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/orlocal)
+
+# The program finds the rest from where it stands itself, so that what was installed may be moved as a whole.
+set_target_properties(orlocal PROPERTIES INSTALL_RPATH "$ORIGIN/${from_program}")
+target_compile_definitions(orlocal_host PRIVATE ORLOCAL_OWN_FOLDER="${from_program}")
+
+install(TARGETS orlocal RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS Orlocal orlocal_fmwrapper LIBRARY DESTINATION ${own_folder})
+install(DIRECTORY ${PROJECT_BINARY_DIR}/Orlocal.resources DESTINATION ${own_folder})
+install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
