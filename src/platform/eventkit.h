@@ -23,8 +23,8 @@ using EKEventArray = ObjectArray<EKEvent>;
 using EKReminderArray = ObjectArray<EKReminder>;
 using EKCalendarArray = std::vector<std::shared_ptr<EKCalendar>>;
 
-/// The calendar store. Main thread only. Look-ups give null when there is nothing; saves and removals give false and an
-/// error whose text says why, and then nothing was written.
+/// What the current calendar framework knows. Main thread only. Look-ups give null when there is nothing; saves and
+/// removals give false and an error whose text says why, and then nothing was written.
 ///
 /// A store that cannot be opened or read throws nothing: it has no calendars and no items, makes no predicate, gives no
 /// array, and its saves and removals fail. The system's log has the reason.

@@ -7,7 +7,7 @@ namespace orlocal {
 
 class AddressBook;
 class BundleStrings;
-class CalendarStoreFramework;
+class CalFramework;
 class EventKit;
 class NotificationCenter;
 class RunLoop;
@@ -20,8 +20,8 @@ class Platform {
   virtual ~Platform() = default;
 
   virtual EventKit& eventKit() = 0;
-  /// The older calendar store, for systems before the current one.
-  virtual CalendarStoreFramework& calendarStore() = 0;
+  /// The older calendar framework, for systems before the current one.
+  virtual CalFramework& calFramework() = 0;
   virtual AddressBook& addressBook() = 0;
   /// The user's default time zone.
   virtual const TimeZone& defaultTimeZone() = 0;

@@ -48,7 +48,7 @@ class FakeSystemVersion : public SystemVersion {
 class FakePlatform : public Platform {
  public:
   std::shared_ptr<EventKit> m_eventKit;
-  std::shared_ptr<CalendarStoreFramework> m_calendarStore;
+  std::shared_ptr<CalFramework> m_calFramework;
   std::shared_ptr<AddressBook> m_addressBook;
   std::shared_ptr<const TimeZone> m_defaultTimeZone = std::make_shared<FakeTimeZone>(3600);
   std::shared_ptr<RunLoop> m_runLoop;
@@ -59,7 +59,7 @@ class FakePlatform : public Platform {
   int m_storesClosed = 0;
 
   EventKit& eventKit() override { return given(m_eventKit, "EventKit"); }
-  CalendarStoreFramework& calendarStore() override { return given(m_calendarStore, "calendar store"); }
+  CalFramework& calFramework() override { return given(m_calFramework, "older calendar framework"); }
   AddressBook& addressBook() override { return given(m_addressBook, "address book"); }
   const TimeZone& defaultTimeZone() override { return given(m_defaultTimeZone, "time zone"); }
   RunLoop& currentRunLoop() override { return given(m_runLoop, "run loop"); }

@@ -10,9 +10,9 @@
 
 #include "platform/eventkit.h"
 
-// What every implementation of the current calendar store promises stands in the headers beside this one, each about
-// one subject (`eventkit_*_contract.h`). A test program includes each of them once, in one source, and instantiates
-// `EventKitContract` there with its own subject.
+// What every implementation of the current calendar framework promises stands in the headers beside this one, each
+// about one subject (`eventkit_*_contract.h`). A test program includes each of them once, in one source, and
+// instantiates `EventKitContract` there with its own subject.
 
 namespace orlocal::contract {
 

@@ -128,7 +128,7 @@ std::int32_t iCalFunctions::addAlarm(const OptionalText& type, std::optional<Dat
   m_alarm.reset();
   CalCalendarItem* owner = ownerToAddAlarmTo(type);
   if (!owner) { return -1; }
-  const auto alarm = platform().calendarStore().alarm();
+  const auto alarm = platform().calFramework().alarm();
   if (!alarm) { return failWith(kLegacyItemNotCreated); }
   if (absTrigger) { alarm->setAbsoluteTrigger(absTrigger); }
   if (eaddr) { alarm->setEmailAddress(eaddr); }

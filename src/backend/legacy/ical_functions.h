@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "backend/property_value.h"
-#include "platform/calendar_store.h"
+#include "platform/cal_framework.h"
 #include "platform/color.h"
 #include "platform/eventkit_items.h"
 
 namespace orlocal {
 
-/// The calendar back end over the older calendar store, with tasks for reminders, attendees for participants and one
-/// kind of calendar. It keeps no store: every access asks for the default one anew.
+/// The calendar back end over the older calendar framework, with tasks for reminders, attendees for participants and
+/// one kind of calendar. It keeps no store: every access asks for the default one anew.
 ///
 /// Methods that act give 0, or -1 with `g_llasterror` set; getters give a text, or none when there is none or on
 /// failure; counts are counts or -1. A few failures set the code and still give 0, so callers look at the code.

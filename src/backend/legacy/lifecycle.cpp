@@ -32,7 +32,7 @@ std::int32_t countOf(const Items& items) {
 
 std::int32_t iCalFunctions::newItem(const OptionalText& type) {
   releaseItems();
-  auto& framework = platform().calendarStore();
+  auto& framework = platform().calFramework();
   bool made = false;
   switch (const auto kind = itemKindNamed(type); kind.value_or(ItemKind::kAlarm)) {
     case ItemKind::kCalendar:

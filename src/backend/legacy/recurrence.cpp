@@ -81,7 +81,7 @@ std::int32_t iCalFunctions::addRecurrence(const OptionalText& frequency, std::in
                                           std::optional<Date> endWithDate, std::int32_t endWithCount) {
   if (!recurrenceFrequencyNamed(frequency)) { return failWith(kInvalidArgument); }
   if (!m_event) { return failWith(kInvalidCallOrder); }
-  auto& framework = platform().calendarStore();
+  auto& framework = platform().calFramework();
   RecurrenceWishes wishes{interval, std::nullopt, dotm, dow, weekOfTheMonth, monthsOfTheYear, nullptr};
   if (dotw) {
     wishes.daysOfTheWeek.emplace();

@@ -2,7 +2,7 @@
 
 namespace orlocal {
 
-std::shared_ptr<CalRecurrenceRule> makeRecurrenceRule(CalendarStoreFramework& framework, std::string_view kind,
+std::shared_ptr<CalRecurrenceRule> makeRecurrenceRule(CalFramework& framework, std::string_view kind,
                                                       const RecurrenceWishes& wishes) {
   const bool nthWeekDay = wishes.dayOfTheWeek >= 1 && wishes.weekOfTheMonth >= -1;
   if (kind == "weekly") {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/calendar_store.h"
+#include "platform/cal_framework.h"
 
 namespace orlocal {
 
@@ -22,7 +22,7 @@ struct RecurrenceWishes {
 
 /// The rule of that `kind` ("weekly", "monthly" or "yearly"; daily for any other word) which the wishes ask for. Null
 /// when the platform makes none.
-std::shared_ptr<CalRecurrenceRule> makeRecurrenceRule(CalendarStoreFramework& framework, std::string_view kind,
+std::shared_ptr<CalRecurrenceRule> makeRecurrenceRule(CalFramework& framework, std::string_view kind,
                                                       const RecurrenceWishes& wishes);
 
 }  // namespace orlocal

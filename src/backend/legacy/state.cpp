@@ -61,7 +61,7 @@ OptionalText iCalFunctions::getCalendars() { return std::nullopt; }
 
 std::optional<Color> iCalFunctions::colorFromString(const OptionalText& name) { return colorNamed(name); }
 
-std::shared_ptr<CalCalendarStore> iCalFunctions::store() { return platform().calendarStore().defaultCalendarStore(); }
+std::shared_ptr<CalCalendarStore> iCalFunctions::store() { return platform().calFramework().defaultCalendarStore(); }
 
 std::int32_t iCalFunctions::failWithRefusal(const std::optional<Error>& error) {
   const Error refusal = error.value_or(Error());

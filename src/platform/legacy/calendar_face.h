@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/calendar_store_items.h"
+#include "platform/cal_items.h"
 #include "platform/eventkit_items.h"
 
 namespace orlocal {

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/calendar_store_items.h"
+#include "platform/cal_items.h"
 #include "platform/eventkit_items.h"
 #include "platform/legacy/alarm_face.h"
 #include "platform/legacy/faces.h"

@@ -10,7 +10,7 @@
 
 namespace orlocal {
 
-/// The current platform's calendar store over ours. Opening is put off until something is asked for.
+/// The current framework over the calendar store. Opening is put off until something is asked for.
 class EventStoreObject final : public EKEventStore {
  public:
   explicit EventStoreObject(std::shared_ptr<StoreAccess> access) : m_access(std::move(access)) {}

@@ -2,9 +2,9 @@
 
 #include "platform/address_book.h"
 #include "platform/bundle_strings.h"
-#include "platform/calendar_store.h"
+#include "platform/cal_framework.h"
 #include "platform/eventkit.h"
-#include "platform/legacy/calendar_store_framework.h"
+#include "platform/legacy/cal_framework_face.h"
 #include "platform/linux/bundle_strings.h"
 #include "platform/linux/external_changes.h"
 #include "platform/linux/notification_center.h"
@@ -24,8 +24,8 @@ class LinuxPlatform final : public Platform {
   EventKit& eventKit() override {
     return lazily(m_eventKit, [this] { return makeEventKit(access()); });
   }
-  CalendarStoreFramework& calendarStore() override {
-    return lazily(m_calendarStore, [this] { return makeCalendarStoreFramework(*this, store::now); });
+  CalFramework& calFramework() override {
+    return lazily(m_calFramework, [this] { return makeCalFramework(*this, store::now); });
   }
   AddressBook& addressBook() override {
     return lazily(m_addressBook, [this] { return makeAddressBook(access()); });
@@ -69,7 +69,7 @@ class LinuxPlatform final : public Platform {
   std::shared_ptr<StoreAccess> m_access;
   std::unique_ptr<ExternalChanges> m_externalChanges;
   std::unique_ptr<EventKit> m_eventKit;
-  std::unique_ptr<CalendarStoreFramework> m_calendarStore;
+  std::unique_ptr<CalFramework> m_calFramework;
   std::unique_ptr<AddressBook> m_addressBook;
   std::unique_ptr<SystemVersion> m_systemVersion;
   std::unique_ptr<BundleStrings> m_bundleStrings;

@@ -14,8 +14,8 @@
 #include "fakes/fake_platform.h"
 #include "fakes/forwarding_eventkit.h"
 #include "platform/exception.h"
+#include "platform/legacy/cal_framework_face.h"
 #include "platform/legacy/calendar_face.h"
-#include "platform/legacy/calendar_store_framework.h"
 #include "platform/legacy/event_face.h"
 #include "platform/legacy/recurrence_faces.h"
 #include "platform/legacy/task_face.h"
@@ -75,8 +75,8 @@ class Legacy : public testing::Test {
 
   void useStore(std::shared_ptr<EKEventStore> other) {
     platform->m_eventKit = std::make_shared<EventKitOf>(kit, std::move(other));
-    framework = makeCalendarStoreFramework(*platform, fakes::fakeNow);
-    platform->m_calendarStore = framework;
+    framework = makeCalFramework(*platform, fakes::fakeNow);
+    platform->m_calFramework = framework;
   }
 
   /// The code that `call` leaves.
@@ -142,7 +142,7 @@ class Legacy : public testing::Test {
   std::shared_ptr<fakes::FakeEventKit> kit = std::make_shared<fakes::FakeEventKit>();
   std::shared_ptr<fakes::FakeEventStore> store = kit->m_store;
   std::shared_ptr<fakes::FakePlatform> platform = std::make_shared<fakes::FakePlatform>();
-  std::shared_ptr<CalendarStoreFramework> framework;
+  std::shared_ptr<CalFramework> framework;
   std::string workUid, homeUid;
   LegacyBackEnd backend;
 };

@@ -65,7 +65,7 @@ TEST_F(LegacyState, ReleasingItemsClearsAllButTheRecurrenceEnd) {
 }
 
 TEST_F(LegacyState, MakingTheBackEndAsksForNoStore) {
-  platform->m_calendarStore = nullptr;  // asking for it now would throw
+  platform->m_calFramework = nullptr;  // asking for it now would throw
   LegacyBackEnd other;
   EXPECT_NO_THROW(other.init());
 }

@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 #include "platform/address_book.h"
-#include "platform/calendar_store.h"
+#include "platform/cal_framework.h"
 #include "platform/linux/store_fixture.h"
 #include "store/file/sqlite.h"
 
@@ -218,7 +218,7 @@ TEST_F(StoreInTrouble, TellsOnTheOlderPlatformWhyAnItemIsTooLarge) {
   put(eventAt("Choir", 2026, 11, 2, 9));
   put(reminder("Water the plants"));
   kit();
-  const auto store = system->calendarStore().defaultCalendarStore();
+  const auto store = system->calFramework().defaultCalendarStore();
   const auto found = store->eventsWithPredicate(
       store->eventPredicateWithStartDate(distantPast(), distantFuture(), store->calendars()));
   const auto tasks = store->tasksWithPredicate(store->taskPredicateWithCalendars(store->calendars()));

@@ -1,9 +1,9 @@
-#include "platform/legacy/calendar_store_framework.h"
+#include "platform/legacy/cal_framework_face.h"
 
 #include <utility>
 
+#include "platform/legacy/cal_store_face.h"
 #include "platform/legacy/calendar_face.h"
-#include "platform/legacy/calendar_store_face.h"
 #include "platform/legacy/event_face.h"
 #include "platform/legacy/recurrence_faces.h"
 #include "platform/legacy/task_face.h"
@@ -14,12 +14,12 @@ namespace {
 
 constexpr int kLastWeek = -1, kWeeksOfAMonth = 5;
 
-class CalendarStoreFrameworkFace final : public CalendarStoreFramework {
+class CalFrameworkFace final : public CalFramework {
  public:
-  CalendarStoreFrameworkFace(Platform& platform, Date (*now)()) : m_surroundings{platform, now} {}
+  CalFrameworkFace(Platform& platform, Date (*now)()) : m_surroundings{platform, now} {}
 
   std::shared_ptr<CalCalendarStore> defaultCalendarStore() override {
-    if (!m_face) { m_face = std::make_shared<CalendarStoreFace>(store(), m_surroundings); }
+    if (!m_face) { m_face = std::make_shared<CalCalendarStoreFace>(store(), m_surroundings); }
     return m_face;
   }
 
@@ -114,8 +114,8 @@ class CalendarStoreFrameworkFace final : public CalendarStoreFramework {
 
 }  // namespace
 
-std::unique_ptr<CalendarStoreFramework> makeCalendarStoreFramework(Platform& platform, Date (*now)()) {
-  return std::make_unique<CalendarStoreFrameworkFace>(platform, now);
+std::unique_ptr<CalFramework> makeCalFramework(Platform& platform, Date (*now)()) {
+  return std::make_unique<CalFrameworkFace>(platform, now);
 }
 
 }  // namespace orlocal

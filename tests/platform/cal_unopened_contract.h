@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/calendar_store_contract.h"
+#include "platform/cal_contract.h"
 
 // What a store promises that cannot be opened.
 
 namespace orlocal::contract {
 
-TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedHasNothing) {
+TEST_P(CalContract, AStoreThatCannotBeOpenedHasNothing) {
   subject->keepFromOpening();
   ASSERT_NE(store(), nullptr);
   EXPECT_THAT(store()->calendars(), testing::IsEmpty());
@@ -16,7 +16,7 @@ TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedHasNothing) {
   EXPECT_EQ(store()->taskWithUID("task"), nullptr);
 }
 
-TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedMakesNoPredicate) {
+TEST_P(CalContract, AStoreThatCannotBeOpenedMakesNoPredicate) {
   subject->keepFromOpening();
   EXPECT_EQ(store()->eventPredicateWithStartDate(distantPast(), distantFuture(), {}), nullptr);
   EXPECT_EQ(store()->eventPredicateWithStartDate(distantPast(), distantFuture(), "event", {}), nullptr);
@@ -26,7 +26,7 @@ TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedMakesNoPredicate) {
   EXPECT_EQ(store()->taskPredicateWithTasksCompletedSince(at(11, 2, 9), {}), nullptr);
 }
 
-TEST_P(CalendarStoreContract, AStoreThatCannotBeOpenedRefusesSavesAndRemovals) {
+TEST_P(CalContract, AStoreThatCannotBeOpenedRefusesSavesAndRemovals) {
   subject->keepFromOpening();
   const auto refused = [&](bool done) {
     EXPECT_FALSE(done);

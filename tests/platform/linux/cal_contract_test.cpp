@@ -1,13 +1,13 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "platform/calendar_store_alarms_contract.h"
-#include "platform/calendar_store_calendars_contract.h"
-#include "platform/calendar_store_events_contract.h"
-#include "platform/calendar_store_recurrence_contract.h"
-#include "platform/calendar_store_refusals_contract.h"
-#include "platform/calendar_store_tasks_contract.h"
-#include "platform/calendar_store_unopened_contract.h"
+#include "platform/cal_alarms_contract.h"
+#include "platform/cal_calendars_contract.h"
+#include "platform/cal_events_contract.h"
+#include "platform/cal_recurrence_contract.h"
+#include "platform/cal_refusals_contract.h"
+#include "platform/cal_tasks_contract.h"
+#include "platform/cal_unopened_contract.h"
 #include "platform/linux/store_fixture.h"
 #include "platform/platform.h"
 #include "store/calendar_store.h"
@@ -17,7 +17,7 @@ namespace orlocal::contract {
 namespace {
 
 /// The system's platform over a new store in a folder of its own.
-class LinuxSubject : public CalendarStoreSubject {
+class LinuxSubject : public CalSubject {
  public:
   LinuxSubject() {
     std::string pattern = (std::filesystem::temp_directory_path() / "orlocal-XXXXXX").string();
@@ -32,7 +32,7 @@ class LinuxSubject : public CalendarStoreSubject {
     std::filesystem::remove_all(m_folder, ignored);
   }
 
-  CalendarStoreFramework& framework() override { return m_platform->calendarStore(); }
+  CalFramework& framework() override { return m_platform->calFramework(); }
   std::shared_ptr<CalCalendar> eventCalendar() override { return calendarTitled("Calendar"); }
   std::shared_ptr<CalCalendar> taskCalendar() override { return calendarTitled("Reminders"); }
   void makeReadOnly(const std::string& calendarUid) override {
@@ -59,7 +59,7 @@ class LinuxSubject : public CalendarStoreSubject {
   std::shared_ptr<Platform> m_platform;
 };
 
-INSTANTIATE_TEST_SUITE_P(Linux, CalendarStoreContract, testing::Values([]() -> std::unique_ptr<CalendarStoreSubject> {
+INSTANTIATE_TEST_SUITE_P(Linux, CalContract, testing::Values([]() -> std::unique_ptr<CalSubject> {
                            return std::make_unique<LinuxSubject>();
                          }));
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/calendar_store_items.h"
+#include "platform/cal_items.h"
 #include "platform/error.h"
 #include "platform/object_array.h"
 
@@ -21,9 +21,9 @@ using CalEventArray = ObjectArray<CalEvent>;
 using CalTaskArray = ObjectArray<CalTask>;
 using CalCalendarArray = std::vector<std::shared_ptr<CalCalendar>>;
 
-/// The older calendar store. Main thread only. Look-ups give null when there is nothing; saves and removals give false
-/// and an error whose text says why, without a full stop, as callers put the reason behind it; then nothing was
-/// written.
+/// What the older calendar framework knows. Main thread only. Look-ups give null when there is nothing; saves and
+/// removals give false and an error whose text says why, without a full stop, as callers put the reason behind it; then
+/// nothing was written.
 ///
 /// A store that cannot be opened or read throws nothing: it has no calendars and no items, makes no predicate, gives no
 /// array, and its saves and removals fail. The system's log has the reason.
@@ -72,9 +72,9 @@ class CalCalendarStore {
 };
 
 /// Hands out the store and makes the platform's objects. Null when one cannot be made.
-class CalendarStoreFramework {
+class CalFramework {
  public:
-  virtual ~CalendarStoreFramework() = default;
+  virtual ~CalFramework() = default;
 
   /// Never null, whether or not the store can be opened.
   virtual std::shared_ptr<CalCalendarStore> defaultCalendarStore() = 0;

@@ -1,21 +1,21 @@
 #include "fakes/fake_event_store.h"
 #include "fakes/fake_platform.h"
-#include "platform/calendar_store_alarms_contract.h"
-#include "platform/calendar_store_calendars_contract.h"
-#include "platform/calendar_store_events_contract.h"
-#include "platform/calendar_store_recurrence_contract.h"
-#include "platform/calendar_store_refusals_contract.h"
-#include "platform/calendar_store_tasks_contract.h"
-#include "platform/calendar_store_unopened_contract.h"
+#include "platform/cal_alarms_contract.h"
+#include "platform/cal_calendars_contract.h"
+#include "platform/cal_events_contract.h"
+#include "platform/cal_recurrence_contract.h"
+#include "platform/cal_refusals_contract.h"
+#include "platform/cal_tasks_contract.h"
+#include "platform/cal_unopened_contract.h"
+#include "platform/legacy/cal_framework_face.h"
 #include "platform/legacy/calendar_face.h"
-#include "platform/legacy/calendar_store_framework.h"
 #include "platform/legacy/faces.h"
 
 namespace orlocal::contract {
 namespace {
 
 /// The older platform over the fake of the current one, which delivers reminders from its run loop.
-class FaceSubject : public CalendarStoreSubject {
+class FaceSubject : public CalSubject {
  public:
   FaceSubject() {
     m_platform->m_eventKit = m_kit;
@@ -24,7 +24,7 @@ class FaceSubject : public CalendarStoreSubject {
   }
   ~FaceSubject() override { setPlatform(nullptr); }
 
-  CalendarStoreFramework& framework() override { return *m_framework; }
+  CalFramework& framework() override { return *m_framework; }
   std::shared_ptr<CalCalendar> eventCalendar() override {
     return faceOf<CalendarFace>(m_kit->m_store->defaultCalendarForNewEvents());
   }
@@ -42,11 +42,10 @@ class FaceSubject : public CalendarStoreSubject {
  private:
   std::shared_ptr<fakes::FakePlatform> m_platform = std::make_shared<fakes::FakePlatform>();
   std::shared_ptr<fakes::FakeEventKit> m_kit = std::make_shared<fakes::FakeEventKit>();
-  std::unique_ptr<CalendarStoreFramework> m_framework = makeCalendarStoreFramework(*m_platform, fakes::fakeNow);
+  std::unique_ptr<CalFramework> m_framework = makeCalFramework(*m_platform, fakes::fakeNow);
 };
 
-INSTANTIATE_TEST_SUITE_P(FaceOfTheFake, CalendarStoreContract,
-                         testing::Values([]() -> std::unique_ptr<CalendarStoreSubject> {
+INSTANTIATE_TEST_SUITE_P(FaceOfTheFake, CalContract, testing::Values([]() -> std::unique_ptr<CalSubject> {
                            return std::make_unique<FaceSubject>();
                          }));
 

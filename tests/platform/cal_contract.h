@@ -8,19 +8,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/calendar_store.h"
+#include "platform/cal_framework.h"
 
-// What every implementation of the older calendar store promises stands in the headers beside this one, each about one
-// subject (`calendar_store_*_contract.h`). A test program includes each of them once, in one source, and instantiates
-// `CalendarStoreContract` there with its own subject.
+// What every implementation of the older calendar framework promises stands in the headers beside this one, each about
+// one subject (`cal_*_contract.h`). A test program includes each of them once, in one source, and instantiates
+// `CalContract` there with its own subject.
 
 namespace orlocal::contract {
 
 /// An empty store but for one calendar that takes events and one that takes tasks (they may be the same).
-class CalendarStoreSubject {
+class CalSubject {
  public:
-  virtual ~CalendarStoreSubject() = default;
-  virtual CalendarStoreFramework& framework() = 0;
+  virtual ~CalSubject() = default;
+  virtual CalFramework& framework() = 0;
   virtual std::shared_ptr<CalCalendar> eventCalendar() = 0;
   virtual std::shared_ptr<CalCalendar> taskCalendar() = 0;
   /// Makes the store refuse changes in the calendar, behind the framework's back.
@@ -31,16 +31,16 @@ class CalendarStoreSubject {
   virtual Date now() = 0;
 };
 
-using MakeSubject = std::unique_ptr<CalendarStoreSubject> (*)();
+using MakeSubject = std::unique_ptr<CalSubject> (*)();
 
-class CalendarStoreContract : public testing::TestWithParam<MakeSubject> {
+class CalContract : public testing::TestWithParam<MakeSubject> {
  protected:
   static Date at(int month, int day, int hour, int minute = 0) {
     using namespace std::chrono;
     return sys_days{year{2026} / month / day} + hours{hour} + minutes{minute};
   }
 
-  CalendarStoreFramework& framework() { return subject->framework(); }
+  CalFramework& framework() { return subject->framework(); }
   std::shared_ptr<CalCalendarStore> store() { return framework().defaultCalendarStore(); }
 
   std::shared_ptr<CalEvent> newEvent(const std::string& title, Date start, Date end) {
@@ -98,7 +98,7 @@ class CalendarStoreContract : public testing::TestWithParam<MakeSubject> {
     return starts;
   }
 
-  std::unique_ptr<CalendarStoreSubject> subject = GetParam()();
+  std::unique_ptr<CalSubject> subject = GetParam()();
   std::optional<Error> error;
 };
 

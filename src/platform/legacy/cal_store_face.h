@@ -5,18 +5,18 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/calendar_store.h"
+#include "platform/cal_framework.h"
 #include "platform/eventkit.h"
 #include "platform/legacy/faces.h"
 
 namespace orlocal {
 
-/// The older platform's calendar store as a face of the current platform's.
+/// The older framework as a face of the current one.
 ///
 /// Calendars are the event calendars and then the reminder lists; a new one holds events.
-class CalendarStoreFace final : public CalCalendarStore {
+class CalCalendarStoreFace final : public CalCalendarStore {
  public:
-  CalendarStoreFace(std::shared_ptr<EKEventStore> store, Surroundings surroundings)
+  CalCalendarStoreFace(std::shared_ptr<EKEventStore> store, Surroundings surroundings)
       : m_store(std::move(store)), m_surroundings(surroundings) {}
 
   CalCalendarArray calendars() override;

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/calendar_store_contract.h"
+#include "platform/cal_contract.h"
 
 // What calendars promise.
 
 namespace orlocal::contract {
 
-TEST_P(CalendarStoreContract, ASavedCalendarIsListedUnderAUidOfItsOwn) {
+TEST_P(CalContract, ASavedCalendarIsListedUnderAUidOfItsOwn) {
   auto calendar = framework().calendar();
   calendar->setTitle("Work");
   ASSERT_TRUE(store()->saveCalendar(calendar, error));
@@ -16,13 +16,13 @@ TEST_P(CalendarStoreContract, ASavedCalendarIsListedUnderAUidOfItsOwn) {
   EXPECT_EQ(found->title(), "Work");
 }
 
-TEST_P(CalendarStoreContract, ListsCalendarsOfEventsAndOfTasksTogether) {
+TEST_P(CalContract, ListsCalendarsOfEventsAndOfTasksTogether) {
   std::vector<std::string> uids;
   for (const auto& calendar : store()->calendars()) uids.push_back(*calendar->uid());
   EXPECT_THAT(uids, testing::IsSupersetOf({*subject->eventCalendar()->uid(), *subject->taskCalendar()->uid()}));
 }
 
-TEST_P(CalendarStoreContract, ChangesOfACalendarStayInTheObjectUntilItIsSaved) {
+TEST_P(CalContract, ChangesOfACalendarStayInTheObjectUntilItIsSaved) {
   const auto calendar = subject->eventCalendar();
   calendar->setTitle("Renamed");
   EXPECT_NE(store()->calendarWithUID(*calendar->uid())->title(), "Renamed");
@@ -30,7 +30,7 @@ TEST_P(CalendarStoreContract, ChangesOfACalendarStayInTheObjectUntilItIsSaved) {
   EXPECT_EQ(store()->calendarWithUID(*calendar->uid())->title(), "Renamed");
 }
 
-TEST_P(CalendarStoreContract, KeepsACalendarsColorWithComponentsAboveOne) {
+TEST_P(CalContract, KeepsACalendarsColorWithComponentsAboveOne) {
   const auto calendar = subject->eventCalendar();
   calendar->setColor(Color::calibratedRgb(300 / 255.0, 0, 0.5));
   ASSERT_TRUE(store()->saveCalendar(calendar, error));
@@ -40,19 +40,19 @@ TEST_P(CalendarStoreContract, KeepsACalendarsColorWithComponentsAboveOne) {
   EXPECT_DOUBLE_EQ(color->blue, 0.5);
 }
 
-TEST_P(CalendarStoreContract, ALocalCalendarSaysSoAndIsEditable) {
+TEST_P(CalContract, ALocalCalendarSaysSoAndIsEditable) {
   EXPECT_EQ(subject->eventCalendar()->type(), "Local");
   EXPECT_TRUE(subject->eventCalendar()->isEditable());
 }
 
-TEST_P(CalendarStoreContract, UnknownUidsFindNothing) {
+TEST_P(CalContract, UnknownUidsFindNothing) {
   EXPECT_EQ(store()->calendarWithUID("nowhere"), nullptr);
   EXPECT_EQ(store()->eventWithUID("nowhere", std::nullopt), nullptr);
   EXPECT_EQ(store()->taskWithUID("nowhere"), nullptr);
   EXPECT_EQ(store()->taskWithUID(""), nullptr);
 }
 
-TEST_P(CalendarStoreContract, RemovesACalendarWithItsItems) {
+TEST_P(CalContract, RemovesACalendarWithItsItems) {
   auto calendar = framework().calendar();
   calendar->setTitle("Short-lived");
   ASSERT_TRUE(store()->saveCalendar(calendar, error));
@@ -64,7 +64,7 @@ TEST_P(CalendarStoreContract, RemovesACalendarWithItsItems) {
   EXPECT_EQ(store()->eventWithUID(uid, std::nullopt), nullptr);
 }
 
-TEST_P(CalendarStoreContract, RefusesToSaveACalendarWithoutATitle) {
+TEST_P(CalContract, RefusesToSaveACalendarWithoutATitle) {
   EXPECT_FALSE(store()->saveCalendar(framework().calendar(), error));
   ASSERT_TRUE(error);
   EXPECT_FALSE(error->localizedDescription.empty());

@@ -1,19 +1,19 @@
 #pragma once
 
-#include "platform/calendar_store_contract.h"
+#include "platform/cal_contract.h"
 
 // What alarms promise.
 
 namespace orlocal::contract {
 
-TEST_P(CalendarStoreContract, ANewAlarmHasNoAction) {
+TEST_P(CalContract, ANewAlarmHasNoAction) {
   const auto alarm = framework().alarm();
   EXPECT_FALSE(alarm->action());
   EXPECT_FALSE(alarm->absoluteTrigger());
   EXPECT_EQ(alarm->relativeTrigger(), 0);
 }
 
-TEST_P(CalendarStoreContract, AnAlarmIsEitherAbsoluteOrRelative) {
+TEST_P(CalContract, AnAlarmIsEitherAbsoluteOrRelative) {
   const auto alarm = framework().alarm();
   alarm->setRelativeTrigger(-900);
   alarm->setAbsoluteTrigger(at(11, 2, 9));
@@ -24,7 +24,7 @@ TEST_P(CalendarStoreContract, AnAlarmIsEitherAbsoluteOrRelative) {
   EXPECT_FALSE(alarm->absoluteTrigger());
 }
 
-TEST_P(CalendarStoreContract, KeepsTheActionsOfAlarms) {
+TEST_P(CalContract, KeepsTheActionsOfAlarms) {
   auto event = newEvent("Review", at(11, 3, 9), at(11, 3, 10));
   auto email = framework().alarm();
   email->setAction(std::string(CalAlarmActionEmail));
@@ -53,7 +53,7 @@ TEST_P(CalendarStoreContract, KeepsTheActionsOfAlarms) {
   EXPECT_EQ(alarms[2]->absoluteTrigger(), at(11, 3, 8));
 }
 
-TEST_P(CalendarStoreContract, RemovesOneAlarmOrSeveral) {
+TEST_P(CalContract, RemovesOneAlarmOrSeveral) {
   auto task = newTask("Tidy");
   for (const double seconds : {-60.0, -120.0, -180.0}) {
     auto alarm = framework().alarm();
@@ -69,12 +69,12 @@ TEST_P(CalendarStoreContract, RemovesOneAlarmOrSeveral) {
   EXPECT_FALSE(task->hasAlarm());
 }
 
-TEST_P(CalendarStoreContract, AnItemWithoutAlarmsHasNoNextOne) {
+TEST_P(CalContract, AnItemWithoutAlarmsHasNoNextOne) {
   EXPECT_FALSE(newTask("Tidy")->nextAlarmDate());
   EXPECT_FALSE(newTask("Tidy")->hasAlarm());
 }
 
-TEST_P(CalendarStoreContract, TheNextAlarmIsTheFirstThatIsStillToCome) {
+TEST_P(CalContract, TheNextAlarmIsTheFirstThatIsStillToCome) {
   auto event = newEvent("Review", subject->now() + std::chrono::hours(1), subject->now() + std::chrono::hours(2));
   for (const double minutes : {-90.0, -10.0, -30.0}) {
     auto alarm = framework().alarm();

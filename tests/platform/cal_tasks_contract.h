@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/calendar_store_contract.h"
+#include "platform/cal_contract.h"
 
 // What tasks and queries for them promise.
 
 namespace orlocal::contract {
 
-TEST_P(CalendarStoreContract, KeepsEveryPropertyOfATask) {
+TEST_P(CalContract, KeepsEveryPropertyOfATask) {
   auto task = newTask("Tidy");
   task->setNotes("Desk");
   task->setUrl("https://example.org/b");
@@ -24,7 +24,7 @@ TEST_P(CalendarStoreContract, KeepsEveryPropertyOfATask) {
   EXPECT_EQ(found->calendar()->uid(), subject->taskCalendar()->uid());
 }
 
-TEST_P(CalendarStoreContract, CompletingATaskDatesItNowAndReopeningClearsTheDate) {
+TEST_P(CalContract, CompletingATaskDatesItNowAndReopeningClearsTheDate) {
   auto task = newTask("Tidy");
   task->setIsCompleted(true);
   EXPECT_EQ(task->completedDate(), subject->now());
@@ -32,7 +32,7 @@ TEST_P(CalendarStoreContract, CompletingATaskDatesItNowAndReopeningClearsTheDate
   EXPECT_FALSE(task->completedDate());
 }
 
-TEST_P(CalendarStoreContract, ACompletionDateCompletesATaskAndNoneReopensIt) {
+TEST_P(CalContract, ACompletionDateCompletesATaskAndNoneReopensIt) {
   auto task = newTask("Tidy");
   task->setCompletedDate(at(10, 1, 12));
   EXPECT_TRUE(task->isCompleted());
@@ -40,7 +40,7 @@ TEST_P(CalendarStoreContract, ACompletionDateCompletesATaskAndNoneReopensIt) {
   EXPECT_FALSE(task->isCompleted());
 }
 
-TEST_P(CalendarStoreContract, TaskQueriesTellOpenDueAndCompletedTasksApart) {
+TEST_P(CalContract, TaskQueriesTellOpenDueAndCompletedTasksApart) {
   saved(newTask("Whenever"));
   auto soon = newTask("Soon");
   soon->setDueDate(at(11, 3, 12));
@@ -63,18 +63,18 @@ TEST_P(CalendarStoreContract, TaskQueriesTellOpenDueAndCompletedTasksApart) {
   EXPECT_THAT(taskTitlesOf(store()->taskPredicateWithTasksCompletedSince(at(10, 20, 13), all)), testing::IsEmpty());
 }
 
-TEST_P(CalendarStoreContract, TaskQueriesThatNeedADateAreNotMadeWithoutOne) {
+TEST_P(CalContract, TaskQueriesThatNeedADateAreNotMadeWithoutOne) {
   EXPECT_EQ(store()->taskPredicateWithUncompletedTasksDueBefore(std::nullopt, store()->calendars()), nullptr);
   EXPECT_EQ(store()->taskPredicateWithTasksCompletedSince(std::nullopt, store()->calendars()), nullptr);
 }
 
-TEST_P(CalendarStoreContract, RemovesATask) {
+TEST_P(CalContract, RemovesATask) {
   const auto uid = saved(newTask("Tidy"));
   ASSERT_TRUE(store()->removeTask(store()->taskWithUID(uid), error));
   EXPECT_EQ(store()->taskWithUID(uid), nullptr);
 }
 
-TEST_P(CalendarStoreContract, AnEventIsNoTaskAndATaskNoEvent) {
+TEST_P(CalContract, AnEventIsNoTaskAndATaskNoEvent) {
   const auto event = addEvent("Review", at(11, 3, 9), at(11, 3, 10));
   const auto task = saved(newTask("Tidy"));
   EXPECT_EQ(store()->taskWithUID(event), nullptr);

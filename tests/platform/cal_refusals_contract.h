@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/calendar_store_contract.h"
+#include "platform/cal_contract.h"
 
 // What is refused, and with which error.
 
 namespace orlocal::contract {
 
-TEST_P(CalendarStoreContract, NothingIsRefusedWithAnErrorThatSaysWhy) {
+TEST_P(CalContract, NothingIsRefusedWithAnErrorThatSaysWhy) {
   const auto expectRefused = [this](bool saved) {
     EXPECT_FALSE(saved);
     ASSERT_TRUE(error);
@@ -22,7 +22,7 @@ TEST_P(CalendarStoreContract, NothingIsRefusedWithAnErrorThatSaysWhy) {
   expectRefused(store()->removeTask(nullptr, error));
 }
 
-TEST_P(CalendarStoreContract, RefusesAnEventWithoutCalendarStartOrEnd) {
+TEST_P(CalContract, RefusesAnEventWithoutCalendarStartOrEnd) {
   auto homeless = newEvent("Homeless", at(11, 3, 9), at(11, 3, 10));
   homeless->setCalendar(nullptr);
   EXPECT_FALSE(store()->saveEvent(homeless, CalSpan::kThisEvent, error));
@@ -35,13 +35,13 @@ TEST_P(CalendarStoreContract, RefusesAnEventWithoutCalendarStartOrEnd) {
   EXPECT_THAT(titlesBetween(at(11, 1, 0), at(11, 30, 0)), testing::IsEmpty());
 }
 
-TEST_P(CalendarStoreContract, RefusesATaskWithoutACalendar) {
+TEST_P(CalContract, RefusesATaskWithoutACalendar) {
   auto task = newTask("Homeless");
   task->setCalendar(nullptr);
   EXPECT_FALSE(store()->saveTask(task, error));
 }
 
-TEST_P(CalendarStoreContract, AReadOnlyCalendarTakesNoChanges) {
+TEST_P(CalContract, AReadOnlyCalendarTakesNoChanges) {
   const auto uid = addEvent("Fixed", at(11, 3, 9), at(11, 3, 10));
   const auto event = store()->eventWithUID(uid, std::nullopt);
   subject->makeReadOnly(*subject->eventCalendar()->uid());

@@ -1,8 +1,8 @@
 #include <utility>
 
 #include "platform/awaited_reminders.h"
+#include "platform/legacy/cal_store_face.h"
 #include "platform/legacy/calendar_face.h"
-#include "platform/legacy/calendar_store_face.h"
 #include "platform/legacy/event_face.h"
 #include "platform/legacy/task_face.h"
 #include "platform/platform.h"
@@ -47,22 +47,22 @@ EKCalendarArray behindAll(const CalCalendarArray& calendars) {
 
 }  // namespace
 
-std::shared_ptr<const CalPredicate> CalendarStoreFace::eventPredicateWithStartDate(Date start, Date end,
-                                                                                   const CalCalendarArray& calendars) {
+std::shared_ptr<const CalPredicate> CalCalendarStoreFace::eventPredicateWithStartDate(
+    Date start, Date end, const CalCalendarArray& calendars) {
   return faceOf<PredicateFace>(m_store->predicateForEvents(start, end, behindAll(calendars)));
 }
 
-std::shared_ptr<const CalPredicate> CalendarStoreFace::eventPredicateWithStartDate(Date start, Date end,
-                                                                                   std::string_view uid,
-                                                                                   const CalCalendarArray& calendars) {
+std::shared_ptr<const CalPredicate> CalCalendarStoreFace::eventPredicateWithStartDate(
+    Date start, Date end, std::string_view uid, const CalCalendarArray& calendars) {
   return faceOf<PredicateFace>(m_store->predicateForOneEvent(start, end, behindAll(calendars), uid));
 }
 
-std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithCalendars(const CalCalendarArray& calendars) {
+std::shared_ptr<const CalPredicate> CalCalendarStoreFace::taskPredicateWithCalendars(
+    const CalCalendarArray& calendars) {
   return faceOf<PredicateFace>(m_store->predicateForRemindersInCalendars(behindAll(calendars)));
 }
 
-std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithUncompletedTasks(
+std::shared_ptr<const CalPredicate> CalCalendarStoreFace::taskPredicateWithUncompletedTasks(
     const CalCalendarArray& calendars) {
   return faceOf<PredicateFace>(
       m_store->predicateForIncompleteReminders(std::nullopt, std::nullopt, behindAll(calendars)));
@@ -70,25 +70,25 @@ std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithUncomple
 
 // The current platform reads an absent date as no bound; the older one makes no predicate of it.
 
-std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithUncompletedTasksDueBefore(
+std::shared_ptr<const CalPredicate> CalCalendarStoreFace::taskPredicateWithUncompletedTasksDueBefore(
     std::optional<Date> date, const CalCalendarArray& calendars) {
   if (!date) { return nullptr; }
   return faceOf<PredicateFace>(m_store->predicateForIncompleteReminders(std::nullopt, date, behindAll(calendars)));
 }
 
-std::shared_ptr<const CalPredicate> CalendarStoreFace::taskPredicateWithTasksCompletedSince(
+std::shared_ptr<const CalPredicate> CalCalendarStoreFace::taskPredicateWithTasksCompletedSince(
     std::optional<Date> date, const CalCalendarArray& calendars) {
   if (!date) { return nullptr; }
   return faceOf<PredicateFace>(m_store->predicateForCompletedReminders(date, std::nullopt, behindAll(calendars)));
 }
 
-std::shared_ptr<const CalEventArray> CalendarStoreFace::eventsWithPredicate(
+std::shared_ptr<const CalEventArray> CalCalendarStoreFace::eventsWithPredicate(
     const std::shared_ptr<const CalPredicate>& predicate) {
   return faceOf<const EventArrayFace>(m_store->eventsMatchingPredicate(behind<const PredicateFace>(predicate)),
                                       m_surroundings);
 }
 
-std::shared_ptr<const CalTaskArray> CalendarStoreFace::tasksWithPredicate(
+std::shared_ptr<const CalTaskArray> CalCalendarStoreFace::tasksWithPredicate(
     const std::shared_ptr<const CalPredicate>& predicate) {
   return faceOf<const TaskArrayFace>(
       awaitedReminders(*m_store, behind<const PredicateFace>(predicate), m_surroundings.platform), m_surroundings);

@@ -1,4 +1,4 @@
-#include "platform/calendar_store.h"
+#include "platform/cal_framework.h"
 #include "platform/linux/store_fixture.h"
 #include "store/import.h"
 
@@ -6,11 +6,11 @@ namespace orlocal {
 namespace {
 
 /// What the older platform's face of the store adds to its contract.
-class CalendarStoreDetails : public StoreFixture {
+class CalDetails : public StoreFixture {
  protected:
-  CalendarStoreFramework& framework() {
+  CalFramework& framework() {
     kit();
-    return system->calendarStore();
+    return system->calFramework();
   }
   std::shared_ptr<CalCalendarStore> cal() { return framework().defaultCalendarStore(); }
 
@@ -31,13 +31,13 @@ class CalendarStoreDetails : public StoreFixture {
 
 using testing::ElementsAre;
 
-TEST_F(CalendarStoreDetails, ListsEventCalendarsBeforeReminderLists) {
+TEST_F(CalDetails, ListsEventCalendarsBeforeReminderLists) {
   std::vector<std::string> titles;
   for (const auto& calendar : cal()->calendars()) titles.push_back(*calendar->title());
   EXPECT_THAT(titles, ElementsAre("Calendar", "Reminders"));
 }
 
-TEST_F(CalendarStoreDetails, ANewCalendarHoldsEvents) {
+TEST_F(CalDetails, ANewCalendarHoldsEvents) {
   auto calendar = framework().calendar();
   calendar->setTitle("Club");
   ASSERT_TRUE(cal()->saveCalendar(calendar, error)) << error->localizedDescription;
@@ -47,7 +47,7 @@ TEST_F(CalendarStoreDetails, ANewCalendarHoldsEvents) {
   EXPECT_THAT(titles, ElementsAre("Calendar", "Club"));
 }
 
-TEST_F(CalendarStoreDetails, ASubscribedCalendarSaysSo) {
+TEST_F(CalDetails, ASubscribedCalendarSaysSo) {
   store::ImportOptions with;
   with.subscription = true;
   with.calendarTitle = "Feed";
@@ -60,7 +60,7 @@ TEST_F(CalendarStoreDetails, ASubscribedCalendarSaysSo) {
   EXPECT_FALSE(feed->isEditable());
 }
 
-TEST_F(CalendarStoreDetails, SavingAllOccurrencesKeepsTheBytesOfAUrl) {
+TEST_F(CalDetails, SavingAllOccurrencesKeepsTheBytesOfAUrl) {
   auto item = eventAt("Stand-up", 2026, 11, 2, 9);
   item.url = "https://example.org/a b";
   item.recurrence.rules.push_back(weekly());
@@ -72,7 +72,7 @@ TEST_F(CalendarStoreDetails, SavingAllOccurrencesKeepsTheBytesOfAUrl) {
   EXPECT_EQ((*otherStore()->event(uid))->url, "https://example.org/a b");
 }
 
-TEST_F(CalendarStoreDetails, KeepsTheNotesOfACalendar) {
+TEST_F(CalDetails, KeepsTheNotesOfACalendar) {
   auto calendar = cal()->calendars().front();
   calendar->setNotes("Floor 2");
   ASSERT_TRUE(cal()->saveCalendar(calendar, error));
@@ -84,7 +84,7 @@ TEST_F(CalendarStoreDetails, KeepsTheNotesOfACalendar) {
   EXPECT_EQ(cal()->calendars().front()->notes(), std::nullopt);
 }
 
-TEST_F(CalendarStoreDetails, RefusesAnItemInACalendarOfTheOtherKind) {
+TEST_F(CalDetails, RefusesAnItemInACalendarOfTheOtherKind) {
   auto task = framework().task();
   task->setTitle("Tidy");
   task->setCalendar(cal()->calendars().front());
@@ -93,12 +93,12 @@ TEST_F(CalendarStoreDetails, RefusesAnItemInACalendarOfTheOtherKind) {
   EXPECT_FALSE(error->localizedDescription.empty());
 }
 
-TEST_F(CalendarStoreDetails, RefusesToRemoveTheLastCalendarOfAKind) {
+TEST_F(CalDetails, RefusesToRemoveTheLastCalendarOfAKind) {
   EXPECT_FALSE(cal()->removeCalendar(cal()->calendars().front(), error));
   EXPECT_FALSE(cal()->removeCalendar(cal()->calendars().back(), error));
 }
 
-TEST_F(CalendarStoreDetails, FindsAChangedOccurrenceByItsOriginalDateWhereverItMoved) {
+TEST_F(CalDetails, FindsAChangedOccurrenceByItsOriginalDateWhereverItMoved) {
   const auto uid = addSeries();
   const auto second = cal()->eventWithUID(uid, moment("2026-11-03 09:00:00 +0100"));
   ASSERT_TRUE(second);
@@ -112,7 +112,7 @@ TEST_F(CalendarStoreDetails, FindsAChangedOccurrenceByItsOriginalDateWhereverItM
   EXPECT_EQ(cal()->eventWithUID(uid, moment("2026-12-24 15:00:00 +0100")), nullptr);
 }
 
-TEST_F(CalendarStoreDetails, AUidFindsItsChangedOccurrencesToo) {
+TEST_F(CalDetails, AUidFindsItsChangedOccurrencesToo) {
   const auto uid = addSeries();
   put(eventAt("Other", 2026, 11, 3, 12));
   const auto second = cal()->eventWithUID(uid, moment("2026-11-03 09:00:00 +0100"));
@@ -125,7 +125,7 @@ TEST_F(CalendarStoreDetails, AUidFindsItsChangedOccurrencesToo) {
 }
 
 /// A series that no whole calendar can be answered with.
-TEST_F(CalendarStoreDetails, LooksAtNoOtherEventForAUid) {
+TEST_F(CalDetails, LooksAtNoOtherEventForAUid) {
   const auto uid = addSeries();
   auto ticks = eventAt("Tick", 2010, 1, 1, 0);
   store::RecurrenceRule everyMinute;
@@ -143,7 +143,7 @@ TEST_F(CalendarStoreDetails, LooksAtNoOtherEventForAUid) {
   EXPECT_EQ(cal()->eventsWithPredicate(all)->count(), 3U);
 }
 
-TEST_F(CalendarStoreDetails, AnAnswerNarrowedToAUidFollowsTheStore) {
+TEST_F(CalDetails, AnAnswerNarrowedToAUidFollowsTheStore) {
   const auto uid = addSeries();
   const auto predicate = cal()->eventPredicateWithStartDate(
       moment("2026-11-01 00:00:00 +0100"), moment("2026-12-01 00:00:00 +0100"), uid, cal()->calendars());
@@ -153,7 +153,7 @@ TEST_F(CalendarStoreDetails, AnAnswerNarrowedToAUidFollowsTheStore) {
   EXPECT_EQ(cal()->eventsWithPredicate(predicate)->count(), 2U);
 }
 
-TEST_F(CalendarStoreDetails, SavingThisOccurrenceChangesItAlone) {
+TEST_F(CalDetails, SavingThisOccurrenceChangesItAlone) {
   const auto uid = addSeries();
   const auto second = cal()->eventWithUID(uid, moment("2026-11-03 09:00:00 +0100"));
   second->setTitle("Changed");
@@ -161,7 +161,7 @@ TEST_F(CalendarStoreDetails, SavingThisOccurrenceChangesItAlone) {
   EXPECT_THAT(titlesOfYear(), ElementsAre("Stand-up", "Changed", "Stand-up"));
 }
 
-TEST_F(CalendarStoreDetails, SavingFutureOccurrencesKeepsThePast) {
+TEST_F(CalDetails, SavingFutureOccurrencesKeepsThePast) {
   const auto uid = addSeries();
   const auto second = cal()->eventWithUID(uid, moment("2026-11-03 09:00:00 +0100"));
   second->setTitle("Changed");
@@ -169,7 +169,7 @@ TEST_F(CalendarStoreDetails, SavingFutureOccurrencesKeepsThePast) {
   EXPECT_THAT(titlesOfYear(), ElementsAre("Stand-up", "Changed", "Changed"));
 }
 
-TEST_F(CalendarStoreDetails, SavingAllOccurrencesFromOneOfThemChangesThePastToo) {
+TEST_F(CalDetails, SavingAllOccurrencesFromOneOfThemChangesThePastToo) {
   const auto uid = addSeries();
   const auto second = cal()->eventWithUID(uid, moment("2026-11-03 09:00:00 +0100"));
   second->setTitle("Changed");
@@ -182,7 +182,7 @@ TEST_F(CalendarStoreDetails, SavingAllOccurrencesFromOneOfThemChangesThePastToo)
   EXPECT_EQ(first->endDate(), moment("2026-11-02 11:00:00 +0100"));
 }
 
-TEST_F(CalendarStoreDetails, ReadsAttendeesWithAddressNameAndStatus) {
+TEST_F(CalDetails, ReadsAttendeesWithAddressNameAndStatus) {
   auto item = eventAt("Review", 2026, 11, 3, 9);
   store::Attendee organizer;
   organizer.address = "mailto:boss@example.org";
@@ -204,7 +204,7 @@ TEST_F(CalendarStoreDetails, ReadsAttendeesWithAddressNameAndStatus) {
   EXPECT_EQ(attendees->at(1)->status(), "NEEDS-ACTION");
 }
 
-TEST_F(CalendarStoreDetails, AnAlarmKeepsTheActionThatWasNamed) {
+TEST_F(CalDetails, AnAlarmKeepsTheActionThatWasNamed) {
   auto event = framework().event();
   const auto alarm = framework().alarm();
   alarm->setAction(std::string(CalAlarmActionDisplay));
@@ -215,7 +215,7 @@ TEST_F(CalendarStoreDetails, AnAlarmKeepsTheActionThatWasNamed) {
   EXPECT_EQ(event->alarms().front()->action(), CalAlarmActionDisplay);
 }
 
-TEST_F(CalendarStoreDetails, AnItemHandsOutTheSameAlarmAgain) {
+TEST_F(CalDetails, AnItemHandsOutTheSameAlarmAgain) {
   auto event = framework().event();
   const auto alarm = framework().alarm();
   event->addAlarm(alarm);
@@ -223,7 +223,7 @@ TEST_F(CalendarStoreDetails, AnItemHandsOutTheSameAlarmAgain) {
   EXPECT_EQ(event->alarms().front()->action(), std::nullopt);
 }
 
-TEST_F(CalendarStoreDetails, ADueDateIsAMomentInTheDefaultZone) {
+TEST_F(CalDetails, ADueDateIsAMomentInTheDefaultZone) {
   auto task = framework().task();
   task->setTitle("Tidy");
   task->setCalendar(cal()->calendars().back());

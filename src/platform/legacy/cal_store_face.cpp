@@ -1,4 +1,4 @@
-#include "platform/legacy/calendar_store_face.h"
+#include "platform/legacy/cal_store_face.h"
 
 #include "platform/legacy/calendar_face.h"
 #include "platform/legacy/event_face.h"
@@ -26,7 +26,7 @@ bool told(bool done, std::optional<Error>& error) {
 
 }  // namespace
 
-CalCalendarArray CalendarStoreFace::calendars() {
+CalCalendarArray CalCalendarStoreFace::calendars() {
   CalCalendarArray result;
   for (const auto type : {EKEntityType::kEvent, EKEntityType::kReminder}) {
     for (const auto& calendar : m_store->calendarsForEntityType(type)) {
@@ -36,22 +36,22 @@ CalCalendarArray CalendarStoreFace::calendars() {
   return result;
 }
 
-std::shared_ptr<CalCalendar> CalendarStoreFace::calendarWithUID(std::string_view uid) {
+std::shared_ptr<CalCalendar> CalCalendarStoreFace::calendarWithUID(std::string_view uid) {
   return faceOf<CalendarFace>(m_store->calendarWithIdentifier(uid));
 }
 
-std::shared_ptr<CalEvent> CalendarStoreFace::eventWithUID(std::string_view uid, std::optional<Date> occurrence) {
+std::shared_ptr<CalEvent> CalCalendarStoreFace::eventWithUID(std::string_view uid, std::optional<Date> occurrence) {
   return faceOf<EventFace>(
       occurrence ? m_store->occurrenceOfEvent(uid, *occurrence) : m_store->eventWithIdentifier(uid), m_surroundings);
 }
 
-std::shared_ptr<CalTask> CalendarStoreFace::taskWithUID(std::string_view uid) {
+std::shared_ptr<CalTask> CalCalendarStoreFace::taskWithUID(std::string_view uid) {
   // Events have identifiers of the same kind; an event is no task.
   return faceOf<TaskFace>(std::dynamic_pointer_cast<EKReminder>(m_store->calendarItemWithIdentifier(uid)),
                           m_surroundings);
 }
 
-bool CalendarStoreFace::saveCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
+bool CalCalendarStoreFace::saveCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
   const auto object = behind<CalendarFace>(calendar);
   // The older platform has no sources to choose from: a new calendar comes where new events go.
   if (object && !object->source()) {
@@ -60,23 +60,25 @@ bool CalendarStoreFace::saveCalendar(const std::shared_ptr<CalCalendar>& calenda
   return told(m_store->saveCalendar(object, true, error), error);
 }
 
-bool CalendarStoreFace::saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
+bool CalCalendarStoreFace::saveEvent(const std::shared_ptr<CalEvent>& event, CalSpan span,
+                                     std::optional<Error>& error) {
   return told(m_store->saveEvent(behind<EventFace>(event), spanOf(span), true, error), error);
 }
 
-bool CalendarStoreFace::saveTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
+bool CalCalendarStoreFace::saveTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
   return told(m_store->saveReminder(behind<TaskFace>(task), true, error), error);
 }
 
-bool CalendarStoreFace::removeCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
+bool CalCalendarStoreFace::removeCalendar(const std::shared_ptr<CalCalendar>& calendar, std::optional<Error>& error) {
   return told(m_store->removeCalendar(behind<CalendarFace>(calendar), true, error), error);
 }
 
-bool CalendarStoreFace::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span, std::optional<Error>& error) {
+bool CalCalendarStoreFace::removeEvent(const std::shared_ptr<CalEvent>& event, CalSpan span,
+                                       std::optional<Error>& error) {
   return told(m_store->removeEvent(behind<EventFace>(event), spanOf(span), true, error), error);
 }
 
-bool CalendarStoreFace::removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
+bool CalCalendarStoreFace::removeTask(const std::shared_ptr<CalTask>& task, std::optional<Error>& error) {
   return told(m_store->removeReminder(behind<TaskFace>(task), true, error), error);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/calendar_store_contract.h"
+#include "platform/cal_contract.h"
 
 // What repeating events and their rules promise.
 
@@ -8,12 +8,12 @@ namespace orlocal::contract {
 
 // Repeating events
 
-TEST_P(CalendarStoreContract, ADailyEventIsFoundOnEachOfItsDays) {
+TEST_P(CalContract, ADailyEventIsFoundOnEachOfItsDays) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   EXPECT_THAT(startsOf(uid), testing::ElementsAre(at(11, 2, 9), at(11, 3, 9), at(11, 4, 9)));
 }
 
-TEST_P(CalendarStoreContract, AUidAloneOpensTheFirstOccurrence) {
+TEST_P(CalContract, AUidAloneOpensTheFirstOccurrence) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   const auto event = store()->eventWithUID(uid, std::nullopt);
   ASSERT_TRUE(event);
@@ -21,7 +21,7 @@ TEST_P(CalendarStoreContract, AUidAloneOpensTheFirstOccurrence) {
   EXPECT_EQ(event->occurrence(), at(11, 2, 9));
 }
 
-TEST_P(CalendarStoreContract, AnOccurrenceDateOpensThatOccurrence) {
+TEST_P(CalContract, AnOccurrenceDateOpensThatOccurrence) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   const auto event = store()->eventWithUID(uid, at(11, 3, 9));
   ASSERT_TRUE(event);
@@ -29,13 +29,13 @@ TEST_P(CalendarStoreContract, AnOccurrenceDateOpensThatOccurrence) {
   EXPECT_EQ(event->occurrence(), at(11, 3, 9));
 }
 
-TEST_P(CalendarStoreContract, AnOccurrenceThatTheSeriesDoesNotHaveIsNotFound) {
+TEST_P(CalContract, AnOccurrenceThatTheSeriesDoesNotHaveIsNotFound) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   EXPECT_EQ(store()->eventWithUID(uid, at(11, 3, 10)), nullptr);
   EXPECT_EQ(store()->eventWithUID(uid, at(11, 9, 9)), nullptr);
 }
 
-TEST_P(CalendarStoreContract, GivesBackTheRuleOfASavedEvent) {
+TEST_P(CalContract, GivesBackTheRuleOfASavedEvent) {
   auto event = newEvent("Stand-up", at(11, 2, 9), at(11, 2, 10));
   event->setRecurrenceRule(
       framework().initDailyRecurrenceWithInterval(2, framework().recurrenceEndWithOccurrenceCount(5)));
@@ -47,7 +47,7 @@ TEST_P(CalendarStoreContract, GivesBackTheRuleOfASavedEvent) {
   EXPECT_EQ(rule->recurrenceEnd()->occurrenceCount(), 5);
 }
 
-TEST_P(CalendarStoreContract, AnEventWithoutARuleDoesNotRepeat) {
+TEST_P(CalContract, AnEventWithoutARuleDoesNotRepeat) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   const auto event = store()->eventWithUID(uid, std::nullopt);
   event->setRecurrenceRule(nullptr);
@@ -56,19 +56,19 @@ TEST_P(CalendarStoreContract, AnEventWithoutARuleDoesNotRepeat) {
   EXPECT_EQ(store()->eventWithUID(uid, std::nullopt)->recurrenceRule(), nullptr);
 }
 
-TEST_P(CalendarStoreContract, RemovingThisOccurrenceLeavesTheOthers) {
+TEST_P(CalContract, RemovingThisOccurrenceLeavesTheOthers) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   ASSERT_TRUE(store()->removeEvent(store()->eventWithUID(uid, at(11, 3, 9)), CalSpan::kThisEvent, error));
   EXPECT_THAT(startsOf(uid), testing::ElementsAre(at(11, 2, 9), at(11, 4, 9)));
 }
 
-TEST_P(CalendarStoreContract, RemovingFutureOccurrencesKeepsThePast) {
+TEST_P(CalContract, RemovingFutureOccurrencesKeepsThePast) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   ASSERT_TRUE(store()->removeEvent(store()->eventWithUID(uid, at(11, 3, 9)), CalSpan::kFutureEvents, error));
   EXPECT_THAT(startsOf(uid), testing::ElementsAre(at(11, 2, 9)));
 }
 
-TEST_P(CalendarStoreContract, RemovingAllOccurrencesFromOneOfThemRemovesThePastToo) {
+TEST_P(CalContract, RemovingAllOccurrencesFromOneOfThemRemovesThePastToo) {
   const auto uid = addDailyEvent("Stand-up", at(11, 2, 9), at(11, 2, 10), 3);
   ASSERT_TRUE(store()->removeEvent(store()->eventWithUID(uid, at(11, 3, 9)), CalSpan::kAllEvents, error));
   EXPECT_EQ(store()->eventWithUID(uid, std::nullopt), nullptr);
@@ -76,7 +76,7 @@ TEST_P(CalendarStoreContract, RemovingAllOccurrencesFromOneOfThemRemovesThePastT
 
 // Rules
 
-TEST_P(CalendarStoreContract, EveryMakerOfRulesMakesItsKind) {
+TEST_P(CalContract, EveryMakerOfRulesMakesItsKind) {
   auto& make = framework();
   EXPECT_EQ(make.initDailyRecurrenceWithInterval(1, nullptr)->recurrenceType(), 0);
   EXPECT_EQ(make.initWeeklyRecurrenceWithInterval(1, nullptr)->recurrenceType(), 1);
@@ -88,7 +88,7 @@ TEST_P(CalendarStoreContract, EveryMakerOfRulesMakesItsKind) {
   EXPECT_THAT(make.initYearlyRecurrenceWithInterval(1, {1, 6}, nullptr)->monthsOfTheYear(), testing::ElementsAre(1, 6));
 }
 
-TEST_P(CalendarStoreContract, AnNthWeekdayIsNoDayOfTheWeek) {
+TEST_P(CalContract, AnNthWeekdayIsNoDayOfTheWeek) {
   const auto monthly = framework().initMonthlyRecurrenceWithInterval(1, 3, 2, nullptr);
   ASSERT_TRUE(monthly);
   ASSERT_EQ(monthly->nthWeekDaysOfTheMonth().size(), 1U);
@@ -101,20 +101,20 @@ TEST_P(CalendarStoreContract, AnNthWeekdayIsNoDayOfTheWeek) {
   EXPECT_THAT(yearly->monthsOfTheYear(), testing::ElementsAre(11));
 }
 
-TEST_P(CalendarStoreContract, RulesThatCannotBeAreNotMade) {
+TEST_P(CalContract, RulesThatCannotBeAreNotMade) {
   auto& make = framework();
   EXPECT_EQ(make.initDailyRecurrenceWithInterval(0, nullptr), nullptr);
   EXPECT_EQ(make.initWeeklyRecurrenceWithInterval(-1, nullptr), nullptr);
-  EXPECT_EQ(make.initWeeklyRecurrenceWithInterval(1, CalendarStoreFramework::Numbers{8}, nullptr), nullptr);
-  EXPECT_EQ(make.initWeeklyRecurrenceWithInterval(1, CalendarStoreFramework::Numbers{}, nullptr), nullptr);
-  EXPECT_EQ(make.initMonthlyRecurrenceWithInterval(1, CalendarStoreFramework::Numbers{32}, nullptr), nullptr);
-  EXPECT_EQ(make.initMonthlyRecurrenceWithInterval(1, CalendarStoreFramework::Numbers{0}, nullptr), nullptr);
+  EXPECT_EQ(make.initWeeklyRecurrenceWithInterval(1, CalFramework::Numbers{8}, nullptr), nullptr);
+  EXPECT_EQ(make.initWeeklyRecurrenceWithInterval(1, CalFramework::Numbers{}, nullptr), nullptr);
+  EXPECT_EQ(make.initMonthlyRecurrenceWithInterval(1, CalFramework::Numbers{32}, nullptr), nullptr);
+  EXPECT_EQ(make.initMonthlyRecurrenceWithInterval(1, CalFramework::Numbers{0}, nullptr), nullptr);
   EXPECT_EQ(make.initMonthlyRecurrenceWithInterval(1, 2, 0, nullptr), nullptr);
   EXPECT_EQ(make.initMonthlyRecurrenceWithInterval(1, 8, 1, nullptr), nullptr);
-  EXPECT_EQ(make.initYearlyRecurrenceWithInterval(1, CalendarStoreFramework::Numbers{13}, nullptr), nullptr);
+  EXPECT_EQ(make.initYearlyRecurrenceWithInterval(1, CalFramework::Numbers{13}, nullptr), nullptr);
 }
 
-TEST_P(CalendarStoreContract, AnEndIsADateOrACount) {
+TEST_P(CalContract, AnEndIsADateOrACount) {
   const auto date = framework().recurrenceEndWithEndDate(at(11, 30, 0));
   EXPECT_TRUE(date->usesEndDate());
   EXPECT_EQ(date->endDate(), at(11, 30, 0));
@@ -126,7 +126,7 @@ TEST_P(CalendarStoreContract, AnEndIsADateOrACount) {
   EXPECT_EQ(framework().recurrenceEndWithOccurrenceCount(0), nullptr);
 }
 
-TEST_P(CalendarStoreContract, ARuleWithoutAnEndGoesOn) {
+TEST_P(CalContract, ARuleWithoutAnEndGoesOn) {
   EXPECT_EQ(framework().initDailyRecurrenceWithInterval(1, nullptr)->recurrenceEnd(), nullptr);
 }
 
