@@ -10,6 +10,7 @@
 #include "base/try.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
+#include "host/commands/json_text.h"
 #include "host/commands/plugin_host.h"
 #include "host/commands/step_definition.h"
 #include "host/commands/trouble.h"
@@ -56,10 +57,6 @@ OrderedJson entryOf(const RegistrationKey& key, const std::u16string& name, cons
           {"typeAhead", parts.words},           {"flags", flags}};
 }
 
-void printJson(CommandContext& context, const OrderedJson& list) {
-  context.streams.out << list.dump(2, ' ', false, OrderedJson::error_handler_t::replace) << '\n';
-}
-
 void listFunctions(CommandContext& context) {
   const auto functions = Registry::instance().functions();
   if (context.options.json) {
@@ -71,7 +68,7 @@ void listFunctions(CommandContext& context) {
       entry["maximumArguments"] = function->maxArgs;
       list.push_back(std::move(entry));
     }
-    return printJson(context, list);
+    return printJson(list, context.streams.out);
   }
   for (const auto& function : functions) {
     context.streams.out << fmt::format("{}\n    {}\n", calc::harmless(toUtf8(function->prototype)),
@@ -130,7 +127,7 @@ bool listSteps(CommandContext& context) {
       context.streams.out << fmt::format("      {}\n", calc::harmless(describeParameter(parameter)));
     }
   }
-  if (context.options.json) { printJson(context, list); }
+  if (context.options.json) { printJson(list, context.streams.out); }
   return readable;
 }
 
