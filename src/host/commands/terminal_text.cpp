@@ -106,10 +106,10 @@ std::string padded(std::string_view text, std::size_t width) {
   return out;
 }
 
-std::string Ink::coloured(const std::optional<store::Rgb>& colour, std::string_view text) const {
-  if (!colour) { return std::string(text); }
-  return wrapped(
-      fmt::format("\x1b[38;2;{};{};{}m", channel(colour->red), channel(colour->green), channel(colour->blue)), text);
+std::string Ink::colored(const std::optional<store::Rgb>& color, std::string_view text) const {
+  if (!color) { return std::string(text); }
+  return wrapped(fmt::format("\x1b[38;2;{};{};{}m", channel(color->red), channel(color->green), channel(color->blue)),
+                 text);
 }
 
 std::string Ink::wrapped(std::string_view begin, std::string_view text) const {

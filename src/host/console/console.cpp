@@ -60,7 +60,7 @@ bool Console::run() {
     const bool ended = line.outcome == LineSource::Outcome::kEnd;
     if (ended && lines.empty()) {
       // The shell prompt that follows Ctrl-D begins on a line of its own.
-      if (m_parts.colours) { m_parts.out << '\n'; }
+      if (m_parts.colors) { m_parts.out << '\n'; }
       break;
     }
     if (!ended) {
@@ -117,7 +117,7 @@ void Console::show(const Result<calc::Outcome>& outcome, const std::string& entr
   }
   const std::vector<std::string> lines = calc::linesOf(outcome->value);
   const std::string_view type = calc::typeName(outcome->value);
-  const auto shown = [&](const std::string& line) { return m_parts.colours ? calc::harmless(line) : line; };
+  const auto shown = [&](const std::string& line) { return m_parts.colors ? calc::harmless(line) : line; };
   if (outcome->value.isEmpty() && outcome->value.isValid()) {
     m_parts.out << dim("(empty)") << '\n';
   } else if (lines.size() == 1) {
@@ -133,7 +133,7 @@ void Console::show(const Result<calc::Outcome>& outcome, const std::string& entr
 }
 
 std::string Console::dim(const std::string& text) const {
-  return m_parts.colours ? fmt::format("\x1B[2m{}\x1B[0m", text) : text;
+  return m_parts.colors ? fmt::format("\x1B[2m{}\x1B[0m", text) : text;
 }
 
 }  // namespace orlocal::host

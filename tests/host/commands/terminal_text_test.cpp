@@ -53,15 +53,15 @@ TEST(Padded, FillsUpToTheWidthAndCutsNothing) {
   EXPECT_EQ(padded("abc", 2), "abc");
 }
 
-TEST(InkOnATerminal, WritesTrueColours) {
-  EXPECT_EQ(Ink(true).coloured(store::Rgb{1, 0.5, 0}, "x"), "\x1b[38;2;255;128;0mx\x1b[0m");
-  EXPECT_EQ(Ink(true).coloured(store::Rgb{300, -1, 0}, "x"), "\x1b[38;2;255;0;0mx\x1b[0m");
-  EXPECT_EQ(Ink(true).coloured(std::nullopt, "x"), "x");
+TEST(InkOnATerminal, WritesTrueColors) {
+  EXPECT_EQ(Ink(true).colored(store::Rgb{1, 0.5, 0}, "x"), "\x1b[38;2;255;128;0mx\x1b[0m");
+  EXPECT_EQ(Ink(true).colored(store::Rgb{300, -1, 0}, "x"), "\x1b[38;2;255;0;0mx\x1b[0m");
+  EXPECT_EQ(Ink(true).colored(std::nullopt, "x"), "x");
 }
 
 TEST(InkElsewhere, WritesTheTextAlone) {
   EXPECT_EQ(Ink(false).bold("x"), "x");
-  EXPECT_EQ(Ink(false).coloured(store::Rgb{1, 0.5, 0}, "x"), "x");
+  EXPECT_EQ(Ink(false).colored(store::Rgb{1, 0.5, 0}, "x"), "x");
 }
 
 TEST(DayFromWords, ReadsDaysAsPeopleTypeThem) {
