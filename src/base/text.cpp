@@ -10,27 +10,19 @@ namespace {
 
 using Byte = unsigned char;
 
-constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
 }  // namespace
 
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) { text.remove_prefix(1); }
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) { text.remove_suffix(1); }
-  return text;
+std::string inCapitals(std::string_view text) {
+  std::string upper(text);
+  std::ranges::transform(upper, upper.begin(), asciiUpper<char>);
+  return upper;
 }
 
 bool equalsNoCase(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return lower(a) == lower(b); });
+  return std::ranges::equal(left, right, {}, asciiLower<char>, asciiLower<char>);
 }
 
-std::string_view withoutQuotes(std::string_view text) {
-  const auto idle = [](char c) { return c == ' ' || c == '\t' || c == '"'; };
-  while (!text.empty() && idle(text.front())) { text.remove_prefix(1); }
-  while (!text.empty() && idle(text.back())) { text.remove_suffix(1); }
-  return text;
-}
+std::string_view withoutQuotes(std::string_view text) { return trimmed(text, " \t\""); }
 
 std::vector<std::string_view> splitUnescaped(std::string_view value, char separator) {
   std::vector<std::string_view> parts;

@@ -17,15 +17,9 @@ std::size_t widthAt(std::u16string_view text, std::size_t unit) {
   return isHighSurrogate(text[unit]) && unit + 1 < text.size() && isLowSurrogate(text[unit + 1]) ? 2 : 1;
 }
 
-char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 }  // namespace
 
 std::string lowerName(std::string_view name) { return toUtf8(toLower(toUtf16(name))); }
-
-bool equalWords(std::string_view left, std::string_view right) {
-  return std::ranges::equal(left, right, {}, asciiLower, asciiLower);
-}
 
 std::size_t characterCount(std::u16string_view text) {
   std::size_t count = 0;

@@ -1,12 +1,14 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
 #include "base/try.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
@@ -29,16 +31,14 @@ struct Description {
   std::string text;
 };
 
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 Description descriptionOf(std::u16string_view description) {
   const std::string whole = toUtf8(description);
   const std::size_t bar = whole.find('|');
-  if (bar == std::string::npos) { return {"", trimmed(whole)}; }
-  return {trimmed(whole.substr(0, bar)), trimmed(whole.substr(bar + 1))};
+  const auto part = [&](std::size_t from, std::size_t size = std::string::npos) {
+    return std::string(trimmed(std::string_view(whole).substr(from, size), " "));
+  };
+  if (bar == std::string::npos) { return {"", part(0)}; }
+  return {part(0, bar), part(bar + 1)};
 }
 
 /// The four characters that name a plug-in.

@@ -8,6 +8,7 @@
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
+#include "base/text.h"
 #include "host/fmwrapper/text_search.h"
 
 namespace orlocal::host {
@@ -114,8 +115,7 @@ Folded foldedWithOrigins(std::u16string_view text) {
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t origin = at;
     if (text[at] < 0x80) {
-      const char16_t unit = text[at++];
-      folded.units.push_back(unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit);
+      folded.units.push_back(asciiLower(text[at++]));
     } else {
       nextCharacter(text, at);
       folded.units += foldCase(text.substr(origin, at - origin));
@@ -173,7 +173,7 @@ std::u16string toUtf16(std::string_view bytes) {
 std::u16string toUpper(std::u16string_view text) {
   if (isAscii(text)) {
     std::u16string result(text);
-    for (char16_t& unit : result) { unit = unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit; }
+    std::ranges::transform(result, result.begin(), asciiUpper<char16_t>);
     return result;
   }
   return converted(text, [](char16_t* to, std::int32_t room, const char16_t* from, std::int32_t length,
@@ -183,7 +183,7 @@ std::u16string toUpper(std::u16string_view text) {
 std::u16string toLower(std::u16string_view text) {
   if (isAscii(text)) {
     std::u16string result(text);
-    for (char16_t& unit : result) { unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit; }
+    std::ranges::transform(result, result.begin(), asciiLower<char16_t>);
     return result;
   }
   return converted(text, [](char16_t* to, std::int32_t room, const char16_t* from, std::int32_t length,

@@ -10,12 +10,12 @@
 #include <unicode/stringpiece.h>
 #include <unicode/utypes.h>
 
+#include "base/text.h"
+
 namespace orlocal {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-
-constexpr char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 /// Copies characters, changed by `convert`, and says whether all of them were ASCII; otherwise the copy is of no use.
 /// These texts are most of what passes between host and plug-in, so it goes eight at a time.
@@ -148,7 +148,7 @@ std::u16string utf16FromUtf8(std::string_view text) {
 
 std::string lowercase(std::string_view text) {
   std::string out(text.size(), '\0');
-  if (copyAscii(text.data(), out.data(), text.size(), asciiLower)) { return out; }
+  if (copyAscii(text.data(), out.data(), text.size(), asciiLower<char>)) { return out; }
 
   out.clear();
   UErrorCode status = U_ZERO_ERROR;

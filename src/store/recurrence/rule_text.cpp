@@ -108,7 +108,7 @@ Status readPart(RecurrenceRule& rule, std::string_view part, std::string_view na
     if (!rule.weekStart) { return badPart(part); }
   } else if (equalsNoCase(name, "RSCALE")) {
     if (value.empty()) { return badPart(part); }
-    for (char c : value) { rule.scale += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+    rule.scale += inCapitals(value);
   } else if (equalsNoCase(name, "SKIP")) {
     const auto* found =
         std::find_if(kSkips.begin(), kSkips.end(), [&](auto known) { return equalsNoCase(known, value); });
