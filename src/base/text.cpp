@@ -4,13 +4,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/utf.h"
+
 namespace orlocal {
-
-namespace {
-
-using Byte = unsigned char;
-
-}  // namespace
 
 std::string inCapitals(std::string_view text) {
   std::string upper(text);
@@ -40,21 +36,8 @@ std::vector<std::string_view> splitUnescaped(std::string_view value, char separa
 }
 
 std::size_t characterLength(std::string_view bytes) {
-  const auto* at = reinterpret_cast<const Byte*>(bytes.data());
-  const Byte lead = *at;
-  if (lead < 0x80) { return 1; }
-  const std::size_t length = lead >= 0xF5 ? 0 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 0;
-  if (length == 0 || bytes.size() < length) { return 0; }
-  const Byte second = at[1];
-  // Overlong forms, surrogates, and what lies past U+10FFFF.
-  if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) || (lead == 0xF0 && second < 0x90) ||
-      (lead == 0xF4 && second > 0x8F)) {
-    return 0;
-  }
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((at[i] & 0xC0) != 0x80) { return 0; }
-  }
-  return length;
+  std::size_t length = 0;
+  return nextWellFormed(bytes, length) ? length : 0;
 }
 
 bool isUtf8(std::string_view bytes) {

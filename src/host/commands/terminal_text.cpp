@@ -1,10 +1,12 @@
 #include "host/commands/terminal_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <iterator>
 
 #include <fmt/format.h>
+#include <unicode/utf8.h>
 
 #include "base/text.h"
 #include "host/calc/rendering.h"
@@ -39,18 +41,11 @@ constexpr std::string_view kReplacement = "\uFFFD";
 
 /// Bytes of the character that begins `text`; 0 where none does.
 std::size_t characterLength(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text[0]);
-  const std::size_t length = lead < 0x80   ? 1
-                             : lead < 0xC0 ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                             : lead < 0xF8 ? 4
-                                           : 0;
-  if (length > text.size()) { return 0; }
-  for (std::size_t k = 1; k < length; ++k) {
-    if ((static_cast<unsigned char>(text[k]) & 0xC0U) != 0x80U) { return 0; }
-  }
-  return length;
+  const int ones = std::countl_one(static_cast<unsigned char>(text[0]));
+  const std::size_t length = ones == 0 ? 1 : static_cast<std::size_t>(ones);
+  if (ones == 1 || length > U8_MAX_LENGTH || length > text.size()) { return 0; }
+  const bool whole = std::ranges::all_of(text.substr(1, length - 1), [](char byte) { return U8_IS_TRAIL(byte); });
+  return whole ? length : 0;
 }
 
 /// Calls `visit(character, bytes)` for each character; a stray byte comes as U+FFFD, so that nothing hides behind it.
@@ -63,10 +58,10 @@ void eachCharacter(std::string_view text, Visit visit) {
       text.remove_prefix(1);
       continue;
     }
-    const auto lead = static_cast<unsigned char>(text[0]);
-    char32_t c = length == 1 ? lead : lead & (0x7FU >> length);
-    for (std::size_t k = 1; k < length; ++k) { c = (c << 6) | (static_cast<unsigned char>(text[k]) & 0x3FU); }
-    visit(c, text.substr(0, length));
+    UChar32 c = 0;
+    std::size_t behind = 0;
+    U8_NEXT_UNSAFE(text.data(), behind, c);
+    visit(static_cast<char32_t>(c), text.substr(0, length));
     text.remove_prefix(length);
   }
 }
