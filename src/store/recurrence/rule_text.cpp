@@ -17,7 +17,6 @@ namespace {
 constexpr std::array<std::string_view, 7> kFrequencies{"SECONDLY", "MINUTELY", "HOURLY", "DAILY",
                                                        "WEEKLY",   "MONTHLY",  "YEARLY"};
 constexpr std::array<std::string_view, 3> kSkips{"OMIT", "BACKWARD", "FORWARD"};
-constexpr std::array<std::string_view, 7> kWeekDays{"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
 
 /// The parts of a rule that are plain lists of numbers, in the order they are written.
 struct ListPart {
