@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "base/civil_date.h"
 #include "base/text.h"
-#include "host/fmwrapper/date_parts.h"
 #include "host/fmwrapper/date_time.h"
 
 namespace orlocal::host {
@@ -85,7 +85,7 @@ std::int64_t fullYear(std::int64_t ending) {
 
 std::optional<DateTime> existingDate(std::int64_t year, std::int64_t month, std::int64_t day) {
   if (year < 1 || year > 4000 || month < 1 || month > 12) { return std::nullopt; }
-  if (day < 1 || day > daysOfMonth(year, static_cast<int>(month))) { return std::nullopt; }
+  if (day < 1 || day > monthLength(year, static_cast<int>(month))) { return std::nullopt; }
   return DateTime::fromDate(year, month, day);
 }
 
