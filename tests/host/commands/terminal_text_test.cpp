@@ -46,6 +46,24 @@ TEST(DisplayWidth, CountsCells) {
   EXPECT_EQ(displayWidth(""), 0U);
 }
 
+TEST(DisplayWidth, IsTwoForEastAsianWideLettersAndEmojiShownAsPictures) {
+  for (const char* wide : {"한", "Ａ", "。", "☔", "⭐", "⚽", "𠀀", "🀄"}) { EXPECT_EQ(displayWidth(wide), 2U) << wide; }
+  for (const char* narrow : {"ｱ", "☀", "★", "🌡", "🕷", "①"}) { EXPECT_EQ(displayWidth(narrow), 1U) << narrow; }
+}
+
+TEST(DisplayWidth, IsNoneForWhatJoinsTheLetterBefore) {
+  EXPECT_EQ(displayWidth("ш\u0483"), 1U);
+  EXPECT_EQ(displayWidth("か\u3099"), 2U);
+  EXPECT_EQ(displayWidth("नम\u200cस\u094d"), 3U);
+  EXPECT_EQ(displayWidth("👍🏽"), 2U);
+  EXPECT_EQ(displayWidth("❤\uFE0F"), 1U);
+}
+
+TEST(DisplayWidth, CountsFormatCharactersThatAreSeen) {
+  EXPECT_EQ(displayWidth("a\u00ADb"), 3U);
+  EXPECT_EQ(displayWidth("\u0600"), 1U);
+}
+
 TEST(DisplayWidth, SurvivesBytesThatAreNoText) { EXPECT_GT(displayWidth("\xF0\x9F"), 0U); }
 
 TEST(Padded, FillsUpToTheWidthAndCutsNothing) {
