@@ -4,33 +4,21 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/utf.h"
+
 namespace orlocal {
 
-namespace {
-
-using Byte = unsigned char;
-
-constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
-}  // namespace
-
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) { text.remove_prefix(1); }
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) { text.remove_suffix(1); }
-  return text;
+std::string inCapitals(std::string_view text) {
+  std::string upper(text);
+  std::ranges::transform(upper, upper.begin(), asciiUpper<char>);
+  return upper;
 }
 
 bool equalsNoCase(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return lower(a) == lower(b); });
+  return std::ranges::equal(left, right, {}, asciiLower<char>, asciiLower<char>);
 }
 
-std::string_view withoutQuotes(std::string_view text) {
-  const auto idle = [](char c) { return c == ' ' || c == '\t' || c == '"'; };
-  while (!text.empty() && idle(text.front())) { text.remove_prefix(1); }
-  while (!text.empty() && idle(text.back())) { text.remove_suffix(1); }
-  return text;
-}
+std::string_view withoutQuotes(std::string_view text) { return trimmed(text, " \t\""); }
 
 std::vector<std::string_view> splitUnescaped(std::string_view value, char separator) {
   std::vector<std::string_view> parts;
@@ -48,21 +36,8 @@ std::vector<std::string_view> splitUnescaped(std::string_view value, char separa
 }
 
 std::size_t characterLength(std::string_view bytes) {
-  const auto* at = reinterpret_cast<const Byte*>(bytes.data());
-  const Byte lead = *at;
-  if (lead < 0x80) { return 1; }
-  const std::size_t length = lead >= 0xF5 ? 0 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 0;
-  if (length == 0 || bytes.size() < length) { return 0; }
-  const Byte second = at[1];
-  // Overlong forms, surrogates, and what lies past U+10FFFF.
-  if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) || (lead == 0xF0 && second < 0x90) ||
-      (lead == 0xF4 && second > 0x8F)) {
-    return 0;
-  }
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((at[i] & 0xC0) != 0x80) { return 0; }
-  }
-  return length;
+  std::size_t length = 0;
+  return nextWellFormed(bytes, length) ? length : 0;
 }
 
 bool isUtf8(std::string_view bytes) {

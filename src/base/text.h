@@ -1,15 +1,37 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace orlocal {
 
+/// Letters of ASCII change, everything else stays.
+template <class Char>
+constexpr Char asciiLower(Char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<Char>(c + ('a' - 'A')) : c;
+}
+template <class Char>
+constexpr Char asciiUpper(Char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<Char>(c - ('a' - 'A')) : c;
+}
+std::string inCapitals(std::string_view text);
+
 /// ASCII letters count as the same in capitals and small.
 bool equalsNoCase(std::string_view left, std::string_view right);
+
+/// Without the blanks around it.
+template <class Char>
+constexpr std::basic_string_view<Char> trimmed(std::basic_string_view<Char> text,
+                                               std::type_identity_t<std::basic_string_view<Char>> blanks) {
+  while (!text.empty() && blanks.find(text.front()) != blanks.npos) { text.remove_prefix(1); }
+  while (!text.empty() && blanks.find(text.back()) != blanks.npos) { text.remove_suffix(1); }
+  return text;
+}
 /// Without the spaces and tabs around it.
-std::string_view trimmed(std::string_view text);
+constexpr std::string_view trimmed(std::string_view text) { return trimmed(text, " \t"); }
 /// The same, and without quotes.
 std::string_view withoutQuotes(std::string_view text);
 /// Splits at a separator that is not escaped by a backslash.

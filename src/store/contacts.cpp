@@ -79,9 +79,7 @@ std::string withoutSoftBreaks(std::string_view bytes) {
 /// The lines of a text, without line breaks of another kind and without empty ends.
 std::string tidy(std::string text) {
   std::erase(text, '\r');
-  text.erase(text.find_last_not_of("\n ") + 1);
-  text.erase(0, text.find_first_not_of("\n "));
-  return text;
+  return std::string(trimmed(std::string_view(text), "\n "));
 }
 
 class CardReader {

@@ -52,7 +52,7 @@ class Salvaging {
       if (!titles.empty() && std::find(titles.begin(), titles.end(), calendar.title) == titles.end()) { continue; }
       ORLOCAL_CHECK(write(calendar, m_itemsOf[id]));
     }
-    ORLOCAL_CHECK(writeStrays());
+    ORLOCAL_CHECK(writeWithoutPlace());
     return std::move(m_report);
   }
 
@@ -160,18 +160,18 @@ class Salvaging {
   }
 
   /// Items come whatever was asked for when nobody can say where they belong.
-  Status writeStrays() {
-    std::vector<std::int64_t> strays;
+  Status writeWithoutPlace() {
+    std::vector<std::int64_t> withoutPlace;
     for (const auto& [calendar, ids] : m_itemsOf) {
-      if (!m_found.contains(calendar)) { strays.insert(strays.end(), ids.begin(), ids.end()); }
+      if (!m_found.contains(calendar)) { withoutPlace.insert(withoutPlace.end(), ids.begin(), ids.end()); }
     }
-    if (strays.empty()) { return {}; }
-    std::sort(strays.begin(), strays.end());
+    if (withoutPlace.empty()) { return {}; }
+    std::sort(withoutPlace.begin(), withoutPlace.end());
     Calendar recovered;
     recovered.title = kRecovered;
-    m_report.withoutPlace = static_cast<std::int64_t>(strays.size());
-    note(fmt::format("the calendars of {} items cannot be read; they are in \"{}\"", strays.size(), kRecovered));
-    return write(recovered, strays);
+    m_report.withoutPlace = static_cast<std::int64_t>(withoutPlace.size());
+    note(fmt::format("the calendars of {} items cannot be read; they are in \"{}\"", withoutPlace.size(), kRecovered));
+    return write(recovered, withoutPlace);
   }
 
   Database& m_database;

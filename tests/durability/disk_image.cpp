@@ -4,9 +4,12 @@
 #include <fstream>
 #include <functional>
 #include <random>
+#include <string>
 #include <unordered_set>
 #include <utility>
 #include <vector>
+
+#include "base/hash.h"
 
 namespace orlocal::test {
 namespace {
@@ -100,14 +103,14 @@ bool brings(const Step& sync, const Step& step) {
 }
 
 std::uint64_t mark(const DiskImage& image) {
-  std::uint64_t all = 1469598103934665603U;
-  const auto add = [&](std::size_t value) { all = (all ^ value) * 1099511628211U; };
+  std::string all;
+  const auto add = [&](const std::string& part) { all += std::to_string(std::hash<std::string>()(part)) + ' '; };
   for (const auto& [path, content] : image.files) {
-    add(std::hash<std::string>()(path));
-    add(std::hash<std::string>()(content));
+    add(path);
+    add(content);
   }
-  for (const std::string& folder : image.folders) add(std::hash<std::string>()(folder));
-  return all;
+  for (const std::string& folder : image.folders) add(folder);
+  return contentHash(all);
 }
 
 class PowerCuts {

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/text.h"
+
 namespace orlocal::host {
 
 /// A call, its fields parted by tabs, and how it is answered once the store has broken: a code of four digits, or a
@@ -25,18 +27,12 @@ struct Chain {
   std::vector<Ask> asks;
 };
 
-inline std::string trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return std::string(text.substr(first, text.find_last_not_of(' ') - first + 1));
-}
-
 inline std::string callLine(std::string_view words) {
   std::string line;
   for (std::size_t at = 0; at <= words.size();) {
     const auto end = std::min(words.find('|', at), words.size());
     if (at != 0) line += '\t';
-    line += trimmed(words.substr(at, end - at));
+    line += trimmed(words.substr(at, end - at), " ");
     at = end + 1;
   }
   return line;
@@ -59,7 +55,7 @@ inline std::vector<Chain> chainsIn(const std::string& file) {
       std::vector<std::string> answers;
       for (auto at = arrow + 2; at <= text.size();) {
         const auto end = std::min(text.find(';', at), text.size());
-        answers.push_back(trimmed(text.substr(at, end - at)));
+        answers.emplace_back(trimmed(text.substr(at, end - at), " "));
         at = end + 1;
       }
       answers.resize(3, answers.front());

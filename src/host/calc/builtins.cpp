@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "host/calc/text_tools.h"
+#include "base/text.h"
 
 namespace orlocal::host::calc {
 
@@ -22,14 +22,14 @@ std::span<const Builtin* const> allBuiltins() {
 
 const Builtin* findBuiltin(std::string_view name) {
   for (const Builtin* function : allBuiltins()) {
-    if (equalWords(function->name, name)) { return function; }
+    if (equalsNoCase(function->name, name)) { return function; }
   }
   return nullptr;
 }
 
 const GetEntry* findGet(std::string_view name) {
   for (const GetEntry& entry : allGets()) {
-    if (equalWords(entry.name, name)) { return &entry; }
+    if (equalsNoCase(entry.name, name)) { return &entry; }
   }
   return nullptr;
 }

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/text.h"
 #include "base/try.h"
 #include "host/calc/calc_failure.h"
 #include "host/calc/text_tools.h"
@@ -195,7 +196,7 @@ class TokenReader::Lexer {
   Result<Token> readName() {
     std::string name = readNameText();
     for (const auto& [word, kind] : kWords) {
-      if (equalWords(name, word)) { return found(kind, {}); }
+      if (equalsNoCase(name, word)) { return found(kind, {}); }
     }
     return found(TokenKind::kName, std::move(name));
   }

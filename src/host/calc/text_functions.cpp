@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/text.h"
 #include "host/calc/arguments.h"
 #include "host/calc/builtins.h"
 #include "host/calc/operators.h"
@@ -150,10 +151,7 @@ Value proper(CallContext&, Arguments a) {
 }
 
 Value trim(CallContext&, Arguments a) {
-  const std::u16string& text = a[0].asText();
-  const std::size_t begin = text.find_first_not_of(u' ');
-  if (begin == std::u16string::npos) { return Value::ofText(std::u16string{}); }
-  return Value::ofText(text.substr(begin, text.find_last_not_of(u' ') - begin + 1));
+  return Value::ofText(std::u16string(trimmed(std::u16string_view(a[0].asText()), u" ")));
 }
 
 Value filter(CallContext&, Arguments a) {

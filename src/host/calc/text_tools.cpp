@@ -1,41 +1,24 @@
 #include "host/calc/text_tools.h"
 
-#include <algorithm>
+#include <unicode/utf16.h>
 
+#include "base/utf.h"
 #include "host/fmwrapper/text_search.h"
 #include "host/fmwrapper/unicode.h"
 
 namespace orlocal::host::calc {
 
-namespace {
-
-bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00U) == 0xD800U; }
-bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00U) == 0xDC00U; }
-
-/// Units of the character at `unit`.
-std::size_t widthAt(std::u16string_view text, std::size_t unit) {
-  return isHighSurrogate(text[unit]) && unit + 1 < text.size() && isLowSurrogate(text[unit + 1]) ? 2 : 1;
-}
-
-char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-}  // namespace
-
 std::string lowerName(std::string_view name) { return toUtf8(toLower(toUtf16(name))); }
-
-bool equalWords(std::string_view left, std::string_view right) {
-  return std::ranges::equal(left, right, {}, asciiLower, asciiLower);
-}
 
 std::size_t characterCount(std::u16string_view text) {
   std::size_t count = 0;
-  for (std::size_t unit = 0; unit < text.size(); unit += widthAt(text, unit)) { ++count; }
+  for (std::size_t unit = 0; unit < text.size(); ++count) { U16_FWD_1(text.data(), unit, text.size()); }
   return count;
 }
 
 std::size_t unitOfCharacter(std::u16string_view text, std::size_t index) {
   std::size_t unit = 0;
-  for (; index > 0 && unit < text.size(); --index) { unit += widthAt(text, unit); }
+  for (; index > 0 && unit < text.size(); --index) { U16_FWD_1(text.data(), unit, text.size()); }
   return unit;
 }
 
@@ -56,15 +39,15 @@ std::vector<std::u16string_view> valuesOf(std::u16string_view text) {
 }
 
 std::u16string fromCodePoint(char32_t point) {
-  if (point < 0x10000) { return std::u16string(1, static_cast<char16_t>(point)); }
-  const char32_t offset = point - 0x10000;
-  return {static_cast<char16_t>(0xD800 + (offset >> 10U)), static_cast<char16_t>(0xDC00 + (offset & 0x3FFU))};
+  std::u16string units;
+  append(units, point);
+  return units;
 }
 
 char32_t codePointAt(std::u16string_view text, std::size_t unit) {
-  if (widthAt(text, unit) == 1) { return text[unit]; }
-  return 0x10000 + ((static_cast<char32_t>(text[unit]) - 0xD800) << 10U) +
-         (static_cast<char32_t>(text[unit + 1]) - 0xDC00);
+  UChar32 point = 0;
+  U16_NEXT(text.data(), unit, text.size(), point);
+  return static_cast<char32_t>(point);
 }
 
 std::u16string replaceAll(std::u16string_view text, std::u16string_view from, std::u16string_view to) {

@@ -13,9 +13,6 @@ inline constexpr char16_t kReturn = u'\r';
 /// Names of functions and variables are compared in this form.
 std::string lowerName(std::string_view name);
 
-/// Lower case of ASCII letters, for words of the language.
-bool equalWords(std::string_view left, std::string_view right);
-
 /// Texts are counted in characters: a surrogate pair is one and is never cut.
 std::size_t characterCount(std::u16string_view text);
 

@@ -48,7 +48,7 @@ AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar) {
   line.title = printable(item.title.value_or("(no title)"));
   line.calendar = printable(calendar.title);
   line.place = printable(item.location.value_or(""));
-  line.colour = calendar.color;
+  line.color = calendar.color;
   return line;
 }
 

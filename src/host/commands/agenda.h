@@ -41,7 +41,7 @@ struct AgendaLine {
   std::string title;
   std::string calendar;
   std::string place;
-  std::optional<store::Rgb> colour;
+  std::optional<store::Rgb> color;
 };
 
 /// The lines of each day that has some: whole days first, then by time of day. An event has a line on each of the

@@ -81,7 +81,7 @@ void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ost
     out << (any ? "\n" : "") << ink.bold(longDay(day) + (day == today ? " (today)" : "")) << '\n';
     for (const AgendaLine& line : lines) {
       out << "  " << padded(line.time, kTimeWidth);
-      if (ink.on()) { out << ink.coloured(line.colour, "● "); }
+      if (ink.on()) { out << ink.colored(line.color, "● "); }
       out << padded(line.title, titleWidth) << "  ";
       if (line.place.empty()) {
         out << ink.dim(line.calendar) << '\n';

@@ -33,10 +33,10 @@ const char* nameOf(store::Source::Type type) {
   return found != std::end(kTypeNames) ? found->name : "?";
 }
 
-std::string colourText(const std::optional<store::Rgb>& colour) {
-  if (!colour) { return ""; }
+std::string colorText(const std::optional<store::Rgb>& color) {
+  if (!color) { return ""; }
   const auto channel = [](double part) { return static_cast<int>(std::clamp(part, 0.0, 1.0) * 255 + 0.5); };
-  return fmt::format("#{:02X}{:02X}{:02X}", channel(colour->red), channel(colour->green), channel(colour->blue));
+  return fmt::format("#{:02X}{:02X}{:02X}", channel(color->red), channel(color->green), channel(color->blue));
 }
 
 /// A calendar with what the store says of it beside its own fields.
@@ -74,7 +74,7 @@ void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& o
   std::vector<std::vector<std::string>> cells{{"TITLE", "HOLDS", "FROM", "COLOUR", ""}};
   for (const Listed& row : rows) {
     cells.push_back({printable(row.calendar.title), kindOf(row), nameOf(row.calendar.type),
-                     colourText(row.calendar.color), notesOn(row)});
+                     colorText(row.calendar.color), notesOn(row)});
   }
   std::vector<std::size_t> widths(cells.front().size());
   for (const auto& row : cells) {
@@ -87,7 +87,7 @@ void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& o
     if (r == 0) {
       out << (ink.on() ? "  " : "") << ink.dim(text) << '\n';
     } else {
-      out << (ink.on() ? ink.coloured(rows[r - 1].calendar.color, "● ") : "") << text << '\n';
+      out << (ink.on() ? ink.colored(rows[r - 1].calendar.color, "● ") : "") << text << '\n';
     }
   }
 }
@@ -95,12 +95,12 @@ void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& o
 nlohmann::json asJson(const std::vector<Listed>& rows) {
   nlohmann::json json = nlohmann::json::array();
   for (const Listed& row : rows) {
-    const auto colour = colourText(row.calendar.color);
+    const auto color = colorText(row.calendar.color);
     json.push_back({{"title", row.calendar.title},
                     {"identifier", row.calendar.identifier},
                     {"holds", kindOf(row)},
                     {"from", nameOf(row.calendar.type)},
-                    {"colour", colour.empty() ? nlohmann::json(nullptr) : nlohmann::json(colour)},
+                    {"colour", color.empty() ? nlohmann::json(nullptr) : nlohmann::json(color)},
                     {"default", row.isDefault},
                     {"readOnly", row.calendar.readOnly},
                     {"subscribed", row.calendar.subscribed}});

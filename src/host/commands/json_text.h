@@ -14,8 +14,9 @@ inline nlohmann::json jsonText(const std::optional<std::string>& text) {
 }
 
 /// Indented, with malformed text replaced instead of refused: a listing shows what there is.
-inline void printJson(const nlohmann::json& json, std::ostream& out) {
-  out << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+template <class Json>
+void printJson(const Json& json, std::ostream& out) {
+  out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 }  // namespace orlocal::host

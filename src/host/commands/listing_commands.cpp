@@ -1,15 +1,18 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
 #include "base/try.h"
 #include "host/calc/rendering.h"
 #include "host/commands/all_commands.h"
+#include "host/commands/json_text.h"
 #include "host/commands/plugin_host.h"
 #include "host/commands/step_definition.h"
 #include "host/commands/trouble.h"
@@ -28,16 +31,14 @@ struct Description {
   std::string text;
 };
 
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 Description descriptionOf(std::u16string_view description) {
   const std::string whole = toUtf8(description);
   const std::size_t bar = whole.find('|');
-  if (bar == std::string::npos) { return {"", trimmed(whole)}; }
-  return {trimmed(whole.substr(0, bar)), trimmed(whole.substr(bar + 1))};
+  const auto part = [&](std::size_t from, std::size_t size = std::string::npos) {
+    return std::string(trimmed(std::string_view(whole).substr(from, size), " "));
+  };
+  if (bar == std::string::npos) { return {"", part(0)}; }
+  return {part(0, bar), part(bar + 1)};
 }
 
 /// The four characters that name a plug-in.
@@ -56,10 +57,6 @@ OrderedJson entryOf(const RegistrationKey& key, const std::u16string& name, cons
           {"typeAhead", parts.words},           {"flags", flags}};
 }
 
-void printJson(CommandContext& context, const OrderedJson& list) {
-  context.streams.out << list.dump(2, ' ', false, OrderedJson::error_handler_t::replace) << '\n';
-}
-
 void listFunctions(CommandContext& context) {
   const auto functions = Registry::instance().functions();
   if (context.options.json) {
@@ -71,7 +68,7 @@ void listFunctions(CommandContext& context) {
       entry["maximumArguments"] = function->maxArgs;
       list.push_back(std::move(entry));
     }
-    return printJson(context, list);
+    return printJson(list, context.streams.out);
   }
   for (const auto& function : functions) {
     context.streams.out << fmt::format("{}\n    {}\n", calc::harmless(toUtf8(function->prototype)),
@@ -130,7 +127,7 @@ bool listSteps(CommandContext& context) {
       context.streams.out << fmt::format("      {}\n", calc::harmless(describeParameter(parameter)));
     }
   }
-  if (context.options.json) { printJson(context, list); }
+  if (context.options.json) { printJson(list, context.streams.out); }
   return readable;
 }
 

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <pugixml.hpp>
 
-#include "host/calc/text_tools.h"
+#include "base/text.h"
 
 namespace orlocal::host {
 
@@ -11,12 +11,12 @@ namespace {
 
 std::string attribute(const pugi::xml_node& element, std::string_view name) {
   for (const pugi::xml_attribute& candidate : element.attributes()) {
-    if (calc::equalWords(candidate.name(), name)) { return candidate.value(); }
+    if (equalsNoCase(candidate.name(), name)) { return candidate.value(); }
   }
   return {};
 }
 
-bool isNamed(const pugi::xml_node& element, std::string_view name) { return calc::equalWords(element.name(), name); }
+bool isNamed(const pugi::xml_node& element, std::string_view name) { return equalsNoCase(element.name(), name); }
 
 StepParameter readParameter(const pugi::xml_node& element) {
   StepParameter parameter{.type = attribute(element, "type"),
@@ -24,7 +24,7 @@ StepParameter readParameter(const pugi::xml_node& element) {
                           .id = attribute(element, "id"),
                           .datatype = attribute(element, "datatype"),
                           .standard = attribute(element, "default"),
-                          .shownInline = calc::equalWords(attribute(element, "showinline"), "true"),
+                          .shownInline = equalsNoCase(attribute(element, "showinline"), "true"),
                           .choices = {}};
   for (const pugi::xml_node& value : element.children()) {
     if (isNamed(value, "value")) { parameter.choices.push_back({attribute(value, "id"), value.child_value()}); }

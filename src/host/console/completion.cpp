@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/text.h"
 #include "host/calc/builtins.h"
 #include "host/calc/lexer.h"
-#include "host/calc/text_tools.h"
 
 namespace orlocal::host {
 
@@ -27,8 +27,7 @@ bool isInsideGet(std::string_view before) {
   if (!tokens || tokens->size() < 3) { return false; }
   const calc::Token& open = (*tokens)[tokens->size() - 2];
   const calc::Token& name = (*tokens)[tokens->size() - 3];
-  return open.kind == calc::TokenKind::kOpen && name.kind == calc::TokenKind::kName &&
-         calc::equalWords(name.text, "get");
+  return open.kind == calc::TokenKind::kOpen && name.kind == calc::TokenKind::kName && equalsNoCase(name.text, "get");
 }
 
 /// How far the names agree, without case.
@@ -37,7 +36,7 @@ std::size_t agreement(const std::vector<Candidate>& candidates) {
   for (const Candidate& candidate : candidates) {
     std::size_t same = 0;
     while (same < length && same < candidate.name.size() &&
-           calc::equalWords(candidate.name.substr(same, 1), candidates.front().name.substr(same, 1))) {
+           equalsNoCase(candidate.name.substr(same, 1), candidates.front().name.substr(same, 1))) {
       ++same;
     }
     length = same;
@@ -63,7 +62,7 @@ Completion complete(std::string_view beforeCursor, const std::vector<Candidate>&
   Completion completion;
   const std::string_view typed = nameAtEnd(beforeCursor);
   const auto take = [&](const Candidate& candidate) {
-    if (calc::equalWords(std::string_view(candidate.name).substr(0, typed.size()), typed)) {
+    if (equalsNoCase(std::string_view(candidate.name).substr(0, typed.size()), typed)) {
       completion.matching.push_back(candidate);
     }
   };

@@ -5,10 +5,10 @@
 
 #include <fmt/format.h>
 
+#include "base/text.h"
 #include "host/calc/calc_failure.h"
 #include "host/calc/line_joiner.h"
 #include "host/calc/rendering.h"
-#include "host/calc/text_tools.h"
 #include "host/console/completion.h"
 
 namespace orlocal::host {
@@ -25,24 +25,18 @@ constexpr std::string_view kHelp =
     "  quit         ends (or Ctrl-D); Ctrl-C clears the line\n"
     "The tab key completes names.\n";
 
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string::npos) { return {}; }
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
 /// An entry of several lines is recalled as one, unless a comment to the end of a line would swallow the rest.
 std::vector<std::string> recallable(const std::vector<std::string>& lines) {
   std::string joined;
   for (const std::string& line : lines) {
     if (lines.size() > 1 && line.find("//") != std::string::npos) { return lines; }
-    joined += joined.empty() ? line : " " + trimmed(line);
+    joined += joined.empty() ? line : " " + std::string(trimmed(line));
   }
   return {joined};
 }
 
 bool asksToStop(const std::string& entry) {
-  return calc::equalWords(trimmed(entry), "quit") || calc::equalWords(trimmed(entry), "exit");
+  return equalsNoCase(trimmed(entry), "quit") || equalsNoCase(trimmed(entry), "exit");
 }
 
 }  // namespace
@@ -60,7 +54,7 @@ bool Console::run() {
     const bool ended = line.outcome == LineSource::Outcome::kEnd;
     if (ended && lines.empty()) {
       // The shell prompt that follows Ctrl-D begins on a line of its own.
-      if (m_parts.colours) { m_parts.out << '\n'; }
+      if (m_parts.colors) { m_parts.out << '\n'; }
       break;
     }
     if (!ended) {
@@ -80,12 +74,12 @@ bool Console::run() {
 }
 
 void Console::obey(const std::string& entry) {
-  const std::string word = trimmed(entry);
-  if (calc::equalWords(word, "help")) {
+  const std::string_view word = trimmed(entry);
+  if (equalsNoCase(word, "help")) {
     m_parts.out << kHelp;
-  } else if (calc::equalWords(word.substr(0, 5), "help ")) {
-    help(trimmed(word.substr(5)));
-  } else if (calc::equalWords(word, "variables")) {
+  } else if (equalsNoCase(word.substr(0, 5), "help ")) {
+    help(std::string(trimmed(word.substr(5))));
+  } else if (equalsNoCase(word, "variables")) {
     for (const std::string& name : m_parts.variables()) {
       m_parts.out << calc::harmless(name) << " = ";
       show(m_parts.evaluate(name), name);
@@ -103,7 +97,7 @@ void Console::help(const std::string& name) {
   for (const calc::Signature& signature : m_parts.library.signatures()) {
     // The text of a description stands behind its type-ahead words.
     const std::size_t bar = signature.description.find('|');
-    if (calc::equalWords(signature.name, name)) {
+    if (equalsNoCase(signature.name, name)) {
       m_parts.out << "    " << calc::harmless(signature.description.substr(bar + 1)) << '\n';
     }
   }
@@ -117,7 +111,7 @@ void Console::show(const Result<calc::Outcome>& outcome, const std::string& entr
   }
   const std::vector<std::string> lines = calc::linesOf(outcome->value);
   const std::string_view type = calc::typeName(outcome->value);
-  const auto shown = [&](const std::string& line) { return m_parts.colours ? calc::harmless(line) : line; };
+  const auto shown = [&](const std::string& line) { return m_parts.colors ? calc::harmless(line) : line; };
   if (outcome->value.isEmpty() && outcome->value.isValid()) {
     m_parts.out << dim("(empty)") << '\n';
   } else if (lines.size() == 1) {
@@ -133,7 +127,7 @@ void Console::show(const Result<calc::Outcome>& outcome, const std::string& entr
 }
 
 std::string Console::dim(const std::string& text) const {
-  return m_parts.colours ? fmt::format("\x1B[2m{}\x1B[0m", text) : text;
+  return m_parts.colors ? fmt::format("\x1B[2m{}\x1B[0m", text) : text;
 }
 
 }  // namespace orlocal::host

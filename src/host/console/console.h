@@ -16,7 +16,7 @@ namespace orlocal::host {
 struct ConsoleParts {
   LineSource& lines;
   std::ostream& out;
-  bool colours = false;  ///< the output is a terminal: types are dimmed, control characters made harmless
+  bool colors = false;  ///< the output is a terminal: types are dimmed, control characters made harmless
   const calc::FunctionLibrary& library;
   std::function<Result<calc::Outcome>(std::string_view)> evaluate;
   std::function<std::vector<std::string>()> variables;  ///< the session's, for `variables`

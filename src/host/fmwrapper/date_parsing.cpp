@@ -2,16 +2,13 @@
 #include <algorithm>
 #include <optional>
 
-#include "host/fmwrapper/date_parts.h"
+#include "base/civil_date.h"
+#include "base/text.h"
 #include "host/fmwrapper/date_time.h"
 
 namespace orlocal::host {
 
 namespace {
-
-constexpr char16_t lowered(char16_t unit) {
-  return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-}
 
 bool isBlank(char16_t unit) {
   // Systems put a narrow no-break space before AM and PM.
@@ -39,7 +36,8 @@ class Scanner {
   /// A word in small ASCII letters, in whatever case it stands there.
   bool acceptWord(std::u16string_view word) {
     if (m_rest.size() < word.size()) { return false; }
-    if (!std::equal(word.begin(), word.end(), m_rest.begin(), [](char16_t w, char16_t t) { return w == lowered(t); })) {
+    if (!std::equal(word.begin(), word.end(), m_rest.begin(),
+                    [](char16_t w, char16_t t) { return w == asciiLower(t); })) {
       return false;
     }
     m_rest.remove_prefix(word.size());
@@ -87,7 +85,7 @@ std::int64_t fullYear(std::int64_t ending) {
 
 std::optional<DateTime> existingDate(std::int64_t year, std::int64_t month, std::int64_t day) {
   if (year < 1 || year > 4000 || month < 1 || month > 12) { return std::nullopt; }
-  if (day < 1 || day > daysOfMonth(year, static_cast<int>(month))) { return std::nullopt; }
+  if (day < 1 || day > monthLength(year, static_cast<int>(month))) { return std::nullopt; }
   return DateTime::fromDate(year, month, day);
 }
 

@@ -120,11 +120,9 @@ std::optional<DateTime> DateTime::combine(const DateTime& date, const DateTime& 
   return result;
 }
 
-std::int16_t DateTime::year() const noexcept { return hasDate() ? static_cast<std::int16_t>(partsOf(m_day).year) : 0; }
-std::int16_t DateTime::month() const noexcept {
-  return hasDate() ? static_cast<std::int16_t>(partsOf(m_day).month) : 0;
-}
-std::int16_t DateTime::day() const noexcept { return hasDate() ? static_cast<std::int16_t>(partsOf(m_day).day) : 0; }
+std::int16_t DateTime::year() const noexcept { return hasDate() ? static_cast<std::int16_t>(dateOf(m_day).year) : 0; }
+std::int16_t DateTime::month() const noexcept { return hasDate() ? static_cast<std::int16_t>(dateOf(m_day).month) : 0; }
+std::int16_t DateTime::day() const noexcept { return hasDate() ? static_cast<std::int16_t>(dateOf(m_day).day) : 0; }
 
 std::int16_t DateTime::dayOfWeek() const noexcept {
   // Day 1 was a Monday.
@@ -132,7 +130,7 @@ std::int16_t DateTime::dayOfWeek() const noexcept {
 }
 
 std::int16_t DateTime::dayOfYear() const noexcept {
-  return hasDate() ? static_cast<std::int16_t>(m_day - dayOf({partsOf(m_day).year, 1, 1}) + 1) : 0;
+  return hasDate() ? static_cast<std::int16_t>(m_day - dayOf({dateOf(m_day).year, 1, 1}) + 1) : 0;
 }
 
 std::int16_t DateTime::weekOfYear() const noexcept {
@@ -142,7 +140,7 @@ std::int16_t DateTime::weekOfYear() const noexcept {
   return static_cast<std::int16_t>((dayOfYear() - 1 + daysOfWeekBefore) / 7 + 1);
 }
 
-bool DateTime::isLeapYear() const noexcept { return hasDate() && orlocal::host::isLeapYear(partsOf(m_day).year); }
+bool DateTime::isLeapYear() const noexcept { return hasDate() && std::chrono::year(year()).is_leap(); }
 
 std::int32_t DateTime::hour() const noexcept { return static_cast<std::int32_t>(m_micros / kMicrosPerHour); }
 std::int16_t DateTime::minute() const noexcept {
@@ -179,7 +177,7 @@ DateTime DateTime::timeOnly() const noexcept {
 
 std::u16string DateTime::dateText() const {
   if (!hasDate()) { return {}; }
-  const DateParts parts = partsOf(m_day);
+  const CivilDate parts = dateOf(m_day);
   std::u16string text;
   text.reserve(10);
   appendPadded(text, parts.year, 4);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <limits>
 
+#include "base/utf.h"
 #include "host/fmwrapper/handles.h"
 #include "host/fmwrapper/unicode.h"
 
@@ -29,10 +30,9 @@ void assignBytes(std::u16string& self, std::string_view bytes, std::int32_t enco
 /// ISO 8859-1 of as many characters as fit; a question mark for each that it lacks.
 std::size_t encodeLatin(std::u16string_view units, char* buffer, std::size_t room) {
   std::size_t written = 0;
-  for (std::size_t at = 0; at < units.size() && written < room; ++at) {
-    const bool pair = (units[at] & 0xFC00U) == 0xD800U && at + 1 < units.size() && (units[at + 1] & 0xFC00U) == 0xDC00U;
-    buffer[written++] = units[at] <= 0xFF ? static_cast<char>(static_cast<unsigned char>(units[at])) : '?';
-    if (pair) { ++at; }
+  for (std::size_t at = 0; at < units.size() && written < room;) {
+    const char32_t point = orlocal::nextCodePoint(units, at);
+    buffer[written++] = point <= 0xFF ? static_cast<char>(static_cast<unsigned char>(point)) : '?';
   }
   return written;
 }

@@ -8,6 +8,7 @@
 #include <new>
 #include <optional>
 
+#include "base/text.h"
 #include "host/fmwrapper/decimal.h"
 
 namespace orlocal::host {
@@ -82,13 +83,6 @@ Literal gather(std::u16string_view text) {
   return literal;
 }
 
-std::u16string_view trimmed(std::u16string_view text) {
-  constexpr std::u16string_view kBlanks = u" \t\r\n";
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::u16string_view::npos) { return {}; }
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
 /// The exponent of a text that is a literal with one throughout, and where its "e" stands.
 struct Exponent {
   std::size_t at;
@@ -147,7 +141,7 @@ Number Number::fromDouble(double value) {
 }
 
 Number Number::parse(std::u16string_view text) {
-  const auto whole = trimmed(text);
+  const auto whole = trimmed(text, u" \t\r\n");
   if (const auto exponent = exponentOf(whole)) {
     Literal literal = gather(whole.substr(0, exponent->at));
     literal.decimals -= exponent->value;

@@ -8,68 +8,13 @@
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
+#include "base/text.h"
+#include "base/utf.h"
 #include "host/fmwrapper/text_search.h"
 
 namespace orlocal::host {
 
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-bool isHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-
-/// The character at `at`, which moves behind it.
-char32_t nextCharacter(std::u16string_view units, std::size_t& at) {
-  const char16_t unit = units[at++];
-  if (isHighSurrogate(unit) && at < units.size() && isLowSurrogate(units[at])) {
-    return 0x10000U + ((static_cast<char32_t>(unit) - 0xD800U) << 10U) + (static_cast<char32_t>(units[at++]) - 0xDC00U);
-  }
-  return isHighSurrogate(unit) || isLowSurrogate(unit) ? kReplacement : unit;
-}
-
-void append(std::u16string& units, char32_t character) {
-  if (character < 0x10000U) {
-    units.push_back(static_cast<char16_t>(character));
-    return;
-  }
-  units.push_back(static_cast<char16_t>(0xD800U + ((character - 0x10000U) >> 10U)));
-  units.push_back(static_cast<char16_t>(0xDC00U + ((character - 0x10000U) & 0x3FFU)));
-}
-
-/// What a lead byte announces: how many bytes follow, and the range of the first of them (the others are 80 to BF).
-struct Lead {
-  int following;
-  unsigned char low;
-  unsigned char high;
-};
-
-Lead leadOf(unsigned char byte) {
-  if (byte >= 0xC2 && byte <= 0xDF) { return {1, 0x80, 0xBF}; }
-  if (byte == 0xE0) { return {2, 0xA0, 0xBF}; }
-  if (byte == 0xED) { return {2, 0x80, 0x9F}; }
-  if (byte >= 0xE1 && byte <= 0xEF) { return {2, 0x80, 0xBF}; }
-  if (byte == 0xF0) { return {3, 0x90, 0xBF}; }
-  if (byte >= 0xF1 && byte <= 0xF3) { return {3, 0x80, 0xBF}; }
-  if (byte == 0xF4) { return {3, 0x80, 0x8F}; }
-  return {0, 0, 0};
-}
-
-char32_t nextCharacter(std::string_view bytes, std::size_t& at) {
-  const auto lead = static_cast<unsigned char>(bytes[at++]);
-  if (lead < 0x80) { return lead; }
-  auto [following, low, high] = leadOf(lead);
-  if (following == 0) { return kReplacement; }
-  char32_t character = lead & (0x3FU >> following);
-  for (; following > 0; --following, low = 0x80, high = 0xBF) {
-    if (at == bytes.size()) { return kReplacement; }
-    const auto byte = static_cast<unsigned char>(bytes[at]);
-    if (byte < low || byte > high) { return kReplacement; }
-    character = (character << 6U) | (byte & 0x3FU);
-    ++at;
-  }
-  return character;
-}
 
 bool isAscii(std::u16string_view text) {
   return std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; });
@@ -114,10 +59,9 @@ Folded foldedWithOrigins(std::u16string_view text) {
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t origin = at;
     if (text[at] < 0x80) {
-      const char16_t unit = text[at++];
-      folded.units.push_back(unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit);
+      folded.units.push_back(asciiLower(text[at++]));
     } else {
-      nextCharacter(text, at);
+      nextCodePoint(text, at);
       folded.units += foldCase(text.substr(origin, at - origin));
     }
     folded.origins.resize(folded.units.size(), origin);
@@ -129,30 +73,10 @@ Folded foldedWithOrigins(std::u16string_view text) {
 
 std::size_t encodeUtf8(std::u16string_view units, char* buffer, std::size_t room) noexcept {
   std::size_t written = 0;
-  const auto put = [&](char32_t bits) { buffer[written++] = static_cast<char>(static_cast<unsigned char>(bits)); };
   for (std::size_t at = 0; at < units.size();) {
-    const char32_t character = nextCharacter(units, at);
-    const std::size_t length = character < 0x80U ? 1 : character < 0x800U ? 2 : character < 0x10000U ? 3 : 4;
-    if (room - written < length) { break; }
-    switch (length) {
-      case 1:
-        put(character);
-        break;
-      case 2:
-        put(0xC0U | (character >> 6U));
-        put(0x80U | (character & 0x3FU));
-        break;
-      case 3:
-        put(0xE0U | (character >> 12U));
-        put(0x80U | ((character >> 6U) & 0x3FU));
-        put(0x80U | (character & 0x3FU));
-        break;
-      default:
-        put(0xF0U | (character >> 18U));
-        put(0x80U | ((character >> 12U) & 0x3FU));
-        put(0x80U | ((character >> 6U) & 0x3FU));
-        put(0x80U | (character & 0x3FU));
-    }
+    const char32_t point = nextCodePoint(units, at);
+    if (room - written < static_cast<std::size_t>(U8_LENGTH(point))) { break; }
+    U8_APPEND_UNSAFE(buffer, written, point);
   }
   return written;
 }
@@ -166,14 +90,14 @@ std::string toUtf8(std::u16string_view units) {
 std::u16string toUtf16(std::string_view bytes) {
   std::u16string units;
   units.reserve(bytes.size());
-  for (std::size_t at = 0; at < bytes.size();) { append(units, nextCharacter(bytes, at)); }
+  for (std::size_t at = 0; at < bytes.size();) { append(units, nextCodePoint(bytes, at)); }
   return units;
 }
 
 std::u16string toUpper(std::u16string_view text) {
   if (isAscii(text)) {
     std::u16string result(text);
-    for (char16_t& unit : result) { unit = unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit; }
+    std::ranges::transform(result, result.begin(), asciiUpper<char16_t>);
     return result;
   }
   return converted(text, [](char16_t* to, std::int32_t room, const char16_t* from, std::int32_t length,
@@ -183,7 +107,7 @@ std::u16string toUpper(std::u16string_view text) {
 std::u16string toLower(std::u16string_view text) {
   if (isAscii(text)) {
     std::u16string result(text);
-    for (char16_t& unit : result) { unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit; }
+    std::ranges::transform(result, result.begin(), asciiLower<char16_t>);
     return result;
   }
   return converted(text, [](char16_t* to, std::int32_t room, const char16_t* from, std::int32_t length,

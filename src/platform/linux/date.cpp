@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <iterator>
 
+#include "base/civil_date.h"
+
 namespace orlocal {
 namespace {
 
@@ -14,50 +16,6 @@ using std::chrono::seconds;
 constexpr std::int64_t kSecondsPerDay = 86'400;
 /// Beyond it a moment in microseconds has no room.
 constexpr std::int64_t kLastYear = 250'000;
-
-constexpr bool isLeap(std::int64_t year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
-
-constexpr int lastDay(std::int64_t year, int month) {
-  constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 2 && isLeap(year) ? 29 : kDays[month - 1];
-}
-
-// std::chrono's own years end at 32767, so the calendar is counted here: in eras of 400 years that begin in March,
-// where a leap day is the last day of its year.
-
-constexpr std::int64_t kDaysPerEra = 146'097;
-/// Days from 0000-03-01 to 1970-01-01.
-constexpr std::int64_t kEpochShift = 719'468;
-
-constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
-
-constexpr std::int64_t daysFromCivil(std::int64_t year, int month, int day) {
-  if (month <= 2) { --year; }
-  const std::int64_t era = floorDivide(year, 400);
-  const std::int64_t yearOfEra = year - era * 400;
-  const std::int64_t dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-  return era * kDaysPerEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - kEpochShift;
-}
-
-struct Civil {
-  std::int64_t year;
-  int month, day;
-};
-
-constexpr Civil civilFromDays(std::int64_t count) {
-  count += kEpochShift;
-  const std::int64_t era = floorDivide(count, kDaysPerEra);
-  const std::int64_t dayOfEra = count - era * kDaysPerEra;
-  const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
-  const int month = static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
-  return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month,
-          static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1)};
-}
-
-static_assert(daysFromCivil(1970, 1, 1) == 0 && daysFromCivil(2000, 2, 29) == 11'016);
-static_assert(civilFromDays(-719'162).year == 1 && civilFromDays(-719'162).day == 1);
 
 /// Reads fields off the front of a text.
 class Reader {
@@ -126,9 +84,9 @@ class Writer {
 
 }  // namespace
 
-Date distantPast() { return Date(days(daysFromCivil(1, 1, 1))); }
+Date distantPast() { return Date(days(dayNumberOf({1, 1, 1}))); }
 
-Date distantFuture() { return Date(days(daysFromCivil(4001, 1, 1))); }
+Date distantFuture() { return Date(days(dayNumberOf({4001, 1, 1}))); }
 
 std::optional<Date> dateWithString(std::string_view text) {
   Reader in(text);
@@ -137,7 +95,7 @@ std::optional<Date> dateWithString(std::string_view text) {
   if (!digits || *digits > kLastYear || !in.literal('-')) { return std::nullopt; }
   const std::int64_t year = negative ? -*digits : *digits;
   int month = 0, day = 0, hour = 0, minute = 0, second = 0, offsetHours = 0, offsetMinutes = 0;
-  const bool dateReads = in.pair(1, 12, month) && in.literal('-') && in.pair(1, lastDay(year, month), day);
+  const bool dateReads = in.pair(1, 12, month) && in.literal('-') && in.pair(1, monthLength(year, month), day);
   if (!dateReads || !in.literal(' ')) { return std::nullopt; }
   const bool timeReads =
       in.pair(0, 23, hour) && in.literal(':') && in.pair(0, 59, minute) && in.literal(':') && in.pair(0, 59, second);
@@ -147,15 +105,15 @@ std::optional<Date> dateWithString(std::string_view text) {
   if (!in.pair(0, 23, offsetHours) || !in.pair(0, 59, offsetMinutes) || !in.atEnd()) { return std::nullopt; }
 
   const std::int64_t offset = (offsetHours * 3600 + offsetMinutes * 60) * (west ? -1 : 1);
-  return Date(seconds(daysFromCivil(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 + second - offset));
+  return Date(seconds(dayNumberOf({year, month, day}) * kSecondsPerDay + hour * 3600 + minute * 60 + second - offset));
 }
 
 std::string formatDate(Date date, int offsetSeconds) {
   const std::int64_t local =
       std::chrono::floor<seconds>(date).time_since_epoch().count() + static_cast<std::int64_t>(offsetSeconds);
-  const std::int64_t dayCount = floorDivide(local, kSecondsPerDay);
+  const std::int64_t dayCount = floorDiv(local, kSecondsPerDay);
   const auto ofDay = static_cast<int>(local - dayCount * kSecondsPerDay);
-  const Civil civil = civilFromDays(dayCount);
+  const CivilDate civil = civilDateOf(dayCount);
   const int offsetMinutes = std::abs(offsetSeconds) / 60;
 
   Writer out;

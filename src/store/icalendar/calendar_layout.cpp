@@ -54,9 +54,7 @@ class LayoutReader {
   void warn(int line, std::string message) { m_made.problems.warn(line, "", std::move(message)); }
   bool inside(Role role) const { return m_openOf[static_cast<std::size_t>(role)] > 0; }
   static std::string nameOf(const ContentLine& line) {
-    std::string name(line.value.substr(0, line.value.find_last_not_of(" \t") + 1));
-    for (char& c : name) { c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
-    return name;
+    return inCapitals(line.value.substr(0, line.value.find_last_not_of(" \t") + 1));
   }
   /// As much of a component's name as a warning has room for.
   static std::string_view shown(std::string_view name) { return name.substr(0, 60); }

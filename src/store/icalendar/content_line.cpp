@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include <unicode/utf8.h>
+
 #include "base/text.h"
+#include "base/utf.h"
 
 namespace orlocal::store {
 
@@ -176,9 +179,7 @@ std::string fromWindows1252(std::string_view bytes) {
     }
     const unsigned byte = static_cast<unsigned char>(bytes.front());
     const unsigned point = byte < 0xA0 ? kHigh[byte - 0x80U] : byte;
-    if (point >= 0x800) { out += static_cast<char>(0xE0 | point >> 12); }
-    out += static_cast<char>(point >= 0x800 ? 0x80 | (point >> 6 & 0x3F) : 0xC0 | point >> 6);
-    out += static_cast<char>(0x80 | (point & 0x3F));
+    append(out, point);
     bytes.remove_prefix(1);
   }
   return out;
@@ -237,7 +238,7 @@ void appendFolded(std::string& out, std::string_view line) {
   std::size_t room = 75;
   while (line.size() > room) {
     std::size_t end = room;
-    while (end > 1 && (static_cast<unsigned char>(line[end]) & 0xC0) == 0x80) { --end; }
+    while (end > 1 && U8_IS_TRAIL(line[end])) { --end; }
     out.append(line.substr(0, end)).append("\r\n ");
     line.remove_prefix(end);
     room = 74;

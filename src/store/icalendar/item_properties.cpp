@@ -63,9 +63,7 @@ void ItemDraft::keepParameters(const ContentLine& line) {
     if (!equalsNoCase(parameter.name, "TZID") && !equalsNoCase(parameter.name, "VALUE")) { kept += parameter.text; }
   }
   if (kept.empty()) { return; }
-  std::string name;
-  for (char c : line.name) { name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
-  m_parameters.emplace(std::move(name), std::move(kept));
+  m_parameters.emplace(inCapitals(line.name), std::move(kept));
 }
 
 void ItemDraft::text(std::optional<std::string>& field, const ContentLine& line, bool escaped) {

@@ -1,13 +1,14 @@
 #include "store/icalendar/vtimezone_writer.h"
 
 #include <algorithm>
-#include <array>
+#include <string_view>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include "store/icalendar/content_line.h"
 #include "store/icalendar/icalendar_writer.h"
+#include "store/recurrence/rule_text.h"
 #include "store/time/civil_days.h"
 #include "store/time/time_text.h"
 
@@ -20,7 +21,6 @@ namespace {
 constexpr int kLastYear = 2037;
 /// What changes alike in so many years in a row is written as a rule.
 constexpr std::size_t kFewestForRule = 3;
-constexpr std::array<const char*, 7> kDaysOfWeek{"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
 
 /// An onset, told on the clock before it.
 struct Onset {
@@ -65,7 +65,7 @@ struct Run {
   }
   std::string rule() const {
     const Onset& first = onsets.front();
-    const char* day = kDaysOfWeek[static_cast<std::size_t>(first.weekDay)];
+    const std::string_view day = kWeekDays[static_cast<std::size_t>(first.weekDay)];
     std::string text = fmt::format("FREQ=YEARLY;BYMONTH={}", first.month);
     const int nth = (lowestDay - 1) / 7 + 1;
     if (allLast) { return text + fmt::format(";BYDAY=-1{}", day); }

@@ -17,7 +17,6 @@ namespace {
 constexpr std::array<std::string_view, 7> kFrequencies{"SECONDLY", "MINUTELY", "HOURLY", "DAILY",
                                                        "WEEKLY",   "MONTHLY",  "YEARLY"};
 constexpr std::array<std::string_view, 3> kSkips{"OMIT", "BACKWARD", "FORWARD"};
-constexpr std::array<std::string_view, 7> kWeekDays{"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
 
 /// The parts of a rule that are plain lists of numbers, in the order they are written.
 struct ListPart {
@@ -108,7 +107,7 @@ Status readPart(RecurrenceRule& rule, std::string_view part, std::string_view na
     if (!rule.weekStart) { return badPart(part); }
   } else if (equalsNoCase(name, "RSCALE")) {
     if (value.empty()) { return badPart(part); }
-    for (char c : value) { rule.scale += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+    rule.scale += inCapitals(value);
   } else if (equalsNoCase(name, "SKIP")) {
     const auto* found =
         std::find_if(kSkips.begin(), kSkips.end(), [&](auto known) { return equalsNoCase(known, value); });

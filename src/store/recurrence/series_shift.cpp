@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/try.h"
+#include "store/time/civil_days.h"
 
 namespace orlocal::store {
 namespace {
@@ -16,15 +17,9 @@ void keepTimesIf(std::vector<CalendarTime>& times, const Series& series, Moment 
   });
 }
 
-/// 0 Sunday to 6 Saturday.
-int weekdayOf(LocalDay day) {
-  return (static_cast<int>(cctz::get_weekday(day)) + 1) % 7;  // cctz counts from Monday
-}
+int weekdayOf(LocalDay day) { return weekDayOf(dayOf(localSeconds(LocalTime(day)))); }
 
-int daysInMonth(LocalDay day) {
-  const cctz::civil_month month(day);
-  return static_cast<int>(LocalDay(month + 1) - LocalDay(month));
-}
+int daysInMonth(LocalDay day) { return monthLength(day.year(), day.month()); }
 
 /// Which one of its weekday in its month, counted as `like` counts: from the front, or from the back when negative.
 int ordinalOf(LocalDay day, int like) {

@@ -1,7 +1,5 @@
 #include "store/time/civil_days.h"
 
-#include <array>
-
 namespace orlocal::store {
 
 namespace chrono = std::chrono;
@@ -26,15 +24,10 @@ DayNumber dayNumber(int year, int month, int day) {
 }
 
 int weekDayOf(DayNumber day) {
-  return static_cast<int>((day % 7 + 7 + 4) % 7);  // 1970-01-01 was a Thursday
+  return static_cast<int>(chrono::weekday(chrono::sys_days(chrono::days(day))).c_encoding());
 }
 
 int yearLength(int year) { return chrono::year(year).is_leap() ? 366 : 365; }
-
-int monthLength(int year, int month) {
-  constexpr std::array<int, 12> kLengths{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 2 && chrono::year(year).is_leap() ? 29 : kLengths[static_cast<std::size_t>(month - 1)];
-}
 
 WeekNumber weekNumberOf(DayNumber day, int weekStart) {
   const DayNumber first = day - (weekDayOf(day) - weekStart + 7) % 7;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 
+#include "base/civil_date.h"
 #include "store/time/time.h"
 
 namespace orlocal::store {
@@ -16,10 +17,6 @@ constexpr LocalSeconds kSecondsPerDay = 86400;
 /// The last second of the year 9999; there is nothing after it.
 constexpr LocalSeconds kLastLocalSecond = 253402300799;
 
-constexpr std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
-  return a / b - ((a % b != 0 && (a < 0) != (b < 0)) ? 1 : 0);
-}
-
 inline LocalSeconds localSeconds(LocalTime time) { return time - LocalTime(); }
 LocalTime localTime(LocalSeconds seconds);
 /// Rounds down, also before 1970.
@@ -30,7 +27,6 @@ DayNumber dayNumber(int year, int month, int day);
 /// 0 Sunday to 6 Saturday.
 int weekDayOf(DayNumber day);
 int yearLength(int year);
-int monthLength(int year, int month);
 
 /// A week's number in the year that has its middle day, from the front (1…) and from the back (-1…); ISO's when weeks
 /// start on Monday (1).

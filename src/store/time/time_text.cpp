@@ -94,7 +94,7 @@ std::optional<Duration> parseDuration(std::string_view text) {
     while (digits < text.size() && text[digits] >= '0' && text[digits] <= '9') { ++digits; }
     if (digits == 0 || digits > 9 || digits == text.size()) { return std::nullopt; }
     const std::int64_t number = numberOf(text.substr(0, digits));
-    switch (text[digits] | 0x20) {
+    switch (asciiLower(text[digits])) {
       case 'w':
         made.days += number * 7;
         break;

@@ -128,7 +128,7 @@ TEST_F(AgendaCommand, LetsNoTitleSteerTheTerminal) {
   EXPECT_THAT(out, Not(HasSubstr("\x1b[2J")));
 }
 
-TEST_F(AgendaCommand, UsesColoursOnATerminalOnly) {
+TEST_F(AgendaCommand, UsesColorsOnATerminalOnly) {
   given(event("1", "Review", "DTSTART:20261102T090000\r\nDTEND:20261102T100000\r\n"));
   run({"agenda"});
   EXPECT_THAT(out, Not(HasSubstr("\x1b")));

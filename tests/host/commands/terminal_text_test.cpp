@@ -46,6 +46,24 @@ TEST(DisplayWidth, CountsCells) {
   EXPECT_EQ(displayWidth(""), 0U);
 }
 
+TEST(DisplayWidth, IsTwoForEastAsianWideLettersAndEmojiShownAsPictures) {
+  for (const char* wide : {"한", "Ａ", "。", "☔", "⭐", "⚽", "𠀀", "🀄"}) { EXPECT_EQ(displayWidth(wide), 2U) << wide; }
+  for (const char* narrow : {"ｱ", "☀", "★", "🌡", "🕷", "①"}) { EXPECT_EQ(displayWidth(narrow), 1U) << narrow; }
+}
+
+TEST(DisplayWidth, IsNoneForWhatJoinsTheLetterBefore) {
+  EXPECT_EQ(displayWidth("ш\u0483"), 1U);
+  EXPECT_EQ(displayWidth("か\u3099"), 2U);
+  EXPECT_EQ(displayWidth("नम\u200cस\u094d"), 3U);
+  EXPECT_EQ(displayWidth("👍🏽"), 2U);
+  EXPECT_EQ(displayWidth("❤\uFE0F"), 1U);
+}
+
+TEST(DisplayWidth, CountsFormatCharactersThatAreSeen) {
+  EXPECT_EQ(displayWidth("a\u00ADb"), 3U);
+  EXPECT_EQ(displayWidth("\u0600"), 1U);
+}
+
 TEST(DisplayWidth, SurvivesBytesThatAreNoText) { EXPECT_GT(displayWidth("\xF0\x9F"), 0U); }
 
 TEST(Padded, FillsUpToTheWidthAndCutsNothing) {
@@ -53,15 +71,15 @@ TEST(Padded, FillsUpToTheWidthAndCutsNothing) {
   EXPECT_EQ(padded("abc", 2), "abc");
 }
 
-TEST(InkOnATerminal, WritesTrueColours) {
-  EXPECT_EQ(Ink(true).coloured(store::Rgb{1, 0.5, 0}, "x"), "\x1b[38;2;255;128;0mx\x1b[0m");
-  EXPECT_EQ(Ink(true).coloured(store::Rgb{300, -1, 0}, "x"), "\x1b[38;2;255;0;0mx\x1b[0m");
-  EXPECT_EQ(Ink(true).coloured(std::nullopt, "x"), "x");
+TEST(InkOnATerminal, WritesTrueColors) {
+  EXPECT_EQ(Ink(true).colored(store::Rgb{1, 0.5, 0}, "x"), "\x1b[38;2;255;128;0mx\x1b[0m");
+  EXPECT_EQ(Ink(true).colored(store::Rgb{300, -1, 0}, "x"), "\x1b[38;2;255;0;0mx\x1b[0m");
+  EXPECT_EQ(Ink(true).colored(std::nullopt, "x"), "x");
 }
 
 TEST(InkElsewhere, WritesTheTextAlone) {
   EXPECT_EQ(Ink(false).bold("x"), "x");
-  EXPECT_EQ(Ink(false).coloured(store::Rgb{1, 0.5, 0}, "x"), "x");
+  EXPECT_EQ(Ink(false).colored(store::Rgb{1, 0.5, 0}, "x"), "x");
 }
 
 TEST(DayFromWords, ReadsDaysAsPeopleTypeThem) {

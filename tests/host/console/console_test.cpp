@@ -46,12 +46,12 @@ class TypedLines : public LineSource {
 
 class ConsoleTest : public ::testing::Test {
  protected:
-  std::string shownFor(std::deque<std::string> lines, bool colours = false) {
+  std::string shownFor(std::deque<std::string> lines, bool colors = false) {
     source.typed = std::move(lines);
     std::ostringstream out;
     Console console({.lines = source,
                      .out = out,
-                     .colours = colours,
+                     .colors = colors,
                      .library = library,
                      .evaluate = [this](std::string_view calculation) { return session.evaluate(calculation); },
                      .variables = [this] { return session.variableNames(); }});
