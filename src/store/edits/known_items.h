@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "store/core/store_core.h"
-#include "store/edits/item_writer.h"
+#include "store/edits/announcement.h"
 #include "store/edits/uid_filter.h"
+#include "store/model/model.h"
 #include "store/rows/item_rows.h"
 
 namespace orlocal::store {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "store/icalendar/item_reader.h"
+#include "store/time/time_text.h"
 
 namespace orlocal::store {
 
