@@ -23,7 +23,7 @@ class NoFunctions : public calc::FunctionLibrary {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size > 8'192) return 0;
+  if (size > 8'192) { return 0; }
   NoFunctions none;
   calc::Session session(none, {.iterations = 50, .depth = 200, .textLength = 20'000});
   const auto source = orlocal::fuzz::textOf(data, size);

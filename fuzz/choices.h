@@ -15,7 +15,7 @@ class Choices {
   bool more() const { return !m_rest.empty(); }
 
   std::uint8_t byte() {
-    if (m_rest.empty()) return 0;
+    if (m_rest.empty()) { return 0; }
     const auto first = static_cast<std::uint8_t>(m_rest.front());
     m_rest.remove_prefix(1);
     return first;
@@ -40,7 +40,7 @@ class Choices {
 
   std::int64_t wholeNumber() {
     std::uint64_t bits = 0;
-    for (int i = 0; i < 8; ++i) bits = bits << 8 | byte();
+    for (int i = 0; i < 8; ++i) { bits = bits << 8 | byte(); }
     return static_cast<std::int64_t>(bits);
   }
 

@@ -10,18 +10,18 @@ using namespace orlocal::store;
 
 void ask(CalendarStore& store, Moment from, std::chrono::days length) {
   EventQuery query{from, from + length, {}};
-  for (const Calendar& calendar : fuzz::calendarsOf(store)) query.calendars.push_back(calendar.id);
+  for (const Calendar& calendar : fuzz::calendarsOf(store)) { query.calendars.push_back(calendar.id); }
   (void)store.occurrences(query);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size > 65'536) return 0;
+  if (size > 65'536) { return 0; }
   const fuzz::TemporaryFolder folder;
   const auto first = fuzz::opened(folder.file("first.db"));
   const auto read = importCalendarText(*first, std::string(fuzz::textOf(data, size)), "fuzz.ics");
-  if (!read || read->added == 0) return 0;
+  if (!read || read->added == 0) { return 0; }
   const Moment now{std::chrono::seconds(1'793'606'400)};
   ask(*first, now, std::chrono::days(31));
   ask(*first, now, std::chrono::days(366));

@@ -36,13 +36,13 @@ class Caller {
     g_sharedEKFunctions = g_bUseEK ? iCalEKFunctions::sharedICalFunctions() : nullptr;
     g_sharedFunctions = g_bUseEK ? nullptr : iCalFunctions::sharedICalFunctions();
     // The one instance of before lets go of the store of before.
-    if (g_bUseEK) g_sharedEKFunctions->init();
-    if (!g_bUseEK) g_sharedFunctions->init();
+    if (g_bUseEK) { g_sharedEKFunctions->init(); }
+    if (!g_bUseEK) { g_sharedFunctions->init(); }
     error = &m_error;
   }
   ~Caller() {
-    if (g_bUseEK) g_sharedEKFunctions->releaseItems();
-    if (!g_bUseEK) g_sharedFunctions->releaseItems();
+    if (g_bUseEK) { g_sharedEKFunctions->releaseItems(); }
+    if (!g_bUseEK) { g_sharedFunctions->releaseItems(); }
     platform().closeStores();
     error = nullptr;
   }
@@ -54,7 +54,7 @@ class Caller {
     const auto counts = static_cast<std::size_t>(function.maxArgs - function.minArgs) + 1;
     const std::size_t count = static_cast<std::size_t>(function.minArgs) + m_choices.below(counts);
     const char* meant = "";
-    for (const Meant& row : kMeant) meant = row.id == function.id ? row.arguments : meant;
+    for (const Meant& row : kMeant) { meant = row.id == function.id ? row.arguments : meant; }
     Vector arguments;
     for (std::size_t i = 0; i < count; ++i) {
       HostData value;
@@ -76,11 +76,11 @@ class Caller {
 
   void perform(const FunctionEntry& function, const fmx::DataVect* arguments, fmx::Data* result) {
     try {
-      if (function.function(function.id, nullptr, arguments, result) != 0) std::abort();
-      if (function.id != kGetProperty) return;
-      if (auto text = textOf(hostCall<fmx::FM_Data_GetAsText>(result))) remember(*std::move(text));
+      if (function.function(function.id, nullptr, arguments, result) != 0) { std::abort(); }
+      if (function.id != kGetProperty) { return; }
+      if (auto text = textOf(hostCall<fmx::FM_Data_GetAsText>(result))) { remember(*std::move(text)); }
     } catch (const Exception& exception) {
-      if (isMeant(exception, function, HostArguments(arguments))) return;
+      if (isMeant(exception, function, HostArguments(arguments))) { return; }
       std::fprintf(stderr, "function %d: %s: %s\n", function.id, exception.name().c_str(), exception.what());
       std::abort();
     }
@@ -93,10 +93,10 @@ class Caller {
   }
 
   void remember(std::string text) {
-    if (text == kErrorText) return;
+    if (text == kErrorText) { return; }
     constexpr std::size_t kKept = 16;
     m_answers.push_front(std::move(text));
-    if (m_answers.size() > kKept) m_answers.pop_back();
+    if (m_answers.size() > kKept) { m_answers.pop_back(); }
   }
 
   void assign(fmx::Data* value, char kind) {
@@ -161,9 +161,9 @@ class Caller {
 
   void assignMoment(fmx::Data* value) {
     const std::size_t shape = m_choices.below(8);
-    if (shape == 0) return assignText(value, "");
-    if (shape == 1) return assignText(value, m_choices.oneOf(kDateTexts));
-    if (shape == 2) return assignNumber(value);
+    if (shape == 0) { return assignText(value, ""); }
+    if (shape == 1) { return assignText(value, m_choices.oneOf(kDateTexts)); }
+    if (shape == 2) { return assignNumber(value); }
     HostDateTime moment;
     const auto part = [this](std::size_t count) { return static_cast<std::int16_t>(m_choices.below(count)); };
     const std::int16_t year = shape == 3 ? m_choices.oneOf(kYears) : kYears[m_choices.below(2)];
@@ -171,7 +171,7 @@ class Caller {
     moment.setDate(year, month, part(33));
     const std::int16_t hour = part(26);
     moment.setTime(hour, part(62), 0);
-    if (shape == 4) return setDate(value, moment);
+    if (shape == 4) { return setDate(value, moment); }
     setTimeStamp(value, moment);
   }
 
@@ -186,7 +186,7 @@ class Caller {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size > 4'096) return 0;
+  if (size > 4'096) { return 0; }
   const SeededStore seeded;
   Choices choices(data, size);
   {

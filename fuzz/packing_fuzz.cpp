@@ -14,20 +14,20 @@ using namespace orlocal::store;
 template <class Unpack, class Pack>
 void check(std::span<const std::byte> bytes, Unpack unpack, Pack pack) {
   const auto value = unpack(bytes);
-  if (!value) return;
+  if (!value) { return; }
   PackedBytes once;
   pack(*value, once);
   const auto again = unpack(once);
-  if (!again) std::abort();
+  if (!again) { std::abort(); }
   PackedBytes twice;
   pack(*again, twice);
-  if (once != twice) std::abort();
+  if (once != twice) { std::abort(); }
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
+  if (size == 0) { return 0; }
   const auto bytes = std::as_bytes(std::span(data, size)).subspan(1);
   switch (data[0] % 4) {
     case 0:

@@ -28,7 +28,7 @@ inline std::vector<store::Calendar> calendarsOf(store::CalendarStore& store) {
   std::vector<store::Calendar> all;
   for (const auto kind : {store::CalendarKind::kEvents, store::CalendarKind::kReminders}) {
     const auto some = store.calendars(kind);
-    if (!some) std::abort();
+    if (!some) { std::abort(); }
     all.insert(all.end(), some->begin(), some->end());
   }
   return all;
@@ -40,7 +40,7 @@ inline std::string exported(store::CalendarStore& store, const std::vector<store
     text += piece;
     return {};
   });
-  if (!done || !done->notes.empty()) std::abort();
+  if (!done || !done->notes.empty()) { std::abort(); }
   return text;
 }
 inline std::string exported(store::CalendarStore& store) { return exported(store, calendarsOf(store)); }
@@ -65,7 +65,7 @@ inline std::vector<std::string> itemLines(const std::string& text) {
     const std::size_t end = std::min(text.find('\n', at), text.size());
     const std::string line = text.substr(at, end - at);
     inItem = inItem || line.starts_with("BEGIN:VEVENT") || line.starts_with("BEGIN:VTODO");
-    if (inItem) lines.push_back(line);
+    if (inItem) { lines.push_back(line); }
     inItem = inItem && !line.starts_with("END:VEVENT") && !line.starts_with("END:VTODO");
     at = end + 1;
   }
@@ -80,11 +80,12 @@ inline std::vector<std::string> itemLines(const std::string& text) {
 }
 
 inline void expectTaken(const Result<store::ImportReport>& report) {
-  if (report && report->refused == 0) return;
-  if (!report) std::fprintf(stderr, "%s\n", report.error().message.c_str());
+  if (report && report->refused == 0) { return; }
+  if (!report) { std::fprintf(stderr, "%s\n", report.error().message.c_str()); }
   if (report) {
-    for (const auto& problem : report->problems)
+    for (const auto& problem : report->problems) {
       std::fprintf(stderr, "%d: %s\n", problem.line, problem.message.c_str());
+    }
   }
   std::abort();
 }
@@ -96,7 +97,7 @@ inline void expectTheSameAgain(store::CalendarStore& store, const std::filesyste
   const auto second = opened(other);
   expectTaken(store::importCalendarText(*second, once, "once.ics"));
   const std::string twice = exported(*second);
-  if (sortedLines(once) != sortedLines(twice)) differ(once, twice);
+  if (sortedLines(once) != sortedLines(twice)) { differ(once, twice); }
 }
 
 /// The same calendar by calendar, for a store whose calendars may be empty, or have each other's titles, which an
@@ -106,14 +107,14 @@ inline void expectTheSameItemsAgain(store::CalendarStore& store, const std::file
   std::size_t number = 0;
   for (const store::Calendar& calendar : calendarsOf(store)) {
     const std::string text = exported(store, {calendar});
-    if (itemLines(text).empty()) continue;
+    if (itemLines(text).empty()) { continue; }
     store::ImportOptions options;
     options.calendarTitle = options.listTitle = "Copy " + std::to_string(++number);
     expectTaken(store::importCalendarText(*second, text, "once.ics", options));
   }
   const std::string once = exported(store);
   const std::string twice = exported(*second);
-  if (itemLines(once) != itemLines(twice)) differ(once, twice);
+  if (itemLines(once) != itemLines(twice)) { differ(once, twice); }
 }
 
 }  // namespace orlocal::fuzz

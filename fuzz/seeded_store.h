@@ -117,7 +117,7 @@ class SeededStore {
   SeededStore() {
     std::error_code ignored;
     std::filesystem::copy_file(seed(), file(), ignored);
-    if (ignored) std::abort();
+    if (ignored) { std::abort(); }
     ::setenv("ORLOCAL_STORE", file().c_str(), 1);
     ::setenv("ORLOCAL_WAIT", "0", 1);
   }
@@ -127,7 +127,7 @@ class SeededStore {
 
   void takeAway() const {
     std::error_code ignored;
-    for (const char* end : {"", "-wal", "-shm"}) std::filesystem::remove(file().string() + end, ignored);
+    for (const char* end : {"", "-wal", "-shm"}) { std::filesystem::remove(file().string() + end, ignored); }
     // So that who has it open looks whether it is still there.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
@@ -145,7 +145,7 @@ class SeededStore {
     static const TemporaryFolder folder;
     static const std::filesystem::path made = [] {
       const auto store = opened(folder.file("seed.db"));
-      if (!store::importCalendarText(*store, kSeed, "seed.ics")) std::abort();
+      if (!store::importCalendarText(*store, kSeed, "seed.ics")) { std::abort(); }
       store->close();
       return folder.file("seed.db");
     }();

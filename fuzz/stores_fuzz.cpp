@@ -21,7 +21,7 @@ std::string freshStore(const orlocal::fuzz::TemporaryFolder& folder) {
     StoreOptions options;
     options.file = file;
     const auto store = CalendarStore::open(std::move(options));
-    if (store) (void)(*store)->calendars(CalendarKind::kEvents);
+    if (store) { (void)(*store)->calendars(CalendarKind::kEvents); }
   }
   std::ifstream in(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
@@ -33,12 +33,12 @@ void use(const std::filesystem::path& file) {
   options.occurrenceBudget = 20'000;
   options.busyTimeout = std::chrono::milliseconds(10);
   const auto store = CalendarStore::open(std::move(options));
-  if (!store) return;
+  if (!store) { return; }
   EventQuery query{Moment(std::chrono::seconds(1'793'606'400)), Moment(std::chrono::seconds(1'796'284'800)), {}};
   for (const auto kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
     const auto calendars = (*store)->calendars(kind);
-    if (!calendars) continue;
-    for (const Calendar& calendar : *calendars) query.calendars.push_back(calendar.id);
+    if (!calendars) { continue; }
+    for (const Calendar& calendar : *calendars) { query.calendars.push_back(calendar.id); }
     (void)exportCalendars(**store, *calendars, nowhere);
   }
   (void)(*store)->occurrences(query);
@@ -50,7 +50,7 @@ void use(const std::filesystem::path& file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < 3 || size > 262'144) return 0;
+  if (size < 3 || size > 262'144) { return 0; }
   const orlocal::fuzz::TemporaryFolder folder;
   static const std::string kFresh = freshStore(folder);
   std::string bytes(orlocal::fuzz::textOf(data, size));

@@ -19,7 +19,7 @@ class TemporaryFolder {
     std::error_code error;
     std::string name =
         std::filesystem::is_directory("/dev/shm", error) ? "/dev/shm/orlocal-fuzz-XXXXXX" : "/tmp/orlocal-fuzz-XXXXXX";
-    if (::mkdtemp(name.data()) == nullptr) std::abort();
+    if (::mkdtemp(name.data()) == nullptr) { std::abort(); }
     m_path = name;
   }
   ~TemporaryFolder() {

@@ -16,11 +16,11 @@ namespace {
 using namespace orlocal::store;
 
 void use(const std::optional<Zone>& zone) {
-  if (!zone) return;
+  if (!zone) { return; }
   for (std::int64_t seconds = -4'000'000'000; seconds < 9'000'000'000; seconds += 777'777'777) {
     const Moment moment{std::chrono::seconds(seconds)};
     const int offset = zone->offsetSeconds(moment);
-    if (offset < -200'000 || offset > 200'000) std::abort();
+    if (offset < -200'000 || offset > 200'000) { std::abort(); }
     (void)zone->toLocal(moment);
   }
 }
@@ -32,10 +32,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (text.size() < 200) {
     use(Zone::named(text));
     use(Zone::named("TZ:" + text));
-    if (const auto system = systemZoneOf(text)) use(Zone::named(*system));
+    if (const auto system = systemZoneOf(text)) { use(Zone::named(*system)); }
   }
   if (const auto rules = rulesOfVTimeZone(text)) {
-    if (const auto system = systemZoneByRules(*rules)) use(Zone::named(*system));
+    if (const auto system = systemZoneByRules(*rules)) { use(Zone::named(*system)); }
     (void)privateZoneOf("Fuzz", text);
   }
   return 0;

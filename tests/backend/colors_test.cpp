@@ -21,13 +21,15 @@ TEST(ColorNamed, KnowsTheFifteenNames) {
       {"red", Color::calibratedRgb(1, 0, 0)},         {"white", Color::calibratedWhite(1)},
       {"yellow", Color::calibratedRgb(1, 1, 0)},
   };
-  for (const auto& row : cases) EXPECT_EQ(colorNamed(row.name), row.color) << row.name;
+  for (const auto& row : cases) { EXPECT_EQ(colorNamed(row.name), row.color) << row.name; }
 }
 
 TEST(ColorNamed, ComparesWithoutCase) { EXPECT_EQ(colorNamed("DarkGray"), Color::calibratedWhite(1.0 / 3)); }
 
 TEST(ColorNamed, KnowsNoOtherName) {
-  for (const char* name : {"grey", "pink", "", "red ", "255 0 0"}) EXPECT_EQ(colorNamed(name), std::nullopt) << name;
+  for (const char* name : {"grey", "pink", "", "red ", "255 0 0"}) {
+    EXPECT_EQ(colorNamed(name), std::nullopt) << name;
+  }
   EXPECT_EQ(colorNamed(std::nullopt), std::nullopt);
 }
 
@@ -44,7 +46,9 @@ TEST(ColorFromNumbers, WantsExactlyThreePieces) {
 }
 
 TEST(ColorFromNumbers, RejectsNegativeComponents) {
-  for (const char* text : {"-1 0 0", "0 -0.5 0", "0 0 -255"}) EXPECT_EQ(colorFromNumbers(text), std::nullopt) << text;
+  for (const char* text : {"-1 0 0", "0 -0.5 0", "0 0 -255"}) {
+    EXPECT_EQ(colorFromNumbers(text), std::nullopt) << text;
+  }
 }
 
 TEST(ColorFromNumbers, TestsTheUpperBoundAfterTheDivision) {

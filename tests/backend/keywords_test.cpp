@@ -17,7 +17,7 @@ TEST(ItemKindNamed, KnowsTheTypeKeywords) {
 
 TEST(ItemKindNamed, ComparesByEqualityAfterLowerCasing) {
   EXPECT_EQ(itemKindNamed("ReminderList"), ItemKind::kReminderList);
-  for (const char* word : {"", "events", "event ", "rem"}) EXPECT_EQ(itemKindNamed(word), std::nullopt) << word;
+  for (const char* word : {"", "events", "event ", "rem"}) { EXPECT_EQ(itemKindNamed(word), std::nullopt) << word; }
   EXPECT_EQ(itemKindNamed(std::nullopt), std::nullopt);
 }
 

@@ -70,7 +70,7 @@ TEST(IntegerValue, ReadsTheNumberThatATextStartsWith) {
       {"-2147483648", std::numeric_limits<std::int32_t>::min()},
       {"-99999999999999999999", std::numeric_limits<std::int32_t>::min()},
   };
-  for (const auto& row : cases) EXPECT_EQ(integerValue(row.text), row.value) << row.text;
+  for (const auto& row : cases) { EXPECT_EQ(integerValue(row.text), row.value) << row.text; }
 }
 
 struct DoubleCase {
@@ -97,7 +97,7 @@ TEST(DoubleValue, ReadsTheNumberThatATextStartsWith) {
       {"1e-999", 0},
       {"0,5", 0},
   };
-  for (const auto& row : cases) EXPECT_EQ(doubleValue(row.text), row.value) << row.text;
+  for (const auto& row : cases) { EXPECT_EQ(doubleValue(row.text), row.value) << row.text; }
 }
 
 TEST(UrlWithString, KeepsWhatAnAddressCanCarry) {

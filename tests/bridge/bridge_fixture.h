@@ -33,7 +33,7 @@ class ThrowingEventKit : public fakes::FakeEventKit {
  public:
   long dayThatThrows = 0;
   std::shared_ptr<EKRecurrenceDayOfWeek> dayOfWeek(long day, long weekNumber) override {
-    if (dayThatThrows != 0 && day == dayThatThrows) throw Exception("NSInvalidArgumentException", "no such day");
+    if (dayThatThrows != 0 && day == dayThatThrows) { throw Exception("NSInvalidArgumentException", "no such day"); }
     return FakeEventKit::dayOfWeek(day, weekNumber);
   }
 };

@@ -173,7 +173,7 @@ class WeekdayList : public BridgeTest {
   std::vector<long> daysIn(const char* text) {
     std::vector<long> days;
     const auto list = NSStringToNSArrayDOW(text).value();
-    for (const auto& day : list) days.push_back(day->dayOfTheWeek());
+    for (const auto& day : list) { days.push_back(day->dayOfTheWeek()); }
     return days;
   }
 };

@@ -18,12 +18,12 @@ std::string messageAfter(std::int32_t code, const OptionalText& extended = std::
 TEST(ErrorObject, SaysTheMessageOfEveryCode) {
   const auto rows = numberedRows("error_messages.txt");
   ASSERT_EQ(rows.size(), std::size(kErrorMessages));
-  for (const auto& [code, text] : rows) EXPECT_EQ(messageAfter(code), text) << code;
+  for (const auto& [code, text] : rows) { EXPECT_EQ(messageAfter(code), text) << code; }
 }
 
 TEST(ErrorObject, HasOneMessageACode) {
   std::set<std::int64_t> codes;
-  for (const auto& row : kErrorMessages) EXPECT_TRUE(codes.insert(row.code).second) << row.code;
+  for (const auto& row : kErrorMessages) { EXPECT_TRUE(codes.insert(row.code).second) << row.code; }
 }
 
 TEST(ErrorObject, SaysUndefinedErrorOfAnyOtherCode) {

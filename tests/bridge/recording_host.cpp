@@ -27,7 +27,7 @@ std::string textNoted(const fmx::Text* text) {
 
 std::string idNoted(const fmx::QuadChar* id) {
   std::string text;
-  for (std::int32_t i = 0; i < 4; ++i) text += static_cast<char>(hostCall<fmx::FM_QuadChar_operatorCAR>(id, i));
+  for (std::int32_t i = 0; i < 4; ++i) { text += static_cast<char>(hostCall<fmx::FM_QuadChar_operatorCAR>(id, i)); }
   return text;
 }
 
@@ -127,7 +127,7 @@ ErrorCode FM_ExprEnv_RegisterExternalFunction(const QuadChar* pluginId, std::int
                                               std::int16_t minArgs, std::int16_t maxArgs,
                                               std::uint32_t compatibleOnFlags, ExternalFunction funcPtr, Exception* x) {
   auto& host = RecordingHost::instance();
-  if (host.fails("FM_ExprEnv_RegisterExternalFunction", functionId, x)) return 0;
+  if (host.fails("FM_ExprEnv_RegisterExternalFunction", functionId, x)) { return 0; }
   host.functions.push_back({orlocal::fakes::idNoted(pluginId), functionId, orlocal::fakes::textNoted(functionName),
                             orlocal::fakes::textNoted(functionPrototype), "", minArgs, maxArgs, compatibleOnFlags, "",
                             funcPtr});
@@ -141,7 +141,7 @@ ErrorCode FM_ExprEnv_RegisterExternalFunctionEx(const QuadChar* pluginId, std::i
                                                 ExternalFunction funcPtr, Exception* x) {
   auto& host = RecordingHost::instance();
   host.note("RegisterExternalFunctionEx " + std::to_string(functionId));
-  if (host.fails("FM_ExprEnv_RegisterExternalFunctionEx", functionId, x)) return 0;
+  if (host.fails("FM_ExprEnv_RegisterExternalFunctionEx", functionId, x)) { return 0; }
   host.functionsEx.push_back({orlocal::fakes::idNoted(pluginId), functionId, orlocal::fakes::textNoted(functionName),
                               orlocal::fakes::textNoted(functionPrototype),
                               orlocal::fakes::textNoted(functionDescription), minArgs, maxArgs, compatibleOnFlags, "",
@@ -154,7 +154,7 @@ ErrorCode FM_ExprEnv_RegisterScriptStep(const QuadChar* pluginId, std::int16_t s
                                         std::uint32_t compatibleOnFlags, ExternalFunction funcPtr, Exception* x) {
   auto& host = RecordingHost::instance();
   host.note("RegisterScriptStep " + std::to_string(scriptStepId));
-  if (host.fails("FM_ExprEnv_RegisterScriptStep", scriptStepId, x)) return 0;
+  if (host.fails("FM_ExprEnv_RegisterScriptStep", scriptStepId, x)) { return 0; }
   host.steps.push_back({orlocal::fakes::idNoted(pluginId), scriptStepId, orlocal::fakes::textNoted(scriptStepName), "",
                         orlocal::fakes::textNoted(scriptStepDescription), 0, 0, compatibleOnFlags,
                         orlocal::fakes::textNoted(scriptStepDefinition), funcPtr});
@@ -163,15 +163,15 @@ ErrorCode FM_ExprEnv_RegisterScriptStep(const QuadChar* pluginId, std::int16_t s
 
 ErrorCode FM_ExprEnv_UnRegisterExternalFunction(const QuadChar* pluginId, std::int16_t functionId, Exception* x) {
   auto& host = RecordingHost::instance();
-  if (host.fails("FM_ExprEnv_UnRegisterExternalFunction", functionId, x)) return 0;
-  if (orlocal::fakes::idNoted(pluginId) == "Orlo") host.unregisteredFunctions.push_back(functionId);
+  if (host.fails("FM_ExprEnv_UnRegisterExternalFunction", functionId, x)) { return 0; }
+  if (orlocal::fakes::idNoted(pluginId) == "Orlo") { host.unregisteredFunctions.push_back(functionId); }
   return host.registrationAnswer;
 }
 
 ErrorCode FM_ExprEnv_UnRegisterScriptStep(const QuadChar* pluginId, std::int16_t scriptStepId, Exception* x) {
   auto& host = RecordingHost::instance();
-  if (host.fails("FM_ExprEnv_UnRegisterScriptStep", scriptStepId, x)) return 0;
-  if (orlocal::fakes::idNoted(pluginId) == "Orlo") host.unregisteredSteps.push_back(scriptStepId);
+  if (host.fails("FM_ExprEnv_UnRegisterScriptStep", scriptStepId, x)) { return 0; }
+  if (orlocal::fakes::idNoted(pluginId) == "Orlo") { host.unregisteredSteps.push_back(scriptStepId); }
   return host.registrationAnswer;
 }
 

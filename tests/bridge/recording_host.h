@@ -48,10 +48,10 @@ class RecordingHost {
   std::int16_t failingId = 0;
 
   void note(const std::string& call) {
-    if (isRecording) calls.push_back(call);
+    if (isRecording) { calls.push_back(call); }
   }
   bool fails(const std::string& call, std::int16_t id, fmx::Exception* x) const {
-    if (failingCall != call || (failingId != 0 && failingId != id)) return false;
+    if (failingCall != call || (failingId != 0 && failingId != id)) { return false; }
     x->code = failureCode;
     return true;
   }

@@ -107,7 +107,7 @@ TEST_F(FunctionTable, RegistersEachStepRightAfterItsFunction) {
   RegisterFunction(152, 1, 1, &Orlo_GetItemCountForType);
   std::vector<std::string> order;
   for (const auto& call : host.calls) {
-    if (call.starts_with("Register")) order.push_back(call);
+    if (call.starts_with("Register")) { order.push_back(call); }
   }
   EXPECT_EQ(order, (std::vector<std::string>{"RegisterExternalFunctionEx 151", "RegisterScriptStep 151",
                                              "RegisterExternalFunctionEx 152", "RegisterScriptStep 152"}));

@@ -20,15 +20,15 @@ class ScriptStep : public BridgeTest {
 TEST_F(ScriptStep, IsDefinedByOneLineOfXml) {
   const auto rows = numberedRows("script_steps.txt");
   ASSERT_EQ(rows.size(), std::size(kFunctions));
-  for (const auto& [id, xml] : rows) EXPECT_EQ(definition(id), xml);
+  for (const auto& [id, xml] : rows) { EXPECT_EQ(definition(id), xml); }
 }
 
 TEST_F(ScriptStep, ExistsForEveryFunction) {
-  for (const auto& entry : kFunctions) EXPECT_NE(definition(entry.id), "") << entry.id;
+  for (const auto& entry : kFunctions) { EXPECT_NE(definition(entry.id), "") << entry.id; }
 }
 
 TEST_F(ScriptStep, IsEmptyForAnyOtherId) {
-  for (const int id : {0, 148, 149, 150, 169, 170, -1}) EXPECT_EQ(definition(id), "") << id;
+  for (const int id : {0, 148, 149, 150, 169, 170, -1}) { EXPECT_EQ(definition(id), "") << id; }
 }
 
 TEST_F(ScriptStep, IsGivenInUtf8AndAnEmptyOneInTheSystemsEncoding) {

@@ -13,7 +13,7 @@ inline std::vector<std::pair<std::int32_t, std::string>> numberedRows(const std:
   std::vector<std::pair<std::int32_t, std::string>> rows;
   std::ifstream file(std::string(ORLOCAL_TEST_DATA) + "/" + fileName);
   for (std::string line; std::getline(file, line);) {
-    if (line.empty() || line.front() == '#') continue;
+    if (line.empty() || line.front() == '#') { continue; }
     const auto tab = line.find('\t');
     rows.emplace_back(std::stoi(line.substr(0, tab)), line.substr(tab + 1));
   }

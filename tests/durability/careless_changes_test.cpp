@@ -33,8 +33,9 @@ Status writtenBeforeItIsOnDisk(Session& session) {
   const std::string text(5000, 'x');
   const bool written = ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   ::close(file);
-  if (!written || ::rename(session.in("draft").c_str(), session.in("old.ics").c_str()) != 0)
+  if (!written || ::rename(session.in("draft").c_str(), session.in("old.ics").c_str()) != 0) {
     return failure(ErrorCode::kIo, "It cannot be written.");
+  }
   return {};
 }
 
@@ -64,7 +65,7 @@ class AChange : public testing::TestWithParam<Careless> {};
 TEST_P(AChange, IsFoundOut) {
   Trials trials;
   for (const Trouble& trouble : troubles()) {
-    if (trouble.name != GetParam().trouble) continue;
+    if (trouble.name != GetParam().trouble) { continue; }
     const Outcome outcome = trials.run(GetParam().change, trouble, {.most = kEnough});
     EXPECT_GT(outcome.tried, 0U);
     EXPECT_LT(outcome.survived, outcome.tried);

@@ -37,9 +37,9 @@ Status withoutValue(const Result<T>& result) {
 
 /// The occurrence of that day.
 Result<std::optional<Occurrence>> occurrenceOn(CalendarStore& store, const Item& item, std::optional<int> day) {
-  if (!day) return std::nullopt;
+  if (!day) { return std::nullopt; }
   ORLOCAL_TRY(auto found, store.occurrenceAt(item, store::Zone().toMoment(LocalTime(2026, 11, *day, 8))));
-  if (!found) return notThere("The occurrence");
+  if (!found) { return notThere("The occurrence"); }
   return found;
 }
 
@@ -48,10 +48,10 @@ template <class Edit>
 Status changed(Session& session, const char* title, const std::optional<int>& day, Span span, Edit edit) {
   ORLOCAL_TRY(CalendarStore * store, session.store());
   const auto item = itemTitled(*store, title);
-  if (item == nullptr) return notThere(title);
+  if (item == nullptr) { return notThere(title); }
   ORLOCAL_TRY(const auto occurrence, occurrenceOn(*store, *item, day));
   auto opened = std::make_shared<Item>(*item);
-  if (occurrence) moveToOccurrence(*opened, *occurrence, session.options().viewer);
+  if (occurrence) { moveToOccurrence(*opened, *occurrence, session.options().viewer); }
   Item edited = *opened;
   ORLOCAL_CHECK(edit(*store, edited));
   const store::ItemEdit what = editBetween(std::move(opened), edited);
@@ -62,15 +62,15 @@ Status changed(Session& session, const char* title, const std::optional<int>& da
 Status removed(Session& session, const char* title, const std::optional<int>& day, Span span) {
   ORLOCAL_TRY(CalendarStore * store, session.store());
   const auto item = itemTitled(*store, title);
-  if (item == nullptr) return notThere(title);
+  if (item == nullptr) { return notThere(title); }
   ORLOCAL_TRY(const auto occurrence, occurrenceOn(*store, *item, day));
   return item->kind == store::ItemKind::kReminder ? store->removeReminder(*item)
                                                   : store->removeEvent(*item, occurrence, span);
 }
 
 Status moveAnHour(CalendarStore&, Item& item) {
-  if (item.start) item.start->local += 3600;
-  if (auto& last = item.endOrDue()) last->local += 3600;
+  if (item.start) { item.start->local += 3600; }
+  if (auto& last = item.endOrDue()) { last->local += 3600; }
   item.title = "later";
   return {};
 }
@@ -81,7 +81,7 @@ Status complete(CalendarStore&, Item& item) {
 template <CalendarKind kind>
 Status moveToDefault(CalendarStore& store, Item& item) {
   ORLOCAL_TRY(const auto calendar, store.defaultCalendar(kind));
-  if (!calendar) return notThere("The default calendar");
+  if (!calendar) { return notThere("The default calendar"); }
   item.calendar = calendar->id;
   return {};
 }
@@ -155,8 +155,9 @@ Status makeCalendar(Session& session) {
 
 Result<Calendar> calendarTitled(CalendarStore& store, CalendarKind kind, std::string_view title) {
   ORLOCAL_TRY(const auto calendars, store.calendars(kind));
-  for (const Calendar& calendar : calendars)
-    if (calendar.title == title) return calendar;
+  for (const Calendar& calendar : calendars) {
+    if (calendar.title == title) { return calendar; }
+  }
   return notThere(title);
 }
 
@@ -201,7 +202,7 @@ Status writeSource(Session& session) {
 Status salvaged(Session& session) {
   return exported(session, "export.ics", [&](const store::TextSink& sink) -> Status {
     ORLOCAL_TRY(const auto report, store::salvage(session.file(), {}, session.options().busyTimeout, sink));
-    if (report.complete()) return {};
+    if (report.complete()) { return {}; }
     return failure(ErrorCode::kCorrupt, "Something was not salvaged.");
   });
 }

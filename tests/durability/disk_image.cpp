@@ -57,7 +57,7 @@ class Disk {
   void write(const Step& step, std::int64_t from, std::int64_t to) {
     std::string& bytes = content(step.file);
     const auto end = static_cast<std::size_t>(step.at + to);
-    if (bytes.size() < end) bytes.resize(end);
+    if (bytes.size() < end) { bytes.resize(end); }
     bytes.replace(static_cast<std::size_t>(step.at + from), static_cast<std::size_t>(to - from), step.bytes,
                   static_cast<std::size_t>(from), static_cast<std::size_t>(to - from));
   }
@@ -69,11 +69,12 @@ class Disk {
 
   DiskImage image() const {
     DiskImage image;
-    for (const std::string& folder : m_folders)
-      if (isReached(folderOf(folder))) image.folders.insert(folder);
+    for (const std::string& folder : m_folders) {
+      if (isReached(folderOf(folder))) { image.folders.insert(folder); }
+    }
     for (const auto& [path, file] : m_entries) {
       // The log's index is memory that has a name.
-      if (path.ends_with("-shm") || !isReached(folderOf(path))) continue;
+      if (path.ends_with("-shm") || !isReached(folderOf(path))) { continue; }
       image.files[path] =
           static_cast<std::size_t>(file) < m_contents.size() ? m_contents[static_cast<std::size_t>(file)] : "";
     }
@@ -82,7 +83,7 @@ class Disk {
 
  private:
   std::string& content(int file) {
-    if (m_contents.size() <= static_cast<std::size_t>(file)) m_contents.resize(static_cast<std::size_t>(file) + 1);
+    if (m_contents.size() <= static_cast<std::size_t>(file)) { m_contents.resize(static_cast<std::size_t>(file) + 1); }
     return m_contents[static_cast<std::size_t>(file)];
   }
   bool isReached(const std::string& folder) const {
@@ -98,7 +99,7 @@ bool isOfEntries(const Step& step) { return step.kind != Kind::kWrite && step.ki
 bool isSync(const Step& step) { return step.kind == Kind::kSync || step.kind == Kind::kSyncFolder; }
 
 bool brings(const Step& sync, const Step& step) {
-  if (sync.kind == Kind::kSync) return !isOfEntries(step) && step.file == sync.file;
+  if (sync.kind == Kind::kSync) { return !isOfEntries(step) && step.file == sync.file; }
   return isOfEntries(step) && folderOf(step.kind == Kind::kRename ? step.second : step.path) == sync.path;
 }
 
@@ -109,7 +110,7 @@ std::uint64_t mark(const DiskImage& image) {
     add(path);
     add(content);
   }
-  for (const std::string& folder : image.folders) add(folder);
+  for (const std::string& folder : image.folders) { add(folder); }
   return contentHash(all);
 }
 
@@ -122,7 +123,7 @@ class PowerCuts {
     const auto& steps = m_trace.steps();
     for (m_taken = 0; m_taken <= steps.size() && !m_ended; ++m_taken) {
       cutHere();
-      if (m_taken == steps.size()) return;
+      if (m_taken == steps.size()) { return; }
       const Step& step = steps[m_taken];
       if (isSync(step)) {
         sync(step);
@@ -149,27 +150,31 @@ class PowerCuts {
     const auto& steps = m_trace.steps();
     show("nothing", [](Disk&) {});
     show("everything", [&](Disk& disk) {
-      for (const Step* step : m_pending) disk.take(*step);
+      for (const Step* step : m_pending) { disk.take(*step); }
     });
     if (m_taken == steps.size() || m_taken == m_trace.done() || isSync(steps[m_taken])) {
-      for (std::size_t n = 1; n < m_pending.size(); ++n)
+      for (std::size_t n = 1; n < m_pending.size(); ++n) {
         show("the first of it", [&](Disk& disk) {
-          for (std::size_t i = 0; i < n; ++i) disk.take(*m_pending[i]);
+          for (std::size_t i = 0; i < n; ++i) { disk.take(*m_pending[i]); }
         });
+      }
     }
     show("entries without bytes", [&](Disk& disk) {
-      for (const Step* step : m_pending)
-        if (isOfEntries(*step)) disk.take(*step);
+      for (const Step* step : m_pending) {
+        if (isOfEntries(*step)) { disk.take(*step); }
+      }
     });
     show("bytes without entries", [&](Disk& disk) {
-      for (const Step* step : m_pending)
-        if (!isOfEntries(*step)) disk.take(*step);
+      for (const Step* step : m_pending) {
+        if (!isOfEntries(*step)) { disk.take(*step); }
+      }
     });
     show("sizes without bytes", [&](Disk& disk) {
-      for (const Step* step : m_pending) step->kind == Kind::kWrite ? disk.lengthen(*step) : disk.take(*step);
+      for (const Step* step : m_pending) { step->kind == Kind::kWrite ? disk.lengthen(*step) : disk.take(*step); }
     });
-    for (std::size_t sample = 0; sample < m_samples && !m_pending.empty(); ++sample)
+    for (std::size_t sample = 0; sample < m_samples && !m_pending.empty(); ++sample) {
       show("some of it", [&](Disk& disk) { takeSome(disk, sample); });
+    }
   }
 
   /// Entries come in their order, some of them; writes in any order, some sectors of them.
@@ -186,7 +191,7 @@ class PowerCuts {
     std::shuffle(writes.begin(), writes.end(), random);
     for (const Step* step : writes) {
       const auto dice = random() % 4;
-      if (dice == 0) continue;
+      if (dice == 0) { continue; }
       if (dice == 1 || step->kind == Kind::kSize) {
         disk.take(*step);
         continue;
@@ -195,7 +200,7 @@ class PowerCuts {
       for (std::int64_t from = 0; from < end;) {
         // Sectors are the disk's, whatever the write began with.
         const std::int64_t to = std::min(end, (step->at + from) / kSector * kSector + kSector - step->at);
-        if (random() % 2 != 0) disk.write(*step, from, to);
+        if (random() % 2 != 0) { disk.write(*step, from, to); }
         from = to;
       }
     }
@@ -203,13 +208,13 @@ class PowerCuts {
 
   template <class Take>
   void show(const char* left, Take take) {
-    if (m_ended) return;
+    if (m_ended) { return; }
     Disk disk = m_synced;
     take(disk);
     PowerCut cut;
     cut.image = disk.image();
     cut.done = m_taken >= m_trace.done();
-    if (!m_shown.insert(mark(cut.image) * 2 + (cut.done ? 1 : 0)).second) return;
+    if (!m_shown.insert(mark(cut.image) * 2 + (cut.done ? 1 : 0)).second) { return; }
     cut.number = m_shown.size() - 1;
     cut.steps = m_taken;
     cut.left = left;
@@ -230,8 +235,8 @@ class PowerCuts {
 
 void DiskImage::writeTo(const std::filesystem::path& folder) const {
   // A folder sorts before what is in it.
-  for (const std::string& each : folders) std::filesystem::create_directory(folder / each);
-  for (const auto& [path, content] : files) std::ofstream(folder / path, std::ios::binary) << content;
+  for (const std::string& each : folders) { std::filesystem::create_directory(folder / each); }
+  for (const auto& [path, content] : files) { std::ofstream(folder / path, std::ios::binary) << content; }
 }
 
 void forEachPowerCut(const DiskTrace& trace, std::size_t samples, const std::function<bool(const PowerCut&)>& visit) {

@@ -30,7 +30,7 @@ class AfterAPowerCut : public testing::Test {
     std::set<std::string> found;
     forEachPowerCut(trace, 200, [&](const PowerCut& cut) {
       const auto file = cut.image.files.find("f");
-      if (!done || cut.done) found.insert(file == cut.image.files.end() ? "-" : file->second);
+      if (!done || cut.done) { found.insert(file == cut.image.files.end() ? "-" : file->second); }
       return true;
     });
     return found;

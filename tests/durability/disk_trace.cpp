@@ -48,18 +48,20 @@ void DiskTrace::happened(const FileDeed& deed) {
       m_open[deed.descriptor] = m_files++;
       return;
     case What::kOpened:
-      if (const auto known = m_entries.find(path); known != m_entries.end()) m_open[deed.descriptor] = known->second;
+      if (const auto known = m_entries.find(path); known != m_entries.end()) {
+        m_open[deed.descriptor] = known->second;
+      }
       return;
     case What::kClosed:
       m_open.erase(deed.descriptor);
       return;
     case What::kWritten:
-      if (open == m_open.end()) return;
+      if (open == m_open.end()) { return; }
       m_steps.push_back(
           {.kind = Step::Kind::kWrite, .file = open->second, .at = deed.at, .bytes = std::string(deed.bytes)});
       return;
     case What::kCutOff:
-      if (open == m_open.end()) return;
+      if (open == m_open.end()) { return; }
       m_steps.push_back({.kind = Step::Kind::kSize, .file = open->second, .at = deed.at});
       return;
     case What::kSynced:
@@ -72,7 +74,7 @@ void DiskTrace::happened(const FileDeed& deed) {
     case What::kRenamed: {
       const std::string second = below(deed.second);
       const auto known = m_entries.find(path);
-      if (known == m_entries.end()) return;
+      if (known == m_entries.end()) { return; }
       const int file = known->second;
       m_entries.erase(known);
       m_entries[second] = file;
@@ -82,7 +84,7 @@ void DiskTrace::happened(const FileDeed& deed) {
     case What::kLinked: {
       const std::string second = below(deed.second);
       const auto known = m_entries.find(path);
-      if (known == m_entries.end()) return;
+      if (known == m_entries.end()) { return; }
       m_entries[second] = known->second;
       m_steps.push_back({.kind = Step::Kind::kEntry, .file = known->second, .path = second});
       return;

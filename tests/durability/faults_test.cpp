@@ -29,8 +29,9 @@ Trials& trials() {
 
 std::vector<std::string> columns() {
   std::vector<std::string> names;
-  for (const Trouble& trouble : troubles())
-    if (names.empty() || names.back() != columnOf(trouble)) names.emplace_back(columnOf(trouble));
+  for (const Trouble& trouble : troubles()) {
+    if (names.empty() || names.back() != columnOf(trouble)) { names.emplace_back(columnOf(trouble)); }
+  }
   return names;
 }
 
@@ -39,30 +40,34 @@ class EachChange : public testing::TestWithParam<std::size_t> {};
 TEST_P(EachChange, IsWholeOrNotAtAllWhateverHappens) {
   for (const std::string& column : columns()) {
     std::vector<const Trouble*> those;
-    for (const Trouble& trouble : troubles())
-      if (columnOf(trouble) == column) those.push_back(&trouble);
+    for (const Trouble& trouble : troubles()) {
+      if (columnOf(trouble) == column) { those.push_back(&trouble); }
+    }
     // Another one of a column for each change.
     const Trouble& trouble = *those[GetParam() % those.size()];
     const Outcome outcome = trials().run(changes()[GetParam()], trouble, {.most = kTrialsOfATest});
-    for (const Loss& loss : outcome.losses) ADD_FAILURE() << loss.trial << ": " << loss.flaw;
+    for (const Loss& loss : outcome.losses) { ADD_FAILURE() << loss.trial << ": " << loss.flaw; }
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, EachChange, testing::Range(std::size_t{0}, changes().size()), [](const auto& tested) {
   std::string name = changes()[tested.param].name;
-  for (char& c : name)
+  for (char& c : name) {
     if (c == ' ') c = '_';
+  }
   return name;
 });
 
 /// The one trial that is called so; none tried when there is none.
 Outcome only(const std::string& which) {
-  for (const Change& change : changes())
+  for (const Change& change : changes()) {
     for (const Trouble& trouble : troubles()) {
       const std::string begin = fmt::format("{} / {} / ", change.name, trouble.name);
-      if (which.starts_with(begin))
+      if (which.starts_with(begin)) {
         return trials().run(change, trouble, {.only = std::stoul(which.substr(begin.size()))});
+      }
     }
+  }
   return {};
 }
 
@@ -71,7 +76,7 @@ class OnceLost : public testing::TestWithParam<const char*> {};
 TEST_P(OnceLost, IsNotLostAgain) {
   const Outcome outcome = only(GetParam());
   EXPECT_EQ(outcome.tried, 1u);
-  for (const Loss& loss : outcome.losses) ADD_FAILURE() << loss.trial << ": " << loss.flaw;
+  for (const Loss& loss : outcome.losses) { ADD_FAILURE() << loss.trial << ": " << loss.flaw; }
 }
 
 INSTANTIATE_TEST_SUITE_P(Trials, OnceLost,
@@ -80,13 +85,14 @@ INSTANTIATE_TEST_SUITE_P(Trials, OnceLost,
                                          "a store salvaged / look, broken disk, once / 3"));
 
 void tell(const std::vector<Loss>& losses) {
-  for (const Loss& loss : losses)
+  for (const Loss& loss : losses) {
     std::cout << fmt::format("LOST {}: {}\n     ./run faults --only \"{}\"\n", loss.trial, loss.flaw, loss.trial)
               << std::flush;
+  }
 }
 
 std::string cell(const Outcome& outcome) {
-  if (outcome.tried == outcome.survived) return std::to_string(outcome.tried);
+  if (outcome.tried == outcome.survived) { return std::to_string(outcome.tried); }
   return fmt::format("{}/{}", outcome.survived, outcome.tried);
 }
 
@@ -101,25 +107,25 @@ int runAll(std::string_view which) {
   std::map<std::string, Outcome> sums;
   const auto line = [&](std::string_view name, std::map<std::string, Outcome>& cells) {
     std::cout << fmt::format("{:<44}", name);
-    for (const std::string& column : names) std::cout << fmt::format("{:>9}", cell(cells[column]));
+    for (const std::string& column : names) { std::cout << fmt::format("{:>9}", cell(cells[column])); }
     std::cout << std::endl;
   };
   std::cout << fmt::format("{:<44}", "tried (survived/tried where not all)");
-  for (const std::string& column : names) std::cout << fmt::format("{:>9}", column);
+  for (const std::string& column : names) { std::cout << fmt::format("{:>9}", column); }
   std::cout << std::endl;
   bool lost = false;
   for (const Change& change : changes()) {
     std::map<std::string, Outcome> cells;
     std::vector<Loss> losses;
     for (const Trouble& trouble : troubles()) {
-      if (!fmt::format("{} / {}", change.name, trouble.name).starts_with(which)) continue;
+      if (!fmt::format("{} / {}", change.name, trouble.name).starts_with(which)) { continue; }
       const bool reads = trouble.sort == Trouble::Sort::kFailingCalls && trouble.call == FileCall::kRead;
       const Outcome outcome = trials().run(change, trouble, {.most = reads ? kTrialsOfReading : SIZE_MAX});
       add(cells[columnOf(trouble)], outcome);
       add(sums[columnOf(trouble)], outcome);
       losses.insert(losses.end(), outcome.losses.begin(), outcome.losses.end());
     }
-    if (!cells.empty()) line(change.name, cells);
+    if (!cells.empty()) { line(change.name, cells); }
     tell(losses);
     lost = lost || !losses.empty();
   }
@@ -130,7 +136,7 @@ int runAll(std::string_view which) {
 int runOnly(const std::string& which) {
   const Outcome outcome = only(which);
   tell(outcome.losses);
-  if (outcome.tried > 0) return outcome.losses.empty() ? 0 : 1;
+  if (outcome.tried > 0) { return outcome.losses.empty() ? 0 : 1; }
   std::cout << "There is no such trial.\n";
   return 2;
 }
@@ -141,8 +147,8 @@ int runOnly(const std::string& which) {
 int main(int count, char** words) {
   using namespace orlocal::test;
   const std::string_view first = count > 1 ? words[1] : "";
-  if (first == "--all") return runAll(count > 2 ? words[2] : "");
-  if (first == "--only" && count > 2) return runOnly(words[2]);
+  if (first == "--all") { return runAll(count > 2 ? words[2] : ""); }
+  if (first == "--only" && count > 2) { return runOnly(words[2]); }
   testing::InitGoogleTest(&count, words);
   return RUN_ALL_TESTS();
 }

@@ -42,12 +42,12 @@ struct WatchedCall {
 
   /// The path when it is watched, else nothing.
   static std::string at(int folder, const char* name) {
-    if (s_watch == nullptr || name == nullptr) return {};
+    if (s_watch == nullptr || name == nullptr) { return {}; }
     Quiet quiet;
     std::string path = name;
     if (path.empty() || path[0] != '/') {
       const auto known = folder == AT_FDCWD ? s_open->end() : s_open->find(folder);
-      if (known == s_open->end()) return {};
+      if (known == s_open->end()) { return {}; }
       path = path.empty() ? known->second : known->second + "/" + path;
     }
     const std::string& watched = quiet.watch().m_folder;
@@ -62,19 +62,20 @@ struct WatchedCall {
   }
   static void tell(const FileDeed& deed) {
     Quiet quiet;
-    if (deed.what == FileDeed::What::kMade || deed.what == FileDeed::What::kOpened)
+    if (deed.what == FileDeed::What::kMade || deed.what == FileDeed::What::kOpened) {
       s_open->insert_or_assign(deed.descriptor, deed.path);
+    }
     quiet.watch().m_watcher->happened(deed);
   }
   [[noreturn]] static void die() {
-    for (;;) ::kill(::getpid(), SIGKILL);
+    for (;;) { ::kill(::getpid(), SIGKILL); }
   }
 };
 
 WatchFiles::WatchFiles(const std::filesystem::path& folder, FileCallWatcher& watcher)
     : m_folder(folder.string()), m_watcher(&watcher), m_before(s_watch) {
   // Files are closed until the very end of the process.
-  if (s_open == nullptr) s_open = new std::map<int, std::string>;
+  if (s_open == nullptr) { s_open = new std::map<int, std::string>; }
   s_watch = this;
 }
 
@@ -87,15 +88,15 @@ using What = FileDeed::What;
 /// A call that works or fails as a whole; `told` makes of its result what was done.
 template <class Work, class Told>
 long whole(FileCall call, const std::string& path, Work work, Told told) {
-  if (path.empty()) return work();
+  if (path.empty()) { return work(); }
   const Fate fate = WatchedCall::fateOf(call, path);
   if (fate.what == Fate::What::kFails) {
     errno = fate.error;
     return -1;
   }
-  if (fate.what == Fate::What::kDies) WatchedCall::die();
+  if (fate.what == Fate::What::kDies) { WatchedCall::die(); }
   const long result = work();
-  if (result >= 0) told(result);
+  if (result >= 0) { told(result); }
   return result;
 }
 template <class Work>
@@ -112,7 +113,9 @@ int opened(int folder, const char* name, int flags, mode_t mode) {
       [&](long result) {
         const int descriptor = static_cast<int>(result);
         WatchedCall::tell({.what = makes ? What::kMade : What::kOpened, .descriptor = descriptor, .path = path});
-        if ((flags & O_TRUNC) != 0) WatchedCall::tell({.what = What::kCutOff, .descriptor = descriptor, .path = path});
+        if ((flags & O_TRUNC) != 0) {
+          WatchedCall::tell({.what = What::kCutOff, .descriptor = descriptor, .path = path});
+        }
       }));
 }
 
@@ -121,13 +124,13 @@ long readAt(int file, void* bytes, std::size_t count, off_t at) {
     return at < 0 ? ::syscall(SYS_read, file, bytes, n) : ::syscall(SYS_pread64, file, bytes, n, at);
   };
   const std::string path = WatchedCall::of(file);
-  if (path.empty()) return work(count);
+  if (path.empty()) { return work(count); }
   const Fate fate = WatchedCall::fateOf(FileCall::kRead, path);
   if (fate.what == Fate::What::kFails) {
     errno = fate.error;
     return -1;
   }
-  if (fate.what == Fate::What::kDies || fate.what == Fate::What::kDiesHalfDone) WatchedCall::die();
+  if (fate.what == Fate::What::kDies || fate.what == Fate::What::kDiesHalfDone) { WatchedCall::die(); }
   return work(fate.what == Fate::What::kIsCutShort && count > 1 ? count / 2 : count);
 }
 
@@ -136,25 +139,26 @@ long writeAt(int file, const void* bytes, std::size_t count, off_t at) {
     return at < 0 ? ::syscall(SYS_write, file, bytes, n) : ::syscall(SYS_pwrite64, file, bytes, n, at);
   };
   const std::string path = WatchedCall::of(file);
-  if (path.empty()) return work(count);
+  if (path.empty()) { return work(count); }
   const Fate fate = WatchedCall::fateOf(FileCall::kWrite, path);
   if (fate.what == Fate::What::kFails) {
     errno = fate.error;
     return -1;
   }
-  if (fate.what == Fate::What::kDies) WatchedCall::die();
+  if (fate.what == Fate::What::kDies) { WatchedCall::die(); }
   if (fate.what == Fate::What::kDiesHalfDone) {
     work(count / 2);
     WatchedCall::die();
   }
   const off_t place = at < 0 ? ::syscall(SYS_lseek, file, 0, SEEK_CUR) : at;
   const long written = work(fate.what == Fate::What::kIsCutShort && count > 1 ? count / 2 : count);
-  if (written > 0)
+  if (written > 0) {
     WatchedCall::tell({.what = What::kWritten,
                        .descriptor = file,
                        .path = path,
                        .at = place,
                        .bytes = std::string_view(static_cast<const char*>(bytes), static_cast<std::size_t>(written))});
+  }
   return written;
 }
 
@@ -205,8 +209,8 @@ int controlled(int file, int what, void* argument) {
 
 int closed(int file) {
   const std::string path = WatchedCall::of(file);
-  if (!path.empty()) WatchedCall::tell({.what = What::kClosed, .descriptor = file, .path = path});
-  if (s_open != nullptr) s_open->erase(file);
+  if (!path.empty()) { WatchedCall::tell({.what = What::kClosed, .descriptor = file, .path = path}); }
+  if (s_open != nullptr) { s_open->erase(file); }
   return static_cast<int>(::syscall(SYS_close, file));
 }
 

@@ -21,14 +21,14 @@ using testing::Not;
 class Room : public FileCallWatcher {
  public:
   Fate fateOf(FileCall call, const std::string& path) override {
-    if (!m_left || call != FileCall::kWrite || !path.ends_with(m_suffix)) return {};
+    if (!m_left || call != FileCall::kWrite || !path.ends_with(m_suffix)) { return {}; }
     if (*m_left > 0) {
       --*m_left;
       return {};
     }
     ++m_failed;
     // A disk takes what it has room for, and says at the next call that there is none.
-    if (std::exchange(m_cutShort, false)) return {Fate::What::kIsCutShort};
+    if (std::exchange(m_cutShort, false)) { return {Fate::What::kIsCutShort}; }
     return {Fate::What::kFails, ENOSPC};
   }
   void endNow() { m_left = 0; }
@@ -77,7 +77,7 @@ class FullDisk : public testing::Test {
   static std::string textOf(store::CalendarStore& store) {
     std::string text;
     const auto calendars = store.calendars(store::CalendarKind::kEvents);
-    if (!calendars) return calendars.error().message;
+    if (!calendars) { return calendars.error().message; }
     const auto written = store::exportCalendars(store, *calendars, [&](std::string_view piece) -> Status {
       text += piece;
       return {};

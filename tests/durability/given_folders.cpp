@@ -30,9 +30,10 @@ std::string calendarOf(const std::string& name, const std::string& items) {
 
 std::string eventsOf(int events, const char* word) {
   std::string text;
-  for (int i = 0; i < events; ++i)
+  for (int i = 0; i < events; ++i) {
     text += "BEGIN:VEVENT\r\nUID:i" + std::to_string(i) + "\r\nDTSTART:20261101T090000Z\r\nSUMMARY:" + word + " " +
             std::to_string(i) + "\r\nDESCRIPTION:" + std::string(200, 'd') + "\r\nEND:VEVENT\r\n";
+  }
   return text;
 }
 
@@ -56,13 +57,13 @@ std::string remindersOf() {
 
 template <class T>
 T orThrow(Result<T> result) {
-  if (!result) throw std::runtime_error(result.error().message);
-  if constexpr (!std::is_void_v<T>) return *std::move(result);
+  if (!result) { throw std::runtime_error(result.error().message); }
+  if constexpr (!std::is_void_v<T>) { return *std::move(result); }
 }
 
 void import(CalendarStore& store, std::string text, const store::ImportOptions& options = {}) {
   const auto report = orThrow(store::importCalendarText(store, std::move(text), "given.ics", options));
-  if (report.refused != 0) throw std::runtime_error("a given item was refused");
+  if (report.refused != 0) { throw std::runtime_error("a given item was refused"); }
 }
 
 void writeFiles(const fs::path& folder) {
@@ -123,7 +124,7 @@ void leaveLog(const fs::path& folder, int commits) {
   }
   int status = 0;
   ::waitpid(child, &status, 0);
-  if (status != 0) throw std::runtime_error("no log was left");
+  if (status != 0) { throw std::runtime_error("no log was left"); }
 }
 
 void damage(const fs::path& file) {
@@ -150,9 +151,9 @@ void makeGivens(const fs::path& folder) {
       writeStore(place);
     }
     const auto file = place / "calendar.db";
-    if (given == Given::kLog) leaveLog(place, 2);
-    if (given == Given::kFullLog) leaveLog(place, kLogNearlyFull);
-    if (given == Given::kOldFormat) execute(file, "PRAGMA user_version = 1; PRAGMA wal_checkpoint(TRUNCATE)");
+    if (given == Given::kLog) { leaveLog(place, 2); }
+    if (given == Given::kFullLog) { leaveLog(place, kLogNearlyFull); }
+    if (given == Given::kOldFormat) { execute(file, "PRAGMA user_version = 1; PRAGMA wal_checkpoint(TRUNCATE)"); }
     if (given == Given::kOldZones) {
       execute(
           file,
@@ -160,8 +161,8 @@ void makeGivens(const fs::path& folder) {
           "WHERE slot < 100; UPDATE items SET slot_start = slot_start - 3600, original = original - 3600 WHERE slot "
           "< 100; UPDATE properties SET value = '1999a' WHERE name = 'zone_data'");
     }
-    if (given == Given::kBackup || given == Given::kBackupAlone || given == Given::kDamaged) writeBackup(place);
-    if (given == Given::kDamaged) damage(file);
+    if (given == Given::kBackup || given == Given::kBackupAlone || given == Given::kDamaged) { writeBackup(place); }
+    if (given == Given::kDamaged) { damage(file); }
   }
 }
 

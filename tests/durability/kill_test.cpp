@@ -74,7 +74,7 @@ class Expected {
 
   /// The last step of a killed process may be a removal that was done and not told: forget that one event.
   void forgetLast() {
-    if (!m_last.empty()) m_titles.erase(m_last);
+    if (!m_last.empty()) { m_titles.erase(m_last); }
   }
   void remember(const std::string& line) { m_last = line.substr(2, line.find(' ', 2) - 2); }
 
@@ -98,18 +98,18 @@ TEST(KilledWhileSaving, EveryAcknowledgedSaveIsThereAndTheFileIsSound) {
     std::this_thread::sleep_for(std::chrono::microseconds(1500 + random() % 20'000));
     process.kill();
     const auto lines = process.finish();
-    for (const auto& line : lines) expected.take(line);
+    for (const auto& line : lines) { expected.take(line); }
     acknowledged += lines.size();
     if (!lines.empty()) {
       expected.remember(lines.back());
-      if (lines.back()[0] == 'S') expected.forgetLast();
+      if (lines.back()[0] == 'S') { expected.forgetLast(); }
     }
     if (round % 20 == 19) {
       EXPECT_EQ(integrityOf(folder.file()), "ok");
       auto store = openStore(folder.file());
       expected.check(*store);
     }
-    if (HasFatalFailure()) return;
+    if (HasFatalFailure()) { return; }
   }
   EXPECT_GT(acknowledged, static_cast<std::size_t>(kKills) / 2) << "too few saves to mean anything";
   EXPECT_GT(expected.kept(), 0U);

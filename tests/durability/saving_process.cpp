@@ -13,7 +13,7 @@ namespace orlocal::test {
 
 TemporaryStore::TemporaryStore() {
   std::string pattern = (std::filesystem::temp_directory_path() / "orlocal-durability-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  if (mkdtemp(pattern.data()) == nullptr) { throw std::runtime_error("no temporary folder"); }
   m_folder = pattern;
 }
 
@@ -28,13 +28,13 @@ std::unique_ptr<store::CalendarStore> openStore(const std::filesystem::path& fil
   options.file = file;
   options.viewer = store::Zone::ofUser();
   auto opened = store::CalendarStore::open(std::move(options));
-  if (!opened) throw std::runtime_error(opened.error().message);
+  if (!opened) { throw std::runtime_error(opened.error().message); }
   return std::move(*opened);
 }
 
 store::Item newEvent(store::CalendarStore& store, const std::string& title) {
   const auto calendar = store.defaultCalendar(store::CalendarKind::kEvents);
-  if (!calendar || !*calendar) throw std::runtime_error("no default calendar");
+  if (!calendar || !*calendar) { throw std::runtime_error("no default calendar"); }
   store::Item event;
   event.kind = store::ItemKind::kEvent;
   event.calendar = (*calendar)->id;
@@ -46,16 +46,16 @@ store::Item newEvent(store::CalendarStore& store, const std::string& title) {
 
 SavingProcess::SavingProcess(const std::function<void(const Tell&)>& work) {
   int ends[2];
-  if (pipe(ends) != 0) throw std::runtime_error("no pipe");
+  if (pipe(ends) != 0) { throw std::runtime_error("no pipe"); }
   m_child = fork();
-  if (m_child < 0) throw std::runtime_error("no process");
+  if (m_child < 0) { throw std::runtime_error("no process"); }
   if (m_child == 0) {
     close(ends[0]);
     int status = 0;
     try {
       work([&](const std::string& line) {
         const std::string whole = line + "\n";
-        if (write(ends[1], whole.data(), whole.size()) != static_cast<ssize_t>(whole.size())) _exit(3);
+        if (write(ends[1], whole.data(), whole.size()) != static_cast<ssize_t>(whole.size())) { _exit(3); }
       });
     } catch (const std::exception& problem) {
       std::fprintf(stderr, "saving process: %s\n", problem.what());
@@ -75,13 +75,15 @@ SavingProcess::~SavingProcess() {
 }
 
 void SavingProcess::kill() {
-  if (m_child > 0) ::kill(m_child, SIGKILL);
+  if (m_child > 0) { ::kill(m_child, SIGKILL); }
 }
 
 std::vector<std::string> SavingProcess::finish() {
   std::string all;
   char buffer[4096];
-  for (ssize_t n = 0; (n = read(m_end, buffer, sizeof buffer)) > 0;) all.append(buffer, static_cast<std::size_t>(n));
+  for (ssize_t n = 0; (n = read(m_end, buffer, sizeof buffer)) > 0;) {
+    all.append(buffer, static_cast<std::size_t>(n));
+  }
   close(m_end);
   int status = 0;
   waitpid(m_child, &status, 0);

@@ -31,7 +31,7 @@ constexpr std::size_t kSubscriptions = 2;
 class Gate {
  public:
   Gate() {
-    if (::pipe2(m_ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    if (::pipe2(m_ends.data(), O_CLOEXEC) != 0) { throw std::runtime_error("no pipe"); }
   }
   ~Gate() {
     ::close(m_ends[0]);
@@ -42,11 +42,11 @@ class Gate {
 
   void open(std::size_t waiting) const {
     const std::string tokens(waiting, '.');
-    if (::write(m_ends[1], tokens.data(), tokens.size()) < 0) throw std::runtime_error("the gate is stuck");
+    if (::write(m_ends[1], tokens.data(), tokens.size()) < 0) { throw std::runtime_error("the gate is stuck"); }
   }
   void wait() const {
     char token = 0;
-    if (::read(m_ends[0], &token, 1) != 1) throw std::runtime_error("the gate fell down");
+    if (::read(m_ends[0], &token, 1) != 1) { throw std::runtime_error("the gate fell down"); }
   }
 
  private:
@@ -55,8 +55,8 @@ class Gate {
 
 template <class T>
 T orThrow(Result<T> result) {
-  if (!result) throw std::runtime_error(result.error().message);
-  if constexpr (!std::is_void_v<T>) return *std::move(result);
+  if (!result) { throw std::runtime_error(result.error().message); }
+  if constexpr (!std::is_void_v<T>) { return *std::move(result); }
 }
 
 /// One that inserts, changes and removes events of its own, one or several in a commit, and tells after each commit
@@ -85,7 +85,7 @@ class BusyWriter {
       tell(dice == 8 ? several(2) : several(0));
     }
     // A reminder, of which no script may hear.
-    if (dice == 0) saveReminder();
+    if (dice == 0) { saveReminder(); }
   }
 
  private:
@@ -107,14 +107,14 @@ class BusyWriter {
   /// Two known events and `inserted` new ones in one commit, the known ones first.
   std::string several(std::size_t inserted) {
     std::vector<store::Item> items{m_events[0], m_events[1]};
-    for (auto& item : items) item.title = nextTitle();
+    for (auto& item : items) { item.title = nextTitle(); }
     for (std::size_t i = 0; i < inserted; ++i) {
       items.push_back(newEvent(*m_store, nextTitle()));
       items.back().uid = *items.back().title + "@writers.example";
     }
     auto writer = orThrow(m_store->startWriting());
     std::vector<store::Item> none;
-    for (auto& item : items) orThrow(writer->put(item.calendar, item, none));
+    for (auto& item : items) { orThrow(writer->put(item.calendar, item, none)); }
     orThrow(writer->commit());
     m_events[0] = items[0];
     m_events[1] = items[1];
@@ -136,7 +136,7 @@ class ListeningHost {
   ListeningHost(const std::filesystem::path& file, std::size_t starts) : m_starts(starts) {
     ::setenv("ORLOCAL_STORE", file.c_str(), 1);
     auto loaded = host::Plugin::load(ORLOCAL_PLUGIN);
-    if (!loaded) throw std::runtime_error(loaded.error().message);
+    if (!loaded) { throw std::runtime_error(loaded.error().message); }
     m_plugin = std::move(*loaded);
     host::Registry::instance().setScriptHook([this](const host::ScriptStart& start) {
       m_told.push_back(start.parameter->utf8());
@@ -144,7 +144,7 @@ class ListeningHost {
     });
     for (std::size_t i = 0; i < kSubscriptions; ++i) {
       const auto registered = host::registerUpdateScript(*m_plugin, "Solution", "Calendar changed");
-      if (!registered) throw std::runtime_error(registered.error().message);
+      if (!registered) { throw std::runtime_error(registered.error().message); }
     }
     m_signal = orThrow(store::ChangeSignal::listen(file));
   }
@@ -162,12 +162,12 @@ class ListeningHost {
       ::poll(nullptr, 0, 10);
       idle();
     }
-    for (const auto& parameter : m_told) tell(parameter);
+    for (const auto& parameter : m_told) { tell(parameter); }
   }
 
  private:
   void idle() {
-    if (const auto done = m_plugin->idle(); !done) throw std::runtime_error(done.error().message);
+    if (const auto done = m_plugin->idle(); !done) { throw std::runtime_error(done.error().message); }
   }
 
   std::size_t m_starts;
@@ -190,7 +190,7 @@ std::vector<std::string> parametersOfCommits(const std::filesystem::path& file) 
     while (sqlite3_step(rows) == SQLITE_ROW) {
       constexpr std::array kWords = {"New ", "Updated ", "Deleted "};
       std::string uuid = reinterpret_cast<const char*>(sqlite3_column_text(rows, 1));
-      for (const std::size_t place : {8U, 13U, 18U, 23U}) uuid.insert(place, 1, '-');
+      for (const std::size_t place : {8U, 13U, 18U, 23U}) { uuid.insert(place, 1, '-'); }
       parameters.push_back(kWords.at(static_cast<std::size_t>(sqlite3_column_int(rows, 0))) + uuid);
     }
   }
@@ -218,7 +218,7 @@ TEST_P(ScriptStarts, AreOneForEachCommitAndSubscriptionInTheOrderOfCommitting) {
     writers.push_back(std::make_unique<SavingProcess>([&, number](const SavingProcess::Tell& tell) {
       BusyWriter writer(folder.file(), number);
       begin.wait();
-      for (std::size_t i = 0; i < commits; ++i) writer.commit(tell);
+      for (std::size_t i = 0; i < commits; ++i) { writer.commit(tell); }
       finished.open(1);
     }));
   }
@@ -226,7 +226,7 @@ TEST_P(ScriptStarts, AreOneForEachCommitAndSubscriptionInTheOrderOfCommitting) {
     ListeningHost listening(folder.file(), kWriters * commits * kSubscriptions);
     begin.open(kWriters);
     if (GetParam().asleep) {
-      for (std::size_t i = 0; i < kWriters; ++i) finished.wait();
+      for (std::size_t i = 0; i < kWriters; ++i) { finished.wait(); }
     }
     listening.listen(tell);
   });
@@ -236,9 +236,9 @@ TEST_P(ScriptStarts, AreOneForEachCommitAndSubscriptionInTheOrderOfCommitting) {
   const std::vector<std::string> committed = parametersOfCommits(folder.file());
   ASSERT_THAT(committed, SizeIs(kWriters * commits));
   std::vector<std::string> expected;
-  for (const auto& parameter : committed) expected.insert(expected.end(), kSubscriptions, parameter);
+  for (const auto& parameter : committed) { expected.insert(expected.end(), kSubscriptions, parameter); }
   ASSERT_THAT(started, SizeIs(expected.size()));
-  for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_EQ(started[i], expected[i]) << "start " << i;
+  for (std::size_t i = 0; i < expected.size(); ++i) { ASSERT_EQ(started[i], expected[i]) << "start " << i; }
 
   // And the file's order is that in which each writer did its work.
   for (auto& writer : writers) {
@@ -247,7 +247,7 @@ TEST_P(ScriptStarts, AreOneForEachCommitAndSubscriptionInTheOrderOfCommitting) {
     const std::set<std::string> its(told.begin(), told.end());
     std::vector<std::string> inOrder;
     for (const auto& parameter : committed) {
-      if (its.contains(parameter)) inOrder.push_back(parameter);
+      if (its.contains(parameter)) { inOrder.push_back(parameter); }
     }
     EXPECT_EQ(inOrder, told);
   }

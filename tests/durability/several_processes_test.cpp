@@ -30,7 +30,7 @@ TEST_P(SeveralProcesses, SavingAtOnceLoseNothing) {
   }
   std::set<std::string> identifiers;
   for (auto& writer : writers) {
-    for (auto& line : writer->finish()) identifiers.insert(std::move(line));
+    for (auto& line : writer->finish()) { identifiers.insert(std::move(line)); }
     EXPECT_TRUE(writer->succeeded());
   }
   EXPECT_EQ(identifiers.size(), static_cast<std::size_t>(GetParam() * kSaves));

@@ -34,7 +34,7 @@ class FailCalls : public FileCallWatcher {
   FailCalls(const Trouble& trouble, std::size_t after) : m_trouble(trouble), m_left(after) {}
 
   Fate fateOf(FileCall call, const std::string& path) override {
-    if (call != m_trouble.call || (m_failed > 0 && m_over)) return {};
+    if (call != m_trouble.call || (m_failed > 0 && m_over)) { return {}; }
     if (m_left > 0) {
       --m_left;
       return {};
@@ -42,7 +42,7 @@ class FailCalls : public FileCallWatcher {
     // A disk takes what it has room for, and says at the next call that there is none.
     const bool half = m_trouble.cutShort && (m_trouble.error == 0 || m_failed == 0);
     m_over = m_trouble.lasting == Trouble::Lasting::kOnce && (!half || m_trouble.error == 0);
-    if (m_failed++ == 0) m_first = fs::path(path).filename().string();
+    if (m_failed++ == 0) { m_first = fs::path(path).filename().string(); }
     return half ? Fate{Fate::What::kIsCutShort} : Fate{Fate::What::kFails, m_trouble.error};
   }
   int failed() const { return m_failed; }
@@ -62,8 +62,8 @@ class Die : public FileCallWatcher {
   Die(bool inWrite, std::size_t after) : m_inWrite(inWrite), m_left(after) {}
 
   Fate fateOf(FileCall call, const std::string&) override {
-    if (m_inWrite && call != FileCall::kWrite) return {};
-    if (m_left-- > 0) return {};
+    if (m_inWrite && call != FileCall::kWrite) { return {}; }
+    if (m_left-- > 0) { return {}; }
     return {m_inWrite ? Fate::What::kDiesHalfDone : Fate::What::kDies};
   }
 
@@ -83,8 +83,9 @@ std::string firstDifference(const std::string& found, const std::string& wanted)
 }
 
 std::string draftIn(const fs::path& folder) {
-  for (const auto& entry : fs::directory_iterator(folder))
-    if (entry.path().filename().string().starts_with(".orlocal-")) return entry.path().filename().string();
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    if (entry.path().filename().string().starts_with(".orlocal-")) { return entry.path().filename().string(); }
+  }
   return {};
 }
 
@@ -103,12 +104,12 @@ fs::path Trials::copyOf(const Change& change) {
 
 const Trials::Reference& Trials::referenceOf(const Change& change) {
   const auto known = m_references.find(change.name);
-  if (known != m_references.end()) return known->second;
+  if (known != m_references.end()) { return known->second; }
   Reference reference;
   const auto next = [&](const fs::path& folder) -> std::string {
     Session session(folder);
     const auto store = session.store();
-    if (!store) return store.error().message;
+    if (!store) { return store.error().message; }
     const auto saved = saveNext(**store);
     session.close();
     return saved ? contentOf(folder) : saved.error().message;
@@ -126,7 +127,7 @@ const Trials::Reference& Trials::referenceOf(const Change& change) {
     const WatchFiles watch(changed, count);
     Session session(changed);
     const auto status = change.make(session);
-    if (!status) throw std::runtime_error(fmt::format("{}: {}", change.name, status.error().message));
+    if (!status) { throw std::runtime_error(fmt::format("{}: {}", change.name, status.error().message)); }
     session.close();
   }
   reference.calls = count.calls();
@@ -141,24 +142,25 @@ std::string Trials::flawIn(const fs::path& folder, const Change& change, bool do
   const Reference& reference = referenceOf(change);
   std::string now = contentOf(folder);
   if (now != reference.after) {
-    if (done) return "it was done, and is not all there: " + firstDifference(now, reference.after);
-    if (now != reference.before && now != reference.opened)
+    if (done) { return "it was done, and is not all there: " + firstDifference(now, reference.after); }
+    if (now != reference.before && now != reference.opened) {
       return "it is neither as before nor as after: " + firstDifference(now, reference.before) + "; " +
              firstDifference(now, reference.after);
+    }
     Session session(folder);
     const auto again = change.make(session);
     session.close();
-    if (!again) return "it cannot be made again: " + again.error().message;
+    if (!again) { return "it cannot be made again: " + again.error().message; }
     now = contentOf(folder);
-    if (now != reference.after) return "made again, it is not all there: " + firstDifference(now, reference.after);
+    if (now != reference.after) { return "made again, it is not all there: " + firstDifference(now, reference.after); }
   }
   Session session(folder);
   const auto store = session.store();
   const auto next = store ? saveNext(**store) : Status(tl::unexpected(store.error()));
   session.close();
-  if (!next) return "the next change fails: " + next.error().message;
+  if (!next) { return "the next change fails: " + next.error().message; }
   now = contentOf(folder);
-  if (now != reference.afterNext) return "the next change spoils it: " + firstDifference(now, reference.afterNext);
+  if (now != reference.afterNext) { return "the next change spoils it: " + firstDifference(now, reference.afterNext); }
   const std::string verdict = integrityOf(session.file());
   return verdict == "ok" ? std::string() : "SQLite finds damage: " + verdict;
 }
@@ -172,28 +174,30 @@ Trials::Result Trials::failCalls(const Change& change, const Trouble& trouble, s
   {
     const WatchFiles watch(folder, calls);
     status = change.make(session);
-    if (trouble.lasting == Trouble::Lasting::kUntilClosed) session.close();
+    if (trouble.lasting == Trouble::Lasting::kUntilClosed) { session.close(); }
   }
   const auto flaw = [&]() -> std::string {
-    if (!status && trouble.mustGoOn) return "it gave up: " + status.error().message;
+    if (!status && trouble.mustGoOn) { return "it gave up: " + status.error().message; }
     // What cannot be removed stays.
-    if (const std::string draft = draftIn(folder); !draft.empty() && trouble.call != FileCall::kRemove)
+    if (const std::string draft = draftIn(folder); !draft.empty() && trouble.call != FileCall::kRemove) {
       return "it left " + draft;
-    if (!session.isOpen()) return flawIn(folder, change, status.has_value());
+    }
+    if (!session.isOpen()) { return flawIn(folder, change, status.has_value()); }
     const auto next = saveNext(**session.store());
     session.close();
-    if (!next) return "the store does not go on: " + next.error().message;
+    if (!next) { return "the store does not go on: " + next.error().message; }
     const std::string now = contentOf(folder);
     const bool stands = change.replaces && trouble.call == FileCall::kSync && now == reference.afterNext;
     const std::string& wanted = status || stands ? reference.afterNext : reference.beforeNext;
-    if (now != wanted)
+    if (now != wanted) {
       return fmt::format("it said that it was {}: {}", status ? "done" : "not done", firstDifference(now, wanted));
+    }
     const std::string verdict = integrityOf(session.file());
     return verdict == "ok" ? std::string() : "SQLite finds damage: " + verdict;
   };
   Result result;
-  if (calls.failed() > 0) result = flaw();
-  if (result && !result->empty()) *result = fmt::format("after \"{}\" failed, {}", calls.first(), *result);
+  if (calls.failed() > 0) { result = flaw(); }
+  if (result && !result->empty()) { *result = fmt::format("after \"{}\" failed, {}", calls.first(), *result); }
   session.close();
   fs::remove_all(folder);
   return result;
@@ -203,15 +207,15 @@ Trials::Result Trials::die(const Change& change, const Trouble& trouble, std::si
   referenceOf(change);
   const auto folder = copyOf(change);
   int ends[2];
-  if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
+  if (::pipe(ends) != 0) { throw std::runtime_error("no pipe"); }
   const pid_t child = ::fork();
-  if (child < 0) throw std::runtime_error("no process");
+  if (child < 0) { throw std::runtime_error("no process"); }
   if (child == 0) {
     Die death(trouble.sort == Trouble::Sort::kDeathInWrite, number);
     const WatchFiles watch(folder, death);
     Session session(folder);
     const bool done = change.make(session).has_value();
-    if (done && ::write(ends[1], "!", 1) != 1) ::_exit(2);
+    if (done && ::write(ends[1], "!", 1) != 1) { ::_exit(2); }
     session.close();
     ::_exit(0);
   }
@@ -253,7 +257,7 @@ Outcome Trials::cutPower(const Change& change, const Trouble& trouble, const Sel
     const WatchFiles watch(folder, trace);
     Session session(folder);
     const auto status = change.make(session);
-    if (!status) throw std::runtime_error(fmt::format("{}: {}", change.name, status.error().message));
+    if (!status) { throw std::runtime_error(fmt::format("{}: {}", change.name, status.error().message)); }
     trace.markDone();
     session.close();
   }
@@ -265,13 +269,14 @@ Outcome Trials::cutPower(const Change& change, const Trouble& trouble, const Sel
   const std::size_t stride = selection.most == SIZE_MAX ? 1 : std::max<std::size_t>(1, cuts / selection.most);
   Outcome outcome;
   forEachPowerCut(trace, kSamples, [&](const PowerCut& cut) {
-    if (selection.only ? cut.number != *selection.only : cut.number % stride != stride / 2) return true;
+    if (selection.only ? cut.number != *selection.only : cut.number % stride != stride / 2) { return true; }
     const auto place = m_place.folder() / fmt::format("copy-{}", ++m_copies);
     fs::create_directory(place);
     cut.image.writeTo(place);
     std::string flaw = flawIn(place, change, cut.done);
-    if (!flaw.empty())
+    if (!flaw.empty()) {
       flaw = fmt::format("after {} of {} steps, with {}: {}", cut.steps, trace.steps().size(), cut.left, flaw);
+    }
     fs::remove_all(place);
     count(outcome, change, trouble, cut.number, flaw);
     return !selection.only;
@@ -280,11 +285,11 @@ Outcome Trials::cutPower(const Change& change, const Trouble& trouble, const Sel
 }
 
 Outcome Trials::run(const Change& change, const Trouble& trouble, const Selection& selection) {
-  if (trouble.sort == Trouble::Sort::kPowerCut) return cutPower(change, trouble, selection);
+  if (trouble.sort == Trouble::Sort::kPowerCut) { return cutPower(change, trouble, selection); }
   const Reference& reference = referenceOf(change);
   std::size_t calls = 0;
   if (trouble.sort == Trouble::Sort::kDeath) {
-    for (const std::size_t each : reference.calls) calls += each;
+    for (const std::size_t each : reference.calls) { calls += each; }
   } else {
     calls = reference.calls.at(static_cast<std::size_t>(trouble.call));
   }
@@ -293,9 +298,9 @@ Outcome Trials::run(const Change& change, const Trouble& trouble, const Selectio
   for (std::size_t number = selection.only.value_or(stride / 2);; number += stride) {
     const Result result = trouble.sort == Trouble::Sort::kFailingCalls ? failCalls(change, trouble, number)
                                                                        : die(change, trouble, number);
-    if (!result) return outcome;
+    if (!result) { return outcome; }
     count(outcome, change, trouble, number, *result);
-    if (selection.only) return outcome;
+    if (selection.only) { return outcome; }
   }
 }
 

@@ -48,11 +48,11 @@ constexpr std::array<const char*, kFileCallKinds> kColumns = {"open",   "read", 
 
 std::vector<Trouble> all() {
   std::vector<Trouble> list;
-  for (const Fault& fault : kFaults)
+  for (const Fault& fault : kFaults) {
     for (const Time& time : kTimes) {
       // A call that is always interrupted never ends, whoever makes it; for locks SQLite waits half a minute.
       const bool endless = fault.error == EINTR || fault.call == FileCall::kLock;
-      if (endless && time.lasting != Trouble::Lasting::kOnce) continue;
+      if (endless && time.lasting != Trouble::Lasting::kOnce) { continue; }
       list.push_back({.name = std::string(fault.name) + ", " + time.name,
                       .call = fault.call,
                       .error = fault.error,
@@ -60,6 +60,7 @@ std::vector<Trouble> all() {
                       .lasting = time.lasting,
                       .mustGoOn = fault.mustGoOn});
     }
+  }
   list.push_back({.name = "killed", .sort = Trouble::Sort::kDeath});
   list.push_back({.name = "killed in a write", .sort = Trouble::Sort::kDeathInWrite});
   list.push_back({.name = "power cut", .sort = Trouble::Sort::kPowerCut});

@@ -34,11 +34,11 @@ class HostThatSaves : public testing::TestWithParam<const char*> {
 
   static std::string call(std::u16string_view name, const std::vector<const char*>& texts) {
     const auto function = Registry::instance().function(name);
-    if (!function) throw std::runtime_error("a function is not registered");
+    if (!function) { throw std::runtime_error("a function is not registered"); }
     std::vector<Value> arguments;
-    for (const char* text : texts) arguments.push_back(Value::ofUtf8(text));
+    for (const char* text : texts) { arguments.push_back(Value::ofUtf8(text)); }
     const auto result = callFunction(*function, arguments);
-    if (!result) throw std::runtime_error(result.error().message);
+    if (!result) { throw std::runtime_error(result.error().message); }
     return result->utf8();
   }
   static void saveCalendar(const char* title) {
@@ -50,7 +50,7 @@ class HostThatSaves : public testing::TestWithParam<const char*> {
   }
   static std::unique_ptr<Plugin> loaded() {
     auto plugin = Plugin::load(ORLOCAL_PLUGIN);
-    if (!plugin) throw std::runtime_error(plugin.error().message);
+    if (!plugin) { throw std::runtime_error(plugin.error().message); }
     return std::move(*plugin);
   }
 
@@ -89,7 +89,7 @@ TEST_P(HostThatSaves, LeavesOneWholeFileWhenItShutsThePlugInDown) {
   runsAndExits([] {
     const auto plugin = loaded();
     saveCalendar("Work");
-    if (const auto down = plugin->shutdown(); !down) throw std::runtime_error(down.error().message);
+    if (const auto down = plugin->shutdown(); !down) { throw std::runtime_error(down.error().message); }
     // No orderly end follows: the host may live on for weeks, or be killed.
     ::_exit(0);
   });
@@ -113,7 +113,7 @@ TEST_P(HostThatSaves, MayShutThePlugInDownWhileItEnds) {
   runsAndExits([] {
     // Runs after what the plug-in does at the end.
     std::atexit([] {
-      if (!s_plugin->shutdown()) ::_exit(3);
+      if (!s_plugin->shutdown()) { ::_exit(3); }
     });
     s_plugin = loaded().release();
     saveCalendar("Work");
@@ -125,9 +125,9 @@ TEST_P(HostThatSaves, MayStartThePlugInAgainAfterAShutdown) {
   runsAndExits([] {
     const auto plugin = loaded();
     saveCalendar("Work");
-    if (!plugin->shutdown() || !plugin->start()) throw std::runtime_error("not started again");
+    if (!plugin->shutdown() || !plugin->start()) { throw std::runtime_error("not started again"); }
     saveCalendar("Family");
-    if (!plugin->shutdown()) throw std::runtime_error("not shut down again");
+    if (!plugin->shutdown()) { throw std::runtime_error("not shut down again"); }
     ::_exit(0);
   });
   EXPECT_FALSE(hasLog());

@@ -19,8 +19,8 @@ std::shared_ptr<const EKPredicate> reminderPredicate(std::function<bool(const Fa
 }
 
 bool isDueWithin(const FakeReminder& reminder, std::optional<Date> start, std::optional<Date> end) {
-  if (!start && !end) return true;
-  if (!reminder.m_due) return false;
+  if (!start && !end) { return true; }
+  if (!reminder.m_due) { return false; }
   const auto due = platform().defaultTimeZone().dateFromComponents(*reminder.m_due);
   return due && (!start || *due >= *start) && (!end || *due < *end);
 }
@@ -48,7 +48,7 @@ std::shared_ptr<FakeCalendar> FakeEventStore::addCalendar(std::string_view title
 
 std::shared_ptr<FakeCalendar> FakeEventStore::recordTitled(std::string_view title) const {
   for (const auto& calendar : m_calendars) {
-    if (calendar->m_title == title) return calendar;
+    if (calendar->m_title == title) { return calendar; }
   }
   return nullptr;
 }
@@ -68,9 +68,9 @@ std::shared_ptr<EKCalendar> FakeEventStore::calendarCopy(const OptionalText& ide
 
 EKCalendarArray FakeEventStore::calendarsForEntityType(EKEntityType type) {
   EKCalendarArray calendars;
-  if (!m_answers) return calendars;
+  if (!m_answers) { return calendars; }
   for (const auto& calendar : m_calendars) {
-    if (calendar->m_kind == type) calendars.push_back(std::make_shared<FakeCalendar>(*calendar));
+    if (calendar->m_kind == type) { calendars.push_back(std::make_shared<FakeCalendar>(*calendar)); }
   }
   return calendars;
 }
@@ -90,7 +90,7 @@ std::shared_ptr<EKCalendar> FakeEventStore::defaultCalendarForNewReminders() {
 }
 
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForRemindersInCalendars(const EKCalendarArray& calendars) {
-  if (!m_answers) return nullptr;
+  if (!m_answers) { return nullptr; }
   return reminderPredicate([wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     return wanted.contains(reminder.m_calendar->calendarIdentifier());
   });
@@ -99,7 +99,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForRemindersInCalend
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForIncompleteReminders(std::optional<Date> start,
                                                                                    std::optional<Date> end,
                                                                                    const EKCalendarArray& calendars) {
-  if (!m_answers) return nullptr;
+  if (!m_answers) { return nullptr; }
   return reminderPredicate([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     return wanted.contains(reminder.m_calendar->calendarIdentifier()) && !reminder.isCompleted() &&
            isDueWithin(reminder, start, end);
@@ -109,7 +109,7 @@ std::shared_ptr<const EKPredicate> FakeEventStore::predicateForIncompleteReminde
 std::shared_ptr<const EKPredicate> FakeEventStore::predicateForCompletedReminders(std::optional<Date> start,
                                                                                   std::optional<Date> end,
                                                                                   const EKCalendarArray& calendars) {
-  if (!m_answers) return nullptr;
+  if (!m_answers) { return nullptr; }
   return reminderPredicate([start, end, wanted = identifiersOf(calendars)](const FakeReminder& reminder) {
     const auto date = reminder.m_completionDate;
     return wanted.contains(reminder.m_calendar->calendarIdentifier()) && date && (!start || *date >= *start) &&
@@ -139,9 +139,9 @@ void FakeEventStore::fetchRemindersMatchingPredicate(const std::shared_ptr<const
 }
 
 std::shared_ptr<EKCalendarItem> FakeEventStore::calendarItemWithIdentifier(std::string_view identifier) {
-  if (!m_answers) return nullptr;
+  if (!m_answers) { return nullptr; }
   const std::string text(identifier);
-  if (const auto event = recordWithIdentifier(m_events, text); event != m_events.end()) return copyOf(**event);
+  if (const auto event = recordWithIdentifier(m_events, text); event != m_events.end()) { return copyOf(**event); }
   if (const auto reminder = recordWithIdentifier(m_reminders, text); reminder != m_reminders.end()) {
     return copyOf(**reminder);
   }
@@ -150,23 +150,24 @@ std::shared_ptr<EKCalendarItem> FakeEventStore::calendarItemWithIdentifier(std::
 
 std::optional<Error> FakeEventStore::objection(const EKCalendarItem* item, EKEntityType kind) const {
   const auto because = [](const char* reason) { return Error{"The fake store refused.", reason}; };
-  if (!m_answers) return because("It cannot be opened.");
-  if (item == nullptr) return because("There is no item.");
+  if (!m_answers) { return because("It cannot be opened."); }
+  if (item == nullptr) { return because("There is no item."); }
   const auto calendar = item->calendar();
-  if (!calendar) return because("The item has no calendar.");
+  if (!calendar) { return because("The item has no calendar."); }
   const auto record = recordWithIdentifier(m_calendars, calendar->calendarIdentifier());
-  if (record == m_calendars.end() || (*record)->m_kind != kind)
+  if (record == m_calendars.end() || (*record)->m_kind != kind) {
     return because("The calendar does not hold such items.");
-  if (!(*record)->m_allowsContentModifications) return because("The calendar allows no changes.");
+  }
+  if (!(*record)->m_allowsContentModifications) { return because("The calendar allows no changes."); }
   return std::nullopt;
 }
 
 bool FakeEventStore::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
-  if (!m_answers) return refuseBecause(error, "It cannot be opened.");
+  if (!m_answers) { return refuseBecause(error, "It cannot be opened."); }
   auto* fake = dynamic_cast<FakeCalendar*>(calendar.get());
-  if (fake == nullptr) return refuseBecause(error, "There is no calendar.");
-  if (!fake->m_title || fake->m_title->empty()) return refuseBecause(error, "The calendar has no title.");
-  if (!fake->m_source) return refuseBecause(error, "The calendar has no source.");
+  if (fake == nullptr) { return refuseBecause(error, "There is no calendar."); }
+  if (!fake->m_title || fake->m_title->empty()) { return refuseBecause(error, "The calendar has no title."); }
+  if (!fake->m_source) { return refuseBecause(error, "The calendar has no source."); }
   const auto record = recordWithIdentifier(m_calendars, fake->m_identifier);
   if (record != m_calendars.end() && !(*record)->m_allowsContentModifications) {
     return refuseBecause(error, "The calendar allows no changes.");
@@ -181,9 +182,9 @@ bool FakeEventStore::saveCalendar(const std::shared_ptr<EKCalendar>& calendar, b
 }
 
 bool FakeEventStore::removeCalendar(const std::shared_ptr<EKCalendar>& calendar, bool, std::optional<Error>& error) {
-  if (!m_answers) return refuseBecause(error, "It cannot be opened.");
+  if (!m_answers) { return refuseBecause(error, "It cannot be opened."); }
   const auto record = calendar ? recordWithIdentifier(m_calendars, calendar->calendarIdentifier()) : m_calendars.end();
-  if (record == m_calendars.end()) return refuseBecause(error, "There is no such calendar.");
+  if (record == m_calendars.end()) { return refuseBecause(error, "There is no such calendar."); }
   const auto kind = (*record)->m_kind;
   if (std::count_if(m_calendars.begin(), m_calendars.end(), [kind](const auto& c) { return c->m_kind == kind; }) == 1) {
     return refuseBecause(error, "It is the last of its kind.");
@@ -198,16 +199,16 @@ bool FakeEventStore::removeCalendar(const std::shared_ptr<EKCalendar>& calendar,
 
 bool FakeEventStore::saveReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {
   error = objection(reminder.get(), EKEntityType::kReminder);
-  if (error) return false;
+  if (error) { return false; }
   auto* fake = dynamic_cast<FakeReminder*>(reminder.get());
-  if (fake == nullptr) return refuseBecause(error, "The reminder is not of this store.");
+  if (fake == nullptr) { return refuseBecause(error, "The reminder is not of this store."); }
   keep(m_reminders, *fake, "reminder");
   return true;
 }
 
 bool FakeEventStore::removeReminder(const std::shared_ptr<EKReminder>& reminder, bool, std::optional<Error>& error) {
   error = objection(reminder.get(), EKEntityType::kReminder);
-  if (error) return false;
+  if (error) { return false; }
   const auto gone = std::erase_if(
       m_reminders, [&](const auto& record) { return record->m_itemIdentifier == reminder->calendarItemIdentifier(); });
   return gone > 0 || refuseBecause(error, "There is no such reminder.");

@@ -6,16 +6,16 @@ namespace orlocal::fakes {
 namespace {
 
 bool anyOutside(const std::optional<std::vector<long>>& numbers, long most, bool negativeToo) {
-  if (!numbers) return false;
+  if (!numbers) { return false; }
   return std::any_of(numbers->begin(), numbers->end(),
                      [=](long number) { return number == 0 || number > most || number < (negativeToo ? -most : 1); });
 }
 
 /// RFC 5545, 3.3.10, as far as the back ends can go against it.
 const char* objectionTo(const EKRecurrenceRuleParts& parts) {
-  if (parts.interval < 1) return "The interval is not positive.";
-  if (anyOutside(parts.daysOfTheMonth, 31, true)) return "There is no such day of the month.";
-  if (anyOutside(parts.monthsOfTheYear, 12, false)) return "There is no such month.";
+  if (parts.interval < 1) { return "The interval is not positive."; }
+  if (anyOutside(parts.daysOfTheMonth, 31, true)) { return "There is no such day of the month."; }
+  if (anyOutside(parts.monthsOfTheYear, 12, false)) { return "There is no such month."; }
   if (parts.daysOfTheMonth && !parts.daysOfTheMonth->empty() && parts.frequency == EKRecurrenceFrequency::kWeekly) {
     return "A weekly rule has no days of the month.";
   }
@@ -74,13 +74,13 @@ std::shared_ptr<EKRecurrenceEnd> FakeEventKit::recurrenceEndWithOccurrenceCount(
 }
 
 EKRecurrenceRuleMade FakeEventKit::recurrenceRule(const EKRecurrenceRuleParts& parts) {
-  if (const char* objection = objectionTo(parts)) return {nullptr, Error{"No such rule.", objection}};
+  if (const char* objection = objectionTo(parts)) { return {nullptr, Error{"No such rule.", objection}}; }
   auto rule = std::make_shared<FakeRecurrenceRule>();
   rule->m_frequency = static_cast<int>(parts.frequency);
   rule->m_interval = parts.interval;
-  if (parts.daysOfTheWeek) rule->m_daysOfTheWeek = *parts.daysOfTheWeek;
-  if (parts.daysOfTheMonth) rule->m_daysOfTheMonth = *parts.daysOfTheMonth;
-  if (parts.monthsOfTheYear) rule->m_monthsOfTheYear = *parts.monthsOfTheYear;
+  if (parts.daysOfTheWeek) { rule->m_daysOfTheWeek = *parts.daysOfTheWeek; }
+  if (parts.daysOfTheMonth) { rule->m_daysOfTheMonth = *parts.daysOfTheMonth; }
+  if (parts.monthsOfTheYear) { rule->m_monthsOfTheYear = *parts.monthsOfTheYear; }
   rule->m_end = parts.end;
   return {rule, std::nullopt};
 }

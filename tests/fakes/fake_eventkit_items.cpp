@@ -4,7 +4,7 @@ namespace orlocal::fakes {
 
 void FakeAlarm::setAbsoluteDate(std::optional<Date> date) {
   m_absoluteDate = date;
-  if (date) m_relativeOffset = 0;
+  if (date) { m_relativeOffset = 0; }
 }
 
 void FakeAlarm::setRelativeOffset(double seconds) {
@@ -14,21 +14,21 @@ void FakeAlarm::setRelativeOffset(double seconds) {
 
 int FakeAlarm::type() const {
   if (m_type) { return *m_type; }
-  if (m_emailAddress) return static_cast<int>(EKAlarmType::kEmail);
-  if (m_soundName) return static_cast<int>(EKAlarmType::kAudio);
-  if (m_url) return static_cast<int>(EKAlarmType::kProcedure);
+  if (m_emailAddress) { return static_cast<int>(EKAlarmType::kEmail); }
+  if (m_soundName) { return static_cast<int>(EKAlarmType::kAudio); }
+  if (m_url) { return static_cast<int>(EKAlarmType::kProcedure); }
   return static_cast<int>(EKAlarmType::kDisplay);
 }
 
 void FakeEvent::addRecurrenceRule(std::shared_ptr<EKRecurrenceRule> rule) {
-  if (!m_rules) m_rules.emplace();
+  if (!m_rules) { m_rules.emplace(); }
   m_rules->push_back(std::move(rule));
 }
 
 void FakeEvent::removeRecurrenceRule(const std::shared_ptr<EKRecurrenceRule>& rule) {
-  if (!m_rules) return;
+  if (!m_rules) { return; }
   std::erase(*m_rules, rule);
-  if (m_rules->empty()) m_rules.reset();
+  if (m_rules->empty()) { m_rules.reset(); }
 }
 
 void FakeEvent::setRecurrenceRules(std::optional<std::vector<std::shared_ptr<EKRecurrenceRule>>> rules) {

@@ -72,7 +72,7 @@ class FakePlatform : public Platform {
  private:
   template <class T>
   static T& given(const std::shared_ptr<T>& part, const char* what) {
-    if (!part) throw std::logic_error(std::string("the test gave the platform no ") + what);
+    if (!part) { throw std::logic_error(std::string("the test gave the platform no ") + what); }
     return *part;
   }
 };

@@ -19,7 +19,7 @@ FakeTimeZone FakeTimeZone::berlin(Date now) {
 
 const FakeTimeZone::Offset& FakeTimeZone::at(Date date) const {
   std::size_t found = 0;
-  for (std::size_t i = 1; i < m_offsets.size() && m_offsets[i].from <= date; ++i) found = i;
+  for (std::size_t i = 1; i < m_offsets.size() && m_offsets[i].from <= date; ++i) { found = i; }
   return m_offsets[found];
 }
 
@@ -38,14 +38,14 @@ DateComponents FakeTimeZone::components(Date date) const {
 }
 
 std::optional<Date> FakeTimeZone::dateFromComponents(const DateComponents& parts) const {
-  if (!parts.year) return std::nullopt;
+  if (!parts.year) { return std::nullopt; }
   const auto day = sys_days{year(*parts.year) / parts.month.value_or(1) / 1} + days(parts.day.value_or(1) - 1);
   const Date local =
       day + hours(parts.hour.value_or(0)) + minutes(parts.minute.value_or(0)) + seconds(parts.second.value_or(0));
   if (parts.timeZone == "UTC") { return local; }
   for (const auto& offset : m_offsets) {
     const Date moment = local - seconds(offset.seconds);
-    if (&at(moment) == &offset) return moment;
+    if (&at(moment) == &offset) { return moment; }
   }
   // A skipped time: the offset before the gap is the one that is still in force a day earlier.
   return local - seconds(at(local - hours(24)).seconds);

@@ -26,7 +26,7 @@ TEST_F(AlarmFunction, ReadsTheOffsetAfterEverythingElse) {
   auto& host = fakes::RecordingHost::instance();
   host.clear();
   fakes::HostCall call;
-  for (const char* text : {"event", "", "display", "a@example.org", "-15", "Ping"}) call.add(text);
+  for (const char* text : {"event", "", "display", "a@example.org", "-15", "Ping"}) { call.add(text); }
   host.isRecording = true;
   call.call(&Orlo_AddAlarm);
   host.isRecording = false;
@@ -80,7 +80,7 @@ TEST_F(AlarmFunction, IsNotSupportedByTheLegacyBackEnd) {
       callWith(&Orlo_RemoveAllAlarmsFrom, "event"),
       callWith(&Orlo_RemoveAllAlarmsFrom, kEmpty),
   };
-  for (const auto& result : results) EXPECT_EQ(result, kFailed);
+  for (const auto& result : results) { EXPECT_EQ(result, kFailed); }
   EXPECT_EQ(lastError(), "text Parameter is not supported.");
   EXPECT_EQ(told(), kNoMessage);
 }

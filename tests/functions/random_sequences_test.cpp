@@ -54,31 +54,31 @@ struct Model {
       return calendar ? 0 : 9002;
     }
     if (type == "event") {
-      if (!eventFetch) return 9077;
+      if (!eventFetch) { return 9077; }
       releaseItemsOfWalk();
       calendar = false;
-      if (!within(index, storedEvents.size())) return 9002;
+      if (!within(index, storedEvents.size())) { return 9002; }
       eventPlace = index - 1;
       event = storedEvents[static_cast<std::size_t>(eventPlace)];
       return 0;
     }
     if (type == "reminder" || type == "task") {
       releaseItemsOfWalk();
-      if (!reminderFetch || !within(index, storedReminders.size())) return 9002;
+      if (!reminderFetch || !within(index, storedReminders.size())) { return 9002; }
       reminderPlace = index - 1;
       reminder = storedReminders[static_cast<std::size_t>(reminderPlace)];
       return 0;
     }
     if (type == "attendee") {
-      if (!event) return 9000;
+      if (!event) { return 9000; }
       participant = within(index, static_cast<std::size_t>(event->attendees));
       return participant ? 0 : 9002;
     }
     if (type == "alarm") {
       const auto& owner = reminder ? reminder : event;
-      if (!owner) return 9000;
-      if (owner->alarms == 0) return 9008;
-      if (!within(index, static_cast<std::size_t>(owner->alarms))) return 9002;
+      if (!owner) { return 9000; }
+      if (owner->alarms == 0) { return 9008; }
+      if (!within(index, static_cast<std::size_t>(owner->alarms))) { return 9002; }
       alarm = true;
       return 0;
     }
@@ -87,11 +87,11 @@ struct Model {
 
   /// What a count gives, or the code that it leaves.
   std::pair<int, std::int64_t> count(const std::string& type) const {
-    if (type == "calendar") return {kCalendars, 0};
-    if (type == "reminderlist") return {kLists, 0};
-    if (type == "event") return {3, eventFetch ? 0 : 9054};
-    if (type == "reminder" || type == "task") return {2, reminderFetch ? 0 : 9055};
-    if (type == "attendee") return {event ? event->attendees : 0, event ? 0 : 9056};
+    if (type == "calendar") { return {kCalendars, 0}; }
+    if (type == "reminderlist") { return {kLists, 0}; }
+    if (type == "event") { return {3, eventFetch ? 0 : 9054}; }
+    if (type == "reminder" || type == "task") { return {2, reminderFetch ? 0 : 9055}; }
+    if (type == "attendee") { return {event ? event->attendees : 0, event ? 0 : 9056}; }
     if (type == "alarm") {
       const auto& owner = event ? event : reminder;
       return {owner ? owner->alarms : 0, owner ? 0 : 9057};
@@ -100,23 +100,23 @@ struct Model {
   }
 
   std::int64_t get(const std::string& type) {
-    if (type == "event") return event ? 0 : 9066;
-    if (type == "reminder" || type == "task") return reminder ? 0 : 9067;
-    if (type == "calendar" || type == "reminderlist") return calendar ? 0 : 9065;
-    if (type == "alarm") return alarm ? 9063 : 9064;
-    if (type == "attendee") return participant ? 9063 : 9062;
-    if (type != "recurrencerule") return -4;
-    if (!event) return 9068;
+    if (type == "event") { return event ? 0 : 9066; }
+    if (type == "reminder" || type == "task") { return reminder ? 0 : 9067; }
+    if (type == "calendar" || type == "reminderlist") { return calendar ? 0 : 9065; }
+    if (type == "alarm") { return alarm ? 9063 : 9064; }
+    if (type == "attendee") { return participant ? 9063 : 9062; }
+    if (type != "recurrencerule") { return -4; }
+    if (!event) { return 9068; }
     rule = rule || event->repeats;
     return 9063;
   }
 
   std::int64_t set(const std::string& type, bool known) const {
-    if (type == "event") return !event ? 9049 : known ? 0 : 9006;
-    if (type == "reminder" || type == "task") return !reminder ? 9052 : known ? 0 : 9006;
-    if (type == "alarm") return !alarm ? 9000 : 9005;
-    if (type == "recurrencerule") return 0;
-    if (type == "calendar" || type == "reminderlist") return !calendar ? 9051 : 9005;
+    if (type == "event") { return !event ? 9049 : known ? 0 : 9006; }
+    if (type == "reminder" || type == "task") { return !reminder ? 9052 : known ? 0 : 9006; }
+    if (type == "alarm") { return !alarm ? 9000 : 9005; }
+    if (type == "recurrencerule") { return 0; }
+    if (type == "calendar" || type == "reminderlist") { return !calendar ? 9051 : 9005; }
     return -4;
   }
 
@@ -137,15 +137,15 @@ struct Model {
   }
 
   std::int64_t save(const std::string& type, const std::string& span) {
-    if (span == "weekly") return 9053;
+    if (span == "weekly") { return 9053; }
     if (type == "event") {
-      if (event && event->attendees > 0) return 9070;
-      if (!event || eventPlace == kNew) return 9018;
+      if (event && event->attendees > 0) { return 9070; }
+      if (!event || eventPlace == kNew) { return 9018; }
       storedEvents[static_cast<std::size_t>(eventPlace)] = *event;
       return 0;
     }
     if (type == "reminder" || type == "task") {
-      if (!reminder || reminderPlace == kNew) return 9019;
+      if (!reminder || reminderPlace == kNew) { return 9019; }
       storedReminders[static_cast<std::size_t>(reminderPlace)] = *reminder;
       return 0;
     }
@@ -154,59 +154,59 @@ struct Model {
 
   std::int64_t removeUnknown(const std::string& type, const std::string& span) {
     releaseAll();
-    if (span == "weekly") return 9006;
-    if (type == "event") return 9034;
-    if (type == "reminder" || type == "task") return 9035;
+    if (span == "weekly") { return 9006; }
+    if (type == "event") { return 9034; }
+    if (type == "reminder" || type == "task") { return 9035; }
     return type == "calendar" || type == "reminderlist" ? 9036 : 9005;
   }
 
   /// The owner of alarms by its type, or the code that says there is none.
   std::pair<std::optional<ItemModel>*, std::int64_t> owner(const std::string& type, std::int64_t noEvent,
                                                            std::int64_t noReminder) {
-    if (type == "event") return {&event, event ? 0 : noEvent};
-    if (type == "reminder" || type == "task") return {&reminder, reminder ? 0 : noReminder};
+    if (type == "event") { return {&event, event ? 0 : noEvent}; }
+    if (type == "reminder" || type == "task") { return {&reminder, reminder ? 0 : noReminder}; }
     return {nullptr, 9006};
   }
 
   std::int64_t addAlarm(const std::string& type, int offset, const std::string& action) {
-    if (action.empty()) return 9032;
+    if (action.empty()) { return 9032; }
     alarm = false;
-    if (offset == 0) return 9031;
+    if (offset == 0) { return 9031; }
     const auto [item, code] = owner(type, 9047, 9046);
-    if (code != 0) return code;
-    if (action == "email") return 9028;
-    if (action == "sound") return 9030;
-    if (action == "procedure") return 9029;
-    if (action != "display") return 9005;
+    if (code != 0) { return code; }
+    if (action == "email") { return 9028; }
+    if (action == "sound") { return 9030; }
+    if (action == "procedure") { return 9029; }
+    if (action != "display") { return 9005; }
     ++(*item)->alarms;
     return 0;
   }
 
   std::int64_t removeAlarm(const std::string& type, int index) {
     const auto [item, code] = owner(type, 9047, 9046);
-    if (code != 0) return code;
-    if ((*item)->alarms == 0) return 0;
-    if (!within(index, static_cast<std::size_t>((*item)->alarms))) return 9002;
+    if (code != 0) { return code; }
+    if ((*item)->alarms == 0) { return 0; }
+    if (!within(index, static_cast<std::size_t>((*item)->alarms))) { return 9002; }
     --(*item)->alarms;
     return 0;
   }
 
   std::int64_t removeAllAlarms(const std::string& type) {
     const auto [item, code] = owner(type, 9000, 9000);
-    if (code == 0) (*item)->alarms = 0;
+    if (code == 0) { (*item)->alarms = 0; }
     return code;
   }
 
   std::int64_t addRecurrence(const std::string& type, int interval) {
-    if (type == "hourly") return 9021;
-    if (interval < 1) return 9024;
-    if (!event) return 9043;
+    if (type == "hourly") { return 9021; }
+    if (interval < 1) { return 9024; }
+    if (!event) { return 9043; }
     event->repeats = true;
     return 0;
   }
 
   std::int64_t removeRecurrence() {
-    if (!event) return 9048;
+    if (!event) { return 9048; }
     event->repeats = false;
     return 0;
   }
@@ -313,7 +313,7 @@ class RandomSequences : public BackendTest, public testing::WithParamInterface<u
         break;
       case 10: {
         // Saved calendars would change what titles and positions mean.
-        if (type == "calendar" || type == "reminderlist") break;
+        if (type == "calendar" || type == "reminderlist") { break; }
         const std::string span = any(std::array{"", "this", "future", "all", "weekly"});
         act(model.save(type, span), "number 0", &Orlo_SaveItem, type, span);
         break;
@@ -377,10 +377,10 @@ class RandomSequences : public BackendTest, public testing::WithParamInterface<u
 };
 
 TEST_P(RandomSequences, LeaveTheSlotsAndCodesThatTheModelExpects) {
-  for (int i = 0; i < 400 && !HasFailure(); ++i) step();
+  for (int i = 0; i < 400 && !HasFailure(); ++i) { step(); }
   if (HasFailure()) {
     std::string told;
-    for (const auto& call : story) told += "\n  " + call;
+    for (const auto& call : story) { told += "\n  " + call; }
     ADD_FAILURE() << "seed " << GetParam() << ", calls:" << told;
   }
 }

@@ -20,20 +20,20 @@ inline std::string noted(const OptionalText& text) { return text ? "\"" + *text 
 inline std::string noted(Date date) { return formatDate(date, 0); }
 inline std::string noted(std::optional<Date> date) { return date ? noted(*date) : "nil"; }
 inline std::string noted(const PropertyValue& value) {
-  if (const auto* date = std::get_if<Date>(&value)) return noted(*date);
-  if (const auto* text = std::get_if<std::string>(&value)) return noted(OptionalText(*text));
+  if (const auto* date = std::get_if<Date>(&value)) { return noted(*date); }
+  if (const auto* text = std::get_if<std::string>(&value)) { return noted(OptionalText(*text)); }
   return "nil";
 }
 inline std::string noted(const std::optional<std::vector<long>>& numbers) {
-  if (!numbers) return "nil";
+  if (!numbers) { return "nil"; }
   std::string text = "[";
-  for (const long number : *numbers) text += (text.size() > 1 ? " " : "") + std::to_string(number);
+  for (const long number : *numbers) { text += (text.size() > 1 ? " " : "") + std::to_string(number); }
   return text + "]";
 }
 inline std::string noted(const std::optional<std::vector<std::shared_ptr<EKRecurrenceDayOfWeek>>>& days) {
-  if (!days) return "nil";
+  if (!days) { return "nil"; }
   std::vector<long> numbers;
-  for (const auto& day : *days) numbers.push_back(day->dayOfTheWeek());
+  for (const auto& day : *days) { numbers.push_back(day->dayOfTheWeek()); }
   return "days " + noted(std::optional(numbers));
 }
 
@@ -51,8 +51,8 @@ struct Notes {
     std::string separator = "(";
     ((message += separator + noted(arguments), separator = ", "), ...);
     messages.push_back(message + (sizeof...(Arguments) == 0 ? "(" : "") + ")");
-    if (throws) throw Exception("NSInternalInconsistencyException", "the test asked for it");
-    if (failure != 0) g_llasterror = failure;
+    if (throws) { throw Exception("NSInternalInconsistencyException", "the test asked for it"); }
+    if (failure != 0) { g_llasterror = failure; }
   }
   template <class... Arguments>
   std::int32_t acting(std::string_view method, const Arguments&... arguments) {

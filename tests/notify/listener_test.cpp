@@ -54,12 +54,12 @@ TEST_F(Listener, OnlyQueuesOnAnotherThread) {
 
 TEST_F(Listener, StartsWhatOtherThreadsPostInTheirOrderOnItsOwnThread) {
   std::thread poster([&] {
-    for (const char* id : {"A", "B", "C"}) listener.processNotification(changed({id}));
+    for (const char* id : {"A", "B", "C"}) { listener.processNotification(changed({id})); }
   });
   poster.join();
   host.waitForStarts(3);
   EXPECT_THAT(host.parameters(), ElementsAre("New A", "New B", "New C"));
-  for (const auto& start : host.started) EXPECT_EQ(start.thread, std::this_thread::get_id());
+  for (const auto& start : host.started) { EXPECT_EQ(start.thread, std::this_thread::get_id()); }
 }
 
 TEST_F(Listener, TellsOnlyTheFirstOfSeveralRecords) {
@@ -113,7 +113,7 @@ TEST_F(Listener, IsNotSetUpBeforeItsPortIs) {
 TEST_F(Listener, HandlesWhatArrivesDuringAScriptInTheSameDrain) {
   bool posted = false;
   host.duringStart = [&] {
-    if (std::exchange(posted, true)) return;
+    if (std::exchange(posted, true)) { return; }
     // Would wait for ever if the lock were held while a script starts.
     std::thread([&] { listener.processNotification(changed({"Second"})); }).join();
   };
@@ -126,7 +126,7 @@ TEST_F(Listener, StartsAScriptWithinAScriptForWhatItsOwnThreadIsTold) {
   std::vector<std::string> ended;
   host.duringStart = [&] {
     const std::string mine = host.started.back().parameter;
-    if (host.started.size() < 3) listener.processNotification(changed({"within " + mine}));
+    if (host.started.size() < 3) { listener.processNotification(changed({"within " + mine})); }
     ended.push_back(mine);
   };
   listener.processNotification(changed({"A"}));
@@ -136,7 +136,7 @@ TEST_F(Listener, StartsAScriptWithinAScriptForWhatItsOwnThreadIsTold) {
 
 TEST_F(Listener, StartsWhatIsQueuedWithinAScriptThatTurnsTheLoop) {
   std::thread([&] {
-    for (const char* id : {"First", "Second", "Third"}) listener.processNotification(changed({id}));
+    for (const char* id : {"First", "Second", "Third"}) { listener.processNotification(changed({id})); }
   }).join();
   std::vector<std::string> ended;
   host.duringStart = [&] {
@@ -154,10 +154,10 @@ TEST_F(Listener, StartsWhatIsQueuedWithinAScriptThatTurnsTheLoop) {
 TEST_F(Listener, GoesOnWithTheRestAfterAStartThatThrows) {
   bool thrown = false;
   host.duringStart = [&] {
-    if (!std::exchange(thrown, true)) throw std::bad_alloc();
+    if (!std::exchange(thrown, true)) { throw std::bad_alloc(); }
   };
   std::thread([&] {
-    for (const char* id : {"First", "Second", "Third"}) listener.processNotification(changed({id}));
+    for (const char* id : {"First", "Second", "Third"}) { listener.processNotification(changed({id})); }
   }).join();
   EXPECT_THROW(host.loop().turn(), std::bad_alloc);
   host.waitForStarts(3);
@@ -189,7 +189,7 @@ TEST_F(Listener, LosesNothingOfWhatManyThreadsPost) {
     });
   }
   host.waitForStarts(kThreads * kEach);
-  for (auto& poster : posters) poster.join();
+  for (auto& poster : posters) { poster.join(); }
   ASSERT_EQ(host.started.size(), static_cast<std::size_t>(kThreads * kEach));
   std::vector<int> next(kThreads, 0);
   for (const auto& parameter : host.parameters()) {

@@ -98,7 +98,7 @@ TEST_F(RegisterUpdateScript, ShowsAPlatformExceptionOnlyInTheLastError) {
 }
 
 TEST_F(RegisterUpdateScript, ShowsThatThereIsNoDescriptorForItsPortOnlyInTheLastError) {
-  if (fakes::kSanitizersNeedDescriptors) GTEST_SKIP() << "the sanitizers need descriptors of their own";
+  if (fakes::kSanitizersNeedDescriptors) { GTEST_SKIP() << "the sanitizers need descriptors of their own"; }
   std::thread([this] {
     host.platform().m_runLoop = std::shared_ptr<RunLoop>(std::shared_ptr<RunLoop>(), &currentThreadRunLoop());
     {

@@ -45,7 +45,7 @@ fmx::ErrorCode ScriptHost::startScript(const fmx::Text* file, const fmx::Text* s
   fmx::Exception x;
   g_host->started.push_back({textOrEmpty(file), textOrEmpty(script), textOrEmpty(fmx::FM_Data_GetAsText(parameter, &x)),
                              control, std::this_thread::get_id()});
-  if (g_host->duringStart) g_host->duringStart();
+  if (g_host->duringStart) { g_host->duringStart(); }
   return g_host->answer;
 }
 
@@ -58,7 +58,7 @@ void ScriptHost::waitForStarts(std::size_t count) {
 
 std::vector<std::string> ScriptHost::parameters() const {
   std::vector<std::string> all;
-  for (const auto& start : started) all.push_back(start.parameter);
+  for (const auto& start : started) { all.push_back(start.parameter); }
   return all;
 }
 
@@ -67,7 +67,7 @@ std::shared_ptr<const Notification> changed(std::vector<std::string> inserted, s
   auto notification = std::make_shared<Notification>();
   notification->name = kCalEventsChangedExternallyNotification;
   const auto put = [&](std::string_view key, std::vector<std::string>& records) {
-    if (!records.empty()) notification->userInfo.emplace(key, std::move(records));
+    if (!records.empty()) { notification->userInfo.emplace(key, std::move(records)); }
   };
   put(kCalInsertedRecordsKey, inserted);
   put(kCalUpdatedRecordsKey, updated);

@@ -28,7 +28,7 @@ std::string answer(const std::array<std::string, 5>& question) {
   }
   const auto refused = [](const Failure& error) { return "refused: " + error.message; };
   const auto rule = parseRule(ruleText);
-  if (!rule) return refused(rule.error());
+  if (!rule) { return refused(rule.error()); }
   if (start->kind == CalendarTime::Kind::kFloating) {
     start->kind = CalendarTime::Kind::kZoned;
     start->zone = zoneName;
@@ -37,11 +37,11 @@ std::string answer(const std::array<std::string, 5>& question) {
   item.start = start;
   item.recurrence.rules.push_back(*rule);
   const auto series = Series::compile(item, *zone);
-  if (!series) return refused(series.error());
+  if (!series) { return refused(series.error()); }
   std::string text;
   ExpansionBudget budget;
   const auto status = series->expand(momentOf(*from, *zone), momentOf(*to, *zone), budget, [&](const auto& instance) {
-    if (!text.empty()) text += ' ';
+    if (!text.empty()) { text += ' '; }
     text += timeText({CalendarTime::Kind::kFloating, instance.local, ""});
     text += '=' + momentText(instance.start);
     return true;

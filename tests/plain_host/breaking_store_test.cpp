@@ -39,10 +39,10 @@ class AnotherProgram {
     store::StoreOptions options;
     options.file = file;
     auto opened = store::CalendarStore::open(std::move(options));
-    if (!opened) throw std::runtime_error(opened.error().message);
+    if (!opened) { throw std::runtime_error(opened.error().message); }
     m_store = *std::move(opened);
     auto turn = m_store->startWriting();
-    if (!turn) throw std::runtime_error(turn.error().message);
+    if (!turn) { throw std::runtime_error(turn.error().message); }
     m_turn = *std::move(turn);
   }
 
@@ -53,7 +53,7 @@ class AnotherProgram {
 };
 
 void removeStore(const fs::path& store) {
-  for (const char* end : {"", "-wal", "-shm"}) fs::remove(store.string() + end);
+  for (const char* end : {"", "-wal", "-shm"}) { fs::remove(store.string() + end); }
 }
 void overwrite(const fs::path& store, std::uintmax_t from) {
   const auto size = fs::file_size(store);
@@ -120,7 +120,7 @@ std::vector<Chain> chainsOf(const BackEnd& backEnd) {
 }
 Chain chainNamed(std::string_view name, const BackEnd& backEnd) {
   for (Chain& chain : chainsOf(backEnd)) {
-    if (chain.name == name) return std::move(chain);
+    if (chain.name == name) { return std::move(chain); }
   }
   throw std::runtime_error("no such chain");
 }
@@ -138,7 +138,7 @@ void perform(HostProcess& host, const Chain& chain, Harm harm, const std::functi
   SCOPED_TRACE(chain.name);
   std::string kept;
   const auto filled = [&kept](std::string call) {
-    if (const auto at = call.find('@'); at != std::string::npos) call.replace(at, 1, kept);
+    if (const auto at = call.find('@'); at != std::string::npos) { call.replace(at, 1, kept); }
     return call;
   };
   for (const std::string& call : chain.prelude) {
@@ -180,7 +180,7 @@ class BreakingStore : public PlainHost, public testing::WithParamInterface<std::
 };
 
 TEST_P(BreakingStore, IsAnsweredWithTheCodeOfEachFunction) {
-  if (situation().needsRoot && ::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  if (situation().needsRoot && ::geteuid() != 0) { GTEST_SKIP() << "only root can become another user"; }
   const auto chains = chainsOf(backEnd());
   ASSERT_FALSE(chains.empty());
   for (const Chain& chain : chains) {
@@ -197,7 +197,7 @@ TEST_P(BreakingStore, IsAnsweredWithTheCodeOfEachFunction) {
     EXPECT_TRUE(working->finish()) << chain.name;
     AnotherProgram::end();
     if (met) { EXPECT_THAT(working->log(), HasSubstr(situation().reason)) << chain.name; }
-    if (HasFatalFailure()) return;
+    if (HasFatalFailure()) { return; }
   }
 }
 
@@ -253,7 +253,7 @@ class UnusableFromTheBeginning : public PlainHost,
 TEST_P(UnusableFromTheBeginning, IsAnsweredWithTheCodeOfEachFunction) {
   const Beginning& beginning = beginnings()[std::get<0>(GetParam())];
   const BackEnd& backEnd = kBackEnds[std::get<1>(GetParam())];
-  if (beginning.asAnotherUser && ::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  if (beginning.asAnotherUser && ::geteuid() != 0) { GTEST_SKIP() << "only root can become another user"; }
   Chain chain = chainNamed("nothing open", backEnd);
   chain.prelude.clear();
   HostProcess working({{"ORLOCAL_STORE", beginning.store(folder)},
@@ -264,7 +264,7 @@ TEST_P(UnusableFromTheBeginning, IsAnsweredWithTheCodeOfEachFunction) {
   fs::create_directory(folder / "gone");
   working.ask("!folder\t" + (folder / "gone").string());
   fs::remove(folder / "gone");
-  if (beginning.asAnotherUser) working.ask("!user\t" + std::to_string(kNobody));
+  if (beginning.asAnotherUser) { working.ask("!user\t" + std::to_string(kNobody)); }
   bool met = false;
   perform(
       working, chain, Harm::kReading, [] {}, met);
@@ -284,7 +284,7 @@ INSTANTIATE_TEST_SUITE_P(Beginnings, UnusableFromTheBeginning,
 class ReadOnlyStore : public PlainHost, public testing::WithParamInterface<std::size_t> {};
 
 TEST_P(ReadOnlyStore, IsReadAndItsSavesHaveTheirCodes) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  if (::geteuid() != 0) { GTEST_SKIP() << "only root can become another user"; }
   const BackEnd& backEnd = kBackEnds[GetParam()];
   for (const Chain& chain : chainsOf(backEnd)) {
     fs::remove_all(store().parent_path());
@@ -297,7 +297,7 @@ TEST_P(ReadOnlyStore, IsReadAndItsSavesHaveTheirCodes) {
         *working, chain, Harm::kWriting, [] {}, met);
     EXPECT_TRUE(working->finish()) << chain.name;
     if (met) { EXPECT_THAT(working->log(), HasSubstr("may not be written")) << chain.name; }
-    if (HasFatalFailure()) return;
+    if (HasFatalFailure()) { return; }
   }
 }
 

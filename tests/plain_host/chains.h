@@ -31,7 +31,7 @@ inline std::string callLine(std::string_view words) {
   std::string line;
   for (std::size_t at = 0; at <= words.size();) {
     const auto end = std::min(words.find('|', at), words.size());
-    if (at != 0) line += '\t';
+    if (at != 0) { line += '\t'; }
     line += trimmed(words.substr(at, end - at), " ");
     at = end + 1;
   }
@@ -43,7 +43,7 @@ inline std::vector<Chain> chainsIn(const std::string& file) {
   std::vector<Chain> chains;
   for (std::string line; std::getline(stream, line);) {
     const std::string_view text = line;
-    if (text.empty() || text.starts_with('#')) continue;
+    if (text.empty() || text.starts_with('#')) { continue; }
     if (text.starts_with("chain ")) {
       chains.push_back({.name = line.substr(6), .prelude = {}, .asks = {}});
     } else if (text == "reads only") {

@@ -14,7 +14,8 @@ static bool full;
 void fillDisk(void) { full = true; }
 
 static bool refused(int descriptor) {
-  if (!full || descriptor <= STDERR_FILENO) return false;
+  if (!full || descriptor <= STDERR_FILENO) { return false;
+}
   errno = ENOSPC;
   return true;
 }
@@ -23,13 +24,15 @@ static void* systems(const char* name) { return dlsym(RTLD_NEXT, name); }
 
 ssize_t write(int descriptor, const void* bytes, size_t count) {
   static ssize_t (*system)(int, const void*, size_t);
-  if (system == NULL) *(void**)&system = systems("write");
+  if (system == NULL) { *(void**)&system = systems("write");
+}
   return refused(descriptor) ? -1 : system(descriptor, bytes, count);
 }
 
 ssize_t pwrite(int descriptor, const void* bytes, size_t count, off_t at) {
   static ssize_t (*system)(int, const void*, size_t, off_t);
-  if (system == NULL) *(void**)&system = systems("pwrite");
+  if (system == NULL) { *(void**)&system = systems("pwrite");
+}
   return refused(descriptor) ? -1 : system(descriptor, bytes, count, at);
 }
 
@@ -39,6 +42,7 @@ ssize_t pwrite64(int descriptor, const void* bytes, size_t count, off_t at) {
 
 int posix_fallocate(int descriptor, off_t at, off_t count) {
   static int (*system)(int, off_t, off_t);
-  if (system == NULL) *(void**)&system = systems("posix_fallocate");
+  if (system == NULL) { *(void**)&system = systems("posix_fallocate");
+}
   return refused(descriptor) ? ENOSPC : system(descriptor, at, count);
 }

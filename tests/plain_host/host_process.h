@@ -31,7 +31,9 @@ class HostProcess {
       : m_log(std::move(log)) {
     std::array<int, 2> in{};
     std::array<int, 2> out{};
-    if (::pipe2(in.data(), O_CLOEXEC) != 0 || ::pipe2(out.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    if (::pipe2(in.data(), O_CLOEXEC) != 0 || ::pipe2(out.data(), O_CLOEXEC) != 0) {
+      throw std::runtime_error("no pipe");
+    }
     m_child = ::fork();
     if (m_child == 0) {
       for (const auto& [name, value] : settings) {
@@ -49,7 +51,7 @@ class HostProcess {
     m_out = ::fdopen(out[0], "r");
   }
   ~HostProcess() {
-    if (m_child > 0) finish();
+    if (m_child > 0) { finish(); }
     std::fclose(m_out);
   }
   HostProcess(const HostProcess&) = delete;

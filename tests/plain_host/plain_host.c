@@ -38,7 +38,8 @@ static void fail(const char* what) {
 /* The record of a call of the interface, which must have worked. */
 static ExceptionRecord fresh(void) { return (ExceptionRecord){.version = 1, .code = 0}; }
 static void check(const ExceptionRecord* x) {
-  if (x->code != 0) fail("the interface failed");
+  if (x->code != 0) { fail("the interface failed");
+}
 }
 
 static char* bytesOf(const Text* text) {
@@ -46,7 +47,8 @@ static char* bytesOf(const Text* text) {
   const uint32_t units = FM_Text_GetSize(text, &x);
   const uint32_t room = units * 4 + 1;
   char* bytes = malloc(room);
-  if (bytes == NULL) fail("no memory");
+  if (bytes == NULL) { fail("no memory");
+}
   const uint32_t written = units == 0 ? 0 : FM_Text_GetBytesEx(text, bytes, room, 0, units, kEncodingUtf8, &x);
   check(&x);
   bytes[written] = '\0';
@@ -59,7 +61,8 @@ int16_t FM_ExprEnv_RegisterExternalFunctionEx(const QuadChar* pluginId, int16_t 
                                               ExternalFunction funcPtr, ExceptionRecord* x) {
   (void)pluginId, (void)functionPrototype, (void)functionDescription;
   (void)minArgs, (void)maxArgs, (void)compatibleOnFlags, (void)x;
-  if (functionCount == kMostFunctions) return -1;
+  if (functionCount == kMostFunctions) { return -1;
+}
   Function* function = &functions[functionCount++];
   char* name = bytesOf(functionName);
   snprintf(function->name, sizeof function->name, "%s", name);
@@ -71,7 +74,8 @@ int16_t FM_ExprEnv_RegisterExternalFunctionEx(const QuadChar* pluginId, int16_t 
 
 static const Function* named(const char* name) {
   for (int i = 0; i < functionCount; ++i) {
-    if (strcmp(functions[i].name, name) == 0) return &functions[i];
+    if (strcmp(functions[i].name, name) == 0) { return &functions[i];
+}
   }
   fail(name);
   return NULL;
@@ -96,8 +100,10 @@ static char* called(const Function* function, char** words, int count) {
   ExprEnv* environment = FM_ExprEnv_Constructor1(&x);
   Data* result = FM_Data_Constructor1(&x);
   check(&x);
-  for (int i = 0; i < count; ++i) push(arguments, words[i]);
-  if (function->call(function->id, environment, arguments, result) != 0) fail("a function answered with an error");
+  for (int i = 0; i < count; ++i) { push(arguments, words[i]);
+}
+  if (function->call(function->id, environment, arguments, result) != 0) { fail("a function answered with an error");
+}
   char* text = bytesOf(FM_Data_GetAsText(result, &x));
   FM_Data_Delete(result, &x);
   FM_ExprEnv_Delete(environment, &x);
@@ -142,12 +148,15 @@ static void send(void (*entry)(ExternCall*), ExternCall* record, uint8_t message
 }
 
 int main(int count, char** words) {
-  if (count != 2) fail("usage: plain_host PLUGIN");
+  if (count != 2) { fail("usage: plain_host PLUGIN");
+}
   void* plugin = dlopen(words[1], RTLD_NOW | RTLD_LOCAL);
-  if (plugin == NULL) fail(dlerror());
+  if (plugin == NULL) { fail(dlerror());
+}
   void (*entry)(ExternCall*) = NULL;
   *(void**)&entry = dlsym(plugin, "FMExternCallProc");
-  if (entry == NULL) fail("no entry");
+  if (entry == NULL) { fail("no entry");
+}
   static ExternCall record;
   static const uint16_t version[] = {'3', '.', '0', 0};
   send(entry, &record, kCallStartUp, (uintptr_t)version);
@@ -167,19 +176,23 @@ int main(int count, char** words) {
     } else if (strcmp(fields[0], "!register") == 0 && fieldCount == 3) {
       Function registration = {.name = "Orlo_RegisterUpdateScript", .id = 0};
       *(void**)&registration.call = dlsym(plugin, registration.name);
-      if (registration.call == NULL) fail("no registration");
+      if (registration.call == NULL) { fail("no registration");
+}
       free(called(&registration, fields + 1, 2));
       printf("%d\n", scriptCount);
     } else if (strcmp(fields[0], "!full") == 0) {
       fillDisk();
       puts("full");
     } else if (strcmp(fields[0], "!user") == 0 && fieldCount == 2) {
-      if (setuid((uid_t)strtoul(fields[1], NULL, 10)) != 0) fail("cannot become another user");
+      if (setuid((uid_t)strtoul(fields[1], NULL, 10)) != 0) { fail("cannot become another user");
+}
       // A process that changed its user may otherwise not be searched for leaks at its end.
-      if (prctl(PR_SET_DUMPABLE, 1) != 0) fail("cannot stay open to tools");
+      if (prctl(PR_SET_DUMPABLE, 1) != 0) { fail("cannot stay open to tools");
+}
       puts("user");
     } else if (strcmp(fields[0], "!folder") == 0 && fieldCount == 2) {
-      if (chdir(fields[1]) != 0) fail("cannot go to the folder");
+      if (chdir(fields[1]) != 0) { fail("cannot go to the folder");
+}
       puts("folder");
     } else {
       callAndTell(fields, fieldCount);

@@ -94,7 +94,7 @@ class PlainHost : public testing::Test {
     store::StoreOptions options;
     options.file = store();
     auto opened = store::CalendarStore::open(std::move(options));
-    if (!opened) throw std::runtime_error(opened.error().message);
+    if (!opened) { throw std::runtime_error(opened.error().message); }
     return *std::move(opened);
   }
 

@@ -18,7 +18,7 @@ TEST_P(CalContract, ASavedCalendarIsListedUnderAUidOfItsOwn) {
 
 TEST_P(CalContract, ListsCalendarsOfEventsAndOfTasksTogether) {
   std::vector<std::string> uids;
-  for (const auto& calendar : store()->calendars()) uids.push_back(*calendar->uid());
+  for (const auto& calendar : store()->calendars()) { uids.push_back(*calendar->uid()); }
   EXPECT_THAT(uids, testing::IsSupersetOf({*subject->eventCalendar()->uid(), *subject->taskCalendar()->uid()}));
 }
 

@@ -76,7 +76,9 @@ class CalContract : public testing::TestWithParam<MakeSubject> {
   std::vector<std::string> titlesOf(const std::shared_ptr<const CalPredicate>& predicate) {
     std::vector<std::string> titles;
     const auto events = store()->eventsWithPredicate(predicate);
-    for (std::size_t i = 0; events && i < events->count(); ++i) titles.push_back(*events->objectAtIndex(i)->title());
+    for (std::size_t i = 0; events && i < events->count(); ++i) {
+      titles.push_back(*events->objectAtIndex(i)->title());
+    }
     return titles;
   }
   std::vector<std::string> titlesBetween(Date start, Date end) {
@@ -85,7 +87,7 @@ class CalContract : public testing::TestWithParam<MakeSubject> {
   std::vector<std::string> taskTitlesOf(const std::shared_ptr<const CalPredicate>& predicate) {
     std::vector<std::string> titles;
     const auto tasks = store()->tasksWithPredicate(predicate);
-    for (std::size_t i = 0; tasks && i < tasks->count(); ++i) titles.push_back(*tasks->objectAtIndex(i)->title());
+    for (std::size_t i = 0; tasks && i < tasks->count(); ++i) { titles.push_back(*tasks->objectAtIndex(i)->title()); }
     return titles;
   }
   std::vector<Date> startsOf(const std::string& uid) {

@@ -128,7 +128,7 @@ class EventKitContract : public testing::TestWithParam<MakeEventKitSubject> {
       answer = std::move(reminders);
       waiting = false;
     });
-    for (int turns = 0; waiting && turns < 1000; ++turns) subject->turnRunLoop();
+    for (int turns = 0; waiting && turns < 1000; ++turns) { subject->turnRunLoop(); }
     EXPECT_FALSE(waiting) << "the store never answered";
     return answer;
   }

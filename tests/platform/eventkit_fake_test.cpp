@@ -22,7 +22,7 @@ class FakeEventKitSubject : public EventKitSubject {
   EventKit& eventKit() override { return m_kit; }
   void makeReadOnly(const std::string& calendarIdentifier) override {
     for (const auto& calendar : m_kit.m_store->m_calendars) {
-      if (calendar->m_identifier != calendarIdentifier) continue;
+      if (calendar->m_identifier != calendarIdentifier) { continue; }
       calendar->m_allowsContentModifications = false;
       calendar->m_immutable = true;
     }
@@ -33,7 +33,7 @@ class FakeEventKitSubject : public EventKitSubject {
     participant->m_url = "mailto:" + email;
     participant->m_emailAddresses = {email};
     for (const auto& event : m_kit.m_store->m_events) {
-      if (event->m_eventIdentifier == eventIdentifier) event->m_attendees = {participant};
+      if (event->m_eventIdentifier == eventIdentifier) { event->m_attendees = {participant}; }
     }
   }
   void keepFromOpening() override { m_kit.m_store->m_answers = false; }

@@ -153,8 +153,8 @@ TEST_P(EventKitContract, RefusesRulesThatCannotBe) {
   const auto refusalOf = [&](EKRecurrenceFrequency frequency, std::vector<long> days, std::vector<long> months) {
     EKRecurrenceRuleParts parts;
     parts.frequency = frequency;
-    if (!days.empty()) parts.daysOfTheMonth = days;
-    if (!months.empty()) parts.monthsOfTheYear = months;
+    if (!days.empty()) { parts.daysOfTheMonth = days; }
+    if (!months.empty()) { parts.monthsOfTheYear = months; }
     const auto made = kit().recurrenceRule(parts);
     return made.rule == nullptr && made.refusal.has_value();
   };

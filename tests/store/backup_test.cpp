@@ -51,7 +51,7 @@ class Copies : public StoreTest {
   }
   static std::vector<std::string> filesIn(const std::filesystem::path& path) {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path)) names.push_back(entry.path().filename());
+    for (const auto& entry : std::filesystem::directory_iterator(path)) { names.push_back(entry.path().filename()); }
     return names;
   }
   void damage(const std::filesystem::path& path, std::streamoff from, std::size_t bytes) {
@@ -111,7 +111,7 @@ TEST_F(Backup, HoldsOneMomentWhileOthersWrite) {
   });
   for (int i = 0; i < 5; ++i) {
     const int before = commits;
-    while (commits < before + 2) std::this_thread::sleep_for(1ms);
+    while (commits < before + 2) { std::this_thread::sleep_for(1ms); }
     const auto content = backUpStore(file, folder / "copies" / std::to_string(i), ExistingFile::kIsRefused, 10s);
     ASSERT_TRUE(content) << content.error().message;
     EXPECT_GE(content->events, 2 * before);
@@ -169,7 +169,7 @@ TEST_F(Backup, MakesNoStoreWhereThereIsNone) {
 }
 
 TEST_F(Backup, IsNotMadeOfADamagedStore) {
-  for (int i = 0; i < 200; ++i) saved(plain("Review"));
+  for (int i = 0; i < 200; ++i) { saved(plain("Review")); }
   store.reset();
   damage(file, 5 * 4096, 40'000);
   const auto content = backedUp();
@@ -233,7 +233,7 @@ TEST_F(Restore, LetsListenersBeginAnew) {
   ASSERT_TRUE(backedUp());
   const auto listener = opened();
   auto position = *listener->newestChange();
-  for (int i = 0; i < 3; ++i) saved(plain("Untold"));
+  for (int i = 0; i < 3; ++i) { saved(plain("Untold")); }
   ASSERT_TRUE(restored());
   EXPECT_THAT(listener->outsideCommits(position).value(), IsEmpty());
   const Item next = saved(plain("Next"));
@@ -266,7 +266,7 @@ TEST_F(Restore, LosesNoSaveOfOthersUnseen) {
     const auto mine = opened();
     for (int i = 0; !stop; ++i) {
       Item item = plain("w" + std::to_string(i));
-      if (saveEvent(*mine, item, std::nullopt, Span::kThis)) acknowledged.push_back(*item.title);
+      if (saveEvent(*mine, item, std::nullopt, Span::kThis)) { acknowledged.push_back(*item.title); }
     }
   });
   std::this_thread::sleep_for(100ms);
@@ -276,13 +276,13 @@ TEST_F(Restore, LosesNoSaveOfOthersUnseen) {
   writer.join();
   ASSERT_TRUE(done) << done.error().message;
   auto all = titlesOf(*done->kept);
-  for (const std::string& title : titles()) all.push_back(title);
-  for (const std::string& title : acknowledged) EXPECT_THAT(all, Contains(title));
+  for (const std::string& title : titles()) { all.push_back(title); }
+  for (const std::string& title : acknowledged) { EXPECT_THAT(all, Contains(title)); }
   EXPECT_THAT(acknowledged, Not(IsEmpty()));
 }
 
 TEST_F(Restore, RefusesWhatIsNoWholeStoreAndTouchesNothing) {
-  for (int i = 0; i < 200; ++i) saved(plain("Before"));
+  for (int i = 0; i < 200; ++i) { saved(plain("Before")); }
   ASSERT_TRUE(backedUp());
   store.reset();
   const std::string before = contentOf(file);

@@ -63,29 +63,29 @@ class Caller {
   template <class T>
   std::optional<T> taken(Result<T> result) {
     if (!result) {
-      if (!m_first) m_first = result.error();
-      if (result.error().message.size() < 10 || !isUtf8(result.error().message)) ::_exit(kNoSentence);
+      if (!m_first) { m_first = result.error(); }
+      if (result.error().message.size() < 10 || !isUtf8(result.error().message)) { ::_exit(kNoSentence); }
       return std::nullopt;
     }
     return *std::move(result);
   }
   void taken(const Status& status) {
-    if (!status) static_cast<void>(taken(Result<int>(tl::unexpected(status.error()))));
+    if (!status) { static_cast<void>(taken(Result<int>(tl::unexpected(status.error())))); }
   }
   void text(std::string_view text) const {
-    if (!isUtf8(text)) ::_exit(kBrokenText);
+    if (!isUtf8(text)) { ::_exit(kBrokenText); }
   }
   void text(const std::string& text) const { this->text(std::string_view(text)); }
   void text(const std::optional<std::string>& text) const {
-    if (text) this->text(std::string_view(*text));
+    if (text) { this->text(std::string_view(*text)); }
   }
   void item(const Item& item) const {
-    for (const auto* each : {&item.title, &item.notes, &item.location, &item.url}) text(*each);
+    for (const auto* each : {&item.title, &item.notes, &item.location, &item.url}) { text(*each); }
     text(item.uid);
     text(item.extra);
     text(item.identifier);
-    for (const Alarm& alarm : item.alarms) text(alarm.url), text(alarm.emailAddress), text(alarm.soundName);
-    for (const Attendee& attendee : item.attendees) text(attendee.address), text(attendee.name);
+    for (const Alarm& alarm : item.alarms) { text(alarm.url), text(alarm.emailAddress), text(alarm.soundName); }
+    for (const Attendee& attendee : item.attendees) { text(attendee.address), text(attendee.name); }
   }
   const std::optional<Failure>& first() const { return m_first; }
 
@@ -96,7 +96,7 @@ class Caller {
 void readAll(CalendarStore& store, Caller& caller, std::vector<ItemId>& ids) {
   (void)store.generation();
   if (const auto sources = caller.taken(store.sources())) {
-    for (const Source& source : *sources) caller.text(source.title);
+    for (const Source& source : *sources) { caller.text(source.title); }
   }
   std::vector<Calendar> all;
   std::vector<CalendarId> numbers;
@@ -113,7 +113,7 @@ void readAll(CalendarStore& store, Caller& caller, std::vector<ItemId>& ids) {
   }
   const auto ask = [&](std::optional<Moment> from, std::optional<Moment> to) {
     if (const auto found = caller.taken(store.occurrences(EventQuery{from, to, numbers}))) {
-      for (const Occurrence& occurrence : *found) ids.push_back(occurrence.item);
+      for (const Occurrence& occurrence : *found) { ids.push_back(occurrence.item); }
     }
     if (const auto found = caller.taken(store.reminders({ReminderQuery::Status::kAny, from, to, numbers}))) {
       ids.insert(ids.end(), found->begin(), found->end());
@@ -121,14 +121,14 @@ void readAll(CalendarStore& store, Caller& caller, std::vector<ItemId>& ids) {
   };
   ask(at("2026-01-01 00:00"), at("2027-01-01 00:00"));
   ask(std::nullopt, std::nullopt);
-  for (ItemId id = 1; id <= 14; ++id) ids.push_back(id);
+  for (ItemId id = 1; id <= 14; ++id) { ids.push_back(id); }
   std::sort(ids.begin(), ids.end());
   ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
   for (const ItemId id : ids) {
     const auto item = caller.taken(store.item(id));
-    if (!item || *item == nullptr) continue;
+    if (!item || *item == nullptr) { continue; }
     caller.item(**item);
-    if ((*item)->kind != ItemKind::kEvent) continue;
+    if ((*item)->kind != ItemKind::kEvent) { continue; }
     caller.taken(store.firstOccurrence(**item));
     caller.taken(store.occurrenceAt(**item, at("2026-11-02 09:00")));
     caller.taken(store.event((*item)->identifier));
@@ -136,7 +136,7 @@ void readAll(CalendarStore& store, Caller& caller, std::vector<ItemId>& ids) {
   for (const Calendar& calendar : all) {
     caller.taken(store.forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>& changed) -> Status {
       caller.item(main);
-      for (const Item& each : changed) caller.item(each);
+      for (const Item& each : changed) { caller.item(each); }
       return {};
     }));
   }
@@ -144,10 +144,10 @@ void readAll(CalendarStore& store, Caller& caller, std::vector<ItemId>& ids) {
     caller.text(text);
     return {};
   }));
-  if (const auto address = caller.taken(store.addressOf("ada@example.org"))) caller.text(*address);
+  if (const auto address = caller.taken(store.addressOf("ada@example.org"))) { caller.text(*address); }
   LogPosition position{.row = 0, .file = 1};
   caller.taken(store.outsideCommits(position));
-  if (const auto zone = caller.taken(store.privateZone("Moon"))) caller.text(*zone);
+  if (const auto zone = caller.taken(store.privateZone("Moon"))) { caller.text(*zone); }
 }
 
 void changeAll(CalendarStore& store, Caller& caller, const std::vector<ItemId>& ids) {
@@ -164,12 +164,13 @@ void changeAll(CalendarStore& store, Caller& caller, const std::vector<ItemId>& 
   }
   caller.taken(importCalendarText(store, kContent, "content.ics", {}));
   std::string changed = kContent;
-  for (std::size_t at = 0; (at = changed.find("SUMMARY:", at)) != std::string::npos; at += 9)
+  for (std::size_t at = 0; (at = changed.find("SUMMARY:", at)) != std::string::npos; at += 9) {
     changed.insert(at + 8, "x");
+  }
   caller.taken(importCalendarText(store, changed, "changed.ics", {}));
   for (const ItemId id : ids) {
     const auto item = caller.taken(store.item(id));
-    if (!item || *item == nullptr) continue;
+    if (!item || *item == nullptr) { continue; }
     Item edited = **item;
     edited.title = "Edited";
     if (edited.kind == ItemKind::kReminder) {
@@ -225,7 +226,7 @@ void DamagedFile::execute(const std::filesystem::path& damaged, const std::strin
 
 std::filesystem::path DamagedFile::copied() const {
   const auto copy = folder / "damaged.db";
-  for (const char* suffix : {"-wal", "-shm", "-bell"}) std::filesystem::remove(copy.string() + suffix);
+  for (const char* suffix : {"-wal", "-shm", "-bell"}) { std::filesystem::remove(copy.string() + suffix); }
   std::filesystem::copy_file(file, copy, std::filesystem::copy_options::overwrite_existing);
   return copy;
 }
@@ -239,7 +240,7 @@ StoreOptions DamagedFile::optionsFor(const std::filesystem::path& damaged) const
 
 std::optional<Failure> DamagedFile::firstFailure(const std::filesystem::path& damaged) const {
   auto opened = CalendarStore::open(optionsFor(damaged));
-  if (!opened) return opened.error();
+  if (!opened) { return opened.error(); }
   Caller caller;
   std::vector<ItemId> ids;
   readAll(**opened, caller, ids);
@@ -267,7 +268,7 @@ std::string DamagedFile::usedInAChild(const std::filesystem::path& damaged) cons
     ::_exit(0);
   }
   int status = 0;
-  if (::waitpid(child, &status, 0) != child) return "the child was lost";
+  if (::waitpid(child, &status, 0) != child) { return "the child was lost"; }
   if (WIFSIGNALED(status)) {
     return WTERMSIG(status) == SIGALRM ? "it never ended" : "died by signal " + std::to_string(WTERMSIG(status));
   }

@@ -51,7 +51,9 @@ TEST_F(DamagedFile, GivesASentenceWhicheverValueOfItIsWrong) {
         "SELECT s.name, c.name FROM sqlite_schema s, pragma_table_info(s.name) c WHERE s.type = 'table' "
         "ORDER BY 1, c.cid");
     ASSERT_TRUE(read);
-    while (read->step().value_or(false)) columns.push_back({std::string(read->text(0)), std::string(read->text(1))});
+    while (read->step().value_or(false)) {
+      columns.push_back({std::string(read->text(0)), std::string(read->text(1))});
+    }
   }
   ASSERT_GT(columns.size(), 60U);
   for (const Column& column : columns) {
@@ -133,7 +135,7 @@ TEST_F(DamagedFile, IsReportedAsDamagedWithASafeRemedy) {
   for (const Damage& damage : kDamages) {
     const auto damaged = copied();
     execute(damaged, damage.sql);
-    if (*damage.named == '\0') continue;
+    if (*damage.named == '\0') { continue; }
     const auto failed = firstFailure(damaged);
     ASSERT_TRUE(failed) << damage.sql;
     EXPECT_EQ(failed->code, ErrorCode::kCorrupt) << damage.sql;

@@ -33,7 +33,7 @@ std::string calendarOf(const std::string& items) {
 
 std::string repeated(std::size_t times, const std::function<std::string(std::size_t)>& piece) {
   std::string text;
-  for (std::size_t i = 0; i < times; ++i) text += piece(i);
+  for (std::size_t i = 0; i < times; ++i) { text += piece(i); }
   return text;
 }
 
@@ -53,7 +53,7 @@ class HostileInput : public StoreTest {
       return Status();
     });
     EXPECT_TRUE(report) << report.error().message;
-    if (notes != nullptr) *notes = *report;
+    if (notes != nullptr) { *notes = *report; }
     return text;
   }
   void useAnotherStore() {
@@ -62,8 +62,9 @@ class HostileInput : public StoreTest {
   }
   std::vector<std::string> titlesAnywhere() {
     std::vector<std::string> titles;
-    for (const Occurrence& found : occurrences(at("2026-01-01 00:00"), at("2027-01-01 00:00")))
+    for (const Occurrence& found : occurrences(at("2026-01-01 00:00"), at("2027-01-01 00:00"))) {
       titles.push_back(read(found.item).title.value_or("-"));
+    }
     std::sort(titles.begin(), titles.end());
     return titles;
   }
@@ -273,9 +274,10 @@ TEST_F(HostileInput, ADefinitionOfAZoneIsNotLongerThanAnybodyNeeds) {
 
 TEST_F(HostileInput, OneDefinitionInManyCalendarsIsOneZone) {
   std::string text;
-  for (int i = 0; i < 2'000; ++i)
+  for (int i = 0; i < 2'000; ++i) {
     text += calendarOf("X-WR-CALNAME:C\r\n" + zoneText("Own") + "BEGIN:VEVENT\r\nUID:e" + std::to_string(i) +
                        "\r\nDTSTART;TZID=Own:20261101T090000\r\nEND:VEVENT\r\n");
+  }
   const auto report = imported(text);
   EXPECT_THAT(report.warnings, IsEmpty());
   EXPECT_EQ(report.added, 2'000U);
@@ -290,7 +292,7 @@ TEST_F(HostileInput, ADefinitionWithOtherNotesIsTheSameZone) {
 TEST(ContentLineNumbers, CountEveryKindOfLineEnd) {
   ContentLines lines("A:1\rB:2\r\rC:3\n\n\nD:4\r\n \r\nE:5");
   std::vector<std::pair<std::string, int>> found;
-  for (ContentLine line; lines.next(line);) found.emplace_back(line.text, line.line);
+  for (ContentLine line; lines.next(line);) { found.emplace_back(line.text, line.line); }
   EXPECT_THAT(found, ElementsAre(std::pair("A:1", 1), std::pair("B:2", 2), std::pair("C:3", 4), std::pair("D:4", 7),
                                  std::pair("E:5", 9)));
 }
@@ -300,10 +302,10 @@ TEST_F(HostileInput, OthersSaveWhileAFileIsRead) {
   std::size_t count = 0;
   ImportOptions options;
   options.progress = [&](std::size_t done, std::size_t all) {
-    if (done == all) return;
+    if (done == all) { return; }
     // Waiting would be for ever: this is the thread that imports.
     Item item = event("meanwhile", utc("2026-11-01 09:00"), utc("2026-11-01 10:00"));
-    if (saveEvent(*other, item, std::nullopt, Span::kThis)) ++count;
+    if (saveEvent(*other, item, std::nullopt, Span::kThis)) { ++count; }
   };
   const auto report =
       importCalendarText(*store, calendarOf(repeated(600, [](std::size_t i) { return eventLines(std::to_string(i)); })),
@@ -331,7 +333,7 @@ TEST(ABudget, IsAtAnEndOnceSomebodyStopsIt) {
   std::atomic<bool> stop = true;
   ExpansionBudget budget(20'000'000, std::chrono::hours(1), &stop);
   std::size_t steps = 0;
-  while (budget.step()) ++steps;
+  while (budget.step()) { ++steps; }
   EXPECT_LE(steps, 4'096U);
 }
 

@@ -26,19 +26,19 @@ Expected expectedOf(const std::string& name) {
   for (std::string line; std::getline(in, line);) {
     const auto blank = line.find(' ');
     const std::string word = line.substr(0, blank);
-    if (blank == std::string::npos || word == "#") continue;
+    if (blank == std::string::npos || word == "#") { continue; }
     const std::string rest = line.substr(blank + 1);
-    if (word == "occurs") made.occurs.push_back(rest);
-    if (word == "warning") made.warnings.push_back(rest);
-    if (word == "refused") made.refused.push_back(rest);
-    if (word == "exports") made.exports.push_back(rest);
+    if (word == "occurs") { made.occurs.push_back(rest); }
+    if (word == "warning") { made.warnings.push_back(rest); }
+    if (word == "refused") { made.refused.push_back(rest); }
+    if (word == "exports") { made.exports.push_back(rest); }
   }
   return made;
 }
 
 Texts textsOf(const std::vector<Problem>& problems) {
   Texts texts;
-  for (const Problem& problem : problems) texts.push_back(std::to_string(problem.line) + ": " + problem.message);
+  for (const Problem& problem : problems) { texts.push_back(std::to_string(problem.line) + ": " + problem.message); }
   return texts;
 }
 
@@ -46,11 +46,12 @@ class ImportedFile : public StoreTest, public testing::WithParamInterface<const 
  protected:
   std::string exported() {
     std::string text;
-    for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders})
+    for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
       EXPECT_TRUE(exportCalendars(*store, *store->calendars(kind), [&](std::string_view piece) -> Status {
         text += piece;
         return {};
       }));
+    }
     return text;
   }
   Texts shownIn2026() { return listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")); }
@@ -74,7 +75,7 @@ TEST_P(ImportedFile, ShowsWhatItMeansAndComesBackTheSame) {
   EXPECT_EQ(again->added + again->updated, 0U);
 
   const std::string text = exported();
-  for (const std::string& line : expected.exports) EXPECT_THAT(text, testing::HasSubstr("\r\n" + line + "\r\n"));
+  for (const std::string& line : expected.exports) { EXPECT_THAT(text, testing::HasSubstr("\r\n" + line + "\r\n")); }
   const auto back = importCalendarText(*store, text, "back.ics");
   ASSERT_TRUE(back);
   EXPECT_EQ(back->unchanged, report->added);

@@ -31,13 +31,13 @@ class Import : public StoreTest {
   std::vector<std::string> titles(CalendarKind kind) {
     std::vector<std::string> found;
     const auto calendars = store->calendars(kind).value();
-    for (const Calendar& calendar : calendars) found.push_back(calendar.title);
+    for (const Calendar& calendar : calendars) { found.push_back(calendar.title); }
     return found;
   }
   static std::vector<Occurrence> all(CalendarStore& from) {
     EventQuery query;
     const auto calendars = from.calendars(CalendarKind::kEvents).value();
-    for (const Calendar& calendar : calendars) query.calendars.push_back(calendar.id);
+    for (const Calendar& calendar : calendars) { query.calendars.push_back(calendar.id); }
     return from.occurrences(query).value();
   }
   std::size_t occurrences() { return all(*store).size(); }
@@ -138,7 +138,7 @@ TEST_F(Import, IsStoppedWithoutATrace) {
   with.stop = &stop;
   with.progress = [&](std::size_t, std::size_t) { stop = true; };
   std::string items;
-  for (int i = 0; i < 600; ++i) items += eventText(std::to_string(i));
+  for (int i = 0; i < 600; ++i) { items += eventText(std::to_string(i)); }
   const auto report = importCalendarText(*store, calendarText(items, "X-WR-CALNAME:New\n"), "test.ics", with);
   ASSERT_FALSE(report);
   EXPECT_EQ(report.error().code, ErrorCode::kInterrupted);

@@ -22,7 +22,7 @@ class Processes : public StoreTest {
   template <class Body>
   pid_t started(const Body& body) {
     const pid_t child = fork();
-    if (child == 0) _exit(body());
+    if (child == 0) { _exit(body()); }
     return child;
   }
   static int resultOf(pid_t child) {
@@ -39,15 +39,15 @@ TEST_F(Processes, LoseNothingWhenTheySaveAtOnce) {
   for (int process = 0; process < kProcesses; ++process) {
     children.push_back(started([&] {
       auto mine = CalendarStore::open(options());
-      if (!mine) return 1;
+      if (!mine) { return 1; }
       for (int i = 0; i < kSaves; ++i) {
         Item item = plain(std::to_string(process) + "-" + std::to_string(i));
-        if (!saveEvent(**mine, item, std::nullopt, Span::kThis)) return 2;
+        if (!saveEvent(**mine, item, std::nullopt, Span::kThis)) { return 2; }
       }
       return 0;
     }));
   }
-  for (const pid_t child : children) EXPECT_EQ(resultOf(child), 0);
+  for (const pid_t child : children) { EXPECT_EQ(resultOf(child), 0); }
   store = opened();
   std::set<std::string> titles, identifiers;
   for (const Occurrence& occurrence : occurrences(std::nullopt, std::nullopt)) {
@@ -67,8 +67,8 @@ TEST_F(Processes, KeepEveryAcknowledgedSaveWhenTheyAreKilled) {
       auto mine = CalendarStore::open(options());
       for (int i = 0;; ++i) {
         Item item = plain("saved");
-        if (!saveEvent(**mine, item, std::nullopt, Span::kThis)) return 1;
-        if (write(channel[1], &item.id, sizeof item.id) != sizeof item.id) return 2;
+        if (!saveEvent(**mine, item, std::nullopt, Span::kThis)) { return 1; }
+        if (write(channel[1], &item.id, sizeof item.id) != sizeof item.id) { return 2; }
       }
     });
     close(channel[1]);
@@ -146,15 +146,15 @@ TEST_F(Processes, KeepWhatWasSavedWhenThereIsNoMoreRoom) {
   const int result = resultOf(started([&] {
     auto mine = CalendarStore::open(options());
     Item first = plain("first");
-    if (!saveEvent(**mine, first, std::nullopt, Span::kThis)) return 1;
+    if (!saveEvent(**mine, first, std::nullopt, Span::kThis)) { return 1; }
     signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{60'000, 60'000};
     setrlimit(RLIMIT_FSIZE, &limit);
     Item large = plain("large");
     large.notes = std::string(500'000, 'x');
     const auto status = saveEvent(**mine, large, std::nullopt, Span::kThis);
-    if (status) return 2;
-    if (status.error().code != ErrorCode::kFull && status.error().code != ErrorCode::kIo) return 3;
+    if (status) { return 2; }
+    if (status.error().code != ErrorCode::kFull && status.error().code != ErrorCode::kIo) { return 3; }
     return (*mine)->item(first.id).value() != nullptr ? 0 : 4;
   }));
   EXPECT_EQ(result, 0);

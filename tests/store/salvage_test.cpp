@@ -44,7 +44,7 @@ class Salvage : public StoreTest {
     EXPECT_TRUE(find);
     std::vector<std::int64_t> pages;
     find->bind(1, std::string_view(name));
-    while (find->step().value_or(false)) pages.push_back(find->integer(0));
+    while (find->step().value_or(false)) { pages.push_back(find->integer(0)); }
     return pages;
   }
   void destroyPage(std::int64_t page) {
@@ -89,7 +89,7 @@ TEST_F(Salvage, NeedsNoIndex) {
   given(300);
   store.reset();
   for (const char* name : {"items_by_uuid", "items_by_uid", "timeline"}) {
-    for (const auto page : leavesOf(name)) destroyPage(page);
+    for (const auto page : leavesOf(name)) { destroyPage(page); }
   }
   const auto report = salvaged();
   ASSERT_TRUE(report) << report.error().message;
@@ -100,7 +100,7 @@ TEST_F(Salvage, NeedsNoIndex) {
 TEST_F(Salvage, KeepsItemsWhoseCalendarIsLost) {
   given(20);
   store.reset();
-  for (const auto page : leavesOf("calendars")) destroyPage(page);
+  for (const auto page : leavesOf("calendars")) { destroyPage(page); }
   const auto report = salvaged();
   ASSERT_TRUE(report) << report.error().message;
   EXPECT_FALSE(report->complete());

@@ -62,7 +62,7 @@ class StoreTest : public testing::Test {
   }
   std::unique_ptr<CalendarStore> opened() const {
     auto result = CalendarStore::open(options());
-    if (!result) throw std::runtime_error(result.error().message);
+    if (!result) { throw std::runtime_error(result.error().message); }
     return std::move(*result);
   }
 
@@ -104,7 +104,7 @@ class StoreTest : public testing::Test {
   /// Of the events of that day; a failure instead of them shows as one.
   static std::vector<std::string> titlesIn(CalendarStore& store) {
     const auto found = store.occurrences(EventQuery{at("2026-11-02 00:00"), at("2026-11-03 00:00"), {1}});
-    if (!found) return {"(" + found.error().message + ")"};
+    if (!found) { return {"(" + found.error().message + ")"}; }
     std::vector<std::string> titles;
     for (const Occurrence& occurrence : *found) {
       // The file may have been replaced between the two calls.
@@ -128,7 +128,7 @@ class StoreTest : public testing::Test {
   EventQuery range(std::optional<Moment> from, std::optional<Moment> to) {
     EventQuery query{from, to, {}};
     const auto calendars = *store->calendars(CalendarKind::kEvents);
-    for (const Calendar& calendar : calendars) query.calendars.push_back(calendar.id);
+    for (const Calendar& calendar : calendars) { query.calendars.push_back(calendar.id); }
     return query;
   }
   std::vector<Occurrence> occurrences(std::optional<Moment> from, std::optional<Moment> to) {

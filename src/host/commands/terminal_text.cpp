@@ -1,13 +1,11 @@
 #include "host/commands/terminal_text.h"
 
 #include <algorithm>
-#include <bit>
 
 #include <fmt/format.h>
 #include <unicode/uchar.h>
-#include <unicode/utf8.h>
 
-#include "base/text.h"
+#include "base/utf.h"
 #include "host/calc/rendering.h"
 
 namespace orlocal::host {
@@ -31,30 +29,17 @@ bool isWide(char32_t c) {
 
 constexpr std::string_view kReplacement = "\uFFFD";
 
-/// Bytes of the character that begins `text`; 0 where none does.
-std::size_t characterLength(std::string_view text) {
-  const int ones = std::countl_one(static_cast<unsigned char>(text[0]));
-  const std::size_t length = ones == 0 ? 1 : static_cast<std::size_t>(ones);
-  if (ones == 1 || length > U8_MAX_LENGTH || length > text.size()) { return 0; }
-  const bool whole = std::ranges::all_of(text.substr(1, length - 1), [](char byte) { return U8_IS_TRAIL(byte); });
-  return whole ? length : 0;
-}
-
-/// Calls `visit(character, bytes)` for each character; a stray byte comes as U+FFFD, so that nothing hides behind it.
+/// Calls `visit(character, bytes)` for each character; malformed bytes come as U+FFFD, so that nothing hides behind
+/// them.
 template <class Visit>
 void eachCharacter(std::string_view text, Visit visit) {
-  while (!text.empty()) {
-    const std::size_t length = characterLength(text);
-    if (length == 0) {
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t begin = at;
+    if (const auto point = nextWellFormed(text, at)) {
+      visit(*point, text.substr(begin, at - begin));
+    } else {
       visit(U'\uFFFD', kReplacement);
-      text.remove_prefix(1);
-      continue;
     }
-    UChar32 c = 0;
-    std::size_t behind = 0;
-    U8_NEXT_UNSAFE(text.data(), behind, c);
-    visit(static_cast<char32_t>(c), text.substr(0, length));
-    text.remove_prefix(length);
   }
 }
 

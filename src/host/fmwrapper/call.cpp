@@ -25,12 +25,13 @@ Failed callFailure(ErrorCode code, std::u16string_view name, const std::string& 
   return failure(code, toUtf8(name) + " " + reason);
 }
 
-Result<Value> call(std::u16string_view name, std::int16_t id, fmx::ExternalFunction function,
-                   const std::vector<Value>& arguments, const Environment& environment) {
+Result<Value> call(const RegisteredFunction& function, const std::vector<Value>& arguments,
+                   const Environment& environment) {
+  const std::u16string_view name = function.name;
   Value result;
   try {
-    const fmx::ErrorCode code = function(id, handleOf<fmx::ExprEnv>(environment), handleOf<fmx::DataVect>(arguments),
-                                         handleOf<fmx::Data>(result));
+    const fmx::ErrorCode code = function.function(function.key.id, handleOf<fmx::ExprEnv>(environment),
+                                                  handleOf<fmx::DataVect>(arguments), handleOf<fmx::Data>(result));
     if (code != 0) {
       return callFailure(ErrorCode::kRefused, name, "answered the error " + std::to_string(code) + ".");
     }
@@ -53,12 +54,7 @@ Result<Value> callFunction(const RegisteredFunction& function, const std::vector
     return callFailure(ErrorCode::kInvalid, function.name,
                        "takes " + arity(function) + ", not " + std::to_string(count) + ".");
   }
-  return call(function.name, function.key.id, function.function, arguments, environment);
-}
-
-Result<Value> callStep(const RegisteredStep& step, const std::vector<Value>& parameters,
-                       const Environment& environment) {
-  return call(step.name, step.key.id, step.function, parameters, environment);
+  return call(function, arguments, environment);
 }
 
 }  // namespace orlocal::host

@@ -16,8 +16,4 @@ namespace orlocal::host {
 ORLOCAL_HOST_API Result<Value> callFunction(const RegisteredFunction& function, const std::vector<Value>& arguments,
                                             const Environment& environment = Registry::instance().currentEnvironment());
 
-/// Runs a plug-in's script step. Its parameters stand at the indexes that its definition gives them.
-ORLOCAL_HOST_API Result<Value> callStep(const RegisteredStep& step, const std::vector<Value>& parameters,
-                                        const Environment& environment = Registry::instance().currentEnvironment());
-
 }  // namespace orlocal::host

@@ -24,12 +24,6 @@ Value Value::ofNumber(const Number& number) {
   return value;
 }
 
-Value Value::ofBoolean(bool truth) {
-  Value value;
-  value.setBoolean(truth);
-  return value;
-}
-
 Value Value::ofDate(const DateTime& date) {
   Value value;
   value.setDate(date);

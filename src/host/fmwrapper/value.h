@@ -37,7 +37,6 @@ class ORLOCAL_HOST_API Value {
   static Value ofUtf8(std::string_view text);
   /// "Not a number" makes the invalid value.
   static Value ofNumber(const Number& number);
-  static Value ofBoolean(bool truth);
   /// The date part only; an empty one makes an empty value.
   static Value ofDate(const DateTime& date);
   static Value ofTime(const DateTime& time);

@@ -42,7 +42,6 @@ class Plugin {
   Plugin& operator=(const Plugin&) = delete;
 
   const std::filesystem::path& file() const noexcept { return m_file; }
-  bool isStarted() const noexcept { return m_started; }
 
   /// Start-up; may be sent again. Gives the interface version that the plug-in speaks; an error when the plug-in says
   /// that it is not for this host, or answers no version.

@@ -24,7 +24,7 @@ class Alarms : public BackendTest {
   }
   static std::vector<double> offsets(const EKCalendarItem& item) {
     std::vector<double> found;
-    for (const auto& each : item.alarms()) found.push_back(each->relativeOffset());
+    for (const auto& each : item.alarms()) { found.push_back(each->relativeOffset()); }
     return found;
   }
 };
@@ -147,7 +147,7 @@ TEST_F(Alarms, NeverRunAProcedure) {
 
 TEST_F(Alarms, HaveNoOtherAction) {
   const auto event = openNewEvent();
-  for (const char* action : {"shout", "", "pocedure"}) expectFailed(add("event", action), kMissingArgument);
+  for (const char* action : {"shout", "", "pocedure"}) { expectFailed(add("event", action), kMissingArgument); }
   EXPECT_THAT(event->m_alarms, IsEmpty());
 }
 
@@ -192,7 +192,7 @@ TEST_F(Alarms, AreRemovedFromAReminderByEitherWord) {
 
 TEST_F(Alarms, AreNoMatterWhereThereAreNone) {
   openNewEvent();
-  for (const std::int32_t index : {1, 0, 7, -1}) expectDone(backend.removeAlarmFrom("event", index));
+  for (const std::int32_t index : {1, 0, 7, -1}) { expectDone(backend.removeAlarmFrom("event", index)); }
 }
 
 TEST_F(Alarms, AreNotRemovedOutsideTheirRange) {
@@ -287,7 +287,7 @@ TEST_F(Alarms, DoNotOpenWhereThereAreNone) {
 
 TEST_F(Alarms, DoNotOpenOutsideTheirRange) {
   openNewEvent()->m_alarms = {alarm(-1)};
-  for (const std::int32_t index : {0, 2, -1}) expectFailed(backend.openAlarmAt(index), kIndexOutOfBounds);
+  for (const std::int32_t index : {0, 2, -1}) { expectFailed(backend.openAlarmAt(index), kIndexOutOfBounds); }
 }
 
 TEST_F(Alarms, ReportTheOneThatIsMissing) {
@@ -426,14 +426,14 @@ TEST_F(Alarms, ReadTheirActionByTheirType) {
   const auto open = std::make_shared<TypedAlarm>();
   backend.m_ekAlarm = open;
   const char* const words[] = {"display", "sound", "procedure", "email", ""};
-  for (open->m_type = 0; open->m_type < 5; ++open->m_type) expectText(get("action"), words[open->m_type]);
+  for (open->m_type = 0; open->m_type < 5; ++open->m_type) { expectText(get("action"), words[open->m_type]); }
   open->m_type = -1;
   expectText(get("action"), "");
 }
 
 TEST_F(Alarms, ReadTheirTexts) {
   const auto open = openNewAlarm();
-  for (const char* property : {"emailaddress", "sound", "url"}) expectNone(get(property));
+  for (const char* property : {"emailaddress", "sound", "url"}) { expectNone(get(property)); }
   open->m_emailAddress = "me@example.org";
   open->m_soundName = "Basso";
   open->m_url = "file:///usr/bin/true";
@@ -444,7 +444,7 @@ TEST_F(Alarms, ReadTheirTexts) {
 
 TEST_F(Alarms, ReportAPropertyThatTheyDoNotHave) {
   openNewAlarm();
-  for (const char* property : {"nonsense", "", "title"}) expectNone(get(property), kInvalidProperty);
+  for (const char* property : {"nonsense", "", "title"}) { expectNone(get(property), kInvalidProperty); }
 }
 
 }  // namespace

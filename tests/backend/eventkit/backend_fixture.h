@@ -132,7 +132,7 @@ class BackendTest : public testing::Test {
   std::set<std::string> filledSlots() {
     std::set<std::string> filled;
     backend.forEachSlot([&](const char* name, const auto& slot) {
-      if (slot) filled.insert(name);
+      if (slot) { filled.insert(name); }
     });
     return filled;
   }

@@ -240,7 +240,7 @@ TEST_F(Calendars, ReadNoColorThatCannotBeConverted) {
 
 TEST_F(Calendars, ReportAPropertyThatTheyDoNotHave) {
   openNewCalendar();
-  for (const char* property : {"nonsense", "", "colour"}) expectNone(get(property), kInvalidProperty);
+  for (const char* property : {"nonsense", "", "colour"}) { expectNone(get(property), kInvalidProperty); }
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ TEST_F(Count, CountsTheEventsOfTheFetch) {
 }
 
 TEST_F(Count, CountsTheRemindersOfTheFetch) {
-  for (const char* type : {"task", "reminder"}) expectNoCount(type, kNoRemindersFetched);
+  for (const char* type : {"task", "reminder"}) { expectNoCount(type, kNoRemindersFetched); }
   backend.fetchReminders(std::nullopt, std::nullopt, std::nullopt);
   expectCount("task", 0);
   store().addReminder("Reminders", "Water the plants");

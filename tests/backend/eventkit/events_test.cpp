@@ -45,7 +45,7 @@ class PredicateNotingStore : public fakes::ForwardingEventStore {
                                                         const EKCalendarArray& calendars) override {
     m_start = start;
     m_end = end;
-    for (const auto& calendar : calendars) m_titles.push_back(calendar->title().value_or(""));
+    for (const auto& calendar : calendars) { m_titles.push_back(calendar->title().value_or("")); }
     return m_next->predicateForEvents(start, end, calendars);
   }
 
@@ -265,7 +265,7 @@ TEST_F(Events, ReadTheirDatesInTheDefaultZone) {
 
 TEST_F(Events, ReadDatesThatTheyLackAsNothing) {
   openNewEvent();
-  for (const char* property : {"startdate", "enddate", "modifieddate"}) expectNone(get(property));
+  for (const char* property : {"startdate", "enddate", "modifieddate"}) { expectNone(get(property)); }
 }
 
 TEST_F(Events, ReadTheirOccurrenceOnlyWhenTheyRepeat) {
@@ -305,7 +305,9 @@ TEST_F(Events, ReadTheirTexts) {
 
 TEST_F(Events, ReadTextsThatTheyLackAsNothing) {
   openNewEvent();
-  for (const char* property : {"uid", "externaluid", "location", "notes", "title", "url"}) expectNone(get(property));
+  for (const char* property : {"uid", "externaluid", "location", "notes", "title", "url"}) {
+    expectNone(get(property));
+  }
 }
 
 TEST_F(Events, SayWhatTheyAre) {

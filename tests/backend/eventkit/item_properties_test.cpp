@@ -46,7 +46,7 @@ TEST_F(ItemProperties, SetTexts) {
 
 TEST_F(ItemProperties, TakeTextsAway) {
   item.m_notes = item.m_title = item.m_url = "x";
-  for (const char* property : {"notes", "title", "url"}) expectDone(set(property, std::monostate()));
+  for (const char* property : {"notes", "title", "url"}) { expectDone(set(property, std::monostate())); }
   EXPECT_EQ(item.m_notes, std::nullopt);
   EXPECT_EQ(item.m_title, std::nullopt);
   EXPECT_EQ(item.m_url, std::nullopt);
@@ -128,7 +128,7 @@ TEST_F(ItemProperties, ReadWhenTheFirstAlarmWasMade) {
 }
 
 TEST_F(ItemProperties, ReportAPropertyThatNoItemHas) {
-  for (const char* property : {"nonsense", "", "startdate"}) expectNone(get(property), kInvalidProperty);
+  for (const char* property : {"nonsense", "", "startdate"}) { expectNone(get(property), kInvalidProperty); }
   expectNone(get(std::nullopt), kInvalidProperty);
 }
 

@@ -22,7 +22,7 @@ class SaveNotingStore : public fakes::ForwardingEventStore {
   bool saveEvent(const std::shared_ptr<EKEvent>& event, EKSpan span, bool commit,
                  std::optional<Error>& error) override {
     note(span == EKSpan::kThisEvent ? "save event, this" : "save event, future", commit);
-    if (m_silent) return false;
+    if (m_silent) { return false; }
     return m_next->saveEvent(event, span, commit, error);
   }
   bool removeEvent(const std::shared_ptr<EKEvent>& event, EKSpan span, bool commit,
@@ -123,7 +123,7 @@ TEST_F(Lifecycle, ReportsWhatThePlatformDoesNotMake) {
 }
 
 TEST_F(Lifecycle, WritesNothingBeforeASave) {
-  for (const char* type : {"calendar", "reminderlist", "event", "reminder"}) backend.newItem(type);
+  for (const char* type : {"calendar", "reminderlist", "event", "reminder"}) { backend.newItem(type); }
   expectAsked({});
   EXPECT_EQ(store().m_calendars.size(), 2u);
 }
@@ -132,7 +132,7 @@ TEST_F(Lifecycle, WritesNothingBeforeASave) {
 
 TEST_F(Lifecycle, ChecksTheSpanBeforeItSaves) {
   openGoodEvent();
-  for (const char* span : {"weekly", "", "this "}) expectFailed(backend.saveItem("event", span), kInvalidSpan);
+  for (const char* span : {"weekly", "", "this "}) { expectFailed(backend.saveItem("event", span), kInvalidSpan); }
   expectFailed(backend.saveItem("nonsense", "weekly"), kInvalidSpan);
   expectAsked({});
 }
@@ -279,7 +279,7 @@ TEST_F(Lifecycle, ReleasesTheItemsInOrderBeforeItRemoves) {
 
 TEST_F(Lifecycle, ChecksTheSpanBeforeItRemoves) {
   const auto uid = addEvent();
-  for (const char* span : {"weekly", ""}) expectFailed(remove("event", uid, span), kInvalidArgument);
+  for (const char* span : {"weekly", ""}) { expectFailed(remove("event", uid, span), kInvalidArgument); }
   expectFailed(remove("calendar", "calendar-1", "weekly"), kInvalidArgument);
   expectAsked({});
 }

@@ -42,7 +42,7 @@ TEST_F(Participants, DoNotOpenOutsideTheirRange) {
   expectFailed(backend.openParticipantAt(1), kIndexOutOfBounds);
   EXPECT_EQ(backend.m_ekParticipant, nullptr);
   event->m_attendees = {named("Ada")};
-  for (const std::int32_t index : {0, 2, -1}) expectFailed(backend.openParticipantAt(index), kIndexOutOfBounds);
+  for (const std::int32_t index : {0, 2, -1}) { expectFailed(backend.openParticipantAt(index), kIndexOutOfBounds); }
 }
 
 TEST_F(Participants, ReportTheOneThatIsMissing) {
@@ -113,7 +113,7 @@ TEST_F(Participants, ReadNumbersInTheOtherGetter) {
 
 TEST_F(Participants, ReportAPropertyThatTheyDoNotHave) {
   openNewParticipant();
-  for (const char* property : {"role", "type", "nonsense", ""}) expectNone(get(property), kInvalidProperty);
+  for (const char* property : {"role", "type", "nonsense", ""}) { expectNone(get(property), kInvalidProperty); }
   expectNone(number("nonsense"), kInvalidProperty);
 }
 

@@ -294,7 +294,7 @@ TEST_F(Recurrence, DoesNotReadWeeksOfTheYear) {
 
 TEST_F(Recurrence, ReportsAPropertyThatItDoesNotHave) {
   openRule();
-  for (const char* property : {"nonsense", "", "setpositions"}) expectNone(get(property), kInvalidProperty);
+  for (const char* property : {"nonsense", "", "setpositions"}) { expectNone(get(property), kInvalidProperty); }
 }
 
 TEST_F(Recurrence, WithoutAnEndNeverEnds) {
@@ -336,7 +336,7 @@ TEST_F(Recurrence, WantsToKnowWhatOfItsEnd) {
 TEST_F(Recurrence, OfAnEventWithoutRulesReadsEmptyOrZero) {
   for (const bool emptyList : {false, true}) {
     const auto event = openNewEvent();
-    if (emptyList) event->m_rules.emplace();
+    if (emptyList) { event->m_rules.emplace(); }
     expectText(get("firstdayoftheweek"), "0");
     expectText(get("recurrenceinterval"), "0");
     expectText(get("recurrencetype"), "");

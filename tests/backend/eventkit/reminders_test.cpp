@@ -37,7 +37,7 @@ class ReminderNotingStore : public fakes::ForwardingEventStore {
     m_start = start;
     m_end = end;
     m_titles.clear();
-    for (const auto& calendar : calendars) m_titles.push_back(calendar->title().value_or(""));
+    for (const auto& calendar : calendars) { m_titles.push_back(calendar->title().value_or("")); }
   }
 };
 
@@ -278,7 +278,7 @@ TEST_F(Reminders, AreWaitedForAsLongAsTheStoreTakes) {
 
    private:
     void later(int turns, std::function<void()> work) {
-      if (turns == 0) return work();
+      if (turns == 0) { return work(); }
       m_loop.perform([this, turns, work = std::move(work)] { later(turns - 1, work); });
     }
     fakes::FakeRunLoop& m_loop;

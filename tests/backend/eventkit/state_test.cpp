@@ -11,7 +11,9 @@ class State : public BackendTest {
  protected:
   static std::vector<std::string> titles(const std::optional<EKCalendarArray>& calendars) {
     std::vector<std::string> found;
-    for (const auto& calendar : calendars.value_or(EKCalendarArray())) found.push_back(calendar->title().value_or(""));
+    for (const auto& calendar : calendars.value_or(EKCalendarArray())) {
+      found.push_back(calendar->title().value_or(""));
+    }
     return found;
   }
 };

@@ -10,7 +10,7 @@ class LegacyAttendees : public Legacy {
     attendee->m_name = name;
     attendee->m_url = "mailto:" + std::string(name) + "@example.org";
     attendee->m_status = 2;
-    if (!event()->m_attendees) event()->m_attendees.emplace();
+    if (!event()->m_attendees) { event()->m_attendees.emplace(); }
     event()->m_attendees->push_back(attendee);
   }
 };

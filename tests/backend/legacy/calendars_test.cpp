@@ -9,7 +9,7 @@ class LegacyCalendars : public Legacy {
     std::vector<std::string> titles;
     const auto calendars = backend.calendarArrayFromString(names);
     EXPECT_TRUE(calendars);
-    for (const auto& calendar : calendars.value_or(CalCalendarArray())) titles.push_back(*calendar->title());
+    for (const auto& calendar : calendars.value_or(CalCalendarArray())) { titles.push_back(*calendar->title()); }
     return titles;
   }
   void openWork() { ASSERT_EQ(backend.openCalendarWithTitle("Work"), 0); }

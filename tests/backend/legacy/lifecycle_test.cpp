@@ -144,7 +144,7 @@ TEST_F(LegacyLifecycle, TheBranchOfTasksAndEventsPassesTheSpanOn) {
 
 TEST_F(LegacyLifecycle, EverySpanWordIsTakenAndOthersGive9006) {
   backend.m_calendar = framework->defaultCalendarStore()->calendarWithUID(workUid);
-  for (const char* span : {"this", "future", "ALL"}) EXPECT_EQ(backend.saveItem("calendar", span), 0) << span;
+  for (const char* span : {"this", "future", "ALL"}) { EXPECT_EQ(backend.saveItem("calendar", span), 0) << span; }
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("calendar", "weekly"), -1); }), 9006);
   EXPECT_EQ(codeOf([&] { EXPECT_EQ(backend.saveItem("reminderlist", "weekly"), -1); }), 9006);
 }

@@ -23,13 +23,13 @@ class FakeLibrary : public FunctionLibrary {
 
   std::vector<Signature> signatures() const override {
     std::vector<Signature> result;
-    for (const auto& [signature, body] : m_functions) result.push_back(signature);
+    for (const auto& [signature, body] : m_functions) { result.push_back(signature); }
     return result;
   }
 
   Result<Value> call(std::string_view name, std::span<const Value> arguments) override {
     for (const auto& [signature, body] : m_functions) {
-      if (signature.name == name) return body(arguments);
+      if (signature.name == name) { return body(arguments); }
     }
     return failure(ErrorCode::kNotFound, "no such function");
   }
@@ -43,14 +43,14 @@ class CalcTest : public ::testing::Test {
  protected:
   Outcome outcome(std::string_view calculation) {
     Result<Outcome> result = session.evaluate(calculation);
-    if (result) return std::move(*result);
+    if (result) { return std::move(*result); }
     ADD_FAILURE() << describe(calculation, result.error());
     return {};
   }
 
   std::string eval(std::string_view calculation) {
     std::string text;
-    for (const char c : outcome(calculation).value.utf8()) c == '\r' ? text += "¶" : text += c;
+    for (const char c : outcome(calculation).value.utf8()) { c == '\r' ? text += "¶" : text += c; }
     return text;
   }
 
@@ -59,7 +59,7 @@ class CalcTest : public ::testing::Test {
   /// The message of a calculation that cannot be read, with its place in front.
   std::string errorOf(std::string_view calculation) {
     const Result<Outcome> result = session.evaluate(calculation);
-    if (result) return "no error";
+    if (result) { return "no error"; }
     const std::string described = describe(calculation, result.error());
     return described.substr(0, described.find('\n'));
   }

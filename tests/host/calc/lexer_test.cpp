@@ -15,7 +15,7 @@ std::vector<TokenKind> kinds(std::string_view source) {
     ADD_FAILURE() << tokens.error().message;
     return result;
   }
-  for (const Token& token : *tokens) result.push_back(token.kind);
+  for (const Token& token : *tokens) { result.push_back(token.kind); }
   result.pop_back();
   return result;
 }

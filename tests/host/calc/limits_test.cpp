@@ -73,7 +73,7 @@ class LongCalculationTest : public CalcTest {
 
   static std::string repeated(std::string_view text, std::size_t count = kCount) {
     std::string result;
-    for (std::size_t i = 0; i < count; ++i) result += text;
+    for (std::size_t i = 0; i < count; ++i) { result += text; }
     return result;
   }
 };
@@ -82,7 +82,7 @@ TEST_F(LongCalculationTest, JoinsAChainOfTexts) { EXPECT_EQ(eval("Length ( " + r
 
 TEST_F(LongCalculationTest, FindsEachOfManyNames) {
   std::string bindings = "a0 = 1";
-  for (int i = 1; i < 60'000; ++i) bindings += "; a" + std::to_string(i) + " = a" + std::to_string(i - 1) + " + 1";
+  for (int i = 1; i < 60'000; ++i) { bindings += "; a" + std::to_string(i) + " = a" + std::to_string(i - 1) + " + 1"; }
   EXPECT_EQ(eval("Let ( [ " + bindings + " ] ; a59999 & \"/\" & a0 )"), "60000/1");
 }
 

@@ -88,7 +88,7 @@ TEST_F(ParserTest, PointsAtWhatIsWrong) {
       {"Left ( \"a\" 1 )", "1:12: ; or ) is expected here, not 1"},
       {"1 +\n  \"abc", "2:3: this text has no end; close it with \""},
   };
-  for (const Fault& fault : kFaults) EXPECT_EQ(errorOf(fault.calculation), fault.error) << fault.calculation;
+  for (const Fault& fault : kFaults) { EXPECT_EQ(errorOf(fault.calculation), fault.error) << fault.calculation; }
 }
 
 TEST_F(ParserTest, ForgetsVariablesOfLetAfterItsEnd) {
@@ -97,14 +97,14 @@ TEST_F(ParserTest, ForgetsVariablesOfLetAfterItsEnd) {
 
 TEST_F(ParserTest, TakesLongChainsOfOperators) {
   std::string calculation = "0";
-  for (int i = 0; i < 20'000; ++i) calculation += " + 1";
+  for (int i = 0; i < 20'000; ++i) { calculation += " + 1"; }
   EXPECT_EQ(eval(calculation), "20000");
 }
 
 TEST_F(ParserTest, RefusesNestingWithoutEnd) {
   for (const char* level : {"(", "-", "Left(", "Let(a=", "If(1;"}) {
     std::string calculation;
-    for (int i = 0; i < 100'000; ++i) calculation += level;
+    for (int i = 0; i < 100'000; ++i) { calculation += level; }
     // An instrumented build has the larger frames, and meets the end of its stack first.
     EXPECT_THAT(errorOf(calculation),
                 AnyOf(HasSubstr("nested more than 500 levels"), HasSubstr("nested too deeply for the stack")))

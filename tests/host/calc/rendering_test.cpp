@@ -22,7 +22,9 @@ TEST(RenderingTest, NamesTypes) {
   const DateTime moment = *DateTime::fromDate(2026, 11, 2);
   EXPECT_EQ(typeName(Value::ofUtf8("a")), "text");
   EXPECT_EQ(typeName(Value::ofNumber(1)), "number");
-  EXPECT_EQ(typeName(Value::ofBoolean(true)), "number");
+  Value truth;
+  truth.setBoolean(true);
+  EXPECT_EQ(typeName(truth), "number");
   EXPECT_EQ(typeName(Value::ofDate(moment)), "date");
   EXPECT_EQ(typeName(Value::ofTime(DateTime::fromTime(9, 0, 0))), "time");
   EXPECT_EQ(typeName(Value::ofTimestamp(moment)), "timestamp");

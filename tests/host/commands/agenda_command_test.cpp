@@ -75,7 +75,9 @@ TEST_F(AgendaCommand, ShowsEachOccurrenceOfASeriesOnItsDay) {
   given(event("1", "Stand-up", "DTSTART;TZID=Europe/Berlin:20261019T090000\r\nDURATION:PT15M\r\nRRULE:FREQ=DAILY\r\n"));
   run({"agenda", "--from", "2026-10-24", "--to", "2026-10-26"});
   std::size_t found = 0;
-  for (std::size_t at = out.find("09:00–09:15"); at != std::string::npos; at = out.find("09:00–09:15", at + 1)) ++found;
+  for (std::size_t at = out.find("09:00–09:15"); at != std::string::npos; at = out.find("09:00–09:15", at + 1)) {
+    ++found;
+  }
   EXPECT_EQ(found, 3U) << out;
 }
 

@@ -77,7 +77,7 @@ class SalvagingExport : public StoreCommand {
   }
   static std::size_t count(const std::string& text, const std::string& what) {
     std::size_t found = 0;
-    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++found;
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) { ++found; }
     return found;
   }
 };

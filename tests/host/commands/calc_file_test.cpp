@@ -11,7 +11,9 @@ using ::testing::IsEmpty;
 
 std::vector<std::pair<std::size_t, std::string>> calculationsIn(std::string_view text) {
   std::vector<std::pair<std::size_t, std::string>> result;
-  for (const Calculation& calculation : readCalculations(text)) result.emplace_back(calculation.line, calculation.text);
+  for (const Calculation& calculation : readCalculations(text)) {
+    result.emplace_back(calculation.line, calculation.text);
+  }
   return result;
 }
 
@@ -29,7 +31,7 @@ TEST(CalcFileTest, GoesOnWhileABracketOrATextIsOpen) {
 
 TEST(CalcFileTest, ReadsACalculationOfManyLinesOnce) {
   std::string text = "Sum (\n1";
-  for (int i = 0; i < 200'000; ++i) text += ";\n1";
+  for (int i = 0; i < 200'000; ++i) { text += ";\n1"; }
   text += ")\n2\n";
   const auto lines = calculationsIn(text);
   ASSERT_EQ(lines.size(), 2U);

@@ -25,8 +25,8 @@ class CommandLineTest : public ::testing::Test {
     CLI::App& show = line.add("show", "Shows a thing.", [this](CommandContext& context) -> Result<ExitStatus> {
       ++runs;
       seen = context.options;
-      if (fault) throw std::runtime_error(*fault);
-      if (refusal) return failure(*refusal);
+      if (fault) { throw std::runtime_error(*fault); }
+      if (refusal) { return failure(*refusal); }
       return status;
     });
     show.add_option("name", name);

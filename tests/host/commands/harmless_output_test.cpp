@@ -16,7 +16,7 @@ const std::string kEvil = "\x1b[2J\x1b]0;x\x07\u202eliam\u2069\u009b5m\x7f";
 std::vector<std::string> misleadingIn(const std::string& text) {
   std::vector<std::string> found;
   for (const std::string bad : {"\x1b", "\x07", "\x7f", "\u202e", "\u2069", "\u009b"}) {
-    if (text.find(bad) != std::string::npos) found.push_back(bad);
+    if (text.find(bad) != std::string::npos) { found.push_back(bad); }
   }
   return found;
 }

@@ -22,7 +22,7 @@ class ImportCommand : public StoreCommand {
   /// What `calendars --json` says of the one with this title; null when there is none.
   nlohmann::json calendarTitled(const std::string& title) {
     for (const auto& each : calendars()) {
-      if (each["title"] == title) return each;
+      if (each["title"] == title) { return each; }
     }
     return nullptr;
   }

@@ -17,7 +17,7 @@ class RunningImport {
  public:
   explicit RunningImport(const std::string& calendarTitle) {
     int ends[2];
-    if (::pipe(ends) != 0) throw std::runtime_error("pipe");
+    if (::pipe(ends) != 0) { throw std::runtime_error("pipe"); }
     m_process = ::fork();
     if (m_process == 0) {
       ::dup2(ends[0], STDIN_FILENO);
@@ -33,7 +33,7 @@ class RunningImport {
   void write(const std::string& text) {
     for (std::size_t done = 0; done < text.size();) {
       const auto count = ::write(m_input, text.data() + done, text.size() - done);
-      if (count <= 0) throw std::runtime_error("write");
+      if (count <= 0) { throw std::runtime_error("write"); }
       done += static_cast<std::size_t>(count);
     }
   }
@@ -42,7 +42,7 @@ class RunningImport {
   bool awaitsInterruption() const {
     std::ifstream status("/proc/" + std::to_string(m_process) + "/status");
     for (std::string line; std::getline(status, line);) {
-      if (line.rfind("SigCgt:", 0) == 0) return (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1)) & 1U;
+      if (line.rfind("SigCgt:", 0) == 0) { return (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1)) & 1U; }
     }
     return false;
   }

@@ -69,7 +69,7 @@ class OutputFileTest : public ProgramTest {
   static Status written(const fs::path& path, const std::string& text) {
     auto file = OutputFile::open(path);
     if (!file) { return failure(file.error()); }
-    if (auto status = (*file)->write(text); !status) return status;
+    if (auto status = (*file)->write(text); !status) { return status; }
     return (*file)->finish();
   }
   static mode_t modeOf(const fs::path& path) {
@@ -106,7 +106,7 @@ TEST_F(OutputFileTest, KeepsTheModeOfTheFileItReplaces) {
 }
 
 TEST_F(OutputFileTest, KeepsTheOwnerOfTheFileItReplaces) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only the system's administrator can give files away";
+  if (::geteuid() != 0) { GTEST_SKIP() << "only the system's administrator can give files away"; }
   const auto path = write("old", "old");
   ASSERT_EQ(::chown(path.c_str(), 1, 2), 0);
   EXPECT_TRUE(written(path, "new"));
@@ -228,7 +228,7 @@ TEST_F(OutputFileTest, KeepsTheAccessListOfAFile) {
   std::string list(reinterpret_cast<const char*>(&kVersion), sizeof kVersion);
   list.append(reinterpret_cast<const char*>(kEntries), sizeof kEntries);
   constexpr const char* kName = "system.posix_acl_access";
-  if (::setxattr(path.c_str(), kName, list.data(), list.size(), 0) != 0) GTEST_SKIP() << "no access lists here";
+  if (::setxattr(path.c_str(), kName, list.data(), list.size(), 0) != 0) { GTEST_SKIP() << "no access lists here"; }
   EXPECT_TRUE(written(path, "new"));
   EXPECT_EQ(textOf(path), "new");
   EXPECT_EQ(::getxattr(path.c_str(), kName, nullptr, 0), static_cast<ssize_t>(list.size()));

@@ -20,9 +20,11 @@ class RunningProgram {
   explicit RunningProgram(std::vector<std::string> words) {
     std::array<int, 2> out{};
     std::array<int, 2> err{};
-    if (::pipe2(out.data(), O_CLOEXEC) != 0 || ::pipe2(err.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    if (::pipe2(out.data(), O_CLOEXEC) != 0 || ::pipe2(err.data(), O_CLOEXEC) != 0) {
+      throw std::runtime_error("no pipe");
+    }
     std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
+    for (std::string& word : words) { arguments.push_back(word.data()); }
     arguments.push_back(nullptr);
     m_child = ::fork();
     if (m_child == 0) {
@@ -72,11 +74,11 @@ class RunningProgram {
         return line;
       }
       pollfd ready{.fd = descriptor, .events = POLLIN, .revents = 0};
-      if (std::chrono::steady_clock::now() > deadline || ::poll(&ready, 1, 1000) < 0) return {};
-      if (ready.revents == 0) continue;
+      if (std::chrono::steady_clock::now() > deadline || ::poll(&ready, 1, 1000) < 0) { return {}; }
+      if (ready.revents == 0) { continue; }
       std::array<char, 4096> block{};
       const ssize_t count = ::read(descriptor, block.data(), block.size());
-      if (count <= 0) return {};
+      if (count <= 0) { return {}; }
       text.append(block.data(), static_cast<std::size_t>(count));
     }
   }

@@ -20,7 +20,7 @@ class SmallStack : public ProgramTest {
 
   static std::string repeated(std::string_view text, int count) {
     std::string result;
-    for (int i = 0; i < count; ++i) result += text;
+    for (int i = 0; i < count; ++i) { result += text; }
     return result;
   }
 };

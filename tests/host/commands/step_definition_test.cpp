@@ -51,8 +51,8 @@ TEST(StepDefinitionTest, SaysWhatIsNoXml) {
 TEST(StepDefinitionTest, ReadsWhatIsNestedVeryDeeply) {
   std::string xml = "<pluginstep><parameter type=\"calc\" id=\"1\"/>";
   constexpr int kLevels = 500'000;
-  for (int i = 0; i < kLevels; ++i) xml += "<a>";
-  for (int i = 0; i < kLevels; ++i) xml += "</a>";
+  for (int i = 0; i < kLevels; ++i) { xml += "<a>"; }
+  for (int i = 0; i < kLevels; ++i) { xml += "</a>"; }
   const auto parameters = readStepDefinition(xml + "</pluginstep>");
   ASSERT_TRUE(parameters);
   EXPECT_EQ(parameters->size(), 1U);

@@ -30,6 +30,7 @@ TEST(Printable, LetsNoControlCharacterHideBehindAStrayByte) {
   EXPECT_EQ(printable("\xE0\x1b[2J"), "\uFFFD [2J");
   EXPECT_EQ(printable("\xF8\x1b"), "\uFFFD ");
   EXPECT_EQ(printable("\xC3"), "\uFFFD");
+  EXPECT_EQ(printable("\xC0\x9B"), "\uFFFD\uFFFD");
 }
 
 TEST(Printable, KeepsJoinersAndVariationSelectors) {

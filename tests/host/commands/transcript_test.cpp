@@ -12,7 +12,7 @@ using ::testing::IsEmpty;
 
 Transcript transcriptOf(std::string_view text, bool markdown = false) {
   auto transcript = parseTranscript(text, markdown);
-  if (transcript) return std::move(*transcript);
+  if (transcript) { return std::move(*transcript); }
   ADD_FAILURE() << transcript.error().place.value_or(0) << ": " << transcript.error().message;
   return {};
 }

@@ -184,7 +184,7 @@ TEST_F(WatchTest, TakesOneFileNoticeOfTheSystemHoweverItWatches) {
     int notices = 0;
     for (const auto& open : std::filesystem::directory_iterator("/proc/" + std::to_string(watch->process()) + "/fd")) {
       std::error_code closed;
-      if (std::filesystem::read_symlink(open, closed).string().find("inotify") != std::string::npos) ++notices;
+      if (std::filesystem::read_symlink(open, closed).string().find("inotify") != std::string::npos) { ++notices; }
     }
     EXPECT_EQ(notices, 1);
   }
@@ -237,7 +237,7 @@ TEST_F(WatchTest, GivesACommandNothingToRead) {
 TEST_F(WatchTest, RunsTheCommandsOfManyChangesOneAfterTheOther) {
   const auto watch = watchingForAScript({"--", "sh", "-c", "echo begin $1; echo end $1", "sh", "{}"});
   std::vector<std::string> identifiers;
-  for (int i = 0; i < 8; ++i) identifiers.push_back(saved(review()).identifier);
+  for (int i = 0; i < 8; ++i) { identifiers.push_back(saved(review()).identifier); }
   for (const auto& identifier : identifiers) {
     EXPECT_EQ(watch->line(), "begin New " + identifier);
     EXPECT_EQ(watch->line(), "end New " + identifier);

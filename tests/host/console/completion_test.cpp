@@ -26,7 +26,7 @@ class CompletionTest : public ::testing::Test {
 
   std::vector<std::string> shownAt(std::string_view beforeCursor) {
     std::vector<std::string> shown;
-    for (const Candidate& candidate : at(beforeCursor).matching) shown.push_back(candidate.prototype);
+    for (const Candidate& candidate : at(beforeCursor).matching) { shown.push_back(candidate.prototype); }
     return shown;
   }
 

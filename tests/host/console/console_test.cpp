@@ -31,10 +31,10 @@ class TypedLines : public LineSource {
  public:
   Line read(const std::string& prompt) override {
     prompts.push_back(prompt);
-    if (typed.empty()) return {};
+    if (typed.empty()) { return {}; }
     std::string line = typed.front();
     typed.pop_front();
-    if (line == "^C") return {Outcome::kCancelled, {}};
+    if (line == "^C") { return {Outcome::kCancelled, {}}; }
     return {Outcome::kLine, line};
   }
   void remember(const std::string& entry) override { remembered.push_back(entry); }

@@ -38,7 +38,7 @@ class EditedLinesTest : public ::testing::Test {
   void sitDown() {
     m_child = ::forkpty(&m_terminal, nullptr, nullptr, nullptr);
     ASSERT_GE(m_child, 0);
-    if (m_child == 0) answerLines();
+    if (m_child == 0) { answerLines(); }
     // Only once the prompt is there are keys the editor's: before, Ctrl-C would be a signal.
     waitFor("> ");
   }
@@ -53,10 +53,10 @@ class EditedLinesTest : public ::testing::Test {
     while (m_unread.find(text) == std::string::npos) {
       std::array<char, 4096> block{};
       pollfd ready{m_terminal, POLLIN, 0};
-      if (std::chrono::steady_clock::now() > deadline) break;
-      if (::poll(&ready, 1, 1000) <= 0) continue;
+      if (std::chrono::steady_clock::now() > deadline) { break; }
+      if (::poll(&ready, 1, 1000) <= 0) { continue; }
       const ssize_t count = ::read(m_terminal, block.data(), block.size());
-      if (count <= 0) break;
+      if (count <= 0) { break; }
       m_unread.append(block.data(), static_cast<std::size_t>(count));
     }
     const std::size_t found = m_unread.find(text);
@@ -70,7 +70,7 @@ class EditedLinesTest : public ::testing::Test {
   }
 
   void hangUp() {
-    if (m_child <= 0) return;
+    if (m_child <= 0) { return; }
     ::close(m_terminal);
     ::waitpid(m_child, nullptr, 0);
     m_child = 0;
@@ -83,15 +83,15 @@ class EditedLinesTest : public ::testing::Test {
     {
       const auto opened = EditedLines::open(history(), [](std::string_view before) {
         Completion completion;
-        if (before == "ti") completion = {"tle", {{"title", "title ( text )", false}}};
+        if (before == "ti") { completion = {"tle", {{"title", "title ( text )", false}}}; }
         return completion;
       });
       EditedLines& lines = **opened;
       for (;;) {
         const LineSource::Line line = lines.read("> ");
-        if (line.outcome == LineSource::Outcome::kEnd) break;
+        if (line.outcome == LineSource::Outcome::kEnd) { break; }
         const bool whole = line.outcome == LineSource::Outcome::kLine;
-        if (whole) lines.remember(line.text);
+        if (whole) { lines.remember(line.text); }
         std::printf("<%s>\n", whole ? line.text.c_str() : "cancelled");
         std::fflush(stdout);
       }

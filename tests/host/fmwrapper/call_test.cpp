@@ -14,10 +14,10 @@ namespace {
 /// Answers with the number of its arguments, or fails in the way that its ID names.
 fmx::ErrorCode sample(std::int16_t id, const fmx::ExprEnv* environment, const fmx::DataVect* arguments,
                       fmx::Data* result) {
-  if (id == 2) return 17;
-  if (id == 3) throw std::runtime_error("the calendar is away");
-  if (id == 4) throw 4;
-  if (id == 5) return 0;
+  if (id == 2) { return 17; }
+  if (id == 3) { throw std::runtime_error("the calendar is away"); }
+  if (id == 4) { throw 4; }
+  if (id == 5) { return 0; }
   fmx::Exception x;
   fmx::FixPt* number = fmx::FM_FixPt_Constructor1(0, 16, &x);
   const auto count = id == 6 ? fmx::FM_ExprEnv_FileID(environment, &x) : fmx::FM_DataVect_Size(arguments, &x);
@@ -84,12 +84,6 @@ TEST(CallFunction, ReportsAnExceptionOfAnyKind) {
 
 TEST(CallFunction, PassesTheEnvironment) {
   EXPECT_EQ(callFunction(registered(6, 0, 0), {}, {.sessionId = 1, .fileId = 23})->utf8(), "23");
-}
-
-TEST(CallStep, RunsAStepWithoutCountingItsParameters) {
-  const RegisteredStep step{
-      .key = {1, 1}, .name = u"Test Step", .definition = {}, .description = {}, .flags = 0, .function = sample};
-  EXPECT_EQ(callStep(step, values(7))->utf8(), "7");
 }
 
 }  // namespace

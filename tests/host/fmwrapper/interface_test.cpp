@@ -17,7 +17,7 @@ std::set<std::string> declaredFunctions() {
   std::set<std::string> names;
   for (std::size_t at = source.find("FM_"); at != std::string::npos; at = source.find("FM_", at + 1)) {
     const std::size_t end = source.find('(', at);
-    if (end == std::string::npos) break;
+    if (end == std::string::npos) { break; }
     names.insert(source.substr(at, end - at));
   }
   return names;
@@ -28,7 +28,7 @@ TEST(HostInterface, DeclaresEveryFunctionOnce) { EXPECT_EQ(declaredFunctions().s
 TEST(HostInterface, OffersEveryFunctionThatItDeclares) {
   // The library is in the process because the host's side of it is used.
   orlocal::host::Registry::instance();
-  for (const std::string& name : declaredFunctions()) EXPECT_NE(dlsym(RTLD_DEFAULT, name.c_str()), nullptr) << name;
+  for (const std::string& name : declaredFunctions()) { EXPECT_NE(dlsym(RTLD_DEFAULT, name.c_str()), nullptr) << name; }
 }
 
 TEST(HostInterface, IsFoundUnderTheNameThatPluginsAskFor) {

@@ -13,8 +13,8 @@ fmx::ErrorCode doLess(std::int16_t, const fmx::ExprEnv*, const fmx::DataVect*, f
 class RegistryTest : public ::testing::Test {
  protected:
   void TearDown() override {
-    for (const auto& function : registry.functions()) registry.unregisterFunction(function->key);
-    for (const auto& step : registry.steps()) registry.unregisterStep(step->key);
+    for (const auto& function : registry.functions()) { registry.unregisterFunction(function->key); }
+    for (const auto& step : registry.steps()) { registry.unregisterStep(step->key); }
     registry.setEvaluator(nullptr);
     registry.setScriptHook(nullptr);
     registry.takeScriptStarts();

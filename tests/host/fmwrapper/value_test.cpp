@@ -34,8 +34,11 @@ TEST(Value, IsEmptyWithAnEmptyText) {
 
 TEST(Value, WritesEveryTypeAsText) {
   EXPECT_EQ(Value::ofNumber(Number::parse(u".5")).utf8(), ".5");
-  EXPECT_EQ(Value::ofBoolean(true).utf8(), "1");
-  EXPECT_EQ(Value::ofBoolean(false).utf8(), "0");
+  Value truth;
+  truth.setBoolean(true);
+  EXPECT_EQ(truth.utf8(), "1");
+  truth.setBoolean(false);
+  EXPECT_EQ(truth.utf8(), "0");
   EXPECT_EQ(Value::ofDate(stamp(u"11/2/2026 9:00")).utf8(), "2026-11-02");
   EXPECT_EQ(Value::ofTime(stamp(u"11/2/2026 9:00")).utf8(), "09:00:00");
   EXPECT_EQ(Value::ofTimestamp(stamp(u"11/2/2026")).utf8(), "2026-11-02 00:00:00");

@@ -45,7 +45,7 @@ ErrorCode describe(std::int16_t, const ExprEnv*, const DataVect*, Data* result) 
   const auto* version = reinterpret_cast<const char16_t*>(g_last.parm2);
   std::string text = "version " + std::to_string(g_last.extnVersion) + " unused " + std::to_string(g_last.unusedID);
   text += " kind " + std::to_string(g_last.parm1) + " host ";
-  for (; version != nullptr && *version != 0; ++version) text.push_back(static_cast<char>(*version));
+  for (; version != nullptr && *version != 0; ++version) { text.push_back(static_cast<char>(*version)); }
   text += " starts " + std::to_string(g_startUps) + " shutdowns " + std::to_string(g_shutdowns);
   answer(result, text);
   return 0;
@@ -100,9 +100,9 @@ void shutDown() {
 
 void getString(const ExternCall* call) {
   std::u16string_view text;
-  if (call->parm1 == 128) text = u"Sample";
-  if (call->parm1 == 131) text = u"Test1nnYYnn";
-  if (text.empty() || text.size() + 1 > call->parm3) return;
+  if (call->parm1 == 128) { text = u"Sample"; }
+  if (call->parm1 == 131) { text = u"Test1nnYYnn"; }
+  if (text.empty() || text.size() + 1 > call->parm3) { return; }
   auto* buffer = reinterpret_cast<char16_t*>(call->result);
   std::memcpy(buffer, text.data(), text.size() * sizeof(char16_t));
   buffer[text.size()] = 0;
@@ -111,8 +111,8 @@ void getString(const ExternCall* call) {
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) void FMExternCallProc(fmx::ExternCall* call) {
-  if (call->whichCall == kCallGetString) return getString(call);
+  if (call->whichCall == kCallGetString) { return getString(call); }
   g_last = *call;
-  if (call->whichCall == kCallStartUp) startUp(call);
-  if (call->whichCall == kCallShutdown) shutDown();
+  if (call->whichCall == kCallStartUp) { startUp(call); }
+  if (call->whichCall == kCallShutdown) { shutDown(); }
 }

@@ -172,7 +172,7 @@ class Caller {
 
   std::string call(const char* name, const std::vector<const char*>& words) {
     const auto function = Registry::instance().function(toUtf16(name));
-    if (!function) return "there is no such function";
+    if (!function) { return "there is no such function"; }
     std::vector<Value> arguments;
     for (const char* word : words) { arguments.push_back(Value::ofUtf8(word)); }
     const Result<Value> result = callFunction(*function, arguments);
@@ -182,7 +182,7 @@ class Caller {
  private:
   void note(const Step& step, const std::string& result, const std::string& code) {
     m_out << step.function << " (";
-    for (const char* argument : step.arguments) m_out << ' ' << '"' << argument << '"';
+    for (const char* argument : step.arguments) { m_out << ' ' << '"' << argument << '"'; }
     m_out << " ): " << result << " and " << code << ", not " << step.result << " and " << step.code << '\n';
   }
 
@@ -211,7 +211,7 @@ const std::vector<Situation>& situations() {
   static const std::vector<Situation> all = {
       {"NoHomeAndNoSetting", false,
        [](const auto&) {
-         for (const char* setting : {"ORLOCAL_STORE", "XDG_DATA_HOME", "HOME"}) ::unsetenv(setting);
+         for (const char* setting : {"ORLOCAL_STORE", "XDG_DATA_HOME", "HOME"}) { ::unsetenv(setting); }
        },
        "nothing says where the calendar store is"},
       {"FolderThatCannotBeMade", false,
@@ -316,7 +316,7 @@ class UnusableStore : public testing::TestWithParam<std::tuple<std::size_t, Back
 };
 
 TEST_P(UnusableStore, IsAnsweredWithTheCodesOfAPlatformThatHasNothing) {
-  if (situation().asAnotherUser && ::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  if (situation().asAnotherUser && ::geteuid() != 0) { GTEST_SKIP() << "only root can become another user"; }
   const Outcome outcome = inAProcess([this](std::ostream& notes) {
     const bool current = backEnd() == BackEnd::kCurrent;
     ::setenv("ORLOCAL_SYSTEM_MINOR", current ? "15" : "7", 1);
@@ -327,7 +327,7 @@ TEST_P(UnusableStore, IsAnsweredWithTheCodesOfAPlatformThatHasNothing) {
       return;
     }
     constexpr uid_t kNobody = 65534;
-    if (situation().asAnotherUser && ::setuid(kNobody) != 0) notes << "cannot become another user\n";
+    if (situation().asAnotherUser && ::setuid(kNobody) != 0) { notes << "cannot become another user\n"; }
     Caller caller(**plugin, notes);
     caller.perform(current ? stepsOfTheCurrentBackEnd() : stepsOfTheOlderBackEnd());
     if (!current) {
@@ -335,7 +335,7 @@ TEST_P(UnusableStore, IsAnsweredWithTheCodesOfAPlatformThatHasNothing) {
       caller.call("Orlo_SetProperty", {"calendar", "title", "Work"});
       caller.call("Orlo_SaveItem", {"calendar"});
       const std::string words = caller.call("Orlo_GetLastError", {});
-      if (words.find(situation().reason) == std::string::npos) notes << "the last error is: " << words << '\n';
+      if (words.find(situation().reason) == std::string::npos) { notes << "the last error is: " << words << '\n'; }
     }
     const auto registered = registerUpdateScript(**plugin, "Solution", "Calendar changed");
     if (registered) { notes << "there is nothing to follow, and nobody says so\n"; }
@@ -362,7 +362,7 @@ INSTANTIATE_TEST_SUITE_P(Situations, UnusableStore,
 class NoDescriptor : public UnusableStore {};
 
 TEST_P(NoDescriptor, LeavesNoExceptionAndNoScript) {
-  if (fakes::kSanitizersNeedDescriptors) GTEST_SKIP() << "the sanitizers need descriptors of their own";
+  if (fakes::kSanitizersNeedDescriptors) { GTEST_SKIP() << "the sanitizers need descriptors of their own"; }
   const Outcome outcome = inAProcess([this](std::ostream& notes) {
     name(folder / "calendar.db");
     auto plugin = Plugin::load(ORLOCAL_PLUGIN);

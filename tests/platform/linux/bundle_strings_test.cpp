@@ -114,7 +114,7 @@ class Languages : public testing::Test {
       }
     }
     std::string text;
-    for (const auto& language : preferredLanguages()) text += (text.empty() ? "" : " ") + language;
+    for (const auto& language : preferredLanguages()) { text += (text.empty() ? "" : " ") + language; }
     return text;
   }
 };

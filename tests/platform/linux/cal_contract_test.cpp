@@ -50,7 +50,7 @@ class LinuxSubject : public CalSubject {
  private:
   std::shared_ptr<CalCalendar> calendarTitled(std::string_view title) {
     for (const auto& calendar : framework().defaultCalendarStore()->calendars()) {
-      if (calendar->title() == OptionalText(title)) return calendar;
+      if (calendar->title() == OptionalText(title)) { return calendar; }
     }
     return nullptr;
   }

@@ -33,7 +33,7 @@ using testing::ElementsAre;
 
 TEST_F(CalDetails, ListsEventCalendarsBeforeReminderLists) {
   std::vector<std::string> titles;
-  for (const auto& calendar : cal()->calendars()) titles.push_back(*calendar->title());
+  for (const auto& calendar : cal()->calendars()) { titles.push_back(*calendar->title()); }
   EXPECT_THAT(titles, ElementsAre("Calendar", "Reminders"));
 }
 
@@ -43,7 +43,7 @@ TEST_F(CalDetails, ANewCalendarHoldsEvents) {
   ASSERT_TRUE(cal()->saveCalendar(calendar, error)) << error->localizedDescription;
   EXPECT_EQ(calendar->type(), "Local");
   std::vector<std::string> titles;
-  for (const auto& each : eventCalendars()) titles.push_back(*each->title());
+  for (const auto& each : eventCalendars()) { titles.push_back(*each->title()); }
   EXPECT_THAT(titles, ElementsAre("Calendar", "Club"));
 }
 

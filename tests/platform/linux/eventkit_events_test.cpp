@@ -126,7 +126,7 @@ TEST_F(EventKitEvents, HaveTheZoneThatTheyAreStoredIn) {
 
 TEST_F(EventKitEvents, HaveNoZoneWhenTheirTimesFloat) {
   store::Item item = eventAt("Lunch", 2026, 11, 3, 12);
-  for (auto* time : {&*item.start, &*item.end}) *time = {store::CalendarTime::Kind::kFloating, time->local, {}};
+  for (auto* time : {&*item.start, &*item.end}) { *time = {store::CalendarTime::Kind::kFloating, time->local, {}}; }
   const auto event = opened(std::move(item));
   EXPECT_EQ(event->timeZone(), nullptr);
   EXPECT_EQ(event->startDate(), moment("2026-11-03 12:00:00 +0100"));

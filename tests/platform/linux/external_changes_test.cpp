@@ -33,7 +33,7 @@ class ExternalChangesOfAStore : public StoreFixture {
   ExternalChangesOfAStore() {
     center.addObserver(kCalEventsChangedExternallyNotification, [this](const auto& notification) {
       posted.push_back(notification);
-      if (onPost) onPost();
+      if (onPost) { onPost(); }
     });
   }
 
@@ -42,7 +42,7 @@ class ExternalChangesOfAStore : public StoreFixture {
   /// Until so many were posted; not for ever.
   void waitFor(std::size_t count) {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    while (posted.size() < count && std::chrono::steady_clock::now() < deadline) loop().runFor(10ms);
+    while (posted.size() < count && std::chrono::steady_clock::now() < deadline) { loop().runFor(10ms); }
   }
 
   /// "New" and the like with the first identifier, of each notification.
@@ -52,7 +52,7 @@ class ExternalChangesOfAStore : public StoreFixture {
       std::string line;
       for (const auto key : {kCalInsertedRecordsKey, kCalUpdatedRecordsKey, kCalDeletedRecordsKey}) {
         if (const auto* records = notification->valueForKey(key)) {
-          for (const auto& record : *records) line += std::string(key.substr(3, 1)) + " " + record + ";";
+          for (const auto& record : *records) { line += std::string(key.substr(3, 1)) + " " + record + ";"; }
         }
       }
       lines.push_back(line);
@@ -134,7 +134,7 @@ TEST_F(ExternalChangesOfAStore, PostNothingForRemindersAndCalendars) {
 TEST_F(ExternalChangesOfAStore, PostInTheOrderOfCommitting) {
   changes.listen();
   std::vector<std::string> expected;
-  for (int i = 0; i < 20; ++i) expected.push_back(inserted());
+  for (int i = 0; i < 20; ++i) { expected.push_back(inserted()); }
   loop().turn();
   EXPECT_EQ(told(), expected);
 }
@@ -199,7 +199,7 @@ TEST_F(ExternalChangesOfAStore, LoseNothingWhenAnObserverThrows) {
   changes.listen();
   bool thrown = false;
   onPost = [&] {
-    if (!std::exchange(thrown, true)) throw std::runtime_error("an observer's");
+    if (!std::exchange(thrown, true)) { throw std::runtime_error("an observer's"); }
   };
   const std::string first = inserted();
   const std::string second = inserted();
@@ -214,7 +214,7 @@ TEST_F(ExternalChangesOfAStore, KeepTheOrderWhenAnObserverLetsTheLoopTurn) {
   std::vector<std::string> expected{inserted(), inserted()};
   bool nested = false;
   onPost = [&] {
-    if (std::exchange(nested, true)) return;
+    if (std::exchange(nested, true)) { return; }
     expected.push_back(inserted());
     loop().turn();
   };
@@ -226,7 +226,7 @@ TEST_F(ExternalChangesOfAStore, PostWhatIsCommittedWhileAnObserverIsAtWork) {
   changes.listen();
   std::vector<std::string> expected{inserted()};
   onPost = [&] {
-    if (expected.size() < 3) expected.push_back(inserted());
+    if (expected.size() < 3) { expected.push_back(inserted()); }
   };
   loop().turn();
   loop().turn();
@@ -257,7 +257,7 @@ TEST_F(ExternalChangesOfAStore, ComeAtTheNextTurnThoughNobodyRang) {
 }
 
 TEST_F(ExternalChangesOfAStore, AreFollowedWithoutADescriptorOfTheirOwn) {
-  if (fakes::kSanitizersNeedDescriptors) GTEST_SKIP() << "the sanitizers need descriptors of their own";
+  if (fakes::kSanitizersNeedDescriptors) { GTEST_SKIP() << "the sanitizers need descriptors of their own"; }
   access.store();
   {
     const fakes::NoDescriptorLeft none;
@@ -272,7 +272,7 @@ TEST_F(ExternalChangesOfAStore, AreFollowedWithoutADescriptorOfTheirOwn) {
 }
 
 TEST_F(ExternalChangesOfAStore, ArePostedToAProcessThatMayOnlyReadAFileThatNobodyHadOpen) {
-  if (::geteuid() != 0) GTEST_SKIP() << "another user can only be tried as root";
+  if (::geteuid() != 0) { GTEST_SKIP() << "another user can only be tried as root"; }
   inserted("Before");
   std::filesystem::permissions(folder, std::filesystem::perms(0755));
   std::filesystem::permissions(file, std::filesystem::perms(0644));
@@ -281,17 +281,17 @@ TEST_F(ExternalChangesOfAStore, ArePostedToAProcessThatMayOnlyReadAFileThatNobod
   ASSERT_EQ(::pipe(ready), 0);
   const pid_t child = ::fork();
   if (child == 0) {
-    if (::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(99);
+    if (::setgid(65534) != 0 || ::setuid(65534) != 0) { ::_exit(99); }
     try {
       changes.listen();
     } catch (const Exception&) { ::_exit(2); }
-    if (::write(ready[1], "x", 1) != 1) ::_exit(3);
+    if (::write(ready[1], "x", 1) != 1) { ::_exit(3); }
     waitFor(1);
     ::_exit(posted.size() == 1 ? 0 : 1);
   }
   ::close(ready[1]);
   char sign = 0;
-  if (::read(ready[0], &sign, 1) == 1) inserted("After");
+  if (::read(ready[0], &sign, 1) == 1) { inserted("After"); }
   ::close(ready[0]);
   int status = 0;
   ::waitpid(child, &status, 0);

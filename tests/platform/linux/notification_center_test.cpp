@@ -116,7 +116,7 @@ TEST_F(Centre, TakesObserversAndNotificationsFromManyThreads) {
       }
     });
   }
-  for (auto& thread : threads) thread.join();
+  for (auto& thread : threads) { thread.join(); }
   EXPECT_EQ(calls, kThreads * kEach);
 }
 

@@ -74,7 +74,7 @@ TEST_F(RunLoopWithoutDescriptors, TurnsAndRunsAsLongAsItHasNoPort) {
 }
 
 TEST_F(RunLoopWithoutDescriptors, RefusesAPortWithAPlatformException) {
-  if (fakes::kSanitizersNeedDescriptors) GTEST_SKIP() << "the sanitizers need descriptors of their own";
+  if (fakes::kSanitizersNeedDescriptors) { GTEST_SKIP() << "the sanitizers need descriptors of their own"; }
   for (const rlim_t left : {rlim_t{0}, rlim_t{1}}) {
     withNewLoop([left](RunLoop& loop) {
       const fakes::NoDescriptorLeft none(left);
@@ -115,7 +115,7 @@ TEST_F(LookedAt, IsLeftAloneOnceNobodyHoldsIt) {
 TEST_F(LookedAt, IsLookedAtAgainWhileTheLoopRuns) {
   const auto deadline = std::chrono::steady_clock::now() + 10s;
   const auto enough = lookAtEachTurn([this] {
-    if (looks > 2) throw std::runtime_error("enough");
+    if (looks > 2) { throw std::runtime_error("enough"); }
   });
   // Would run on with a single look for as long as it is told.
   EXPECT_THROW(loop.runFor(60s), std::runtime_error);
@@ -143,7 +143,7 @@ TEST_F(LookedAt, MayBeDroppedByItsOwnLook) {
 TEST_F(LookedAt, MayLetTheLoopTurn) {
   bool nested = false;
   const auto turning = lookAtEachTurn([&] {
-    if (!std::exchange(nested, true)) loop.turn();
+    if (!std::exchange(nested, true)) { loop.turn(); }
   });
   loop.turn();
   EXPECT_EQ(looks, 2);
@@ -152,7 +152,7 @@ TEST_F(LookedAt, MayLetTheLoopTurn) {
 TEST_F(LookedAt, MayThrow) {
   int failures = 0;
   const auto failing = lookAtEachTurn([&] {
-    if (++failures == 1) throw std::runtime_error("the look's");
+    if (++failures == 1) { throw std::runtime_error("the look's"); }
   });
   EXPECT_THROW(loop.turn(), std::runtime_error);
   loop.turn();

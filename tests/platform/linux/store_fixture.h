@@ -36,12 +36,12 @@ class StoreFixture : public testing::Test {
   }
 
   EventKit& kit() {
-    if (!system) system = makeSystemPlatform();
+    if (!system) { system = makeSystemPlatform(); }
     return system->eventKit();
   }
   EKEventStore& ek() { return *ekStore(); }
   const std::shared_ptr<EKEventStore>& ekStore() {
-    if (!events) events = kit().eventStoreWithAccessToEntityTypes(EventKit::kMaskEvent | EventKit::kMaskReminder);
+    if (!events) { events = kit().eventStoreWithAccessToEntityTypes(EventKit::kMaskEvent | EventKit::kMaskReminder); }
     return events;
   }
 
@@ -60,7 +60,7 @@ class StoreFixture : public testing::Test {
         item.kind == store::ItemKind::kEvent ? store::CalendarKind::kEvents : store::CalendarKind::kReminders;
     auto writer = std::move(store->startWriting()).value();
     const auto calendar = writer->defaultCalendar(kind).value().value().id;
-    if (item.uid.empty()) item.uid = "uid-" + std::to_string(++lastUid);
+    if (item.uid.empty()) { item.uid = "uid-" + std::to_string(++lastUid); }
     for (auto& occurrence : changed) {
       occurrence.kind = item.kind;
       occurrence.uid = item.uid;
@@ -80,13 +80,13 @@ class StoreFixture : public testing::Test {
   std::vector<std::string> titlesBetween(Date start, Date end) {
     std::vector<std::string> titles;
     const auto found = eventsBetween(start, end);
-    for (std::size_t i = 0; i < found->count(); ++i) titles.push_back(*found->objectAtIndex(i)->title());
+    for (std::size_t i = 0; i < found->count(); ++i) { titles.push_back(*found->objectAtIndex(i)->title()); }
     return titles;
   }
   std::vector<std::string> reminderTitles(const std::shared_ptr<const EKPredicate>& predicate) {
     std::vector<std::string> titles;
     ek().fetchRemindersMatchingPredicate(predicate, [&titles](const std::shared_ptr<const EKReminderArray>& found) {
-      for (std::size_t i = 0; i < found->count(); ++i) titles.push_back(*found->objectAtIndex(i)->title());
+      for (std::size_t i = 0; i < found->count(); ++i) { titles.push_back(*found->objectAtIndex(i)->title()); }
     });
     return titles;
   }

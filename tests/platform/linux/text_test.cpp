@@ -48,8 +48,9 @@ TEST(Utf16FromUtf8, ReplacesWhatIsMalformed) {
       {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond U+10FFFF
       {"\xFF", u"\uFFFD"},
   };
-  for (const Malformed& row : kTable)
+  for (const Malformed& row : kTable) {
     EXPECT_EQ(utf16FromUtf8(row.bytes), row.units) << testing::PrintToString(row.bytes);
+  }
 }
 
 TEST(Lowercase, LowersAsciiLetters) { EXPECT_EQ(lowercase("ReminderList [Z]"), "reminderlist [z]"); }

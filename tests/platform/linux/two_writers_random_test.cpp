@@ -80,7 +80,7 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
   }
   std::vector<std::string> expected() {
     std::vector<std::string> lines;
-    for (const Happening& each : model) lines.push_back(line(each.start, each.texts));
+    for (const Happening& each : model) { lines.push_back(line(each.start, each.texts)); }
     std::sort(lines.begin(), lines.end());
     return lines;
   }
@@ -90,7 +90,7 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
 
   void open(Program& program) {
     const auto found = all(program);
-    if (found->count() == 0) return;
+    if (found->count() == 0) { return; }
     const auto event = found->objectAtIndex(static_cast<std::size_t>(upTo(static_cast<int>(found->count()) - 1)));
     const auto happening = std::find_if(model.begin(), model.end(), [&](const Happening& each) {
       return each.original == *event->occurrenceDate() && each.start == *event->startDate() &&
@@ -100,7 +100,7 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
     EXPECT_EQ(event->isDetached(), happening->changed);
     program.opened.push_back(
         {event, happening->series, happening->original, happening->changed ? &*happening : nullptr, {}, std::nullopt});
-    if (program.opened.size() > 4) program.opened.pop_front();
+    if (program.opened.size() > 4) { program.opened.pop_front(); }
   }
 
   void set(Opened& opened) {
@@ -132,8 +132,9 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
   Happening* find(const Opened& opened) {
     for (Happening& each : model) {
       if (opened.row != nullptr ? &each == opened.row
-                                : each.series == opened.series && each.original == opened.original)
+                                : each.series == opened.series && each.original == opened.original) {
         return &each;
+      }
     }
     return nullptr;
   }
@@ -145,7 +146,7 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
 
   void applyTo(Happening& happening, const Opened& opened) {
     for (std::size_t i = 0; i < kTexts; ++i) {
-      if (opened.texts[i]) happening.texts[i] = *opened.texts[i];
+      if (opened.texts[i]) { happening.texts[i] = *opened.texts[i]; }
     }
   }
   void modelSave(Happening& at, const Opened& opened, bool later) {
@@ -159,7 +160,7 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
     const int from = at.series, to = isFirst(at) ? from : ++series;
     const Date original = at.original;
     for (Happening& each : model) {
-      if (each.series != from || each.original < original) continue;
+      if (each.series != from || each.original < original) { continue; }
       each.series = to;
       each.original += moved;
       if (!each.changed || &each == &at) {
@@ -192,7 +193,7 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
          << (opened.start ? " moved to " + formatDate(*opened.start, 3600) : "") << (at != nullptr ? "" : ": refused");
     story.push_back(told.str());
     EXPECT_EQ(done, at != nullptr) << error.value_or(Error{"no reason", {}}).localizedDescription;
-    if (!done || at == nullptr) return;
+    if (!done || at == nullptr) { return; }
     // What others have open of a changed occurrence that goes is gone, too.
     if (removes) {
       modelRemove(*at, later);
@@ -204,14 +205,14 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
   void step() {
     Program& program = programs[static_cast<std::size_t>(upTo(1))];
     const int dice = upTo(9);
-    if (dice < 4 || program.opened.empty()) return open(program);
+    if (dice < 4 || program.opened.empty()) { return open(program); }
     if (dice < 7) {
       auto chosen = program.opened.begin();
       std::advance(chosen, upTo(static_cast<int>(program.opened.size()) - 1));
       return set(*chosen);
     }
     finish(program, dice == 9 && upTo(1) == 0);
-    for (const Program& each : programs) EXPECT_EQ(seen(each), expected());
+    for (const Program& each : programs) { EXPECT_EQ(seen(each), expected()); }
   }
 
   const Date firstStart = moment("2026-11-03 09:00:00 +0100");
@@ -223,10 +224,10 @@ class TwoWritersAtRandom : public StoreFixture, public testing::WithParamInterfa
 };
 
 TEST_P(TwoWritersAtRandom, LeaveWhatTheModelExpects) {
-  for (int i = 0; i < 150 && !HasFailure(); ++i) step();
-  if (!HasFailure()) return;
+  for (int i = 0; i < 150 && !HasFailure(); ++i) { step(); }
+  if (!HasFailure()) { return; }
   std::string told;
-  for (const std::string& line : story) told += "\n  " + line;
+  for (const std::string& line : story) { told += "\n  " + line; }
   ADD_FAILURE() << "seed " << GetParam() << told;
 }
 

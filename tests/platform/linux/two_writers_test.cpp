@@ -51,7 +51,7 @@ std::shared_ptr<EKAlarm> alarmAt(const Program& program, double seconds) {
 
 std::string offsets(const EKCalendarItem& item) {
   std::string text;
-  for (const auto& alarm : item.alarms()) text += std::to_string(std::lround(alarm->relativeOffset())) + " ";
+  for (const auto& alarm : item.alarms()) { text += std::to_string(std::lround(alarm->relativeOffset())) + " "; }
   return text;
 }
 
@@ -79,7 +79,7 @@ const std::vector<EventField>& eventFields() {
        [](const EKEvent& event) { return std::to_string((*event.endDate() - *event.startDate()).count()); }},
       {"alarms",
        [](const Program& program, EKEvent& event, bool second) {
-         for (const auto& alarm : event.alarms()) event.removeAlarm(alarm);
+         for (const auto& alarm : event.alarms()) { event.removeAlarm(alarm); }
          event.addAlarm(alarmAt(program, second ? -600 : -300));
        },
        [](const EKEvent& event) { return offsets(event); }},
@@ -159,7 +159,7 @@ class TwoWritersOfEvents : public TwoWriters, public testing::WithParamInterface
     } else {
       weeklySeries();
     }
-    if (!shape.changed) return;
+    if (!shape.changed) { return; }
     const auto event = other.eventOn(shape.day);
     event->setUrl("x:changed");
     ASSERT_EQ(other.refusal(event, EKSpan::kThisEvent), "");
@@ -171,7 +171,7 @@ class TwoWritersOfEvents : public TwoWriters, public testing::WithParamInterface
 
 TEST_P(TwoWritersOfEvents, KeepTheFieldsThatBothSet) {
   for (const EventField& their : eventFields()) {
-    if (std::string_view(their.name) == field.name) continue;
+    if (std::string_view(their.name) == field.name) { continue; }
     SCOPED_TRACE(their.name);
     const auto opened = mine.eventOn(shape.day);
     const auto elsewhere = other.eventOn(shape.day);
@@ -419,7 +419,7 @@ class TwoWritersOfReminders : public TwoWriters {
     store::Item item = reminder("water the plants");
     item.due = zoned(store::LocalTime(2026, 11, 3, 9));
     item.notes = "notes";
-    if (repeats) item.recurrence.rules = {weekly()};
+    if (repeats) { item.recurrence.rules = {weekly()}; }
     identifier = put(std::move(item)).itemIdentifier;
     opened = read(mine);
     elsewhere = read(other);
@@ -458,7 +458,7 @@ TEST_F(TwoWritersOfReminders, KeepTheFieldsThatBothSet) {
   };
   for (std::size_t i = 0; i < fields.size(); ++i) {
     for (std::size_t j = 0; j < fields.size(); ++j) {
-      if (i == j) continue;
+      if (i == j) { continue; }
       SCOPED_TRACE(std::to_string(i) + " then " + std::to_string(j));
       open(false);
       fields[i].set(*elsewhere);

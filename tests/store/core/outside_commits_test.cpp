@@ -41,7 +41,7 @@ class OutsideCommits : public testing::Test {
     ChangeLog log(m_database, writer);
     auto transaction = Transaction::write(m_database).value();
     ASSERT_TRUE(log.startCommit());
-    for (const Row& row : rows) ASSERT_TRUE(log.record(row.operation, row.subject, 1, row.series, row.uuid));
+    for (const Row& row : rows) { ASSERT_TRUE(log.record(row.operation, row.subject, 1, row.series, row.uuid)); }
     ASSERT_TRUE(log.finishCommit());
     ASSERT_TRUE(transaction.commit());
   }
@@ -197,7 +197,7 @@ TEST_F(OutsideCommits, MoveThePositionOverOnesOwnToo) {
 }
 
 TEST_F(OutsideCommits, BeginAnewWhenTheFileWasPutBackFromACopy) {
-  for (int i = 0; i < 3; ++i) commit({{Operation::kInserted, made()}});
+  for (int i = 0; i < 3; ++i) { commit({{Operation::kInserted, made()}}); }
   heard();
   forgetTheLog();
   EXPECT_THAT(heard(), IsEmpty());

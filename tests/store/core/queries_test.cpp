@@ -295,8 +295,8 @@ TEST_F(RangeQuery, AgreesWithLookingAtEverything) {
     if (pick(0, 2) == 0 && length < 4'000'000) {
       RecurrenceRule repeated = rule(static_cast<Frequency>(pick(3, 6)));
       repeated.interval = pick(1, 3);
-      if (pick(0, 1) == 0) repeated.count = pick(1, 60);
-      if (pick(0, 3) == 0) repeated.byMonth = {pick(1, 12)};
+      if (pick(0, 1) == 0) { repeated.count = pick(1, 60); }
+      if (pick(0, 3) == 0) { repeated.byMonth = {pick(1, 12)}; }
       item.recurrence.rules = {repeated};
     }
     std::vector<Item> none;
@@ -333,7 +333,7 @@ class ReminderQueries : public StoreTest {
     ReminderQuery query{status, from, to, {defaultCalendar(CalendarKind::kReminders)}};
     std::vector<std::string> found;
     const auto ids = *store->reminders(query);
-    for (const ItemId id : ids) found.push_back(read(id).title.value_or("-"));
+    for (const ItemId id : ids) { found.push_back(read(id).title.value_or("-")); }
     return found;
   }
   void fill() {

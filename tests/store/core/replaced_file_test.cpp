@@ -29,7 +29,7 @@ class FileOfAStore : public StoreTest {
     StoreOptions options = this->options();
     options.file = copy;
     const auto opened = CalendarStore::open(options);
-    if (!opened) return {"(" + opened.error().message + ")"};
+    if (!opened) { return {"(" + opened.error().message + ")"}; }
     return titlesIn(**opened);
   }
   /// A store of its own with one event.
@@ -38,7 +38,7 @@ class FileOfAStore : public StoreTest {
     options.file = folder / ("other-" + title + ".db");
     const auto other = CalendarStore::open(options).value();
     Item item = plain(title);
-    for (int i = 0; i < saves; ++i) EXPECT_TRUE(saveEvent(*other, item, std::nullopt, Span::kThis));
+    for (int i = 0; i < saves; ++i) { EXPECT_TRUE(saveEvent(*other, item, std::nullopt, Span::kThis)); }
     return options.file;
   }
   static std::string integrityOf(const std::filesystem::path& path) {
@@ -49,7 +49,7 @@ class FileOfAStore : public StoreTest {
   static bool comesTrue(const std::function<bool()>& what) {
     const auto deadline = std::chrono::steady_clock::now() + 20s;
     while (!what()) {
-      if (std::chrono::steady_clock::now() > deadline) return false;
+      if (std::chrono::steady_clock::now() > deadline) { return false; }
       std::this_thread::sleep_for(1ms);
     }
     return true;
@@ -159,7 +159,7 @@ TEST_F(FileOfAStore, TakesTheNextSaveAtOnceWhenItTookThePlaceOfAnother) {
 }
 
 TEST_F(FileOfAStore, NeverMeetsTheLogOfTheOneBefore) {
-  for (int i = 0; i < 50; ++i) saved(plain("Before"));
+  for (int i = 0; i < 50; ++i) { saved(plain("Before")); }
   ASSERT_GT(std::filesystem::file_size(beside("-wal")), 0U);
   std::filesystem::rename(otherFile("After"), file);
   EXPECT_TRUE(comesTrue([&] { return titlesIn(*store) == std::vector<std::string>{"After"}; }));
@@ -258,7 +258,7 @@ class ReaderOfAStore : public FileOfAStore {
  protected:
   void SetUp() override {
     FileOfAStore::SetUp();
-    if (geteuid() != 0) GTEST_SKIP() << "another user can only be tried as root";
+    if (geteuid() != 0) { GTEST_SKIP() << "another user can only be tried as root"; }
     std::filesystem::permissions(folder, std::filesystem::perms(0755));
     std::filesystem::permissions(file, std::filesystem::perms(0644));
     // The bell is made for the same users as the file.
@@ -276,19 +276,19 @@ class ReaderOfAStore : public FileOfAStore {
     if (child == 0) {
       close(go[1]);
       close(done[0]);
-      if (setgid(65534) != 0 || setuid(65534) != 0) _exit(99);
+      if (setgid(65534) != 0 || setuid(65534) != 0) { _exit(99); }
       _exit(body([&] {
         char sign = 0;
-        if (write(done[1], "x", 1) != 1 || ::read(go[0], &sign, 1) != 1) _exit(98);
+        if (write(done[1], "x", 1) != 1 || ::read(go[0], &sign, 1) != 1) { _exit(98); }
       }));
     }
     close(go[0]);
     close(done[1]);
     for (const auto& step : meanwhile) {
       char sign = 0;
-      if (::read(done[0], &sign, 1) != 1) break;
+      if (::read(done[0], &sign, 1) != 1) { break; }
       step();
-      if (write(go[1], "x", 1) != 1) break;
+      if (write(go[1], "x", 1) != 1) { break; }
     }
     close(go[1]);
     close(done[0]);
@@ -309,14 +309,14 @@ TEST_F(ReaderOfAStore, SeesNewerContentOfAFileThatNobodyHadOpen) {
   asReader(
       [&](const auto& next) {
         const auto reader = CalendarStore::open(options());
-        if (!reader) return 1;
-        if (!sees(**reader, {"One"})) return 2;
+        if (!reader) { return 1; }
+        if (!sees(**reader, {"One"})) { return 2; }
         const auto generation = (*reader)->generation();
         next();
-        if (!comesTrue([&] { return (*reader)->generation() != generation; })) return 3;
-        if (!sees(**reader, {"One", "Two"})) return 4;
+        if (!comesTrue([&] { return (*reader)->generation() != generation; })) { return 3; }
+        if (!sees(**reader, {"One", "Two"})) { return 4; }
         next();
-        if (!sees(**reader, {"One", "Two", "Three"})) return 5;
+        if (!sees(**reader, {"One", "Two", "Three"})) { return 5; }
         next();
         return sees(**reader, {"One", "Two", "Three", "Four"}) ? 0 : 6;
       },
@@ -349,10 +349,10 @@ TEST_F(ReaderOfAStore, SeesWhatCameAndWasClosedAgainMeanwhile) {
   asReader(
       [&](const auto& next) {
         const auto reader = CalendarStore::open(options());
-        if (!reader) return 50;
+        if (!reader) { return 50; }
         std::vector<std::string> titles{"0"};
         for (int i = 1; i <= 8; ++i) {
-          if (!sees(**reader, titles)) return i;
+          if (!sees(**reader, titles)) { return i; }
           next();
           titles.push_back(std::to_string(i));
         }
@@ -368,15 +368,16 @@ TEST_F(ReaderOfAStore, HearsWhatIsCommittedLater) {
   asReader(
       [&](const auto& next) {
         const auto reader = CalendarStore::open(options());
-        if (!reader || !(*reader)->listen()) return 1;
+        if (!reader || !(*reader)->listen()) { return 1; }
         auto position = *(*reader)->newestChange();
         next();
         std::vector<OutsideCommit> commits;
         if (!comesTrue([&] {
               commits = (*reader)->outsideCommits(position).value();
               return !commits.empty();
-            }))
+            })) {
           return 2;
+        }
         return commits.size() == 1 && commits[0].events.inserted.size() == 1 ? 0 : 3;
       },
       {[&] {
@@ -390,9 +391,9 @@ TEST_F(ReaderOfAStore, LeavesTheFileWholeByItselfWhenTheWriterGoes) {
   asReader(
       [&](const auto& next) {
         const auto reader = CalendarStore::open(options());
-        if (!reader || !sees(**reader, {"One"})) return 1;
+        if (!reader || !sees(**reader, {"One"})) { return 1; }
         next();
-        if (!sees(**reader, {"One", "Two"})) return 2;
+        if (!sees(**reader, {"One", "Two"})) { return 2; }
         next();
         return sees(**reader, {"One", "Two"}) ? 0 : 3;
       },
@@ -411,7 +412,7 @@ TEST_F(ReaderOfAStore, FollowsAFileThatTookThePlaceOfAnother) {
   asReader(
       [&](const auto& next) {
         const auto reader = CalendarStore::open(options());
-        if (!reader || !sees(**reader, {"Before"})) return 1;
+        if (!reader || !sees(**reader, {"Before"})) { return 1; }
         next();
         return sees(**reader, {"After"}) ? 0 : 2;
       },

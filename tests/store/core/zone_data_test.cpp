@@ -41,7 +41,7 @@ class ZoneData : public StoreTest {
 };
 
 TEST_F(ZoneData, OfANewerVersionMovesWhatStandsInZones) {
-  if (zoneDataVersion().empty()) GTEST_SKIP() << "the system does not tell the version of its zone data";
+  if (zoneDataVersion().empty()) { GTEST_SKIP() << "the system does not tell the version of its zone data"; }
   fill();
   const auto before = occurrences(std::nullopt, std::nullopt);
   shiftTheTimeline("1999a");

@@ -12,7 +12,7 @@ class Calendars : public StoreTest {
   std::vector<std::string> titles(CalendarKind kind) {
     std::vector<std::string> found;
     const auto calendars = *store->calendars(kind);
-    for (const Calendar& calendar : calendars) found.push_back(calendar.title);
+    for (const Calendar& calendar : calendars) { found.push_back(calendar.title); }
     return found;
   }
   Calendar readOnlyCalendar() {

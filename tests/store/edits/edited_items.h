@@ -12,9 +12,9 @@ inline ItemEdit editBetween(std::shared_ptr<const Item> opened, const Item& edit
   ItemEdit edit;
   edit.values = edited;
   edit.opened = std::move(opened);
-  if (!edit.opened) return edit;
+  if (!edit.opened) { return edit; }
   const auto compare = [&](ItemField field, auto Item::*member) {
-    if (!(edit.opened.get()->*member == edited.*member)) edit.set.add(field);
+    if (!(edit.opened.get()->*member == edited.*member)) { edit.set.add(field); }
   };
   compare(ItemField::kCalendar, &Item::calendar);
   compare(ItemField::kTitle, &Item::title);
@@ -27,7 +27,7 @@ inline ItemEdit editBetween(std::shared_ptr<const Item> opened, const Item& edit
   compare(ItemField::kPriority, &Item::priority);
   compare(ItemField::kCompleted, &Item::completed);
   compare(ItemField::kAlarms, &Item::alarms);
-  if (edit.opened->recurrence.rules != edited.recurrence.rules) edit.set.add(ItemField::kRules);
+  if (edit.opened->recurrence.rules != edited.recurrence.rules) { edit.set.add(ItemField::kRules); }
   return edit;
 }
 
@@ -35,11 +35,11 @@ inline ItemEdit editBetween(std::shared_ptr<const Item> opened, const Item& edit
 /// is gone, as nothing can differ then.
 inline std::shared_ptr<const Item> openedNow(CalendarStore& store, const Item& item,
                                              const std::optional<Occurrence>& occurrence, const Zone& viewer) {
-  if (item.id == 0) return nullptr;
+  if (item.id == 0) { return nullptr; }
   const auto row = store.item(item.id);
-  if (!row || *row == nullptr) return std::make_shared<const Item>(item);
+  if (!row || *row == nullptr) { return std::make_shared<const Item>(item); }
   auto opened = std::make_shared<Item>(**row);
-  if (occurrence && !opened->series && !opened->recurrence.empty()) moveToOccurrence(*opened, *occurrence, viewer);
+  if (occurrence && !opened->series && !opened->recurrence.empty()) { moveToOccurrence(*opened, *occurrence, viewer); }
   return opened;
 }
 
@@ -47,14 +47,14 @@ inline std::shared_ptr<const Item> openedNow(CalendarStore& store, const Item& i
 inline Status saveEvent(CalendarStore& store, Item& edited, const std::optional<Occurrence>& occurrence, Span span,
                         const Zone& viewer = *Zone::named("Europe/Berlin")) {
   auto saved = store.saveEvent(editBetween(openedNow(store, edited, occurrence, viewer), edited), occurrence, span);
-  if (!saved) return tl::unexpected(saved.error());
+  if (!saved) { return tl::unexpected(saved.error()); }
   edited = *std::move(saved);
   return {};
 }
 
 inline Status saveReminder(CalendarStore& store, Item& edited) {
   auto saved = store.saveReminder(editBetween(openedNow(store, edited, std::nullopt, Zone()), edited));
-  if (!saved) return tl::unexpected(saved.error());
+  if (!saved) { return tl::unexpected(saved.error()); }
   edited = *std::move(saved);
   return {};
 }

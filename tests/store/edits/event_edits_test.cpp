@@ -27,7 +27,7 @@ class Events : public StoreTest {
   std::vector<Occurrence> all() { return occurrences(at("2026-01-01 00:00"), at("2027-01-01 00:00")); }
   Item openedAt(const Occurrence& occurrence) {
     Item item = read(occurrence.item);
-    if (item.series) return item;
+    if (item.series) { return item; }
     item.start->local = berlinZone().toLocal(occurrence.start);
     item.end->local = berlinZone().toLocal(occurrence.end);
     return item;
@@ -298,7 +298,7 @@ TEST_F(Events, CountOnWhenASplitBeginsBesideTheRule) {
   ASSERT_TRUE(saveEvent(*store, edited, before[3], Span::kFuture));
   const auto after = all();
   ASSERT_EQ(after.size(), 7u);
-  for (std::size_t i = 0; i < 7; ++i) EXPECT_EQ(after[i].start, before[i].start);
+  for (std::size_t i = 0; i < 7; ++i) { EXPECT_EQ(after[i].start, before[i].start); }
 }
 
 TEST_F(Events, OpenAtTheirFirstOccurrence) {

@@ -239,7 +239,7 @@ TEST_F(Writer, VisitsSeriesWithTheirChangedOccurrences) {
   std::vector<std::string> visited;
   ASSERT_TRUE(store->forEachItem(first.calendar, [&](const Item& item, const std::vector<Item>& others) -> Status {
     visited.push_back(*item.title);
-    for (const Item& other : others) visited.push_back("  " + *other.title);
+    for (const Item& other : others) { visited.push_back("  " + *other.title); }
     return {};
   }));
   EXPECT_THAT(visited, ElementsAre("one", "series", "  a", "  b"));
@@ -263,8 +263,8 @@ class ManyPuts : public Writer {
       put.main.start->local += 3600 * among(5);
       put.main.end->local = put.main.start->local + 3600;
       const int kind = among(4);
-      if (kind == 0) put.main.recurrenceId = berlin("2026-11-03 09:00");
-      if (kind == 1) put.main.recurrence.rules = {rule(Frequency::kDaily, 4)};
+      if (kind == 0) { put.main.recurrenceId = berlin("2026-11-03 09:00"); }
+      if (kind == 1) { put.main.recurrence.rules = {rule(Frequency::kDaily, 4)}; }
       for (int day = 2; kind == 1 && day < 2 + among(3); ++day) {
         const std::string date = fmt::format("2026-11-0{}", day);
         Item other = changed("changed", berlin(date + " 09:00"), berlin(date + " 15:00"));
@@ -287,7 +287,7 @@ class ManyPuts : public Writer {
     std::vector<std::string> lines;
     EXPECT_TRUE(store->forEachItem(1, [&](const Item& item, const std::vector<Item>& others) -> Status {
       lines.push_back(fmt::format("{} {} {}", item.id, item.uid, *item.title));
-      for (const Item& other : others) lines.push_back(fmt::format("  {} {}", other.id, *other.title));
+      for (const Item& other : others) { lines.push_back(fmt::format("  {} {}", other.id, *other.title)); }
       return {};
     }));
     const auto shownOnes = everything();
@@ -309,7 +309,7 @@ TEST_F(ManyPuts, AreInOneTurnWhatTheyAreEachInItsOwn) {
       auto writer = std::move(*store->startWriting());
       for (const Put& put : all) {
         outcomes[together].push_back(outcomeOf(*writer, put));
-        if (together) continue;
+        if (together) { continue; }
         ASSERT_TRUE(writer->commit());
         writer.reset();
         writer = std::move(*store->startWriting());
@@ -335,18 +335,18 @@ TEST_F(ManyPuts, BecomeTheSameWhetherTheyAreAnnouncedOrNot) {
       store = opened();
       constexpr std::size_t kBefore = 50;
       auto writer = std::move(*store->startWriting());
-      for (std::size_t i = 0; i < kBefore; ++i) outcomeOf(*writer, all[i]);
+      for (std::size_t i = 0; i < kBefore; ++i) { outcomeOf(*writer, all[i]); }
       ASSERT_TRUE(writer->commit());
       writer.reset();
 
       std::vector<Put> rest(all.begin() + kBefore, all.end());
       std::vector<AnnouncedItem> announced;
       for (Put& put : rest) {
-        if (!announces || put.main.recurrenceId) continue;
+        if (!announces || put.main.recurrenceId) { continue; }
         announced.push_back({&put.main, "", !put.main.recurrence.empty() || !put.changed.empty()});
       }
       writer = std::move(*store->startWriting({announced, nullptr}));
-      for (Put& put : rest) outcomes[announces].push_back(outcomeOf(*writer, put));
+      for (Put& put : rest) { outcomes[announces].push_back(outcomeOf(*writer, put)); }
       ASSERT_TRUE(writer->commit());
       writer.reset();
       contents[announces] = content();

@@ -17,7 +17,7 @@ class Known : public StoreTest {
     core = std::move(*StoreCore::open(options()));
     known.emplace(*core);
     put("one", "as it was");
-    for (int i = 0; i < 50; ++i) put(fmt::format("other {}", i), "-");
+    for (int i = 0; i < 50; ++i) { put(fmt::format("other {}", i), "-"); }
   }
   void TearDown() override {
     turn.reset();
@@ -41,7 +41,7 @@ class Known : public StoreTest {
   void remove(const std::string& uid) {
     for (const Occurrence& occurrence : occurrences(std::nullopt, std::nullopt)) {
       const Item found = read(occurrence.item);
-      if (found.uid != uid) continue;
+      if (found.uid != uid) { continue; }
       ASSERT_TRUE(store->removeEvent(found, std::nullopt, Span::kThis));
     }
   }
@@ -170,7 +170,7 @@ TEST_F(Known, AreLookedAtAgainWhenAnotherFileTookThePlace) {
   other.file = folder / "other.db";
   store = CalendarStore::open(other).value();
   put("two", "in the other file");
-  for (int i = 0; i < 50; ++i) put(fmt::format("other {}", i), "-");
+  for (int i = 0; i < 50; ++i) { put(fmt::format("other {}", i), "-"); }
   store.reset();
   std::filesystem::rename(other.file, file);
   takeTurn();

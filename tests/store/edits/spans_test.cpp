@@ -141,7 +141,7 @@ class Spans : public StoreTest, public testing::WithParamInterface<std::size_t> 
   }
   Item openedAt(const Occurrence& occurrence) {
     Item item = read(occurrence.item);
-    if (item.series) return item;
+    if (item.series) { return item; }
     const auto place = [&](CalendarTime& time, Moment moment) {
       const Zone zone = time.kind == CalendarTime::Kind::kZoned ? *Zone::named(time.zone)
                         : time.kind == CalendarTime::Kind::kUtc ? Zone()
@@ -167,7 +167,7 @@ class Spans : public StoreTest, public testing::WithParamInterface<std::size_t> 
     const auto all = places();
     std::set<std::size_t> result;
     for (std::size_t i = 0; i < all.size(); ++i) {
-      if (all[i].originalStart >= all[index].originalStart) result.insert(i);
+      if (all[i].originalStart >= all[index].originalStart) { result.insert(i); }
     }
     return result;
   }
@@ -214,13 +214,13 @@ TEST_P(Spans, ChangesThisAndTheLaterOccurrences) {
   ASSERT_TRUE(status) << status.error().message;
   auto expected = before;
   for (const std::size_t i : later) {
-    if (expected[i].title == "original") expected[i].title = "edited";
+    if (expected[i].title == "original") { expected[i].title = "edited"; }
   }
   EXPECT_EQ(seen(), expected);
   EXPECT_EQ(read(seriesId).identifier, leftIdentifier);
   EXPECT_NE(edited.identifier, leftIdentifier);
   EXPECT_NE(edited.uid, read(seriesId).uid);
-  for (const std::size_t i : later) EXPECT_EQ(read(places()[i].item).identifier, edited.identifier);
+  for (const std::size_t i : later) { EXPECT_EQ(read(places()[i].item).identifier, edited.identifier); }
 }
 
 TEST_P(Spans, MovesThisAndTheLaterOccurrences) {
@@ -235,13 +235,13 @@ TEST_P(Spans, MovesThisAndTheLaterOccurrences) {
   const bool movesDays = what.start.kind == CalendarTime::Kind::kDate;
   std::vector<Seen> expected, found;
   for (std::size_t i = 0; i < before.size(); ++i) {
-    if (!later.contains(i)) expected.push_back(before[i]);
+    if (!later.contains(i)) { expected.push_back(before[i]); }
   }
   for (const Seen& one : now) {
-    if (std::find(expected.begin(), expected.end(), one) != expected.end()) found.push_back(one);
+    if (std::find(expected.begin(), expected.end(), one) != expected.end()) { found.push_back(one); }
   }
   EXPECT_EQ(found, expected);
-  if (movesDays || std::string(what.name).find("gap") != std::string::npos) return;
+  if (movesDays || std::string(what.name).find("gap") != std::string::npos) { return; }
   for (const std::size_t i : later) {
     Seen moved = before[i];
     if (moved.title == "original") {
@@ -281,7 +281,7 @@ TEST_P(Spans, RemovesThisAndTheLaterOccurrences) {
   ASSERT_TRUE(store->removeEvent(read(seriesId), places()[kMiddle], Span::kFuture));
   std::vector<Seen> expected;
   for (std::size_t i = 0; i < before.size(); ++i) {
-    if (!later.contains(i)) expected.push_back(before[i]);
+    if (!later.contains(i)) { expected.push_back(before[i]); }
   }
   EXPECT_EQ(seen(), expected);
 }
@@ -293,7 +293,7 @@ TEST_P(Spans, ChangesTheWholeSeriesFromItsFirstOccurrenceOn) {
   ASSERT_TRUE(saveEvent(*store, edited, all[0], Span::kFuture));
   auto expected = before;
   for (Seen& one : expected) {
-    if (one.title == "original") one.title = "edited";
+    if (one.title == "original") { one.title = "edited"; }
   }
   EXPECT_EQ(seen(), expected);
   EXPECT_EQ(edited.id, seriesId);
@@ -311,7 +311,7 @@ TEST_P(Spans, LeavesTheSameOccurrencesWhenItIsSplitTwice) {
   for (const std::size_t index : {std::size_t{4}, std::size_t{2}}) {
     const auto all = places();
     Item edited = openedAt(all[index]);
-    if (edited.series) continue;
+    if (edited.series) { continue; }
     edited.notes = "split";
     ASSERT_TRUE(saveEvent(*store, edited, all[index], Span::kFuture));
     EXPECT_EQ(seen(), before);

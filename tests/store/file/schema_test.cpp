@@ -86,7 +86,7 @@ TEST_F(SchemaOfAFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
     const pid_t child = fork();
     if (child == 0) {
       const auto made = CalendarStore::open(options());
-      if (!made) std::fprintf(stderr, "%s\n", made.error().message.c_str());
+      if (!made) { std::fprintf(stderr, "%s\n", made.error().message.c_str()); }
       _exit(made ? 0 : 1);
     }
     children.push_back(child);
@@ -202,7 +202,7 @@ template <class Body>
 int asOrdinaryUser(const Body& body) {
   const pid_t child = fork();
   if (child == 0) {
-    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(99);
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) { _exit(99); }
     _exit(body());
   }
   int status = 0;
@@ -217,15 +217,15 @@ TEST_F(SchemaOfAFile, CanBeReadButNotChangedWhenItIsReadOnly) {
   std::filesystem::permissions(file, std::filesystem::perms(0444));
   const int result = asOrdinaryUser([&] {
     auto readOnly = CalendarStore::open(options());
-    if (!readOnly) return 1;
+    if (!readOnly) { return 1; }
     EventQuery query{at("2026-11-01 00:00"), at("2026-12-01 00:00"), {1}};
     const auto found = (*readOnly)->occurrences(query);
-    if (!found || found->size() != 1) return 2;
-    if ((*readOnly)->generation() != (*readOnly)->generation()) return 5;
+    if (!found || found->size() != 1) { return 2; }
+    if ((*readOnly)->generation() != (*readOnly)->generation()) { return 5; }
     Item item = **(*readOnly)->item(found->front().item);
     item.title = "changed";
     const auto status = saveEvent(**readOnly, item, std::nullopt, Span::kThis);
-    if (status) return 3;
+    if (status) { return 3; }
     return status.error().code == ErrorCode::kNotPermitted ? 0 : 4;
   });
   std::filesystem::permissions(folder, std::filesystem::perms(0755));
@@ -252,7 +252,7 @@ TEST_F(SchemaOfAFile, IsRefusedInTheShapeOfAFolder) {
 }
 
 TEST_F(SchemaOfAFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  if (::geteuid() != 0) { GTEST_SKIP() << "only root can become another user"; }
   store.reset();
   ::chmod(folder.c_str(), 0755);
   const auto closed = folder / "closed";
@@ -261,7 +261,7 @@ TEST_F(SchemaOfAFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
   const pid_t child = ::fork();
   if (child == 0) {
     constexpr uid_t kNobody = 65534;
-    if (::setuid(kNobody) != 0) ::_exit(3);
+    if (::setuid(kNobody) != 0) { ::_exit(3); }
     int failures = 0;
     for (const auto& inside :
          {closed / "calendar.db", closed / "deep" / "calendar.db", closed / "new" / "calendar.db"}) {
@@ -271,7 +271,7 @@ TEST_F(SchemaOfAFile, IsRefusedWithASentenceWhereAFolderMayNotBeSearched) {
                           error.message.find(closed.string()) != std::string::npos &&
                           error.message.find("Permission denied") != std::string::npos &&
                           error.message.find("ORLOCAL_STORE") != std::string::npos;
-      if (!worded) ++failures;
+      if (!worded) { ++failures; }
     }
     ::_exit(failures);
   }

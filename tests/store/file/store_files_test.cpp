@@ -27,7 +27,7 @@ std::vector<std::string> synced;
 extern "C" int fsync(int descriptor) {
   char path[4096] = {};
   const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-  if (readlink(link.c_str(), path, sizeof path - 1) > 0) synced.emplace_back(path);
+  if (readlink(link.c_str(), path, sizeof path - 1) > 0) { synced.emplace_back(path); }
   return static_cast<int>(syscall(SYS_fsync, descriptor));
 }
 
@@ -60,7 +60,7 @@ class StoreFiles : public StoreTest {
     close(ends[0]);
     int status = 0;
     waitpid(child, &status, 0);
-    if (WIFSIGNALED(status)) return "waits for ever";
+    if (WIFSIGNALED(status)) { return "waits for ever"; }
     said.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     return said;
   }
@@ -138,7 +138,7 @@ TEST_F(StoreFiles, AreFilesAndNothingElse) {
 }
 
 TEST_F(StoreFiles, OfAnotherUserAreNotTakenForOurs) {
-  if (geteuid() != 0) GTEST_SKIP() << "needs to be root";
+  if (geteuid() != 0) { GTEST_SKIP() << "needs to be root"; }
   store.reset();
   std::ofstream(file.string() + "-wal") << "forged";
   ASSERT_EQ(chown((file.string() + "-wal").c_str(), kSomebody, kSomebody), 0);
@@ -156,10 +156,10 @@ TEST_F(StoreFiles, RingNoBellThatIsNotOurs) {
   std::ofstream(victim) << "precious";
   for (const char* kind : {"link", "hard link", "pipe", "folder"}) {
     std::filesystem::remove(bell);
-    if (kind[0] == 'l') std::filesystem::create_symlink(victim, bell);
-    if (kind[0] == 'h') std::filesystem::create_hard_link(victim, bell);
-    if (kind[0] == 'p') mkfifo(bell.c_str(), 0600);
-    if (kind[0] == 'f') std::filesystem::create_directory(bell);
+    if (kind[0] == 'l') { std::filesystem::create_symlink(victim, bell); }
+    if (kind[0] == 'h') { std::filesystem::create_hard_link(victim, bell); }
+    if (kind[0] == 'p') { mkfifo(bell.c_str(), 0600); }
+    if (kind[0] == 'f') { std::filesystem::create_directory(bell); }
     EXPECT_EQ(refusalWithin(5), "") << kind;
     store = opened();
     saved(event("kept", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
@@ -181,7 +181,7 @@ TEST_F(StoreFiles, AreInTheirFolderOnTheDiskBeforeTheFirstSave) {
 }
 
 TEST_F(StoreFiles, ThatRootMakesInTheFolderOfSomebodyAreTheirs) {
-  if (geteuid() != 0) GTEST_SKIP() << "needs to be root";
+  if (geteuid() != 0) { GTEST_SKIP() << "needs to be root"; }
   store.reset();
   ASSERT_EQ(chown(folder.c_str(), kSomebody, kSomebody), 0);
   file = folder / "deep" / "calendar.db";

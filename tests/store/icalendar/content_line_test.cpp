@@ -13,8 +13,9 @@ namespace {
 std::vector<std::string> textsOf(std::string_view bytes) {
   std::vector<std::string> texts;
   ContentLines lines(bytes);
-  for (ContentLine line; lines.next(line);)
+  for (ContentLine line; lines.next(line);) {
     texts.emplace_back(std::to_string(line.line) + " " + std::string(line.text));
+  }
   return texts;
 }
 using Texts = std::vector<std::string>;
@@ -54,9 +55,10 @@ TEST(ContentLines, ComeWithoutANameWhenTheyAreNone) {
 
 TEST(Utf8, KnowsOverlongFormsSurrogatesAndWhatLiesTooHigh) {
   EXPECT_TRUE(isUtf8("plain, grüß, 漢字, 🎂"));
-  for (const char* bytes :
-       {"\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "abcdefgh\x80", "\xC3"})
+  for (const char* bytes : {"\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80",
+                            "abcdefgh\x80", "\xC3"}) {
     EXPECT_FALSE(isUtf8(bytes));
+  }
 }
 
 TEST(Unfolding, SkipsEmptyLinesBeforeAContinuation) {
@@ -85,7 +87,9 @@ TEST(SplitLine, AllowsBlanksAfterTheName) {
 }
 
 TEST(SplitLine, IsNoneWithoutAColon) {
-  for (const char* text : {"", "SUMMARY", ":x", "two words", "A;B=C"}) EXPECT_FALSE(splitContentLine(text, 1)) << text;
+  for (const char* text : {"", "SUMMARY", ":x", "two words", "A;B=C"}) {
+    EXPECT_FALSE(splitContentLine(text, 1)) << text;
+  }
 }
 
 TEST(Parameters, AreFoundWithoutCaseAndQuotes) {
@@ -123,13 +127,14 @@ TEST(Texts, AreUnescapedWithoutReadingPastALoneBackslash) {
 TEST(Texts, LeaveControlCharactersOut) { EXPECT_EQ(unescapeText(std::string_view("a\0b\x07\tc\x7F", 7)), "ab\tc"); }
 
 TEST(Texts, ComeBackAsTheyWere) {
-  for (const char* text : {"", "plain", "a,b;c\\d\ne", "\\n is no newline", "ends in \\", "🎂\n\n"})
+  for (const char* text : {"", "plain", "a,b;c\\d\ne", "\\n is no newline", "ends in \\", "🎂\n\n"}) {
     EXPECT_EQ(unescapeText(escapeText(text)), text);
+  }
 }
 
 TEST(Folding, KeepsLinesAt75BytesAndCharactersWhole) {
   std::string text = "SUMMARY:";
-  for (int i = 0; i < 60; ++i) text += i % 3 == 0 ? "ü" : i % 3 == 1 ? "🎂" : "a";
+  for (int i = 0; i < 60; ++i) { text += i % 3 == 0 ? "ü" : i % 3 == 1 ? "🎂" : "a"; }
   std::string folded;
   appendFolded(folded, text);
   std::size_t begin = 0;

@@ -29,7 +29,7 @@ Read readAll(const std::string& text) {
   Read read;
   read.calendars = reader.calendars();
   ReadProblems problems = reader.problems();
-  for (std::size_t i = 0; i < reader.size(); ++i) read.groups.push_back(reader.read(i, problems));
+  for (std::size_t i = 0; i < reader.size(); ++i) { read.groups.push_back(reader.read(i, problems)); }
   read.refused = problems.refused;
   read.warnings = problems.warnings;
   return read;
@@ -45,7 +45,7 @@ const std::string kStart = "DTSTART;TZID=Europe/Berlin:20261102T090000\n";
 
 std::string messages(const std::vector<Problem>& problems) {
   std::string text;
-  for (const Problem& problem : problems) text += std::to_string(problem.line) + ": " + problem.message + "\n";
+  for (const Problem& problem : problems) { text += std::to_string(problem.line) + ": " + problem.message + "\n"; }
   return text;
 }
 
@@ -123,7 +123,9 @@ TEST(ReadEvent, EndsWhereTheFileSays) {
        {Kind::kDate, LocalTime(2026, 11, 4), ""}},
       {"VALUE=DATE with a time", "DTSTART;VALUE=DATE:20261102T100000\n", {Kind::kDate, LocalTime(day) + 86400, ""}},
   };
-  for (const End& expected : ends) EXPECT_EQ(readAll(event(expected.lines)).item().end, expected.end) << expected.name;
+  for (const End& expected : ends) {
+    EXPECT_EQ(readAll(event(expected.lines)).item().end, expected.end) << expected.name;
+  }
 }
 
 TEST(RefusedItems, ComeWithLineAndReasonAndLeaveTheOthers) {
@@ -155,8 +157,9 @@ TEST(RefusedItems, SayWhatIsWrong) {
        "5: the event \"\" (UID u): the rule repeats by hours, minutes or seconds, which whole days cannot do; the "
        "event was not imported\n"},
   };
-  for (const Refusal& refusal : refusals)
+  for (const Refusal& refusal : refusals) {
     EXPECT_EQ(messages(readAll(event(refusal.lines)).refused), refusal.message) << refusal.lines;
+  }
 }
 
 TEST(RefusedItems, IncludeOneThatEndsPastTheYear9999) {
@@ -184,15 +187,15 @@ TEST(RefusedItems, IncludeTheOlderOfTwoWithOneUid) {
 
 TEST(RefusedItems, IncludeWhatIsNestedTooDeep) {
   std::string lines = kStart;
-  for (int i = 0; i < 20; ++i) lines += "BEGIN:X-A\n";
-  for (int i = 0; i < 20; ++i) lines += "END:X-A\n";
+  for (int i = 0; i < 20; ++i) { lines += "BEGIN:X-A\n"; }
+  for (int i = 0; i < 20; ++i) { lines += "END:X-A\n"; }
   const Read read = readAll(event(lines));
   EXPECT_EQ(messages(read.refused), "2: components stand in it more than 16 deep\n");
 }
 
 TEST(RefusedItems, IncludeOneThatIsTooLong) {
   std::string lines = kStart;
-  for (int i = 0; i < 100'001; ++i) lines += "X-A:b\n";
+  for (int i = 0; i < 100'001; ++i) { lines += "X-A:b\n"; }
   EXPECT_EQ(messages(readAll(event(lines)).refused),
             "100002: it has more than 100,000 lines; the event was not imported\n");
 }
@@ -209,7 +212,7 @@ TEST(Files, MayHaveAByteOrderMark) { EXPECT_EQ(readAll("\xEF\xBB\xBF" + event(kS
 TEST(Files, MayBeUtf16) {
   const std::string text = event(kStart + "SUMMARY:x\n");
   std::string wide = "\xFF\xFE";
-  for (char c : text) wide += {c, '\0'};
+  for (char c : text) { wide += {c, '\0'}; }
   EXPECT_EQ(readAll(wide).item().title, "x");
 }
 
@@ -248,7 +251,7 @@ TEST(Heads, SayNameColorAndMethod) {
 TEST(Colors, HaveNamesAndNumbers) {
   EXPECT_EQ(parseColor("SlateBlue"), (Rgb{0x6A / 255.0, 0x5A / 255.0, 0xCD / 255.0}));
   EXPECT_EQ(colorText(*parseColor("#12ab9F")), "#12AB9F");
-  for (const char* text : {"", "#12", "#GGGGGG", "nocolour"}) EXPECT_FALSE(parseColor(text)) << text;
+  for (const char* text : {"", "#12", "#GGGGGG", "nocolour"}) { EXPECT_FALSE(parseColor(text)) << text; }
 }
 
 TEST(Zones, AreReadFromBlocksThatComeLater) {

@@ -15,8 +15,9 @@ std::string written(const Item& item) {
   std::string out;
   writeItem(out, item);
   std::string plain;
-  for (char c : out)
-    if (c != '\r') plain += c;
+  for (char c : out) {
+    if (c != '\r') { plain += c; }
+  }
   return plain;
 }
 

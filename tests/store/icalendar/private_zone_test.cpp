@@ -27,8 +27,9 @@ TEST(PrivateZone, FollowsTheRulesOfItsText) {
   const auto zone = Zone::named("Customized Time Zone");
   ASSERT_TRUE(zone);
   const Zone berlin = *Zone::named("Europe/Berlin");
-  for (Moment at = utc(1997, 1, 1); at < utc(2040, 1, 1); at += std::chrono::hours(5))
+  for (Moment at = utc(1997, 1, 1); at < utc(2040, 1, 1); at += std::chrono::hours(5)) {
     ASSERT_EQ(zone->offsetSeconds(at), berlin.offsetSeconds(at));
+  }
   EXPECT_EQ(zone->privateText(), kCustom);
 }
 

@@ -30,8 +30,9 @@ TEST_P(WrittenZone, DoesWhatTheZoneDoes) {
   ASSERT_TRUE(registerPrivateZone(name, text));
   const Zone copy = Zone::named(name).value();
   for (Moment at = zone.toMoment(LocalTime(1975, 1, 1)); at < Zone().toMoment(LocalTime(2037, 12, 31));
-       at += std::chrono::hours(3))
+       at += std::chrono::hours(3)) {
     ASSERT_EQ(copy.offsetSeconds(at), zone.offsetSeconds(at)) << text << at.time_since_epoch().count();
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Zones, WrittenZone,

@@ -28,10 +28,10 @@ std::vector<std::string> libicals(const std::string& text, const char* start, Lo
   std::vector<std::string> found;
   const icalrecurrencetype rule = icalrecurrencetype_from_string(text.c_str());
   icalrecur_iterator* iterator = icalrecur_iterator_new(rule, icaltime_from_string(start));
-  if (iterator == nullptr) return found;
+  if (iterator == nullptr) { return found; }
   for (icaltimetype time = icalrecur_iterator_next(iterator); !icaltime_is_null_time(time) && found.size() < most;
        time = icalrecur_iterator_next(iterator)) {
-    if (secondsOf(icaltime_as_ical_string(time)) >= end) break;
+    if (secondsOf(icaltime_as_ical_string(time)) >= end) { break; }
     found.emplace_back(icaltime_as_ical_string(time));
   }
   icalrecur_iterator_free(iterator);
@@ -46,10 +46,10 @@ class RandomRules {
   std::string next() {
     const char* frequency = pick({"DAILY", "WEEKLY", "MONTHLY", "YEARLY", "HOURLY", "MINUTELY"});
     std::string rule = std::string("FREQ=") + frequency;
-    if (chance(2)) rule += ";INTERVAL=" + std::to_string(number(2, 6));
+    if (chance(2)) { rule += ";INTERVAL=" + std::to_string(number(2, 6)); }
     const std::string kind = frequency;
     const bool months = chance(3);
-    if (months) rule += ";BYMONTH=" + list(1, 12);
+    if (months) { rule += ";BYMONTH=" + list(1, 12); }
     if (kind == "MONTHLY" || kind == "YEARLY") {
       // Days of a month in a year without months: libical takes the month of the start, RFC 5545 every month.
       if ((kind == "MONTHLY" || months) && chance(3)) {
@@ -58,16 +58,16 @@ class RandomRules {
         // Ordinals in a year without months count in the year.
         const bool ordinal = chance(2);
         rule += ";BYDAY=" + (ordinal ? pick({"1", "2", "-1", "4"}) : std::string()) + pick({"MO", "TU", "FR", "SU"});
-        if (!ordinal && chance(2)) rule += std::string(",") + pick({"WE", "SA"});
+        if (!ordinal && chance(2)) { rule += std::string(",") + pick({"WE", "SA"}); }
       }
     } else if (chance(2)) {
       rule += std::string(";BYDAY=") + pick({"MO", "TU,TH", "SA,SU", "MO,WE,FR"});
     }
     // Limits of the hour or minute below a day: libical lets them stand in for the interval.
     const bool belowDay = kind == "HOURLY" || kind == "MINUTELY";
-    if (!belowDay && chance(3)) rule += ";BYHOUR=" + list(0, 23);
-    if (!belowDay && chance(4)) rule += ";BYMINUTE=" + list(0, 59);
-    if (kind == "WEEKLY" && chance(2)) rule += std::string(";WKST=") + pick({"SU", "MO"});
+    if (!belowDay && chance(3)) { rule += ";BYHOUR=" + list(0, 23); }
+    if (!belowDay && chance(4)) { rule += ";BYMINUTE=" + list(0, 59); }
+    if (kind == "WEEKLY" && chance(2)) { rule += std::string(";WKST=") + pick({"SU", "MO"}); }
     return rule;
   }
 
@@ -129,8 +129,9 @@ TEST(CompiledRule, LimitsHoursAndMinutesByTheirDefinition) {
       const bool dateFits = among(rule.byMonthDay, at.day()) ||
                             among(rule.byMonthDay, at.day() - monthLength(static_cast<int>(at.year()), at.month()) - 1);
       if (dayFits && dateFits && among(rule.byMonth, at.month()) && among(rule.byHour, at.hour()) &&
-          among(rule.byMinute, at.minute()))
+          among(rule.byMinute, at.minute())) {
         expected.push_back(textOf(time));
+      }
     }
     EXPECT_FALSE(expected.empty()) << text;
     EXPECT_EQ(ours(CompiledRule::make(rule, start, false).value(), end, 100'000), expected) << text;
@@ -150,7 +151,7 @@ TEST(CompiledRule, CountsByArithmeticWhatWalkingCounts) {
       last = time;
       return ++walked < 3000;
     }));
-    if (walked == 0) continue;
+    if (walked == 0) { continue; }
     EXPECT_EQ(rule.nth(walked, budget), last) << text;
     EXPECT_EQ(rule.count(last, budget), walked - 1) << text;
     EXPECT_EQ(rule.count(last + 1, budget), walked) << text;

@@ -33,12 +33,12 @@ Texts libicals(const std::string& text, const std::string& start, const std::str
   // A copy that this version of libical leaves to whoever asked.
   const std::unique_ptr<char, decltype(&std::free)> scale(rule.rscale, &std::free);
   icalrecur_iterator* iterator = icalrecur_iterator_new(rule, icaltime_from_string(start.c_str()));
-  if (iterator == nullptr) return found;
+  if (iterator == nullptr) { return found; }
   for (icaltimetype time = icalrecur_iterator_next(iterator); !icaltime_is_null_time(time);
        time = icalrecur_iterator_next(iterator)) {
     const std::string shown = icaltime_as_ical_string(time);
-    if (shown >= to) break;
-    if (shown >= from) found.push_back(shown);
+    if (shown >= to) { break; }
+    if (shown >= from) { found.push_back(shown); }
   }
   icalrecur_iterator_free(iterator);
   // A day that is moved onto another one comes twice there.
@@ -59,7 +59,7 @@ TEST(ScaledRules, AgreeWithLibicalInEveryWindow) {
         const std::string text = std::string("RSCALE=") + scale + ";" + shape + skip;
         const auto rule = parseRule(text);
         ASSERT_TRUE(rule) << text;
-        if (!ScaledRule::isNeededFor(*rule)) continue;
+        if (!ScaledRule::isNeededFor(*rule)) { continue; }
         const auto made = CompiledRule::make(*rule, secondsOf("20140130T093000"), false);
         ASSERT_TRUE(made) << text;
         for (const auto& [from, to] :
@@ -96,9 +96,11 @@ TEST(ScaledRules, AreWalkedByManyThreadsAtOnce) {
   const Texts expected = libicals("RSCALE=ETHIOPIC;FREQ=MONTHLY", "20140130T000000", "20200101", "20300101");
   std::vector<Texts> found(4);
   std::vector<std::thread> threads;
-  for (Texts& mine : found) threads.emplace_back([&rule, &mine] { mine = walked(rule, "20200101", "20300101"); });
-  for (std::thread& thread : threads) thread.join();
-  for (const Texts& mine : found) EXPECT_EQ(mine, expected);
+  for (Texts& mine : found) {
+    threads.emplace_back([&rule, &mine] { mine = walked(rule, "20200101", "20300101"); });
+  }
+  for (std::thread& thread : threads) { thread.join(); }
+  for (const Texts& mine : found) { EXPECT_EQ(mine, expected); }
 }
 
 TEST(ScaledRules, RefuseWhatTheyCannotFollow) {

@@ -55,10 +55,10 @@ void readLine(Case& current, const std::string& word, std::istringstream& rest) 
     current.more = true;
   } else {
     while (rest >> text) {
-      if (word == "occurs") current.expected.push_back(text);
-      if (word == "rdate") current.item.recurrence.added.push_back(timeOf(text, current.zone));
-      if (word == "exdate") current.item.recurrence.excluded.push_back(timeOf(text, current.zone));
-      if (word == "changed") current.changed.push_back(timeOf(text, current.zone));
+      if (word == "occurs") { current.expected.push_back(text); }
+      if (word == "rdate") { current.item.recurrence.added.push_back(timeOf(text, current.zone)); }
+      if (word == "exdate") { current.item.recurrence.excluded.push_back(timeOf(text, current.zone)); }
+      if (word == "changed") { current.changed.push_back(timeOf(text, current.zone)); }
     }
   }
 }
@@ -71,7 +71,7 @@ std::vector<Case> casesOf(const std::string& file) {
     ++number;
     std::istringstream rest(line);
     std::string word;
-    if (!(rest >> word) || word.front() == '#') continue;
+    if (!(rest >> word) || word.front() == '#') { continue; }
     if (word == "case") {
       cases.emplace_back().line = number;
       cases.back().name = line.substr(5);
@@ -119,8 +119,8 @@ Item eventAt(const char* start, const char* rule, const char* end = nullptr) {
   item.title = "Review";
   item.uid = "u1";
   item.start = timeOf(start, "Europe/Berlin");
-  if (end != nullptr) item.end = timeOf(end, "Europe/Berlin");
-  if (rule != nullptr) item.recurrence.rules.push_back(parseRule(rule).value());
+  if (end != nullptr) { item.end = timeOf(end, "Europe/Berlin"); }
+  if (rule != nullptr) { item.recurrence.rules.push_back(parseRule(rule).value()); }
   return item;
 }
 
@@ -322,9 +322,9 @@ TEST(SeriesErrors, ReportAMissingStart) {
 
 TEST(DenseRules, AreEnteredWhereTheWindowLies) {
   std::string rule = "FREQ=YEARLY;BYDAY=SU,MO,TU,WE,TH,FR,SA;BYHOUR=0";
-  for (int i = 1; i < 24; ++i) rule += "," + std::to_string(i);
+  for (int i = 1; i < 24; ++i) { rule += "," + std::to_string(i); }
   rule += ";BYMINUTE=0";
-  for (int i = 1; i < 60; ++i) rule += "," + std::to_string(i);
+  for (int i = 1; i < 60; ++i) { rule += "," + std::to_string(i); }
   const Series series = seriesOf(eventAt("20260105T090000", rule.c_str()));
   EXPECT_EQ(startsBetween(series, viewedAt("20261231T235800"), viewedAt("20270101T000100")),
             (Texts{"20261231T235800", "20261231T235900", "20270101T000000"}));

@@ -32,8 +32,9 @@ TEST(RuleTexts, AreRefusedWithTheReason) {
                            "FREQ=DAILY;UNTIL=tomorrow", "FREQ=DAILY;BYDAY=XX", "FREQ=DAILY;BYDAY=0MO",
                            "FREQ=DAILY;BYHOUR=", "FREQ=DAILY;WKST=1", "FREQ=DAILY;SKIP=FORWARD", "FREQ=DAILY;COUNT",
                            "FREQ=DAILY;COUNT=99999999999999999999", "FREQ=YEARLY;BYMONTH=5L",
-                           "RSCALE=HEBREW;FREQ=YEARLY;BYMONTH=L", "RSCALE=;FREQ=YEARLY", "FREQ=DAILY;SKIP=SIDEWAYS"})
+                           "RSCALE=HEBREW;FREQ=YEARLY;BYMONTH=L", "RSCALE=;FREQ=YEARLY", "FREQ=DAILY;SKIP=SIDEWAYS"}) {
     EXPECT_FALSE(parseRule(text)) << text;
+  }
 }
 
 }  // namespace

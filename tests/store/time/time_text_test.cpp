@@ -26,8 +26,9 @@ TEST(TimeTexts, ShowALeapSecondAsTheOneBefore) {
 TEST(TimeTexts, AreRefusedWhenThereIsNoSuchDate) {
   for (const char* text :
        {"", "2026", "20260229", "20261301", "20260100", "00000101", "20260101T240000", "20260101T006000",
-        "20260101T0000", "20260101T000000ZZ", "20260101 000000", "2026-01-01", "20260101T00000a", "-0011130T100000"})
+        "20260101T0000", "20260101T000000ZZ", "20260101 000000", "2026-01-01", "20260101T00000a", "-0011130T100000"}) {
     EXPECT_FALSE(parseTime(text)) << text;
+  }
 }
 
 struct Length {
@@ -48,8 +49,9 @@ TEST(Durations, SeparateDaysFromExactTime) {
 }
 
 TEST(Durations, AreRefusedWhenTheyAreNone) {
-  for (const char* text : {"", "P", "1D", "PD", "P1", "PT1X", "P1DT1HT1M", "P99999999999D", "P-1D"})
+  for (const char* text : {"", "P", "1D", "PD", "P1", "PT1X", "P1DT1HT1M", "P99999999999D", "P-1D"}) {
     EXPECT_FALSE(parseDuration(text)) << text;
+  }
 }
 
 TEST(Durations, AreWrittenInTheirShortestForm) {
@@ -67,7 +69,7 @@ TEST(Offsets, ComeWithAndWithoutColonsAndSeconds) {
   EXPECT_EQ(parseOffset("+005328"), 3208);
   EXPECT_EQ(offsetText(3208), "+005328");
   EXPECT_EQ(offsetText(-12600), "-0330");
-  for (const char* text : {"", "0100", "+1", "+0160", "+2400", "+01000"}) EXPECT_FALSE(parseOffset(text)) << text;
+  for (const char* text : {"", "0100", "+1", "+0160", "+2400", "+01000"}) { EXPECT_FALSE(parseOffset(text)) << text; }
 }
 
 }  // namespace

@@ -32,9 +32,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Name{"(UTC+10:00) Canberra, Melbourne, Sydney", "Australia/Canberra"}));
 
 TEST(UnknownNames, NameNothing) {
-  for (const char* tzid :
-       {"", "Customized Time Zone", "local", "GMT+1", "/etc/passwd", "../Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3"})
+  for (const char* tzid : {"", "Customized Time Zone", "local", "GMT+1", "/etc/passwd", "../Europe/Berlin",
+                           "CET-1CEST,M3.5.0,M10.5.0/3"}) {
     EXPECT_EQ(systemZoneOf(tzid), std::nullopt) << tzid;
+  }
 }
 
 TEST(DisplayNames, AreNotBelievedWhenTheOffsetIsAnother) {

@@ -13,7 +13,7 @@ namespace {
 class Environment {
  public:
   Environment(const char* name, std::optional<std::string> value) : m_name(name) {
-    if (const char* before = std::getenv(name)) m_before = before;
+    if (const char* before = std::getenv(name)) { m_before = before; }
     set(value);
   }
   ~Environment() { set(m_before); }
@@ -22,10 +22,11 @@ class Environment {
 
  private:
   void set(const std::optional<std::string>& value) {
-    if (value)
+    if (value) {
       setenv(m_name, value->c_str(), 1);
-    else
+    } else {
       unsetenv(m_name);
+    }
   }
   const char* m_name;
   std::optional<std::string> m_before;
@@ -50,8 +51,9 @@ TEST(ZoneNames, AreThoseOfTheSystemsZoneFiles) {
 TEST(ZoneNames, NeverReachOutsideTheFolder) {
   for (const char* name :
        {"", "/etc/localtime", "../../etc/localtime", "Europe/../Europe/Berlin", "Europe//Berlin", "Europe",
-        "libc:localtime", "Fixed/UTC+01:00:00", "file:/etc/localtime", "No/Such_Zone", "Europe/Berlin/"})
+        "libc:localtime", "Fixed/UTC+01:00:00", "file:/etc/localtime", "No/Such_Zone", "Europe/Berlin/"}) {
     EXPECT_FALSE(Zone::named(name)) << name;
+  }
 }
 
 TEST(ZoneOfUser, IsTheNameInTz) { EXPECT_EQ(userZone("America/New_York").name(), "America/New_York"); }
@@ -68,8 +70,9 @@ TEST(ZoneOfUser, IsReadAnewAtEachCall) {
 TEST(PosixZone, ChangesTheClockByItsRules) {
   const Zone zone = userZone("CET-1CEST,M3.5.0,M10.5.0/3");
   const Zone berlin = *Zone::named("Europe/Berlin");
-  for (Moment at = utc(2000, 1, 1); at < utc(2040, 1, 1); at += std::chrono::hours(5))
+  for (Moment at = utc(2000, 1, 1); at < utc(2040, 1, 1); at += std::chrono::hours(5)) {
     ASSERT_EQ(zone.offsetSeconds(at), berlin.offsetSeconds(at)) << at.time_since_epoch().count();
+  }
   EXPECT_EQ(zone.abbreviation(utc(2026, 7, 1)), "CEST");
 }
 
@@ -83,8 +86,9 @@ TEST(PosixZone, CanBeNamedByItsText) {
 TEST(PosixZone, TakesTheUnitedStatesRulesWhenItHasNone) {
   const Zone zone = userZone("EST5EDT4");
   const Zone newYork = *Zone::named("America/New_York");
-  for (Moment at = utc(2010, 1, 1); at < utc(2030, 1, 1); at += std::chrono::hours(7))
+  for (Moment at = utc(2010, 1, 1); at < utc(2030, 1, 1); at += std::chrono::hours(7)) {
     ASSERT_EQ(zone.offsetSeconds(at), newYork.offsetSeconds(at));
+  }
 }
 
 TEST(PosixZone, CountsDaysOfTheYearWithAndWithoutTheLeapDay) {
@@ -99,14 +103,16 @@ TEST(PosixZone, CountsDaysOfTheYearWithAndWithoutTheLeapDay) {
 TEST(PosixZone, MayBeOnTheSouthernHalf) {
   const Zone zone = userZone("AEST-10AEDT,M10.1.0,M4.1.0/3");
   const Zone sydney = *Zone::named("Australia/Sydney");
-  for (Moment at = utc(2010, 1, 1); at < utc(2030, 1, 1); at += std::chrono::hours(7))
+  for (Moment at = utc(2010, 1, 1); at < utc(2030, 1, 1); at += std::chrono::hours(7)) {
     ASSERT_EQ(zone.offsetSeconds(at), sydney.offsetSeconds(at));
+  }
 }
 
 TEST(PosixZone, IsNoneWhenItsTextIsBroken) {
   for (const char* text : {"CE-1", "CEX", "CET-1CEST,", "CET-1CEST,M3.5.0", "CET-1CEST,M13.5.0,M10.5.0", "CET-99",
-                           "CET-1CEST,M3.5.0,M10.5.0x"})
+                           "CET-1CEST,M3.5.0,M10.5.0x"}) {
     EXPECT_EQ(userZone(text).name(), "UTC") << text;
+  }
 }
 
 TEST(ZoneConversion, ReadsASkippedTimeWithTheOffsetBeforeTheGap) {
@@ -127,8 +133,9 @@ TEST(ZoneConversion, KeepsFractionsOutOfTheWallClock) {
 
 TEST(ZoneConversion, SurvivesTheDistantPastAndFuture) {
   const Zone berlin = *Zone::named("Europe/Berlin");
-  for (const Moment moment : {utc(1, 1, 1), utc(4001, 1, 1), Moment::max()})
+  for (const Moment moment : {utc(1, 1, 1), utc(4001, 1, 1), Moment::max()}) {
     EXPECT_EQ(berlin.toMoment(berlin.toLocal(moment)), std::chrono::floor<std::chrono::seconds>(moment));
+  }
 }
 
 TEST(ZoneConversion, StopsWhereMomentsEnd) {
