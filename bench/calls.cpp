@@ -34,7 +34,7 @@ void (*volatile g_answer)(const std::u16string&, std::u16string&) = &answer;
 template <class Body>
 double repeated(const Body& body) {
   return seconds([&] {
-    for (std::size_t i = 0; i < kCalls; ++i) body();
+    for (std::size_t i = 0; i < kCalls; ++i) { body(); }
   });
 }
 

@@ -102,7 +102,7 @@ void writeCalendarFile(const std::filesystem::path& file, std::size_t events, st
     out << "BEGIN:VEVENT\r\nUID:" << fmt::format("{:08}-{}@measured.example\r\n", i, seed)
         << "DTSTAMP:20260101T000000Z\r\n"
         << times << "SUMMARY:" << kSubjects[static_cast<std::size_t>(numbers.below(12))] << ' ' << i << "\r\n";
-    if (numbers.below(2) == 0) out << "LOCATION:" << kPlaces[static_cast<std::size_t>(numbers.below(6))] << "\r\n";
+    if (numbers.below(2) == 0) { out << "LOCATION:" << kPlaces[static_cast<std::size_t>(numbers.below(6))] << "\r\n"; }
     if (numbers.below(2) == 0) {
       out << "DESCRIPTION:Bring the numbers of last quarter and the open questions from\r\n  the list\\, please. Nr. "
           << i << ".\r\n";

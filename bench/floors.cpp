@@ -94,7 +94,7 @@ std::size_t Floor::scan(std::int64_t from, std::int64_t to) {
 }
 
 InsertFloor::InsertFloor(const std::filesystem::path& file) {
-  for (const char* suffix : {"", "-wal", "-shm"}) std::filesystem::remove(file.string() + suffix);
+  for (const char* suffix : {"", "-wal", "-shm"}) { std::filesystem::remove(file.string() + suffix); }
   check(sqlite3_open(file.c_str(), &m_database), m_database);
   execute(m_database, "PRAGMA journal_mode = WAL");
   execute(m_database, "PRAGMA synchronous = FULL");
@@ -115,7 +115,7 @@ void InsertFloor::insert(const FloorRow& row) {
 
 std::size_t parseWithLibical(const std::string& text) {
   icalcomponent* calendar = icalparser_parse_string(text.c_str());
-  if (calendar == nullptr) throw std::runtime_error("libical cannot read the measured file");
+  if (calendar == nullptr) { throw std::runtime_error("libical cannot read the measured file"); }
   const int count = icalcomponent_count_components(calendar, ICAL_ANY_COMPONENT);
   icalcomponent_free(calendar);
   return static_cast<std::size_t>(count);

@@ -33,7 +33,7 @@ struct Cost {
 
 template <class T>
 T orThrow(Result<T> result) {
-  if (!result) throw std::runtime_error(result.error().message);
+  if (!result) { throw std::runtime_error(result.error().message); }
   return std::move(*result);
 }
 
@@ -44,7 +44,7 @@ std::unique_ptr<CalendarStore> opened(const std::filesystem::path& file) {
 /// An answer or a refusal: both are fine here, what they cost is asked.
 void monthOf(CalendarStore& store, LocalTime from, LocalTime to) {
   std::vector<CalendarId> ids;
-  for (const Calendar& calendar : orThrow(store.calendars(CalendarKind::kEvents))) ids.push_back(calendar.id);
+  for (const Calendar& calendar : orThrow(store.calendars(CalendarKind::kEvents))) { ids.push_back(calendar.id); }
   (void)store.occurrences({Zone().toMoment(from), Zone().toMoment(to), ids});
 }
 
@@ -84,7 +84,7 @@ Cost costOf(const HostileShape& shape, std::size_t bytes, const std::filesystem:
 /// In a process of its own, so that its memory is its own.
 Cost costInChild(const HostileShape& shape, std::size_t bytes, const std::filesystem::path& folder) {
   std::array<int, 2> ends{};
-  if (::pipe(ends.data()) != 0) throw std::runtime_error("no pipe for the measuring process");
+  if (::pipe(ends.data()) != 0) { throw std::runtime_error("no pipe for the measuring process"); }
   const pid_t child = ::fork();
   if (child == 0) {
     ::alarm(kPatience);
@@ -104,9 +104,10 @@ Cost costInChild(const HostileShape& shape, std::size_t bytes, const std::filesy
   ::close(ends[0]);
   int status = 0;
   ::waitpid(child, &status, 0);
-  if (told) return cost;
-  if (!WIFSIGNALED(status) || WTERMSIG(status) != SIGALRM)
+  if (told) { return cost; }
+  if (!WIFSIGNALED(status) || WTERMSIG(status) != SIGALRM) {
     throw std::runtime_error(fmt::format("\"{}\" ended its process (status {})", shape.name, status));
+  }
   cost.import = kPatience;
   return cost;
 }
@@ -115,12 +116,12 @@ Cost costInChild(const HostileShape& shape, std::size_t bytes, const std::filesy
 
 void measureHostile(Report& report, const Setting& setting) {
   std::vector<std::size_t> sizes{1U << 18U, 1U << 19U, 1U << 20U};
-  if (setting.smoke) sizes = {1U << 14U};
+  if (setting.smoke) { sizes = {1U << 14U}; }
   constexpr double kMostSeconds = 1.0, kMostKiB = 64 * 1024;
   std::size_t over = 0;
   double slowest = 0, largest = 0;
   for (const HostileShape& shape : hostileShapes()) {
-    if (!setting.only.empty() && std::string(shape.name).find(setting.only) == std::string::npos) continue;
+    if (!setting.only.empty() && std::string(shape.name).find(setting.only) == std::string::npos) { continue; }
     std::string line = fmt::format("| {:<46} |", shape.name);
     Cost last;
     for (const std::size_t size : sizes) {

@@ -13,7 +13,7 @@ using Piece = std::function<std::string(std::size_t)>;
 
 /// `head`, then pieces until there are `bytes`, then `tail`.
 std::string filled(std::size_t bytes, std::string head, const Piece& piece, std::string_view tail) {
-  for (std::size_t i = 0; head.size() + tail.size() < bytes; ++i) head += piece(i);
+  for (std::size_t i = 0; head.size() + tail.size() < bytes; ++i) { head += piece(i); }
   return head.append(tail);
 }
 
@@ -105,7 +105,7 @@ std::string calendarsOfOneLongZone(std::size_t bytes) {
   std::string zone =
       "BEGIN:VCALENDAR\r\nBEGIN:VTIMEZONE\r\nTZID:Z\r\nBEGIN:STANDARD\r\nDTSTART:19700101T000000\r\n"
       "TZOFFSETFROM:+0100\r\nTZOFFSETTO:+0017\r\nEND:STANDARD\r\n";
-  while (zone.size() < bytes / 2) zone += "X-NOTE:nothing\r\n";
+  while (zone.size() < bytes / 2) { zone += "X-NOTE:nothing\r\n"; }
   return filled(
       bytes, zone + "END:VTIMEZONE\r\nEND:VCALENDAR\r\n",
       [](std::size_t i) {
@@ -188,8 +188,9 @@ std::string sameUid(std::size_t bytes) {
 
 std::string changedOccurrences(std::size_t bytes) {
   return calendarOf(bytes, [](std::size_t i) {
-    if (i == 0)
+    if (i == 0) {
       return std::string("BEGIN:VEVENT\r\nUID:s\r\nDTSTART:20000101T000000\r\nRRULE:FREQ=DAILY\r\nEND:VEVENT\r\n");
+    }
     return fmt::format("BEGIN:VEVENT\r\nUID:s\r\nRECURRENCE-ID:{0}\r\nDTSTART:{0}\r\nEND:VEVENT\r\n", dateAt(i * 977));
   });
 }
@@ -202,8 +203,9 @@ std::string strayOccurrences(std::size_t bytes) {
 
 std::string laterChanges(std::size_t bytes) {
   return calendarOf(bytes, [](std::size_t i) {
-    if (i == 0)
+    if (i == 0) {
       return std::string("BEGIN:VEVENT\r\nUID:s\r\nDTSTART:20000101T000000\r\nRRULE:FREQ=HOURLY\r\nEND:VEVENT\r\n");
+    }
     return fmt::format(
         "BEGIN:VEVENT\r\nUID:s\r\nRECURRENCE-ID;RANGE=THISANDFUTURE:{0}\r\nDTSTART:{0}\r\nEND:VEVENT\r\n",
         fmt::format("20{:02}{:02}{:02}T{:02}0000", i / 8064 % 99, 1 + i / 672 % 12, 1 + i / 24 % 28, i % 24));
@@ -220,7 +222,7 @@ std::string excludedDates(std::size_t bytes) {
 
 std::string datesUnderParameters(std::size_t bytes) {
   std::string parameters;
-  while (parameters.size() < bytes / 2) parameters += ";A=B";
+  while (parameters.size() < bytes / 2) { parameters += ";A=B"; }
   return oneEvent(bytes, "RDATE" + parameters + ":20261101T090000", [](std::size_t i) { return "," + dateAt(i); });
 }
 
@@ -236,7 +238,7 @@ std::string attendees(std::size_t bytes) {
 
 std::string attendeeOfManyNames(std::size_t bytes) {
   std::string parameters;
-  while (parameters.size() < bytes / 2) parameters += ";A=B";
+  while (parameters.size() < bytes / 2) { parameters += ";A=B"; }
   return oneEvent(
       bytes, "ATTENDEE" + parameters, [](std::size_t) { return std::string(";CN=x"); }, ":mailto:a@b.c\r\n");
 }

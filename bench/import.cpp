@@ -12,14 +12,14 @@ namespace orlocal::bench {
 namespace {
 
 void importInto(const std::filesystem::path& file, const std::filesystem::path& ics) {
-  for (const char* suffix : {"", "-wal", "-shm", "-bell"}) std::filesystem::remove(file.string() + suffix);
+  for (const char* suffix : {"", "-wal", "-shm", "-bell"}) { std::filesystem::remove(file.string() + suffix); }
   store::StoreOptions options;
   options.file = file;
   options.viewer = store::Zone::ofUser();
   auto opened = store::CalendarStore::open(std::move(options));
-  if (!opened) throw std::runtime_error(opened.error().message);
+  if (!opened) { throw std::runtime_error(opened.error().message); }
   auto report = store::importCalendarFile(**opened, ics, {});
-  if (!report) throw std::runtime_error(report.error().message);
+  if (!report) { throw std::runtime_error(report.error().message); }
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
       setting.smoke = true;
     } else if (word == "--hostile") {
       hostileOnly = true;
-      if (i + 1 < argc && argv[i + 1][0] != '-') setting.only = argv[++i];
+      if (i + 1 < argc && argv[i + 1][0] != '-') { setting.only = argv[++i]; }
     } else if (word == "--peak") {
       peakOnly = true;
     } else if (word == "--report" && i + 1 < argc) {
@@ -59,7 +59,7 @@ int main(int argc, char** argv) {
     measureSaving(report, setting);
     measureNotices(report, setting);
     measureCallOverhead(report, setting);
-    if (!reportFile.empty()) std::ofstream(reportFile) << report.markdown();
+    if (!reportFile.empty()) { std::ofstream(reportFile) << report.markdown(); }
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "orlocal_bench: %s\n", problem.what());
     return 1;

@@ -13,7 +13,7 @@
 namespace orlocal::bench {
 
 Times summarize(std::vector<double> seconds) {
-  if (seconds.empty()) return {};
+  if (seconds.empty()) { return {}; }
   std::sort(seconds.begin(), seconds.end());
   return {seconds.front(), seconds[seconds.size() / 2], seconds.back()};
 }
@@ -43,9 +43,9 @@ double seconds(const std::function<void()>& work) {
 
 double inChild(const std::function<double()>& work) {
   int ends[2];
-  if (pipe(ends) != 0) throw std::runtime_error("no pipe for a measuring child");
+  if (pipe(ends) != 0) { throw std::runtime_error("no pipe for a measuring child"); }
   const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("no process for a measuring child");
+  if (child < 0) { throw std::runtime_error("no process for a measuring child"); }
   if (child == 0) {
     const double answer = work();
     const bool told = write(ends[1], &answer, sizeof answer) == static_cast<ssize_t>(sizeof answer);
@@ -57,14 +57,14 @@ double inChild(const std::function<double()>& work) {
   close(ends[0]);
   int status = 0;
   waitpid(child, &status, 0);
-  if (!heard || status != 0) throw std::runtime_error("a measuring child failed");
+  if (!heard || status != 0) { throw std::runtime_error("a measuring child failed"); }
   return answer;
 }
 
 double peakResidentKiB() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmHWM:", 0) == 0) return std::strtod(line.c_str() + 6, nullptr);
+    if (line.rfind("VmHWM:", 0) == 0) { return std::strtod(line.c_str() + 6, nullptr); }
   }
   return 0;
 }

@@ -61,7 +61,7 @@ int noteDatabase(sqlite3* database, char**, const sqlite3_api_routines*) {
 
 template <class T>
 T orThrow(Result<T> result) {
-  if (!result) throw std::runtime_error(result.error().message);
+  if (!result) { throw std::runtime_error(result.error().message); }
   return *std::move(result);
 }
 
@@ -86,7 +86,7 @@ class Saver {
     g_committed = 0;
     store::ItemEdit edit;
     edit.values = std::move(event);
-    if (!m_store->saveEvent(edit, std::nullopt, store::Span::kThis)) throw std::runtime_error("no save");
+    if (!m_store->saveEvent(edit, std::nullopt, store::Span::kThis)) { throw std::runtime_error("no save"); }
     return g_committed;
   }
 
@@ -107,7 +107,7 @@ class Partner {
       throw std::runtime_error("no pipe for another process");
     }
     m_child = fork();
-    if (m_child < 0) throw std::runtime_error("no other process");
+    if (m_child < 0) { throw std::runtime_error("no other process"); }
     if (m_child == 0) {
       close(orders[1]);
       close(answers[0]);
@@ -117,7 +117,7 @@ class Partner {
         // So that the one who waits is asleep again.
         usleep(2000);
         const std::int64_t when = deed();
-        if (write(answers[1], &when, sizeof when) != sizeof when) break;
+        if (write(answers[1], &when, sizeof when) != sizeof when) { break; }
       }
       _exit(0);
     }
@@ -135,7 +135,7 @@ class Partner {
   Partner& operator=(const Partner&) = delete;
 
   void order() const {
-    if (write(m_orders, "x", 1) != 1) throw std::runtime_error("the other process is gone");
+    if (write(m_orders, "x", 1) != 1) { throw std::runtime_error("the other process is gone"); }
   }
   std::int64_t answer() const {
     std::int64_t when = 0;
@@ -176,7 +176,7 @@ class Listener {
       return fmx::ErrorCode{0};
     });
     const auto registered = host::registerUpdateScript(*m_plugin, "Solution", "Calendar changed");
-    if (!registered) throw std::runtime_error(registered.error().message);
+    if (!registered) { throw std::runtime_error(registered.error().message); }
     m_signal = orThrow(store::ChangeSignal::listen(file));
     idle();
   }
@@ -209,7 +209,7 @@ class Listener {
 
  private:
   void idle() {
-    if (const auto done = m_plugin->idle(); !done) throw std::runtime_error(done.error().message);
+    if (const auto done = m_plugin->idle(); !done) { throw std::runtime_error(done.error().message); }
   }
 
   std::unique_ptr<host::Plugin> m_plugin;
@@ -250,7 +250,7 @@ void measureNotices(Report& report, const Setting& setting) {
     return [touched] {
       const int descriptor = open(touched.c_str(), O_WRONLY | O_CLOEXEC);
       const std::int64_t before = nanoseconds();
-      if (pwrite(descriptor, "\n", 1, 0) != 1) return std::int64_t{0};
+      if (pwrite(descriptor, "\n", 1, 0) != 1) { return std::int64_t{0}; }
       close(descriptor);
       return before;
     };

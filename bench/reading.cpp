@@ -33,19 +33,19 @@ std::vector<FloorRow> expandedYear(const std::filesystem::path& file) {
   options.file = file;
   options.viewer = store::Zone::ofUser();
   auto opened = store::CalendarStore::open(std::move(options));
-  if (!opened) throw std::runtime_error(opened.error().message);
+  if (!opened) { throw std::runtime_error(opened.error().message); }
   store::EventQuery query;
   query.from = options.viewer.toMoment(LocalTime(2025, 12, 1, 0, 0, 0));
   query.to = options.viewer.toMoment(LocalTime(2027, 2, 1, 0, 0, 0));
   auto calendars = (*opened)->calendars(store::CalendarKind::kEvents);
-  if (!calendars) throw std::runtime_error(calendars.error().message);
-  for (const auto& calendar : *calendars) query.calendars.push_back(calendar.id);
+  if (!calendars) { throw std::runtime_error(calendars.error().message); }
+  for (const auto& calendar : *calendars) { query.calendars.push_back(calendar.id); }
   auto occurrences = (*opened)->occurrences(query);
-  if (!occurrences) throw std::runtime_error(occurrences.error().message);
+  if (!occurrences) { throw std::runtime_error(occurrences.error().message); }
   std::vector<FloorRow> rows;
   for (const auto& occurrence : *occurrences) {
     auto item = (*opened)->item(occurrence.item);
-    if (!item || !*item) throw std::runtime_error("an occurrence without its event");
+    if (!item || !*item) { throw std::runtime_error("an occurrence without its event"); }
     rows.push_back({std::chrono::duration_cast<std::chrono::seconds>(occurrence.start.time_since_epoch()).count(),
                     std::chrono::duration_cast<std::chrono::seconds>(occurrence.end.time_since_epoch()).count(),
                     (*item)->title.value_or(""), (*item)->location.value_or(""), (*item)->notes.value_or(""),
@@ -148,7 +148,7 @@ void measureStore(Report& report, const Setting& setting, std::size_t events) {
         floor.scan(from, to);
         return seconds([&] { floor.scan(from, to); });
       });
-      if (round == 0) continue;
+      if (round == 0) { continue; }
       ours.push_back(ourTime);
       floors.push_back(floorTime);
     }
@@ -175,7 +175,7 @@ void measureStore(Report& report, const Setting& setting, std::size_t events) {
 }  // namespace
 
 void measureReading(Report& report, const Setting& setting) {
-  for (const std::size_t events : setting.sizes) measureStore(report, setting, events);
+  for (const std::size_t events : setting.sizes) { measureStore(report, setting, events); }
 }
 
 void printPeakOfReading(const Setting& setting) {

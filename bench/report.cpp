@@ -9,9 +9,9 @@ namespace orlocal::bench {
 namespace {
 
 std::string time(double seconds) {
-  if (seconds < 1e-6) return fmt::format("{:.0f} ns", seconds * 1e9);
-  if (seconds < 1e-3) return fmt::format("{:.1f} µs", seconds * 1e6);
-  if (seconds < 1) return fmt::format("{:.2f} ms", seconds * 1e3);
+  if (seconds < 1e-6) { return fmt::format("{:.0f} ns", seconds * 1e9); }
+  if (seconds < 1e-3) { return fmt::format("{:.1f} µs", seconds * 1e6); }
+  if (seconds < 1) { return fmt::format("{:.2f} ms", seconds * 1e3); }
   return fmt::format("{:.2f} s", seconds);
 }
 
@@ -29,7 +29,7 @@ constexpr const char* kHead =
 }  // namespace
 
 void Report::add(Row row) {
-  if (m_rows.empty()) std::puts(kHead);
+  if (m_rows.empty()) { std::puts(kHead); }
   std::puts(line(row).c_str());
   std::fflush(stdout);
   m_rows.push_back(std::move(row));
@@ -48,9 +48,9 @@ void Report::print(const std::string& text) const {
 
 std::string Report::markdown() const {
   std::string text = std::string(kHead) + "\n";
-  for (const auto& row : m_rows) text += line(row) + "\n";
-  if (!m_notes.empty()) text += "\n";
-  for (const auto& note : m_notes) text += "- " + note + "\n";
+  for (const auto& row : m_rows) { text += line(row) + "\n"; }
+  if (!m_notes.empty()) { text += "\n"; }
+  for (const auto& note : m_notes) { text += "- " + note + "\n"; }
   return text;
 }
 

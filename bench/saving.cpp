@@ -43,7 +43,7 @@ double timed(const Setting& setting, int steps, const std::function<std::functio
     const auto step = prepare();
     step(0);
     return seconds([&] {
-      for (int i = 1; i <= steps; ++i) step(i);
+      for (int i = 1; i <= steps; ++i) { step(i); }
     });
   });
 }
@@ -53,7 +53,7 @@ double floorInserts(const Setting& setting, int inserts) {
   const FloorRow row{1793865600, 1793869200, "Saved 1", "Room 12", "", "0000@measured.example"};
   floor.insert(row);
   return seconds([&] {
-    for (int i = 0; i < inserts; ++i) floor.insert(row);
+    for (int i = 0; i < inserts; ++i) { floor.insert(row); }
   });
 }
 

@@ -11,13 +11,13 @@ fmx::Exception g_exception;
 
 std::string ascii(std::u16string_view units) {
   std::string text;
-  for (const char16_t unit : units) text += unit < 0x80 ? static_cast<char>(unit) : '?';
+  for (const char16_t unit : units) { text += unit < 0x80 ? static_cast<char>(unit) : '?'; }
   return text;
 }
 
 fmx::ExternalFunction registered(std::u16string_view name) {
   const auto entry = host::Registry::instance().function(name);
-  if (!entry) throw std::runtime_error("the plug-in did not register " + ascii(name));
+  if (!entry) { throw std::runtime_error("the plug-in did not register " + ascii(name)); }
   return entry->function;
 }
 
@@ -52,7 +52,7 @@ Call::~Call() {
 
 void Call::setTexts(std::initializer_list<std::u16string_view> arguments) {
   fmx::FM_DataVect_Clear(m_arguments, &g_exception);
-  for (const auto argument : arguments) push(m_arguments, argument);
+  for (const auto argument : arguments) { push(m_arguments, argument); }
 }
 
 void Call::setLast(std::int32_t number) {
@@ -86,7 +86,7 @@ std::u16string Call::text() const {
 
 std::unique_ptr<host::Plugin> startPlugin(const std::filesystem::path& file) {
   auto plugin = host::Plugin::load(file);
-  if (!plugin) throw std::runtime_error(plugin.error().message);
+  if (!plugin) { throw std::runtime_error(plugin.error().message); }
   return std::move(*plugin);
 }
 

@@ -20,11 +20,11 @@ namespace {
 class Waiting {
  public:
   explicit Waiting(const std::filesystem::path& file) {
-    if (sqlite3_open(file.c_str(), &m_database) != SQLITE_OK) throw std::runtime_error("no store to wait for");
+    if (sqlite3_open(file.c_str(), &m_database) != SQLITE_OK) { throw std::runtime_error("no store to wait for"); }
     m_thread = std::thread([this] { wait(); });
   }
   ~Waiting() {
-    if (m_thread.joinable()) m_thread.join();
+    if (m_thread.joinable()) { m_thread.join(); }
     sqlite3_close(m_database);
   }
   Waiting(const Waiting&) = delete;
@@ -45,7 +45,7 @@ class Waiting {
       if (sqlite3_exec(m_database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK) {
         sqlite3_exec(m_database, "ROLLBACK", nullptr, nullptr, nullptr);
       } else {
-        if (m_first == Clock::time_point()) m_first = now;
+        if (m_first == Clock::time_point()) { m_first = now; }
         m_last = now;
       }
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -64,26 +64,28 @@ double turnOf(const std::filesystem::path& file, const std::string& text, std::s
   store::StoreOptions options;
   options.file = file;
   auto opened = store::CalendarStore::open(std::move(options));
-  if (!opened) throw std::runtime_error(opened.error().message);
+  if (!opened) { throw std::runtime_error(opened.error().message); }
   Waiting waiting(file);
   const auto report = store::importCalendarText(**opened, text, "measured.ics");
   const double held = waiting.seconds();
-  if (!report) throw std::runtime_error(report.error().message);
-  if ((*report).*counted != expected) throw std::runtime_error("the measured import did something else");
+  if (!report) { throw std::runtime_error(report.error().message); }
+  if ((*report).*counted != expected) { throw std::runtime_error("the measured import did something else"); }
   return held;
 }
 
 void removeStore(const std::filesystem::path& file) {
-  for (const char* suffix : {"", "-wal", "-shm", "-bell"}) std::filesystem::remove(file.string() + suffix);
+  for (const char* suffix : {"", "-wal", "-shm", "-bell"}) { std::filesystem::remove(file.string() + suffix); }
 }
 
 std::string withOtherTitles(std::string text) {
-  for (std::size_t at = 0; (at = text.find("\nSUMMARY:", at)) != std::string::npos; at += 12) text.insert(at + 9, "X ");
+  for (std::size_t at = 0; (at = text.find("\nSUMMARY:", at)) != std::string::npos; at += 12) {
+    text.insert(at + 9, "X ");
+  }
   return text;
 }
 
 std::string withOtherUids(std::string text) {
-  for (std::size_t at = 0; (at = text.find("\nUID:", at)) != std::string::npos; at += 8) text.insert(at + 5, "x-");
+  for (std::size_t at = 0; (at = text.find("\nUID:", at)) != std::string::npos; at += 8) { text.insert(at + 5, "x-"); }
   return text;
 }
 
@@ -113,7 +115,7 @@ void measureTurns(Report& report, const Setting& setting, const std::filesystem:
         kind.name, setting.rounds > 3 ? 3 : 1,
         [&] {
           removeStore(file);
-          if (kind.intoAStore) turnOf(file, text, events, &Counted::added);
+          if (kind.intoAStore) { turnOf(file, text, events, &Counted::added); }
           return turnOf(file, kind.text, events, kind.counted);
         },
         floor);

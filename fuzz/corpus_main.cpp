@@ -20,6 +20,6 @@ int main(int count, char** words) {
       ++inputs;
     }
   }
-  if (inputs == 0) std::cerr << "no inputs found\n";
+  if (inputs == 0) { std::cerr << "no inputs found\n"; }
   return inputs > 0 ? 0 : 1;
 }

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Reads every #include below src/ and fails when a layer includes one that it must not know.
+"""Reads every #include below src/ and fails when a layer includes one that it must not know, or when a header includes
+itself by way of others: such a one compiles after them only.
 
 usage: layers.py SOURCE_FOLDER
 """
@@ -90,8 +91,29 @@ def offences(source):
                 yield f"{name}:{number}: {layer} must not know <{target}>"
 
 
+def circles(source):
+    headers = {path.relative_to(source).as_posix(): path for path in sorted(source.rglob("*.h"))}
+    includes = {}
+    for name, path in headers.items():
+        found = map(INCLUDE.match, path.read_text(encoding="utf-8").splitlines())
+        includes[name] = [match.group(2) for match in found if match and match.group(2) in headers]
+    done = set()
+
+    def walk(name, way):
+        if name in way:
+            yield f"{name}: includes itself by way of {', '.join(way[way.index(name) + 1:]) or 'itself'}"
+        elif name not in done:
+            for target in includes[name]:
+                yield from walk(target, [*way, name])
+            done.add(name)
+
+    for name in headers:
+        yield from walk(name, [])
+
+
 def main():
-    found = list(offences(pathlib.Path(sys.argv[1])))
+    source = pathlib.Path(sys.argv[1])
+    found = [*offences(source), *circles(source)]
     for line in found:
         print(line)
     print(f"layers: {len(found)} offences")

@@ -53,7 +53,7 @@ TEST_P(EachChange, IsWholeOrNotAtAllWhateverHappens) {
 INSTANTIATE_TEST_SUITE_P(Of, EachChange, testing::Range(std::size_t{0}, changes().size()), [](const auto& tested) {
   std::string name = changes()[tested.param].name;
   for (char& c : name) {
-    if (c == ' ') c = '_';
+    if (c == ' ') { c = '_'; }
   }
   return name;
 });

@@ -40,7 +40,7 @@ Result<Value> literalValue(const Token& token) {
   if (token.kind == TokenKind::kPilcrow) { return Value::ofText(std::u16string(1, kReturn)); }
   Number number = Number::parse(toUtf16(token.text));
   if (!number.isNumber()) { return unreadable(token.offset, "this number is beyond what a calculation can hold"); }
-  return Value::ofNumber(std::move(number));
+  return Value::ofNumber(number);
 }
 
 }  // namespace

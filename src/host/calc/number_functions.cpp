@@ -37,7 +37,7 @@ Value setPrecision(CallContext&, Arguments a) {
   if (!a[0].isValid()) { return a[0]; }
   Number number = a[0].asNumber();
   number.setPrecision(smallAt(a, 1));
-  return Value::ofNumber(std::move(number));
+  return Value::ofNumber(number);
 }
 
 bool holdsSomething(const Value& value) { return !value.isEmpty() || !value.isValid(); }
@@ -54,7 +54,7 @@ Value sum(CallContext&, Arguments a) {
     if (!value.isValid()) { return value; }
     total = total + value.asNumber();
   }
-  return Value::ofNumber(std::move(total));
+  return Value::ofNumber(total);
 }
 
 Value average(CallContext& context, Arguments a) {

@@ -35,8 +35,8 @@ const char* nameOf(store::Source::Type type) {
 
 std::string colorText(const std::optional<store::Rgb>& color) {
   if (!color) { return ""; }
-  const auto channel = [](double part) { return static_cast<int>(std::clamp(part, 0.0, 1.0) * 255 + 0.5); };
-  return fmt::format("#{:02X}{:02X}{:02X}", channel(color->red), channel(color->green), channel(color->blue));
+  const auto [red, green, blue] = color->bytes();
+  return fmt::format("#{:02X}{:02X}{:02X}", red, green, blue);
 }
 
 /// A calendar with what the store says of it beside its own fields.

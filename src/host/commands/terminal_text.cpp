@@ -1,7 +1,5 @@
 #include "host/commands/terminal_text.h"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 #include <unicode/uchar.h>
 
@@ -45,8 +43,6 @@ void eachCharacter(std::string_view text, Visit visit) {
 
 constexpr bool isControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029; }
 
-int channel(double part) { return static_cast<int>(std::clamp(part, 0.0, 1.0) * 255 + 0.5); }
-
 }  // namespace
 
 std::string printable(std::string_view text) {
@@ -80,8 +76,8 @@ std::string padded(std::string_view text, std::size_t width) {
 
 std::string Ink::colored(const std::optional<store::Rgb>& color, std::string_view text) const {
   if (!color) { return std::string(text); }
-  return wrapped(fmt::format("\x1b[38;2;{};{};{}m", channel(color->red), channel(color->green), channel(color->blue)),
-                 text);
+  const auto [red, green, blue] = color->bytes();
+  return wrapped(fmt::format("\x1b[38;2;{};{};{}m", red, green, blue), text);
 }
 
 std::string Ink::wrapped(std::string_view begin, std::string_view text) const {

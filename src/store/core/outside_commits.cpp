@@ -87,7 +87,7 @@ Result<std::vector<OutsideCommit>> outsideCommitsAfter(ChangeLog& log, std::int6
   OutsideCommit untold;
   std::int64_t current = 0;
   ORLOCAL_CHECK(log.visitAfter(position, [&](const LoggedChange& change) {
-    if (change.writer == log.writer() || recordsOf(untold, change.subject) == nullptr) return;
+    if (change.writer == log.writer() || recordsOf(untold, change.subject) == nullptr) { return; }
     if (change.commit != current) {
       collector.finishInto(commits);
       current = change.commit;

@@ -215,9 +215,9 @@ Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
   if (query.status != ReminderQuery::Status::kCompleted) {
     ORLOCAL_CHECK(m_core.timeline.visitOpenReminders(
         floorSeconds(range.from), ceilSeconds(range.to), !bounded, [&](const TimelineEntry& entry) -> Status {
-          if (!calendars.takes(entry.calendar)) return {};
+          if (!calendars.takes(entry.calendar)) { return {}; }
           const Moment due = entry.hasDue ? momentAt(entry.start, entry.wall, viewer) : Moment::max();
-          if (!entry.hasDue || (due >= range.from && due < range.to)) found.push_back({due, entry.item});
+          if (!entry.hasDue || (due >= range.from && due < range.to)) { found.push_back({due, entry.item}); }
           return {};
         }));
   }
@@ -225,8 +225,8 @@ Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
     ORLOCAL_CHECK(m_core.timeline.visitCompletedReminders(
         floorSeconds(range.from), ceilSeconds(range.to), [&](const TimelineEntry& entry) -> Status {
           const Moment completed{seconds(entry.start)};
-          if (!calendars.takes(entry.calendar)) return {};
-          if (completed < range.from || completed >= range.to) return {};
+          if (!calendars.takes(entry.calendar)) { return {}; }
+          if (completed < range.from || completed >= range.to) { return {}; }
           found.push_back({entry.hasDue ? momentAt(entry.end, entry.dueIsWall, viewer) : Moment::max(), entry.item});
           return {};
         }));

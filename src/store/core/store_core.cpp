@@ -152,11 +152,11 @@ Status StoreCore::catchUp() {
       zonesChanged = true;
     } else {
       ORLOCAL_CHECK(log.visitAfter(m_seen, [&](const LoggedChange& change) {
-        if (change.subject == Subject::kZone) zonesChanged = true;
-        if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) return;
+        if (change.subject == Subject::kZone) { zonesChanged = true; }
+        if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) { return; }
         rows.forget(change.row);
         series.forget(change.row);
-        if (change.series) series.forget(*change.series);
+        if (change.series) { series.forget(*change.series); }
       }));
       timeline.forget();
     }

@@ -96,10 +96,10 @@ Status KnownItems::forgetChanged() {
   std::unordered_set<ItemId> changed;
   bool zones = false;
   ORLOCAL_CHECK(m_core.log.visitAfter(m_seen, [&](const LoggedChange& change) {
-    if (change.subject == Subject::kZone) zones = true;
-    if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) return;
+    if (change.subject == Subject::kZone) { zones = true; }
+    if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) { return; }
     changed.insert(change.row);
-    if (change.series) changed.insert(*change.series);
+    if (change.series) { changed.insert(*change.series); }
   }));
   for (const ItemId id : changed) {
     ORLOCAL_TRY(const auto place, m_core.rows.place(id));

@@ -108,7 +108,7 @@ Status ReminderEdits::moveOn(Item& edited) {
   std::optional<Series::Instance> next;
   ExpansionBudget budget;
   ORLOCAL_CHECK(series.expand(current, Moment::max(), budget, [&](const Series::Instance& instance) {
-    if (instance.start <= current) return true;
+    if (instance.start <= current) { return true; }
     next = instance;
     return false;
   }));

@@ -109,7 +109,7 @@ Result<std::optional<Moment>> SeriesEdits::nextByRule(const Item& series, Moment
   std::optional<Moment> next;
   ExpansionBudget budget;
   ORLOCAL_CHECK(rules.expand(original, Moment::max(), budget, [&](const Series::Instance& instance) {
-    if (instance.start > original) next = instance.start;
+    if (instance.start > original) { next = instance.start; }
     return !next;
   }));
   return next;

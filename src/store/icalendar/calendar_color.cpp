@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 
 #include <fmt/format.h>
 
@@ -192,8 +191,8 @@ std::optional<Rgb> parseColor(std::string_view text) {
 }
 
 std::string colorText(const Rgb& color) {
-  const auto part = [](double value) { return static_cast<int>(std::lround(std::clamp(value, 0.0, 1.0) * 255.0)); };
-  return fmt::format("#{:02X}{:02X}{:02X}", part(color.red), part(color.green), part(color.blue));
+  const auto [red, green, blue] = color.bytes();
+  return fmt::format("#{:02X}{:02X}{:02X}", red, green, blue);
 }
 
 }  // namespace orlocal::store

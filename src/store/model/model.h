@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <compare>
 #include <cstdint>
@@ -37,6 +39,11 @@ struct Source {
 struct Rgb {
   double red = 0, green = 0, blue = 0;  ///< 0 to 1 in ordinary use; kept as given
 
+  /// Red, green and blue from 0 to 255, as they are shown and written.
+  std::array<int, 3> bytes() const {
+    const auto byte = [](double part) { return static_cast<int>(std::clamp(part, 0.0, 1.0) * 255 + 0.5); };
+    return {byte(red), byte(green), byte(blue)};
+  }
   friend bool operator==(const Rgb&, const Rgb&) = default;
 };
 

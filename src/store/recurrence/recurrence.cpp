@@ -391,7 +391,7 @@ Status Series::checkDensity() const {
 Result<std::optional<Series::Instance>> Series::at(Moment start, ExpansionBudget& budget) const {
   std::optional<Instance> found;
   ORLOCAL_CHECK(expand(start, start + microseconds(1), budget, [&](const Instance& instance) {
-    if (instance.start == start) found = instance;
+    if (instance.start == start) { found = instance; }
     return !found;
   }));
   return found;

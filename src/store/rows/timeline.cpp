@@ -315,7 +315,9 @@ Status Timeline::visitEvents(std::int64_t from, std::int64_t to, const Visitor& 
       if ((months >> month & 1) == 0) { continue; }
       const std::size_t sorted = seen.size();
       ORLOCAL_CHECK(visitShelf(clock.months + month, INT64_MIN, clock.to, [&](const TimelineEntry& entry) -> Status {
-        if (std::binary_search(seen.begin(), seen.begin() + static_cast<std::ptrdiff_t>(sorted), entry.item)) return {};
+        if (std::binary_search(seen.begin(), seen.begin() + static_cast<std::ptrdiff_t>(sorted), entry.item)) {
+          return {};
+        }
         seen.push_back(entry.item);
         return within(entry);
       }));

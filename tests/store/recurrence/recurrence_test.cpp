@@ -174,8 +174,9 @@ TEST(SeriesWindow, ShowsTheSameAsTheWholeSeriesWould) {
       const Moment high = std::min(low + std::chrono::days(30), viewedAt("20240101T000000"));
       ExpansionBudget budget;
       ASSERT_TRUE(series.expand(low, high, budget, [&](const Series::Instance& instance) {
-        if (instance.start >= low)
+        if (instance.start >= low) {
           pieces.push_back(timeText({CalendarTime::Kind::kFloating, viewer().toLocal(instance.start), ""}));
+        }
         return true;
       }));
     }
