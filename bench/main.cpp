@@ -1,17 +1,46 @@
 // Measures the built plug-in, each thing beside a floor from the same run. Usage:
-//   orlocal_bench PLUGIN FOLDER [--smoke] [--report FILE] [--hostile [NAME]]
+//   orlocal_bench PLUGIN FOLDER [--smoke] [--only PART] [--sizes N,N] [--report FILE] [--hostile [NAME]]
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "measurements.h"
 
+namespace {
+
+using namespace orlocal::bench;
+
+struct Part {
+  const char* name;
+  void (*measure)(Report&, const Setting&);
+};
+
+// Everything that forks comes first: the parent must not have started the plug-in.
+constexpr Part kParts[] = {
+    {"hostile", measureHostile}, {"reading", measureReading},    {"saving", measureSaving},
+    {"notices", measureNotices}, {"calls", measureCallOverhead},
+};
+
+/// The numbers between commas.
+std::vector<std::size_t> sizesIn(const std::string& list) {
+  std::vector<std::size_t> sizes;
+  std::istringstream pieces(list);
+  for (std::string piece; std::getline(pieces, piece, ',');) { sizes.push_back(std::stoul(piece)); }
+  return sizes;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-  using namespace orlocal::bench;
   if (argc < 3) {
-    std::fputs("usage: orlocal_bench PLUGIN FOLDER [--smoke] [--report FILE] [--hostile [NAME]]\n", stderr);
+    std::fputs(
+        "usage: orlocal_bench PLUGIN FOLDER [--smoke] [--only PART] [--sizes N,N] [--report FILE] [--hostile [NAME]]\n",
+        stderr);
     return 2;
   }
   Setting setting;
@@ -20,6 +49,7 @@ int main(int argc, char** argv) {
   setting.folder = argv[2];
   std::string reportFile;
   bool hostileOnly = false;
+  std::string onlyPart;
   bool peakOnly = false;  // what the program asks of itself, see peakOfFreshProcess
   for (int i = 3; i < argc; ++i) {
     const std::string word = argv[i];
@@ -27,6 +57,10 @@ int main(int argc, char** argv) {
       setting.sizes = {1'000};
       setting.rounds = 2;
       setting.smoke = true;
+    } else if (word == "--sizes" && i + 1 < argc) {
+      setting.sizes = sizesIn(argv[++i]);
+    } else if (word == "--only" && i + 1 < argc) {
+      onlyPart = argv[++i];
     } else if (word == "--hostile") {
       hostileOnly = true;
       if (i + 1 < argc && argv[i + 1][0] != '-') { setting.only = argv[++i]; }
@@ -53,12 +87,13 @@ int main(int argc, char** argv) {
       measureHostile(report, setting);
       return 0;
     }
-    // Everything that forks comes first: the parent must not have started the plug-in.
-    measureHostile(report, setting);
-    measureReading(report, setting);
-    measureSaving(report, setting);
-    measureNotices(report, setting);
-    measureCallOverhead(report, setting);
+    bool any = false;
+    for (const Part& part : kParts) {
+      if (!onlyPart.empty() && onlyPart != part.name) { continue; }
+      part.measure(report, setting);
+      any = true;
+    }
+    if (!any) { throw std::runtime_error("there is no part \"" + onlyPart + "\" to measure"); }
     if (!reportFile.empty()) { std::ofstream(reportFile) << report.markdown(); }
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "orlocal_bench: %s\n", problem.what());

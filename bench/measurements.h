@@ -43,6 +43,11 @@ Row measureImport(const Setting& setting, const std::filesystem::path& ics, cons
 /// into an SQLite file together.
 void measureTurns(Report& report, const Setting& setting, const std::filesystem::path& ics, std::size_t events);
 
+/// Adds what a thousand occurrences cost where most of the store lies elsewhere, in a stretch that was answered before
+/// and in one that was not, beside the occurrences in `floorFile`.
+void measureStretches(Report& report, const Setting& setting, const std::filesystem::path& floorFile,
+                      std::size_t events);
+
 /// Answers twelve months from the store that the environment names, and prints this process's peak of memory in KiB.
 void printPeakOfReading(const Setting& setting);
 

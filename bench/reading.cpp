@@ -168,6 +168,8 @@ void measureStore(Report& report, const Setting& setting, std::size_t events) {
       monthStart, monthEnd);
   warm("walk over a year", 4.5, yearRows, walkYear, yearStart, yearEnd);
 
+  measureStretches(report, setting, floorFile, events);
+
   report.note(fmt::format("peak resident memory, {} events, open and twelve months: {:.1f} MiB", events,
                           peakOfFreshProcess(setting) / 1024));
 }
