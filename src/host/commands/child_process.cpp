@@ -101,19 +101,23 @@ std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
   return arguments;
 }
 
-Result<pid_t> forked() {
+/// Both of the processes have the ends of `pipe`; nobody has when none was started.
+Result<pid_t> forked(const Pipe& pipe) {
   std::cout.flush();
   std::cerr.flush();
   const pid_t child = ::fork();
-  if (child < 0) { return systemFailure("no process can be started"); }
-  return child;
+  if (child >= 0) { return child; }
+  auto failed = systemFailure("no process can be started");
+  ::close(pipe[0]);
+  ::close(pipe[1]);
+  return failed;
 }
 
 }  // namespace
 
 Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work) {
   ORLOCAL_TRY(const Pipe pipe, newPipe());
-  ORLOCAL_TRY(const pid_t child, forked());
+  ORLOCAL_TRY(const pid_t child, forked(pipe));
   if (child != 0) { return collect(child, pipe); }
   ::close(pipe[0]);
   const Status done = withoutThrowing([&] {
@@ -129,7 +133,7 @@ Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work)
 Result<ChildResult> runProgram(const std::vector<std::string>& words) {
   const std::vector<char*> arguments = argumentsOf(words);
   ORLOCAL_TRY(const Pipe pipe, newPipe());
-  ORLOCAL_TRY(const pid_t child, forked());
+  ORLOCAL_TRY(const pid_t child, forked(pipe));
   if (child != 0) { return collect(child, pipe); }
   ::dup2(pipe[1], STDOUT_FILENO);
   ::dup2(pipe[1], STDERR_FILENO);
@@ -141,7 +145,7 @@ Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
   const std::vector<char*> arguments = argumentsOf(words);
   // What closes without a word when the program begins, and says why when it cannot.
   ORLOCAL_TRY(const Pipe pipe, newPipe());
-  ORLOCAL_TRY(const pid_t child, forked());
+  ORLOCAL_TRY(const pid_t child, forked(pipe));
   if (child == 0) {
     const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::dup2(nothing, STDIN_FILENO);
@@ -159,6 +163,10 @@ Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
   waitFor(child, result);
   if (count > 0) { result.ending = fmt::format("cannot be run: {}", systemReason(reason)); }
   return result;
+}
+
+std::string endingOf(const Result<ChildResult>& result) {
+  return result ? result->ending : "was not run: " + result.error().message;
 }
 
 }  // namespace orlocal::host

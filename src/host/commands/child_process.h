@@ -32,4 +32,7 @@ Result<ChildResult> runProgram(const std::vector<std::string>& words);
 /// is searched on the path. `output` stays empty.
 Result<ChildResult> runVisibly(const std::vector<std::string>& words);
 
+/// How a program ended, to stand behind its name; or that it was not started, and why.
+std::string endingOf(const Result<ChildResult>& result);
+
 }  // namespace orlocal::host

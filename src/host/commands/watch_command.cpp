@@ -111,9 +111,7 @@ class ScriptWatch {
     std::replace(words.begin(), words.end(), std::string(kParameter), parameter);
     const Result<ChildResult> result = runVisibly(words);
     if (result && result->succeeded()) { return 0; }
-    if (result) {
-      tellTrouble(m_context.streams.err, fmt::format("{} {} ({})", words.front(), result->ending, parameter));
-    }
+    tellTrouble(m_context.streams.err, fmt::format("{} {} ({})", words.front(), endingOf(result), parameter));
     return Registry::kRefused;
   }
 

@@ -61,6 +61,7 @@ TEST(ChildProcessTest, FailsWhenNoPipeCanBeMade) {
   ::setrlimit(RLIMIT_NOFILE, &before);
   ASSERT_FALSE(result);
   EXPECT_EQ(result.error().message, "no pipe: Too many open files");
+  EXPECT_EQ(endingOf(result), "was not run: no pipe: Too many open files");
 }
 
 TEST(ChildProcessTest, MakesAFailureOfAnException) {
