@@ -11,6 +11,7 @@
 
 #include "base/result.h"
 #include "store/model/model.h"
+#include "store/recurrence/day_pattern.h"
 #include "store/time/zone.h"
 
 namespace orlocal::store {
@@ -39,6 +40,19 @@ class ExpansionBudget {
   std::uint64_t m_steps;
   std::chrono::steady_clock::time_point m_deadline;
   const std::atomic<bool>* m_stop;
+};
+
+/// A series that comes once a day at most, on days that can be told one by one: all that its occurrences are, so that
+/// many of them are found together. Those in a zone whose clock once skipped a whole day are none of these.
+struct PlainSeries {
+  Zone zone;
+  bool allDay = false;
+  DayPattern days;
+  DayNumber firstDay = 0, lastDay = 0;  ///< of the rule; none of it when the last lies before the first
+  LocalSeconds timeOfDay = 0;           ///< seconds after midnight
+  LocalSeconds length = 0;              ///< seconds; of whole days on the wall clock
+  std::optional<LocalSeconds> start;    ///< the series' own, where the rule does not make it
+  std::vector<DayNumber> excluded;      ///< days of the rule that do not count; sorted
 };
 
 /// A repeating item made ready for expansion: small, immutable, cheap to keep by the ten thousand. A single item is a
@@ -85,6 +99,9 @@ class Series {
 
   /// None when exceptions leave no occurrence.
   Result<std::optional<Instance>> first(ExpansionBudget& budget) const;
+
+  /// The same series, told without rules; none when it is not of that kind.
+  std::optional<PlainSeries> plain() const;
 
   /// The first start and the last end; exceptions are not looked at. No end: it goes on for ever (or past the year
   /// 9999).

@@ -8,6 +8,7 @@
 
 #include "base/result.h"
 #include "store/model/model.h"
+#include "store/recurrence/day_pattern.h"
 #include "store/recurrence/recurrence.h"
 #include "store/recurrence/recurrence_scale.h"
 #include "store/time/civil_days.h"
@@ -50,6 +51,10 @@ class CompiledRule {
   bool severalADay() const { return m_perDay > 1; }
   /// At most so many come on one day.
   std::int64_t perDay() const { return m_perDay; }
+  /// Its days, where they can be told from a day alone; those before its start are not among them, whatever that says.
+  std::optional<DayPattern> dayPattern() const;
+  /// Seconds after midnight of the first that may come on a day.
+  LocalSeconds timeOfDay() const;
 
  private:
   using Frequency = RecurrenceRule::Frequency;

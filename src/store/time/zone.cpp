@@ -42,12 +42,27 @@ std::string nameOfPath(std::string_view path) {
   return at == std::string_view::npos ? std::string() : std::string(path.substr(at + kZoneFolder.size()));
 }
 
+/// Rules that go on for ever leave out none: they are those of summer time.
+bool leavesOutADay(const cctz::time_zone& rules) {
+  constexpr cctz::civil_second kAllAreKnown(2100, 1, 1);
+  const auto last = rules.lookup(kAllAreKnown).pre;
+  cctz::time_zone::civil_transition change;
+  for (auto at = cctz::time_point<cctz::seconds>::min(); rules.next_transition(at, &change);) {
+    if (change.to - change.from >= 86'400) { return true; }
+    const auto next = rules.lookup(change.to).trans;
+    if (next >= last || next <= at) { break; }
+    at = next;
+  }
+  return false;
+}
+
 }  // namespace
 
 struct Zone::Entry {
   std::string name;
   cctz::time_zone rules;
   std::string privateText;
+  bool skipsDay = leavesOutADay(rules);
 };
 
 /// All zones this process has met. They stay, so that a zone is a plain pointer.
@@ -193,6 +208,8 @@ int Zone::offsetSeconds(Moment moment) const {
 std::string Zone::abbreviation(Moment moment) const {
   return m_entry->rules.lookup(std::chrono::floor<seconds>(moment)).abbr;
 }
+
+bool Zone::skipsDay() const { return m_entry->skipsDay; }
 
 std::optional<Zone::Change> Zone::changeAfter(Moment moment) const {
   cctz::time_zone::civil_transition transition;

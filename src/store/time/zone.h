@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -62,7 +63,12 @@ class Zone {
   /// The first change after `moment`.
   std::optional<Change> changeAfter(Moment moment) const;
 
+  /// Whether its clock ever leaves out a whole day, as Samoa's did in 2011.
+  bool skipsDay() const;
+
   friend bool operator==(const Zone& left, const Zone& right) { return left.m_entry == right.m_entry; }
+  /// Some order, another one in each process.
+  friend bool operator<(const Zone& left, const Zone& right) { return std::less<>()(left.m_entry, right.m_entry); }
 
  private:
   friend struct ZoneRegistry;
