@@ -1,6 +1,7 @@
 #include "store/core/queries.h"
 
 #include <algorithm>
+#include <numeric>
 #include <tuple>
 
 #include <fmt/format.h>
@@ -31,6 +32,9 @@ struct Range {
   Moment from = kEarliest, to = kLatest;
 
   bool overlaps(Moment start, Moment end) const { return start < to && (end > from || start >= from); }
+  TimelineRange onTimeline(const Zone& viewer) const {
+    return {floorSeconds(from), ceilSeconds(to), earliestLocal(viewer, from), latestLocal(viewer, to)};
+  }
 };
 
 Range rangeOf(const std::optional<Moment>& from, const std::optional<Moment>& to) {
@@ -53,6 +57,40 @@ class CalendarFilter {
   std::vector<CalendarId> m_ids;
 };
 
+/// Identifiers are given out in the order of the rows.
+bool comesBefore(const Occurrence& a, const Occurrence& b) {
+  if (a.start != b.start) { return a.start < b.start; }
+  return std::tie(a.end, a.event, a.item) < std::tie(b.end, b.event, b.item);
+}
+
+/// A month of a large store holds hundreds of thousands: they are dealt out to equal pieces of time first, a few to
+/// each, and sorted there.
+std::vector<Occurrence> inOrder(std::vector<Occurrence> found) {
+  constexpr std::size_t kSortedAtOnce = 64, kInPiece = 8;
+  if (found.size() <= kSortedAtOnce) {
+    std::sort(found.begin(), found.end(), comesBefore);
+    return found;
+  }
+  const auto [first, last] = std::minmax_element(
+      found.begin(), found.end(), [](const Occurrence& a, const Occurrence& b) { return a.start < b.start; });
+  const Moment begin = first->start;
+  const std::int64_t length = (last->start - begin).count() / static_cast<std::int64_t>(found.size() / kInPiece) + 1;
+  const auto pieceOf = [&](const Occurrence& each) {
+    return static_cast<std::size_t>((each.start - begin).count() / length);
+  };
+  // Where each piece ends, then, as it is filled from its end, where it begins.
+  std::vector<std::size_t> places(pieceOf(*last) + 2);
+  for (const Occurrence& each : found) { ++places[pieceOf(each)]; }
+  std::partial_sum(places.begin(), places.end(), places.begin());
+  std::vector<Occurrence> sorted(found.size());
+  for (const Occurrence& each : found) { sorted[--places[pieceOf(each)]] = each; }
+  for (std::size_t piece = 0; piece + 1 < places.size(); ++piece) {
+    const auto at = [&](std::size_t place) { return sorted.begin() + static_cast<std::ptrdiff_t>(places[place]); };
+    std::sort(at(piece), at(piece + 1), comesBefore);
+  }
+  return sorted;
+}
+
 struct RepeatingEntry {
   ItemId item;
   bool endless;
@@ -69,8 +107,19 @@ class Gathering {
                              : std::clamp(std::max(now(), m_range.from) + kOpenEnded, kEarliest, kLatest)) {}
 
   Result<std::vector<Occurrence>> run() {
-    ORLOCAL_CHECK(m_core.timeline.visitEvents(floorSeconds(m_range.from), ceilSeconds(m_range.to),
-                                              [&](const TimelineEntry& entry) { return take(entry); }));
+    const auto takeEntry = [&](const TimelineEntry& entry) { return take(entry); };
+    const TimelineRange range = m_range.onTimeline(m_core.options.viewer);
+    if (m_core.options.keepsLongEvents && m_range.to - m_range.from <= LongEvents::kLongestRange) {
+      ORLOCAL_CHECK(m_core.longEvents.cover(range));
+      if (takePlain()) {
+        ORLOCAL_CHECK(m_core.timeline.visitShortEvents(range, takeEntry));
+        ORLOCAL_CHECK(m_core.longEvents.visitOthers(range, takeEntry));
+        return finished();
+      }
+      // The answer is too large: followed one by one the series tell which of them has most of it.
+      m_found.clear();
+    }
+    ORLOCAL_CHECK(m_core.timeline.visitEvents(range, takeEntry));
     return finished();
   }
 
@@ -102,11 +151,19 @@ class Gathering {
     std::sort(m_series.begin(), m_series.end(),
               [](const RepeatingEntry& a, const RepeatingEntry& b) { return a.item < b.item; });
     for (const RepeatingEntry& entry : m_series) { ORLOCAL_CHECK(expand(entry)); }
-    // Identifiers are given out in the order of the rows.
-    std::sort(m_found.begin(), m_found.end(), [](const Occurrence& a, const Occurrence& b) {
-      return std::tie(a.start, a.end, a.event, a.item) < std::tie(b.start, b.end, b.event, b.item);
+    return inOrder(std::move(m_found));
+  }
+
+  /// False when there are too many.
+  bool takePlain() {
+    const std::size_t most = m_core.options.occurrenceBudget;
+    bool fits = true;
+    m_core.longEvents.visitPlain(m_range.from, m_range.to, [&](CalendarId calendar, const Occurrence& occurrence) {
+      if (!fits || !m_calendars.takes(calendar)) { return; }
+      fits = m_found.size() < most;
+      if (fits) { m_found.push_back(occurrence); }
     });
-    return std::move(m_found);
+    return fits;
   }
 
   Status take(const TimelineEntry& entry) {
@@ -115,13 +172,13 @@ class Gathering {
       m_series.push_back({entry.item, entry.end == TimelineEntry::kEndless});
       return {};
     }
-    const Zone& viewer = m_core.options.viewer;
     Occurrence occurrence;
-    occurrence.start = momentAt(entry.start, entry.wall, viewer);
-    occurrence.end = std::max(occurrence.start, momentAt(entry.end, entry.wall, viewer));
+    occurrence.start = entry.wall ? m_starts.toMoment(entry.start) : Moment(seconds(entry.start));
+    const Moment end = entry.wall ? m_ends.toMoment(entry.end) : Moment(seconds(entry.end));
+    occurrence.end = std::max(occurrence.start, end);
     if (!m_range.overlaps(occurrence.start, occurrence.end)) { return {}; }
     occurrence.originalStart =
-        entry.original ? momentAt(*entry.original, entry.originalIsWall, viewer) : occurrence.start;
+        entry.original ? momentAt(*entry.original, entry.originalIsWall, m_core.options.viewer) : occurrence.start;
     occurrence.item = entry.item;
     occurrence.event = entry.series.value_or(entry.item);
     return add(occurrence);
@@ -187,6 +244,7 @@ class Gathering {
   StoreCore& m_core;
   CalendarFilter m_calendars;
   Range m_range;
+  SteadyClock m_starts{m_core.options.viewer}, m_ends{m_core.options.viewer};
   Moment m_endlessTo;
   ExpansionBudget m_budget;
   std::vector<RepeatingEntry> m_series;
@@ -214,7 +272,7 @@ Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
   std::vector<Found> found;
   if (query.status != ReminderQuery::Status::kCompleted) {
     ORLOCAL_CHECK(m_core.timeline.visitOpenReminders(
-        floorSeconds(range.from), ceilSeconds(range.to), !bounded, [&](const TimelineEntry& entry) -> Status {
+        range.onTimeline(viewer), !bounded, [&](const TimelineEntry& entry) -> Status {
           if (!calendars.takes(entry.calendar)) { return {}; }
           const Moment due = entry.hasDue ? momentAt(entry.start, entry.wall, viewer) : Moment::max();
           if (!entry.hasDue || (due >= range.from && due < range.to)) { found.push_back({due, entry.item}); }
@@ -222,8 +280,8 @@ Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
         }));
   }
   if (query.status != ReminderQuery::Status::kOpen) {
-    ORLOCAL_CHECK(m_core.timeline.visitCompletedReminders(
-        floorSeconds(range.from), ceilSeconds(range.to), [&](const TimelineEntry& entry) -> Status {
+    ORLOCAL_CHECK(
+        m_core.timeline.visitCompletedReminders(range.onTimeline(viewer), [&](const TimelineEntry& entry) -> Status {
           const Moment completed{seconds(entry.start)};
           if (!calendars.takes(entry.calendar)) { return {}; }
           if (completed < range.from || completed >= range.to) { return {}; }

@@ -17,8 +17,6 @@
 namespace orlocal::store {
 namespace {
 
-/// Compiled series kept at most: those of a store of 250,000 events.
-constexpr std::size_t kKeptSeries = 50'000;
 /// A file that was replaced is noticed after so long at the latest.
 constexpr auto kLookEvery = std::chrono::milliseconds(10);
 
@@ -39,21 +37,6 @@ Uuid publicUuid(const Item& item) { return Uuid::parse(item.identifier).value_or
 
 }  // namespace
 
-Result<const Series*> SeriesCache::of(ItemId id) {
-  if (const auto found = m_series.find(id); found != m_series.end()) { return &found->second; }
-  ORLOCAL_TRY(const auto item, m_rows.readForExpansion(id));
-  if (!item) { return nullptr; }
-  std::vector<CalendarTime> changed;
-  if (item->hasChanged) {
-    ORLOCAL_TRY(const auto rows, m_rows.changedOf(id));
-    changed.reserve(rows.size());
-    for (const ItemRows::Changed& row : rows) { changed.push_back(row.recurrenceId); }
-  }
-  ORLOCAL_TRY(Series series, Series::compile(item->item, m_viewer, changed));
-  if (m_series.size() >= kKeptSeries) { m_series.clear(); }
-  return &m_series.emplace(id, std::move(series)).first->second;
-}
-
 StoreCore::StoreCore(StoreOptions storeOptions)
     : options(std::move(storeOptions)),
       log(database, uuids.randomNumber()),
@@ -61,6 +44,7 @@ StoreCore::StoreCore(StoreOptions storeOptions)
       rows(database),
       calendars(database),
       series(rows, options.viewer),
+      longEvents(timeline, rows, series),
       m_file(options.file) {}
 
 Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
@@ -124,9 +108,17 @@ Status StoreCore::followFile(Look look) {
   return {};
 }
 
+void StoreCore::forget(ItemId item, std::optional<ItemId> ofSeries) {
+  for (const ItemId id : {item, ofSeries.value_or(item)}) {
+    series.forget(id);
+    longEvents.forget(id);
+  }
+}
+
 void StoreCore::forgetAll() {
   rows.forgetAll();
   series.forgetAll();
+  longEvents.forgetAll();
   timeline.forget();
 }
 
@@ -155,14 +147,14 @@ Status StoreCore::catchUp() {
         if (change.subject == Subject::kZone) { zonesChanged = true; }
         if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) { return; }
         rows.forget(change.row);
-        series.forget(change.row);
-        if (change.series) { series.forget(*change.series); }
+        forget(change.row, change.series);
       }));
       timeline.forget();
     }
   }
   if (zonesChanged) {
     series.forgetAll();
+    longEvents.forgetAll();
     ORLOCAL_CHECK(loadZones());
   }
   m_seen = newest;
@@ -242,8 +234,8 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
   ORLOCAL_CHECK(rows.insert(item, uuid, {entry.shelf, entry.start, original}));
   entry.item = item.id;
   ORLOCAL_CHECK(timeline.insert(entry));
+  forget(item.id, item.series);
   if (!item.series) { return log.record(Operation::kInserted, subjectOf(item), item.id, std::nullopt, uuid); }
-  series.forget(*item.series);
   return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
 }
 
@@ -277,8 +269,7 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
   if (moves) { ORLOCAL_CHECK(timeline.remove(item.id, before.shelf, before.shelfStart)); }
   ORLOCAL_CHECK(timeline.insert(entry));
   ORLOCAL_CHECK(rows.update(item, {entry.shelf, entry.start, original}, before));
-  series.forget(item.id);
-  if (item.series) { series.forget(*item.series); }
+  forget(item.id, item.series);
   return {};
 }
 
@@ -287,8 +278,7 @@ Status StoreCore::removeItem(const Item& item) {
   if (!before) { return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store."); }
   ORLOCAL_CHECK(timeline.remove(item.id, before->shelf, before->shelfStart));
   ORLOCAL_CHECK(rows.remove(item.id));
-  series.forget(item.id);
-  if (item.series) { series.forget(*item.series); }
+  forget(item.id, item.series);
   return log.record(item.series ? Operation::kUpdated : Operation::kDeleted, subjectOf(item), item.id, item.series,
                     publicUuid(item));
 }

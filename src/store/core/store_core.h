@@ -4,35 +4,19 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <unordered_map>
 
+#include "store/core/long_events.h"
+#include "store/core/series_cache.h"
 #include "store/core/store_options.h"
 #include "store/file/change_log.h"
 #include "store/file/sqlite.h"
 #include "store/file/store_file.h"
 #include "store/file/uuid.h"
-#include "store/recurrence/recurrence.h"
 #include "store/rows/calendar_rows.h"
 #include "store/rows/item_rows.h"
 #include "store/rows/timeline.h"
 
 namespace orlocal::store {
-
-/// Series made ready for expansion, kept until they change.
-class SeriesCache {
- public:
-  SeriesCache(ItemRows& rows, Zone viewer) : m_rows(rows), m_viewer(viewer) {}
-
-  /// Null when there is no such row. Valid until the next call of any kind.
-  Result<const Series*> of(ItemId id);
-  void forget(ItemId id) { m_series.erase(id); }
-  void forgetAll() { m_series.clear(); }
-
- private:
-  ItemRows& m_rows;
-  Zone m_viewer;
-  std::unordered_map<ItemId, Series> m_series;
-};
 
 class WriteTurn;
 
@@ -84,6 +68,7 @@ class StoreCore {
   ItemRows rows;
   CalendarRows calendars;
   SeriesCache series;
+  LongEvents longEvents;
 
  private:
   friend class WriteTurn;
@@ -97,6 +82,8 @@ class StoreCore {
   Status openFile();
   Result<Transaction> beginTransaction();
   Status catchUp();
+  /// What is kept of the item in memory no longer counts, nor what is kept of the series that it belongs to.
+  void forget(ItemId item, std::optional<ItemId> ofSeries);
   void forgetAll();
   Status loadZones();
   Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,

@@ -16,6 +16,8 @@ struct StoreOptions {
   std::chrono::milliseconds busyTimeout{10'000};
   /// Occurrences that one query may answer with; past it the query fails.
   std::size_t occurrenceBudget = 5'000'000;
+  /// Whether series are kept in memory by their days (`LongEvents`). Answers are the same without, and slower.
+  bool keepsLongEvents = true;
 };
 
 }  // namespace orlocal::store

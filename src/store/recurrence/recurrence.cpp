@@ -8,6 +8,7 @@
 
 #include "base/try.h"
 #include "store/recurrence/recurrence_rule.h"
+#include "store/time/steady_clock.h"
 
 namespace orlocal::store {
 
@@ -22,8 +23,6 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::seconds;
 
-/// No clock change skips or repeats more than a day (Samoa skipped one in 2011); with a little to spare.
-constexpr LocalSeconds kClockSlack = kSecondsPerDay + 7200;
 /// Occurrences are sorted in pieces of about this many.
 constexpr std::int64_t kSortedPiece = 20'000;
 /// The first piece is this small: most who ask for the first occurrence need no other.
@@ -52,24 +51,6 @@ template <class T>
 void sortUnique(std::vector<T>& values) {
   std::sort(values.begin(), values.end());
   values.erase(std::unique(values.begin(), values.end()), values.end());
-}
-
-LocalSeconds clampedLocal(const Zone& zone, Moment moment) {
-  constexpr LocalSeconds kFirst = -static_cast<LocalSeconds>(1'000'000'000'000);
-  const auto whole = std::chrono::floor<seconds>(moment).time_since_epoch().count();
-  if (whole < kFirst) { return kFirst; }
-  if (whole > kLastLocalSecond + kClockSlack) { return kLastLocalSecond + kClockSlack; }
-  return localSeconds(zone.toLocal(moment));
-}
-
-/// How far from the wall clock at `moment` a time can lie that is on its other side as a moment: nothing, unless the
-/// clock changes nearby. Asking is worth it where many times lie so near.
-LocalSeconds clockSlack(const Zone& zone, Moment moment) {
-  constexpr seconds kAround(kClockSlack);
-  if (moment < Moment::min() + kAround || moment > Moment::max() - kAround) { return kClockSlack; }
-  const int offset = zone.offsetSeconds(moment);
-  const bool steady = zone.offsetSeconds(moment - kAround) == offset && zone.offsetSeconds(moment + kAround) == offset;
-  return steady ? 1 : kClockSlack;
 }
 
 }  // namespace
@@ -301,8 +282,8 @@ bool Series::Data::gather(Moment from, Moment to, ExpansionBudget& budget,
       return true;
     };
     take(first, firstMoment);
-    const LocalSeconds lowLocal = clampedLocal(zone, low) - clockSlack(zone, low);
-    const LocalSeconds highLocal = clampedLocal(zone, high) + clockSlack(zone, high);
+    const LocalSeconds lowLocal = earliestLocal(zone, low);
+    const LocalSeconds highLocal = latestLocal(zone, high);
     const auto begin = std::lower_bound(added.begin(), added.end(), lowLocal);
     for (auto it = begin; it != added.end() && *it < highLocal; ++it) { take(*it, momentAt(*it)); }
     for (const Rule& rule : rules) {

@@ -1,6 +1,7 @@
 #include "store/rows/timeline.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <span>
 #include <tuple>
@@ -28,15 +29,22 @@ constexpr std::int64_t kManyMonths = 0x10000, kManyMonthsWall = 0x1000;
 /// be asked; finer where a shelf holds series of years.
 constexpr int kLengths[] = {12, 14, 16, 18, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33, 34, 35, 36};
 
+/// From this one on lengths count as long.
+constexpr std::size_t kLongFrom = 4;
+
 constexpr std::int64_t kDay = 86'400;
-/// No two wall clocks differ by more, nor does one from itself across a change of its zone.
-constexpr std::int64_t kWallSlack = 26 * 3600;
 /// What lasts longer stands on no month's shelf: a query looks so far back for months whose occurrences reach into it.
 constexpr std::int64_t kLongestOnMonths = 20 * kDay;
 /// What starts last and lasts longest ends then.
 constexpr std::int64_t kLatestEnd = kLatestSecond + (kLatestSecond - kEarliestSecond);
 
 constexpr std::int64_t kRepeats = 1, kOriginalIsWall = 2, kHasDue = 4, kDueIsWall = 8;  // flags of an entry
+
+bool isOnWallClock(std::int64_t shelf) {
+  return (shelf >= kWall && shelf < kTimedMonths) || (shelf >= kWallMonths && shelf < kOpenTimed) || shelf == kOpenWall;
+}
+
+bool isOfMonth(std::int64_t shelf) { return shelf >= kTimedMonths && shelf < kOpenTimed; }
 
 std::int64_t lengthShelf(std::int64_t length) {
   for (std::size_t i = 0; i < std::size(kLengths); ++i) {
@@ -258,8 +266,7 @@ Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t
   scan.bind(1, shelf).bind(2, after).bind(3, before);
   TimelineEntry entry;
   entry.shelf = shelf;
-  entry.wall =
-      (shelf >= kWall && shelf < kTimedMonths) || (shelf >= kWallMonths && shelf < kOpenTimed) || shelf == kOpenWall;
+  entry.wall = isOnWallClock(shelf);
   for (std::pair<std::int64_t, ItemId> last{INT64_MIN, 0};;) {
     ORLOCAL_TRY(const bool found, scan.step());
     if (!found) { return {}; }
@@ -287,57 +294,114 @@ Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t
   }
 }
 
-Status Timeline::visitEvents(std::int64_t from, std::int64_t to, const Visitor& visit) {
-  ORLOCAL_CHECK(findShelves());
-  const struct {
-    std::int64_t lengths, months, from, to;
-  } clocks[] = {{kTimed, kTimedMonths, from, to},
-                {kWall, kWallMonths, saturatedAdd(from, -kWallSlack), saturatedAdd(to, kWallSlack)}};
-  for (const auto& clock : clocks) {
-    const auto within = [&](const TimelineEntry& entry) -> Status {
-      return entry.end >= clock.from ? visit(entry) : Status();
-    };
-    for (std::size_t i = 0; i < std::size(kLengths); ++i) {
-      const std::int64_t longest = std::int64_t{1} << kLengths[i];
-      // One second more: a start at `from` - longest ends at `from`, and one without length stands at `from` itself.
-      ORLOCAL_CHECK(visitShelf(clock.lengths + static_cast<std::int64_t>(i), saturatedAdd(clock.from, -longest - 1),
-                               clock.to, within));
-    }
-    ORLOCAL_CHECK(visitShelf(clock.lengths + kEndlessShelf, INT64_MIN, clock.to, within));
+namespace {
 
+/// A range on one of the two clocks by which entries stand, and the shelves of that clock.
+struct ClockRange {
+  std::int64_t lengths, months, from, to;
+};
+
+std::array<ClockRange, 2> clockRanges(const TimelineRange& range) {
+  return {{{kTimed, kTimedMonths, range.from, range.to}, {kWall, kWallMonths, range.wallFrom, range.wallTo}}};
+}
+
+/// Where events stand that overlap a range on one clock, on its shelves for these lengths.
+void addLengths(std::vector<Timeline::Stretch>& stretches, const ClockRange& clock, std::size_t begin,
+                std::size_t end) {
+  for (std::size_t i = begin; i < end; ++i) {
+    // What starts the longest length before `from` ends at `from`, and one without length stands at `from` itself.
+    stretches.push_back({clock.lengths + static_cast<std::int64_t>(i),
+                         saturatedAdd(clock.from, -(std::int64_t{1} << kLengths[i])), clock.to});
+  }
+}
+
+}  // namespace
+
+std::vector<Timeline::Stretch> Timeline::longStretches(const TimelineRange& range) {
+  std::vector<Stretch> stretches;
+  for (const ClockRange& clock : clockRanges(range)) {
+    addLengths(stretches, clock, kLongFrom, std::size(kLengths));
+    stretches.push_back({clock.lengths + kEndlessShelf, INT64_MIN, clock.to});
     // A series stands by the months of its own clock, perhaps a day or two from the range's: zones, skipped days.
     const unsigned months =
         monthsBetween(saturatedAdd(clock.from, -kLongestOnMonths - 3 * kDay), saturatedAdd(clock.to, 3 * kDay));
-    // An entry stands on the shelves of all its months, on each of them once. So what one shelf gives is looked up only
-    // among what the shelves before it gave, and is put in order when it is done.
-    std::vector<ItemId> seen;
     for (int month = 0; month < 12; ++month) {
-      if ((months >> month & 1) == 0) { continue; }
-      const std::size_t sorted = seen.size();
-      ORLOCAL_CHECK(visitShelf(clock.months + month, INT64_MIN, clock.to, [&](const TimelineEntry& entry) -> Status {
+      if ((months >> month & 1) != 0) { stretches.push_back({clock.months + month, INT64_MIN, clock.to}); }
+    }
+  }
+  return stretches;
+}
+
+Status Timeline::visitStretch(const Stretch& stretch, const Visitor& visit) {
+  ORLOCAL_CHECK(findShelves());
+  return visitShelf(stretch.shelf, saturatedAdd(stretch.from, -1), stretch.to, visit);
+}
+
+Status Timeline::visitShortEvents(const TimelineRange& range, const Visitor& visit) {
+  std::vector<Stretch> stretches;
+  for (const ClockRange& clock : clockRanges(range)) { addLengths(stretches, clock, 0, kLongFrom); }
+  return visitStretches(stretches, range, visit);
+}
+
+Status Timeline::visitLongEvents(const TimelineRange& range, const Visitor& visit) {
+  return visitStretches(longStretches(range), range, visit);
+}
+
+Status Timeline::visitStretches(const std::vector<Stretch>& stretches, const TimelineRange& range,
+                                const Visitor& visit) {
+  // An entry stands on the shelves of all its months, on each of them once. So what one shelf gives is looked up only
+  // among what the shelves before it gave, and is put in order when it is done.
+  std::vector<ItemId> seen;
+  for (const Stretch& stretch : stretches) {
+    const std::int64_t earliestEnd = isOnWallClock(stretch.shelf) ? range.wallFrom : range.from;
+    const std::size_t sorted = seen.size();
+    ORLOCAL_CHECK(visitStretch(stretch, [&](const TimelineEntry& entry) -> Status {
+      if (isOfMonth(stretch.shelf)) {
         if (std::binary_search(seen.begin(), seen.begin() + static_cast<std::ptrdiff_t>(sorted), entry.item)) {
           return {};
         }
         seen.push_back(entry.item);
-        return within(entry);
-      }));
-      std::sort(seen.begin(), seen.end());
-    }
+      }
+      return entry.end >= earliestEnd ? visit(entry) : Status();
+    }));
+    std::sort(seen.begin(), seen.end());
   }
   return {};
 }
 
-Status Timeline::visitOpenReminders(std::int64_t from, std::int64_t to, bool withoutDue, const Visitor& visit) {
+Status Timeline::visitEvents(const TimelineRange& range, const Visitor& visit) {
+  ORLOCAL_CHECK(visitShortEvents(range, visit));
+  return visitLongEvents(range, visit);
+}
+
+bool Timeline::isLong(std::int64_t shelf) {
+  const auto lengths = shelf >= kWall ? kWall : kTimed;
+  return (shelf & kManyMonths) != 0 || (shelf < kTimedMonths && shelf - lengths >= static_cast<int>(kLongFrom));
+}
+
+Result<std::optional<TimelineEntry>> Timeline::entryAt(ItemId item, std::int64_t shelf, std::int64_t start) {
   ORLOCAL_CHECK(findShelves());
-  ORLOCAL_CHECK(visitShelf(kOpenTimed, saturatedAdd(from, -1), to, visit));
-  ORLOCAL_CHECK(visitShelf(kOpenWall, saturatedAdd(from, -kWallSlack), saturatedAdd(to, kWallSlack), visit));
+  std::optional<TimelineEntry> found;
+  ORLOCAL_CHECK(forEachShelf(shelf, [&](std::int64_t each) {
+    return visitShelf(each, start - 1, start + 1, [&](const TimelineEntry& entry) -> Status {
+      if (entry.item == item) { found = entry; }
+      return {};
+    });
+  }));
+  return found;
+}
+
+Status Timeline::visitOpenReminders(const TimelineRange& range, bool withoutDue, const Visitor& visit) {
+  ORLOCAL_CHECK(findShelves());
+  ORLOCAL_CHECK(visitShelf(kOpenTimed, saturatedAdd(range.from, -1), range.to, visit));
+  ORLOCAL_CHECK(visitShelf(kOpenWall, saturatedAdd(range.wallFrom, -1), range.wallTo, visit));
   if (withoutDue) { ORLOCAL_CHECK(visitShelf(kOpenWithoutDue, INT64_MIN, INT64_MAX, visit)); }
   return {};
 }
 
-Status Timeline::visitCompletedReminders(std::int64_t from, std::int64_t to, const Visitor& visit) {
+Status Timeline::visitCompletedReminders(const TimelineRange& range, const Visitor& visit) {
   ORLOCAL_CHECK(findShelves());
-  return visitShelf(kCompletedShelf, saturatedAdd(from, -1), to, visit);
+  return visitShelf(kCompletedShelf, saturatedAdd(range.from, -1), range.to, visit);
 }
 
 }  // namespace orlocal::store

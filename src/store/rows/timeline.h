@@ -34,6 +34,13 @@ struct TimelineEntry {
   bool originalIsWall = false;
 };
 
+/// A half-open range of time as the timeline's two clocks tell it, in seconds since 1970: in UTC, and on the wall clock
+/// of who asks, where that may reach a little further.
+struct TimelineRange {
+  std::int64_t from, to;
+  std::int64_t wallFrom, wallTo;
+};
+
 /// Finds what overlaps a range at the cost of the answer, whatever else the store holds.
 ///
 /// Entries stand on shelves by how long they last, and on a shelf by their start: on the shelf for lengths up to L only
@@ -71,11 +78,26 @@ class Timeline {
 
   using Visitor = std::function<Status(const TimelineEntry&)>;
   /// Visits every event entry that may overlap [from, to), each once, in no order; some do not overlap after all.
-  /// Bounds are seconds since 1970 in UTC.
-  Status visitEvents(std::int64_t from, std::int64_t to, const Visitor& visit);
-  /// Visits reminder entries that may lie in [from, to).
-  Status visitOpenReminders(std::int64_t from, std::int64_t to, bool withoutDue, const Visitor& visit);
-  Status visitCompletedReminders(std::int64_t from, std::int64_t to, const Visitor& visit);
+  Status visitEvents(const TimelineRange& range, const Visitor& visit);
+  /// The same of those that last up to three days, a series from its first occurrence to its last, and of the others.
+  Status visitShortEvents(const TimelineRange& range, const Visitor& visit);
+  Status visitLongEvents(const TimelineRange& range, const Visitor& visit);
+  /// Whether an event whose row names this shelf is one of the others.
+  static bool isLong(std::int64_t shelf);
+
+  /// Part of a shelf: the entries that start in [from, to).
+  struct Stretch {
+    std::int64_t shelf, from, to;
+  };
+  /// Where all stand that `visitLongEvents` would visit, beside others that end too early.
+  static std::vector<Stretch> longStretches(const TimelineRange& range);
+  /// Visits the entries of a stretch by their start.
+  Status visitStretch(const Stretch& stretch, const Visitor& visit);
+  /// The item's entry; none when it does not stand there.
+  Result<std::optional<TimelineEntry>> entryAt(ItemId item, std::int64_t shelf, std::int64_t start);
+  /// Visits reminder entries that may lie in the range.
+  Status visitOpenReminders(const TimelineRange& range, bool withoutDue, const Visitor& visit);
+  Status visitCompletedReminders(const TimelineRange& range, const Visitor& visit);
 
  private:
   /// A row of the table, in its order of columns.
@@ -91,6 +113,7 @@ class Timeline {
   Status write(std::span<const Row> rows);
   Status writeRows();
   Status findShelves();
+  Status visitStretches(const std::vector<Stretch>& stretches, const TimelineRange& range, const Visitor& visit);
   Status visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t before, const Visitor& visit);
 
   Database& m_database;

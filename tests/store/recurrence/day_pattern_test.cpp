@@ -41,7 +41,8 @@ TEST(DayPattern, TakesTheDaysThatTheRuleMakes) {
   int compared = 0, taken = 0;
   for (int i = 0; i < 1500; ++i) {
     const RecurrenceRule rule = randomRule(random);
-    const LocalSeconds start = secondsOf("20240131T093000") + static_cast<LocalSeconds>(random() % 400) * kSecondsPerDay;
+    const LocalSeconds start =
+        secondsOf("20240131T093000") + static_cast<LocalSeconds>(random() % 400) * kSecondsPerDay;
     const CompiledRule made = *CompiledRule::make(rule, start, false);
     const auto pattern = made.dayPattern();
     if (!pattern) { continue; }
@@ -77,10 +78,9 @@ TEST(DayPattern, NamesEachSlotOnce) {
 }
 
 TEST(DayPattern, IsForRulesOfOneTimeADayThatLookAtNothingElse) {
-  for (const char* text :
-       {"FREQ=HOURLY", "FREQ=HOURLY;INTERVAL=24", "FREQ=DAILY;BYHOUR=9,17", "FREQ=MONTHLY;BYDAY=MO;BYSETPOS=-1",
-        "FREQ=YEARLY;BYYEARDAY=100", "FREQ=YEARLY;BYWEEKNO=20", "FREQ=YEARLY;BYDAY=20MO", "FREQ=MONTHLY;BYDAY=-5MO",
-        "FREQ=YEARLY;RSCALE=CHINESE"}) {
+  for (const char* text : {"FREQ=HOURLY", "FREQ=HOURLY;INTERVAL=24", "FREQ=DAILY;BYHOUR=9,17",
+                           "FREQ=MONTHLY;BYDAY=MO;BYSETPOS=-1", "FREQ=YEARLY;BYYEARDAY=100", "FREQ=YEARLY;BYWEEKNO=20",
+                           "FREQ=YEARLY;BYDAY=20MO", "FREQ=MONTHLY;BYDAY=-5MO", "FREQ=YEARLY;RSCALE=CHINESE"}) {
     EXPECT_FALSE(compiled(text, "20240131T093000").dayPattern()) << text;
   }
   EXPECT_TRUE(compiled("FREQ=DAILY;BYHOUR=17", "20240131T093000").dayPattern());

@@ -1,0 +1,154 @@
+#include "store/core/long_events.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "base/try.h"
+
+namespace orlocal::store {
+namespace {
+
+/// Kept at most, some 150 bytes each; where a range adds more to them they begin anew.
+constexpr std::size_t kMostKept = 1'000'000;
+/// Events that may change between two answers before all is read again.
+constexpr std::size_t kMostChanged = 4'096;
+/// Wheels are for occurrences up to these lengths, in seconds: fine where many are, so that a range looks back little.
+constexpr std::int64_t kWheelLengths[] = {1 << 12, 1 << 14, 1 << 16, 1 << 18};
+
+}  // namespace
+
+Status LongEvents::cover(const TimelineRange& range) {
+  if (m_changed.size() > kMostChanged || m_useless > m_places.size() + kMostChanged) { forgetAll(); }
+  ORLOCAL_CHECK(placeChanged());
+  std::vector<TimelineEntry> found;
+  const auto stretches = Timeline::longStretches(range);
+  for (const Timeline::Stretch& stretch : stretches) {
+    for (const auto& part : m_read[stretch.shelf].missing({stretch.from, stretch.to})) {
+      ORLOCAL_CHECK(m_timeline.visitStretch({stretch.shelf, part.from, part.to}, [&](const TimelineEntry& entry) {
+        if (!m_places.contains(entry.item)) { found.push_back(entry); }
+        return Status();
+      }));
+    }
+  }
+  // In the order of the rows, so that neighbours in the file are read together. On the shelves of its months an entry
+  // is met several times.
+  std::sort(found.begin(), found.end(), [](const TimelineEntry& a, const TimelineEntry& b) { return a.item < b.item; });
+  found.erase(std::unique(found.begin(), found.end(),
+                          [](const TimelineEntry& a, const TimelineEntry& b) { return a.item == b.item; }),
+              found.end());
+  if (m_places.size() + found.size() > kMostKept && !m_places.empty()) {
+    forgetAll();
+    return cover(range);
+  }
+  for (const TimelineEntry& entry : found) { ORLOCAL_CHECK(place(entry)); }
+  for (const Timeline::Stretch& stretch : stretches) { m_read[stretch.shelf].add({stretch.from, stretch.to}); }
+  return {};
+}
+
+Status LongEvents::placeChanged() {
+  std::sort(m_changed.begin(), m_changed.end());
+  m_changed.erase(std::unique(m_changed.begin(), m_changed.end()), m_changed.end());
+  while (!m_changed.empty()) {
+    const ItemId item = m_changed.back();
+    ORLOCAL_TRY(const auto row, m_rows.place(item));
+    if (row && Timeline::isLong(row->shelf)) {
+      ORLOCAL_TRY(const auto entry, m_timeline.entryAt(item, row->shelf, row->shelfStart));
+      if (entry) { ORLOCAL_CHECK(place(*entry)); }
+    }
+    m_changed.pop_back();
+  }
+  return {};
+}
+
+Status LongEvents::place(const TimelineEntry& entry) {
+  if (!entry.repeats) { return addOther(entry), Status(); }
+  auto series = m_series.compiled(entry.item);
+  if (!series) {
+    // Why a series cannot be followed is told by the query that meets it.
+    const ErrorCode code = series.error().code;
+    if (code == ErrorCode::kCorrupt || code == ErrorCode::kIo) { return failure(series.error()); }
+    return addOther(entry), Status();
+  }
+  const auto plain = *series ? (*series)->plain() : std::nullopt;
+  const auto* const longest = plain
+                                  ? std::lower_bound(std::begin(kWheelLengths), std::end(kWheelLengths), plain->length)
+                                  : std::end(kWheelLengths);
+  if (longest == std::end(kWheelLengths)) { return addOther(entry), Status(); }
+  return addPlain(entry, *plain, *longest), Status();
+}
+
+void LongEvents::addOther(const TimelineEntry& entry) {
+  m_places[entry.item] = {false, m_others.size()};
+  m_others.push_back(entry);
+}
+
+void LongEvents::addPlain(const TimelineEntry& entry, const PlainSeries& series, std::int64_t longest) {
+  DayWheel& wheel = m_wheels[{series.zone, series.allDay, longest}];
+  m_places[entry.item] = {true, m_members.size()};
+  Member member{series.days, entry.item, entry.calendar, static_cast<std::int32_t>(series.length), false};
+  const auto when = [&](DayNumber first, DayNumber last, LocalSeconds timeOfDay) {
+    return DayWheel::Entry{static_cast<std::int32_t>(first), static_cast<std::int32_t>(last),
+                           static_cast<std::int32_t>(timeOfDay), static_cast<std::uint32_t>(m_members.size())};
+  };
+  if (series.start) {
+    const DayNumber day = dayOf(*series.start);
+    Member start = member;
+    start.days = DayPattern();
+    wheel.add(start.days, when(day, day, *series.start - day * kSecondsPerDay));
+    m_members.push_back(start);
+  }
+  if (series.firstDay > series.lastDay && series.start) { return; }
+  member.hasExclusions = !series.excluded.empty();
+  if (member.hasExclusions) { m_exclusions[static_cast<std::uint32_t>(m_members.size())] = series.excluded; }
+  wheel.add(member.days, when(series.firstDay, series.lastDay, series.timeOfDay));
+  m_members.push_back(member);
+}
+
+bool LongEvents::isExcluded(std::uint32_t member, DayNumber day) const {
+  const auto& days = m_exclusions.at(member);
+  return std::binary_search(days.begin(), days.end(), day);
+}
+
+Status LongEvents::visitOthers(const TimelineRange& range, const Timeline::Visitor& visit) const {
+  for (const TimelineEntry& entry : m_others) {
+    const auto [from, to] = entry.wall ? std::pair(range.wallFrom, range.wallTo) : std::pair(range.from, range.to);
+    if (entry.item != 0 && entry.start < to && entry.end >= from) { ORLOCAL_CHECK(visit(entry)); }
+  }
+  return {};
+}
+
+void LongEvents::forget(ItemId item) {
+  if (m_read.empty()) { return; }
+  remove(item);
+  if (m_changed.size() <= kMostChanged) { m_changed.push_back(item); }
+}
+
+void LongEvents::remove(ItemId item) {
+  const auto found = m_places.find(item);
+  if (found == m_places.end()) { return; }
+  const Place place = found->second;
+  m_places.erase(found);
+  if (!place.plain) {
+    m_others[place.index].item = 0;
+    ++m_useless;
+    return;
+  }
+  for (std::size_t i = place.index; i < m_members.size() && m_members[i].item == item; ++i, ++m_useless) {
+    m_members[i].item = 0;
+    m_exclusions.erase(static_cast<std::uint32_t>(i));
+  }
+}
+
+void LongEvents::forgetAll() {
+  m_read.clear();
+  m_wheels.clear();
+  m_members.clear();
+  m_exclusions.clear();
+  m_others.clear();
+  m_places.clear();
+  m_changed.clear();
+  m_useless = 0;
+}
+
+}  // namespace orlocal::store

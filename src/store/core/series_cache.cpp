@@ -1,0 +1,37 @@
+#include "store/core/series_cache.h"
+
+#include <utility>
+#include <vector>
+
+#include "base/try.h"
+
+namespace orlocal::store {
+namespace {
+
+/// Kept at most. Only those are asked for again and again that come several times a day, or by rare parts of rules.
+constexpr std::size_t kKeptSeries = 50'000;
+
+}  // namespace
+
+Result<std::optional<Series>> SeriesCache::compiled(ItemId id) {
+  ORLOCAL_TRY(const auto item, m_rows.readForExpansion(id));
+  if (!item) { return std::nullopt; }
+  std::vector<CalendarTime> changed;
+  if (item->hasChanged) {
+    ORLOCAL_TRY(const auto rows, m_rows.changedOf(id));
+    changed.reserve(rows.size());
+    for (const ItemRows::Changed& row : rows) { changed.push_back(row.recurrenceId); }
+  }
+  ORLOCAL_TRY(Series series, Series::compile(item->item, m_viewer, changed));
+  return std::optional(std::move(series));
+}
+
+Result<const Series*> SeriesCache::of(ItemId id) {
+  if (const auto found = m_series.find(id); found != m_series.end()) { return &found->second; }
+  ORLOCAL_TRY(auto series, compiled(id));
+  if (!series) { return nullptr; }
+  if (m_series.size() >= kKeptSeries) { m_series.clear(); }
+  return &m_series.emplace(id, std::move(*series)).first->second;
+}
+
+}  // namespace orlocal::store
