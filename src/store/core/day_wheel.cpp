@@ -2,8 +2,8 @@
 
 namespace orlocal::store {
 
-void DayWheel::add(const DayPattern& days, const Entry& entry) {
-  for (const int slot : days.slots()) { m_slots[static_cast<std::size_t>(slot)].add(entry); }
+void DayWheel::add(const Entry& entry) {
+  for (const int slot : entry.days.slots()) { m_slots[static_cast<std::size_t>(slot)].add(entry); }
 }
 
 DayWheel::Slot::Entries DayWheel::Slot::between(LocalSeconds from, LocalSeconds to) {

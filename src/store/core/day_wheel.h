@@ -5,26 +5,32 @@
 #include <cstdint>
 #include <vector>
 
+#include "store/model/model.h"
 #include "store/recurrence/day_pattern.h"
 
 namespace orlocal::store {
 
-/// Finds which of many series may start in a range of a wall clock, without looking at the others: each stands in the
-/// slots of its days, and in a slot by its time of day. Which those are its user decides, who keeps the patterns.
+/// Finds which of many series start in a range of a wall clock, without looking at the others: each stands in the slots
+/// of its days, and in a slot by its time of day. What is asked of a series stands there, too, as thousands are met one
+/// after the other and memory is slow where it is not read in order.
 class DayWheel {
  public:
   struct Entry {
-    std::int32_t firstDay, lastDay;  ///< as a `DayNumber`
-    std::int32_t timeOfDay;          ///< seconds after midnight
-    std::uint32_t member;            ///< the user's own number for the series
+    DayPattern days;
+    std::int32_t firstDay = 0, lastDay = 0;  ///< as a `DayNumber`
+    std::int32_t timeOfDay = 0;              ///< seconds after midnight
+    std::int32_t length = 0;                 ///< seconds; from here on it means nothing to the wheel
+    ItemId item = 0;
+    CalendarId calendar = 0;
+    std::uint32_t number = 0;
+    bool hasExclusions = false;
   };
 
   DayWheel() : m_slots(DayPattern::kSlots) {}
 
-  void add(const DayPattern& days, const Entry& entry);
+  void add(const Entry& entry);
 
-  /// Calls `visit(const DayParts&, const Entry&)` for each entry whose day shares a slot with its pattern, in
-  /// [from, to): by days, each entry once a day. Whether the pattern takes the day is left to ask.
+  /// Calls `visit(LocalSeconds, const Entry&)` for each start in [from, to), by days.
   template <class Visit>
   void visit(LocalSeconds from, LocalSeconds to, const Visit& visit) {
     for (DayNumber day = dayOf(from); day * kSecondsPerDay < to; ++day) {
@@ -32,7 +38,8 @@ class DayWheel {
       const LocalSeconds midnight = day * kSecondsPerDay;
       for (const int slot : DayPattern::slotsOf(parts)) {
         for (const Entry& entry : m_slots[static_cast<std::size_t>(slot)].between(from - midnight, to - midnight)) {
-          if (entry.firstDay <= day && day <= entry.lastDay) { visit(parts, entry); }
+          const bool lives = entry.firstDay <= day && day <= entry.lastDay;
+          if (lives && entry.days.takes(parts)) { visit(midnight + entry.timeOfDay, entry); }
         }
       }
     }

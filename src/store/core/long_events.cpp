@@ -13,8 +13,11 @@ namespace {
 constexpr std::size_t kMostKept = 1'000'000;
 /// Events that may change between two answers before all is read again.
 constexpr std::size_t kMostChanged = 4'096;
-/// Wheels are for occurrences up to these lengths, in seconds: fine where many are, so that a range looks back little.
-constexpr std::int64_t kWheelLengths[] = {1 << 12, 1 << 14, 1 << 16, 1 << 18};
+/// Wheels are for occurrences up to these lengths: each at most twice the one before, so that a range looks back
+/// little.
+constexpr std::int64_t kMinute = 60, kHour = 3'600;
+constexpr std::int64_t kWheelLengths[] = {30 * kMinute, kHour,      2 * kHour,  4 * kHour, 8 * kHour,
+                                          16 * kHour,   24 * kHour, 48 * kHour, 72 * kHour};
 
 }  // namespace
 
@@ -79,35 +82,39 @@ Status LongEvents::place(const TimelineEntry& entry) {
 }
 
 void LongEvents::addOther(const TimelineEntry& entry) {
-  m_places[entry.item] = {false, m_others.size()};
+  m_places[entry.item] = {false, static_cast<std::uint32_t>(m_others.size())};
   m_others.push_back(entry);
 }
 
 void LongEvents::addPlain(const TimelineEntry& entry, const PlainSeries& series, std::int64_t longest) {
-  DayWheel& wheel = m_wheels[{series.zone, series.allDay, longest}];
-  m_places[entry.item] = {true, m_members.size()};
-  Member member{series.days, entry.item, entry.calendar, static_cast<std::int32_t>(series.length), false};
-  const auto when = [&](DayNumber first, DayNumber last, LocalSeconds timeOfDay) {
-    return DayWheel::Entry{static_cast<std::int32_t>(first), static_cast<std::int32_t>(last),
-                           static_cast<std::int32_t>(timeOfDay), static_cast<std::uint32_t>(m_members.size())};
+  Wheel& wheel = m_wheels.try_emplace({series.zone, series.allDay, longest}, series.zone).first->second;
+  Place& place = m_places[entry.item] = {true, static_cast<std::uint32_t>(m_gone.size()), 0};
+  const auto add = [&](const DayPattern& days, DayNumber first, DayNumber last, LocalSeconds timeOfDay,
+                       const std::vector<DayNumber>& excluded) {
+    DayWheel::Entry added;
+    added.days = days;
+    added.firstDay = static_cast<std::int32_t>(first);
+    added.lastDay = static_cast<std::int32_t>(last);
+    added.timeOfDay = static_cast<std::int32_t>(timeOfDay);
+    added.length = static_cast<std::int32_t>(series.length);
+    added.item = entry.item;
+    added.calendar = entry.calendar;
+    added.number = place.number + place.count++;
+    added.hasExclusions = !excluded.empty();
+    if (added.hasExclusions) { m_exclusions[added.number] = excluded; }
+    wheel.days.add(added);
+    m_gone.push_back(false);
   };
   if (series.start) {
     const DayNumber day = dayOf(*series.start);
-    Member start = member;
-    start.days = DayPattern();
-    wheel.add(start.days, when(day, day, *series.start - day * kSecondsPerDay));
-    m_members.push_back(start);
+    add(DayPattern(), day, day, *series.start - day * kSecondsPerDay, {});
   }
-  if (series.firstDay > series.lastDay && series.start) { return; }
-  member.hasExclusions = !series.excluded.empty();
-  if (member.hasExclusions) { m_exclusions[static_cast<std::uint32_t>(m_members.size())] = series.excluded; }
-  wheel.add(member.days, when(series.firstDay, series.lastDay, series.timeOfDay));
-  m_members.push_back(member);
+  add(series.days, series.firstDay, series.lastDay, series.timeOfDay, series.excluded);
 }
 
-bool LongEvents::isExcluded(std::uint32_t member, DayNumber day) const {
-  const auto& days = m_exclusions.at(member);
-  return std::binary_search(days.begin(), days.end(), day);
+bool LongEvents::isExcluded(std::uint32_t number, LocalSeconds local) const {
+  const auto& days = m_exclusions.at(number);
+  return std::binary_search(days.begin(), days.end(), dayOf(local));
 }
 
 Status LongEvents::visitOthers(const TimelineRange& range, const Timeline::Visitor& visit) const {
@@ -129,21 +136,21 @@ void LongEvents::remove(ItemId item) {
   if (found == m_places.end()) { return; }
   const Place place = found->second;
   m_places.erase(found);
+  m_useless += place.count;
   if (!place.plain) {
-    m_others[place.index].item = 0;
-    ++m_useless;
+    m_others[place.number].item = 0;
     return;
   }
-  for (std::size_t i = place.index; i < m_members.size() && m_members[i].item == item; ++i, ++m_useless) {
-    m_members[i].item = 0;
-    m_exclusions.erase(static_cast<std::uint32_t>(i));
+  for (std::uint32_t number = place.number; number < place.number + place.count; ++number) {
+    m_gone[number] = true;
+    m_exclusions.erase(number);
   }
 }
 
 void LongEvents::forgetAll() {
   m_read.clear();
   m_wheels.clear();
-  m_members.clear();
+  m_gone.clear();
   m_exclusions.clear();
   m_others.clear();
   m_places.clear();

@@ -48,13 +48,11 @@ class LongEvents {
   void forgetAll();
 
  private:
-  /// A plain series, or the start that its rule does not make.
-  struct Member {
-    DayPattern days;
-    ItemId item = 0;  ///< 0 when it is no longer of use
-    CalendarId calendar = 0;
-    std::int32_t length = 0;  ///< seconds
-    bool hasExclusions = false;
+  struct Wheel {
+    explicit Wheel(const Zone& zone) : starts(zone), ends(zone) {}
+
+    DayWheel days;
+    SteadyClock starts, ends;  ///< two, so that neither leads the other away from where it is
   };
   struct WheelKey {
     Zone zone;
@@ -67,25 +65,25 @@ class LongEvents {
   };
   struct Place {
     bool plain;
-    std::size_t index;  ///< in m_members (the first of the series) or m_others
+    std::uint32_t number;     ///< the first of its entries on the wheels, or its place in m_others
+    std::uint32_t count = 1;  ///< of entries: its start has one of its own where its rule does not make it
   };
 
   Status placeChanged();
   Status place(const TimelineEntry& entry);
   void addPlain(const TimelineEntry& entry, const PlainSeries& series, std::int64_t longest);
-  void addMember(DayWheel& wheel, const Member& member, const DayWheel::Entry& when);
   void addOther(const TimelineEntry& entry);
   void remove(ItemId item);
-  bool isExcluded(std::uint32_t member, DayNumber day) const;
+  bool isExcluded(std::uint32_t number, LocalSeconds local) const;
 
   Timeline& m_timeline;
   ItemRows& m_rows;
   SeriesCache& m_series;
   std::map<std::int64_t, ReadParts> m_read;  ///< of each shelf: starts
-  std::map<WheelKey, DayWheel> m_wheels;
-  std::vector<Member> m_members;
-  std::unordered_map<std::uint32_t, std::vector<DayNumber>> m_exclusions;  ///< of members that have some
-  std::vector<TimelineEntry> m_others;                                     ///< item 0: no longer of use
+  std::map<WheelKey, Wheel> m_wheels;
+  std::vector<bool> m_gone;                                                ///< whether an entry no longer counts
+  std::unordered_map<std::uint32_t, std::vector<DayNumber>> m_exclusions;  ///< of entries that have some
+  std::vector<TimelineEntry> m_others;                                     ///< item 0: no longer counts
   std::unordered_map<ItemId, Place> m_places;
   std::vector<ItemId> m_changed;  ///< to be looked at before the next answer
   std::size_t m_useless = 0;
@@ -94,22 +92,17 @@ class LongEvents {
 template <class Visit>
 void LongEvents::visitPlain(Moment from, Moment to, const Visit& visit) {
   for (auto& [key, wheel] : m_wheels) {
-    // One for each end, so that neither leads the other away from where it is.
-    SteadyClock starts(key.zone), ends(key.zone);
     // What goes on at `from` began so much before it: whole days on the wall clock, others by the moment.
     const LocalSeconds low = key.allDay ? earliestLocal(key.zone, from) - key.longest
                                         : earliestLocal(key.zone, from - std::chrono::seconds(key.longest));
     const LocalSeconds high = latestLocal(key.zone, to);
-    wheel.visit(low, high, [&](const DayParts& day, const DayWheel::Entry& entry) {
-      const Member& member = m_members[entry.member];
-      if (member.item == 0 || !member.days.takes(day)) { return; }
-      const LocalSeconds local = day.number * kSecondsPerDay + entry.timeOfDay;
-      const Moment start = starts.toMoment(local);
+    wheel.days.visit(low, high, [&, &clocks = wheel](LocalSeconds local, const DayWheel::Entry& entry) {
+      const Moment start = clocks.starts.toMoment(local);
       const Moment end =
-          key.allDay ? ends.toMoment(local + member.length) : start + std::chrono::seconds(member.length);
-      if (start >= to || (end <= from && start < from)) { return; }
-      if (member.hasExclusions && isExcluded(entry.member, day.number)) { return; }
-      visit(member.calendar, Occurrence{start, end, start, member.item, member.item});
+          key.allDay ? clocks.ends.toMoment(local + entry.length) : start + std::chrono::seconds(entry.length);
+      if (start >= to || (end <= from && start < from) || m_gone[entry.number]) { return; }
+      if (entry.hasExclusions && isExcluded(entry.number, local)) { return; }
+      visit(entry.calendar, Occurrence{start, end, start, entry.item, entry.item});
     });
   }
 }

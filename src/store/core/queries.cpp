@@ -64,10 +64,10 @@ bool comesBefore(const Occurrence& a, const Occurrence& b) {
 }
 
 /// A month of a large store holds hundreds of thousands: they are dealt out to equal pieces of time first, a few to
-/// each, and sorted there.
+/// each, and sorted there. Not where the second list would be a large part of what the process has.
 std::vector<Occurrence> inOrder(std::vector<Occurrence> found) {
-  constexpr std::size_t kSortedAtOnce = 64, kInPiece = 8;
-  if (found.size() <= kSortedAtOnce) {
+  constexpr std::size_t kFewest = 64, kMost = 500'000, kInPiece = 8;
+  if (found.size() <= kFewest || found.size() > kMost) {
     std::sort(found.begin(), found.end(), comesBefore);
     return found;
   }

@@ -24,21 +24,25 @@ class DayWheelTest : public testing::Test {
   void add(std::uint32_t member, const char* rule, const char* start, const char* last) {
     const LocalSeconds begin = wallClock(start);
     const auto made = CompiledRule::make(*parseRule(rule), begin, false);
-    const auto time = static_cast<std::int32_t>(made->timeOfDay());
-    m_wheel.add(*made->dayPattern(), {static_cast<std::int32_t>(dayOf(begin)),
-                                      static_cast<std::int32_t>(dayOf(wallClock(last))), time, member});
+    DayWheel::Entry entry;
+    entry.days = *made->dayPattern();
+    entry.firstDay = static_cast<std::int32_t>(dayOf(begin));
+    entry.lastDay = static_cast<std::int32_t>(dayOf(wallClock(last)));
+    entry.timeOfDay = static_cast<std::int32_t>(made->timeOfDay());
+    entry.number = member;
+    m_wheel.add(entry);
   }
   std::multiset<std::uint32_t> between(const char* from, const char* to) {
     std::multiset<std::uint32_t> members;
     m_wheel.visit(wallClock(from), wallClock(to),
-                  [&](const DayParts&, const DayWheel::Entry& entry) { members.insert(entry.member); });
+                  [&](LocalSeconds, const DayWheel::Entry& entry) { members.insert(entry.number); });
     return members;
   }
 
   DayWheel m_wheel;
 };
 
-TEST_F(DayWheelTest, FindsEachOnTheDaysOfItsSlots) {
+TEST_F(DayWheelTest, FindsEachOnItsDays) {
   add(1, "FREQ=WEEKLY;BYDAY=MO,WE", "20261102T090000", "20301231T000000");
   add(2, "FREQ=MONTHLY;BYMONTHDAY=4", "20261104T090000", "20301231T000000");
   add(3, "FREQ=YEARLY", "20261102T090000", "20301231T000000");
