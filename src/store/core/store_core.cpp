@@ -149,7 +149,6 @@ Status StoreCore::catchUp() {
         rows.forget(change.row);
         forget(change.row, change.series);
       }));
-      timeline.forget();
     }
   }
   if (zonesChanged) {

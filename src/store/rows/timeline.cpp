@@ -22,6 +22,7 @@ constexpr std::int64_t kEndlessShelf = 40;  // in place of such an index
 constexpr std::int64_t kTimedMonths = 200;  // + month from 0
 constexpr std::int64_t kWallMonths = 220;   // + month from 0
 constexpr std::int64_t kOpenTimed = 240, kOpenWall = 241, kOpenWithoutDue = 242, kCompletedShelf = 243;
+constexpr std::int64_t kShelves = 256;
 /// An entry that stands on several month shelves; the lower bits are its months, then whether it is wall.
 constexpr std::int64_t kManyMonths = 0x10000, kManyMonthsWall = 0x1000;
 
@@ -144,7 +145,7 @@ Status forEachShelf(std::int64_t stored, const Place& place) {
 }  // namespace
 
 bool Timeline::isShelf(std::int64_t stored) {
-  if ((stored & kManyMonths) == 0) { return stored >= 0 && stored < static_cast<std::int64_t>(kShelves); }
+  if ((stored & kManyMonths) == 0) { return stored >= 0 && stored < kShelves; }
   return (stored & ~(kManyMonths | kManyMonthsWall | 0xfff)) == 0;
 }
 
@@ -186,7 +187,6 @@ TimelineEntry Timeline::entryOf(const Item& item, const Series* series, std::opt
 
 Status Timeline::insert(const TimelineEntry& entry) {
   return forEachShelf(entry.shelf, [&](std::int64_t shelf) -> Status {
-    m_shelves.set(static_cast<std::size_t>(shelf));
     const std::int64_t flags = (entry.repeats ? kRepeats : 0) | (entry.originalIsWall ? kOriginalIsWall : 0) |
                                (entry.hasDue ? kHasDue : 0) | (entry.dueIsWall ? kDueIsWall : 0);
     const Row row{shelf, entry.start, entry.item, entry.end, entry.calendar, flags, entry.series, entry.original};
@@ -209,6 +209,7 @@ Status Timeline::write(std::span<const Row> rows) {
 // The table lies in this order in the file, so each of its pages is met once. Stable, because an item that was changed
 // twice may be there twice, and the later row has to replace the earlier one.
 Status Timeline::writeRows() {
+  if (m_gathered.empty()) { return {}; }
   std::stable_sort(m_gathered.begin(), m_gathered.end(), [](const Row& a, const Row& b) {
     return std::tie(a.shelf, a.start, a.item) < std::tie(b.shelf, b.start, b.item);
   });
@@ -224,7 +225,7 @@ Status Timeline::writeGathered() {
 }
 
 void Timeline::forget() {
-  m_shelvesKnown = false;
+  m_checked = false;
   m_gathers = false;
   m_gathered.clear();
   m_gatheredItems.clear();
@@ -238,29 +239,20 @@ Status Timeline::remove(ItemId item, std::int64_t stored, std::int64_t start) {
   });
 }
 
-Status Timeline::findShelves() {
-  ORLOCAL_CHECK(writeRows());
-  if (m_shelvesKnown) { return {}; }
-  m_shelves.reset();
-  // One look for each shelf in use; asking for the distinct ones at once would read the whole table.
-  for (std::int64_t shelf = -1;;) {
-    Statement& next = m_nextShelf.in(m_database);
-    const ResetAtExit reset(next);
-    next.bind(1, shelf);
-    ORLOCAL_TRY(const bool found, next.step());
-    if (!found) { break; }
-    CheckedRow row(next);
-    // A damaged index may give the same shelf for ever.
-    shelf = row.number(0, shelf + 1, static_cast<std::int64_t>(kShelves) - 1);
-    if (!row.sound()) { return damaged(m_database, "The timeline"); }
-    m_shelves.set(static_cast<std::size_t>(shelf));
-  }
-  m_shelvesKnown = true;
+// What stands elsewhere no range would find, and nobody would miss it.
+Status Timeline::checkShelves() {
+  if (m_checked) { return {}; }
+  Statement& strange = m_strange.in(m_database);
+  const ResetAtExit reset(strange);
+  ORLOCAL_TRY(const bool found, strange.step());
+  if (found) { return damaged(m_database, "The timeline"); }
+  m_checked = true;
   return {};
 }
 
 Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t before, const Visitor& visit) {
-  if (!m_shelves.test(static_cast<std::size_t>(shelf))) { return {}; }
+  ORLOCAL_CHECK(writeRows());
+  ORLOCAL_CHECK(checkShelves());
   Statement& scan = m_scan.in(m_database);
   const ResetAtExit reset(scan);
   scan.bind(1, shelf).bind(2, after).bind(3, before);
@@ -333,7 +325,6 @@ std::vector<Timeline::Stretch> Timeline::longStretches(const TimelineRange& rang
 }
 
 Status Timeline::visitStretch(const Stretch& stretch, const Visitor& visit) {
-  ORLOCAL_CHECK(findShelves());
   return visitShelf(stretch.shelf, saturatedAdd(stretch.from, -1), stretch.to, visit);
 }
 
@@ -380,7 +371,6 @@ bool Timeline::isLong(std::int64_t shelf) {
 }
 
 Result<std::optional<TimelineEntry>> Timeline::entryAt(ItemId item, std::int64_t shelf, std::int64_t start) {
-  ORLOCAL_CHECK(findShelves());
   std::optional<TimelineEntry> found;
   ORLOCAL_CHECK(forEachShelf(shelf, [&](std::int64_t each) {
     return visitShelf(each, start - 1, start + 1, [&](const TimelineEntry& entry) -> Status {
@@ -392,7 +382,6 @@ Result<std::optional<TimelineEntry>> Timeline::entryAt(ItemId item, std::int64_t
 }
 
 Status Timeline::visitOpenReminders(const TimelineRange& range, bool withoutDue, const Visitor& visit) {
-  ORLOCAL_CHECK(findShelves());
   ORLOCAL_CHECK(visitShelf(kOpenTimed, saturatedAdd(range.from, -1), range.to, visit));
   ORLOCAL_CHECK(visitShelf(kOpenWall, saturatedAdd(range.wallFrom, -1), range.wallTo, visit));
   if (withoutDue) { ORLOCAL_CHECK(visitShelf(kOpenWithoutDue, INT64_MIN, INT64_MAX, visit)); }
@@ -400,7 +389,6 @@ Status Timeline::visitOpenReminders(const TimelineRange& range, bool withoutDue,
 }
 
 Status Timeline::visitCompletedReminders(const TimelineRange& range, const Visitor& visit) {
-  ORLOCAL_CHECK(findShelves());
   return visitShelf(kCompletedShelf, saturatedAdd(range.from, -1), range.to, visit);
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -48,8 +47,6 @@ struct TimelineRange {
 /// on a shelf for each of these months.
 class Timeline {
  public:
-  static constexpr std::size_t kShelves = 256;
-
   explicit Timeline(Database& database) : m_database(database) {}
 
   /// The entry of an event or reminder; `series` is what it expands to when it repeats, compiled for UTC, and
@@ -73,7 +70,8 @@ class Timeline {
   /// Writes what was kept back, and ends that.
   Status writeGathered();
 
-  /// Says that another process may have changed the file, or that a change of this one did not come about.
+  /// Says that another file may have taken the place of this one, or that a change did not come about: what was kept
+  /// back of it goes.
   void forget();
 
   using Visitor = std::function<Status(const TimelineEntry&)>;
@@ -112,20 +110,20 @@ class Timeline {
   };
   Status write(std::span<const Row> rows);
   Status writeRows();
-  Status findShelves();
+  Status checkShelves();
   Status visitStretches(const std::vector<Stretch>& stretches, const TimelineRange& range, const Visitor& visit);
   Status visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t before, const Visitor& visit);
 
   Database& m_database;
-  std::bitset<kShelves> m_shelves;  ///< those with entries, perhaps some more
-  bool m_shelvesKnown = false;
+  bool m_checked = false;  ///< whether all rows stand on shelves that there are
   bool m_gathers = false;
   std::vector<Row> m_gathered;
   std::unordered_set<ItemId> m_gatheredItems;
   RowInsert m_insert{
       "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)", 8, 16};
   LazyStatement m_remove{"DELETE FROM timeline WHERE slot = ? AND \"start\" = ? AND item = ?"};
-  LazyStatement m_nextShelf{"SELECT slot FROM timeline WHERE slot > ? ORDER BY slot LIMIT 1"};
+  LazyStatement m_strange{
+      "SELECT slot FROM timeline WHERE slot < 0 UNION ALL SELECT slot FROM timeline WHERE slot >= 256 LIMIT 1"};
   LazyStatement m_scan{
       "SELECT item, calendar, \"start\", \"end\", flags, series, original FROM timeline "
       "WHERE slot = ? AND \"start\" > ? AND \"start\" < ? ORDER BY \"start\", item"};
