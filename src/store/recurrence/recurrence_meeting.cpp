@@ -111,6 +111,8 @@ std::optional<bool> CompiledRule::hasDays(ExpansionBudget& budget) const {
 
 /// Periods shorter than a day come at times of day that lie as far apart as interval and day have in common.
 bool CompiledRule::hasTimes() const {
+  // The interval may meet none of the hours that the rule names.
+  if (m_perDay == 0) { return false; }
   if (!subDaily()) { return true; }
   const std::int64_t apart = std::gcd(m_interval * unit(), kSecondsPerDay);
   const std::int64_t begin = m_base % apart;

@@ -54,6 +54,7 @@ class CompiledRule {
  private:
   using Frequency = RecurrenceRule::Frequency;
   struct Set;
+  struct Times;
   struct Rare {
     std::vector<int> yearDays, weekNumbers, positions;
     std::vector<RecurrenceRule::WeekDay> ordinals;
@@ -63,6 +64,10 @@ class CompiledRule {
   std::int64_t unit() const;
   std::int64_t periodAt(LocalSeconds time) const;
   LocalSeconds periodStart(std::int64_t period) const;
+  /// Visits the times of each period that touches [from, to), also those outside of it, until `visit` returns false.
+  /// Not of a scaled rule. False when the budget ran out.
+  template <class Visit>
+  bool walkPeriods(LocalSeconds from, LocalSeconds to, ExpansionBudget& budget, const Visit& visit) const;
   /// Fills in the period's set; the next period worth a look is returned.
   std::int64_t fill(std::int64_t period, Set& set) const;
   std::int64_t fillSubDaily(std::int64_t period, Set& set) const;
