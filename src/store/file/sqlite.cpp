@@ -195,6 +195,7 @@ LazyStatement::~LazyStatement() {
 Statement& LazyStatement::in(Database& database) {
   if (m_statement.prepared()) {
     m_statement.reset();
+    sqlite3_clear_bindings(m_statement.m_handle);
     return m_statement;
   }
   auto prepared = database.prepare(m_sql);

@@ -153,7 +153,7 @@ class LazyStatement {
   LazyStatement(const LazyStatement&) = delete;
   LazyStatement& operator=(const LazyStatement&) = delete;
 
-  /// Reset and ready to be bound. Always with the same database.
+  /// Reset and ready to be bound; what is not bound is NULL. Always with the same database.
   Statement& in(Database& database);
 
  private:
