@@ -379,11 +379,14 @@ std::optional<std::int64_t> CompiledRule::count(LocalSeconds before, ExpansionBu
     });
   };
   LocalSeconds from = m_start;
-  if (const std::int64_t period = periodAt(before - 1); m_uniform != 0 && period > 1) {
+  const auto same = cycle(budget);
+  if (!same) { return std::nullopt; }
+  if (const std::int64_t period = periodAt(before - 1); same->times != 0 && period > same->periods) {
     // The first period may be cut by the start, the last one by `before`; the ones between are full.
     if (!add(m_start, periodStart(1))) { return std::nullopt; }
-    counted += (period - 1) * m_uniform;
-    from = periodStart(period);
+    const std::int64_t full = (period - 1) / same->periods;
+    counted += full * same->times;
+    from = periodStart(1 + full * same->periods);
   }
   return add(from, before) ? std::optional(counted) : std::nullopt;
 }
@@ -398,14 +401,17 @@ std::optional<LocalSeconds> CompiledRule::nth(std::int64_t n, ExpansionBudget& b
     });
     return done ? std::optional(found) : std::nullopt;
   }
-  if (m_uniform != 0) {
+  const auto same = cycle(budget);
+  if (!same) { return std::nullopt; }
+  if (same->times != 0) {
     const auto first = count(periodStart(1), budget);
     if (!first) { return std::nullopt; }
     if (n > *first) {
-      const std::int64_t full = (n - *first - 1) / m_uniform;
-      if (full > kLastLocalSecond) { return kLastLocalSecond; }
-      n -= *first + full * m_uniform;
-      from = periodStart(1 + full);
+      const std::int64_t full = (n - *first - 1) / same->times;
+      // A period is a second at least, and nothing starts before the year 0.
+      if (full > 2 * kLastLocalSecond / (same->periods * m_interval)) { return kLastLocalSecond; }
+      n -= *first + full * same->times;
+      from = periodStart(1 + full * same->periods);
     }
   }
   const bool done = walkPeriods(from, kLastLocalSecond + 1, budget, [&](const Times& times) {

@@ -78,6 +78,8 @@ class CompiledRule {
   DayNumber nextDay(DayNumber day) const;
   std::optional<bool> hasDays(ExpansionBudget& budget) const;
   bool hasTimes() const;
+  /// How many times of day a rule below a day makes until its periods begin at the same times of day again.
+  std::int64_t timesInCycle() const;
   bool hasPositions() const;
   bool rareDays() const { return m_rare && (!m_rare->yearDays.empty() || !m_rare->weekNumbers.empty()); }
   /// What filling one period costs, in steps.
@@ -88,6 +90,12 @@ class CompiledRule {
   bool hasMonthDays() const { return (m_monthDays | m_monthDaysFromEnd) != 0; }
   /// How many each full period makes, when that is always the same; 0 otherwise.
   std::int64_t uniformSize() const;
+  /// So many periods in a row, wherever they begin, make the same number of times.
+  struct Cycle {
+    std::int64_t periods = 1;
+    std::int64_t times = 0;  ///< 0: there is no such cycle
+  };
+  std::optional<Cycle> cycle(ExpansionBudget& budget) const;
 
   Frequency m_frequency = Frequency::kDaily;
   std::uint8_t m_weekDays = 0;

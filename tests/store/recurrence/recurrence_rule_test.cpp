@@ -191,9 +191,15 @@ class RulesBelowADay {
 TEST(CompiledRule, MakesAndCountsBelowADayWhatTheDefinitionSays) {
   RulesBelowADay rules(20261123);
   const LocalSeconds start = secondsOf("20240131T094510"), end = start + 8 * kSecondsPerDay;
+  std::vector<RecurrenceRule> all;
+  // An interval of whole weeks between the same times of day, and others.
+  for (const char* text : {"FREQ=HOURLY;INTERVAL=7;BYDAY=SU", "FREQ=MINUTELY;INTERVAL=7;BYHOUR=3;BYDAY=MO,WE",
+                           "FREQ=HOURLY;INTERVAL=5;BYHOUR=4,9;BYDAY=TU", "FREQ=MINUTELY;INTERVAL=45;BYHOUR=9,10"}) {
+    all.push_back(*parseRule(text));
+  }
+  while (all.size() < 60) { all.push_back(rules.next()); }
   int met = 0;
-  for (int i = 0; i < 60; ++i) {
-    const RecurrenceRule rule = rules.next();
+  for (const RecurrenceRule& rule : all) {
     std::vector<LocalSeconds> expected;
     for (LocalSeconds time = start; time < end; ++time) {
       if (RulesBelowADay::makes(rule, start, time)) { expected.push_back(time); }
@@ -210,7 +216,17 @@ TEST(CompiledRule, MakesAndCountsBelowADayWhatTheDefinitionSays) {
     }
     EXPECT_EQ(compiled.count(end, budget), static_cast<std::int64_t>(expected.size())) << ruleText(rule);
     EXPECT_GE(compiled.mostInMonth(end - 1), static_cast<std::int64_t>(expected.size())) << ruleText(rule);
-    if (!expected.empty()) { EXPECT_EQ(compiled.mayMeet(budget), true) << ruleText(rule); }
+    if (expected.empty()) { continue; }
+    EXPECT_EQ(compiled.mayMeet(budget), true) << ruleText(rule);
+    // Further on than anybody would look at each second.
+    std::int64_t walked = 0;
+    LocalSeconds last = start;
+    ASSERT_TRUE(compiled.walk(start, start + 200 * kSecondsPerDay, budget, [&](LocalSeconds time) {
+      last = time;
+      return ++walked < 20'000;
+    }));
+    EXPECT_EQ(compiled.nth(walked, budget), last) << ruleText(rule);
+    EXPECT_EQ(compiled.count(last + 1, budget), walked) << ruleText(rule);
   }
   EXPECT_GT(met, 30);
 }
@@ -218,7 +234,9 @@ TEST(CompiledRule, MakesAndCountsBelowADayWhatTheDefinitionSays) {
 TEST(CompiledRule, CountsFarAheadWithoutGoingThere) {
   for (const char* text : {"FREQ=HOURLY;BYHOUR=9,12,15", "FREQ=HOURLY;INTERVAL=8", "FREQ=DAILY;BYHOUR=9,12,15",
                            "FREQ=MINUTELY;INTERVAL=30;BYHOUR=9,10,11;BYDAY=MO,TU,WE,TH,FR", "FREQ=DAILY;BYDAY=MO,TU",
-                           "FREQ=SECONDLY;INTERVAL=7200", "FREQ=MINUTELY;BYMINUTE=15,45"}) {
+                           "FREQ=SECONDLY;INTERVAL=7200", "FREQ=MINUTELY;BYMINUTE=15,45",
+                           "FREQ=HOURLY;INTERVAL=5;BYHOUR=4,9,14;BYDAY=MO,TU,SA", "FREQ=DAILY;INTERVAL=3;BYDAY=SU",
+                           "FREQ=MINUTELY;INTERVAL=45;BYHOUR=9,10,11"}) {
     const LocalSeconds start = secondsOf("20240131T090000");
     const auto rule = CompiledRule::make(*parseRule(text), start, false).value();
     ExpansionBudget budget(500);
