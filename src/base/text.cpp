@@ -14,10 +14,6 @@ std::string inCapitals(std::string_view text) {
   return upper;
 }
 
-bool equalsNoCase(std::string_view left, std::string_view right) {
-  return std::ranges::equal(left, right, {}, asciiLower<char>, asciiLower<char>);
-}
-
 std::string_view withoutQuotes(std::string_view text) { return trimmed(text, " \t\""); }
 
 std::vector<std::string_view> splitUnescaped(std::string_view value, char separator) {
@@ -47,7 +43,8 @@ bool isUtf8(std::string_view bytes) {
       bytes.remove_prefix(8);
       continue;
     }
-    const std::size_t length = characterLength(bytes);
+    const bool ascii = static_cast<unsigned char>(bytes.front()) < 0x80;
+    const std::size_t length = ascii ? 1 : characterLength(bytes);
     if (length == 0) { return false; }
     bytes.remove_prefix(length);
   }

@@ -20,7 +20,13 @@ constexpr Char asciiUpper(Char c) {
 std::string inCapitals(std::string_view text);
 
 /// ASCII letters count as the same in capitals and small.
-bool equalsNoCase(std::string_view left, std::string_view right);
+constexpr bool equalsNoCase(std::string_view left, std::string_view right) {
+  if (left.size() != right.size()) { return false; }
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    if (asciiLower(left[i]) != asciiLower(right[i])) { return false; }
+  }
+  return true;
+}
 
 /// Without the blanks around it.
 template <class Char>
@@ -31,7 +37,12 @@ constexpr std::basic_string_view<Char> trimmed(std::basic_string_view<Char> text
   return text;
 }
 /// Without the spaces and tabs around it.
-constexpr std::string_view trimmed(std::string_view text) { return trimmed(text, " \t"); }
+constexpr std::string_view trimmed(std::string_view text) {
+  const auto blank = [](char c) { return c == ' ' || c == '\t'; };
+  while (!text.empty() && blank(text.front())) { text.remove_prefix(1); }
+  while (!text.empty() && blank(text.back())) { text.remove_suffix(1); }
+  return text;
+}
 /// The same, and without quotes.
 std::string_view withoutQuotes(std::string_view text);
 /// Splits at a separator that is not escaped by a backslash.

@@ -1,7 +1,6 @@
 #include "bridge/conversions.h"
 
 #include <charconv>
-#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -28,10 +27,23 @@ std::optional<Date> dateAtOffset(const HostDateTimeParts& parts, int offset) {
   // What is left after whole hours stands where minutes belong, in seconds. Such a text does not parse, and solutions
   // in those zones have come to rely on dates that do not arrive.
   const int rest = std::abs(offset - offset / kSecondsPerHour * kSecondsPerHour);
-  char text[96];
-  const int length = std::snprintf(text, sizeof text, "%d-%.2d-%.2d %.2d:%.2d:%.2d %c%.2d%.2d", parts.year, parts.month,
-                                   parts.day, parts.hour, parts.minute, parts.second, sign, hours, rest);
-  return dateWithString({text, static_cast<std::size_t>(length)});
+  std::string text = std::to_string(parts.year);
+  // By hand: a date is set with every event that is saved, and a formatter would be most of the work.
+  const auto put = [&text](char before, int number) {
+    text += before;
+    if (number >= 0 && number < 10) { text += '0'; }
+    text += std::to_string(number);
+  };
+  put('-', parts.month);
+  put('-', parts.day);
+  put(' ', parts.hour);
+  put(':', parts.minute);
+  put(':', parts.second);
+  text += ' ';
+  put(sign, hours);
+  if (rest < 10) { text += '0'; }
+  text += std::to_string(rest);
+  return dateWithString(text);
 }
 
 /// Calls `use` with each line of a host list.

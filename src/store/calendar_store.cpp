@@ -29,6 +29,7 @@ CalendarStore::~CalendarStore() = default;
 
 void CalendarStore::close() { m_core->close(); }
 std::uint64_t CalendarStore::generation() { return m_core->generation(); }
+Result<std::uint64_t> CalendarStore::calendarsGeneration() { return m_core->calendarsGeneration(); }
 
 Result<std::vector<Source>> CalendarStore::sources() {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());

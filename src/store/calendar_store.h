@@ -54,6 +54,9 @@ class CalendarStore {
 
   /// Differs from an earlier value when the content may have changed meanwhile, through this or any other process.
   std::uint64_t generation();
+  /// The same of calendars, reminder lists and their sources alone: saves of events and reminders leave it as it is. It
+  /// looks at what others committed, so ask when `generation` differs.
+  Result<std::uint64_t> calendarsGeneration();
 
   Result<std::vector<Source>> sources();
   /// In their order.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <map>
@@ -54,6 +55,8 @@ struct LoopState {
   std::optional<Descriptor> poll;
   std::map<std::uint64_t, std::shared_ptr<Source>> sources;
   std::uint64_t lastKey = 0;
+  /// Whether a port may be ready: asking the system is most of a turn in which nothing happens.
+  std::atomic<bool> sent = false;
 };
 
 class LinuxRunLoopPort final : public RunLoopPort {
@@ -70,6 +73,7 @@ class LinuxRunLoopPort final : public RunLoopPort {
     const std::uint64_t one = 1;
     // It fails only when the counter is full, and then the loop is to be woken already.
     static_cast<void>(!::write(m_source->event.number(), &one, sizeof one));
+    m_loop->sent = true;
   }
 
  private:
@@ -114,9 +118,13 @@ class LinuxRunLoop final : public RunLoop {
 
  private:
   void serveWhatIsReady() {
-    if (!m_state->poll) { return; }
-    std::array<epoll_event, 64> ready{};
+    if (!m_state->sent) { return; }
+    // Before asking, so that the next turn finds what is sent from here on.
+    m_state->sent = false;
+    std::array<epoll_event, 64> ready;
     const int count = ::epoll_wait(m_state->poll->number(), ready.data(), static_cast<int>(ready.size()), 0);
+    // There may be more of them than fit, and a handler that throws leaves those after it.
+    if (count > 0) { m_state->sent = true; }
     for (int i = 0; i < count; ++i) { serve(ready[static_cast<std::size_t>(i)].data.u64); }
   }
 

@@ -69,6 +69,12 @@ void StoreAccess::refresh() {
   store::CalendarStore& store = this->store();
   const std::uint64_t generation = store.generation();
   if (m_readAt == generation) { return; }
+  // Most commits change events alone.
+  const auto ofCalendars = orNone(store.calendarsGeneration());
+  if (m_readAt && ofCalendars && *ofCalendars == m_calendarsReadAt) {
+    m_readAt = generation;
+    return;
+  }
   auto events = orNone(store.calendars(store::CalendarKind::kEvents), "calendars");
   auto reminders = orNone(store.calendars(store::CalendarKind::kReminders), "reminder lists");
   auto sources = orNone(store.sources(), "sources");
@@ -76,7 +82,8 @@ void StoreAccess::refresh() {
   m_events = events ? std::make_shared<const std::vector<store::Calendar>>(*std::move(events)) : none();
   m_reminders = reminders ? std::make_shared<const std::vector<store::Calendar>>(*std::move(reminders)) : none();
   m_sources = std::move(sources).value_or(std::vector<store::Source>());
-  m_readAt = read ? std::optional(generation) : std::nullopt;
+  m_readAt = read && ofCalendars ? std::optional(generation) : std::nullopt;
+  m_calendarsReadAt = ofCalendars.value_or(0);
 }
 
 StoreAccess::Calendars StoreAccess::calendars(store::CalendarKind kind) {

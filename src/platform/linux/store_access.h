@@ -73,6 +73,7 @@ class StoreAccess {
   std::unique_ptr<store::CalendarStore> m_store;
   std::unique_ptr<store::CalendarStore> m_unopened;  ///< in the place of a store that could not be opened
   std::optional<std::uint64_t> m_readAt;             ///< generation of what follows
+  std::uint64_t m_calendarsReadAt = 0;               ///< the same of calendars alone
   Calendars m_events, m_reminders;
   std::vector<store::Source> m_sources;
 };

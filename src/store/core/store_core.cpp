@@ -116,6 +116,7 @@ void StoreCore::forget(ItemId item, std::optional<ItemId> ofSeries) {
 }
 
 void StoreCore::forgetAll() {
+  ++m_calendarsGeneration;
   rows.forgetAll();
   series.forgetAll();
   longEvents.forgetAll();
@@ -145,6 +146,9 @@ Status StoreCore::catchUp() {
     } else {
       ORLOCAL_CHECK(log.visitAfter(m_seen, [&](const LoggedChange& change) {
         if (change.subject == Subject::kZone) { zonesChanged = true; }
+        if (change.subject == Subject::kCalendar || change.subject == Subject::kReminderList) {
+          ++m_calendarsGeneration;
+        }
         if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) { return; }
         rows.forget(change.row);
         forget(change.row, change.series);
@@ -170,6 +174,11 @@ Result<Transaction> StoreCore::beginReading() {
   ORLOCAL_TRY(Transaction transaction, Transaction::read(database));
   ORLOCAL_CHECK(catchUp());
   return transaction;
+}
+
+Result<std::uint64_t> StoreCore::calendarsGeneration() {
+  ORLOCAL_CHECK(beginReading());
+  return m_calendarsGeneration;
 }
 
 Result<Transaction> StoreCore::beginTransaction() {
@@ -295,6 +304,7 @@ Status StoreCore::removeCalendar(const Calendar& calendar) {
 }
 
 Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
+  ++m_calendarsGeneration;
   return log.record(operation, calendar.kind == CalendarKind::kEvents ? Subject::kCalendar : Subject::kReminderList,
                     calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()));
 }
@@ -308,11 +318,10 @@ Status WriteTurn::commit() {
   ORLOCAL_CHECK(m_core->rows.writeGathered());
   ORLOCAL_CHECK(m_core->timeline.writeGathered());
   ORLOCAL_CHECK(m_core->log.finishCommit());
-  ORLOCAL_TRY(const std::int64_t newest, m_core->log.newest());
   const Bell bell(m_core->file());
   ORLOCAL_CHECK(m_transaction.commit());
   bell.ring();
-  m_core->m_seen = newest;
+  m_core->m_seen = m_core->log.last();
   m_core = nullptr;
   return {};
 }

@@ -39,6 +39,8 @@ class StoreCore {
   Result<WriteTurn> beginWriting();
   /// See `CalendarStore::generation`.
   std::uint64_t generation();
+  /// See `CalendarStore::calendarsGeneration`.
+  Result<std::uint64_t> calendarsGeneration();
 
   /// Writes a new row, gives it its identifiers, and puts it on the timeline and into the log. `own` is the item's
   /// series compiled for UTC, null when it does not repeat; one that is too dense to be read is refused, and an item
@@ -97,7 +99,7 @@ class StoreCore {
   std::int64_t m_opener = 0;                         ///< process that opened the file
   std::chrono::steady_clock::duration m_nextLook{};  ///< on the coarse clock
   std::int64_t m_seen = -1;  ///< newest row of the log that memory agrees with; -1 before the first look
-  std::uint64_t m_generation = 1;
+  std::uint64_t m_generation = 1, m_calendarsGeneration = 1;
   const std::uint32_t* m_walIndex = nullptr;
   std::uint32_t m_walHeader[12] = {};
   std::int64_t m_dataVersion = 0;

@@ -20,7 +20,8 @@ Status ChangeLog::startCommit() {
   const ResetAtExit reset(newest);
   ORLOCAL_TRY(const bool found, newest.step());
   CheckedRow row(newest);
-  m_firstOfCommit = (found ? row.id(0) : 0) + 1;
+  m_last = found ? row.id(0) : 0;
+  m_firstOfCommit = m_last + 1;
   m_commit = (found ? row.number(1) : 0) + 1;
   if (!row.sound()) { return damaged(m_database, kLog); }
   return {};
@@ -29,6 +30,7 @@ Status ChangeLog::startCommit() {
 Status ChangeLog::record(Operation operation, Subject subject, std::int64_t row, std::optional<ItemId> series,
                          const Uuid& uuid) {
   m_recorded.push_back({operation, subject, row, series, uuid});
+  ++m_last;
   return m_recorded.size() < kRowsAtOnce ? Status() : writeRecorded();
 }
 
@@ -47,12 +49,13 @@ Status ChangeLog::writeRecorded() {
 
 Status ChangeLog::finishCommit() {
   ORLOCAL_CHECK(writeRecorded());
-  ORLOCAL_TRY(const std::int64_t last, newest());
-  // Dropping in lots keeps most commits from paying for it.
-  constexpr std::int64_t kSlack = kKept / 10;
+  // Dropping in lots keeps most commits from paying for it; twice as many as come make up for large commits.
+  constexpr std::int64_t kEvery = 500, kDropped = 2 * kEvery;
+  const std::int64_t times = m_last / kEvery - (m_firstOfCommit - 1) / kEvery;
+  if (times == 0) { return {}; }
   ORLOCAL_TRY(const std::int64_t first, oldest());
-  if (first == 0 || last - first < kKept + kSlack) { return {}; }
-  return m_prune.in(m_database).bind(1, std::min(last - kKept + 1, m_firstOfCommit)).run();
+  const std::int64_t kept = std::min({m_last - kKept + 1, m_firstOfCommit, first + times * kDropped});
+  return kept > first ? m_prune.in(m_database).bind(1, kept).run() : Status();
 }
 
 Result<std::int64_t> ChangeLog::newest() {

@@ -37,8 +37,9 @@ struct LoggedChange {
   Uuid uuid;                     ///< public identifier; for a changed occurrence that of its series
 };
 
-/// The log of what every commit inserted, updated and deleted, and who did it. Bounded: the newest `kKept` rows, and
-/// always the whole of the last commit.
+/// The log of what every commit inserted, updated and deleted, and who did it. The newest `kKept` rows are kept, and
+/// always the whole of the last commit; older ones go at the pace at which new ones come, so that no commit pays for
+/// what a large one before it left.
 class ChangeLog {
  public:
   static constexpr std::int64_t kKept = 100'000;
@@ -54,6 +55,8 @@ class ChangeLog {
   Status record(Operation operation, Subject subject, std::int64_t row, std::optional<ItemId> series, const Uuid& uuid);
   /// Writes what was recorded and drops what is too old; before the commit.
   Status finishCommit();
+  /// The newest row's number with what was recorded since `startCommit`.
+  std::int64_t last() const { return m_last; }
 
   /// The newest row's number; 0 when there is none.
   Result<std::int64_t> newest();
@@ -81,6 +84,7 @@ class ChangeLog {
   std::int64_t m_writer;
   std::int64_t m_commit = 0;
   std::int64_t m_firstOfCommit = 0;
+  std::int64_t m_last = 0;
   std::vector<Recorded> m_recorded;  ///< not written yet
   LazyStatement m_newest{"SELECT seq, commit_no FROM changes ORDER BY seq DESC LIMIT 1"};
   LazyStatement m_oldest{"SELECT seq FROM changes ORDER BY seq LIMIT 1"};

@@ -1,9 +1,11 @@
 #include "store/file/row_values.h"
 
+#include <algorithm>
+
 namespace orlocal::store {
 
 void RowValues::clear() {
-  m_values.clear();
+  std::ranges::fill(m_values, Value());
   m_bytes.clear();
 }
 
@@ -52,7 +54,7 @@ void RowValues::bindTo(Statement& statement, int before) const {
         statement.bindBlob(before, std::as_bytes(std::span(bytes())));
         break;
       default:
-        statement.bindNull(before);
+        break;  // as it is
     }
   }
 }

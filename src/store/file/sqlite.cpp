@@ -195,6 +195,7 @@ LazyStatement::~LazyStatement() {
 Statement& LazyStatement::in(Database& database) {
   if (m_statement.prepared()) {
     m_statement.reset();
+    sqlite3_clear_bindings(m_statement.m_handle);
     return m_statement;
   }
   auto prepared = database.prepare(m_sql);
@@ -215,6 +216,7 @@ void Database::swap(Database& other) noexcept {
   std::swap(m_file, other.m_file);
   std::swap(m_immutable, other.m_immutable);
   std::swap(m_whyOnlyRead, other.m_whyOnlyRead);
+  std::swap(m_turns, other.m_turns);
   std::swap(m_kept, other.m_kept);
   for (LazyStatement* kept : m_kept) { kept->m_database = this; }
   for (LazyStatement* kept : other.m_kept) { kept->m_database = &other; }
@@ -226,6 +228,7 @@ void Database::close() {
     kept->m_database = nullptr;
   }
   m_kept.clear();
+  m_turns = {};
   sqlite3_close_v2(std::exchange(m_handle, nullptr));
 }
 
@@ -282,6 +285,14 @@ Status Database::execute(const char* sql) {
   const int result = sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr);
   if (result != SQLITE_OK) { return sqliteFailure(result, m_file.string(), m_handle); }
   return {};
+}
+
+Status Database::take(Turn turn) {
+  constexpr std::array kWords{"BEGIN", "BEGIN IMMEDIATE", "COMMIT", "ROLLBACK"};
+  const auto index = static_cast<std::size_t>(turn);
+  Statement& statement = m_turns[index];
+  if (!statement.prepared()) { ORLOCAL_TRY(statement, prepare(kWords[index])); }
+  return statement.run();
 }
 
 Result<std::int64_t> Database::integerOf(const char* sql) {
@@ -349,23 +360,23 @@ Result<Transaction> Transaction::write(Database& database) {
                                                database.file().string()));
   }
   if (database.whyOnlyRead()) { return failure(*database.whyOnlyRead()); }
-  ORLOCAL_CHECK(database.execute("BEGIN IMMEDIATE"));
+  ORLOCAL_CHECK(database.take(Database::Turn::kWrite));
   return Transaction(&database);
 }
 
 Result<Transaction> Transaction::read(Database& database) {
   if (database.inTransaction()) { return Transaction(nullptr); }
-  ORLOCAL_CHECK(database.execute("BEGIN"));
+  ORLOCAL_CHECK(database.take(Database::Turn::kRead));
   return Transaction(&database);
 }
 
 Transaction::~Transaction() {
-  if (m_database != nullptr && m_database->inTransaction()) { (void)m_database->execute("ROLLBACK"); }
+  if (m_database != nullptr && m_database->inTransaction()) { (void)m_database->take(Database::Turn::kRollBack); }
 }
 
 Status Transaction::commit() {
   if (m_database == nullptr) { return {}; }
-  auto committed = m_database->execute("COMMIT");
+  auto committed = m_database->take(Database::Turn::kCommit);
   // A failed COMMIT may leave the transaction open; the destructor then rolls it back.
   if (committed) { m_database = nullptr; }
   return committed;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -134,6 +135,10 @@ class Database {
 
  private:
   friend class LazyStatement;
+  friend class Transaction;
+  /// How transactions begin and end. These statements are kept: to parse one costs more than to run it.
+  enum class Turn { kRead, kWrite, kCommit, kRollBack };
+  Status take(Turn turn);
   void swap(Database& other) noexcept;
 
   sqlite3* m_handle = nullptr;
@@ -141,6 +146,7 @@ class Database {
   bool m_immutable = false;
   std::optional<Failure> m_whyOnlyRead;
   std::vector<LazyStatement*> m_kept;  ///< prepared on this
+  std::array<Statement, 4> m_turns;    ///< by `Turn`
 };
 
 /// A statement that is prepared when it is first needed, and kept until its database is closed. A failure to prepare it
@@ -153,7 +159,7 @@ class LazyStatement {
   LazyStatement(const LazyStatement&) = delete;
   LazyStatement& operator=(const LazyStatement&) = delete;
 
-  /// Reset and ready to be bound. Always with the same database.
+  /// Reset and ready to be bound; what is not bound is NULL. Always with the same database.
   Statement& in(Database& database);
 
  private:

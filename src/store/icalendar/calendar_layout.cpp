@@ -16,9 +16,13 @@ namespace {
 
 constexpr std::size_t kDeepest = 16;
 
+/// The lines of an item that are of interest here.
+constexpr std::array<std::string_view, 9> kNamesInItems{"BEGIN",    "END",   "UID",   "DTSTAMP",      "LAST-MODIFIED",
+                                                        "SEQUENCE", "RRULE", "RDATE", "RECURRENCE-ID"};
+
 class LayoutReader {
  public:
-  explicit LayoutReader(std::string_view bytes) : m_lines(bytes) {}
+  explicit LayoutReader(std::string_view bytes) : m_utf8(isUtf8(bytes)), m_lines(bytes, 1, m_utf8) {}
 
   CalendarLayout read() {
     for (ContentLine line; begin(), m_lines.next(line);) {
@@ -47,7 +51,11 @@ class LayoutReader {
     Role role;
   };
 
-  void begin() { m_lineBegin = m_lines.offset(); }
+  void begin() {
+    // Where lines have to be decoded each is looked at, so that the first of them is told.
+    if (m_utf8 && inside(Role::kItem)) { m_lines.passOverTo(kNamesInItems); }
+    m_lineBegin = m_lines.offset();
+  }
   void useCalendar(std::size_t index) {
     if (m_made.calendars.size() <= index) { m_made.calendars.resize(index + 1); }
   }
@@ -79,6 +87,7 @@ class LayoutReader {
     } else if (role == Role::kItem && top) {
       m_item = {{m_lineBegin, 0, line.line},
                 name == "VEVENT" ? ItemKind::kEvent : ItemKind::kReminder,
+                m_utf8,
                 m_calendar,
                 "",
                 false,
@@ -170,6 +179,7 @@ class LayoutReader {
     }
   }
 
+  const bool m_utf8;  ///< of all bytes
   ContentLines m_lines;
   CalendarLayout m_made;
   std::vector<Open> m_open;

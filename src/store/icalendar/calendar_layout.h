@@ -21,6 +21,7 @@ struct FileSpan {
 struct ItemSpan {
   FileSpan span;
   ItemKind kind = ItemKind::kEvent;
+  bool utf8 = false;  ///< its bytes are known to be
   std::size_t calendar = 0;
   std::string uid;
   bool changed = false;  ///< has a RECURRENCE-ID

@@ -14,48 +14,61 @@ namespace orlocal::store {
 
 namespace {
 
-bool isNameCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
-}
-
-/// Where the first of the two stands outside quotes; npos when nowhere.
-std::size_t findUnquoted(std::string_view text, std::size_t from, char one, char other) {
-  bool quoted = false;
-  for (std::size_t i = from; i < text.size(); ++i) {
-    if (text[i] == '"') {
-      quoted = !quoted;
-    } else if (!quoted && (text[i] == one || text[i] == other)) {
-      return i;
-    }
+/// Looked up, since each line of a file is gone through by it.
+constexpr auto kNameCharacters = [] {
+  std::array<bool, 256> is{};
+  for (const char c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.")) {
+    is[static_cast<unsigned char>(c)] = true;
   }
-  return std::string_view::npos;
+  return is;
+}();
+bool isNameCharacter(char c) { return kNameCharacters[static_cast<unsigned char>(c)]; }
+
+/// Where the first one stands outside quotes; npos when nowhere.
+std::size_t findUnquoted(std::string_view text, std::size_t from, char wanted) {
+  for (;;) {
+    const std::size_t found = text.find(wanted, from);
+    const std::size_t open = text.substr(from, found - from).find('"');
+    if (open == std::string_view::npos) { return found; }
+    const std::size_t close = text.find('"', from + open + 1);
+    if (close == std::string_view::npos) { return close; }
+    from = close + 1;
+  }
 }
 
 /// Whether iCalendar text can have it: no control character but a tab (RFC 5545, 3.1).
 constexpr bool isCarried(char c) { return static_cast<unsigned char>(c) >= 0x20 ? c != 0x7F : c == '\t'; }
 
-/// Without what is no text, and with the carets' meaning (RFC 6868).
-std::string parameterValue(std::string_view value) {
+/// How much of the text's beginning stands for itself: nothing in it is left out or escaped.
+std::size_t plainLength(std::string_view text) {
+  const auto end = std::ranges::find_if(text, [](char c) { return !isCarried(c) || c == '\\'; });
+  return static_cast<std::size_t>(end - text.begin());
+}
+
+}  // namespace
+
+std::string ContentParameter::plainValue() const {
+  std::string_view quoted = value;
+  if (quoted.starts_with('"')) {
+    quoted.remove_prefix(1);
+    quoted = quoted.substr(0, quoted.find('"'));
+  }
   std::string out;
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    const char next = i + 1 < value.size() ? value[i + 1] : '\0';
-    if (value[i] == '^' && (next == 'n' || next == '^' || next == '\'')) {
+  for (std::size_t i = 0; i < quoted.size(); ++i) {
+    const char next = i + 1 < quoted.size() ? quoted[i + 1] : '\0';
+    if (quoted[i] == '^' && (next == 'n' || next == '^' || next == '\'')) {
       out += next == 'n' ? '\n' : next == '^' ? '^' : '"';
       ++i;
-    } else if (isCarried(value[i])) {
-      out += value[i];
+    } else if (isCarried(quoted[i])) {
+      out += quoted[i];
     }
   }
   return out;
 }
 
-}  // namespace
-
-bool ContentLine::is(std::string_view wanted) const { return equalsNoCase(name, wanted); }
-
 bool nextParameter(std::string_view& parameters, ContentParameter& parameter) {
   while (!parameters.empty()) {
-    const std::size_t end = std::min(findUnquoted(parameters, 1, ';', ';'), parameters.size());
+    const std::size_t end = std::min(findUnquoted(parameters, 1, ';'), parameters.size());
     parameter.text = parameters.substr(0, end);
     parameters.remove_prefix(end);
     const std::size_t equals = parameter.text.find('=');
@@ -77,13 +90,7 @@ bool nextParameter(std::string_view& parameters, ContentParameter& parameter) {
 std::optional<std::string> ContentLine::parameter(std::string_view wanted) const {
   std::string_view rest = parameters;
   for (ContentParameter found; nextParameter(rest, found);) {
-    if (!equalsNoCase(found.name, wanted)) { continue; }
-    std::string_view raw = found.value;
-    if (!raw.empty() && raw.front() == '"') {
-      raw.remove_prefix(1);
-      raw = raw.substr(0, raw.find('"'));
-    }
-    return parameterValue(raw);
+    if (equalsNoCase(found.name, wanted)) { return found.plainValue(); }
   }
   return std::nullopt;
 }
@@ -99,7 +106,7 @@ std::optional<ContentLine> splitContentLine(std::string_view text, int line) {
   if (made.name.empty() || end == text.size() || (text[end] != ':' && text[end] != ';')) { return std::nullopt; }
   std::size_t colon = end;
   if (text[end] == ';') {
-    colon = findUnquoted(text, end, ':', ':');
+    colon = findUnquoted(text, end, ':');
     // A quote that is never closed hides the colon; the first one then ends the parameters.
     if (colon == std::string_view::npos) { colon = text.find(':', end); }
     if (colon == std::string_view::npos) { return std::nullopt; }
@@ -133,7 +140,9 @@ std::string_view ContentLines::physicalLine() {
 
 /// Goes to the continuation of the line that was read, when there is one. Some files have an empty line before each.
 bool ContentLines::continues() {
-  if (m_text < m_at || m_text == 0) { m_text = std::min(m_bytes.find_first_not_of("\r\n", m_at), m_bytes.size()); }
+  if (m_text < m_at || m_text == 0) {
+    for (m_text = m_at; m_text < m_bytes.size() && (m_bytes[m_text] == '\r' || m_bytes[m_text] == '\n');) { ++m_text; }
+  }
   if (m_text == m_bytes.size() || (m_bytes[m_text] != ' ' && m_bytes[m_text] != '\t')) { return false; }
   while (m_at < m_text) { (void)physicalLine(); }
   return true;
@@ -149,7 +158,7 @@ bool ContentLines::next(ContentLine& line) {
       text = m_buffer;
     }
     if (trimmed(text).empty()) { continue; }
-    m_reencoded = !isUtf8(text);
+    m_reencoded = !m_allUtf8 && !isUtf8(text);
     if (m_reencoded) { text = m_decoded = fromWindows1252(text); }
     if (auto split = splitContentLine(text, number)) {
       line = *split;
@@ -161,6 +170,27 @@ bool ContentLines::next(ContentLine& line) {
     return true;
   }
   return false;
+}
+
+namespace {
+
+/// Of a physical line at the beginning of `text`; its name may go on behind a fold.
+bool mayHaveName(std::string_view text, std::string_view name) {
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    if (i == text.size() || text[i] == '\r' || text[i] == '\n') { return true; }
+    if (asciiUpper(text[i]) != name[i]) { return false; }
+  }
+  return true;
+}
+
+}  // namespace
+
+void ContentLines::passOverTo(std::span<const std::string_view> names) {
+  while (m_at < m_bytes.size()) {
+    const std::string_view rest = m_bytes.substr(m_at);
+    if (std::ranges::any_of(names, [&](std::string_view name) { return mayHaveName(rest, name); })) { return; }
+    do { (void)physicalLine(); } while (continues());
+  }
 }
 
 std::string fromWindows1252(std::string_view bytes) {
@@ -188,19 +218,20 @@ std::string fromWindows1252(std::string_view bytes) {
 std::string unescapeText(std::string_view value) {
   std::string out;
   out.reserve(value.size());
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    const char c = value[i];
-    if (c == '\\' && i + 1 < value.size()) {
-      const char next = value[i + 1];
-      if (next == 'n' || next == 'N' || next == ',' || next == ';' || next == '\\') {
-        out += next == 'n' || next == 'N' ? '\n' : next;
-        ++i;
-        continue;
-      }
+  for (;;) {
+    const std::size_t plain = plainLength(value);
+    out.append(value.substr(0, plain));
+    value.remove_prefix(plain);
+    if (value.empty()) { return out; }
+    const char c = value.front(), next = value.size() > 1 ? value[1] : '\0';
+    const bool escape = c == '\\' && (next == 'n' || next == 'N' || next == ',' || next == ';' || next == '\\');
+    if (escape) {
+      out += next == 'n' || next == 'N' ? '\n' : next;
+    } else if (c == '\\' || c == '\n') {
+      out += c;
     }
-    if (isCarried(c) || c == '\n') { out += c; }
+    value.remove_prefix(escape ? 2 : 1);
   }
-  return out;
 }
 
 std::string escapeText(std::string_view text) {

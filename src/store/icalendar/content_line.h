@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,14 +20,17 @@ struct ContentLine {
   int line = 0;                 ///< number of its first line in the file, from 1
 
   /// Compared without case.
-  bool is(std::string_view wanted) const;
-  /// The first value of a parameter, without quotes, with RFC 6868's "^n", "^^" and "^'" resolved; none when absent.
+  bool is(std::string_view wanted) const { return equalsNoCase(name, wanted); }
+  /// The plain value of the first parameter of that name; none when absent.
   std::optional<std::string> parameter(std::string_view wanted) const;
 };
 
 /// One parameter as written: `text` is ";NAME=value".
 struct ContentParameter {
   std::string_view name, value, text;
+
+  /// Without quotes, with RFC 6868's "^n", "^^" and "^'" resolved.
+  std::string plainValue() const;
 };
 /// Takes the next parameter off the front of `parameters`; false when there is none.
 bool nextParameter(std::string_view& parameters, ContentParameter& parameter);
@@ -38,10 +42,15 @@ std::optional<ContentLine> splitContentLine(std::string_view text, int line);
 /// empty lines, reads what is not UTF-8 as Windows-1252. Views are valid until the next call of `next`.
 class ContentLines {
  public:
-  explicit ContentLines(std::string_view bytes, int firstLine = 1) : m_bytes(bytes), m_line(firstLine) {}
+  /// `allUtf8`: the bytes are known to be UTF-8, so that no line has to be looked at for that.
+  explicit ContentLines(std::string_view bytes, int firstLine = 1, bool allUtf8 = false)
+      : m_bytes(bytes), m_line(firstLine), m_allUtf8(allUtf8) {}
 
   /// False at the end. A line that is no content line comes with an empty name.
   bool next(ContentLine& line);
+  /// Passes over lines up to one that may have one of these names (in capitals). What is passed over is not unfolded,
+  /// decoded or split.
+  void passOverTo(std::span<const std::string_view> names);
   /// Where the next line begins.
   std::size_t offset() const { return m_at; }
   int lineNumber() const { return m_line; }
@@ -58,6 +67,7 @@ class ContentLines {
   // that has none.
   std::size_t m_newline = 0, m_carriageReturn = 0, m_text = 0;
   int m_line;
+  bool m_allUtf8;
   bool m_reencoded = false;
   std::string m_buffer, m_decoded;
 };

@@ -113,15 +113,13 @@ void CalendarReader::Data::group() {
   for (const CalendarHead& head : layout.calendars) {
     number.push_back(byName.try_emplace(head.name, number.size()).first->second);
   }
-  std::unordered_map<std::string, std::size_t> known;
-  known.reserve(layout.items.size());
+  std::unordered_map<std::size_t, std::unordered_map<std::string_view, std::size_t>> known;  // by calendar and kind
   for (std::size_t i = 0; i < layout.items.size(); ++i) {
     const ItemSpan& item = layout.items[i];
     std::size_t at = groups.size();
     if (!item.uid.empty()) {
-      std::string key = fmt::format("{}{}", number[item.calendar], item.kind == ItemKind::kEvent ? '+' : '-');
-      key.append(item.uid);
-      at = known.try_emplace(std::move(key), at).first->second;
+      const std::size_t place = 2 * number[item.calendar] + static_cast<std::size_t>(item.kind);
+      at = known[place].try_emplace(item.uid, at).first->second;
     }
     if (at == groups.size()) { groups.push_back({item.calendar, item.span.line, std::nullopt, {}}); }
     if (item.changed) {

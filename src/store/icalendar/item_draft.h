@@ -49,7 +49,7 @@ class ItemDraft {
 
   void keep(const ContentLine& line);
   /// Parameters of a property that a field holds, but those that the field speaks for.
-  void keepParameters(const ContentLine& line);
+  void keepParameters(const ContentLine& line, std::string parameters);
 
   void text(std::optional<std::string>& field, const ContentLine& line, bool escaped);
   void uid(const ContentLine&);  // known from the layout
@@ -59,16 +59,17 @@ class ItemDraft {
   void location(const ContentLine& line);
   void url(const ContentLine& line);
 
-  /// What the parameters of a line say about the times in it.
-  struct TimeParameters {
+  /// What the parameters of a line say: about the times in it, and what no field speaks for.
+  struct LineParameters {
     int line = 0;
     bool isDate = false;
     std::string tzid;
+    std::string others;                                ///< as written
     const std::optional<std::string>* zone = nullptr;  ///< what `tzid` means, once that was asked
   };
-  static TimeParameters timeParametersOf(const ContentLine& line);
+  static LineParameters parametersOf(const ContentLine& line);
   /// None when the value is no time.
-  std::optional<CalendarTime> time(TimeParameters& parameters, std::string_view value);
+  std::optional<CalendarTime> time(LineParameters& parameters, std::string_view value);
   std::optional<Moment> instant(const ContentLine& line);
   void moment(std::optional<CalendarTime>& field, const ContentLine& line);
   void start(const ContentLine& line);
@@ -83,7 +84,7 @@ class ItemDraft {
   void added(const ContentLine& line);
   void excluded(const ContentLine& line);
   void dates(const ContentLine& line, std::vector<CalendarTime>& list, bool periods);
-  std::optional<CalendarTime> periodEnd(TimeParameters& parameters, const CalendarTime& begin, std::string_view text);
+  std::optional<CalendarTime> periodEnd(LineParameters& parameters, const CalendarTime& begin, std::string_view text);
   void sequence(const ContentLine& line);
   void priority(const ContentLine& line);
   void created(const ContentLine& line);

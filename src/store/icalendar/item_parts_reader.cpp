@@ -57,7 +57,7 @@ bool readTrigger(Alarm& alarm, const ContentLine& line) {
 
 }  // namespace
 
-std::optional<Alarm> readAlarm(const std::vector<std::string>& lines) {
+std::optional<Alarm> readAlarm(std::span<const std::string> lines) {
   Alarm alarm;
   bool hasTrigger = false;
   std::string parameters;  // of the line that a field holds
@@ -91,7 +91,7 @@ std::optional<Alarm> readAlarm(const std::vector<std::string>& lines) {
   }
   // First, so that their order does not hang on where the lines stood.
   alarm.extra.insert(0, parameters);
-  return hasTrigger ? std::optional(alarm) : std::nullopt;
+  return hasTrigger ? std::optional(std::move(alarm)) : std::nullopt;
 }
 
 Attendee readAttendee(const ContentLine& line) {

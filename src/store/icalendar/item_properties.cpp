@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -56,14 +57,8 @@ void ItemDraft::property(const ContentLine& line) {
 
 void ItemDraft::keep(const ContentLine& line) { m_item.extra.append(line.text).append("\n"); }
 
-void ItemDraft::keepParameters(const ContentLine& line) {
-  std::string_view rest = line.parameters;
-  std::string kept;
-  for (ContentParameter parameter; nextParameter(rest, parameter);) {
-    if (!equalsNoCase(parameter.name, "TZID") && !equalsNoCase(parameter.name, "VALUE")) { kept += parameter.text; }
-  }
-  if (kept.empty()) { return; }
-  m_parameters.emplace(inCapitals(line.name), std::move(kept));
+void ItemDraft::keepParameters(const ContentLine& line, std::string parameters) {
+  if (!parameters.empty()) { m_parameters.emplace(inCapitals(line.name), std::move(parameters)); }
 }
 
 void ItemDraft::text(std::optional<std::string>& field, const ContentLine& line, bool escaped) {
@@ -72,7 +67,7 @@ void ItemDraft::text(std::optional<std::string>& field, const ContentLine& line,
     return;
   }
   field = escaped ? unescapeText(line.value) : std::string(line.value);
-  keepParameters(line);
+  keepParameters(line, parametersOf(line).others);
 }
 
 void ItemDraft::uid(const ContentLine&) {}  // known from the layout
@@ -87,11 +82,24 @@ void ItemDraft::location(const ContentLine& line) { text(m_item.location, line, 
 
 void ItemDraft::url(const ContentLine& line) { text(m_item.url, line, false); }
 
-ItemDraft::TimeParameters ItemDraft::timeParametersOf(const ContentLine& line) {
-  return {line.line, equalsNoCase(line.parameter("VALUE").value_or(""), "DATE"), line.parameter("TZID").value_or("")};
+ItemDraft::LineParameters ItemDraft::parametersOf(const ContentLine& line) {
+  LineParameters made;
+  made.line = line.line;
+  bool hasValue = false, hasZone = false;  // of several the first counts
+  std::string_view rest = line.parameters;
+  for (ContentParameter parameter; nextParameter(rest, parameter);) {
+    if (equalsNoCase(parameter.name, "VALUE")) {
+      if (!std::exchange(hasValue, true)) { made.isDate = equalsNoCase(parameter.plainValue(), "DATE"); }
+    } else if (equalsNoCase(parameter.name, "TZID")) {
+      if (!std::exchange(hasZone, true)) { made.tzid = parameter.plainValue(); }
+    } else {
+      made.others += parameter.text;
+    }
+  }
+  return made;
 }
 
-std::optional<CalendarTime> ItemDraft::time(TimeParameters& parameters, std::string_view value) {
+std::optional<CalendarTime> ItemDraft::time(LineParameters& parameters, std::string_view value) {
   auto read = parseTime(value);
   if (!read) { return std::nullopt; }
   if (read->kind != Kind::kDate && parameters.isDate) {
@@ -110,14 +118,14 @@ std::optional<CalendarTime> ItemDraft::time(TimeParameters& parameters, std::str
 }
 
 std::optional<Moment> ItemDraft::instant(const ContentLine& line) {
-  auto parameters = timeParametersOf(line);
+  auto parameters = parametersOf(line);
   const auto read = time(parameters, line.value);
   if (!read && !line.value.empty()) { warn(line.line, fmt::format("{} has no date that can be read", line.name)); }
   return read ? std::optional(momentOf(*read, Zone())) : std::nullopt;
 }
 
 void ItemDraft::moment(std::optional<CalendarTime>& field, const ContentLine& line) {
-  auto parameters = timeParametersOf(line);
+  auto parameters = parametersOf(line);
   const auto read = time(parameters, line.value);
   if (!read) {
     auto reason = fmt::format("{} has no date that can be read: \"{}\"", line.name, line.value.substr(0, 40));
@@ -126,7 +134,7 @@ void ItemDraft::moment(std::optional<CalendarTime>& field, const ContentLine& li
   }
   if (field) { return warn(line.line, fmt::format("a second {} was passed over", line.name)); }
   field = read;
-  keepParameters(line);
+  keepParameters(line, std::move(parameters.others));
 }
 
 void ItemDraft::start(const ContentLine& line) { moment(m_item.start, line); }
@@ -210,7 +218,7 @@ void ItemDraft::excluded(const ContentLine& line) { dates(line, m_item.recurrenc
 
 void ItemDraft::dates(const ContentLine& line, std::vector<CalendarTime>& list, bool periods) {
   if (line.value.empty()) { return warn(line.line, fmt::format("{} is empty and was passed over", line.name)); }
-  auto parameters = timeParametersOf(line);
+  auto parameters = parametersOf(line);
   for (std::string_view value : splitUnescaped(line.value, ',')) {
     const std::size_t slash = periods ? value.find('/') : std::string_view::npos;
     const auto read = time(parameters, value.substr(0, slash));
@@ -226,7 +234,7 @@ void ItemDraft::dates(const ContentLine& line, std::vector<CalendarTime>& list, 
   }
 }
 
-std::optional<CalendarTime> ItemDraft::periodEnd(TimeParameters& parameters, const CalendarTime& begin,
+std::optional<CalendarTime> ItemDraft::periodEnd(LineParameters& parameters, const CalendarTime& begin,
                                                  std::string_view text) {
   if (const auto length = parseDuration(text)) { return after(begin, *length); }
   return time(parameters, text);

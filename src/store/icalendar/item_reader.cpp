@@ -65,7 +65,7 @@ bool RuleBudget::takesOccurrences(std::int64_t inMonth) {
 
 std::optional<ReadItem> ItemDraft::read(std::string_view text) {
   if (text.size() > kMostItemBytes) { return refuse(m_span.span.line, "it is larger than 16 MiB"); }
-  ContentLines lines(text, m_span.span.line);
+  ContentLines lines(text, m_span.span.line, m_span.utf8);
   std::size_t count = 0;
   for (ContentLine line; lines.next(line);) {
     if (++count > kMostItemLines) { return refuse(line.line, "it has more than 100,000 lines"); }
@@ -133,9 +133,10 @@ void ItemDraft::innerDone(int line) {
     return;
   }
   const bool isAlarm = equalsNoCase(m_inner.front(), "BEGIN:VALARM");
-  const auto alarm = isAlarm ? readAlarm({m_inner.begin() + 1, m_inner.end() - 1}) : std::nullopt;
+  const auto inside = std::span(m_inner).subspan(1, m_inner.size() - 2);
+  auto alarm = isAlarm ? readAlarm(inside) : std::nullopt;
   if (alarm) {
-    m_item.alarms.push_back(*alarm);
+    m_item.alarms.push_back(std::move(*alarm));
   } else {
     if (isAlarm) {
       warn(line, "the alarm that ends here has no action or trigger that can be followed; it is kept as it is");
@@ -256,6 +257,7 @@ std::shared_ptr<const Series> ItemDraft::compile() {
 }
 
 bool ItemDraft::addPeriods(ReadItem& made) {
+  if (m_periods.empty()) { return true; }
   const auto& last = m_item.endOrDue();
   const auto length =
       m_item.start && last ? momentOf(*last, Zone()) - momentOf(*m_item.start, Zone()) : Moment::duration{};
@@ -288,13 +290,16 @@ std::optional<ReadItem> ItemDraft::settleRecurrence() {
     warn(m_ruleLine, kRuleOfChanged);
     m_item.recurrence = {};
   }
-  ReadItem made;
+  std::optional<ReadItem> made(std::in_place);
   if (!m_item.recurrence.empty()) {
-    made.series = compile();
-    if (made.series == nullptr || !addPeriods(made)) { return std::nullopt; }
+    made->series = compile();
+    if (made->series == nullptr || !addPeriods(*made)) {
+      made.reset();
+      return made;
+    }
   }
-  made.item = std::move(m_item);
-  made.andFuture = m_andFuture;
+  made->item = std::move(m_item);
+  made->andFuture = m_andFuture;
   return made;
 }
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,7 +57,7 @@ std::optional<ReadItem> readItem(std::string_view bytes, const ItemSpan& span, T
                                  ReadProblems& problems);
 
 /// Reads the lines of a VALARM, without its BEGIN and END. None when the alarm cannot be understood.
-std::optional<Alarm> readAlarm(const std::vector<std::string>& lines);
+std::optional<Alarm> readAlarm(std::span<const std::string> lines);
 
 /// Reads ATTENDEE or ORGANIZER.
 Attendee readAttendee(const ContentLine& line);

@@ -110,29 +110,52 @@ std::optional<bool> CompiledRule::hasDays(ExpansionBudget& budget) const {
 }
 
 /// Periods shorter than a day come at times of day that lie as far apart as interval and day have in common.
-bool CompiledRule::hasTimes() const {
-  if (!subDaily()) { return true; }
+std::int64_t CompiledRule::timesInCycle() const {
   const std::int64_t apart = std::gcd(m_interval * unit(), kSecondsPerDay);
   const std::int64_t begin = m_base % apart;
   const auto meets = [&](std::int64_t time) { return (time - begin) % apart == 0; };
+  const std::int64_t perMinute = std::popcount(m_seconds), perHour = std::popcount(m_minutes) * perMinute;
+  std::int64_t times = 0;
   for (std::int64_t hour = 0; hour < 24; ++hour) {
     if ((m_hours >> hour & 1) == 0) { continue; }
     if (m_frequency == Frequency::kHourly) {
-      if (meets(hour * 3600)) { return true; }
+      times += meets(hour * 3600) ? perHour : 0;
       continue;
     }
     for (std::int64_t minute = 0; minute < 60; ++minute) {
       if ((m_minutes >> minute & 1) == 0) { continue; }
       if (m_frequency == Frequency::kMinutely) {
-        if (meets(hour * 3600 + minute * 60)) { return true; }
+        times += meets(hour * 3600 + minute * 60) ? perMinute : 0;
         continue;
       }
       for (std::int64_t second = 0; second < 60; ++second) {
-        if ((m_seconds >> second & 1) != 0 && meets(hour * 3600 + minute * 60 + second)) { return true; }
+        times += (m_seconds >> second & 1) != 0 && meets(hour * 3600 + minute * 60 + second) ? 1 : 0;
       }
     }
   }
-  return false;
+  return times;
+}
+
+bool CompiledRule::hasTimes() const {
+  // The interval may meet none of the hours that the rule names.
+  return m_perDay != 0 && (!subDaily() || timesInCycle() > 0);
+}
+
+std::optional<CompiledRule::Cycle> CompiledRule::cycle(ExpansionBudget& budget) const {
+  if (m_uniform != 0) { return Cycle{1, m_uniform}; }
+  const bool otherDays = m_months != 0 || hasMonthDays() || m_rare;
+  if (m_frequency > Frequency::kDaily || otherDays) { return Cycle(); }
+  if (!budget.step(m_frequency == Frequency::kSecondly ? 2'000 : 50)) { return std::nullopt; }
+  // In so many days each of the times of day is met once; and in seven times as many, on each day of the week.
+  const std::int64_t step = m_interval * (subDaily() ? unit() : kSecondsPerDay);
+  const std::int64_t apart = std::gcd(step, kSecondsPerDay);
+  Cycle made{kSecondsPerDay / apart, subDaily() ? timesInCycle() : m_perDay};
+  if (m_weekDays != 0) {
+    const bool meetAll = step / apart % 7 != 0;
+    made.periods *= 7;
+    made.times *= meetAll ? std::popcount(m_weekDays) : 0;
+  }
+  return made;
 }
 
 /// Whether its positions pick anything of a period shorter than a day; those have all the same size.

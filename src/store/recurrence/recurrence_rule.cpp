@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -59,6 +60,20 @@ Mask maskOf(const std::vector<int>& values, int orElse) {
   return mask != 0 ? mask : static_cast<Mask>(Mask{1} << orElse);
 }
 
+/// When steps of `interval` through circles of `size` places meet the same ones in each circle: leaves only these in
+/// the mask, makes the interval one of circles, and says so. `place` is where the steps begin.
+template <class Mask>
+bool closeCircle(Mask& mask, int size, int place, std::int64_t& interval) {
+  const bool within = size % interval == 0;
+  if (!within && interval % size != 0) { return false; }
+  const int step = within ? static_cast<int>(interval) : size;
+  Mask met = 0;
+  for (int at = place % step; at < size; at += step) { met |= static_cast<Mask>(Mask{1} << at); }
+  mask &= met;
+  interval = within ? 1 : interval / size;
+  return true;
+}
+
 }  // namespace
 
 Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds start, bool allDay) {
@@ -101,6 +116,24 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
     }
   }
   rare.ordinals = distinct(std::move(rare.ordinals));
+  // What comes at the same times each day is a daily rule with these times, and every Monday a weekly one: so both are
+  // counted by arithmetic, and walked without looking at what lies between.
+  if (rare.positions.empty()) {
+    if (made.m_frequency == Frequency::kSecondly && closeCircle(made.m_seconds, 60, second, made.m_interval)) {
+      made.m_frequency = Frequency::kMinutely;
+    }
+    if (made.m_frequency == Frequency::kMinutely && closeCircle(made.m_minutes, 60, minute, made.m_interval)) {
+      made.m_frequency = Frequency::kHourly;
+    }
+    if (made.m_frequency == Frequency::kHourly && closeCircle(made.m_hours, 24, hour, made.m_interval)) {
+      made.m_frequency = Frequency::kDaily;
+    }
+    const bool otherDays =
+        made.m_months != 0 || made.hasMonthDays() || !rare.yearDays.empty() || !rare.weekNumbers.empty();
+    if (made.m_frequency == Frequency::kDaily && made.m_interval == 1 && made.m_weekDays != 0 && !otherDays) {
+      made.m_frequency = Frequency::kWeekly;
+    }
+  }
   const DayNumber firstDay = dayOf(start);
   if (made.m_frequency == Frequency::kWeekly && made.m_weekDays == 0) {
     made.m_weekDays = static_cast<std::uint8_t>(1U << weekDayOf(firstDay));
@@ -256,11 +289,8 @@ std::int64_t CompiledRule::fill(std::int64_t period, Set& set) const {
   return period + 1;
 }
 
-bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& budget,
-                        const std::function<bool(LocalSeconds)>& visit) const {
-  from = std::max(from, m_start);
-  to = std::min(to, kLastLocalSecond + 1);
-  if (m_scaled) { return m_scaled->walk(from, to, budget, visit); }
+template <class Visit>
+bool CompiledRule::walkPeriods(LocalSeconds from, LocalSeconds to, ExpansionBudget& budget, const Visit& visit) const {
   Set set;
   set.hours.fill(m_hours);
   set.minutes.fill(m_minutes);
@@ -269,29 +299,29 @@ bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& bud
   for (std::int64_t period = periodAt(from); periodStart(period) < to;) {
     if (!budget.step(m_cost)) { return false; }
     period = fill(period, set);
-    const std::vector<std::int64_t>* picked = positions ? &set.pick(m_rare->positions) : nullptr;
-    const std::int64_t size = picked != nullptr ? static_cast<std::int64_t>(picked->size()) : set.size();
-    const auto timeAt = [&](std::int64_t i) {
-      return set.at(picked != nullptr ? (*picked)[static_cast<std::size_t>(i)] : i);
-    };
-    // A dense period is entered where `from` lies, not walked up to it.
-    std::int64_t i = 0;
-    for (std::int64_t last = size; i < last;) {
-      const std::int64_t middle = i + (last - i) / 2;
-      if (timeAt(middle) < from) {
-        i = middle + 1;
-      } else {
-        last = middle;
-      }
-    }
-    for (bool another = false; i < size; ++i, another = true) {
-      const LocalSeconds time = timeAt(i);
-      if (time >= to) { return true; }
-      if (another && !budget.step()) { return false; }
-      if (!visit(time)) { return true; }
-    }
+    if (!visit(Times{set, positions ? &set.pick(m_rare->positions) : nullptr})) { return true; }
   }
   return true;
+}
+
+bool CompiledRule::walk(LocalSeconds from, LocalSeconds to, ExpansionBudget& budget,
+                        const std::function<bool(LocalSeconds)>& visit) const {
+  from = std::max(from, m_start);
+  to = std::min(to, kLastLocalSecond + 1);
+  if (m_scaled) { return m_scaled->walk(from, to, budget, visit); }
+  bool enough = true;
+  const bool walked = walkPeriods(from, to, budget, [&](const Times& times) {
+    // A dense period is entered where `from` lies, not walked up to it.
+    bool another = false;
+    for (std::int64_t i = times.before(from); i < times.size(); ++i) {
+      const LocalSeconds time = times.at(i);
+      if (time >= to) { return false; }
+      enough = !std::exchange(another, true) || budget.step();
+      if (!enough || !visit(time)) { return false; }
+    }
+    return true;
+  });
+  return walked && enough;
 }
 
 std::int64_t CompiledRule::mostInMonth(LocalSeconds last) const {
@@ -330,42 +360,65 @@ std::int64_t CompiledRule::mostInMonth(LocalSeconds last) const {
   }
   const std::int64_t step = unitSeconds * (m_frequency < Frequency::kMonthly ? m_interval : 1);
   const std::int64_t reach = std::min(std::max<LocalSeconds>(last - m_start, 0), kDays * kSecondsPerDay - 1);
-  const std::int64_t days = reach / kSecondsPerDay + 1;
-  const std::int64_t byPeriods = (reach / step + 1) * each;
-  return subDaily() ? std::min(byPeriods, days * m_perDay) : byPeriods;
+  const std::int64_t perMinute = std::popcount(m_seconds), perHour = std::popcount(m_minutes) * perMinute;
+  return std::min({(reach / step + 1) * each, (reach / kSecondsPerDay + 1) * m_perDay, (reach / 3600 + 1) * perHour,
+                   (reach / 60 + 1) * perMinute});
 }
 
 std::optional<std::int64_t> CompiledRule::count(LocalSeconds before, ExpansionBudget& budget) const {
   before = std::min(before, kLastLocalSecond + 1);
   if (before <= m_start) { return 0; }
   std::int64_t counted = 0;
+  const auto add = [&](LocalSeconds from, LocalSeconds to) {
+    if (m_scaled) {
+      return m_scaled->walk(from, to, budget, [&](LocalSeconds) { return ++counted, true; });
+    }
+    return walkPeriods(from, to, budget, [&](const Times& times) {
+      counted += times.before(to) - times.before(from);
+      return true;
+    });
+  };
   LocalSeconds from = m_start;
-  if (const std::int64_t period = periodAt(before - 1); m_uniform != 0 && period > 1) {
+  const auto same = cycle(budget);
+  if (!same) { return std::nullopt; }
+  if (const std::int64_t period = periodAt(before - 1); same->times != 0 && period > same->periods) {
     // The first period may be cut by the start, the last one by `before`; the ones between are full.
-    if (!walk(m_start, periodStart(1), budget, [&](LocalSeconds) { return ++counted, true; })) { return std::nullopt; }
-    counted += (period - 1) * m_uniform;
-    from = periodStart(period);
+    if (!add(m_start, periodStart(1))) { return std::nullopt; }
+    const std::int64_t full = (period - 1) / same->periods;
+    counted += full * same->times;
+    from = periodStart(1 + full * same->periods);
   }
-  if (!walk(from, before, budget, [&](LocalSeconds) { return ++counted, true; })) { return std::nullopt; }
-  return counted;
+  return add(from, before) ? std::optional(counted) : std::nullopt;
 }
 
 std::optional<LocalSeconds> CompiledRule::nth(std::int64_t n, ExpansionBudget& budget) const {
   LocalSeconds from = m_start, found = kLastLocalSecond;
-  if (m_uniform != 0) {
-    std::int64_t first = 0;
-    if (!walk(m_start, periodStart(1), budget, [&](LocalSeconds) { return ++first, true; })) { return std::nullopt; }
-    if (n > first) {
-      const std::int64_t full = (n - first - 1) / m_uniform;
-      if (full > kLastLocalSecond) { return kLastLocalSecond; }
-      n -= first + full * m_uniform;
-      from = periodStart(1 + full);
+  if (m_scaled) {
+    const bool done = m_scaled->walk(from, kLastLocalSecond + 1, budget, [&](LocalSeconds time) {
+      if (--n > 0) { return true; }
+      found = time;
+      return false;
+    });
+    return done ? std::optional(found) : std::nullopt;
+  }
+  const auto same = cycle(budget);
+  if (!same) { return std::nullopt; }
+  if (same->times != 0) {
+    const auto first = count(periodStart(1), budget);
+    if (!first) { return std::nullopt; }
+    if (n > *first) {
+      const std::int64_t full = (n - *first - 1) / same->times;
+      // A period is a second at least, and nothing starts before the year 0.
+      if (full > 2 * kLastLocalSecond / (same->periods * m_interval)) { return kLastLocalSecond; }
+      n -= *first + full * same->times;
+      from = periodStart(1 + full * same->periods);
     }
   }
-  const bool done = walk(from, kLastLocalSecond + 1, budget, [&](LocalSeconds time) {
-    if (--n > 0) { return true; }
-    found = time;
-    return false;
+  const bool done = walkPeriods(from, kLastLocalSecond + 1, budget, [&](const Times& times) {
+    const std::int64_t first = times.before(from), here = times.size() - first;
+    if (n <= here) { found = std::min(times.at(first + n - 1), kLastLocalSecond); }
+    n -= here;
+    return n > 0;
   });
   return done ? std::optional(found) : std::nullopt;
 }

@@ -59,6 +59,7 @@ class CompiledRule {
  private:
   using Frequency = RecurrenceRule::Frequency;
   struct Set;
+  struct Times;
   struct Rare {
     std::vector<int> yearDays, weekNumbers, positions;
     std::vector<RecurrenceRule::WeekDay> ordinals;
@@ -68,6 +69,10 @@ class CompiledRule {
   std::int64_t unit() const;
   std::int64_t periodAt(LocalSeconds time) const;
   LocalSeconds periodStart(std::int64_t period) const;
+  /// Visits the times of each period that touches [from, to), also those outside of it, until `visit` returns false.
+  /// Not of a scaled rule. False when the budget ran out.
+  template <class Visit>
+  bool walkPeriods(LocalSeconds from, LocalSeconds to, ExpansionBudget& budget, const Visit& visit) const;
   /// Fills in the period's set; the next period worth a look is returned.
   std::int64_t fill(std::int64_t period, Set& set) const;
   std::int64_t fillSubDaily(std::int64_t period, Set& set) const;
@@ -78,6 +83,8 @@ class CompiledRule {
   DayNumber nextDay(DayNumber day) const;
   std::optional<bool> hasDays(ExpansionBudget& budget) const;
   bool hasTimes() const;
+  /// How many times of day a rule below a day makes until its periods begin at the same times of day again.
+  std::int64_t timesInCycle() const;
   bool hasPositions() const;
   bool rareDays() const { return m_rare && (!m_rare->yearDays.empty() || !m_rare->weekNumbers.empty()); }
   /// What filling one period costs, in steps.
@@ -88,6 +95,12 @@ class CompiledRule {
   bool hasMonthDays() const { return (m_monthDays | m_monthDaysFromEnd) != 0; }
   /// How many each full period makes, when that is always the same; 0 otherwise.
   std::int64_t uniformSize() const;
+  /// So many periods in a row, wherever they begin, make the same number of times.
+  struct Cycle {
+    std::int64_t periods = 1;
+    std::int64_t times = 0;  ///< 0: there is no such cycle
+  };
+  std::optional<Cycle> cycle(ExpansionBudget& budget) const;
 
   Frequency m_frequency = Frequency::kDaily;
   std::uint8_t m_weekDays = 0;

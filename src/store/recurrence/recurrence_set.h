@@ -59,4 +59,28 @@ struct CompiledRule::Set {
   }
 };
 
+/// The times that a rule makes in one period, in order.
+struct CompiledRule::Times {
+  const Set& set;
+  const std::vector<std::int64_t>* picked;  ///< null: all of the set
+
+  std::int64_t size() const { return picked != nullptr ? static_cast<std::int64_t>(picked->size()) : set.size(); }
+  LocalSeconds at(std::int64_t i) const {
+    return set.at(picked != nullptr ? (*picked)[static_cast<std::size_t>(i)] : i);
+  }
+  /// How many lie before `time`.
+  std::int64_t before(LocalSeconds time) const {
+    std::int64_t low = 0;
+    for (std::int64_t high = size(); low < high;) {
+      const std::int64_t middle = low + (high - low) / 2;
+      if (at(middle) < time) {
+        low = middle + 1;
+      } else {
+        high = middle;
+      }
+    }
+    return low;
+  }
+};
+
 }  // namespace orlocal::store

@@ -212,8 +212,9 @@ void ItemValues::bind(RowValues& values, const Item& item, const RowPlace& place
     values.bindBlob(25, packed);
   }
   bindOptional(values, 26, item.notes);
-  std::string extra = item.stamped ? std::string(kStamp) + momentText(*item.stamped) + "\n" : std::string();
-  if (!(extra += item.extra).empty()) { values.bind(27, std::string_view(extra)); }
+  std::string extra;
+  if (item.stamped) { extra.append(kStamp).append(momentText(*item.stamped)).append("\n"); }
+  if (!extra.append(item.extra).empty()) { values.bind(27, std::string_view(extra)); }
 }
 
 }  // namespace orlocal::store

@@ -1,6 +1,7 @@
 #include "store/time/time_text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 #include <fmt/format.h>
@@ -14,7 +15,7 @@ namespace orlocal::store {
 namespace {
 
 bool allDigits(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+  return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
 int numberOf(std::string_view digits) {
@@ -31,8 +32,10 @@ std::optional<CalendarTime> parseTime(std::string_view text) {
   if (text.size() < 8 || !allDigits(text.substr(0, 8))) { return std::nullopt; }
   const int year = numberOf(text.substr(0, 4)), month = numberOf(text.substr(4, 2)), day = numberOf(text.substr(6, 2));
   if (year < 1 || month < 1 || month > 12 || day < 1 || day > monthLength(year, month)) { return std::nullopt; }
-  time.local = LocalTime(year, month, day);
-  if (text.size() == 8) { return time; }
+  if (text.size() == 8) {
+    time.local = LocalTime(year, month, day);
+    return time;
+  }
   const bool utc = text.size() == 16 && (text[15] == 'Z' || text[15] == 'z');
   if ((text.size() != 15 && !utc) || (text[8] != 'T' && text[8] != 't') || !allDigits(text.substr(9, 6))) {
     return std::nullopt;
@@ -47,27 +50,28 @@ std::optional<CalendarTime> parseTime(std::string_view text) {
 
 std::string timeText(const CalendarTime& time) {
   const LocalTime& at = time.local;
-  std::string text;
   // Every item of a file is written with some of these: a general formatter would be most of the work.
+  std::array<char, sizeof "20261121T090000Z"> text;
+  std::size_t size = 0;
   const auto two = [&](std::int64_t value) {
-    text += static_cast<char>('0' + value / 10);
-    text += static_cast<char>('0' + value % 10);
+    text[size++] = static_cast<char>('0' + value / 10);
+    text[size++] = static_cast<char>('0' + value % 10);
   };
-  if (at.year() >= 0 && at.year() <= 9999) {
+  const bool fourDigits = at.year() >= 0 && at.year() <= 9999;
+  if (fourDigits) {
     two(at.year() / 100);
     two(at.year() % 100);
-  } else {
-    text = fmt::format("{:04}", at.year());
   }
   two(at.month());
   two(at.day());
-  if (time.kind == CalendarTime::Kind::kDate) { return text; }
-  text += 'T';
-  two(at.hour());
-  two(at.minute());
-  two(at.second());
-  if (time.kind == CalendarTime::Kind::kUtc) { text += 'Z'; }
-  return text;
+  if (time.kind != CalendarTime::Kind::kDate) {
+    text[size++] = 'T';
+    two(at.hour());
+    two(at.minute());
+    two(at.second());
+    if (time.kind == CalendarTime::Kind::kUtc) { text[size++] = 'Z'; }
+  }
+  return (fourDigits ? std::string() : fmt::format("{:04}", at.year())).append(text.data(), size);
 }
 
 std::string momentText(Moment moment) { return timeText({CalendarTime::Kind::kUtc, Zone().toLocal(moment), ""}); }

@@ -12,6 +12,7 @@
 #include <cctz/time_zone.h>
 #include <fmt/format.h>
 
+#include "base/civil_date.h"
 #include "base/try.h"
 #include "store/time/zone_rules.h"
 
@@ -194,12 +195,20 @@ Moment Zone::toMoment(LocalTime local) const {
   // Of a skipped time `pre` is the reading with the offset before the gap, of a repeated one the first. Wall clocks
   // reach further than moments do.
   constexpr auto kFirst = std::chrono::ceil<seconds>(Moment::min()), kLast = std::chrono::floor<seconds>(Moment::max());
-  const auto at = m_entry->rules.lookup(local).pre;
+  // UTC has no rules to look up.
+  const auto at = m_entry == ZoneRegistry::utc() ? std::chrono::sys_time<seconds>(seconds(local - LocalTime()))
+                                                 : m_entry->rules.lookup(local).pre;
   return std::chrono::time_point_cast<std::chrono::microseconds>(
       std::clamp<std::chrono::sys_time<seconds>>(at, kFirst, kLast));
 }
 
-LocalTime Zone::toLocal(Moment moment) const { return m_entry->rules.lookup(std::chrono::floor<seconds>(moment)).cs; }
+LocalTime Zone::toLocal(Moment moment) const {
+  const auto at = std::chrono::floor<seconds>(moment);
+  if (m_entry != ZoneRegistry::utc()) { return m_entry->rules.lookup(at).cs; }
+  const auto day = std::chrono::floor<std::chrono::days>(at);
+  const CivilDate date = civilDateOf(day.time_since_epoch().count());
+  return LocalTime(date.year, date.month, date.day) + (at - day).count();
+}
 
 int Zone::offsetSeconds(Moment moment) const {
   return m_entry->rules.lookup(std::chrono::floor<seconds>(moment)).offset;

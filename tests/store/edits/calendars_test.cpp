@@ -32,6 +32,20 @@ TEST_F(Calendars, ComeBackAsTheyWereSaved) {
   EXPECT_EQ(**store->calendar(calendar.identifier), calendar);
 }
 
+TEST_F(Calendars, HaveAGenerationThatSavedEventsLeaveAsItIs) {
+  const auto other = opened();
+  const auto ours = *store->calendarsGeneration(), theirs = *other->calendarsGeneration();
+  saved(event("Talk", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
+  EXPECT_EQ(*store->calendarsGeneration(), ours);
+  EXPECT_EQ(*other->calendarsGeneration(), theirs);
+  madeCalendar("Work");
+  EXPECT_NE(*store->calendarsGeneration(), ours);
+  EXPECT_NE(*other->calendarsGeneration(), theirs);
+  const auto later = *other->calendarsGeneration();
+  madeCalendar("Tasks", CalendarKind::kReminders);
+  EXPECT_NE(*other->calendarsGeneration(), later);
+}
+
 TEST_F(Calendars, ComeInTheirOrder) {
   Calendar last = madeCalendar("Last"), first = madeCalendar("First");
   last.order = 2;

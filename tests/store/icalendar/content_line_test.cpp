@@ -1,6 +1,8 @@
 #include "store/icalendar/content_line.h"
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -41,6 +43,17 @@ TEST(ContentLines, ReadWhatIsNotUtf8AsWindows1252) {
   ASSERT_TRUE(lines.next(line));
   EXPECT_EQ(line.value, "grüß");
   EXPECT_FALSE(lines.reencoded());
+}
+
+TEST(ContentLines, PassOverThoseThatHaveNoneOfTheNames) {
+  constexpr std::array<std::string_view, 2> kNames{"BEGIN", "UID"};
+  // A name may go on behind a fold, and a line that is passed over, too.
+  ContentLines lines("SUMMARY:a\r\n\r\n UID:b\r\nUIDS:c\r\nbeg\r\n in:D\r\nU\r\n\tID;X=1:e\r\nURL:f\n");
+  std::vector<std::string> met;
+  for (ContentLine line; lines.passOverTo(kNames), lines.next(line);) {
+    met.push_back(std::to_string(line.line) + " " + std::string(line.text));
+  }
+  EXPECT_EQ(met, (Texts{"4 UIDS:c", "5 begin:D", "7 UID;X=1:e"}));
 }
 
 TEST(ContentLines, KeepWholeCharactersOfBrokenUtf8) { EXPECT_EQ(fromWindows1252("gr\xC3\xBC\xFF"), "grüÿ"); }

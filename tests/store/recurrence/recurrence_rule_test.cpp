@@ -1,6 +1,7 @@
 #include "store/recurrence/recurrence_rule.h"
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <string>
 #include <vector>
@@ -135,6 +136,122 @@ TEST(CompiledRule, LimitsHoursAndMinutesByTheirDefinition) {
     }
     EXPECT_FALSE(expected.empty()) << text;
     EXPECT_EQ(ours(CompiledRule::make(rule, start, false).value(), end, 100'000), expected) << text;
+  }
+}
+
+/// Seeded rules below a day, and what they make by their definition: each second is looked at by itself.
+class RulesBelowADay {
+ public:
+  explicit RulesBelowADay(unsigned seed) : m_random(seed) {}
+
+  RecurrenceRule next() {
+    RecurrenceRule rule;
+    rule.frequency = static_cast<Frequency>(number(0, 2));
+    constexpr std::array kIntervals{1,  1,  2,  3,  5,  7,   8,   15,   20,   24,  25,
+                                    30, 45, 48, 60, 90, 120, 168, 1440, 2880, 3600};
+    rule.interval = kIntervals[static_cast<std::size_t>(number(0, static_cast<int>(kIntervals.size()) - 1))];
+    if (number(0, 1) == 0) { rule.byHour = some(0, 23, 6); }
+    if (number(0, 2) == 0) { rule.byMinute = some(0, 59, 9); }
+    if (number(0, 2) == 0 || rule.frequency == Frequency::kSecondly) { rule.bySecond = some(0, 59, 3); }
+    if (number(0, 2) == 0) {
+      for (const int day : some(0, 6, 4)) { rule.byDay.push_back({0, day}); }
+    }
+    if (number(0, 5) == 0) { rule.byMonth = some(1, 3, 1); }
+    return rule;
+  }
+
+  static bool makes(const RecurrenceRule& rule, LocalSeconds start, LocalSeconds time) {
+    const bool minutes = rule.frequency == Frequency::kMinutely, hours = rule.frequency == Frequency::kHourly;
+    const std::int64_t unit = hours ? 3600 : minutes ? 60 : 1;
+    if (time < start || (time / unit - start / unit) % rule.interval != 0) { return false; }
+    const LocalTime at = localTime(time), first = localTime(start);
+    const auto among = [](const std::vector<int>& list, int value, bool orElse) {
+      return list.empty() ? orElse : std::ranges::find(list, value) != list.end();
+    };
+    const bool dayFits = rule.byDay.empty() || std::ranges::any_of(rule.byDay, [&](const RecurrenceRule::WeekDay& day) {
+                           return day.day == weekDayOf(dayOf(time));
+                         });
+    return dayFits && among(rule.byMonth, at.month(), true) && among(rule.byHour, at.hour(), true) &&
+           among(rule.byMinute, at.minute(), !hours || at.minute() == first.minute()) &&
+           among(rule.bySecond, at.second(), (!hours && !minutes) || at.second() == first.second());
+  }
+
+ private:
+  using Frequency = RecurrenceRule::Frequency;
+
+  int number(int low, int high) { return std::uniform_int_distribution<int>(low, high)(m_random); }
+  std::vector<int> some(int low, int high, int most) {
+    std::vector<int> values;
+    for (int i = number(1, most); i > 0; --i) { values.push_back(number(low, high)); }
+    return values;
+  }
+  std::mt19937 m_random;
+};
+
+TEST(CompiledRule, MakesAndCountsBelowADayWhatTheDefinitionSays) {
+  RulesBelowADay rules(20261123);
+  const LocalSeconds start = secondsOf("20240131T094510"), end = start + 8 * kSecondsPerDay;
+  std::vector<RecurrenceRule> all;
+  // An interval of whole weeks between the same times of day, and others.
+  for (const char* text : {"FREQ=HOURLY;INTERVAL=7;BYDAY=SU", "FREQ=MINUTELY;INTERVAL=7;BYHOUR=3;BYDAY=MO,WE",
+                           "FREQ=HOURLY;INTERVAL=5;BYHOUR=4,9;BYDAY=TU", "FREQ=MINUTELY;INTERVAL=45;BYHOUR=9,10"}) {
+    all.push_back(*parseRule(text));
+  }
+  while (all.size() < 60) { all.push_back(rules.next()); }
+  int met = 0;
+  for (const RecurrenceRule& rule : all) {
+    std::vector<LocalSeconds> expected;
+    for (LocalSeconds time = start; time < end; ++time) {
+      if (RulesBelowADay::makes(rule, start, time)) { expected.push_back(time); }
+    }
+    const auto compiled = CompiledRule::make(rule, start, false).value();
+    ExpansionBudget budget(100'000'000);
+    std::vector<LocalSeconds> made;
+    ASSERT_TRUE(compiled.walk(start, end, budget, [&](LocalSeconds time) { return made.push_back(time), true; }));
+    ASSERT_EQ(made, expected) << ruleText(rule);
+    met += expected.empty() ? 0 : 1;
+    for (std::size_t n = 1; n <= expected.size(); n += 1 + expected.size() / 7) {
+      EXPECT_EQ(compiled.nth(static_cast<std::int64_t>(n), budget), expected[n - 1]) << ruleText(rule);
+      EXPECT_EQ(compiled.count(expected[n - 1], budget), static_cast<std::int64_t>(n - 1)) << ruleText(rule);
+    }
+    EXPECT_EQ(compiled.count(end, budget), static_cast<std::int64_t>(expected.size())) << ruleText(rule);
+    EXPECT_GE(compiled.mostInMonth(end - 1), static_cast<std::int64_t>(expected.size())) << ruleText(rule);
+    if (expected.empty()) { continue; }
+    EXPECT_EQ(compiled.mayMeet(budget), true) << ruleText(rule);
+    // Further on than anybody would look at each second.
+    std::int64_t walked = 0;
+    LocalSeconds last = start;
+    ASSERT_TRUE(compiled.walk(start, start + 200 * kSecondsPerDay, budget, [&](LocalSeconds time) {
+      last = time;
+      return ++walked < 20'000;
+    }));
+    EXPECT_EQ(compiled.nth(walked, budget), last) << ruleText(rule);
+    EXPECT_EQ(compiled.count(last + 1, budget), walked) << ruleText(rule);
+  }
+  EXPECT_GT(met, 30);
+}
+
+TEST(CompiledRule, CountsFarAheadWithoutGoingThere) {
+  for (const char* text : {"FREQ=HOURLY;BYHOUR=9,12,15", "FREQ=HOURLY;INTERVAL=8", "FREQ=DAILY;BYHOUR=9,12,15",
+                           "FREQ=MINUTELY;INTERVAL=30;BYHOUR=9,10,11;BYDAY=MO,TU,WE,TH,FR", "FREQ=DAILY;BYDAY=MO,TU",
+                           "FREQ=SECONDLY;INTERVAL=7200", "FREQ=MINUTELY;BYMINUTE=15,45",
+                           "FREQ=HOURLY;INTERVAL=5;BYHOUR=4,9,14;BYDAY=MO,TU,SA", "FREQ=DAILY;INTERVAL=3;BYDAY=SU",
+                           "FREQ=MINUTELY;INTERVAL=45;BYHOUR=9,10,11"}) {
+    const LocalSeconds start = secondsOf("20240131T090000");
+    const auto rule = CompiledRule::make(*parseRule(text), start, false).value();
+    ExpansionBudget budget(500);
+    const auto last = rule.nth(100'000, budget);
+    ASSERT_TRUE(last) << text;
+    EXPECT_EQ(rule.count(*last, budget), 99'999) << text;
+  }
+}
+
+TEST(CompiledRule, KnowsThatAnIntervalMeetsNoneOfItsHours) {
+  for (const char* text : {"FREQ=HOURLY;INTERVAL=2;BYHOUR=8,10", "FREQ=MINUTELY;INTERVAL=30;BYMINUTE=15",
+                           "FREQ=SECONDLY;INTERVAL=120;BYMINUTE=1"}) {
+    const auto rule = CompiledRule::make(*parseRule(text), secondsOf("20240131T090000"), false).value();
+    ExpansionBudget budget(10);
+    EXPECT_EQ(rule.mayMeet(budget), false) << text;
   }
 }
 
