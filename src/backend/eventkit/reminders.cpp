@@ -170,9 +170,9 @@ std::int32_t iCalEKFunctions::setReminderProp(const OptionalText& property, cons
 OptionalText iCalEKFunctions::getReminderAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_ekReminder) { return noneWith(kNoReminderToGetProperty); }
   if (!property) { return noneWith(kPropertyRequired); }
-  const auto word = lowercase(*property);
+  const LowercaseView word(*property);
   if (const auto* getter = rowFor(kReminderGetters, word)) { return getter->read(*m_ekReminder); }
-  return getCalendarItemAttribute(word, m_ekReminder.get());
+  return getCalendarItemAttribute(property, m_ekReminder.get());
 }
 
 }  // namespace orlocal

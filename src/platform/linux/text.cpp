@@ -53,15 +53,19 @@ std::vector<std::string> split(std::string_view text, Predicate separates) {
 }  // namespace
 
 std::string utf8FromUtf16(std::u16string_view units) {
-  std::string out(units.size(), '\0');
-  if (copyAscii(units.data(), out.data(), units.size(), [](char16_t unit) { return static_cast<char>(unit); })) {
-    return out;
-  }
+  std::string text;
+  assignUtf8(text, units);
+  return text;
+}
 
-  out.clear();
-  out.reserve(units.size() * 2);
-  for (std::size_t position = 0; position < units.size();) { append(out, nextCodePoint(units, position)); }
-  return out;
+void assignUtf8(std::string& text, std::u16string_view units) {
+  text.resize(units.size());
+  if (copyAscii(units.data(), text.data(), units.size(), [](char16_t unit) { return static_cast<char>(unit); })) {
+    return;
+  }
+  text.clear();
+  text.reserve(units.size() * 2);
+  for (std::size_t position = 0; position < units.size();) { append(text, nextCodePoint(units, position)); }
 }
 
 std::u16string utf16FromUtf8(std::string_view text) {
@@ -85,6 +89,13 @@ std::string lowercase(std::string_view text) {
   icu::CaseMap::utf8ToLower("", 0, icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())), sink, nullptr,
                             status);
   return U_SUCCESS(status) != 0 ? out : std::string(text);
+}
+
+bool isPlainLowercase(std::string_view text) {
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80 || asciiLower(c) != c) { return false; }
+  }
+  return true;
 }
 
 bool isTrueText(const OptionalText& text) {

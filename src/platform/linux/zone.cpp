@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <map>
@@ -9,6 +10,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "base/civil_date.h"
 
 namespace orlocal {
 namespace {
@@ -29,14 +32,16 @@ class LinuxTimeZone final : public TimeZone {
   std::string abbreviation() const override { return m_zone.abbreviation(store::now()); }
 
   DateComponents components(Date date) const override {
-    const store::LocalTime local = m_zone.toLocal(date);
+    using namespace std::chrono;
+    const CivilDateTime local =
+        civilDateTimeOf(floor<seconds>(date).time_since_epoch().count() + secondsFromGMTForDate(date));
     DateComponents parts;
-    parts.year = static_cast<int>(local.year());
-    parts.month = local.month();
-    parts.day = local.day();
-    parts.hour = local.hour();
-    parts.minute = local.minute();
-    parts.second = local.second();
+    parts.year = static_cast<int>(local.date.year);
+    parts.month = local.date.month;
+    parts.day = local.date.day;
+    parts.hour = local.hour;
+    parts.minute = local.minute;
+    parts.second = local.second;
     return parts;
   }
 
