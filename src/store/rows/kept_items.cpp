@@ -1,0 +1,69 @@
+#include "store/rows/kept_items.h"
+
+namespace orlocal::store {
+namespace {
+
+/// Of a kilobyte or so each.
+constexpr std::size_t kKept = 12'288;
+/// Room for the series that a store of a million events has in a year.
+constexpr std::size_t kMostPackedBytes = 24U << 20;
+/// What a packed item takes beside its bytes.
+constexpr std::size_t kEntryBytes = 80;
+
+}  // namespace
+
+std::shared_ptr<const Item> KeptItems::find(ItemId id) {
+  if (const auto found = m_recent.find(id); found != m_recent.end()) { return found->second; }
+  std::shared_ptr<const Item> item;
+  if (const auto found = m_older.find(id); found != m_older.end()) {
+    item = std::move(found->second);
+    m_older.erase(found);
+  } else if (const auto packed = m_packed.find(id); packed != m_packed.end()) {
+    item = std::make_shared<const Item>(unpackItem(packed->second));
+  } else {
+    return nullptr;
+  }
+  keep(item);
+  return item;
+}
+
+void KeptItems::keep(const std::shared_ptr<const Item>& item) {
+  if (m_recent.size() >= kKept / 2) {
+    for (const auto& [id, older] : m_older) {
+      if (!older->recurrence.empty()) { pack(*older); }
+    }
+    m_older = std::move(m_recent);
+    m_recent.clear();
+  }
+  m_recent.insert_or_assign(item->id, item);
+}
+
+void KeptItems::pack(const Item& item) {
+  if (m_packed.contains(item.id)) { return; }
+  packItem(item, m_buffer);
+  m_packedBytes += m_buffer.size() + kEntryBytes;
+  // What is met now is met again; what was met in another year may not be.
+  if (m_packedBytes > kMostPackedBytes) {
+    m_packed.clear();
+    m_packedBytes = m_buffer.size() + kEntryBytes;
+  }
+  m_packed.emplace(item.id, PackedBytes(m_buffer.begin(), m_buffer.end()));
+}
+
+void KeptItems::forget(ItemId id) {
+  m_recent.erase(id);
+  m_older.erase(id);
+  if (const auto packed = m_packed.find(id); packed != m_packed.end()) {
+    m_packedBytes -= packed->second.size() + kEntryBytes;
+    m_packed.erase(packed);
+  }
+}
+
+void KeptItems::forgetAll() {
+  m_recent.clear();
+  m_older.clear();
+  m_packed.clear();
+  m_packedBytes = 0;
+}
+
+}  // namespace orlocal::store

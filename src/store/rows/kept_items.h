@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <unordered_map>
+
+#include "store/model/model.h"
+#include "store/rows/packed_item.h"
+
+namespace orlocal::store {
+
+/// The items last read, up to a bound; and, packed into a fifth of the room, the series among those that had to make
+/// way. A walk over a year meets the series of a large store again and again, each after thousands of others, and what
+/// is packed is at hand in a fraction of the time that its row takes to be read.
+class KeptItems {
+ public:
+  /// Null when it is not at hand.
+  std::shared_ptr<const Item> find(ItemId id);
+  void keep(const std::shared_ptr<const Item>& item);
+  void forget(ItemId id);
+  void forgetAll();
+
+ private:
+  using Items = std::unordered_map<ItemId, std::shared_ptr<const Item>>;
+
+  void pack(const Item& item);
+
+  Items m_recent, m_older;  ///< what is asked for moves to `m_recent`; when that is full, `m_older` makes way
+  std::unordered_map<ItemId, PackedBytes> m_packed;
+  std::size_t m_packedBytes = 0;
+  PackedBytes m_buffer;
+};
+
+}  // namespace orlocal::store
