@@ -157,12 +157,12 @@ Result<std::optional<ItemRows::Expandable>> ItemRows::readForExpansion(ItemId id
 void ItemRows::prefetch(std::span<const ItemId> ids) {
   std::vector<ItemId> missing;
   for (const ItemId id : ids.first(std::min(ids.size(), kPrefetched))) {
-    if (kept(id) == nullptr) { missing.push_back(id); }
+    if (!m_kept.has(id)) { missing.push_back(id); }
   }
   // Neighbours in the file are read one after the other.
   std::sort(missing.begin(), missing.end());
   for (const ItemId id : missing) {
-    if (kept(id) == nullptr && !load(id)) { return; }
+    if (!m_kept.has(id) && !load(id)) { return; }
   }
 }
 

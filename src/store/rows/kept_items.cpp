@@ -14,18 +14,17 @@ constexpr std::size_t kEntryBytes = 80;
 
 std::shared_ptr<const Item> KeptItems::find(ItemId id) {
   if (const auto found = m_recent.find(id); found != m_recent.end()) { return found->second; }
-  std::shared_ptr<const Item> item;
   if (const auto found = m_older.find(id); found != m_older.end()) {
-    item = std::move(found->second);
+    auto item = std::move(found->second);
     m_older.erase(found);
-  } else if (const auto packed = m_packed.find(id); packed != m_packed.end()) {
-    item = std::make_shared<const Item>(unpackItem(packed->second));
-  } else {
-    return nullptr;
+    keep(item);
+    return item;
   }
-  keep(item);
-  return item;
+  const auto packed = m_packed.find(id);
+  return packed != m_packed.end() ? std::make_shared<const Item>(unpackItem(packed->second)) : nullptr;
 }
+
+bool KeptItems::has(ItemId id) const { return m_recent.contains(id) || m_older.contains(id) || m_packed.contains(id); }
 
 void KeptItems::keep(const std::shared_ptr<const Item>& item) {
   if (m_recent.size() >= kKept / 2) {

@@ -14,8 +14,9 @@ namespace orlocal::store {
 /// is packed is at hand in a fraction of the time that its row takes to be read.
 class KeptItems {
  public:
-  /// Null when it is not at hand.
+  /// Null when it is not at hand. One that is packed is made anew each time: those who meet it do so once in a while.
   std::shared_ptr<const Item> find(ItemId id);
+  bool has(ItemId id) const;
   void keep(const std::shared_ptr<const Item>& item);
   void forget(ItemId id);
   void forgetAll();

@@ -85,6 +85,8 @@ TEST_F(KeptItemsTest, AreAtHand) {
   ASSERT_NE(items.find(7), nullptr);
   EXPECT_EQ(*items.find(7), fullItem());
   EXPECT_EQ(items.find(8), nullptr);
+  EXPECT_TRUE(items.has(7));
+  EXPECT_FALSE(items.has(8));
 }
 
 TEST_F(KeptItemsTest, AreStillAtHandAfterManyOthersWhenTheyRepeat) {
@@ -92,6 +94,14 @@ TEST_F(KeptItemsTest, AreStillAtHandAfterManyOthersWhenTheyRepeat) {
   keepManyOthers();
   ASSERT_NE(items.find(7), nullptr);
   EXPECT_EQ(*items.find(7), fullItem());
+}
+
+TEST_F(KeptItemsTest, CanBeAskedForAgainAndAgainWhenTheyArePacked) {
+  keep(fullItem());
+  keepManyOthers();
+  EXPECT_TRUE(items.has(7));
+  EXPECT_EQ(*items.find(7), *items.find(7));
+  EXPECT_TRUE(items.has(7));
 }
 
 TEST_F(KeptItemsTest, MakeWayWhenTheyHappenOnce) {
