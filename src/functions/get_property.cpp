@@ -76,7 +76,7 @@ void assignDate(const OptionalText& text, ValueKind kind, fmx::Data* result) {
 
 fmx::ErrorCode Orlo_GetProperty(std::int16_t, const fmx::ExprEnv*, const fmx::DataVect* arguments, fmx::Data* result) {
   CallFrame frame(arguments, result);
-  const OptionalText type = frame.word(0);
+  const OptionalText type = frame.text(0);
   const OptionalText property = frame.word(1);
   const OptionalText subProperty = frame.word(2);
   return frame.run([&] {

@@ -12,8 +12,8 @@ using OptionalText = std::optional<std::string>;
 
 /// UTF-16 units (native byte order) to UTF-8. An unpaired surrogate becomes U+FFFD.
 std::string utf8FromUtf16(std::u16string_view units);
-/// The same into `text`, whose content goes.
-void assignUtf8(std::string& text, std::u16string_view units);
+/// Such units are their own UTF-8.
+bool isAscii(std::u16string_view units);
 
 /// UTF-8 to UTF-16 units. Malformed bytes become U+FFFD.
 std::u16string utf16FromUtf8(std::string_view text);
@@ -23,22 +23,6 @@ std::string lowercase(std::string_view text);
 
 /// Whether `text` is its own lower case, as far as a glance tells: ASCII without capitals.
 bool isPlainLowercase(std::string_view text);
-
-/// A text in lower case. Most words by which solutions name things are in it already: such a text is borrowed.
-class LowercaseView {
- public:
-  explicit LowercaseView(std::string_view text) : m_view(text) {
-    if (!isPlainLowercase(text)) { m_view = m_copy = lowercase(text); }
-  }
-  LowercaseView(const LowercaseView&) = delete;
-  LowercaseView& operator=(const LowercaseView&) = delete;
-
-  operator std::string_view() const { return m_view; }
-
- private:
-  std::string m_copy;
-  std::string_view m_view;
-};
 
 /// True exactly when the lower-cased `text` is "true". Absent is false.
 bool isTrueText(const OptionalText& text);

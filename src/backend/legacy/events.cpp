@@ -85,8 +85,7 @@ std::int32_t iCalFunctions::setEventProp(const OptionalText& property, const Pro
 OptionalText iCalFunctions::getEventAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_event) { return noneWith(kInvalidCallOrder); }
   if (!property) { return noneWith(kMissingArgument); }
-  const LowercaseView word(*property);
-  if (const auto* getter = rowFor(kEventGetters, word)) { return getter->read(*m_event); }
+  if (const auto* getter = rowForAnyCase(kEventGetters, *property)) { return getter->read(*m_event); }
   return getCalendarItemAttribute(property, m_event.get());
 }
 

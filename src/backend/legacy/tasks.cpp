@@ -125,8 +125,7 @@ std::int32_t iCalFunctions::setTaskProp(const OptionalText& property, const Prop
 OptionalText iCalFunctions::getTaskAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_task) { return noneWith(kInvalidCallOrder); }
   if (!property) { return noneWith(kMissingArgument); }
-  const LowercaseView word(*property);
-  if (const auto* getter = rowFor(kTaskGetters, word)) { return getter->read(*m_task); }
+  if (const auto* getter = rowForAnyCase(kTaskGetters, *property)) { return getter->read(*m_task); }
   return getCalendarItemAttribute(property, m_task.get());
 }
 

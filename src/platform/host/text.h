@@ -75,7 +75,12 @@ inline OptionalText textOf(const fmx::Text* text) {
   if (size == 0) { return utf8; }
   UnitBuffer units(size);
   hostCall<fmx::FM_Text_GetUnicode>(text, units.data(), 0U, size);
-  assignUtf8(utf8.emplace(), {units.data(), size});
+  const std::u16string_view all(units.data(), size);
+  if (isAscii(all)) {
+    utf8.emplace(all.begin(), all.end());
+  } else {
+    utf8 = utf8FromUtf16(all);
+  }
   return utf8;
 }
 

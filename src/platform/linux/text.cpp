@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <type_traits>
 
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
@@ -17,19 +16,18 @@ namespace {
 
 /// Copies characters, changed by `convert`, and says whether all of them were ASCII; otherwise the copy is of no use.
 /// These texts are most of what passes between host and plug-in, so it goes eight at a time.
-template <class From, class To, class Convert>
-bool copyAscii(const From* from, To* to, std::size_t count, Convert convert) {
-  using Unit = std::make_unsigned_t<std::conditional_t<sizeof(From) == 1, char, short>>;
+template <class To, class Convert>
+bool copyAscii(const char* from, To* to, std::size_t count, Convert convert) {
   unsigned seen = 0;
   std::size_t i = 0;
   for (; i + 8 <= count; i += 8) {
     for (std::size_t k = i; k < i + 8; ++k) {
-      seen |= static_cast<Unit>(from[k]);
+      seen |= static_cast<unsigned char>(from[k]);
       to[k] = convert(from[k]);
     }
   }
   for (; i < count; ++i) {
-    seen |= static_cast<Unit>(from[i]);
+    seen |= static_cast<unsigned char>(from[i]);
     to[i] = convert(from[i]);
   }
   return seen < 0x80;
@@ -52,20 +50,18 @@ std::vector<std::string> split(std::string_view text, Predicate separates) {
 
 }  // namespace
 
-std::string utf8FromUtf16(std::u16string_view units) {
-  std::string text;
-  assignUtf8(text, units);
-  return text;
+bool isAscii(std::u16string_view units) {
+  unsigned seen = 0;
+  for (const char16_t unit : units) { seen |= unit; }
+  return seen < 0x80;
 }
 
-void assignUtf8(std::string& text, std::u16string_view units) {
-  text.resize(units.size());
-  if (copyAscii(units.data(), text.data(), units.size(), [](char16_t unit) { return static_cast<char>(unit); })) {
-    return;
-  }
-  text.clear();
-  text.reserve(units.size() * 2);
-  for (std::size_t position = 0; position < units.size();) { append(text, nextCodePoint(units, position)); }
+std::string utf8FromUtf16(std::u16string_view units) {
+  if (isAscii(units)) { return std::string(units.begin(), units.end()); }
+  std::string out;
+  out.reserve(units.size() * 2);
+  for (std::size_t position = 0; position < units.size();) { append(out, nextCodePoint(units, position)); }
+  return out;
 }
 
 std::u16string utf16FromUtf8(std::string_view text) {
