@@ -86,7 +86,7 @@ fmx::ErrorCode Orlo_GetProperty(std::int16_t, const fmx::ExprEnv*, const fmx::Da
     if (g_llasterror != 0) { return kNothing; }
     const ValueKind kind = kindOf(request);
     if (kind == ValueKind::kText) {
-      AssignStringResult(value.value_or(""), result);
+      AssignStringResult(value ? std::string_view(*value) : std::string_view(), result);
     } else {
       assignDate(value, kind, result);
     }
