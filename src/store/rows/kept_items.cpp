@@ -41,21 +41,29 @@ void KeptItems::pack(const Item& item) {
   if (m_packed.contains(item.id)) { return; }
   packItem(item, m_buffer);
   m_packedBytes += m_buffer.size() + kEntryBytes;
-  // What is met now is met again; what was met in another year may not be.
-  if (m_packedBytes > kMostPackedBytes) {
-    m_packed.clear();
-    m_packedBytes = m_buffer.size() + kEntryBytes;
-  }
+  makeRoom();
   m_packed.emplace(item.id, PackedBytes(m_buffer.begin(), m_buffer.end()));
+}
+
+void KeptItems::dropPacked(Packed::iterator packed) {
+  m_packedBytes -= packed->second.size() + kEntryBytes;
+  m_packed.erase(packed);
+}
+
+// Any of them may go. The one met longest ago must not: in a walk through more than there is room for it is the one
+// that comes next.
+void KeptItems::makeRoom() {
+  while (m_packedBytes > kMostPackedBytes && !m_packed.empty()) {
+    m_dropNext = (m_dropNext + 1) % m_packed.bucket_count();
+    const auto in = m_packed.begin(m_dropNext);
+    if (in != m_packed.end(m_dropNext)) { dropPacked(m_packed.find(in->first)); }
+  }
 }
 
 void KeptItems::forget(ItemId id) {
   m_recent.erase(id);
   m_older.erase(id);
-  if (const auto packed = m_packed.find(id); packed != m_packed.end()) {
-    m_packedBytes -= packed->second.size() + kEntryBytes;
-    m_packed.erase(packed);
-  }
+  if (const auto packed = m_packed.find(id); packed != m_packed.end()) { dropPacked(packed); }
 }
 
 void KeptItems::forgetAll() {

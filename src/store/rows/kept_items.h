@@ -24,11 +24,16 @@ class KeptItems {
  private:
   using Items = std::unordered_map<ItemId, std::shared_ptr<const Item>>;
 
+  using Packed = std::unordered_map<ItemId, PackedBytes>;
+
   void pack(const Item& item);
+  void dropPacked(Packed::iterator packed);
+  void makeRoom();
 
   Items m_recent, m_older;  ///< what is asked for moves to `m_recent`; when that is full, `m_older` makes way
-  std::unordered_map<ItemId, PackedBytes> m_packed;
+  Packed m_packed;
   std::size_t m_packedBytes = 0;
+  std::size_t m_dropNext = 0;  ///< bucket
   PackedBytes m_buffer;
 };
 

@@ -112,6 +112,17 @@ TEST_F(KeptItemsTest, MakeWayWhenTheyHappenOnce) {
   EXPECT_EQ(items.find(7), nullptr);
 }
 
+TEST_F(KeptItemsTest, MakeWayOneByOneWhenThereIsNoRoomEvenPacked) {
+  Item large = fullItem();
+  large.notes = std::string(100'000, 'n');
+  for (large.id = 1; large.id <= 500; ++large.id) { keep(large); }
+  keepManyOthers();
+  int left = 0;
+  for (ItemId id = 1; id <= 500; ++id) { left += items.has(id) ? 1 : 0; }
+  EXPECT_GT(left, 200);
+  EXPECT_LT(left, 300);
+}
+
 TEST_F(KeptItemsTest, AreForgottenPackedOrNot) {
   keep(fullItem());
   keepManyOthers();
