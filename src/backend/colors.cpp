@@ -29,7 +29,7 @@ constexpr double kFull = 255;
 }  // namespace
 
 std::optional<Color> colorNamed(const OptionalText& name) {
-  const auto* row = name ? rowFor(kColors, lowercase(*name)) : nullptr;
+  const auto* row = name ? rowForAnyCase(kColors, *name) : nullptr;
   return row ? std::optional(row->color) : std::nullopt;
 }
 

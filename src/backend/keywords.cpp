@@ -41,7 +41,7 @@ constexpr Numbered kPriorities[] = {{"none", 0}, {"high", 1}, {"medium", 5}, {"l
 
 template <class Row, std::size_t Size>
 const Row* rowNamed(const Row (&table)[Size], const OptionalText& word) {
-  return word ? rowFor(table, lowercase(*word)) : nullptr;
+  return word ? rowForAnyCase(table, *word) : nullptr;
 }
 
 template <class Value, std::size_t Size>

@@ -37,6 +37,22 @@ constexpr CivilDate civilDateOf(std::int64_t dayNumber) {
           static_cast<int>(static_cast<unsigned>(inEra.day()))};
 }
 
+/// A date with a time of day.
+struct CivilDateTime {
+  CivilDate date;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+};
+
+/// `local` is in seconds since 1970-01-01 00:00:00 on the same wall clock.
+constexpr CivilDateTime civilDateTimeOf(std::int64_t local) {
+  constexpr std::int64_t kSecondsOfDay = 86'400;
+  const std::int64_t day = floorDiv(local, kSecondsOfDay);
+  const auto ofDay = static_cast<int>(local - day * kSecondsOfDay);
+  return {civilDateOf(day), ofDay / 3600, ofDay / 60 % 60, ofDay % 60};
+}
+
 constexpr int monthLength(std::int64_t year, int month) {
   const std::chrono::year inEra(static_cast<int>(year % kYearsOfEra));
   const auto last = inEra / std::chrono::month(static_cast<unsigned>(month)) / std::chrono::last;

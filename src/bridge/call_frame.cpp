@@ -15,6 +15,12 @@ CallFrame::FreshErrors::FreshErrors() {
   if (g_sharedFunctions != nullptr) { g_sharedFunctions->resetLastErrorString(); }
 }
 
+OptionalText CallFrame::word(std::uint32_t position) const {
+  OptionalText text = this->text(position);
+  if (text && !isPlainLowercase(*text)) { *text = lowercase(*text); }
+  return text;
+}
+
 void CallFrame::clearErrors() {
   ClearError();
   g_llasterror = 0;

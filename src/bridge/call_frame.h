@@ -16,6 +16,8 @@ class CallFrame {
   CallFrame(const fmx::DataVect* arguments, fmx::Data* result);
 
   OptionalText text(std::uint32_t position) const { return textArgument(m_arguments, position); }
+  /// The text in lower case.
+  OptionalText word(std::uint32_t position) const;
   std::int32_t number(std::uint32_t position) const { return numberArgument(m_arguments, position); }
   std::optional<Date> date(std::uint32_t position) const { return dateArgument(m_arguments, position); }
 

@@ -7,6 +7,7 @@
 
 #include "backend/error_codes.h"
 #include "backend/eventkit/ical_ek_functions.h"
+#include "backend/keyword_table.h"
 #include "backend/legacy/ical_functions.h"
 #include "bridge/state.h"
 
@@ -60,18 +61,17 @@ class Action {
 
 template <class Request, class Answer>
 struct KeywordRow {
-  std::string_view keyword;  ///< lower-case
+  std::string_view word;  ///< lower-case
   Action<iCalEKFunctions, Request, Answer> eventKit;
   Action<iCalFunctions, Request, Answer> legacy;
 };
 
-/// Does what the first row with `keyword` says for the back end in use. Code -4 when no row has it.
+/// Does what the row with `keyword`, in any case, says for the back end in use. Code -4 when no row has it.
 template <class Request, class Answer, std::size_t Size>
 Answer dispatch(const KeywordRow<Request, Answer> (&table)[Size], std::string_view keyword, const Request& request) {
-  for (const auto& row : table) {
-    if (row.keyword != keyword) { continue; }
-    return g_bUseEK ? row.eventKit.perform(g_sharedEKFunctions, request)
-                    : row.legacy.perform(g_sharedFunctions, request);
+  if (const auto* row = rowForAnyCase(table, keyword)) {
+    return g_bUseEK ? row->eventKit.perform(g_sharedEKFunctions, request)
+                    : row->legacy.perform(g_sharedFunctions, request);
   }
   g_llasterror = kInvalidParameterValue;
   return Answer();

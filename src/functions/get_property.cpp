@@ -1,4 +1,3 @@
-#include "backend/keywords.h"
 #include "bridge/call_frame.h"
 #include "bridge/function_table.h"
 #include "functions/back_end.h"
@@ -78,16 +77,16 @@ void assignDate(const OptionalText& text, ValueKind kind, fmx::Data* result) {
 fmx::ErrorCode Orlo_GetProperty(std::int16_t, const fmx::ExprEnv*, const fmx::DataVect* arguments, fmx::Data* result) {
   CallFrame frame(arguments, result);
   const OptionalText type = frame.text(0);
-  const OptionalText property = lowercased(frame.text(1));
-  const OptionalText subProperty = lowercased(frame.text(2));
+  const OptionalText property = frame.word(1);
+  const OptionalText subProperty = frame.word(2);
   return frame.run([&] {
     if (!type || !property) { return kNothing; }
     const GetRequest request{property, subProperty};
-    const OptionalText value = dispatch(kGet, lowercase(*type), request);
+    const OptionalText value = dispatch(kGet, *type, request);
     if (g_llasterror != 0) { return kNothing; }
     const ValueKind kind = kindOf(request);
     if (kind == ValueKind::kText) {
-      AssignStringResult(value.value_or(""), result);
+      AssignStringResult(value ? std::string_view(*value) : std::string_view(), result);
     } else {
       assignDate(value, kind, result);
     }

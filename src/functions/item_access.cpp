@@ -56,7 +56,7 @@ fmx::ErrorCode Orlo_OpenItemAt(std::int16_t, const fmx::ExprEnv*, const fmx::Dat
   const std::int32_t index = frame.number(1);
   return frame.run([&] {
     // No type at all opens a calendar: an absent keyword has always matched the first row.
-    dispatch(kOpenAt, type ? lowercase(*type) : std::string(kOpenAt[0].keyword), index);
+    dispatch(kOpenAt, type ? std::string_view(*type) : kOpenAt[0].word, index);
     return kDone;
   });
 }
@@ -69,7 +69,7 @@ fmx::ErrorCode Orlo_OpenItemWithUID(std::int16_t, const fmx::ExprEnv*, const fmx
   const std::optional<Date> occurrence = frame.date(2);
   return frame.run([&] {
     if (type && uid) {
-      dispatch(kOpenWithUid, lowercase(*type), UidRequest{uid, occurrence});
+      dispatch(kOpenWithUid, *type, UidRequest{uid, occurrence});
     } else {
       g_llasterror = kInvalidParameterValue;
     }

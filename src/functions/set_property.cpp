@@ -47,7 +47,7 @@ fmx::ErrorCode Orlo_SetProperty(std::int16_t, const fmx::ExprEnv*, const fmx::Da
     } else if (text) {
       value = *text;
     }
-    dispatch(kSet, lowercase(*type), SetRequest{name, value});
+    dispatch(kSet, *type, SetRequest{name, value});
     return kDone;
   });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <string>
@@ -23,13 +24,17 @@ class Exception : public std::exception {
   std::string m_reason;
 };
 
+/// Raises the platform's range exception unless the 0-based `index` names one of `count` objects.
+inline void checkIndex(std::int64_t index, std::size_t count) {
+  if (index >= 0 && static_cast<std::uint64_t>(index) < count) { return; }
+  throw Exception("NSRangeException",
+                  "index " + std::to_string(index) + " beyond bounds of a list of " + std::to_string(count) + " items");
+}
+
 /// The element of `list` at the 0-based `index`, or the platform's range exception.
 template <class T>
 const T& objectAtIndex(const std::vector<T>& list, std::int64_t index) {
-  if (index < 0 || static_cast<std::uint64_t>(index) >= list.size()) {
-    throw Exception("NSRangeException", "index " + std::to_string(index) + " beyond bounds of a list of " +
-                                            std::to_string(list.size()) + " items");
-  }
+  checkIndex(index, list.size());
   return list[static_cast<std::size_t>(index)];
 }
 

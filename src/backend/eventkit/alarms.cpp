@@ -190,7 +190,7 @@ std::int32_t iCalEKFunctions::openAlarmAt(std::int32_t index) {
 
 std::int32_t iCalEKFunctions::setAlarmProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_ekAlarm) { return failWith(kInvalidCallOrder); }
-  const auto* setter = property ? rowFor(kAlarmSetters, lowercase(*property)) : nullptr;
+  const auto* setter = property ? rowForAnyCase(kAlarmSetters, *property) : nullptr;
   return setter != nullptr ? setter->set(*m_ekAlarm, value) : failWith(kMissingArgument);
 }
 

@@ -105,14 +105,14 @@ std::shared_ptr<EKCalendar> iCalEKFunctions::calendarTitled(const OptionalText& 
 std::int32_t iCalEKFunctions::setCalendarProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_ekCalendar) { return failWith(kNoCalendarToSetProperty); }
   if (!property) { return failWith(kPropertyRequired); }
-  const auto* setter = rowFor(kCalendarSetters, lowercase(*property));
+  const auto* setter = rowForAnyCase(kCalendarSetters, *property);
   return setter != nullptr ? setter->set(*m_ekCalendar, value) : failWith(kMissingArgument);
 }
 
 OptionalText iCalEKFunctions::getCalendarAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_ekCalendar) { return noneWith(kNoCalendarToGetProperty); }
   if (!property) { return noneWith(kPropertyRequired); }
-  const auto* getter = rowFor(kCalendarGetters, lowercase(*property));
+  const auto* getter = rowForAnyCase(kCalendarGetters, *property);
   if (getter == nullptr) { return noneWith(kInvalidProperty); }
   return catchingExceptions(lastErrorString, OptionalText(kErrorText), [&] { return getter->read(*m_ekCalendar); });
 }

@@ -104,9 +104,8 @@ std::int32_t iCalEKFunctions::setEventProp(const OptionalText& property, const P
 OptionalText iCalEKFunctions::getEventAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_ekEvent) { return noneWith(kNoEventToGetProperty); }
   if (!property) { return noneWith(kPropertyRequired); }
-  const auto word = lowercase(*property);
-  if (const auto* getter = rowFor(kEventGetters, word)) { return getter->read(*m_ekEvent); }
-  return getCalendarItemAttribute(word, m_ekEvent.get());
+  if (const auto* getter = rowForAnyCase(kEventGetters, *property)) { return getter->read(*m_ekEvent); }
+  return getCalendarItemAttribute(property, m_ekEvent.get());
 }
 
 }  // namespace orlocal

@@ -72,7 +72,7 @@ std::int32_t iCalEKFunctions::setCalendarItemProp(const OptionalText& property, 
 }
 
 OptionalText iCalEKFunctions::getCalendarItemAttribute(const OptionalText& property, EKCalendarItem* item) {
-  const auto* getter = property ? rowFor(kItemGetters, lowercase(*property)) : nullptr;
+  const auto* getter = property ? rowForAnyCase(kItemGetters, *property) : nullptr;
   if (getter == nullptr) { return noneWith(kInvalidProperty); }
   return item != nullptr ? getter->read(*item) : std::nullopt;
 }

@@ -54,7 +54,7 @@ OptionalText attribute(const PropertyGetter<const EKParticipant&, const AddressB
                        const OptionalText& property, const EKParticipant* participant, const AddressBook* book) {
   if (participant == nullptr) { return noneWith(kNoAttendeeToGetProperty); }
   if (!property) { return noneWith(kPropertyRequired); }
-  const auto* getter = rowFor(getters, lowercase(*property));
+  const auto* getter = rowForAnyCase(getters, *property);
   return getter != nullptr ? getter->read(*participant, book) : noneWith(kInvalidProperty);
 }
 

@@ -83,7 +83,7 @@ OptionalText endAttribute(const EKRecurrenceRule* rule, const OptionalText& prop
   const auto end = rule->recurrenceEnd();
   if (!end) { return "never"; }
   if (!property) { return noneWith(kMissingArgument); }
-  const auto* getter = rowFor(kEndGetters, lowercase(*property));
+  const auto* getter = rowForAnyCase(kEndGetters, *property);
   return getter != nullptr ? getter->read(*end) : noneWith(kInvalidArgument);
 }
 

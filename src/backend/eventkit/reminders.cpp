@@ -82,7 +82,7 @@ std::int32_t iCalEKFunctions::fetchReminders(const OptionalText& lists, const Op
   if (g_llasterror != 0) { return -1; }
   if (!array || array->empty()) { return failWith(kCalendarArrayNotCreated); }
   if (!status) { return keepReminderPredicate(m_ekEventStore->predicateForRemindersInCalendars(*array)); }
-  const auto* word = rowFor(kStatusWords, lowercase(*status));
+  const auto* word = rowForAnyCase(kStatusWords, *status);
   if (word == nullptr) { return failWith(kInvalidParameterValue); }
   if (word->status == Status::kIncomplete) {
     return keepReminderPredicate(m_ekEventStore->predicateForIncompleteReminders(std::nullopt, date, *array));
@@ -170,9 +170,8 @@ std::int32_t iCalEKFunctions::setReminderProp(const OptionalText& property, cons
 OptionalText iCalEKFunctions::getReminderAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_ekReminder) { return noneWith(kNoReminderToGetProperty); }
   if (!property) { return noneWith(kPropertyRequired); }
-  const auto word = lowercase(*property);
-  if (const auto* getter = rowFor(kReminderGetters, word)) { return getter->read(*m_ekReminder); }
-  return getCalendarItemAttribute(word, m_ekReminder.get());
+  if (const auto* getter = rowForAnyCase(kReminderGetters, *property)) { return getter->read(*m_ekReminder); }
+  return getCalendarItemAttribute(property, m_ekReminder.get());
 }
 
 }  // namespace orlocal

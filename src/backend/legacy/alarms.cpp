@@ -177,14 +177,14 @@ std::int32_t iCalFunctions::openAlarmAt(std::int32_t index) {
 
 std::int32_t iCalFunctions::setAlarmProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_alarm) { return failWith(kInvalidCallOrder); }
-  const auto* setter = property ? rowFor(kAlarmSetters, lowercase(*property)) : nullptr;
+  const auto* setter = property ? rowForAnyCase(kAlarmSetters, *property) : nullptr;
   return setter != nullptr ? setter->set(*m_alarm, value) : failWith(kMissingArgument);
 }
 
 OptionalText iCalFunctions::getAlarmAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_alarm) { return noneWith(kInvalidCallOrder); }
   if (!property) { return noneWith(kMissingArgument); }
-  const auto* getter = rowFor(kAlarmGetters, lowercase(*property));
+  const auto* getter = rowForAnyCase(kAlarmGetters, *property);
   return getter != nullptr ? getter->read(*m_alarm) : noneWith(kInvalidArgument);
 }
 

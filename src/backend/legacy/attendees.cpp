@@ -24,7 +24,7 @@ std::int32_t iCalFunctions::openAttendeeAt(std::int32_t index) {
 OptionalText iCalFunctions::getAttendeeAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_attendee) { return noneWith(kInvalidCallOrder); }
   if (!property) { return noneWith(kMissingArgument); }
-  const auto* getter = rowFor(kAttendeeGetters, lowercase(*property));
+  const auto* getter = rowForAnyCase(kAttendeeGetters, *property);
   return getter != nullptr ? getter->read(*m_attendee) : noneWith(kInvalidArgument);
 }
 

@@ -55,7 +55,7 @@ std::int32_t iCalFunctions::setCalendarItemProp(const OptionalText& property, co
 }
 
 OptionalText iCalFunctions::getCalendarItemAttribute(const OptionalText& property, CalCalendarItem* item) {
-  const auto* getter = rowFor(kItemGetters, lowercase(property.value_or("")));
+  const auto* getter = property ? rowForAnyCase(kItemGetters, *property) : nullptr;
   return getter != nullptr ? getter->read(*item) : noneWith(kInvalidArgument);
 }
 

@@ -92,7 +92,7 @@ std::shared_ptr<CalCalendar> iCalFunctions::getCalendarWithTitle(const OptionalT
 std::int32_t iCalFunctions::setCalendarProp(const OptionalText& property, const PropertyValue& value) {
   if (!m_calendar) { return failWith(kInvalidCallOrder); }
   if (!property) { return failWith(kMissingArgument); }
-  const auto* setter = rowFor(kCalendarSetters, lowercase(*property));
+  const auto* setter = rowForAnyCase(kCalendarSetters, *property);
   return setter != nullptr ? setter->set(*m_calendar, value) : failWith(kMissingArgument);
 }
 
@@ -101,7 +101,7 @@ OptionalText iCalFunctions::getCalendarAttribute(const OptionalText& property, s
   if (!m_calendar) { return noneWith(kCalendarArrayNotCreated); }
   if (!property) { return noneWith(kMissingArgument); }
   return catchingExceptions(lastErrorString, OptionalText(kErrorText), [&]() -> OptionalText {
-    const auto* getter = rowFor(kCalendarGetters, lowercase(*property));
+    const auto* getter = rowForAnyCase(kCalendarGetters, *property);
     return getter != nullptr ? getter->read(*m_calendar) : noneWith(kInvalidArgument);
   });
 }

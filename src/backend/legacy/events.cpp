@@ -85,9 +85,8 @@ std::int32_t iCalFunctions::setEventProp(const OptionalText& property, const Pro
 OptionalText iCalFunctions::getEventAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_event) { return noneWith(kInvalidCallOrder); }
   if (!property) { return noneWith(kMissingArgument); }
-  const auto word = lowercase(*property);
-  if (const auto* getter = rowFor(kEventGetters, word)) { return getter->read(*m_event); }
-  return getCalendarItemAttribute(word, m_event.get());
+  if (const auto* getter = rowForAnyCase(kEventGetters, *property)) { return getter->read(*m_event); }
+  return getCalendarItemAttribute(property, m_event.get());
 }
 
 }  // namespace orlocal

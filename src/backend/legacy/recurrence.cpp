@@ -68,7 +68,7 @@ OptionalText endAttribute(const CalRecurrenceRule* rule, const OptionalText& pro
   const auto end = rule != nullptr ? rule->recurrenceEnd() : nullptr;
   if (!end) { return "never"; }
   if (!property) { return noneWith(kMissingArgument); }
-  const auto* getter = rowFor(kEndGetters, lowercase(*property));
+  const auto* getter = rowForAnyCase(kEndGetters, *property);
   return getter != nullptr ? getter->read(*end) : noneWith(kInvalidArgument);
 }
 

@@ -125,9 +125,8 @@ std::int32_t iCalFunctions::setTaskProp(const OptionalText& property, const Prop
 OptionalText iCalFunctions::getTaskAttribute(const OptionalText& property, std::int32_t, const OptionalText&) {
   if (!m_task) { return noneWith(kInvalidCallOrder); }
   if (!property) { return noneWith(kMissingArgument); }
-  const auto word = lowercase(*property);
-  if (const auto* getter = rowFor(kTaskGetters, word)) { return getter->read(*m_task); }
-  return getCalendarItemAttribute(word, m_task.get());
+  if (const auto* getter = rowForAnyCase(kTaskGetters, *property)) { return getter->read(*m_task); }
+  return getCalendarItemAttribute(property, m_task.get());
 }
 
 }  // namespace orlocal

@@ -45,7 +45,7 @@ class HostOwned {
   ~HostOwned() noexcept(false) {
     fmx::Exception x;
     Delete(m_object, &x);
-    if (std::uncaught_exceptions() == m_leavingWhenMade) { throwIfFailed(x); }
+    if (x.code != 0 && std::uncaught_exceptions() == m_leavingWhenMade) { throwIfFailed(x); }
   }
 
  private:

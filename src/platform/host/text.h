@@ -70,11 +70,18 @@ inline bool isEmpty(const fmx::Text* text) { return hostCall<fmx::FM_Text_GetSiz
 
 /// The text as UTF-8, copied through UTF-16; none when it is empty.
 inline OptionalText textOf(const fmx::Text* text) {
+  OptionalText utf8;
   const auto size = hostCall<fmx::FM_Text_GetSize>(text);
-  if (size == 0) { return std::nullopt; }
+  if (size == 0) { return utf8; }
   UnitBuffer units(size);
   hostCall<fmx::FM_Text_GetUnicode>(text, units.data(), 0U, size);
-  return utf8FromUtf16({units.data(), size});
+  const std::u16string_view all(units.data(), size);
+  if (isAscii(all)) {
+    utf8.emplace(all.begin(), all.end());
+  } else {
+    utf8 = utf8FromUtf16(all);
+  }
+  return utf8;
 }
 
 }  // namespace orlocal

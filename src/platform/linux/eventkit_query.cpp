@@ -37,7 +37,8 @@ std::size_t ReadAhead::batchEnd(std::size_t index, std::size_t count) {
 }
 
 std::shared_ptr<EKEvent> EventArray::objectAtIndex(std::size_t index) const {
-  const store::Occurrence& occurrence = orlocal::objectAtIndex(m_occurrences, static_cast<std::int64_t>(index));
+  checkIndex(static_cast<std::int64_t>(index), m_occurrences.size());
+  const store::Occurrence occurrence = m_occurrences[index];
   readAhead(m_readAhead, m_access->store(), index, m_occurrences.size(),
             [this](std::size_t i) { return m_occurrences[i].item; });
   auto item = orNone(m_access->store().item(occurrence.item)).value_or(nullptr);

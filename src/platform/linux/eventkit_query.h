@@ -9,6 +9,7 @@
 #include "platform/eventkit.h"
 #include "platform/linux/store_access.h"
 #include "store/calendar_store.h"
+#include "store/model/occurrence_list.h"
 
 namespace orlocal {
 
@@ -38,15 +39,14 @@ class ReadAhead {
 /// The answer to an event query; its objects are made when they are asked for.
 class EventArray final : public EKEventArray {
  public:
-  EventArray(std::shared_ptr<StoreAccess> access, std::vector<store::Occurrence> occurrences)
-      : m_access(std::move(access)), m_occurrences(std::move(occurrences)) {}
+  EventArray(std::shared_ptr<StoreAccess> access, const std::vector<store::Occurrence>& occurrences)
+      : m_access(std::move(access)), m_occurrences(occurrences) {}
   std::size_t count() const override { return m_occurrences.size(); }
   std::shared_ptr<EKEvent> objectAtIndex(std::size_t index) const override;
-  const std::vector<store::Occurrence>& occurrences() const { return m_occurrences; }
 
  private:
   std::shared_ptr<StoreAccess> m_access;
-  std::vector<store::Occurrence> m_occurrences;
+  store::OccurrenceList m_occurrences;
   mutable ReadAhead m_readAhead;
 };
 

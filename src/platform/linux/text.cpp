@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <type_traits>
 
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
@@ -17,19 +16,18 @@ namespace {
 
 /// Copies characters, changed by `convert`, and says whether all of them were ASCII; otherwise the copy is of no use.
 /// These texts are most of what passes between host and plug-in, so it goes eight at a time.
-template <class From, class To, class Convert>
-bool copyAscii(const From* from, To* to, std::size_t count, Convert convert) {
-  using Unit = std::make_unsigned_t<std::conditional_t<sizeof(From) == 1, char, short>>;
+template <class To, class Convert>
+bool copyAscii(const char* from, To* to, std::size_t count, Convert convert) {
   unsigned seen = 0;
   std::size_t i = 0;
   for (; i + 8 <= count; i += 8) {
     for (std::size_t k = i; k < i + 8; ++k) {
-      seen |= static_cast<Unit>(from[k]);
+      seen |= static_cast<unsigned char>(from[k]);
       to[k] = convert(from[k]);
     }
   }
   for (; i < count; ++i) {
-    seen |= static_cast<Unit>(from[i]);
+    seen |= static_cast<unsigned char>(from[i]);
     to[i] = convert(from[i]);
   }
   return seen < 0x80;
@@ -52,13 +50,15 @@ std::vector<std::string> split(std::string_view text, Predicate separates) {
 
 }  // namespace
 
-std::string utf8FromUtf16(std::u16string_view units) {
-  std::string out(units.size(), '\0');
-  if (copyAscii(units.data(), out.data(), units.size(), [](char16_t unit) { return static_cast<char>(unit); })) {
-    return out;
-  }
+bool isAscii(std::u16string_view units) {
+  unsigned seen = 0;
+  for (const char16_t unit : units) { seen |= unit; }
+  return seen < 0x80;
+}
 
-  out.clear();
+std::string utf8FromUtf16(std::u16string_view units) {
+  if (isAscii(units)) { return std::string(units.begin(), units.end()); }
+  std::string out;
   out.reserve(units.size() * 2);
   for (std::size_t position = 0; position < units.size();) { append(out, nextCodePoint(units, position)); }
   return out;
@@ -85,6 +85,13 @@ std::string lowercase(std::string_view text) {
   icu::CaseMap::utf8ToLower("", 0, icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())), sink, nullptr,
                             status);
   return U_SUCCESS(status) != 0 ? out : std::string(text);
+}
+
+bool isPlainLowercase(std::string_view text) {
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80 || asciiLower(c) != c) { return false; }
+  }
+  return true;
 }
 
 bool isTrueText(const OptionalText& text) {

@@ -1,14 +1,18 @@
 #include "platform/linux/zone.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "base/civil_date.h"
 
 namespace orlocal {
 namespace {
@@ -21,22 +25,30 @@ class LinuxTimeZone final : public TimeZone {
   int secondsFromGMT() const override { return m_zone.offsetSeconds(store::now()); }
   int secondsFromGMTForDate(Date date) const override {
     std::call_once(m_listed, [this] { listSpans(); });
-    if (date < m_spans.front().from || date >= m_listedUntil) { return m_zone.offsetSeconds(date); }
-    return std::prev(std::upper_bound(m_spans.begin(), m_spans.end(), date,
-                                      [](Date moment, const Span& span) { return moment < span.from; }))
-        ->offset;
+    if (date < m_spans.front().from || date >= m_spans.back().until) { return m_zone.offsetSeconds(date); }
+    // Who asks for one date after the other mostly stays within half a year.
+    std::size_t at = m_lastSpan.load(std::memory_order_relaxed);
+    if (date < m_spans[at].from || date >= m_spans[at].until) {
+      const auto next = std::upper_bound(m_spans.begin(), m_spans.end(), date,
+                                         [](Date moment, const Span& span) { return moment < span.from; });
+      at = static_cast<std::size_t>(next - m_spans.begin()) - 1;
+      m_lastSpan.store(at, std::memory_order_relaxed);
+    }
+    return m_spans[at].offset;
   }
   std::string abbreviation() const override { return m_zone.abbreviation(store::now()); }
 
   DateComponents components(Date date) const override {
-    const store::LocalTime local = m_zone.toLocal(date);
+    using namespace std::chrono;
+    const CivilDateTime local =
+        civilDateTimeOf(floor<seconds>(date).time_since_epoch().count() + secondsFromGMTForDate(date));
     DateComponents parts;
-    parts.year = static_cast<int>(local.year());
-    parts.month = local.month();
-    parts.day = local.day();
-    parts.hour = local.hour();
-    parts.minute = local.minute();
-    parts.second = local.second();
+    parts.year = static_cast<int>(local.date.year);
+    parts.month = local.date.month;
+    parts.day = local.date.day;
+    parts.hour = local.hour;
+    parts.minute = local.minute;
+    parts.second = local.second;
     return parts;
   }
 
@@ -51,9 +63,10 @@ class LinuxTimeZone final : public TimeZone {
   }
 
  private:
-  /// An offset in force from a moment on.
+  /// How long an offset is in force.
   struct Span {
     Date from;
+    Date until;  ///< exclusive
     int offset;
   };
 
@@ -62,18 +75,18 @@ class LinuxTimeZone final : public TimeZone {
     using namespace std::chrono;
     constexpr Date kFrom = sys_days(year(1970) / 1 / 1);
     constexpr Date kUntil = sys_days(year(2100) / 1 / 1);
-    m_spans.push_back({kFrom, m_zone.offsetSeconds(kFrom)});
+    m_spans.push_back({kFrom, kUntil, m_zone.offsetSeconds(kFrom)});
     for (auto change = m_zone.changeAfter(kFrom); change && change->at < kUntil;
          change = m_zone.changeAfter(change->at)) {
-      m_spans.push_back({change->at, change->offsetAfter});
+      m_spans.back().until = change->at;
+      m_spans.push_back({change->at, kUntil, change->offsetAfter});
     }
-    m_listedUntil = kUntil;
   }
 
   store::Zone m_zone;
   mutable std::once_flag m_listed;
-  mutable std::vector<Span> m_spans;  ///< by moment
-  mutable Date m_listedUntil;
+  mutable std::vector<Span> m_spans;  ///< one after the other
+  mutable std::atomic<std::size_t> m_lastSpan = 0;
 };
 
 }  // namespace

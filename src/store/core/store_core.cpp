@@ -222,13 +222,12 @@ std::uint64_t StoreCore::generation() {
     return m_generation;
   }
   // Another process may be writing it at this moment: a torn header differs from the last one and from the next.
-  bool same = true;
-  for (std::size_t i = 0; i < std::size(m_walHeader); ++i) {
-    const std::uint32_t word = __atomic_load_n(m_walIndex + i, __ATOMIC_ACQUIRE);
-    same = same && word == m_walHeader[i];
-    m_walHeader[i] = word;
-  }
-  return same ? m_generation : ++m_generation;
+  const auto wordAt = [this](std::size_t i) { return __atomic_load_n(m_walIndex + i, __ATOMIC_ACQUIRE); };
+  std::size_t same = 0;
+  while (same < std::size(m_walHeader) && wordAt(same) == m_walHeader[same]) { ++same; }
+  if (same == std::size(m_walHeader)) { return m_generation; }
+  for (std::size_t i = 0; i < std::size(m_walHeader); ++i) { m_walHeader[i] = wordAt(i); }
+  return ++m_generation;
 }
 
 Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall) {

@@ -12,9 +12,6 @@
 namespace orlocal::store {
 namespace {
 
-/// Rows kept, of a kilobyte or so: the series that a walk over a year meets again and again, small beside a large
-/// store.
-constexpr std::size_t kKept = 12'288;
 constexpr std::size_t kPrefetched = 512;
 
 Result<std::optional<ItemId>> firstId(Statement& statement) {
@@ -69,32 +66,8 @@ ItemRows::ItemRows(Database& database)
           "SELECT id FROM items WHERE start_clock NOT LIKE '=%' OR end_clock NOT LIKE '=%' OR "
           "recurrence_id_clock NOT LIKE '=%' OR series IS NOT NULL ORDER BY series IS NOT NULL, id") {}
 
-std::shared_ptr<const Item> ItemRows::kept(ItemId id) {
-  if (const auto found = m_recent.find(id); found != m_recent.end()) { return found->second; }
-  const auto found = m_older.find(id);
-  if (found == m_older.end()) { return nullptr; }
-  auto item = found->second;
-  m_older.erase(found);
-  keep(item);
-  return item;
-}
-
-void ItemRows::keep(const std::shared_ptr<const Item>& item) {
-  if (m_recent.size() >= kKept / 2) {
-    m_older = std::move(m_recent);
-    m_recent.clear();
-  }
-  m_recent.insert_or_assign(item->id, item);
-}
-
-void ItemRows::forget(ItemId id) {
-  m_recent.erase(id);
-  m_older.erase(id);
-}
-
 void ItemRows::forgetAll() {
-  m_recent.clear();
-  m_older.clear();
+  m_kept.forgetAll();
   m_gatheredRows = 0;
   m_nextId = 0;
 }
@@ -159,7 +132,7 @@ Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
   const ResetAtExit reset(read);
   ORLOCAL_TRY(auto item, itemOf(read));
   // A large change meets each row once.
-  if (item != nullptr && m_nextId == 0) { keep(item); }
+  if (item != nullptr && m_nextId == 0) { m_kept.keep(item); }
   return item;
 }
 
@@ -184,12 +157,12 @@ Result<std::optional<ItemRows::Expandable>> ItemRows::readForExpansion(ItemId id
 void ItemRows::prefetch(std::span<const ItemId> ids) {
   std::vector<ItemId> missing;
   for (const ItemId id : ids.first(std::min(ids.size(), kPrefetched))) {
-    if (kept(id) == nullptr) { missing.push_back(id); }
+    if (!m_kept.has(id)) { missing.push_back(id); }
   }
   // Neighbours in the file are read one after the other.
   std::sort(missing.begin(), missing.end());
   for (const ItemId id : missing) {
-    if (kept(id) == nullptr && !load(id)) { return; }
+    if (!m_kept.has(id) && !load(id)) { return; }
   }
 }
 

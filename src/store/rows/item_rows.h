@@ -7,7 +7,6 @@
 #include <optional>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "store/file/row_insert.h"
@@ -16,6 +15,7 @@
 #include "store/file/uuid.h"
 #include "store/model/model.h"
 #include "store/rows/item_values.h"
+#include "store/rows/kept_items.h"
 
 namespace orlocal::store {
 
@@ -35,11 +35,11 @@ class ItemRows {
   /// Not kept.
   Result<std::optional<Expandable>> readForExpansion(ItemId id);
   void prefetch(std::span<const ItemId> ids);
-  void forget(ItemId id);
+  void forget(ItemId id) { m_kept.forget(id); }
   /// What was kept back and not written goes, too.
   void forgetAll();
   /// Whether the row is at hand without reading.
-  std::shared_ptr<const Item> kept(ItemId id);
+  std::shared_ptr<const Item> kept(ItemId id) { return m_kept.find(id); }
 
   Result<std::optional<ItemId>> withUuid(const Uuid& uuid);
   /// The event or reminder itself, not a changed occurrence.
@@ -92,8 +92,6 @@ class ItemRows {
   Result<std::vector<ItemId>> zonedIds();
 
  private:
-  using Kept = std::unordered_map<ItemId, std::shared_ptr<const Item>>;
-
   struct Gathered {
     ItemId id = 0;
     std::int64_t uidHash = 0;
@@ -103,7 +101,6 @@ class ItemRows {
 
   Result<std::shared_ptr<const Item>> load(ItemId id);
   Result<std::shared_ptr<const Item>> itemOf(Statement& read);
-  void keep(const std::shared_ptr<const Item>& item);
   /// The first of them are in use.
   std::span<const Gathered> gathered() const { return std::span(m_gathered).first(m_gatheredRows); }
   Status writeRows();
@@ -112,7 +109,7 @@ class ItemRows {
   Status writeRowsWithUid(std::int64_t hash);
 
   Database& m_database;
-  Kept m_recent, m_older;  ///< what is asked for moves to `m_recent`; when that is full, `m_older` goes
+  KeptItems m_kept;
   std::vector<Gathered> m_gathered{kRowsAtOnce};
   std::size_t m_gatheredRows = 0;
   ItemId m_nextId = 0;  ///< of the next row kept back; 0 while rows are written at once
