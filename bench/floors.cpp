@@ -96,9 +96,9 @@ constexpr int kTexts = 3;
 }  // namespace
 
 FloorWriter::FloorWriter(const std::filesystem::path& file) : m_database(openedAnew(file)) {
+  execute(m_database, "BEGIN");
   execute(m_database, kTable);
   execute(m_database, "CREATE TABLE longest (short INTEGER, long INTEGER)");
-  execute(m_database, "BEGIN");
   m_insert = prepare(m_database, kInsert);
 }
 
