@@ -15,7 +15,7 @@ namespace {
 constexpr int kColumns = 3;
 constexpr double kPanelWidth = 330, kPanelHeight = 270;
 /// Of the plot within its panel.
-constexpr double kLeft = 62, kRight = 16, kTop = 34, kLegendLine = 15, kBottom = 42;
+constexpr double kLeft = 62, kRight = 22, kTop = 34, kLegendLine = 15, kBottom = 42;
 constexpr std::string_view kSides[] = {"ours", "first", "second", "third"};
 
 constexpr std::string_view kStyle = R"(<style>
@@ -106,10 +106,10 @@ struct Curve {
   std::vector<Point> points;
 };
 
-std::vector<Curve> curvesOf(const Growth& growth) {
+std::vector<Curve> curvesOf(const Series& series) {
   std::vector<Curve> curves{{"the plug-in", {}}};
-  for (const Side& floor : growth.rows.front().floors) { curves.push_back({floor.name, {}}); }
-  for (const Row& row : growth.rows) {
+  for (const Side& floor : series.rows.front().floors) { curves.push_back({floor.name, {}}); }
+  for (const Row& row : series.rows) {
     for (std::size_t i = 0; i < curves.size(); ++i) {
       const Side& side = i == 0 ? row.subject : row.floors.at(i - 1);
       if (side.rows == 0 || side.amount.low <= 0) { continue; }
@@ -133,8 +133,8 @@ std::string curveText(const Curve& curve, std::string_view side, const Axis& x, 
   return fmt::format("<polyline class=\"curve {}\" points=\"{}\"/>\n{}", side, line, marks);
 }
 
-std::string panel(const Growth& growth) {
-  const auto curves = curvesOf(growth);
+std::string panel(const Series& series) {
+  const auto curves = curvesOf(series);
   double least = INFINITY, most = 0;
   for (const Curve& curve : curves) {
     for (const Point& point : curve.points) {
@@ -144,11 +144,11 @@ std::string panel(const Growth& growth) {
   }
   if (most <= 0) { return ""; }
   const double top = kTop + kLegendLine * static_cast<double>((curves.size() + 1) / 2);
-  const Axis x(static_cast<double>(growth.rows.front().events), static_cast<double>(growth.rows.back().events), kLeft,
+  const Axis x(static_cast<double>(series.rows.front().events), static_cast<double>(series.rows.back().events), kLeft,
                kPanelWidth - kRight);
   // Over fewer decades noise would look like growth.
   const Axis y(least, most, kPanelHeight - kBottom, top, 2);
-  std::string text = fmt::format("<text class=\"title\" x=\"{}\" y=\"20\">{}</text>\n", kLeft, escaped(growth.name));
+  std::string text = fmt::format("<text class=\"title\" x=\"{}\" y=\"20\">{}</text>\n", kLeft, escaped(series.name));
   for (const double events : x.powers()) {
     text += fmt::format(
         "<line class=\"grid\" x1=\"{0:.1f}\" x2=\"{0:.1f}\" y1=\"{1}\" y2=\"{2}\"/><text class=\"small\" x=\"{0:.1f}\" "
@@ -182,8 +182,8 @@ std::string panel(const Growth& growth) {
 std::string growthCurves(const Results& results) {
   std::string panels;
   int count = 0;
-  for (const Growth& growth : growthsOf(results)) {
-    const std::string text = panel(growth);
+  for (const Series& series : growingTimesOf(results)) {
+    const std::string text = panel(series);
     if (text.empty()) { continue; }
     panels += fmt::format("<g transform=\"translate({},{})\">\n{}</g>\n", count % kColumns * kPanelWidth,
                           count / kColumns * kPanelHeight, text);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <map>
 #include <stdexcept>
 
 #include <nlohmann/json.hpp>
@@ -34,23 +33,26 @@ Results readResults(const std::filesystem::path& file) {
   }
 }
 
-const Row& Growth::base() const {
+const Row& Series::base() const {
   constexpr std::size_t kBase = 10'000;
   const auto found = std::find_if(rows.begin(), rows.end(), [](const Row& row) { return row.events == kBase; });
   return found == rows.end() ? rows.front() : *found;
 }
 
-std::vector<Growth> growthsOf(const Results& results) {
-  std::vector<Growth> growths;
+std::vector<Series> seriesOf(const Results& results) {
+  std::vector<Series> all;
   for (const Row& row : results.rows) {
-    if (row.unit != Unit::kSeconds || row.events == 0) { continue; }
-    auto known =
-        std::find_if(growths.begin(), growths.end(), [&](const Growth& growth) { return growth.name == row.name; });
-    if (known == growths.end()) { known = growths.insert(known, Growth{row.name, {}}); }
+    auto known = std::find_if(all.begin(), all.end(), [&](const Series& series) { return series.name == row.name; });
+    if (known == all.end()) { known = all.insert(known, Series{row.name, {}}); }
     known->rows.push_back(row);
   }
-  std::erase_if(growths, [](const Growth& growth) { return growth.rows.size() < 2; });
-  return growths;
+  return all;
+}
+
+std::vector<Series> growingTimesOf(const Results& results) {
+  auto all = seriesOf(results);
+  std::erase_if(all, [](const Series& series) { return !series.grows() || series.base().unit != Unit::kSeconds; });
+  return all;
 }
 
 }  // namespace orlocal::bench

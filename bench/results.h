@@ -28,17 +28,21 @@ struct Results {
 void writeResults(const Results& results, const std::filesystem::path& file);
 Results readResults(const std::filesystem::path& file);
 
-/// The rows of one name, by growing store: how a thing grows.
-struct Growth {
+/// The rows of one name: one thing in stores that grow, or in one.
+struct Series {
   std::string name;
   std::vector<Row> rows;
+
+  bool grows() const { return rows.size() > 1; }
 
   /// The row of 10,000 events, or the first one.
   const Row& base() const;
 };
 
-/// Of what was measured in stores of several sizes.
-std::vector<Growth> growthsOf(const Results& results);
+/// In the order in which the names came.
+std::vector<Series> seriesOf(const Results& results);
+/// Of those, the times that were measured in stores of several sizes.
+std::vector<Series> growingTimesOf(const Results& results);
 
 /// One row's share, which ought not to grow.
 inline double costOfOne(const Side& side) {

@@ -101,7 +101,7 @@ void measureTurnsOf(Report& report, const Setting& setting, std::size_t events) 
     std::size_t Counted::*counted;
   } kinds[] = {
       {"import holds the turn, all new", false, text, &Counted::added},
-      {"import holds the turn, all new beside as many", true, others, &Counted::added},
+      {"import holds the turn, among others", true, others, &Counted::added},
       {"import holds the turn, all unchanged", true, text, &Counted::unchanged},
       {"import holds the turn, all changed", true, retitled, &Counted::updated},
   };
