@@ -149,13 +149,13 @@ void measureWalking(Report& report, const Setting& setting) {
     const auto calls = inHost("six bare calls, same texts", [&] { return bareCalls(occurrences); });
     const auto each = besides("the row by its number", [&] { return rowByRow(file); });
 
-    Row year = compare(setting.roundsFor(events), inHost("", walkAgain), {rows, index, calls});
+    Row year = compare(setting.fewRoundsFor(events), inHost("", walkAgain), {rows, index, calls});
     year.name = "walk over a year";
     year.aim = 4.5;
     year.events = events;
     report.add(std::move(year));
 
-    Row opens = compare(setting.roundsFor(events), inHost("", openKept), {each, index});
+    Row opens = compare(setting.fewRoundsFor(events), inHost("", openKept), {each, index});
     opens.name = "each item of a kept fetch opened";
     opens.events = events;
     report.add(std::move(opens));
