@@ -1,5 +1,7 @@
 // Several processes on one store. They share the machine's threads, too: where there are more of them than of those, a
 // query also waits for its turn on one, so its processor time, which knows no waiting, stands beside.
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -61,13 +63,16 @@ Worker plainWriter(const std::filesystem::path& file) {
   };
 }
 
+/// The largest store of up to 10,000 events.
+std::size_t middling(const std::vector<std::size_t>& sizes) {
+  const auto above = std::upper_bound(sizes.begin(), sizes.end(), std::size_t{10'000});
+  return above == sizes.begin() ? sizes.front() : *std::prev(above);
+}
+
 class Sharing {
  public:
   Sharing(Report& report, const Setting& setting)
-      : m_report(report),
-        m_setting(setting),
-        m_events(setting.sizes.size() > 1 ? setting.sizes[1] : setting.sizes.front()),
-        m_seconds(setting.smoke ? 0.1 : 1) {}
+      : m_report(report), m_setting(setting), m_events(middling(setting.sizes)), m_seconds(setting.smoke ? 0.1 : 1) {}
 
   void readersAndWriter() {
     constexpr int kReaders = 8;
