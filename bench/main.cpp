@@ -71,7 +71,7 @@ void describe(CLI::App& line, Wanted& wanted) {
   line.add_option("--sizes", setting.sizes, "stores to measure in, by their events (1000,10000,100000)")
       ->delimiter(',')
       ->check(CLI::PositiveNumber);
-  line.add_flag("--large", wanted.large, "with a store of 1,000,000 events, too: half an hour and 3 GB of disk more");
+  line.add_flag("--large", wanted.large, "with a store of 1,000,000 events, too: half an hour and 2 GB of disk more");
   line.add_option("--only", wanted.only, "these parts alone")->delimiter(',')->check(CLI::IsMember(parts));
   line.add_flag("--instructions", wanted.instructions, "count the instructions of some small tasks, too (valgrind)");
   line.add_option("--report", wanted.report,
