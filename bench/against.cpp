@@ -20,14 +20,17 @@ struct Figure {
   bool moreIsBetter = false;
 };
 
-using Name = std::tuple<std::string, std::size_t, std::string>;  ///< what, in how large a store, beside what
+/// What, in how large a store, for how many rows, beside what: other work is not compared.
+using Name = std::tuple<std::string, std::size_t, std::size_t, std::string>;
 
 std::map<Name, Figure> figuresOf(const Results& results) {
   std::map<Name, Figure> figures;
   for (const Row& row : results.rows) {
     const bool rate = row.unit == Unit::kPerSecond;
-    if (row.floors.empty()) { figures[{row.name, row.events, ""}] = {row.subject.amount, rate}; }
-    for (const Side& floor : row.floors) { figures[{row.name, row.events, floor.name}] = {floor.ratio, rate}; }
+    if (row.floors.empty()) { figures[{row.name, row.events, row.subject.rows, ""}] = {row.subject.amount, rate}; }
+    for (const Side& floor : row.floors) {
+      figures[{row.name, row.events, row.subject.rows, floor.name}] = {floor.ratio, rate};
+    }
   }
   return figures;
 }
@@ -42,8 +45,9 @@ const char* verdict(bool more, bool moreIsBetter) { return more == moreIsBetter 
 std::string instructionChanges(const Results& before, const Results& now) {
   std::string lines;
   for (const InstructionCount& count : now.instructions) {
-    const auto earlier = std::find_if(before.instructions.begin(), before.instructions.end(),
-                                      [&](const InstructionCount& other) { return other.task == count.task; });
+    const auto earlier = std::find_if(
+        before.instructions.begin(), before.instructions.end(),
+        [&](const InstructionCount& other) { return other.task == count.task && other.events == count.events; });
     if (earlier == before.instructions.end() || earlier->instructions == 0) { continue; }
     const double factor = static_cast<double>(count.instructions) / static_cast<double>(earlier->instructions);
     lines += fmt::format("{:6}  instructions, {}: {} before, {} now ({:+.1f} %)\n",
@@ -58,7 +62,8 @@ std::string instructionChanges(const Results& before, const Results& now) {
 std::string ruleOfChange() {
   return fmt::format(
       "Something changed when the ranges (lowest to highest) of its ratios to a floor do not meet, and their medians "
-      "differ by more than {:.0f} %; without a floor its amounts count. Instructions changed when they differ by more "
+      "differ by more than {:.0f} %; without a floor its amounts count. A ratio that was measured once is not judged. "
+      "Instructions changed when they differ by more "
       "than {:.0f} %.",
       kLeastChange * 100, kLeastInstructions * 100);
 }
@@ -78,7 +83,7 @@ std::string changesSince(const Results& before, const Results& now) {
       ++alike;
       continue;
     }
-    const auto& [what, events, beside] = name;
+    const auto& [what, events, rows, beside] = name;
     lines += fmt::format("{:6}  {}, {} events{}: {:.2f} ({:.2f} to {:.2f}) before, {:.2f} ({:.2f} to {:.2f}) now\n",
                          verdict(figure.spread.median > was.median, figure.moreIsBetter), what, events,
                          beside.empty() ? "" : ", beside " + beside, was.median, was.low, was.high,

@@ -105,7 +105,7 @@ void measureInstructions(Report& report, const Setting& setting) {
                fmt::format("valgrind -q --tool=callgrind --toggle-collect=orlocalBenchCounted "
                            "--callgrind-out-file='{}'",
                            counts.string()));
-    report.add(InstructionCount{task.words, countedIn(counts)});
+    report.add(InstructionCount{task.words, events, countedIn(counts)});
   }
 }
 

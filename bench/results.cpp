@@ -14,7 +14,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Unit, {{Unit::kSeconds, "s"}, {Unit::kPerSecond, "1
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Spread, low, median, high)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Side, name, rows, amount, ratio)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Row, name, events, unit, aim, subject, floors)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InstructionCount, task, instructions)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InstructionCount, task, events, instructions)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Results, date, threads, rows, instructions, notes)
 
 void writeResults(const Results& results, const std::filesystem::path& file) {

@@ -12,6 +12,7 @@ namespace orlocal::bench {
 /// What a task costs in instructions, which no other load of the machine changes.
 struct InstructionCount {
   std::string task;
+  std::size_t events = 0;  ///< size of the store
   std::uint64_t instructions = 0;
 };
 
