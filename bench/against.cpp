@@ -29,6 +29,8 @@ std::map<Name, Figure> figuresOf(const Results& results) {
     const bool rate = row.unit == Unit::kPerSecond;
     if (row.floors.empty()) { figures[{row.name, row.events, row.subject.rows, ""}] = {row.subject.amount, rate}; }
     for (const Side& floor : row.floors) {
+      // Measured once, it has no range that could tell noise.
+      if (floor.ratio.low == floor.ratio.high) { continue; }
       figures[{row.name, row.events, row.subject.rows, floor.name}] = {floor.ratio, rate};
     }
   }
