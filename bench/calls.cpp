@@ -2,7 +2,8 @@
 #include <memory>
 #include <string>
 
-#include "measurements.h"
+#include "parts.h"
+#include "processes.h"
 #include "solution.h"
 
 namespace orlocal::bench {
@@ -18,10 +19,7 @@ fmx::ErrorCode echo(std::int16_t, const fmx::ExprEnv*, const fmx::DataVect* argu
   std::array<char16_t, 64> units;
   const std::uint32_t size = fmx::FM_Text_GetSize(argument, &x);
   fmx::FM_Text_GetUnicode(argument, units.data(), 0, size, &x);
-  fmx::Text* text = fmx::FM_Text_Constructor1(&x);
-  fmx::FM_Text_AssignUnicodeWithLength(text, units.data(), size, &x);
-  fmx::FM_Data_SetAsText(result, text, fmx::FM_Data_GetLocale(result, &x), fmx::kText, &x);
-  fmx::FM_Text_Delete(text, &x);
+  answerWith({units.data(), size}, result);
   return 0;
 }
 
@@ -31,33 +29,39 @@ void answer(const std::u16string& argument, std::u16string& result) { result = a
 fmx::ExternalFunction volatile g_echo = &echo;
 void (*volatile g_answer)(const std::u16string&, std::u16string&) = &answer;
 
-template <class Body>
-double repeated(const Body& body) {
-  return seconds([&] {
-    for (std::size_t i = 0; i < kCalls; ++i) { body(); }
-  });
+/// In a process of its own.
+template <class Prepare>
+Contender repeated(std::string name, const Prepare& prepare) {
+  return {std::move(name), [prepare] {
+            return inChild([&] {
+              auto body = prepare();
+              return Outcome{seconds([&] {
+                               for (std::size_t i = 0; i < kCalls; ++i) { body(); }
+                             }),
+                             kCalls};
+            });
+          }};
 }
 
 }  // namespace
 
-void measureCallOverhead(Report& report, const Setting& setting) {
-  const auto plugin = startPlugin(setting.plugin);
-  Call version(u"Orlo_Version", {u"short"});
-  Call bare(g_echo, {u"short"});
-  Row row = compare(
-      "call of a trivial function", setting.rounds, [&] { return repeated([&] { version(); }); },
-      [&] { return repeated([&] { bare(); }); });
-  row.rows = kCalls;
+void measureCalls(Report& report, const Setting& setting) {
+  const auto version = repeated("", [&] {
+    return [plugin = std::shared_ptr(startPlugin(setting.plugin)),
+            call = std::make_shared<Call>(u"Orlo_Version", std::initializer_list<std::u16string_view>{u"short"})] {
+      (*call)();
+    };
+  });
+  const auto bare = repeated("a bare function that hands its text back", [] {
+    return [call = std::make_shared<Call>(g_echo, std::initializer_list<std::u16string_view>{u"short"})] { (*call)(); };
+  });
+  const auto strings = repeated("two strings without a host", [] {
+    return [argument = std::u16string(u"short"), result = std::u16string()]() mutable { g_answer(argument, result); };
+  });
+  Row row = compare(setting.rounds, version, {bare, strings});
+  row.name = "call of a trivial function";
   row.aim = 4;
   report.add(std::move(row));
-
-  const std::u16string argument = u"short";
-  std::u16string result;
-  Row plain = compare(
-      "the same beside two strings without a host", setting.rounds, [&] { return repeated([&] { version(); }); },
-      [&] { return repeated([&] { g_answer(argument, result); }); });
-  plain.rows = kCalls;
-  report.add(std::move(plain));
 }
 
 }  // namespace orlocal::bench

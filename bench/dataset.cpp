@@ -44,6 +44,18 @@ std::string basic(Local t) {
 }
 std::string basic(Day d) { return fmt::format("{:04}{:02}{:02}", d.year(), d.month(), d.day()); }
 
+/// Of a rule: a third each has none, a count, a date.
+std::string end(Numbers& numbers, Day start) {
+  switch (numbers.below(3)) {
+    case 0:
+      return "";
+    case 1:
+      return fmt::format(";COUNT={}", 5 + numbers.below(60));
+    default:
+      return ";UNTIL=" + basic(start + 30 + numbers.below(900)) + "T000000Z";
+  }
+}
+
 std::string rule(Numbers& numbers, Day start) {
   std::string text;
   const int kind = numbers.below(20);
@@ -63,14 +75,7 @@ std::string rule(Numbers& numbers, Day start) {
   } else {
     text = "FREQ=YEARLY";
   }
-  switch (numbers.below(3)) {
-    case 0:
-      return text;
-    case 1:
-      return text + fmt::format(";COUNT={}", 5 + numbers.below(60));
-    default:
-      return text + ";UNTIL=" + basic(start + 30 + numbers.below(900)) + "T000000Z";
-  }
+  return text + end(numbers, start);
 }
 
 }  // namespace
@@ -119,6 +124,25 @@ void writeCalendarFile(const std::filesystem::path& file, std::size_t events, st
       out << "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER:-PT15M\r\nDESCRIPTION:Soon\r\nEND:VALARM\r\n";
     }
     out << "END:VEVENT\r\n";
+  }
+  out << "END:VCALENDAR\r\n";
+}
+
+void writeDailySeries(const std::filesystem::path& file, std::size_t series, int timesADay) {
+  std::ofstream out(file, std::ios::binary);
+  Numbers numbers(1);
+  out << kHead;
+  std::string hours;
+  for (int i = 0; i < timesADay; ++i) { hours += fmt::format("{}{}", i == 0 ? "" : ",", 7 + 2 * i); }
+  for (std::size_t i = 0; i < series; ++i) {
+    const Day day = Day(2020, 1, 1) + numbers.below(3652);
+    const Local start = Local(day) + 7 * 3600;
+    out << "BEGIN:VEVENT\r\nUID:" << fmt::format("{:08}-{}-a-day@measured.example\r\n", i, timesADay)
+        << "DTSTAMP:20260101T000000Z\r\n"
+        << fmt::format("DTSTART;TZID=Europe/Berlin:{}\r\nDTEND;TZID=Europe/Berlin:{}\r\n", basic(start),
+                       basic(start + 3600))
+        << "SUMMARY:Medicine " << i << "\r\nRRULE:FREQ=DAILY;BYHOUR=" << hours << end(numbers, day)
+        << "\r\nEND:VEVENT\r\n";
   }
   out << "END:VCALENDAR\r\n";
 }

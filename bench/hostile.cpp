@@ -11,7 +11,8 @@
 #include <unistd.h>
 
 #include "hostile_inputs.h"
-#include "measurements.h"
+#include "parts.h"
+#include "processes.h"
 #include "store/contacts.h"
 #include "store/export.h"
 #include "store/import.h"
@@ -121,7 +122,9 @@ void measureHostile(Report& report, const Setting& setting) {
   std::size_t over = 0;
   double slowest = 0, largest = 0;
   for (const HostileShape& shape : hostileShapes()) {
-    if (!setting.only.empty() && std::string(shape.name).find(setting.only) == std::string::npos) { continue; }
+    if (!setting.hostileOnly.empty() && std::string(shape.name).find(setting.hostileOnly) == std::string::npos) {
+      continue;
+    }
     std::string line = fmt::format("| {:<46} |", shape.name);
     Cost last;
     for (const std::size_t size : sizes) {

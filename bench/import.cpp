@@ -1,42 +1,60 @@
-#include "store/import.h"
+#include <fmt/format.h>
 
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
-
+#include "dataset.h"
+#include "files.h"
 #include "floors.h"
-#include "measurements.h"
-#include "store/calendar_store.h"
+#include "parts.h"
+#include "processes.h"
 
 namespace orlocal::bench {
 namespace {
 
-void importInto(const std::filesystem::path& file, const std::filesystem::path& ics) {
-  for (const char* suffix : {"", "-wal", "-shm", "-bell"}) { std::filesystem::remove(file.string() + suffix); }
-  store::StoreOptions options;
-  options.file = file;
-  options.viewer = store::Zone::ofUser();
-  auto opened = store::CalendarStore::open(std::move(options));
-  if (!opened) { throw std::runtime_error(opened.error().message); }
-  auto report = store::importCalendarFile(**opened, ics, {});
-  if (!report) { throw std::runtime_error(report.error().message); }
+/// Into a new store, in a process of its own.
+Contender importing(std::string name, const Setting& setting, const std::filesystem::path& calendar) {
+  return {std::move(name), [store = setting.folder / "imported.db", calendar] {
+            removeStore(store);
+            return inChild([&] {
+              Outcome outcome;
+              outcome.amount = seconds([&] { outcome.rows = importFile(store, calendar); });
+              return outcome;
+            });
+          }};
+}
+
+Contender bareParse(const std::filesystem::path& calendar) {
+  return {"libical's bare parse", [calendar] {
+            return inChild([&] {
+              const std::string text = contentOf(calendar);
+              Outcome outcome;
+              outcome.amount = seconds([&] { outcome.rows = parseWithLibical(text); });
+              return outcome;
+            });
+          }};
 }
 
 }  // namespace
 
-Row measureImport(const Setting& setting, const std::filesystem::path& ics, const std::filesystem::path& file,
-                  std::size_t events) {
-  std::ifstream in(ics, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  const std::string whole = text.str();
-  Row row = compare(
-      "import of a file", setting.rounds > 3 ? 3 : 1, [&] { return seconds([&] { importInto(file, ics); }); },
-      [&] { return seconds([&] { parseWithLibical(whole); }); });
-  row.events = events;
-  row.rows = events;
-  row.aim = 2.5;
-  return row;
+void measureImport(Report& report, const Setting& setting) {
+  for (const std::size_t events : setting.sizes) {
+    const auto calendar = calendarFile(setting, events);
+    Row row = compare(setting.fewRoundsFor(events), importing("", setting, calendar), {bareParse(calendar)});
+    row.name = "import of a file";
+    row.events = events;
+    row.aim = 2.5;
+    report.add(std::move(row));
+  }
+
+  const std::size_t series = setting.smoke ? 100 : 2'000;
+  const auto file = [&](int timesADay) {
+    auto path = setting.folder / fmt::format("{}_a_day.ics", timesADay);
+    writeDailySeries(path, series, timesADay);
+    return path;
+  };
+  const auto four = file(4);
+  Row row = compare(setting.rounds, importing("", setting, four),
+                    {importing("as many that come once", setting, file(1)), bareParse(four)});
+  row.name = "import of series that come four times a day";
+  report.add(std::move(row));
 }
 
 }  // namespace orlocal::bench

@@ -2,71 +2,51 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <fstream>
-#include <stdexcept>
 #include <utility>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace orlocal::bench {
 
-Times summarize(std::vector<double> seconds) {
-  if (seconds.empty()) { return {}; }
-  std::sort(seconds.begin(), seconds.end());
-  return {seconds.front(), seconds[seconds.size() / 2], seconds.back()};
+Spread summarize(std::vector<double> values) {
+  if (values.empty()) { return {}; }
+  std::sort(values.begin(), values.end());
+  return {values.front(), values[values.size() / 2], values.back()};
 }
 
-Row compare(std::string name, int rounds, const std::function<double()>& subject,
-            const std::function<double()>& floor) {
-  std::vector<double> ours;
-  std::vector<double> floors;
-  subject();
-  floor();
-  for (int i = 0; i < rounds; ++i) {
-    ours.push_back(subject());
-    floors.push_back(floor());
-  }
+Row rowOf(const Rounds& subject, const std::vector<Rounds>& floors) {
+  const auto sideOf = [&](const Rounds& rounds) {
+    std::vector<double> amounts, ratios;
+    for (std::size_t i = 0; i < rounds.outcomes.size(); ++i) {
+      const double amount = rounds.outcomes[i].amount;
+      amounts.push_back(amount);
+      ratios.push_back(amount > 0 ? subject.outcomes.at(i).amount / amount : 0);
+    }
+    return Side{rounds.name, rounds.outcomes.back().rows, summarize(std::move(amounts)), summarize(std::move(ratios))};
+  };
   Row row;
-  row.name = std::move(name);
-  row.subject = summarize(std::move(ours));
-  row.floor = summarize(std::move(floors));
+  row.subject = sideOf(subject);
+  for (const Rounds& floor : floors) { row.floors.push_back(sideOf(floor)); }
   return row;
+}
+
+Row compare(int rounds, const Contender& subject, const std::vector<Contender>& floors) {
+  Rounds ours{subject.name, {}};
+  std::vector<Rounds> theirs;
+  for (const Contender& floor : floors) { theirs.push_back({floor.name, {}}); }
+  for (int round = rounds > 1 ? -1 : 0; round < rounds; ++round) {
+    const auto run = [round](const Contender& contender, Rounds& kept) {
+      const Outcome outcome = contender.run();
+      if (round >= 0) { kept.outcomes.push_back(outcome); }
+    };
+    run(subject, ours);
+    for (std::size_t i = 0; i < floors.size(); ++i) { run(floors[i], theirs[i]); }
+  }
+  return rowOf(ours, theirs);
 }
 
 double seconds(const std::function<void()>& work) {
   const auto begun = std::chrono::steady_clock::now();
   work();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
-}
-
-double inChild(const std::function<double()>& work) {
-  int ends[2];
-  if (pipe(ends) != 0) { throw std::runtime_error("no pipe for a measuring child"); }
-  const pid_t child = fork();
-  if (child < 0) { throw std::runtime_error("no process for a measuring child"); }
-  if (child == 0) {
-    const double answer = work();
-    const bool told = write(ends[1], &answer, sizeof answer) == static_cast<ssize_t>(sizeof answer);
-    _exit(told ? 0 : 1);
-  }
-  close(ends[1]);
-  double answer = 0;
-  const bool heard = read(ends[0], &answer, sizeof answer) == static_cast<ssize_t>(sizeof answer);
-  close(ends[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  if (!heard || status != 0) { throw std::runtime_error("a measuring child failed"); }
-  return answer;
-}
-
-double peakResidentKiB() {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmHWM:", 0) == 0) { return std::strtod(line.c_str() + 6, nullptr); }
-  }
-  return 0;
 }
 
 }  // namespace orlocal::bench

@@ -7,36 +7,60 @@
 
 namespace orlocal::bench {
 
-/// Seconds of one thing measured several times.
-struct Times {
+/// One thing measured several times.
+struct Spread {
   double low = 0, median = 0, high = 0;
 };
 
-Times summarize(std::vector<double> seconds);
+Spread summarize(std::vector<double> values);
 
-/// One row of the report: what was measured, beside its floor from the same run.
-struct Row {
-  std::string name;
-  std::size_t events = 0;  ///< size of the store
-  std::size_t rows = 0;    ///< occurrences or calls that both sides worked on
-  Times subject;           ///< seconds for all of `rows`
-  Times floor;             ///< likewise
-  double aim = 0;          ///< subject by floor that we want to stay below; 0 is none
-  double ratio() const { return floor.median > 0 ? subject.median / floor.median : 0; }
+/// What numbers count. Of a rate more is better, of all others less.
+enum class Unit { kSeconds, kPerSecond, kMebibytes };
+
+/// What one run did, and what it took.
+struct Outcome {
+  double amount = 0;
+  std::size_t rows = 0;  ///< occurrences, saves, calls: what the amount was for
 };
 
-/// Runs `subject` and `floor` in turn, `rounds` times each after one round that does not count; each returns its
-/// seconds. Taking turns keeps the ratio steady when the machine's speed drifts.
-Row compare(std::string name, int rounds, const std::function<double()>& subject, const std::function<double()>& floor);
+/// What takes part in a comparison; each run may do its work anew.
+struct Contender {
+  std::string name;
+  std::function<Outcome()> run;
+};
+
+/// One contender's results.
+struct Side {
+  std::string name;
+  std::size_t rows = 0;
+  Spread amount;
+  Spread ratio;  ///< of a floor: what the subject took by what this took, round by round
+};
+
+/// One row of the report: what was measured, beside its floors from the same run.
+struct Row {
+  std::string name;
+  std::size_t events = 0;  ///< size of the store; 0 where that does not matter
+  Unit unit = Unit::kSeconds;
+  double aim = 0;  ///< what the ratio to the first floor, or the amount where there is none, shall not pass; 0 is none
+  Side subject;
+  std::vector<Side> floors;
+};
+
+/// What a contender did, round by round.
+struct Rounds {
+  std::string name;
+  std::vector<Outcome> outcomes;
+};
+
+/// All have as many rounds. The row's own name is the caller's to fill in.
+Row rowOf(const Rounds& subject, const std::vector<Rounds>& floors);
+
+/// Runs all in turn, `rounds` times each, after one round that does not count unless there is only one. Taking turns
+/// keeps the ratio steady when the machine's speed drifts.
+Row compare(int rounds, const Contender& subject, const std::vector<Contender>& floors);
 
 /// Seconds that `work` takes.
 double seconds(const std::function<void()>& work);
-
-/// Runs `work` in a forked child, so that it starts with nothing warmed up in the process, and returns its number.
-/// Throws when the child does not answer.
-double inChild(const std::function<double()>& work);
-
-/// The process's peak of resident memory in KiB (VmHWM of /proc/self/status).
-double peakResidentKiB();
 
 }  // namespace orlocal::bench

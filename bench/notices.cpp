@@ -2,7 +2,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -16,14 +15,15 @@
 #include <sqlite3.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
+#include "files.h"
 #include "host/fmwrapper/registry.h"
 #include "host/plugin/update_script.h"
-#include "measurements.h"
+#include "parts.h"
+#include "processes.h"
 #include "solution.h"
 #include "store/calendar_store.h"
 
@@ -157,14 +157,14 @@ void sleepUntilReadable(int descriptor, int milliseconds = -1) {
 }
 
 /// The median of the seconds from the deed of `partner` to the end of `wait`, which says when it woke.
-double wakeUp(const Partner& partner, const std::function<std::int64_t()>& wait) {
+Outcome wakeUp(const Partner& partner, const std::function<std::int64_t()>& wait) {
   std::vector<double> taken;
   for (int i = 0; i < kWakeUps; ++i) {
     partner.order();
     const std::int64_t woken = wait();
     taken.push_back(static_cast<double>(woken - partner.answer()) * 1e-9);
   }
-  return summarize(std::move(taken)).median;
+  return {summarize(std::move(taken)).median, 1};
 }
 
 /// A host with the plug-in, which has registered a script.
@@ -217,15 +217,6 @@ class Listener {
   std::int64_t m_started = 0;
 };
 
-double processorSeconds() {
-  rusage used{};
-  getrusage(RUSAGE_SELF, &used);
-  const auto secondsOf = [](const timeval& time) {
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-  };
-  return secondsOf(used.ru_utime) + secondsOf(used.ru_stime);
-}
-
 }  // namespace
 
 void measureNotices(Report& report, const Setting& setting) {
@@ -258,7 +249,7 @@ void measureNotices(Report& report, const Setting& setting) {
   // Makes the store before the plug-in opens it, so that only one does.
   saver.order();
   saver.answer();
-  setenv("ORLOCAL_STORE", file.c_str(), 1);
+  useStore(file);
   Listener listener(setting, file);
 
   const auto bare = [](int descriptor) {
@@ -269,20 +260,16 @@ void measureNotices(Report& report, const Setting& setting) {
     return woken;
   };
   const auto toScriptStart = [&] { return wakeUp(saver, [&] { return listener.waitForStart(); }); };
-  Row row = compare("commit of another process to script start, beside a bare file notice", setting.rounds,
-                    toScriptStart, [&] { return wakeUp(toucher, [&] { return bare(notices); }); });
-  row.rows = 1;
+  Row row = compare(setting.rounds, {"", toScriptStart},
+                    {{"bare file notice", [&] { return wakeUp(toucher, [&] { return bare(notices); }); }},
+                     {"bare eventfd", [&] { return wakeUp(raiser, [&] { return bare(event); }); }}});
+  row.name = "commit of another process to script start";
   row.aim = 10;
   report.add(std::move(row));
-  Row beside = compare("the same beside a bare eventfd", setting.rounds, toScriptStart,
-                       [&] { return wakeUp(raiser, [&] { return bare(event); }); });
-  beside.rows = 1;
-  beside.aim = 10;
-  report.add(std::move(beside));
   close(event);
   close(notices);
 
-  const int idleSeconds = setting.rounds > 2 ? kIdleSeconds : 1;
+  const int idleSeconds = setting.smoke ? 1 : kIdleSeconds;
   const double before = processorSeconds();
   listener.serveFor(idleSeconds * std::int64_t{1'000'000'000});
   report.note(fmt::format("A listener to which nothing happens uses {:.2f} ms of processor time in {} seconds.",

@@ -1,9 +1,8 @@
 #!/bin/sh
-# Runs the measurements against the build in FOLDER. usage: run.sh BUILD_FOLDER [--smoke]
+# Runs the measurements against the build in FOLDER. usage: run.sh BUILD_FOLDER [OPTION…]; --help lists them
 set -eu
 build=$1
 shift
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-echo "Each row stands beside its floor from the same run; ratios are what counts on a shared machine."
 "$build/bench/orlocal_bench" "$build/Orlocal.fmx" "$work/stores" "$@"

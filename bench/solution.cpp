@@ -5,6 +5,15 @@
 #include "host/fmwrapper/registry.h"
 
 namespace orlocal::bench {
+
+void answerWith(std::u16string_view text, fmx::Data* result) {
+  fmx::Exception x;
+  fmx::Text* value = fmx::FM_Text_Constructor1(&x);
+  fmx::FM_Text_AssignUnicodeWithLength(value, text.data(), static_cast<std::uint32_t>(text.size()), &x);
+  fmx::FM_Data_SetAsText(result, value, fmx::FM_Data_GetLocale(result, &x), fmx::kText, &x);
+  fmx::FM_Text_Delete(value, &x);
+}
+
 namespace {
 
 fmx::Exception g_exception;
@@ -22,13 +31,10 @@ fmx::ExternalFunction registered(std::u16string_view name) {
 }
 
 void push(fmx::DataVect* vector, std::u16string_view text) {
-  fmx::Text* value = fmx::FM_Text_Constructor1(&g_exception);
-  fmx::FM_Text_AssignUnicodeWithLength(value, text.data(), static_cast<std::uint32_t>(text.size()), &g_exception);
   fmx::Data* data = fmx::FM_Data_Constructor1(&g_exception);
-  fmx::FM_Data_SetAsText(data, value, fmx::FM_Data_GetLocale(data, &g_exception), fmx::kText, &g_exception);
+  answerWith(text, data);
   fmx::FM_DataVect_PushBack(vector, data, &g_exception);
   fmx::FM_Data_Delete(data, &g_exception);
-  fmx::FM_Text_Delete(value, &g_exception);
 }
 
 }  // namespace

@@ -41,6 +41,9 @@ class Call {
   fmx::Data* m_result;
 };
 
+/// What a function of the host's signature does to answer with a text.
+void answerWith(std::u16string_view text, fmx::Data* result);
+
 /// The plug-in, started in this process, with the store that the environment names.
 std::unique_ptr<host::Plugin> startPlugin(const std::filesystem::path& file);
 

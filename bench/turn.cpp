@@ -1,16 +1,13 @@
 #include <atomic>
 #include <chrono>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 
-#include <fmt/format.h>
 #include <sqlite3.h>
 
+#include "files.h"
 #include "floors.h"
-#include "measurements.h"
-#include "store/calendar_store.h"
+#include "parts.h"
 #include "store/import.h"
 
 namespace orlocal::bench {
@@ -58,23 +55,18 @@ class Waiting {
   std::thread m_thread;
 };
 
+using Counted = store::ImportReport;
+
 /// How long the import keeps the turn to write.
 double turnOf(const std::filesystem::path& file, const std::string& text, std::size_t expected,
-              std::size_t store::ImportReport::*counted) {
-  store::StoreOptions options;
-  options.file = file;
-  auto opened = store::CalendarStore::open(std::move(options));
-  if (!opened) { throw std::runtime_error(opened.error().message); }
+              std::size_t Counted::*counted) {
+  const auto opened = openStore(file);
   Waiting waiting(file);
-  const auto report = store::importCalendarText(**opened, text, "measured.ics");
+  const auto report = store::importCalendarText(*opened, text, "measured.ics");
   const double held = waiting.seconds();
   if (!report) { throw std::runtime_error(report.error().message); }
   if ((*report).*counted != expected) { throw std::runtime_error("the measured import did something else"); }
   return held;
-}
-
-void removeStore(const std::filesystem::path& file) {
-  for (const char* suffix : {"", "-wal", "-shm", "-bell"}) { std::filesystem::remove(file.string() + suffix); }
 }
 
 std::string withOtherTitles(std::string text) {
@@ -89,38 +81,49 @@ std::string withOtherUids(std::string text) {
   return text;
 }
 
-}  // namespace
-
-void measureTurns(Report& report, const Setting& setting, const std::filesystem::path& ics, std::size_t events) {
-  std::stringstream read;
-  read << std::ifstream(ics, std::ios::binary).rdbuf();
-  const std::string text = read.str(), retitled = withOtherTitles(text), others = withOtherUids(text);
+void measureTurnsOf(Report& report, const Setting& setting, std::size_t events) {
+  const std::string text = contentOf(calendarFile(setting, events));
+  const std::string retitled = withOtherTitles(text), others = withOtherUids(text);
   const std::filesystem::path file = setting.folder / "turn.db";
-  const std::vector<FloorRow> rows(events, {0, 3600, "a title", "a place", "", "0123456789@example.org"});
-  const auto floor = [&] { return seconds([&] { Floor::build(setting.folder / "turn.floor", rows); }); };
-  using Counted = store::ImportReport;
+  const Contender floor{"as many rows inserted", [&] {
+                          const FloorRow row{0, 3600, "a title", "a place", "", "0123456789@example.org"};
+                          return Outcome{seconds([&] {
+                                           FloorWriter writer(setting.folder / "turn.floor");
+                                           for (std::size_t i = 0; i < events; ++i) { writer.add(row); }
+                                           writer.finish();
+                                         }),
+                                         events};
+                        }};
   const struct {
     const char* name;
     bool intoAStore;
     const std::string& text;
     std::size_t Counted::*counted;
   } kinds[] = {
-      {"turn held by an import: all new", false, text, &Counted::added},
-      {"turn held by an import: all new, beside as many", true, others, &Counted::added},
-      {"turn held by an import: all known, unchanged", true, text, &Counted::unchanged},
-      {"turn held by an import: all known, changed", true, retitled, &Counted::updated},
+      {"import holds the turn, all new", false, text, &Counted::added},
+      {"import holds the turn, among others", true, others, &Counted::added},
+      {"import holds the turn, all unchanged", true, text, &Counted::unchanged},
+      {"import holds the turn, all changed", true, retitled, &Counted::updated},
   };
   for (const auto& kind : kinds) {
-    Row row = compare(
-        kind.name, setting.rounds > 3 ? 3 : 1,
-        [&] {
-          removeStore(file);
-          if (kind.intoAStore) { turnOf(file, text, events, &Counted::added); }
-          return turnOf(file, kind.text, events, kind.counted);
-        },
-        floor);
-    row.events = row.rows = events;
+    const auto held = [&] {
+      removeStore(file);
+      if (kind.intoAStore) { turnOf(file, text, events, &Counted::added); }
+      return Outcome{turnOf(file, kind.text, events, kind.counted), events};
+    };
+    Row row = compare(setting.fewRoundsFor(events), {"", held}, {floor});
+    row.name = kind.name;
+    row.events = events;
     report.add(std::move(row));
+  }
+}
+
+}  // namespace
+
+void measureTurns(Report& report, const Setting& setting) {
+  constexpr std::size_t kMost = 100'000;
+  for (const std::size_t events : setting.sizes) {
+    if (events <= kMost) { measureTurnsOf(report, setting, events); }
   }
 }
 
