@@ -59,7 +59,7 @@ Status CalendarStore::saveCalendar(Calendar& calendar, CalendarFields set) {
 
 Status CalendarStore::removeCalendar(std::string_view identifier) { return CalendarEdits(*m_core).remove(identifier); }
 
-Result<std::vector<Occurrence>> CalendarStore::occurrences(const EventQuery& query) {
+Result<OccurrenceList> CalendarStore::occurrences(const EventQuery& query) {
   return m_queries->occurrences(query);
 }
 

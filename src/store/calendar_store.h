@@ -19,7 +19,7 @@
 #include "store/edits/item_edit.h"
 #include "store/file/change_signal.h"
 #include "store/model/model.h"
-#include "store/model/occurrence.h"
+#include "store/model/occurrence_list.h"
 #include "store/time/zone.h"
 
 namespace orlocal::store {
@@ -69,7 +69,7 @@ class CalendarStore {
   Status removeCalendar(std::string_view identifier);
 
   /// Ordered by start, end, identifier; changed occurrences in place of the originals.
-  Result<std::vector<Occurrence>> occurrences(const EventQuery& query);
+  Result<OccurrenceList> occurrences(const EventQuery& query);
   /// Row numbers in the order of due moment (none last), then of row.
   Result<std::vector<ItemId>> reminders(const ReminderQuery& query);
 

@@ -34,7 +34,7 @@ class Import : public StoreTest {
     for (const Calendar& calendar : calendars) { found.push_back(calendar.title); }
     return found;
   }
-  static std::vector<Occurrence> all(CalendarStore& from) {
+  static OccurrenceList all(CalendarStore& from) {
     EventQuery query;
     const auto calendars = from.calendars(CalendarKind::kEvents).value();
     for (const Calendar& calendar : calendars) { query.calendars.push_back(calendar.id); }

@@ -134,7 +134,7 @@ class StoreTest : public testing::Test {
   std::vector<Occurrence> occurrences(std::optional<Moment> from, std::optional<Moment> to) {
     auto found = store->occurrences(range(from, to));
     EXPECT_TRUE(found) << (found ? "" : found.error().message);
-    return found.value_or(std::vector<Occurrence>());
+    return found ? std::vector<Occurrence>(found->begin(), found->end()) : std::vector<Occurrence>();
   }
   /// "start title" of each.
   std::vector<std::string> listed(std::optional<Moment> from, std::optional<Moment> to) {

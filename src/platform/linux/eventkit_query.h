@@ -39,8 +39,8 @@ class ReadAhead {
 /// The answer to an event query; its objects are made when they are asked for.
 class EventArray final : public EKEventArray {
  public:
-  EventArray(std::shared_ptr<StoreAccess> access, const std::vector<store::Occurrence>& occurrences)
-      : m_access(std::move(access)), m_occurrences(occurrences) {}
+  EventArray(std::shared_ptr<StoreAccess> access, store::OccurrenceList occurrences)
+      : m_access(std::move(access)), m_occurrences(std::move(occurrences)) {}
   std::size_t count() const override { return m_occurrences.size(); }
   std::shared_ptr<EKEvent> objectAtIndex(std::size_t index) const override;
 

@@ -45,6 +45,8 @@ auto answered(const Predicate& predicate, const std::shared_ptr<StoreAccess>& ac
   store::CalendarStore& store = access->store();
   const std::uint64_t generation = store.generation();
   if (!predicate.answer || predicate.generation != generation) {
+    // Two of a million occurrences are not needed at once.
+    predicate.answer = nullptr;
     auto found = ask(store, predicate.query);
     predicate.answer = found ? std::make_shared<const Array>(access, *std::move(found)) : nullptr;
     predicate.generation = generation;

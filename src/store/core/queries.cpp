@@ -1,7 +1,6 @@
 #include "store/core/queries.h"
 
 #include <algorithm>
-#include <numeric>
 #include <tuple>
 
 #include <fmt/format.h>
@@ -57,40 +56,6 @@ class CalendarFilter {
   std::vector<CalendarId> m_ids;
 };
 
-/// Identifiers are given out in the order of the rows.
-bool comesBefore(const Occurrence& a, const Occurrence& b) {
-  if (a.start != b.start) { return a.start < b.start; }
-  return std::tie(a.end, a.event, a.item) < std::tie(b.end, b.event, b.item);
-}
-
-/// A month of a large store holds hundreds of thousands: they are dealt out to equal pieces of time first, a few to
-/// each, and sorted there. Not where the second list would be a large part of what the process has.
-std::vector<Occurrence> inOrder(std::vector<Occurrence> found) {
-  constexpr std::size_t kFewest = 64, kMost = 500'000, kInPiece = 8;
-  if (found.size() <= kFewest || found.size() > kMost) {
-    std::sort(found.begin(), found.end(), comesBefore);
-    return found;
-  }
-  const auto [first, last] = std::minmax_element(
-      found.begin(), found.end(), [](const Occurrence& a, const Occurrence& b) { return a.start < b.start; });
-  const Moment begin = first->start;
-  const std::int64_t length = (last->start - begin).count() / static_cast<std::int64_t>(found.size() / kInPiece) + 1;
-  const auto pieceOf = [&](const Occurrence& each) {
-    return static_cast<std::size_t>((each.start - begin).count() / length);
-  };
-  // Where each piece ends, then, as it is filled from its end, where it begins.
-  std::vector<std::size_t> places(pieceOf(*last) + 2);
-  for (const Occurrence& each : found) { ++places[pieceOf(each)]; }
-  std::partial_sum(places.begin(), places.end(), places.begin());
-  std::vector<Occurrence> sorted(found.size());
-  for (const Occurrence& each : found) { sorted[--places[pieceOf(each)]] = each; }
-  for (std::size_t piece = 0; piece + 1 < places.size(); ++piece) {
-    const auto at = [&](std::size_t place) { return sorted.begin() + static_cast<std::ptrdiff_t>(places[place]); };
-    std::sort(at(piece), at(piece + 1), comesBefore);
-  }
-  return sorted;
-}
-
 struct RepeatingEntry {
   ItemId item;
   bool endless;
@@ -106,7 +71,7 @@ class Gathering {
         m_endlessTo(query.to ? m_range.to
                              : std::clamp(std::max(now(), m_range.from) + kOpenEnded, kEarliest, kLatest)) {}
 
-  Result<std::vector<Occurrence>> run() {
+  Result<OccurrenceList> run() {
     const auto takeEntry = [&](const TimelineEntry& entry) { return take(entry); };
     const TimelineRange range = m_range.onTimeline(m_core.options.viewer);
     if (m_core.options.keepsLongEvents && m_range.to - m_range.from <= LongEvents::kLongestRange) {
@@ -124,7 +89,7 @@ class Gathering {
   }
 
   /// Of one event alone.
-  Result<std::vector<Occurrence>> runFor(ItemId id, Queries& queries) {
+  Result<OccurrenceList> runFor(ItemId id, Queries& queries) {
     ORLOCAL_TRY(const auto event, m_core.rows.read(id));
     if (event == nullptr || event->kind != ItemKind::kEvent || event->series) { return finished(); }
     if (!m_calendars.takes(event->calendar)) { return finished(); }
@@ -146,12 +111,13 @@ class Gathering {
   }
 
  private:
-  Result<std::vector<Occurrence>> finished() {
+  Result<OccurrenceList> finished() {
     // In the order of the rows, so that neighbours in the file are read together.
     std::sort(m_series.begin(), m_series.end(),
               [](const RepeatingEntry& a, const RepeatingEntry& b) { return a.item < b.item; });
     for (const RepeatingEntry& entry : m_series) { ORLOCAL_CHECK(expand(entry)); }
-    return inOrder(std::move(m_found));
+    m_found.sort();
+    return std::move(m_found);
   }
 
   /// False when there are too many.
@@ -161,7 +127,7 @@ class Gathering {
     m_core.longEvents.visitPlain(m_range.from, m_range.to, [&](CalendarId calendar, const Occurrence& occurrence) {
       if (!fits || !m_calendars.takes(calendar)) { return; }
       fits = m_found.size() < most;
-      if (fits) { m_found.push_back(occurrence); }
+      if (fits) { m_found.add(occurrence); }
     });
     return fits;
   }
@@ -237,7 +203,7 @@ class Gathering {
       return failure(ErrorCode::kBudget, fmt::format("The range holds more than {} occurrences; ask for a shorter one.",
                                                      m_core.options.occurrenceBudget));
     }
-    m_found.push_back(occurrence);
+    m_found.add(occurrence);
     return {};
   }
 
@@ -248,12 +214,12 @@ class Gathering {
   Moment m_endlessTo;
   ExpansionBudget m_budget;
   std::vector<RepeatingEntry> m_series;
-  std::vector<Occurrence> m_found;
+  OccurrenceList m_found;
 };
 
 }  // namespace
 
-Result<std::vector<Occurrence>> Queries::occurrences(const EventQuery& query) {
+Result<OccurrenceList> Queries::occurrences(const EventQuery& query) {
   ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());
   Gathering gathering(m_core, query);
   return query.event ? gathering.runFor(*query.event, *this) : gathering.run();

@@ -5,7 +5,7 @@
 
 #include "store/core/query.h"
 #include "store/core/store_core.h"
-#include "store/model/occurrence.h"
+#include "store/model/occurrence_list.h"
 
 namespace orlocal::store {
 
@@ -15,7 +15,7 @@ class Queries {
   explicit Queries(StoreCore& core) : m_core(core) {}
 
   /// See `CalendarStore`; each in a snapshot of its own, or in the one that is open.
-  Result<std::vector<Occurrence>> occurrences(const EventQuery& query);
+  Result<OccurrenceList> occurrences(const EventQuery& query);
   Result<std::vector<ItemId>> reminders(const ReminderQuery& query);
   Result<std::optional<Occurrence>> firstOccurrence(const Item& event);
   /// The one that the rule put at `originalStart`, as it now is: changed or not. None when there is none any more.

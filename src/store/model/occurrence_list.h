@@ -1,32 +1,40 @@
 #pragma once
 
 #include <chrono>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <iterator>
 #include <vector>
 
 #include "store/model/occurrence.h"
 
 namespace orlocal::store {
 
-/// Occurrences in their order, to be kept for long: each in 16 bytes where it is as nearly all are, in 56 where it is
-/// not. Those are changed ones, and what lasts longer than a century or not for whole seconds.
+/// The answer to a range query, which may have millions of them and is kept for long: each in 16 bytes where it is as
+/// nearly all are, in 56 where it is not. Those are changed ones, and what lasts longer than a century or not for whole
+/// seconds. Read like a vector whose elements are made when they are asked for.
 class OccurrenceList {
  public:
-  explicit OccurrenceList(const std::vector<Occurrence>& occurrences) {
-    m_entries.reserve(occurrences.size());
-    for (const Occurrence& occurrence : occurrences) { add(occurrence); }
-  }
+  using value_type = Occurrence;
+  class const_iterator;
+
+  OccurrenceList() = default;
+  OccurrenceList(const std::vector<Occurrence>& occurrences);  // NOLINT(google-explicit-constructor): the same in less
 
   std::size_t size() const { return m_entries.size(); }
-
+  bool empty() const { return m_entries.empty(); }
   /// `index` is below `size()`.
-  Occurrence operator[](std::size_t index) const {
-    const Entry& entry = m_entries[index];
-    if (entry.item == kUnusual) { return m_unusual[entry.seconds]; }
-    return {entry.start, entry.start + std::chrono::seconds(entry.seconds), entry.start, entry.item, entry.item};
-  }
+  Occurrence operator[](std::size_t index) const { return whole(m_entries[index]); }
+  const_iterator begin() const;
+  const_iterator end() const;
+
+  void add(const Occurrence& occurrence);
+  /// By start, end, event and item: identifiers are given out in the order of the rows.
+  void sort();
+  void clear();
+
+  friend bool operator==(const OccurrenceList& left, const OccurrenceList& right);
 
  private:
   struct Entry {
@@ -37,23 +45,41 @@ class OccurrenceList {
   /// No row has this number.
   static constexpr std::uint32_t kUnusual = 0;
 
-  void add(const Occurrence& occurrence) {
-    constexpr auto kMost = std::numeric_limits<std::uint32_t>::max();
-    const auto length = std::chrono::floor<std::chrono::seconds>(occurrence.end - occurrence.start);
-    const bool usual = occurrence.originalStart == occurrence.start && occurrence.event == occurrence.item &&
-                       occurrence.item > kUnusual && occurrence.item <= kMost && length.count() >= 0 &&
-                       length.count() <= kMost && occurrence.start + length == occurrence.end;
-    if (usual) {
-      m_entries.push_back(
-          {occurrence.start, static_cast<std::uint32_t>(length.count()), static_cast<std::uint32_t>(occurrence.item)});
-    } else {
-      m_entries.push_back({occurrence.start, static_cast<std::uint32_t>(m_unusual.size()), kUnusual});
-      m_unusual.push_back(occurrence);
-    }
+  Occurrence whole(const Entry& entry) const {
+    if (entry.item == kUnusual) { return m_unusual[entry.seconds]; }
+    return {entry.start, entry.start + std::chrono::seconds(entry.seconds), entry.start, entry.item, entry.item};
   }
+  bool comesBefore(const Entry& a, const Entry& b) const;
+  void dealOut();
 
   std::vector<Entry> m_entries;
   std::vector<Occurrence> m_unusual;
 };
+
+class OccurrenceList::const_iterator {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = Occurrence;
+  using difference_type = std::ptrdiff_t;
+  using pointer = void;
+  using reference = Occurrence;
+
+  const_iterator(const OccurrenceList& list, std::size_t index) : m_list(&list), m_index(index) {}
+  Occurrence operator*() const { return (*m_list)[m_index]; }
+  const_iterator& operator++() { return ++m_index, *this; }
+  const_iterator operator++(int) {
+    const const_iterator before = *this;
+    ++m_index;
+    return before;
+  }
+  friend bool operator==(const const_iterator&, const const_iterator&) = default;
+
+ private:
+  const OccurrenceList* m_list;
+  std::size_t m_index;
+};
+
+inline OccurrenceList::const_iterator OccurrenceList::begin() const { return {*this, 0}; }
+inline OccurrenceList::const_iterator OccurrenceList::end() const { return {*this, size()}; }
 
 }  // namespace orlocal::store

@@ -222,7 +222,7 @@ TEST_F(SchemaOfAFile, CanBeReadButNotChangedWhenItIsReadOnly) {
     const auto found = (*readOnly)->occurrences(query);
     if (!found || found->size() != 1) { return 2; }
     if ((*readOnly)->generation() != (*readOnly)->generation()) { return 5; }
-    Item item = **(*readOnly)->item(found->front().item);
+    Item item = **(*readOnly)->item((*found)[0].item);
     item.title = "changed";
     const auto status = saveEvent(**readOnly, item, std::nullopt, Span::kThis);
     if (status) { return 3; }
