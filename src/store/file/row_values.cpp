@@ -54,7 +54,7 @@ void RowValues::bindTo(Statement& statement, int before) const {
         statement.bindBlob(before, std::as_bytes(std::span(bytes())));
         break;
       default:
-        break;  // as it is
+        break;  // NULL, as what is not bound
     }
   }
 }

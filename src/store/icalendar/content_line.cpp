@@ -26,14 +26,17 @@ bool isNameCharacter(char c) { return kNameCharacters[static_cast<unsigned char>
 
 /// Where the first one stands outside quotes; npos when nowhere.
 std::size_t findUnquoted(std::string_view text, std::size_t from, char wanted) {
-  for (;;) {
-    const std::size_t found = text.find(wanted, from);
+  std::size_t found = text.find(wanted, from);
+  while (found != std::string_view::npos) {
     const std::size_t open = text.substr(from, found - from).find('"');
     if (open == std::string_view::npos) { return found; }
     const std::size_t close = text.find('"', from + open + 1);
     if (close == std::string_view::npos) { return close; }
     from = close + 1;
+    // What lies further on was looked for already: a line may have any number of quotes.
+    if (found < from) { found = text.find(wanted, from); }
   }
+  return found;
 }
 
 /// Whether iCalendar text can have it: no control character but a tab (RFC 5545, 3.1).

@@ -6,7 +6,8 @@
 #include "store/recurrence/recurrence_rule.h"
 #include "store/recurrence/recurrence_set.h"
 
-// Whether a rule comes at all, by arithmetic: "30 February" or "week 53 in June" would be looked for to the year 9999.
+// Whether a rule comes at all, and how often, by arithmetic: "30 February" or "week 53 in June" would be looked for to
+// the year 9999.
 namespace orlocal::store {
 
 namespace {
@@ -172,6 +173,64 @@ std::optional<bool> CompiledRule::mayMeet(ExpansionBudget& budget) const {
   if (m_scaled) { return true; }
   if (!hasTimes() || (subDaily() && !hasPositions())) { return false; }
   return hasDays(budget);
+}
+
+std::optional<std::int64_t> CompiledRule::count(LocalSeconds before, ExpansionBudget& budget) const {
+  before = std::min(before, kLastLocalSecond + 1);
+  if (before <= m_start) { return 0; }
+  std::int64_t counted = 0;
+  const auto add = [&](LocalSeconds from, LocalSeconds to) {
+    if (m_scaled) {
+      return m_scaled->walk(from, to, budget, [&](LocalSeconds) { return ++counted, true; });
+    }
+    return walkPeriods(from, to, budget, [&](const Times& times) {
+      counted += times.before(to) - times.before(from);
+      return true;
+    });
+  };
+  LocalSeconds from = m_start;
+  const auto same = cycle(budget);
+  if (!same) { return std::nullopt; }
+  if (const std::int64_t period = periodAt(before - 1); same->times != 0 && period > same->periods) {
+    // The first period may be cut by the start, the last one by `before`; the ones between are full.
+    if (!add(m_start, periodStart(1))) { return std::nullopt; }
+    const std::int64_t full = (period - 1) / same->periods;
+    counted += full * same->times;
+    from = periodStart(1 + full * same->periods);
+  }
+  return add(from, before) ? std::optional(counted) : std::nullopt;
+}
+
+std::optional<LocalSeconds> CompiledRule::nth(std::int64_t n, ExpansionBudget& budget) const {
+  LocalSeconds from = m_start, found = kLastLocalSecond;
+  if (m_scaled) {
+    const bool done = m_scaled->walk(from, kLastLocalSecond + 1, budget, [&](LocalSeconds time) {
+      if (--n > 0) { return true; }
+      found = time;
+      return false;
+    });
+    return done ? std::optional(found) : std::nullopt;
+  }
+  const auto same = cycle(budget);
+  if (!same) { return std::nullopt; }
+  if (same->times != 0) {
+    const auto first = count(periodStart(1), budget);
+    if (!first) { return std::nullopt; }
+    if (n > *first) {
+      const std::int64_t full = (n - *first - 1) / same->times;
+      // A period is a second at least, and nothing starts before the year 0.
+      if (full > 2 * kLastLocalSecond / (same->periods * m_interval)) { return kLastLocalSecond; }
+      n -= *first + full * same->times;
+      from = periodStart(1 + full * same->periods);
+    }
+  }
+  const bool done = walkPeriods(from, kLastLocalSecond + 1, budget, [&](const Times& times) {
+    const std::int64_t first = times.before(from), here = times.size() - first;
+    if (n <= here) { found = std::min(times.at(first + n - 1), kLastLocalSecond); }
+    n -= here;
+    return n > 0;
+  });
+  return done ? std::optional(found) : std::nullopt;
 }
 
 }  // namespace orlocal::store

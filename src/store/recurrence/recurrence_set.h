@@ -83,4 +83,19 @@ struct CompiledRule::Times {
   }
 };
 
+template <class Visit>
+bool CompiledRule::walkPeriods(LocalSeconds from, LocalSeconds to, ExpansionBudget& budget, const Visit& visit) const {
+  Set set;
+  set.hours.fill(m_hours);
+  set.minutes.fill(m_minutes);
+  set.seconds.fill(m_seconds);
+  const bool positions = m_rare && !m_rare->positions.empty();
+  for (std::int64_t period = periodAt(from); periodStart(period) < to;) {
+    if (!budget.step(m_cost)) { return false; }
+    period = fill(period, set);
+    if (!visit(Times{set, positions ? &set.pick(m_rare->positions) : nullptr})) { return true; }
+  }
+  return true;
+}
+
 }  // namespace orlocal::store

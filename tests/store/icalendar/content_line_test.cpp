@@ -56,6 +56,22 @@ TEST(ContentLines, PassOverThoseThatHaveNoneOfTheNames) {
   EXPECT_EQ(met, (Texts{"4 UIDS:c", "5 begin:D", "7 UID;X=1:e"}));
 }
 
+TEST(ContentLine, HasSeparatorsInItsQuotes) {
+  const auto line = splitContentLine("ATTENDEE;CN=\"a;b:c\";X=\"d:\"\";\"e;Y=1:mailto:f", 1);
+  ASSERT_TRUE(line);
+  EXPECT_EQ(line->value, "mailto:f");
+  EXPECT_EQ(line->parameter("CN"), "a;b:c");
+  EXPECT_EQ(line->parameter("Y"), "1");
+  // A quote that is never closed is none.
+  EXPECT_EQ(splitContentLine("A;B=\"c:d", 1)->value, "d");
+}
+
+TEST(ContentLine, IsSplitInAStepHoweverManyQuotesItHas) {
+  std::string text = "A;B=";
+  for (int i = 0; i < 1'000'000; ++i) { text += "\"\""; }
+  EXPECT_EQ(splitContentLine(text + ":c", 1)->value, "c");
+}
+
 TEST(ContentLines, KeepWholeCharactersOfBrokenUtf8) { EXPECT_EQ(fromWindows1252("gr\xC3\xBC\xFF"), "grüÿ"); }
 
 TEST(ContentLines, ComeWithoutANameWhenTheyAreNone) {
