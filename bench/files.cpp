@@ -72,10 +72,11 @@ void expandYear(const std::filesystem::path& storeFile, const std::filesystem::p
   for (auto day = cctz::civil_day(2026, 1, 1); day.year() == 2026; day += kDaysTogether) {
     query.from = zone.toMoment(LocalTime(day));
     query.to = zone.toMoment(LocalTime(std::min(day + kDaysTogether, cctz::civil_day(2027, 1, 1))));
-    auto occurrences = orThrow(opened->occurrences(query));
     // Those that began before were added with the days before, but for those that began before the year.
-    if (!std::exchange(first, false)) {
-      std::erase_if(occurrences, [&](const Occurrence& occurrence) { return occurrence.start < *query.from; });
+    const bool all = std::exchange(first, false);
+    std::vector<Occurrence> occurrences;
+    for (const Occurrence& occurrence : orThrow(opened->occurrences(query))) {
+      if (all || occurrence.start >= *query.from) { occurrences.push_back(occurrence); }
     }
     addRows(writer, *opened, occurrences);
   }
