@@ -1,7 +1,7 @@
 #include "store/model/occurrence_list.h"
 
 #include <algorithm>
-#include <limits>
+#include <bit>
 #include <numeric>
 #include <tuple>
 
@@ -12,21 +12,6 @@ OccurrenceList::OccurrenceList(const std::vector<Occurrence>& occurrences) {
   for (const Occurrence& occurrence : occurrences) { add(occurrence); }
 }
 
-void OccurrenceList::add(const Occurrence& occurrence) {
-  constexpr auto kMost = std::numeric_limits<std::uint32_t>::max();
-  const auto length = std::chrono::floor<std::chrono::seconds>(occurrence.end - occurrence.start);
-  const bool usual = occurrence.originalStart == occurrence.start && occurrence.event == occurrence.item &&
-                     occurrence.item > kUnusual && occurrence.item <= kMost && length.count() >= 0 &&
-                     length.count() <= kMost && occurrence.start + length == occurrence.end;
-  if (usual) {
-    m_entries.push_back(
-        {occurrence.start, static_cast<std::uint32_t>(length.count()), static_cast<std::uint32_t>(occurrence.item)});
-  } else {
-    m_entries.push_back({occurrence.start, static_cast<std::uint32_t>(m_unusual.size()), kUnusual});
-    m_unusual.push_back(occurrence);
-  }
-}
-
 void OccurrenceList::clear() {
   m_entries.clear();
   m_unusual.clear();
@@ -34,7 +19,7 @@ void OccurrenceList::clear() {
 
 bool OccurrenceList::comesBefore(const Entry& a, const Entry& b) const {
   if (a.start != b.start) { return a.start < b.start; }
-  if (a.item != kUnusual && b.item != kUnusual) { return std::tie(a.seconds, a.item) < std::tie(b.seconds, b.item); }
+  if (!a.isUnusual() && !b.isUnusual()) { return a.rest < b.rest; }
   const Occurrence first = whole(a), second = whole(b);
   return std::tie(first.end, first.event, first.item) < std::tie(second.end, second.event, second.item);
 }
@@ -54,10 +39,11 @@ void OccurrenceList::dealOut() {
   const auto [first, last] = std::minmax_element(m_entries.begin(), m_entries.end(),
                                                  [](const Entry& a, const Entry& b) { return a.start < b.start; });
   const Moment begin = first->start;
-  const std::int64_t length =
-      (last->start - begin).count() / static_cast<std::int64_t>(m_entries.size() / kInPiece) + 1;
+  // A power of two, as dividing would be most of the work.
+  const auto length = static_cast<std::uint64_t>((last->start - begin).count()) / (m_entries.size() / kInPiece);
+  const auto shift = static_cast<unsigned>(std::bit_width(length));
   const auto pieceOf = [&](const Entry& entry) {
-    return static_cast<std::size_t>((entry.start - begin).count() / length);
+    return static_cast<std::size_t>(static_cast<std::uint64_t>((entry.start - begin).count()) >> shift);
   };
   // Where each piece ends, then, as it is filled from its end, where it begins.
   std::vector<std::uint32_t> places(pieceOf(*last) + 2);

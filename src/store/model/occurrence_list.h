@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <vector>
 
 #include "store/model/occurrence.h"
@@ -29,7 +30,17 @@ class OccurrenceList {
   const_iterator begin() const;
   const_iterator end() const;
 
-  void add(const Occurrence& occurrence);
+  void add(const Occurrence& occurrence) {
+    constexpr std::int64_t kMost = std::numeric_limits<std::uint32_t>::max();
+    const std::int64_t length = (occurrence.end - occurrence.start).count();
+    const bool usual = occurrence.originalStart == occurrence.start && occurrence.event == occurrence.item &&
+                       occurrence.item > 0 && occurrence.item <= kMost && length >= 0 &&
+                       length <= kMost * kMicroseconds && length % kMicroseconds == 0;
+    const std::int64_t upper = usual ? length / kMicroseconds : static_cast<std::int64_t>(m_unusual.size());
+    const auto row = static_cast<std::uint64_t>(usual ? occurrence.item : 0);
+    m_entries.push_back({occurrence.start, static_cast<std::uint64_t>(upper) << 32U | row});
+    if (!usual) { m_unusual.push_back(occurrence); }
+  }
   /// By start, end, event and item: identifiers are given out in the order of the rows.
   void sort();
   void clear();
@@ -39,19 +50,23 @@ class OccurrenceList {
  private:
   struct Entry {
     Moment start;
-    std::uint32_t seconds;  ///< from start to end; of an unusual one its place
-    std::uint32_t item;
+    /// Seconds from start to end, then the row in the lower half: entries of one start stand in this order. Of an
+    /// unusual one its place and 0, as no row has that number.
+    std::uint64_t rest;
+
+    std::uint32_t row() const { return static_cast<std::uint32_t>(rest); }
+    std::uint32_t seconds() const { return static_cast<std::uint32_t>(rest >> 32U); }
+    bool isUnusual() const { return row() == 0; }
   };
-  /// No row has this number.
-  static constexpr std::uint32_t kUnusual = 0;
 
   Occurrence whole(const Entry& entry) const {
-    if (entry.item == kUnusual) { return m_unusual[entry.seconds]; }
-    return {entry.start, entry.start + std::chrono::seconds(entry.seconds), entry.start, entry.item, entry.item};
+    if (entry.isUnusual()) { return m_unusual[entry.seconds()]; }
+    return {entry.start, entry.start + std::chrono::seconds(entry.seconds()), entry.start, entry.row(), entry.row()};
   }
   bool comesBefore(const Entry& a, const Entry& b) const;
   void dealOut();
 
+  static constexpr std::int64_t kMicroseconds = 1'000'000;  ///< in a second
   std::vector<Entry> m_entries;
   std::vector<Occurrence> m_unusual;
 };

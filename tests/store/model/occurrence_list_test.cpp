@@ -1,5 +1,9 @@
 #include "store/model/occurrence_list.h"
 
+#include <algorithm>
+#include <random>
+#include <tuple>
+
 #include "store/store_fixture.h"
 
 namespace orlocal::store {
@@ -47,6 +51,32 @@ TEST(OccurrenceList, KeepsWhatHardlyEverIs) {
   Occurrence noRow = usual();
   noRow.item = noRow.event = 0;
   expectKept({long_, fraction, startsInFraction, endsBefore, farRow, noRow});
+}
+
+TEST(OccurrenceList, SortsByStartEndEventAndRow) {
+  std::mt19937 random(5);
+  const auto pick = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
+  for (const int count : {0, 1, 2, 63, 64, 65, 66, 500, 20'000}) {
+    for (const int spread : {0, 3, 100'000}) {
+      std::vector<Occurrence> expected;
+      OccurrenceList list;
+      for (int i = 0; i < count; ++i) {
+        Occurrence each = usual();
+        each.start = each.originalStart = each.start + minutes(15 * pick(0, spread));
+        each.end = each.start + minutes(30 * pick(0, 3));
+        each.item = each.event = pick(1, 1000);
+        if (pick(0, 9) == 0) { each.event = pick(1, 1000); }
+        if (pick(0, 99) == 0) { each.end += microseconds(pick(0, 5)); }
+        expected.push_back(each);
+        list.add(each);
+      }
+      std::sort(expected.begin(), expected.end(), [](const Occurrence& a, const Occurrence& b) {
+        return std::tie(a.start, a.end, a.event, a.item) < std::tie(b.start, b.end, b.event, b.item);
+      });
+      list.sort();
+      EXPECT_TRUE(list == expected) << count << " in " << spread;
+    }
+  }
 }
 
 }  // namespace
