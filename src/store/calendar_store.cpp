@@ -59,9 +59,7 @@ Status CalendarStore::saveCalendar(Calendar& calendar, CalendarFields set) {
 
 Status CalendarStore::removeCalendar(std::string_view identifier) { return CalendarEdits(*m_core).remove(identifier); }
 
-Result<OccurrenceList> CalendarStore::occurrences(const EventQuery& query) {
-  return m_queries->occurrences(query);
-}
+Result<OccurrenceList> CalendarStore::occurrences(const EventQuery& query) { return m_queries->occurrences(query); }
 
 Result<std::vector<ItemId>> CalendarStore::reminders(const ReminderQuery& query) { return m_queries->reminders(query); }
 
