@@ -23,7 +23,7 @@ class DayWheel {
     ItemId item = 0;
     CalendarId calendar = 0;
     std::uint32_t number = 0;
-    bool hasExclusions = false;
+    std::uint32_t exclusions = 0;
   };
 
   DayWheel() : m_slots(DayPattern::kSlots) {}

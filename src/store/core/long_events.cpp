@@ -100,21 +100,28 @@ void LongEvents::addPlain(const TimelineEntry& entry, const PlainSeries& series,
     added.item = entry.item;
     added.calendar = entry.calendar;
     added.number = place.number + place.count++;
-    added.hasExclusions = !excluded.empty();
-    if (added.hasExclusions) { m_exclusions[added.number] = excluded; }
+    added.exclusions = addExclusions(excluded);
     wheel.days.add(added);
     m_gone.push_back(false);
   };
   if (series.start) {
     const DayNumber day = dayOf(*series.start);
-    add(DayPattern(), day, day, *series.start - day * kSecondsPerDay, {});
+    add(DayPattern::onDateOf(day), day, day, *series.start - day * kSecondsPerDay, {});
   }
   add(series.days, series.firstDay, series.lastDay, series.timeOfDay, series.excluded);
 }
 
-bool LongEvents::isExcluded(std::uint32_t number, LocalSeconds local) const {
-  const auto& days = m_exclusions.at(number);
-  return std::binary_search(days.begin(), days.end(), dayOf(local));
+std::uint32_t LongEvents::addExclusions(const std::vector<DayNumber>& days) {
+  if (days.empty()) { return 0; }
+  const auto place = static_cast<std::uint32_t>(m_exclusions.size());
+  m_exclusions.push_back(static_cast<std::int32_t>(days.size()));
+  for (const DayNumber day : days) { m_exclusions.push_back(static_cast<std::int32_t>(day)); }
+  return place;
+}
+
+bool LongEvents::isExcluded(std::uint32_t exclusions, LocalSeconds local) const {
+  const auto first = m_exclusions.begin() + exclusions + 1;
+  return std::binary_search(first, first + m_exclusions[exclusions], dayOf(local));
 }
 
 Status LongEvents::visitOthers(const TimelineRange& range, const Timeline::Visitor& visit) const {
@@ -141,17 +148,14 @@ void LongEvents::remove(ItemId item) {
     m_others[place.number].item = 0;
     return;
   }
-  for (std::uint32_t number = place.number; number < place.number + place.count; ++number) {
-    m_gone[number] = true;
-    m_exclusions.erase(number);
-  }
+  for (std::uint32_t number = place.number; number < place.number + place.count; ++number) { m_gone[number] = true; }
 }
 
 void LongEvents::forgetAll() {
   m_read.clear();
   m_wheels.clear();
   m_gone.clear();
-  m_exclusions.clear();
+  m_exclusions = {0};
   m_others.clear();
   m_places.clear();
   m_changed.clear();

@@ -26,8 +26,8 @@ namespace orlocal::store {
 /// and long events that come once, are met by every range that they may overlap.
 class LongEvents {
  public:
-  /// What spans more is answered without this: too much would be kept for one answer.
-  static constexpr std::chrono::days kLongestRange{3'660};
+  /// What spans more is answered without this: a rule that comes once in years would be asked about each of its days.
+  static constexpr std::chrono::days kLongestRange{400};
 
   LongEvents(Timeline& timeline, ItemRows& rows, SeriesCache& series)
       : m_timeline(timeline), m_rows(rows), m_series(series) {}
@@ -74,16 +74,20 @@ class LongEvents {
   void addPlain(const TimelineEntry& entry, const PlainSeries& series, std::int64_t longest);
   void addOther(const TimelineEntry& entry);
   void remove(ItemId item);
-  bool isExcluded(std::uint32_t number, LocalSeconds local) const;
+  /// Keeps the days that do not count; gives their place.
+  std::uint32_t addExclusions(const std::vector<DayNumber>& days);
+  bool isExcluded(std::uint32_t exclusions, LocalSeconds local) const;
 
   Timeline& m_timeline;
   ItemRows& m_rows;
   SeriesCache& m_series;
   std::map<std::int64_t, ReadParts> m_read;  ///< of each shelf: starts
   std::map<WheelKey, Wheel> m_wheels;
-  std::vector<bool> m_gone;                                                ///< whether an entry no longer counts
-  std::unordered_map<std::uint32_t, std::vector<DayNumber>> m_exclusions;  ///< of entries that have some
-  std::vector<TimelineEntry> m_others;                                     ///< item 0: no longer counts
+  std::vector<bool> m_gone;  ///< whether an entry no longer counts
+  /// Of all entries, as lists of their own would lie all over memory: at the place of each how many, then the days. At
+  /// 0 those of entries that have none.
+  std::vector<std::int32_t> m_exclusions{0};
+  std::vector<TimelineEntry> m_others;  ///< item 0: no longer counts
   std::unordered_map<ItemId, Place> m_places;
   std::vector<ItemId> m_changed;  ///< to be looked at before the next answer
   std::size_t m_useless = 0;
@@ -91,17 +95,19 @@ class LongEvents {
 
 template <class Visit>
 void LongEvents::visitPlain(Moment from, Moment to, const Visit& visit) {
-  for (auto& [key, wheel] : m_wheels) {
+  for (auto& each : m_wheels) {
+    const WheelKey& key = each.first;
+    Wheel& wheel = each.second;
     // What goes on at `from` began so much before it: whole days on the wall clock, others by the moment.
     const LocalSeconds low = key.allDay ? earliestLocal(key.zone, from) - key.longest
                                         : earliestLocal(key.zone, from - std::chrono::seconds(key.longest));
     const LocalSeconds high = latestLocal(key.zone, to);
-    wheel.days.visit(low, high, [&, &clocks = wheel](LocalSeconds local, const DayWheel::Entry& entry) {
-      const Moment start = clocks.starts.toMoment(local);
+    wheel.days.visit(low, high, [&](LocalSeconds local, const DayWheel::Entry& entry) {
+      const Moment start = wheel.starts.toMoment(local);
       const Moment end =
-          key.allDay ? clocks.ends.toMoment(local + entry.length) : start + std::chrono::seconds(entry.length);
+          key.allDay ? wheel.ends.toMoment(local + entry.length) : start + std::chrono::seconds(entry.length);
       if (start >= to || (end <= from && start < from) || m_gone[entry.number]) { return; }
-      if (entry.hasExclusions && isExcluded(entry.number, local)) { return; }
+      if (entry.exclusions != 0 && isExcluded(entry.exclusions, local)) { return; }
       visit(entry.calendar, Occurrence{start, end, start, entry.item, entry.item});
     });
   }

@@ -37,6 +37,14 @@ DayParts::DayParts(DayNumber day) : number(day), weekDay(weekDayOf(day)) {
   monthLength = orlocal::monthLength(year, month);
 }
 
+DayPattern DayPattern::onDateOf(DayNumber day) {
+  const DayParts parts(day);
+  DayPattern pattern;
+  pattern.m_months = static_cast<std::uint16_t>(1U << parts.month);
+  pattern.m_monthDays = 1U << parts.inMonth;
+  return pattern;
+}
+
 bool DayPattern::takesPeriod(const DayParts& day) const {
   if (m_interval == 1) { return true; }
   switch (m_unit) {
@@ -124,11 +132,9 @@ std::optional<DayPattern> CompiledRule::dayPattern() const {
   pattern.m_monthDaysFromEnd = m_monthDaysFromEnd;
   // With no day at all the start's own comes back: each month, or each year.
   if (m_frequency >= Frequency::kMonthly && !hasMonthDays() && !hasWeekDays()) {
-    const DayParts start(dayOf(m_start));
-    pattern.m_monthDays = 1U << start.inMonth;
-    if (m_frequency == Frequency::kYearly && m_months == 0) {
-      pattern.m_months = static_cast<std::uint16_t>(1U << start.month);
-    }
+    const DayPattern start = DayPattern::onDateOf(dayOf(m_start));
+    pattern.m_monthDays = start.m_monthDays;
+    if (m_frequency == Frequency::kYearly && m_months == 0) { pattern.m_months = start.m_months; }
   }
   return pattern;
 }

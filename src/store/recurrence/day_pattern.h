@@ -32,6 +32,8 @@ class DayPattern {
 
   /// That takes every day.
   DayPattern() = default;
+  /// That takes this date of every year.
+  static DayPattern onDateOf(DayNumber day);
 
   /// Whether the rule comes on `day`, which does not lie before its first one.
   bool takes(const DayParts& day) const;

@@ -87,6 +87,14 @@ TEST(DayPattern, IsForRulesOfOneTimeADayThatLookAtNothingElse) {
   EXPECT_EQ(compiled("FREQ=DAILY;BYHOUR=17", "20240131T093015").timeOfDay(), 17 * 3600 + 30 * 60 + 15);
 }
 
+TEST(DayPattern, OfADateTakesItEveryYear) {
+  const DayPattern pattern = DayPattern::onDateOf(dayNumber(2026, 11, 23));
+  EXPECT_TRUE(pattern.takes(DayParts(dayNumber(2026, 11, 23))));
+  EXPECT_TRUE(pattern.takes(DayParts(dayNumber(2027, 11, 23))));
+  EXPECT_FALSE(pattern.takes(DayParts(dayNumber(2026, 11, 24))));
+  EXPECT_EQ(pattern.slots(), std::vector<int>{DayPattern::slotsOf(DayParts(dayNumber(2026, 11, 23))).back()});
+}
+
 TEST(DayPattern, OfNothingTakesEveryDay) {
   EXPECT_TRUE(DayPattern().takes(DayParts(dayNumber(2026, 11, 23))));
   EXPECT_EQ(DayPattern().slots(), std::vector<int>{DayPattern::slotsOf(DayParts(0)).front()});
