@@ -39,7 +39,7 @@ RecurrenceRule randomRule(std::mt19937& random) {
 TEST(DayPattern, TakesTheDaysThatTheRuleMakes) {
   std::mt19937 random(20261123);
   int compared = 0, taken = 0;
-  for (int i = 0; i < 1500; ++i) {
+  for (int i = 0; i < 600; ++i) {
     const RecurrenceRule rule = randomRule(random);
     const LocalSeconds start =
         secondsOf("20240131T093000") + static_cast<LocalSeconds>(random() % 400) * kSecondsPerDay;
@@ -62,8 +62,8 @@ TEST(DayPattern, TakesTheDaysThatTheRuleMakes) {
       ASSERT_EQ(shared, 1) << ruleText(rule) << " on " << day;
     }
   }
-  EXPECT_GT(compared, 1000);
-  EXPECT_GT(taken, 50'000);
+  EXPECT_GT(compared, 400);
+  EXPECT_GT(taken, 15'000);
 }
 
 TEST(DayPattern, NamesEachSlotOnce) {
