@@ -14,6 +14,8 @@ import time
 from dataclasses import dataclass, field
 from pathlib import Path
 
+import dateutil
+
 import answers
 from judge import judge
 
@@ -31,9 +33,13 @@ class Peer:
     ours: str  # what of ours stands beside it
     package: str
     command: list
-    needs: Path
+    needs: list  # files without which it is not there
     answer: callable
     tasks: tuple
+
+
+class LeftOut(Exception):
+    """Says why a peer has no figures."""
 
 
 @dataclass
@@ -48,23 +54,26 @@ def peers(build):
     library, program = ("import", "month", "warm", "add"), ("import", "month", "add")
     script = lambda name: ["sh", str(HERE / name)]
     tool = lambda name: Path(shutil.which(name) or "/nowhere/" + name)
+    server = Path("/usr/share/dbus-1/services/org.gnome.evolution.dataserver.Calendar8.service")
     return [
-        Peer("our store", "our store", "", [build / "ours"], build / "ours", answers.from_library, library),
-        Peer("libical", "our store", "libical3", [build / "libical"], build / "libical", answers.from_library, library),
+        Peer("our store", "our store", "", [build / "ours"], [build / "ours"], answers.from_library, library),
+        Peer("libical", "our store", "libical3", [build / "libical"], [build / "libical"], answers.from_library,
+             library),
         Peer("KCalendarCore", "our store", "libkf5calendarcore5abi2", [build / "kcalendarcore"],
-             build / "kcalendarcore", answers.from_library, library),
-        Peer("Evolution Data Server", "our store", "evolution-data-server", script("eds.sh"), build / "eds",
-             answers.from_library, library + ("again",)),
-        Peer("orlocal", "orlocal", "", script("orlocal.sh"), build / "orlocal/orlocal", answers.from_orlocal, program),
-        Peer("calcurse", "orlocal", "calcurse", script("calcurse.sh"), tool("calcurse"), answers.from_calcurse,
+             [build / "kcalendarcore"], answers.from_library, library),
+        Peer("Evolution Data Server", "our store", "evolution-data-server", script("eds.sh"),
+             [build / "eds", server, tool("dbus-run-session")], answers.from_library, library + ("again",)),
+        Peer("orlocal", "orlocal", "", script("orlocal.sh"), [build / "orlocal/orlocal"], answers.from_orlocal,
              program),
-        Peer("khal", "orlocal", "khal", script("khal.sh"), tool("khal"), answers.from_khal, program),
+        Peer("calcurse", "orlocal", "calcurse", script("calcurse.sh"), [tool("calcurse")], answers.from_calcurse,
+             program),
+        Peer("khal", "orlocal", "khal", script("khal.sh"), [tool("khal")], answers.from_khal, program),
     ]
 
 
 def perform(peer, folder, *task):
-    """Runs a task in a process of its own: what it printed, seconds, processor time, peak in KiB; None past our
-    patience. The processor time of servers is not in it."""
+    """Runs a task in a process of its own: what it printed, seconds, processor time, peak in KiB. Servers are not
+    in the last two."""
     memory = folder.parent / "memory"
     command = ["/usr/bin/time", "-q", "-f", "%M", "-o", memory, *peer.command, folder, *task]
     before, begun = resource.getrusage(resource.RUSAGE_CHILDREN), time.monotonic()
@@ -75,10 +84,10 @@ def perform(peer, folder, *task):
     except subprocess.TimeoutExpired:
         os.killpg(child.pid, signal.SIGKILL)
         child.communicate()
-        return None
+        raise LeftOut(f"it had not done the task {task[0]} after {PATIENCE} s") from None
     passed, after = time.monotonic() - begun, resource.getrusage(resource.RUSAGE_CHILDREN)
     if child.returncode != 0:
-        sys.exit(f"{peer.name}: the task {task[0]} failed with status {child.returncode}")
+        raise LeftOut(f"the task {task[0]} failed with status {child.returncode}")
     processor = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
     return printed, passed, processor, float(memory.read_text().split()[-1])
 
@@ -88,17 +97,15 @@ def timed_within(printed):
 
 
 def run_round(peer, figures, folder, file, one_event, first):
-    """One round of all tasks. False when the import took too long."""
+    """One round of all tasks."""
     note = lambda task, seconds: figures.seconds.setdefault(task, []).append(seconds)
     spent = lambda task, seconds: figures.processor.setdefault(task, []).append(seconds)
     if first or figures.seconds["import"][0] < AGAIN_WITHIN:
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir()
-        done = perform(peer, folder, "import", file)
-        if done is None:
-            return False
-        note("import", done[1])
-        spent("import", done[2])
+        _, seconds, processor, _ = perform(peer, folder, "import", file)
+        note("import", seconds)
+        spent("import", processor)
     printed, seconds, processor, peak = perform(peer, folder, "month")
     note("month", seconds)
     spent("month", processor)
@@ -113,7 +120,6 @@ def run_round(peer, figures, folder, file, one_event, first):
         figures.seconds.setdefault("add", []).extend(timed_within(perform(peer, folder, "add", "3")[0]))
     else:
         note("add", perform(peer, folder, "add", one_event)[1])
-    return True
 
 
 ONE_EVENT = ("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Orlocal//Measurements//EN\r\nBEGIN:VEVENT\r\n"
@@ -122,8 +128,9 @@ ONE_EVENT = ("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Orlocal//Measurements/
              "END:VEVENT\r\nEND:VCALENDAR\r\n")
 
 
-def measure(found, build, work, size, rounds, too_slow):
-    """Peers take turns in each round, so that a slow minute of the machine meets all of them."""
+def measure(found, build, work, size, rounds, left_out):
+    """Peers take turns in each round, so that a slow minute of the machine meets all of them. Those that failed, or
+    would be too slow at the next size, are added to `left_out`."""
     file = work / f"{size}.ics"
     subprocess.run([build / "make_file", file, str(size)], check=True)
     results = {}
@@ -131,17 +138,19 @@ def measure(found, build, work, size, rounds, too_slow):
         one_event = work / "one.ics"
         one_event.write_text(ONE_EVENT.format(number), newline="")
         for peer in found:
-            if peer.name in too_slow:
+            if peer.name in left_out:
                 continue
             print(f"{size} events, round {number + 1} of {rounds}: {peer.name}", file=sys.stderr, flush=True)
             figures = results.setdefault(peer.name, Figures())
             folder = work / re.sub(r"\W", "-", f"{peer.name}-{size}")
-            if not run_round(peer, figures, folder, file, one_event, number == 0):
-                too_slow[peer.name] = f"its import of {size:,} events was stopped after {PATIENCE} s"
+            try:
+                run_round(peer, figures, folder, file, one_event, number == 0)
+            except LeftOut as reason:
+                left_out[peer.name] = f"{reason} with {size:,} events"
                 del results[peer.name]
     for name, figures in results.items():
         if 10 * figures.seconds["import"][0] > PATIENCE:
-            too_slow[name] = f"its import of {size:,} events took {figures.seconds['import'][0]:.0f} s"
+            left_out[name] = f"its import of {size:,} events took {figures.seconds['import'][0]:.0f} s"
     return file, results
 
 
@@ -196,7 +205,7 @@ def counts_table(found, results, verdict):
 
 def start_alone(work):
     """What of each time that is taken from outside is no work: seconds in which a program starts and ends."""
-    nothing = Peer("true", "", "", ["true"], None, None, ())
+    nothing = Peer("true", "", "", ["true"], [], None, ())
     return statistics.median(perform(nothing, work / "nothing", "")[1] for _ in range(20))
 
 
@@ -236,22 +245,22 @@ def main():
 
     os.environ["ORLOCAL"] = str(options.build / "orlocal/orlocal")
     os.environ["EDS"] = str(options.build / "eds")
-    found, lines, too_slow = [], [], {}
+    found, lines, left_out = [], [], {}
     for peer in peers(options.build):
         if options.only and peer.name != peer.ours and peer.name not in options.only.split(","):
             continue
-        if peer.needs.exists():
+        if all(file.exists() for file in peer.needs):
             found.append(peer)
         else:
             lines.append(f"{peer.name} is left out: it is not installed (`sh bench/peers/install.sh`).\n")
     versions = ", ".join(f"{peer.name} {version(peer.package)}" for peer in found if peer.package)
     lines.append(f"Measured on {time.strftime('%Y-%m-%d')}, on {os.cpu_count()} hardware threads, with {versions}; "
-                 f"python-dateutil {version('python3-dateutil')} judges. Medians (low to high) of {options.rounds} "
+                 f"python-dateutil {dateutil.__version__} judges. Medians (low to high) of {options.rounds} "
                  "rounds, of one at 100,000 events; in bold the ratio to ours.\n")
     loads = [os.getloadavg()[0]]
     for size in map(int, options.sizes.split(",")):
         rounds = options.rounds if size < 100_000 else 1
-        file, results = measure(found, options.build, options.work, size, rounds, too_slow)
+        file, results = measure(found, options.build, options.work, size, rounds, left_out)
         verdict = judge(file)
         loads.append(os.getloadavg()[0])
         lines += [f"### {size:,} events\n", *times_table(found, results, "seconds"), "",
@@ -259,7 +268,7 @@ def main():
                   *times_table(found, results, "processor"), "",
                   f"Occurrences of November 2026; {len(verdict.undefined):,} series start at a time that their rule "
                   "does not have:\n", *counts_table(found, results, verdict), ""]
-        lines += [f"{name} is left out: {why}.\n" for name, why in too_slow.items() if name not in results]
+        lines += [f"{name} is left out: {why}.\n" for name, why in left_out.items() if name not in results]
         if options.differences:
             options.differences.mkdir(exist_ok=True)
             differences(results, verdict, options.differences)

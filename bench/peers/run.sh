@@ -4,6 +4,7 @@
 set -eu
 root=$(cd "$(dirname "$0")/../.." && pwd)
 build="$root/build/peers"
+[ -x /usr/bin/time ] || { echo "run.sh: the package 'time' is missing; bench/peers/install.sh installs it" >&2; exit 1; }
 cmake -S "$root/bench/peers" -B "$build" -G Ninja | grep 'not built' || :
 cmake --build "$build" -- --quiet
 work=$(mktemp -d)
