@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <set>
 #include <stdexcept>
 
@@ -60,6 +61,9 @@ class DataServer : public Library {
   std::vector<Entry> between(std::int64_t from, std::int64_t to) override {
     std::vector<Entry> entries;
     e_cal_client_generate_instances_sync(m_client, from, to, nullptr, take, &entries);
+    // It counts what ends where the range begins.
+    entries.erase(std::remove_if(entries.begin(), entries.end(), [=](const Entry& each) { return each.end <= from; }),
+                  entries.end());
     return entries;
   }
 

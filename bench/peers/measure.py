@@ -20,8 +20,8 @@ import answers
 from judge import judge
 
 HERE = Path(__file__).resolve().parent
-# Seconds that we wait for one task. What would take longer at the next size is left out there.
-PATIENCE = 600
+PATIENCE = 600  # seconds that we wait for one task
+WORTHWHILE = 120  # seconds; whose import would take longer at ten times the size is left out there
 AGAIN_WITHIN = 20  # an import that takes longer is done once
 TASKS = {"import": "import of the file", "month": "month, cold", "again": "month, cold, its servers running",
          "warm": "month, warm", "add": "add an event"}
@@ -149,7 +149,7 @@ def measure(found, build, work, size, rounds, left_out):
                 left_out[peer.name] = f"{reason} with {size:,} events"
                 del results[peer.name]
     for name, figures in results.items():
-        if 10 * figures.seconds["import"][0] > PATIENCE:
+        if 10 * figures.seconds["import"][0] > WORTHWHILE:
             left_out[name] = f"its import of {size:,} events took {figures.seconds['import'][0]:.0f} s"
     return file, results
 
