@@ -167,7 +167,10 @@ def cell(times, floor):
     text = shown(median)
     if len(times) > 1:
         text += f" ({shown(min(times))} to {shown(max(times))})"
-    return text + (f", **{median / statistics.median(floor):.3g}**" if floor is not None and floor is not times else "")
+    if floor is None or floor is times:
+        return text
+    ratio = median / statistics.median(floor)
+    return text + (f", **{ratio:.0f}**" if ratio >= 100 else f", **{ratio:.3g}**")
 
 
 def times_table(found, results, kind):
