@@ -21,9 +21,10 @@ constexpr std::int64_t kWheelLengths[] = {30 * kMinute, kHour,      2 * kHour,  
 
 }  // namespace
 
-Status LongEvents::cover(const TimelineRange& range) {
+Result<bool> LongEvents::cover(const TimelineRange& range) {
   if (m_changed.size() > kMostChanged || m_useless > m_places.size() + kMostChanged) { forgetAll(); }
-  ORLOCAL_CHECK(placeChanged());
+  ORLOCAL_TRY(const bool changedOnes, placeChanged());
+  if (!changedOnes) { return false; }
   std::vector<TimelineEntry> found;
   const auto stretches = Timeline::longStretches(range);
   for (const Timeline::Stretch& stretch : stretches) {
@@ -44,41 +45,48 @@ Status LongEvents::cover(const TimelineRange& range) {
     forgetAll();
     return cover(range);
   }
-  for (const TimelineEntry& entry : found) { ORLOCAL_CHECK(place(entry)); }
+  for (const TimelineEntry& entry : found) {
+    ORLOCAL_TRY(const bool placed, place(entry));
+    if (!placed) { return false; }
+  }
   for (const Timeline::Stretch& stretch : stretches) { m_read[stretch.shelf].add({stretch.from, stretch.to}); }
-  return {};
+  return true;
 }
 
-Status LongEvents::placeChanged() {
+Result<bool> LongEvents::placeChanged() {
   std::sort(m_changed.begin(), m_changed.end());
   m_changed.erase(std::unique(m_changed.begin(), m_changed.end()), m_changed.end());
   while (!m_changed.empty()) {
     const ItemId item = m_changed.back();
+    bool placed = true;
     ORLOCAL_TRY(const auto row, m_rows.place(item));
     if (row && Timeline::isLong(row->shelf)) {
       ORLOCAL_TRY(const auto entry, m_timeline.entryAt(item, row->shelf, row->shelfStart));
-      if (entry) { ORLOCAL_CHECK(place(*entry)); }
+      if (entry) { ORLOCAL_TRY(placed, place(*entry)); }
     }
     m_changed.pop_back();
+    if (!placed) { return false; }
   }
-  return {};
+  return true;
 }
 
-Status LongEvents::place(const TimelineEntry& entry) {
-  if (!entry.repeats) { return addOther(entry), Status(); }
+Result<bool> LongEvents::place(const TimelineEntry& entry) {
+  const auto isOther = [&] { return addOther(entry), true; };
+  if (!entry.repeats) { return isOther(); }
   auto series = m_series.compiled(entry.item);
   if (!series) {
-    // Why a series cannot be followed is told by the query that meets it.
     const ErrorCode code = series.error().code;
     if (code == ErrorCode::kCorrupt || code == ErrorCode::kIo) { return failure(series.error()); }
-    return addOther(entry), Status();
+    return !isOther();
   }
-  const auto plain = *series ? (*series)->plain() : std::nullopt;
+  if (!*series) { return isOther(); }
+  const auto plain = (*series)->plain();
   const auto* const longest = plain
                                   ? std::lower_bound(std::begin(kWheelLengths), std::end(kWheelLengths), plain->length)
                                   : std::end(kWheelLengths);
-  if (longest == std::end(kWheelLengths)) { return addOther(entry), Status(); }
-  return addPlain(entry, *plain, *longest), Status();
+  if (longest != std::end(kWheelLengths)) { return addPlain(entry, *plain, *longest), true; }
+  m_series.keep(entry.item, std::move(**series));
+  return isOther();
 }
 
 void LongEvents::addOther(const TimelineEntry& entry) {

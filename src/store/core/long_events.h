@@ -32,8 +32,9 @@ class LongEvents {
   LongEvents(Timeline& timeline, ItemRows& rows, SeriesCache& series)
       : m_timeline(timeline), m_rows(rows), m_series(series) {}
 
-  /// Reads what may overlap the range and is not here yet. Inside a read transaction.
-  Status cover(const TimelineRange& range);
+  /// Reads what may overlap the range and is not here yet. Inside a read transaction. False when one of the series
+  /// cannot be followed: who asks the timeline learns whether it matters to him, and the next call goes on from there.
+  Result<bool> cover(const TimelineRange& range);
 
   /// The rest is for ranges that are covered.
   /// Calls `visit(CalendarId, const Occurrence&)` for the occurrences of plain series that overlap [from, to), whoever
@@ -69,8 +70,9 @@ class LongEvents {
     std::uint32_t count = 1;  ///< of entries: its start has one of its own where its rule does not make it
   };
 
-  Status placeChanged();
-  Status place(const TimelineEntry& entry);
+  // False as above.
+  Result<bool> placeChanged();
+  Result<bool> place(const TimelineEntry& entry);
   void addPlain(const TimelineEntry& entry, const PlainSeries& series, std::int64_t longest);
   void addOther(const TimelineEntry& entry);
   void remove(ItemId item);

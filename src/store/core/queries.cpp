@@ -75,13 +75,13 @@ class Gathering {
     const auto takeEntry = [&](const TimelineEntry& entry) { return take(entry); };
     const TimelineRange range = m_range.onTimeline(m_core.options.viewer);
     if (m_core.options.keepsLongEvents && m_range.to - m_range.from <= LongEvents::kLongestRange) {
-      ORLOCAL_CHECK(m_core.longEvents.cover(range));
-      if (takePlain()) {
+      ORLOCAL_TRY(const bool covered, m_core.longEvents.cover(range));
+      if (covered && takePlain()) {
         ORLOCAL_CHECK(m_core.timeline.visitShortEvents(range, takeEntry));
         ORLOCAL_CHECK(m_core.longEvents.visitOthers(range, takeEntry));
         return finished();
       }
-      // The answer is too large: followed one by one the series tell which of them has most of it.
+      // A series cannot be followed, or the answer is too large: asked one by one they tell which of them it is.
       m_found.clear();
     }
     ORLOCAL_CHECK(m_core.timeline.visitEvents(range, takeEntry));

@@ -26,12 +26,17 @@ Result<std::optional<Series>> SeriesCache::compiled(ItemId id) {
   return std::optional(std::move(series));
 }
 
+void SeriesCache::keep(ItemId id, Series series) {
+  if (m_series.size() >= kKeptSeries) { m_series.clear(); }
+  m_series.insert_or_assign(id, std::move(series));
+}
+
 Result<const Series*> SeriesCache::of(ItemId id) {
   if (const auto found = m_series.find(id); found != m_series.end()) { return &found->second; }
   ORLOCAL_TRY(auto series, compiled(id));
   if (!series) { return nullptr; }
-  if (m_series.size() >= kKeptSeries) { m_series.clear(); }
-  return &m_series.emplace(id, std::move(*series)).first->second;
+  keep(id, std::move(*series));
+  return &m_series.at(id);
 }
 
 }  // namespace orlocal::store

@@ -17,6 +17,7 @@ class SeriesCache {
   Result<const Series*> of(ItemId id);
   /// The same, made anew and not kept.
   Result<std::optional<Series>> compiled(ItemId id);
+  void keep(ItemId id, Series series);
   void forget(ItemId id) { m_series.erase(id); }
   void forgetAll() { m_series.clear(); }
 
