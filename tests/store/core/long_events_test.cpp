@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 
 #include "store/edits/item_writer.h"
+#include "store/file/sqlite.h"
+#include "store/rows/packing.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {
@@ -195,6 +197,32 @@ TEST_F(LongEventsTest, OfAChangeThatDidNotComeAboutNothingIsKept) {
     ASSERT_TRUE(writer->put(series.calendar, changed, none));
   }
   EXPECT_THAT(listed(at("2026-11-02 00:00"), at("2026-11-05 00:00")), ElementsAre("2026-11-02 09:00 stand-up"));
+}
+
+/// Nothing of this build writes a series that cannot be followed; another one, with other calendars at hand, may have.
+TEST_F(LongEventsTest, LeaveAloneWhatCannotBeFollowedAndIsNotAskedFor) {
+  const Calendar work = madeCalendar("Work");
+  Recurrence unknown;
+  unknown.rules = {rule(Frequency::kYearly)};
+  unknown.rules.front().scale = "MARTIAN";
+  PackedBytes packed;
+  packRecurrence(unknown, packed);
+  auto database = std::move(*Database::open(file, std::chrono::seconds(1)));
+  auto write = std::move(*database.prepare("UPDATE items SET recurrence = ? WHERE id = ?"));
+  for (int i = 0; i < 3; ++i) {
+    Item item = weekly("broken", "2026-11-02 09:00", "2026-11-02 09:15");
+    item.calendar = work.id;
+    ASSERT_TRUE(write.bindBlob(1, packed).bind(2, saved(item).id).run());
+  }
+  saved(weekly("stand-up", "2026-11-02 09:00", "2026-11-02 09:15"));
+  store = opened();
+  auto query = range(at("2026-11-02 00:00"), at("2026-11-16 00:00"));
+  query.calendars = {defaultCalendar()};
+  for (int i = 0; i < 5; ++i) { EXPECT_EQ(store->occurrences(query)->size(), 2u) << i; }
+  query.calendars = {work.id};
+  const auto found = store->occurrences(query);
+  ASSERT_FALSE(found);
+  EXPECT_THAT(found.error().message, testing::HasSubstr("\"broken\""));
 }
 
 TEST_F(LongEventsTest, TellWhichOneIsTooMuch) {
