@@ -28,6 +28,13 @@ inline CalendarTime utc(const std::string& text) { return {CalendarTime::Kind::k
 inline CalendarTime floating(const std::string& text) { return {CalendarTime::Kind::kFloating, local(text), ""}; }
 inline CalendarTime day(const std::string& text) { return {CalendarTime::Kind::kDate, local(text), ""}; }
 
+/// Times of that kind; whole days for as many days as `seconds` begins.
+inline void setTimes(Item& item, CalendarTime::Kind kind, const char* zone, LocalTime start, int seconds) {
+  const bool wholeDays = kind == CalendarTime::Kind::kDate;
+  item.start = CalendarTime{kind, wholeDays ? LocalTime(LocalDay(start)) : start, zone};
+  item.end = CalendarTime{kind, wholeDays ? LocalTime(LocalDay(start) + 1 + seconds / 86'400) : start + seconds, zone};
+}
+
 inline Zone berlinZone() { return *Zone::named("Europe/Berlin"); }
 /// Berlin's wall clock.
 inline Moment at(const std::string& text) { return berlinZone().toMoment(local(text)); }

@@ -6,11 +6,8 @@ namespace chrono = std::chrono;
 
 LocalTime localTime(LocalSeconds seconds) {
   // By the date's own arithmetic: adding to an epoch walks the years between.
-  const DayNumber day = dayOf(seconds);
-  const auto date = dateOf(day);
-  const int inDay = static_cast<int>(seconds - day * kSecondsPerDay);
-  return LocalTime(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
-                   static_cast<int>(static_cast<unsigned>(date.day())), inDay / 3600, inDay / 60 % 60, inDay % 60);
+  const CivilDateTime parts = civilDateTimeOf(seconds);
+  return LocalTime(parts.date.year, parts.date.month, parts.date.day, parts.hour, parts.minute, parts.second);
 }
 
 chrono::year_month_day dateOf(DayNumber day) {

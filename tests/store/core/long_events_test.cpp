@@ -82,27 +82,16 @@ Item LongEventsTest::randomItem() {
   const LocalTime start(2026, pick(8, 12), pick(1, 28), pick(0, 23), pick(0, 3) * 15, 0);
   const int length = kLengths[pick(0, 5)];
   Item item = event("item " + std::to_string(m_saved++), berlin("2026-11-02"), berlin("2026-11-02"));
-  const auto timed = [&](CalendarTime::Kind kind, const char* zone) {
-    item.start = CalendarTime{kind, start, zone};
-    item.end = CalendarTime{kind, start + length, zone};
-  };
-  switch (pick(0, 4)) {
-    case 0:
-      item.start = CalendarTime{CalendarTime::Kind::kDate, LocalTime(LocalDay(start)), ""};
-      item.end = CalendarTime{CalendarTime::Kind::kDate, LocalTime(LocalDay(start) + 1 + length / 86'400), ""};
-      break;
-    case 1:
-      timed(CalendarTime::Kind::kFloating, "");
-      break;
-    case 2:
-      timed(CalendarTime::Kind::kZoned, "America/New_York");
-      break;
-    case 3:
-      timed(CalendarTime::Kind::kZoned, "Pacific/Apia");
-      break;
-    default:
-      timed(CalendarTime::Kind::kUtc, "");
-  }
+  constexpr struct {
+    CalendarTime::Kind kind;
+    const char* zone;
+  } kClocks[] = {{CalendarTime::Kind::kDate, ""},
+                 {CalendarTime::Kind::kFloating, ""},
+                 {CalendarTime::Kind::kZoned, "America/New_York"},
+                 {CalendarTime::Kind::kZoned, "Pacific/Apia"},
+                 {CalendarTime::Kind::kUtc, ""}};
+  const auto& clock = kClocks[pick(0, 4)];
+  setTimes(item, clock.kind, clock.zone, start, length);
   if (pick(0, 3) != 0) { item.recurrence.rules = {randomRule()}; }
   return item;
 }

@@ -269,29 +269,21 @@ TEST_F(RangeQuery, AgreesWithLookingAtEverything) {
   auto writer = std::move(*store->startWriting());
   const CalendarId calendar = (*writer->defaultCalendar(CalendarKind::kEvents))->id;
   constexpr int kLengths[] = {0, 900, 3600, 7200, 90'000, 200'000, 3'000'000, 90'000'000};
+  constexpr struct {
+    CalendarTime::Kind kind;
+    const char* zone;
+  } kClocks[] = {{CalendarTime::Kind::kDate, ""},
+                 {CalendarTime::Kind::kFloating, ""},
+                 {CalendarTime::Kind::kZoned, "America/New_York"},
+                 {CalendarTime::Kind::kUtc, ""}};
   std::vector<Item> items;
   for (int i = 0; i < 600; ++i) {
     Item item;
     item.uid = "random-" + std::to_string(i);
     const LocalTime start = LocalTime(pick(2010, 2030), pick(1, 12), pick(1, 28), pick(0, 23), pick(0, 59), 0);
     const int length = kLengths[pick(0, 7)];
-    switch (pick(0, 3)) {
-      case 0:
-        item.start = CalendarTime{CalendarTime::Kind::kDate, LocalTime(LocalDay(start)), ""};
-        item.end = CalendarTime{CalendarTime::Kind::kDate, LocalTime(LocalDay(start) + 1 + length / 86'400), ""};
-        break;
-      case 1:
-        item.start = CalendarTime{CalendarTime::Kind::kFloating, start, ""};
-        item.end = CalendarTime{CalendarTime::Kind::kFloating, start + length, ""};
-        break;
-      case 2:
-        item.start = CalendarTime{CalendarTime::Kind::kZoned, start, "America/New_York"};
-        item.end = CalendarTime{CalendarTime::Kind::kZoned, start + length, "America/New_York"};
-        break;
-      default:
-        item.start = CalendarTime{CalendarTime::Kind::kUtc, start, ""};
-        item.end = CalendarTime{CalendarTime::Kind::kUtc, start + length, ""};
-    }
+    const auto& clock = kClocks[pick(0, 3)];
+    setTimes(item, clock.kind, clock.zone, start, length);
     if (pick(0, 2) == 0 && length < 4'000'000) {
       RecurrenceRule repeated = rule(static_cast<Frequency>(pick(3, 6)));
       repeated.interval = pick(1, 3);
