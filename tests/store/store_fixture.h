@@ -46,6 +46,17 @@ inline std::string shown(Moment moment) {
   return buffer;
 }
 
+/// SQL that makes a store's file one of an earlier version.
+inline std::string backToVersion(int version) {
+  std::string sql;
+  if (version < 3) {
+    for (const char* table : {"remotes", "mirrors", "resources", "unsent", "conflicts"}) {
+      sql += std::string("DROP TABLE ") + table + ";";
+    }
+  }
+  return sql + "PRAGMA user_version = " + std::to_string(version);
+}
+
 /// A store of its own in a folder of its own, seen from Berlin.
 class StoreTest : public testing::Test {
  protected:

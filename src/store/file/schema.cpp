@@ -60,6 +60,23 @@ CREATE TABLE contact_emails(
 )sql",
     // Packed recurrences may hold rules of other calendars and rules of exceptions; those that do not stay as they are.
     "",
+    // Calendars that hold events and reminders both, and what lies on servers.
+    R"sql(
+CREATE TABLE remotes(source INTEGER PRIMARY KEY, settings TEXT NOT NULL, state TEXT NOT NULL);
+CREATE TABLE mirrors(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, source INTEGER NOT NULL, calendar INTEGER NOT NULL, url TEXT NOT NULL,
+  state TEXT NOT NULL);
+CREATE TABLE resources(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, url TEXT NOT NULL, key TEXT NOT NULL,
+  etag TEXT NOT NULL, item INTEGER, uid TEXT NOT NULL, digest INTEGER NOT NULL, text TEXT NOT NULL, sent TEXT,
+  trouble TEXT);
+CREATE UNIQUE INDEX resources_by_key ON resources(mirror, key);
+CREATE INDEX resources_by_item ON resources(item) WHERE item IS NOT NULL;
+CREATE TABLE unsent(item INTEGER NOT NULL UNIQUE);
+CREATE TABLE conflicts(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, key TEXT NOT NULL, item INTEGER, title TEXT NOT NULL,
+  fields TEXT NOT NULL, mine TEXT, theirs TEXT, made INTEGER NOT NULL);
+)sql",
 };
 
 struct DefaultCalendar {
