@@ -40,6 +40,10 @@ Result<std::optional<Resource>> RemoteReader::resourceOf(ItemId item) {
   return inSnapshot(*m_store.m_core, [&](RemoteRows& rows) { return rows.resourceOf(item); });
 }
 
+Result<std::vector<ItemId>> RemoteReader::parts(ResourceId resource) {
+  return inSnapshot(*m_store.m_core, [&](RemoteRows& rows) { return rows.parts(resource); });
+}
+
 Result<std::vector<ItemId>> RemoteReader::unsent() {
   return inSnapshot(*m_store.m_core, [](RemoteRows& rows) { return rows.unsent(); });
 }

@@ -22,6 +22,7 @@ class RemoteReader {
   Result<std::vector<Resource>> resources(MirrorId mirror);
   Result<std::optional<Resource>> resource(MirrorId mirror, std::string_view key);
   Result<std::optional<Resource>> resourceOf(ItemId item);
+  Result<std::vector<ItemId>> parts(ResourceId resource);
   Result<std::vector<ItemId>> unsent();
   Result<std::int64_t> notedUpTo();
   Result<std::vector<Conflict>> conflicts();

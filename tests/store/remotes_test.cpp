@@ -56,6 +56,7 @@ TEST_F(RemotesTest, ComeBackAsTheyWereWritten) {
   resource.etag = "\"1\"";
   resource.item = 12;
   resource.uid = "uid";
+  resource.ours = true;
   resource.digest = 0xFEDCBA9876543210U;
   resource.text = "BEGIN:VCALENDAR\r\n";
   resource.sent = "sent";
@@ -82,6 +83,27 @@ TEST_F(RemotesTest, ComeBackAsTheyWereWritten) {
   listed.text.clear();
   listed.sent.reset();
   EXPECT_THAT(*reader().resources(mirror.id), ElementsAre(listed));
+}
+
+TEST_F(RemotesTest, ResourceIsFoundByEachOfItsParts) {
+  auto writer = turn();
+  Mirror mirror{0, 1, 7, "https://dav.example.org/a/", "{}"};
+  ASSERT_TRUE(writer->remotes().put(mirror));
+  Resource resource;
+  resource.mirror = mirror.id;
+  resource.key = "/a/1.ics";
+  resource.item = 12;
+  ASSERT_TRUE(writer->remotes().put(resource));
+  ASSERT_TRUE(writer->remotes().setParts(resource.id, {14, 13}));
+  ASSERT_TRUE(writer->remotes().setParts(resource.id, {15, 13}));
+  ASSERT_TRUE(writer->commit());
+  EXPECT_THAT(*reader().parts(resource.id), ElementsAre(13, 15));
+  for (const ItemId item : {12, 13, 15}) { EXPECT_EQ(reader().resourceOf(item)->value().id, resource.id); }
+  EXPECT_FALSE(reader().resourceOf(14)->has_value());
+  auto next = turn();
+  ASSERT_TRUE(next->remotes().removeResource(resource.id));
+  ASSERT_TRUE(next->commit());
+  EXPECT_THAT(*reader().parts(resource.id), IsEmpty());
 }
 
 TEST_F(RemotesTest, AreNotWrittenWithoutACommit) {

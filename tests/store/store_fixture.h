@@ -50,7 +50,7 @@ inline std::string shown(Moment moment) {
 inline std::string backToVersion(int version) {
   std::string sql;
   if (version < 3) {
-    for (const char* table : {"remotes", "mirrors", "resources", "unsent", "conflicts"}) {
+    for (const char* table : {"remotes", "mirrors", "resources", "resource_parts", "unsent", "conflicts"}) {
       sql += std::string("DROP TABLE ") + table + ";";
     }
   }

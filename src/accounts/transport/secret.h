@@ -53,8 +53,8 @@ class SecretsFile {
   std::filesystem::path m_file;
 };
 
-/// Gets it. Fails with a sentence that names the account and what to do: the command and how it ended (never its output),
-/// the file and its mode.
+/// Gets it. Fails with a sentence that names the account and what to do: the command and how it ended (never its
+/// output), the file and its mode.
 Result<Secret> secretOf(const SecretSource& source, std::string_view account, const std::string& accountName,
                         const SecretsFile& kept);
 

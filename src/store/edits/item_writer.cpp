@@ -102,6 +102,10 @@ Status ItemWriter::removeCalendar(CalendarId id) {
 
 Result<std::optional<WholeItem>> ItemWriter::read(ItemId id) { return m_core.readWhole(id); }
 
+Result<std::optional<ItemId>> ItemWriter::find(CalendarId calendar, ItemKind kind, std::string_view uid) {
+  return m_core.rows.withUid(calendar, kind, uid);
+}
+
 Status ItemWriter::remove(ItemId id) {
   ORLOCAL_TRY(const auto main, m_core.rows.read(id));
   if (main == nullptr) { return {}; }

@@ -65,6 +65,8 @@ class ItemWriter {
 
   /// As it stands in this turn; none when it is not there, or is a changed occurrence of a series.
   Result<std::optional<WholeItem>> read(ItemId id);
+  /// The event, series or reminder with that UID, no changed occurrence.
+  Result<std::optional<ItemId>> find(CalendarId calendar, ItemKind kind, std::string_view uid);
   /// With its changed occurrences. Nothing happens when it is not there.
   Status remove(ItemId id);
 

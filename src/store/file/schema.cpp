@@ -68,10 +68,12 @@ CREATE TABLE mirrors(
   state TEXT NOT NULL);
 CREATE TABLE resources(
   id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, url TEXT NOT NULL, key TEXT NOT NULL,
-  etag TEXT NOT NULL, item INTEGER, uid TEXT NOT NULL, digest INTEGER NOT NULL, text TEXT NOT NULL, sent TEXT,
-  trouble TEXT);
+  etag TEXT NOT NULL, item INTEGER, uid TEXT NOT NULL, digest INTEGER NOT NULL, ours INTEGER NOT NULL,
+  text TEXT NOT NULL, sent TEXT, trouble TEXT);
 CREATE UNIQUE INDEX resources_by_key ON resources(mirror, key);
 CREATE INDEX resources_by_item ON resources(item) WHERE item IS NOT NULL;
+CREATE TABLE resource_parts(item INTEGER PRIMARY KEY, resource INTEGER NOT NULL);
+CREATE INDEX resource_parts_by_resource ON resource_parts(resource);
 CREATE TABLE unsent(item INTEGER NOT NULL UNIQUE);
 CREATE TABLE conflicts(
   id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, key TEXT NOT NULL, item INTEGER, title TEXT NOT NULL,

@@ -44,6 +44,7 @@ struct Resource {
   std::optional<ItemId> item;          ///< none where the text is nothing that the store could take
   std::string uid;                     ///< the server's
   std::uint64_t digest = 0;            ///< of the item as it was when it agreed with `text`
+  bool ours = false;                   ///< whether its last change was made here
   std::string text;                    ///< the server's, as it came; empty before the server had it
   std::optional<std::string> sent;     ///< what went out last and has not been answered for certain
   std::optional<std::string> trouble;  ///< why it is not in the store, or not on the server

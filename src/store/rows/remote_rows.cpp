@@ -46,9 +46,10 @@ Resource resourceIn(CheckedRow& row) {
   resource.uid = row.text(6);
   resource.digest = static_cast<std::uint64_t>(
       row.number(7, std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()));
-  resource.text = row.text(8);
-  resource.sent = row.optionalText(9);
-  resource.trouble = row.optionalText(10);
+  resource.ours = row.flag(8);
+  resource.text = row.text(9);
+  resource.sent = row.optionalText(10);
+  resource.trouble = row.optionalText(11);
   return resource;
 }
 
@@ -58,9 +59,9 @@ void bindValues(Statement& statement, const Resource& resource) {
   statement.bind(4, std::string_view(resource.etag));
   bindOptional(statement, 5, resource.item);
   statement.bind(6, std::string_view(resource.uid)).bind(7, static_cast<std::int64_t>(resource.digest));
-  statement.bind(8, std::string_view(resource.text));
-  bindOptional(statement, 9, resource.sent);
-  bindOptional(statement, 10, resource.trouble);
+  statement.bind(8, std::int64_t{resource.ours}).bind(9, std::string_view(resource.text));
+  bindOptional(statement, 10, resource.sent);
+  bindOptional(statement, 11, resource.trouble);
 }
 
 void bindValues(Statement& statement, const Conflict& conflict) {
@@ -119,7 +120,7 @@ Status RemoteRows::put(Mirror& mirror) {
 }
 
 Status RemoteRows::removeMirror(MirrorId id) {
-  for (LazyStatement* remove : {&m_removeResources, &m_removeConflicts, &m_removeMirror}) {
+  for (LazyStatement* remove : {&m_removePartsOfMirror, &m_removeResources, &m_removeConflicts, &m_removeMirror}) {
     ORLOCAL_CHECK(remove->in(m_database).bind(1, id).run());
   }
   return {};
@@ -146,13 +147,27 @@ Status RemoteRows::put(Resource& resource) {
   const bool isNew = resource.id == 0;
   Statement& put = (isNew ? m_insertResource : m_updateResource).in(m_database);
   bindValues(put, resource);
-  if (!isNew) { put.bind(11, resource.id); }
+  if (!isNew) { put.bind(12, resource.id); }
   ORLOCAL_CHECK(put.run());
   if (isNew) { resource.id = m_database.lastInsertId(); }
   return {};
 }
 
-Status RemoteRows::removeResource(ResourceId id) { return m_removeResource.in(m_database).bind(1, id).run(); }
+Status RemoteRows::removeResource(ResourceId id) {
+  ORLOCAL_CHECK(m_removeParts.in(m_database).bind(1, id).run());
+  return m_removeResource.in(m_database).bind(1, id).run();
+}
+
+Result<std::vector<ItemId>> RemoteRows::parts(ResourceId resource) {
+  return allOf<ItemId>(m_parts.in(m_database).bind(1, resource), m_database, "part of a mirrored item",
+                       [](CheckedRow& row) { return row.id(0); });
+}
+
+Status RemoteRows::setParts(ResourceId resource, const std::vector<ItemId>& items) {
+  ORLOCAL_CHECK(m_removeParts.in(m_database).bind(1, resource).run());
+  for (const ItemId item : items) { ORLOCAL_CHECK(m_addPart.in(m_database).bind(1, item).bind(2, resource).run()); }
+  return {};
+}
 
 Result<std::vector<ItemId>> RemoteRows::unsent() {
   return allOf<ItemId>(m_unsent.in(m_database), m_database, "unsent change", [](CheckedRow& row) { return row.id(0); });

@@ -33,8 +33,12 @@ class RemoteRows {
   /// All of a mirror by id, without their texts: `text` and `sent` are empty.
   Result<std::vector<Resource>> resources(MirrorId mirror);
   Result<std::optional<Resource>> resource(MirrorId mirror, std::string_view key);
-  /// The one whose item this is.
+  /// The one that this item stands for, or is a further part of.
   Result<std::optional<Resource>> resourceOf(ItemId item);
+  /// Items that stand for the same text beside its main one: series that it cuts off, changed occurrences without a
+  /// series. In the order of rows.
+  Result<std::vector<ItemId>> parts(ResourceId resource);
+  Status setParts(ResourceId resource, const std::vector<ItemId>& items);
   /// Inserts (`id` 0, which is filled in) or writes it.
   Status put(Resource& resource);
   Status removeResource(ResourceId id);
@@ -68,22 +72,26 @@ class RemoteRows {
   LazyStatement m_removeResources{"DELETE FROM resources WHERE mirror = ?"};
   LazyStatement m_removeConflicts{"DELETE FROM conflicts WHERE mirror = ?"};
   LazyStatement m_resources{
-      "SELECT id, mirror, url, key, etag, item, uid, digest, '', NULL, trouble FROM resources WHERE mirror = ? ORDER "
-      "BY "
-      "id"};
+      "SELECT id, mirror, url, key, etag, item, uid, digest, ours, '', NULL, trouble FROM resources WHERE mirror = ? "
+      "ORDER BY id"};
 #define ORLOCAL_RESOURCE_COLUMNS \
-  "SELECT id, mirror, url, key, etag, item, uid, digest, text, sent, trouble FROM resources "
+  "SELECT id, mirror, url, key, etag, item, uid, digest, ours, text, sent, trouble FROM resources "
   LazyStatement m_resource{ORLOCAL_RESOURCE_COLUMNS "WHERE mirror = ? AND key = ?"};
-  LazyStatement m_resourceOf{ORLOCAL_RESOURCE_COLUMNS "WHERE item = ?"};
+  LazyStatement m_resourceOf{ORLOCAL_RESOURCE_COLUMNS
+                             "WHERE item = ?1 OR id = (SELECT resource FROM resource_parts WHERE item = ?1)"};
 #undef ORLOCAL_RESOURCE_COLUMNS
   LazyStatement m_insertResource{
-      "INSERT INTO resources(mirror, url, key, etag, item, uid, digest, text, sent, trouble) VALUES(?, ?, ?, ?, ?, ?, "
-      "?, "
-      "?, ?, ?)"};
+      "INSERT INTO resources(mirror, url, key, etag, item, uid, digest, ours, text, sent, trouble) VALUES(?, ?, ?, ?, "
+      "?, ?, ?, ?, ?, ?, ?)"};
   LazyStatement m_updateResource{
-      "UPDATE resources SET mirror = ?, url = ?, key = ?, etag = ?, item = ?, uid = ?, digest = ?, text = ?, sent = ?, "
-      "trouble = ? WHERE id = ?"};
+      "UPDATE resources SET mirror = ?, url = ?, key = ?, etag = ?, item = ?, uid = ?, digest = ?, ours = ?, text = ?, "
+      "sent = ?, trouble = ? WHERE id = ?"};
   LazyStatement m_removeResource{"DELETE FROM resources WHERE id = ?"};
+  LazyStatement m_parts{"SELECT item FROM resource_parts WHERE resource = ? ORDER BY item"};
+  LazyStatement m_removeParts{"DELETE FROM resource_parts WHERE resource = ?"};
+  LazyStatement m_addPart{"INSERT OR REPLACE INTO resource_parts(item, resource) VALUES(?, ?)"};
+  LazyStatement m_removePartsOfMirror{
+      "DELETE FROM resource_parts WHERE resource IN (SELECT id FROM resources WHERE mirror = ?)"};
   LazyStatement m_unsent{"SELECT item FROM unsent ORDER BY rowid"};
   LazyStatement m_noteUnsent{"INSERT OR IGNORE INTO unsent(item) VALUES(?)"};
   LazyStatement m_forgetUnsent{"DELETE FROM unsent WHERE item = ?"};

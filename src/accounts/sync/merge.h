@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "store/model/model.h"
+
+namespace orlocal::accounts {
+
+/// One state of an item: a server's text as it came, and what the store made of it. Of the store's own state there is
+/// no text but the one that is made of the item.
+struct ItemState {
+  std::string text;  ///< empty for the store's own
+  store::WholeItem item;
+};
+
+/// What two changes of one item come to.
+struct MergedItem {
+  /// The server's text with our changes in it; all that was not changed here is as the server wrote it.
+  std::string text;
+  /// Whether our changes left a trace in it: then it is to be sent.
+  bool differs = false;
+  /// What both changed in different ways: there the text is the server's. Names as `kItemFields` has them, each once;
+  /// those of a changed occurrence have its original start behind them.
+  std::vector<std::string> conflicts;
+};
+
+/// Merges by field. `base` is the state that both changes started from; null when there is none, and then every
+/// field that differs is a conflict.
+///
+/// Start and end, repetition and exceptions hang together: when one side moved the series or changed its rule, the
+/// other's exceptions and changed occurrences speak of times that are no more.
+MergedItem merged(const ItemState* base, const ItemState& theirs, const store::WholeItem& mine);
+
+}  // namespace orlocal::accounts
