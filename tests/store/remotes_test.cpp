@@ -81,7 +81,7 @@ TEST_F(RemotesTest, ComeBackAsTheyWereWritten) {
   EXPECT_THAT(*reader().conflicts(), ElementsAre(conflict));
   Resource listed = resource;
   listed.text.clear();
-  listed.sent.reset();
+  listed.sent = "";
   EXPECT_THAT(*reader().resources(mirror.id), ElementsAre(listed));
 }
 

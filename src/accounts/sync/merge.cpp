@@ -85,7 +85,7 @@ bool names(const std::vector<std::string>& list, std::string_view name) {
   return std::find(list.begin(), list.end(), name) != list.end();
 }
 
-Choice choose(const Fields& base, const Fields& theirs, const Fields& mine, bool hasBase) {
+Choice choose(const Fields& base, const Fields& theirs, const Fields& mine, const Fields& sent, bool hasBase) {
   std::set<std::string, std::less<>> all;
   for (const Fields* fields : {&base, &theirs, &mine}) {
     for (const auto& [field, lines] : *fields) { all.insert(field); }
@@ -96,7 +96,8 @@ Choice choose(const Fields& base, const Fields& theirs, const Fields& mine, bool
     const auto& server = linesOf(theirs, field);
     const auto& before = linesOf(base, field);
     if (ours == server || (hasBase && ours == before)) { continue; }
-    const bool onlyOurs = hasBase ? server == before : server.empty();
+    const bool asSent = !server.empty() && server == linesOf(sent, field);
+    const bool onlyOurs = asSent || (hasBase ? server == before : server.empty());
     (onlyOurs ? choice.mine : choice.conflicts).push_back(field);
   }
   return choice;
@@ -120,11 +121,12 @@ std::vector<std::string> mergedLines(const Fields& base, const Fields& theirs, c
 
 class Merge {
  public:
-  Merge(const ItemState* base, const ItemState& theirs, const WholeItem& mine)
+  Merge(const ItemState* base, const ItemState& theirs, const WholeItem& mine, const WholeItem* sent)
       : m_hasBase(base != nullptr),
         m_base(partsOf(base != nullptr ? &base->item : nullptr)),
         m_theirs(partsOf(&theirs.item)),
         m_mine(partsOf(&mine)),
+        m_sent(partsOf(sent)),
         m_mineWhole(mine),
         m_text(takenApart(theirs.text)) {}
 
@@ -189,7 +191,7 @@ class Merge {
       return;
     }
     const Fields before = fieldsOf(base), server = fieldsOf(theirs), ours = fieldsOf(mine);
-    Choice choice = choose(before, server, ours, m_hasBase && base != nullptr);
+    Choice choice = choose(before, server, ours, fieldsOf(partOf(m_sent, key)), base != nullptr);
     if (m_timesClash) {
       for (const std::string_view field : {kTimeField, kRepetitionField, kExceptionsField}) {
         std::erase(choice.mine, field);
@@ -326,7 +328,7 @@ class Merge {
   }
 
   bool m_hasBase;
-  std::map<std::string, const Item*> m_base, m_theirs, m_mine;
+  std::map<std::string, const Item*> m_base, m_theirs, m_mine, m_sent;
   const WholeItem& m_mineWhole;
   TextComponent m_text;
   bool m_timesClash = false;
@@ -336,8 +338,16 @@ class Merge {
 
 }  // namespace
 
-MergedItem merged(const ItemState* base, const ItemState& theirs, const WholeItem& mine) {
-  return Merge(base, theirs, mine).run();
+MergedItem merged(const ItemState* base, const ItemState& theirs, const store::WholeItem& mine,
+                  const store::WholeItem* sent) {
+  return Merge(base, theirs, mine, sent).run();
+}
+
+bool saysTheSame(const store::WholeItem& one, const store::WholeItem& other) {
+  const auto parts = partsOf(&one), others = partsOf(&other);
+  return std::equal(parts.begin(), parts.end(), others.begin(), others.end(), [](const auto& a, const auto& b) {
+    return a.first == b.first && fieldsOf(a.second) == fieldsOf(b.second);
+  });
 }
 
 }  // namespace orlocal::accounts

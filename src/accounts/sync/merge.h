@@ -28,8 +28,14 @@ struct MergedItem {
 /// Merges by field. `base` is the state that both changes started from; null when there is none, and then every
 /// field that differs is a conflict.
 ///
+/// `sent` is what was sent without an answer: a field in which the server has what was sent was not changed there.
+///
 /// Start and end, repetition and exceptions hang together: when one side moved the series or changed its rule, the
 /// other's exceptions and changed occurrences speak of times that are no more.
-MergedItem merged(const ItemState* base, const ItemState& theirs, const store::WholeItem& mine);
+MergedItem merged(const ItemState* base, const ItemState& theirs, const store::WholeItem& mine,
+                  const store::WholeItem* sent = nullptr);
+
+/// Whether two states of an item differ in nothing but when and by whom they were written.
+bool saysTheSame(const store::WholeItem& one, const store::WholeItem& other);
 
 }  // namespace orlocal::accounts

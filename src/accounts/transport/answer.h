@@ -31,6 +31,7 @@ enum class Trouble : std::uint8_t {
   kNonsense,      ///< what came is no answer to what was asked
   kInterrupted,   ///< the user has had enough
   kNoSecret,      ///< the password is not to be had; no request was made
+  kStore,         ///< the store on this side cannot be read or written
 };
 
 /// What went wrong with one request. The sentence names host and path and never a password, a token or a query.

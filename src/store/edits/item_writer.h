@@ -33,6 +33,9 @@ class ItemWriter {
   Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title);
   /// The default calendar of that kind, as `CalendarStore::defaultCalendar`.
   Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind);
+  Result<std::optional<Calendar>> calendarWith(CalendarId id) { return m_core.calendars.withId(id); }
+  /// This machine's own.
+  Result<std::optional<Source>> localSource() { return m_core.calendars.localSource(); }
   /// Makes a source; fills in id and identifier.
   Status makeSource(Source& source);
   Status renameSource(SourceId id, std::string_view title);

@@ -30,7 +30,7 @@ class RemoteRows {
   /// With its resources and conflicts.
   Status removeMirror(MirrorId id);
 
-  /// All of a mirror by id, without their texts: `text` and `sent` are empty.
+  /// All of a mirror by id, without their texts: `text` is empty, and `sent` where there is one.
   Result<std::vector<Resource>> resources(MirrorId mirror);
   Result<std::optional<Resource>> resource(MirrorId mirror, std::string_view key);
   /// The one that this item stands for, or is a further part of.
@@ -72,7 +72,8 @@ class RemoteRows {
   LazyStatement m_removeResources{"DELETE FROM resources WHERE mirror = ?"};
   LazyStatement m_removeConflicts{"DELETE FROM conflicts WHERE mirror = ?"};
   LazyStatement m_resources{
-      "SELECT id, mirror, url, key, etag, item, uid, digest, ours, '', NULL, trouble FROM resources WHERE mirror = ? "
+      "SELECT id, mirror, url, key, etag, item, uid, digest, ours, '', CASE WHEN sent IS NULL THEN NULL ELSE '' END, "
+      "trouble FROM resources WHERE mirror = ? "
       "ORDER BY id"};
 #define ORLOCAL_RESOURCE_COLUMNS \
   "SELECT id, mirror, url, key, etag, item, uid, digest, ours, text, sent, trouble FROM resources "

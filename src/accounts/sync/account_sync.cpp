@@ -1,0 +1,45 @@
+#include "accounts/sync/account_sync.h"
+
+#include <utility>
+#include <vector>
+
+#include "accounts/sync/calendar_list.h"
+#include "accounts/sync/fetching.h"
+#include "accounts/sync/local_changes.h"
+#include "accounts/sync/sending.h"
+#include "base/try.h"
+
+namespace orlocal::accounts {
+namespace {
+
+/// Troubles of one calendar, beside which the others go on.
+bool ofOneCalendar(Trouble trouble) {
+  return trouble == Trouble::kForbidden || trouble == Trouble::kNotFound || trouble == Trouble::kNonsense ||
+         trouble == Trouble::kRefused || trouble == Trouble::kUnsupported || trouble == Trouble::kTooLarge;
+}
+
+Answer<void> run(SyncContext& context) {
+  ORLOCAL_STORE_CHECK(noteLocalChanges(context.store));
+  ORLOCAL_TRY(auto both, CalendarList(context).run());
+  std::vector<store::Mirror> mirrors;
+  for (MirroredCalendar& calendar : both) {
+    if (context.stopped()) { return refusal(Trouble::kInterrupted, "The sync was stopped."); }
+    auto fetched = Fetching(context, calendar.mirror, calendar.remote).run();
+    if (!fetched && !ofOneCalendar(fetched.error().trouble)) { return fetched; }
+    if (!fetched) { context.report.troubles.push_back({calendar.remote.displayName, "", fetched.error().message}); }
+    mirrors.push_back(std::move(calendar.mirror));
+  }
+  return Sending(context, mirrors).run();
+}
+
+}  // namespace
+
+SyncReport syncAccount(store::CalendarStore& store, CalendarServer& server, const Clock& clock, store::SourceId source,
+                       AccountState& state, const SyncOptions& options) {
+  SyncReport report;
+  SyncContext context{store, server, clock, source, state, report, options.stop, options.progress};
+  if (auto outcome = run(context); !outcome) { report.failure = std::move(outcome.error()); }
+  return report;
+}
+
+}  // namespace orlocal::accounts
