@@ -126,8 +126,9 @@ Result<AccountState> AccountState::ofText(std::string_view text) {
 }
 
 std::string MirrorState::text() const {
-  json object{{"title", agreed.title},    {"order", agreed.order}, {"token", token},       {"ctag", ctag},
-              {"asOf", momentJson(asOf)}, {"settled", settled},    {"writable", writable}, {"trouble", trouble}};
+  json object{{"title", agreed.title}, {"order", agreed.order},      {"token", token},
+              {"ctag", ctag},          {"asOf", momentJson(asOf)},   {"settled", settled},
+              {"writable", writable},  {"rightsKnown", rightsKnown}, {"trouble", trouble}};
   if (agreed.color) { object["color"] = {agreed.color->red, agreed.color->green, agreed.color->blue}; }
   return object.dump(-1, ' ', false, json::error_handler_t::replace);
 }
@@ -147,6 +148,7 @@ Result<MirrorState> MirrorState::ofText(std::string_view text) {
   fields.read("asOf", state.asOf);
   fields.read("settled", state.settled);
   fields.read("writable", state.writable);
+  fields.read("rightsKnown", state.rightsKnown);
   fields.read("trouble", state.trouble);
   return state;
 }

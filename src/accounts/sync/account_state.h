@@ -69,7 +69,8 @@ struct MirrorState {
   std::optional<store::Moment> asOf;
   bool settled = false;  ///< whether the server was asked once more, later than that second
   bool writable = true;
-  std::string trouble;  ///< why the calendar itself is not as it should be
+  bool rightsKnown = false;  ///< whether the server says what is allowed; else the first refusal does
+  std::string trouble;       ///< why the calendar itself is not as it should be
 
   std::string text() const;
   static Result<MirrorState> ofText(std::string_view text);

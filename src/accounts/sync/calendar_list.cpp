@@ -117,6 +117,7 @@ Answer<void> CalendarList::agree(Mirror& mirror, const RemoteCalendar& remote, c
   }
   state.agreed = wanted;
   state.writable = remote.writable.value_or(state.writable);
+  state.rightsKnown = remote.writable.has_value();
   Calendar changed = here;
   changed.title = wanted.title;
   changed.color = wanted.color;
@@ -141,6 +142,7 @@ Answer<Mirror> CalendarList::makeHere(const RemoteCalendar& remote) {
   MirrorState state;
   state.agreed = describedBy(remote);
   state.writable = remote.writable.value_or(true);
+  state.rightsKnown = remote.writable.has_value();
   Calendar calendar;
   calendar.source = m_context.source;
   calendar.kind = kindOf(remote);

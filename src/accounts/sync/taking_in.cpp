@@ -69,7 +69,22 @@ Answer<void> TakingIn::putBack(const std::string& key) {
     ORLOCAL_STORE_CHECK(writer->remotes().removeResource(resource->id));
   }
   ORLOCAL_CHECK(addConflict(*writer, std::move(conflict)));
+  ORLOCAL_CHECK(learnRights(*writer));
   ORLOCAL_STORE_CHECK(writer->commit());
+  return {};
+}
+
+Answer<void> TakingIn::learnRights(ItemWriter& writer) {
+  ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(m_mirror.state));
+  if (state.rightsKnown) { return {}; }
+  state.writable = false;
+  store::Mirror mirror = m_mirror;
+  mirror.state = state.text();
+  ORLOCAL_STORE_CHECK(writer.remotes().put(mirror));
+  ORLOCAL_STORE_TRY(auto calendar, writer.calendarWith(mirror.calendar));
+  if (!calendar || calendar->readOnly) { return {}; }
+  calendar->readOnly = true;
+  ORLOCAL_STORE_CHECK(writer.updateCalendar(*calendar));
   return {};
 }
 

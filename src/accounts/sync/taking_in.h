@@ -43,6 +43,8 @@ class TakingIn {
   Answer<void> takeAsTheirs(Arrival& arrival);
   /// What the store could not show.
   Answer<void> keepAside(Arrival& arrival, std::optional<std::string> trouble);
+  /// Where the server does not say what is allowed, a refusal says it of the whole calendar.
+  Answer<void> learnRights(store::ItemWriter& writer);
   Answer<void> gone(store::ItemWriter& writer, const std::string& key);
   /// The UID under which the store has it: not the server's where another resource of the calendar has the same.
   Answer<std::optional<std::string>> uidHere(Arrival& arrival, const ServerText& content);

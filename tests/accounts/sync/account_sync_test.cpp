@@ -320,10 +320,7 @@ TEST_F(AccountSync, AgreesOnTheCalendarsThemselves) {
   store::Calendar calendar = machine->calendar("Everybody");
   calendar.title = "All of us";
   calendar.color = store::Rgb{0, 0, 1};
-  store::CalendarFields set;
-  set.add(store::CalendarField::kTitle);
-  set.add(store::CalendarField::kColor);
-  ASSERT_TRUE(machine->people->saveCalendar(calendar, set));
+  ASSERT_TRUE(machine->people->saveCalendar(calendar, {store::CalendarField::kTitle, store::CalendarField::kColor}));
   synced();
   EXPECT_EQ(server.calendarAt(team).displayName, "All of us");
   EXPECT_THAT(server.calendarAt(team).color, HasSubstr("#0000FF"));
