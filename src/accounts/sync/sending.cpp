@@ -283,9 +283,10 @@ Answer<void> Sending::refused(Task& task, const ServerFailure& failure) {
   if (failure.trouble == Trouble::kNotFound) { return takingIn.missing(std::span(&task.resource.key, 1)); }
   m_context.report.troubles.push_back({task.mirror->url, task.title, failure.message});
   if (failure.trouble == Trouble::kForbidden) { return takingIn.putBack(task.resource.key); }
-  if (failure.trouble == Trouble::kLocked) { return {}; }
+  const bool clash = failure.trouble == Trouble::kClash;
+  if (failure.trouble == Trouble::kLocked || (clash && task.kind != Task::Kind::kCreate)) { return {}; }
   ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
-  if (failure.trouble == Trouble::kClash) {
+  if (clash) {
     // The next look at the server shows under which name it has it; until then it stays unsent.
     ORLOCAL_STORE_CHECK(writer->remotes().removeResource(task.resource.id));
   } else {
