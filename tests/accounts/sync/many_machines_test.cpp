@@ -56,7 +56,10 @@ class ManyMachines : public testing::TestWithParam<std::tuple<int, int>> {
     for (const auto& [title, item] : machine.items("Team")) { items.push_back(item); }
     const int what = pick(0, 9);
     if (items.empty() || what < 3) {
-      store::Item item = store::StoreTest::plain(newValue(std::nullopt));
+      store::Item item;
+      item.title = newValue(std::nullopt);
+      item.start = store::berlin("2026-11-02 09:00");
+      item.end = store::berlin("2026-11-02 10:00");
       item.calendar = machine.calendar("Team").id;
       if (pick(0, 3) == 0) {
         item.recurrence.rules = {store::rule(store::RecurrenceRule::Frequency::kDaily, pick(2, 6))};
