@@ -119,6 +119,9 @@ class ManyMachines : public testing::TestWithParam<std::tuple<int, int>> {
       for (const store::Conflict& conflict : machine->conflicts()) {
         if (conflict.mine) { keepValues(*conflict.mine); }
         if (!conflict.theirs && conflict.item) {
+          const auto item = *machine->people->item(*conflict.item);
+          if (item == nullptr) { continue; }
+          for (const Field field : kFields) { m_given.insert(((*item).*field).value_or("")); }
           auto writer = std::move(*machine->people->startWriting());
           EXPECT_TRUE(writer->remove(*conflict.item));
           EXPECT_TRUE(writer->commit());
