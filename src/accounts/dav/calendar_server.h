@@ -15,7 +15,7 @@ namespace orlocal::accounts {
 /// them.
 struct RemoteCalendar {
   std::string url;
-  std::string displayName;                ///< empty when it has none
+  std::string displayName;  ///< empty when it has none
   std::optional<store::Rgb> color;
   std::optional<std::int64_t> order;
   std::optional<std::string> description;
@@ -27,8 +27,8 @@ struct RemoteCalendar {
   std::optional<std::int64_t> mostBytes;  ///< max-resource-size
 };
 
-/// A calendar object resource: its address as the server wrote it, and its ETag as it came, quotes and all; empty when the
-/// server gave none.
+/// A calendar object resource: its address as the server wrote it, and its ETag as it came, quotes and all; empty when
+/// the server gave none.
 struct RemoteEntry {
   std::string url;
   std::string etag;
@@ -83,8 +83,8 @@ class CalendarServer {
  public:
   virtual ~CalendarServer() = default;
 
-  /// The calendars in a home, with all that is known of each; the home itself when it is one. `kNotFound` when there is no
-  /// such home.
+  /// The calendars in a home, with all that is known of each; the home itself when it is one. `kNotFound` when there is
+  /// no such home.
   virtual Answer<std::vector<RemoteCalendar>> calendars(const std::string& home) = 0;
   virtual Answer<RemoteCalendar> calendar(const std::string& url) = 0;
 
@@ -103,7 +103,8 @@ class CalendarServer {
   /// Gives the calendar as it then is, since servers take some of what they are told and say nothing of the rest.
   virtual Answer<RemoteCalendar> makeCalendar(const std::string& url, const NewCalendar& calendar) = 0;
   /// `value` as text: "#RRGGBBAA" of a colour.
-  virtual Answer<void> setProperty(const std::string& calendar, CalendarProperty property, const std::string& value) = 0;
+  virtual Answer<void> setProperty(const std::string& calendar, CalendarProperty property,
+                                   const std::string& value) = 0;
   virtual Answer<void> removeCalendar(const std::string& url) = 0;
 };
 

@@ -19,7 +19,7 @@ struct TransportOptions {
   /// Asked when a request first needs it, and once more with `again` when a server refused what it gave.
   std::function<Result<Secret>(bool again)> secret;
   /// Besides the origin of the first request, nothing gets the password.
-  std::string origin;                          ///< "https://dav.example.org"; what `user` and the secret are for
+  std::string origin;                           ///< "https://dav.example.org"; what `user` and the secret are for
   std::optional<std::filesystem::path> caFile;  ///< in place of the system's certificates
   std::chrono::milliseconds connectTimeout{15'000};
   /// A request that brings nothing for so long has failed.
@@ -30,8 +30,8 @@ struct TransportOptions {
 
 /// libcurl: TLS always verified, Basic and Digest, gzip, HTTP/1.1 and 2, no other protocol than http and https.
 ///
-/// Basic is sent at once over https and to the loopback; elsewhere only when the server asks for nothing better. A server
-/// that offers Digest and then refuses the right answer to it gets Basic, over https or on the loopback alone.
+/// Basic is sent at once over https and to the loopback; elsewhere only when the server asks for nothing better. A
+/// server that offers Digest and then refuses the right answer to it gets Basic, over https or on the loopback alone.
 class CurlTransport final : public Transport {
  public:
   explicit CurlTransport(TransportOptions options);

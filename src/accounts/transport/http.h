@@ -15,9 +15,9 @@ struct HttpHeader {
 };
 
 struct HttpRequest {
-  std::string method;                ///< "PROPFIND"
-  std::string url;                   ///< absolute, http or https, without user and fragment
-  std::vector<HttpHeader> headers;   ///< beside those that the transport makes: Host, Content-Length, Authorization, …
+  std::string method;               ///< "PROPFIND"
+  std::string url;                  ///< absolute, http or https, without user and fragment
+  std::vector<HttpHeader> headers;  ///< beside those that the transport makes: Host, Content-Length, Authorization, …
   std::string body;
 };
 
@@ -34,8 +34,9 @@ struct HttpResponse {
 
 /// Carries requests to servers, one at a time; connections are kept and used again.
 ///
-/// Redirects (301, 302, 303 of GET, 307, 308) are followed with method and body, at most eight. The password goes to the
-/// origin (scheme, host, port) that the request named, and to no other; a redirect from https to http is not followed.
+/// Redirects (301, 302, 303 of GET, 307, 308) are followed with method and body, at most eight. The password goes to
+/// the origin (scheme, host, port) that the request named, and to no other; a redirect from https to http is not
+/// followed.
 class Transport {
  public:
   virtual ~Transport() = default;

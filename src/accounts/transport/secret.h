@@ -1,9 +1,10 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <variant>
 
 #include "base/result.h"
@@ -53,8 +54,8 @@ class SecretsFile {
   std::filesystem::path m_file;
 };
 
-/// Gets it. Fails with a sentence that names the account and what to do: the command and how it ended (never its output),
-/// the file and its mode.
+/// Gets it. Fails with a sentence that names the account and what to do: the command and how it ended (never its
+/// output), the file and its mode.
 Result<Secret> secretOf(const SecretSource& source, std::string_view account, const std::string& accountName,
                         const SecretsFile& kept);
 
