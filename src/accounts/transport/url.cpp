@@ -141,6 +141,12 @@ std::string hostOf(std::string_view url) {
   return inSmallLetters(host);
 }
 
+bool isLoopback(std::string_view url) {
+  const std::string host = hostOf(url);
+  return host == "localhost" || host == "::1" ||
+         (host.starts_with("127.") && host.find_first_not_of("0123456789.") == host.npos);
+}
+
 std::string_view pathOf(std::string_view url) {
   const std::string_view path = partsOf(url).path;
   return path.empty() ? "/" : path;

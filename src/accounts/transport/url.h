@@ -10,6 +10,8 @@ namespace orlocal::accounts {
 std::optional<std::string> originOf(std::string_view url);
 /// "host" of "https://host:port", in lower case, an IPv6 address without its brackets; empty for what is no address.
 std::string hostOf(std::string_view url);
+/// The host is this machine, by the names that no resolver is asked for.
+bool isLoopback(std::string_view url);
 /// The path with its query, as written; "/" when both are empty.
 std::string_view pathOf(std::string_view url);
 /// Without user, password and fragment.
