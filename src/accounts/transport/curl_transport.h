@@ -24,6 +24,8 @@ struct TransportOptions {
   std::chrono::milliseconds connectTimeout{15'000};
   /// A request that brings nothing for so long has failed.
   std::chrono::seconds silence{60};
+  /// What brings a little now and then ends after this.
+  std::chrono::seconds longest{1800};
   std::size_t mostBytes = 256U << 20U;  ///< of an answer, after decompression
   const std::atomic<bool>* stop = nullptr;
 };

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <variant>
 
 #include "base/result.h"
@@ -54,8 +56,8 @@ class SecretsFile {
 };
 
 /// Gets it. Fails with a sentence that names the account and what to do: the command and how it ended (never its
-/// output), the file and its mode.
+/// output), the file and its mode. A command runs for two minutes at most, and ends with `stop`.
 Result<Secret> secretOf(const SecretSource& source, std::string_view account, const std::string& accountName,
-                        const SecretsFile& kept);
+                        const SecretsFile& kept, const std::atomic<bool>* stop = nullptr);
 
 }  // namespace orlocal::accounts
