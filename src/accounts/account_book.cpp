@@ -80,8 +80,7 @@ Status AccountBook::add(Account& account) {
   ORLOCAL_CHECK(writer->makeSource(source));
   account.source = source.id;
   account.identifier = source.identifier;
-  ORLOCAL_CHECK(
-      writer->remotes().put(store::Remote{account.source, account.settings.text(), account.state.text()}));
+  ORLOCAL_CHECK(writer->remotes().put(store::Remote{account.source, account.settings.text(), account.state.text()}));
   return writer->commit();
 }
 
@@ -91,8 +90,7 @@ Status AccountBook::save(const Account& account) {
   const bool there = std::any_of(remotes.begin(), remotes.end(),
                                  [&](const store::Remote& remote) { return remote.source == account.source; });
   if (!there) { return {}; }
-  ORLOCAL_CHECK(
-      writer->remotes().put(store::Remote{account.source, account.settings.text(), account.state.text()}));
+  ORLOCAL_CHECK(writer->remotes().put(store::Remote{account.source, account.settings.text(), account.state.text()}));
   return writer->commit();
 }
 

@@ -11,7 +11,7 @@
 
 #include "accounts/connection.h"
 #include "accounts/dav/dav_server.h"
-#include "accounts/subscriptions/subscription.h"
+#include "accounts/subscription.h"
 #include "base/system_reason.h"
 #include "base/try.h"
 
@@ -50,7 +50,8 @@ Result<SyncLock> SyncLock::take(const std::filesystem::path& file) {
   }
   if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) { return SyncLock(descriptor); }
   ::close(descriptor);
-  return failure(ErrorCode::kBusy, fmt::format("Another sync of \"{}\" is running; wait for it, or end it.", file.string()));
+  return failure(ErrorCode::kBusy,
+                 fmt::format("Another sync of \"{}\" is running; wait for it, or end it.", file.string()));
 }
 
 SyncLock::SyncLock(SyncLock&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
@@ -59,8 +60,8 @@ SyncLock::~SyncLock() {
   if (m_descriptor >= 0) { ::close(m_descriptor); }
 }
 
-Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets, const Clock& clock,
-                           const SyncOptions& options) {
+Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets,
+                           const Clock& clock, const SyncOptions& options) {
   const AccountState before = account.state;
   const auto transport = connectionFor(account, secrets, options.stop);
   SyncReport report;

@@ -29,12 +29,12 @@ class SyncLock {
 
 /// Syncs one account or refreshes one subscription now, and keeps what was learned: how it went, and when the next
 /// try makes sense.
-Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets, const Clock& clock,
-                           const SyncOptions& options);
+Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets,
+                           const Clock& clock, const SyncOptions& options);
 
-/// When the account is to be looked at next: after what its owner or server wished, later and later while it fails, by a
-/// part that differs from machine to machine, so that a server that comes back is not met by all at once.
-/// `part` is from 0 to 1.
+/// When the account is to be looked at next: after what its owner or server wished, later and later while it fails, by
+/// a part that differs from machine to machine, so that a server that comes back is not met by all at once. `part` is
+/// from 0 to 1.
 store::Moment nextTry(const Account& account, double part);
 
 }  // namespace orlocal::accounts

@@ -33,6 +33,8 @@ KNOWS = {
     "accounts/dav": {"accounts/transport", "base", "store/icalendar", "store/model", "store/time"},
     "accounts/discovery": {"accounts/dav", "accounts/transport", "base"},
     "accounts/sync": {"accounts/dav", "accounts/transport", *SHOWN, "store/edits", "store/icalendar"},
+    "accounts": {"accounts/dav", "accounts/discovery", "accounts/sync", "accounts/transport", *SHOWN, "store/edits",
+                 "store/icalendar"},
     "host/fmwrapper": {"base", "platform/host"},
     "host/plugin": {"base", "host/fmwrapper", "platform/host"},
     "host/calc": {"base", "host/fmwrapper"},

@@ -34,6 +34,7 @@ class ItemWriter {
   /// The default calendar of that kind, as `CalendarStore::defaultCalendar`.
   Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind);
   Result<std::optional<Calendar>> calendarWith(CalendarId id) { return m_core.calendars.withId(id); }
+  Result<std::vector<Calendar>> calendars(CalendarKind kind) { return m_core.calendars.ofKind(kind); }
   Result<std::vector<Source>> sources() { return m_core.calendars.sources(); }
   /// This machine's own.
   Result<std::optional<Source>> localSource() { return m_core.calendars.localSource(); }

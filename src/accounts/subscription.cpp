@@ -1,4 +1,4 @@
-#include "accounts/subscriptions/subscription.h"
+#include "accounts/subscription.h"
 
 #include <algorithm>
 #include <optional>
@@ -58,10 +58,12 @@ Answer<Content> fetchedFrom(Transport& transport, const std::string& url, const 
                             : response.status == 403                         ? Trouble::kForbidden
                             : response.status >= 500                         ? Trouble::kServerError
                                                                              : Trouble::kNonsense;
-    return refusal(trouble, fmt::format("{} answered with status {}.", shownUrl(url), response.status), response.status);
+    return refusal(trouble, fmt::format("{} answered with status {}.", shownUrl(url), response.status),
+                   response.status);
   }
   if (response.body.find("BEGIN:VCALENDAR") == std::string::npos) {
-    return refusal(Trouble::kNonsense, fmt::format("What {} gives is no calendar; check the address.", shownUrl(url)), 200);
+    return refusal(Trouble::kNonsense, fmt::format("What {} gives is no calendar; check the address.", shownUrl(url)),
+                   200);
   }
   return Content{std::move(response.body), response.header("ETag").value_or(""),
                  response.header("Last-Modified").value_or("")};
@@ -69,7 +71,7 @@ Answer<Content> fetchedFrom(Transport& transport, const std::string& url, const 
 
 Answer<Content> fetched(Transport& transport, const std::string& address, const AccountState& state) {
   if (isHere(address) && !address.starts_with("webcal")) {
-    auto text = wholeFile(address);
+    auto text = readWholeFile(address);
     if (!text) { return refusal(Trouble::kNotFound, text.error().message); }
     return Content{*std::move(text), "", ""};
   }
@@ -87,7 +89,8 @@ std::optional<std::chrono::seconds> wishedInterval(const std::string& text) {
     if (line.is("BEGIN") && std::exchange(begun, true)) { break; }
     if (!line.is("REFRESH-INTERVAL") && !line.is("X-PUBLISHED-TTL")) { continue; }
     if (const auto length = store::parseDuration(line.value)) {
-      return std::clamp(std::chrono::seconds(length->days * 86'400 + length->seconds), kShortestInterval, kLongestInterval);
+      return std::clamp(std::chrono::seconds(length->days * 86'400 + length->seconds), kShortestInterval,
+                        kLongestInterval);
     }
   }
   return std::nullopt;
