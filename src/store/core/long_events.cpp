@@ -100,7 +100,6 @@ void LongEvents::addPlain(const TimelineEntry& entry, const PlainSeries& series,
   const auto add = [&](const DayPattern& days, DayNumber first, DayNumber last, LocalSeconds timeOfDay,
                        const std::vector<DayNumber>& excluded) {
     DayWheel::Entry added;
-    added.days = days;
     added.firstDay = static_cast<std::int32_t>(first);
     added.lastDay = static_cast<std::int32_t>(last);
     added.timeOfDay = static_cast<std::int32_t>(timeOfDay);
@@ -109,7 +108,7 @@ void LongEvents::addPlain(const TimelineEntry& entry, const PlainSeries& series,
     added.calendar = entry.calendar;
     added.number = place.number + place.count++;
     added.exclusions = addExclusions(excluded);
-    wheel.days.add(added);
+    wheel.days.add(days, added);
     m_gone.push_back(false);
   };
   if (series.start) {
