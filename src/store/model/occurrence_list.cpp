@@ -20,7 +20,7 @@ void OccurrenceList::clear() {
 
 void OccurrenceList::sort() {
   // A second list as long would be a large part of what the process has.
-  constexpr std::size_t kFewest = 64, kMost = 1'000'000;
+  constexpr std::size_t kFewest = 256, kMost = 1'000'000;
   if (m_entries.size() > kFewest && m_entries.size() <= kMost) {
     sortByDigits();
   } else {
@@ -32,7 +32,7 @@ void OccurrenceList::sort() {
 /// From the last digit to the first, each time keeping the order of those that have the same one: as much work for each
 /// entry however many there are and begin together, and none for digits in which all are alike.
 void OccurrenceList::sortByDigits() {
-  constexpr int kBits = 8, kValues = 1 << kBits;
+  constexpr int kBits = 10, kValues = 1 << kBits;
   std::vector<Entry> sorted(m_entries.size());
   for (const auto number : {&Entry::row, &Entry::length, &Entry::start}) {
     std::uint32_t differing = 0;
