@@ -147,7 +147,9 @@ std::string growthTable(const std::vector<Series>& all) {
           side > 0 ? " |"
                    : fmt::format(" {} |", aimText(
                                               series, [](const Row& row) { return row.growthAim; },
-                                              [&](const Row& row) { return of(base) > 0 ? of(row) / of(base) : 0; })));
+                                              [&](const Row& row) {
+                                                return row.events > base.events ? of(row) / of(base) : 0;
+                                              })));
     }
   }
   return fmt::format(
