@@ -30,12 +30,14 @@ struct StoredPlace : RowPlace {
 class ItemValues {
  public:
   static const char* const kReadById;   ///< parameter 1: id
-  static const char* const kReadByUid;  ///< parameters: hash, calendar, kind, UID; the columns below are more of it
+  static const char* const kReadByUid;  ///< parameters of `kIdWithUid`; the columns below are more of it
+  /// Parameters: hash, calendar, kind, UID, and this once more as an identifier if it is one.
+  static const char* const kIdWithUid;
   static const char* const kReadForExpansion;
   static const char* const kUpdate;  ///< parameter `kIdParameter`: id
   /// The same where series, original start and UID stay: the indexes are not touched.
   static const char* const kUpdateInPlace;
-  /// Before VALUES, of rows of `kInserted` parameters. Without an id the row is given one.
+  /// Before VALUES, of rows of `kInserted` parameters.
   static const char* const kInsert;
   static constexpr int kIdParameter = 28, kUuidParameter = 29, kInserted = 29;
 
@@ -50,8 +52,10 @@ class ItemValues {
   /// Binds all parameters but the row's id and its identifier.
   static void bind(RowValues& values, const Item& item, const RowPlace& place);
 
-  /// `contentHash`, as SQLite keeps numbers.
+  /// `contentHash`, as SQLite keeps numbers; never 0.
   static std::int64_t hashOf(std::string_view uid);
+  /// The same of the item's UID; 0 of one that is the item's own identifier, and is found by that.
+  static std::int64_t uidHashOf(const Item& item);
 };
 
 }  // namespace orlocal::store
