@@ -116,8 +116,13 @@ void StoreCore::forget(ItemId item, std::optional<ItemId> ofSeries) {
   }
 }
 
-void StoreCore::forgetAll() {
+void StoreCore::forgetCalendars() {
   ++m_calendarsGeneration;
+  calendars.forget();
+}
+
+void StoreCore::forgetAll() {
+  forgetCalendars();
   rows.forgetAll();
   series.forgetAll();
   longEvents.forgetAll();
@@ -146,9 +151,7 @@ Status StoreCore::catchUp(std::int64_t newest) {
     } else {
       ORLOCAL_CHECK(log.visitAfter(m_seen, [&](const LoggedChange& change) {
         if (change.subject == Subject::kZone) { zonesChanged = true; }
-        if (change.subject == Subject::kCalendar || change.subject == Subject::kReminderList) {
-          ++m_calendarsGeneration;
-        }
+        if (change.subject == Subject::kCalendar || change.subject == Subject::kReminderList) { forgetCalendars(); }
         if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) { return; }
         rows.forget(change.row);
         forget(change.row, change.series);
@@ -312,7 +315,7 @@ Status StoreCore::removeCalendar(const Calendar& calendar) {
 }
 
 Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
-  ++m_calendarsGeneration;
+  forgetCalendars();
   return log.record(operation, calendar.kind == CalendarKind::kEvents ? Subject::kCalendar : Subject::kReminderList,
                     calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()));
 }

@@ -90,6 +90,7 @@ class StoreCore {
   Status startIdentifiers();
   /// What is kept of the item in memory no longer counts, nor what is kept of the series that it belongs to.
   void forget(ItemId item, std::optional<ItemId> ofSeries);
+  void forgetCalendars();
   void forgetAll();
   Status loadZones();
   Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,
