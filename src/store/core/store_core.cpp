@@ -173,6 +173,8 @@ Result<Transaction> StoreCore::beginReadingLog() {
 }
 
 Result<Transaction> StoreCore::beginReading() {
+  // Who reads inside a turn to write meets what that has done to memory, too.
+  if (database.inTransaction()) { return Transaction::read(database); }
   ORLOCAL_CHECK(followFile(Look::kNowAndThen));
   ORLOCAL_TRY(Transaction transaction, Transaction::read(database));
   ORLOCAL_TRY(const std::int64_t newest, log.newest());
