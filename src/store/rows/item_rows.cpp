@@ -30,13 +30,6 @@ Result<std::vector<ItemId>> allIds(Statement& statement) {
   }
 }
 
-/// For `ItemValues::kIdWithUid` and what is made of it. `identifier`: what the UID is, if it is one.
-void bindUid(Statement& find, CalendarId calendar, ItemKind kind, std::string_view uid,
-             const std::optional<Uuid>& identifier) {
-  find.bind(1, ItemValues::hashOf(uid)).bind(2, calendar).bind(3, static_cast<std::int64_t>(kind)).bind(4, uid);
-  if (identifier) { find.bindBlob(5, identifier->bytes()); }
-}
-
 }  // namespace
 
 ItemRows::ItemRows(Database& database)
@@ -44,9 +37,11 @@ ItemRows::ItemRows(Database& database)
       m_insert(ItemValues::kInsert, ItemValues::kInserted, kRowsAtOnce),
       m_read(ItemValues::kReadById),
       m_readByUid(ItemValues::kReadByUid),
+      m_readByOwnUid(ItemValues::kReadByOwnUid),
       m_readForExpansion(ItemValues::kReadForExpansion),
       m_withUuid("SELECT id FROM items WHERE uuid = ?"),
       m_withUid(ItemValues::kIdWithUid),
+      m_withOwnUid(ItemValues::kIdWithOwnUid),
       m_strays(
           "SELECT id FROM items WHERE uid_hash = ? AND uid_hash <> 0 AND original IS NOT NULL AND calendar = ? AND "
           "kind = ? AND uid = ? AND series IS NULL ORDER BY original"),
@@ -172,19 +167,29 @@ Result<std::optional<ItemId>> ItemRows::withUuid(const Uuid& uuid) {
 Result<std::optional<ItemId>> ItemRows::withUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
   const std::int64_t hash = ItemValues::hashOf(uid);
   ORLOCAL_CHECK(writeRowsWithUid(hash));
-  const auto identifier = Uuid::parse(uid);
-  Statement& find = m_withUid.in(m_database);
-  bindUid(find, calendar, kind, uid, identifier);
-  return firstId(find);
+  if (const auto identifier = Uuid::parse(uid)) {
+    Statement& own = m_withOwnUid.in(m_database).bindBlob(1, identifier->bytes()).bind(2, calendar);
+    ORLOCAL_TRY(const auto id, firstId(own.bind(3, static_cast<std::int64_t>(kind))));
+    if (id) { return id; }
+  }
+  Statement& find = m_withUid.in(m_database).bind(1, hash).bind(2, calendar);
+  return firstId(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
 }
 
 Result<ItemRows::Known> ItemRows::readWithUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
   const std::int64_t hash = ItemValues::hashOf(uid);
   ORLOCAL_CHECK(writeRowsWithUid(hash));
-  const auto identifier = Uuid::parse(uid);
-  Statement& find = m_readByUid.in(m_database);
+  if (const auto identifier = Uuid::parse(uid)) {
+    Statement& own = m_readByOwnUid.in(m_database).bindBlob(1, identifier->bytes()).bind(2, calendar);
+    ORLOCAL_TRY(Known known, knownIn(own.bind(3, static_cast<std::int64_t>(kind))));
+    if (known.item != nullptr) { return known; }
+  }
+  Statement& find = m_readByUid.in(m_database).bind(1, hash).bind(2, calendar);
+  return knownIn(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
+}
+
+Result<ItemRows::Known> ItemRows::knownIn(Statement& find) {
   const ResetAtExit reset(find);
-  bindUid(find, calendar, kind, uid, identifier);
   Known known;
   ORLOCAL_TRY(known.item, itemOf(find));
   if (known.item == nullptr) { return known; }

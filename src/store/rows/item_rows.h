@@ -105,6 +105,7 @@ class ItemRows {
 
   Result<std::shared_ptr<const Item>> load(ItemId id);
   Result<std::shared_ptr<const Item>> itemOf(Statement& read);
+  Result<Known> knownIn(Statement& find);
   /// The first of them are in use.
   std::span<const Gathered> gathered() const { return std::span(m_gathered).first(m_gatheredRows); }
   Status writeRows();
@@ -119,9 +120,9 @@ class ItemRows {
   bool m_gathers = false;
   RowValues m_values;
   RowInsert m_insert;
-  LazyStatement m_read, m_readByUid, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf,
-      m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_updateInPlace, m_remove, m_newest, m_byCalendar,
-      m_idsInCalendar, m_zonedIds;
+  LazyStatement m_read, m_readByUid, m_readByOwnUid, m_readForExpansion, m_withUuid, m_withUid, m_withOwnUid, m_strays,
+      m_strayAt, m_changedOf, m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_updateInPlace, m_remove,
+      m_newest, m_byCalendar, m_idsInCalendar, m_zonedIds;
 };
 
 }  // namespace orlocal::store

@@ -24,10 +24,9 @@ namespace {
   "i.recurrence_id, i.recurrence_id_clock, i.uid, i.priority, i.sequence, i.created, i.modified, i.completed, "    \
   "i.title, i.location, i.url, i.alarms, i.attendees, i.notes, i.extra, i.original, s.uuid "
 #define ORLOCAL_ITEM_AND_SERIES "FROM items i LEFT JOIN items s ON s.id = i.series "
-#define ORLOCAL_ID_WITH_UID                                                                                       \
-  "SELECT id FROM items WHERE uuid = ?5 AND uid_hash = 0 AND calendar = ?2 AND kind = ?3 UNION ALL "              \
-  "SELECT id FROM items WHERE uid_hash = ?1 AND uid_hash <> 0 AND original IS NULL AND calendar = ?2 AND kind = " \
-  "?3 AND uid = ?4 LIMIT 1"
+#define ORLOCAL_WITH_UID \
+  "WHERE i.uid_hash = ? AND i.uid_hash <> 0 AND i.original IS NULL AND i.calendar = ? AND i.kind = ? AND i.uid = ?"
+#define ORLOCAL_WITH_OWN_UID "WHERE i.uuid = ? AND i.uid_hash = 0 AND i.calendar = ? AND i.kind = ?"
 #define ORLOCAL_HAS_CHANGED "EXISTS(SELECT 1 FROM items c WHERE c.series = i.id) "
 
 /// The columns above, in their order.
@@ -112,10 +111,12 @@ void bindTime(RowValues& values, int parameter, const std::optional<CalendarTime
 static_assert(ItemValues::kHasChanged == kSeriesUuid + 1);
 
 const char* const ItemValues::kReadById = "SELECT " ORLOCAL_ITEM_COLUMNS ORLOCAL_ITEM_AND_SERIES "WHERE i.id = ?";
-const char* const ItemValues::kReadByUid =
-    "SELECT " ORLOCAL_ITEM_COLUMNS ", " ORLOCAL_HAS_CHANGED ", i.slot, i.slot_start " ORLOCAL_ITEM_AND_SERIES
-    "WHERE i.id = (" ORLOCAL_ID_WITH_UID ")";
-const char* const ItemValues::kIdWithUid = ORLOCAL_ID_WITH_UID;
+#define ORLOCAL_READ_KNOWN \
+  "SELECT " ORLOCAL_ITEM_COLUMNS ", " ORLOCAL_HAS_CHANGED ", i.slot, i.slot_start " ORLOCAL_ITEM_AND_SERIES
+const char* const ItemValues::kReadByUid = ORLOCAL_READ_KNOWN ORLOCAL_WITH_UID;
+const char* const ItemValues::kReadByOwnUid = ORLOCAL_READ_KNOWN ORLOCAL_WITH_OWN_UID;
+const char* const ItemValues::kIdWithUid = "SELECT i.id FROM items i " ORLOCAL_WITH_UID;
+const char* const ItemValues::kIdWithOwnUid = "SELECT i.id FROM items i " ORLOCAL_WITH_OWN_UID;
 const char* const ItemValues::kReadForExpansion =
     "SELECT id, kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, uid, " ORLOCAL_HAS_CHANGED
     "FROM items i WHERE id = ?";

@@ -29,10 +29,12 @@ struct StoredPlace : RowPlace {
 /// How an item stands in the columns of its row: the statements whose columns are counted on, and both directions.
 class ItemValues {
  public:
-  static const char* const kReadById;   ///< parameter 1: id
-  static const char* const kReadByUid;  ///< parameters of `kIdWithUid`; the columns below are more of it
-  /// Parameters: hash, calendar, kind, UID, and this once more as an identifier if it is one.
-  static const char* const kIdWithUid;
+  static const char* const kReadById;  ///< parameter 1: id
+  /// Parameters: hash, calendar, kind, UID; the columns below are more of it.
+  static const char* const kReadByUid;
+  /// The same of a UID that is the item's own identifier. Parameters: this, calendar, kind.
+  static const char* const kReadByOwnUid;
+  static const char *const kIdWithUid, *const kIdWithOwnUid;  ///< the ids of these
   static const char* const kReadForExpansion;
   static const char* const kUpdate;  ///< parameter `kIdParameter`: id
   /// The same where series, original start and UID stay: the indexes are not touched.
@@ -44,9 +46,9 @@ class ItemValues {
   static constexpr int kHasChanged = 27;  ///< whether there are changed occurrences of it
   static constexpr int kShelf = 28, kShelfStart = 29;
 
-  /// The item in a row of the first two statements.
+  /// The item in a row of the first three statements.
   static Result<Item> read(const Statement& row, const Database& database);
-  /// What a row of the third has: enough to expand a series, and whether it has changed occurrences.
+  /// What a row of the fourth has: enough to expand a series, and whether it has changed occurrences.
   static Result<Item> readForExpansion(const Statement& row, const Database& database, bool& hasChanged);
 
   /// Binds all parameters but the row's id and its identifier.
