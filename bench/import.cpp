@@ -40,7 +40,7 @@ void measureImport(Report& report, const Setting& setting) {
     Row row = compare(setting.fewRoundsFor(events), importing("", setting, calendar), {bareParse(calendar)});
     row.name = "import of a file";
     row.events = events;
-    row.aim = 2.5;
+    row.aim = 1.0;
     report.add(std::move(row));
   }
 
