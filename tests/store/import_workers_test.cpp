@@ -61,8 +61,8 @@ std::string eventOf(int number, const std::string& lines, const std::string& sta
 
 /// Each thing that hangs on what stands before it in the file, now and then among events that do not.
 std::string itemNumber(int i) {
-  if (i % 997 == 996) { return eventOf(i, "", ";TZID=Nowhere at all"); }
-  if (i % 811 == 810) { return eventOf(i, "", ";TZID=Own clock"); }
+  if (i % 997 == 996) { return eventOf(i, "", fmt::format(";TZID=Nowhere {}", i % 2)); }
+  if (i % 811 == 810 && i > kMany / 2) { return eventOf(i, "", ";TZID=Own clock"); }
   if (i % 607 == 606) { return eventOf(i, "", ""); }
   if (i % 503 == 502) { return eventOf(i, "RRULE:FREQ=MINUTELY;INTERVAL=20\n"); }
   if (i % 401 == 400) { return eventOf(i, "RRULE:FREQ=YEARLY;BYMONTH=2;BYMONTHDAY=30\n"); }
@@ -113,7 +113,7 @@ class ImportWorkers : public StoreTest {
       EXPECT_EQ(together.added, alone.added);
       EXPECT_EQ(together.problems, alone.problems);
       EXPECT_EQ(together.warnings, alone.warnings);
-      EXPECT_EQ(contentOf(*other), contentOf(*store));
+      EXPECT_TRUE(contentOf(*other) == contentOf(*store)) << workers << " workers";
     }
   }
 };
