@@ -9,7 +9,7 @@
 namespace orlocal::bench {
 namespace {
 
-/// Into a new store, in a process of its own.
+/// Into a new store, in a process of its own, which reads with several threads.
 Contender importing(std::string name, const Setting& setting, const std::filesystem::path& calendar) {
   return {std::move(name), [store = setting.folder / "imported.db", calendar] {
             removeStore(store);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <thread>
 #include <unordered_set>
 #include <utility>
 
@@ -195,6 +195,12 @@ Result<ImportReport> import(CalendarStore& store, Result<CalendarReader> reader,
 }
 
 }  // namespace
+
+unsigned workersThatPay() {
+  // The more of them read, the less it matters beside writing, which one does alone.
+  constexpr unsigned kMost = 4;
+  return std::clamp(std::thread::hardware_concurrency(), 1U, kMost);
+}
 
 Result<ImportReport> importCalendarFile(CalendarStore& store, const std::filesystem::path& file,
                                         const ImportOptions& options) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <future>
-#include <thread>
 #include <utility>
 
 namespace orlocal::store {
@@ -28,12 +27,11 @@ class Preparation {
       if (m_options.progress) { m_options.progress(begin, all); }
       // The first piece names the zones that most of the others need.
       const std::size_t pieces = begin == 0 ? 1 : workers;
-      const std::size_t end = std::min(all, begin + pieces * kGroups);
-      std::vector<Stretch> stretches = pieces > 1 ? readTogether(begin, end, pieces) : std::vector<Stretch>(1);
-      const std::size_t each = (end - begin + pieces - 1) / pieces;
+      const std::size_t each = std::min(kGroups, (all - begin + pieces - 1) / pieces);
+      std::vector<Stretch> stretches = pieces > 1 ? readTogether(begin, each, pieces) : std::vector<Stretch>(1);
       for (Stretch& stretch : stretches) {
         stretch.end = std::max(stretch.end, begin);
-        begin = std::min(end, begin + each);
+        begin = std::min(all, begin + each);
         if (!finish(std::move(stretch), begin)) { return importWasStopped(); }
       }
     }
@@ -44,10 +42,10 @@ class Preparation {
 
  private:
   /// Where no thread can be started, its part is read in this one.
-  std::vector<Stretch> readTogether(std::size_t begin, std::size_t end, std::size_t pieces) const {
-    const std::size_t each = (end - begin + pieces - 1) / pieces;
-    const auto read = [this, end, each](std::size_t from) {
-      return m_reader.readAhead(from, std::min(end, from + each));
+  std::vector<Stretch> readTogether(std::size_t begin, std::size_t each, std::size_t pieces) const {
+    const std::size_t all = m_reader.size(), end = std::min(all, begin + pieces * each);
+    const auto read = [this, each, all](std::size_t from) {
+      return m_reader.readAhead(from, std::min(all, from + each));
     };
     std::vector<std::future<Stretch>> others;
     for (std::size_t from = begin + each; from < end; from += each) { others.push_back(std::async(read, from)); }
@@ -79,12 +77,6 @@ class Preparation {
 
 Result<PreparedFile> prepareFile(CalendarReader reader, const ImportOptions& options) {
   return Preparation(std::move(reader), options).run();
-}
-
-unsigned workersThatPay() {
-  // The more of them read, the less it matters beside writing, which one does alone.
-  constexpr unsigned kMost = 4;
-  return std::clamp(std::thread::hardware_concurrency(), 1U, kMost);
 }
 
 bool isStopped(const ImportOptions& options) { return options.stop != nullptr && options.stop->load(); }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <fmt/format.h>
+#include <pthread.h>
 
 #include "store/export.h"
 #include "store/import.h"
@@ -147,6 +148,39 @@ TEST_F(ImportWorkers, LetTheCallerKnowThatMemoryRanOut) {
   g_otherThreads.getNone = false;
   EXPECT_EQ(contentOf(*store), before);
   EXPECT_TRUE(importCalendarText(*store, text, "many.ics", withWorkers(4)));
+}
+
+/// While it lives, threads ask for more memory than there are addresses for, so that none starts.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_attr_init(&m_attributes);
+    pthread_getattr_default_np(&m_attributes);
+    pthread_attr_getstacksize(&m_attributes, &m_usual);
+    setStack(std::size_t{1} << 47);
+  }
+  ~NoThreads() {
+    setStack(m_usual);
+    pthread_attr_destroy(&m_attributes);
+  }
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  void setStack(std::size_t size) {
+    pthread_attr_setstacksize(&m_attributes, size);
+    pthread_setattr_default_np(&m_attributes);
+  }
+
+  pthread_attr_t m_attributes{};
+  std::size_t m_usual = 0;
+};
+
+TEST_F(ImportWorkers, AreDoneWithoutWhereNoThreadStarts) {
+  const NoThreads none;
+  ASSERT_ANY_THROW(std::thread([] {}).join());
+  expectTheSame(manyItems(), {4});
+  EXPECT_FALSE(g_otherThreads.seen);
 }
 
 TEST_F(ImportWorkers, EndWhenTheImportIsStopped) {
