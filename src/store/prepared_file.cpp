@@ -7,8 +7,9 @@
 namespace orlocal::store {
 namespace {
 
-/// Of a piece; what a processor keeps close, and a thread is worth its start for.
-constexpr std::size_t kGroups = 1'024;
+/// Groups of the first piece, which names the zones that most of the others need; of one that a thread is worth its
+/// start for, and of one that a processor keeps close.
+constexpr std::size_t kFirst = 128, kLeast = 256, kMost = 1'024;
 
 using Stretch = CalendarReader::Stretch;
 
@@ -25,9 +26,9 @@ class Preparation {
     const std::size_t all = m_reader.size(), workers = std::max<std::size_t>(m_options.workers, 1);
     for (std::size_t begin = 0; begin < all;) {
       if (m_options.progress) { m_options.progress(begin, all); }
-      // The first piece names the zones that most of the others need.
-      const std::size_t pieces = begin == 0 ? 1 : workers;
-      const std::size_t each = std::min(kGroups, (all - begin + pieces - 1) / pieces);
+      const std::size_t left = all - begin;
+      const std::size_t pieces = begin == 0 ? 1 : std::clamp<std::size_t>(left / kLeast, 1, workers);
+      const std::size_t each = std::min(begin == 0 ? kFirst : kMost, (left + pieces - 1) / pieces);
       std::vector<Stretch> stretches = pieces > 1 ? readTogether(begin, each, pieces) : std::vector<Stretch>(1);
       for (Stretch& stretch : stretches) {
         stretch.end = std::max(stretch.end, begin);
