@@ -7,9 +7,9 @@
 namespace orlocal::store {
 namespace {
 
-/// Groups of the first piece, which names the zones that most of the others need; of one that a thread is worth its
-/// start for, and of one that a processor keeps close.
-constexpr std::size_t kFirst = 128, kLeast = 256, kMost = 1'024;
+/// Groups of a piece that is read alone, among them the first of the file, which names the zones that most others need;
+/// a thread is worth its start for as many. Then those of one that is read beside others: what a processor keeps close.
+constexpr std::size_t kAlone = 256, kTogether = 1'024;
 
 using Stretch = CalendarReader::Stretch;
 
@@ -27,8 +27,8 @@ class Preparation {
     for (std::size_t begin = 0; begin < all;) {
       if (m_options.progress) { m_options.progress(begin, all); }
       const std::size_t left = all - begin;
-      const std::size_t pieces = begin == 0 ? 1 : std::clamp<std::size_t>(left / kLeast, 1, workers);
-      const std::size_t each = std::min(begin == 0 ? kFirst : kMost, (left + pieces - 1) / pieces);
+      const std::size_t pieces = begin == 0 ? 1 : std::clamp<std::size_t>(left / kAlone, 1, workers);
+      const std::size_t each = std::min(pieces == 1 ? kAlone : kTogether, (left + pieces - 1) / pieces);
       std::vector<Stretch> stretches = pieces > 1 ? readTogether(begin, each, pieces) : std::vector<Stretch>(1);
       for (Stretch& stretch : stretches) {
         stretch.end = std::max(stretch.end, begin);
