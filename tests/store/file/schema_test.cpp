@@ -154,6 +154,16 @@ TEST_P(SchemaOfAnOlderFile, GivesNoNumberThatItGaveBeforeWhereItsLogIsShort) {
 
 INSTANTIATE_TEST_SUITE_P(Versions, SchemaOfAnOlderFile, testing::Values(1, 2));
 
+TEST_F(SchemaOfAFile, OfTheVersionBeforeServersGetsRoomForThem) {
+  saved(plain("Course"));
+  change(backToVersion(3).c_str());
+  store = opened();
+  EXPECT_THAT(titlesIn(*store), ElementsAre("Course"));
+  auto writer = *store->startWriting();
+  EXPECT_TRUE(writer->remotes().noteUnsent(1));
+  EXPECT_TRUE(writer->commit());
+}
+
 TEST_F(SchemaOfAFile, GivesNoNumberTwice) {
   const Item first = saved(plain("first"));
   ASSERT_TRUE(store->removeEvent(first, std::nullopt, Span::kAll));
