@@ -71,6 +71,18 @@ XmlName nameOf(CalendarProperty property) {
   return dav::kDisplayName;
 }
 
+/// What was refused in an answer of many statuses; none in any other success.
+Answer<std::optional<PropStat>> refusalWithin(const HttpResponse& response) {
+  std::optional<PropStat> refused;
+  if (response.status != kMultiStatusCode) { return refused; }
+  const auto multistatus = readMultistatus(response.body);
+  if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
+  for (const DavResponse& said : multistatus->responses) {
+    if (!refused) { refused = said.refusal(); }
+  }
+  return refused;
+}
+
 }  // namespace
 
 ServerFailure DavServer::refusalIn(const HttpResponse& response) const {
@@ -96,20 +108,20 @@ Answer<Multistatus> DavServer::ask(const char* method, const std::string& url, c
   }
   auto multistatus = readMultistatus(response.body);
   if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
+  for (const DavResponse& said : multistatus->responses) {
+    // Nothing to list, since what should be listed is not there or closed to us, is no empty list.
+    if (said.status >= 400 && said.status != kTooMuch && isAbout(said, response.url, response.url)) {
+      return Refusal(refusalBy(response.url, said.status, said.errors));
+    }
+  }
   return std::move(*multistatus);
 }
 
 Answer<HttpResponse> DavServer::write(const char* method, const std::string& url, std::vector<HttpHeader> headers,
                                       std::string body) {
   ORLOCAL_TRY(auto response, send(method, url, std::move(headers), std::move(body)));
-  if (response.status != kMultiStatusCode) { return response; }
-  const auto multistatus = readMultistatus(response.body);
-  if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
-  for (const DavResponse& said : multistatus->responses) {
-    if (const auto refused = said.refusal()) {
-      return Refusal(refusalBy(response.url, refused->status, refused->errors));
-    }
-  }
+  ORLOCAL_TRY(const auto refused, refusalWithin(response));
+  if (refused) { return Refusal(refusalBy(response.url, refused->status, refused->errors)); }
   return response;
 }
 
@@ -131,11 +143,6 @@ Answer<RemoteCalendar> DavServer::calendar(const std::string& url) {
   for (const DavResponse& response : multistatus.responses) {
     if (response.hrefs.empty() || !isCalendar(response)) { continue; }
     return calendarOf(response, resolved(base, response.hrefs.front()));
-  }
-  for (const DavResponse& response : multistatus.responses) {
-    if (const auto refused = response.refusal(); refused && refused->status == response.status) {
-      return Refusal(refusalBy(base, refused->status, refused->errors));
-    }
   }
   return refusal(Trouble::kNotFound, shownUrl(base) + ": there is no calendar.", kMultiStatusCode);
 }
@@ -283,9 +290,16 @@ bool DavServer::setMissing(const RemoteCalendar& made, const NewCalendar& wanted
 }
 
 Answer<void> DavServer::setProperty(const std::string& calendar, CalendarProperty property, const std::string& value) {
-  ORLOCAL_CHECK(write("PROPPATCH", calendar, {{"Content-Type", "application/xml; charset=utf-8"}},
-                      propPatchBody(nameOf(property), value)));
-  return {};
+  ORLOCAL_TRY(const auto response, send("PROPPATCH", calendar, {{"Content-Type", "application/xml; charset=utf-8"}},
+                                        propPatchBody(nameOf(property), value)));
+  ORLOCAL_TRY(const auto refused, refusalWithin(response));
+  if (!refused) { return {}; }
+  ServerFailure failure = refusalBy(response.url, refused->status, refused->errors);
+  // Of a property these mean that the server has no such one, and not what they mean of a resource.
+  if (failure.trouble == Trouble::kNotFound || failure.trouble == Trouble::kClash) {
+    failure = {Trouble::kUnsupported, shownUrl(response.url) + ": the server does not keep that.", refused->status, {}};
+  }
+  return Refusal(std::move(failure));
 }
 
 Answer<void> DavServer::removeCalendar(const std::string& url) {
