@@ -24,7 +24,7 @@ Refusal nonsense(const std::string& url, const char* why, int status) {
 
 bool isAbout(const DavResponse& response, const std::string& base, const std::string& url) {
   return std::any_of(response.hrefs.begin(), response.hrefs.end(), [&](const std::string& href) {
-    return comparablePath(resolved(base, href)) == comparablePath(url);
+    return comparablePath(listedUrl(base, href)) == comparablePath(url);
   });
 }
 
@@ -34,7 +34,7 @@ std::optional<std::string> memberUrl(const DavResponse& response, const std::str
   if (href.empty() || href.ends_with('/') || (type != nullptr && type->child(dav::kCollection) != nullptr)) {
     return std::nullopt;
   }
-  std::string url = resolved(base, href);
+  std::string url = listedUrl(base, href);
   return comparablePath(url) == comparablePath(base) ? std::nullopt : std::optional(std::move(url));
 }
 
@@ -132,7 +132,7 @@ Answer<std::vector<RemoteCalendar>> DavServer::calendars(const std::string& home
   for (const DavResponse& response : multistatus.responses) {
     if (response.status == kTooMuch) { return Refusal(refusalBy(base, kTooMuch, response.errors)); }
     if (response.hrefs.empty() || !isCalendar(response)) { continue; }
-    found.push_back(calendarOf(response, resolved(base, response.hrefs.front())));
+    found.push_back(calendarOf(response, listedUrl(base, response.hrefs.front())));
   }
   return found;
 }
@@ -142,7 +142,7 @@ Answer<RemoteCalendar> DavServer::calendar(const std::string& url) {
   ORLOCAL_TRY(const auto multistatus, ask("PROPFIND", url, "0", propFindBody(calendarProperties()), base));
   for (const DavResponse& response : multistatus.responses) {
     if (response.hrefs.empty() || !isCalendar(response)) { continue; }
-    return calendarOf(response, resolved(base, response.hrefs.front()));
+    return calendarOf(response, listedUrl(base, response.hrefs.front()));
   }
   return refusal(Trouble::kNotFound, shownUrl(base) + ": there is no calendar.", kMultiStatusCode);
 }
@@ -171,6 +171,9 @@ Answer<RemoteChanges> DavServer::changesSince(const std::string& calendar, const
         changes.changed.push_back({std::move(*url), etagOf(response)});
       }
     }
+  }
+  if (changes.more && (changes.token.empty() || changes.token == token)) {
+    return nonsense(base, "the server says that there is more, and never how to go on", kMultiStatusCode);
   }
   return changes;
 }
@@ -207,7 +210,7 @@ Answer<RemoteTexts> DavServer::texts(const std::string& calendar, std::span<cons
   }
   std::map<std::string, const DavResponse*> said;
   for (const DavResponse& response : multistatus->responses) {
-    for (const std::string& href : response.hrefs) { said.emplace(comparablePath(resolved(base, href)), &response); }
+    for (const std::string& href : response.hrefs) { said.emplace(comparablePath(listedUrl(base, href)), &response); }
   }
   for (const std::string& url : urls) {
     const auto found = said.find(comparablePath(url));
@@ -241,10 +244,8 @@ Answer<Written> DavServer::put(const std::string& url, const std::string& text, 
   ORLOCAL_TRY(const auto response, write("PUT", url, std::move(headers), text));
   Written written{url, response.header("ETag").value_or("")};
   const auto location = response.header("Location");
-  std::string place = location ? resolved(response.url, *location) : response.url;
-  if (comparablePath(place) != comparablePath(url) || originOf(place) != originOf(url)) {
-    written.url = std::move(place);
-  }
+  std::string place = location ? listedUrl(response.url, *location) : response.url;
+  if (comparablePath(place) != comparablePath(url)) { written.url = std::move(place); }
   return written;
 }
 
@@ -261,10 +262,9 @@ Answer<RemoteCalendar> DavServer::makeCalendar(const std::string& url, const New
   if (!made && made.error().status == 0) { return Refusal(made.error()); }
   auto stands = calendar(url);
   if (!made) {
-    ServerFailure failure = made.error();
     // 403, 405 and 409 are what servers say of a name that is taken.
-    if (stands) { failure.trouble = Trouble::kClash; }
-    return Refusal(std::move(failure));
+    return stands ? refusal(Trouble::kClash, shownUrl(url) + ": a calendar is there already.", made.error().status)
+                  : Refusal(made.error());
   }
   if (!stands && stands.error().trouble == Trouble::kNotFound) {
     return refusal(Trouble::kUnsupported, shownUrl(url) + ": the server says that it made the calendar, and has none.",

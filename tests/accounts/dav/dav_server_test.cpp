@@ -249,6 +249,15 @@ TEST_F(DavServerRequests, AreToldThatThereIsMore) {
   EXPECT_EQ(changes->token, "data:,1795215359-27");
 }
 
+TEST_F(DavServerRequests, AreNotSentInACircle) {
+  const std::string more = "<D:response><D:href>/cal/</D:href><D:status>HTTP/1.1 507 x</D:status></D:response>";
+  transport.on("REPORT " + kCal, 207, multistatusOf(more + "<D:sync-token>same</D:sync-token>"));
+  EXPECT_TRUE(server.changesSince(kCal, "other"));
+  EXPECT_EQ(server.changesSince(kCal, "same").error().trouble, Trouble::kNonsense);
+  transport.on("REPORT https://h/cal/", 207, multistatusOf(more));
+  EXPECT_EQ(server.changesSince("https://h/cal/", "").error().trouble, Trouble::kNonsense);
+}
+
 TEST_F(DavServerRequests, ResolveNamesRelativeToTheCalendar) {
   transport.on("REPORT https://h/ann/calendar/", 207, dialect("numbered_prefixes_sync"));
   const auto changes = server.changesSince("https://h/ann/calendar/", "");
@@ -402,6 +411,16 @@ TEST_F(DavServerRequests, AreToldWhereTheServerPutTheItem) {
   EXPECT_EQ(server.put(kCal + "n.ics", "text", Precondition::isNew())->url, kCal + "uid-1.ics");
   transport.on("PUT " + kCal + "s@me.ics", 201, "", {{"Location", "/cal/s%40me.ics"}});
   EXPECT_EQ(server.put(kCal + "s@me.ics", "text", Precondition::isNew())->url, kCal + "s@me.ics");
+}
+
+TEST_F(DavServerRequests, AreNotLedAwayFromTlsByAServerThatDoesNotKnowOfIt) {
+  transport.on("PUT " + kCal + "n.ics", 201, "", {{"Location", "http://dav.example.org:8080/cal/n.ics"}});
+  EXPECT_EQ(server.put(kCal + "n.ics", "text", Precondition::isNew())->url, kCal + "n.ics");
+  transport.on(
+      "REPORT " + kCal, 207,
+      multistatusOf("<D:response><D:href>http://dav.example.org/cal/a.ics</D:href><D:status>HTTP/1.1 404 x</D:status>"
+                    "</D:response>"));
+  EXPECT_THAT(server.changesSince(kCal, "t")->removed, ElementsAre(kCal + "a.ics"));
 }
 
 TEST_F(DavServerRequests, LookForTheRefusalInAnAnswerOfManyStatuses) {
