@@ -63,19 +63,32 @@ Result<Account> AccountBook::named(std::string_view name) {
                  fmt::format("There is no account \"{}\"; there are {}.", name, fmt::join(known, ", ")));
 }
 
+Status AccountBook::mustBeFree(std::string_view name, const std::vector<store::Remote>& remotes,
+                               const std::vector<store::Source>& sources) {
+  for (const store::Remote& remote : remotes) {
+    const bool taken = std::any_of(sources.begin(), sources.end(), [&](const store::Source& source) {
+      return source.id == remote.source && source.title == name;
+    });
+    if (taken) {
+      return failure(ErrorCode::kRefused, fmt::format("There is an account or subscription \"{}\" already; choose "
+                                                      "another name (--name).",
+                                                      name));
+    }
+  }
+  return {};
+}
+
+Status AccountBook::mustBeFree(std::string_view name) {
+  ORLOCAL_TRY(const auto remotes, store::RemoteReader(m_store).remotes());
+  ORLOCAL_TRY(const auto sources, m_store.sources());
+  return mustBeFree(name, remotes, sources);
+}
+
 Status AccountBook::add(Account& account) {
   ORLOCAL_TRY(const auto writer, m_store.startWriting());
   ORLOCAL_TRY(const auto remotes, writer->remotes().remotes());
   ORLOCAL_TRY(const auto sources, writer->sources());
-  for (const store::Remote& remote : remotes) {
-    const bool taken = std::any_of(sources.begin(), sources.end(), [&](const store::Source& source) {
-      return source.id == remote.source && source.title == account.name;
-    });
-    if (taken) {
-      return failure(ErrorCode::kRefused,
-                     fmt::format("There is an account \"{}\" already; choose another name (--name).", account.name));
-    }
-  }
+  ORLOCAL_CHECK(mustBeFree(account.name, remotes, sources));
   store::Source source{0, "", typeOf(account.settings.kind), account.name};
   ORLOCAL_CHECK(writer->makeSource(source));
   account.source = source.id;

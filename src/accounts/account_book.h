@@ -9,6 +9,7 @@
 #include "accounts/sync/account_state.h"
 #include "base/result.h"
 #include "store/calendar_store.h"
+#include "store/model/remote.h"
 
 namespace orlocal::accounts {
 
@@ -31,6 +32,8 @@ class AccountBook {
   /// `kNotFound`, naming those that there are, when there is none of that name.
   Result<Account> named(std::string_view name);
 
+  /// Fails when an account has that name already.
+  Status mustBeFree(std::string_view name);
   /// Makes its source. `identifier` and `source` are filled in. A name that is taken is refused.
   Status add(Account& account);
   Status saveSettings(const Account& account);
@@ -41,6 +44,8 @@ class AccountBook {
   Result<std::size_t> unsentOf(const Account& account);
 
  private:
+  static Status mustBeFree(std::string_view name, const std::vector<store::Remote>& remotes,
+                           const std::vector<store::Source>& sources);
   Status save(const Account& account);
 
   store::CalendarStore& m_store;

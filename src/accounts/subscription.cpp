@@ -101,6 +101,7 @@ struct Items {
   std::vector<store::ItemGroup> groups;
   std::map<std::string, std::string> zones;
   std::optional<store::Rgb> color;
+  std::string title;  ///< empty when the text has none
   bool hasReminders = false;
   store::ReadProblems problems;
 };
@@ -118,7 +119,10 @@ Result<Items> itemsOf(std::string text, const std::string& name, const std::atom
     items.hasReminders = items.hasReminders || kind == store::ItemKind::kReminder;
     items.groups.push_back(std::move(group));
   }
-  if (!reader.calendars().empty()) { items.color = reader.calendars().front().color; }
+  if (!reader.calendars().empty()) {
+    items.color = reader.calendars().front().color;
+    items.title = reader.calendars().front().name;
+  }
   items.zones = reader.privateZones();
   return items;
 }
@@ -215,6 +219,15 @@ class Refresh {
   std::unordered_set<std::string> m_refused;
 };
 
+/// Of an address that tells nothing of its content: its last part, without what says that it is a calendar.
+std::string nameFor(const std::string& address) {
+  std::string path = isHere(address) ? address : std::string(pathOf(address));
+  path = path.substr(0, path.find('?'));
+  std::string name = decoded(path.substr(path.find_last_of('/') + 1));
+  if (name.ends_with(".ics")) { name.resize(name.size() - 4); }
+  return name.empty() ? hostOf(addressesOf(address).front()) : name;
+}
+
 Answer<void> refresh(store::CalendarStore& store, Transport& transport, Account& account, SyncReport& report,
                      const SyncOptions& options) {
   ORLOCAL_TRY(Content content, fetched(transport, account.settings.address, account.state));
@@ -229,7 +242,31 @@ Answer<void> refresh(store::CalendarStore& store, Transport& transport, Account&
   return {};
 }
 
+Answer<SyncReport> added(store::CalendarStore& store, Account& account, Items items, const Clock& clock) {
+  account.state.lastTry = account.state.lastSuccess = clock.now();
+  AccountBook book(store);
+  ORLOCAL_STORE_CHECK(book.add(account));
+  SyncReport report;
+  const Status written = Refresh(store, account, std::move(items), report).run();
+  if (written) { return report; }
+  ORLOCAL_STORE_CHECK(book.remove(account));
+  return refusedByStore(written.error());
+}
+
 }  // namespace
+
+Answer<SyncReport> subscribe(store::CalendarStore& store, Transport& transport, const Clock& clock, Account& account,
+                             const SyncOptions& options) {
+  ORLOCAL_TRY(Content content, fetched(transport, account.settings.address, {}));
+  const std::string text = std::move(content.text).value_or("");
+  account.state.wishedInterval = wishedInterval(text);
+  account.state.etag = std::move(content.etag);
+  account.state.lastModified = std::move(content.lastModified);
+  const std::string shown = shownUrl(account.settings.address);
+  ORLOCAL_STORE_TRY(Items items, itemsOf(text, account.name.empty() ? shown : account.name, options.stop));
+  if (account.name.empty()) { account.name = items.title.empty() ? nameFor(account.settings.address) : items.title; }
+  return added(store, account, std::move(items), clock);
+}
 
 SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, const Clock&, Account& account,
                                const SyncOptions& options) {

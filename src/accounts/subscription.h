@@ -14,4 +14,10 @@ namespace orlocal::accounts {
 SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, const Clock& clock, Account& account,
                                const SyncOptions& options);
 
+/// Fetches what `account.settings.address` has and makes a subscription of it: its source, its calendar and the items.
+/// A text that cannot be fetched or is no calendar makes nothing. An account without a name gets the calendar's own, or
+/// one made of the address; a name that is taken is refused.
+Answer<SyncReport> subscribe(store::CalendarStore& store, Transport& transport, const Clock& clock, Account& account,
+                             const SyncOptions& options);
+
 }  // namespace orlocal::accounts

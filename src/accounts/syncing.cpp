@@ -76,10 +76,12 @@ Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const 
   state.notBefore.reset();
   if (report.failure) {
     state.failure = report.failure->message;
+    state.trouble = report.failure->trouble;
     ++state.failures;
     if (report.failure->retryAfter) { state.notBefore = *state.lastTry + *report.failure->retryAfter; }
   } else {
     state.failure.clear();
+    state.trouble.reset();
     state.failures = 0;
     state.lastSuccess = state.lastTry;
   }

@@ -39,7 +39,8 @@ KNOWS = {
     "host/plugin": {"base", "host/fmwrapper", "platform/host"},
     "host/calc": {"base", "host/fmwrapper"},
     "host/console": {"base", "host/calc", "host/fmwrapper", "host/plugin"},
-    "host/commands": {"host", "host/calc", "host/console", "host/fmwrapper", "host/plugin", *SHOWN, "store/file"},
+    "host/commands": {"accounts", "accounts/discovery", "accounts/sync", "accounts/transport", "host", "host/calc",
+                      "host/console", "host/fmwrapper", "host/plugin", *SHOWN, "store/file", "store/icalendar"},
     "host": {"base", "host/calc", "host/commands", "host/console", "host/fmwrapper", "host/plugin"},
 }
 

@@ -1,5 +1,7 @@
 #include "accounts/sync/account_state.h"
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 namespace orlocal::accounts {
@@ -8,6 +10,38 @@ namespace {
 using nlohmann::json;
 
 constexpr const char* kKinds[] = {"caldav", "subscription", "birthdays"};
+
+constexpr struct {
+  Trouble trouble;
+  std::string_view name;
+} kTroubleNames[] = {
+    {Trouble::kUnreachable, "unreachable"},
+    {Trouble::kAnswerLost, "answerLost"},
+    {Trouble::kUntrusted, "untrusted"},
+    {Trouble::kUnauthorized, "unauthorized"},
+    {Trouble::kForbidden, "forbidden"},
+    {Trouble::kNotFound, "notFound"},
+    {Trouble::kClash, "clash"},
+    {Trouble::kPrecondition, "precondition"},
+    {Trouble::kLocked, "locked"},
+    {Trouble::kTooLarge, "tooLarge"},
+    {Trouble::kRefused, "refused"},
+    {Trouble::kLater, "later"},
+    {Trouble::kFull, "full"},
+    {Trouble::kInvalidToken, "invalidToken"},
+    {Trouble::kUnsupported, "unsupported"},
+    {Trouble::kServerError, "serverError"},
+    {Trouble::kNonsense, "nonsense"},
+    {Trouble::kInterrupted, "interrupted"},
+    {Trouble::kNoSecret, "noSecret"},
+    {Trouble::kStore, "store"},
+};
+
+std::string_view nameOf(Trouble trouble) {
+  return std::find_if(std::begin(kTroubleNames), std::end(kTroubleNames),
+                      [&](const auto& row) { return row.trouble == trouble; })
+      ->name;
+}
 
 json momentJson(const std::optional<store::Moment>& moment) {
   return moment ? json(moment->time_since_epoch().count()) : json(nullptr);
@@ -34,6 +68,13 @@ class JsonFields {
   }
   void read(const char* name, std::optional<std::chrono::seconds>& seconds) const {
     if (const auto value = number(name)) { seconds = std::chrono::seconds(*value); }
+  }
+  void read(const char* name, std::optional<Trouble>& trouble) const {
+    std::string word;
+    read(name, word);
+    for (const auto& row : kTroubleNames) {
+      if (row.name == word) { trouble = row.trouble; }
+    }
   }
   void read(const char* name, Keeps& keeps) const {
     if (const auto value = number(name); value && *value >= 0 && *value <= 2) { keeps = static_cast<Keeps>(*value); }
@@ -98,6 +139,7 @@ std::string AccountState::text() const {
               {"failure", failure},
               {"failures", failures},
               {"notBefore", momentJson(notBefore)}};
+  if (trouble) { object["trouble"] = nameOf(*trouble); }
   if (!etag.empty()) { object["etag"] = etag; }
   if (!lastModified.empty()) { object["lastModified"] = lastModified; }
   if (wishedInterval) { object["wishedInterval"] = wishedInterval->count(); }
@@ -117,6 +159,7 @@ Result<AccountState> AccountState::ofText(std::string_view text) {
   fields.read("lastTry", state.lastTry);
   fields.read("lastSuccess", state.lastSuccess);
   fields.read("failure", state.failure);
+  fields.read("trouble", state.trouble);
   fields.read("failures", state.failures);
   fields.read("notBefore", state.notBefore);
   fields.read("etag", state.etag);

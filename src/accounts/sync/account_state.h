@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "accounts/transport/answer.h"
 #include "base/result.h"
 #include "store/model/model.h"
 
@@ -41,6 +42,7 @@ struct AccountState {
   Keeps removeConditions = Keeps::kUnknown;  ///< If-Match of DELETE
   std::optional<store::Moment> lastTry, lastSuccess;
   std::string failure;                     ///< of the last try; empty when it went well
+  std::optional<Trouble> trouble;          ///< of what kind it was
   int failures = 0;                        ///< tries in a row that failed
   std::optional<store::Moment> notBefore;  ///< the next try, where the server asked for patience
   /// Of a subscription: what the server said of the text that was taken in last.

@@ -129,7 +129,9 @@ Result<ExitStatus> runCalendars(CommandContext& context) {
 }  // namespace
 
 void registerCalendarsCommand(CommandLine& line) {
-  line.add("calendars", "List the calendars and reminder lists of the store.", runCalendars);
+  CLI::App& calendars =
+      line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+  registerCalendarChanges(line, calendars);
 }
 
 }  // namespace orlocal::host
