@@ -169,6 +169,7 @@ Answer<void> Fetching::remember(const News& news) {
   if (!same) { m_state.asOf = now; }
   m_state.token = news.token;
   m_state.ctag = m_now.ctag;
+  m_state.trouble.clear();
   m_state.settled = quiet && same && now - *m_state.asOf >= kSettlesAfter;
   m_mirror.state = m_state.text();
   ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
