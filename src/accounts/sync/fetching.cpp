@@ -169,6 +169,9 @@ Answer<void> Fetching::takeIn(RemoteTexts texts, TakingIn& takingIn) {
     }
   }
   ORLOCAL_CHECK(takingIn.texts(texts.found));
+  if (texts.missing.empty()) { return {}; }
+  // In a calendar that is gone, or cannot be seen for now, nothing is there.
+  ORLOCAL_CHECK(m_context.server.calendar(m_mirror.url));
   std::vector<std::string> keys;
   for (const std::string& url : texts.missing) { keys.push_back(comparablePath(url)); }
   return takingIn.missing(keys);
