@@ -39,7 +39,8 @@ class RemotesTest : public StoreTest {
   }
   std::vector<std::string> titles(CalendarKind kind) {
     std::vector<std::string> all;
-    for (const Calendar& calendar : *store->calendars(kind)) { all.push_back(calendar.title); }
+    const auto calendars = *store->calendars(kind);
+    for (const Calendar& calendar : calendars) { all.push_back(calendar.title); }
     return all;
   }
 
