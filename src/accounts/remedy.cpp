@@ -23,7 +23,7 @@ constexpr struct {
     {Trouble::kFull, "Make room on the server."},
     {Trouble::kLater, "Try again later."},
     {Trouble::kServerError, "Try again later; if that lasts, tell whoever runs the server."},
-    {Trouble::kNonsense, "Check the address: what answers there is no calendar server."},
+    {Trouble::kNonsense, "Check the address."},
     {Trouble::kUnsupported, "Check the address: the server there cannot do what is needed."},
     {Trouble::kNoSecret, "Check the command or file that has the password."},
 };
