@@ -135,7 +135,9 @@ std::unique_ptr<store::CalendarStore> openStore(const std::filesystem::path& fil
 
 std::size_t importFile(const std::filesystem::path& store, const std::filesystem::path& calendar) {
   const auto opened = openStore(store);
-  const auto report = orThrow(store::importCalendarFile(*opened, calendar, {}));
+  store::ImportOptions options;
+  options.workers = store::workersThatPay();
+  const auto report = orThrow(store::importCalendarFile(*opened, calendar, options));
   if (report.refused != 0) { throw std::runtime_error("a measured item was refused"); }
   return report.added + report.updated + report.unchanged;
 }

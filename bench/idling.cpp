@@ -52,6 +52,13 @@ void measureIdling(Report& report, const Setting& setting) {
   row.name = "processor time of a second, idle host";
   row.events = events;
   report.add(std::move(row));
+
+  const auto difference = [&] { return Outcome{host().amount - nothing().amount, 1}; };
+  Row above = compare(setting.smoke ? 1 : 5, {"", difference}, {});
+  above.name = "the same above the waiting";
+  above.events = events;
+  above.aim = 0.3e-3;
+  report.add(std::move(above));
 }
 
 }  // namespace orlocal::bench

@@ -9,7 +9,7 @@
 namespace orlocal::bench {
 namespace {
 
-/// Into a new store, in a process of its own.
+/// Into a new store, in a process of its own, which reads with several threads.
 Contender importing(std::string name, const Setting& setting, const std::filesystem::path& calendar) {
   return {std::move(name), [store = setting.folder / "imported.db", calendar] {
             removeStore(store);
@@ -40,7 +40,7 @@ void measureImport(Report& report, const Setting& setting) {
     Row row = compare(setting.fewRoundsFor(events), importing("", setting, calendar), {bareParse(calendar)});
     row.name = "import of a file";
     row.events = events;
-    row.aim = 2.5;
+    row.aim = 1.0;
     report.add(std::move(row));
   }
 

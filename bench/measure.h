@@ -43,6 +43,7 @@ struct Row {
   std::size_t events = 0;  ///< size of the store; 0 where that does not matter
   Unit unit = Unit::kSeconds;
   double aim = 0;  ///< what the ratio to the first floor, or the amount where there is none, shall not pass; 0 is none
+  double growthAim = 0;  ///< the same for the cost of one row beside that in the store that growth is measured from
   Side subject;
   std::vector<Side> floors;
 };

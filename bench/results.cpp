@@ -13,7 +13,7 @@ using Json = nlohmann::json;
 NLOHMANN_JSON_SERIALIZE_ENUM(Unit, {{Unit::kSeconds, "s"}, {Unit::kPerSecond, "1/s"}, {Unit::kMebibytes, "MiB"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Spread, low, median, high)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Side, name, rows, amount, ratio)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Row, name, events, unit, aim, subject, floors)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Row, name, events, unit, aim, growthAim, subject, floors)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InstructionCount, task, events, instructions)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Results, date, threads, rows, instructions, notes)
 

@@ -90,10 +90,10 @@ void measureSaving(Report& report, const Setting& setting) {
     double aim;
     int count;
     Prepare prepare;
-  } kinds[] = {{"save a new event", 1.5, many, savingNew},
+  } kinds[] = {{"save a new event", 1.2, many, savingNew},
                {"update an event", 0, many, updating},
                {"remove an event", 0, many, removing},
-               {"split a series of 1,000", 0, many / 10, splitting}};
+               {"split a series of 1,000", 1.5, many / 10, splitting}};
   const auto inserts = setting.folder / "inserts.floor";
   for (const std::size_t events : setting.sizes) {
     useStore(copyOfStore(setting, events, "saving"));

@@ -43,7 +43,9 @@ std::string grouped(std::size_t number) {
 }
 
 std::string aimText(const Row& row) {
-  return row.aim <= 0 ? "" : fmt::format("{:g}{}", row.aim, aimedAt(row) <= row.aim ? "" : " (missed)");
+  if (row.aim <= 0) { return ""; }
+  const std::string aim = row.floors.empty() ? amountText(row.unit, row.aim) : fmt::format("{:g}", row.aim);
+  return aim + (aimedAt(row) <= row.aim ? "" : " (missed)");
 }
 
 /// A table with a column for each size of store, after others.
@@ -81,15 +83,21 @@ class SizeTable {
   std::string m_text;
 };
 
-/// The aim, and in which stores it is missed.
-std::string aimText(const Series& series) {
-  const double aim = series.base().aim;
-  if (aim <= 0) { return ""; }
-  std::string missed;
+/// The aims, and in which stores they are missed. `aimOf` and `reachedBy` are asked for each row.
+template <class AimOf, class ReachedBy>
+std::string aimText(const Series& series, const AimOf& aimOf, const ReachedBy& reachedBy) {
+  std::string aims, missed;
+  double before = 0;
   for (const Row& row : series.rows) {
-    if (aimedAt(row) > aim) { missed += (missed.empty() ? " (missed at " : ", ") + grouped(row.events); }
+    const double aim = aimOf(row);
+    if (aim <= 0) { continue; }
+    if (aim != before) {
+      aims += before <= 0 ? fmt::format("{:g}", aim) : fmt::format("; {:g} at {}", aim, grouped(row.events));
+    }
+    before = aim;
+    if (reachedBy(row) > aim) { missed += (missed.empty() ? " (missed at " : ", ") + grouped(row.events); }
   }
-  return fmt::format("{:g}{}", aim, missed.empty() ? "" : missed + ")");
+  return aims + (missed.empty() ? "" : missed + ")");
 }
 
 /// Ratios, and amounts where there is no floor.
@@ -106,7 +114,10 @@ std::string ratiosBySize(std::vector<Series> all) {
       };
       table.add(series,
                 fmt::format("| {} | {} |", i == 0 ? series.name : "", floors == 0 ? "" : series.base().floors[i].name),
-                cell, fmt::format(" {} |", i == 0 ? aimText(series) : ""));
+                cell,
+                fmt::format(" {} |", i == 0 ? aimText(
+                                                  series, [](const Row& row) { return row.aim; }, aimedAt)
+                                            : ""));
     }
   }
   return "Ratios to the floors, by the number of events in the store:\n\n" + table.text() + "\n";
@@ -122,7 +133,7 @@ std::string singleRows(std::vector<Series> all) {
 
 std::string growthTable(const std::vector<Series>& all) {
   if (all.empty()) { return ""; }
-  SizeTable table(all, "| what | who |", "");
+  SizeTable table(all, "| what | who |", " aim |");
   for (const Series& series : all) {
     const Row& base = series.base();
     // The subject first, then each floor.
@@ -132,7 +143,13 @@ std::string growthTable(const std::vector<Series>& all) {
           series,
           fmt::format("| {} | {} |", side == 0 ? series.name : "",
                       side == 0 ? "the plug-in" : base.floors[side - 1].name),
-          [&](const Row& row) { return of(base) > 0 ? fmt::format("{:.2f}", of(row) / of(base)) : ""; }, "");
+          [&](const Row& row) { return of(base) > 0 ? fmt::format("{:.2f}", of(row) / of(base)) : ""; },
+          side > 0 ? " |"
+                   : fmt::format(" {} |", aimText(
+                                              series, [](const Row& row) { return row.growthAim; },
+                                              [&](const Row& row) {
+                                                return row.events > base.events ? of(row) / of(base) : 0;
+                                              })));
     }
   }
   return fmt::format(

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <thread>
 #include <unordered_set>
 #include <utility>
 
@@ -10,42 +10,12 @@
 
 #include "base/try.h"
 #include "store/edits/item_writer.h"
+#include "store/prepared_file.h"
 #include "store/rows/timeline.h"
 
 namespace orlocal::store {
 
 namespace {
-
-constexpr std::size_t kProgressStep = 256;
-
-/// What a file brings, read and worked out before the store is asked for its turn to write: others go on saving
-/// meanwhile.
-struct PreparedFile {
-  std::vector<CalendarHead> calendars;
-  std::vector<ItemGroup> groups;
-  std::map<std::string, std::string> zones;
-  ReadProblems problems;
-};
-
-bool stopped(const ImportOptions& options) { return options.stop != nullptr && options.stop->load(); }
-
-Failed wasStopped() { return failure(ErrorCode::kInterrupted, "the import was stopped; nothing was written"); }
-
-Result<PreparedFile> prepare(CalendarReader reader, const ImportOptions& options) {
-  reader.stopWhen(options.stop);
-  PreparedFile file;
-  file.problems = reader.problems();
-  file.groups.reserve(reader.size());
-  for (std::size_t i = 0; i < reader.size(); ++i) {
-    if (options.progress && i % kProgressStep == 0) { options.progress(i, reader.size()); }
-    ItemGroup group = reader.read(i, file.problems);
-    if (stopped(options)) { return wasStopped(); }
-    if (group.main || !group.changed.empty()) { file.groups.push_back(std::move(group)); }
-  }
-  file.calendars = reader.calendars();
-  file.zones = reader.privateZones();
-  return file;
-}
 
 /// Of the calendar that items of this kind go to; empty for the default one.
 std::string_view titleFor(CalendarKind kind, const CalendarHead& head, const ImportOptions& options) {
@@ -56,16 +26,17 @@ std::string_view titleFor(CalendarKind kind, const CalendarHead& head, const Imp
 /// Points into `file`.
 std::vector<AnnouncedItem> announcedItems(PreparedFile& file, const ImportOptions& options) {
   std::vector<AnnouncedItem> all;
-  all.reserve(file.groups.size());
   const auto announce = [&](ItemGroup& group, const CalendarHead& head) {
     if (!group.main) { return; }
     const bool isSeries = !group.main->recurrence.empty() || !group.changed.empty();
     all.push_back({&*group.main, titleFor(calendarKindOf(group.main->kind), head, options), isSeries});
   };
-  for (ItemGroup& group : file.groups) {
-    const CalendarHead& head = file.calendars[group.calendar];
-    announce(group, head);
-    for (ItemGroup& later : group.later) { announce(later, head); }
+  for (std::vector<ItemGroup>& piece : file.pieces) {
+    for (ItemGroup& group : piece) {
+      const CalendarHead& head = file.calendars[group.calendar];
+      announce(group, head);
+      for (ItemGroup& later : group.later) { announce(later, head); }
+    }
   }
   return all;
 }
@@ -77,10 +48,13 @@ class Importer {
 
   Result<ImportReport> run() {
     for (const auto& [name, text] : m_file.zones) { ORLOCAL_CHECK(m_writer.putZone(name, text)); }
-    const std::size_t all = m_file.groups.size();
-    for (std::size_t i = 0; i < all; ++i) {
-      if (i % kProgressStep == 0 && stopped(m_options)) { return wasStopped(); }
-      ORLOCAL_CHECK(write(m_file.groups[i]));
+    std::size_t all = 0;
+    for (std::vector<ItemGroup>& piece : m_file.pieces) {
+      if (isStopped(m_options)) { return importWasStopped(); }
+      // Let go of while it is at hand: by the end of the file it would have to be fetched again.
+      std::vector<ItemGroup> groups = std::move(piece);
+      for (ItemGroup& group : groups) { ORLOCAL_CHECK(write(group)); }
+      all += groups.size();
     }
     ORLOCAL_CHECK(m_writer.commit());
     if (m_options.progress) { m_options.progress(all, all); }
@@ -205,21 +179,28 @@ class Importer {
   ImportReport m_report;
   std::vector<std::array<std::optional<CalendarId>, 2>> m_targets;  ///< by calendar of the file and kind
   /// Within one calendar each UID is one group already, unless a series was cut into several.
-  bool m_mayMeetAgain = m_file.calendars.size() > 1 ||
-                        std::any_of(m_file.groups.begin(), m_file.groups.end(),
-                                    [](const ItemGroup& group) { return !group.later.empty(); });
+  bool m_mayMeetAgain = m_file.calendars.size() > 1 || std::ranges::any_of(m_file.pieces, [](const auto& piece) {
+                          return std::ranges::any_of(piece,
+                                                     [](const ItemGroup& group) { return !group.later.empty(); });
+                        });
   std::unordered_set<std::string> m_seen;
 };
 
 Result<ImportReport> import(CalendarStore& store, Result<CalendarReader> reader, const ImportOptions& options) {
   ORLOCAL_CHECK(reader);
-  ORLOCAL_TRY(PreparedFile prepared, prepare(std::move(*reader), options));
+  ORLOCAL_TRY(PreparedFile prepared, prepareFile(std::move(*reader), options));
   const auto announced = announcedItems(prepared, options);
   ORLOCAL_TRY(const auto writer, store.startWriting({announced, options.stop}));
   return Importer(std::move(prepared), *writer, options).run();
 }
 
 }  // namespace
+
+unsigned workersThatPay() {
+  // The more of them read, the less it matters beside writing, which one does alone.
+  constexpr unsigned kMost = 4;
+  return std::clamp(std::thread::hardware_concurrency(), 1U, kMost);
+}
 
 Result<ImportReport> importCalendarFile(CalendarStore& store, const std::filesystem::path& file,
                                         const ImportOptions& options) {

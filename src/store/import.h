@@ -25,7 +25,14 @@ struct ImportOptions {
   std::function<void(std::size_t, std::size_t)> progress;
   /// Asked now and then; when set, the import ends with `kInterrupted` and nothing is written.
   const std::atomic<bool>* stop = nullptr;
+  /// Threads that read the file, the caller's own among them; the others end before anything is written. What is
+  /// imported and reported is the same with any number. More than one is for a program that is its own master: in the
+  /// process of a host none is started.
+  unsigned workers = 1;
 };
+
+/// As many as make an import faster on this machine.
+unsigned workersThatPay();
 
 /// What an import did. An item is a single event, a reminder, or a series with its changed occurrences.
 struct ImportReport {

@@ -95,7 +95,7 @@ class Salvaging {
   void findItems() {
     const auto ids = numbersOf({"SELECT id FROM items", "SELECT id FROM items ORDER BY id DESC",
                                 "SELECT id FROM items INDEXED BY items_by_uuid", "SELECT item FROM timeline"},
-                               "SELECT seq FROM sqlite_sequence WHERE name = 'items'");
+                               "SELECT max(seq) FROM changes");
     const std::set<std::int64_t> certain = m_certain;
     for (const std::int64_t id : ids) {
       const auto item = m_rows.read(id);

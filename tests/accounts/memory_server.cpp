@@ -77,6 +77,9 @@ HttpResponse MemoryServer::handle(const HttpRequest& request) {
   }
   if (request.method == "MKCALENDAR") { return handleMkCalendar(request, place); }
   if (request.method == "PUT") { return handlePut(request, place); }
+  if (quirks.missesPrecondition && request.method == "DELETE" && headerOf(request, "If-Match") && !findItem(place)) {
+    return answer(412);
+  }
   if (place.kind == Place::Kind::kNowhere || (place.kind == Place::Kind::kCalendar && findCalendar(place) == nullptr) ||
       (place.kind == Place::Kind::kItem && findItem(place) == nullptr)) {
     return answer(404);

@@ -26,6 +26,7 @@ struct Quirks {
   bool overwritesNew = false;       ///< `If-None-Match: *` is not looked at
   bool createsMissing = false;      ///< nor is `If-Match` where nothing is
   bool removesWhatChanged = false;  ///< nor is that of DELETE
+  bool missesPrecondition = false;  ///< DELETE of what is not there is 412 when it has an `If-Match`, not 404
 
   // Change reports.
   bool hasNoSync = false;  ///< no sync-collection, no token

@@ -267,6 +267,12 @@ TEST_F(ServerInMemory, MayIgnorePreconditions) {
   EXPECT_TRUE(client.put(item("a.ics"), eventText("a"), Precondition::isAsKnown("\"old\"")));
 }
 
+TEST_F(ServerInMemory, MayMissAPreconditionRatherThanAnItem) {
+  EXPECT_EQ(client.remove(item("none.ics"), "\"1\"").error().trouble, Trouble::kNotFound);
+  server.quirks.missesPrecondition = true;
+  EXPECT_EQ(client.remove(item("none.ics"), "\"1\"").error().trouble, Trouble::kPrecondition);
+}
+
 TEST_F(ServerInMemory, MayGiveOldEtagsAgainOrNone) {
   server.quirks.recyclesEtags = true;
   const std::string first = server.putAs(item("a.ics"), eventText("a"));

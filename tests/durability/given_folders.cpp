@@ -107,14 +107,21 @@ void execute(const fs::path& file, const char* sql) {
   orThrow(database.execute(sql));
 }
 
-/// A process that ends without letting go.
-void leaveLog(const fs::path& folder, int commits) {
+/// In whole pages of the store; a header goes with each.
+std::uintmax_t pagesOfLog(const fs::path& folder) {
+  std::error_code none;
+  const auto bytes = fs::file_size(folder / "calendar.db-wal", none);
+  return none ? 0 : bytes / (4096 + 24);
+}
+
+/// A process that ends without letting go, when its changes fill so many pages or a few more.
+void leaveLog(const fs::path& folder, std::uintmax_t pages) {
   const pid_t child = ::fork();
   if (child == 0) {
     Session session(folder);
     const auto store = session.store();
     bool saved = store.has_value();
-    for (int i = 0; i < commits && saved; ++i) {
+    for (int i = 0; saved && pagesOfLog(folder) < pages; ++i) {
       const auto event = itemTitled(**store, "before 0");
       store::Item edited = *event;
       edited.notes = std::string(500, 'n') + std::to_string(i);
@@ -125,6 +132,13 @@ void leaveLog(const fs::path& folder, int commits) {
   int status = 0;
   ::waitpid(child, &status, 0);
   if (status != 0) { throw std::runtime_error("no log was left"); }
+}
+
+void writeOldStore(const fs::path& file) {
+  std::ifstream stream(ORLOCAL_TEST_DATA "/../store/data/format_2.sql");
+  const std::string sql{std::istreambuf_iterator<char>(stream), {}};
+  std::ofstream(file).close();
+  execute(file, sql.c_str());
 }
 
 void damage(const fs::path& file) {
@@ -139,21 +153,21 @@ fs::path givenIn(const fs::path& folder, Given given) {
 }
 
 void makeGivens(const fs::path& folder) {
-  // So many commits of some pages each are more than a thousand pages, at which a commit empties the log.
-  constexpr int kLogNearlyFull = 240;
+  // The commit that brings it to a thousand pages empties the log; a change of an event takes two, a new one four.
+  constexpr std::uintmax_t kShortLog = 3, kLogNearlyFull = 997;
   for (int i = 0; i < kGivens; ++i) {
     const auto given = static_cast<Given>(i);
     const auto place = givenIn(folder, given);
     fs::create_directory(place);
     if (given == Given::kNothing) {
       writeFiles(place);
-    } else if (given != Given::kBackupAlone) {
+    } else if (given != Given::kBackupAlone && given != Given::kOldFormat) {
       writeStore(place);
     }
     const auto file = place / "calendar.db";
-    if (given == Given::kLog) { leaveLog(place, 2); }
+    if (given == Given::kLog) { leaveLog(place, kShortLog); }
     if (given == Given::kFullLog) { leaveLog(place, kLogNearlyFull); }
-    if (given == Given::kOldFormat) { execute(file, "PRAGMA user_version = 1; PRAGMA wal_checkpoint(TRUNCATE)"); }
+    if (given == Given::kOldFormat) { writeOldStore(file); }
     if (given == Given::kOldZones) {
       execute(
           file,

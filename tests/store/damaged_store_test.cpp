@@ -119,11 +119,11 @@ struct Damage {
 
 TEST_F(DamagedFile, IsReportedAsDamagedWithASafeRemedy) {
   constexpr Damage kDamages[] = {
-      {"UPDATE items SET title = CAST(x'61ff62' AS TEXT) WHERE uid = 'single'", "Item 1 "},
-      {"UPDATE items SET kind = 7 WHERE uid = 'single'", "Item 1 "},
-      {"UPDATE items SET \"start\" = 99999999999999 WHERE uid = 'single'", "Item 1 "},
-      {"UPDATE items SET alarms = x'01ff7f0000000000' WHERE uid = 'single'", "Item 1 "},
-      {"UPDATE items SET \"start\" = NULL WHERE uid = 'single'", "Item 1 "},
+      {"UPDATE items SET title = CAST(x'61ff62' AS TEXT) WHERE uid = 'single'", "Item 3 "},
+      {"UPDATE items SET kind = 7 WHERE uid = 'single'", "Item 3 "},
+      {"UPDATE items SET \"start\" = 99999999999999 WHERE uid = 'single'", "Item 3 "},
+      {"UPDATE items SET alarms = x'01ff7f0000000000' WHERE uid = 'single'", "Item 3 "},
+      {"UPDATE items SET \"start\" = NULL WHERE uid = 'single'", "Item 3 "},
       {"UPDATE calendars SET kind = 9 WHERE title = 'Calendar'", "calendar 1 "},
       {"UPDATE calendars SET title = CAST(x'ff' AS TEXT) WHERE title = 'Calendar'", "calendar 1 "},
       {"UPDATE sources SET type = 9", "source"},
@@ -160,11 +160,11 @@ TEST_F(DamagedFile, IsRefusedWithForeignOrMissingDefinitions) {
       {"ALTER TABLE items ADD COLUMN more", "items"},
       {"DROP INDEX items_by_uid; CREATE INDEX items_by_uid ON items(uid)", "items_by_uid"},
   };
-  for (const int version : {1, 2, 3}) {
+  for (const int version : {1, 2, 3, 4}) {
     for (const Damage& damage : kDamages) {
       const auto damaged = copied();
-      execute(damaged, damage.sql);
       execute(damaged, backToVersion(version));
+      execute(damaged, damage.sql);
       const auto failed = firstFailure(damaged);
       ASSERT_TRUE(failed) << damage.sql;
       EXPECT_EQ(failed->code, ErrorCode::kCorrupt) << damage.sql;

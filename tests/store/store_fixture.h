@@ -49,11 +49,12 @@ inline std::string shown(Moment moment) {
 /// SQL that makes a store's file one of an earlier version.
 inline std::string backToVersion(int version) {
   std::string sql;
-  if (version < 3) {
+  if (version < 4) {
     for (const char* table : {"remotes", "mirrors", "resources", "resource_parts", "unsent", "conflicts"}) {
       sql += std::string("DROP TABLE ") + table + ";";
     }
   }
+  if (version < 3) { sql += "DROP INDEX items_by_uid; CREATE INDEX items_by_uid ON items(uid_hash, original);"; }
   return sql + "PRAGMA user_version = " + std::to_string(version);
 }
 

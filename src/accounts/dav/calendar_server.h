@@ -88,21 +88,26 @@ class CalendarServer {
   virtual Answer<std::vector<RemoteCalendar>> calendars(const std::string& home) = 0;
   virtual Answer<RemoteCalendar> calendar(const std::string& url) = 0;
 
-  /// `kInvalidToken` when the server says that the token is none; some say nothing and list everything.
+  /// `kInvalidToken` when the server says, or may mean, that the token is none; some say nothing and list everything.
+  /// An empty token asks for everything.
   virtual Answer<RemoteChanges> changesSince(const std::string& calendar, const std::string& token) = 0;
   /// Everything that is in the calendar.
   virtual Answer<std::vector<RemoteEntry>> entries(const std::string& calendar) = 0;
-  /// The texts of these, together (RFC 4791, 7.9). At most a few hundred.
+  /// The texts of these, together (RFC 4791, 7.9). At most a few hundred. Each comes back by the address that was asked
+  /// for; line ends are those of XML.
   virtual Answer<RemoteTexts> texts(const std::string& calendar, std::span<const std::string> urls) = 0;
   virtual Answer<RemoteText> text(const std::string& url) = 0;
 
+  /// `kPrecondition` when it is not so, `kClash` when another item has its UID.
   virtual Answer<Written> put(const std::string& url, const std::string& text, const Precondition& condition) = 0;
-  /// `etag` as known. `kNotFound` when it is gone already.
+  /// `etag` as known; empty when it may be whatever it is. `kNotFound` when it is gone already, for which some servers
+  /// say `kPrecondition`.
   virtual Answer<void> remove(const std::string& url, const std::string& etag) = 0;
 
   /// Gives the calendar as it then is, since servers take some of what they are told and say nothing of the rest.
   virtual Answer<RemoteCalendar> makeCalendar(const std::string& url, const NewCalendar& calendar) = 0;
-  /// `value` as text: "#RRGGBBAA" of a colour.
+  /// `value` as text: "#RRGGBBAA" of a colour. `kUnsupported` when the server does not keep such a property; some say
+  /// that all went well.
   virtual Answer<void> setProperty(const std::string& calendar, CalendarProperty property,
                                    const std::string& value) = 0;
   virtual Answer<void> removeCalendar(const std::string& url) = 0;

@@ -24,7 +24,7 @@ Refusal nonsense(const std::string& url, const char* why, int status) {
 
 bool isAbout(const DavResponse& response, const std::string& base, const std::string& url) {
   return std::any_of(response.hrefs.begin(), response.hrefs.end(), [&](const std::string& href) {
-    return comparablePath(resolved(base, href)) == comparablePath(url);
+    return comparablePath(listedUrl(base, href)) == comparablePath(url);
   });
 }
 
@@ -34,7 +34,7 @@ std::optional<std::string> memberUrl(const DavResponse& response, const std::str
   if (href.empty() || href.ends_with('/') || (type != nullptr && type->child(dav::kCollection) != nullptr)) {
     return std::nullopt;
   }
-  std::string url = resolved(base, href);
+  std::string url = listedUrl(base, href);
   return comparablePath(url) == comparablePath(base) ? std::nullopt : std::optional(std::move(url));
 }
 
@@ -71,6 +71,18 @@ XmlName nameOf(CalendarProperty property) {
   return dav::kDisplayName;
 }
 
+/// What was refused in an answer of many statuses; none in any other success.
+Answer<std::optional<PropStat>> refusalWithin(const HttpResponse& response) {
+  std::optional<PropStat> refused;
+  if (response.status != kMultiStatusCode) { return refused; }
+  const auto multistatus = readMultistatus(response.body);
+  if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
+  for (const DavResponse& said : multistatus->responses) {
+    if (!refused) { refused = said.refusal(); }
+  }
+  return refused;
+}
+
 }  // namespace
 
 ServerFailure DavServer::refusalIn(const HttpResponse& response) const {
@@ -96,20 +108,20 @@ Answer<Multistatus> DavServer::ask(const char* method, const std::string& url, c
   }
   auto multistatus = readMultistatus(response.body);
   if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
+  for (const DavResponse& said : multistatus->responses) {
+    // Nothing to list, since what should be listed is not there or closed to us, is no empty list.
+    if (said.status >= 400 && said.status != kTooMuch && isAbout(said, response.url, response.url)) {
+      return Refusal(refusalBy(response.url, said.status, said.errors));
+    }
+  }
   return std::move(*multistatus);
 }
 
 Answer<HttpResponse> DavServer::write(const char* method, const std::string& url, std::vector<HttpHeader> headers,
                                       std::string body) {
   ORLOCAL_TRY(auto response, send(method, url, std::move(headers), std::move(body)));
-  if (response.status != kMultiStatusCode) { return response; }
-  const auto multistatus = readMultistatus(response.body);
-  if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
-  for (const DavResponse& said : multistatus->responses) {
-    if (const auto refused = said.refusal()) {
-      return Refusal(refusalBy(response.url, refused->status, refused->errors));
-    }
-  }
+  ORLOCAL_TRY(const auto refused, refusalWithin(response));
+  if (refused) { return Refusal(refusalBy(response.url, refused->status, refused->errors)); }
   return response;
 }
 
@@ -120,7 +132,7 @@ Answer<std::vector<RemoteCalendar>> DavServer::calendars(const std::string& home
   for (const DavResponse& response : multistatus.responses) {
     if (response.status == kTooMuch) { return Refusal(refusalBy(base, kTooMuch, response.errors)); }
     if (response.hrefs.empty() || !isCalendar(response)) { continue; }
-    found.push_back(calendarOf(response, resolved(base, response.hrefs.front())));
+    found.push_back(calendarOf(response, listedUrl(base, response.hrefs.front())));
   }
   return found;
 }
@@ -130,12 +142,7 @@ Answer<RemoteCalendar> DavServer::calendar(const std::string& url) {
   ORLOCAL_TRY(const auto multistatus, ask("PROPFIND", url, "0", propFindBody(calendarProperties()), base));
   for (const DavResponse& response : multistatus.responses) {
     if (response.hrefs.empty() || !isCalendar(response)) { continue; }
-    return calendarOf(response, resolved(base, response.hrefs.front()));
-  }
-  for (const DavResponse& response : multistatus.responses) {
-    if (const auto refused = response.refusal(); refused && refused->status == response.status) {
-      return Refusal(refusalBy(base, refused->status, refused->errors));
-    }
+    return calendarOf(response, listedUrl(base, response.hrefs.front()));
   }
   return refusal(Trouble::kNotFound, shownUrl(base) + ": there is no calendar.", kMultiStatusCode);
 }
@@ -164,6 +171,9 @@ Answer<RemoteChanges> DavServer::changesSince(const std::string& calendar, const
         changes.changed.push_back({std::move(*url), etagOf(response)});
       }
     }
+  }
+  if (changes.more && (changes.token.empty() || changes.token == token)) {
+    return nonsense(base, "the server says that there is more, and never how to go on", kMultiStatusCode);
   }
   return changes;
 }
@@ -200,7 +210,7 @@ Answer<RemoteTexts> DavServer::texts(const std::string& calendar, std::span<cons
   }
   std::map<std::string, const DavResponse*> said;
   for (const DavResponse& response : multistatus->responses) {
-    for (const std::string& href : response.hrefs) { said.emplace(comparablePath(resolved(base, href)), &response); }
+    for (const std::string& href : response.hrefs) { said.emplace(comparablePath(listedUrl(base, href)), &response); }
   }
   for (const std::string& url : urls) {
     const auto found = said.find(comparablePath(url));
@@ -234,10 +244,8 @@ Answer<Written> DavServer::put(const std::string& url, const std::string& text, 
   ORLOCAL_TRY(const auto response, write("PUT", url, std::move(headers), text));
   Written written{url, response.header("ETag").value_or("")};
   const auto location = response.header("Location");
-  std::string place = location ? resolved(response.url, *location) : response.url;
-  if (comparablePath(place) != comparablePath(url) || originOf(place) != originOf(url)) {
-    written.url = std::move(place);
-  }
+  std::string place = location ? listedUrl(response.url, *location) : response.url;
+  if (comparablePath(place) != comparablePath(url)) { written.url = std::move(place); }
   return written;
 }
 
@@ -254,10 +262,9 @@ Answer<RemoteCalendar> DavServer::makeCalendar(const std::string& url, const New
   if (!made && made.error().status == 0) { return Refusal(made.error()); }
   auto stands = calendar(url);
   if (!made) {
-    ServerFailure failure = made.error();
     // 403, 405 and 409 are what servers say of a name that is taken.
-    if (stands) { failure.trouble = Trouble::kClash; }
-    return Refusal(std::move(failure));
+    return stands ? refusal(Trouble::kClash, shownUrl(url) + ": a calendar is there already.", made.error().status)
+                  : Refusal(made.error());
   }
   if (!stands && stands.error().trouble == Trouble::kNotFound) {
     return refusal(Trouble::kUnsupported, shownUrl(url) + ": the server says that it made the calendar, and has none.",
@@ -283,9 +290,16 @@ bool DavServer::setMissing(const RemoteCalendar& made, const NewCalendar& wanted
 }
 
 Answer<void> DavServer::setProperty(const std::string& calendar, CalendarProperty property, const std::string& value) {
-  ORLOCAL_CHECK(write("PROPPATCH", calendar, {{"Content-Type", "application/xml; charset=utf-8"}},
-                      propPatchBody(nameOf(property), value)));
-  return {};
+  ORLOCAL_TRY(const auto response, send("PROPPATCH", calendar, {{"Content-Type", "application/xml; charset=utf-8"}},
+                                        propPatchBody(nameOf(property), value)));
+  ORLOCAL_TRY(const auto refused, refusalWithin(response));
+  if (!refused) { return {}; }
+  ServerFailure failure = refusalBy(response.url, refused->status, refused->errors);
+  // Of a property these mean that the server has no such one, and not what they mean of a resource.
+  if (failure.trouble == Trouble::kNotFound || failure.trouble == Trouble::kClash) {
+    failure = {Trouble::kUnsupported, shownUrl(response.url) + ": the server does not keep that.", refused->status, {}};
+  }
+  return Refusal(std::move(failure));
 }
 
 Answer<void> DavServer::removeCalendar(const std::string& url) {

@@ -39,7 +39,7 @@ class DavServer final : public CalendarServer {
   /// A request with an XML body, whose answer must be a multistatus.
   Answer<Multistatus> ask(const char* method, const std::string& url, const char* depth, std::string body,
                           std::string& answeredFrom);
-  /// The same for writes, which answer in other ways when all went well; none of the resources may be refused.
+  /// A request that changes something: an answer of many statuses must refuse nothing.
   Answer<HttpResponse> write(const char* method, const std::string& url, std::vector<HttpHeader> headers,
                              std::string body);
   /// Sets what the server left out when it made the calendar; whether there was any.

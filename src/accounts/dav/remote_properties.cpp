@@ -52,11 +52,32 @@ std::optional<bool> mayWrite(const XmlElement& privileges) {
   return any ? std::optional(false) : std::nullopt;
 }
 
+/// Some leave out the element between.
 bool hasSyncCollection(const XmlElement& reports) {
   return std::any_of(reports.children.begin(), reports.children.end(), [](const XmlElement& supported) {
     const XmlElement* report = supported.child(dav::kReport);
-    return report != nullptr && report->child(dav::kSyncCollection) != nullptr;
+    return (report == nullptr ? supported : *report).child(dav::kSyncCollection) != nullptr;
   });
+}
+
+/// Some escape their texts before they write them as XML, which escapes them again. Then no "&" stands by itself.
+std::string unescapedOnce(std::string_view text) {
+  constexpr std::pair<std::string_view, char> kEntities[] = {{"&amp;", '&'},  {"&lt;", '<'},    {"&gt;", '>'},
+                                                             {"&quot;", '"'}, {"&apos;", '\''}, {"&#39;", '\''},
+                                                             {"&#039;", '\''}};
+  std::string plain;
+  for (std::size_t at = 0; at < text.size();) {
+    if (text[at] != '&') {
+      plain += text[at++];
+      continue;
+    }
+    const auto* known = std::find_if(std::begin(kEntities), std::end(kEntities),
+                                     [&](const auto& entity) { return text.substr(at).starts_with(entity.first); });
+    if (known == std::end(kEntities)) { return std::string(text); }
+    plain += known->second;
+    at += known->first.size();
+  }
+  return plain;
 }
 
 }  // namespace
@@ -71,10 +92,12 @@ bool isCalendar(const DavResponse& response) {
 RemoteCalendar calendarOf(const DavResponse& response, std::string url) {
   RemoteCalendar calendar;
   calendar.url = std::move(url);
-  calendar.displayName = wordOf(response, dav::kDisplayName);
+  calendar.displayName = unescapedOnce(wordOf(response, dav::kDisplayName));
   calendar.color = store::parseColor(wordOf(response, dav::kCalendarColor));
   calendar.order = numberOf(wordOf(response, dav::kCalendarOrder));
-  if (const auto words = wordOf(response, dav::kCalendarDescription); !words.empty()) { calendar.description = words; }
+  if (const auto words = wordOf(response, dav::kCalendarDescription); !words.empty()) {
+    calendar.description = unescapedOnce(words);
+  }
   calendar.events = calendar.reminders = true;
   if (const XmlElement* set = response.property(dav::kSupportedComponents); set != nullptr && !set->children.empty()) {
     readComponents(*set, calendar);

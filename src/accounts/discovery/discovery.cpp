@@ -130,7 +130,7 @@ std::vector<std::string> hrefsIn(const DavResponse& response, XmlName name) {
 std::optional<std::string> principalIn(const Page& page) {
   for (const DavResponse& response : page.content.responses) {
     const auto named = hrefsIn(response, dav::kCurrentUserPrincipal);
-    if (!named.empty()) { return resolved(page.url, named.front()); }
+    if (!named.empty()) { return listedUrl(page.url, named.front()); }
   }
   for (const DavResponse& response : page.content.responses) {
     const XmlElement* type = response.property(dav::kResourceType);
@@ -161,7 +161,7 @@ Answer<FoundAccount> Finder::accountOf(const std::string& principal) {
   found.principal = page.url;
   for (const DavResponse& response : page.content.responses) {
     for (const std::string& href : hrefsIn(response, dav::kCalendarHomeSet)) {
-      found.homes.push_back(resolved(page.url, href));
+      found.homes.push_back(listedUrl(page.url, href));
     }
     for (std::string& address : hrefsIn(response, dav::kCalendarUserAddressSet)) {
       found.addresses.push_back(std::move(address));

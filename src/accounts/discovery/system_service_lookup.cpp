@@ -93,7 +93,8 @@ std::string servicePath(Resolver& resolver, const std::string& name) {
 }  // namespace
 
 std::vector<ServiceRecord> systemServiceLookup(const std::string& service, const std::string& domain) {
-  const std::string name = service + "." + domain;
+  const std::string name =
+      service + "." + domain + ".";  // a dot at the end: no domain of this machine's is tried as well
   Resolver resolver;
   std::vector<RankedRecord> ranked = serviceRecords(resolver, name);
   std::stable_sort(ranked.begin(), ranked.end(), [](const RankedRecord& left, const RankedRecord& right) {

@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* kKinds[] = {"caldav", "subscription", "birthdays"};
+constexpr std::string_view kKinds[] = {"caldav", "subscription", "birthdays"};
 
 constexpr struct {
   Trouble trouble;
@@ -37,163 +37,170 @@ constexpr struct {
     {Trouble::kStore, "store"},
 };
 
-std::string_view nameOf(Trouble trouble) {
-  return std::find_if(std::begin(kTroubleNames), std::end(kTroubleNames),
-                      [&](const auto& row) { return row.trouble == trouble; })
-      ->name;
-}
-
-json momentJson(const std::optional<store::Moment>& moment) {
-  return moment ? json(moment->time_since_epoch().count()) : json(nullptr);
-}
-
-/// Reads fields of one object; what is missing or of another type stays as it is.
-class JsonFields {
+/// A state as a JSON object, field by field.
+class Writer {
  public:
-  explicit JsonFields(const json& object) : m_object(object) {}
+  template <class Value>
+  void operator()(const char* name, const Value& value) {
+    m_object[name] = jsonOf(value);
+  }
+  std::string text() const { return m_object.dump(-1, ' ', false, json::error_handler_t::replace); }
+
+ private:
+  template <class Value>
+  static json jsonOf(const Value& value) {
+    return value;
+  }
+  template <class Value>
+  static json jsonOf(const std::optional<Value>& value) {
+    return value ? jsonOf(*value) : json(nullptr);
+  }
+  static json jsonOf(const store::Moment& moment) { return moment.time_since_epoch().count(); }
+  static json jsonOf(const std::chrono::seconds& seconds) { return seconds.count(); }
+  static json jsonOf(const Keeps& keeps) { return static_cast<int>(keeps); }
+  static json jsonOf(const store::Rgb& color) { return {color.red, color.green, color.blue}; }
+  static json jsonOf(const AccountSettings::Kind& kind) { return kKinds[static_cast<std::size_t>(kind)]; }
+  static json jsonOf(const Trouble& trouble) {
+    return std::find_if(std::begin(kTroubleNames), std::end(kTroubleNames),
+                        [&](const auto& row) { return row.trouble == trouble; })
+        ->name;
+  }
+
+  json m_object = json::object();
+};
+
+/// The same back. What is missing, or is another program's idea of the field, stays as it is.
+class Reader {
+ public:
+  explicit Reader(const json& object) : m_object(object) {}
 
   template <class Value>
-  void read(const char* name, Value& value) const {
+  void operator()(const char* name, Value& value) const {
     const auto found = m_object.find(name);
     if (found == m_object.end() || found->is_null()) { return; }
     try {
-      found->get_to(value);
-    } catch (const json::exception&) {
-      // Another program's idea of the field; ours begins anew.
-    }
-  }
-  void read(const char* name, std::optional<store::Moment>& moment) const {
-    std::optional<std::int64_t> micros = number(name);
-    if (micros) { moment = store::Moment(std::chrono::microseconds(*micros)); }
-  }
-  void read(const char* name, std::optional<std::chrono::seconds>& seconds) const {
-    if (const auto value = number(name)) { seconds = std::chrono::seconds(*value); }
-  }
-  void read(const char* name, std::optional<Trouble>& trouble) const {
-    std::string word;
-    read(name, word);
-    for (const auto& row : kTroubleNames) {
-      if (row.name == word) { trouble = row.trouble; }
-    }
-  }
-  void read(const char* name, Keeps& keeps) const {
-    if (const auto value = number(name); value && *value >= 0 && *value <= 2) { keeps = static_cast<Keeps>(*value); }
+      take(*found, value);
+    } catch (const json::exception&) { return; }
   }
 
  private:
-  std::optional<std::int64_t> number(const char* name) const {
-    const auto found = m_object.find(name);
-    if (found == m_object.end() || !found->is_number_integer()) { return std::nullopt; }
-    return found->get<std::int64_t>();
+  template <class Value>
+  static void take(const json& from, Value& value) {
+    from.get_to(value);
   }
+  template <class Value>
+  static void take(const json& from, std::optional<Value>& value) {
+    Value read{};
+    take(from, read);
+    value = read;
+  }
+  static void take(const json& from, store::Moment& moment) {
+    moment = store::Moment(std::chrono::microseconds(from.get<std::int64_t>()));
+  }
+  static void take(const json& from, std::chrono::seconds& seconds) {
+    seconds = std::chrono::seconds(from.get<std::int64_t>());
+  }
+  static void take(const json& from, Keeps& keeps) {
+    if (const auto value = from.get<int>(); value >= 0 && value <= 2) { keeps = static_cast<Keeps>(value); }
+  }
+  static void take(const json& from, store::Rgb& color) {
+    color = {from.at(0).get<double>(), from.at(1).get<double>(), from.at(2).get<double>()};
+  }
+  static void take(const json& from, AccountSettings::Kind& kind) {
+    const auto* row = std::find(std::begin(kKinds), std::end(kKinds), from.get<std::string>());
+    if (row != std::end(kKinds)) { kind = static_cast<AccountSettings::Kind>(row - std::begin(kKinds)); }
+  }
+  static void take(const json& from, Trouble& trouble) {
+    const auto name = from.get<std::string>();
+    for (const auto& row : kTroubleNames) {
+      if (row.name == name) { trouble = row.trouble; }
+    }
+  }
+
   const json& m_object;
 };
 
-Result<json> objectOf(std::string_view text, const char* what) {
-  json object = json::parse(text, nullptr, false);
-  if (object.is_object()) { return object; }
-  return failure(ErrorCode::kCorrupt, std::string("What the store keeps of ") + what +
-                                          " is damaged; remove the account (orlocal account remove) and add it anew.");
+// Each field once, for both ways.
+
+template <class Fields, class Settings>
+void visitSettings(Fields& fields, Settings& settings) {
+  fields("kind", settings.kind);
+  fields("address", settings.address);
+  fields("user", settings.user);
+  fields("secret", settings.secret);
+  fields("caFile", settings.caFile);
+  fields("paused", settings.paused);
+  fields("every", settings.every);
+}
+
+template <class Fields, class State>
+void visitState(Fields& fields, State& state) {
+  fields("principal", state.principal);
+  fields("homes", state.homes);
+  fields("schedules", state.schedules);
+  fields("writeConditions", state.writeConditions);
+  fields("removeConditions", state.removeConditions);
+  fields("lastTry", state.lastTry);
+  fields("lastSuccess", state.lastSuccess);
+  fields("failure", state.failure);
+  fields("trouble", state.trouble);
+  fields("failures", state.failures);
+  fields("notBefore", state.notBefore);
+  fields("etag", state.etag);
+  fields("lastModified", state.lastModified);
+  fields("wishedInterval", state.wishedInterval);
+}
+
+template <class Fields, class State>
+void visitMirror(Fields& fields, State& state) {
+  fields("title", state.agreed.title);
+  fields("color", state.agreed.color);
+  fields("order", state.agreed.order);
+  fields("token", state.token);
+  fields("ctag", state.ctag);
+  fields("asOf", state.asOf);
+  fields("settled", state.settled);
+  fields("writable", state.writable);
+  fields("rightsKnown", state.rightsKnown);
+  fields("trouble", state.trouble);
+}
+
+template <class State>
+std::string written(const State& state, void (*visit)(Writer&, const State&)) {
+  Writer writer;
+  visit(writer, state);
+  return writer.text();
+}
+
+template <class State>
+Result<State> readBack(std::string_view text, const char* what, void (*visit)(Reader&, State&)) {
+  const json object = json::parse(text, nullptr, false);
+  if (!object.is_object()) {
+    return failure(ErrorCode::kCorrupt,
+                   std::string("What the store keeps of ") + what +
+                       " is damaged; remove the account (orlocal account remove) and add it anew.");
+  }
+  State state;
+  Reader reader(object);
+  visit(reader, state);
+  return state;
 }
 
 }  // namespace
 
-std::string AccountSettings::text() const {
-  json object{{"kind", kKinds[static_cast<std::size_t>(kind)]},
-              {"address", address},
-              {"user", user},
-              {"secret", secret},
-              {"caFile", caFile},
-              {"paused", paused}};
-  if (every) { object["every"] = every->count(); }
-  return object.dump();
-}
-
+std::string AccountSettings::text() const { return written<AccountSettings>(*this, visitSettings); }
 Result<AccountSettings> AccountSettings::ofText(std::string_view text) {
-  auto object = objectOf(text, "an account");
-  if (!object) { return failure(std::move(object.error())); }
-  const JsonFields fields(*object);
-  AccountSettings settings;
-  std::string kind;
-  fields.read("kind", kind);
-  for (std::size_t i = 0; i < std::size(kKinds); ++i) {
-    if (kind == kKinds[i]) { settings.kind = static_cast<Kind>(i); }
-  }
-  fields.read("address", settings.address);
-  fields.read("user", settings.user);
-  fields.read("secret", settings.secret);
-  fields.read("caFile", settings.caFile);
-  fields.read("paused", settings.paused);
-  fields.read("every", settings.every);
-  return settings;
+  return readBack<AccountSettings>(text, "an account", visitSettings);
 }
 
-std::string AccountState::text() const {
-  json object{{"principal", principal},
-              {"homes", homes},
-              {"schedules", schedules},
-              {"writeConditions", static_cast<int>(writeConditions)},
-              {"removeConditions", static_cast<int>(removeConditions)},
-              {"lastTry", momentJson(lastTry)},
-              {"lastSuccess", momentJson(lastSuccess)},
-              {"failure", failure},
-              {"failures", failures},
-              {"notBefore", momentJson(notBefore)}};
-  if (trouble) { object["trouble"] = nameOf(*trouble); }
-  if (!etag.empty()) { object["etag"] = etag; }
-  if (!lastModified.empty()) { object["lastModified"] = lastModified; }
-  if (wishedInterval) { object["wishedInterval"] = wishedInterval->count(); }
-  return object.dump(-1, ' ', false, json::error_handler_t::replace);
-}
-
+std::string AccountState::text() const { return written<AccountState>(*this, visitState); }
 Result<AccountState> AccountState::ofText(std::string_view text) {
-  auto object = objectOf(text, "an account");
-  if (!object) { return orlocal::failure(std::move(object.error())); }
-  const JsonFields fields(*object);
-  AccountState state;
-  fields.read("principal", state.principal);
-  fields.read("homes", state.homes);
-  fields.read("schedules", state.schedules);
-  fields.read("writeConditions", state.writeConditions);
-  fields.read("removeConditions", state.removeConditions);
-  fields.read("lastTry", state.lastTry);
-  fields.read("lastSuccess", state.lastSuccess);
-  fields.read("failure", state.failure);
-  fields.read("trouble", state.trouble);
-  fields.read("failures", state.failures);
-  fields.read("notBefore", state.notBefore);
-  fields.read("etag", state.etag);
-  fields.read("lastModified", state.lastModified);
-  fields.read("wishedInterval", state.wishedInterval);
-  return state;
+  return readBack<AccountState>(text, "an account", visitState);
 }
 
-std::string MirrorState::text() const {
-  json object{{"title", agreed.title}, {"order", agreed.order},      {"token", token},
-              {"ctag", ctag},          {"asOf", momentJson(asOf)},   {"settled", settled},
-              {"writable", writable},  {"rightsKnown", rightsKnown}, {"trouble", trouble}};
-  if (agreed.color) { object["color"] = {agreed.color->red, agreed.color->green, agreed.color->blue}; }
-  return object.dump(-1, ' ', false, json::error_handler_t::replace);
-}
-
+std::string MirrorState::text() const { return written<MirrorState>(*this, visitMirror); }
 Result<MirrorState> MirrorState::ofText(std::string_view text) {
-  auto object = objectOf(text, "a calendar of an account");
-  if (!object) { return failure(std::move(object.error())); }
-  const JsonFields fields(*object);
-  MirrorState state;
-  fields.read("title", state.agreed.title);
-  fields.read("order", state.agreed.order);
-  std::vector<double> color;
-  fields.read("color", color);
-  if (color.size() == 3) { state.agreed.color = store::Rgb{color[0], color[1], color[2]}; }
-  fields.read("token", state.token);
-  fields.read("ctag", state.ctag);
-  fields.read("asOf", state.asOf);
-  fields.read("settled", state.settled);
-  fields.read("writable", state.writable);
-  fields.read("rightsKnown", state.rightsKnown);
-  fields.read("trouble", state.trouble);
-  return state;
+  return readBack<MirrorState>(text, "a calendar of an account", visitMirror);
 }
 
 }  // namespace orlocal::accounts

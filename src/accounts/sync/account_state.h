@@ -72,7 +72,7 @@ struct MirrorState {
   bool settled = false;  ///< whether the server was asked once more, later than that second
   bool writable = true;
   bool rightsKnown = false;  ///< whether the server says what is allowed; else the first refusal does
-  std::string trouble;       ///< why the calendar itself is not as it should be
+  std::string trouble;       ///< why its content could not be brought here; empty when it went well
 
   std::string text() const;
   static Result<MirrorState> ofText(std::string_view text);

@@ -8,6 +8,7 @@
 #include "accounts/sync/local_changes.h"
 #include "accounts/sync/sending.h"
 #include "base/try.h"
+#include "store/edits/item_writer.h"
 
 namespace orlocal::accounts {
 namespace {
@@ -18,6 +19,18 @@ bool ofOneCalendar(Trouble trouble) {
          trouble == Trouble::kRefused || trouble == Trouble::kUnsupported || trouble == Trouble::kTooLarge;
 }
 
+Answer<void> pass(SyncContext& context, MirroredCalendar& calendar, const std::string& trouble) {
+  context.report.troubles.push_back({calendar.remote.displayName, "", trouble});
+  ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(calendar.mirror.state));
+  if (state.trouble == trouble) { return {}; }
+  state.trouble = trouble;
+  calendar.mirror.state = state.text();
+  ORLOCAL_STORE_TRY(const auto writer, context.store.startWriting());
+  ORLOCAL_STORE_CHECK(writer->remotes().put(calendar.mirror));
+  ORLOCAL_STORE_CHECK(writer->commit());
+  return {};
+}
+
 Answer<void> run(SyncContext& context) {
   ORLOCAL_STORE_CHECK(noteLocalChanges(context.store));
   ORLOCAL_TRY(auto both, CalendarList(context).run());
@@ -26,7 +39,7 @@ Answer<void> run(SyncContext& context) {
     if (context.stopped()) { return refusal(Trouble::kInterrupted, "The sync was stopped."); }
     auto fetched = Fetching(context, calendar.mirror, calendar.remote).run();
     if (!fetched && !ofOneCalendar(fetched.error().trouble)) { return fetched; }
-    if (!fetched) { context.report.troubles.push_back({calendar.remote.displayName, "", fetched.error().message}); }
+    if (!fetched) { ORLOCAL_CHECK(pass(context, calendar, fetched.error().message)); }
     mirrors.push_back(std::move(calendar.mirror));
   }
   return Sending(context, mirrors).run();

@@ -14,7 +14,8 @@
 namespace orlocal::accounts {
 namespace {
 
-constexpr std::size_t kTextsAtOnce = 100;
+/// Servers look through the whole calendar for each such request.
+constexpr std::size_t kTextsAtOnce = 500;
 /// Longer than servers that count in seconds need to give another state another token.
 constexpr auto kSettlesAfter = std::chrono::seconds(2);
 
@@ -137,29 +138,43 @@ void Fetching::suspectUnlisted(const std::vector<RemoteEntry>& listed, News& new
 }
 
 Answer<void> Fetching::fetch(const std::vector<std::string>& urls, TakingIn& takingIn, bool showsProgress) {
-  for (std::size_t from = 0; from < urls.size(); from += kTextsAtOnce) {
+  std::size_t atOnce = kTextsAtOnce;
+  for (std::size_t from = 0; from < urls.size();) {
     if (m_context.stopped()) { return refusal(Trouble::kInterrupted, "The sync was stopped."); }
     if (showsProgress && m_context.progress) {
       m_context.progress(fmt::format("{}: {} of {}", m_state.agreed.title, from, urls.size()));
     }
-    const auto piece = std::span(urls).subspan(from, std::min(kTextsAtOnce, urls.size() - from));
-    ORLOCAL_TRY(RemoteTexts texts, m_context.server.texts(m_mirror.url, piece));
-    for (const std::string& url : texts.unsaid) {
-      auto text = m_context.server.text(url);
-      if (text) {
-        texts.found.push_back(*std::move(text));
-      } else if (text.error().trouble == Trouble::kNotFound) {
-        texts.missing.push_back(url);
-      } else {
-        return Refusal(std::move(text.error()));
-      }
+    const auto piece = std::span(urls).subspan(from, std::min(atOnce, urls.size() - from));
+    auto texts = m_context.server.texts(m_mirror.url, piece);
+    if (!texts && texts.error().trouble == Trouble::kTooLarge && piece.size() > 1) {
+      atOnce = std::max<std::size_t>(piece.size() / 8, 1);
+      continue;
     }
-    ORLOCAL_CHECK(takingIn.texts(texts.found));
-    std::vector<std::string> keys;
-    for (const std::string& url : texts.missing) { keys.push_back(comparablePath(url)); }
-    ORLOCAL_CHECK(takingIn.missing(keys));
+    ORLOCAL_CHECK(texts);
+    ORLOCAL_CHECK(takeIn(*std::move(texts), takingIn));
+    from += piece.size();
   }
   return {};
+}
+
+Answer<void> Fetching::takeIn(RemoteTexts texts, TakingIn& takingIn) {
+  for (const std::string& url : texts.unsaid) {
+    auto text = m_context.server.text(url);
+    if (text) {
+      texts.found.push_back(*std::move(text));
+    } else if (text.error().trouble == Trouble::kNotFound) {
+      texts.missing.push_back(url);
+    } else {
+      return Refusal(std::move(text.error()));
+    }
+  }
+  ORLOCAL_CHECK(takingIn.texts(texts.found));
+  if (texts.missing.empty()) { return {}; }
+  // In a calendar that is gone, or cannot be seen for now, nothing is there.
+  ORLOCAL_CHECK(m_context.server.calendar(m_mirror.url));
+  std::vector<std::string> keys;
+  for (const std::string& url : texts.missing) { keys.push_back(comparablePath(url)); }
+  return takingIn.missing(keys);
 }
 
 Answer<void> Fetching::remember(const News& news) {
@@ -169,6 +184,7 @@ Answer<void> Fetching::remember(const News& news) {
   if (!same) { m_state.asOf = now; }
   m_state.token = news.token;
   m_state.ctag = m_now.ctag;
+  m_state.trouble.clear();
   m_state.settled = quiet && same && now - *m_state.asOf >= kSettlesAfter;
   m_mirror.state = m_state.text();
   ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());

@@ -38,6 +38,7 @@ class Fetching {
   void compare(const RemoteEntry& entry, News& news);
   void suspectUnlisted(const std::vector<RemoteEntry>& listed, News& news);
   Answer<void> fetch(const std::vector<std::string>& urls, TakingIn& takingIn, bool showsProgress);
+  Answer<void> takeIn(RemoteTexts texts, TakingIn& takingIn);
   Answer<void> remember(const News& news);
 
   SyncContext& m_context;

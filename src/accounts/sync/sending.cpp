@@ -301,6 +301,8 @@ Answer<void> Sending::refused(Task& task, const ServerFailure& failure) {
 }
 
 Answer<void> Sending::readBack() {
+  // What a server made of our own text is nothing that was received.
+  const std::size_t received = m_context.report.received;
   for (const auto& [id, urls] : m_written) {
     const Mirror& mirror = *mirrorWith(id);
     TakingIn takingIn(m_context, mirror);
@@ -311,6 +313,7 @@ Answer<void> Sending::readBack() {
     }
   }
   m_written.clear();
+  m_context.report.received = received;
   return {};
 }
 

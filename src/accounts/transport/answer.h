@@ -10,7 +10,9 @@
 
 namespace orlocal::accounts {
 
-/// Why a server did not do what it was asked, as far as somebody can act on it.
+/// Why a server did not do what it was asked, as far as somebody can act on it. After a write, `kAnswerLost`,
+/// `kInterrupted`, `kTooLarge` without a status, `kNonsense` and `kServerError` leave open whether it was done all the
+/// same.
 enum class Trouble : std::uint8_t {
   kUnreachable,   ///< no connection came about: name, network, refused, time; nothing was done
   kAnswerLost,    ///< the connection broke after the request went out: it may have been done or not

@@ -21,10 +21,10 @@ struct Incoming {
   std::size_t headerBytes = 0;
   std::size_t mostBytes = 0;
   const std::atomic<bool>* stop = nullptr;
-  bool mayGoOutTwice = false;
-  bool wentOut = false;    ///< the request, or some of it
-  bool answered = false;   ///< since then
-  bool headEnded = false;  ///< the empty line behind the headers came
+  bool wentOut = false;       ///< the request, or some of it
+  bool wentOutTwice = false;  ///< without an answer in between
+  bool answered = false;      ///< since then
+  bool headEnded = false;     ///< the empty line behind the headers came
   bool tooLarge = false;
   bool stopped = false;
 };
@@ -72,19 +72,24 @@ int tellProgress(void* given, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
   return incoming.stopped ? 1 : 0;
 }
 
-/// libcurl sends a request once more by itself when a kept connection turns out to be dead; by then the server may have
-/// done what it asks.
+/// libcurl sends a request once more by itself when a kept connection turns out to be dead.
 int aboutToSend(void* given, char*, char*, int, int) {
   auto& incoming = *static_cast<Incoming*>(given);
-  if (incoming.wentOut && !incoming.answered && !incoming.mayGoOutTwice) { return CURL_PREREQFUNC_ABORT; }
+  incoming.wentOutTwice = incoming.wentOutTwice || (incoming.wentOut && !incoming.answered);
   incoming.wentOut = true;
   incoming.answered = false;
   return CURL_PREREQFUNC_OK;
 }
 
-bool changesNothing(const std::string& method) {
+/// What a write that went out twice is told the second time may come from the first.
+bool isRefusal(int status) {
+  constexpr int kUnauthorizedStatus = 401;
+  return status >= 400 && status != kUnauthorizedStatus;
+}
+
+bool isWrite(const std::string& method) {
   constexpr std::array<std::string_view, 5> kReading{"GET", "HEAD", "OPTIONS", "PROPFIND", "REPORT"};
-  return std::find(kReading.begin(), kReading.end(), method) != kReading.end();
+  return std::find(kReading.begin(), kReading.end(), method) == kReading.end();
 }
 
 bool isAboutTrust(CURLcode code) {
@@ -203,6 +208,8 @@ struct CurlExchange::Handle {
   const TransportOptions& options;
   std::unique_ptr<CURL, CleanUp> curl;
   std::array<char, CURL_ERROR_SIZE> words{};
+  /// A server has closed a kept connection unannounced; writes get a new one each, so that none has to go out twice.
+  bool connectionsDie = false;
 };
 
 CurlExchange::CurlExchange(const TransportOptions& options) : m_handle(std::make_unique<Handle>(options)) {}
@@ -213,13 +220,14 @@ Answer<HttpResponse> CurlExchange::perform(const HttpRequest& request, const Cre
   Incoming incoming;
   incoming.mostBytes = handle.options.mostBytes;
   incoming.stop = handle.options.stop;
-  incoming.mayGoOutTwice = changesNothing(request.method);
   const HeaderList headers = headersOf(request, credentials);
   if (!handle.curl) { return refusal(Trouble::kUnreachable, "There is no memory for a connection."); }
   handle.setRequest(request, credentials, incoming);
   handle.set(CURLOPT_HTTPHEADER, headers.get());
   handle.words.front() = '\0';
+  handle.set(CURLOPT_FRESH_CONNECT, handle.connectionsDie && isWrite(request.method) ? 1L : 0L);
   const CURLcode code = curl_easy_perform(handle.curl.get());
+  handle.connectionsDie = handle.connectionsDie || incoming.wentOutTwice;
   handle.set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
   if (code != CURLE_OK) {
     const Trouble trouble = troubleOf(code, incoming);
@@ -242,6 +250,10 @@ Answer<HttpResponse> CurlExchange::perform(const HttpRequest& request, const Cre
   long status = 0;
   curl_easy_getinfo(handle.curl.get(), CURLINFO_RESPONSE_CODE, &status);
   incoming.response.status = static_cast<int>(status);
+  if (incoming.wentOutTwice && isWrite(request.method) && isRefusal(incoming.response.status)) {
+    return refusal(Trouble::kAnswerLost,
+                   shownUrl(request.url) + ": the connection broke; it may have been done before.");
+  }
   incoming.response.url = withoutUser(request.url);
   return std::move(incoming.response);
 }

@@ -17,7 +17,7 @@ struct Credentials {
   std::string secret;
 };
 
-/// One request and its answer by libcurl: no redirects, no second try. Connections are kept for the next one.
+/// One request and its answer by libcurl: no redirects, one way to sign in. Connections are kept for the next one.
 class CurlExchange {
  public:
   explicit CurlExchange(const TransportOptions& options);

@@ -8,6 +8,7 @@
 
 #include "accounts/transport/challenge.h"
 #include "accounts/transport/curl_exchange.h"
+#include "accounts/transport/redirect.h"
 #include "accounts/transport/url.h"
 #include "base/try.h"
 
@@ -18,14 +19,6 @@ constexpr int kMostRedirects = 8;
 constexpr int kUnauthorizedStatus = 401;
 
 bool isPrivate(std::string_view origin) { return origin.starts_with("https://") || isLoopback(origin); }
-
-/// RFC 9110, 15.4; 303 asks for a GET, which only one who asked for that can be content with.
-bool isRedirect(int status, const std::string& method) {
-  constexpr std::array kKeepMethod{301, 302, 307, 308};
-  constexpr int kSeeOther = 303;
-  return std::find(kKeepMethod.begin(), kKeepMethod.end(), status) != kKeepMethod.end() ||
-         (status == kSeeOther && method == "GET");
-}
 
 bool isField(const HttpHeader& header) {
   const auto breaks = [](char c) { return c == '\r' || c == '\n' || c == '\0'; };
@@ -133,16 +126,10 @@ Answer<HttpResponse> CurlTransport::State::follow(const HttpRequest& request) {
   for (int redirects = 0; redirects <= kMostRedirects; ++redirects) {
     const std::string origin = *originOf(sent.url);
     auto response = !options.user.empty() && origin == trusted ? signedIn(sent, origin) : exchange.perform(sent, {});
-    if (!response || !isRedirect(response->status, sent.method)) { return response; }
-    const std::optional<std::string> location = response->header("Location");
-    if (!location) { return response; }
-    std::string target = resolved(sent.url, location->substr(0, location->find('#')));
-    if (!originOf(target) || (origin.starts_with("https://") && target.starts_with("http://"))) {
-      return refusal(Trouble::kUntrusted,
-                     fmt::format("{} leads to {}, where we do not go.", shownUrl(sent.url), shownUrl(target)),
-                     response->status);
-    }
-    sent.url = std::move(target);
+    if (!response) { return response; }
+    ORLOCAL_TRY(auto target, redirectOf(sent.url, sent.method, *response));
+    if (!target) { return response; }
+    sent.url = std::move(*target);
   }
   return refusal(Trouble::kUntrusted,
                  fmt::format("{} leads from one address to the next without an end.", shownUrl(request.url)));

@@ -195,6 +195,13 @@ std::string resolved(std::string_view base, std::string_view reference) {
   return origin + withoutDots((folder.empty() ? "/" : folder) + whole);
 }
 
+std::string listedUrl(std::string_view base, std::string_view reference) {
+  std::string url = resolved(base, reference);
+  const std::optional<std::string> origin = originOf(base);
+  const bool lower = origin && origin->starts_with("https://") && beginsNoCase(url, "http://");
+  return lower && hostOf(url) == hostOf(base) ? *origin + std::string(pathOf(url)) : url;
+}
+
 std::string comparablePath(std::string_view urlOrPath) {
   std::string_view rest = partsOf(urlOrPath).path;
   std::vector<std::string> segments;

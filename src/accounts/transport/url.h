@@ -23,6 +23,9 @@ std::string shownUrl(std::string_view url);
 /// written otherwise, so that it can be sent back as it came. Only what begins with http:// or https:// is absolute:
 /// names with a colon in them come unescaped. For the same reason a "#" belongs to the name, and comes out encoded.
 std::string resolved(std::string_view base, std::string_view reference);
+/// The same for what an answer lists: what a host that was asked over https names as its own over http is meant over
+/// https. A server that has another speak TLS for it does not know better.
+std::string listedUrl(std::string_view base, std::string_view reference);
 
 /// One spelling for all ways in which servers write a path: decoded segment by segment and encoded again ("%40" is "@",
 /// "%2b" is "+"), without slash at the end, empty segments, "." and "..". A slash that was encoded stays so; a query

@@ -41,6 +41,7 @@ store::ImportOptions optionsOf(const ImportWords& words) {
   options.readOnly = words.readOnly;
   options.subscription = words.subscription;
   options.stop = &Interruption::flag();
+  options.workers = store::workersThatPay();
   return options;
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <map>
+#include <span>
 #include <vector>
 
 #include "store/model/model.h"
@@ -16,7 +17,6 @@ namespace orlocal::store {
 class DayWheel {
  public:
   struct Entry {
-    DayPattern days;
     std::int32_t firstDay = 0, lastDay = 0;  ///< as a `DayNumber`
     std::int32_t timeOfDay = 0;              ///< seconds after midnight
     std::int32_t length = 0;                 ///< seconds; from here on it means nothing to the wheel
@@ -24,11 +24,12 @@ class DayWheel {
     CalendarId calendar = 0;
     std::uint32_t number = 0;
     std::uint32_t exclusions = 0;
+    std::uint32_t days = 0;  ///< place of its pattern, which the wheel fills in
   };
 
   DayWheel() : m_slots(DayPattern::kSlots) {}
 
-  void add(const Entry& entry);
+  void add(const DayPattern& days, Entry entry);
 
   /// Calls `visit(LocalSeconds, const Entry&)` for each start in [from, to), by days.
   template <class Visit>
@@ -37,9 +38,10 @@ class DayWheel {
       const DayParts parts(day);
       const LocalSeconds midnight = day * kSecondsPerDay;
       for (const int slot : DayPattern::slotsOf(parts)) {
-        for (const Entry& entry : m_slots[static_cast<std::size_t>(slot)].between(from - midnight, to - midnight)) {
+        for (const Entry& entry : m_slots[static_cast<std::size_t>(slot)].from(from - midnight)) {
+          if (midnight + entry.timeOfDay >= to) { break; }
           const bool lives = entry.firstDay <= day && day <= entry.lastDay;
-          if (lives && entry.days.takes(parts)) { visit(midnight + entry.timeOfDay, entry); }
+          if (lives && m_patterns[entry.days].takes(parts)) { visit(midnight + entry.timeOfDay, entry); }
         }
       }
     }
@@ -49,13 +51,8 @@ class DayWheel {
   class Slot {
    public:
     void add(const Entry& entry) { m_entries.push_back(entry); }
-    struct Entries {
-      const Entry *first, *last;
-      const Entry* begin() const { return first; }
-      const Entry* end() const { return last; }
-    };
-    /// Those with a time of day in [from, to), in order.
-    Entries between(LocalSeconds from, LocalSeconds to);
+    /// Those with this time of day or a later one, in order.
+    std::span<const Entry> from(LocalSeconds time);
 
    private:
     std::vector<Entry> m_entries;
@@ -63,6 +60,9 @@ class DayWheel {
   };
 
   std::vector<Slot> m_slots;
+  /// Each once, as few are in use and half of an entry would be its own.
+  std::vector<DayPattern> m_patterns;
+  std::map<DayPattern, std::uint32_t> m_places;
 };
 
 }  // namespace orlocal::store

@@ -90,17 +90,16 @@ Result<bool> LongEvents::place(const TimelineEntry& entry) {
 }
 
 void LongEvents::addOther(const TimelineEntry& entry) {
-  m_places[entry.item] = {false, static_cast<std::uint32_t>(m_others.size())};
+  m_places[entry.item] = {static_cast<std::uint32_t>(m_others.size()), false};
   m_others.push_back(entry);
 }
 
 void LongEvents::addPlain(const TimelineEntry& entry, const PlainSeries& series, std::int64_t longest) {
   Wheel& wheel = m_wheels.try_emplace({series.zone, series.allDay, longest}, series.zone).first->second;
-  Place& place = m_places[entry.item] = {true, static_cast<std::uint32_t>(m_gone.size()), 0};
+  Place& place = m_places[entry.item] = {static_cast<std::uint32_t>(m_gone.size()), true, 0};
   const auto add = [&](const DayPattern& days, DayNumber first, DayNumber last, LocalSeconds timeOfDay,
                        const std::vector<DayNumber>& excluded) {
     DayWheel::Entry added;
-    added.days = days;
     added.firstDay = static_cast<std::int32_t>(first);
     added.lastDay = static_cast<std::int32_t>(last);
     added.timeOfDay = static_cast<std::int32_t>(timeOfDay);
@@ -109,7 +108,7 @@ void LongEvents::addPlain(const TimelineEntry& entry, const PlainSeries& series,
     added.calendar = entry.calendar;
     added.number = place.number + place.count++;
     added.exclusions = addExclusions(excluded);
-    wheel.days.add(added);
+    wheel.days.add(days, added);
     m_gone.push_back(false);
   };
   if (series.start) {

@@ -65,9 +65,9 @@ class LongEvents {
     }
   };
   struct Place {
+    std::uint32_t number;  ///< the first of its entries on the wheels, or its place in m_others
     bool plain;
-    std::uint32_t number;     ///< the first of its entries on the wheels, or its place in m_others
-    std::uint32_t count = 1;  ///< of entries: its start has one of its own where its rule does not make it
+    std::uint8_t count = 1;  ///< of entries: its start has one of its own where its rule does not make it
   };
 
   // False as above.

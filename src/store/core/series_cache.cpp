@@ -14,15 +14,20 @@ constexpr std::size_t kKeptSeries = 50'000;
 }  // namespace
 
 Result<std::optional<Series>> SeriesCache::compiled(ItemId id) {
+  if (const auto item = m_rows.kept(id)) { return compiled(*item, true); }
   ORLOCAL_TRY(const auto item, m_rows.readForExpansion(id));
   if (!item) { return std::nullopt; }
+  return compiled(item->item, item->hasChanged);
+}
+
+Result<std::optional<Series>> SeriesCache::compiled(const Item& item, bool mayHaveChanged) {
   std::vector<CalendarTime> changed;
-  if (item->hasChanged) {
-    ORLOCAL_TRY(const auto rows, m_rows.changedOf(id));
+  if (mayHaveChanged) {
+    ORLOCAL_TRY(const auto rows, m_rows.changedOf(item.id));
     changed.reserve(rows.size());
     for (const ItemRows::Changed& row : rows) { changed.push_back(row.recurrenceId); }
   }
-  ORLOCAL_TRY(Series series, Series::compile(item->item, m_viewer, changed));
+  ORLOCAL_TRY(Series series, Series::compile(item, m_viewer, changed));
   return std::optional(std::move(series));
 }
 

@@ -22,6 +22,8 @@ class SeriesCache {
   void forgetAll() { m_series.clear(); }
 
  private:
+  Result<std::optional<Series>> compiled(const Item& item, bool mayHaveChanged);
+
   ItemRows& m_rows;
   Zone m_viewer;
   std::unordered_map<ItemId, Series> m_series;

@@ -10,6 +10,7 @@
 #include "base/try.h"
 #include "store/core/zone_data.h"
 #include "store/file/change_signal.h"
+#include "store/file/checked_row.h"
 #include "store/icalendar/item_limits.h"
 #include "store/icalendar/private_zone.h"
 #include "store/time/zone_data_version.h"
@@ -69,7 +70,7 @@ Status StoreCore::openFile() {
   ++m_generation;
   if (m_file.opensAnother()) {
     ++m_fileNumber;
-    m_seen = -1;
+    m_seen = m_identifiedTo = -1;
     forgetAll();
   }
   // When it cannot be done now it is done at a later opening; reading is not held up for it.
@@ -115,8 +116,13 @@ void StoreCore::forget(ItemId item, std::optional<ItemId> ofSeries) {
   }
 }
 
-void StoreCore::forgetAll() {
+void StoreCore::forgetCalendars() {
   ++m_calendarsGeneration;
+  calendars.forget();
+}
+
+void StoreCore::forgetAll() {
+  forgetCalendars();
   rows.forgetAll();
   series.forgetAll();
   longEvents.forgetAll();
@@ -134,8 +140,7 @@ Status StoreCore::loadZones() {
   }
 }
 
-Status StoreCore::catchUp() {
-  ORLOCAL_TRY(const std::int64_t newest, log.newest());
+Status StoreCore::catchUp(std::int64_t newest) {
   if (newest == m_seen) { return {}; }
   bool zonesChanged = m_seen < 0;
   if (m_seen >= 0) {
@@ -146,9 +151,7 @@ Status StoreCore::catchUp() {
     } else {
       ORLOCAL_CHECK(log.visitAfter(m_seen, [&](const LoggedChange& change) {
         if (change.subject == Subject::kZone) { zonesChanged = true; }
-        if (change.subject == Subject::kCalendar || change.subject == Subject::kReminderList) {
-          ++m_calendarsGeneration;
-        }
+        if (change.subject == Subject::kCalendar || change.subject == Subject::kReminderList) { forgetCalendars(); }
         if (change.subject != Subject::kEvent && change.subject != Subject::kReminder) { return; }
         rows.forget(change.row);
         forget(change.row, change.series);
@@ -170,10 +173,21 @@ Result<Transaction> StoreCore::beginReadingLog() {
 }
 
 Result<Transaction> StoreCore::beginReading() {
+  // Who reads inside a turn to write meets what that has done to memory, too.
+  if (database.inTransaction()) { return Transaction::read(database); }
   ORLOCAL_CHECK(followFile(Look::kNowAndThen));
   ORLOCAL_TRY(Transaction transaction, Transaction::read(database));
-  ORLOCAL_CHECK(catchUp());
+  ORLOCAL_TRY(const std::int64_t newest, log.newest());
+  ORLOCAL_CHECK(catchUp(newest));
   return transaction;
+}
+
+Status StoreCore::startIdentifiers() {
+  if (m_identifiedTo == log.last()) { return {}; }
+  ORLOCAL_TRY(const ItemRows::Newest newest, rows.newest());
+  if (newest.id > log.last()) { return damaged(database, "The log of changes"); }
+  uuids.startAfter(newest.uuid);
+  return {};
 }
 
 Result<std::uint64_t> StoreCore::calendarsGeneration() {
@@ -199,10 +213,9 @@ Result<WriteTurn> StoreCore::beginWriting() {
   }
   ORLOCAL_CHECK(followFile(Look::kNow));
   ORLOCAL_TRY(Transaction transaction, beginTransaction());
-  ORLOCAL_CHECK(catchUp());
   ORLOCAL_CHECK(log.startCommit());
-  ORLOCAL_TRY(const Uuid newest, rows.newestUuid());
-  uuids.startAfter(newest);
+  ORLOCAL_CHECK(catchUp(log.last()));
+  ORLOCAL_CHECK(startIdentifiers());
   return WriteTurn(*this, std::move(transaction));
 }
 
@@ -247,10 +260,11 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
   if (own != nullptr) { ORLOCAL_CHECK(own->checkDensity()); }
   const Uuid uuid = uuids.next();
   item.itemIdentifier = uuid.text();
+  if (item.uid.empty()) { item.uid = item.itemIdentifier; }
   if (!item.series) { item.identifier = item.itemIdentifier; }
   item.id = 0;
   TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
-  ORLOCAL_CHECK(rows.insert(item, uuid, {entry.shelf, entry.start, original}));
+  ORLOCAL_CHECK(rows.insert(item, log.next(), uuid, {entry.shelf, entry.start, original}));
   entry.item = item.id;
   ORLOCAL_CHECK(timeline.insert(entry));
   forget(item.id, item.series);
@@ -315,7 +329,7 @@ Status StoreCore::removeCalendar(const Calendar& calendar) {
 }
 
 Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
-  ++m_calendarsGeneration;
+  forgetCalendars();
   return log.record(operation, calendar.kind == CalendarKind::kReminders ? Subject::kReminderList : Subject::kCalendar,
                     calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()));
 }
@@ -332,7 +346,7 @@ Status WriteTurn::commit() {
   const Bell bell(m_core->file());
   ORLOCAL_CHECK(m_transaction.commit());
   bell.ring();
-  m_core->m_seen = m_core->log.last();
+  m_core->m_seen = m_core->m_identifiedTo = m_core->log.last();
   m_core = nullptr;
   return {};
 }

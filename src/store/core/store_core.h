@@ -44,7 +44,8 @@ class StoreCore {
 
   /// None when there is no such row, or when it is a changed occurrence of a series. Inside a transaction.
   Result<std::optional<WholeItem>> readWhole(ItemId id);
-  /// Writes a new row, gives it its identifiers, and puts it on the timeline and into the log. `own` is the item's
+  /// Writes a new row, gives it its identifiers, and puts it on the timeline and into the log. An item without a UID
+  /// gets its identifier for one. `own` is the item's
   /// series compiled for UTC, null when it does not repeat; one that is too dense to be read is refused, and an item
   /// that no import would take again.
   Status insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
@@ -85,9 +86,13 @@ class StoreCore {
   Status followFile(Look look);
   Status openFile();
   Result<Transaction> beginTransaction();
-  Status catchUp();
+  /// `newest`: the newest row of the log.
+  Status catchUp(std::int64_t newest);
+  /// What is given to new items in this commit comes after what others gave.
+  Status startIdentifiers();
   /// What is kept of the item in memory no longer counts, nor what is kept of the series that it belongs to.
   void forget(ItemId item, std::optional<ItemId> ofSeries);
+  void forgetCalendars();
   void forgetAll();
   Status loadZones();
   Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,
@@ -100,7 +105,8 @@ class StoreCore {
   std::uint64_t m_fileNumber = 1;
   std::int64_t m_opener = 0;                         ///< process that opened the file
   std::chrono::steady_clock::duration m_nextLook{};  ///< on the coarse clock
-  std::int64_t m_seen = -1;  ///< newest row of the log that memory agrees with; -1 before the first look
+  std::int64_t m_seen = -1;          ///< newest row of the log that memory agrees with; -1 before the first look
+  std::int64_t m_identifiedTo = -1;  ///< newest row of the log when this store gave identifiers last; -1 before
   std::uint64_t m_generation = 1, m_calendarsGeneration = 1;
   const std::uint32_t* m_walIndex = nullptr;
   std::uint32_t m_walHeader[12] = {};

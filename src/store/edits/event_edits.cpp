@@ -124,7 +124,6 @@ Result<Item> EventEdits::insertNew(const ItemEdit& edit) {
   standAlone(made);
   made.recurrence = edit.values.recurrence;
   made.uid = edit.values.uid;
-  if (made.uid.empty()) { made.uid = m_core.uuids.next().text(); }
   apply(edit, made, std::nullopt, m_core.options.viewer);
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, made.calendar, ItemKind::kEvent));
   ORLOCAL_CHECK(checkTimes(made));
@@ -212,7 +211,6 @@ Result<Item> EventEdits::detach(const Item& series, Moment original, Item edited
   ORLOCAL_CHECK(checkAttendees(series));
   ORLOCAL_CHECK(m_series.exceptOne(series, original));
   standAlone(edited);
-  edited.uid = m_core.uuids.next().text();
   edited.created = edited.modified;
   ORLOCAL_CHECK(m_series.insert(edited));
   return edited;

@@ -33,7 +33,7 @@ Result<std::unique_ptr<ItemWriter>> ItemWriter::start(StoreCore& core, const Ann
   ORLOCAL_TRY(WriteTurn turn, core.beginWriting());
   ORLOCAL_CHECK(core.database.execute(kLargeCache));
   ORLOCAL_CHECK(known.beginTurn());
-  ORLOCAL_CHECK(core.rows.gather());
+  core.rows.gather();
   core.timeline.gather();
   return std::unique_ptr<ItemWriter>(new ItemWriter(core, std::move(turn), std::move(known)));
 }

@@ -68,7 +68,7 @@ Status KnownItems::lookAhead(const Announcement& announcement) {
   for (const AnnouncedItem& announced : announcement.items) {
     if (announcement.stop != nullptr && announcement.stop->load()) { return {}; }
     Item& main = *announced.main;
-    ORLOCAL_TRY(const bool known, mayHave(ItemValues::hashOf(main.uid)));
+    ORLOCAL_TRY(const bool known, mayHave(main.uid));
     if (!known) { continue; }
     ORLOCAL_TRY(main.calendar, targets.of(announced));
     if (main.calendar == 0) { continue; }
@@ -123,7 +123,7 @@ Result<Standing> KnownItems::of(Item& main, bool isSeries) {
   if (m_made.contains(main.calendar)) { return none; }
   const auto ahead = m_ahead.find(&main);
   if (ahead != m_ahead.end() && ahead->second.calendar == main.calendar) { return std::move(ahead->second); }
-  ORLOCAL_TRY(const bool known, mayHave(ItemValues::hashOf(main.uid)));
+  ORLOCAL_TRY(const bool known, mayHave(main.uid));
   return known ? look(main, isSeries) : none;
 }
 
@@ -146,13 +146,17 @@ Result<Standing> KnownItems::look(Item& main, bool isSeries) {
   return standing;
 }
 
-Result<bool> KnownItems::mayHave(std::int64_t hash) {
+Result<bool> KnownItems::mayHave(std::string_view uid) {
+  // The index of UIDs, from which the filter is made, has none that are their items' own identifiers.
+  if (const auto identifier = Uuid::parse(uid); identifier && identifier->version() == UuidMaker::kVersion) {
+    return true;
+  }
   if (!m_stored && ++m_lookups * kRowsForOneLookup > m_highest) {
     m_stored.emplace();
     ORLOCAL_CHECK(
         m_core.rows.visitUidHashes([this](std::int64_t stored) { m_stored->add(static_cast<std::uint64_t>(stored)); }));
   }
-  return !m_stored || m_stored->mayHave(static_cast<std::uint64_t>(hash));
+  return !m_stored || m_stored->mayHave(static_cast<std::uint64_t>(ItemValues::hashOf(uid)));
 }
 
 }  // namespace orlocal::store

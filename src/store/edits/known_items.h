@@ -55,8 +55,8 @@ class KnownItems {
 
  private:
   Result<Standing> look(Item& main, bool isSeries);
-  /// False when the store had no item whose UID has that hash when the turn began.
-  Result<bool> mayHave(std::int64_t hash);
+  /// False when the store had no item with that UID when the turn began.
+  Result<bool> mayHave(std::string_view uid);
   Status forgetChanged();
 
   StoreCore& m_core;

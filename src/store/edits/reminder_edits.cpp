@@ -53,7 +53,6 @@ Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
   Item made = edit.values;
   apply(edit, made, std::nullopt, m_core.options.viewer);
   made.id = 0;
-  if (made.uid.empty()) { made.uid = m_core.uuids.next().text(); }
   made.series.reset();
   made.recurrenceId.reset();
   made.created = made.modified = now();
@@ -115,7 +114,7 @@ Status ReminderEdits::moveOn(Item& edited) {
   if (!next) { return m_series.update(edited); }
 
   Item done = edited;
-  done.uid = m_core.uuids.next().text();
+  done.uid.clear();
   done.recurrence = Recurrence();
   done.series.reset();
   done.recurrenceId.reset();

@@ -216,7 +216,7 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
   ORLOCAL_TRY(RecurrenceHalves parts, halvesOf(series, here, original));
 
   Item right = edited;
-  right.uid = m_core.uuids.next().text();
+  right.uid.clear();
   right.series.reset();
   right.recurrenceId.reset();
   right.created = right.modified;
@@ -263,7 +263,7 @@ Status SeriesEdits::endAsOne(const Item& series, Moment original, bool whole, It
   one.recurrence = Recurrence();
   if (!whole) {
     ORLOCAL_CHECK(truncate(series, original));
-    one.uid = m_core.uuids.next().text();
+    one.uid.clear();
     one.created = one.modified;
     one.sequence = 0;
     return insert(one);

@@ -57,6 +57,8 @@ class ChangeLog {
   Status finishCommit();
   /// The newest row's number with what was recorded since `startCommit`.
   std::int64_t last() const { return m_last; }
+  /// The number of the row that is recorded next: no row had it before, and none gets it again.
+  std::int64_t next() const { return m_last + 1; }
 
   /// The newest row's number; 0 when there is none.
   Result<std::int64_t> newest();

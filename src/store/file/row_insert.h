@@ -14,12 +14,12 @@ namespace orlocal::store {
 /// each.
 class RowInsert {
  public:
-  /// `into` is what stands before VALUES.
-  RowInsert(std::string_view into, int columns, int rowsAtOnce)
+  /// `into` is what stands before VALUES, `onConflict` what stands after the rows.
+  RowInsert(std::string_view into, int columns, int rowsAtOnce, std::string_view onConflict = {})
       : m_columns(columns),
         m_rowsAtOnce(rowsAtOnce),
-        m_oneSql(sql(into, columns, 1)),
-        m_manySql(sql(into, columns, rowsAtOnce)) {}
+        m_oneSql(sql(into, columns, 1, onConflict)),
+        m_manySql(sql(into, columns, rowsAtOnce, onConflict)) {}
 
   /// In their order. `bind(statement, before, row)` binds a row to the parameters that follow `before`.
   template <class Row, class Bind>
@@ -39,7 +39,7 @@ class RowInsert {
   }
 
  private:
-  static std::string sql(std::string_view into, int columns, int rows) {
+  static std::string sql(std::string_view into, int columns, int rows, std::string_view onConflict) {
     std::string text(into);
     text += " VALUES";
     for (int row = 0; row < rows; ++row) {
@@ -47,6 +47,7 @@ class RowInsert {
       for (int column = 1; column < columns; ++column) { text += ",?"; }
       text += ')';
     }
+    text += onConflict;
     return text;
   }
 

@@ -60,6 +60,20 @@ CREATE TABLE contact_emails(
 )sql",
     // Packed recurrences may hold rules of other calendars and rules of exceptions; those that do not stay as they are.
     "",
+    // A save writes fewer pages. Items take their numbers from the log, which a row brings past those that were given;
+    // with the highest of all in its place, the counter of the table is not written any more, and none is taken from
+    // it. A UID that is the item's own identifier is found by that, and has no place in the index of UIDs.
+    R"sql(
+INSERT INTO changes(seq, commit_no, writer, operation, subject, row, uuid)
+  SELECT given, (SELECT ifnull(max(commit_no), 0) + 1 FROM changes), 0, 1, 4, 0, zeroblob(16) FROM (
+    SELECT max(ifnull((SELECT seq FROM sqlite_sequence WHERE name = 'items'), 0),
+               ifnull((SELECT max(id) FROM items), 0)) AS given)
+  WHERE given > (SELECT ifnull(max(seq), 0) FROM changes);
+DELETE FROM sqlite_sequence WHERE name = 'items';
+INSERT INTO sqlite_sequence(name, seq) VALUES('items', 9223372036854775807);
+DROP INDEX items_by_uid;
+CREATE INDEX items_by_uid ON items(uid_hash, original) WHERE uid_hash <> 0;
+)sql",
     // Calendars that hold events and reminders both, and what lies on servers.
     R"sql(
 CREATE TABLE remotes(source INTEGER PRIMARY KEY, settings TEXT NOT NULL, state TEXT NOT NULL);

@@ -27,8 +27,13 @@ struct Definition {
   bool found = false;
 };
 
-/// Comparing costs less than running the steps on a database in memory; a step that alters a table will have to give
-/// its outcome here.
+Definition* definitionOf(std::vector<Definition>& ours, std::string_view name) {
+  const auto found = std::find_if(ours.begin(), ours.end(), [&](const Definition& each) { return each.name == name; });
+  return found == ours.end() ? nullptr : &*found;
+}
+
+/// Comparing costs less than running the steps on a database in memory. What a later step makes anew counts as that
+/// made it; a step that alters a table will have to give its outcome here.
 std::vector<Definition> definitionsIn(std::span<const char* const> steps) {
   std::vector<Definition> made;
   for (const std::string_view step : steps) {
@@ -37,7 +42,11 @@ std::vector<Definition> definitionsIn(std::span<const char* const> steps) {
       const bool table = sql.starts_with("CREATE TABLE ");
       std::string_view name = sql.substr(table ? 13 : sql.find("INDEX ") + 6);
       name = name.substr(0, name.find_first_of("( "));
-      made.push_back({name, sql, table, false});
+      if (Definition* before = definitionOf(made, name); before != nullptr) {
+        before->sql = sql;
+      } else {
+        made.push_back({name, sql, table, false});
+      }
     }
   }
   made.push_back({kSequenceName, kSequenceTable, true, false});
@@ -50,11 +59,6 @@ Failed refused(const Database& database, std::string_view name, std::string_view
       fmt::format("The calendar store \"{}\" is damaged or was changed by another program: \"{}\" {}. Write out what "
                   "can still be read (orlocal export --salvage), or put a backup in its place (orlocal restore).",
                   database.file().string(), name, why));
-}
-
-Definition* definitionOf(std::vector<Definition>& ours, std::string_view name) {
-  const auto found = std::find_if(ours.begin(), ours.end(), [&](const Definition& each) { return each.name == name; });
-  return found == ours.end() ? nullptr : &*found;
 }
 
 }  // namespace

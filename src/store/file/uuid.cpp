@@ -108,7 +108,7 @@ Uuid UuidMaker::next() {
     }
   }
   std::array<std::byte, Uuid::kBytes> bytes;
-  write64(m_high >> 12 << 16 | 0x7000 | (m_high & 0xfff), bytes.data());
+  write64(m_high >> 12 << 16 | std::uint64_t{kVersion} << 12 | (m_high & 0xfff), bytes.data());
   write64(std::uint64_t{2} << 62 | m_low, bytes.data() + 8);
   return Uuid(bytes);
 }

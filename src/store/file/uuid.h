@@ -25,6 +25,7 @@ class Uuid {
   /// 36 characters, upper case.
   std::string text() const;
   std::span<const std::byte> bytes() const { return m_bytes; }
+  int version() const { return std::to_integer<int>(m_bytes[6] >> 4); }
 
   friend auto operator<=>(const Uuid&, const Uuid&) = default;
 
@@ -36,6 +37,8 @@ class Uuid {
 /// order in which they were made.
 class UuidMaker {
  public:
+  static constexpr int kVersion = 7;
+
   UuidMaker();
 
   /// Makes the next one greater than `used` too.

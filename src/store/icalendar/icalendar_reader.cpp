@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <unordered_map>
 
 #include <fmt/format.h>
@@ -69,6 +70,14 @@ void ReadProblems::warn(int line, std::string_view uid, std::string message) {
   }
 }
 
+void ReadProblems::append(ReadProblems later) {
+  std::ranges::move(later.refused, std::back_inserter(refused));
+  const std::size_t room = kMostWarnings - warnings.size(), kept = std::min(room, later.warnings.size());
+  std::move(later.warnings.begin(), later.warnings.begin() + static_cast<std::ptrdiff_t>(kept),
+            std::back_inserter(warnings));
+  warningsLeftOut += later.warnings.size() - kept + later.warningsLeftOut;
+}
+
 struct CalendarReader::Data {
   struct Group {
     std::size_t calendar = 0;
@@ -81,11 +90,13 @@ struct CalendarReader::Data {
 
   void group();
   void addMain(Group& group, std::size_t index);
+  ItemGroup read(const Group& group, Tzids& tzids, RuleBudget& budget, ReadProblems& found) const;
 
   std::string bytes;
   CalendarLayout layout;
   TzidTable zones;
   RuleBudget rules;
+  const std::atomic<bool>* stop = nullptr;
   std::vector<Group> groups;
 };
 
@@ -182,10 +193,33 @@ std::size_t CalendarReader::size() const { return m_data->groups.size(); }
 const ReadProblems& CalendarReader::problems() const { return m_data->layout.problems; }
 const std::map<std::string, std::string>& CalendarReader::privateZones() const { return m_data->zones.privateZones(); }
 
-void CalendarReader::stopWhen(const std::atomic<bool>* stop) { m_data->rules = RuleBudget(stop); }
+void CalendarReader::stopWhen(const std::atomic<bool>* stop) {
+  m_data->rules = RuleBudget(stop);
+  m_data->stop = stop;
+}
 
 ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
-  const Data::Group& group = m_data->groups[index];
+  return m_data->read(m_data->groups[index], m_data->zones, m_data->rules, problems);
+}
+
+CalendarReader::Stretch CalendarReader::readAhead(std::size_t begin, std::size_t end) const {
+  Stretch made;
+  made.groups.reserve(end - begin);
+  KnownTzids tzids(m_data->zones);
+  RuleBudget budget = RuleBudget::ofOwnParts(m_data->stop);
+  for (made.end = begin; made.end < end; ++made.end) {
+    if (m_data->stop != nullptr && m_data->stop->load()) { break; }
+    ReadProblems found;
+    ItemGroup group = m_data->read(m_data->groups[made.end], tzids, budget, found);
+    if (tzids.wasAskedForMore() || budget.ranShort()) { break; }
+    made.problems.append(std::move(found));
+    if (!group.empty()) { made.groups.push_back(std::move(group)); }
+  }
+  return made;
+}
+
+ItemGroup CalendarReader::Data::read(const Group& group, Tzids& tzids, RuleBudget& budget,
+                                     ReadProblems& problems) const {
   ItemGroup made{group.calendar, group.line, std::nullopt, {}, nullptr, {}};
   std::vector<LaterChange> later;
   std::unordered_map<std::string, std::size_t> places;
@@ -201,16 +235,16 @@ ItemGroup CalendarReader::read(std::size_t index, ReadProblems& problems) {
     }
   };
   if (group.main) {
-    const ItemSpan& span = m_data->layout.items[*group.main];
-    if (auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems)) {
+    const ItemSpan& span = layout.items[*group.main];
+    if (auto read = readItem(bytes, span, tzids, budget, problems)) {
       made.main = std::move(read->item);
       made.series = std::move(read->series);
       for (Item& period : read->periods) { add(std::move(period), span.span.line); }
     }
   }
   for (const std::size_t i : group.changed) {
-    const ItemSpan& span = m_data->layout.items[i];
-    auto read = readItem(m_data->bytes, span, m_data->zones, m_data->rules, problems);
+    const ItemSpan& span = layout.items[i];
+    auto read = readItem(bytes, span, tzids, budget, problems);
     if (!read) { continue; }
     if (read->andFuture && made.series) {
       later.push_back({std::move(read->item), span.span.line});

@@ -36,6 +36,8 @@ struct ReadProblems {
   /// Both keep the beginning of a UID that is very long.
   void refuse(int line, std::string_view uid, std::string message);
   void warn(int line, std::string_view uid, std::string message);
+  /// What was found after all of these.
+  void append(ReadProblems later);
 };
 
 /// What a VCALENDAR says about itself.
@@ -54,6 +56,9 @@ struct ItemGroup {
   std::shared_ptr<const Series> series;  ///< `main` compiled for UTC, when it repeats
   /// What changes from an occurrence on (RANGE=THISANDFUTURE) is cut off there, as a series of its own; by start.
   std::vector<ItemGroup> later;
+
+  /// Whether nothing of it is left: all of it was refused.
+  bool empty() const { return !main && changed.empty(); }
 };
 
 /// An iCalendar file (RFC 5545), read item by item. Nothing in it is ever opened, run or fetched.
@@ -72,7 +77,8 @@ class CalendarReader {
   CalendarReader& operator=(CalendarReader&&) noexcept;
   ~CalendarReader();
 
-  /// Asked while a rule takes long; once it is set, items whose rules are still to be followed are refused.
+  /// Asked while a rule takes long; once it is set, items whose rules are still to be followed are refused, and nothing
+  /// is read ahead.
   void stopWhen(const std::atomic<bool>* stop);
 
   const std::vector<CalendarHead>& calendars() const;
@@ -80,6 +86,18 @@ class CalendarReader {
   std::size_t size() const;
   /// Reads the group; problems are added to `problems`.
   ItemGroup read(std::size_t index, ReadProblems& problems);
+
+  /// Groups that follow each other.
+  struct Stretch {
+    std::vector<ItemGroup> groups;  ///< without those of which nothing is left
+    ReadProblems problems;
+    std::size_t end = 0;  ///< the first group that was not read
+  };
+  /// Reads the groups from `begin` up to `end`, or to one that hangs on what was read before it: it has a TZID that
+  /// `read` has not met, or wants more of the rules than each item may take. `read` then goes on from there, and both
+  /// give what `read` alone would. Any number of threads, as long as none calls `read`.
+  Stretch readAhead(std::size_t begin, std::size_t end) const;
+
   /// What the file's structure showed when it was opened.
   const ReadProblems& problems() const;
   /// The private zones that the groups read so far use: name and VTIMEZONE text. They are registered in this process.

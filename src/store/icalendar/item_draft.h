@@ -16,7 +16,7 @@ namespace orlocal::store {
 /// An item while its component is read: what its lines said so far. Only `readItem` makes one.
 class ItemDraft {
  public:
-  ItemDraft(const ItemSpan& span, TzidTable& zones, RuleBudget& rules, ReadProblems& problems)
+  ItemDraft(const ItemSpan& span, Tzids& zones, RuleBudget& rules, ReadProblems& problems)
       : m_span(span), m_zones(zones), m_rules(rules), m_problems(problems) {
     m_item.kind = span.kind;
     m_item.uid = span.uid;
@@ -107,7 +107,7 @@ class ItemDraft {
   bool addPeriods(ReadItem& made);
 
   const ItemSpan& m_span;
-  TzidTable& m_zones;
+  Tzids& m_zones;
   RuleBudget& m_rules;
   ReadProblems& m_problems;
   Item m_item;

@@ -33,6 +33,14 @@ bool isScaled(const Recurrence& recurrence) {
 
 }  // namespace
 
+RuleBudget RuleBudget::ofOwnParts(const std::atomic<bool>* stop) {
+  RuleBudget budget(stop);
+  budget.m_steps = 0;
+  budget.m_occurrences = 0;
+  budget.m_scaled = 0;
+  return budget;
+}
+
 std::uint64_t RuleBudget::given(const Recurrence& recurrence) const {
   // A list of rules is as many rules.
   const std::uint64_t own = kOwnSteps * (recurrence.rules.size() + recurrence.exceptionRules.size() <= 1 ? 1 : 2);
@@ -49,16 +57,27 @@ ExpansionBudget RuleBudget::forItem(const Recurrence& recurrence) const {
 
 void RuleBudget::settle(const Recurrence& recurrence, const ExpansionBudget& left) {
   const std::uint64_t taken = given(recurrence) - left.left();
-  m_steps -= std::min(m_steps, taken - std::min(taken, kOwnSteps));
+  const std::uint64_t beyond = taken - std::min(taken, kOwnSteps);
+  m_ranShort = m_ranShort || left.left() == 0 || beyond > m_steps;
+  m_steps -= std::min(m_steps, beyond);
   // libical's steps are not ours, and nothing but time tells what they cost.
   if (isScaled(recurrence)) { m_scaledTime -= std::min(m_scaledTime, std::chrono::steady_clock::now() - m_begun); }
 }
 
-bool RuleBudget::takesScaled(const Recurrence& recurrence) { return !isScaled(recurrence) || m_scaled-- > 0; }
+bool RuleBudget::takesScaled(const Recurrence& recurrence) {
+  if (!isScaled(recurrence)) { return true; }
+  const bool takes = m_scaled > 0;
+  m_scaled -= takes ? 1 : 0;
+  m_ranShort = m_ranShort || !takes;
+  return takes;
+}
 
 bool RuleBudget::takesOccurrences(std::int64_t inMonth) {
   const std::int64_t beyond = inMonth - std::min(inMonth, kOwnOccurrences);
-  if (beyond > m_occurrences) { return false; }
+  if (beyond > m_occurrences) {
+    m_ranShort = true;
+    return false;
+  }
   m_occurrences -= beyond;
   return true;
 }
@@ -303,7 +322,7 @@ std::optional<ReadItem> ItemDraft::settleRecurrence() {
   return made;
 }
 
-std::optional<ReadItem> readItem(std::string_view bytes, const ItemSpan& span, TzidTable& zones, RuleBudget& rules,
+std::optional<ReadItem> readItem(std::string_view bytes, const ItemSpan& span, Tzids& zones, RuleBudget& rules,
                                  ReadProblems& problems) {
   return ItemDraft(span, zones, rules, problems).read(span.span.of(bytes));
 }

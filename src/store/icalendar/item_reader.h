@@ -23,6 +23,11 @@ class RuleBudget {
  public:
   /// `stop` as in `ExpansionBudget`.
   explicit RuleBudget(const std::atomic<bool>* stop = nullptr) : m_stop(stop) {}
+  /// What each item has whatever came before it, and nothing that all have together.
+  static RuleBudget ofOwnParts(const std::atomic<bool>* stop);
+
+  /// Whether an item wanted more than there was.
+  bool ranShort() const { return m_ranShort; }
 
   /// For one item; what it takes beyond an item's own part is taken from what all have together.
   ExpansionBudget forItem(const Recurrence& recurrence) const;
@@ -40,6 +45,7 @@ class RuleBudget {
   std::int64_t m_occurrences = 400'000;
   std::chrono::steady_clock::duration m_scaledTime = std::chrono::milliseconds(500);
   int m_scaled = 40;
+  bool m_ranShort = false;
   mutable std::chrono::steady_clock::time_point m_begun;
 };
 
@@ -53,7 +59,7 @@ struct ReadItem {
 };
 
 /// Reads a VEVENT or VTODO. None when it is refused; that and everything else worth telling goes to `problems`.
-std::optional<ReadItem> readItem(std::string_view bytes, const ItemSpan& span, TzidTable& zones, RuleBudget& rules,
+std::optional<ReadItem> readItem(std::string_view bytes, const ItemSpan& span, Tzids& zones, RuleBudget& rules,
                                  ReadProblems& problems);
 
 /// Reads the lines of a VALARM, without its BEGIN and END. None when the alarm cannot be understood.

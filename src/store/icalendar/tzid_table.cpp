@@ -27,11 +27,22 @@ TzidTable::TzidTable(std::string_view bytes, const std::vector<ZoneSpan>& zones)
 
 const std::optional<std::string>& TzidTable::zoneOf(std::string_view tzid, std::size_t calendar, int line,
                                                     ReadProblems& problems) {
+  if (const auto* zone = known(tzid, calendar)) { return *zone; }
   if (m_known.size() <= calendar) { m_known.resize(calendar + 1); }
-  auto& known = m_known[calendar];
-  auto found = known.find(tzid);
-  if (found == known.end()) { found = known.emplace(std::string(tzid), find(tzid, calendar, line, problems)).first; }
-  return found->second;
+  return m_known[calendar].emplace(std::string(tzid), find(tzid, calendar, line, problems)).first->second;
+}
+
+const std::optional<std::string>* TzidTable::known(std::string_view tzid, std::size_t calendar) const {
+  if (m_known.size() <= calendar) { return nullptr; }
+  const auto found = m_known[calendar].find(tzid);
+  return found == m_known[calendar].end() ? nullptr : &found->second;
+}
+
+const std::optional<std::string>& KnownTzids::zoneOf(std::string_view tzid, std::size_t calendar, int /*line*/,
+                                                     ReadProblems& /*problems*/) {
+  if (const auto* zone = m_table.known(tzid, calendar)) { return *zone; }
+  m_askedForMore = true;
+  return m_none;
 }
 
 std::optional<std::string> TzidTable::find(std::string_view tzid, std::size_t calendar, int line,

@@ -1,6 +1,7 @@
 #include "store/model/occurrence_list.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <numeric>
 #include <tuple>
@@ -17,45 +18,48 @@ void OccurrenceList::clear() {
   m_unusual.clear();
 }
 
-bool OccurrenceList::comesBefore(const Entry& a, const Entry& b) const {
-  if (a.start != b.start) { return a.start < b.start; }
-  if (!a.isUnusual() && !b.isUnusual()) { return a.rest < b.rest; }
-  const Occurrence first = whole(a), second = whole(b);
-  return std::tie(first.end, first.event, first.item) < std::tie(second.end, second.event, second.item);
-}
-
 void OccurrenceList::sort() {
   // A second list as long would be a large part of what the process has.
-  constexpr std::size_t kFewest = 64, kMost = 1'000'000;
-  const auto inOrder = [this](const Entry& a, const Entry& b) { return comesBefore(a, b); };
-  if (m_entries.size() > kFewest && m_entries.size() <= kMost) { return dealOut(); }
-  std::sort(m_entries.begin(), m_entries.end(), inOrder);
+  constexpr std::size_t kFewest = 256, kMost = 1'000'000;
+  if (m_entries.size() > kFewest && m_entries.size() <= kMost) {
+    sortByDigits();
+  } else {
+    std::sort(m_entries.begin(), m_entries.end());
+  }
+  if (!m_unusual.empty()) { placeUnusual(); }
 }
 
-/// Sorts a month of a large store, hundreds of thousands, in few steps: dealt out to equal pieces of time first, a few
-/// to each, and sorted there.
-void OccurrenceList::dealOut() {
-  constexpr std::size_t kInPiece = 8;
-  const auto [first, last] = std::minmax_element(m_entries.begin(), m_entries.end(),
-                                                 [](const Entry& a, const Entry& b) { return a.start < b.start; });
-  const Moment begin = first->start;
-  // A power of two, as dividing would be most of the work.
-  const auto length = static_cast<std::uint64_t>((last->start - begin).count()) / (m_entries.size() / kInPiece);
-  const auto shift = static_cast<unsigned>(std::bit_width(length));
-  const auto pieceOf = [&](const Entry& entry) {
-    return static_cast<std::size_t>(static_cast<std::uint64_t>((entry.start - begin).count()) >> shift);
-  };
-  // Where each piece ends, then, as it is filled from its end, where it begins.
-  std::vector<std::uint32_t> places(pieceOf(*last) + 2);
-  for (const Entry& entry : m_entries) { ++places[pieceOf(entry)]; }
-  std::partial_sum(places.begin(), places.end(), places.begin());
+/// From the last digit to the first, each time keeping the order of those that have the same one: as much work for each
+/// entry however many there are and begin together, and none for digits in which all are alike.
+void OccurrenceList::sortByDigits() {
+  constexpr int kBits = 10, kValues = 1 << kBits;
   std::vector<Entry> sorted(m_entries.size());
-  for (const Entry& entry : m_entries) { sorted[--places[pieceOf(entry)]] = entry; }
-  for (std::size_t piece = 0; piece + 1 < places.size(); ++piece) {
-    std::sort(sorted.begin() + places[piece], sorted.begin() + places[piece + 1],
-              [this](const Entry& a, const Entry& b) { return comesBefore(a, b); });
+  for (const auto number : {&Entry::row, &Entry::length, &Entry::start}) {
+    std::uint32_t differing = 0;
+    for (const Entry& entry : m_entries) { differing |= entry.*number ^ m_entries.front().*number; }
+    for (int shift = std::countr_zero(differing); shift < 32 && differing >> shift != 0; shift += kBits) {
+      const auto digitOf = [&](const Entry& entry) { return entry.*number >> shift & (kValues - 1); };
+      std::array<std::uint32_t, kValues> places{};
+      for (const Entry& entry : m_entries) { ++places[digitOf(entry)]; }
+      std::exclusive_scan(places.begin(), places.end(), places.begin(), 0U);
+      for (const Entry& entry : m_entries) { sorted[places[digitOf(entry)]++] = entry; }
+      m_entries.swap(sorted);
+    }
   }
-  m_entries = std::move(sorted);
+}
+
+/// What an unusual one's numbers do not tell: where it stands among those that begin in the same second.
+void OccurrenceList::placeUnusual() {
+  const auto inOrder = [this](const Entry& a, const Entry& b) {
+    const Occurrence first = whole(a), second = whole(b);
+    return std::tie(first.start, first.end, first.event, first.item) <
+           std::tie(second.start, second.end, second.event, second.item);
+  };
+  for (auto from = m_entries.begin(); from != m_entries.end();) {
+    const auto to = std::find_if(from, m_entries.end(), [&](const Entry& entry) { return entry.start != from->start; });
+    if (std::any_of(from, to, [](const Entry& entry) { return entry.isUnusual(); })) { std::sort(from, to, inOrder); }
+    from = to;
+  }
 }
 
 bool operator==(const OccurrenceList& left, const OccurrenceList& right) {

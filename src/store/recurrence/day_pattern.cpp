@@ -125,7 +125,7 @@ std::optional<DayPattern> CompiledRule::dayPattern() const {
                    : m_frequency == Frequency::kMonthly ? DayPattern::Unit::kMonth
                                                         : DayPattern::Unit::kYear;
   pattern.m_interval = static_cast<std::int32_t>(m_interval);
-  pattern.m_base = static_cast<std::int32_t>(m_base);
+  pattern.m_base = m_interval == 1 ? 0 : static_cast<std::int32_t>(m_base);
   pattern.m_weekDays = m_weekDays;
   pattern.m_months = m_months;
   pattern.m_monthDays = m_monthDays;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -40,6 +41,9 @@ class DayPattern {
   /// The slots that it stands in, each once.
   std::vector<int> slots() const;
 
+  /// In no order of meaning.
+  friend auto operator<=>(const DayPattern&, const DayPattern&) = default;
+
  private:
   friend class CompiledRule;
   enum class Unit : std::uint8_t { kDay, kWeek, kMonth, kYear };
@@ -48,11 +52,11 @@ class DayPattern {
 
   // Each mask leaves days out; one that is 0 leaves none out.
   Unit m_unit = Unit::kDay;
-  std::uint8_t m_weekDays = 0;           ///< bit 0 is Sunday
-  std::uint16_t m_months = 0;            ///< bit 1 is January
-  std::int32_t m_interval = 1;           ///< in units
-  std::int32_t m_base = 0;               ///< of the first period: its day, month (of the year 0) or year
-  std::uint32_t m_monthDays = 0;         ///< bit 1 is the first
+  std::uint8_t m_weekDays = 0;    ///< bit 0 is Sunday
+  std::uint16_t m_months = 0;     ///< bit 1 is January
+  std::int32_t m_interval = 1;    ///< in units
+  std::int32_t m_base = 0;        ///< of the first period: its day, month (of the year 0) or year; 0 when each counts
+  std::uint32_t m_monthDays = 0;  ///< bit 1 is the first
   std::uint32_t m_monthDaysFromEnd = 0;  ///< bit 1 is the last
   std::uint64_t m_ordinals = 0;          ///< weekdays of a month, beside `m_weekDays`: see `ordinalBit`
 };

@@ -135,7 +135,8 @@ Result<std::vector<Calendar>> CalendarRows::ofKind(CalendarKind kind) {
 }
 
 Result<std::optional<Calendar>> CalendarRows::withId(CalendarId id) {
-  return first(m_withId.in(m_database).bind(1, id));
+  if (!m_kept || m_kept->id != id) { ORLOCAL_TRY(m_kept, first(m_withId.in(m_database).bind(1, id))); }
+  return m_kept;
 }
 
 Result<std::optional<Calendar>> CalendarRows::withUuid(const Uuid& uuid) {

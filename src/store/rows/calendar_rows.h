@@ -28,6 +28,7 @@ class CalendarRows {
 
   /// Those that hold such items, in their order.
   Result<std::vector<Calendar>> ofKind(CalendarKind kind);
+  /// Kept until `forget`: each save asks for the calendar that it goes to.
   Result<std::optional<Calendar>> withId(CalendarId id);
   Result<std::optional<Calendar>> withUuid(const Uuid& uuid);
   /// The oldest one that allows changes.
@@ -37,12 +38,15 @@ class CalendarRows {
   Status insert(Calendar& calendar, const Uuid& uuid);
   Status update(const Calendar& calendar);
   Status remove(CalendarId id);
+  /// Says that calendars or sources may have changed since, or that a change did not come about.
+  void forget() { m_kept.reset(); }
 
  private:
   Result<std::vector<Calendar>> all(Statement& statement);
   Result<std::optional<Calendar>> first(Statement& statement);
 
   Database& m_database;
+  std::optional<Calendar> m_kept;  ///< the one that was asked for last
   LazyStatement m_sources{"SELECT id, uuid, type, title FROM sources ORDER BY id"};
   LazyStatement m_insertSource{"INSERT INTO sources(uuid, type, title) VALUES(?, ?, ?)"};
   LazyStatement m_renameSource{"UPDATE sources SET title = ? WHERE id = ?"};

@@ -37,29 +37,29 @@ ItemRows::ItemRows(Database& database)
       m_insert(ItemValues::kInsert, ItemValues::kInserted, kRowsAtOnce),
       m_read(ItemValues::kReadById),
       m_readByUid(ItemValues::kReadByUid),
+      m_readByOwnUid(ItemValues::kReadByOwnUid),
       m_readForExpansion(ItemValues::kReadForExpansion),
       m_withUuid("SELECT id FROM items WHERE uuid = ?"),
-      m_withUid(
-          "SELECT id FROM items WHERE uid_hash = ? AND original IS NULL AND calendar = ? AND kind = ? AND uid = ?"),
+      m_withUid(ItemValues::kIdWithUid),
+      m_withOwnUid(ItemValues::kIdWithOwnUid),
       m_strays(
-          "SELECT id FROM items WHERE uid_hash = ? AND original IS NOT NULL AND calendar = ? AND kind = ? AND "
-          "uid = ? AND series IS NULL ORDER BY original"),
+          "SELECT id FROM items WHERE uid_hash = ? AND uid_hash <> 0 AND original IS NOT NULL AND calendar = ? AND "
+          "kind = ? AND uid = ? AND series IS NULL ORDER BY original"),
       m_strayAt(
-          "SELECT id FROM items WHERE uid_hash = ? AND original = ? AND calendar = ? AND kind = ? AND uid = ? AND "
-          "series IS NULL"),
+          "SELECT id FROM items WHERE uid_hash = ? AND uid_hash <> 0 AND original = ? AND calendar = ? AND kind = ? "
+          "AND "
+          "uid = ? AND series IS NULL"),
       m_changedOf(
           "SELECT id, original, recurrence_id, recurrence_id_clock FROM items WHERE series = ? ORDER BY original"),
       // The title is asked for so that the row is looked at, and not the index alone.
       m_changedAt("SELECT id, title FROM items WHERE series = ? AND original = ?"),
       m_place("SELECT slot, slot_start, original, series, uid_hash FROM items WHERE id = ?"),
-      m_uidHashes("SELECT uid_hash FROM items ORDER BY uid_hash"),
-      m_highestId(
-          "SELECT max((SELECT ifnull(max(id), 0) FROM items), "
-          "ifnull((SELECT seq FROM sqlite_sequence WHERE name = 'items'), 0))"),
+      m_uidHashes("SELECT uid_hash FROM items WHERE uid_hash <> 0 ORDER BY uid_hash"),
+      m_highestId("SELECT ifnull(max(id), 0) FROM items"),
       m_update(ItemValues::kUpdate),
       m_updateInPlace(ItemValues::kUpdateInPlace),
       m_remove("DELETE FROM items WHERE id = ?"),
-      m_newestUuid("SELECT uuid FROM items ORDER BY id DESC LIMIT 1"),
+      m_newest("SELECT id, uuid FROM items ORDER BY id DESC LIMIT 1"),
       m_byCalendar("SELECT id, calendar FROM items WHERE series IS NULL ORDER BY id"),
       m_idsInCalendar("SELECT id FROM items WHERE calendar = ? ORDER BY series IS NULL, id"),
       m_zonedIds(
@@ -69,7 +69,7 @@ ItemRows::ItemRows(Database& database)
 void ItemRows::forgetAll() {
   m_kept.forgetAll();
   m_gatheredRows = 0;
-  m_nextId = 0;
+  m_gathers = false;
 }
 
 Result<ItemId> ItemRows::highestId() {
@@ -83,14 +83,6 @@ Result<ItemId> ItemRows::highestId() {
   return highest;
 }
 
-// The timeline and changed occurrences name an item before its row is written, so ids are given out here, as the table
-// would: after the highest that it ever gave. Nobody else inserts, as this turn to write is ours.
-Status ItemRows::gather() {
-  ORLOCAL_TRY(const ItemId highest, highestId());
-  m_nextId = highest + 1;
-  return {};
-}
-
 Status ItemRows::writeRows() {
   ORLOCAL_CHECK(m_insert.write(m_database, gathered(), [](Statement& insert, int before, const Gathered& row) {
     row.values.bindTo(insert, before);
@@ -100,7 +92,7 @@ Status ItemRows::writeRows() {
 }
 
 Status ItemRows::writeGathered() {
-  m_nextId = 0;
+  m_gathers = false;
   return writeRows();
 }
 
@@ -111,7 +103,8 @@ Status ItemRows::writeRow(ItemId id) {
 
 Status ItemRows::writeRowsWithUid(std::int64_t hash) {
   const auto rows = gathered();
-  const bool meets = std::any_of(rows.begin(), rows.end(), [&](const Gathered& row) { return row.uidHash == hash; });
+  const bool meets = std::any_of(rows.begin(), rows.end(),
+                                 [&](const Gathered& row) { return row.uidHash == hash || row.uidHash == 0; });
   return meets ? writeRows() : Status();
 }
 
@@ -132,7 +125,7 @@ Result<std::shared_ptr<const Item>> ItemRows::load(ItemId id) {
   const ResetAtExit reset(read);
   ORLOCAL_TRY(auto item, itemOf(read));
   // A large change meets each row once.
-  if (item != nullptr && m_nextId == 0) { m_kept.keep(item); }
+  if (item != nullptr && !m_gathers) { m_kept.keep(item); }
   return item;
 }
 
@@ -174,6 +167,11 @@ Result<std::optional<ItemId>> ItemRows::withUuid(const Uuid& uuid) {
 Result<std::optional<ItemId>> ItemRows::withUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
   const std::int64_t hash = ItemValues::hashOf(uid);
   ORLOCAL_CHECK(writeRowsWithUid(hash));
+  if (const auto identifier = Uuid::parse(uid)) {
+    Statement& own = m_withOwnUid.in(m_database).bindBlob(1, identifier->bytes()).bind(2, calendar);
+    ORLOCAL_TRY(const auto id, firstId(own.bind(3, static_cast<std::int64_t>(kind))));
+    if (id) { return id; }
+  }
   Statement& find = m_withUid.in(m_database).bind(1, hash).bind(2, calendar);
   return firstId(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
 }
@@ -181,8 +179,17 @@ Result<std::optional<ItemId>> ItemRows::withUid(CalendarId calendar, ItemKind ki
 Result<ItemRows::Known> ItemRows::readWithUid(CalendarId calendar, ItemKind kind, std::string_view uid) {
   const std::int64_t hash = ItemValues::hashOf(uid);
   ORLOCAL_CHECK(writeRowsWithUid(hash));
+  if (const auto identifier = Uuid::parse(uid)) {
+    Statement& own = m_readByOwnUid.in(m_database).bindBlob(1, identifier->bytes()).bind(2, calendar);
+    ORLOCAL_TRY(Known known, knownIn(own.bind(3, static_cast<std::int64_t>(kind))));
+    if (known.item != nullptr) { return known; }
+  }
   Statement& find = m_readByUid.in(m_database).bind(1, hash).bind(2, calendar);
-  const ResetAtExit reset(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
+  return knownIn(find.bind(3, static_cast<std::int64_t>(kind)).bind(4, uid));
+}
+
+Result<ItemRows::Known> ItemRows::knownIn(Statement& find) {
+  const ResetAtExit reset(find);
   Known known;
   ORLOCAL_TRY(known.item, itemOf(find));
   if (known.item == nullptr) { return known; }
@@ -191,7 +198,7 @@ Result<ItemRows::Known> ItemRows::readWithUid(CalendarId calendar, ItemKind kind
   known.place.shelf = row.number(ItemValues::kShelf);
   known.place.shelfStart = row.seconds(ItemValues::kShelfStart);
   known.place.series = known.item->series;
-  known.place.uidHash = hash;
+  known.place.uidHash = ItemValues::uidHashOf(*known.item);
   if (!row.sound() || !Timeline::isShelf(known.place.shelf)) {
     return damaged(m_database, fmt::format("Item {}", known.item->id));
   }
@@ -268,25 +275,25 @@ Result<std::optional<StoredPlace>> ItemRows::place(ItemId id) {
   return place;
 }
 
-Status ItemRows::insert(Item& item, const Uuid& uuid, const RowPlace& place) {
+Status ItemRows::insert(Item& item, ItemId id, const Uuid& uuid, const RowPlace& place) {
   ORLOCAL_CHECK(checkBeforeWriting(item));
-  if (m_nextId == 0) {
+  if (!m_gathers) {
     ItemValues::bind(m_values, item, place);
-    m_values.bindBlob(ItemValues::kUuidParameter, uuid.bytes());
+    m_values.bind(ItemValues::kIdParameter, id).bindBlob(ItemValues::kUuidParameter, uuid.bytes());
     ORLOCAL_CHECK(
         m_insert.write(m_database, std::span<const RowValues>(&m_values, 1),
                        [](Statement& insert, int before, const RowValues& row) { row.bindTo(insert, before); }));
-    item.id = m_database.lastInsertId();
+    item.id = id;
     return {};
   }
   Gathered& row = m_gathered[m_gatheredRows];
   ItemValues::bind(row.values, item, place);
-  row.values.bind(ItemValues::kIdParameter, m_nextId).bindBlob(ItemValues::kUuidParameter, uuid.bytes());
-  row.id = m_nextId;
-  row.uidHash = ItemValues::hashOf(item.uid);
+  row.values.bind(ItemValues::kIdParameter, id).bindBlob(ItemValues::kUuidParameter, uuid.bytes());
+  row.id = id;
+  row.uidHash = ItemValues::uidHashOf(item);
   ++m_gatheredRows;
   if (m_gatheredRows == m_gathered.size()) { ORLOCAL_CHECK(writeRows()); }
-  item.id = m_nextId++;
+  item.id = id;
   return {};
 }
 
@@ -297,7 +304,7 @@ Status ItemRows::update(const Item& item, const RowPlace& place, const StoredPla
   ItemValues::bind(m_values, item, place);
   m_values.bind(ItemValues::kIdParameter, item.id);
   const bool inPlace = before.original == place.original && before.series == item.series &&
-                       before.uidHash == ItemValues::hashOf(item.uid);
+                       before.uidHash == ItemValues::uidHashOf(item);
   Statement& update = (inPlace ? m_updateInPlace : m_update).in(m_database);
   m_values.bindTo(update, 0);
   return update.run();
@@ -309,14 +316,14 @@ Status ItemRows::remove(ItemId id) {
   return m_remove.in(m_database).bind(1, id).run();
 }
 
-Result<Uuid> ItemRows::newestUuid() {
+Result<ItemRows::Newest> ItemRows::newest() {
   ORLOCAL_CHECK(writeRows());
-  Statement& read = m_newestUuid.in(m_database);
+  Statement& read = m_newest.in(m_database);
   const ResetAtExit reset(read);
   ORLOCAL_TRY(const bool found, read.step());
-  if (!found) { return Uuid(); }
+  if (!found) { return Newest(); }
   CheckedRow row(read);
-  const Uuid newest = row.uuid(0);
+  const Newest newest{row.id(0), row.uuid(1)};
   if (!row.sound()) { return damaged(m_database, "The newest item"); }
   return newest;
 }

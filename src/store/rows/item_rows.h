@@ -51,9 +51,9 @@ class ItemRows {
   };
   /// The same, read; not kept, as who asks this meets each row once.
   Result<Known> readWithUid(CalendarId calendar, ItemKind kind, std::string_view uid);
-  /// The hash of every row's UID, in their order.
+  /// The hash of every row's UID, in their order; not of those that are the rows' own identifiers.
   Status visitUidHashes(const std::function<void(std::int64_t)>& visit);
-  /// The highest id that was ever given.
+  /// The highest id that there is.
   Result<ItemId> highestId();
   /// Changed occurrences without a series, in the order of their original starts.
   Result<std::vector<ItemId>> straysWithUid(CalendarId calendar, ItemKind kind, std::string_view uid);
@@ -71,18 +71,22 @@ class ItemRows {
   Result<ItemId> changedAt(ItemId series, std::int64_t original);
 
   Result<std::optional<StoredPlace>> place(ItemId id);
-  /// Gives the item its id. `uuid` is the row's own identifier.
-  Status insert(Item& item, const Uuid& uuid, const RowPlace& place);
+  /// Gives the item its id, which no row had before; `uuid` is the row's own identifier.
+  Status insert(Item& item, ItemId id, const Uuid& uuid, const RowPlace& place);
   /// From now on what is inserted is kept back and written many rows at once: a large change costs less. It is written
   /// before any of it is read, changed or removed. Inside a write transaction.
-  Status gather();
+  void gather() { m_gathers = true; }
   /// Writes what was kept back, and ends that.
   Status writeGathered();
   /// Changes everything but the identifier.
   Status update(const Item& item, const RowPlace& place, const StoredPlace& before);
   Status remove(ItemId id);
-  /// The newest row's identifier; nil when there are none.
-  Result<Uuid> newestUuid();
+  struct Newest {
+    ItemId id = 0;
+    Uuid uuid;
+  };
+  /// What the newest row has been given; 0 and nil when there are none.
+  Result<Newest> newest();
 
   /// The rows of each calendar that are no changed occurrence of a series, in the order in which they came.
   Result<std::map<CalendarId, std::vector<ItemId>>> idsByCalendar();
@@ -101,6 +105,7 @@ class ItemRows {
 
   Result<std::shared_ptr<const Item>> load(ItemId id);
   Result<std::shared_ptr<const Item>> itemOf(Statement& read);
+  Result<Known> knownIn(Statement& find);
   /// The first of them are in use.
   std::span<const Gathered> gathered() const { return std::span(m_gathered).first(m_gatheredRows); }
   Status writeRows();
@@ -112,12 +117,12 @@ class ItemRows {
   KeptItems m_kept;
   std::vector<Gathered> m_gathered{kRowsAtOnce};
   std::size_t m_gatheredRows = 0;
-  ItemId m_nextId = 0;  ///< of the next row kept back; 0 while rows are written at once
+  bool m_gathers = false;
   RowValues m_values;
   RowInsert m_insert;
-  LazyStatement m_read, m_readByUid, m_readForExpansion, m_withUuid, m_withUid, m_strays, m_strayAt, m_changedOf,
-      m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_updateInPlace, m_remove, m_newestUuid, m_byCalendar,
-      m_idsInCalendar, m_zonedIds;
+  LazyStatement m_read, m_readByUid, m_readByOwnUid, m_readForExpansion, m_withUuid, m_withUid, m_withOwnUid, m_strays,
+      m_strayAt, m_changedOf, m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_updateInPlace, m_remove,
+      m_newest, m_byCalendar, m_idsInCalendar, m_zonedIds;
 };
 
 }  // namespace orlocal::store

@@ -24,6 +24,9 @@ namespace {
   "i.recurrence_id, i.recurrence_id_clock, i.uid, i.priority, i.sequence, i.created, i.modified, i.completed, "    \
   "i.title, i.location, i.url, i.alarms, i.attendees, i.notes, i.extra, i.original, s.uuid "
 #define ORLOCAL_ITEM_AND_SERIES "FROM items i LEFT JOIN items s ON s.id = i.series "
+#define ORLOCAL_WITH_UID \
+  "WHERE i.uid_hash = ? AND i.uid_hash <> 0 AND i.original IS NULL AND i.calendar = ? AND i.kind = ? AND i.uid = ?"
+#define ORLOCAL_WITH_OWN_UID "WHERE i.uuid = ? AND i.uid_hash = 0 AND i.calendar = ? AND i.kind = ?"
 #define ORLOCAL_HAS_CHANGED "EXISTS(SELECT 1 FROM items c WHERE c.series = i.id) "
 
 /// The columns above, in their order.
@@ -108,9 +111,12 @@ void bindTime(RowValues& values, int parameter, const std::optional<CalendarTime
 static_assert(ItemValues::kHasChanged == kSeriesUuid + 1);
 
 const char* const ItemValues::kReadById = "SELECT " ORLOCAL_ITEM_COLUMNS ORLOCAL_ITEM_AND_SERIES "WHERE i.id = ?";
-const char* const ItemValues::kReadByUid =
-    "SELECT " ORLOCAL_ITEM_COLUMNS ", " ORLOCAL_HAS_CHANGED ", i.slot, i.slot_start " ORLOCAL_ITEM_AND_SERIES
-    "WHERE i.uid_hash = ? AND i.original IS NULL AND i.calendar = ? AND i.kind = ? AND i.uid = ?";
+#define ORLOCAL_READ_KNOWN \
+  "SELECT " ORLOCAL_ITEM_COLUMNS ", " ORLOCAL_HAS_CHANGED ", i.slot, i.slot_start " ORLOCAL_ITEM_AND_SERIES
+const char* const ItemValues::kReadByUid = ORLOCAL_READ_KNOWN ORLOCAL_WITH_UID;
+const char* const ItemValues::kReadByOwnUid = ORLOCAL_READ_KNOWN ORLOCAL_WITH_OWN_UID;
+const char* const ItemValues::kIdWithUid = "SELECT i.id FROM items i " ORLOCAL_WITH_UID;
+const char* const ItemValues::kIdWithOwnUid = "SELECT i.id FROM items i " ORLOCAL_WITH_OWN_UID;
 const char* const ItemValues::kReadForExpansion =
     "SELECT id, kind, \"start\", start_clock, \"end\", end_clock, recurrence, title, uid, " ORLOCAL_HAS_CHANGED
     "FROM items i WHERE id = ?";
@@ -130,7 +136,12 @@ const char* const ItemValues::kUpdateInPlace =
     "created=?18, modified=?19, completed=?20, title=?21, location=?22, url=?23, alarms=?24, attendees=?25, "
     "notes=?26, extra=?27 WHERE id=?28";
 
-std::int64_t ItemValues::hashOf(std::string_view uid) { return static_cast<std::int64_t>(contentHash(uid)); }
+std::int64_t ItemValues::hashOf(std::string_view uid) {
+  const auto hash = static_cast<std::int64_t>(contentHash(uid));
+  return hash != 0 ? hash : 1;
+}
+
+std::int64_t ItemValues::uidHashOf(const Item& item) { return item.uid == item.itemIdentifier ? 0 : hashOf(item.uid); }
 
 Result<Item> ItemValues::read(const Statement& statement, const Database& database) {
   CheckedRow row(statement);
@@ -195,7 +206,7 @@ void ItemValues::bind(RowValues& values, const Item& item, const RowPlace& place
   }
   bindTime(values, 11, item.recurrenceId);
   bindOptional(values, 13, place.original);
-  values.bind(14, hashOf(item.uid)).bind(15, std::string_view(item.uid));
+  values.bind(14, uidHashOf(item)).bind(15, std::string_view(item.uid));
   values.bind(16, std::int64_t{item.priority}).bind(17, item.sequence);
   bindOptional(values, 18, item.created);
   bindOptional(values, 19, item.modified);

@@ -59,7 +59,8 @@ class Timeline {
   /// Seconds: UTC, or on the wall clock when `isWall`.
   static std::int64_t keyOf(const CalendarTime& time);
 
-  /// Takes the place of the item's entry on that shelf with that start.
+  /// Takes the place of the item's entry on that shelf with that start; where it stands there as it is, nothing is
+  /// written.
   Status insert(const TimelineEntry& entry);
   /// `shelf` and `start` are the entry's.
   Status remove(ItemId item, std::int64_t shelf, std::int64_t start);
@@ -120,7 +121,11 @@ class Timeline {
   std::vector<Row> m_gathered;
   std::unordered_set<ItemId> m_gatheredItems;
   RowInsert m_insert{
-      "INSERT OR REPLACE INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)", 8, 16};
+      "INSERT INTO timeline(slot, \"start\", item, \"end\", calendar, flags, series, original)", 8, 16,
+      " ON CONFLICT DO UPDATE SET \"end\" = excluded.\"end\", calendar = excluded.calendar, flags = excluded.flags, "
+      "series = excluded.series, original = excluded.original WHERE \"end\" <> excluded.\"end\" OR "
+      "calendar <> excluded.calendar OR flags <> excluded.flags OR series IS NOT excluded.series OR "
+      "original IS NOT excluded.original"};
   LazyStatement m_remove{"DELETE FROM timeline WHERE slot = ? AND \"start\" = ? AND item = ?"};
   LazyStatement m_strange{
       "SELECT slot FROM timeline WHERE slot < 0 UNION ALL SELECT slot FROM timeline WHERE slot >= 256 LIMIT 1"};

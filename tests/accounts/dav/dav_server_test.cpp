@@ -114,11 +114,29 @@ TEST_F(DavServerRequests, DoNotKnowWhatTheServerKeepsToItself) {
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 1U);
   EXPECT_EQ(found->front().url, "https://dav.example.org/dav.php/ann/shared/");
-  EXPECT_EQ(found->front().displayName, "R&amp;D") << "what was escaped twice is what the server has";
+  EXPECT_EQ(found->front().displayName, "R&D") << "it was escaped twice";
   EXPECT_EQ(found->front().writable, std::nullopt);
   EXPECT_TRUE(found->front().events && found->front().reminders);
   EXPECT_TRUE(found->front().reportsChanges);
   EXPECT_EQ(found->front().mostBytes, std::nullopt);
+}
+
+TEST_F(DavServerRequests, UnescapeNoNameInWhichAnAmpersandStandsByItself) {
+  int number = 0;
+  for (const auto& [written, meant] :
+       std::vector<std::pair<std::string, std::string>>{{"a &amp;lt; b &amp;#039;", "a < b '"},
+                                                        {"R&amp;D &amp;lt;", "R&D &lt;"},
+                                                        {"R&amp;D", "R&D"},
+                                                        {"plain", "plain"}}) {
+    const std::string url = "https://h/" + std::to_string(++number) + "/";
+    transport.on(
+        "PROPFIND " + url, 207,
+        multistatusOf("<D:response><D:href>.</D:href><D:propstat><D:prop>"
+                      "<D:resourcetype><C:calendar/></D:resourcetype><D:displayname>" +
+                      written +
+                      "</D:displayname></D:prop><D:status>HTTP/1.1 200 OK</D:status></D:propstat></D:response>"));
+    EXPECT_EQ(server.calendar(url)->displayName, meant);
+  }
 }
 
 TEST_F(DavServerRequests, TakeNoPrivilegesAtAllForUnknown) {
@@ -184,6 +202,17 @@ TEST_F(DavServerRequests, PassOnThatNoAnswerCame) {
   EXPECT_EQ(server.calendars(kCal).error().trouble, Trouble::kAnswerLost);
 }
 
+TEST_F(DavServerRequests, TakeAHomeThatIsNotThereForNoEmptyOne) {
+  const std::string gone = multistatusOf(
+      "<D:response><D:href>https%3A//dav.example.org/cal/</D:href><D:status>HTTP/1.1 404 Not "
+      "Found</D:status></D:response>");
+  transport.on("PROPFIND " + kCal, 207, gone);
+  transport.on("REPORT " + kCal, 207, gone);
+  EXPECT_EQ(server.calendars(kCal).error().trouble, Trouble::kNotFound);
+  EXPECT_EQ(server.entries(kCal).error().trouble, Trouble::kNotFound);
+  EXPECT_EQ(server.changesSince(kCal, "token").error().trouble, Trouble::kNotFound);
+}
+
 // Changes.
 
 TEST_F(DavServerRequests, AskForChangesWithDepthZeroAndTheTokenAsItCame) {
@@ -218,6 +247,15 @@ TEST_F(DavServerRequests, AreToldThatThereIsMore) {
   EXPECT_EQ(changes->changed.size(), 1U);
   EXPECT_EQ(changes->removed.size(), 1U);
   EXPECT_EQ(changes->token, "data:,1795215359-27");
+}
+
+TEST_F(DavServerRequests, AreNotSentInACircle) {
+  const std::string more = "<D:response><D:href>/cal/</D:href><D:status>HTTP/1.1 507 x</D:status></D:response>";
+  transport.on("REPORT " + kCal, 207, multistatusOf(more + "<D:sync-token>same</D:sync-token>"));
+  EXPECT_TRUE(server.changesSince(kCal, "other"));
+  EXPECT_EQ(server.changesSince(kCal, "same").error().trouble, Trouble::kNonsense);
+  transport.on("REPORT https://h/cal/", 207, multistatusOf(more));
+  EXPECT_EQ(server.changesSince("https://h/cal/", "").error().trouble, Trouble::kNonsense);
 }
 
 TEST_F(DavServerRequests, ResolveNamesRelativeToTheCalendar) {
@@ -375,6 +413,16 @@ TEST_F(DavServerRequests, AreToldWhereTheServerPutTheItem) {
   EXPECT_EQ(server.put(kCal + "s@me.ics", "text", Precondition::isNew())->url, kCal + "s@me.ics");
 }
 
+TEST_F(DavServerRequests, AreNotLedAwayFromTlsByAServerThatDoesNotKnowOfIt) {
+  transport.on("PUT " + kCal + "n.ics", 201, "", {{"Location", "http://dav.example.org:8080/cal/n.ics"}});
+  EXPECT_EQ(server.put(kCal + "n.ics", "text", Precondition::isNew())->url, kCal + "n.ics");
+  transport.on(
+      "REPORT " + kCal, 207,
+      multistatusOf("<D:response><D:href>http://dav.example.org/cal/a.ics</D:href><D:status>HTTP/1.1 404 x</D:status>"
+                    "</D:response>"));
+  EXPECT_THAT(server.changesSince(kCal, "t")->removed, ElementsAre(kCal + "a.ics"));
+}
+
 TEST_F(DavServerRequests, LookForTheRefusalInAnAnswerOfManyStatuses) {
   transport.on(
       "PUT " + kCal + "n.ics", 207,
@@ -420,6 +468,18 @@ TEST_F(DavServerRequests, SayThatAPropertyWasRefusedInsideAnAnswerThatSucceeded)
   EXPECT_EQ(server.setProperty(kCal, CalendarProperty::kOrder, "1").error().trouble, Trouble::kForbidden);
 }
 
+TEST_F(DavServerRequests, SayThatAServerDoesNotKeepAProperty) {
+  for (const int status : {404, 409}) {
+    transport.on("PROPPATCH https://h/" + std::to_string(status) + "/", 207,
+                 multistatusOf("<D:response><D:href>/cal/</D:href><D:propstat><D:prop/><D:status>HTTP/1.1 " +
+                               std::to_string(status) + " x</D:status></D:propstat></D:response>"));
+    EXPECT_EQ(
+        server.setProperty("https://h/" + std::to_string(status) + "/", CalendarProperty::kOrder, "1").error().trouble,
+        Trouble::kUnsupported);
+  }
+  EXPECT_EQ(server.setProperty("https://h/gone/", CalendarProperty::kOrder, "1").error().trouble, Trouble::kNotFound);
+}
+
 std::string calendarAnswer(const std::string& properties) {
   return multistatusOf(
       "<D:response><D:href>/cal/</D:href><D:propstat><D:prop><D:resourcetype><C:calendar/></D:resourcetype>" +
@@ -429,7 +489,7 @@ std::string calendarAnswer(const std::string& properties) {
 TEST_F(DavServerRequests, SetAfterwardsWhatAServerLeftOutOfANewCalendar) {
   const NewCalendar wanted{"R&D", true, false, store::Rgb{1, 0, 0}};
   transport.on("MKCALENDAR " + kCal, 201);
-  transport.on("PROPFIND " + kCal, 207, calendarAnswer("<D:displayname>R&amp;amp;D</D:displayname>"));
+  transport.on("PROPFIND " + kCal, 207, calendarAnswer("<D:displayname>calendar</D:displayname>"));
   transport.on(
       "PROPFIND " + kCal, 207,
       calendarAnswer("<D:displayname>R&amp;D</D:displayname><A:calendar-color xmlns:A='http://apple.com/ns/ical/'>"

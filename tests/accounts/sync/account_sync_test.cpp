@@ -432,6 +432,25 @@ TEST_F(AccountSync, ShortListRemovesNothingByItself) {
   EXPECT_THAT(machine->titles("Team"), ElementsAre("Dinner", "Lunch"));
 }
 
+TEST_F(AccountSync, WhatIsMissingInACalendarThatIsNotThereIsNotGone) {
+  server.quirks.hasNoSync = true;
+  server.putAs(url("1.ics"), eventText("one", "Lunch"));
+  synced();
+  const auto whole = server.snapshot();
+  server.removeAs(url("1.ics"));
+  server.putAs(url("2.ics"), eventText("two", "Dinner"));
+  // It vanishes after it was listed, and comes back.
+  server.beforeEach = [&](const HttpRequest& request) {
+    if (request.method == "REPORT") { server.dropCalendar(team); }
+  };
+  machine->sync();
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("Lunch"));
+  server.beforeEach = {};
+  server.restore(whole);
+  synced();
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("Lunch"));
+}
+
 TEST_F(AccountSync, NotesAllThatDiffersWhereTheLogIsCutShort) {
   server.putAs(url("1.ics"), eventText("one", "Lunch"));
   server.putAs(url("2.ics"), eventText("two", "Dinner"));

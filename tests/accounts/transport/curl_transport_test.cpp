@@ -401,20 +401,50 @@ TEST_F(OverHttp, AConnectionCutAfterTheAnswerIsOpenedAnew) {
   EXPECT_EQ(send("PUT", "/b", "text")->status, 201);
 }
 
-TEST_F(OverHttp, AKeptConnectionThatDiesLosesTheAnswerToAWriteAndIsNoTroubleForAReading) {
-  serve([count = 0](const SeenRequest&) mutable {
-    ++count;
-    // Every second request is swallowed.
-    return count % 2 == 0 ? SentReply{"", true, false} : LoopbackServer::reply(200, "text");
-  });
+/// Answers once a connection, and swallows what comes after that.
+LoopbackServer::Handler answersOnceAConnection(int status) {
+  return [status, last = 0](const SeenRequest& request) mutable {
+    const bool first = request.connection != last;
+    last = request.connection;
+    return first ? LoopbackServer::reply(request.connection == 1 ? 200 : status, "text") : SentReply{"", true, false};
+  };
+}
+
+TEST_F(OverHttp, AKeptConnectionThatDiesIsReplaced) {
+  serve(answersOnceAConnection(201));
   ASSERT_TRUE(send("GET", "/1"));
   const auto write = send("PUT", "/2", "text");
-  ASSERT_FALSE(write);
-  EXPECT_EQ(write.error().trouble, Trouble::kAnswerLost);
-  EXPECT_EQ(server->seen().size(), 2U) << "it was not sent again";
-  ASSERT_TRUE(send("GET", "/3"));
-  EXPECT_TRUE(send("GET", "/4")) << "sent once more, by a connection of its own";
-  EXPECT_EQ(server->seen().size(), 5U);
+  ASSERT_TRUE(write);
+  EXPECT_EQ(write->status, 201);
+  EXPECT_EQ(server->seen().size(), 3U);
+  EXPECT_EQ(server->seen().at(2).body, "text");
+}
+
+TEST_F(OverHttp, AWriteThatWentOutTwiceIsNotTakenForRefused) {
+  for (const int status : {404, 405, 412, 503}) {
+    serve(answersOnceAConnection(status));
+    transport.reset();
+    ASSERT_TRUE(send("GET", "/1"));
+    const auto write = send("PUT", "/2", "text");
+    ASSERT_FALSE(write) << status;
+    EXPECT_EQ(write.error().trouble, Trouble::kAnswerLost);
+    EXPECT_EQ(server->seen().size(), 3U);
+  }
+}
+
+TEST_F(OverHttp, WritesGetAConnectionEachOnceAKeptOneDied) {
+  serve(answersOnceAConnection(412));
+  ASSERT_TRUE(send("GET", "/1"));
+  EXPECT_FALSE(send("PUT", "/2", "text"));
+  EXPECT_EQ(send("PUT", "/3", "text")->status, 412) << "went out once";
+  EXPECT_EQ(server->seen().size(), 4U);
+}
+
+TEST_F(OverHttp, AReadingThatWentOutTwiceIsToldWhatTheServerSays) {
+  serve(answersOnceAConnection(404));
+  ASSERT_TRUE(send("GET", "/1"));
+  EXPECT_EQ(send("PROPFIND", "/2")->status, 404);
+  EXPECT_EQ(server->seen().size(), 3U);
 }
 
 TEST_F(OverHttp, WhatIsNoHttpIsALostAnswer) {

@@ -87,6 +87,14 @@ TEST(UrlReference, GivesWhatStandsForItself) {
   }
 }
 
+TEST(UrlInAList, StaysOverTlsAtItsOwnHost) {
+  EXPECT_EQ(listedUrl("https://h:8443/a/", "http://h/cal/a.ics"), "https://h:8443/cal/a.ics");
+  EXPECT_EQ(listedUrl("https://h/a/", "http://H:80/cal/"), "https://h/cal/");
+  EXPECT_EQ(listedUrl("https://h/a/", "http://other/cal/"), "http://other/cal/");
+  EXPECT_EQ(listedUrl("http://h/a/", "http://h:81/cal/"), "http://h:81/cal/");
+  EXPECT_EQ(listedUrl("https://h/a/", "b"), "https://h/a/b");
+}
+
 TEST(UrlPathComparison, TakesAllSpellingsOfAnItemForOne) {
   const auto same = [](std::string_view left, std::string_view right) {
     EXPECT_EQ(comparablePath(left), comparablePath(right)) << left << " and " << right;

@@ -19,8 +19,11 @@ class ProgramTest : public ::testing::Test {
   ProgramTest() {
     std::string name = ::testing::TempDir() + "orlocal-commands-XXXXXX";
     folder = ::mkdtemp(name.data());
+    // Commands that are told no store use the one in this folder, and never the user's.
+    ::setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
   }
   ~ProgramTest() override {
+    ::unsetenv("XDG_DATA_HOME");
     ::unsetenv("ORLOCAL_STORE");
     ::unsetenv("ORLOCAL_SYSTEM_MINOR");
     std::error_code error;

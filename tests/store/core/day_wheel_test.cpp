@@ -25,12 +25,11 @@ class DayWheelTest : public testing::Test {
     const LocalSeconds begin = wallClock(start);
     const auto made = CompiledRule::make(*parseRule(rule), begin, false);
     DayWheel::Entry entry;
-    entry.days = *made->dayPattern();
     entry.firstDay = static_cast<std::int32_t>(dayOf(begin));
     entry.lastDay = static_cast<std::int32_t>(dayOf(wallClock(last)));
     entry.timeOfDay = static_cast<std::int32_t>(made->timeOfDay());
     entry.number = member;
-    m_wheel.add(entry);
+    m_wheel.add(*made->dayPattern(), entry);
   }
   std::multiset<std::uint32_t> between(const char* from, const char* to) {
     std::multiset<std::uint32_t> members;

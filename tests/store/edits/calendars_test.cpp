@@ -32,6 +32,20 @@ TEST_F(Calendars, ComeBackAsTheyWereSaved) {
   EXPECT_EQ(**store->calendar(calendar.identifier), calendar);
 }
 
+TEST_F(Calendars, TakeNothingAnyMoreWhenAnotherProgramMadeThemReadOnly) {
+  const auto other = opened();
+  Calendar calendar = madeCalendar("Work");
+  Item item = event("Talk", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
+  item.calendar = calendar.id;
+  Item next = item;
+  ASSERT_TRUE(saveEvent(*other, item, std::nullopt, Span::kThis));
+  calendar.readOnly = true;
+  ASSERT_TRUE(store->saveCalendar(calendar));
+  const auto status = saveEvent(*other, next, std::nullopt, Span::kThis);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kReadOnly);
+}
+
 TEST_F(Calendars, HaveAGenerationThatSavedEventsLeaveAsItIs) {
   const auto other = opened();
   const auto ours = *store->calendarsGeneration(), theirs = *other->calendarsGeneration();

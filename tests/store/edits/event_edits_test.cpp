@@ -52,6 +52,33 @@ class Events : public StoreTest {
   }
 };
 
+/// Saves, in a store that has a few events, so that what it writes goes into pages that are there.
+class PagesOfASave : public Events {
+ protected:
+  void SetUp() override {
+    Events::SetUp();
+    for (int i = 0; i < 3; ++i) { known = saved(simple()); }
+  }
+  template <class Work>
+  std::uintmax_t pagesOf(const Work& work) {
+    const auto log = file.string() + "-wal";
+    const auto before = std::filesystem::file_size(log);
+    work();
+    constexpr std::uintmax_t kFrame = 4096 + 24;
+    return (std::filesystem::file_size(log) - before) / kFrame;
+  }
+  Item known;
+};
+
+TEST_F(PagesOfASave, AreTheRowItsIdentifierItsTimeAndTheLog) {
+  EXPECT_EQ(pagesOf([&] { saved(simple()); }), 4u);
+}
+
+TEST_F(PagesOfASave, AreTheRowAndTheLogWhereNothingMoved) {
+  known.title = "changed";
+  EXPECT_EQ(pagesOf([&] { saved(known); }), 2u);
+}
+
 TEST_F(Events, AreSavedWithoutCharactersThatNoFileCarries) {
   Item item = simple();
   item.title = std::string("a\0b\x01\x1b\x7f", 6) + "\tc";

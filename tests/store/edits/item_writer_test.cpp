@@ -71,6 +71,25 @@ TEST_F(Writer, LeavesNoTraceWithoutACommit) {
   EXPECT_EQ(put(item), PutOutcome::kNew);
 }
 
+TEST_F(Writer, FindsWhatHasItsIdentifierForItsUid) {
+  const Item made = saved(event("made here", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
+  ASSERT_EQ(made.uid, made.identifier);
+  const Calendar work = madeCalendar("Work");
+  auto writer = std::move(*store->startWriting());
+  std::vector<Item> none;
+  for (int i = 0; i < 20; ++i) {
+    Item other = single(fmt::format("other {}", i));
+    ASSERT_EQ(*writer->put(other.calendar, other, none), PutOutcome::kNew);
+  }
+  Item again = single(made.uid), elsewhere = single(made.uid);
+  EXPECT_EQ(*writer->put(made.calendar, again, none), PutOutcome::kUpdated);
+  EXPECT_EQ(again.id, made.id);
+  EXPECT_EQ(*writer->put(work.id, elsewhere, none), PutOutcome::kNew);
+  Item there = single(made.uid);
+  EXPECT_EQ(*writer->put(work.id, there, none), PutOutcome::kUnchanged);
+  EXPECT_EQ(there.id, elsewhere.id);
+}
+
 TEST_F(Writer, KeepsTheSameUidApartByCalendar) {
   const Calendar work = madeCalendar("Work");
   Item here = single(), there = single();

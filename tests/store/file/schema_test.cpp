@@ -8,11 +8,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "store/edits/item_writer.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 
 std::string contentOf(const std::filesystem::path& file) {
@@ -101,18 +103,82 @@ TEST_F(SchemaOfAFile, IsMadeOnceWhenManyProcessesOpenItAtOnce) {
   EXPECT_EQ((*store->calendars(CalendarKind::kReminders)).size(), 1u);
 }
 
-TEST_F(SchemaOfAFile, OfTheFirstVersionIsBroughtForwardWithItsSeries) {
-  Item item = event("course", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00"));
-  item.recurrence.rules = {rule(RecurrenceRule::Frequency::kDaily, 3)};
-  item.recurrence.excluded = {berlin("2026-11-03 09:00")};
-  saved(item);
-  change(backToVersion(1).c_str());
+/// One that a program of format 2 made; no table has changed between 1 and 2.
+class SchemaOfAnOlderFile : public SchemaOfAFile, public testing::WithParamInterface<int> {
+ protected:
+  void SetUp() override {
+    SchemaOfAFile::SetUp();
+    store.reset();
+    std::filesystem::remove(file);
+    std::ofstream(file).close();
+    change(contentOf(ORLOCAL_TEST_DATA "/data/format_2.sql").c_str());
+    change(("PRAGMA user_version = " + std::to_string(GetParam())).c_str());
+  }
+  std::int64_t number(const char* sql) {
+    auto database = Database::open(file, std::chrono::seconds(1));
+    return database->integerOf(sql).value_or(-1);
+  }
+};
+
+TEST_P(SchemaOfAnOlderFile, IsBroughtForwardWithWhatItHolds) {
   store = opened();
-  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).size(), 2u);
+  EXPECT_THAT(titlesIn(*store), ElementsAre("Course"));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).size(), 4u);
+  EXPECT_TRUE(*store->event("01A19B45-B800-7000-8920-1903CEBC82AB"));
+  store.reset();
+  EXPECT_EQ(number("PRAGMA user_version"), formatVersion());
+  EXPECT_EQ(formatVersion(), 4);
+}
+
+TEST_P(SchemaOfAnOlderFile, FindsTheUidsThatItGaveBefore) {
+  store = opened();
+  auto writer = *store->startWriting();
+  std::vector<Item> none;
+  Item course = plain("Course"), talk = plain("Talk");
+  course.uid = "course@example";
+  talk.uid = "01A19B45-B800-7000-8920-181B07AAD1C2";
+  EXPECT_EQ(*writer->put(1, course, none), PutOutcome::kUpdated);
+  EXPECT_EQ(*writer->put(1, talk, none), PutOutcome::kUpdated);
+}
+
+TEST_P(SchemaOfAnOlderFile, GivesNoNumberThatItGaveBefore) {
+  store = opened();
+  EXPECT_GT(saved(plain("new")).id, 4);
+}
+
+TEST_P(SchemaOfAnOlderFile, GivesNoNumberThatItGaveBeforeWhereItsLogIsShort) {
+  change("DELETE FROM changes WHERE seq > 1");
+  store = opened();
+  EXPECT_GT(saved(plain("new")).id, 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, SchemaOfAnOlderFile, testing::Values(1, 2));
+
+TEST_F(SchemaOfAFile, OfTheVersionBeforeServersGetsRoomForThem) {
+  saved(plain("Course"));
+  change(backToVersion(3).c_str());
+  store = opened();
+  EXPECT_THAT(titlesIn(*store), ElementsAre("Course"));
+  auto writer = *store->startWriting();
+  EXPECT_TRUE(writer->remotes().noteUnsent(1));
+  EXPECT_TRUE(writer->commit());
+}
+
+TEST_F(SchemaOfAFile, GivesNoNumberTwice) {
+  const Item first = saved(plain("first"));
+  ASSERT_TRUE(store->removeEvent(first, std::nullopt, Span::kAll));
+  // What is left of the log at least.
+  change("DELETE FROM changes WHERE seq < (SELECT max(seq) FROM changes)");
+  store = opened();
+  EXPECT_GT(saved(plain("second")).id, first.id);
+}
+
+TEST_F(SchemaOfAFile, TakesNoItemWithoutANumber) {
   store.reset();
   auto database = Database::open(file, std::chrono::seconds(1));
-  EXPECT_EQ(*database->integerOf("PRAGMA user_version"), formatVersion());
-  EXPECT_GE(formatVersion(), 3);
+  EXPECT_FALSE(
+      database->execute("INSERT INTO items(kind, calendar, uuid, slot, slot_start, uid_hash, uid, priority, sequence) "
+                        "VALUES(0, 1, x'00', 0, 0, 0, '', 0, 0)"));
 }
 
 TEST_F(SchemaOfAFile, OfANewerProgramIsRefusedUntouched) {

@@ -50,14 +50,17 @@ TEST(OccurrenceList, KeepsWhatHardlyEverIs) {
   farRow.item = farRow.event = std::int64_t{1} << 40;
   Occurrence noRow = usual();
   noRow.item = noRow.event = 0;
-  expectKept({long_, fraction, startsInFraction, endsBefore, farRow, noRow});
+  Occurrence lifetimeLater = usual(), lifetimeEarlier = usual();
+  lifetimeLater.start = lifetimeLater.originalStart = lifetimeLater.end = lifetimeLater.start + days(365 * 100);
+  lifetimeEarlier.start = lifetimeEarlier.originalStart = lifetimeEarlier.start - days(365 * 100);
+  expectKept({long_, fraction, startsInFraction, endsBefore, farRow, noRow, lifetimeLater, lifetimeEarlier});
 }
 
 TEST(OccurrenceList, SortsByStartEndEventAndRow) {
   std::mt19937 random(5);
   const auto pick = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
-  for (const int count : {0, 1, 2, 63, 64, 65, 66, 500, 20'000}) {
-    for (const int spread : {0, 3, 100'000}) {
+  for (const int count : {0, 1, 2, 255, 256, 257, 258, 1'000, 20'000}) {
+    for (const int spread : {0, 3, 100'000, 20'000'000}) {  // quarters of an hour: up to 570 years
       std::vector<Occurrence> expected;
       OccurrenceList list;
       for (int i = 0; i < count; ++i) {

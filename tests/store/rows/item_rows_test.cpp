@@ -22,12 +22,12 @@ class RowsKeptBack : public StoreTest {
     database = std::move(*openStoreFile(file, std::chrono::seconds(1), uuids));
     rows.emplace(database);
     turn.emplace(std::move(*Transaction::write(database)));
-    ASSERT_TRUE(rows->gather());
+    rows->gather();
     main.uid = other.uid = "one";
-    ASSERT_TRUE(rows->insert(main, uuid, place));
+    ASSERT_TRUE(rows->insert(main, 7, uuid, place));
     other.series = main.id;
     other.recurrenceId = other.start;
-    ASSERT_TRUE(rows->insert(other, uuids.next(), {0, 0, Timeline::keyOf(*other.recurrenceId)}));
+    ASSERT_TRUE(rows->insert(other, 8, uuids.next(), {0, 0, Timeline::keyOf(*other.recurrenceId)}));
     ASSERT_EQ(inTheFile(), 0);
   }
   void TearDown() override {
@@ -101,7 +101,7 @@ TEST_F(RowsKeptBack, AreNotWrittenForWhatCannotBeThem) {
 TEST_F(RowsKeptBack, AreWrittenWhenThereAreEnough) {
   for (int i = 0; i < 14; ++i) {
     Item more = plain("more");
-    ASSERT_TRUE(rows->insert(more, uuids.next(), place));
+    ASSERT_TRUE(rows->insert(more, 9 + i, uuids.next(), place));
   }
   EXPECT_EQ(inTheFile(), 16);
 }
