@@ -9,7 +9,7 @@
 namespace orlocal::accounts {
 
 std::string usualNameFor(std::string_view address) {
-  const std::string host = hostOf(address);
+  std::string host = hostOf(address);
   if (!host.empty()) { return host; }
   const std::size_t at = address.rfind('@');
   const std::string_view domain = at == address.npos ? address : address.substr(at + 1);

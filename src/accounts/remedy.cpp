@@ -10,7 +10,7 @@ constexpr struct {
   Trouble trouble;
   std::string_view remedy;
 } kRemedies[] = {
-    {Trouble::kUnreachable, "Check the network and the address; it is tried again by itself."},
+    {Trouble::kUnreachable, "Check the network and the address."},
     {Trouble::kUntrusted,
      "Check the address; where the server has a certificate of its own authority, add the account "
      "with --ca-file."},
@@ -21,9 +21,9 @@ constexpr struct {
     {Trouble::kNotFound, "Check the address."},
     {Trouble::kTooLarge, "Make it smaller, or ask whoever runs the server."},
     {Trouble::kFull, "Make room on the server."},
-    {Trouble::kLater, "It is tried again by itself, when the server said."},
-    {Trouble::kServerError, "It is tried again by itself; if that lasts, tell whoever runs the server."},
-    {Trouble::kNonsense, "Check the address: what answers there is no calendar server."},
+    {Trouble::kLater, "Try again later."},
+    {Trouble::kServerError, "Try again later; if that lasts, tell whoever runs the server."},
+    {Trouble::kNonsense, "Check the address."},
     {Trouble::kUnsupported, "Check the address: the server there cannot do what is needed."},
     {Trouble::kNoSecret, "Check the command or file that has the password."},
 };

@@ -62,8 +62,7 @@ Answer<Content> fetchedFrom(Transport& transport, const std::string& url, const 
                    response.status);
   }
   if (response.body.find("BEGIN:VCALENDAR") == std::string::npos) {
-    return refusal(Trouble::kNonsense, fmt::format("What {} gives is no calendar; check the address.", shownUrl(url)),
-                   200);
+    return refusal(Trouble::kNonsense, fmt::format("What {} gives is no calendar.", shownUrl(url)), 200);
   }
   return Content{std::move(response.body), response.header("ETag").value_or(""),
                  response.header("Last-Modified").value_or("")};
