@@ -18,18 +18,30 @@ bool ofOneCalendar(Trouble trouble) {
          trouble == Trouble::kRefused || trouble == Trouble::kUnsupported || trouble == Trouble::kTooLarge;
 }
 
+Answer<void> passed(SyncContext& context, const MirroredCalendar& calendar, Answer<void> outcome) {
+  if (outcome || !ofOneCalendar(outcome.error().trouble)) { return outcome; }
+  context.report.troubles.push_back({calendar.remote.displayName, "", outcome.error().message});
+  return {};
+}
+
 Answer<void> run(SyncContext& context) {
   ORLOCAL_STORE_CHECK(noteLocalChanges(context.store));
   ORLOCAL_TRY(auto both, CalendarList(context).run());
   std::vector<store::Mirror> mirrors;
   for (MirroredCalendar& calendar : both) {
     if (context.stopped()) { return refusal(Trouble::kInterrupted, "The sync was stopped."); }
-    auto fetched = Fetching(context, calendar.mirror, calendar.remote).run();
-    if (!fetched && !ofOneCalendar(fetched.error().trouble)) { return fetched; }
-    if (!fetched) { context.report.troubles.push_back({calendar.remote.displayName, "", fetched.error().message}); }
-    mirrors.push_back(std::move(calendar.mirror));
+    ORLOCAL_CHECK(passed(context, calendar, Fetching(context, calendar.mirror, calendar.remote).run()));
+    mirrors.push_back(calendar.mirror);
   }
-  return Sending(context, mirrors).run();
+  Sending sending(context, mirrors);
+  auto sent = sending.run();
+  // Also when the last of it failed.
+  for (MirroredCalendar& calendar : both) {
+    if (!sending.written().contains(calendar.mirror.id)) { continue; }
+    auto back = passed(context, calendar, Fetching(context, calendar.mirror, calendar.remote).runAgain());
+    if (!back) { return sent ? std::move(back) : std::move(sent); }
+  }
+  return sent;
 }
 
 }  // namespace

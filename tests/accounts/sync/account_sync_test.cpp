@@ -358,6 +358,19 @@ TEST_F(AccountSync, SendsWhatWasInACalendarBeforeTheServerHadIt) {
   EXPECT_EQ(synced().sent, 0u);
 }
 
+TEST_F(AccountSync, HearsOfTheRemovalOfWhatItHasJustSent) {
+  server.quirks.hidesWhatCameAndWent = true;
+  synced();
+  machine->save(newEvent("Lunch"));
+  machine->save(newEvent("Supper"));
+  EXPECT_EQ(synced().sent, 2u);
+  server.removeAs(url(server.calendarAt(team).items.begin()->first));
+  const SyncReport report = synced();
+  EXPECT_EQ(report.removedHere, 1u);
+  EXPECT_EQ(report.conflicts, 0u);
+  EXPECT_THAT(machine->titles("Team"), testing::SizeIs(1));
+}
+
 TEST_F(AccountSync, HasNothingToSendOfWhatItTookIn) {
   server.putAs(url("1.ics"), eventText("one", "Lunch"));
   synced();
