@@ -7,7 +7,6 @@ vdirsyncer with khal, and the Python library caldav, on Radicale. The times are 
 """
 import argparse
 import contextlib
-import datetime
 import os
 import pathlib
 import random
@@ -174,7 +173,7 @@ def kept_running(machine, *words):
 @client("a write of theirs starts a script here, while orlocal sync --follow runs")
 def to_a_script(bench):
     path, machine = bench.team(count=1)
-    times, from_sync = [], []
+    times = []
     chance = random.Random(bench.options.seed)
     with kept_running(machine, "sync", "--follow"), kept_running(machine, "watch", "--file", "Solution", "--script",
                                                                  "Calendar changed") as watch:

@@ -13,6 +13,8 @@ class Failed(Exception):
 
 
 class Machine:
+    """Its clock is the real one, as the servers' are; what is asserted does not depend on it."""
+
     ACCOUNT = "Work"
 
     def __init__(self, program, folder, zone="Europe/Berlin"):
@@ -21,7 +23,8 @@ class Machine:
         folder.mkdir(parents=True)
         self.password_file = folder / "password"
         self.set_password(servers.PASSWORD)
-        self.environment = {"PATH": os.environ["PATH"], "HOME": str(folder), "XDG_CONFIG_HOME": str(folder / "config"),
+        kept = {name: value for name, value in os.environ.items() if name == "PATH" or name.endswith("SAN_OPTIONS")}
+        self.environment = {**kept, "HOME": str(folder), "XDG_CONFIG_HOME": str(folder / "config"),
                             "ORLOCAL_STORE": str(folder / "store" / "calendar.db"), "TZ": zone, "LANG": "C.UTF-8",
                             "LC_ALL": "C.UTF-8"}
 
@@ -125,6 +128,7 @@ class Machine:
         return [(start, title) for start, title, _ in self.occurrences(calendar)]
 
     def occurrences(self, calendar):
+        """The same with identifiers."""
         fetch = self.fetch(calendar)
         count = int(self.evaluate(fetch, 'Orlo_GetItemCountForType("event")')[1])
         rows = [f'Let(opened=Orlo_OpenItemAt("event";{at + 1});Orlo_GetProperty("event";"startdate") & "|" & '

@@ -79,3 +79,24 @@ def whole_series(bench):
     there_and_back(first, second)
     expect_same(first, second, [], "the series that was removed")
     expect(bench.alice.items(path), {}, "items on the server")
+
+
+@scenario("a third machine, added later, has what the others have")
+def third_machine(bench):
+    _, first, second = rehearsals(bench)
+    first.change_event("Team", "Choir", start=DAYS[1], title="Choir in the church")
+    there_and_back(first, second)
+    second.change_event("Team", "Choir", span="future", start=DAYS[3], title="Brass")
+    second.new_event("Team", "Lunch", start="2026-12-24 12:00:00")
+    second.new_reminder("Team", "Buy bread")
+    settle(first, second)
+    third = bench.machine()
+    for machine in (first, second):
+        expect(sorted(third.events("Team")), sorted(machine.events("Team")), "events of the third machine")
+        expect(third.titles_of_reminders("Team"), machine.titles_of_reminders("Team"), "its reminders")
+    third.change_event("Team", "Choir", span="this", start=DAYS[0], location="Nave")
+    there_and_back(third, first, second)
+    settle(first, second, third)
+    for machine in (first, second, third):
+        expect(machine.property_of("Team", "Choir", "location"), "Nave", "what the third machine changed")
+        expect(machine.conflicts(), [], "conflicts")
