@@ -31,6 +31,7 @@ struct Quirks {
   // Change reports.
   bool hasNoSync = false;  ///< no sync-collection, no token
   bool hasNoCtag = false;
+  bool hidesWhatCameAndWent = false;   ///< what was made and removed since a token is in no report
   bool countsTokensInSeconds = false;  ///< "-1" while empty; gives what happened in the token's own second again
   enum class BadToken : std::uint8_t { kSays403, kSays409, kFails500, kSaysBare403, kListsAll };
   BadToken badToken = BadToken::kSays403;

@@ -162,6 +162,15 @@ HttpResponse MemoryServer::reportChanges(const XmlElement& report, const Place& 
   if (all) {
     std::erase_if(changes, [&](const Change& change) { return !calendar.items.contains(change.name); });
   }
+  if (quirks.hidesWhatCameAndWent) {
+    const auto isOld = [&](const std::string& name) {
+      return std::any_of(calendar.changes.begin(), calendar.changes.end(), [&](const Change& change) {
+        return change.name == name && change.revision <= known.value_or(calendar.number);
+      });
+    };
+    std::erase_if(changes,
+                  [&](const Change& change) { return !calendar.items.contains(change.name) && !isOld(change.name); });
+  }
   XmlWriter writer(dav::kMultistatus);
   std::uint64_t reached = lastRevision(calendar);
   if (quirks.syncPage != 0 && changes.size() > quirks.syncPage) {

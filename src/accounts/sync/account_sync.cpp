@@ -19,7 +19,10 @@ bool ofOneCalendar(Trouble trouble) {
          trouble == Trouble::kRefused || trouble == Trouble::kUnsupported || trouble == Trouble::kTooLarge;
 }
 
-Answer<void> pass(SyncContext& context, MirroredCalendar& calendar, const std::string& trouble) {
+/// What one calendar could not bring stands in the report and with the calendar; the others go on.
+Answer<void> passed(SyncContext& context, MirroredCalendar& calendar, Answer<void> outcome) {
+  if (outcome || !ofOneCalendar(outcome.error().trouble)) { return outcome; }
+  const std::string& trouble = outcome.error().message;
   context.report.troubles.push_back({calendar.remote.displayName, "", trouble});
   ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(calendar.mirror.state));
   if (state.trouble == trouble) { return {}; }
@@ -37,12 +40,18 @@ Answer<void> run(SyncContext& context) {
   std::vector<store::Mirror> mirrors;
   for (MirroredCalendar& calendar : both) {
     if (context.stopped()) { return refusal(Trouble::kInterrupted, "The sync was stopped."); }
-    auto fetched = Fetching(context, calendar.mirror, calendar.remote).run();
-    if (!fetched && !ofOneCalendar(fetched.error().trouble)) { return fetched; }
-    if (!fetched) { ORLOCAL_CHECK(pass(context, calendar, fetched.error().message)); }
-    mirrors.push_back(std::move(calendar.mirror));
+    ORLOCAL_CHECK(passed(context, calendar, Fetching(context, calendar.mirror, calendar.remote).run()));
+    mirrors.push_back(calendar.mirror);
   }
-  return Sending(context, mirrors).run();
+  Sending sending(context, mirrors);
+  auto sent = sending.run();
+  // Also when the last of it failed.
+  for (MirroredCalendar& calendar : both) {
+    if (!sending.written().contains(calendar.mirror.id)) { continue; }
+    auto back = passed(context, calendar, Fetching(context, calendar.mirror, calendar.remote).runAgain());
+    if (!back) { return sent ? std::move(back) : std::move(sent); }
+  }
+  return sent;
 }
 
 }  // namespace

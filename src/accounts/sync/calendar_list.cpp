@@ -170,9 +170,17 @@ Answer<void> CalendarList::makeThere(const Calendar& calendar, std::vector<Mirro
   MirrorState state;
   state.agreed = describedBy(calendar);
   mirror.state = state.text();
+  // What is in it by now was noted for no server.
+  std::vector<store::ItemId> items;
+  ORLOCAL_STORE_CHECK(
+      m_context.store.forEachItem(calendar.id, [&](const store::Item& main, const std::vector<store::Item>&) {
+        items.push_back(main.id);
+        return Status();
+      }));
   {
     ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
     ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
+    for (const store::ItemId item : items) { ORLOCAL_STORE_CHECK(writer->remotes().noteUnsent(item)); }
     ORLOCAL_STORE_CHECK(writer->commit());
   }
   const NewCalendar wanted{calendar.title, calendar.holds(CalendarKind::kEvents),

@@ -26,7 +26,19 @@ Fetching::Fetching(SyncContext& context, store::Mirror& mirror, const RemoteCale
 
 Answer<void> Fetching::run() {
   ORLOCAL_STORE_TRY(m_state, MirrorState::ofText(m_mirror.state));
-  if (nothingHappened()) { return {}; }
+  return nothingHappened() ? Answer<void>() : fetchNews();
+}
+
+Answer<void> Fetching::runAgain() {
+  ORLOCAL_STORE_TRY(const auto mirrors, store::RemoteReader(m_context.store).mirrors(m_context.source));
+  for (const store::Mirror& mirror : mirrors) {
+    if (mirror.id == m_mirror.id) { m_mirror = mirror; }
+  }
+  ORLOCAL_STORE_TRY(m_state, MirrorState::ofText(m_mirror.state));
+  return fetchNews();
+}
+
+Answer<void> Fetching::fetchNews() {
   ORLOCAL_CHECK(learnKnown());
   ORLOCAL_TRY(const News news, learnNews());
   TakingIn usual(m_context, m_mirror), wary(m_context, m_mirror, m_broken);
@@ -75,6 +87,7 @@ Answer<std::optional<Fetching::News>> Fetching::askForChanges(const std::string&
   News news;
   news.token = token;
   std::size_t unchanged = 0;
+  std::set<std::string> said;
   for (bool more = true; more;) {
     auto changes = m_context.server.changesSince(m_mirror.url, news.token);
     if (!changes) {
@@ -93,12 +106,18 @@ Answer<std::optional<Fetching::News>> Fetching::askForChanges(const std::string&
       const std::size_t before = news.changed.size();
       compare(entry, news);
       if (news.changed.size() == before) { ++unchanged; }
+      said.insert(comparablePath(entry.url));
     }
     for (const std::string& url : changes->removed) {
+      said.insert(comparablePath(url));
       if (m_known.contains(comparablePath(url))) { news.suspected.push_back(url); }
     }
     more = changes->more && changes->token != news.token;
     news.token = std::move(changes->token);
+  }
+  // Some servers say nothing of what came and went since the token; what was sent since then may have.
+  for (const auto& [key, resource] : m_known) {
+    if (resource.sent && !said.contains(key)) { news.suspected.push_back(resource.url); }
   }
   // Some servers answer to a token that they do not know with everything that there is, and without what is gone.
   if (unchanged * 2 <= m_known.size() || m_known.empty()) { return news; }

@@ -21,6 +21,9 @@ class Fetching {
   /// Without a request when nothing happened there.
   Answer<void> run();
 
+  /// After something was sent: takes in what the server made of it, and keeps a token that is younger than it.
+  Answer<void> runAgain();
+
  private:
   struct News {
     std::vector<std::string> changed;    ///< addresses to be fetched
@@ -30,6 +33,7 @@ class Fetching {
   };
 
   bool nothingHappened() const;
+  Answer<void> fetchNews();
   Answer<void> learnKnown();
   Answer<News> learnNews();
   /// None when the server does not know the token, or has listed everything without a word.

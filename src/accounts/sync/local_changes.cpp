@@ -1,5 +1,6 @@
 #include "accounts/sync/local_changes.h"
 
+#include <unordered_map>
 #include <unordered_set>
 
 #include "accounts/sync/server_text.h"
@@ -19,15 +20,22 @@ constexpr std::int64_t kRowsUnwritten = 1'000;
 class Noting {
  public:
   Noting(ItemWriter& writer, const std::vector<store::Mirror>& mirrors) : m_writer(writer), m_mirrors(mirrors) {
-    for (const store::Mirror& mirror : mirrors) { m_mirrored.insert(mirror.calendar); }
+    for (const store::Mirror& mirror : mirrors) { m_mirrored.emplace(mirror.calendar, mirror.id); }
   }
 
-  /// Whether the item is one that a server has, or should have.
+  /// The item, when a server has another version of it, or should have it.
   Status note(ItemId item) {
     ORLOCAL_TRY(const auto resource, m_writer.remotes().resourceOf(item));
     if (!resource) {
       ORLOCAL_TRY(const auto whole, m_writer.read(item));
       if (!whole || !m_mirrored.contains(whole->main.calendar)) { return {}; }
+    } else if (resource->item) {
+      // The log has what a sync took in, too.
+      ORLOCAL_TRY(const auto parts, m_writer.remotes().parts(resource->id));
+      ORLOCAL_TRY(const auto now, standing(m_writer, *resource->item, parts));
+      const auto mirror = now ? m_mirrored.find(now->item.main.calendar) : m_mirrored.end();
+      const bool stayed = mirror != m_mirrored.end() && mirror->second == resource->mirror;
+      if (stayed && now->digest() == resource->digest) { return {}; }
     }
     return m_writer.remotes().noteUnsent(item);
   }
@@ -43,7 +51,10 @@ class Noting {
         known.insert(*resource.item);
         known.insert(parts.begin(), parts.end());
         ORLOCAL_TRY(const auto now, standing(m_writer, *resource.item, parts));
-        if (!now || now->digest() != resource.digest) { ORLOCAL_CHECK(m_writer.remotes().noteUnsent(*resource.item)); }
+        const bool stayed = now && now->item.main.calendar == mirror.calendar;
+        if (!stayed || now->digest() != resource.digest) {
+          ORLOCAL_CHECK(m_writer.remotes().noteUnsent(*resource.item));
+        }
       }
       std::vector<ItemId> others;
       ORLOCAL_CHECK(store.forEachItem(mirror.calendar, [&](const store::Item& main, const std::vector<store::Item>&) {
@@ -58,7 +69,7 @@ class Noting {
  private:
   ItemWriter& m_writer;
   const std::vector<store::Mirror>& m_mirrors;
-  std::unordered_set<store::CalendarId> m_mirrored;
+  std::unordered_map<store::CalendarId, store::MirrorId> m_mirrored;
 };
 
 }  // namespace

@@ -23,7 +23,6 @@ using store::Resource;
 
 /// So often somebody else may come between our look and our write of one item before it is left to the next sync.
 constexpr int kMostTries = 3;
-constexpr std::size_t kTextsAtOnce = 100;
 
 /// Names of new resources: what every server leaves as it is.
 std::string nameFor(const store::Item& item) {
@@ -69,9 +68,7 @@ Answer<void> Sending::run() {
     if (m_context.progress) { m_context.progress(fmt::format("sending {} of {}", ++done, items.size())); }
     outcome = one(item);
   }
-  // What went out is read back even when the last of it failed.
-  auto back = readBack();
-  return outcome ? std::move(back) : std::move(outcome);
+  return outcome;
 }
 
 const Mirror* Sending::mirrorOf(store::CalendarId calendar) const {
@@ -252,7 +249,7 @@ Answer<void> Sending::wasWritten(Task& task, const Written& written) {
   }
   ORLOCAL_STORE_CHECK(writer->commit());
   ++m_context.report.sent;
-  m_written[task.mirror->id].push_back(resource.url);
+  m_written.insert(task.mirror->id);
   return {};
 }
 
@@ -297,23 +294,6 @@ Answer<void> Sending::refused(Task& task, const ServerFailure& failure) {
     ORLOCAL_STORE_CHECK(writer->remotes().forgetUnsent(task.item));
   }
   ORLOCAL_STORE_CHECK(writer->commit());
-  return {};
-}
-
-Answer<void> Sending::readBack() {
-  // What a server made of our own text is nothing that was received.
-  const std::size_t received = m_context.report.received;
-  for (const auto& [id, urls] : m_written) {
-    const Mirror& mirror = *mirrorWith(id);
-    TakingIn takingIn(m_context, mirror);
-    for (std::size_t from = 0; from < urls.size(); from += kTextsAtOnce) {
-      const auto piece = std::span(urls).subspan(from, std::min(kTextsAtOnce, urls.size() - from));
-      ORLOCAL_TRY(const RemoteTexts texts, m_context.server.texts(mirror.url, piece));
-      ORLOCAL_CHECK(takingIn.texts(texts.found));
-    }
-  }
-  m_written.clear();
-  m_context.report.received = received;
   return {};
 }
 

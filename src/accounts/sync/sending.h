@@ -1,7 +1,7 @@
 #pragma once
 
-#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,7 +14,7 @@ namespace orlocal::accounts {
 /// Carries what changed here to the server of one account.
 ///
 /// What goes out is written down first, so that a sync that is cut short knows its own writes again. What was written
-/// is read back at the end, as servers keep something else than they were sent.
+/// is to be fetched afterwards, as servers keep something else than they were sent.
 class Sending {
  public:
   /// `mirrors` are the account's.
@@ -22,6 +22,9 @@ class Sending {
 
   /// Everything that is unsent. A failure is one of the account: what is left is tried by a later sync.
   Answer<void> run();
+
+  /// Where something was written, also by a run that failed.
+  const std::set<store::MirrorId>& written() const { return m_written; }
 
  private:
   /// What is to be done about one item.
@@ -50,14 +53,13 @@ class Sending {
   Answer<void> takeInFirst(const Task& task);
   /// What the server refuses for good: the item's own trouble, or an end of the account's sync.
   Answer<void> refused(Task& task, const ServerFailure& failure);
-  Answer<void> readBack();
   const store::Mirror* mirrorOf(store::CalendarId calendar) const;
   const store::Mirror* mirrorWith(store::MirrorId id) const;
 
   SyncContext& m_context;
   const std::vector<store::Mirror>& m_mirrors;
   GuardedWrites m_writes;
-  std::map<store::MirrorId, std::vector<std::string>> m_written;  ///< addresses to be read back
+  std::set<store::MirrorId> m_written;
 };
 
 }  // namespace orlocal::accounts

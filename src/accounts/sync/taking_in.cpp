@@ -102,7 +102,8 @@ Answer<void> TakingIn::takeIn(ItemWriter& writer, const RemoteText& text) {
     return {};
   }
   const ServerText theirs = ServerText::read(text.text, key);
-  Arrival arrival{writer, std::move(resource), text, theirs, std::nullopt};
+  const bool own = known && known->sent && (known->etag.empty() || known->etag == text.etag);
+  Arrival arrival{writer, std::move(resource), text, theirs, std::nullopt, own};
   if (!theirs.item()) { return keepAside(arrival, theirs.trouble()); }
   ORLOCAL_CHECK(findMine(arrival));
   if (arrival.resource.item && !arrival.mine) { return removedHere(arrival); }
@@ -239,7 +240,7 @@ Answer<void> TakingIn::put(Arrival& arrival, const ServerText& content) {
   resource.trouble = content.trouble();
   ORLOCAL_STORE_CHECK(writer.remotes().put(resource));
   ORLOCAL_STORE_CHECK(writer.remotes().setParts(resource.id, put->parts));
-  if (put->changed) { ++m_context.report.received; }
+  if (put->changed && !arrival.own) { ++m_context.report.received; }
   return {};
 }
 

@@ -33,6 +33,7 @@ class TakingIn {
     const RemoteText& text;
     const ServerText& theirs;
     std::optional<Standing> mine;
+    bool own = false;  ///< what the server made of a text of ours: nothing that was received
   };
 
   Answer<void> takeIn(store::ItemWriter& writer, const RemoteText& text);

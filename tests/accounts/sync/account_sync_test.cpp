@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "accounts/sync/conflict_choice.h"
+#include "accounts/sync/local_changes.h"
 #include "accounts/sync/sync_fixture.h"
 
 namespace orlocal::accounts {
@@ -227,7 +228,7 @@ TEST_F(AccountSync, MovesAnItemBetweenCalendars) {
     calendar.displayName = "Other";
     return calendar;
   }());
-  server.putAs(url("1.ics"), eventText("one", "Lunch", "X-OTHER:kept\r\n"));
+  server.putAs(url("1.ics"), eventText("one", "Lunch", "LAST-MODIFIED:20261102T080000Z\r\nX-OTHER:kept\r\n"));
   synced();
   store::Item item = machine->items("Team").at("Lunch");
   item.calendar = machine->calendar("Other").id;
@@ -342,6 +343,39 @@ TEST_F(AccountSync, MakesAndRemovesCalendarsThere) {
   ASSERT_TRUE(machine->people->removeCalendar(machine->calendar("Mine").identifier));
   synced();
   EXPECT_EQ(server.snapshot().calendars.size(), 1u);
+}
+
+TEST_F(AccountSync, SendsWhatWasInACalendarBeforeTheServerHadIt) {
+  synced();
+  store::Calendar calendar;
+  calendar.title = "Mine";
+  calendar.source = machine->source();
+  ASSERT_TRUE(machine->people->saveCalendar(calendar));
+  store::Item item = plain("Lunch");
+  item.calendar = calendar.id;
+  machine->save(item);
+  EXPECT_EQ(synced().sent, 1u);
+  EXPECT_EQ(synced().sent, 0u);
+}
+
+TEST_F(AccountSync, HearsOfTheRemovalOfWhatItHasJustSent) {
+  server.quirks.hidesWhatCameAndWent = true;
+  synced();
+  machine->save(newEvent("Lunch"));
+  machine->save(newEvent("Supper"));
+  EXPECT_EQ(synced().sent, 2u);
+  server.removeAs(url(server.calendarAt(team).items.begin()->first));
+  const SyncReport report = synced();
+  EXPECT_EQ(report.removedHere, 1u);
+  EXPECT_EQ(report.conflicts, 0u);
+  EXPECT_THAT(machine->titles("Team"), testing::SizeIs(1));
+}
+
+TEST_F(AccountSync, HasNothingToSendOfWhatItTookIn) {
+  server.putAs(url("1.ics"), eventText("one", "Lunch"));
+  synced();
+  ASSERT_TRUE(noteLocalChanges(machine->syncing()));
+  EXPECT_THAT(*store::RemoteReader(machine->syncing()).unsent(), IsEmpty());
 }
 
 TEST_F(AccountSync, MakesAndRemovesCalendarsHere) {
