@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "accounts/sync/conflict_view.h"
 #include "accounts/sync/merge.h"
 #include "accounts/sync/server_text.h"
 #include "base/try.h"
@@ -33,7 +34,7 @@ Status addCopy(ItemWriter& writer, const Conflict& conflict, const ServerText& m
   return writer.remotes().noteUnsent(put.main);
 }
 
-/// Puts ours in the place of what the server has; what was changed since in other fields stays.
+/// Puts ours in the place of what the server has, in the fields that the conflict is about; all others stay.
 Status takeMine(ItemWriter& writer, const Conflict& conflict, const ServerText& mine) {
   std::optional<Standing> now;
   if (conflict.item) { ORLOCAL_TRY(now, standing(writer, *conflict.item, {})); }
@@ -42,14 +43,8 @@ Status takeMine(ItemWriter& writer, const Conflict& conflict, const ServerText& 
     ORLOCAL_TRY(const auto put, mine.putInto(writer, calendar, std::nullopt));
     return writer.remotes().noteUnsent(put.main);
   }
-  const ServerText theirs = ServerText::read(conflict.theirs.value_or(""), kName);
-  std::string text = store::itemText(*mine.item());
-  if (theirs.item()) {
-    // What differed between the two is ours; what happened since is on top of theirs.
-    const ItemState base{"", *theirs.item()};
-    const ItemState current{store::itemText(now->item), now->item};
-    text = merged(&base, current, *mine.item()).text;
-  }
+  const ItemState current{store::itemText(now->item), now->item};
+  const std::string text = withFields(current, *mine.item(), fieldsOf(conflict));
   const ServerText chosen = ServerText::read(text, kName);
   if (!chosen.item()) { return failure(ErrorCode::kCorrupt, "The version that was kept cannot be read any more."); }
   ORLOCAL_TRY(const auto put, chosen.putInto(writer, now->item.main.calendar, now->item.main.uid));

@@ -74,9 +74,18 @@ std::vector<FieldVersions> differencesOf(const store::Conflict& conflict) {
   for (const LinesByField* fields : {&mine, &theirs}) {
     for (const auto& [field, lines] : *fields) { names.insert(field); }
   }
+  const std::vector<std::string> about = fieldsOf(conflict);
+  // Times hang together with what is said of single occurrences.
+  const bool whole = std::any_of(about.begin(), about.end(), [](const std::string& field) {
+    return field == kTimeField ||
+           std::find(std::begin(kWholeItem), std::end(kWholeItem), field) != std::end(kWholeItem);
+  });
   std::vector<FieldVersions> differing;
   for (const std::string& name : names) {
-    if (mine[name] != theirs[name]) { differing.push_back({name, std::move(mine[name]), std::move(theirs[name])}); }
+    const bool isAbout = whole || std::find(about.begin(), about.end(), name) != about.end();
+    if (isAbout && mine[name] != theirs[name]) {
+      differing.push_back({name, std::move(mine[name]), std::move(theirs[name])});
+    }
   }
   return differing;
 }

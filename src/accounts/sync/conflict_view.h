@@ -13,7 +13,8 @@ struct FieldVersions {
   std::vector<std::string> mine, theirs;
 };
 
-/// Everything in which the versions differ, for people.
+/// The fields that the conflict is about, for people: what `conflicts keep mine` takes. Everything in which the
+/// versions differ where it is about the item as a whole.
 std::vector<FieldVersions> differencesOf(const store::Conflict& conflict);
 
 /// The names that the conflict was listed with.

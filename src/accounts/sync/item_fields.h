@@ -28,6 +28,13 @@ constexpr ItemField kItemFields[] = {
     {"ATTENDEE", "attendees"},    {"ORGANIZER", "attendees"},
 };
 
+/// What is said of a conflict in which one version as a whole stands against the other.
+constexpr std::string_view kRemoved = "removed";
+constexpr std::string_view kPutBack = "put back to an older state";
+constexpr std::string_view kNotAllowed = "not allowed";
+constexpr std::string_view kCutOff = "changes from an occurrence on";
+constexpr std::string_view kWholeItem[] = {kRemoved, kPutBack, kNotAllowed, kCutOff};
+
 /// What says when and by whom an item was changed, and names it: never a change by itself.
 constexpr std::string_view kBookkeeping[] = {"UID", "RECURRENCE-ID", "DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE"};
 

@@ -130,6 +130,9 @@ class Merge {
         m_mineWhole(mine),
         m_text(takenApart(theirs.text)) {}
 
+  /// Nothing but these fields changes; none are all.
+  void takeOnly(const std::vector<std::string>& fields) { m_only = fields; }
+
   MergedItem run() {
     settleTimes();
     std::set<std::string> keys;
@@ -192,6 +195,7 @@ class Merge {
     }
     const Fields before = fieldsOf(base), server = fieldsOf(theirs), ours = fieldsOf(mine);
     Choice choice = choose(before, server, ours, fieldsOf(partOf(m_sent, key)), base != nullptr);
+    std::erase_if(choice.mine, [&](const std::string& field) { return !mayTake(field, key); });
     if (m_timesClash) {
       for (const std::string_view field : {kTimeField, kRepetitionField, kExceptionsField}) {
         std::erase(choice.mine, field);
@@ -208,9 +212,9 @@ class Merge {
 
   void removePart(const std::string& key, const Item* base, const Item* theirs) {
     // What is new on the server stays, and so does what it changed since.
-    if (theirs == nullptr || base == nullptr) { return; }
+    if (theirs == nullptr || base == nullptr || !mayTake(kRemoved, key)) { return; }
     if (fieldsOf(base) != fieldsOf(theirs) && !m_oursMoved) {
-      addConflict("removed", key);
+      addConflict(kRemoved, key);
       return;
     }
     std::erase_if(m_text.inner, [&](const TextComponent& component) { return isPart(component, key, *theirs); });
@@ -220,8 +224,9 @@ class Merge {
   void addPart(const std::string& key, const Item* base, const Item& mine) {
     // The server has taken out what we did not touch, or changed: the change is ours to keep.
     if (base != nullptr && fieldsOf(base) == fieldsOf(&mine)) { return; }
+    if (!mayTake(kRemoved, key)) { return; }
     if (base != nullptr && m_hasBase) {
-      addConflict("removed", key);
+      addConflict(kRemoved, key);
       return;
     }
     TextComponent made = takenApart(store::itemComponents({mine, {}})).inner.front();
@@ -316,7 +321,18 @@ class Merge {
                         std::make_move_iterator(added.end()));
   }
 
+  bool mayTake(std::string_view field, const std::string& key) const {
+    if (m_only.empty() || names(m_only, nameOf(field, key))) { return true; }
+    const bool ofTimes = field == kRepetitionField || field == kExceptionsField || !key.empty();
+    return ofTimes && names(m_only, kTimeField);
+  }
+
   void addConflict(std::string_view field, const std::string& key) {
+    std::string name = nameOf(field, key);
+    if (!names(m_result.conflicts, name)) { m_result.conflicts.push_back(std::move(name)); }
+  }
+
+  std::string nameOf(std::string_view field, const std::string& key) const {
     std::string name(field);
     for (const auto* parts : {&m_mine, &m_theirs}) {
       const Item* part = key.empty() ? nullptr : partOf(*parts, key);
@@ -324,7 +340,7 @@ class Merge {
       name += " of " + store::timeText(*part->recurrenceId);
       break;
     }
-    if (!names(m_result.conflicts, name)) { m_result.conflicts.push_back(std::move(name)); }
+    return name;
   }
 
   bool m_hasBase;
@@ -332,6 +348,7 @@ class Merge {
   const WholeItem& m_mineWhole;
   TextComponent m_text;
   bool m_timesClash = false;
+  std::vector<std::string> m_only;
   bool m_oursMoved = false;  ///< our times stand, and what hangs on the old ones goes
   MergedItem m_result;
 };
@@ -341,6 +358,16 @@ class Merge {
 MergedItem merged(const ItemState* base, const ItemState& theirs, const store::WholeItem& mine,
                   const store::WholeItem* sent) {
   return Merge(base, theirs, mine, sent).run();
+}
+
+std::string withFields(const ItemState& current, const store::WholeItem& other,
+                       const std::vector<std::string>& fields) {
+  Merge merge(&current, current, other, nullptr);
+  const bool whole = std::any_of(fields.begin(), fields.end(), [](const std::string& field) {
+    return std::find(std::begin(kWholeItem), std::end(kWholeItem), field) != std::end(kWholeItem);
+  });
+  if (!whole) { merge.takeOnly(fields); }
+  return merge.run().text;
 }
 
 bool saysTheSame(const store::WholeItem& one, const store::WholeItem& other) {

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "accounts/sync/item_fields.h"
 #include "accounts/sync/merge.h"
 #include "accounts/transport/url.h"
 #include "base/hash.h"
@@ -52,7 +53,8 @@ Answer<void> TakingIn::putBack(const std::string& key) {
   const RemoteText text{resource->url, resource->etag, resource->text};
   Arrival arrival{*writer, *resource, text, theirs, std::nullopt};
   ORLOCAL_CHECK(findMine(arrival));
-  store::Conflict conflict{0, m_mirror.id, key, resource->item, "", "not allowed", std::nullopt, std::nullopt, {}};
+  store::Conflict conflict{
+      0, m_mirror.id, key, resource->item, "", std::string(kNotAllowed), std::nullopt, std::nullopt, {}};
   if (arrival.mine) {
     conflict.title = titleOf(arrival.mine->item);
     conflict.mine = store::itemText(arrival.mine->item);
@@ -114,7 +116,7 @@ Answer<void> TakingIn::takeIn(ItemWriter& writer, const RemoteText& text) {
                                        key,
                                        arrival.resource.item,
                                        titleOf(arrival.mine->item),
-                                       "put back to an older state",
+                                       std::string(kPutBack),
                                        store::itemText(arrival.mine->item),
                                        text.text,
                                        {}}));
@@ -156,7 +158,7 @@ Answer<void> TakingIn::removedHere(Arrival& arrival) {
                                       resource.key,
                                       resource.item,
                                       titleOf(*arrival.theirs.item()),
-                                      "removed",
+                                      std::string(kRemoved),
                                       std::nullopt,
                                       arrival.text.text,
                                       {}});
@@ -177,7 +179,7 @@ Answer<void> TakingIn::merge(Arrival& arrival) {
   const ItemState baseState{"", base.value_or(store::WholeItem())};
   MergedItem merge =
       merged(base ? &baseState : nullptr, theirState, arrival.mine->item, sent.item() ? &*sent.item() : nullptr);
-  if (cut) { merge = {"", false, {"changes from an occurrence on"}}; }
+  if (cut) { merge = {"", false, {std::string(kCutOff)}}; }
   store::Conflict conflict{0,
                            m_mirror.id,
                            resource.key,
@@ -291,7 +293,7 @@ Answer<void> TakingIn::gone(ItemWriter& writer, const std::string& key) {
                                 key,
                                 resource->item,
                                 titleOf(mine->item),
-                                "removed",
+                                std::string(kRemoved),
                                 store::itemText(mine->item),
                                 std::nullopt,
                                 {}});

@@ -164,6 +164,16 @@ TEST_F(Conflict, IsSettledByOurs) {
   EXPECT_THAT(machine->titles("Team"), ElementsAre("Dinner"));
 }
 
+TEST_F(Conflict, SettledByOursLeavesWhatTheServerChangedBesides) {
+  changeHere("Dinner");
+  server.putAs(url("1.ics"), eventText("one", "Supper", "LOCATION:There\r\nX-NEW:yes\r\n"));
+  synced();
+  choose(ConflictChoice::kMine);
+  EXPECT_THAT(there(), HasSubstr("SUMMARY:Dinner"));
+  EXPECT_THAT(there(), HasSubstr("LOCATION:There"));
+  EXPECT_THAT(there(), HasSubstr("X-NEW:yes"));
+}
+
 TEST_F(Conflict, IsSettledByTheirs) {
   changeHere("Dinner");
   server.putAs(url("1.ics"), eventText("one", "Supper"));
