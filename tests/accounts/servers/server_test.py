@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Orlocal against a calendar server of another make: one line a scenario.
 
-usage: server_test.py SERVER --orlocal PROGRAM [--only NAME,NAME] [--items N] [--kills N] [--list]
+usage: server_test.py SERVER --orlocal PROGRAM [--only NAME,NAME] [--items N] [--kills N] [--seed N]
 
 Status 1 when a scenario fails. What the server cannot do is skipped, and said with its reason.
 """
@@ -30,8 +30,7 @@ def run_one(each, server, options, folder):
     notes = []
     words, why = "ok", ""
     try:
-        with scenario.Bench(server, options.orlocal, folder, options) as bench:
-            bench.note = notes.append
+        with scenario.Bench(server, folder, options, notes.append) as bench:
             each.run(bench)
     except scenario.Skipped as skipped:
         words, why = "skipped", f": {skipped}"

@@ -53,6 +53,7 @@ class Server:
     principal = "/{user}/"
     home = "/{user}/"
     asks_password = True
+    needs_root = False
     # Scenario's name: why this server cannot do it.
     cannot = {}
 
@@ -232,6 +233,7 @@ require 'caldav.php';
 
 class DaviCal(Server):
     name = "davical"
+    needs_root = True
     program = "php"
     root = "/caldav.php/"
     principal = "/caldav.php/{user}/"
@@ -277,6 +279,7 @@ $c->home_calendar_name = 'calendar';
 
 class Cyrus(Server):
     name = "cyrus"
+    needs_root = True
     program = "/usr/sbin/cyrmaster"
     root = "/dav/"
     principal = "/dav/principals/user/{user}/"
@@ -349,6 +352,7 @@ EVENTS {{
 
 class Sogo(Server):
     name = "sogo"
+    needs_root = True
     program = "sogod"
     root = "/SOGo/dav/"
     principal = "/SOGo/dav/{user}/"
@@ -461,9 +465,12 @@ def main():
     if len(sys.argv) != 2 or sys.argv[1] not in SERVERS:
         print(f"usage: servers.py {'|'.join(SERVERS)}", file=sys.stderr)
         return 2
-    program = SERVERS[sys.argv[1]].program
-    if shutil.which(program) is None:
-        print(f"servers.py: {program} is missing; ./run servers installs the servers", file=sys.stderr)
+    server = SERVERS[sys.argv[1]]
+    if shutil.which(server.program) is None:
+        print(f"servers.py: {server.program} is missing; ./run servers installs the servers", file=sys.stderr)
+        return 1
+    if server.needs_root and os.geteuid() != 0:
+        print(f"servers.py: {server.name} needs root, as it runs as a user of its own", file=sys.stderr)
         return 1
     keep(sys.argv[1])
     return 0
