@@ -213,8 +213,7 @@ def main():
     chosen = [each for each in TESTS if not options.only or each.name in options.only.split(",")]
     with tempfile.TemporaryDirectory() as folder, servers.running("radicale") as server:
         outcomes = [server_test.run_one(each, server, options, pathlib.Path(folder) / each.name) for each in chosen]
-    print(f"clients: {outcomes.count(True)} of {len(outcomes)} went well")
-    return 0 if all(outcomes) else 1
+    return server_test.finish("clients", outcomes)
 
 
 if __name__ == "__main__":
