@@ -4,6 +4,7 @@ import contextlib
 import http.client
 import http.server
 import threading
+import time
 
 
 class Proxy(http.server.ThreadingHTTPServer):
@@ -13,10 +14,10 @@ class Proxy(http.server.ThreadingHTTPServer):
         super().__init__(("127.0.0.1", 0), Handler)
         self.behind = server.port
         self.origin = f"http://127.0.0.1:{self.server_port}"
-        self.asked = []
+        self.asked = []  # (when, method)
 
     def counts(self):
-        return dict(collections.Counter(self.asked))
+        return dict(collections.Counter(method for _, method in self.asked))
 
     def clear(self):
         self.asked.clear()
@@ -24,7 +25,7 @@ class Proxy(http.server.ThreadingHTTPServer):
 
 class Handler(http.server.BaseHTTPRequestHandler):
     def handle_any(self):
-        self.server.asked.append(self.command)
+        self.server.asked.append((time.monotonic(), self.command))
         body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         line = http.client.HTTPConnection("127.0.0.1", self.server.behind, timeout=60)
         # The Host header stays the proxy's: addresses that the server writes out lead through it again.

@@ -46,9 +46,10 @@ class Bench:
 
     made = 0
 
-    def __init__(self, server, program, folder, options):
+    def __init__(self, server, folder, options, note):
         self.server = server
-        self.program = program
+        self.program = options.orlocal
+        self.note = note  # prints a line below the scenario's
         self.folder = folder
         self.options = options
         self.alice = dav.Client(server)

@@ -16,7 +16,9 @@ def many_items(bench):
         bench.alice.put(f"{path}item-{number}.ics", dav.calendar_text(dav.event(
             f"item-{number}", f"Event {number}", f"202612{day:02}T{hour:02}0000Z", f"202612{day:02}T{hour:02}3000Z")))
     with counting_proxy.in_front_of(bench.server) as proxy:
+        began = time.monotonic()
         machine = bench.machine(proxy.origin + bench.server.root)
+        came_in = time.monotonic() - began
         expect(len(machine.json("agenda", "--from", "2026-11-30", "--to", "2027-01-01", "--calendar", "Team")["events"]),
                count, "events here")
         # One server counts in whole seconds, and names those of the last one again.
@@ -27,7 +29,7 @@ def many_items(bench):
         proxy.clear()
         expect(machine.run("sync").strip(), f"{machine.ACCOUNT}: nothing new", "what a quiet sync says")
         asked = proxy.counts()
-    bench.note(f"{count} items; quiet sync of {collections} calendars: {sum(asked.values())} requests, "
+    bench.note(f"{count} items came in within {came_in:.1f} s; quiet sync of {collections} calendars: {sum(asked.values())} requests, "
                f"{', '.join(f'{number} {method}' for method, number in sorted(asked.items()))}")
     expect(asked.get("GET", 0), 0, "GETs of a quiet sync")
     expect_that(sum(asked.values()) <= 3 + collections, f"at most three requests and one a collection: {asked}")
@@ -66,4 +68,4 @@ def killed(bench):
         expect(sorted(title for _, title in machine.events("Team")), sorted(wanted), f"events of the {name} machine")
         expect(machine.conflicts(), [], f"conflicts of the {name} machine")
     expect(len(bench.alice.items(path)), len(wanted), "items on the server")
-    bench.note(f"{kills} of {2 * bench.options.kills} syncs were killed at work")
+    bench.note(f"{kills} of {2 * bench.options.kills} syncs were killed at work, with --seed {bench.options.seed}")

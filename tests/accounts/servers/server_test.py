@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Orlocal against a calendar server of another make: one line a scenario.
 
-usage: server_test.py SERVER --orlocal PROGRAM [--only NAME,NAME] [--items N] [--kills N] [--list]
+usage: server_test.py SERVER --orlocal PROGRAM [--only NAME,NAME] [--items N] [--kills N] [--seed N]
 
 Status 1 when a scenario fails. What the server cannot do is skipped, and said with its reason.
 """
@@ -25,13 +25,12 @@ import scenarios_account  # noqa: E402,F401
 
 
 def run_one(each, server, options, folder):
-    """True unless it failed."""
+    """One of "ok", "skipped" and "FAILED"."""
     began = time.monotonic()
     notes = []
     words, why = "ok", ""
     try:
-        with scenario.Bench(server, options.orlocal, folder, options) as bench:
-            bench.note = notes.append
+        with scenario.Bench(server, folder, options, notes.append) as bench:
             each.run(bench)
     except scenario.Skipped as skipped:
         words, why = "skipped", f": {skipped}"
@@ -40,7 +39,13 @@ def run_one(each, server, options, folder):
     print(f"{words:8}{server.name}  {each.sentence} ({each.name}, {time.monotonic() - began:.1f} s){why}", flush=True)
     for note in notes:
         print(f"        {note}", flush=True)
-    return words != "FAILED"
+    return words
+
+
+def finish(name, outcomes):
+    """The exit status."""
+    print(f"{name}: {outcomes.count('ok')} went well, {outcomes.count('skipped')} skipped, {outcomes.count('FAILED')} failed")
+    return 1 if "FAILED" in outcomes else 0
 
 
 def main():
@@ -60,8 +65,7 @@ def main():
     chosen = [each for each in scenario.ALL if not names or each.name in names]
     with tempfile.TemporaryDirectory() as folder, servers.running(options.server) as server:
         outcomes = [run_one(each, server, options, pathlib.Path(folder) / each.name) for each in chosen]
-    print(f"{server.name}: {outcomes.count(True)} of {len(outcomes)} scenarios went well; kills of seed {options.seed}")
-    return 0 if all(outcomes) else 1
+    return finish(server.name, outcomes)
 
 
 if __name__ == "__main__":

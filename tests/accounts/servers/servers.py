@@ -8,8 +8,6 @@ started, children too, and removes the folder. Tests use running(NAME), which st
 closes that input as well, so that nothing stays. What needs users of its own (PostgreSQL, Cyrus, SOGo) needs root.
 """
 import contextlib
-import ctypes
-import glob
 import hashlib
 import json
 import os
@@ -23,6 +21,11 @@ import tempfile
 import time
 import urllib.error
 import urllib.request
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+import processes  # noqa: E402
+from postgresql import PostgreSql  # noqa: E402
 
 USERS = ("alice", "bob")
 PASSWORD = "secret"
@@ -53,6 +56,7 @@ class Server:
     principal = "/{user}/"
     home = "/{user}/"
     asks_password = True
+    needs_root = False
     # Scenario's name: why this server cannot do it.
     cannot = {}
 
@@ -183,41 +187,6 @@ class Sabre(Server):
                 env=dict(os.environ, PHP_CLI_SERVER_WORKERS="4"))
 
 
-class PostgreSql:
-    """A database server of its own, on a socket in the folder."""
-
-    def __init__(self, server, port=5432):
-        self.server = server
-        self.port = port
-        self.folder = server.folder / "pg"
-        self.programs = pathlib.Path(sorted(glob.glob("/usr/lib/postgresql/*/bin"))[-1])
-
-    def start(self):
-        self.folder.mkdir()
-        shutil.chown(self.folder, "postgres")
-        self.user(self.programs / "initdb", "-A", "trust", "-D", self.folder / "data")
-        self.server.go(*self.words(self.programs / "postgres", "-D", self.folder / "data", "-k", self.folder,
-                                   "-p", self.port, "-c", "listen_addresses=127.0.0.1" if self.port != 5432 else
-                                   "listen_addresses=", "-c", "fsync=off"), cwd=self.folder)
-        until = time.monotonic() + 30
-        while True:
-            try:
-                return self.sql("postgres", "select 1")
-            except RuntimeError:
-                if time.monotonic() > until:
-                    raise
-                time.sleep(0.05)
-
-    def words(self, *words):
-        return ("runuser", "-u", "postgres", "--", "env", f"PGHOST={self.folder}", f"PGPORT={self.port}", *words)
-
-    def user(self, *words):
-        return self.server.run(*self.words(*words), cwd=self.folder)
-
-    def sql(self, database, text):
-        return self.user("psql", "-qAt", "-v", "ON_ERROR_STOP=1", database, "-c", text)
-
-
 DAVICAL_PAGE = r"""<?php
 chdir(__DIR__ . '/site/htdocs');
 $path = rawurldecode(parse_url($_SERVER['REQUEST_URI'], PHP_URL_PATH) ?: '/');
@@ -232,6 +201,7 @@ require 'caldav.php';
 
 class DaviCal(Server):
     name = "davical"
+    needs_root = True
     program = "php"
     root = "/caldav.php/"
     principal = "/caldav.php/{user}/"
@@ -277,6 +247,7 @@ $c->home_calendar_name = 'calendar';
 
 class Cyrus(Server):
     name = "cyrus"
+    needs_root = True
     program = "/usr/sbin/cyrmaster"
     root = "/dav/"
     principal = "/dav/principals/user/{user}/"
@@ -349,6 +320,7 @@ EVENTS {{
 
 class Sogo(Server):
     name = "sogo"
+    needs_root = True
     program = "sogod"
     root = "/SOGo/dav/"
     principal = "/SOGo/dav/{user}/"
@@ -386,42 +358,9 @@ class Sogo(Server):
 SERVERS = {each.name: each for each in (Radicale, Xandikos, Sabre, DaviCal, Cyrus, Sogo)}
 
 
-def descendants():
-    """All processes below this one, those whose parents have ended too."""
-    children = {}
-    for stat in glob.glob("/proc/[0-9]*/stat"):
-        with contextlib.suppress(OSError), open(stat, encoding="utf-8", errors="replace") as file:
-            pid, rest = stat.split("/")[2], file.read().rpartition(")")[2].split()
-            children.setdefault(int(rest[1]), []).append((int(pid), rest[0]))
-    found, open_ones = [], [os.getpid()]
-    while open_ones:
-        for pid, state in children.get(open_ones.pop(), []):
-            open_ones.append(pid)
-            if state != "Z":
-                found.append(pid)
-    return found
-
-
-def end_all():
-    # An interrupt ends a database without waiting for those who use it; the others take either.
-    for number, patience in ((signal.SIGINT, 1), (signal.SIGTERM, 3), (signal.SIGKILL, 5)):
-        until = time.monotonic() + patience
-        told = set()
-        while (left := descendants()) and time.monotonic() < until:
-            for pid in set(left) - told:
-                with contextlib.suppress(ProcessLookupError):
-                    os.kill(pid, number)
-            told.update(left)
-            time.sleep(0.05)
-            with contextlib.suppress(ChildProcessError):
-                while os.waitpid(-1, os.WNOHANG)[0]:
-                    pass
-
-
 def keep(name):
     """Runs the server until standard input ends."""
-    set_child_subreaper = 36  # <sys/prctl.h>: whose parents end become our children
-    ctypes.CDLL(None, use_errno=True).prctl(set_child_subreaper, 1, 0, 0, 0)
+    processes.adopt_orphans()
     for number in (signal.SIGINT, signal.SIGTERM):
         signal.signal(number, lambda *_: sys.exit(1))
     with tempfile.TemporaryDirectory(prefix="cal", ignore_cleanup_errors=True) as folder:
@@ -434,7 +373,7 @@ def keep(name):
                   flush=True)
             sys.stdin.read()
         finally:
-            end_all()
+            processes.end_all()
 
 
 @contextlib.contextmanager
@@ -461,9 +400,12 @@ def main():
     if len(sys.argv) != 2 or sys.argv[1] not in SERVERS:
         print(f"usage: servers.py {'|'.join(SERVERS)}", file=sys.stderr)
         return 2
-    program = SERVERS[sys.argv[1]].program
-    if shutil.which(program) is None:
-        print(f"servers.py: {program} is missing; ./run servers installs the servers", file=sys.stderr)
+    server = SERVERS[sys.argv[1]]
+    if shutil.which(server.program) is None:
+        print(f"servers.py: {server.program} is missing; ./run servers installs the servers", file=sys.stderr)
+        return 1
+    if server.needs_root and os.geteuid() != 0:
+        print(f"servers.py: {server.name} needs root, as it runs as a user of its own", file=sys.stderr)
         return 1
     keep(sys.argv[1])
     return 0
