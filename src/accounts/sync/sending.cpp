@@ -146,7 +146,7 @@ Answer<Sending::Task> Sending::planned(ItemWriter& writer, ItemId item) {
   if (resource) {
     task.mirror = there;
     task.resource = *resource;
-    return plannedUpdate(writer, std::move(task), *std::move(mine));
+    return plannedUpdate(writer, std::move(task), *mine);
   }
   if (here == nullptr) {
     if (!mine) { return task; }
@@ -176,7 +176,7 @@ Answer<Sending::Task> Sending::planned(ItemWriter& writer, ItemId item) {
   return task;
 }
 
-Answer<Sending::Task> Sending::plannedUpdate(ItemWriter& writer, Task task, Standing mine) {
+Answer<Sending::Task> Sending::plannedUpdate(ItemWriter& writer, Task task, const Standing& mine) {
   Resource& resource = task.resource;
   if (resource.text.empty()) {
     // It was to be made, and whether it was is not known.

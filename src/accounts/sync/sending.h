@@ -44,7 +44,7 @@ class Sending {
   /// Looks at the item and writes down what is going to be sent.
   Answer<Task> plan(store::ItemId item);
   Answer<Task> planned(store::ItemWriter& writer, store::ItemId item);
-  Answer<Task> plannedUpdate(store::ItemWriter& writer, Task task, Standing mine);
+  Answer<Task> plannedUpdate(store::ItemWriter& writer, Task task, const Standing& mine);
   Answer<void> create(Task& task);
   Answer<void> update(Task& task);
   Answer<void> remove(Task& task);
