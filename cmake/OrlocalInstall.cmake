@@ -12,5 +12,7 @@ target_compile_definitions(orlocal_host PRIVATE ORLOCAL_OWN_FOLDER="${from_progr
 install(TARGETS orlocal RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS Orlocal orlocal_fmwrapper LIBRARY DESTINATION ${own_folder})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/Orlocal.resources DESTINATION ${own_folder})
-install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES resources/systemd/orlocal-sync.service DESTINATION lib/systemd/user)
+install(FILES resources/systemd/orlocal-sync@.service DESTINATION lib/systemd/system)
+install(FILES LICENSE CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})

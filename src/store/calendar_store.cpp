@@ -122,6 +122,11 @@ Result<std::unique_ptr<ItemWriter>> CalendarStore::startWriting(const Announceme
   return ItemWriter::start(*m_core, announcement);
 }
 
+Result<std::optional<WholeItem>> CalendarStore::wholeItem(ItemId id) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return m_core->readWhole(id);
+}
+
 Status CalendarStore::forEachItem(CalendarId calendar, const ItemVisitor& visit) {
   const std::uint64_t generation = m_core->generation();
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
@@ -174,6 +179,11 @@ Result<std::vector<OutsideCommit>> CalendarStore::outsideCommits(LogPosition& po
     return std::vector<OutsideCommit>();
   }
   return outsideCommitsAfter(m_core->log, position.row);
+}
+
+Result<TouchedItems> CalendarStore::touchedSince(std::int64_t after) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
+  return touchedItemsAfter(m_core->log, after);
 }
 
 Result<std::unique_ptr<ChangeSignal>> CalendarStore::listen() {

@@ -14,6 +14,7 @@
 #include "store/core/outside_commits.h"
 #include "store/core/query.h"
 #include "store/core/store_options.h"
+#include "store/core/touched_items.h"
 #include "store/edits/announcement.h"
 #include "store/edits/calendar_edit.h"
 #include "store/edits/item_edit.h"
@@ -26,6 +27,7 @@ namespace orlocal::store {
 
 class ItemWriter;
 class Queries;
+class RemoteReader;
 class StoreCore;
 
 /// Receives a single event, series, reminder or stray changed occurrence, with the changed occurrences of a series in
@@ -112,6 +114,8 @@ class CalendarStore {
   /// Begins an all-or-nothing change such as an import; waits for its turn to write. No other call to this store until
   /// the writer is gone.
   Result<std::unique_ptr<ItemWriter>> startWriting(const Announcement& announcement = {});
+  /// With its changed occurrences; none when there is no such row, or when it is itself one of those.
+  Result<std::optional<WholeItem>> wholeItem(ItemId id);
   /// Visits everything in a calendar, in the order in which it came to the store; one snapshot, a few rows in memory.
   Status forEachItem(CalendarId calendar, const ItemVisitor& visit);
   /// The VTIMEZONE text of a private zone.
@@ -130,7 +134,11 @@ class CalendarStore {
   /// The address of the contact with this e-mail address, compared without case.
   Result<std::optional<std::string>> addressOf(std::string_view email);
 
+  /// Which items somebody else touched after the row `after` of the log; see `TouchedItems`.
+  Result<TouchedItems> touchedSince(std::int64_t after);
+
  private:
+  friend class RemoteReader;
   explicit CalendarStore(std::unique_ptr<StoreCore> core);
 
   std::unique_ptr<StoreCore> m_core;

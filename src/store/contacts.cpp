@@ -95,6 +95,7 @@ class CardReader {
       }
       if (equalsNoCase(name, "BEGIN") && equalsNoCase(value, "VCARD")) {
         m_card = Contact();
+        m_birthday.reset();
         m_line = line.line;
         m_open = true;
         m_addressRank = 0;
@@ -119,12 +120,19 @@ class CardReader {
       m_organization = tidy(unescapeText(splitUnescaped(value, ';').front()));
     }
     if (equalsNoCase(name, "UID")) { m_card.identifier = tidy(unescapeText(value)); }
+    if (equalsNoCase(name, "BDAY")) { birthday(line, value); }
     if (equalsNoCase(name, "EMAIL")) { email(tidy(unescapeText(value))); }
     if (equalsNoCase(name, "ADR")) {
       const auto label = line.parameter("LABEL");
       address(label && !label->empty() ? tidy(unescapeText(*label)) : addressOf(value), isPreferred(line) ? 4 : 2);
     }
     if (equalsNoCase(name, "LABEL")) { address(tidy(unescapeText(value)), isPreferred(line) ? 3 : 1); }
+  }
+  void birthday(const ContentLine& line, const std::string& value) {
+    m_birthday = parseBirthday(tidy(value));
+    // How some address books say in vCard 3.0 that the year is none.
+    const auto omitted = line.parameter("X-APPLE-OMIT-YEAR");
+    if (m_birthday && m_birthday->year && omitted == std::to_string(*m_birthday->year)) { m_birthday->year.reset(); }
   }
   void email(std::string address) {
     constexpr std::string_view kMailto = "mailto:";
@@ -177,11 +185,13 @@ class CardReader {
           "content-{:016x}", contentHash(m_card.name + "\n" + (m_card.emails.empty() ? "" : m_card.emails.front())));
     }
     m_made.contacts.push_back(m_card);
+    m_made.birthdays.push_back(m_birthday);
   }
 
   ContentLines m_lines;
   ReadContacts m_made;
   Contact m_card;
+  std::optional<Birthday> m_birthday;
   std::string m_structuredName, m_organization;
   int m_line = 0;
   int m_addressRank = 0;  ///< of what the address came from
@@ -205,8 +215,19 @@ Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesys
   ORLOCAL_TRY(ReadContacts read, readContacts(std::move(bytes), file.string()));
   ORLOCAL_TRY(const auto writer, store.startWriting());
   ImportReport report;
-  for (Contact& contact : read.contacts) {
-    ORLOCAL_TRY(const PutOutcome outcome, writer->putContact(contact));
+  BirthdayCalendar birthdays(*writer);
+  for (std::size_t i = 0; i < read.contacts.size(); ++i) {
+    Contact& contact = read.contacts[i];
+    ORLOCAL_TRY(PutOutcome outcome, writer->putContact(contact));
+    const auto birthday = birthdays.put(contact, read.birthdays[i]);
+    if (birthday) {
+      if (outcome == PutOutcome::kUnchanged && *birthday != PutOutcome::kUnchanged) { outcome = PutOutcome::kUpdated; }
+    } else if (birthday.error().code == ErrorCode::kInvalid || birthday.error().code == ErrorCode::kRefused ||
+               birthday.error().code == ErrorCode::kTooLarge) {
+      read.problems.refuse(0, contact.identifier, "the birthday was not imported: " + birthday.error().message);
+    } else {
+      return failure(birthday.error());
+    }
     report.added += outcome == PutOutcome::kNew ? 1U : 0U;
     report.updated += outcome == PutOutcome::kUpdated ? 1U : 0U;
     report.unchanged += outcome == PutOutcome::kUnchanged ? 1U : 0U;

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/result.h"
+#include "store/birthdays.h"
 #include "store/calendar_store.h"
 #include "store/icalendar/icalendar_reader.h"
 #include "store/import.h"
@@ -16,11 +18,13 @@ namespace orlocal::store {
 /// or first one as lines of text. Cards without name and address and e-mail are reported in `problems`.
 struct ReadContacts {
   std::vector<Contact> contacts;
+  std::vector<std::optional<Birthday>> birthdays;  ///< of each of them
   ReadProblems problems;
 };
 Result<ReadContacts> readContacts(std::string bytes, const std::string& name);
 
-/// Imports a vCard file, all or nothing; cards are found again by their UID, or without one by name and e-mail.
+/// Imports a vCard file, all or nothing; cards are found again by their UID, or without one by name and e-mail. What
+/// they say of birthdays becomes events of the birthday calendar.
 Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesystem::path& file);
 
 }  // namespace orlocal::store

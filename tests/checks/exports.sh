@@ -20,6 +20,11 @@ echo "$dynamic" | grep -q "SONAME.*\[$version\]" || { echo "exports: the SONAME 
 echo "$dynamic" | grep -q 'NEEDED.*\[libFMWrapper.so\]' || { echo "exports: libFMWrapper.so is not named as needed"; status=1; }
 echo "$dynamic" | grep -q 'RUNPATH.*\[/opt/FileMaker/lib\]' || { echo "exports: the run path is not /opt/FileMaker/lib"; status=1; }
 
+# Nothing in the plug-in opens a network connection.
+for library in libcurl libxml2 libresolv; do
+  ! echo "$dynamic" | grep -q "NEEDED.*\[$library" || { echo "exports: $library is named as needed"; status=1; }
+done
+
 # Whatever host functions it imports must exist in the interface that the plug-in declares.
 header=$3
 for symbol in $(nm -D --undefined-only "$plugin" | awk '{print $2}' | grep '^FM_' || true); do

@@ -46,6 +46,18 @@ inline std::string shown(Moment moment) {
   return buffer;
 }
 
+/// SQL that makes a store's file one of an earlier version.
+inline std::string backToVersion(int version) {
+  std::string sql;
+  if (version < 4) {
+    for (const char* table : {"remotes", "mirrors", "resources", "resource_parts", "unsent", "conflicts"}) {
+      sql += std::string("DROP TABLE ") + table + ";";
+    }
+  }
+  if (version < 3) { sql += "DROP INDEX items_by_uid; CREATE INDEX items_by_uid ON items(uid_hash, original);"; }
+  return sql + "PRAGMA user_version = " + std::to_string(version);
+}
+
 /// A store of its own in a folder of its own, seen from Berlin.
 class StoreTest : public testing::Test {
  protected:

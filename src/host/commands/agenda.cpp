@@ -38,7 +38,7 @@ const store::Calendar* calendarOf(const std::vector<store::Calendar>& calendars,
 std::vector<store::CalendarId> idsOf(const std::vector<store::Calendar>& calendars, store::CalendarKind kind) {
   std::vector<store::CalendarId> ids;
   for (const auto& calendar : calendars) {
-    if (calendar.kind == kind) { ids.push_back(calendar.id); }
+    if (calendar.holds(kind)) { ids.push_back(calendar.id); }
   }
   return ids;
 }

@@ -13,6 +13,10 @@ void registerAllCommands(CommandLine& line) {
   registerExportCommand(line);
   registerBackupCommands(line);
   registerWatchCommand(line);
+  registerAccountCommands(line);
+  registerSyncCommand(line);
+  registerSubscribeCommands(line);
+  registerConflictCommands(line);
 }
 
 }  // namespace orlocal::host

@@ -52,6 +52,12 @@ Result<std::vector<Listed>> listed(store::CalendarStore& store) {
     ORLOCAL_TRY(auto calendars, store.calendars(kind));
     for (auto& calendar : calendars) {
       const bool isDefault = standard && standard->id == calendar.id;
+      if (calendar.kind == store::CalendarKind::kBoth && kind == store::CalendarKind::kReminders) {
+        const auto known =
+            std::find_if(all.begin(), all.end(), [&](const Listed& row) { return row.calendar.id == calendar.id; });
+        known->isDefault = known->isDefault || isDefault;
+        continue;
+      }
       all.push_back({std::move(calendar), isDefault});
     }
   }
@@ -67,7 +73,8 @@ std::string notesOn(const Listed& row) {
 }
 
 const char* kindOf(const Listed& row) {
-  return row.calendar.kind == store::CalendarKind::kEvents ? "events" : "reminders";
+  constexpr const char* kNames[] = {"events", "reminders", "both"};
+  return kNames[static_cast<std::size_t>(row.calendar.kind)];
 }
 
 void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& out) {
@@ -122,7 +129,9 @@ Result<ExitStatus> runCalendars(CommandContext& context) {
 }  // namespace
 
 void registerCalendarsCommand(CommandLine& line) {
-  line.add("calendars", "List the calendars and reminder lists of the store.", runCalendars);
+  CLI::App& calendars =
+      line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+  registerCalendarChanges(line, calendars);
 }
 
 }  // namespace orlocal::host

@@ -1,5 +1,6 @@
 #include "host/commands/command.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <ostream>
@@ -22,9 +23,10 @@ struct CommandLine::State {
   CommandBody standard;
 
   const CommandBody* chosen() const {
-    for (const auto& [command, body] : commands) {
-      if (command->parsed()) { return &body; }
-    }
+    // With a word after a command, both were parsed; the word was added later.
+    const auto found =
+        std::find_if(commands.rbegin(), commands.rend(), [](const auto& command) { return command.first->parsed(); });
+    if (found != commands.rend()) { return &found->second; }
     return standard ? &standard : nullptr;
   }
 
@@ -57,10 +59,22 @@ CommandLine::CommandLine(Streams streams)
 CommandLine::~CommandLine() = default;
 
 CLI::App& CommandLine::add(const std::string& name, const std::string& description, CommandBody body) {
-  CLI::App* command = m_state->app.add_subcommand(name, description);
-  command->fallthrough();
-  m_state->commands.emplace_back(command, std::move(body));
-  return *command;
+  return addUnder(m_state->app, name, description, std::move(body));
+}
+
+CLI::App& CommandLine::addUnder(CLI::App& command, const std::string& name, const std::string& description,
+                                CommandBody body) {
+  CLI::App* added = command.add_subcommand(name, description);
+  added->fallthrough();
+  m_state->commands.emplace_back(added, std::move(body));
+  return *added;
+}
+
+CLI::App& CommandLine::addGroup(const std::string& name, const std::string& description) {
+  CLI::App* group = m_state->app.add_subcommand(name, description);
+  group->fallthrough();
+  group->require_subcommand(1);
+  return *group;
 }
 
 void CommandLine::setDefault(CommandBody body) { m_state->standard = std::move(body); }

@@ -71,6 +71,12 @@ class CommandLine {
   /// Makes the subcommand `name`. Its options are added by the caller; its body runs when the words fit.
   CLI::App& add(const std::string& name, const std::string& description, CommandBody body);
 
+  /// The same for a word after another command's name: "account add". Without the word, that command's body runs.
+  CLI::App& addUnder(CLI::App& command, const std::string& name, const std::string& description, CommandBody body);
+
+  /// A command that does nothing by itself and needs one of the words under it.
+  CLI::App& addGroup(const std::string& name, const std::string& description);
+
   /// What happens when no command is named.
   void setDefault(CommandBody body);
 

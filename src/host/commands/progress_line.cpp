@@ -25,11 +25,19 @@ void ProgressLine::announce(const std::string& text) {
 }
 
 void ProgressLine::update(std::size_t done, std::size_t all) {
-  if (!m_on || all == 0) { return; }
+  if (all > 0 && isTime()) { show(fmt::format("{} of {} ({}%)", done, all, done * 100 / all)); }
+}
+
+void ProgressLine::tell(const std::string& text) {
+  if (isTime()) { show(text); }
+}
+
+bool ProgressLine::isTime() {
+  if (!m_on) { return false; }
   const auto now = m_clock();
-  if (now < m_next) { return; }
+  if (now < m_next) { return false; }
   m_next = now + kBetweenUpdates;
-  show(fmt::format("{} of {} ({}%)", done, all, done * 100 / all));
+  return true;
 }
 
 void ProgressLine::show(const std::string& text) {

@@ -24,9 +24,12 @@ class ProgressLine {
   /// Shows `text` at once; for a step that cannot say how far it is and is known to take long.
   void announce(const std::string& text);
   void update(std::size_t done, std::size_t all);
+  /// The same for work that says in words what it does.
+  void tell(const std::string& text);
   void clear();
 
  private:
+  bool isTime();
   void show(const std::string& text);
 
   std::ostream& m_terminal;

@@ -20,7 +20,8 @@ Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
 Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store) {
   ORLOCAL_TRY(auto calendars, store.calendars(store::CalendarKind::kEvents));
   ORLOCAL_TRY(auto lists, store.calendars(store::CalendarKind::kReminders));
-  std::move(lists.begin(), lists.end(), std::back_inserter(calendars));
+  std::copy_if(std::move_iterator(lists.begin()), std::move_iterator(lists.end()), std::back_inserter(calendars),
+               [](const store::Calendar& list) { return list.kind != store::CalendarKind::kBoth; });
   return calendars;
 }
 

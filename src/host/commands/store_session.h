@@ -12,7 +12,7 @@ namespace orlocal::host {
 /// Opens the store that `--store` or the environment names, seen from the user's zone.
 Result<std::unique_ptr<store::CalendarStore>> openUserStore();
 
-/// Event calendars and reminder lists, in that order.
+/// Event calendars and reminder lists, in that order; one of both stands among the calendars.
 Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store);
 
 /// Those of `calendars` that bear one of `titles`, all of them without titles. A title that none bears is

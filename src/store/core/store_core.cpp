@@ -243,6 +243,18 @@ std::uint64_t StoreCore::generation() {
   return ++m_generation;
 }
 
+Result<std::optional<WholeItem>> StoreCore::readWhole(ItemId id) {
+  ORLOCAL_TRY(const auto main, rows.read(id));
+  if (main == nullptr || main->series) { return std::nullopt; }
+  WholeItem whole{*main, {}};
+  ORLOCAL_TRY(const auto others, rows.changedOf(id));
+  for (const ItemRows::Changed& other : others) {
+    ORLOCAL_TRY(const auto occurrence, rows.readNamed(other.id));
+    whole.changed.push_back(*occurrence);
+  }
+  return whole;
+}
+
 Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall) {
   ORLOCAL_CHECK(checkSize(item));
   if (own != nullptr) { ORLOCAL_CHECK(own->checkDensity()); }
@@ -318,7 +330,7 @@ Status StoreCore::removeCalendar(const Calendar& calendar) {
 
 Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
   forgetCalendars();
-  return log.record(operation, calendar.kind == CalendarKind::kEvents ? Subject::kCalendar : Subject::kReminderList,
+  return log.record(operation, calendar.kind == CalendarKind::kReminders ? Subject::kReminderList : Subject::kCalendar,
                     calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()));
 }
 

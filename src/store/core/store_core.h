@@ -42,6 +42,8 @@ class StoreCore {
   /// See `CalendarStore::calendarsGeneration`.
   Result<std::uint64_t> calendarsGeneration();
 
+  /// None when there is no such row, or when it is a changed occurrence of a series. Inside a transaction.
+  Result<std::optional<WholeItem>> readWhole(ItemId id);
   /// Writes a new row, gives it its identifiers, and puts it on the timeline and into the log. An item without a UID
   /// gets its identifier for one. `own` is the item's
   /// series compiled for UTC, null when it does not repeat; one that is too dense to be read is refused, and an item

@@ -8,7 +8,7 @@
 namespace orlocal::store {
 namespace {
 
-const char* nounFor(CalendarKind kind) { return kind == CalendarKind::kEvents ? "calendar" : "reminder list"; }
+const char* nounFor(CalendarKind kind) { return kind == CalendarKind::kReminders ? "reminder list" : "calendar"; }
 
 void applyFields(const Calendar& edited, CalendarFields set, Calendar& row) {
   const auto take = [&](CalendarField field, auto Calendar::*member) {
@@ -84,11 +84,13 @@ Status CalendarEdits::remove(std::string_view identifier) {
     return failure(ErrorCode::kReadOnly,
                    fmt::format("The {} \"{}\" may not be removed.", nounFor(calendar->kind), calendar->title));
   }
-  ORLOCAL_TRY(const auto all, m_core.calendars.ofKind(calendar->kind));
-  if (all.size() == 1) {
+  for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
+    if (!calendar->holds(kind)) { continue; }
+    ORLOCAL_TRY(const auto all, m_core.calendars.ofKind(kind));
+    if (all.size() > 1) { continue; }
     return failure(ErrorCode::kRefused,
                    fmt::format("\"{}\" is the last {} and may not be removed; make another one first.", calendar->title,
-                               nounFor(calendar->kind)));
+                               nounFor(kind)));
   }
   ORLOCAL_CHECK(m_core.removeCalendar(*calendar));
   return turn.commit();

@@ -90,7 +90,7 @@ Status checkThatCalendarTakes(StoreCore& core, CalendarId id, ItemKind kind) {
   }
   ORLOCAL_TRY(const auto calendar, core.calendars.withId(id));
   if (!calendar) { return failure(ErrorCode::kRefused, "The item's calendar is no longer in the calendar store."); }
-  if (event != (calendar->kind == CalendarKind::kEvents)) {
+  if (!calendar->holds(kind)) {
     return failure(ErrorCode::kInvalid,
                    fmt::format("\"{}\" holds no {}.", calendar->title, event ? "events" : "reminders"));
   }

@@ -50,6 +50,21 @@ Result<std::optional<Calendar>> ItemWriter::defaultCalendar(CalendarKind kind) {
 
 Status ItemWriter::makeSource(Source& source) { return m_core.calendars.insertSource(source, m_core.uuids.next()); }
 
+Status ItemWriter::renameSource(SourceId id, std::string_view title) {
+  return m_core.calendars.renameSource(id, title);
+}
+
+Status ItemWriter::removeSource(SourceId id) {
+  for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
+    ORLOCAL_TRY(const auto calendars, m_core.calendars.ofKind(kind));
+    for (const Calendar& calendar : calendars) {
+      if (calendar.source == id) { ORLOCAL_CHECK(removeCalendar(calendar.id)); }
+    }
+  }
+  ORLOCAL_CHECK(m_remotes.removeRemote(id));
+  return m_core.calendars.removeSource(id);
+}
+
 Status ItemWriter::makeCalendar(Calendar& calendar) {
   if (calendar.title.empty()) { return failure(ErrorCode::kInvalid, "A calendar needs a title."); }
   std::optional<Source> source;
@@ -65,6 +80,38 @@ Status ItemWriter::makeCalendar(Calendar& calendar) {
   m_titles.add(calendar);
   m_known.calendarMade(calendar.id);
   return m_core.logCalendar(Operation::kInserted, calendar);
+}
+
+Status ItemWriter::updateCalendar(const Calendar& calendar) {
+  m_lastTarget.reset();
+  ORLOCAL_CHECK(m_core.calendars.update(calendar));
+  return m_core.logCalendar(Operation::kUpdated, calendar);
+}
+
+Status ItemWriter::removeCalendar(CalendarId id) {
+  m_lastTarget.reset();
+  ORLOCAL_TRY(const auto calendar, m_core.calendars.withId(id));
+  if (!calendar) { return {}; }
+  ORLOCAL_TRY(const auto ids, m_core.rows.idsInCalendar(id));
+  for (const ItemId item : ids) {
+    ORLOCAL_TRY(const auto row, m_core.rows.read(item));
+    if (row != nullptr) { m_known.touch(*row); }
+  }
+  return m_core.removeCalendar(*calendar);
+}
+
+Result<std::optional<WholeItem>> ItemWriter::read(ItemId id) { return m_core.readWhole(id); }
+
+Result<std::optional<ItemId>> ItemWriter::find(CalendarId calendar, ItemKind kind, std::string_view uid) {
+  return m_core.rows.withUid(calendar, kind, uid);
+}
+
+Status ItemWriter::remove(ItemId id) {
+  ORLOCAL_TRY(const auto main, m_core.rows.read(id));
+  if (main == nullptr) { return {}; }
+  m_known.touch(*main);
+  ORLOCAL_CHECK(removeChangedOf(id));
+  return m_core.removeItem(*main);
 }
 
 Status ItemWriter::putZone(std::string_view name, std::string_view vtimezone) {
@@ -83,7 +130,7 @@ Status ItemWriter::checkTarget(CalendarId calendar, const Item& item) {
     if (!m_lastTarget) { return failure(ErrorCode::kInvalid, "The calendar is not in the store."); }
   }
   const bool event = item.kind == ItemKind::kEvent;
-  if (event != (m_lastTarget->kind == CalendarKind::kEvents)) {
+  if (!m_lastTarget->holds(item.kind)) {
     return failure(ErrorCode::kInvalid,
                    fmt::format("\"{}\" holds no {}.", m_lastTarget->title, event ? "events" : "reminders"));
   }

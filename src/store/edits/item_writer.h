@@ -13,6 +13,7 @@
 #include "store/rows/calendar_titles.h"
 #include "store/rows/contact_rows.h"
 #include "store/rows/put_outcome.h"
+#include "store/rows/remote_rows.h"
 
 namespace orlocal::store {
 
@@ -32,10 +33,22 @@ class ItemWriter {
   Result<std::optional<Calendar>> calendarTitled(CalendarKind kind, std::string_view title);
   /// The default calendar of that kind, as `CalendarStore::defaultCalendar`.
   Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind);
+  Result<std::optional<Calendar>> calendarWith(CalendarId id) { return m_core.calendars.withId(id); }
+  Result<std::vector<Calendar>> calendars(CalendarKind kind) { return m_core.calendars.ofKind(kind); }
+  Result<std::vector<Source>> sources() { return m_core.calendars.sources(); }
+  /// This machine's own.
+  Result<std::optional<Source>> localSource() { return m_core.calendars.localSource(); }
   /// Makes a source; fills in id and identifier.
   Status makeSource(Source& source);
+  Status renameSource(SourceId id, std::string_view title);
+  /// With its calendars and all that is known of a server behind it.
+  Status removeSource(SourceId id);
   /// Makes a calendar; a `source` of 0 is the local source. Fills in id, identifier, source and type.
   Status makeCalendar(Calendar& calendar);
+  /// Writes it as it is given, whatever it allows.
+  Status updateCalendar(const Calendar& calendar);
+  /// With all that is in it. Nothing happens when it is not there.
+  Status removeCalendar(CalendarId id);
 
   /// Keeps a private zone, so that items may name it. The same name again replaces its text.
   Status putZone(std::string_view name, std::string_view vtimezone);
@@ -55,6 +68,16 @@ class ItemWriter {
   /// Stamps are stored as given. An item that has no start (an event) or a calendar of the wrong kind is `kInvalid`.
   Result<PutOutcome> put(CalendarId calendar, Item& main, std::vector<Item>& changed, const Series* compiled = nullptr);
 
+  /// As it stands in this turn; none when it is not there, or is a changed occurrence of a series.
+  Result<std::optional<WholeItem>> read(ItemId id);
+  /// The event, series or reminder with that UID, no changed occurrence.
+  Result<std::optional<ItemId>> find(CalendarId calendar, ItemKind kind, std::string_view uid);
+  /// With its changed occurrences. Nothing happens when it is not there.
+  Status remove(ItemId id);
+
+  /// What lies on servers, written in the same turn.
+  RemoteRows& remotes() { return m_remotes; }
+
   /// Writes a contact, found again by its identifier; an empty identifier is filled in with a new one.
   Result<PutOutcome> putContact(Contact& contact);
 
@@ -67,6 +90,7 @@ class ItemWriter {
         m_turn(std::move(turn)),
         m_known(std::move(known)),
         m_contacts(core.database),
+        m_remotes(core.database),
         m_titles(core.calendars) {}
 
   Status checkTarget(CalendarId calendar, const Item& item);
@@ -84,6 +108,7 @@ class ItemWriter {
   WriteTurn m_turn;
   KnownItems m_known;
   ContactRows m_contacts;
+  RemoteRows m_remotes;
   CalendarTitles m_titles;
   std::optional<Calendar> m_lastTarget;
   LazyStatement m_zoneText{"SELECT vtimezone FROM zones WHERE name = ?"};

@@ -74,6 +74,25 @@ INSERT INTO sqlite_sequence(name, seq) VALUES('items', 9223372036854775807);
 DROP INDEX items_by_uid;
 CREATE INDEX items_by_uid ON items(uid_hash, original) WHERE uid_hash <> 0;
 )sql",
+    // Calendars that hold events and reminders both, and what lies on servers.
+    R"sql(
+CREATE TABLE remotes(source INTEGER PRIMARY KEY, settings TEXT NOT NULL, state TEXT NOT NULL);
+CREATE TABLE mirrors(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, source INTEGER NOT NULL, calendar INTEGER NOT NULL, url TEXT NOT NULL,
+  state TEXT NOT NULL);
+CREATE TABLE resources(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, url TEXT NOT NULL, key TEXT NOT NULL,
+  etag TEXT NOT NULL, item INTEGER, uid TEXT NOT NULL, digest INTEGER NOT NULL, ours INTEGER NOT NULL,
+  text TEXT NOT NULL, sent TEXT, trouble TEXT);
+CREATE UNIQUE INDEX resources_by_key ON resources(mirror, key);
+CREATE INDEX resources_by_item ON resources(item) WHERE item IS NOT NULL;
+CREATE TABLE resource_parts(item INTEGER PRIMARY KEY, resource INTEGER NOT NULL);
+CREATE INDEX resource_parts_by_resource ON resource_parts(resource);
+CREATE TABLE unsent(item INTEGER NOT NULL UNIQUE);
+CREATE TABLE conflicts(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, key TEXT NOT NULL, item INTEGER, title TEXT NOT NULL,
+  fields TEXT NOT NULL, mine TEXT, theirs TEXT, made INTEGER NOT NULL);
+)sql",
 };
 
 struct DefaultCalendar {

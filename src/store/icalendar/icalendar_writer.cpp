@@ -194,11 +194,15 @@ class ItemText {
 
 }  // namespace
 
-void writeCalendarHead(std::string& out, const Calendar& calendar) {
+void writePlainHead(std::string& out) {
   for (const char* line :
        {"BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:-//Orlocal//Orlocal 3//EN", "CALSCALE:GREGORIAN"}) {
     appendFolded(out, line);
   }
+}
+
+void writeCalendarHead(std::string& out, const Calendar& calendar) {
+  writePlainHead(out);
   appendFolded(out, "X-WR-CALNAME:" + escapeText(calendar.title));
   if (calendar.color) { appendFolded(out, "X-APPLE-CALENDAR-COLOR:" + colorText(*calendar.color)); }
 }

@@ -9,7 +9,9 @@
 // Items as iCalendar text (RFC 5545), appended to `out` in folded lines. The same items give the same bytes.
 namespace orlocal::store {
 
-/// BEGIN:VCALENDAR and what the calendar says about itself.
+/// BEGIN:VCALENDAR and what every calendar text begins with.
+void writePlainHead(std::string& out);
+/// The same with what the calendar says about itself.
 void writeCalendarHead(std::string& out, const Calendar& calendar);
 void writeCalendarEnd(std::string& out);
 

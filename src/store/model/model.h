@@ -19,7 +19,8 @@ using SourceId = std::int64_t;
 using CalendarId = std::int64_t;
 using ItemId = std::int64_t;
 
-enum class CalendarKind : std::uint8_t { kEvents = 0, kReminders = 1 };
+/// What a calendar holds; one of both is asked for as either. Reminder lists are what holds reminders.
+enum class CalendarKind : std::uint8_t { kEvents = 0, kReminders = 1, kBoth = 2 };
 enum class ItemKind : std::uint8_t { kEvent = 0, kReminder = 1 };
 
 /// Of the calendars that hold such items.
@@ -47,7 +48,7 @@ struct Rgb {
   friend bool operator==(const Rgb&, const Rgb&) = default;
 };
 
-/// A calendar of events or a reminder list.
+/// A calendar of events, a reminder list, or both in one.
 struct Calendar {
   CalendarId id = 0;
   std::string identifier;  ///< stable, never reused; given by the store
@@ -62,6 +63,8 @@ struct Calendar {
   bool subscribed = false;
   bool immutable = false;  ///< itself may not be changed or removed
 
+  bool holds(CalendarKind wanted) const { return kind == wanted || kind == CalendarKind::kBoth; }
+  bool holds(ItemKind item) const { return holds(calendarKindOf(item)); }
   friend bool operator==(const Calendar&, const Calendar&) = default;
 };
 
@@ -205,6 +208,14 @@ struct Item {
   const std::optional<CalendarTime>& anchor() const { return start ? start : due; }
   bool allDay() const { return start && start->kind == CalendarTime::Kind::kDate; }
   friend bool operator==(const Item&, const Item&) = default;
+};
+
+/// A single event, a series or a reminder with the changed occurrences that belong to it, by original start.
+struct WholeItem {
+  Item main;
+  std::vector<Item> changed;
+
+  friend bool operator==(const WholeItem&, const WholeItem&) = default;
 };
 
 /// Somebody of the address book.

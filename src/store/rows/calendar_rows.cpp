@@ -17,7 +17,7 @@ Result<Calendar> calendarOf(const Statement& statement, const Database& database
   Calendar calendar;
   calendar.id = row.id(0);
   calendar.identifier = row.uuid(1).text();
-  calendar.kind = row.oneOf(2, CalendarKind::kReminders);
+  calendar.kind = row.oneOf(2, CalendarKind::kBoth);
   calendar.source = row.number(3);
   calendar.title = row.text(4);
   const auto part = [&](int column) { return row.isNull(column) ? 0 : row.real(column); };
@@ -97,6 +97,13 @@ Status CalendarRows::insertSource(Source& source, const Uuid& uuid) {
   source.identifier = uuid.text();
   return {};
 }
+
+Status CalendarRows::renameSource(SourceId id, std::string_view title) {
+  ORLOCAL_CHECK(checkBeforeWriting(title));
+  return m_renameSource.in(m_database).bind(1, title).bind(2, id).run();
+}
+
+Status CalendarRows::removeSource(SourceId id) { return m_removeSource.in(m_database).bind(1, id).run(); }
 
 Status CalendarRows::removeUnusedSource(SourceId id) {
   return m_removeUnusedSource.in(m_database)

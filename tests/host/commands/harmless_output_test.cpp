@@ -23,6 +23,8 @@ std::vector<std::string> misleadingIn(const std::string& text) {
 
 class HarmlessOutput : public ProgramTest {
  protected:
+  HarmlessOutput() { ::setenv("ORLOCAL_STORE", (folder / "calendar.db").c_str(), 1); }
+
   /// Runs the words, which must say something with `named` in it, and nothing that misleads.
   void expectHarmless(const std::vector<std::string>& words, const std::string& named = "liam") {
     runAsTyped(words);

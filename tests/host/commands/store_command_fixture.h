@@ -33,12 +33,16 @@ class StoreCommand : public testing::Test {
   ExitStatus run(const std::vector<std::string>& words) {
     std::istringstream in(input);
     std::ostringstream outText, errText;
-    CommandLine line(Streams{in, outText, errText, false, onTerminal, onTerminal});
+    CommandLine line(Streams{in, outText, errText, canBeAsked, onTerminal, onTerminal});
+    registerAccountCommands(line);
     registerAgendaCommand(line);
     registerBackupCommands(line);
     registerCalendarsCommand(line);
+    registerConflictCommands(line);
     registerExportCommand(line);
     registerImportCommands(line);
+    registerSubscribeCommands(line);
+    registerSyncCommand(line);
     const ExitStatus status = line.run("orlocal", words);
     out = outText.str();
     err = errText.str();
@@ -75,6 +79,7 @@ class StoreCommand : public testing::Test {
 
   std::filesystem::path folder;
   std::string input;
+  bool canBeAsked = false;
   bool onTerminal = false;
   std::string out, err;
 };

@@ -127,7 +127,7 @@ TEST_P(SchemaOfAnOlderFile, IsBroughtForwardWithWhatItHolds) {
   EXPECT_TRUE(*store->event("01A19B45-B800-7000-8920-1903CEBC82AB"));
   store.reset();
   EXPECT_EQ(number("PRAGMA user_version"), formatVersion());
-  EXPECT_EQ(formatVersion(), 3);
+  EXPECT_EQ(formatVersion(), 4);
 }
 
 TEST_P(SchemaOfAnOlderFile, FindsTheUidsThatItGaveBefore) {
@@ -153,6 +153,16 @@ TEST_P(SchemaOfAnOlderFile, GivesNoNumberThatItGaveBeforeWhereItsLogIsShort) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, SchemaOfAnOlderFile, testing::Values(1, 2));
+
+TEST_F(SchemaOfAFile, OfTheVersionBeforeServersGetsRoomForThem) {
+  saved(plain("Course"));
+  change(backToVersion(3).c_str());
+  store = opened();
+  EXPECT_THAT(titlesIn(*store), ElementsAre("Course"));
+  auto writer = *store->startWriting();
+  EXPECT_TRUE(writer->remotes().noteUnsent(1));
+  EXPECT_TRUE(writer->commit());
+}
 
 TEST_F(SchemaOfAFile, GivesNoNumberTwice) {
   const Item first = saved(plain("first"));

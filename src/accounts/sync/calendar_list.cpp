@@ -1,0 +1,253 @@
+#include "accounts/sync/calendar_list.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "accounts/transport/url.h"
+#include "base/try.h"
+#include "store/edits/item_writer.h"
+#include "store/icalendar/calendar_color.h"
+#include "store/remote_reader.h"
+
+namespace orlocal::accounts {
+namespace {
+
+using store::Calendar;
+using store::CalendarKind;
+using store::Mirror;
+
+CalendarKind kindOf(const RemoteCalendar& remote) {
+  if (remote.events && remote.reminders) { return CalendarKind::kBoth; }
+  return remote.reminders ? CalendarKind::kReminders : CalendarKind::kEvents;
+}
+
+/// A calendar without a name is called as its address ends.
+std::string titleOf(const RemoteCalendar& remote) {
+  if (!remote.displayName.empty()) { return remote.displayName; }
+  const std::string path = comparablePath(remote.url);
+  const std::string name = path.substr(path.find_last_of('/') + 1);
+  return name.empty() ? "Calendar" : name;
+}
+
+AgreedCalendar describedBy(const RemoteCalendar& remote) {
+  return {titleOf(remote), remote.color, remote.order.value_or(0)};
+}
+
+AgreedCalendar describedBy(const Calendar& calendar) { return {calendar.title, calendar.color, calendar.order}; }
+
+/// Colours go over the wire in bytes.
+bool sameColor(const std::optional<store::Rgb>& one, const std::optional<store::Rgb>& other) {
+  return one.has_value() == other.has_value() && (!one || one->bytes() == other->bytes());
+}
+
+bool ofTheCalendar(Trouble trouble) {
+  return trouble == Trouble::kForbidden || trouble == Trouble::kNotFound || trouble == Trouble::kClash ||
+         trouble == Trouble::kRefused || trouble == Trouble::kUnsupported || trouble == Trouble::kPrecondition ||
+         trouble == Trouble::kLocked || trouble == Trouble::kTooLarge;
+}
+
+}  // namespace
+
+Answer<void> CalendarList::pass(const std::string& title, Answer<void> outcome) {
+  if (outcome || !ofTheCalendar(outcome.error().trouble)) { return outcome; }
+  m_context.report.troubles.push_back({title, "", outcome.error().message});
+  return {};
+}
+
+Answer<std::vector<MirroredCalendar>> CalendarList::run() {
+  std::map<std::string, RemoteCalendar> remotes;
+  for (const std::string& home : m_context.account.homes) {
+    ORLOCAL_TRY(auto found, m_context.server.calendars(home));
+    for (RemoteCalendar& calendar : found) { remotes.emplace(comparablePath(calendar.url), std::move(calendar)); }
+  }
+  std::map<store::CalendarId, Calendar> here;
+  for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
+    ORLOCAL_STORE_TRY(const auto calendars, m_context.store.calendars(kind));
+    for (const Calendar& calendar : calendars) {
+      if (calendar.source == m_context.source) { here.emplace(calendar.id, calendar); }
+    }
+  }
+  ORLOCAL_STORE_TRY(auto mirrors, store::RemoteReader(m_context.store).mirrors(m_context.source));
+  std::vector<MirroredCalendar> both;
+  for (Mirror& mirror : mirrors) {
+    const auto calendar = here.find(mirror.calendar);
+    const auto remote = remotes.find(comparablePath(mirror.url));
+    if (calendar == here.end()) {
+      if (remote != remotes.end()) { remotes.erase(remote); }
+      ORLOCAL_CHECK(pass(mirror.url, removeThere(mirror)));
+    } else if (remote == remotes.end()) {
+      ORLOCAL_CHECK(pass(calendar->second.title, lookAfter(mirror, both)));
+    } else {
+      ORLOCAL_CHECK(pass(calendar->second.title, agree(mirror, remote->second, calendar->second)));
+      both.push_back({mirror, remote->second});
+      remotes.erase(remote);
+    }
+    here.erase(mirror.calendar);
+  }
+  for (auto& [key, remote] : remotes) {
+    ORLOCAL_TRY(Mirror mirror, makeHere(remote));
+    both.push_back({std::move(mirror), std::move(remote)});
+  }
+  for (const auto& [id, calendar] : here) { ORLOCAL_CHECK(pass(calendar.title, makeThere(calendar, both))); }
+  return both;
+}
+
+Answer<void> CalendarList::agree(Mirror& mirror, const RemoteCalendar& remote, const Calendar& here) {
+  ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(mirror.state));
+  const AgreedCalendar there = describedBy(remote);
+  AgreedCalendar wanted = describedBy(here);
+  if (there.title != state.agreed.title) { wanted.title = there.title; }
+  if (!sameColor(there.color, state.agreed.color)) { wanted.color = there.color; }
+  if (there.order != state.agreed.order) { wanted.order = there.order; }
+
+  const auto send = [&](CalendarProperty property, bool differs, const std::string& value) {
+    return differs ? m_context.server.setProperty(mirror.url, property, value) : Answer<void>();
+  };
+  Answer<void> sent;
+  for (const auto& [property, differs, value] :
+       {std::tuple(CalendarProperty::kDisplayName, wanted.title != there.title, wanted.title),
+        std::tuple(CalendarProperty::kColor, wanted.color && !sameColor(wanted.color, there.color),
+                   wanted.color ? store::colorText(*wanted.color) + "FF" : std::string()),
+        std::tuple(CalendarProperty::kOrder, wanted.order != there.order, fmt::format("{}", wanted.order))}) {
+    if (auto outcome = send(property, differs, value); !outcome) { sent = std::move(outcome); }
+  }
+  state.agreed = wanted;
+  state.writable = remote.writable.value_or(state.writable);
+  state.rightsKnown = remote.writable.has_value();
+  Calendar changed = here;
+  changed.title = wanted.title;
+  changed.color = wanted.color;
+  changed.order = wanted.order;
+  changed.kind = kindOf(remote);
+  changed.readOnly = !state.writable;
+  const std::string text = state.text();
+  if (changed == here && text == mirror.state && mirror.url == remote.url) { return sent; }
+  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  mirror.state = text;
+  mirror.url = remote.url;
+  ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
+  if (!(changed == here)) {
+    ORLOCAL_STORE_CHECK(writer->updateCalendar(changed));
+    ++m_context.report.calendars;
+  }
+  ORLOCAL_STORE_CHECK(writer->commit());
+  return sent;
+}
+
+Answer<Mirror> CalendarList::makeHere(const RemoteCalendar& remote) {
+  MirrorState state;
+  state.agreed = describedBy(remote);
+  state.writable = remote.writable.value_or(true);
+  state.rightsKnown = remote.writable.has_value();
+  Calendar calendar;
+  calendar.source = m_context.source;
+  calendar.kind = kindOf(remote);
+  calendar.title = state.agreed.title;
+  calendar.color = state.agreed.color;
+  calendar.order = state.agreed.order;
+  calendar.readOnly = !state.writable;
+  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_CHECK(writer->makeCalendar(calendar));
+  Mirror mirror{0, m_context.source, calendar.id, remote.url, state.text()};
+  ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
+  ORLOCAL_STORE_CHECK(writer->commit());
+  ++m_context.report.calendars;
+  return mirror;
+}
+
+Answer<void> CalendarList::makeThere(const Calendar& calendar, std::vector<MirroredCalendar>& both) {
+  if (m_context.account.homes.empty()) { return {}; }
+  std::string name = calendar.identifier;
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  const std::string& home = m_context.account.homes.front();
+  // Written down first: a list that has it already, after an answer was lost, then finds whose it is.
+  Mirror mirror{0, m_context.source, calendar.id, home + (home.ends_with('/') ? "" : "/") + name + "/", ""};
+  MirrorState state;
+  state.agreed = describedBy(calendar);
+  mirror.state = state.text();
+  // What is in it by now was noted for no server.
+  std::vector<store::ItemId> items;
+  ORLOCAL_STORE_CHECK(
+      m_context.store.forEachItem(calendar.id, [&](const store::Item& main, const std::vector<store::Item>&) {
+        items.push_back(main.id);
+        return Status();
+      }));
+  {
+    ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+    ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
+    for (const store::ItemId item : items) { ORLOCAL_STORE_CHECK(writer->remotes().noteUnsent(item)); }
+    ORLOCAL_STORE_CHECK(writer->commit());
+  }
+  const NewCalendar wanted{calendar.title, calendar.holds(CalendarKind::kEvents),
+                           calendar.holds(CalendarKind::kReminders), calendar.color};
+  auto made = m_context.server.makeCalendar(mirror.url, wanted);
+  if (!made && !ofTheCalendar(made.error().trouble)) { return Refusal(std::move(made.error())); }
+  if (!made) {
+    ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+    ORLOCAL_STORE_CHECK(writer->remotes().removeMirror(mirror.id));
+    ORLOCAL_STORE_CHECK(writer->commit());
+    return Refusal(std::move(made.error()));
+  }
+  ++m_context.report.calendars;
+  ORLOCAL_CHECK(agree(mirror, *made, calendar));
+  both.push_back({mirror, *std::move(made)});
+  return {};
+}
+
+Answer<void> CalendarList::removeThere(const Mirror& mirror) {
+  auto removed = m_context.server.removeCalendar(mirror.url);
+  if (!removed && !ofTheCalendar(removed.error().trouble)) { return removed; }
+  // Where it may not be removed it comes back with the next list.
+  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_CHECK(writer->remotes().removeMirror(mirror.id));
+  ORLOCAL_STORE_CHECK(writer->commit());
+  if (!removed && removed.error().trouble != Trouble::kNotFound) { return removed; }
+  if (removed) { ++m_context.report.calendars; }
+  return {};
+}
+
+Answer<void> CalendarList::lookAfter(const Mirror& mirror, std::vector<MirroredCalendar>& both) {
+  auto found = m_context.server.calendar(mirror.url);
+  if (found) {
+    both.push_back({mirror, *std::move(found)});
+    return {};
+  }
+  if (found.error().trouble != Trouble::kNotFound) { return Refusal(std::move(found.error())); }
+  return removeHere(mirror);
+}
+
+Answer<void> CalendarList::removeHere(const Mirror& mirror) {
+  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto unsent, writer->remotes().unsent());
+  bool holdsUnsent = false;
+  for (const store::ItemId item : unsent) {
+    ORLOCAL_STORE_TRY(const auto whole, writer->read(item));
+    holdsUnsent = holdsUnsent || (whole && whole->main.calendar == mirror.calendar);
+  }
+  ORLOCAL_STORE_CHECK(writer->remotes().removeMirror(mirror.id));
+  if (holdsUnsent) {
+    // What was changed here and is in no other place stays, in a calendar of this machine.
+    ORLOCAL_STORE_TRY(auto calendar, writer->calendarWith(mirror.calendar));
+    ORLOCAL_STORE_TRY(const auto local, writer->localSource());
+    if (calendar && local) {
+      calendar->source = local->id;
+      ORLOCAL_STORE_CHECK(writer->updateCalendar(*calendar));
+      m_context.report.troubles.push_back(
+          {calendar->title, "",
+           "it was removed on the server; as it holds changes that the server never got, it stays here "
+           "as a calendar of this machine"});
+    }
+  } else {
+    ORLOCAL_STORE_CHECK(writer->removeCalendar(mirror.calendar));
+  }
+  ORLOCAL_STORE_CHECK(writer->commit());
+  ++m_context.report.calendars;
+  return {};
+}
+
+}  // namespace orlocal::accounts

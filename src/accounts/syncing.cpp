@@ -1,0 +1,109 @@
+#include "accounts/syncing.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include "accounts/connection.h"
+#include "accounts/dav/dav_server.h"
+#include "accounts/subscription.h"
+#include "base/system_reason.h"
+#include "base/try.h"
+
+namespace orlocal::accounts {
+namespace {
+
+using std::chrono::minutes;
+using std::chrono::seconds;
+
+constexpr seconds kUsualInterval = minutes(1);
+constexpr seconds kUsualSubscriptionInterval = std::chrono::hours(6);
+constexpr seconds kLongestWait = minutes(30);
+/// So often it is written down that an account was looked at and nothing was new: each writing is a commit, and wakes
+/// everybody.
+constexpr seconds kTellsEvery = minutes(10);
+
+/// What counts as news of the account itself.
+bool isWorthWriting(const AccountState& before, const AccountState& after) {
+  AccountState compared = after;
+  compared.lastTry = before.lastTry;
+  compared.lastSuccess = before.lastSuccess;
+  if (compared.text() != before.text() || !before.lastSuccess) { return true; }
+  return after.lastSuccess && *after.lastSuccess - *before.lastSuccess >= kTellsEvery;
+}
+
+}  // namespace
+
+Result<SyncLock> SyncLock::take(const std::filesystem::path& file) {
+  std::filesystem::path lock = file;
+  lock += "-sync";
+  const int descriptor = ::open(lock.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600);
+  if (descriptor < 0) {
+    return failure(ErrorCode::kIo, fmt::format("\"{}\", which keeps two syncs apart, cannot be made: {}. Check the "
+                                               "permissions of the folder.",
+                                               lock.string(), systemReason(errno)));
+  }
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) { return SyncLock(descriptor); }
+  ::close(descriptor);
+  return failure(ErrorCode::kBusy,
+                 fmt::format("Another sync of \"{}\" is running; wait for it, or end it.", file.string()));
+}
+
+SyncLock::SyncLock(SyncLock&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+
+SyncLock::~SyncLock() {
+  if (m_descriptor >= 0) { ::close(m_descriptor); }
+}
+
+Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets,
+                           const Clock& clock, const SyncOptions& options) {
+  const AccountState before = account.state;
+  const auto transport = connectionFor(account, secrets, options.stop);
+  SyncReport report;
+  if (account.settings.kind == AccountSettings::Kind::kSubscription) {
+    report = refreshSubscription(store, *transport, clock, account, options);
+  } else {
+    DavServer server(*transport);
+    report = syncAccount(store, server, clock, account.source, account.state, options);
+  }
+  AccountState& state = account.state;
+  state.lastTry = clock.now();
+  state.notBefore.reset();
+  if (report.failure) {
+    state.failure = report.failure->message;
+    state.trouble = report.failure->trouble;
+    ++state.failures;
+    if (report.failure->retryAfter) { state.notBefore = *state.lastTry + *report.failure->retryAfter; }
+  } else {
+    state.failure.clear();
+    state.trouble.reset();
+    state.failures = 0;
+    state.lastSuccess = state.lastTry;
+  }
+  const bool interrupted = report.failure && report.failure->trouble == Trouble::kInterrupted;
+  if (!interrupted && isWorthWriting(before, state)) { ORLOCAL_CHECK(AccountBook(store).saveState(account)); }
+  return report;
+}
+
+store::Moment nextTry(const Account& account, double part) {
+  const AccountState& state = account.state;
+  if (!state.lastTry) { return {}; }
+  const bool subscription = account.settings.kind == AccountSettings::Kind::kSubscription;
+  seconds interval = subscription ? kUsualSubscriptionInterval : kUsualInterval;
+  if (subscription && state.wishedInterval) { interval = *state.wishedInterval; }
+  if (account.settings.every) { interval = *account.settings.every; }
+  if (state.failures > 0) {
+    const seconds patience = kUsualInterval * (1LL << std::min(state.failures - 1, 10));
+    interval = std::min(std::max(interval, patience), std::max(interval, kLongestWait));
+  }
+  const auto spread = std::chrono::duration_cast<std::chrono::microseconds>(interval * (part * 0.25));
+  const store::Moment next = *state.lastTry + interval + spread;
+  return state.notBefore ? std::max(next, *state.notBefore) : next;
+}
+
+}  // namespace orlocal::accounts

@@ -1,0 +1,152 @@
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "accounts/syncing.h"
+#include "base/try.h"
+#include "host/commands/accounts/account_add.h"
+#include "host/commands/accounts/account_views.h"
+#include "host/commands/accounts/account_words.h"
+#include "host/commands/accounts/sync_run.h"
+#include "host/commands/all_commands.h"
+#include "host/commands/interruption.h"
+#include "host/commands/store_session.h"
+#include "host/commands/terminal_text.h"
+#include "store/location.h"
+#include "store/remote_reader.h"
+
+namespace orlocal::host {
+namespace {
+
+using accounts::Account;
+
+struct RemoveWords {
+  std::string name;
+  bool discard = false;
+};
+
+Result<ExitStatus> setPaused(const std::string& name, bool paused) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  accounts::AccountBook book(*store);
+  ORLOCAL_TRY(Account account, book.named(name));
+  if (account.settings.paused == paused) { return ExitStatus::kDone; }
+  account.settings.paused = paused;
+  ORLOCAL_CHECK(book.saveSettings(account));
+  return ExitStatus::kDone;
+}
+
+Failed notRemoved(const Account& account, const std::string& reason) {
+  return failure(
+      ErrorCode::kRefused,
+      fmt::format("The account \"{}\" was not removed: {} --discard removes it all the same.", account.name, reason));
+}
+
+Result<std::size_t> conflictsOf(store::CalendarStore& store, const Account& account) {
+  store::RemoteReader reader(store);
+  ORLOCAL_TRY(const auto mirrors, reader.mirrors(account.source));
+  ORLOCAL_TRY(const auto conflicts, reader.conflicts());
+  std::size_t count = 0;
+  for (const store::Conflict& conflict : conflicts) {
+    for (const store::Mirror& mirror : mirrors) { count += conflict.mirror == mirror.id; }
+  }
+  return count;
+}
+
+/// Carries over what is here alone; fails when something would be lost.
+Status syncForTheLastTime(store::CalendarStore& store, Account& account, CommandContext& context) {
+  ORLOCAL_TRY(const accounts::SyncReport report, syncVisibly(store, account, context));
+  tellTroubles(account, report, context);
+  if (report.failure) { return notRemoved(account, failureText(*report.failure)); }
+  ORLOCAL_TRY(const std::size_t unsent, accounts::AccountBook(store).unsentOf(account));
+  if (unsent > 0) {
+    return notRemoved(account, fmt::format("{} could not be sent (orlocal account show {}).", counted(unsent, "change"),
+                                           account.name));
+  }
+  ORLOCAL_TRY(const std::size_t conflicts, conflictsOf(store, account));
+  if (conflicts == 0) { return {}; }
+  return notRemoved(
+      account, fmt::format("it has {} that nobody has decided (orlocal conflicts).", counted(conflicts, "conflict")));
+}
+
+Result<ExitStatus> removeAccount(const RemoveWords& words, CommandContext& context) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  accounts::AccountBook book(*store);
+  ORLOCAL_TRY(Account account, book.named(words.name));
+  if (isSubscription(account)) {
+    return failure(ErrorCode::kRefused,
+                   fmt::format("\"{}\" is a subscription; orlocal unsubscribe ends it.", account.name));
+  }
+  const Interruption interruption;
+  ORLOCAL_TRY(const auto file, store::userStoreFile());
+  ORLOCAL_TRY(const auto lock, accounts::SyncLock::take(file));
+  if (!words.discard) { ORLOCAL_CHECK(syncForTheLastTime(*store, account, context)); }
+  ORLOCAL_TRY(auto secrets, userSecrets());
+  ORLOCAL_CHECK(book.remove(account));
+  ORLOCAL_CHECK(secrets.forget(account.identifier));
+  if (!context.options.json) {
+    context.streams.out << fmt::format("The account \"{}\" is removed; its server keeps what it has.\n",
+                                       printable(account.name));
+  }
+  return ExitStatus::kDone;
+}
+
+void registerAdd(CommandLine& line, CLI::App& account) {
+  const auto words = std::make_shared<AddWords>();
+  CLI::App& add = line.addUnder(account, "add", "Find an account on its server, and add it.",
+                                [words](CommandContext& context) { return addAccount(*words, context); });
+  add.add_option("address", words->address,
+                 "Any address of the server: its root, a principal, a calendar; or a mail address")
+      ->type_name("URL")
+      ->required();
+  add.add_option("--user", words->user, "Who signs in")->type_name("NAME")->required();
+  add.add_option("--name", words->name, "What the account is called here (default: the server's name)")
+      ->type_name("NAME");
+  add.add_option("--ca-file", words->caFile, "Certificates to trust in place of the system's (PEM)")
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
+  CLI::Option* command = add.add_option("--password-command", words->passwordCommand,
+                                        "A command whose first line of output is the password");
+  CLI::Option* file = add.add_option("--password-file", words->passwordFile,
+                                     "A file with the password in its first line, this user's alone; where the\n"
+                                     "service manager gives credentials, a name alone is one of them");
+  CLI::Option* token =
+      add.add_option("--token-command", words->tokenCommand, "A command whose first line of output is a bearer token");
+  command->type_name("CMD")->excludes(file)->excludes(token);
+  file->type_name("FILE")->excludes(token);
+  token->type_name("CMD");
+  add.footer(
+      "Without one of these the password is asked for on the terminal, and kept in a file that only you may\n"
+      "read. The store never holds it.");
+}
+
+void registerNamed(CommandLine& line, CLI::App& account, const char* name, const char* description,
+                   Result<ExitStatus> (*body)(const std::string&, CommandContext&)) {
+  const auto word = std::make_shared<std::string>();
+  CLI::App& command =
+      line.addUnder(account, name, description, [word, body](CommandContext& context) { return body(*word, context); });
+  command.add_option("account", *word, "The account or subscription")->type_name("NAME")->required();
+}
+
+}  // namespace
+
+void registerAccountCommands(CommandLine& line) {
+  CLI::App& account = line.addGroup("account", "Accounts on calendar servers: add, list, show, pause, resume, remove.");
+  registerAdd(line, account);
+  line.addUnder(account, "list", "List accounts and subscriptions, and how they are.", listAccounts);
+  registerNamed(line, account, "show", "Show an account's calendars, and what could not be carried over.", showAccount);
+  registerNamed(line, account, "pause", "Leave an account alone until it is resumed.",
+                [](const std::string& name, CommandContext&) { return setPaused(name, true); });
+  registerNamed(line, account, "resume", "Sync a paused account again.",
+                [](const std::string& name, CommandContext&) { return setPaused(name, false); });
+  const auto words = std::make_shared<RemoveWords>();
+  CLI::App& remove = line.addUnder(account, "remove",
+                                   "Remove an account from the store, after a last sync. Its server keeps what it has.",
+                                   [words](CommandContext& context) { return removeAccount(*words, context); });
+  remove.add_option("account", words->name, "The account")->type_name("NAME")->required();
+  remove.add_flag("--discard", words->discard, "Without a last sync: what was not sent is lost");
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,145 @@
+#include <algorithm>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "accounts/account_book.h"
+#include "base/try.h"
+#include "host/commands/accounts/account_words.h"
+#include "host/commands/all_commands.h"
+#include "host/commands/store_session.h"
+#include "host/commands/terminal_text.h"
+#include "store/icalendar/calendar_color.h"
+
+namespace orlocal::host {
+namespace {
+
+using store::Calendar;
+using store::CalendarField;
+using store::CalendarKind;
+
+constexpr const char* kKindWords[] = {"events", "reminders"};
+
+struct NewWords {
+  std::string title, account, kind = kKindWords[0];
+};
+
+/// The one calendar or reminder list of that title or identifier.
+Result<Calendar> theCalendar(store::CalendarStore& store, const std::string& name) {
+  ORLOCAL_TRY(const auto all, allCalendars(store));
+  const auto named =
+      std::find_if(all.begin(), all.end(), [&](const Calendar& each) { return each.identifier == name; });
+  if (named != all.end()) { return *named; }
+  ORLOCAL_TRY(const auto titled, calendarsTitled(all, {name}));
+  if (titled.size() == 1) { return titled.front(); }
+  std::vector<std::string> words;
+  for (const Calendar& each : titled) {
+    words.push_back(
+        fmt::format("{} ({})", each.identifier, each.kind == CalendarKind::kReminders ? "reminders" : "events"));
+  }
+  return failure(ErrorCode::kRefused, fmt::format("There are {} calendars \"{}\"; name one by its identifier: {}.",
+                                                  titled.size(), name, fmt::join(words, ", ")));
+}
+
+Result<store::SourceId> sourceFor(store::CalendarStore& store, const std::string& account) {
+  if (!account.empty()) {
+    ORLOCAL_TRY(const auto found, accounts::AccountBook(store).named(account));
+    if (!isSubscription(found)) { return found.source; }
+    return failure(ErrorCode::kRefused, fmt::format("\"{}\" is a subscription and takes no calendars.", account));
+  }
+  ORLOCAL_TRY(const auto sources, store.sources());
+  const auto local = std::find_if(sources.begin(), sources.end(), [](const store::Source& source) {
+    return source.type == store::Source::Type::kLocal;
+  });
+  if (local != sources.end()) { return local->id; }
+  return failure(ErrorCode::kNotFound, "The calendar store has no place for calendars of this machine's own.");
+}
+
+Result<ExitStatus> makeNew(const NewWords& words) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  Calendar calendar;
+  calendar.title = words.title;
+  calendar.kind = words.kind == kKindWords[0] ? CalendarKind::kEvents : CalendarKind::kReminders;
+  ORLOCAL_TRY(calendar.source, sourceFor(*store, words.account));
+  ORLOCAL_CHECK(store->saveCalendar(calendar));
+  return ExitStatus::kDone;
+}
+
+Result<ExitStatus> renameCalendar(const std::string& name, const std::string& title) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(Calendar calendar, theCalendar(*store, name));
+  calendar.title = title;
+  ORLOCAL_CHECK(store->saveCalendar(calendar, {CalendarField::kTitle}));
+  return ExitStatus::kDone;
+}
+
+Result<ExitStatus> recolour(const std::string& name, const std::string& color) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(Calendar calendar, theCalendar(*store, name));
+  calendar.color = store::parseColor(color);
+  ORLOCAL_CHECK(store->saveCalendar(calendar, {CalendarField::kColor}));
+  return ExitStatus::kDone;
+}
+
+Result<ExitStatus> removeCalendarNamed(const std::string& name) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const Calendar calendar, theCalendar(*store, name));
+  ORLOCAL_CHECK(store->removeCalendar(calendar.identifier));
+  return ExitStatus::kDone;
+}
+
+std::string objectionToColor(const std::string& words) {
+  if (store::parseColor(words)) { return {}; }
+  return "\"" + words + "\" is no colour; write #RRGGBB or a name such as steelblue";
+}
+
+constexpr const char* kWhich = "Its title, or its identifier where several have that title";
+
+}  // namespace
+
+void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
+  const auto made = std::make_shared<NewWords>();
+  CLI::App& add = line.addUnder(calendars, "new", "Make a calendar or reminder list.",
+                                [made](CommandContext&) { return makeNew(*made); });
+  add.add_option("title", made->title, "Its title")->type_name("TITLE")->required();
+  add.add_option("--account", made->account, "On this account's server, at the next sync (default: here alone)")
+      ->type_name("NAME");
+  add.add_option("--kind", made->kind, "What it holds")
+      ->type_name("events|reminders")
+      ->check(CLI::IsMember({kKindWords[0], kKindWords[1]}))
+      ->capture_default_str();
+
+  struct Change {
+    std::string which, value;
+  };
+  const auto renamed = std::make_shared<Change>();
+  CLI::App& renaming = line.addUnder(calendars, "rename", "Give a calendar another title.", [renamed](CommandContext&) {
+    return renameCalendar(renamed->which, renamed->value);
+  });
+  renaming.add_option("calendar", renamed->which, kWhich)->type_name("OLD")->required();
+  renaming.add_option("title", renamed->value, "Its title from now on")->type_name("NEW")->required();
+
+  const auto recoloured = std::make_shared<Change>();
+  CLI::App& recolouring =
+      line.addUnder(calendars, "recolour", "Give a calendar another colour.",
+                    [recoloured](CommandContext&) { return recolour(recoloured->which, recoloured->value); });
+  recolouring.add_option("calendar", recoloured->which, kWhich)->type_name("TITLE")->required();
+  recolouring.add_option("colour", recoloured->value, "#RRGGBB, or the name of a colour")
+      ->type_name("COLOUR")
+      ->check(objectionToColor)
+      ->required();
+
+  const auto removed = std::make_shared<std::string>();
+  CLI::App& removing = line.addUnder(calendars, "remove",
+                                     "Remove a calendar with all that is in it; one of an account goes on its server,\n"
+                                     "too, at the next sync.",
+                                     [removed](CommandContext&) { return removeCalendarNamed(*removed); });
+  removing.add_option("calendar", *removed, kWhich)->type_name("TITLE")->required();
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,150 @@
+#include <charconv>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "accounts/adding.h"
+#include "accounts/connection.h"
+#include "accounts/remedy.h"
+#include "accounts/subscription.h"
+#include "base/try.h"
+#include "host/commands/accounts/account_words.h"
+#include "host/commands/accounts/sync_run.h"
+#include "host/commands/all_commands.h"
+#include "host/commands/interruption.h"
+#include "host/commands/progress_line.h"
+#include "host/commands/store_session.h"
+#include "host/commands/terminal_text.h"
+#include "host/commands/trouble.h"
+
+namespace orlocal::host {
+namespace {
+
+using accounts::Account;
+
+struct SubscribeWords {
+  std::string address, name, every;
+};
+
+constexpr struct {
+  char letter;
+  std::chrono::seconds length;
+} kUnits[] = {{'s', std::chrono::seconds(1)},
+              {'m', std::chrono::minutes(1)},
+              {'h', std::chrono::hours(1)},
+              {'d', std::chrono::hours(24)},
+              {'w', std::chrono::hours(24 * 7)}};
+constexpr std::chrono::seconds kShortest = std::chrono::minutes(1);
+constexpr std::chrono::seconds kLongest = std::chrono::hours(24 * 366);
+
+/// "6h", "30m", "1d"; none for what is no length of time between a minute and a year.
+std::optional<std::chrono::seconds> durationOf(std::string_view words) {
+  std::int64_t count = 0;
+  const auto [end, error] = std::from_chars(words.data(), words.data() + words.size(), count);
+  if (error != std::errc() || end + 1 != words.data() + words.size() || count < 1) { return std::nullopt; }
+  for (const auto& unit : kUnits) {
+    if (unit.letter != *end || count > kLongest / unit.length) { continue; }
+    const std::chrono::seconds length = unit.length * count;
+    return length >= kShortest ? std::optional(length) : std::nullopt;
+  }
+  return std::nullopt;
+}
+
+std::string objectionToDuration(const std::string& words) {
+  if (durationOf(words)) { return {}; }
+  return "\"" + words + "\" is no length of time from a minute to a year; write 30m, 6h or 1d";
+}
+
+/// An address, or a local file with its whole path; none for what is neither.
+std::optional<std::string> addressFrom(const std::string& given) {
+  for (const std::string_view scheme : {"http://", "https://", "webcal://", "webcals://"}) {
+    if (given.starts_with(scheme)) { return given; }
+  }
+  constexpr std::string_view kFile = "file://";
+  if (given.starts_with(kFile)) { return given.substr(kFile.size()); }
+  if (given.find("://") != given.npos) { return std::nullopt; }
+  return std::filesystem::absolute(given).lexically_normal().string();
+}
+
+ExitStatus addressIsOff(Streams& streams, const std::string& sentence) {
+  tellTrouble(streams.err, sentence);
+  return ExitStatus::kUsage;
+}
+
+Result<ExitStatus> runSubscribe(const SubscribeWords& words, CommandContext& context) {
+  Streams& streams = context.streams;
+  const auto address = addressFrom(words.address);
+  if (!address) { return addressIsOff(streams, "Give an address of webcal, http or https, or a file."); }
+  if (accounts::hasCredentials(*address)) {
+    return addressIsOff(streams,
+                        "Leave user and password out of the address; subscriptions have none. A calendar that "
+                        "wants them is reached by an account (orlocal account add).");
+  }
+  Account account;
+  account.name = words.name;
+  account.settings.kind = accounts::AccountSettings::Kind::kSubscription;
+  account.settings.address = *address;
+  account.settings.secret = textOf(accounts::SecretSource(accounts::NoPassword{}));
+  if (!words.every.empty()) { account.settings.every = durationOf(words.every); }
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_CHECK(accounts::AccountBook(*store).mustBeFree(account.name));
+  ORLOCAL_TRY(const auto secrets, userSecrets());
+  const Interruption interruption;
+  ProgressLine progress(streams.err, streams.errIsTerminal, "Fetching");
+  progress.announce(printable(addressOf(account)));
+  const auto transport = connectionFor(account, secrets, &Interruption::flag());
+  const auto report = subscribe(*store, *transport, SystemClock(), account, {&Interruption::flag(), {}});
+  progress.clear();
+  if (!report) {
+    return failure(ErrorCode::kIo, fmt::format("No subscription was made. {}", failureText(report.error())));
+  }
+  if (!context.options.json) {
+    streams.out << fmt::format("The calendar \"{}\" is subscribed, with {}.\n", printable(account.name),
+                               counted(report->received, "item"));
+    streams.out.flush();
+  }
+  tellTroubles(account, *report, context);
+  return ExitStatus::kDone;
+}
+
+Result<ExitStatus> runUnsubscribe(const std::string& title) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  accounts::AccountBook book(*store);
+  ORLOCAL_TRY(const Account account, book.named(title));
+  if (!isSubscription(account)) {
+    return failure(ErrorCode::kRefused,
+                   fmt::format("\"{}\" is an account; orlocal account remove removes it.", account.name));
+  }
+  ORLOCAL_CHECK(book.remove(account));
+  return ExitStatus::kDone;
+}
+
+}  // namespace
+
+void registerSubscribeCommands(CommandLine& line) {
+  const auto words = std::make_shared<SubscribeWords>();
+  CLI::App& subscribe =
+      line.add("subscribe", "Show a calendar that others publish, and keep it up to date (orlocal sync).",
+               [words](CommandContext& context) { return runSubscribe(*words, context); });
+  subscribe.add_option("address", words->address, "Where it is: webcal, http, https, or a local file")
+      ->type_name("URL|FILE")
+      ->required();
+  subscribe.add_option("--name", words->name, "Its title here (default: its own)")->type_name("TITLE");
+  subscribe
+      .add_option("--every", words->every, "How often it is fetched: 30m, 6h, 1d (default: as it says itself, or 6h)")
+      ->type_name("DURATION")
+      ->check(objectionToDuration);
+
+  const auto title = std::make_shared<std::string>();
+  CLI::App& unsubscribe = line.add("unsubscribe", "End a subscription, and remove its calendar.",
+                                   [title](CommandContext&) { return runUnsubscribe(*title); });
+  unsubscribe.add_option("title", *title, "The subscription")->type_name("TITLE")->required();
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,134 @@
+#include <algorithm>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "accounts/syncing.h"
+#include "base/try.h"
+#include "host/commands/accounts/account_words.h"
+#include "host/commands/accounts/sync_follow.h"
+#include "host/commands/accounts/sync_run.h"
+#include "host/commands/all_commands.h"
+#include "host/commands/interruption.h"
+#include "host/commands/json_text.h"
+#include "host/commands/store_session.h"
+#include "host/commands/terminal_text.h"
+#include "host/commands/trouble.h"
+#include "store/location.h"
+#include "store/time/clock.h"
+
+namespace orlocal::host {
+namespace {
+
+using accounts::Account;
+
+struct SyncWords {
+  std::vector<std::string> names;
+  bool follow = false;
+};
+
+/// Syncs once, account after account.
+class OneRound {
+ public:
+  OneRound(store::CalendarStore& store, CommandContext& context) : m_store(store), m_context(context) {}
+
+  /// A store that cannot be written ends the round; what a server does, only its own account.
+  Status sync(Account& account) {
+    if (account.settings.paused) {
+      add(account, "paused", {});
+      return {};
+    }
+    ORLOCAL_TRY(const accounts::SyncReport report, syncVisibly(m_store, account, m_context));
+    m_failed = m_failed || report.failure || report.conflicts > 0;
+    add(account, report.failure ? "failed" : "done", report);
+    return {};
+  }
+
+  ExitStatus finish() {
+    if (m_context.options.json) { printJson(m_list, m_context.streams.out); }
+    return m_failed ? ExitStatus::kFailed : ExitStatus::kDone;
+  }
+
+ private:
+  void add(const Account& account, const char* state, const accounts::SyncReport& report) {
+    m_list.push_back(syncJson(account, state, report));
+    if (m_context.options.json) { return; }
+    std::ostream& out = m_context.streams.out;
+    const std::string name = printable(account.name);
+    if (account.settings.paused) {
+      out << fmt::format("{}: paused; orlocal account resume lets it go on\n", name);
+      return;
+    }
+    if (!report.failure || didSomething(report)) { out << fmt::format("{}: {}\n", name, summaryOf(report)); }
+    out.flush();
+    tellTroubles(account, report, m_context);
+    if (report.failure) { tellTrouble(m_context.streams.err, failureText(*report.failure), account.name); }
+    if (report.conflicts > 0) { m_context.streams.err << "orlocal conflicts lists what could not be merged.\n"; }
+  }
+
+  store::CalendarStore& m_store;
+  CommandContext& m_context;
+  nlohmann::json m_list = nlohmann::json::array();
+  bool m_failed = false;
+};
+
+/// A subscription whose time has not come is left alone, unless it is named.
+bool isDue(const Account& account) { return !isSubscription(account) || nextTry(account, 0) <= store::now(); }
+
+Result<ExitStatus> syncOnce(store::CalendarStore& store, std::vector<Account> chosen, bool named,
+                            CommandContext& context) {
+  if (chosen.empty() && !context.options.json) {
+    context.streams.out << "There is no account and no subscription; orlocal account add and orlocal subscribe make "
+                           "one.\n";
+  }
+  OneRound round(store, context);
+  for (Account& account : chosen) {
+    if (Interruption::flag()) { return failure(ErrorCode::kInterrupted, "The sync was stopped."); }
+    if (named || isDue(account)) { ORLOCAL_CHECK(round.sync(account)); }
+  }
+  return round.finish();
+}
+
+Result<ExitStatus> runSync(const SyncWords& words, CommandContext& context) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  accounts::AccountBook book(*store);
+  std::vector<Account> chosen;
+  for (const std::string& name : words.names) {
+    auto account = book.named(name);
+    if (!account && account.error().code == ErrorCode::kNotFound) {
+      tellTrouble(context.streams.err, account.error().message);
+      return ExitStatus::kUsage;
+    }
+    if (!account) { return failure(std::move(account.error())); }
+    const bool known =
+        std::any_of(chosen.begin(), chosen.end(), [&](const Account& each) { return each.source == account->source; });
+    if (!known) { chosen.push_back(*std::move(account)); }
+  }
+  const Interruption interruption;
+  ORLOCAL_TRY(const auto file, store::userStoreFile());
+  ORLOCAL_TRY(const auto lock, accounts::SyncLock::take(file));
+  if (words.follow) { return followAccounts(*store, words.names, context); }
+  if (words.names.empty()) { ORLOCAL_TRY(chosen, book.all()); }
+  return syncOnce(*store, std::move(chosen), !words.names.empty(), context);
+}
+
+}  // namespace
+
+void registerSyncCommand(CommandLine& line) {
+  const auto words = std::make_shared<SyncWords>();
+  CLI::App& sync = line.add("sync",
+                            "Carry changes both ways between the store and the servers of its accounts, and refresh\n"
+                            "subscriptions that are due.",
+                            [words](CommandContext& context) { return runSync(*words, context); });
+  sync.add_option("accounts", words->names, "Only these accounts and subscriptions, due or not")->type_name("NAME");
+  sync.add_flag("--follow", words->follow,
+                "Go on until interrupted: changes here go out at once, servers are asked\n"
+                "every minute");
+  sync.footer("Ends with status 1 when an account failed or has new conflicts; the others are synced all the same.");
+}
+
+}  // namespace orlocal::host

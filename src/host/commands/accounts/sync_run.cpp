@@ -1,0 +1,94 @@
+#include "host/commands/accounts/sync_run.h"
+
+#include <vector>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "accounts/remedy.h"
+#include "accounts/syncing.h"
+#include "base/try.h"
+#include "host/commands/accounts/account_words.h"
+#include "host/commands/interruption.h"
+#include "host/commands/json_text.h"
+#include "host/commands/progress_line.h"
+#include "host/commands/terminal_text.h"
+#include "host/commands/trouble.h"
+
+namespace orlocal::host {
+namespace {
+
+using accounts::SyncReport;
+
+struct CountWord {
+  const char* json;
+  std::size_t SyncReport::*count;
+  const char* words;
+};
+constexpr CountWord kCounts[] = {
+    {"received", &SyncReport::received, "received"},
+    {"removedHere", &SyncReport::removedHere, "removed here"},
+    {"sent", &SyncReport::sent, "sent"},
+    {"removedThere", &SyncReport::removedThere, "removed there"},
+    {"conflicts", &SyncReport::conflicts, "in conflict"},
+};
+
+}  // namespace
+
+Result<SyncReport> syncVisibly(store::CalendarStore& store, accounts::Account& account, CommandContext& context) {
+  ORLOCAL_TRY(const auto secrets, userSecrets());
+  ProgressLine progress(context.streams.err, context.streams.errIsTerminal, "Syncing " + printable(account.name));
+  accounts::SyncOptions options;
+  options.stop = &Interruption::flag();
+  options.progress = [&progress](const std::string& text) { progress.tell(printable(text)); };
+  return syncNow(store, account, secrets, SystemClock(), options);
+}
+
+bool didSomething(const SyncReport& report) {
+  for (const CountWord& row : kCounts) {
+    if (report.*row.count > 0) { return true; }
+  }
+  return report.calendars > 0 || !report.troubles.empty();
+}
+
+std::string summaryOf(const SyncReport& report) {
+  std::vector<std::string> parts;
+  for (const CountWord& row : kCounts) {
+    if (report.*row.count > 0) { parts.push_back(fmt::format("{} {}", report.*row.count, row.words)); }
+  }
+  if (report.calendars > 0) { parts.push_back(counted(report.calendars, "calendar") + " made, changed or removed"); }
+  return parts.empty() ? "nothing new" : fmt::format("{}", fmt::join(parts, ", "));
+}
+
+std::string failureText(const accounts::ServerFailure& failure) {
+  const auto remedy = accounts::remedyFor(failure.trouble);
+  return remedy.empty() ? failure.message : fmt::format("{} {}", failure.message, remedy);
+}
+
+nlohmann::json syncJson(const accounts::Account& account, const char* state, const SyncReport& report) {
+  nlohmann::json json = {{"account", account.name}, {"state", state}, {"failure", nullptr}, {"remedy", nullptr}};
+  json["calendars"] = report.calendars;
+  for (const CountWord& row : kCounts) { json[row.json] = report.*row.count; }
+  json["troubles"] = nlohmann::json::array();
+  for (const accounts::SyncTrouble& trouble : report.troubles) {
+    json["troubles"].push_back({{"calendar", trouble.calendar}, {"item", trouble.item}, {"message", trouble.message}});
+  }
+  if (report.failure) {
+    json["failure"] = report.failure->message;
+    const auto remedy = accounts::remedyFor(report.failure->trouble);
+    if (!remedy.empty()) { json["remedy"] = remedy; }
+  }
+  return json;
+}
+
+void tellTroubles(const accounts::Account& account, const SyncReport& report, CommandContext& context) {
+  for (const accounts::SyncTrouble& trouble : report.troubles) {
+    std::string place = account.name;
+    for (const std::string& part : {trouble.calendar, trouble.item}) {
+      if (!part.empty() && part != account.name) { place += ", " + part; }
+    }
+    tellTrouble(context.streams.err, printable(trouble.message), printable(place));
+  }
+}
+
+}  // namespace orlocal::host
