@@ -7,7 +7,7 @@ file(RELATIVE_PATH from_program ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FUL
 
 # The program finds the rest from where it stands itself, so that what was installed may be moved as a whole.
 set_target_properties(orlocal PROPERTIES INSTALL_RPATH "$ORIGIN/${from_program}")
-target_compile_definitions(orlocal_host PRIVATE ORLOCAL_OWN_FOLDER="${from_program}")
+target_compile_definitions(orlocal_scripting_commands PRIVATE ORLOCAL_OWN_FOLDER="${from_program}")
 
 install(TARGETS orlocal RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS Orlocal orlocal_fmwrapper LIBRARY DESTINATION ${own_folder})

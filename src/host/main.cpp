@@ -5,7 +5,8 @@
 
 #include <unistd.h>
 
-#include "host/commands/command.h"
+#include "host/commands/all_commands.h"
+#include "host/commands/command_line/command.h"
 
 namespace {
 

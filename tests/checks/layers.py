@@ -17,6 +17,9 @@ STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalend
 # What the store's face speaks in.
 SHOWN = {"base", "store", "store/time", "store/model"}
 
+# What the rooms of commands stand on.
+COMMANDS = {"host/commands/command_line", "host/commands/words"}
+
 KNOWS = {
     **{room: set(STORE[:floor]) for floor, room in enumerate(STORE)},
     "platform": set(),
@@ -39,9 +42,19 @@ KNOWS = {
     "host/plugin": {"base", "host/fmwrapper", "platform/host"},
     "host/calc": {"base", "host/fmwrapper"},
     "host/console": {"base", "host/calc", "host/fmwrapper", "host/plugin"},
-    "host/commands": {"accounts", "accounts/discovery", "accounts/sync", "accounts/transport", "host", "host/calc",
-                      "host/console", "host/fmwrapper", "host/plugin", *SHOWN, "store/file", "store/icalendar"},
-    "host": {"base", "host/calc", "host/commands", "host/console", "host/fmwrapper", "host/plugin"},
+    "host/commands/command_line": {"base", "host/calc", "host/fmwrapper", *SHOWN, "store/file"},
+    "host/commands/words": {"base", "store/time"},
+    "host/commands/scripting": {"base", "host/calc", "host/commands/command_line", "host/console", "host/fmwrapper",
+                                "host/plugin"},
+    "host/commands/views": {*COMMANDS, *SHOWN},
+    "host/commands/transfer": {*COMMANDS, *SHOWN, "store/file", "store/icalendar"},
+    "host/commands/watching": {*COMMANDS, *SHOWN, "host/commands/scripting", "host/fmwrapper", "host/plugin"},
+    "host/commands/accounts": {*COMMANDS, *SHOWN, "accounts", "accounts/discovery", "accounts/sync",
+                               "accounts/transport", "store/icalendar"},
+    "host/commands": {f"host/commands/{room}" for room in ("accounts", "command_line", "scripting", "transfer", "views",
+                                                           "watching")},
+    "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
+             "host/plugin"},
 }
 
 # Layers that know the C++ standard library and our own headers, and nothing else of the outside.

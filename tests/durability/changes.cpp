@@ -1,7 +1,7 @@
 #include "durability/changes.h"
 
 #include "base/try.h"
-#include "host/commands/output_file.h"
+#include "host/commands/command_line/output_file.h"
 #include "store/backup.h"
 #include "store/contacts.h"
 #include "store/edits/edited_items.h"

@@ -1,5 +1,11 @@
 #include "host/commands/all_commands.h"
 
+#include "host/commands/accounts/account_commands.h"
+#include "host/commands/scripting/scripting_commands.h"
+#include "host/commands/transfer/transfer_commands.h"
+#include "host/commands/views/view_commands.h"
+#include "host/commands/watching/watching_commands.h"
+
 namespace orlocal::host {
 
 void registerAllCommands(CommandLine& line) {
@@ -7,7 +13,7 @@ void registerAllCommands(CommandLine& line) {
   registerCalcCommands(line);
   registerTestCommand(line);
   registerListingCommands(line);
-  registerCalendarsCommand(line);
+  CLI::App& calendars = registerCalendarsCommand(line);
   registerAgendaCommand(line);
   registerImportCommands(line);
   registerExportCommand(line);
@@ -17,6 +23,7 @@ void registerAllCommands(CommandLine& line) {
   registerSyncCommand(line);
   registerSubscribeCommands(line);
   registerConflictCommands(line);
+  registerCalendarChanges(line, calendars);
 }
 
 }  // namespace orlocal::host

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/commands/command.h"
+#include "host/commands/all_commands.h"
 
 namespace orlocal::host {
 

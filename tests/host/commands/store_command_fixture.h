@@ -34,15 +34,7 @@ class StoreCommand : public testing::Test {
     std::istringstream in(input);
     std::ostringstream outText, errText;
     CommandLine line(Streams{in, outText, errText, canBeAsked, onTerminal, onTerminal});
-    registerAccountCommands(line);
-    registerAgendaCommand(line);
-    registerBackupCommands(line);
-    registerCalendarsCommand(line);
-    registerConflictCommands(line);
-    registerExportCommand(line);
-    registerImportCommands(line);
-    registerSubscribeCommands(line);
-    registerSyncCommand(line);
+    registerAllCommands(line);
     const ExitStatus status = line.run("orlocal", words);
     out = outText.str();
     err = errText.str();

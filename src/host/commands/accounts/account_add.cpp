@@ -14,12 +14,12 @@
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/password_question.h"
-#include "host/commands/interruption.h"
-#include "host/commands/json_text.h"
-#include "host/commands/progress_line.h"
-#include "host/commands/store_session.h"
-#include "host/commands/terminal_text.h"
-#include "host/commands/trouble.h"
+#include "host/commands/command_line/interruption.h"
+#include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/progress_line.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/trouble.h"
 
 namespace orlocal::host {
 namespace {

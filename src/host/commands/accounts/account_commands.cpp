@@ -1,3 +1,5 @@
+#include "host/commands/accounts/account_commands.h"
+
 #include <memory>
 #include <ostream>
 #include <string>
@@ -11,10 +13,9 @@
 #include "host/commands/accounts/account_views.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/sync_run.h"
-#include "host/commands/all_commands.h"
-#include "host/commands/interruption.h"
-#include "host/commands/store_session.h"
-#include "host/commands/terminal_text.h"
+#include "host/commands/command_line/interruption.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
 #include "store/location.h"
 #include "store/remote_reader.h"
 

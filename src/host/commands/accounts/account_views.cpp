@@ -9,10 +9,10 @@
 #include "accounts/sync/local_changes.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
-#include "host/commands/day_words.h"
-#include "host/commands/json_text.h"
-#include "host/commands/store_session.h"
-#include "host/commands/terminal_text.h"
+#include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/words/day_words.h"
 #include "store/remote_reader.h"
 
 namespace orlocal::host {

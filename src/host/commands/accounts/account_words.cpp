@@ -7,8 +7,8 @@
 
 #include "accounts/transport/url.h"
 #include "base/try.h"
-#include "host/commands/day_words.h"
-#include "host/commands/terminal_text.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/words/day_words.h"
 #include "store/time/clock.h"
 #include "store/time/zone.h"
 

@@ -8,7 +8,7 @@
 #include "accounts/sync/clock.h"
 #include "accounts/transport/secret.h"
 #include "base/result.h"
-#include "host/commands/command.h"
+#include "host/commands/command_line/command.h"
 
 namespace orlocal::host {
 

@@ -10,10 +10,10 @@
 
 #include "accounts/account_book.h"
 #include "base/try.h"
+#include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
-#include "host/commands/all_commands.h"
-#include "host/commands/store_session.h"
-#include "host/commands/terminal_text.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
 #include "store/icalendar/calendar_color.h"
 
 namespace orlocal::host {

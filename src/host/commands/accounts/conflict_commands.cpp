@@ -12,11 +12,11 @@
 #include "accounts/sync/conflict_choice.h"
 #include "accounts/sync/conflict_view.h"
 #include "base/try.h"
+#include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
-#include "host/commands/all_commands.h"
-#include "host/commands/json_text.h"
-#include "host/commands/store_session.h"
-#include "host/commands/terminal_text.h"
+#include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
 #include "store/remote_reader.h"
 
 namespace orlocal::host {

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "host/commands/command.h"
+#include "host/commands/command_line/command.h"
 
 namespace orlocal::host {
 

@@ -14,14 +14,14 @@
 #include "accounts/remedy.h"
 #include "accounts/subscription.h"
 #include "base/try.h"
+#include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/sync_run.h"
-#include "host/commands/all_commands.h"
-#include "host/commands/interruption.h"
-#include "host/commands/progress_line.h"
-#include "host/commands/store_session.h"
-#include "host/commands/terminal_text.h"
-#include "host/commands/trouble.h"
+#include "host/commands/command_line/interruption.h"
+#include "host/commands/command_line/progress_line.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/trouble.h"
 
 namespace orlocal::host {
 namespace {

@@ -15,10 +15,10 @@
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/sync_run.h"
-#include "host/commands/change_wait.h"
-#include "host/commands/interruption.h"
-#include "host/commands/terminal_text.h"
-#include "host/commands/trouble.h"
+#include "host/commands/command_line/change_wait.h"
+#include "host/commands/command_line/interruption.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/trouble.h"
 #include "store/time/clock.h"
 
 namespace orlocal::host {

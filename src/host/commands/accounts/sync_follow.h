@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/result.h"
-#include "host/commands/command.h"
+#include "host/commands/command_line/command.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::host {

@@ -9,11 +9,11 @@
 #include "accounts/syncing.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
-#include "host/commands/interruption.h"
-#include "host/commands/json_text.h"
-#include "host/commands/progress_line.h"
-#include "host/commands/terminal_text.h"
-#include "host/commands/trouble.h"
+#include "host/commands/command_line/interruption.h"
+#include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/progress_line.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/trouble.h"
 
 namespace orlocal::host {
 namespace {

@@ -7,7 +7,7 @@
 #include "accounts/account_book.h"
 #include "accounts/sync/sync_report.h"
 #include "base/result.h"
-#include "host/commands/command.h"
+#include "host/commands/command_line/command.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::host {

@@ -1,0 +1,58 @@
+#include "host/commands/command_line/change_wait.h"
+
+#include <cerrno>
+
+#include <poll.h>
+#include <signal.h>
+
+#include "base/system_reason.h"
+#include "host/commands/command_line/interruption.h"
+
+namespace orlocal::host {
+
+namespace {
+
+/// Holds back the signals that interrupt, so that none comes between a look at the flag and the sleep.
+class SignalsHeldBack {
+ public:
+  SignalsHeldBack() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGINT);
+    ::sigaddset(&signals, SIGTERM);
+    ::sigprocmask(SIG_BLOCK, &signals, &m_before);
+  }
+  ~SignalsHeldBack() { ::sigprocmask(SIG_SETMASK, &m_before, nullptr); }
+  SignalsHeldBack(const SignalsHeldBack&) = delete;
+  SignalsHeldBack& operator=(const SignalsHeldBack&) = delete;
+
+  const sigset_t& before() const { return m_before; }
+
+ private:
+  sigset_t m_before{};
+};
+
+}  // namespace
+
+Result<Woken> waitForChange(store::ChangeSignal& signal, std::optional<std::chrono::milliseconds> patience) {
+  timespec bound{};
+  if (patience) {
+    bound.tv_sec = patience->count() / 1000;
+    bound.tv_nsec = patience->count() % 1000 * 1'000'000;
+  }
+  const SignalsHeldBack held;
+  for (;;) {
+    if (Interruption::flag()) { return Woken::kByInterruption; }
+    pollfd change{.fd = signal.descriptor(), .events = POLLIN, .revents = 0};
+    const int ready = ::ppoll(&change, 1, patience ? &bound : nullptr, &held.before());
+    if (ready == 0) { return Woken::kByTime; }
+    if (ready > 0) {
+      signal.drain();
+      return Woken::kByChange;
+    }
+    // A signal of another kind changes nothing.
+    if (errno != EINTR) { return failure(ErrorCode::kIo, "waiting for changes: " + systemReason(errno)); }
+  }
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,117 @@
+#include "host/commands/command_line/command.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <ostream>
+#include <sstream>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "host/calc/rendering.h"
+#include "host/commands/command_line/clock_setting.h"
+#include "host/commands/command_line/trouble.h"
+
+namespace orlocal::host {
+
+struct CommandLine::State {
+  Streams streams;
+  GlobalOptions options;
+  CLI::App app{"Reads and changes calendars the way a database host does, through the plug-in.", "orlocal"};
+  std::vector<std::pair<CLI::App*, CommandBody>> commands;
+  CommandBody standard;
+
+  const CommandBody* chosen() const {
+    // With a word after a command, both were parsed; the word was added later.
+    const auto found =
+        std::find_if(commands.rbegin(), commands.rend(), [](const auto& command) { return command.first->parsed(); });
+    if (found != commands.rend()) { return &found->second; }
+    return standard ? &standard : nullptr;
+  }
+
+  /// The plug-in reads its settings from the environment, as it does in any host.
+  void putOptionsInForce() const {
+    if (options.store) { ::setenv("ORLOCAL_STORE", options.store->c_str(), 1); }
+    if (options.systemMinor) { ::setenv("ORLOCAL_SYSTEM_MINOR", options.systemMinor->c_str(), 1); }
+  }
+};
+
+CommandLine::CommandLine(Streams streams)
+    : m_state(new State{.streams = streams, .options = {}, .commands = {}, .standard = {}}) {
+  CLI::App& app = m_state->app;
+  GlobalOptions& options = m_state->options;
+  app.fallthrough();
+  app.require_subcommand(0, 1);
+  app.set_version_flag("--version", "orlocal " ORLOCAL_VERSION);
+  app.add_option("--store", options.store, "The calendar store's file")->type_name("FILE");
+  app.add_option("--system-minor", options.systemMinor,
+                 "The system's minor version that the plug-in sees (7 and below: the legacy back end)")
+      ->type_name("N");
+  app.add_option("--host-version", options.hostVersion, "The extension version to announce")
+      ->type_name("N")
+      ->check(CLI::Range(INT16_MIN, INT16_MAX))
+      ->capture_default_str();
+  app.add_option("--plugin", options.plugin, "The plug-in to load; none loads none")->type_name("FILE");
+  app.add_flag("--json", options.json, "Print lists as JSON");
+}
+
+CommandLine::~CommandLine() = default;
+
+CLI::App& CommandLine::add(const std::string& name, const std::string& description, CommandBody body) {
+  return addUnder(m_state->app, name, description, std::move(body));
+}
+
+CLI::App& CommandLine::addUnder(CLI::App& command, const std::string& name, const std::string& description,
+                                CommandBody body) {
+  CLI::App* added = command.add_subcommand(name, description);
+  added->fallthrough();
+  m_state->commands.emplace_back(added, std::move(body));
+  return *added;
+}
+
+CLI::App& CommandLine::addGroup(const std::string& name, const std::string& description) {
+  CLI::App* group = m_state->app.add_subcommand(name, description);
+  group->fallthrough();
+  group->require_subcommand(1);
+  return *group;
+}
+
+void CommandLine::setDefault(CommandBody body) { m_state->standard = std::move(body); }
+
+ExitStatus CommandLine::run(const std::string& programFile, const std::vector<std::string>& words) {
+  Streams& streams = m_state->streams;
+  try {
+    // CLI11 takes the words from the last to the first.
+    m_state->app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+  } catch (const CLI::ParseError& error) {
+    // It quotes the words that are off.
+    std::ostringstream said;
+    const int code = m_state->app.exit(error, streams.out, said);
+    streams.err << calc::harmlessLines(said.str());
+    return code == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
+  }
+  const CommandBody* body = m_state->chosen();
+  if (body == nullptr) {
+    streams.err << m_state->app.help();
+    return ExitStatus::kUsage;
+  }
+  m_state->putOptionsInForce();
+  putClockInForce(streams.err);
+  const Result<ExitStatus> status = withoutThrowing([&] {
+    CommandContext context{m_state->options, streams, programFile};
+    return (*body)(context);
+  });
+  if (!status) {
+    tellTrouble(streams.err, status.error().message);
+    return ExitStatus::kFailed;
+  }
+  streams.out.flush();
+  if (!streams.out) {
+    streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
+    return ExitStatus::kFailed;
+  }
+  return *status;
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,127 @@
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "base/try.h"
+#include "base/whole_input.h"
+#include "host/calc/calc_failure.h"
+#include "host/calc/rendering.h"
+#include "host/commands/command_line/trouble.h"
+#include "host/commands/scripting/calc_file.h"
+#include "host/commands/scripting/plugin_host.h"
+#include "host/commands/scripting/scripting_commands.h"
+#include "host/fmwrapper/unicode.h"
+
+namespace orlocal::host {
+
+namespace {
+
+/// Texts for JSON: what is no UTF-8 becomes U+FFFD instead of an exception.
+std::string wellFormed(std::string_view text) { return toUtf8(toUtf16(text)); }
+
+/// Evaluates calculations one after the other and prints each result.
+class Printer {
+ public:
+  Printer(CommandContext& context, std::string file) : m_context(context), m_file(std::move(file)) {}
+
+  /// All are read before the first is done, so that a slip in the last one does not leave half of the work behind.
+  ExitStatus print(Workbench& workbench, const std::vector<Calculation>& calculations) {
+    bool readable = true;
+    for (const Calculation& calculation : calculations) {
+      if (const Status read = workbench.session().check(calculation.text); !read) {
+        tell(calculation, read.error());
+        readable = false;
+      }
+    }
+    if (!readable) { return ExitStatus::kFailed; }
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    bool failed = false;
+    for (const Calculation& calculation : calculations) {
+      const auto outcome = workbench.evaluate(calculation.text);
+      if (!outcome) {
+        // What it calls was unregistered by a calculation before it.
+        tell(calculation, outcome.error());
+        return ExitStatus::kFailed;
+      }
+      failed = failed || !outcome->failures.empty();
+      report(calculation, *outcome);
+      if (m_context.options.json) {
+        list.push_back({{"calculation", wellFormed(calculation.text)},
+                        {"line", calculation.line},
+                        {"result", outcome->value.utf8()},
+                        {"type", calc::typeName(outcome->value)},
+                        {"failures", outcome->failures}});
+      } else {
+        show(outcome->value);
+      }
+    }
+    if (m_context.options.json) { m_context.streams.out << list.dump(2) << '\n'; }
+    return failed ? ExitStatus::kFailed : ExitStatus::kDone;
+  }
+
+ private:
+  /// Says what keeps a calculation from being read.
+  void tell(const Calculation& calculation, const Failure& why) {
+    m_context.streams.err << calc::harmlessLines(calc::describe(calculation.text, why, {m_file, calculation.line}))
+                          << '\n';
+  }
+
+  void show(const Value& value) {
+    for (const std::string& line : calc::linesOf(value)) {
+      m_context.streams.out << (m_context.streams.outIsTerminal ? calc::harmless(line) : line) << '\n';
+    }
+    m_context.streams.out.flush();
+  }
+
+  void report(const Calculation& calculation, const calc::Outcome& outcome) {
+    for (const std::string& failure : outcome.failures) {
+      const std::string place = m_file.empty() ? "orlocal" : fmt::format("{}:{}", m_file, calculation.line);
+      tellTrouble(m_context.streams.err, failure, place);
+    }
+  }
+
+  CommandContext& m_context;
+  std::string m_file;
+};
+
+Result<ExitStatus> printAll(CommandContext& context, const std::string& file,
+                            const std::vector<Calculation>& calculations) {
+  ORLOCAL_TRY(const auto workbench, Workbench::open(context, Workbench::Need::kIfThere));
+  return Printer(context, file).print(*workbench, calculations);
+}
+
+Result<ExitStatus> evaluateWords(CommandContext& context, const std::vector<std::string>& words) {
+  std::vector<Calculation> calculations;
+  for (const std::string& word : words) { calculations.push_back({word, 1}); }
+  return printAll(context, "", calculations);
+}
+
+Result<ExitStatus> runFile(CommandContext& context, const std::string& file) {
+  const bool standard = file == "-";
+  const std::string name = standard ? "standard input" : file;
+  ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(file));
+  return printAll(context, name, readCalculations(text));
+}
+
+}  // namespace
+
+void registerCalcCommands(CommandLine& line) {
+  const auto words = std::make_shared<std::vector<std::string>>();
+  CLI::App& eval = line.add("eval", "Evaluates calculations and prints each result.",
+                            [words](CommandContext& context) { return evaluateWords(context, *words); });
+  eval.add_option("calculation", *words, "A calculation, such as 'Orlo_GetItemCountForType( \"event\" )'")->required();
+
+  const auto file = std::make_shared<std::string>();
+  CLI::App& run = line.add("run", "Runs a file of calculations and prints each result.",
+                           [file](CommandContext& context) { return runFile(context, *file); });
+  run.add_option("file", *file,
+                 "A calculation a line, going on while a bracket is open; # begins a comment; - reads the input")
+      ->required();
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/result.h"
+#include "host/calc/function_library.h"
+#include "host/calc/session.h"
+#include "host/commands/command_line/command.h"
+#include "host/plugin/plugin.h"
+
+namespace orlocal::host {
+
+/// What `--plugin` takes to load nothing: the language's own functions are all there is then.
+inline constexpr std::string_view kNoPlugin = "none";
+
+/// Where a plug-in is looked for when none is named: beside the program, where it was installed with the program, then
+/// where a server keeps it.
+std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile);
+
+/// The plug-in to load: the one that `--plugin` names, else the first that there is. A failure says where it was
+/// sought.
+Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile);
+
+/// The functions that loaded plug-ins have registered.
+class PluginFunctions : public calc::FunctionLibrary {
+ public:
+  std::vector<calc::Signature> signatures() const override;
+  Result<Value> call(std::string_view name, std::span<const Value> arguments) override;
+};
+
+/// The plug-in, loaded and started, and a session that calls it: what a host is to a script. One in a process at a
+/// time.
+///
+/// Destruction sends the shutdown message.
+class Workbench {
+ public:
+  enum class Need {
+    kPlugin,   ///< without a plug-in there is nothing to do
+    kIfThere,  ///< goes on without one, when none was named
+  };
+
+  /// A failure says what was missing. A plug-in that is not there and not needed is a line on the error stream.
+  static Result<std::unique_ptr<Workbench>> open(CommandContext& context, Need need);
+  ~Workbench();
+  Workbench(const Workbench&) = delete;
+  Workbench& operator=(const Workbench&) = delete;
+
+  /// Evaluates, then gives the plug-in its idle message.
+  Result<calc::Outcome> evaluate(std::string_view calculation);
+
+  calc::Session& session() { return m_session; }
+  const calc::FunctionLibrary& library() const { return m_functions; }
+
+  /// Null when no plug-in is loaded.
+  Plugin* plugin() { return m_plugin.get(); }
+
+ private:
+  explicit Workbench(std::unique_ptr<Plugin> plugin);
+
+  PluginFunctions m_functions;
+  calc::Session m_session{m_functions};
+  std::unique_ptr<Plugin> m_plugin;
+};
+
+}  // namespace orlocal::host

@@ -1,0 +1,152 @@
+#include "host/commands/views/agenda.h"
+
+#include <algorithm>
+#include <span>
+
+#include <fmt/format.h>
+
+#include "base/try.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/words/day_words.h"
+
+namespace orlocal::host {
+namespace {
+
+using store::LocalDay;
+using store::LocalTime;
+using store::Moment;
+
+constexpr std::size_t kBatch = 256;
+
+/// Calls `take(index, item)` for each of `ids` that is still there, reading rows in batches.
+template <class Take>
+Status readRows(store::CalendarStore& store, const std::vector<store::ItemId>& ids, Take take) {
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    if (i % kBatch == 0) { store.prefetch(std::span(ids).subspan(i, std::min(kBatch, ids.size() - i))); }
+    ORLOCAL_TRY(auto item, store.item(ids[i]));
+    if (item) { take(i, std::move(item)); }
+  }
+  return {};
+}
+
+const store::Calendar* calendarOf(const std::vector<store::Calendar>& calendars, store::CalendarId id) {
+  const auto found = std::find_if(calendars.begin(), calendars.end(), [id](const auto& each) { return each.id == id; });
+  return found != calendars.end() ? &*found : nullptr;
+}
+
+std::vector<store::CalendarId> idsOf(const std::vector<store::Calendar>& calendars, store::CalendarKind kind) {
+  std::vector<store::CalendarId> ids;
+  for (const auto& calendar : calendars) {
+    if (calendar.holds(kind)) { ids.push_back(calendar.id); }
+  }
+  return ids;
+}
+
+AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar) {
+  AgendaLine line;
+  line.title = printable(item.title.value_or("(no title)"));
+  line.calendar = printable(calendar.title);
+  line.place = printable(item.location.value_or(""));
+  line.color = calendar.color;
+  return line;
+}
+
+/// A line with what it is ordered by.
+struct Placed {
+  bool wholeDay;
+  Moment at;
+  AgendaLine line;
+};
+
+/// The part of an event that lies on `day`, none when it does not touch the day.
+std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const store::Zone& viewer) {
+  const Moment begin = viewer.toMoment(LocalTime(day));
+  const Moment end = viewer.toMoment(LocalTime(day + 1));
+  const auto& when = event.when;
+  const bool instant = when.end <= when.start;
+  if (when.start >= end || (instant ? when.start < begin : when.end <= begin)) { return std::nullopt; }
+
+  AgendaLine line = lineFor(*event.item, event.calendar);
+  if (event.item->allDay()) {
+    const LocalDay firstDay(viewer.toLocal(when.start));
+    const LocalDay lastDay(viewer.toLocal(std::max(when.start, when.end - std::chrono::microseconds(1))));
+    line.time = "all day";
+    if (lastDay > firstDay) {
+      line.title += fmt::format(" (day {} of {})", day - firstDay + 1, lastDay - firstDay + 1);
+    }
+    return Placed{true, when.start, std::move(line)};
+  }
+  const bool beginsHere = when.start >= begin;
+  const bool endsHere = when.end <= end;
+  if (!beginsHere && when.end >= end) {
+    line.time = "all day";
+    return Placed{true, when.start, std::move(line)};
+  }
+  const std::string from = beginsHere ? clockTime(viewer.toLocal(when.start)) : "…";
+  const std::string to = !endsHere ? "…" : when.end == end ? "24:00" : clockTime(viewer.toLocal(when.end));
+  line.time = instant ? from : from + "–" + to;
+  return Placed{false, std::max(when.start, begin), std::move(line)};
+}
+
+}  // namespace
+
+Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
+                          const std::vector<std::string>& titles) {
+  Agenda agenda{first, last, viewer, {}, {}};
+  ORLOCAL_TRY(auto all, allCalendars(store));
+  ORLOCAL_TRY(const auto calendars, calendarsTitled(std::move(all), titles));
+  const Moment from = viewer.toMoment(LocalTime(first));
+  const Moment to = viewer.toMoment(LocalTime(last + 1));
+
+  if (auto wanted = idsOf(calendars, store::CalendarKind::kEvents); !wanted.empty()) {
+    ORLOCAL_TRY(const auto found, store.occurrences({from, to, std::move(wanted)}));
+    std::vector<store::ItemId> ids;
+    for (const auto& occurrence : found) { ids.push_back(occurrence.item); }
+    ORLOCAL_CHECK(readRows(store, ids, [&](std::size_t i, std::shared_ptr<const store::Item> item) {
+      if (const auto* calendar = calendarOf(calendars, item->calendar)) {
+        agenda.events.push_back({found[i], std::move(item), *calendar});
+      }
+    }));
+  }
+  if (auto wanted = idsOf(calendars, store::CalendarKind::kReminders); !wanted.empty()) {
+    ORLOCAL_TRY(const auto found, store.reminders({store::ReminderQuery::Status::kOpen, from, to, std::move(wanted)}));
+    ORLOCAL_CHECK(readRows(store, found, [&](std::size_t, std::shared_ptr<const store::Item> item) {
+      const auto* calendar = calendarOf(calendars, item->calendar);
+      if (calendar == nullptr || !item->due) { return; }
+      const Moment due = store::momentOf(*item->due, viewer);
+      agenda.reminders.push_back({due, std::move(item), *calendar});
+    }));
+  }
+  return agenda;
+}
+
+std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
+  const store::Zone& viewer = agenda.viewer;
+  std::map<LocalDay, std::vector<Placed>> found;
+  for (const Agenda::Event& event : agenda.events) {
+    const LocalDay begins(viewer.toLocal(event.when.start));
+    const LocalDay ends(viewer.toLocal(std::max(event.when.start, event.when.end)));
+    for (LocalDay day = std::max(begins, agenda.first); day <= std::min(ends, agenda.last); ++day) {
+      if (auto line = placed(event, day, viewer)) { found[day].push_back(*std::move(line)); }
+    }
+  }
+  for (const Agenda::Reminder& reminder : agenda.reminders) {
+    const LocalTime due = viewer.toLocal(reminder.due);
+    const bool wholeDay = reminder.item->due->kind == store::CalendarTime::Kind::kDate;
+    AgendaLine line = lineFor(*reminder.item, reminder.calendar);
+    line.title = "☐ " + line.title;
+    line.time = wholeDay ? "due" : "due " + clockTime(due);
+    found[LocalDay(due)].push_back({wholeDay, reminder.due, std::move(line)});
+  }
+  std::map<LocalDay, std::vector<AgendaLine>> lines;
+  for (auto& [day, ofDay] : found) {
+    std::stable_sort(ofDay.begin(), ofDay.end(), [](const Placed& a, const Placed& b) {
+      return a.wholeDay != b.wholeDay ? a.wholeDay : a.at < b.at;
+    });
+    for (Placed& each : ofDay) { lines[day].push_back(std::move(each.line)); }
+  }
+  return lines;
+}
+
+}  // namespace orlocal::host

@@ -1,0 +1,135 @@
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "base/try.h"
+#include "host/commands/command_line/command.h"
+#include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/views/view_commands.h"
+
+namespace orlocal::host {
+namespace {
+
+struct TypeName {
+  store::Source::Type type;
+  const char* name;
+};
+constexpr TypeName kTypeNames[] = {{store::Source::Type::kLocal, "local"},
+                                   {store::Source::Type::kCalDav, "CalDAV"},
+                                   {store::Source::Type::kExchange, "Exchange"},
+                                   {store::Source::Type::kSubscription, "subscription"},
+                                   {store::Source::Type::kBirthday, "birthdays"}};
+
+const char* nameOf(store::Source::Type type) {
+  const auto* found = std::find_if(std::begin(kTypeNames), std::end(kTypeNames),
+                                   [type](const TypeName& row) { return row.type == type; });
+  return found != std::end(kTypeNames) ? found->name : "?";
+}
+
+std::string colorText(const std::optional<store::Rgb>& color) {
+  if (!color) { return ""; }
+  const auto [red, green, blue] = color->bytes();
+  return fmt::format("#{:02X}{:02X}{:02X}", red, green, blue);
+}
+
+/// A calendar with what the store says of it beside its own fields.
+struct Listed {
+  store::Calendar calendar;
+  bool isDefault;
+};
+
+Result<std::vector<Listed>> listed(store::CalendarStore& store) {
+  std::vector<Listed> all;
+  for (const auto kind : {store::CalendarKind::kEvents, store::CalendarKind::kReminders}) {
+    ORLOCAL_TRY(const auto standard, store.defaultCalendar(kind));
+    ORLOCAL_TRY(auto calendars, store.calendars(kind));
+    for (auto& calendar : calendars) {
+      const bool isDefault = standard && standard->id == calendar.id;
+      if (calendar.kind == store::CalendarKind::kBoth && kind == store::CalendarKind::kReminders) {
+        const auto known =
+            std::find_if(all.begin(), all.end(), [&](const Listed& row) { return row.calendar.id == calendar.id; });
+        known->isDefault = known->isDefault || isDefault;
+        continue;
+      }
+      all.push_back({std::move(calendar), isDefault});
+    }
+  }
+  return all;
+}
+
+std::string notesOn(const Listed& row) {
+  std::vector<std::string> notes;
+  if (row.isDefault) { notes.emplace_back("default"); }
+  if (row.calendar.subscribed) { notes.emplace_back("subscribed"); }
+  if (row.calendar.readOnly) { notes.emplace_back("read-only"); }
+  return fmt::format("{}", fmt::join(notes, ", "));
+}
+
+const char* kindOf(const Listed& row) {
+  constexpr const char* kNames[] = {"events", "reminders", "both"};
+  return kNames[static_cast<std::size_t>(row.calendar.kind)];
+}
+
+void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& out) {
+  std::vector<std::vector<std::string>> cells{{"TITLE", "HOLDS", "FROM", "COLOUR", ""}};
+  for (const Listed& row : rows) {
+    cells.push_back({printable(row.calendar.title), kindOf(row), nameOf(row.calendar.type),
+                     colorText(row.calendar.color), notesOn(row)});
+  }
+  std::vector<std::size_t> widths(cells.front().size());
+  for (const auto& row : cells) {
+    for (std::size_t i = 0; i < row.size(); ++i) { widths[i] = std::max(widths[i], displayWidth(row[i])); }
+  }
+  for (std::size_t r = 0; r < cells.size(); ++r) {
+    std::string text;
+    for (std::size_t i = 0; i < cells[r].size(); ++i) { text += padded(cells[r][i], widths[i]) + "  "; }
+    text.erase(text.find_last_not_of(' ') + 1);
+    if (r == 0) {
+      out << (ink.on() ? "  " : "") << ink.dim(text) << '\n';
+    } else {
+      out << (ink.on() ? ink.colored(rows[r - 1].calendar.color, "● ") : "") << text << '\n';
+    }
+  }
+}
+
+nlohmann::json asJson(const std::vector<Listed>& rows) {
+  nlohmann::json json = nlohmann::json::array();
+  for (const Listed& row : rows) {
+    const auto color = colorText(row.calendar.color);
+    json.push_back({{"title", row.calendar.title},
+                    {"identifier", row.calendar.identifier},
+                    {"holds", kindOf(row)},
+                    {"from", nameOf(row.calendar.type)},
+                    {"colour", color.empty() ? nlohmann::json(nullptr) : nlohmann::json(color)},
+                    {"default", row.isDefault},
+                    {"readOnly", row.calendar.readOnly},
+                    {"subscribed", row.calendar.subscribed}});
+  }
+  return json;
+}
+
+Result<ExitStatus> runCalendars(CommandContext& context) {
+  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto rows, listed(*store));
+  if (context.options.json) {
+    printJson(asJson(rows), context.streams.out);
+  } else {
+    printTable(rows, Ink(context.streams.outIsTerminal), context.streams.out);
+  }
+  return ExitStatus::kDone;
+}
+
+}  // namespace
+
+CLI::App& registerCalendarsCommand(CommandLine& line) {
+  return line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+}
+
+}  // namespace orlocal::host

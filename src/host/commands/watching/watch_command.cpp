@@ -1,0 +1,157 @@
+#include <algorithm>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "base/try.h"
+#include "host/commands/command_line/change_wait.h"
+#include "host/commands/command_line/child_process.h"
+#include "host/commands/command_line/command.h"
+#include "host/commands/command_line/interruption.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/trouble.h"
+#include "host/commands/scripting/plugin_host.h"
+#include "host/commands/watching/store_news.h"
+#include "host/commands/watching/watching_commands.h"
+#include "host/fmwrapper/unicode.h"
+#include "host/plugin/update_script.h"
+
+namespace orlocal::host {
+namespace {
+
+struct WatchWords {
+  std::string file, script;
+  std::vector<std::string> command;
+};
+
+/// The word of a command that stands for the script's parameter.
+constexpr std::string_view kParameter = "{}";
+
+/// Says when changes can only be noticed by looking for them: once, and once more after it was better meanwhile.
+class SlowNotice {
+ public:
+  void tell(const store::ChangeSignal& signal, std::ostream& err) {
+    const auto& trouble = signal.trouble();
+    if (trouble && !m_told) { tellTrouble(err, trouble->message); }
+    m_told = trouble.has_value();
+  }
+
+ private:
+  bool m_told = false;
+};
+
+/// Prints what others do to the store, until interrupted.
+Result<ExitStatus> watchStore(CommandContext& context) {
+  const Interruption interruption;
+  ORLOCAL_TRY(const auto store, openUserStore());
+  const store::Zone viewer = store::Zone::ofUser();
+  // First the ear, then the place in the log: what is committed in between is heard.
+  ORLOCAL_TRY(const auto signal, store->listen());
+  ORLOCAL_TRY(StoreNews news, StoreNews::fromNowOn(*store));
+  std::ostream& out = context.streams.out;
+  context.streams.err << "orlocal: watching the calendars; Ctrl-C ends it\n" << std::flush;
+  SlowNotice slow;
+  for (auto woken = Woken::kByChange; woken != Woken::kByInterruption;) {
+    slow.tell(*signal, context.streams.err);
+    ORLOCAL_CHECK(news.tell([&](const News& each) {
+      out << (context.options.json ? jsonLineOf(each, viewer) : lineOf(each, viewer)) << std::endl;
+    }));
+    ORLOCAL_TRY(woken, waitForChange(*signal));
+  }
+  return ExitStatus::kDone;
+}
+
+/// A host with one script: what the plug-in starts is run.
+class ScriptWatch {
+ public:
+  ScriptWatch(const WatchWords& words, CommandContext& context) : m_words(words), m_context(context) {}
+  ~ScriptWatch() { Registry::instance().setScriptHook(nullptr); }
+  ScriptWatch(const ScriptWatch&) = delete;
+  ScriptWatch& operator=(const ScriptWatch&) = delete;
+
+  Result<ExitStatus> run() {
+    const Interruption interruption;
+    ORLOCAL_TRY(const auto store, openUserStore());
+    ORLOCAL_TRY(const auto signal, store->listen());
+    ORLOCAL_TRY(const auto workbench, Workbench::open(m_context, Workbench::Need::kPlugin));
+    Plugin& plugin = *workbench->plugin();
+    Registry::instance().setScriptHook([this](const ScriptStart& start) { return runScript(start); });
+    ORLOCAL_CHECK(registerUpdateScript(plugin, m_words.file, m_words.script));
+    m_context.streams.err << "orlocal: watching the calendars for " << printable(m_words.script) << "; Ctrl-C ends it\n"
+                          << std::flush;
+    return serve(plugin, *signal);
+  }
+
+ private:
+  Result<ExitStatus> serve(Plugin& plugin, store::ChangeSignal& signal) {
+    SlowNotice slow;
+    // The bell rings after the commit, and the plug-in looks for commits whenever it gets idle time.
+    for (auto woken = Woken::kByChange; woken != Woken::kByInterruption;) {
+      slow.tell(signal, m_context.streams.err);
+      if (const auto idle = plugin.idle(); !idle) { tellTrouble(m_context.streams.err, idle.error().message); }
+      ORLOCAL_TRY(woken, waitForChange(signal));
+    }
+    return ExitStatus::kDone;
+  }
+
+  fmx::ErrorCode runScript(const ScriptStart& start) {
+    if (Interruption::flag()) { return Registry::kRefused; }
+    const std::string parameter = start.parameter ? start.parameter->utf8() : std::string();
+    if (m_words.command.empty()) {
+      print(start, parameter);
+      return 0;
+    }
+    std::vector<std::string> words = m_words.command;
+    std::replace(words.begin(), words.end(), std::string(kParameter), parameter);
+    const Result<ChildResult> result = runVisibly(words);
+    if (result && result->succeeded()) { return 0; }
+    tellTrouble(m_context.streams.err, fmt::format("{} {} ({})", words.front(), endingOf(result), parameter));
+    return Registry::kRefused;
+  }
+
+  void print(const ScriptStart& start, const std::string& parameter) {
+    const std::string file = toUtf8(start.file);
+    const std::string script = toUtf8(start.script);
+    if (m_context.options.json) {
+      const nlohmann::json line = {{"file", file}, {"script", script}, {"parameter", parameter}};
+      m_context.streams.out << line.dump() << std::endl;
+    } else {
+      m_context.streams.out << fmt::format("{} / {}: {}", printable(file), printable(script), printable(parameter))
+                            << std::endl;
+    }
+  }
+
+  const WatchWords& m_words;
+  CommandContext& m_context;
+};
+
+}  // namespace
+
+void registerWatchCommand(CommandLine& line) {
+  const auto words = std::make_shared<WatchWords>();
+  CLI::App& watch =
+      line.add("watch",
+               "Shows what other programs change in the calendars, as it happens; with a script, does what a host\n"
+               "does for a solution that has registered it.",
+               [words](CommandContext& context) {
+                 return words->script.empty() ? watchStore(context) : ScriptWatch(*words, context).run();
+               });
+  CLI::Option* file = watch.add_option("--file", words->file, "The file that holds the script, as the plug-in is told");
+  CLI::Option* script = watch.add_option("--script", words->script, "The script to start for each change");
+  file->type_name("FILE")->needs(script);
+  script->type_name("SCRIPT")->needs(file);
+  watch
+      .add_option("command", words->command,
+                  "After --: a command to run for each start. A word {} stands for the script's parameter, \"New …\",\n"
+                  "\"Updated …\" or \"Deleted …\" with an event's identifier; no shell reads it")
+      ->type_name("COMMAND")
+      ->needs(script);
+}
+
+}  // namespace orlocal::host
