@@ -58,7 +58,7 @@ function(orlocal_test name)
   set_target_properties(${name} PROPERTIES UNITY_BUILD_BATCH_SIZE 12)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
-                                          "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z")
+                                          "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z;ORLOCAL_SETTINGS=")
 endfunction()
 
 # orlocal_about_threads(NAME): the test is labelled so, and built by the target `threads_tests`: what the thread sanitizer

@@ -10,11 +10,13 @@
 #include "platform/eventkit.h"
 #include "platform/exception.h"
 #include "platform/platform.h"
+#include "platform/plugin_settings.h"
 #include "platform/zone.h"
 
 namespace orlocal {
 namespace {
 
+constexpr int kSecondsPerMinute = 60;
 constexpr int kSecondsPerHour = 3600;
 constexpr char kHostLineEnd = '\r';
 constexpr std::size_t kDaysExpected = 8;
@@ -25,8 +27,9 @@ std::optional<Date> dateAtOffset(const HostDateTimeParts& parts, int offset) {
   const char sign = offset > 0 ? '+' : '-';
   const int hours = std::abs(offset / kSecondsPerHour);
   // What is left after whole hours stands where minutes belong, in seconds. Such a text does not parse, and solutions
-  // in those zones have come to rely on dates that do not arrive.
-  const int rest = std::abs(offset - offset / kSecondsPerHour * kSecondsPerHour);
+  // in those zones have come to rely on dates that do not arrive; they come in only where that was asked for.
+  const int seconds = std::abs(offset - offset / kSecondsPerHour * kSecondsPerHour);
+  const int rest = platform().settings().datesInPartHourZones ? seconds / kSecondsPerMinute : seconds;
   std::string text = std::to_string(parts.year);
   // By hand: a date is set with every event that is saved, and a formatter would be most of the work.
   const auto put = [&text](char before, int number) {

@@ -5,6 +5,7 @@
 
 #include "backend/eventkit/ical_ek_functions.h"
 #include "backend/legacy/ical_functions.h"
+#include "bridge/configured_script.h"
 #include "bridge/plugin_error.h"
 #include "bridge/registration.h"
 #include "bridge/state.h"
@@ -34,6 +35,7 @@ void startUp(fmx::ExternCall& call) {
   }
   registerFunctions();
   Do_PluginInit();
+  registerConfiguredScript();
   g_started = true;
   call.result = kOurVersion;
 }

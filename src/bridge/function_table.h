@@ -30,6 +30,15 @@ ORLO_FUNCTION(Orlo_RemoveRecurrence);
 ORLO_FUNCTION(Orlo_NewItem);
 ORLO_FUNCTION(Orlo_RemoveItem);
 ORLO_FUNCTION(Orlo_RemoveAllAlarmsFrom);
+
+/// Names the script to start whenever the calendar database changes outside the host: file name (argument 0), script
+/// name (argument 1), both stored as they are. The last names win; each call subscribes once more, so that after n
+/// calls a change starts the script n times. The thread of the first call is the one that starts scripts; it must be
+/// the host's main thread.
+///
+/// Leaves the result as it is. A platform exception shows only in the last error: code -400 with the exception's name.
+/// Not in the table: hosts reach it by its symbol, and start-up calls it where the settings name a script.
+[[gnu::visibility("default")]] ORLO_FUNCTION(Orlo_RegisterUpdateScript);
 #undef ORLO_FUNCTION
 }
 

@@ -10,6 +10,7 @@ class BundleStrings;
 class CalFramework;
 class EventKit;
 class NotificationCenter;
+struct PluginSettings;
 class RunLoop;
 class SystemVersion;
 class TimeZone;
@@ -30,6 +31,7 @@ class Platform {
   virtual NotificationCenter& notificationCenter() = 0;
   virtual BundleStrings& bundleStrings() = 0;
   virtual SystemVersion& systemVersion() = 0;
+  virtual const PluginSettings& settings() = 0;
   /// Lets go of the calendar store, so that its file is whole by itself. What was handed out stays good; what is asked
   /// for next opens it again.
   virtual void closeStores() = 0;

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "base/settings.h"
 #include "base/try.h"
 
 namespace orlocal::store {
@@ -21,28 +22,30 @@ std::filesystem::path setting(const char* name) {
 }  // namespace
 
 Result<std::filesystem::path> userStoreFile() {
-  if (auto file = setting("ORLOCAL_STORE"); !file.empty()) { return file; }
+  if (const auto file = Settings::ofUser().value(Setting::kStoreFile)) { return file->text; }
   const std::filesystem::path below = std::filesystem::path("orlocal") / "calendar.db";
   // The desktop's rules for folders have relative ones ignored.
   if (const auto data = setting("XDG_DATA_HOME"); data.is_absolute()) { return data / below; }
   if (const auto home = setting("HOME"); home.is_absolute()) { return home / ".local" / "share" / below; }
-  return failure(ErrorCode::kInvalid,
-                 "nothing says where the calendar store is: set ORLOCAL_STORE to its file, or HOME to a folder");
+  return failure(
+      ErrorCode::kInvalid,
+      "nothing says where the calendar store is: name its file in /etc/orlocal/orlocal.conf ([store] file = …) "
+      "or in ORLOCAL_STORE, or set HOME to a folder");
 }
 
 Result<StoreOptions> userStoreOptions(const Zone& viewer) {
   StoreOptions options;
   ORLOCAL_TRY(options.file, userStoreFile());
   options.viewer = viewer;
-  const char* wait = std::getenv("ORLOCAL_WAIT");
-  if (wait == nullptr || *wait == '\0') { return options; }
-  const std::string_view text = wait;
+  const auto wait = Settings::ofUser().value(Setting::kStoreWait);
+  if (!wait) { return options; }
+  const std::string_view text = wait->text;
   constexpr int kMostSeconds = 3600;
   int seconds = -1;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
   if (error != std::errc() || end != text.data() + text.size() || seconds < 0 || seconds > kMostSeconds) {
-    return failure(ErrorCode::kInvalid,
-                   fmt::format("ORLOCAL_WAIT is \"{}\"; it is a number of seconds from 0 to {}.", text, kMostSeconds));
+    return failure(ErrorCode::kInvalid, fmt::format("{} is \"{}\"; it is a number of seconds from 0 to {}.",
+                                                    wait->origin, text, kMostSeconds));
   }
   options.busyTimeout = std::chrono::seconds(seconds);
   return options;

@@ -45,6 +45,23 @@ TEST_F(DateArgument, TakesTheOffsetInForceOnThatDay) {
   EXPECT_EQ(dateOf(WallClock{2026, 12, 1, 9, 0, 0}), dateOfText("2026-12-01 09:00:00 +0100"));
 }
 
+TEST_F(DateArgument, ArrivesInZonesOfPartHoursWhereThatIsSet) {
+  struct Case {
+    int offset;
+    const char* means;
+  };
+  for (const auto& [offset, means] :
+       {Case{5 * kHour + 1800, "2026-07-01 09:00:00 +0530"}, Case{5 * kHour + 2700, "2026-07-01 09:00:00 +0545"},
+        Case{-(3 * kHour + 1800), "2026-07-01 09:00:00 -0330"}, Case{9 * kHour + 1800, "2026-07-01 09:00:00 +0930"},
+        Case{-1800, "2026-07-01 09:00:00 -0030"}, Case{2 * kHour, "2026-07-01 09:00:00 +0200"}}) {
+    useZone(offset);
+    system->m_settings.datesInPartHourZones = true;
+    EXPECT_EQ(dateOf(WallClock{2026, 7, 1, 9, 0, 0}), dateOfText(means)) << offset;
+    system->m_settings.datesInPartHourZones = false;
+    EXPECT_EQ(dateOf(WallClock{2026, 7, 1, 9, 0, 0}).has_value(), offset % kHour == 0) << offset;
+  }
+}
+
 TEST_F(DateArgument, IsFirstReadWithTheOffsetOfThisMoment) {
   const WallClock twice{2026, 10, 25, 2, 30, 0};
   useZoneWithSummer(2 * kHour, 1 * kHour, dateOfText("2026-07-01 09:00:00 +0200"));

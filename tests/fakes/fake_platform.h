@@ -11,6 +11,7 @@
 #include "fakes/fake_time_zone.h"
 #include "platform/bundle_strings.h"
 #include "platform/platform.h"
+#include "platform/plugin_settings.h"
 #include "platform/system_version.h"
 
 namespace orlocal::fakes {
@@ -55,6 +56,7 @@ class FakePlatform : public Platform {
   std::shared_ptr<NotificationCenter> m_notificationCenter;
   std::shared_ptr<FakeBundleStrings> m_bundleStrings = std::make_shared<FakeBundleStrings>();
   std::shared_ptr<FakeSystemVersion> m_systemVersion = std::make_shared<FakeSystemVersion>();
+  PluginSettings m_settings;
   std::vector<std::string> m_log;
   int m_storesClosed = 0;
 
@@ -66,6 +68,7 @@ class FakePlatform : public Platform {
   NotificationCenter& notificationCenter() override { return given(m_notificationCenter, "notification centre"); }
   BundleStrings& bundleStrings() override { return given(m_bundleStrings, "bundle strings"); }
   SystemVersion& systemVersion() override { return given(m_systemVersion, "system version"); }
+  const PluginSettings& settings() override { return m_settings; }
   void closeStores() override { ++m_storesClosed; }
   void log(std::string_view line) override { m_log.emplace_back(line); }
 

@@ -13,6 +13,14 @@ class HostData : public HostOwned<fmx::Data, &fmx::FM_Data_Delete> {
   HostData() : HostOwned(hostCall<fmx::FM_Data_Constructor1>()) {}
 };
 
+/// Arguments for a call of our own. Empty when made.
+class HostDataVect : public HostOwned<fmx::DataVect, &fmx::FM_DataVect_Delete> {
+ public:
+  HostDataVect() : HostOwned(hostCall<fmx::FM_DataVect_Constructor1>()) {}
+  /// Puts a copy behind the others.
+  void pushBack(const HostData& value) { hostCall<fmx::FM_DataVect_PushBack>(get(), value.get()); }
+};
+
 /// The arguments of a call; the host's.
 class HostArguments {
  public:

@@ -10,6 +10,7 @@
 
 #include <dlfcn.h>
 
+#include "base/settings.h"
 #include "platform/linux/strings_table.h"
 
 namespace orlocal {
@@ -112,6 +113,10 @@ std::vector<std::string> preferredLanguages() {
   std::vector<std::string> languages;
   std::string_view list = isUntranslated(locale) && !locale.empty() ? std::string_view() : variable("LANGUAGE");
   if (list.empty()) { list = locale; }
+  // A server's process is started with no language, or with the one of nobody ("C").
+  const auto set = isUntranslated(languageAndRegion(list)) ? Settings::ofUser().fileValue(Setting::kLanguage)
+                                                           : std::optional<SettingValue>();
+  if (set) { list = set->text; }
   for (std::size_t begin = 0; begin <= list.size();) {
     const auto end = std::min(list.find(':', begin), list.size());
     append(languages, list.substr(begin, end - begin));

@@ -1,5 +1,7 @@
 #include "platform/linux/platform.h"
 
+#include <optional>
+
 #include "platform/address_book.h"
 #include "platform/bundle_strings.h"
 #include "platform/cal_framework.h"
@@ -8,6 +10,7 @@
 #include "platform/linux/bundle_strings.h"
 #include "platform/linux/external_changes.h"
 #include "platform/linux/notification_center.h"
+#include "platform/linux/plugin_settings.h"
 #include "platform/linux/run_loop.h"
 #include "platform/linux/store_access.h"
 #include "platform/linux/system_log.h"
@@ -37,6 +40,11 @@ class LinuxPlatform final : public Platform {
     return lazily(m_bundleStrings, [] { return makeBundleStrings(); });
   }
   SystemVersion& systemVersion() override { return lazily(m_systemVersion, makeSystemVersion); }
+
+  const PluginSettings& settings() override {
+    if (!m_settings) { m_settings = readPluginSettings(); }
+    return *m_settings;
+  }
 
   void closeStores() override {
     if (m_access) { m_access->close(); }
@@ -73,6 +81,7 @@ class LinuxPlatform final : public Platform {
   std::unique_ptr<AddressBook> m_addressBook;
   std::unique_ptr<SystemVersion> m_systemVersion;
   std::unique_ptr<BundleStrings> m_bundleStrings;
+  std::optional<PluginSettings> m_settings;
 };
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/settings.h"
+
 namespace orlocal {
 namespace {
 
@@ -15,8 +17,9 @@ class LinuxSystemVersion final : public SystemVersion {
  public:
   std::optional<long> minorVersion() const override {
     const char* setting = std::getenv("ORLOCAL_SYSTEM_MINOR");
-    if (setting == nullptr) { return kDefaultMinor; }
-    const std::string_view text(setting);
+    const auto inFile = setting == nullptr ? Settings::ofUser().fileValue(Setting::kSystemMinor) : std::nullopt;
+    if (setting == nullptr && !inFile) { return kDefaultMinor; }
+    const std::string_view text(setting != nullptr ? setting : inFile->text);
     long minor = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), minor);
     if (error != std::errc() || end != text.data() + text.size()) { return std::nullopt; }

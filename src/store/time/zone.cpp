@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include "base/civil_date.h"
+#include "base/settings.h"
 #include "base/try.h"
 #include "store/time/zone_rules.h"
 
@@ -37,6 +38,11 @@ bool isPathSafe(std::string_view name) {
 /// Before a rule text, so that the "GMT+1" of some calendar file is not taken for one.
 constexpr std::string_view kRulesPrefix = "TZ:";
 constexpr std::string_view kZoneFolder = "/zoneinfo/";
+
+std::string zoneOfSettings() {
+  const auto set = Settings::ofUser().fileValue(Setting::kZone);
+  return set ? set->text : ":/etc/localtime";
+}
 
 std::string nameOfPath(std::string_view path) {
   const std::size_t at = path.rfind(kZoneFolder);
@@ -151,7 +157,7 @@ std::optional<Zone> Zone::named(std::string_view name) {
 
 Zone Zone::ofUser() {
   const char* set = std::getenv("TZ");
-  const std::string text = set != nullptr ? (*set == '\0' ? "UTC" : set) : ":/etc/localtime";
+  const std::string text = set != nullptr ? (*set == '\0' ? "UTC" : set) : zoneOfSettings();
   if (text == "UTC") { return {}; }
   ZoneRegistry& registry = ZoneRegistry::instance();
   const std::lock_guard lock(registry.mutex);

@@ -46,7 +46,7 @@ std::string counted(std::size_t count, const std::string& noun) {
 }
 
 void printColumns(const std::vector<std::vector<std::string>>& rows, Streams& streams) {
-  const Ink ink(streams.outIsTerminal);
+  const Ink ink(streams.colors);
   std::vector<std::size_t> widths(rows.front().size());
   for (const auto& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) { widths[i] = std::max(widths[i], displayWidth(printable(row[i]))); }

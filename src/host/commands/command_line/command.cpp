@@ -9,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/settings.h"
 #include "host/calc/rendering.h"
 #include "host/commands/command_line/clock_setting.h"
 #include "host/commands/command_line/trouble.h"
@@ -30,10 +31,32 @@ struct CommandLine::State {
     return standard ? &standard : nullptr;
   }
 
+  /// Colours where somebody asked for them, else on a terminal that can show them (https://no-color.org).
+  bool wantsColors(const Settings& settings) const {
+    const auto isSet = [](const char* variable) {
+      const char* value = std::getenv(variable);
+      return value != nullptr && *value != '\0';
+    };
+    const char* terminal = std::getenv("TERM");
+    const bool able =
+        streams.outIsTerminal && !isSet("NO_COLOR") && (terminal == nullptr || std::string_view(terminal) != "dumb");
+    const auto set = settings.value(Setting::kColor);
+    // The variable is for now, the file for always.
+    const std::string when = options.color ? *options.color : (set && !isSet("NO_COLOR") ? set->text : "auto");
+    return when == "always" || (when == "auto" && able);
+  }
+
   /// The plug-in reads its settings from the environment, as it does in any host.
-  void putOptionsInForce() const {
+  void putOptionsInForce() {
     if (options.store) { ::setenv("ORLOCAL_STORE", options.store->c_str(), 1); }
     if (options.systemMinor) { ::setenv("ORLOCAL_SYSTEM_MINOR", options.systemMinor->c_str(), 1); }
+    const Settings settings = Settings::ofUser();
+    for (const auto& complaint : settings.complaints()) { tellTrouble(streams.err, complaint); }
+    // What asks the system for the time, in this process and in those it starts, asks this variable.
+    if (const auto zone = settings.value(Setting::kZone)) { ::setenv("TZ", zone->text.c_str(), 0); }
+    // Scripts are those of a database host; this one starts what its own commands name.
+    ::setenv("ORLOCAL_UPDATE_SCRIPT", "no", 0);
+    streams.colors = wantsColors(settings);
   }
 };
 
@@ -53,6 +76,9 @@ CommandLine::CommandLine(Streams streams)
       ->check(CLI::Range(INT16_MIN, INT16_MAX))
       ->capture_default_str();
   app.add_option("--plugin", options.plugin, "The plug-in to load; none loads none")->type_name("FILE");
+  app.add_option("--color", options.color, "When to use colours (default: on a terminal, unless NO_COLOR is set)")
+      ->type_name("WHEN")
+      ->check(CLI::IsMember({"auto", "always", "never"}));
   app.add_flag("--json", options.json, "Print lists as JSON");
 }
 

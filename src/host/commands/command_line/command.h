@@ -29,6 +29,7 @@ struct GlobalOptions {
   std::optional<std::string> systemMinor;  ///< `--system-minor`; in the environment as ORLOCAL_SYSTEM_MINOR likewise
   int hostVersion = 62;                    ///< `--host-version`
   std::optional<std::string> plugin;       ///< `--plugin`; see `pluginFile` for the places that are searched without it
+  std::optional<std::string> color;        ///< `--color`: auto, always or never
   bool json = false;                       ///< `--json`: lists are printed as JSON
 };
 
@@ -38,8 +39,9 @@ struct Streams {
   std::ostream& out;
   std::ostream& err;
   bool inIsTerminal = false;
-  bool outIsTerminal = false;  ///< colours are shown only then
+  bool outIsTerminal = false;
   bool errIsTerminal = false;  ///< progress is shown only then
+  bool colors = false;         ///< on `out`; settled when a command runs
 };
 
 /// What a running command is given. Borrowed for the run.

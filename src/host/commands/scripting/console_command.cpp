@@ -89,7 +89,7 @@ Result<ExitStatus> runConsole(CommandContext& context) {
   };
   Console console({.lines = *lines,
                    .out = context.streams.out,
-                   .colors = context.streams.outIsTerminal,
+                   .colors = context.streams.colors,
                    .library = workbench.library(),
                    .evaluate = evaluate,
                    .variables = [&workbench] { return workbench.session().variableNames(); }});

@@ -46,7 +46,8 @@ void ImportReports::add(const std::string& file, const Result<store::ImportRepor
 }
 
 void ImportReports::print(const std::string& file, const store::ImportReport& report) {
-  auto& [in, out, err, inIsTerminal, outIsTerminal, errIsTerminal] = m_context.streams;
+  auto& out = m_context.streams.out;
+  auto& err = m_context.streams.err;
   for (const auto& problem : report.problems) { err << placed(file, problem, "refused: ") << '\n'; }
   const std::size_t shown = std::min(report.warnings.size(), kMostWarnings);
   for (std::size_t i = 0; i < shown; ++i) { err << placed(file, report.warnings[i], "warning: ") << '\n'; }

@@ -109,7 +109,7 @@ Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) 
   if (context.options.json) {
     printJson(asJson(agenda), context.streams.out);
   } else {
-    print(agenda, today, Ink(context.streams.outIsTerminal), context.streams.out);
+    print(agenda, today, Ink(context.streams.colors), context.streams.out);
   }
   return ExitStatus::kDone;
 }

@@ -121,7 +121,7 @@ Result<ExitStatus> runCalendars(CommandContext& context) {
   if (context.options.json) {
     printJson(asJson(rows), context.streams.out);
   } else {
-    printTable(rows, Ink(context.streams.outIsTerminal), context.streams.out);
+    printTable(rows, Ink(context.streams.colors), context.streams.out);
   }
   return ExitStatus::kDone;
 }
