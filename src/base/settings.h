@@ -34,6 +34,8 @@ class Settings {
   /// Of what is yes or no; `standard` where nobody set it, or set something else.
   bool isOn(Setting setting, bool standard) const;
 
+  /// Set in the environment once they were said: the program and the plug-in in it read the same files.
+  static constexpr const char* kToldVariable = "ORLOCAL_SETTINGS_TOLD";
   /// What could not be understood, and was passed over: sentences that begin with file and line.
   const std::vector<std::string>& complaints() const { return m_complaints; }
 

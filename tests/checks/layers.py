@@ -51,8 +51,9 @@ KNOWS = {
     "host/commands/watching": {*COMMANDS, *SHOWN, "host/commands/scripting", "host/fmwrapper", "host/plugin"},
     "host/commands/accounts": {*COMMANDS, *SHOWN, "accounts", "accounts/discovery", "accounts/sync",
                                "accounts/transport", "store/icalendar"},
-    "host/commands": {f"host/commands/{room}" for room in ("accounts", "command_line", "scripting", "transfer", "views",
-                                                           "watching")},
+    "host/commands/settings": {*COMMANDS, *SHOWN},
+    "host/commands": {f"host/commands/{room}" for room in ("accounts", "command_line", "scripting", "settings",
+                                                           "transfer", "views", "watching")},
     "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
              "host/plugin"},
 }

@@ -4,6 +4,7 @@
  *   FUNCTION ARGUMENT...   calls it; answers with the result, a tab, and the code that Orlo_GetLastError gives
  *   !idle                  sends an idle message
  *   !register FILE SCRIPT  has a script started for each change by others; answers with how many were started so far
+ *   !starts                answers with how many scripts were started so far
  *   !full                  from now on no disk has any room
  *   !user ID               becomes another user
  *   !folder PATH           goes to that folder
@@ -179,6 +180,8 @@ int main(int count, char** words) {
       if (registration.call == NULL) { fail("no registration");
 }
       free(called(&registration, fields + 1, 2));
+      printf("%d\n", scriptCount);
+    } else if (strcmp(fields[0], "!starts") == 0) {
       printf("%d\n", scriptCount);
     } else if (strcmp(fields[0], "!full") == 0) {
       fillDisk();

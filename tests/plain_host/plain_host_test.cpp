@@ -71,6 +71,26 @@ TEST_P(OnBothBackEnds, PagesThatAreDamagedWhileAnAnswerIsWalkedHideTheirEventsAl
   EXPECT_THAT(host->log(), HasSubstr("is damaged"));
 }
 
+TEST_P(OnBothBackEnds, TheSettingsFileAloneNamesStoreAndScript) {
+  makeStore();
+  const auto settings = folder / "orlocal.conf";
+  write(settings, "[store]\nfile = " + store().string() +
+                      "\n[update-script]\nfile = Bookings\nscript = Calendar changed\n[plug-in]\nsystem-minor = " +
+                      GetParam() + "\n");
+  ::chmod(settings.c_str(), 0644);
+  HostProcess host({{"ORLOCAL_SETTINGS", settings}, {"ORLOCAL_STORE", ""}}, folder / "log");
+  EXPECT_EQ(host.ask("!idle"), "idle");
+  EXPECT_EQ(host.ask("!starts"), "0");
+  EXPECT_EQ(host.call("Orlo_GetLastError"), (HostProcess::Answer{"Success", "0"}));
+  ASSERT_EQ(host.call("Orlo_EventsFetch\t2026-11-02\t2026-11-03\t\t"), kDone);
+  EXPECT_EQ(host.call("Orlo_GetItemCountForType\tevent"), (HostProcess::Answer{"1", "0"}));
+  import(calendar(event("new", "DTSTART:20261102T120000Z\r\nSUMMARY:New\r\n")));
+  EXPECT_EQ(host.ask("!idle"), "idle");
+  EXPECT_EQ(host.ask("!starts"), "1");
+  EXPECT_TRUE(host.finish());
+  EXPECT_EQ(host.log(), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(BackEnds, OnBothBackEnds, testing::Values(kCurrent, kOlder), [](const auto& asked) {
   return asked.param == std::string_view(kCurrent) ? "Current" : "Older";
 });

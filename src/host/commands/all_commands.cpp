@@ -2,6 +2,7 @@
 
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
+#include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
 #include "host/commands/views/view_commands.h"
 #include "host/commands/watching/watching_commands.h"
@@ -24,6 +25,7 @@ void registerAllCommands(CommandLine& line) {
   registerSubscribeCommands(line);
   registerConflictCommands(line);
   registerCalendarChanges(line, calendars);
+  registerSettingsCommand(line);
 }
 
 }  // namespace orlocal::host

@@ -1,5 +1,7 @@
 #include "platform/linux/plugin_settings.h"
 
+#include <cstdlib>
+
 #include "base/settings.h"
 #include "platform/linux/system_log.h"
 
@@ -7,7 +9,9 @@ namespace orlocal {
 
 PluginSettings readPluginSettings() {
   const Settings settings = Settings::ofUser();
-  for (const auto& complaint : settings.complaints()) { writeToSystemLog("orlocal: " + complaint); }
+  if (std::getenv(Settings::kToldVariable) == nullptr) {
+    for (const auto& complaint : settings.complaints()) { writeToSystemLog("orlocal: " + complaint); }
+  }
   PluginSettings plugin;
   plugin.datesInPartHourZones = settings.isOn(Setting::kPartHourZones, false);
   const auto file = settings.value(Setting::kScriptFile);

@@ -52,6 +52,7 @@ struct CommandLine::State {
     if (options.systemMinor) { ::setenv("ORLOCAL_SYSTEM_MINOR", options.systemMinor->c_str(), 1); }
     const Settings settings = Settings::ofUser();
     for (const auto& complaint : settings.complaints()) { tellTrouble(streams.err, complaint); }
+    ::setenv(Settings::kToldVariable, "yes", 1);
     // What asks the system for the time, in this process and in those it starts, asks this variable.
     if (const auto zone = settings.value(Setting::kZone)) { ::setenv("TZ", zone->text.c_str(), 0); }
     // Scripts are those of a database host; this one starts what its own commands name.
