@@ -113,6 +113,11 @@ Result<pid_t> forked(const Pipe& pipe) {
   return failed;
 }
 
+void readNothing() {
+  const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  ::dup2(nothing, STDIN_FILENO);
+}
+
 }  // namespace
 
 Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work) {
@@ -130,13 +135,15 @@ Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work)
   ::_exit(done ? 0 : 1);
 }
 
-Result<ChildResult> runProgram(const std::vector<std::string>& words) {
+Result<ChildResult> runProgram(const std::vector<std::string>& words, const std::filesystem::path& folder) {
   const std::vector<char*> arguments = argumentsOf(words);
   ORLOCAL_TRY(const Pipe pipe, newPipe());
   ORLOCAL_TRY(const pid_t child, forked(pipe));
   if (child != 0) { return collect(child, pipe); }
+  readNothing();
   ::dup2(pipe[1], STDOUT_FILENO);
   ::dup2(pipe[1], STDERR_FILENO);
+  if (!folder.empty() && ::chdir(folder.c_str()) != 0) { ::_exit(127); }
   ::execv(arguments[0], arguments.data());
   ::_exit(127);
 }
@@ -147,8 +154,7 @@ Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
   ORLOCAL_TRY(const Pipe pipe, newPipe());
   ORLOCAL_TRY(const pid_t child, forked(pipe));
   if (child == 0) {
-    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ::dup2(nothing, STDIN_FILENO);
+    readNothing();
     ::execvp(arguments[0], arguments.data());
     const int reason = errno;
     static_cast<void>(!::write(pipe[1], &reason, sizeof reason));

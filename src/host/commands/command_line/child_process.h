@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <iosfwd>
 #include <string>
@@ -25,8 +26,9 @@ struct ChildResult {
 /// ours at exit.
 Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work);
 
-/// Runs a program by its words, the first being its file; output and errors come back together.
-Result<ChildResult> runProgram(const std::vector<std::string>& words);
+/// Runs a program by its words, the first being its file; it reads nothing, and output and errors come back together.
+/// It starts in `folder`, or (empty) where we are.
+Result<ChildResult> runProgram(const std::vector<std::string>& words, const std::filesystem::path& folder = {});
 
 /// Runs a program that shares our output and error streams and reads nothing; the first word is its file or a name that
 /// is searched on the path. `output` stays empty.

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::string_view kFence = "```";
 constexpr std::string_view kTranscriptFence = "```transcript";
+constexpr std::string_view kPrompt = "$ ";
 
 Failed refused(std::size_t line, std::string message) {
   return failure({.code = ErrorCode::kInvalid, .message = std::move(message), .place = line});
@@ -88,11 +89,18 @@ class Reader {
       ORLOCAL_TRY(std::vector<std::string> words, wordsOf(line, m_at + 1));
       ORLOCAL_CHECK(readDirective(std::move(words)));
       ++m_at;
+    } else if (line.starts_with(kPrompt)) {
+      ORLOCAL_TRY(std::vector<std::string> words, wordsOf(line.substr(kPrompt.size()), m_at + 1));
+      if (words.empty() || words.front() != "orlocal") {
+        return refused(m_at + 1, "what is typed begins with orlocal");
+      }
+      readStep(Example::Kind::kTyped, std::move(words));
+      ++m_at;
     } else if (m_expecting) {
       m_transcript.examples.back().expected.emplace_back(line);
       ++m_at;
     } else {
-      if (!isBlank(line)) { return refused(m_at + 1, "this line belongs to no calculation; one begins with >"); }
+      if (!isBlank(line)) { return refused(m_at + 1, "this line belongs to no calculation; one begins with > or $"); }
       ++m_at;
     }
     return {};

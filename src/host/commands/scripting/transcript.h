@@ -16,10 +16,11 @@ struct Example {
     kCalculation,
     kRegister,  ///< `@register`: `words` are a file and a script
     kOutside,   ///< `@outside`: `words` are a command and its words
+    kTyped,     ///< `$ orlocal`: `words` are what follows
   };
 
   std::size_t line = 0;
-  std::string calculation;  ///< or the directive, as it was written
+  std::string calculation;  ///< or the directive or command, as it was written
   std::vector<std::string> expected;
   Kind kind = Kind::kCalculation;
   std::vector<std::string> words = {};
@@ -66,12 +67,18 @@ struct Transcript {
 ///     @register Solution "Calendar changed"         the plug-in is to start this script when the calendars change
 ///     @outside import away.ics --calendar Work      another process does this: any command of the program
 ///     ! script Solution / Calendar changed: New …   a script that the plug-in started meanwhile, one a line
+///     $ orlocal agenda --from 2026-11-02            what somebody types: any command of the program
+///     Nothing is planned …                          what it prints, errors too
+///     [1]                                           how it ends, unless that is 0
 ///
 /// Words of a line that begins with `@` are apart by blanks; double or single quotes keep blanks in a word, as in
 /// `@outside eval 'Orlo_NewItem( "event" )' 'Orlo_SaveItem( "event" ; "" )'`. Scripts that are started while a
 /// calculation runs stand after its result. What another process prints does not matter, unless it fails.
 ///
-/// What is expected ends at the next line that begins with `>`, `#` or `@`. Blank lines at its end are decoration, and
+/// A typed command runs beside the transcript, reads nothing, and has 80 columns and no colours. `$FOLDER` in its words
+/// is a folder that is gone at the end.
+///
+/// What is expected ends at the next line that begins with `>`, `#`, `@` or `$ `. Blank lines at its end are decoration, and
 /// a result that is empty needs no line. A backslash at the beginning of an expected line, or before `…`, keeps the
 /// next character from having its meaning.
 ///

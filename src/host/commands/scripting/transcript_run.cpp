@@ -40,6 +40,9 @@ std::string resolved(const std::filesystem::path& transcript, const std::string&
   }
 }
 
+/// In a typed command: the transcript's own folder.
+constexpr std::string_view kFolderWord = "$FOLDER";
+
 void setEnvironment(const char* name, const std::optional<std::string>& value) {
   if (value) { ::setenv(name, value->c_str(), 1); }
 }
@@ -109,6 +112,8 @@ class Work {
         return registerScript(example, workbench);
       case Example::Kind::kOutside:
         return runOutside(example);
+      case Example::Kind::kTyped:
+        return runTyped(example);
       case Example::Kind::kCalculation:
         break;
     }
@@ -131,6 +136,28 @@ class Work {
     std::vector<std::string> lines{fmt::format("! {} {}", example.words.front(), result.ending)};
     std::istringstream output(result.output);
     for (std::string line; std::getline(output, line);) { lines.push_back("! " + line); }
+    return lines;
+  }
+
+  Result<std::vector<std::string>> runTyped(const Example& example) {
+    std::vector<std::string> words{m_context.programFile};
+    for (std::string word : example.words) {
+      if (const auto at = word.find(kFolderWord); at != std::string::npos) {
+        word.replace(at, kFolderWord.size(), m_folder.path().string());
+      }
+      words.push_back(word);
+    }
+    std::error_code error;
+    const auto folder = std::filesystem::absolute(m_file, error).parent_path();
+    ORLOCAL_TRY(const ChildResult result, runProgram(words, folder));
+    std::vector<std::string> lines;
+    std::istringstream output(result.output);
+    for (std::string line; std::getline(output, line);) { lines.push_back(line); }
+    // What blank lines separate is decoration at the end of what is expected, and here, too.
+    while (!lines.empty() && lines.back().empty()) { lines.pop_back(); }
+    if (result.status != 0) {
+      lines.push_back(result.status > 0 ? fmt::format("[{}]", result.status) : "! orlocal " + result.ending);
+    }
     return lines;
   }
 
@@ -158,6 +185,10 @@ class Work {
 
   void putSettingsInForce() {
     ::setenv(kWithinTranscript, "1", 1);
+    // What is printed depends on the transcript, not on who runs it.
+    ::setenv("COLUMNS", "80", 1);
+    ::setenv("TERM", "dumb", 1);
+    ::setenv("ORLOCAL_SETTINGS", "", 0);
     const TranscriptSettings& settings = m_transcript.settings;
     setEnvironment("TZ", settings.timezone);
     setEnvironment("ORLOCAL_NOW", settings.now);
@@ -171,7 +202,11 @@ class Work {
     } else if (settings.store) {
       ::setenv("ORLOCAL_STORE", resolved(m_file, *settings.store).c_str(), 1);
     }
-    // From here on the environment says it all.
+    // From here on the environment says it all; what is typed is typed beside the transcript.
+    if (named && !settings.store) {
+      std::error_code error;
+      ::setenv("ORLOCAL_STORE", std::filesystem::absolute(*m_options.store, error).c_str(), 1);
+    }
     m_options.store.reset();
     m_options.systemMinor.reset();
     if (settings.hostVersion) { m_options.hostVersion = *settings.hostVersion; }

@@ -132,6 +132,25 @@ TEST_F(TestCommandTest, ShowsWhyAnotherProcessFailed) {
       << out.str();
 }
 
+TEST_F(TestCommandTest, TypesCommandsAndShowsWhatTheyPrintAndHowTheyEnd) {
+  const std::string ics =
+      "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:a\r\nDTSTART:20261102T090000Z\r\nSUMMARY:A "
+      "b\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n";
+  write("a.ics", ics);
+  const std::string file =
+      write("a.txt",
+            "@store fresh\n@timezone UTC\n$ orlocal import a.ics\n"
+            "a.ics: 1 new, 0 updated, 0 unchanged, 0 refused\n\n"
+            "$ orlocal agenda --from 2026-11-02 --to 2026-11-02 --calendar Calendar\n"
+            "Monday, 2 November 2026 (today)\n  09:00        A b  Calendar\n"
+            "$ orlocal agenda --from never\n…\"never\"…\n…\n[2]\n"
+            "$ orlocal export -o \"$FOLDER/b.ics\"\n"
+            "$ orlocal import \"$FOLDER/b.ics\"\n…/b.ics: 0 new, 0 updated, 1 unchanged, 0 refused\n");
+  EXPECT_EQ(run({"test", file}), ExitStatus::kDone) << out.str() << err.str();
+  EXPECT_EQ(run({"test", write("b.txt", "@store fresh\n$ orlocal agenda --from never\n…\n…\n")}), ExitStatus::kFailed)
+      << "the status was not expected";
+}
+
 TEST_F(TestCommandTest, ListsExamplesAsJson) {
   const std::string file = write("a.txt", "> 1\n1\n> 2\n3\n");
   EXPECT_EQ(run({"test", "--json", file}), ExitStatus::kFailed);

@@ -61,8 +61,22 @@ TEST(TranscriptTest, ReadsWhatAnotherProcessDoesAnywhere) {
   EXPECT_THAT(transcript.examples[1].expected, ElementsAre("! script F / S: New A"));
 }
 
+TEST(TranscriptTest, ReadsWhatIsTypedAndWhatItPrints) {
+  const Transcript transcript =
+      transcriptOf("$ orlocal new \"Lunch with Ann\" --dry-run\nMon\n\n[2]\n$ orlocal undo\n$5\n");
+  ASSERT_EQ(transcript.examples.size(), 2U);
+  EXPECT_EQ(transcript.examples[0].kind, Example::Kind::kTyped);
+  EXPECT_EQ(transcript.examples[0].calculation, "$ orlocal new \"Lunch with Ann\" --dry-run");
+  EXPECT_THAT(transcript.examples[0].words, ElementsAre("new", "Lunch with Ann", "--dry-run"));
+  EXPECT_THAT(transcript.examples[0].expected, ElementsAre("Mon", "", "[2]"));
+  EXPECT_EQ(transcript.examples[1].line, 5U);
+  EXPECT_THAT(transcript.examples[1].expected, ElementsAre("$5"));
+}
+
 TEST(TranscriptTest, RefusesStepsThatLackWords) {
   EXPECT_EQ(errorOf("@register Solution\n"), "1: @register takes a file and a script");
+  EXPECT_EQ(errorOf("$ ls\n"), "1: what is typed begins with orlocal");
+  EXPECT_EQ(errorOf("$ orlocal search \"x\n"), "1: a quote is not closed");
   EXPECT_EQ(errorOf("> 1\n1\n@outside\n"), "3: @outside needs a command");
   EXPECT_EQ(errorOf("@outside eval '1\n"), "1: a quote is not closed");
 }
@@ -102,7 +116,7 @@ TEST(TranscriptTest, ReadsOnlyMarkedBlocksOfMarkdown) {
 }
 
 TEST(TranscriptTest, SaysWhatIsWrongAndWhere) {
-  EXPECT_EQ(errorOf("hello\n"), "1: this line belongs to no calculation; one begins with >");
+  EXPECT_EQ(errorOf("hello\n"), "1: this line belongs to no calculation; one begins with > or $");
   EXPECT_EQ(errorOf("> 1\n1\n@store fresh\n"), "3: settings stand before the first calculation");
   EXPECT_EQ(errorOf("@nonsense 1\n"), "1: @nonsense is no setting");
   EXPECT_EQ(errorOf("@store\n"), "1: @store takes one word");
