@@ -7,12 +7,14 @@
 #include <sstream>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "host/commands/all_commands.h"
+#include "store/calendar_store.h"
 
 namespace orlocal::host {
 
@@ -39,6 +41,13 @@ class StoreCommand : public testing::Test {
     out = outText.str();
     err = errText.str();
     return status;
+  }
+
+  /// The store with nothing but its two calendars.
+  void makeStore() const {
+    store::StoreOptions options;
+    options.file = folder / "calendar.db";
+    ASSERT_TRUE(store::CalendarStore::open(std::move(options)));
   }
 
   /// A file in the test's folder.

@@ -98,7 +98,7 @@ Result<ExitStatus> addAccount(const AddWords& words, CommandContext& context) {
                        "for or comes from --password-command or --password-file.");
   }
   Account account = accountOf(words);
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   ORLOCAL_TRY(auto secrets, userSecrets());
   accounts::AccountBook book(*store);
   ORLOCAL_CHECK(book.mustBeFree(account.name));

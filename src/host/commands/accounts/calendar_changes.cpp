@@ -61,7 +61,7 @@ Result<store::SourceId> sourceFor(store::CalendarStore& store, const std::string
 }
 
 Result<ExitStatus> makeNew(const NewWords& words) {
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   Calendar calendar;
   calendar.title = words.title;
   calendar.kind = words.kind == kKindWords[0] ? CalendarKind::kEvents : CalendarKind::kReminders;

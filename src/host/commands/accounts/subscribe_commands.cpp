@@ -92,7 +92,7 @@ Result<ExitStatus> runSubscribe(const SubscribeWords& words, CommandContext& con
   account.settings.address = *address;
   account.settings.secret = textOf(accounts::SecretSource(accounts::NoPassword{}));
   if (!words.every.empty()) { account.settings.every = durationOf(words.every); }
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   ORLOCAL_CHECK(accounts::AccountBook(*store).mustBeFree(account.name));
   ORLOCAL_TRY(const auto secrets, userSecrets());
   const Interruption interruption;

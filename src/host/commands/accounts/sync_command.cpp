@@ -94,7 +94,7 @@ Result<ExitStatus> syncOnce(store::CalendarStore& store, std::vector<Account> ch
 }
 
 Result<ExitStatus> runSync(const SyncWords& words, CommandContext& context) {
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   accounts::AccountBook book(*store);
   std::vector<Account> chosen;
   for (const std::string& name : words.names) {

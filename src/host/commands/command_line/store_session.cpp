@@ -1,7 +1,9 @@
 #include "host/commands/command_line/store_session.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
@@ -13,6 +15,18 @@
 namespace orlocal::host {
 
 Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
+  ORLOCAL_TRY(const auto file, store::userStoreFile());
+  // A name that leads nowhere is found out by this; everything else about a file the store knows better.
+  std::error_code error;
+  if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found) {
+    return failure(
+        ErrorCode::kNotFound,
+        fmt::format("There is no calendar store at {}; `orlocal import` or `orlocal new` makes one.", file.string()));
+  }
+  return openOrMakeUserStore();
+}
+
+Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore() {
   ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(store::Zone::ofUser()));
   return store::CalendarStore::open(std::move(options));
 }

@@ -9,8 +9,11 @@
 
 namespace orlocal::host {
 
-/// Opens the store that `--store` or the environment names, seen from the user's zone.
+/// Opens the store that `--store`, the environment or the settings name, seen from the user's zone. One that is not
+/// there is `kNotFound`: whoever only looks, or mistyped a name, makes none.
 Result<std::unique_ptr<store::CalendarStore>> openUserStore();
+/// The same for what brings something along: a store that is not there is made.
+Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore();
 
 /// Event calendars and reminder lists, in that order; one of both stands among the calendars.
 Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store);

@@ -61,7 +61,7 @@ Result<store::ImportReport> importOne(store::CalendarStore& store, const std::st
 }
 
 Result<ExitStatus> runImport(const ImportWords& words, CommandContext& context) {
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   const Interruption interruption;
   ImportReports reports(context);
   for (const std::string& file : words.files) {
@@ -73,7 +73,7 @@ Result<ExitStatus> runImport(const ImportWords& words, CommandContext& context) 
 }
 
 Result<ExitStatus> runImportContacts(const std::vector<std::string>& files, CommandContext& context) {
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   ImportReports reports(context);
   for (const std::string& file : files) { reports.add(file, store::importContactsFile(*store, file)); }
   return reports.finish();

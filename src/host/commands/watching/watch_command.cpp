@@ -49,7 +49,7 @@ class SlowNotice {
 /// Prints what others do to the store, until interrupted.
 Result<ExitStatus> watchStore(CommandContext& context) {
   const Interruption interruption;
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   const store::Zone viewer = store::Zone::ofUser();
   // First the ear, then the place in the log: what is committed in between is heard.
   ORLOCAL_TRY(const auto signal, store->listen());
@@ -77,7 +77,7 @@ class ScriptWatch {
 
   Result<ExitStatus> run() {
     const Interruption interruption;
-    ORLOCAL_TRY(const auto store, openUserStore());
+    ORLOCAL_TRY(const auto store, openOrMakeUserStore());
     ORLOCAL_TRY(const auto signal, store->listen());
     ORLOCAL_TRY(const auto workbench, Workbench::open(m_context, Workbench::Need::kPlugin));
     Plugin& plugin = *workbench->plugin();

@@ -89,6 +89,7 @@ TEST_F(ConflictCommand, LeavesTheAccountInPlace) {
 }
 
 TEST_F(ConflictCommand, HasNothingToListWithoutAccounts) {
+  makeStore();
   EXPECT_EQ(run({"conflicts"}), ExitStatus::kDone);
   EXPECT_EQ(out, "There are no conflicts.\n");
   EXPECT_THAT(listed({"conflicts"}), IsEmpty());

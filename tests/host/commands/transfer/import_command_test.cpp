@@ -167,6 +167,7 @@ TEST_F(ExportCommand, LeavesAnOldFileAloneWhenItFails) {
 }
 
 TEST_F(ExportCommand, SaysWhichFileItCannotWrite) {
+  makeStore();
   const auto path = (folder / "missing" / "out.ics").string();
   EXPECT_EQ(run({"export", "-o", path}), ExitStatus::kFailed);
   EXPECT_THAT(err, HasSubstr(path));
@@ -182,6 +183,7 @@ TEST_F(ExportCommand, LeavesNoDraftsBehind) {
 class CalendarsCommand : public ImportCommand {};
 
 TEST_F(CalendarsCommand, ListsTheDefaultsOfANewStore) {
+  makeStore();
   EXPECT_EQ(run({"calendars"}), ExitStatus::kDone);
   EXPECT_THAT(out, HasSubstr("TITLE      HOLDS      FROM   COLOUR\n"));
   EXPECT_THAT(out, HasSubstr("Calendar   events     local"));

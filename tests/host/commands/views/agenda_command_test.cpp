@@ -102,12 +102,14 @@ TEST_F(AgendaCommand, ShowsTheCalendarsNamedOnly) {
 }
 
 TEST_F(AgendaCommand, FailsForACalendarThatIsNotThere) {
+  makeStore();
   EXPECT_EQ(run({"agenda", "--calendar", "Nowhere"}), ExitStatus::kFailed);
   EXPECT_THAT(err, HasSubstr("\"Nowhere\""));
   EXPECT_THAT(err, HasSubstr("\"Calendar\""));
 }
 
 TEST_F(AgendaCommand, SaysWhenNothingIsPlanned) {
+  makeStore();
   EXPECT_EQ(run({"agenda"}), ExitStatus::kDone);
   EXPECT_EQ(out, "Nothing is planned from 2026-11-02 to 2026-11-08.\n");
 }
