@@ -1,6 +1,7 @@
 #include "host/commands/all_commands.h"
 
 #include "host/commands/accounts/account_commands.h"
+#include "host/commands/care/care_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
@@ -26,6 +27,7 @@ void registerAllCommands(CommandLine& line) {
   registerConflictCommands(line);
   registerCalendarChanges(line, calendars);
   registerSettingsCommand(line);
+  registerDoctorCommand(line);
 }
 
 }  // namespace orlocal::host

@@ -24,8 +24,9 @@ class Zone {
   /// ("Europe/Berlin"), never a path.
   static std::optional<Zone> named(std::string_view name);
 
-  /// The zone that `TZ` names: an IANA name, ":name", a zone file's path, or a POSIX rule text; without it the system's
-  /// zone. UTC when it names nothing, as everywhere on the system. Read anew at each call.
+  /// The zone that `TZ` names: an IANA name, ":name", a zone file's path, or a POSIX rule text; without it the one of
+  /// the settings files, then the system's. UTC when it names nothing, as everywhere on the system. Read anew at each
+  /// call.
   static Zone ofUser();
 
   /// How the rules of a private zone are read from the text that defines it.

@@ -1,5 +1,7 @@
 #include "host/commands/command_line/terminal_text.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 #include <unicode/uchar.h>
 
@@ -72,6 +74,29 @@ std::string padded(std::string_view text, std::size_t width) {
   std::string out(text);
   if (taken < width) { out.append(width - taken, ' '); }
   return out;
+}
+
+std::string folded(std::string_view text, std::size_t indent, std::size_t width) {
+  std::string lines;
+  std::size_t at = indent;
+  bool first = true;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(' '), text.size());
+    const std::string_view word = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::size_t cells = displayWidth(word);
+    if (!first && at + 1 + cells > width) {
+      lines += '\n' + std::string(indent, ' ');
+      at = indent;
+    } else if (!first) {
+      lines += ' ';
+      ++at;
+    }
+    lines += word;
+    at += cells;
+    first = false;
+  }
+  return lines;
 }
 
 std::string Ink::colored(const std::optional<store::Rgb>& color, std::string_view text) const {

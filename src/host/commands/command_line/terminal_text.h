@@ -21,6 +21,11 @@ std::size_t displayWidth(std::string_view text);
 /// `text` followed by blanks up to `width` cells.
 std::string padded(std::string_view text, std::size_t width);
 
+/// `text` on lines of at most `width` cells, broken between words; the lines after the first begin with `indent`
+/// blanks, and the first one is taken to stand behind as many cells. A word that is too long stands on a line of its
+/// own.
+std::string folded(std::string_view text, std::size_t indent, std::size_t width);
+
 /// Escape sequences on a terminal, nothing elsewhere.
 class Ink {
  public:

@@ -1,0 +1,131 @@
+#include "host/commands/care/store_findings.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/system_reason.h"
+#include "host/commands/care/file_users.h"
+#include "store/examination.h"
+
+namespace orlocal::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kStore = "store";
+constexpr std::size_t kMostTold = 5;
+constexpr std::uintmax_t kMuchLog = std::uintmax_t{64} << 20;
+/// Of the file's own size.
+constexpr double kMuchUnused = 0.5;
+
+std::string sizeText(std::uintmax_t bytes) {
+  constexpr double kStep = 1024;
+  double size = static_cast<double>(bytes);
+  for (const char* unit : {"bytes", "KiB", "MiB"}) {
+    if (size < kStep) { return fmt::format("{:.{}f} {}", size, size < 10 && bytes >= 1024 ? 1 : 0, unit); }
+    size /= kStep;
+  }
+  return fmt::format("{:.1f} GiB", size);
+}
+
+std::string ownerOf(const struct stat& file) {
+  const passwd* owner = ::getpwuid(file.st_uid);
+  return owner != nullptr ? owner->pw_name : fmt::format("user {}", file.st_uid);
+}
+
+Finding modeFinding(const fs::path& file, const struct stat& found) {
+  const unsigned mode = found.st_mode & 07777U;
+  const std::string seen = fmt::format("It belongs to {} and has the mode {:04o}", ownerOf(found), mode);
+  if ((mode & S_IWOTH) != 0) {
+    Finding finding = problem(kStore, seen + ": everybody may change it.", fmt::format("chmod o-rw {}", file.string()));
+    if (found.st_uid == ::geteuid()) {
+      finding.mend = [file]() -> Status {
+        struct stat now {};
+        const bool done =
+            ::stat(file.c_str(), &now) == 0 && ::chmod(file.c_str(), now.st_mode & ~(S_IROTH | S_IWOTH) & 07777U) == 0;
+        return done ? Status() : failure(ErrorCode::kIo, systemReason(errno));
+      };
+    }
+    return finding;
+  }
+  if (::access(file.c_str(), W_OK) != 0) {
+    return problem(kStore, seen + ": you may not write it.",
+                   "Run this as its owner, or give it to who is to use it (chown).");
+  }
+  if ((mode & S_IROTH) != 0) {
+    return note(kStore, seen + ": everybody on this machine may read it.", fmt::format("chmod o-r {}", file.string()));
+  }
+  return fine(kStore, seen + ".");
+}
+
+void addExamination(const store::StoreOptions& store, Findings& findings) {
+  const auto found = store::examine(store.file, store.busyTimeout);
+  if (!found) {
+    findings.push_back(problem(kStore, found.error().message,
+                               "orlocal restore FILE puts a backup in its place; what is there is kept beside it."));
+    return;
+  }
+  findings.push_back(fine(kStore, fmt::format("{}, format {}: {} calendars, {} events, {} reminders.",
+                                              sizeText(found->bytes + found->logBytes), found->version,
+                                              found->calendars, found->events, found->reminders)));
+  const auto tell = [&](const std::vector<std::string>& lines, const char* remedy) {
+    for (std::size_t i = 0; i < lines.size() && i < kMostTold; ++i) {
+      findings.push_back(problem(kStore, lines[i], i == 0 ? remedy : ""));
+    }
+    if (lines.size() > kMostTold) {
+      findings.push_back(problem(kStore, fmt::format("{} more of this kind.", lines.size() - kMostTold), ""));
+    }
+  };
+  tell(found->damage,
+       "orlocal export --salvage writes out what can be read; orlocal restore FILE brings a backup back.");
+  tell(found->unread,
+       "orlocal export --salvage writes out what can be read; orlocal restore FILE brings a backup back.");
+  if (found->damage.empty() && found->unread.empty()) { findings.push_back(fine(kStore, "All of it can be read.")); }
+  if (found->logBytes > kMuchLog) {
+    findings.push_back(note(kStore,
+                            fmt::format("{} have not been brought into the file: somebody has been reading all the "
+                                        "while.",
+                                        sizeText(found->logBytes)),
+                            "End the programs that have it open for long; then any command brings it in."));
+  }
+  if (static_cast<double>(found->unusedBytes) > kMuchUnused * static_cast<double>(found->bytes)) {
+    findings.push_back(note(kStore, sizeText(found->unusedBytes) + " of the file are unused.",
+                            "orlocal backup FILE writes a copy without them; orlocal restore FILE puts it in place."));
+  }
+}
+
+void addUsers(const fs::path& file, Findings& findings) {
+  std::vector<std::string> names;
+  for (const FileUser& user : usersOf(file)) {
+    names.push_back(fmt::format("{} ({}, process {})", user.name, user.user, user.process));
+  }
+  findings.push_back(fine(kStore, names.empty() ? "Nobody else that you may see has it open."
+                                                : fmt::format("Open in {}.", fmt::join(names, ", "))));
+}
+
+}  // namespace
+
+Findings storeFindings(const store::StoreOptions& store) {
+  struct stat found {};
+  if (::stat(store.file.c_str(), &found) != 0) {
+    const int reason = errno;
+    if (reason == ENOENT) {
+      return {note(kStore, fmt::format("There is no calendar store at {}.", store.file.string()),
+                   "orlocal import or orlocal new makes one.")};
+    }
+    return {problem(kStore, fmt::format("{} cannot be looked at: {}.", store.file.string(), systemReason(reason)),
+                    "Look at the mode of the folders that lead there.")};
+  }
+  Findings findings{modeFinding(store.file, found)};
+  addExamination(store, findings);
+  addUsers(store.file, findings);
+  return findings;
+}
+
+}  // namespace orlocal::host
