@@ -59,6 +59,7 @@ void addServer(const fs::path& place, const fs::path& ours, Findings& findings) 
 }  // namespace
 
 Findings pluginFindings(const CommandContext& context) {
+  if (context.options.plugin == kNoPlugin) { return {fine(kPlugIn, "None was to be looked at.")}; }
   const auto file = pluginFile(context.options, context.programFile);
   if (!file) { return {problem(kPlugIn, file.error().message + '.', "Install the plug-in beside the program.")}; }
   Findings findings{loaded(context, *file)};
