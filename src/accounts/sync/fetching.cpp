@@ -1,6 +1,7 @@
 #include "accounts/sync/fetching.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -75,7 +76,7 @@ Answer<Fetching::News> Fetching::learnNews() {
     if (!changes && changes.error().trouble == Trouble::kUnsupported) { return listAll(); }
     ORLOCAL_CHECK(changes);
     for (const RemoteEntry& entry : changes->changed) { compare(entry, all); }
-    listed.insert(listed.end(), changes->changed.begin(), changes->changed.end());
+    std::move(changes->changed.begin(), changes->changed.end(), std::back_inserter(listed));
     more = changes->more && changes->token != all.token;
     all.token = std::move(changes->token);
   }
@@ -147,6 +148,7 @@ void Fetching::compare(const RemoteEntry& entry, News& news) {
 }
 
 void Fetching::suspectUnlisted(const std::vector<RemoteEntry>& listed, News& news) {
+  if (m_known.empty()) { return; }
   std::set<std::string> keys;
   for (const RemoteEntry& entry : listed) { keys.insert(comparablePath(entry.url)); }
   for (const auto& [key, resource] : m_known) {
