@@ -201,10 +201,11 @@ Answer<void> Fetching::takeIn(RemoteTexts texts, TakingIn& takingIn) {
 Answer<void> Fetching::remember(const News& news) {
   const auto now = m_context.clock.now();
   const bool quiet = news.changed.empty() && news.suspected.empty() && news.missed.empty();
-  const bool same = m_state.token == news.token && m_state.ctag == m_now.ctag && m_state.asOf;
+  const std::string ctag = news.token.empty() ? m_now.ctag : std::string();
+  const bool same = m_state.token == news.token && m_state.ctag == ctag && m_state.asOf;
   if (!same) { m_state.asOf = now; }
   m_state.token = news.token;
-  m_state.ctag = m_now.ctag;
+  m_state.ctag = ctag;
   m_state.trouble.clear();
   m_state.settled = quiet && same && now - *m_state.asOf >= kSettlesAfter;
   m_mirror.state = m_state.text();
