@@ -98,8 +98,9 @@ void Client::chooseEvents() {
     }
     if (single.size() < 2) { continue; }
     m_mirror = mirror.id;
-    m_mine = single[2 * m_number % single.size()];
-    m_theirs = single[(2 * m_number + 1) % single.size()];
+    if (single.size() <= m_number) { throw std::runtime_error("fewer single events than clients"); }
+    m_mine = single[m_number];
+    m_theirs = single[(m_number + single.size() / 2) % single.size()];
     return;
   }
   throw std::runtime_error("no calendar with two single events");

@@ -146,6 +146,8 @@ def main():
     parser.add_argument("names", nargs="*", metavar="radicale|cyrus", help="servers (default: both; of a smoke run Radicale)")
     parser.add_argument("--smoke", action="store_true", help="once, with few clients: that everything runs")
     parser.add_argument("--json", type=pathlib.Path, help="write everything that was found, for programs")
+    parser.add_argument("--report", type=pathlib.Path, help="a page that the tables are put into, between two marks")
+    parser.add_argument("--show", type=pathlib.Path, nargs="+", help="measure nothing: take what --json wrote")
     parser.add_argument("--folder", type=pathlib.Path, default=MEMORY if MEMORY.is_dir() else None,
                         help="for servers and stores (default: in memory, as one disk would stand for a thousand)")
     options = parser.parse_args()
@@ -158,14 +160,18 @@ def main():
         os.environ["TMPDIR"] = str(options.folder)
         tempfile.tempdir = None
     results = {"date": time.strftime("%Y-%m-%d"), "threads": os.cpu_count(), "size": dataclasses.asdict(size), "servers": {}}
-    loads = [os.getloadavg()[0]]
-    for name in names:
+    for file in options.show or []:
+        read = json.loads(file.read_text())
+        results = {**read, "servers": results["servers"] | read["servers"]}
+    for name in [] if options.show else names:
         with tempfile.TemporaryDirectory(prefix="clients") as folder:
             results["servers"][name] = measure(name, options.program.resolve(), size, pathlib.Path(folder))
-        loads.append(os.getloadavg()[0])
         if options.json:
             options.json.write_text(json.dumps(results, indent=1))
-    print("\n".join(shown.report(results)))
+    lines = "\n".join(shown.report(results))
+    print(lines)
+    if options.report:
+        shown.put(options.report, lines)
 
 
 if __name__ == "__main__":

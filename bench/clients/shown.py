@@ -92,6 +92,13 @@ STEPS = ("clients", "syncs due a minute", "done a second", "requests a second", 
          "99 %", "latest start", "server's processors", "ours", "server's MiB", "failed")
 
 
+def put(page, lines):
+    """Between the marks of the page."""
+    begin, end = "<!-- results begin -->", "<!-- results end -->"
+    text = page.read_text() if page.exists() else f"{begin}\n{end}\n"
+    page.write_text(f"{text.split(begin)[0]}{begin}\n{lines}\n{end}{text.split(end)[1]}")
+
+
 def report(results):
     size = results["size"]
     yield f"Measured on {results['date']}, on {results['threads']} hardware threads."
