@@ -31,7 +31,7 @@ void require(bool holds) {
 
 void askForEverything(DavServer& server) {
   const std::string calendar = "https://dav.example.org/cal/";
-  if (const auto found = server.calendars(calendar)) {
+  if (const auto found = server.calendars(calendar, Marks::kAll)) {
     for (const RemoteCalendar& one : *found) { require(!one.url.empty()); }
   }
   if (const auto changes = server.changesSince(calendar, "token")) {

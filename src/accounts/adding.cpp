@@ -28,7 +28,7 @@ Answer<std::vector<RemoteCalendar>> findCalendars(Transport& transport, Account&
   std::vector<RemoteCalendar> calendars;
   DavServer server(transport);
   for (const std::string& home : found.homes) {
-    ORLOCAL_TRY(auto there, server.calendars(home));
+    ORLOCAL_TRY(auto there, server.calendars(home, Marks::kAll));
     for (RemoteCalendar& calendar : there) { calendars.push_back(std::move(calendar)); }
   }
   account.state.principal = std::move(found.principal);

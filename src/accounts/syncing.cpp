@@ -62,13 +62,18 @@ SyncLock::~SyncLock() {
 
 Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets,
                            const Clock& clock, const SyncOptions& options) {
-  const AccountState before = account.state;
   const auto transport = connectionFor(account, secrets, options.stop);
+  return syncNow(store, account, *transport, clock, options);
+}
+
+Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transport& transport, const Clock& clock,
+                           const SyncOptions& options) {
+  const AccountState before = account.state;
   SyncReport report;
   if (account.settings.kind == AccountSettings::Kind::kSubscription) {
-    report = refreshSubscription(store, *transport, clock, account, options);
+    report = refreshSubscription(store, transport, clock, account, options);
   } else {
-    DavServer server(*transport);
+    DavServer server(transport);
     report = syncAccount(store, server, clock, account.source, account.state, options);
   }
   AccountState& state = account.state;

@@ -31,6 +31,9 @@ class SyncLock {
 /// try makes sense.
 Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets,
                            const Clock& clock, const SyncOptions& options);
+/// The same over a connection to the account's server that the caller has.
+Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transport& transport, const Clock& clock,
+                           const SyncOptions& options);
 
 /// When the account is to be looked at next: after what its owner or server wished, later and later while it fails, by
 /// a part that differs from machine to machine, so that a server that comes back is not met by all at once. `part` is

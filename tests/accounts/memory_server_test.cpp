@@ -40,7 +40,7 @@ class ServerInMemory : public testing::Test {
 
 TEST_F(ServerInMemory, TellsOfItsCalendars) {
   server.addCalendar("to do", {.displayName = "To do", .events = false, .readOnly = true});
-  const auto found = client.calendars(MemoryServer::home());
+  const auto found = client.calendars(MemoryServer::home(), Marks::kAll);
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 2U);
   EXPECT_EQ(found->at(0).url, MemoryServer::home() + "to%20do/");

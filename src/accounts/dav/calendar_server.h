@@ -78,6 +78,12 @@ struct NewCalendar {
   std::optional<store::Rgb> color;
 };
 
+/// By what calendars of a list are known to be unchanged. Some servers read through a whole calendar for each mark.
+enum class Marks : std::uint8_t {
+  kAll,     ///< ctag and sync token
+  kTokens,  ///< sync tokens alone
+};
+
 /// A calendar server, one function a request. Every address goes back to the server as it gave it.
 class CalendarServer {
  public:
@@ -85,7 +91,7 @@ class CalendarServer {
 
   /// The calendars in a home, with all that is known of each; the home itself when it is one. `kNotFound` when there is
   /// no such home.
-  virtual Answer<std::vector<RemoteCalendar>> calendars(const std::string& home) = 0;
+  virtual Answer<std::vector<RemoteCalendar>> calendars(const std::string& home, Marks marks) = 0;
   virtual Answer<RemoteCalendar> calendar(const std::string& url) = 0;
 
   /// `kInvalidToken` when the server says, or may mean, that the token is none; some say nothing and list everything.

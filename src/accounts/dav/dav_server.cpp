@@ -125,9 +125,9 @@ Answer<HttpResponse> DavServer::write(const char* method, const std::string& url
   return response;
 }
 
-Answer<std::vector<RemoteCalendar>> DavServer::calendars(const std::string& home) {
+Answer<std::vector<RemoteCalendar>> DavServer::calendars(const std::string& home, Marks marks) {
   std::string base;
-  ORLOCAL_TRY(const auto multistatus, ask("PROPFIND", home, "1", propFindBody(calendarProperties()), base));
+  ORLOCAL_TRY(const auto multistatus, ask("PROPFIND", home, "1", propFindBody(calendarProperties(marks)), base));
   std::vector<RemoteCalendar> found;
   for (const DavResponse& response : multistatus.responses) {
     if (response.status == kTooMuch) { return Refusal(refusalBy(base, kTooMuch, response.errors)); }
@@ -139,7 +139,7 @@ Answer<std::vector<RemoteCalendar>> DavServer::calendars(const std::string& home
 
 Answer<RemoteCalendar> DavServer::calendar(const std::string& url) {
   std::string base;
-  ORLOCAL_TRY(const auto multistatus, ask("PROPFIND", url, "0", propFindBody(calendarProperties()), base));
+  ORLOCAL_TRY(const auto multistatus, ask("PROPFIND", url, "0", propFindBody(calendarProperties(Marks::kAll)), base));
   for (const DavResponse& response : multistatus.responses) {
     if (response.hrefs.empty() || !isCalendar(response)) { continue; }
     return calendarOf(response, listedUrl(base, response.hrefs.front()));

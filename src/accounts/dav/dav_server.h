@@ -19,7 +19,7 @@ class DavServer final : public CalendarServer {
   explicit DavServer(Transport& transport, std::function<store::Moment()> now = store::now)
       : m_transport(transport), m_now(std::move(now)) {}
 
-  Answer<std::vector<RemoteCalendar>> calendars(const std::string& home) override;
+  Answer<std::vector<RemoteCalendar>> calendars(const std::string& home, Marks marks) override;
   Answer<RemoteCalendar> calendar(const std::string& url) override;
   Answer<RemoteChanges> changesSince(const std::string& calendar, const std::string& token) override;
   Answer<std::vector<RemoteEntry>> entries(const std::string& calendar) override;

@@ -63,17 +63,15 @@ std::optional<PropStat> DavResponse::refusal() const {
 }
 
 std::optional<Multistatus> readMultistatus(std::string_view document) {
-  std::optional<XmlElement> root = readXml(document);
-  if (!root || !root->is(dav::kMultistatus)) { return std::nullopt; }
   Multistatus multistatus;
-  for (XmlElement& child : root->children) {
+  const auto root = readXml(document, [&multistatus](XmlElement child) {
     if (child.is(dav::kResponse)) {
       multistatus.responses.push_back(readResponse(child));
     } else if (child.is(dav::kSyncToken)) {
       multistatus.syncToken = child.word();
     }
-  }
-  return multistatus;
+  });
+  return root && root->is(dav::kMultistatus) ? std::optional(std::move(multistatus)) : std::nullopt;
 }
 
 std::vector<XmlElement> readErrorConditions(std::string_view document) {

@@ -13,9 +13,17 @@ namespace orlocal::accounts {
 namespace {
 
 constexpr std::array kCalendarProperties{
-    dav::kResourceType,        dav::kDisplayName,         dav::kCalendarColor,           dav::kCalendarOrder,
-    dav::kCalendarDescription, dav::kSupportedComponents, dav::kCurrentUserPrivilegeSet, dav::kGetCtag,
-    dav::kSyncToken,           dav::kSupportedReportSet,  dav::kMaxResourceSize,
+    dav::kResourceType,
+    dav::kDisplayName,
+    dav::kCalendarColor,
+    dav::kCalendarOrder,
+    dav::kCalendarDescription,
+    dav::kSupportedComponents,
+    dav::kCurrentUserPrivilegeSet,
+    dav::kSyncToken,
+    dav::kSupportedReportSet,
+    dav::kMaxResourceSize,
+    dav::kGetCtag,
 };
 
 std::string_view wordOf(const DavResponse& response, XmlName name) {
@@ -82,7 +90,10 @@ std::string unescapedOnce(std::string_view text) {
 
 }  // namespace
 
-std::span<const XmlName> calendarProperties() { return kCalendarProperties; }
+std::span<const XmlName> calendarProperties(Marks marks) {
+  // The ctag is the last.
+  return std::span(kCalendarProperties).first(kCalendarProperties.size() - (marks == Marks::kTokens ? 1 : 0));
+}
 
 bool isCalendar(const DavResponse& response) {
   const XmlElement* type = response.property(dav::kResourceType);

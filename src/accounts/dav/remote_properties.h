@@ -9,7 +9,7 @@
 namespace orlocal::accounts {
 
 /// What is asked of a calendar.
-std::span<const XmlName> calendarProperties();
+std::span<const XmlName> calendarProperties(Marks marks);
 
 /// The resource is a calendar (RFC 4791, 5.2).
 bool isCalendar(const DavResponse& response);

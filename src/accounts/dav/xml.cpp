@@ -54,7 +54,8 @@ XmlElement elementAt(xmlTextReader* reader) {
 /// The element that the reader stands on, with all that is in it.
 class TreeReader {
  public:
-  explicit TreeReader(xmlTextReader* reader) : m_reader(reader) {}
+  /// `take` gets the children of the root; without it they stay in the tree.
+  TreeReader(xmlTextReader* reader, const std::function<void(XmlElement)>& take) : m_reader(reader), m_take(take) {}
 
   std::optional<XmlElement> read() {
     int more = 0;
@@ -98,12 +99,15 @@ class TreeReader {
     m_open.pop_back();
     if (m_open.empty()) {
       m_root = std::move(element);
+    } else if (m_open.size() == 1 && m_take) {
+      m_take(std::move(element));
     } else {
       m_open.back().children.push_back(std::move(element));
     }
   }
 
   xmlTextReader* m_reader;
+  const std::function<void(XmlElement)>& m_take;
   std::vector<XmlElement> m_open;
   std::optional<XmlElement> m_root;
 };
@@ -162,7 +166,9 @@ std::optional<std::string_view> XmlElement::attribute(std::string_view name) con
   return std::nullopt;
 }
 
-std::optional<XmlElement> readXml(std::string_view document) {
+std::optional<XmlElement> readXml(std::string_view document) { return readXml(document, nullptr); }
+
+std::optional<XmlElement> readXml(std::string_view document, const std::function<void(XmlElement)>& take) {
   if (document.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) { return std::nullopt; }
   // HUGE lifts limits on the length of one text, which an item with attachments passes, and on depth and entities,
   // which are ours.
@@ -170,7 +176,7 @@ std::optional<XmlElement> readXml(std::string_view document) {
   const std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader(
       xmlReaderForMemory(document.data(), static_cast<int>(document.size()), nullptr, nullptr, kOptions),
       &xmlFreeTextReader);
-  return reader ? TreeReader(reader.get()).read() : std::nullopt;
+  return reader ? TreeReader(reader.get(), take).read() : std::nullopt;
 }
 
 XmlWriter::XmlWriter(XmlName root)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,6 +45,9 @@ struct XmlElement {
 /// Reads a document with its namespaces. None for what is not well formed, has a document type (nobody needs one, and
 /// entities are a way to make much of little), or is nested deeper than any answer of a calendar server.
 std::optional<XmlElement> readXml(std::string_view document);
+/// The same, but for what the root holds: each of its children goes to `take` when it has ended, so that of a long list
+/// one entry at a time is a tree in memory. What was given counts only when the root is given back in the end.
+std::optional<XmlElement> readXml(std::string_view document, const std::function<void(XmlElement)>& take);
 
 /// Writes a document; every text is escaped, and characters that XML has no way to write are left out. Elements end in
 /// the order in which they began.

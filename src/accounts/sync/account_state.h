@@ -65,7 +65,7 @@ struct AgreedCalendar {
 struct MirrorState {
   AgreedCalendar agreed;
   std::string token;  ///< of sync-collection; empty when there is none
-  std::string ctag;
+  std::string ctag;   ///< where there is no token
   /// When token and ctag were learned. A server that counts in seconds gives the same token to two states of one
   /// second.
   std::optional<store::Moment> asOf;

@@ -44,6 +44,16 @@ bool sameColor(const std::optional<store::Rgb>& one, const std::optional<store::
   return one.has_value() == other.has_value() && (!one || one->bytes() == other->bytes());
 }
 
+/// Where each calendar has a token nobody looks at its ctag.
+Answer<Marks> marksFor(const std::vector<Mirror>& mirrors) {
+  if (mirrors.empty()) { return Marks::kAll; }
+  for (const Mirror& mirror : mirrors) {
+    ORLOCAL_STORE_TRY(const auto state, MirrorState::ofText(mirror.state));
+    if (state.token.empty()) { return Marks::kAll; }
+  }
+  return Marks::kTokens;
+}
+
 bool ofTheCalendar(Trouble trouble) {
   return trouble == Trouble::kForbidden || trouble == Trouble::kNotFound || trouble == Trouble::kClash ||
          trouble == Trouble::kRefused || trouble == Trouble::kUnsupported || trouble == Trouble::kPrecondition ||
@@ -59,9 +69,11 @@ Answer<void> CalendarList::pass(const std::string& title, Answer<void> outcome) 
 }
 
 Answer<std::vector<MirroredCalendar>> CalendarList::run() {
+  ORLOCAL_STORE_TRY(auto mirrors, store::RemoteReader(m_context.store).mirrors(m_context.source));
+  ORLOCAL_TRY(const Marks marks, marksFor(mirrors));
   std::map<std::string, RemoteCalendar> remotes;
   for (const std::string& home : m_context.account.homes) {
-    ORLOCAL_TRY(auto found, m_context.server.calendars(home));
+    ORLOCAL_TRY(auto found, m_context.server.calendars(home, marks));
     for (RemoteCalendar& calendar : found) { remotes.emplace(comparablePath(calendar.url), std::move(calendar)); }
   }
   std::map<store::CalendarId, Calendar> here;
@@ -71,7 +83,6 @@ Answer<std::vector<MirroredCalendar>> CalendarList::run() {
       if (calendar.source == m_context.source) { here.emplace(calendar.id, calendar); }
     }
   }
-  ORLOCAL_STORE_TRY(auto mirrors, store::RemoteReader(m_context.store).mirrors(m_context.source));
   std::vector<MirroredCalendar> both;
   for (Mirror& mirror : mirrors) {
     const auto calendar = here.find(mirror.calendar);

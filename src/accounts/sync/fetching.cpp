@@ -1,6 +1,7 @@
 #include "accounts/sync/fetching.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -75,7 +76,7 @@ Answer<Fetching::News> Fetching::learnNews() {
     if (!changes && changes.error().trouble == Trouble::kUnsupported) { return listAll(); }
     ORLOCAL_CHECK(changes);
     for (const RemoteEntry& entry : changes->changed) { compare(entry, all); }
-    listed.insert(listed.end(), changes->changed.begin(), changes->changed.end());
+    std::move(changes->changed.begin(), changes->changed.end(), std::back_inserter(listed));
     more = changes->more && changes->token != all.token;
     all.token = std::move(changes->token);
   }
@@ -147,6 +148,7 @@ void Fetching::compare(const RemoteEntry& entry, News& news) {
 }
 
 void Fetching::suspectUnlisted(const std::vector<RemoteEntry>& listed, News& news) {
+  if (m_known.empty()) { return; }
   std::set<std::string> keys;
   for (const RemoteEntry& entry : listed) { keys.insert(comparablePath(entry.url)); }
   for (const auto& [key, resource] : m_known) {
@@ -199,10 +201,11 @@ Answer<void> Fetching::takeIn(RemoteTexts texts, TakingIn& takingIn) {
 Answer<void> Fetching::remember(const News& news) {
   const auto now = m_context.clock.now();
   const bool quiet = news.changed.empty() && news.suspected.empty() && news.missed.empty();
-  const bool same = m_state.token == news.token && m_state.ctag == m_now.ctag && m_state.asOf;
+  const std::string ctag = news.token.empty() ? m_now.ctag : std::string();
+  const bool same = m_state.token == news.token && m_state.ctag == ctag && m_state.asOf;
   if (!same) { m_state.asOf = now; }
   m_state.token = news.token;
-  m_state.ctag = m_now.ctag;
+  m_state.ctag = ctag;
   m_state.trouble.clear();
   m_state.settled = quiet && same && now - *m_state.asOf >= kSettlesAfter;
   m_mirror.state = m_state.text();

@@ -50,7 +50,7 @@ class DavServerRequests : public testing::Test {
 
 TEST_F(DavServerRequests, AskForCalendarsWithDepthOneAndAContentType) {
   transport.on("PROPFIND " + kCal, 207, multistatusOf(""));
-  ASSERT_TRUE(server.calendars(kCal));
+  ASSERT_TRUE(server.calendars(kCal, Marks::kAll));
   EXPECT_EQ(sentHeader("Depth"), "1");
   EXPECT_EQ(sentHeader("Content-Type"), "application/xml; charset=utf-8");
   const auto body = readXml(last().body);
@@ -59,9 +59,18 @@ TEST_F(DavServerRequests, AskForCalendarsWithDepthOneAndAContentType) {
   EXPECT_NE(body->child(dav::kProp)->child(dav::kGetCtag), nullptr);
 }
 
+TEST_F(DavServerRequests, AskForNoCtagWhereTokensWillDo) {
+  transport.on("PROPFIND " + kCal, 207, multistatusOf(""));
+  ASSERT_TRUE(server.calendars(kCal, Marks::kTokens));
+  const auto body = readXml(last().body);
+  ASSERT_TRUE(body);
+  EXPECT_EQ(body->child(dav::kProp)->child(dav::kGetCtag), nullptr);
+  EXPECT_NE(body->child(dav::kProp)->child(dav::kSyncToken), nullptr);
+}
+
 TEST_F(DavServerRequests, GiveCalendarsOfADefaultNamespace) {
   transport.on("PROPFIND https://h/ann/", 207, dialect("default_namespace_home"));
-  const auto found = server.calendars("https://h/ann/");
+  const auto found = server.calendars("https://h/ann/", Marks::kAll);
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 1U) << "neither the home nor the address book is one";
   const RemoteCalendar& work = found->front();
@@ -82,7 +91,7 @@ TEST_F(DavServerRequests, GiveCalendarsOfADefaultNamespace) {
 
 TEST_F(DavServerRequests, GiveCalendarsOfNumberedPrefixes) {
   transport.on("PROPFIND https://h/ann/calendars/", 207, dialect("numbered_prefixes_home"));
-  const auto found = server.calendars("https://h/ann/calendars/");
+  const auto found = server.calendars("https://h/ann/calendars/", Marks::kAll);
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 1U);
   EXPECT_TRUE(found->front().events && found->front().reminders);
@@ -94,7 +103,7 @@ TEST_F(DavServerRequests, GiveCalendarsOfNumberedPrefixes) {
 
 TEST_F(DavServerRequests, GiveCalendarsWhosePrefixIsDeclaredAnew) {
   transport.on("PROPFIND https://h/calendars/ann", 207, dialect("redeclared_prefix_home"));
-  const auto found = server.calendars("https://h/calendars/ann");
+  const auto found = server.calendars("https://h/calendars/ann", Marks::kAll);
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 1U);
   const RemoteCalendar& tasks = found->front();
@@ -110,7 +119,7 @@ TEST_F(DavServerRequests, GiveCalendarsWhosePrefixIsDeclaredAnew) {
 
 TEST_F(DavServerRequests, DoNotKnowWhatTheServerKeepsToItself) {
   transport.on("PROPFIND https://dav.example.org/dav.php/ann/", 207, dialect("double_escapes_home"));
-  const auto found = server.calendars("https://dav.example.org/dav.php/ann/");
+  const auto found = server.calendars("https://dav.example.org/dav.php/ann/", Marks::kAll);
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 1U);
   EXPECT_EQ(found->front().url, "https://dav.example.org/dav.php/ann/shared/");
@@ -161,7 +170,7 @@ TEST_F(DavServerRequests, FollowTheAddressThatAnswered) {
               "<D:resourcetype><C:calendar/></D:resourcetype></D:prop><D:status>HTTP/1.1 200 OK</D:status></D:propstat>"
               "</D:response>"),
           "https://other.example.org/moved/"});
-  const auto found = server.calendars(kCal);
+  const auto found = server.calendars(kCal, Marks::kAll);
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 1U);
   EXPECT_EQ(found->front().url, "https://other.example.org/moved/there/");
@@ -169,9 +178,9 @@ TEST_F(DavServerRequests, FollowTheAddressThatAnswered) {
 
 TEST_F(DavServerRequests, TakeAPageForPeopleForNonsense) {
   transport.on("PROPFIND " + kCal, 200, "<html><body>Sign in</body></html>");
-  EXPECT_EQ(server.calendars(kCal).error().trouble, Trouble::kNonsense);
+  EXPECT_EQ(server.calendars(kCal, Marks::kAll).error().trouble, Trouble::kNonsense);
   transport.on("PROPFIND https://h/2/", 207, "<html><body>Sign in</body></html>");
-  EXPECT_EQ(server.calendars("https://h/2/").error().trouble, Trouble::kNonsense);
+  EXPECT_EQ(server.calendars("https://h/2/", Marks::kAll).error().trouble, Trouble::kNonsense);
 }
 
 TEST_F(DavServerRequests, MissACalendarWhereThereIsAnotherThing) {
@@ -191,7 +200,7 @@ TEST_F(DavServerRequests, SayWhatTheServerSaysOfTheCalendarItself) {
 
 TEST_F(DavServerRequests, AreToldWhenToComeAgain) {
   transport.on("PROPFIND " + kCal, 503, "", {{"retry-after", "Mon, 02 Nov 2026 08:02:00 GMT"}});
-  const auto found = server.calendars(kCal);
+  const auto found = server.calendars(kCal, Marks::kAll);
   ASSERT_FALSE(found);
   EXPECT_EQ(found.error().trouble, Trouble::kLater);
   EXPECT_EQ(found.error().retryAfter, std::chrono::seconds(120));
@@ -199,7 +208,7 @@ TEST_F(DavServerRequests, AreToldWhenToComeAgain) {
 
 TEST_F(DavServerRequests, PassOnThatNoAnswerCame) {
   transport.on("PROPFIND " + kCal, refusal(Trouble::kAnswerLost, "it broke off"));
-  EXPECT_EQ(server.calendars(kCal).error().trouble, Trouble::kAnswerLost);
+  EXPECT_EQ(server.calendars(kCal, Marks::kAll).error().trouble, Trouble::kAnswerLost);
 }
 
 TEST_F(DavServerRequests, TakeAHomeThatIsNotThereForNoEmptyOne) {
@@ -208,7 +217,7 @@ TEST_F(DavServerRequests, TakeAHomeThatIsNotThereForNoEmptyOne) {
       "Found</D:status></D:response>");
   transport.on("PROPFIND " + kCal, 207, gone);
   transport.on("REPORT " + kCal, 207, gone);
-  EXPECT_EQ(server.calendars(kCal).error().trouble, Trouble::kNotFound);
+  EXPECT_EQ(server.calendars(kCal, Marks::kAll).error().trouble, Trouble::kNotFound);
   EXPECT_EQ(server.entries(kCal).error().trouble, Trouble::kNotFound);
   EXPECT_EQ(server.changesSince(kCal, "token").error().trouble, Trouble::kNotFound);
 }
@@ -314,7 +323,7 @@ TEST_F(DavServerRequests, NeverTakeAListThatWasCutShortForAll) {
   transport.on("PROPFIND " + kCal, 207,
                multistatusOf("<D:response><D:href>/cal/</D:href><D:status>HTTP/1.1 507 x</D:status></D:response>"));
   EXPECT_FALSE(server.entries(kCal));
-  EXPECT_FALSE(server.calendars(kCal));
+  EXPECT_FALSE(server.calendars(kCal, Marks::kAll));
 }
 
 TEST_F(DavServerRequests, SortTextsIntoFoundMissingAndUnsaid) {

@@ -1,5 +1,8 @@
 #include "accounts/dav/xml.h"
 
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "accounts/dav/names.h"
@@ -41,6 +44,22 @@ TEST(ReadingXml, KeepsAttributesButForNamespaces) {
   EXPECT_EQ(root->attribute("name"), "VEVENT");
   EXPECT_EQ(root->attribute("C"), std::nullopt);
   EXPECT_EQ(root->attributes.size(), 1U);
+}
+
+TEST(ReadingXml, HandsOutTheChildrenOfTheRootOneByOneAndKeepsNone) {
+  std::vector<std::string> taken;
+  const auto root = readXml("<a n=\"1\">x<b><c>1</c></b><b/>y</a>", [&](XmlElement child) {
+    taken.push_back(child.local + std::to_string(child.children.size()));
+  });
+  ASSERT_TRUE(root);
+  EXPECT_EQ(root->attribute("n"), "1");
+  EXPECT_EQ(root->text, "xy");
+  EXPECT_TRUE(root->children.empty());
+  EXPECT_EQ(taken, (std::vector<std::string>{"b1", "b0"}));
+}
+
+TEST(ReadingXml, GivesNoRootWhenWhatFollowsTheChildrenIsBroken) {
+  EXPECT_FALSE(readXml("<a><b/>", [](XmlElement) {}));
 }
 
 TEST(ReadingXml, TakesOtherEncodingsThanUtf8) {

@@ -75,7 +75,7 @@ void tell(const std::string& what, const Answer<T>& answer) {
 }
 
 void probe(CalendarServer& server, const std::string& home, const std::string& number) {
-  tell("calendars", server.calendars(home));
+  tell("calendars", server.calendars(home, Marks::kAll));
   tell("calendars of a home that is none", server.calendars(home + "none-" + number + "/"));
   const std::string url = home + "probe-" + number + "/";
   const NewCalendar wanted{"Probe & more", true, false, store::Rgb{1, 0, 0}};

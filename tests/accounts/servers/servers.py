@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Starts a calendar server of another make in a temporary folder, for users alice and bob with the password "secret".
 
-usage: servers.py radicale|xandikos|sabre|davical|cyrus|sogo
+usage: servers.py radicale|xandikos|sabre|davical|cyrus|sogo [USER…]    other users than these
 
 Prints one line of JSON when the server answers, goes on until its standard input ends, and then ends all that it
 started, children too, and removes the folder. Tests use running(NAME), which starts this program: a test that is killed
@@ -60,8 +60,9 @@ class Server:
     # Scenario's name: why this server cannot do it.
     cannot = {}
 
-    def __init__(self, folder):
+    def __init__(self, folder, users=USERS):
         self.folder = pathlib.Path(folder)
+        self.users = users
         self.port = free_port()
         self.origin = f"http://127.0.0.1:{self.port}"
 
@@ -101,7 +102,7 @@ class Radicale(Server):
     program = "radicale"
 
     def start(self):
-        self.write("users", "".join(f"{user}:{PASSWORD}\n" for user in USERS))
+        self.write("users", "".join(f"{user}:{PASSWORD}\n" for user in self.users))
         # What alice makes below /bob/shared/ is hers to write and bob's to read.
         self.write("rights", "\n".join(
             f"[{title}]\nuser: {user}\ncollection: {collection}\npermissions: {permissions}\n"
@@ -177,7 +178,7 @@ class Sabre(Server):
         for table in ("principals", "users", "calendars", "locks"):
             schema = pathlib.Path(f"/usr/share/doc/php-sabre-dav/examples/sql/sqlite.{table}.sql")
             self.run("sqlite3", database, input=schema.read_text(encoding="utf-8"))
-        for user in USERS:
+        for user in self.users:
             digest = hashlib.md5(f"{user}:SabreDAV:{PASSWORD}".encode()).hexdigest()
             self.run("sqlite3", database, f"insert into users (username, digesta1) values ('{user}', '{digest}');"
                      f"insert into principals (uri, email, displayname) values"
@@ -222,7 +223,7 @@ $c->domain_name = '127.0.0.1';
 $c->default_locale = 'en';
 $c->home_calendar_name = 'calendar';
 """)
-        for user in USERS:
+        for user in self.users:
             self.database.sql("davical", f"""
                 insert into usr (active, email_ok, joined, username, password, fullname, email)
                 values (true, now(), now(), '{user}', '**{PASSWORD}', '{user}', '{user}@example.invalid');
@@ -296,14 +297,14 @@ EVENTS {{
   checkpoint cmd="/usr/sbin/cyrus ctl_cyrusdb -C {settings} -c" period=30
 }}
 """)
-        for user in ("admin", *USERS):
+        for user in ("admin", *self.users):
             self.run("saslpasswd2", "-p", "-c", "-f", self.folder / "sasldb2", "-u", "localhost", user, input=PASSWORD)
         self.run("chown", "-R", "cyrus:mail", self.folder)
         self.go("/usr/sbin/cyrmaster", "-C", settings, "-M", services, "-p", self.folder / "master.pid", "-D",
                 "-L", self.folder / "master.log")
         self.wait()
         # The first mail login makes a user's mailbox, and that the calendars.
-        for user in USERS:
+        for user in self.users:
             self.imap(user)
 
     def imap(self, user, *commands):
@@ -331,7 +332,7 @@ class Sogo(Server):
         database.start()
         database.sql("postgres", "create user sogo superuser password 'sogo'")
         database.sql("postgres", "create database sogo owner sogo encoding 'UTF8' template template0")
-        rows = ", ".join(f"('{user}', '{user}', md5('{PASSWORD}'), '{user}', '{user}@example.invalid')" for user in USERS)
+        rows = ", ".join(f"('{user}', '{user}', md5('{PASSWORD}'), '{user}', '{user}@example.invalid')" for user in self.users)
         database.sql("sogo", "create table sogo_users (c_uid varchar(64) primary key, c_name varchar(64),"
                      " c_password varchar(64), c_cn varchar(128), mail varchar(128));"
                      f" insert into sogo_users values {rows}; alter table sogo_users owner to sogo;")
@@ -358,14 +359,14 @@ class Sogo(Server):
 SERVERS = {each.name: each for each in (Radicale, Xandikos, Sabre, DaviCal, Cyrus, Sogo)}
 
 
-def keep(name):
+def keep(name, users):
     """Runs the server until standard input ends."""
     processes.adopt_orphans()
     for number in (signal.SIGINT, signal.SIGTERM):
         signal.signal(number, lambda *_: sys.exit(1))
     with tempfile.TemporaryDirectory(prefix="cal", ignore_cleanup_errors=True) as folder:
         os.chmod(folder, 0o755)
-        server = SERVERS[name](folder)
+        server = SERVERS[name](folder, users)
         try:
             server.start()
             server.wait()
@@ -377,9 +378,9 @@ def keep(name):
 
 
 @contextlib.contextmanager
-def running(name):
-    """The server, answering. It ends with the block, or with this process."""
-    keeper = subprocess.Popen([sys.executable, __file__, name], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+def running(name, users=USERS):
+    """The server, answering. It ends with the block, or with this process. All of its processes lie below `keeper`."""
+    keeper = subprocess.Popen([sys.executable, __file__, name, *users], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                               text=True, start_new_session=True)
     try:
         line = keeper.stdout.readline()
@@ -387,7 +388,7 @@ def running(name):
             raise RuntimeError(f"{name} did not start")
         told = json.loads(line)
         server = SERVERS[name].__new__(SERVERS[name])
-        server.folder = pathlib.Path(told["folder"])
+        server.folder, server.users, server.keeper = pathlib.Path(told["folder"]), users, keeper.pid
         server.port, server.imap_port = told["port"], told["imap_port"]
         server.origin = f"http://127.0.0.1:{server.port}"
         yield server
@@ -397,8 +398,8 @@ def running(name):
 
 
 def main():
-    if len(sys.argv) != 2 or sys.argv[1] not in SERVERS:
-        print(f"usage: servers.py {'|'.join(SERVERS)}", file=sys.stderr)
+    if len(sys.argv) < 2 or sys.argv[1] not in SERVERS:
+        print(f"usage: servers.py {'|'.join(SERVERS)} [USER…]", file=sys.stderr)
         return 2
     server = SERVERS[sys.argv[1]]
     if shutil.which(server.program) is None:
@@ -407,7 +408,7 @@ def main():
     if server.needs_root and os.geteuid() != 0:
         print(f"servers.py: {server.name} needs root, as it runs as a user of its own", file=sys.stderr)
         return 1
-    keep(sys.argv[1])
+    keep(sys.argv[1], sys.argv[2:] or USERS)
     return 0
 
 

@@ -44,6 +44,18 @@ TEST_F(AccountSync, AsksOnceWhereNothingIsNew) {
   EXPECT_EQ(machine->people->generation(), generation);
 }
 
+TEST_F(AccountSync, AsksForCtagsOnlyWhereThereAreNoTokens) {
+  for (const bool hasNoSync : {false, true}) {
+    server.quirks.hasNoSync = hasNoSync;
+    server.putAs(url(hasNoSync ? "2.ics" : "1.ics"), eventText(hasNoSync ? "two" : "one", "Lunch"));
+    for (int i = 0; i < 3; ++i) { synced(); }
+    server.forgetLog();
+    synced();
+    ASSERT_EQ(server.log().size(), 1u);
+    EXPECT_EQ(server.log().front().body.find("getctag") != std::string::npos, hasNoSync);
+  }
+}
+
 TEST_F(AccountSync, BringsWhatAnotherClientDid) {
   server.putAs(url("1.ics"), eventText("one", "Lunch"));
   server.putAs(url("2.ics"), eventText("two", "Dinner"));
