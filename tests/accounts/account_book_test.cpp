@@ -66,13 +66,12 @@ TEST_F(BookOfAccounts, NamesThoseThatThereAreWhenOneIsMissed) {
 }
 
 TEST_F(BookOfAccounts, SavesSettingsAndStateWithoutUndoingTheOther) {
-  Account first = added("Work");
+  const Account first = added("Work");
   Account second = AccountBook(*store).named("Work").value();
-  first.settings.paused = true;
   second.state.failures = 3;
   second.state.failure = "It failed.";
   second.state.trouble = Trouble::kUntrusted;
-  ASSERT_TRUE(AccountBook(*store).saveSettings(first));
+  ASSERT_TRUE(AccountBook(*store).changeSettings(first.source, [](auto& settings) { settings.paused = true; }));
   ASSERT_TRUE(AccountBook(*store).saveState(second));
   const Account now = AccountBook(*store).named("Work").value();
   EXPECT_TRUE(now.settings.paused);

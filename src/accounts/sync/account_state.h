@@ -62,6 +62,11 @@ struct AgreedCalendar {
   friend bool operator==(const AgreedCalendar&, const AgreedCalendar&) = default;
 };
 
+/// What both sides agree on when the server has taken the calendar as it stands here.
+inline AgreedCalendar agreedOn(const store::Calendar& calendar) {
+  return {calendar.title, calendar.color, calendar.order};
+}
+
 struct MirrorState {
   AgreedCalendar agreed;
   std::string token;  ///< of sync-collection; empty when there is none

@@ -37,8 +37,6 @@ AgreedCalendar describedBy(const RemoteCalendar& remote) {
   return {titleOf(remote), remote.color, remote.order.value_or(0)};
 }
 
-AgreedCalendar describedBy(const Calendar& calendar) { return {calendar.title, calendar.color, calendar.order}; }
-
 /// Colours go over the wire in bytes.
 bool sameColor(const std::optional<store::Rgb>& one, const std::optional<store::Rgb>& other) {
   return one.has_value() == other.has_value() && (!one || one->bytes() == other->bytes());
@@ -99,7 +97,7 @@ Answer<std::vector<MirroredCalendar>> CalendarList::run() {
 Answer<void> CalendarList::agree(Mirror& mirror, const RemoteCalendar& remote, const Calendar& here) {
   ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(mirror.state));
   const AgreedCalendar there = describedBy(remote);
-  AgreedCalendar wanted = describedBy(here);
+  AgreedCalendar wanted = agreedOn(here);
   if (there.title != state.agreed.title) { wanted.title = there.title; }
   if (!sameColor(there.color, state.agreed.color)) { wanted.color = there.color; }
   if (there.order != state.agreed.order) { wanted.order = there.order; }
@@ -168,7 +166,7 @@ Answer<void> CalendarList::makeThere(const Calendar& calendar, std::vector<Mirro
   // Written down first: a list that has it already, after an answer was lost, then finds whose it is.
   Mirror mirror{0, m_context.source, calendar.id, home + (home.ends_with('/') ? "" : "/") + name + "/", ""};
   MirrorState state;
-  state.agreed = describedBy(calendar);
+  state.agreed = agreedOn(calendar);
   mirror.state = state.text();
   // What is in it by now was noted for no server.
   std::vector<store::ItemId> items;

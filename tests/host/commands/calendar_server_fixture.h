@@ -23,7 +23,7 @@ class CalendarServerOnLoopback {
   accounts::MemoryServer& content() { return m_memory; }
   std::size_t asked() const { return m_loopback.seen().size(); }
 
- private:
+  /// What it says to a request, wherever that came in.
   accounts::SentReply answer(const accounts::SeenRequest& request) {
     const std::lock_guard lock(m_mutex);
     if (m_status != 0) { return accounts::LoopbackServer::reply(m_status); }
@@ -39,6 +39,7 @@ class CalendarServerOnLoopback {
     return accounts::LoopbackServer::reply(response->status, response->body, headers);
   }
 
+ private:
   static inline const std::string kOrigin = "https://memory.example";
   std::mutex m_mutex;
   accounts::MemoryServer m_memory;

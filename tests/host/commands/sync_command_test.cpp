@@ -1,3 +1,4 @@
+#include <atomic>
 #include <csignal>
 
 #include "accounts/syncing.h"
@@ -132,6 +133,25 @@ TEST_F(FollowingSync, GoesOnWithTheOthersWhenOneFailsAndSaysItOnce) {
   }
   importedInto("Team", meeting("Meeting"));
   EXPECT_EQ(follower.line(), "Work: 1 sent");
+}
+
+TEST_F(FollowingSync, SendsWhileAnotherServerIsSilent) {
+  std::atomic<bool> isSilent{false};
+  accounts::LoopbackServer other([&](const accounts::SeenRequest& request) {
+    return isSilent ? accounts::SentReply{"", false, true} : server.answer(request);
+  });
+  ASSERT_EQ(run({"account", "add", other.url("/"), "--user", "alice", "--name", "Silent", "--password-file", password}),
+            ExitStatus::kDone)
+      << err;
+  added("Work");
+  ASSERT_EQ(run({"sync", "Work"}), ExitStatus::kDone);
+  isSilent = true;
+  RunningProgram follower({ORLOCAL_PROGRAM, "sync", "--follow"});
+  EXPECT_THAT(follower.errorLine(), HasSubstr("Ctrl-C ends it"));
+  importedInto("Team", meeting("Meeting"));
+  EXPECT_EQ(follower.line(), "Work: 1 sent");
+  follower.signal(SIGTERM);
+  EXPECT_EQ(follower.finish(), 0);
 }
 
 }  // namespace

@@ -31,10 +31,9 @@ struct RemoveWords {
 Result<ExitStatus> setPaused(const std::string& name, bool paused) {
   ORLOCAL_TRY(const auto store, openUserStore());
   accounts::AccountBook book(*store);
-  ORLOCAL_TRY(Account account, book.named(name));
+  ORLOCAL_TRY(const Account account, book.named(name));
   if (account.settings.paused == paused) { return ExitStatus::kDone; }
-  account.settings.paused = paused;
-  ORLOCAL_CHECK(book.saveSettings(account));
+  ORLOCAL_CHECK(book.changeSettings(account.source, [&](auto& settings) { settings.paused = paused; }));
   return ExitStatus::kDone;
 }
 
