@@ -127,6 +127,15 @@ Status AccountBook::add(Account& account) {
   return writer->commit();
 }
 
+Status AccountBook::rename(store::SourceId source, const std::string& name) {
+  ORLOCAL_TRY(const auto writer, m_store.startWriting());
+  ORLOCAL_TRY(const auto remotes, writer->remotes().remotes());
+  ORLOCAL_TRY(const auto sources, writer->sources());
+  ORLOCAL_CHECK(mustBeFree(name, remotes, sources));
+  ORLOCAL_CHECK(writer->renameSource(source, name));
+  return writer->commit();
+}
+
 Status AccountBook::change(store::SourceId source, const std::function<Status(store::Remote&)>& write) {
   ORLOCAL_TRY(const auto writer, m_store.startWriting());
   ORLOCAL_TRY(auto remotes, writer->remotes().remotes());

@@ -40,6 +40,8 @@ class AccountBook {
   Status mustBeFree(std::string_view name);
   /// Makes its source. `identifier` and `source` are filled in. A name that is taken is refused.
   Status add(Account& account);
+  /// Gives it another name; one that is taken is refused.
+  Status rename(store::SourceId source, const std::string& name);
   /// Changes what stands there now, so that two who set different things both keep theirs. Nothing happens when the
   /// account is gone; the same of `saveState`.
   Status changeSettings(store::SourceId source, const std::function<void(AccountSettings&)>& set);

@@ -73,6 +73,12 @@ class Follower {
   }
 
  private:
+  /// When an account is synced next, as its settings are; made anew when somebody has changed those.
+  struct Plan {
+    std::string settings;
+    steady_clock::time_point next;
+  };
+
   /// Begins whatever is due; when something will be next.
   Result<steady_clock::time_point> onTurn() {
     for (FinishedSync& finished : m_workers.takeFinished()) { take(finished); }
@@ -83,29 +89,34 @@ class Follower {
       return account.settings.paused ||
              (!m_names.empty() && std::find(m_names.begin(), m_names.end(), account.name) == m_names.end());
     });
-    stopAllBut(all);
+    forgetAllBut(all);
     ORLOCAL_TRY(const auto hurried, withNews(book, all));
     m_hurried.insert(hurried.begin(), hurried.end());
     auto next = steady_clock::now() + kLongestSleep;
     for (const Account& account : all) {
       if (m_workers.isSyncing(account.source)) { continue; }
-      const auto planned = m_next.try_emplace(account.source, whenNext(account)).first;
-      if (planned->second <= steady_clock::now() || m_hurried.contains(account.source)) {
+      Plan& plan = m_plans[account.source];
+      if (std::string settings = account.settings.text(); plan.settings != settings) {
+        plan = {std::move(settings), whenNext(account)};
+      }
+      if (plan.next <= steady_clock::now() || m_hurried.contains(account.source)) {
         m_hurried.erase(account.source);
         if (const Status started = m_workers.start(account); started) { continue; }
-        planned->second = steady_clock::now() + kAfterStoreFailure;
+        plan.next = steady_clock::now() + kAfterStoreFailure;
       }
-      next = std::min(next, planned->second);
+      next = std::min(next, plan.next);
     }
     return next;
   }
 
-  /// Whoever pauses or removes an account need not wait for its server.
-  void stopAllBut(const std::vector<Account>& all) {
+  /// Whoever pauses or removes an account need not wait for its server; when it is resumed it is looked at anew.
+  void forgetAllBut(const std::vector<Account>& all) {
+    const auto isGone = [&](store::SourceId source) {
+      return std::none_of(all.begin(), all.end(), [&](const Account& account) { return account.source == source; });
+    };
+    std::erase_if(m_plans, [&](const auto& each) { return isGone(each.first); });
     for (const store::SourceId running : m_workers.running()) {
-      const bool goesOn =
-          std::any_of(all.begin(), all.end(), [&](const Account& account) { return account.source == running; });
-      if (!goesOn) { m_workers.stop(running); }
+      if (isGone(running)) { m_workers.stop(running); }
     }
   }
 
@@ -133,7 +144,7 @@ class Follower {
 
   void take(const FinishedSync& finished) {
     const Account& account = finished.account;
-    auto& next = m_next[account.source];
+    auto& next = m_plans[account.source].next;
     if (finished.passedOver) {
       next = steady_clock::now() + kAfterPassingOver;
       return;
@@ -148,8 +159,11 @@ class Follower {
     const accounts::SyncReport& report = *finished.report;
     if (report.failure) {
       m_hurried.erase(account.source);
-      // Whoever paused it or ended this is not told that it was stopped.
-      if (report.failure->trouble == accounts::Trouble::kInterrupted) { return; }
+      if (report.failure->trouble == accounts::Trouble::kInterrupted) {
+        // Whoever paused it need not be told that it was stopped, and it is no failure.
+        m_plans.erase(account.source);
+        return;
+      }
     }
     tell(account, report, finished.failureBefore);
   }
@@ -183,7 +197,7 @@ class Follower {
   SyncWorkers& m_workers;
   const std::vector<std::string>& m_names;
   CommandContext& m_context;
-  std::map<store::SourceId, steady_clock::time_point> m_next;
+  std::map<store::SourceId, Plan> m_plans;
   std::set<store::SourceId> m_hurried;  ///< what was changed while their sync ran goes out right after it
   store::LogPosition m_position;
   std::uint64_t m_generation = 0;
