@@ -160,6 +160,7 @@ void visitMirror(Fields& fields, State& state) {
   fields("ctag", state.ctag);
   fields("asOf", state.asOf);
   fields("settled", state.settled);
+  fields("unmade", state.unmade);
   fields("writable", state.writable);
   fields("rightsKnown", state.rightsKnown);
   fields("trouble", state.trouble);

@@ -75,6 +75,7 @@ struct MirrorState {
   /// second.
   std::optional<store::Moment> asOf;
   bool settled = false;  ///< whether the server was asked once more, later than that second
+  bool unmade = false;   ///< the server was or is to make it, and was not seen to have it
   bool writable = true;
   bool rightsKnown = false;  ///< whether the server says what is allowed; else the first refusal does
   std::string trouble;       ///< why its content could not be brought here; empty when it went well

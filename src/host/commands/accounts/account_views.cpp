@@ -109,7 +109,7 @@ class AccountView {
  private:
   Status addMirror(store::RemoteReader& reader, const store::Mirror& mirror, ShownCalendar& shown) {
     ORLOCAL_TRY(const auto state, accounts::MirrorState::ofText(mirror.state));
-    shown.onServer = !mirror.url.empty();
+    shown.onServer = !mirror.url.empty() && !state.unmade;
     shown.trouble = state.trouble;
     ORLOCAL_TRY(const auto resources, reader.resources(mirror.id));
     for (const store::Resource& resource : resources) {
