@@ -37,7 +37,6 @@ constexpr XmlName kSyncLevel{XmlSpace::kDav, "sync-level"};
 // RFC 4791, 6638.
 constexpr XmlName kCalendar{XmlSpace::kCalDav, "calendar"};
 constexpr XmlName kCalendarHomeSet{XmlSpace::kCalDav, "calendar-home-set"};
-constexpr XmlName kCalendarUserAddressSet{XmlSpace::kCalDav, "calendar-user-address-set"};
 constexpr XmlName kCalendarDescription{XmlSpace::kCalDav, "calendar-description"};
 constexpr XmlName kSupportedComponents{XmlSpace::kCalDav, "supported-calendar-component-set"};
 constexpr XmlName kComp{XmlSpace::kCalDav, "comp"};
@@ -48,6 +47,8 @@ constexpr XmlName kMkCalendar{XmlSpace::kCalDav, "mkcalendar"};
 
 // What no RFC has and every server knows.
 constexpr XmlName kGetCtag{XmlSpace::kCalendarServer, "getctag"};
+constexpr XmlName kProxyReadFor{XmlSpace::kCalendarServer, "calendar-proxy-read-for"};
+constexpr XmlName kProxyWriteFor{XmlSpace::kCalendarServer, "calendar-proxy-write-for"};
 constexpr XmlName kCalendarColor{XmlSpace::kApple, "calendar-color"};
 constexpr XmlName kCalendarOrder{XmlSpace::kApple, "calendar-order"};
 

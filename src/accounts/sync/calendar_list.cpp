@@ -59,8 +59,14 @@ Answer<void> CalendarList::pass(const std::string& title, Answer<void> outcome) 
 Answer<std::vector<MirroredCalendar>> CalendarList::run() {
   std::map<std::string, RemoteCalendar> remotes;
   for (const std::string& home : m_context.account.homes) {
-    ORLOCAL_TRY(auto found, m_context.server.calendars(home));
-    for (RemoteCalendar& calendar : found) { remotes.emplace(comparablePath(calendar.url), std::move(calendar)); }
+    auto found = m_context.server.calendars(home);
+    if (!found && home == m_context.account.homes.front()) { return Refusal(std::move(found.error())); }
+    if (!found) {
+      // What others share may be theirs alone again; their calendars are asked for by themselves.
+      ORLOCAL_CHECK(pass(shownUrl(home), Refusal(std::move(found.error()))));
+      continue;
+    }
+    for (RemoteCalendar& calendar : *found) { remotes.emplace(comparablePath(calendar.url), std::move(calendar)); }
   }
   std::map<store::CalendarId, Calendar> here;
   for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {

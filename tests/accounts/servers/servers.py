@@ -169,7 +169,7 @@ class Sabre(Server):
     program = "php"
     principal = "/principals/{user}/"
     home = "/calendars/{user}/"
-    cannot = {"read_only": "what is shared to a user is in no home of that user"}
+    cannot = {"read_only": "the whole home of a user is shared, not a calendar"}
 
     def start(self):
         (self.folder / "data").mkdir()
@@ -181,10 +181,18 @@ class Sabre(Server):
             digest = hashlib.md5(f"{user}:SabreDAV:{PASSWORD}".encode()).hexdigest()
             self.run("sqlite3", database, f"insert into users (username, digesta1) values ('{user}', '{digest}');"
                      f"insert into principals (uri, email, displayname) values"
-                     f" ('principals/{user}', '{user}@example.invalid', '{user}');")
+                     f" ('principals/{user}', '{user}@example.invalid', '{user}'),"
+                     f" ('principals/{user}/calendar-proxy-read', null, null),"
+                     f" ('principals/{user}/calendar-proxy-write', null, null);")
         page = self.write("index.php", SABRE_PAGE)
         self.go("php", "-S", f"127.0.0.1:{self.port}", "-t", self.folder, page,
                 env=dict(os.environ, PHP_CLI_SERVER_WORKERS="4"))
+
+    def let_read(self, owner, reader):
+        """Lets one user read all calendars of another."""
+        member = "(select id from principals where uri = 'principals/{}')".format
+        self.run("sqlite3", self.folder / "data" / "db.sqlite", "insert into groupmembers (principal_id, member_id) values"
+                 f" ({member(owner + '/calendar-proxy-read')}, {member(reader)});")
 
 
 DAVICAL_PAGE = r"""<?php

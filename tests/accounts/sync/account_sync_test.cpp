@@ -355,6 +355,18 @@ TEST_F(AccountSync, MakesAndRemovesCalendarsThere) {
   EXPECT_EQ(server.snapshot().calendars.size(), 1u);
 }
 
+TEST_F(AccountSync, GoesOnWithoutTheHomeOfSomebodyWhoSharesNoMore) {
+  machine->state().homes.push_back(MemoryServer::address("/calendars/gone/"));
+  server.putAs(url("a.ics"), eventText("a", "Talk"));
+  const SyncReport report = synced();
+  EXPECT_EQ(report.received, 1u);
+  ASSERT_EQ(report.troubles.size(), 1u);
+  EXPECT_EQ(report.troubles.front().calendar, MemoryServer::address("/calendars/gone/"));
+  machine->state().homes.insert(machine->state().homes.begin(), MemoryServer::address("/calendars/gone/"));
+  EXPECT_TRUE(machine->sync().failure);
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("Talk"));
+}
+
 TEST_F(AccountSync, SendsWhatWasInACalendarBeforeTheServerHadIt) {
   synced();
   store::Calendar calendar;

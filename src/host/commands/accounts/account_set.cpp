@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <ostream>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -62,7 +63,10 @@ class Setting {
     Account tried = m_account;
     put(tried.settings);
     const auto calendars = lookedFor(tried, secrets, m_typed, m_context.streams);
-    if (calendars) { return {}; }
+    if (calendars) {
+      m_found = std::move(tried.state);
+      return {};
+    }
     return failure(ErrorCode::kIo, fmt::format("The account \"{}\" stays as it was. {}", m_account.name,
                                                failureText(calendars.error())));
   }
@@ -81,6 +85,11 @@ class Setting {
   Status forgetFailures(accounts::AccountBook& book) {
     ORLOCAL_TRY(auto now, book.with(m_account.source));
     if (!now) { return {}; }
+    if (m_found) {
+      now->state.principal = m_found->principal;
+      now->state.homes = m_found->homes;
+      now->state.schedules = m_found->schedules;
+    }
     now->state.failure.clear();
     now->state.trouble.reset();
     now->state.failures = 0;
@@ -94,6 +103,7 @@ class Setting {
   std::optional<accounts::SecretSource> m_source;
   Account m_account;
   std::optional<std::string> m_typed;
+  std::optional<accounts::AccountState> m_found;  ///< where the server says that it is now
 };
 
 }  // namespace
