@@ -18,8 +18,7 @@ constexpr struct {
   AccountSettings::Kind kind;
   store::Source::Type type;
 } kSourceTypes[] = {{AccountSettings::Kind::kCalDav, store::Source::Type::kCalDav},
-                    {AccountSettings::Kind::kSubscription, store::Source::Type::kSubscription},
-                    {AccountSettings::Kind::kBirthdays, store::Source::Type::kBirthday}};
+                    {AccountSettings::Kind::kSubscription, store::Source::Type::kSubscription}};
 
 store::Source::Type typeOf(AccountSettings::Kind kind) {
   const auto* found =

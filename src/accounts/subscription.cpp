@@ -267,7 +267,7 @@ Answer<SyncReport> subscribe(store::CalendarStore& store, Transport& transport, 
   return added(store, account, std::move(items), clock);
 }
 
-SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, const Clock&, Account& account,
+SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, Account& account,
                                const SyncOptions& options) {
   SyncReport report;
   if (auto outcome = refresh(store, transport, account, report, options); !outcome) {

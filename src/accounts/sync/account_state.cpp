@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::string_view kKinds[] = {"caldav", "subscription", "birthdays"};
+constexpr std::string_view kKinds[] = {"caldav", "subscription"};
 
 constexpr struct {
   Trouble trouble;

@@ -17,7 +17,7 @@ namespace orlocal::accounts {
 
 /// What the user said of an account. Changed by commands only.
 struct AccountSettings {
-  enum class Kind : std::uint8_t { kCalDav, kSubscription, kBirthdays };
+  enum class Kind : std::uint8_t { kCalDav, kSubscription };
   Kind kind = Kind::kCalDav;
   std::string address;  ///< as it was given, without a password
   std::string user;
