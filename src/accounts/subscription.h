@@ -11,7 +11,7 @@ namespace orlocal::accounts {
 ///
 /// A text that cannot be fetched or is no calendar changes nothing. `account.state` takes what the server said of the
 /// text (ETag, Last-Modified) and how often it wishes to be asked (REFRESH-INTERVAL, X-PUBLISHED-TTL).
-SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, Account& account,
+SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, const Clock& clock, Account& account,
                                const SyncOptions& options);
 
 /// Fetches what `account.settings.address` has and makes a subscription of it: its source, its calendar and the items.

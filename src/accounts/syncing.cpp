@@ -101,7 +101,7 @@ Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const 
   const auto transport = connectionFor(account, secrets, options.stop);
   SyncReport report;
   if (account.settings.kind == AccountSettings::Kind::kSubscription) {
-    report = refreshSubscription(store, *transport, account, options);
+    report = refreshSubscription(store, *transport, clock, account, options);
   } else {
     DavServer server(*transport);
     report = syncAccount(store, server, clock, account.source, account.state, options);

@@ -259,53 +259,92 @@ TEST_P(QuirkyServers, AreFollowedAfterTheirTokensWereLost) {
 
 INSTANTIATE_TEST_SUITE_P(
     OneByOne, QuirkyServers,
-    testing::Values(std::pair(
-                        "rewrites texts", +[](Quirks& quirks) { quirks.rewritesTexts = true; }),
-                    std::pair(
-                        "recycles ETags", +[](Quirks& quirks) { quirks.recyclesEtags = true; }),
-                    std::pair(
-                        "no ETag in PUT", +[](Quirks& quirks) { quirks.givesNoEtagInPut = true; }),
-                    std::pair(
-                        "no conditions",
-                        +[](Quirks& quirks) {
-                          quirks.overwritesNew = quirks.createsMissing = quirks.removesWhatChanged = true;
-                        }),
-                    std::pair(
-                        "no sync", +[](Quirks& quirks) { quirks.hasNoSync = true; }),
-                    std::pair(
-                        "neither sync nor ctag", +[](Quirks& quirks) { quirks.hasNoSync = quirks.hasNoCtag = true; }),
-                    std::pair(
-                        "seconds", +[](Quirks& quirks) { quirks.countsTokensInSeconds = true; }),
-                    std::pair(
-                        "409 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kSays409; }),
-                    std::pair(
-                        "500 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kFails500; }),
-                    std::pair(
-                        "lists all", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kListsAll; }),
-                    std::pair(
-                        "pages", +[](Quirks& quirks) { quirks.syncPage = 2; }),
-                    std::pair(
-                        "unescaped", +[](Quirks& quirks) { quirks.unescapedSyncHrefs = true; }),
-                    std::pair(
-                        "relative", +[](Quirks& quirks) { quirks.relativeHrefs = true; }),
-                    std::pair(
-                        "left out", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kIsLeftOut; }),
-                    std::pair(
-                        "fails all", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kFailsAll; }),
-                    std::pair(
-                        "chooses hrefs", +[](Quirks& quirks) { quirks.choosesHrefs = true; }),
-                    std::pair(
-                        "ignores components", +[](Quirks& quirks) { quirks.ignoresComponents = true; }),
-                    std::pair(
-                        "no privileges", +[](Quirks& quirks) { quirks.tellsNoPrivileges = true; }),
-                    std::pair(
-                        "many at once", +[](Quirks& quirks) {
-                          quirks.rewritesTexts = quirks.recyclesEtags = quirks.givesNoEtagInPut = quirks.overwritesNew =
-                              true;
-                          quirks.removesWhatChanged = quirks.countsTokensInSeconds = quirks.unescapedSyncHrefs = true;
-                          quirks.badToken = Quirks::BadToken::kListsAll;
-                          quirks.missingItem = Quirks::MissingItem::kIsLeftOut;
-                        })));
+    testing::Values(
+        std::pair(
+            "rewrites texts", +[](Quirks& quirks) { quirks.rewritesTexts = true; }),
+        std::pair(
+            "recycles ETags", +[](Quirks& quirks) { quirks.recyclesEtags = true; }),
+        std::pair(
+            "no ETag in PUT", +[](Quirks& quirks) { quirks.givesNoEtagInPut = true; }),
+        std::pair(
+            "no conditions",
+            +[](Quirks& quirks) { quirks.overwritesNew = quirks.createsMissing = quirks.removesWhatChanged = true; }),
+        std::pair(
+            "no sync", +[](Quirks& quirks) { quirks.hasNoSync = true; }),
+        std::pair(
+            "neither sync nor ctag", +[](Quirks& quirks) { quirks.hasNoSync = quirks.hasNoCtag = true; }),
+        std::pair(
+            "seconds", +[](Quirks& quirks) { quirks.countsTokensInSeconds = true; }),
+        std::pair(
+            "409 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kSays409; }),
+        std::pair(
+            "403 alone for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kSaysBare403; }),
+        std::pair(
+            "500 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kFails500; }),
+        std::pair(
+            "lists all", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kListsAll; }),
+        std::pair(
+            "pages", +[](Quirks& quirks) { quirks.syncPage = 2; }),
+        std::pair(
+            "unescaped", +[](Quirks& quirks) { quirks.unescapedSyncHrefs = true; }),
+        std::pair(
+            "relative", +[](Quirks& quirks) { quirks.relativeHrefs = true; }),
+        std::pair(
+            "left out", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kIsLeftOut; }),
+        std::pair(
+            "fails all", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kFailsAll; }),
+        std::pair(
+            "chooses hrefs", +[](Quirks& quirks) { quirks.choosesHrefs = true; }),
+        std::pair(
+            "ignores components", +[](Quirks& quirks) { quirks.ignoresComponents = true; }),
+        std::pair(
+            "no privileges", +[](Quirks& quirks) { quirks.tellsNoPrivileges = true; }),
+        std::pair(
+            "many at once", +[](Quirks& quirks) {
+              quirks.rewritesTexts = quirks.recyclesEtags = quirks.givesNoEtagInPut = quirks.overwritesNew = true;
+              quirks.removesWhatChanged = quirks.countsTokensInSeconds = quirks.unescapedSyncHrefs = true;
+              quirks.badToken = Quirks::BadToken::kListsAll;
+              quirks.missingItem = Quirks::MissingItem::kIsLeftOut;
+            })));
+
+/// A server that moved house, or has another clock.
+class OtherServers : public Faults {
+ protected:
+  void SetUp() override {
+    StoreTest::SetUp();
+    begin();
+  }
+};
+
+TEST_F(OtherServers, MayNameAnItemAnew) {
+  EXPECT_FALSE(machine->sync().failure);
+  const std::string identifier = machine->items("Team").at("kept").identifier;
+  changeBothSides();
+  for (const char* name : {"kept", "changed here", "changed there"}) {
+    const std::string content = server->itemAt(there(name))->text;
+    server->removeAs(there(name));
+    server->putAs(there(std::string("moved ") + name), content);
+  }
+  syncToTheEnd();
+  EXPECT_EQ(machine->items("Team").at("kept").identifier, identifier);
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("changed here", "changed there", "kept", "made here", "made there"));
+  EXPECT_THAT(machine->conflicts(), IsEmpty());
+}
+
+TEST_F(OtherServers, MayHaveAClockThatIsADayOff) {
+  for (const std::int64_t off : {-86'400, 86'400}) {
+    for (const bool countsSeconds : {false, true}) {
+      begin();
+      server->quirks.countsTokensInSeconds = countsSeconds;
+      server->second += off;
+      EXPECT_FALSE(machine->sync().failure);
+      changeBothSides();
+      syncToTheEnd();
+      expectAgreement();
+      EXPECT_THAT(machine->conflicts(), IsEmpty());
+    }
+  }
+}
 
 /// A server whose operator has put a backup back.
 class RestoredServer : public Faults {
