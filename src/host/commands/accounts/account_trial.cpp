@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "accounts/adding.h"
 #include "accounts/connection.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/password_question.h"

@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "accounts/account_book.h"
-#include "accounts/dav/calendar_server.h"
+#include "accounts/adding.h"
 #include "accounts/transport/secret.h"
 #include "host/commands/command.h"
 
