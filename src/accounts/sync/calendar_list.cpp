@@ -33,6 +33,14 @@ std::string titleOf(const RemoteCalendar& remote) {
   return name.empty() ? "Calendar" : name;
 }
 
+/// Where a calendar that is made here is made there: the last part of its address, which nobody else has.
+std::string nameFor(const Calendar& calendar) {
+  std::string name = calendar.identifier;
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return name;
+}
+
 AgreedCalendar describedBy(const RemoteCalendar& remote) {
   return {titleOf(remote), remote.color, remote.order.value_or(0)};
 }
@@ -107,7 +115,9 @@ Answer<std::vector<MirroredCalendar>> CalendarList::run() {
 
 Answer<void> CalendarList::agree(Mirror& mirror, const RemoteCalendar& remote, const Calendar& here) {
   ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(mirror.state));
-  const AgreedCalendar there = describedBy(remote);
+  AgreedCalendar there = describedBy(remote);
+  // A server that has no title for it, or could not keep the one that it was given, takes none away.
+  if (remote.displayName.empty() || remote.displayName == nameFor(here)) { there.title = state.agreed.title; }
   AgreedCalendar wanted = agreedOn(here);
   // What it was made as was perhaps not all taken, and nobody has changed it since.
   if (state.unmade) { state.agreed = there; }
@@ -172,14 +182,12 @@ Answer<Mirror> CalendarList::makeHere(const RemoteCalendar& remote) {
 }
 
 Answer<Mirror> CalendarList::intend(const Calendar& calendar) {
-  std::string name = calendar.identifier;
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
   const std::string& home = m_context.account.homes.front();
   MirrorState state;
   state.agreed = agreedOn(calendar);
   state.unmade = true;
-  Mirror mirror{0, m_context.source, calendar.id, home + (home.ends_with('/') ? "" : "/") + name + "/", state.text()};
+  Mirror mirror{0, m_context.source, calendar.id, home + (home.ends_with('/') ? "" : "/") + nameFor(calendar) + "/",
+                state.text()};
   // What is in it by now was noted for no server.
   std::vector<store::ItemId> items;
   ORLOCAL_STORE_CHECK(
