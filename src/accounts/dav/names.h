@@ -47,8 +47,6 @@ constexpr XmlName kMkCalendar{XmlSpace::kCalDav, "mkcalendar"};
 
 // What no RFC has and every server knows.
 constexpr XmlName kGetCtag{XmlSpace::kCalendarServer, "getctag"};
-constexpr XmlName kProxyReadFor{XmlSpace::kCalendarServer, "calendar-proxy-read-for"};
-constexpr XmlName kProxyWriteFor{XmlSpace::kCalendarServer, "calendar-proxy-write-for"};
 constexpr XmlName kCalendarColor{XmlSpace::kApple, "calendar-color"};
 constexpr XmlName kCalendarOrder{XmlSpace::kApple, "calendar-order"};
 

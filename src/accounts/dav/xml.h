@@ -13,7 +13,7 @@ namespace orlocal::accounts {
 enum class XmlSpace : std::uint8_t {
   kDav,             ///< "DAV:"
   kCalDav,          ///< "urn:ietf:params:xml:ns:caldav"
-  kCalendarServer,  ///< "http://calendarserver.org/ns/": getctag, calendar-proxy-…-for
+  kCalendarServer,  ///< "http://calendarserver.org/ns/": getctag
   kApple,           ///< "http://apple.com/ns/ical/": calendar-color, calendar-order
   kOther,
 };

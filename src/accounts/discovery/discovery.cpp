@@ -61,8 +61,6 @@ class Finder {
   /// The account that an address leads to.
   Answer<FoundAccount> accountAt(const std::string& url);
   Answer<FoundAccount> accountOf(const std::string& principal);
-  /// Of a user for whom the found one may act; what cannot be asked has none.
-  void addHomesOf(const std::string& other, FoundAccount& found);
   Answer<Page> look(const std::string& url, std::span<const XmlName> properties);
   Answer<HttpResponse> ask(const std::string& url, const std::string& body);
   /// By the domain's records; what they name and may not be asked is noted.
@@ -157,17 +155,13 @@ Answer<FoundAccount> Finder::accountAt(const std::string& url) {
 }
 
 Answer<FoundAccount> Finder::accountOf(const std::string& principal) {
-  constexpr std::array kAsked{dav::kCalendarHomeSet, dav::kProxyWriteFor, dav::kProxyReadFor};
+  constexpr std::array kAsked{dav::kCalendarHomeSet};
   ORLOCAL_TRY(const Page page, look(principal, kAsked));
-  std::vector<std::string> others;
   FoundAccount found;
   found.principal = page.url;
   for (const DavResponse& response : page.content.responses) {
     for (const std::string& href : hrefsIn(response, dav::kCalendarHomeSet)) {
       found.homes.push_back(listedUrl(page.url, href));
-    }
-    for (const XmlName group : {dav::kProxyWriteFor, dav::kProxyReadFor}) {
-      for (const std::string& href : hrefsIn(response, group)) { others.push_back(listedUrl(page.url, href)); }
     }
   }
   if (found.homes.empty()) {
@@ -177,25 +171,7 @@ Answer<FoundAccount> Finder::accountOf(const std::string& principal) {
     if (originOf(home) != originOf(page.url) && !mayHavePassword(home)) { return notUnasked(page.url, home); }
   }
   found.schedules = sends(found.homes.front());
-  for (const std::string& other : others) { addHomesOf(other, found); }
   return found;
-}
-
-void Finder::addHomesOf(const std::string& other, FoundAccount& found) {
-  constexpr std::array kAsked{dav::kCalendarHomeSet};
-  // What is shared has no claim to the password of a server that the user has not named, nor to an account's failure.
-  if (originOf(other) != originOf(found.principal)) { return; }
-  const auto page = look(other, kAsked);
-  if (!page) { return; }
-  for (const DavResponse& response : page->content.responses) {
-    for (const std::string& href : hrefsIn(response, dav::kCalendarHomeSet)) {
-      std::string home = listedUrl(page->url, href);
-      const bool known = std::any_of(found.homes.begin(), found.homes.end(), [&](const std::string& each) {
-        return comparablePath(each) == comparablePath(home);
-      });
-      if (!known && originOf(home) == originOf(found.homes.front())) { found.homes.push_back(std::move(home)); }
-    }
-  }
 }
 
 bool Finder::sends(const std::string& home) {

@@ -12,7 +12,7 @@ namespace orlocal::accounts {
 /// What an account is, once it was found.
 struct FoundAccount {
   std::string principal;  ///< absolute URL
-  /// calendar-home-set (RFC 4791, 6.2.1), as a rule one; then those of others for whom the user may act as a proxy.
+  /// calendar-home-set (RFC 4791, 6.2.1), as a rule one.
   std::vector<std::string> homes;
   bool schedules = false;  ///< the server sends invitations by itself (RFC 6638)
 };

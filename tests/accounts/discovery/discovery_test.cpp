@@ -191,27 +191,6 @@ TEST_F(FindingAnAccount, AsksNoPrincipalAndTakesNoHomeElsewhere) {
   EXPECT_FALSE(find("https://i.example/"));
 }
 
-std::string proxyOf(const std::string& group, const std::string& hrefs) {
-  return "<S:" + group + " xmlns:S='http://calendarserver.org/ns/'>" + hrefs + "</S:" + group + ">";
-}
-
-TEST_F(FindingAnAccount, HasTheHomesOfThoseForWhomTheUserMayAct) {
-  const std::string host = "https://dav.example.org";
-  transport.on("PROPFIND " + host + "/", 207, principalPage("/p/ann/"));
-  transport.on("PROPFIND " + host + "/p/ann/", 207,
-               page("<C:calendar-home-set><D:href>/c/ann/</D:href></C:calendar-home-set>" +
-                    proxyOf("calendar-proxy-read-for",
-                            "<D:href>/p/bob/</D:href><D:href>/p/gone/</D:href>"
-                            "<D:href>https://other.example.com/p/eve/</D:href>") +
-                    proxyOf("calendar-proxy-write-for", "<D:href>/p/cat/</D:href><D:href>/p/ann/</D:href>")));
-  transport.on("PROPFIND " + host + "/p/bob/", 207, homePage("/c/bob/"));
-  transport.on("PROPFIND " + host + "/p/cat/", 207, homePage("/c/cat"));
-  const auto found = find(host + "/");
-  ASSERT_TRUE(found) << found.error().message;
-  EXPECT_THAT(found->homes, ElementsAre(host + "/c/ann/", host + "/c/cat", host + "/c/bob/"));
-  EXPECT_THAT(askedUrls(), Not(Contains(HasSubstr("other.example.com"))));
-}
-
 TEST_F(FindingAnAccount, TakesAHomeOnAnotherHostOfTheDomain) {
   transport.on("PROPFIND https://example.org/", 207, principalPage("https://dav.example.org/p/ann/"));
   transport.on("PROPFIND https://dav.example.org/p/ann/", 207, homePage("https://cal.example.org/ann/"));

@@ -99,17 +99,3 @@ def read_only(bench):
     expect(machine.events(title), talk, "its events after that")
     expect_that("SUMMARY:Talk" in bench.alice.get(path + "talk.ics"), "the server has what alice wrote")
     bench.alice.remove(path)
-
-
-@scenario("the calendars of somebody who lets the user read them come in, and take no changes")
-def proxy(bench):
-    if not hasattr(bench.server, "let_read"):
-        raise Skipped("shares are in the user's own home")
-    path = bench.calendar("Team")
-    bench.alice.put(path + "talk.ics", dav.calendar_text(dav.event("talk", "Talk")))
-    bench.server.let_read("alice", "bob")
-    machine = bench.machine(user="bob")
-    teams = [each for each in machine.json("calendars") if each["title"] == "Team"]
-    expect([each["readOnly"] for each in teams], [True], "whether alice's calendar may only be read")
-    expect([title for _, title in machine.events("Team")], ["Talk"], "its events")
-    expect(machine.sync()["sent"], 0, "what is sent")

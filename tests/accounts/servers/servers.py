@@ -169,7 +169,7 @@ class Sabre(Server):
     program = "php"
     principal = "/principals/{user}/"
     home = "/calendars/{user}/"
-    cannot = {"read_only": "the whole home of a user is shared, not a calendar"}
+    cannot = {"read_only": "what is shared to a user is in no home of that user"}
 
     def start(self):
         (self.folder / "data").mkdir()
@@ -187,12 +187,6 @@ class Sabre(Server):
         page = self.write("index.php", SABRE_PAGE)
         self.go("php", "-S", f"127.0.0.1:{self.port}", "-t", self.folder, page,
                 env=dict(os.environ, PHP_CLI_SERVER_WORKERS="4"))
-
-    def let_read(self, owner, reader):
-        """Lets one user read all calendars of another."""
-        member = "(select id from principals where uri = 'principals/{}')".format
-        self.run("sqlite3", self.folder / "data" / "db.sqlite", "insert into groupmembers (principal_id, member_id) values"
-                 f" ({member(owner + '/calendar-proxy-read')}, {member(reader)});")
 
 
 DAVICAL_PAGE = r"""<?php
