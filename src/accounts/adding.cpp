@@ -28,8 +28,10 @@ Answer<std::vector<RemoteCalendar>> findCalendars(Transport& transport, Account&
   std::vector<RemoteCalendar> calendars;
   DavServer server(transport);
   for (const std::string& home : found.homes) {
-    ORLOCAL_TRY(auto there, server.calendars(home, Marks::kAll));
-    for (RemoteCalendar& calendar : there) { calendars.push_back(std::move(calendar)); }
+    auto there = server.calendars(home, Marks::kAll);
+    if (!there && home == found.homes.front()) { return Refusal(std::move(there.error())); }
+    if (!there) { continue; }
+    for (RemoteCalendar& calendar : *there) { calendars.push_back(std::move(calendar)); }
   }
   account.state.principal = std::move(found.principal);
   account.state.homes = std::move(found.homes);

@@ -12,11 +12,11 @@ constexpr struct {
 } kRemedies[] = {
     {Trouble::kUnreachable, "Check the network and the address."},
     {Trouble::kUntrusted,
-     "Check the address; where the server has a certificate of its own authority, add the account "
-     "with --ca-file."},
+     "Check the address; where the server has a certificate of its own authority, give that with "
+     "--ca-file."},
     {Trouble::kUnauthorized,
-     "Check user and password; some servers want a password made for programs. To give another "
-     "one, remove the account and add it again."},
+     "Check user and password; some servers want a password made for programs. orlocal account "
+     "set gives an account another one."},
     {Trouble::kForbidden, "Ask whoever runs the server for the right to it."},
     {Trouble::kNotFound, "Check the address."},
     {Trouble::kTooLarge, "Make it smaller, or ask whoever runs the server."},

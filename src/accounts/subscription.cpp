@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "accounts/dav/trouble.h"
 #include "accounts/sync/sync_context.h"
 #include "accounts/transport/url.h"
 #include "base/try.h"
@@ -46,21 +47,14 @@ std::vector<std::string> addressesOf(const std::string& address) {
   return {address};
 }
 
-Answer<Content> fetchedFrom(Transport& transport, const std::string& url, const AccountState& state) {
+Answer<Content> fetchedFrom(Transport& transport, const std::string& url, const AccountState& state,
+                            store::Moment now) {
   HttpRequest request{"GET", url, {{"Accept", "text/calendar, */*;q=0.5"}}, ""};
   if (!state.etag.empty()) { request.headers.push_back({"If-None-Match", state.etag}); }
   if (!state.lastModified.empty()) { request.headers.push_back({"If-Modified-Since", state.lastModified}); }
   ORLOCAL_TRY(HttpResponse response, transport.send(request));
   if (response.status == 304) { return Content{std::nullopt, state.etag, state.lastModified}; }
-  if (response.status != 200) {
-    const Trouble trouble = response.status == 404 || response.status == 410 ? Trouble::kNotFound
-                            : response.status == 401                         ? Trouble::kUnauthorized
-                            : response.status == 403                         ? Trouble::kForbidden
-                            : response.status >= 500                         ? Trouble::kServerError
-                                                                             : Trouble::kNonsense;
-    return refusal(trouble, fmt::format("{} answered with status {}.", shownUrl(url), response.status),
-                   response.status);
-  }
+  if (response.status != 200) { return Refusal(refusalIn(response, now)); }
   if (response.body.find("BEGIN:VCALENDAR") == std::string::npos) {
     return refusal(Trouble::kNonsense, fmt::format("What {} gives is no calendar.", shownUrl(url)), 200);
   }
@@ -68,16 +62,17 @@ Answer<Content> fetchedFrom(Transport& transport, const std::string& url, const 
                  response.header("Last-Modified").value_or("")};
 }
 
-Answer<Content> fetched(Transport& transport, const std::string& address, const AccountState& state) {
+Answer<Content> fetched(Transport& transport, const std::string& address, const AccountState& state,
+                        store::Moment now) {
   if (isHere(address) && !address.starts_with("webcal")) {
     auto text = readWholeFile(address);
     if (!text) { return refusal(Trouble::kNotFound, text.error().message); }
     return Content{*std::move(text), "", ""};
   }
   const auto addresses = addressesOf(address);
-  auto content = fetchedFrom(transport, addresses.front(), state);
+  auto content = fetchedFrom(transport, addresses.front(), state, now);
   const bool tryNext = !content && addresses.size() > 1 && content.error().trouble == Trouble::kUnreachable;
-  return tryNext ? fetchedFrom(transport, addresses.back(), state) : std::move(content);
+  return tryNext ? fetchedFrom(transport, addresses.back(), state, now) : std::move(content);
 }
 
 /// How often the text wishes to be fetched (RFC 7986, 5.7; X-PUBLISHED-TTL is older and common).
@@ -227,9 +222,9 @@ std::string nameFor(const std::string& address) {
   return name.empty() ? hostOf(addressesOf(address).front()) : name;
 }
 
-Answer<void> refresh(store::CalendarStore& store, Transport& transport, Account& account, SyncReport& report,
-                     const SyncOptions& options) {
-  ORLOCAL_TRY(Content content, fetched(transport, account.settings.address, account.state));
+Answer<void> refresh(store::CalendarStore& store, Transport& transport, const Clock& clock, Account& account,
+                     SyncReport& report, const SyncOptions& options) {
+  ORLOCAL_TRY(Content content, fetched(transport, account.settings.address, account.state, clock.now()));
   if (content.text) {
     const auto wish = wishedInterval(*content.text);
     ORLOCAL_STORE_TRY(Items items, itemsOf(*std::move(content.text), account.name, options.stop));
@@ -256,7 +251,7 @@ Answer<SyncReport> added(store::CalendarStore& store, Account& account, Items it
 
 Answer<SyncReport> subscribe(store::CalendarStore& store, Transport& transport, const Clock& clock, Account& account,
                              const SyncOptions& options) {
-  ORLOCAL_TRY(Content content, fetched(transport, account.settings.address, {}));
+  ORLOCAL_TRY(Content content, fetched(transport, account.settings.address, {}, clock.now()));
   const std::string text = std::move(content.text).value_or("");
   account.state.wishedInterval = wishedInterval(text);
   account.state.etag = std::move(content.etag);
@@ -267,10 +262,10 @@ Answer<SyncReport> subscribe(store::CalendarStore& store, Transport& transport, 
   return added(store, account, std::move(items), clock);
 }
 
-SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, const Clock&, Account& account,
+SyncReport refreshSubscription(store::CalendarStore& store, Transport& transport, const Clock& clock, Account& account,
                                const SyncOptions& options) {
   SyncReport report;
-  if (auto outcome = refresh(store, transport, account, report, options); !outcome) {
+  if (auto outcome = refresh(store, transport, clock, account, report, options); !outcome) {
     report.failure = std::move(outcome.error());
   }
   return report;

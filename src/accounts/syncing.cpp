@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include "accounts/connection.h"
@@ -27,6 +27,8 @@ constexpr seconds kLongestWait = minutes(30);
 /// So often it is written down that an account was looked at and nothing was new: each writing is a commit, and wakes
 /// everybody.
 constexpr seconds kTellsEvery = minutes(10);
+/// While somebody else's sync of an account is waited for.
+constexpr std::chrono::milliseconds kBetweenLooks{20};
 
 /// What counts as news of the account itself.
 bool isWorthWriting(const AccountState& before, const AccountState& after) {
@@ -39,7 +41,7 @@ bool isWorthWriting(const AccountState& before, const AccountState& after) {
 
 }  // namespace
 
-Result<SyncLock> SyncLock::take(const std::filesystem::path& file) {
+Result<SyncLock> SyncLock::takeByte(const std::filesystem::path& file, std::int64_t byte) {
   std::filesystem::path lock = file;
   lock += "-sync";
   const int descriptor = ::open(lock.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600);
@@ -48,10 +50,43 @@ Result<SyncLock> SyncLock::take(const std::filesystem::path& file) {
                                                "permissions of the folder.",
                                                lock.string(), systemReason(errno)));
   }
-  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) { return SyncLock(descriptor); }
+  // The file is empty, and each byte that it might have stands for something. Locks of a descriptor, not of the
+  // process: the threads of one process keep each other out, too.
+  struct flock region {};
+  region.l_type = F_WRLCK;
+  region.l_whence = SEEK_SET;
+  region.l_start = byte;
+  region.l_len = 1;
+  if (::fcntl(descriptor, F_OFD_SETLK, &region) == 0) { return SyncLock(descriptor); }
+  const int reason = errno;
   ::close(descriptor);
+  if (reason == EAGAIN || reason == EACCES) { return failure(ErrorCode::kBusy, ""); }
+  return failure(ErrorCode::kIo, fmt::format("\"{}\", which keeps two syncs apart, cannot be locked: {}.",
+                                             lock.string(), systemReason(reason)));
+}
+
+Result<SyncLock> SyncLock::take(const std::filesystem::path& file) {
+  // Accounts are numbered from 1.
+  auto lock = takeByte(file, 0);
+  if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
   return failure(ErrorCode::kBusy,
                  fmt::format("Another sync of \"{}\" is running; wait for it, or end it.", file.string()));
+}
+
+Result<SyncLock> SyncLock::takeAccount(const std::filesystem::path& file, store::SourceId account) {
+  auto lock = takeByte(file, account);
+  if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
+  return failure(ErrorCode::kBusy, "Another command is syncing or removing it; try again when that is done.");
+}
+
+Result<SyncLock> SyncLock::waitForAccount(const std::filesystem::path& file, store::SourceId account,
+                                          const std::atomic<bool>& stop) {
+  for (;;) {
+    auto lock = takeAccount(file, account);
+    if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
+    if (stop.load()) { return failure(ErrorCode::kInterrupted, "It was stopped while a sync was waited for."); }
+    std::this_thread::sleep_for(kBetweenLooks);
+  }
 }
 
 SyncLock::SyncLock(SyncLock&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -13,17 +15,24 @@
 
 namespace orlocal::accounts {
 
-/// Held by whoever syncs a store: two at once would do everything twice.
+/// Held by whoever syncs: two at once would do everything twice. Ends with the process at the latest.
 class SyncLock {
  public:
-  /// Of the store at `file`. `kBusy` when somebody else has it.
+  /// Of the command that syncs the store at `file`. `kBusy` when another one does.
   static Result<SyncLock> take(const std::filesystem::path& file);
+  /// Of one account or subscription, beside the one of the command: whoever removes an account holds it, too. `kBusy`
+  /// when somebody else has it.
+  static Result<SyncLock> takeAccount(const std::filesystem::path& file, store::SourceId account);
+  /// The same, once whoever has it lets go of it; `kInterrupted` when `stop` comes before that.
+  static Result<SyncLock> waitForAccount(const std::filesystem::path& file, store::SourceId account,
+                                         const std::atomic<bool>& stop);
   ~SyncLock();
   SyncLock(SyncLock&& other) noexcept;
   SyncLock& operator=(SyncLock&&) = delete;
 
  private:
   explicit SyncLock(int descriptor) : m_descriptor(descriptor) {}
+  static Result<SyncLock> takeByte(const std::filesystem::path& file, std::int64_t byte);
   int m_descriptor;
 };
 

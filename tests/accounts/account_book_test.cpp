@@ -5,6 +5,7 @@
 #include "accounts/adding.h"
 #include "accounts/face_fixture.h"
 #include "accounts/scripted_transport.h"
+#include "accounts/sync/local_changes.h"
 #include "store/edits/item_writer.h"
 #include "store/remote_reader.h"
 
@@ -66,13 +67,12 @@ TEST_F(BookOfAccounts, NamesThoseThatThereAreWhenOneIsMissed) {
 }
 
 TEST_F(BookOfAccounts, SavesSettingsAndStateWithoutUndoingTheOther) {
-  Account first = added("Work");
+  const Account first = added("Work");
   Account second = AccountBook(*store).named("Work").value();
-  first.settings.paused = true;
   second.state.failures = 3;
   second.state.failure = "It failed.";
   second.state.trouble = Trouble::kUntrusted;
-  ASSERT_TRUE(AccountBook(*store).saveSettings(first));
+  ASSERT_TRUE(AccountBook(*store).changeSettings(first.source, [](auto& settings) { settings.paused = true; }));
   ASSERT_TRUE(AccountBook(*store).saveState(second));
   const Account now = AccountBook(*store).named("Work").value();
   EXPECT_TRUE(now.settings.paused);
@@ -104,6 +104,100 @@ TEST_F(BookOfAccounts, CountsWhatWaitsToBeSentFromAnAccount) {
   ASSERT_TRUE(writer->commit());
   EXPECT_EQ(AccountBook(*store).unsentOf(work), 1U);
   EXPECT_EQ(AccountBook(*store).unsentOf(home), 0U);
+}
+
+/// The calendar of an account with an item in it, which a server has as they stand.
+class NewsForAnAccount : public BookOfAccounts {
+ protected:
+  void SetUp() override {
+    BookOfAccounts::SetUp();
+    people = opened();
+    work = added("Work");
+    home = added("Home");
+    calendar = mirrored(work);
+    store::Item item = plain("Meeting");
+    item.calendar = calendar.id;
+    ASSERT_TRUE(store::saveEvent(*people, item, std::nullopt, store::Span::kThis));
+    meeting = item;
+    ASSERT_TRUE(noteLocalChanges(*store));
+    position = store->newestChange().value();
+  }
+  void TearDown() override {
+    people.reset();
+    BookOfAccounts::TearDown();
+  }
+  bool news(const Account& account) {
+    const auto commits = store->outsideCommits(position).value();
+    EXPECT_FALSE(commits.empty());
+    EXPECT_TRUE(noteLocalChanges(*store));
+    return AccountBook(*store).hasNews(account, commits).value();
+  }
+
+  std::unique_ptr<store::CalendarStore> people;
+  Account work, home;
+  store::Calendar calendar;
+  store::Item meeting;
+  store::LogPosition position;
+};
+
+TEST_F(NewsForAnAccount, AreItemsThatWereChanged) {
+  meeting.location = "Here";
+  ASSERT_TRUE(store::saveEvent(*people, meeting, std::nullopt, store::Span::kThis));
+  const auto before = position;
+  EXPECT_TRUE(news(work));
+  position = before;
+  EXPECT_FALSE(news(home));
+}
+
+TEST_F(NewsForAnAccount, AreNotWhatWaitedBefore) {
+  store::Item other = plain("Of this machine");
+  ASSERT_TRUE(store::saveEvent(*people, other, std::nullopt, store::Span::kThis));
+  EXPECT_EQ(AccountBook(*store).unsentOf(work), 1U);
+  EXPECT_FALSE(news(work));
+}
+
+TEST_F(NewsForAnAccount, AreItemsThatWentAndThatTheServerHas) {
+  const auto writer = std::move(*store->startWriting());
+  const auto mirrors = store::RemoteReader(*store).allMirrors().value();
+  store::Resource resource;
+  resource.mirror = mirrors.front().id;
+  resource.url = resource.key = "/m.ics";
+  resource.item = meeting.id;
+  resource.text = "text";
+  ASSERT_TRUE(writer->remotes().put(resource));
+  ASSERT_TRUE(writer->commit());
+  ASSERT_TRUE(people->removeEvent(meeting, std::nullopt, store::Span::kAll));
+  EXPECT_TRUE(news(work));
+}
+
+TEST_F(NewsForAnAccount, AreTheCalendarsThemselves) {
+  calendar.title = "Another";
+  ASSERT_TRUE(people->saveCalendar(calendar));
+  auto before = position;
+  EXPECT_TRUE(news(work));
+  position = before;
+  EXPECT_FALSE(news(home));
+  store::Calendar made;
+  made.title = "New";
+  made.source = home.source;
+  ASSERT_TRUE(people->saveCalendar(made));
+  before = position;
+  EXPECT_TRUE(news(home));
+  position = before;
+  EXPECT_FALSE(news(work));
+}
+
+TEST_F(NewsForAnAccount, AreCalendarsThatWent) {
+  ASSERT_TRUE(people->removeCalendar(calendar.identifier));
+  EXPECT_TRUE(news(work));
+}
+
+TEST_F(BookOfAccounts, RenamesAnAccountUnlessTheNameIsTaken) {
+  const Account work = added("Work");
+  added("Home");
+  EXPECT_EQ(AccountBook(*store).rename(work.source, "Home").error().code, ErrorCode::kRefused);
+  ASSERT_TRUE(AccountBook(*store).rename(work.source, "Office"));
+  EXPECT_EQ(AccountBook(*store).named("Office").value().identifier, work.identifier);
 }
 
 TEST(StateOfAnAccount, ComesBackFromItsText) {

@@ -250,10 +250,6 @@ bool MemoryServer::writeProperty(XmlWriter& writer, const Place& place, const Xm
       writer.element(dav::kDisplayName, "Ann");
       return true;
     }
-    if (asked.is(dav::kCalendarUserAddressSet)) {
-      writer.begin(dav::kCalendarUserAddressSet).element(dav::kHref, "mailto:ann@memory.example").end();
-      return true;
-    }
   }
   if (place.kind == Place::Kind::kCalendar) { return writeCalendarProperty(writer, *findCalendar(place), asked); }
   const Item* item = place.kind == Place::Kind::kItem ? findItem(place) : nullptr;

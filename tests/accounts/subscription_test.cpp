@@ -37,9 +37,9 @@ class Subscription : public store::StoreTest {
     transport.on(kGet, 200, feed(items, lines), std::move(headers));
     ASSERT_TRUE(subscribed(kFeed));
   }
-  SyncReport refreshed(int status, const std::string& body = "") {
+  SyncReport refreshed(int status, const std::string& body = "", std::vector<HttpHeader> headers = {}) {
     transport = ScriptedTransport();
-    transport.on(kGet, status, body);
+    transport.on(kGet, status, body, std::move(headers));
     return refreshSubscription(*store, transport, clock, account, {});
   }
   std::vector<store::Calendar> calendars() {
@@ -109,7 +109,7 @@ TEST_F(Subscription, LeavesEverythingWhenTheServerSaysThatNothingHasChanged) {
   subscribedTo(holiday("1"), "", {{"ETag", "\"7\""}, {"Last-Modified", "Mon, 02 Nov 2026 08:00:00 GMT"}});
   const SyncReport report = refreshed(304);
   EXPECT_FALSE(report.failure);
-  EXPECT_FALSE(report.changedHere());
+  EXPECT_EQ(report.received + report.removedHere + report.calendars, 0U);
   EXPECT_EQ(sentHeader(transport.asked.front(), "If-None-Match"), "\"7\"");
   EXPECT_EQ(sentHeader(transport.asked.front(), "If-Modified-Since"), "Mon, 02 Nov 2026 08:00:00 GMT");
   EXPECT_THAT(titles(), ElementsAre("Day 1"));
@@ -132,6 +132,29 @@ TEST_F(Subscription, LosesWhatItsTextLacksAndKeepsIdentifiers) {
   EXPECT_EQ(report.removedHere, 1U);
   EXPECT_THAT(titles(), ElementsAre("Day 1", "Day 3"));
   EXPECT_EQ(items()["Day 1"], kept);
+}
+
+TEST_F(Subscription, TellsOthersWhatIsGone) {
+  subscribedTo(holiday("1") + holiday("2"));
+  const std::string gone = items().at("Day 2");
+  const auto other = opened();
+  store::LogPosition position = other->newestChange().value();
+  refreshed(200, feed(holiday("1")));
+  const auto commits = other->outsideCommits(position).value();
+  ASSERT_EQ(commits.size(), 1U);
+  EXPECT_THAT(commits.front().events.deleted, ElementsAre(gone));
+  EXPECT_THAT(commits.front().events.updated, IsEmpty());
+}
+
+TEST_F(Subscription, WaitsAsLongAsItsServerAsksForInSecondsOrByADate) {
+  subscribedTo(holiday("1"));
+  const SyncReport busy = refreshed(429, "", {{"Retry-After", "120"}});
+  ASSERT_TRUE(busy.failure);
+  EXPECT_EQ(busy.failure->trouble, Trouble::kLater);
+  EXPECT_EQ(busy.failure->retryAfter, std::chrono::seconds(120));
+  const SyncReport away = refreshed(503, "", {{"Retry-After", "Mon, 02 Nov 2026 09:00:00 GMT"}});
+  EXPECT_EQ(away.failure->retryAfter, std::chrono::hours(1));
+  EXPECT_THAT(titles(), ElementsAre("Day 1"));
 }
 
 TEST_F(Subscription, KeepsWhatIsThereAndCannotBeReadAnyMore) {

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "accounts/face_fixture.h"
+#include "accounts/transport/loopback_server.h"
 #include "store/core/outside_commits.h"
 
 namespace orlocal::accounts {
@@ -146,6 +147,16 @@ TEST_F(SyncNow, WritesNothingForAWhileWhenNothingIsNew) {
   sync();
   EXPECT_GT(commits(), 0);
   EXPECT_EQ(kept().lastSuccess, clock.now());
+}
+
+TEST_F(SyncNow, IsNotTriedBeforeTheServerWantsIt) {
+  LoopbackServer busy([](const SeenRequest&) { return LoopbackServer::reply(503, "", "Retry-After: 7200\r\n"); });
+  account.settings.address = busy.url("/feed.ics");
+  EXPECT_TRUE(sync().failure);
+  EXPECT_EQ(kept().notBefore, clock.now() + hours(2));
+  account.settings.address = feed.string();
+  EXPECT_FALSE(sync().failure);
+  EXPECT_FALSE(kept().notBefore);
 }
 
 TEST_F(SyncNow, CountsFailuresInARowAndForgetsThemWhenItGoesWell) {

@@ -85,16 +85,10 @@ Answer<std::optional<PropStat>> refusalWithin(const HttpResponse& response) {
 
 }  // namespace
 
-ServerFailure DavServer::refusalIn(const HttpResponse& response) const {
-  ServerFailure failure = refusalBy(response.url, response.status, readErrorConditions(response.body));
-  if (const auto wait = response.header("Retry-After")) { failure.retryAfter = waitAskedFor(*wait, m_now()); }
-  return failure;
-}
-
 Answer<HttpResponse> DavServer::send(const char* method, const std::string& url, std::vector<HttpHeader> headers,
                                      std::string body) {
   ORLOCAL_TRY(auto response, m_transport.send({method, url, std::move(headers), std::move(body)}));
-  if (!isSuccess(response.status)) { return Refusal(refusalIn(response)); }
+  if (!isSuccess(response.status)) { return Refusal(refusalIn(response, m_now())); }
   return response;
 }
 

@@ -35,7 +35,6 @@ class DavServer final : public CalendarServer {
   /// Any answer that is no refusal.
   Answer<HttpResponse> send(const char* method, const std::string& url, std::vector<HttpHeader> headers,
                             std::string body);
-  ServerFailure refusalIn(const HttpResponse& response) const;
   /// A request with an XML body, whose answer must be a multistatus.
   Answer<Multistatus> ask(const char* method, const std::string& url, const char* depth, std::string body,
                           std::string& answeredFrom);

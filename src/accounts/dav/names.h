@@ -37,7 +37,6 @@ constexpr XmlName kSyncLevel{XmlSpace::kDav, "sync-level"};
 // RFC 4791, 6638.
 constexpr XmlName kCalendar{XmlSpace::kCalDav, "calendar"};
 constexpr XmlName kCalendarHomeSet{XmlSpace::kCalDav, "calendar-home-set"};
-constexpr XmlName kCalendarUserAddressSet{XmlSpace::kCalDav, "calendar-user-address-set"};
 constexpr XmlName kCalendarDescription{XmlSpace::kCalDav, "calendar-description"};
 constexpr XmlName kSupportedComponents{XmlSpace::kCalDav, "supported-calendar-component-set"};
 constexpr XmlName kComp{XmlSpace::kCalDav, "comp"};

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "accounts/dav/multistatus.h"
 #include "accounts/transport/url.h"
 #include "base/civil_date.h"
 #include "base/text.h"
@@ -137,6 +138,12 @@ ServerFailure refusalBy(std::string_view url, int status, std::span<const XmlEle
           fmt::format("{}: {} ({}{}{}).", shownUrl(url), words->words, status, condition == nullptr ? "" : ", ",
                       condition == nullptr ? "" : condition->name.local),
           status, std::nullopt};
+}
+
+ServerFailure refusalIn(const HttpResponse& response, store::Moment now) {
+  ServerFailure failure = refusalBy(response.url, response.status, readErrorConditions(response.body));
+  if (const auto wait = response.header("Retry-After")) { failure.retryAfter = waitAskedFor(*wait, now); }
+  return failure;
 }
 
 std::optional<std::chrono::seconds> waitAskedFor(std::string_view retryAfter, store::Moment now) {

@@ -155,7 +155,7 @@ Answer<FoundAccount> Finder::accountAt(const std::string& url) {
 }
 
 Answer<FoundAccount> Finder::accountOf(const std::string& principal) {
-  constexpr std::array kAsked{dav::kCalendarHomeSet, dav::kDisplayName, dav::kCalendarUserAddressSet};
+  constexpr std::array kAsked{dav::kCalendarHomeSet};
   ORLOCAL_TRY(const Page page, look(principal, kAsked));
   FoundAccount found;
   found.principal = page.url;
@@ -163,10 +163,6 @@ Answer<FoundAccount> Finder::accountOf(const std::string& principal) {
     for (const std::string& href : hrefsIn(response, dav::kCalendarHomeSet)) {
       found.homes.push_back(listedUrl(page.url, href));
     }
-    for (std::string& address : hrefsIn(response, dav::kCalendarUserAddressSet)) {
-      found.addresses.push_back(std::move(address));
-    }
-    if (const XmlElement* name = response.property(dav::kDisplayName)) { found.displayName = name->word(); }
   }
   if (found.homes.empty()) {
     return refusal(Trouble::kNotFound, shownUrl(page.url) + ": this user has no calendars.", kMultiStatusCode);

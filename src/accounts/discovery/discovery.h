@@ -11,11 +11,10 @@ namespace orlocal::accounts {
 
 /// What an account is, once it was found.
 struct FoundAccount {
-  std::string principal;               ///< absolute URL
-  std::vector<std::string> homes;      ///< calendar-home-set (RFC 4791, 6.2.1); as a rule one
-  std::string displayName;             ///< of the principal; empty when it has none
-  bool schedules = false;              ///< the server sends invitations by itself (RFC 6638)
-  std::vector<std::string> addresses;  ///< calendar-user-address-set: which attendee is the user
+  std::string principal;  ///< absolute URL
+  /// calendar-home-set (RFC 4791, 6.2.1), as a rule one.
+  std::vector<std::string> homes;
+  bool schedules = false;  ///< the server sends invitations by itself (RFC 6638)
 };
 
 /// Looks up the SRV records of a name, best first ("host:port"), and the path of its TXT record. Empty where no

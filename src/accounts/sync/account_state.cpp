@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::string_view kKinds[] = {"caldav", "subscription", "birthdays"};
+constexpr std::string_view kKinds[] = {"caldav", "subscription"};
 
 constexpr struct {
   Trouble trouble;
@@ -160,6 +160,7 @@ void visitMirror(Fields& fields, State& state) {
   fields("ctag", state.ctag);
   fields("asOf", state.asOf);
   fields("settled", state.settled);
+  fields("unmade", state.unmade);
   fields("writable", state.writable);
   fields("rightsKnown", state.rightsKnown);
   fields("trouble", state.trouble);

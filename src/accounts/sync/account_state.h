@@ -17,7 +17,7 @@ namespace orlocal::accounts {
 
 /// What the user said of an account. Changed by commands only.
 struct AccountSettings {
-  enum class Kind : std::uint8_t { kCalDav, kSubscription, kBirthdays };
+  enum class Kind : std::uint8_t { kCalDav, kSubscription };
   Kind kind = Kind::kCalDav;
   std::string address;  ///< as it was given, without a password
   std::string user;
@@ -62,6 +62,11 @@ struct AgreedCalendar {
   friend bool operator==(const AgreedCalendar&, const AgreedCalendar&) = default;
 };
 
+/// What both sides agree on when the server has taken the calendar as it stands here.
+inline AgreedCalendar agreedOn(const store::Calendar& calendar) {
+  return {calendar.title, calendar.color, calendar.order};
+}
+
 struct MirrorState {
   AgreedCalendar agreed;
   std::string token;  ///< of sync-collection; empty when there is none
@@ -70,6 +75,7 @@ struct MirrorState {
   /// second.
   std::optional<store::Moment> asOf;
   bool settled = false;  ///< whether the server was asked once more, later than that second
+  bool unmade = false;   ///< the server was or is to make it, and was not seen to have it
   bool writable = true;
   bool rightsKnown = false;  ///< whether the server says what is allowed; else the first refusal does
   std::string trouble;       ///< why its content could not be brought here; empty when it went well

@@ -33,11 +33,17 @@ std::string titleOf(const RemoteCalendar& remote) {
   return name.empty() ? "Calendar" : name;
 }
 
+/// Where a calendar that is made here is made there: the last part of its address, which nobody else has.
+std::string nameFor(const Calendar& calendar) {
+  std::string name = calendar.identifier;
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return name;
+}
+
 AgreedCalendar describedBy(const RemoteCalendar& remote) {
   return {titleOf(remote), remote.color, remote.order.value_or(0)};
 }
-
-AgreedCalendar describedBy(const Calendar& calendar) { return {calendar.title, calendar.color, calendar.order}; }
 
 /// Colours go over the wire in bytes.
 bool sameColor(const std::optional<store::Rgb>& one, const std::optional<store::Rgb>& other) {
@@ -73,8 +79,14 @@ Answer<std::vector<MirroredCalendar>> CalendarList::run() {
   ORLOCAL_TRY(const Marks marks, marksFor(mirrors));
   std::map<std::string, RemoteCalendar> remotes;
   for (const std::string& home : m_context.account.homes) {
-    ORLOCAL_TRY(auto found, m_context.server.calendars(home, marks));
-    for (RemoteCalendar& calendar : found) { remotes.emplace(comparablePath(calendar.url), std::move(calendar)); }
+    auto found = m_context.server.calendars(home, marks);
+    if (!found && home == m_context.account.homes.front()) { return Refusal(std::move(found.error())); }
+    if (!found) {
+      // What others share may be theirs alone again; their calendars are asked for by themselves.
+      ORLOCAL_CHECK(pass(shownUrl(home), Refusal(std::move(found.error()))));
+      continue;
+    }
+    for (RemoteCalendar& calendar : *found) { remotes.emplace(comparablePath(calendar.url), std::move(calendar)); }
   }
   std::map<store::CalendarId, Calendar> here;
   for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
@@ -91,7 +103,7 @@ Answer<std::vector<MirroredCalendar>> CalendarList::run() {
       if (remote != remotes.end()) { remotes.erase(remote); }
       ORLOCAL_CHECK(pass(mirror.url, removeThere(mirror)));
     } else if (remote == remotes.end()) {
-      ORLOCAL_CHECK(pass(calendar->second.title, lookAfter(mirror, both)));
+      ORLOCAL_CHECK(pass(calendar->second.title, lookAfter(mirror, calendar->second, both)));
     } else {
       ORLOCAL_CHECK(pass(calendar->second.title, agree(mirror, remote->second, calendar->second)));
       both.push_back({mirror, remote->second});
@@ -103,14 +115,23 @@ Answer<std::vector<MirroredCalendar>> CalendarList::run() {
     ORLOCAL_TRY(Mirror mirror, makeHere(remote));
     both.push_back({std::move(mirror), std::move(remote)});
   }
-  for (const auto& [id, calendar] : here) { ORLOCAL_CHECK(pass(calendar.title, makeThere(calendar, both))); }
+  for (const auto& [id, calendar] : here) {
+    if (m_context.account.homes.empty()) { break; }
+    // Written down first: a list that has it already, after an answer was lost, then finds whose it is.
+    ORLOCAL_TRY(Mirror mirror, intend(calendar));
+    ORLOCAL_CHECK(pass(calendar.title, makeThere(std::move(mirror), calendar, both)));
+  }
   return both;
 }
 
 Answer<void> CalendarList::agree(Mirror& mirror, const RemoteCalendar& remote, const Calendar& here) {
   ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(mirror.state));
-  const AgreedCalendar there = describedBy(remote);
-  AgreedCalendar wanted = describedBy(here);
+  AgreedCalendar there = describedBy(remote);
+  // A server that has no title for it, or could not keep the one that it was given, takes none away.
+  if (remote.displayName.empty() || remote.displayName == nameFor(here)) { there.title = state.agreed.title; }
+  AgreedCalendar wanted = agreedOn(here);
+  // What it was made as was perhaps not all taken, and nobody has changed it since.
+  if (state.unmade) { state.agreed = there; }
   if (there.title != state.agreed.title) { wanted.title = there.title; }
   if (!sameColor(there.color, state.agreed.color)) { wanted.color = there.color; }
   if (there.order != state.agreed.order) { wanted.order = there.order; }
@@ -127,6 +148,7 @@ Answer<void> CalendarList::agree(Mirror& mirror, const RemoteCalendar& remote, c
     if (auto outcome = send(property, differs, value); !outcome) { sent = std::move(outcome); }
   }
   state.agreed = wanted;
+  state.unmade = false;
   state.writable = remote.writable.value_or(state.writable);
   state.rightsKnown = remote.writable.has_value();
   Calendar changed = here;
@@ -170,17 +192,13 @@ Answer<Mirror> CalendarList::makeHere(const RemoteCalendar& remote) {
   return mirror;
 }
 
-Answer<void> CalendarList::makeThere(const Calendar& calendar, std::vector<MirroredCalendar>& both) {
-  if (m_context.account.homes.empty()) { return {}; }
-  std::string name = calendar.identifier;
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+Answer<Mirror> CalendarList::intend(const Calendar& calendar) {
   const std::string& home = m_context.account.homes.front();
-  // Written down first: a list that has it already, after an answer was lost, then finds whose it is.
-  Mirror mirror{0, m_context.source, calendar.id, home + (home.ends_with('/') ? "" : "/") + name + "/", ""};
   MirrorState state;
-  state.agreed = describedBy(calendar);
-  mirror.state = state.text();
+  state.agreed = agreedOn(calendar);
+  state.unmade = true;
+  Mirror mirror{0, m_context.source, calendar.id, home + (home.ends_with('/') ? "" : "/") + nameFor(calendar) + "/",
+                state.text()};
   // What is in it by now was noted for no server.
   std::vector<store::ItemId> items;
   ORLOCAL_STORE_CHECK(
@@ -188,25 +206,28 @@ Answer<void> CalendarList::makeThere(const Calendar& calendar, std::vector<Mirro
         items.push_back(main.id);
         return Status();
       }));
-  {
-    ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
-    ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
-    for (const store::ItemId item : items) { ORLOCAL_STORE_CHECK(writer->remotes().noteUnsent(item)); }
-    ORLOCAL_STORE_CHECK(writer->commit());
-  }
+  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
+  for (const store::ItemId item : items) { ORLOCAL_STORE_CHECK(writer->remotes().noteUnsent(item)); }
+  ORLOCAL_STORE_CHECK(writer->commit());
+  return mirror;
+}
+
+Answer<void> CalendarList::makeThere(Mirror mirror, const Calendar& calendar, std::vector<MirroredCalendar>& both) {
   const NewCalendar wanted{calendar.title, calendar.holds(CalendarKind::kEvents),
                            calendar.holds(CalendarKind::kReminders), calendar.color};
   auto made = m_context.server.makeCalendar(mirror.url, wanted);
-  if (!made && !ofTheCalendar(made.error().trouble)) { return Refusal(std::move(made.error())); }
-  if (!made) {
-    ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
-    ORLOCAL_STORE_CHECK(writer->remotes().removeMirror(mirror.id));
-    ORLOCAL_STORE_CHECK(writer->commit());
-    return Refusal(std::move(made.error()));
-  }
+  // Nobody else has that name: some servers refuse what they have done, or an earlier try has come through.
+  if (!made && made.error().trouble == Trouble::kClash) { made = m_context.server.calendar(mirror.url); }
+  if (!made) { return Refusal(std::move(made.error())); }
   ++m_context.report.calendars;
+  // From here on what the server makes of it stands.
+  ORLOCAL_STORE_TRY(MirrorState state, MirrorState::ofText(mirror.state));
+  state.unmade = false;
+  state.agreed = agreedOn(calendar);
+  mirror.state = state.text();
   ORLOCAL_CHECK(agree(mirror, *made, calendar));
-  both.push_back({mirror, *std::move(made)});
+  both.push_back({std::move(mirror), *std::move(made)});
   return {};
 }
 
@@ -222,7 +243,9 @@ Answer<void> CalendarList::removeThere(const Mirror& mirror) {
   return {};
 }
 
-Answer<void> CalendarList::lookAfter(const Mirror& mirror, std::vector<MirroredCalendar>& both) {
+Answer<void> CalendarList::lookAfter(const Mirror& mirror, const Calendar& here, std::vector<MirroredCalendar>& both) {
+  ORLOCAL_STORE_TRY(const MirrorState state, MirrorState::ofText(mirror.state));
+  if (state.unmade) { return makeThere(mirror, here, both); }
   auto found = m_context.server.calendar(mirror.url);
   if (found) {
     both.push_back({mirror, *std::move(found)});

@@ -25,10 +25,13 @@ class CalendarList {
  private:
   Answer<void> agree(store::Mirror& mirror, const RemoteCalendar& remote, const store::Calendar& here);
   Answer<store::Mirror> makeHere(const RemoteCalendar& remote);
-  Answer<void> makeThere(const store::Calendar& calendar, std::vector<MirroredCalendar>& both);
+  /// Writes down where the server is to make it.
+  Answer<store::Mirror> intend(const store::Calendar& calendar);
+  /// A failure leaves open whether the server has it; the next sync finds out.
+  Answer<void> makeThere(store::Mirror mirror, const store::Calendar& calendar, std::vector<MirroredCalendar>& both);
   Answer<void> removeThere(const store::Mirror& mirror);
-  /// The server's list lacks it: it is asked by itself.
-  Answer<void> lookAfter(const store::Mirror& mirror, std::vector<MirroredCalendar>& both);
+  /// The server's list lacks it: it is asked by itself, or made when it never was there.
+  Answer<void> lookAfter(const store::Mirror& mirror, const store::Calendar& here, std::vector<MirroredCalendar>& both);
   Answer<void> removeHere(const store::Mirror& mirror);
   /// What cannot be done to a calendar, and is no reason not to go on.
   Answer<void> pass(const std::string& title, Answer<void> outcome);

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "accounts/sync/server_text.h"
 #include "accounts/transport/url.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
@@ -42,6 +43,12 @@ Answer<void> Fetching::runAgain() {
 Answer<void> Fetching::fetchNews() {
   ORLOCAL_CHECK(learnKnown());
   ORLOCAL_TRY(const News news, learnNews());
+  for (const auto* urls : {&news.suspected, &news.missed}) {
+    for (const std::string& url : *urls) {
+      const auto known = m_known.find(comparablePath(url));
+      if (known != m_known.end() && !known->second.uid.empty()) { m_absent[known->second.uid] = known->first; }
+    }
+  }
   TakingIn usual(m_context, m_mirror), wary(m_context, m_mirror, m_broken);
   ORLOCAL_CHECK(fetch(news.changed, wary, true));
   ORLOCAL_CHECK(fetch(news.suspected, usual, false));
@@ -189,6 +196,7 @@ Answer<void> Fetching::takeIn(RemoteTexts texts, TakingIn& takingIn) {
       return Refusal(std::move(text.error()));
     }
   }
+  for (const RemoteText& text : texts.found) { ORLOCAL_CHECK(followName(text)); }
   ORLOCAL_CHECK(takingIn.texts(texts.found));
   if (texts.missing.empty()) { return {}; }
   // In a calendar that is gone, or cannot be seen for now, nothing is there.
@@ -196,6 +204,24 @@ Answer<void> Fetching::takeIn(RemoteTexts texts, TakingIn& takingIn) {
   std::vector<std::string> keys;
   for (const std::string& url : texts.missing) { keys.push_back(comparablePath(url)); }
   return takingIn.missing(keys);
+}
+
+Answer<void> Fetching::followName(const RemoteText& text) {
+  const std::string key = comparablePath(text.url);
+  if (m_absent.empty() || m_known.contains(key)) { return {}; }
+  const auto absent = m_absent.find(ServerText::read(text.text, key).uid());
+  if (absent == m_absent.end()) { return {}; }
+  const auto old = m_context.server.text(m_known.at(absent->second).url);
+  if (old || old.error().trouble != Trouble::kNotFound) { return {}; }
+  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(auto resource, writer->remotes().resource(m_mirror.id, absent->second));
+  if (!resource) { return {}; }
+  resource->key = key;
+  resource->url = text.url;
+  ORLOCAL_STORE_CHECK(writer->remotes().put(*resource));
+  ORLOCAL_STORE_CHECK(writer->commit());
+  m_absent.erase(absent);
+  return {};
 }
 
 Answer<void> Fetching::remember(const News& news) {

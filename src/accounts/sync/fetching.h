@@ -43,6 +43,8 @@ class Fetching {
   void suspectUnlisted(const std::vector<RemoteEntry>& listed, News& news);
   Answer<void> fetch(const std::vector<std::string>& urls, TakingIn& takingIn, bool showsProgress);
   Answer<void> takeIn(RemoteTexts texts, TakingIn& takingIn);
+  /// An item that stands under another name than before, and no more under the old one, is the same item.
+  Answer<void> followName(const RemoteText& text);
   Answer<void> remember(const News& news);
 
   SyncContext& m_context;
@@ -50,6 +52,7 @@ class Fetching {
   const RemoteCalendar& m_now;
   MirrorState m_state;
   std::map<std::string, store::Resource> m_known;  ///< by key, without texts
+  std::map<std::string, std::string> m_absent;     ///< keys of what may be gone, by UID
   bool m_broken = false;
 };
 

@@ -11,6 +11,7 @@
 
 #include "accounts/sync/item_fields.h"
 #include "accounts/sync/resource_text.h"
+#include "accounts/sync/series_end.h"
 #include "store/icalendar/item_text.h"
 #include "store/model/model.h"
 #include "store/time/time_text.h"
@@ -28,13 +29,29 @@ using Fields = std::map<std::string, std::vector<std::string>, std::less<>>;
 
 std::string asText(const TextComponent& component) { return putTogether(component); }
 
+/// A line each for the dates of a list: each is an exception by itself.
+void addSingly(const std::string& line, std::vector<std::string>& lines) {
+  const std::size_t values = line.rfind(':') + 1;
+  for (std::size_t at = values; at <= line.size();) {
+    const std::size_t comma = std::min(line.find(',', at), line.size());
+    lines.push_back(line.substr(0, values) + line.substr(at, comma - at));
+    at = comma + 1;
+  }
+}
+
 Fields fieldsOf(const Item* item) {
   Fields fields;
   if (item == nullptr) { return fields; }
   const TextComponent all = takenApart(store::itemComponents({*item, {}}));
   for (const TextComponent& component : all.inner) {
     for (const TextLine& line : component.lines) {
-      if (!isBookkeeping(line.name)) { fields[std::string(fieldOf(line.name))].push_back(line.text); }
+      if (isBookkeeping(line.name)) { continue; }
+      auto& lines = fields[std::string(fieldOf(line.name))];
+      if (line.name == "EXDATE") {
+        addSingly(line.text, lines);
+      } else {
+        lines.push_back(line.text);
+      }
     }
     for (const TextComponent& inner : component.inner) {
       fields[std::string(inner.name == "VALARM" ? kAlarmsField : std::string_view(inner.name))].push_back(
@@ -127,6 +144,8 @@ class Merge {
         m_theirs(partsOf(&theirs.item)),
         m_mine(partsOf(&mine)),
         m_sent(partsOf(sent)),
+        m_baseWhole(base != nullptr ? &base->item : nullptr),
+        m_theirsWhole(theirs.item),
         m_mineWhole(mine),
         m_text(takenApart(theirs.text)) {}
 
@@ -165,11 +184,20 @@ class Merge {
     if (!repeats || same({kTimeField, kRepetitionField})) { return; }
     const bool mineMoved = changed(mine, {kTimeField, kRepetitionField});
     const bool theirsMoved = changed(theirs, {kTimeField, kRepetitionField});
+    if (mineMoved != theirsMoved && isOnlyEnded(mineMoved)) { return; }
     const bool mineHangs = changed(mine, {kExceptionsField}) || occurrencesDiffer(m_mine);
     const bool theirsHangs = changed(theirs, {kExceptionsField}) || occurrencesDiffer(m_theirs);
     m_timesClash = (mineMoved && (theirsMoved || theirsHangs)) || (theirsMoved && mineHangs);
     m_oursMoved = mineMoved && !m_timesClash;
     if (m_timesClash) { addConflict(kTimeField, ""); }
+  }
+
+  /// Whether one side ended the series sooner, and the other changed nothing but what comes before that: then both
+  /// changes are what they would be alone.
+  bool isOnlyEnded(bool byMine) const {
+    const WholeItem& ended = byMine ? m_mineWhole : m_theirsWhole;
+    const auto end = endedSooner(*m_baseWhole, ended);
+    return end && differOnlyUpTo(*end, *m_baseWhole, byMine ? m_theirsWhole : m_mineWhole);
   }
 
   bool occurrencesDiffer(const std::map<std::string, const Item*>& side) const {
@@ -345,6 +373,8 @@ class Merge {
 
   bool m_hasBase;
   std::map<std::string, const Item*> m_base, m_theirs, m_mine, m_sent;
+  const WholeItem* m_baseWhole;
+  const WholeItem& m_theirsWhole;
   const WholeItem& m_mineWhole;
   TextComponent m_text;
   bool m_timesClash = false;

@@ -31,7 +31,8 @@ struct MergedItem {
 /// `sent` is what was sent without an answer: a field in which the server has what was sent was not changed there.
 ///
 /// Start and end, repetition and exceptions hang together: when one side moved the series or changed its rule, the
-/// other's exceptions and changed occurrences speak of times that are no more.
+/// other's exceptions and changed occurrences speak of times that are no more. A series that one side has only ended
+/// sooner still has those before its new end.
 MergedItem merged(const ItemState* base, const ItemState& theirs, const store::WholeItem& mine,
                   const store::WholeItem* sent = nullptr);
 

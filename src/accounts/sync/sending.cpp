@@ -257,7 +257,13 @@ Answer<void> Sending::remove(Task& task) {
   if (!task.resource.text.empty() || task.resource.sent) {
     auto removed = m_writes.remove(task.resource.url, task.resource.etag);
     if (!removed && removed.error().trouble != Trouble::kNotFound) { return removed; }
-    if (removed) { ++m_context.report.removedThere; }
+    if (removed) {
+      ++m_context.report.removedThere;
+    } else if (m_context.server.text(task.resource.url)) {
+      // One answer is not believed: it is there, and the next sync tries again.
+      task.goesOn = false;
+      return {};
+    }
   }
   ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
   ORLOCAL_STORE_CHECK(writer->remotes().removeResource(task.resource.id));
@@ -276,10 +282,10 @@ Answer<void> Sending::takeInFirst(const Task& task) {
 
 Answer<void> Sending::refused(Task& task, const ServerFailure& failure) {
   if (endsTheSync(failure.trouble)) { return Refusal(failure); }
-  TakingIn takingIn(m_context, *task.mirror);
-  if (failure.trouble == Trouble::kNotFound) { return takingIn.missing(std::span(&task.resource.key, 1)); }
+  // One answer takes nothing away here: the item is asked for by itself.
+  if (failure.trouble == Trouble::kNotFound) { return takeInFirst(task); }
   m_context.report.troubles.push_back({task.mirror->url, task.title, failure.message});
-  if (failure.trouble == Trouble::kForbidden) { return takingIn.putBack(task.resource.key); }
+  if (failure.trouble == Trouble::kForbidden) { return TakingIn(m_context, *task.mirror).putBack(task.resource.key); }
   const bool clash = failure.trouble == Trouble::kClash;
   if (failure.trouble == Trouble::kLocked || (clash && task.kind != Task::Kind::kCreate)) { return {}; }
   ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());

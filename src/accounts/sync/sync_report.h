@@ -27,8 +27,6 @@ struct SyncReport {
   std::vector<SyncTrouble> troubles;
   /// Why the account was not done: the rest of it was not tried.
   std::optional<ServerFailure> failure;
-
-  bool changedHere() const { return received + removedHere + calendars > 0; }
 };
 
 }  // namespace orlocal::accounts

@@ -182,7 +182,9 @@ class Sabre(Server):
             digest = hashlib.md5(f"{user}:SabreDAV:{PASSWORD}".encode()).hexdigest()
             self.run("sqlite3", database, f"insert into users (username, digesta1) values ('{user}', '{digest}');"
                      f"insert into principals (uri, email, displayname) values"
-                     f" ('principals/{user}', '{user}@example.invalid', '{user}');")
+                     f" ('principals/{user}', '{user}@example.invalid', '{user}'),"
+                     f" ('principals/{user}/calendar-proxy-read', null, null),"
+                     f" ('principals/{user}/calendar-proxy-write', null, null);")
         page = self.write("index.php", SABRE_PAGE)
         self.go("php", "-S", f"127.0.0.1:{self.port}", "-t", self.folder, page,
                 env=dict(os.environ, PHP_CLI_SERVER_WORKERS="4"))

@@ -367,6 +367,47 @@ TEST_F(AccountSync, MakesAndRemovesCalendarsThere) {
   EXPECT_EQ(server.snapshot().calendars.size(), 1u);
 }
 
+TEST_F(AccountSync, KeepsTheTitleOfACalendarThatHasNoneThere) {
+  synced();
+  server.renameCalendar(team, "");
+  synced();
+  server.forgetLog();
+  synced();
+  EXPECT_EQ(server.count("PROPPATCH"), 0u);
+  store::Calendar calendar = machine->calendar("Team");
+  calendar.title = "Crew";
+  ASSERT_TRUE(machine->people->saveCalendar(calendar));
+  synced();
+  EXPECT_EQ(server.calendarAt(team).displayName, "Crew");
+}
+
+TEST_F(AccountSync, KeepsTheTitleOfACalendarThatIsCalledAsItsAddressThere) {
+  synced();
+  store::Calendar calendar;
+  calendar.title = "Mine 100 %";
+  calendar.source = machine->source();
+  ASSERT_TRUE(machine->people->saveCalendar(calendar));
+  synced();
+  for (const auto& [name, there] : server.snapshot().calendars) {
+    server.renameCalendar(MemoryServer::home() + name + "/", name);
+  }
+  synced();
+  EXPECT_EQ(machine->calendar("Mine 100 %").identifier, calendar.identifier);
+  EXPECT_EQ(machine->calendar("team").title, "team");
+}
+
+TEST_F(AccountSync, GoesOnWithoutTheHomeOfSomebodyWhoSharesNoMore) {
+  machine->state().homes.push_back(MemoryServer::address("/calendars/gone/"));
+  server.putAs(url("a.ics"), eventText("a", "Talk"));
+  const SyncReport report = synced();
+  EXPECT_EQ(report.received, 1u);
+  ASSERT_EQ(report.troubles.size(), 1u);
+  EXPECT_EQ(report.troubles.front().calendar, MemoryServer::address("/calendars/gone/"));
+  machine->state().homes.insert(machine->state().homes.begin(), MemoryServer::address("/calendars/gone/"));
+  EXPECT_TRUE(machine->sync().failure);
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("Talk"));
+}
+
 TEST_F(AccountSync, SendsWhatWasInACalendarBeforeTheServerHadIt) {
   synced();
   store::Calendar calendar;

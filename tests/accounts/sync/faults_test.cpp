@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "accounts/sync/conflict_choice.h"
 #include "accounts/sync/sync_fixture.h"
 
 namespace orlocal::accounts {
@@ -123,13 +124,106 @@ TEST_P(FaultAtEachRequest, LosesAndDoublesNothing) {
 INSTANTIATE_TEST_SUITE_P(
     AllKinds, FaultAtEachRequest,
     testing::Values(
+        std::pair(MemoryServer::Fault::When::kBefore, 502), std::pair(MemoryServer::Fault::When::kBefore, 0),
+        std::pair(MemoryServer::Fault::When::kWithin, 0), std::pair(MemoryServer::Fault::When::kAfter, 0),
+        std::pair(MemoryServer::Fault::When::kBefore, 401), std::pair(MemoryServer::Fault::When::kBefore, 429),
+        std::pair(MemoryServer::Fault::When::kBefore, 500), std::pair(MemoryServer::Fault::When::kAfter, 500),
+        std::pair(MemoryServer::Fault::When::kBefore, 503), std::pair(MemoryServer::Fault::When::kBefore, 507),
+        std::pair(MemoryServer::Fault::When::kBefore, 409), std::pair(MemoryServer::Fault::When::kBefore, 412),
+        std::pair(MemoryServer::Fault::When::kBefore, 423), std::pair(MemoryServer::Fault::When::kAfter, 412)));
+
+/// A refusal that means something: that this user may not, or that there is no such item. It may come of nothing.
+class RefusalAtEachRequest : public Faults, public testing::WithParamInterface<int> {
+ protected:
+  void keepMine() {
+    for (const store::Conflict& conflict : machine->conflicts()) {
+      ASSERT_TRUE(settle(*machine->people, conflict, ConflictChoice::kMine));
+    }
+  }
+};
+
+TEST_P(RefusalAtEachRequest, LeavesADecisionAtMost) {
+  std::size_t nth = 1;
+  for (bool reached = true; reached && nth < kMostRequests && !HasFailure(); ++nth) {
+    SCOPED_TRACE("request " + std::to_string(nth));
+    begin();
+    EXPECT_FALSE(machine->sync().failure);
+    changeBothSides();
+    server->forgetLog();
+    MemoryServer::Fault fault;
+    fault.status = GetParam();
+    fault.nth = nth;
+    server->failNext(fault);
+    machine->sync();
+    reached = server->log().size() >= nth;
+    machine->restart(options());
+    syncToTheEnd();
+    keepMine();
+    syncToTheEnd();
+    expectAgreement();
+    EXPECT_THAT(machine->conflicts(), IsEmpty());
+  }
+  EXPECT_GT(nth, 8U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, RefusalAtEachRequest, testing::Values(403, 404));
+
+class FaultWhileACalendarIsMade : public Faults,
+                                  public testing::WithParamInterface<std::pair<MemoryServer::Fault::When, int>> {};
+
+TEST_P(FaultWhileACalendarIsMade, MakesItOnceAndLeavesItHere) {
+  // The calendars are listed, the new one is made, looked at and listed; then comes its content.
+  constexpr std::size_t kRequestsForIt = 4;
+  const auto [when, status] = GetParam();
+  for (std::size_t nth = 1; nth <= kRequestsForIt; ++nth) {
+    SCOPED_TRACE("request " + std::to_string(nth));
+    begin();
+    EXPECT_FALSE(machine->sync().failure);
+    store::Calendar calendar;
+    calendar.title = "Mine 100 %";
+    calendar.color = store::Rgb{1, 0, 0};
+    calendar.source = machine->source();
+    ASSERT_TRUE(machine->people->saveCalendar(calendar));
+    store::Item item = plain("Lunch");
+    item.calendar = calendar.id;
+    machine->save(item);
+    MemoryServer::Fault fault;
+    fault.when = when;
+    fault.status = status;
+    fault.nth = nth;
+    server->failNext(fault);
+    machine->sync();
+    machine->restart(options());
+    syncToTheEnd();
+    ASSERT_EQ(server->snapshot().calendars.size(), 2U);
+    EXPECT_THAT(machine->titles("Mine 100 %"), ElementsAre("Lunch"));
+    EXPECT_EQ(machine->calendar("Mine 100 %").identifier, calendar.identifier);
+    std::vector<std::string> here;
+    for (const store::Calendar& each : *machine->people->calendars(store::CalendarKind::kEvents)) {
+      if (each.source == machine->source()) { here.push_back(each.title); }
+    }
+    EXPECT_THAT(here, UnorderedElementsAre("Team", "Mine 100 %"));
+    for (const auto& [name, there] : server->snapshot().calendars) {
+      if (name != "team") {
+        EXPECT_EQ(there.displayName, "Mine 100 %");
+        EXPECT_EQ(there.items.size(), 1U);
+      }
+    }
+    EXPECT_THAT(machine->conflicts(), IsEmpty());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AllKinds, FaultWhileACalendarIsMade,
+    testing::Values(
         std::pair(MemoryServer::Fault::When::kBefore, 0), std::pair(MemoryServer::Fault::When::kWithin, 0),
-        std::pair(MemoryServer::Fault::When::kAfter, 0), std::pair(MemoryServer::Fault::When::kBefore, 401),
-        std::pair(MemoryServer::Fault::When::kBefore, 429), std::pair(MemoryServer::Fault::When::kBefore, 500),
+        std::pair(MemoryServer::Fault::When::kAfter, 0), std::pair(MemoryServer::Fault::When::kBefore, 403),
+        std::pair(MemoryServer::Fault::When::kAfter, 403), std::pair(MemoryServer::Fault::When::kBefore, 404),
+        std::pair(MemoryServer::Fault::When::kBefore, 405), std::pair(MemoryServer::Fault::When::kAfter, 405),
+        std::pair(MemoryServer::Fault::When::kBefore, 409), std::pair(MemoryServer::Fault::When::kAfter, 409),
+        std::pair(MemoryServer::Fault::When::kBefore, 423), std::pair(MemoryServer::Fault::When::kBefore, 500),
         std::pair(MemoryServer::Fault::When::kAfter, 500), std::pair(MemoryServer::Fault::When::kBefore, 503),
-        std::pair(MemoryServer::Fault::When::kBefore, 507), std::pair(MemoryServer::Fault::When::kBefore, 409),
-        std::pair(MemoryServer::Fault::When::kBefore, 412), std::pair(MemoryServer::Fault::When::kBefore, 423),
-        std::pair(MemoryServer::Fault::When::kAfter, 412)));
+        std::pair(MemoryServer::Fault::When::kBefore, 507), std::pair(MemoryServer::Fault::When::kAfter, 507)));
 
 /// What servers do otherwise.
 class QuirkyServers : public Faults, public testing::WithParamInterface<std::pair<const char*, void (*)(Quirks&)>> {};
@@ -165,53 +259,92 @@ TEST_P(QuirkyServers, AreFollowedAfterTheirTokensWereLost) {
 
 INSTANTIATE_TEST_SUITE_P(
     OneByOne, QuirkyServers,
-    testing::Values(std::pair(
-                        "rewrites texts", +[](Quirks& quirks) { quirks.rewritesTexts = true; }),
-                    std::pair(
-                        "recycles ETags", +[](Quirks& quirks) { quirks.recyclesEtags = true; }),
-                    std::pair(
-                        "no ETag in PUT", +[](Quirks& quirks) { quirks.givesNoEtagInPut = true; }),
-                    std::pair(
-                        "no conditions",
-                        +[](Quirks& quirks) {
-                          quirks.overwritesNew = quirks.createsMissing = quirks.removesWhatChanged = true;
-                        }),
-                    std::pair(
-                        "no sync", +[](Quirks& quirks) { quirks.hasNoSync = true; }),
-                    std::pair(
-                        "neither sync nor ctag", +[](Quirks& quirks) { quirks.hasNoSync = quirks.hasNoCtag = true; }),
-                    std::pair(
-                        "seconds", +[](Quirks& quirks) { quirks.countsTokensInSeconds = true; }),
-                    std::pair(
-                        "409 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kSays409; }),
-                    std::pair(
-                        "500 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kFails500; }),
-                    std::pair(
-                        "lists all", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kListsAll; }),
-                    std::pair(
-                        "pages", +[](Quirks& quirks) { quirks.syncPage = 2; }),
-                    std::pair(
-                        "unescaped", +[](Quirks& quirks) { quirks.unescapedSyncHrefs = true; }),
-                    std::pair(
-                        "relative", +[](Quirks& quirks) { quirks.relativeHrefs = true; }),
-                    std::pair(
-                        "left out", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kIsLeftOut; }),
-                    std::pair(
-                        "fails all", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kFailsAll; }),
-                    std::pair(
-                        "chooses hrefs", +[](Quirks& quirks) { quirks.choosesHrefs = true; }),
-                    std::pair(
-                        "ignores components", +[](Quirks& quirks) { quirks.ignoresComponents = true; }),
-                    std::pair(
-                        "no privileges", +[](Quirks& quirks) { quirks.tellsNoPrivileges = true; }),
-                    std::pair(
-                        "many at once", +[](Quirks& quirks) {
-                          quirks.rewritesTexts = quirks.recyclesEtags = quirks.givesNoEtagInPut = quirks.overwritesNew =
-                              true;
-                          quirks.removesWhatChanged = quirks.countsTokensInSeconds = quirks.unescapedSyncHrefs = true;
-                          quirks.badToken = Quirks::BadToken::kListsAll;
-                          quirks.missingItem = Quirks::MissingItem::kIsLeftOut;
-                        })));
+    testing::Values(
+        std::pair(
+            "rewrites texts", +[](Quirks& quirks) { quirks.rewritesTexts = true; }),
+        std::pair(
+            "recycles ETags", +[](Quirks& quirks) { quirks.recyclesEtags = true; }),
+        std::pair(
+            "no ETag in PUT", +[](Quirks& quirks) { quirks.givesNoEtagInPut = true; }),
+        std::pair(
+            "no conditions",
+            +[](Quirks& quirks) { quirks.overwritesNew = quirks.createsMissing = quirks.removesWhatChanged = true; }),
+        std::pair(
+            "no sync", +[](Quirks& quirks) { quirks.hasNoSync = true; }),
+        std::pair(
+            "neither sync nor ctag", +[](Quirks& quirks) { quirks.hasNoSync = quirks.hasNoCtag = true; }),
+        std::pair(
+            "seconds", +[](Quirks& quirks) { quirks.countsTokensInSeconds = true; }),
+        std::pair(
+            "409 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kSays409; }),
+        std::pair(
+            "403 alone for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kSaysBare403; }),
+        std::pair(
+            "500 for tokens", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kFails500; }),
+        std::pair(
+            "lists all", +[](Quirks& quirks) { quirks.badToken = Quirks::BadToken::kListsAll; }),
+        std::pair(
+            "pages", +[](Quirks& quirks) { quirks.syncPage = 2; }),
+        std::pair(
+            "unescaped", +[](Quirks& quirks) { quirks.unescapedSyncHrefs = true; }),
+        std::pair(
+            "relative", +[](Quirks& quirks) { quirks.relativeHrefs = true; }),
+        std::pair(
+            "left out", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kIsLeftOut; }),
+        std::pair(
+            "fails all", +[](Quirks& quirks) { quirks.missingItem = Quirks::MissingItem::kFailsAll; }),
+        std::pair(
+            "chooses hrefs", +[](Quirks& quirks) { quirks.choosesHrefs = true; }),
+        std::pair(
+            "ignores components", +[](Quirks& quirks) { quirks.ignoresComponents = true; }),
+        std::pair(
+            "no privileges", +[](Quirks& quirks) { quirks.tellsNoPrivileges = true; }),
+        std::pair(
+            "many at once", +[](Quirks& quirks) {
+              quirks.rewritesTexts = quirks.recyclesEtags = quirks.givesNoEtagInPut = quirks.overwritesNew = true;
+              quirks.removesWhatChanged = quirks.countsTokensInSeconds = quirks.unescapedSyncHrefs = true;
+              quirks.badToken = Quirks::BadToken::kListsAll;
+              quirks.missingItem = Quirks::MissingItem::kIsLeftOut;
+            })));
+
+/// A server that moved house, or has another clock.
+class OtherServers : public Faults {
+ protected:
+  void SetUp() override {
+    StoreTest::SetUp();
+    begin();
+  }
+};
+
+TEST_F(OtherServers, MayNameAnItemAnew) {
+  EXPECT_FALSE(machine->sync().failure);
+  const std::string identifier = machine->items("Team").at("kept").identifier;
+  changeBothSides();
+  for (const char* name : {"kept", "changed here", "changed there"}) {
+    const std::string content = server->itemAt(there(name))->text;
+    server->removeAs(there(name));
+    server->putAs(there(std::string("moved ") + name), content);
+  }
+  syncToTheEnd();
+  EXPECT_EQ(machine->items("Team").at("kept").identifier, identifier);
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("changed here", "changed there", "kept", "made here", "made there"));
+  EXPECT_THAT(machine->conflicts(), IsEmpty());
+}
+
+TEST_F(OtherServers, MayHaveAClockThatIsADayOff) {
+  for (const std::int64_t off : {-86'400, 86'400}) {
+    for (const bool countsSeconds : {false, true}) {
+      begin();
+      server->quirks.countsTokensInSeconds = countsSeconds;
+      server->second += off;
+      EXPECT_FALSE(machine->sync().failure);
+      changeBothSides();
+      syncToTheEnd();
+      expectAgreement();
+      EXPECT_THAT(machine->conflicts(), IsEmpty());
+    }
+  }
+}
 
 /// A server whose operator has put a backup back.
 class RestoredServer : public Faults {

@@ -17,7 +17,7 @@ namespace {
 /// Each value that anybody writes is unique and remembers which value its writer saw in its place. In the end every
 /// value must stand somewhere, or be one that its writer's successors have seen, or lie among the conflicts: nothing is
 /// lost without a word.
-class ManyMachines : public testing::TestWithParam<std::tuple<int, int>> {
+class ManyMachines : public testing::TestWithParam<std::tuple<int, int, int>> {
  protected:
   using Field = std::optional<std::string> store::Item::*;
   static constexpr Field kFields[] = {&store::Item::title, &store::Item::location, &store::Item::notes};
@@ -101,8 +101,8 @@ class ManyMachines : public testing::TestWithParam<std::tuple<int, int>> {
     machine.save(item);
   }
 
-  /// One occurrence gets other words or goes, or the series ends before it. No value is written: what stands where is
-  /// compared in the end.
+  /// One occurrence gets other words or goes, or the series ends before it or is split there. No value is written: what
+  /// stands where is compared in the end.
   void changeOccurrence(Machine& machine, const store::Item& series) {
     const auto at = store::at("2026-11-0" + std::to_string(pick(2, 6)) + " 09:00");
     const auto occurrence = machine.people->occurrenceAt(series, at);
@@ -120,7 +120,8 @@ class ManyMachines : public testing::TestWithParam<std::tuple<int, int>> {
     edit.values = *opened;
     edit.values.url = "http://example.org/" + std::to_string(pick(0, 99));
     edit.set.add(store::ItemField::kUrl);
-    const auto saved = machine.people->saveEvent(edit, *occurrence, store::Span::kThis);
+    const bool splits = pick(0, 2) == 0 && at != store::at("2026-11-02 09:00");
+    const auto saved = machine.people->saveEvent(edit, *occurrence, splits ? store::Span::kFuture : store::Span::kThis);
     EXPECT_TRUE(saved) << saved.error().message;
   }
 
@@ -214,8 +215,8 @@ class ManyMachines : public testing::TestWithParam<std::tuple<int, int>> {
 };
 
 TEST_P(ManyMachines, EndEqualAndLoseNothing) {
-  constexpr int kRounds = 50;
-  for (int round = 0; round < kRounds; ++round) {
+  const int rounds = std::get<2>(GetParam());
+  for (int round = 0; round < rounds; ++round) {
     const int which = pick(0, static_cast<int>(m_machines.size()) - 1);
     Machine& machine = *m_machines[static_cast<std::size_t>(which)];
     for (int i = pick(0, 3); i > 0; --i) { doSomething(machine); }
@@ -239,8 +240,13 @@ TEST_P(ManyMachines, EndEqualAndLoseNothing) {
   expectNothingLost();
 }
 
-INSTANTIATE_TEST_SUITE_P(Two, ManyMachines, testing::Combine(testing::Values(2), testing::Range(1, 13)));
-INSTANTIATE_TEST_SUITE_P(Five, ManyMachines, testing::Combine(testing::Values(5), testing::Range(1, 9)));
+// Machines, seed, rounds.
+INSTANTIATE_TEST_SUITE_P(Two, ManyMachines,
+                         testing::Combine(testing::Values(2), testing::Range(1, 13), testing::Values(50)));
+INSTANTIATE_TEST_SUITE_P(Five, ManyMachines,
+                         testing::Combine(testing::Values(5), testing::Range(1, 9), testing::Values(50)));
+INSTANTIATE_TEST_SUITE_P(ForLong, ManyMachines,
+                         testing::Combine(testing::Values(2, 5), testing::Values(101), testing::Values(1'000)));
 
 }  // namespace
 }  // namespace orlocal::accounts

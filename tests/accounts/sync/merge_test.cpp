@@ -5,6 +5,7 @@
 
 #include "accounts/sync/server_text.h"
 #include "store/icalendar/item_text.h"
+#include "store/time/time_text.h"
 
 namespace orlocal::accounts {
 namespace {
@@ -117,6 +118,17 @@ TEST(Merge, BothSidesExceptionsCount) {
   EXPECT_EQ(state(result.text).item.main.recurrence.excluded.size(), 2u);
 }
 
+TEST(Merge, ADayThatComesBackHereAndAnotherThatGoesThereBothDo) {
+  const std::string one = "EXDATE;TZID=Europe/Berlin:20261103T090000\r\n";
+  const MergedItem result = merge(
+      text(kTimes + kDaily + one),
+      text(kTimes + kDaily + "EXDATE;TZID=Europe/Berlin:20261103T090000,20261104T090000\r\n"), text(kTimes + kDaily));
+  EXPECT_THAT(result.conflicts, IsEmpty());
+  const auto excluded = state(result.text).item.main.recurrence.excluded;
+  ASSERT_EQ(excluded.size(), 1u);
+  EXPECT_EQ(excluded.front().local, store::parseTime("20261104T090000")->local);
+}
+
 TEST(Merge, ASeriesThatMovedHereAndLostADayThereIsAConflict) {
   const MergedItem result = merge(text(kTimes + kDaily + "SUMMARY:a\r\n"),
                                   text(kTimes + kDaily + "SUMMARY:a\r\nEXDATE;TZID=Europe/Berlin:20261103T090000\r\n"),
@@ -180,6 +192,85 @@ TEST(Merge, ChangedOccurrenceThatWasTakenBackHereGoesThere) {
   EXPECT_THAT(state(result.text).item.changed, IsEmpty());
   EXPECT_EQ(state(result.text).item.main.recurrence.excluded.size(), 1u);
 }
+
+const std::string kEnded = "RRULE:FREQ=DAILY;UNTIL=20261104T080000Z\r\n";  // after three of five
+
+/// One side ends the series after its third occurrence; what the other does with the second or fourth.
+class MergeOfAnEnd : public testing::TestWithParam<bool> {
+ protected:
+  static MergedItem mergedWith(const std::string& base, const std::string& ended, const std::string& other) {
+    return GetParam() ? merge(base, ended, other) : merge(base, other, ended);
+  }
+  static std::string occurrence(const std::string& day, const std::string& more) {
+    return component("RECURRENCE-ID;TZID=Europe/Berlin:" + day + "T090000\r\nDTSTART;TZID=Europe/Berlin:" + day +
+                     "T150000\r\nDTEND;TZID=Europe/Berlin:" + day + "T160000\r\n" + more);
+  }
+  static std::string exception(const std::string& day) { return "EXDATE;TZID=Europe/Berlin:" + day + "T090000\r\n"; }
+};
+
+TEST_P(MergeOfAnEnd, KeepsAnOccurrenceThatWasChangedBeforeIt) {
+  const std::string series = component(kTimes + kDaily);
+  const MergedItem result = mergedWith(calendar(series), text(kTimes + kEnded + "SUMMARY:a\r\n"),
+                                       calendar(series + occurrence("20261103", "LOCATION:x\r\n")));
+  EXPECT_THAT(result.conflicts, IsEmpty());
+  const ItemState both = state(result.text);
+  EXPECT_TRUE(both.item.main.recurrence.rules.front().until);
+  EXPECT_FALSE(both.item.main.recurrence.rules.front().count);
+  ASSERT_EQ(both.item.changed.size(), 1u);
+  EXPECT_EQ(both.item.changed.front().location, "x");
+  EXPECT_EQ(both.item.main.title, "a");
+}
+
+TEST_P(MergeOfAnEnd, KeepsADayThatWasTakenOutBeforeIt) {
+  const MergedItem result = mergedWith(text(kTimes + kDaily + exception("20261105")), text(kTimes + kEnded),
+                                       text(kTimes + kDaily + exception("20261105") + exception("20261104")));
+  EXPECT_THAT(result.conflicts, IsEmpty());
+  const auto series = state(result.text).item.main.recurrence;
+  EXPECT_TRUE(series.rules.front().until);
+  ASSERT_EQ(series.excluded.size(), 1u);
+  EXPECT_EQ(series.excluded.front().local, store::parseTime("20261104T090000")->local);
+}
+
+TEST_P(MergeOfAnEnd, ClashesWithAChangeBehindIt) {
+  const std::string series = component(kTimes + kDaily);
+  EXPECT_THAT(
+      mergedWith(calendar(series), text(kTimes + kEnded), calendar(series + occurrence("20261105", ""))).conflicts,
+      ElementsAre("time"));
+  EXPECT_THAT(
+      mergedWith(calendar(series), text(kTimes + kEnded), text(kTimes + kDaily + exception("20261105"))).conflicts,
+      ElementsAre("time"));
+}
+
+TEST_P(MergeOfAnEnd, TakesWhatLiesBehindItAlong) {
+  const std::string late = occurrence("20261105", "LOCATION:late\r\n");
+  const std::string series = component(kTimes + kDaily);
+  const MergedItem result = mergedWith(calendar(series + late), text(kTimes + kEnded),
+                                       calendar(series + late + occurrence("20261103", "LOCATION:x\r\n")));
+  EXPECT_THAT(result.conflicts, IsEmpty());
+  const ItemState both = state(result.text);
+  ASSERT_EQ(both.item.changed.size(), 1u);
+  EXPECT_EQ(both.item.changed.front().location, "x");
+}
+
+TEST_P(MergeOfAnEnd, ClashesWithAMoveAndWithAnotherRule) {
+  const std::string other = calendar(component(kTimes + kDaily) + occurrence("20261103", ""));
+  for (const std::string& ended :
+       {kMoved + kEnded, kTimes + "RRULE:FREQ=WEEKLY;UNTIL=20261104T080000Z\r\n",
+        kTimes + "RRULE:FREQ=DAILY;COUNT=3\r\n", kTimes + kEnded + "RDATE;TZID=Europe/Berlin:20261203T090000\r\n",
+        kTimes + "RRULE:FREQ=DAILY;UNTIL=20261104\r\n"}) {
+    EXPECT_THAT(mergedWith(text(kTimes + kDaily), text(ended), other).conflicts, ElementsAre("time")) << ended;
+  }
+}
+
+TEST_P(MergeOfAnEnd, LeavesAnOccurrenceThatOneSideTookBackToADecision) {
+  const std::string series = component(kTimes + kDaily);
+  const MergedItem result = mergedWith(calendar(series + occurrence("20261103", "LOCATION:x\r\n")),
+                                       text(kTimes + kEnded + exception("20261103")),
+                                       calendar(series + occurrence("20261103", "LOCATION:y\r\n")));
+  EXPECT_THAT(result.conflicts, ElementsAre("removed of 20261103T090000"));
+}
+
+INSTANTIATE_TEST_SUITE_P(ThereAndHere, MergeOfAnEnd, testing::Bool());
 
 TEST(Merge, ExplainsTheZonesOfOurTimes) {
   const std::string base = text("DTSTART:20261102T090000Z\r\nDTEND:20261102T100000Z\r\n");

@@ -459,6 +459,15 @@ TEST_F(OverHttp, SilenceIsNotWaitedForWithoutEnd) {
   EXPECT_EQ(send("GET", "/a").error().trouble, Trouble::kAnswerLost);
 }
 
+TEST_F(OverHttp, AnAnswerThatTakesTooLongEnds) {
+  serve(SentReply{"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc", false, true});
+  options = TransportOptions{};
+  options->longest = std::chrono::seconds(1);
+  const auto answer = send("GET", "/a");
+  EXPECT_EQ(answer.error().trouble, Trouble::kAnswerLost);
+  EXPECT_THAT(answer.error().message, HasSubstr("timed out"));
+}
+
 TEST_F(OverHttp, WhoeverHasHadEnoughIsHeard) {
   std::atomic<bool> stop = false;
   serve([&](const SeenRequest&) {

@@ -1,7 +1,6 @@
 #include "host/commands/accounts/account_add.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <ostream>
 
@@ -9,52 +8,29 @@
 #include <fmt/ranges.h>
 
 #include "accounts/adding.h"
-#include "accounts/connection.h"
-#include "accounts/remedy.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
-#include "host/commands/accounts/password_question.h"
+#include "host/commands/accounts/duration_words.h"
+#include "host/commands/accounts/sync_run.h"
 #include "host/commands/command_line/interruption.h"
 #include "host/commands/command_line/json_text.h"
-#include "host/commands/command_line/progress_line.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
-#include "host/commands/command_line/trouble.h"
 
 namespace orlocal::host {
 namespace {
 
 using accounts::Account;
-using accounts::SecretSource;
-
-/// A name alone is a credential where the service manager hands such out; else it is a file of the folder here.
-std::filesystem::path passwordFileOf(const std::string& name) {
-  const bool nameAlone = name.find('/') == name.npos;
-  const char* credentials = std::getenv("CREDENTIALS_DIRECTORY");
-  if (nameAlone && credentials != nullptr && *credentials != '\0') { return name; }
-  return std::filesystem::absolute(name);
-}
-
-SecretSource secretSourceOf(const AddWords& words) {
-  if (words.passwordCommand) { return accounts::PasswordCommand{*words.passwordCommand}; }
-  if (words.tokenCommand) { return accounts::TokenCommand{*words.tokenCommand}; }
-  if (words.passwordFile) { return accounts::PasswordFile{passwordFileOf(*words.passwordFile)}; }
-  return accounts::KeptPassword{};
-}
 
 Account accountOf(const AddWords& words) {
   Account account;
   account.name = words.name.empty() ? accounts::usualNameFor(words.address) : words.name;
   account.settings.address = words.address;
   account.settings.user = words.user;
-  account.settings.secret = textOf(secretSourceOf(words));
+  account.settings.secret = textOf(secretSourceIn(words.secret).value_or(accounts::KeptPassword{}));
+  account.settings.every = durationOf(words.every);
   if (!words.caFile.empty()) { account.settings.caFile = std::filesystem::absolute(words.caFile); }
   return account;
-}
-
-ExitStatus wordsAreOff(Streams& streams, const std::string& sentence) {
-  tellTrouble(streams.err, sentence);
-  return ExitStatus::kUsage;
 }
 
 std::vector<std::string> titlesOf(const std::vector<accounts::RemoteCalendar>& calendars) {
@@ -104,8 +80,7 @@ Result<ExitStatus> addAccount(const AddWords& words, CommandContext& context) {
   ORLOCAL_CHECK(book.mustBeFree(account.name));
   std::optional<std::string> typed;
   if (account.settings.secret == textOf(accounts::KeptPassword{})) {
-    typed = askPassword(streams,
-                        fmt::format("Password of {} at {}: ", printable(words.user), printable(addressOf(account))));
+    typed = askPasswordOf(account, streams);
     if (!typed) {
       return wordsAreOff(streams,
                          "No password was given, and nobody can be asked here: give --password-command, "
@@ -113,14 +88,10 @@ Result<ExitStatus> addAccount(const AddWords& words, CommandContext& context) {
     }
   }
   const Interruption interruption;
-  ProgressLine progress(streams.err, streams.errIsTerminal, "Looking for the account");
-  progress.announce(printable(addressOf(account)));
-  const auto transport = connectionFor(account, secrets, &Interruption::flag(), typed);
-  const auto calendars = findCalendars(*transport, account, accounts::systemServiceLookup);
-  progress.clear();
+  const auto calendars = lookedFor(account, secrets, typed, streams);
   if (!calendars) {
-    return failure(ErrorCode::kIo, fmt::format("The account \"{}\" was not added. {} {}", account.name,
-                                               calendars.error().message, remedyFor(calendars.error().trouble)));
+    return failure(ErrorCode::kIo,
+                   fmt::format("The account \"{}\" was not added. {}", account.name, failureText(calendars.error())));
   }
   ORLOCAL_CHECK(put(book, account, typed, secrets));
   tellFound(account, titlesOf(*calendars), context);

@@ -1,15 +1,15 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
+#include "host/commands/accounts/account_trial.h"
 #include "host/commands/command_line/command.h"
 
 namespace orlocal::host {
 
 struct AddWords {
-  std::string address, user, name, caFile;
-  std::optional<std::string> passwordCommand, passwordFile, tokenCommand;
+  std::string address, user, name, caFile, every;
+  SecretWords secret;
 };
 
 /// Finds the account on its server, and puts it into the store.

@@ -3,20 +3,21 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include "accounts/syncing.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_add.h"
+#include "host/commands/accounts/account_set.h"
 #include "host/commands/accounts/account_views.h"
 #include "host/commands/accounts/account_words.h"
+#include "host/commands/accounts/duration_words.h"
 #include "host/commands/accounts/sync_run.h"
 #include "host/commands/command_line/interruption.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
-#include "store/location.h"
 #include "store/remote_reader.h"
 
 namespace orlocal::host {
@@ -32,10 +33,9 @@ struct RemoveWords {
 Result<ExitStatus> setPaused(const std::string& name, bool paused) {
   ORLOCAL_TRY(const auto store, openUserStore());
   accounts::AccountBook book(*store);
-  ORLOCAL_TRY(Account account, book.named(name));
+  ORLOCAL_TRY(const Account account, book.named(name));
   if (account.settings.paused == paused) { return ExitStatus::kDone; }
-  account.settings.paused = paused;
-  ORLOCAL_CHECK(book.saveSettings(account));
+  ORLOCAL_CHECK(book.changeSettings(account.source, [&](auto& settings) { settings.paused = paused; }));
   return ExitStatus::kDone;
 }
 
@@ -81,8 +81,9 @@ Result<ExitStatus> removeAccount(const RemoveWords& words, CommandContext& conte
                    fmt::format("\"{}\" is a subscription; orlocal unsubscribe ends it.", account.name));
   }
   const Interruption interruption;
-  ORLOCAL_TRY(const auto file, store::userStoreFile());
-  ORLOCAL_TRY(const auto lock, accounts::SyncLock::take(file));
+  ORLOCAL_TRY(const auto lock, takeInHand(book, account, context));
+  // A sync that was waited for may have learned something.
+  ORLOCAL_TRY(account, book.named(words.name));
   if (!words.discard) { ORLOCAL_CHECK(syncForTheLastTime(*store, account, context)); }
   ORLOCAL_TRY(auto secrets, userSecrets());
   ORLOCAL_CHECK(book.remove(account));
@@ -92,6 +93,26 @@ Result<ExitStatus> removeAccount(const RemoveWords& words, CommandContext& conte
                                        printable(account.name));
   }
   return ExitStatus::kDone;
+}
+
+std::vector<CLI::Option*> addSecretOptions(CLI::App& command, SecretWords& words) {
+  CLI::Option* password = command.add_option("--password-command", words.passwordCommand,
+                                             "A command whose first line of output is the password");
+  CLI::Option* file = command.add_option("--password-file", words.passwordFile,
+                                         "A file with the password in its first line, this user's alone; where the\n"
+                                         "service manager gives credentials, a name alone is one of them");
+  CLI::Option* token = command.add_option("--token-command", words.tokenCommand,
+                                          "A command whose first line of output is a bearer token");
+  password->type_name("CMD")->excludes(file)->excludes(token);
+  file->type_name("FILE")->excludes(token);
+  token->type_name("CMD");
+  return {password, file, token};
+}
+
+void addCaFileOption(CLI::App& command, std::string& caFile) {
+  command.add_option("--ca-file", caFile, "Certificates to trust in place of the system's (PEM)")
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
 }
 
 void registerAdd(CommandLine& line, CLI::App& account) {
@@ -105,22 +126,31 @@ void registerAdd(CommandLine& line, CLI::App& account) {
   add.add_option("--user", words->user, "Who signs in")->type_name("NAME")->required();
   add.add_option("--name", words->name, "What the account is called here (default: the server's name)")
       ->type_name("NAME");
-  add.add_option("--ca-file", words->caFile, "Certificates to trust in place of the system's (PEM)")
-      ->type_name("FILE")
-      ->check(CLI::ExistingFile);
-  CLI::Option* command = add.add_option("--password-command", words->passwordCommand,
-                                        "A command whose first line of output is the password");
-  CLI::Option* file = add.add_option("--password-file", words->passwordFile,
-                                     "A file with the password in its first line, this user's alone; where the\n"
-                                     "service manager gives credentials, a name alone is one of them");
-  CLI::Option* token =
-      add.add_option("--token-command", words->tokenCommand, "A command whose first line of output is a bearer token");
-  command->type_name("CMD")->excludes(file)->excludes(token);
-  file->type_name("FILE")->excludes(token);
-  token->type_name("CMD");
+  add.add_option("--every", words->every, "How often sync --follow asks the server: 5m, 1h (default: each minute)")
+      ->type_name("DURATION")
+      ->check(objectionToDuration);
+  addCaFileOption(add, words->caFile);
+  addSecretOptions(add, words->secret);
   add.footer(
-      "Without one of these the password is asked for on the terminal, and kept in a file that only you may\n"
-      "read. The store never holds it.");
+      "Without a command or file the password is asked for on the terminal, and kept in a file that only you\n"
+      "may read. The store never holds it.");
+}
+
+void registerSet(CommandLine& line, CLI::App& account) {
+  const auto words = std::make_shared<SetWords>();
+  CLI::App& set = line.addUnder(account, "set", "Change where an account's password comes from, its name, and so on.",
+                                [words](CommandContext& context) { return setAccount(*words, context); });
+  set.add_option("account", words->name, "The account; of a subscription only --every can be set")
+      ->type_name("NAME")
+      ->required();
+  set.add_option("--name", words->newName, "Another name for it here")->type_name("NEW");
+  set.add_option("--every", words->every, "How often sync --follow asks the server: 5m, 1h; default is as without this")
+      ->type_name("DURATION")
+      ->check([](const std::string& given) { return given == kDefaultEvery ? "" : objectionToDuration(given); });
+  addCaFileOption(set, words->caFile);
+  CLI::Option* ask = set.add_flag("--password", words->asks, "Ask for the password on the terminal, and keep it");
+  for (CLI::Option* option : addSecretOptions(set, words->secret)) { ask->excludes(option); }
+  set.add_flag("--no-check", words->unchecked, "Keep what is given without trying whether the server takes it");
 }
 
 void registerNamed(CommandLine& line, CLI::App& account, const char* name, const char* description,
@@ -134,8 +164,10 @@ void registerNamed(CommandLine& line, CLI::App& account, const char* name, const
 }  // namespace
 
 void registerAccountCommands(CommandLine& line) {
-  CLI::App& account = line.addGroup("account", "Accounts on calendar servers: add, list, show, pause, resume, remove.");
+  CLI::App& account =
+      line.addGroup("account", "Accounts on calendar servers: add, set, list, show, pause, resume, remove.");
   registerAdd(line, account);
+  registerSet(line, account);
   line.addUnder(account, "list", "List accounts and subscriptions, and how they are.", listAccounts);
   registerNamed(line, account, "show", "Show an account's calendars, and what could not be carried over.", showAccount);
   registerNamed(line, account, "pause", "Leave an account alone until it is resumed.",

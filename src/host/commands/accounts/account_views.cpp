@@ -9,6 +9,7 @@
 #include "accounts/sync/local_changes.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
+#include "host/commands/accounts/duration_words.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -38,6 +39,7 @@ Result<std::size_t> waitingOf(store::CalendarStore& store, const Account& accoun
 
 Json asJson(const Account& account, std::size_t waiting) {
   const auto& last = account.state.lastSuccess;
+  const auto& every = account.settings.every;
   const auto remedy = remedyOf(account);
   const bool failed = !account.state.failure.empty();
   return {{"name", account.name},
@@ -46,6 +48,7 @@ Json asJson(const Account& account, std::size_t waiting) {
           {"user", account.settings.user},
           {"state", stateOf(account)},
           {"lastSync", last ? Json(isoMoment(*last, store::Zone::ofUser())) : Json(nullptr)},
+          {"every", every ? Json(every->count()) : Json(nullptr)},
           {"waiting", waiting},
           {"failure", failed ? Json(account.state.failure) : Json(nullptr)},
           {"remedy", failed && !remedy.empty() ? Json(remedy) : Json(nullptr)}};
@@ -106,7 +109,7 @@ class AccountView {
  private:
   Status addMirror(store::RemoteReader& reader, const store::Mirror& mirror, ShownCalendar& shown) {
     ORLOCAL_TRY(const auto state, accounts::MirrorState::ofText(mirror.state));
-    shown.onServer = !mirror.url.empty();
+    shown.onServer = !mirror.url.empty() && !state.unmade;
     shown.trouble = state.trouble;
     ORLOCAL_TRY(const auto resources, reader.resources(mirror.id));
     for (const store::Resource& resource : resources) {
@@ -145,6 +148,7 @@ void print(const Account& account, std::size_t waiting, const AccountView& view,
   out << fmt::format("{} ({})\n", printable(account.name), stateOf(account));
   out << fmt::format("  address    {}\n", printable(addressOf(account)));
   if (!account.settings.user.empty()) { out << fmt::format("  user       {}\n", printable(account.settings.user)); }
+  if (account.settings.every) { out << fmt::format("  every      {}\n", durationText(*account.settings.every)); }
   out << fmt::format("  last sync  {}\n", lastSyncOf(account));
   if (!isSubscription(account)) {
     out << fmt::format("  waiting    {}\n", counted(waiting, "change"));

@@ -8,6 +8,7 @@
 #include "accounts/transport/url.h"
 #include "base/try.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/trouble.h"
 #include "host/commands/words/day_words.h"
 #include "store/time/clock.h"
 #include "store/time/zone.h"
@@ -43,6 +44,11 @@ std::string minuteText(store::Moment moment) {
 
 std::string counted(std::size_t count, const std::string& noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+ExitStatus wordsAreOff(Streams& streams, const std::string& sentence) {
+  tellTrouble(streams.err, sentence);
+  return ExitStatus::kUsage;
 }
 
 void printColumns(const std::vector<std::vector<std::string>>& rows, Streams& streams) {

@@ -30,6 +30,9 @@ std::string minuteText(store::Moment moment);
 /// "1 item", "3 items".
 std::string counted(std::size_t count, const std::string& noun);
 
+/// Says what is wrong with the words of a command.
+ExitStatus wordsAreOff(Streams& streams, const std::string& sentence);
+
 /// Rows in columns, the first one dim on a terminal.
 void printColumns(const std::vector<std::vector<std::string>>& rows, Streams& streams);
 

@@ -1,4 +1,3 @@
-#include <charconv>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -16,12 +15,12 @@
 #include "base/try.h"
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
+#include "host/commands/accounts/duration_words.h"
 #include "host/commands/accounts/sync_run.h"
 #include "host/commands/command_line/interruption.h"
 #include "host/commands/command_line/progress_line.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
-#include "host/commands/command_line/trouble.h"
 
 namespace orlocal::host {
 namespace {
@@ -31,35 +30,6 @@ using accounts::Account;
 struct SubscribeWords {
   std::string address, name, every;
 };
-
-constexpr struct {
-  char letter;
-  std::chrono::seconds length;
-} kUnits[] = {{'s', std::chrono::seconds(1)},
-              {'m', std::chrono::minutes(1)},
-              {'h', std::chrono::hours(1)},
-              {'d', std::chrono::hours(24)},
-              {'w', std::chrono::hours(24 * 7)}};
-constexpr std::chrono::seconds kShortest = std::chrono::minutes(1);
-constexpr std::chrono::seconds kLongest = std::chrono::hours(24 * 366);
-
-/// "6h", "30m", "1d"; none for what is no length of time between a minute and a year.
-std::optional<std::chrono::seconds> durationOf(std::string_view words) {
-  std::int64_t count = 0;
-  const auto [end, error] = std::from_chars(words.data(), words.data() + words.size(), count);
-  if (error != std::errc() || end + 1 != words.data() + words.size() || count < 1) { return std::nullopt; }
-  for (const auto& unit : kUnits) {
-    if (unit.letter != *end || count > kLongest / unit.length) { continue; }
-    const std::chrono::seconds length = unit.length * count;
-    return length >= kShortest ? std::optional(length) : std::nullopt;
-  }
-  return std::nullopt;
-}
-
-std::string objectionToDuration(const std::string& words) {
-  if (durationOf(words)) { return {}; }
-  return "\"" + words + "\" is no length of time from a minute to a year; write 30m, 6h or 1d";
-}
 
 /// An address, or a local file with its whole path; none for what is neither.
 std::optional<std::string> addressFrom(const std::string& given) {
@@ -72,19 +42,14 @@ std::optional<std::string> addressFrom(const std::string& given) {
   return std::filesystem::absolute(given).lexically_normal().string();
 }
 
-ExitStatus addressIsOff(Streams& streams, const std::string& sentence) {
-  tellTrouble(streams.err, sentence);
-  return ExitStatus::kUsage;
-}
-
 Result<ExitStatus> runSubscribe(const SubscribeWords& words, CommandContext& context) {
   Streams& streams = context.streams;
   const auto address = addressFrom(words.address);
-  if (!address) { return addressIsOff(streams, "Give an address of webcal, http or https, or a file."); }
+  if (!address) { return wordsAreOff(streams, "Give an address of webcal, http or https, or a file."); }
   if (accounts::hasCredentials(*address)) {
-    return addressIsOff(streams,
-                        "Leave user and password out of the address; subscriptions have none. A calendar that "
-                        "wants them is reached by an account (orlocal account add).");
+    return wordsAreOff(streams,
+                       "Leave user and password out of the address; subscriptions have none. A calendar that "
+                       "wants them is reached by an account (orlocal account add).");
   }
   Account account;
   account.name = words.name;
@@ -113,7 +78,7 @@ Result<ExitStatus> runSubscribe(const SubscribeWords& words, CommandContext& con
   return ExitStatus::kDone;
 }
 
-Result<ExitStatus> runUnsubscribe(const std::string& title) {
+Result<ExitStatus> runUnsubscribe(const std::string& title, CommandContext& context) {
   ORLOCAL_TRY(const auto store, openUserStore());
   accounts::AccountBook book(*store);
   ORLOCAL_TRY(const Account account, book.named(title));
@@ -121,6 +86,8 @@ Result<ExitStatus> runUnsubscribe(const std::string& title) {
     return failure(ErrorCode::kRefused,
                    fmt::format("\"{}\" is an account; orlocal account remove removes it.", account.name));
   }
+  const Interruption interruption;
+  ORLOCAL_TRY(const auto lock, takeInHand(book, account, context));
   ORLOCAL_CHECK(book.remove(account));
   return ExitStatus::kDone;
 }
@@ -143,7 +110,7 @@ void registerSubscribeCommands(CommandLine& line) {
 
   const auto title = std::make_shared<std::string>();
   CLI::App& unsubscribe = line.add("unsubscribe", "End a subscription, and remove its calendar.",
-                                   [title](CommandContext&) { return runUnsubscribe(*title); });
+                                   [title](CommandContext& context) { return runUnsubscribe(*title, context); });
   unsubscribe.add_option("title", *title, "The subscription")->type_name("TITLE")->required();
 }
 

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,8 +15,11 @@
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/sync_follow.h"
 #include "host/commands/accounts/sync_run.h"
+#include "host/commands/accounts/sync_workers.h"
+#include "host/commands/command_line/change_wait.h"
 #include "host/commands/command_line/interruption.h"
 #include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/progress_line.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/command_line/trouble.h"
@@ -31,20 +36,27 @@ struct SyncWords {
   bool follow = false;
 };
 
-/// Syncs once, account after account.
+/// Syncs accounts once, beside one another; what is said of them comes in their order.
 class OneRound {
  public:
-  OneRound(store::CalendarStore& store, CommandContext& context) : m_store(store), m_context(context) {}
+  OneRound(SyncWorkers& workers, CommandContext& context)
+      : m_workers(workers),
+        m_context(context),
+        m_progress(context.streams.err, context.streams.errIsTerminal, "Syncing") {}
 
   /// A store that cannot be written ends the round; what a server does, only its own account.
-  Status sync(Account& account) {
-    if (account.settings.paused) {
-      add(account, "paused", {});
-      return {};
+  Status sync(const std::vector<Account>& accounts) {
+    for (const Account& account : accounts) {
+      m_all.push_back({account, std::nullopt});
+      if (!account.settings.paused) { ORLOCAL_CHECK(m_workers.start(account)); }
     }
-    ORLOCAL_TRY(const accounts::SyncReport report, syncVisibly(m_store, account, m_context));
-    m_failed = m_failed || report.failure || report.conflicts > 0;
-    add(account, report.failure ? "failed" : "done", report);
+    const int descriptor = m_workers.descriptor();
+    while (tellWhatIsDone(), !m_workers.areIdle()) {
+      ORLOCAL_TRY(const Woken woken, waitForAnyOf(std::span(&descriptor, 1)));
+      if (woken == Woken::kByInterruption) { return stopped(); }
+      for (FinishedSync& each : m_workers.takeFinished()) { ORLOCAL_CHECK(take(each)); }
+      if (const std::string words = m_workers.takeWords(); !words.empty()) { m_progress.tell(printable(words)); }
+    }
     return {};
   }
 
@@ -54,6 +66,46 @@ class OneRound {
   }
 
  private:
+  /// An account of the round, and what came of its sync; none while that runs.
+  struct Entry {
+    Account account;
+    std::optional<FinishedSync> finished;
+  };
+
+  static Failed stopped() { return failure(ErrorCode::kInterrupted, "The sync was stopped."); }
+
+  Status take(FinishedSync& finished) {
+    if (!finished.report && !finished.passedOver) { return failure(finished.report.error()); }
+    const auto entry = std::find_if(m_all.begin(), m_all.end(),
+                                    [&](const Entry& each) { return each.account.source == finished.account.source; });
+    entry->finished = std::move(finished);
+    return {};
+  }
+
+  void tellWhatIsDone() {
+    for (; m_told < m_all.size(); ++m_told) {
+      const Entry& entry = m_all[m_told];
+      if (entry.account.settings.paused) {
+        add(entry.account, "paused", {});
+        continue;
+      }
+      if (!entry.finished) { return; }
+      m_progress.clear();
+      tell(*entry.finished);
+    }
+  }
+
+  void tell(const FinishedSync& finished) {
+    accounts::SyncReport report;
+    if (finished.report) {
+      report = *finished.report;
+    } else {
+      report.failure = accounts::ServerFailure{accounts::Trouble::kLocked, finished.report.error().message, 0, {}};
+    }
+    m_failed = m_failed || report.failure || report.conflicts > 0;
+    add(finished.account, report.failure ? "failed" : "done", report);
+  }
+
   void add(const Account& account, const char* state, const accounts::SyncReport& report) {
     m_list.push_back(syncJson(account, state, report));
     if (m_context.options.json) { return; }
@@ -70,8 +122,11 @@ class OneRound {
     if (report.conflicts > 0) { m_context.streams.err << "orlocal conflicts lists what could not be merged.\n"; }
   }
 
-  store::CalendarStore& m_store;
+  SyncWorkers& m_workers;
   CommandContext& m_context;
+  ProgressLine m_progress;
+  std::vector<Entry> m_all;
+  std::size_t m_told = 0;
   nlohmann::json m_list = nlohmann::json::array();
   bool m_failed = false;
 };
@@ -79,17 +134,17 @@ class OneRound {
 /// A subscription whose time has not come is left alone, unless it is named.
 bool isDue(const Account& account) { return !isSubscription(account) || nextTry(account, 0) <= store::now(); }
 
-Result<ExitStatus> syncOnce(store::CalendarStore& store, std::vector<Account> chosen, bool named,
-                            CommandContext& context) {
+Result<ExitStatus> syncOnce(std::vector<Account> chosen, bool named, CommandContext& context) {
   if (chosen.empty() && !context.options.json) {
     context.streams.out << "There is no account and no subscription; orlocal account add and orlocal subscribe make "
                            "one.\n";
   }
-  OneRound round(store, context);
-  for (Account& account : chosen) {
-    if (Interruption::flag()) { return failure(ErrorCode::kInterrupted, "The sync was stopped."); }
-    if (named || isDue(account)) { ORLOCAL_CHECK(round.sync(account)); }
+  if (!named) {
+    std::erase_if(chosen, [](const Account& account) { return !isDue(account); });
   }
+  ORLOCAL_TRY(const auto workers, SyncWorkers::make());
+  OneRound round(*workers, context);
+  ORLOCAL_CHECK(round.sync(chosen));
   return round.finish();
 }
 
@@ -113,7 +168,7 @@ Result<ExitStatus> runSync(const SyncWords& words, CommandContext& context) {
   ORLOCAL_TRY(const auto lock, accounts::SyncLock::take(file));
   if (words.follow) { return followAccounts(*store, words.names, context); }
   if (words.names.empty()) { ORLOCAL_TRY(chosen, book.all()); }
-  return syncOnce(*store, std::move(chosen), !words.names.empty(), context);
+  return syncOnce(std::move(chosen), !words.names.empty(), context);
 }
 
 }  // namespace

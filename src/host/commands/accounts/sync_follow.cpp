@@ -1,6 +1,7 @@
 #include "host/commands/accounts/sync_follow.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <map>
 #include <optional>
@@ -15,6 +16,7 @@
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/sync_run.h"
+#include "host/commands/accounts/sync_workers.h"
 #include "host/commands/command_line/change_wait.h"
 #include "host/commands/command_line/interruption.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -31,6 +33,8 @@ using std::chrono::steady_clock;
 constexpr std::chrono::minutes kLongestSleep{10};
 /// After a failure of the store itself, which has no count of failures of its own.
 constexpr std::chrono::minutes kAfterStoreFailure{1};
+/// While another command has an account in hand.
+constexpr std::chrono::seconds kAfterPassingOver{1};
 
 double anyPart() {
   std::random_device random;
@@ -39,8 +43,9 @@ double anyPart() {
 
 class Follower {
  public:
-  Follower(store::CalendarStore& store, const std::vector<std::string>& names, CommandContext& context)
-      : m_store(store), m_names(names), m_context(context) {}
+  Follower(store::CalendarStore& store, SyncWorkers& workers, const std::vector<std::string>& names,
+           CommandContext& context)
+      : m_store(store), m_workers(workers), m_names(names), m_context(context) {}
 
   Result<ExitStatus> run() {
     // First the ear, then the place in the log: what is committed in between is heard.
@@ -57,32 +62,62 @@ class Follower {
         next = steady_clock::now() + kAfterStoreFailure;
       }
       const auto patience = std::chrono::ceil<std::chrono::milliseconds>(*next - steady_clock::now());
+      const std::array descriptors{signal->descriptor(), m_workers.descriptor()};
       ORLOCAL_TRY(const Woken woken,
-                  waitForChange(*signal, std::clamp<std::chrono::milliseconds>(patience, std::chrono::milliseconds(0),
-                                                                               kLongestSleep)));
+                  waitForAnyOf(descriptors, std::clamp<std::chrono::milliseconds>(
+                                                patience, std::chrono::milliseconds(0), kLongestSleep)));
       if (woken == Woken::kByInterruption) { break; }
+      signal->drain();
     }
     return ExitStatus::kDone;
   }
 
  private:
-  /// Syncs whatever is due; when something will be next.
+  /// When an account is synced next, as its settings are; made anew when somebody has changed those.
+  struct Plan {
+    std::string settings;
+    steady_clock::time_point next;
+  };
+
+  /// Begins whatever is due; when something will be next.
   Result<steady_clock::time_point> onTurn() {
+    for (FinishedSync& finished : m_workers.takeFinished()) { take(finished); }
+    (void)m_workers.takeWords();
     accounts::AccountBook book(m_store);
     ORLOCAL_TRY(auto all, book.all());
     std::erase_if(all, [&](const Account& account) {
       return account.settings.paused ||
              (!m_names.empty() && std::find(m_names.begin(), m_names.end(), account.name) == m_names.end());
     });
+    forgetAllBut(all);
     ORLOCAL_TRY(const auto hurried, withNews(book, all));
+    m_hurried.insert(hurried.begin(), hurried.end());
     auto next = steady_clock::now() + kLongestSleep;
-    for (Account& account : all) {
-      const auto planned = m_next.try_emplace(account.source, whenNext(account)).first;
-      const bool due = planned->second <= steady_clock::now() || hurried.contains(account.source);
-      if (due && !Interruption::flag()) { planned->second = sync(account); }
-      next = std::min(next, planned->second);
+    for (const Account& account : all) {
+      if (m_workers.isSyncing(account.source)) { continue; }
+      Plan& plan = m_plans[account.source];
+      if (std::string settings = account.settings.text(); plan.settings != settings) {
+        plan = {std::move(settings), whenNext(account)};
+      }
+      if (plan.next <= steady_clock::now() || m_hurried.contains(account.source)) {
+        m_hurried.erase(account.source);
+        if (const Status started = m_workers.start(account); started) { continue; }
+        plan.next = steady_clock::now() + kAfterStoreFailure;
+      }
+      next = std::min(next, plan.next);
     }
     return next;
+  }
+
+  /// Whoever pauses or removes an account need not wait for its server; when it is resumed it is looked at anew.
+  void forgetAllBut(const std::vector<Account>& all) {
+    const auto isGone = [&](store::SourceId source) {
+      return std::none_of(all.begin(), all.end(), [&](const Account& account) { return account.source == source; });
+    };
+    std::erase_if(m_plans, [&](const auto& each) { return isGone(each.first); });
+    for (const store::SourceId running : m_workers.running()) {
+      if (isGone(running)) { m_workers.stop(running); }
+    }
   }
 
   /// The accounts that have something to send which somebody has just changed. One that fails waits for its turn.
@@ -93,14 +128,11 @@ class Follower {
     ORLOCAL_TRY(const auto commits, m_store.outsideCommits(m_position));
     m_generation = generation;
     if (commits.empty()) { return hurried; }
-    const bool calendars = std::any_of(commits.begin(), commits.end(), [](const store::OutsideCommit& commit) {
-      return !commit.calendars.empty() || !commit.reminderLists.empty();
-    });
     ORLOCAL_CHECK(accounts::noteLocalChanges(m_store));
     for (const Account& account : all) {
       if (isSubscription(account) || account.state.failures > 0) { continue; }
-      ORLOCAL_TRY(const std::size_t unsent, book.unsentOf(account));
-      if (calendars || unsent > 0) { hurried.insert(account.source); }
+      ORLOCAL_TRY(const bool news, book.hasNews(account, commits));
+      if (news) { hurried.insert(account.source); }
     }
     return hurried;
   }
@@ -110,16 +142,30 @@ class Follower {
     return steady_clock::now() + std::min<std::chrono::microseconds>(wait, std::chrono::hours(24 * 8));
   }
 
-  steady_clock::time_point sync(Account& account) {
-    const std::string failedBefore = account.state.failure;
-    const auto report = syncVisibly(m_store, account, m_context);
-    if (!report) {
-      tellOnce(report.error().message);
-      return steady_clock::now() + kAfterStoreFailure;
+  void take(const FinishedSync& finished) {
+    const Account& account = finished.account;
+    auto& next = m_plans[account.source].next;
+    if (finished.passedOver) {
+      next = steady_clock::now() + kAfterPassingOver;
+      return;
+    }
+    if (!finished.report) {
+      tellOnce(finished.report.error().message);
+      next = steady_clock::now() + kAfterStoreFailure;
+      return;
     }
     m_told.clear();
-    if (!Interruption::flag()) { tell(account, *report, failedBefore); }
-    return whenNext(account);
+    next = whenNext(account);
+    const accounts::SyncReport& report = *finished.report;
+    if (report.failure) {
+      m_hurried.erase(account.source);
+      if (report.failure->trouble == accounts::Trouble::kInterrupted) {
+        // Whoever paused it need not be told that it was stopped, and it is no failure.
+        m_plans.erase(account.source);
+        return;
+      }
+    }
+    tell(account, report, finished.failureBefore);
   }
 
   /// A failure is said when it comes and when it is over, and not at each try.
@@ -148,9 +194,11 @@ class Follower {
   }
 
   store::CalendarStore& m_store;
+  SyncWorkers& m_workers;
   const std::vector<std::string>& m_names;
   CommandContext& m_context;
-  std::map<store::SourceId, steady_clock::time_point> m_next;
+  std::map<store::SourceId, Plan> m_plans;
+  std::set<store::SourceId> m_hurried;  ///< what was changed while their sync ran goes out right after it
   store::LogPosition m_position;
   std::uint64_t m_generation = 0;
   std::string m_told;  ///< of the store
@@ -162,7 +210,8 @@ class Follower {
 
 Result<ExitStatus> followAccounts(store::CalendarStore& store, const std::vector<std::string>& names,
                                   CommandContext& context) {
-  return Follower(store, names, context).run();
+  ORLOCAL_TRY(const auto workers, SyncWorkers::make());
+  return Follower(store, *workers, names, context).run();
 }
 
 }  // namespace orlocal::host

@@ -6,7 +6,6 @@
 #include <fmt/ranges.h>
 
 #include "accounts/remedy.h"
-#include "accounts/syncing.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/command_line/interruption.h"
@@ -14,6 +13,7 @@
 #include "host/commands/command_line/progress_line.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/command_line/trouble.h"
+#include "store/location.h"
 
 namespace orlocal::host {
 namespace {
@@ -34,6 +34,23 @@ constexpr CountWord kCounts[] = {
 };
 
 }  // namespace
+
+Result<accounts::SyncLock> takeInHand(accounts::AccountBook& book, const accounts::Account& account,
+                                      CommandContext& context) {
+  ORLOCAL_TRY(const auto file, store::userStoreFile());
+  auto lock = accounts::SyncLock::takeAccount(file, account.source);
+  if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
+  ProgressLine progress(context.streams.err, context.streams.errIsTerminal, printable(account.name));
+  progress.announce("waiting for the sync that runs");
+  // A service ends the sync of an account that is paused, and need not wait for its server.
+  const auto pause = [&](bool paused) {
+    return book.changeSettings(account.source, [&](auto& settings) { settings.paused = paused; });
+  };
+  ORLOCAL_CHECK(pause(true));
+  auto waited = accounts::SyncLock::waitForAccount(file, account.source, Interruption::flag());
+  ORLOCAL_CHECK(pause(account.settings.paused));
+  return waited;
+}
 
 Result<SyncReport> syncVisibly(store::CalendarStore& store, accounts::Account& account, CommandContext& context) {
   ORLOCAL_TRY(const auto secrets, userSecrets());

@@ -6,14 +6,20 @@
 
 #include "accounts/account_book.h"
 #include "accounts/sync/sync_report.h"
+#include "accounts/syncing.h"
 #include "base/result.h"
 #include "host/commands/command_line/command.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::host {
 
+/// Takes an account or subscription in hand, so that no sync of it begins. One that runs is ended where a service does
+/// it, and waited for else. Needs an `Interruption`.
+Result<accounts::SyncLock> takeInHand(accounts::AccountBook& book, const accounts::Account& account,
+                                      CommandContext& context);
+
 /// Syncs an account or refreshes a subscription now, with a word on a terminal when that takes long. Needs an
-/// `Interruption`, and a `SyncLock` that is held.
+/// `Interruption`, and the account in hand.
 Result<accounts::SyncReport> syncVisibly(store::CalendarStore& store, accounts::Account& account,
                                          CommandContext& context);
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <optional>
+#include <span>
 
 #include "base/result.h"
 #include "store/file/change_signal.h"
@@ -19,5 +20,9 @@ enum class Woken {
 /// must be there, has been asked for; one that came before counts, too.
 Result<Woken> waitForChange(store::ChangeSignal& signal,
                             std::optional<std::chrono::milliseconds> patience = std::nullopt);
+
+/// The same until one of these descriptors can be read, which stays to be done.
+Result<Woken> waitForAnyOf(std::span<const int> descriptors,
+                           std::optional<std::chrono::milliseconds> patience = std::nullopt);
 
 }  // namespace orlocal::host

@@ -78,9 +78,9 @@ struct Transcript {
 /// A typed command runs beside the transcript, reads nothing, and has 80 columns and no colours. `$FOLDER` in its words
 /// is a folder that is gone at the end.
 ///
-/// What is expected ends at the next line that begins with `>`, `#`, `@` or `$ `. Blank lines at its end are decoration, and
-/// a result that is empty needs no line. A backslash at the beginning of an expected line, or before `…`, keeps the
-/// next character from having its meaning.
+/// What is expected ends at the next line that begins with `>`, `#`, `@` or `$ `. Blank lines at its end are
+/// decoration, and a result that is empty needs no line. A backslash at the beginning of an expected line, or before
+/// `…`, keeps the next character from having its meaning.
 ///
 /// In Markdown only what stands in fenced blocks marked `transcript` counts; a block's end ends what is expected.
 ///

@@ -160,6 +160,91 @@ TEST_F(AccountCommand, StaysWhileTheServerTakesNotAll) {
   EXPECT_THAT(titles(), Contains("Team"));
 }
 
+class SettingAnAccount : public AccountCommand {
+ protected:
+  void SetUp() override {
+    canBeAsked = true;
+    input = "secret\n";
+    ASSERT_EQ(run({"account", "add", server.url(), "--user", "alice", "--name", "Work"}), ExitStatus::kDone) << err;
+  }
+  std::string kept() const { return textOf(folder / "orlocal" / "secrets"); }
+};
+
+TEST_F(SettingAnAccount, KeepsAPasswordThatTheServerTakes) {
+  server.takeOnly("Basic YWxpY2U6YW5vdGhlcg==");  // "alice:another"
+  EXPECT_EQ(run({"sync"}), ExitStatus::kFailed);
+  EXPECT_THAT(err, HasSubstr("orlocal account set"));
+  input = "another\n";
+  ASSERT_EQ(run({"account", "set", "Work", "--password"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(err, HasSubstr("Password of alice at " + server.url() + ": "));
+  EXPECT_THAT(kept(), HasSubstr("another"));
+  EXPECT_EQ(account("Work")["state"], "active");
+  EXPECT_TRUE(account("Work")["failure"].is_null());
+  synced();
+}
+
+TEST_F(SettingAnAccount, KeepsNoneThatTheServerDoesNotTakeUnlessNobodyShallTry) {
+  input = "guessed\n";
+  EXPECT_EQ(run({"account", "set", "Work", "--password"}), ExitStatus::kFailed);
+  EXPECT_THAT(err, HasSubstr("The account \"Work\" stays as it was. "));
+  EXPECT_THAT(err, Not(HasSubstr("guessed")));
+  EXPECT_THAT(kept(), HasSubstr("secret"));
+  synced();
+  const auto asked = server.asked();
+  EXPECT_EQ(run({"account", "set", "Work", "--password", "--no-check"}), ExitStatus::kDone);
+  EXPECT_EQ(server.asked(), asked);
+  EXPECT_THAT(kept(), HasSubstr("guessed"));
+}
+
+TEST_F(SettingAnAccount, ForgetsThePasswordThatIsUsedNoMore) {
+  ASSERT_EQ(run({"account", "set", "Work", "--password-file", password}), ExitStatus::kDone) << err;
+  EXPECT_THAT(kept(), Not(HasSubstr("secret")));
+  synced();
+  ASSERT_EQ(run({"account", "set", "Work", "--password-command", "echo secret"}), ExitStatus::kDone) << err;
+  synced();
+}
+
+TEST_F(SettingAnAccount, GivesItAnotherNameAndKeepsWhatItHas) {
+  synced();
+  ASSERT_EQ(run({"account", "set", "Work", "--name", "Office"}), ExitStatus::kDone) << err;
+  EXPECT_TRUE(account("Work").is_null());
+  ASSERT_EQ(run({"sync", "Office"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(titles(), Contains("Team"));
+  added("Home");
+  EXPECT_EQ(run({"account", "set", "Home", "--name", "Office"}), ExitStatus::kFailed);
+  EXPECT_THAT(err, HasSubstr("\"Office\" already"));
+}
+
+TEST_F(SettingAnAccount, SaysHowOftenItIsSynced) {
+  EXPECT_TRUE(account("Work")["every"].is_null());
+  ASSERT_EQ(run({"account", "set", "Work", "--every", "90s"}), ExitStatus::kDone) << err;
+  EXPECT_EQ(account("Work")["every"], 90);
+  ASSERT_EQ(run({"account", "show", "Work"}), ExitStatus::kDone);
+  EXPECT_THAT(out, HasSubstr("  every      90s\n"));
+  ASSERT_EQ(run({"account", "set", "Work", "--every", "default"}), ExitStatus::kDone);
+  EXPECT_TRUE(account("Work")["every"].is_null());
+  EXPECT_EQ(run({"account", "set", "Work", "--every", "10s"}), ExitStatus::kUsage);
+  ASSERT_EQ(run({"account", "add", server.url(), "--user", "alice", "--name", "Home", "--password-file", password,
+                 "--every", "2h"}),
+            ExitStatus::kDone);
+  EXPECT_EQ(account("Home")["every"], 7200);
+}
+
+TEST_F(SettingAnAccount, WantsToKnowWhat) {
+  EXPECT_EQ(run({"account", "set", "Work"}), ExitStatus::kUsage);
+  EXPECT_EQ(run({"account", "set", "Work", "--password", "--password-file", password}), ExitStatus::kUsage);
+  canBeAsked = false;
+  EXPECT_EQ(run({"account", "set", "Work", "--password"}), ExitStatus::kUsage);
+  EXPECT_EQ(run({"account", "set", "Wrok", "--every", "1h"}), ExitStatus::kFailed);
+}
+
+TEST_F(SettingAnAccount, TakesOfASubscriptionItsIntervalOnly) {
+  ASSERT_EQ(run({"subscribe", file("feed.ics", calendar("Holidays", ""))}), ExitStatus::kDone);
+  EXPECT_EQ(run({"account", "set", "Holidays", "--name", "Days"}), ExitStatus::kFailed);
+  ASSERT_EQ(run({"account", "set", "Holidays", "--every", "1d"}), ExitStatus::kDone);
+  EXPECT_EQ(account("Holidays")["every"], 86'400);
+}
+
 TEST_F(AccountCommand, WantsAWordAfterIt) { EXPECT_EQ(run({"account"}), ExitStatus::kUsage); }
 
 }  // namespace

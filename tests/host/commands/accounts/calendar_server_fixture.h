@@ -19,15 +19,20 @@ class CalendarServerOnLoopback {
     const std::lock_guard lock(m_mutex);
     m_status = status;
   }
+  /// Takes nothing but this word from now on ("Basic …").
+  void takeOnly(const std::string& authorization) {
+    const std::lock_guard lock(m_mutex);
+    m_authorization = authorization;
+  }
   /// While it is asked nothing.
   accounts::MemoryServer& content() { return m_memory; }
   std::size_t asked() const { return m_loopback.seen().size(); }
 
- private:
+  /// What it says to a request, wherever that came in.
   accounts::SentReply answer(const accounts::SeenRequest& request) {
     const std::lock_guard lock(m_mutex);
     if (m_status != 0) { return accounts::LoopbackServer::reply(m_status); }
-    if (request.header("authorization") != "Basic YWxpY2U6c2VjcmV0") {
+    if (request.header("authorization") != m_authorization) {
       return accounts::LoopbackServer::reply(401, "", "WWW-Authenticate: Basic realm=\"calendars\"\r\n");
     }
     accounts::HttpRequest passedOn{request.method, kOrigin + request.target, {}, request.body};
@@ -39,10 +44,12 @@ class CalendarServerOnLoopback {
     return accounts::LoopbackServer::reply(response->status, response->body, headers);
   }
 
+ private:
   static inline const std::string kOrigin = "https://memory.example";
   std::mutex m_mutex;
   accounts::MemoryServer m_memory;
   int m_status = 0;
+  std::string m_authorization = "Basic YWxpY2U6c2VjcmV0";
   accounts::LoopbackServer m_loopback;
 };
 

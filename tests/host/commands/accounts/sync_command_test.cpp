@@ -1,4 +1,6 @@
+#include <atomic>
 #include <csignal>
+#include <optional>
 
 #include "accounts/syncing.h"
 #include "host/commands/accounts/account_fixture.h"
@@ -132,6 +134,115 @@ TEST_F(FollowingSync, GoesOnWithTheOthersWhenOneFailsAndSaysItOnce) {
   }
   importedInto("Team", meeting("Meeting"));
   EXPECT_EQ(follower.line(), "Work: 1 sent");
+}
+
+TEST_F(FollowingSync, LetsGoOfAnAccountThatIsRemoved) {
+  added("Work");
+  RunningProgram follower({ORLOCAL_PROGRAM, "sync", "--follow"});
+  EXPECT_EQ(follower.line(), "Work: 1 calendar made, changed or removed");
+  importedInto("Team", meeting("Meeting"));
+  ASSERT_EQ(run({"account", "remove", "Work"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(titles(), Not(Contains("Team")));
+  EXPECT_EQ(server.content().calendarAt(team).items.size(), 1U);
+  added("Home");
+  std::string line = follower.line();
+  if (line == "Work: 1 sent") { line = follower.line(); }
+  EXPECT_THAT(line, HasSubstr("Home: 1 received, 1 calendar"));
+  follower.signal(SIGTERM);
+  EXPECT_EQ(follower.finish(), 0);
+}
+
+/// With a server that from some moment on says nothing more.
+class FollowingASilentServer : public AccountCommand {
+ protected:
+  FollowingASilentServer()
+      : other([this](const accounts::SeenRequest& request) {
+          return isSilent ? accounts::SentReply{"", false, true} : server.answer(request);
+        }) {}
+  /// Until it is asked by a service that waits for an answer from then on.
+  void addedAndAsked(std::optional<RunningProgram>& follower) {
+    ASSERT_EQ(
+        run({"account", "add", other.url("/"), "--user", "alice", "--name", "Silent", "--password-file", password}),
+        ExitStatus::kDone)
+        << err;
+    isSilent = true;
+    const std::size_t asked = other.seen().size();
+    follower.emplace(std::vector<std::string>{ORLOCAL_PROGRAM, "sync", "--follow"});
+    while (other.seen().size() == asked) { ::usleep(1'000); }
+  }
+
+  std::atomic<bool> isSilent{false};
+  accounts::LoopbackServer other;
+};
+
+TEST_F(FollowingASilentServer, TheOthersSendWhatIsChangedHere) {
+  added("Work");
+  ASSERT_EQ(run({"sync"}), ExitStatus::kDone);
+  std::optional<RunningProgram> follower;
+  addedAndAsked(follower);
+  importedInto("Team", meeting("Meeting"));
+  EXPECT_EQ(follower->line(), "Work: 1 sent");
+  follower->signal(SIGTERM);
+  EXPECT_EQ(follower->finish(), 0);
+}
+
+TEST_F(FollowingASilentServer, ItsAccountIsRemovedWithoutAWaitForIt) {
+  std::optional<RunningProgram> follower;
+  addedAndAsked(follower);
+  EXPECT_EQ(run({"account", "remove", "Silent", "--discard"}), ExitStatus::kDone) << err;
+  EXPECT_TRUE(account("Silent").is_null());
+  follower->signal(SIGTERM);
+  EXPECT_EQ(follower->finish(), 0);
+}
+
+TEST_F(FollowingASilentServer, ItsAccountIsPausedAndAskedAgainWhenItIsResumed) {
+  std::optional<RunningProgram> follower;
+  addedAndAsked(follower);
+  ASSERT_EQ(run({"account", "pause", "Silent"}), ExitStatus::kDone);
+  // Once nothing has the account in hand, its sync has been ended.
+  const std::atomic<bool> never{false};
+  ASSERT_TRUE(accounts::SyncLock::waitForAccount(folder / "calendar.db", 2, never));
+  isSilent = false;
+  ASSERT_EQ(run({"account", "resume", "Silent"}), ExitStatus::kDone);
+  EXPECT_EQ(follower->line(), "Silent: 1 calendar made, changed or removed");
+}
+
+TEST_F(FollowingASilentServer, TheOthersAreSyncedByOneRoundToo) {
+  std::optional<RunningProgram> follower;
+  addedAndAsked(follower);
+  follower.reset();
+  added("Work");
+  RunningProgram round({ORLOCAL_PROGRAM, "sync"});
+  while (account("Work")["lastSync"].is_null()) { ::usleep(1'000); }
+  round.signal(SIGINT);
+  EXPECT_NE(round.finish(), 0);
+}
+
+TEST_F(FollowingSync, TakesUpAndLetsGoOfSubscriptions) {
+  const std::string feed = file("feed.ics", calendar("Holidays", meeting("Day")));
+  RunningProgram follower({ORLOCAL_PROGRAM, "sync", "--follow"});
+  EXPECT_THAT(follower.errorLine(), HasSubstr("Ctrl-C ends it"));
+  ASSERT_EQ(run({"subscribe", feed}), ExitStatus::kDone) << err;
+  ASSERT_EQ(run({"unsubscribe", "Holidays"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(titles(), Not(Contains("Holidays")));
+  added("Work");
+  EXPECT_THAT(follower.line(), HasSubstr("Work: 1 calendar"));
+}
+
+TEST_F(FollowingSync, GoesByAnotherPasswordAtOnce) {
+  const std::string word = file("word", "secret\n");
+  ASSERT_EQ(
+      run({"account", "add", server.url(), "--user", "alice", "--name", "Work", "--password-command", "cat " + word}),
+      ExitStatus::kDone);
+  std::filesystem::remove(word);
+  RunningProgram follower({ORLOCAL_PROGRAM, "sync", "--follow"});
+  std::string said;
+  while (said.find("Work: ") == std::string::npos) {
+    said = follower.errorLine();
+    ASSERT_FALSE(said.empty());
+  }
+  ASSERT_EQ(run({"account", "set", "Work", "--password-file", password}), ExitStatus::kDone) << err;
+  EXPECT_THAT(follower.line(), HasSubstr("Work: 1 calendar"));
 }
 
 }  // namespace
