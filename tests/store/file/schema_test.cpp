@@ -127,7 +127,7 @@ TEST_P(SchemaOfAnOlderFile, IsBroughtForwardWithWhatItHolds) {
   EXPECT_TRUE(*store->event("01A19B45-B800-7000-8920-1903CEBC82AB"));
   store.reset();
   EXPECT_EQ(number("PRAGMA user_version"), formatVersion());
-  EXPECT_EQ(formatVersion(), 4);
+  EXPECT_EQ(formatVersion(), 5);
 }
 
 TEST_P(SchemaOfAnOlderFile, FindsTheUidsThatItGaveBefore) {
@@ -162,6 +162,21 @@ TEST_F(SchemaOfAFile, OfTheVersionBeforeServersGetsRoomForThem) {
   auto writer = *store->startWriting();
   EXPECT_TRUE(writer->remotes().noteUnsent(1));
   EXPECT_TRUE(writer->commit());
+}
+
+TEST_F(SchemaOfAFile, OfTheVersionBeforeTheJournalKeepsWhatCommandsReplace) {
+  store.reset();
+  std::filesystem::remove(file);
+  std::ofstream(file).close();
+  change(contentOf(ORLOCAL_TEST_DATA "/data/format_4.sql").c_str());
+  store = opened();
+  EXPECT_THAT(titlesIn(*store), ElementsAre("Course"));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).size(), 4u);
+  const auto course = *store->event((*store->item((*store->occurrences(range({}, {})))[0].event))->identifier);
+  store->beginCommand({"1000 grace", "remove Course"});
+  ASSERT_TRUE(store->removeEvent(*course, std::nullopt, Span::kAll));
+  ASSERT_TRUE(store->undo("1000 grace", std::nullopt));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).size(), 4u);
 }
 
 TEST_F(SchemaOfAFile, GivesNoNumberTwice) {
