@@ -60,13 +60,17 @@ Result<std::vector<Hit>> hitsAmong(store::CalendarStore& store, const std::vecto
   for (const Calendar& calendar : calendars) {
     ORLOCAL_CHECK(store.forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>& changed) -> Status {
       if (words.kind && main.kind != *words.kind) { return {}; }
+      if (words.completed && main.completed.has_value() != *words.completed) { return {}; }
       std::optional<Hit> best;
       if (const auto fit = fitOf(words.what, main)) { best = Hit{*fit, main, std::nullopt}; }
       for (const Item& each : changed) {
         const auto fit = fitOf(words.what, each);
         if (fit && (!best || *fit < best->fit)) { best = Hit{*fit, main, each.itemIdentifier}; }
       }
-      if (best) { hits.push_back(*std::move(best)); }
+      if (best) {
+        best->fit = 2 * best->fit + (main.completed ? 1 : 0);
+        hits.push_back(*std::move(best));
+      }
       return {};
     }));
   }

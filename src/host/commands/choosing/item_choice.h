@@ -15,12 +15,14 @@ namespace orlocal::host {
 struct ItemWords {
   /// An identifier (the item's, or its UID in calendar files), at least four characters that one begins or ends with,
   /// or a title. What fits best counts: whole identifiers, the title to the letter, the title without case, a part of
-  /// an identifier, what the title begins with, words in it.
+  /// an identifier, what the title begins with, words in it. A completed reminder fits worse than what else
+  /// fits alike.
   std::string what;
   std::vector<std::string> calendars = {};            ///< as `calendarsTitled` takes them; all of them when empty
   std::optional<store::LocalDay> day = std::nullopt;  ///< an event that goes on then, a reminder that is due then
   std::optional<std::string> time = std::nullopt;     ///< "09:00", when an occurrence of that day starts
   std::optional<store::ItemKind> kind = std::nullopt;
+  std::optional<bool> completed = std::nullopt;  ///< of reminders: only those that are, or are not
 };
 
 /// The one item that was meant.

@@ -143,7 +143,7 @@ Times wholeDays(const When& when, LocalDay first) {
 LocalTime endOf(const When& when, LocalTime start, std::chrono::minutes usual) {
   if (when.end) {
     const LocalTime end = onDay(when.lastDay.value_or(LocalDay(start)), *when.end);
-    return end > start ? end : end + 86'400;
+    return end > start || when.lastDay ? end : end + 86'400;
   }
   return endAfter(start, when.length.value_or(Length{0, usual}));
 }
@@ -223,14 +223,14 @@ Result<Times> timesOf(const When& when, const WordsSetting& setting) {
     if (!when.day && !when.allDay && !when.repeat && !when.length) {
       return failure(ErrorCode::kInvalid, "There is no day or time; write one at the end, as in: tomorrow 12:30");
     }
-    return wholeDays(when, when.day.value_or(firstOf(when.repeat, setting.today())));
+    return wholeDays(when, firstOf(when.repeat, when.day.value_or(setting.today())));
   }
   LocalDay day = when.day.value_or(setting.today());
   if (!when.day) {
     // A time alone is the next one.
     if (onDay(day, *when.start) <= setting.now) { day = day + 1; }
-    day = firstOf(when.repeat, day);
   }
+  day = firstOf(when.repeat, day);
   Times times;
   times.start = onDay(day, *when.start);
   times.end = endOf(when, times.start, std::chrono::hours(1));
