@@ -1,15 +1,12 @@
 #include <memory>
-#include <ostream>
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
 
 #include "base/try.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_fields.h"
 #include "host/commands/changes/item_report.h"
-#include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "store/edits/event_times.h"
 
@@ -133,12 +130,7 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
   for (const Calendar& each : calendars) {
     if (each.id == written.calendar) { calendar = each; }
   }
-  if (context.options.json) {
-    printJson(itemJson(written, calendar, run.viewer()), context.streams.out);
-  } else {
-    context.streams.out << (run.dryRun() ? "Would be " : "Changed ") << itemLine(written, calendar, run.viewer())
-                        << '\n';
-  }
+  tellItem(run, {"Changed", "Would be"}, written, calendar);
   return ExitStatus::kDone;
 }
 

@@ -1,5 +1,7 @@
 #include "host/commands/changes/item_report.h"
 
+#include <ostream>
+
 #include <fmt/format.h>
 
 #include "host/commands/choosing/item_choice.h"
@@ -87,7 +89,8 @@ std::string quotedTitle(const Item& item) { return '"' + printable(item.title.va
 
 std::string itemLine(const Item& item, const store::Calendar& calendar, const store::Zone& viewer,
                      const std::optional<store::Occurrence>& occurrence) {
-  std::string line = fmt::format("{} ({})", quotedTitle(item), shortIdentifier(item));
+  std::string line = quotedTitle(item);
+  if (!item.itemIdentifier.empty()) { line += fmt::format(" ({})", shortIdentifier(item)); }
   std::string parts;
   const auto add = [&](const std::string& part) { parts += (parts.empty() ? ": " : ", ") + part; };
   if (const auto times = shownTimesOf(item, occurrence, viewer)) {
@@ -101,6 +104,15 @@ std::string itemLine(const Item& item, const store::Calendar& calendar, const st
   if (item.completed) { add("done"); }
   add("in " + printable(calendar.title));
   return line + parts;
+}
+
+void tellItem(ChangeRun& run, const Outcome& outcome, const Item& item, const store::Calendar& calendar) {
+  std::ostream& out = run.context().streams.out;
+  if (run.context().options.json) {
+    printJson(itemJson(item, calendar, run.viewer()), out);
+    return;
+  }
+  out << (run.dryRun() ? outcome.rehearsed : outcome.done) << ' ' << itemLine(item, calendar, run.viewer()) << '\n';
 }
 
 nlohmann::json itemJson(const Item& item, const store::Calendar& calendar, const store::Zone& viewer,

@@ -1,5 +1,4 @@
 #include <memory>
-#include <ostream>
 
 #include <CLI/CLI.hpp>
 
@@ -7,7 +6,6 @@
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
-#include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 
 namespace orlocal::host {
@@ -34,11 +32,7 @@ Result<ExitStatus> moveItem(const MoveWords& words, CommandContext& context) {
   ORLOCAL_TRY(const store::Item written, kind == store::ItemKind::kEvent
                                              ? run.store().saveEvent(edit, target->occurrence, target->span)
                                              : run.store().saveReminder(edit));
-  if (context.options.json) {
-    printJson(itemJson(written, to, run.viewer()), context.streams.out);
-  } else {
-    context.streams.out << (run.dryRun() ? "Would move " : "Moved ") << itemLine(written, to, run.viewer()) << '\n';
-  }
+  tellItem(run, {"Moved", "Would move"}, written, to);
   return ExitStatus::kDone;
 }
 

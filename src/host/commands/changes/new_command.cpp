@@ -1,5 +1,4 @@
 #include <memory>
-#include <ostream>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -10,7 +9,6 @@
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_fields.h"
 #include "host/commands/changes/item_report.h"
-#include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 
 namespace orlocal::host {
@@ -27,12 +25,13 @@ struct NewItemWords {
   bool reminder = false, dryRun = false;
   FieldWords fields;
 
+  std::string sentence() const { return fmt::format("{}", fmt::join(text, " ")); }
   ItemKind kind() const { return reminder || !list.empty() ? ItemKind::kReminder : ItemKind::kEvent; }
 };
 
 /// What it is called and when it is, by the text and the options.
 Read<TitleAndWhen> readSentence(const NewItemWords& words, const WordsSetting& setting) {
-  const std::string text = fmt::format("{}", fmt::join(words.text, " "));
+  const std::string text = words.sentence();
   TitleAndWhen read;
   if (!words.fields.title) {
     auto sentence = readTitleAndWhen(text, setting);
@@ -65,7 +64,7 @@ Result<Calendar> targetOf(store::CalendarStore& store, const NewItemWords& words
 /// The times of an event, or the due date of a reminder that has one.
 Read<std::optional<Times>> readTimes(const NewItemWords& words, const When& when, const WordsSetting& setting) {
   const bool reminder = words.kind() == ItemKind::kReminder;
-  const std::string text = fmt::format("{}", fmt::join(words.text, " "));
+  const std::string text = words.sentence();
   if (reminder && when.empty()) { return std::nullopt; }
   if (reminder && (when.end || when.length || when.lastDay)) {
     return tl::unexpected(Misread{
@@ -108,13 +107,11 @@ Result<ExitStatus> makeItem(const NewItemWords& words, CommandContext& context) 
   edit->values.calendar = calendar.id;
   run.beginCommand("new " + quotedTitle(edit->values));
   const bool event = words.kind() == ItemKind::kEvent;
-  ORLOCAL_TRY(const store::Item made,
+  ORLOCAL_TRY(store::Item made,
               event ? run.store().saveEvent(*edit, std::nullopt, store::Span::kThis) : run.store().saveReminder(*edit));
-  if (context.options.json) {
-    printJson(itemJson(made, calendar, run.viewer()), context.streams.out);
-  } else {
-    context.streams.out << (run.dryRun() ? "Would make " : "Made ") << itemLine(made, calendar, run.viewer()) << '\n';
-  }
+  // What was not made has no name that it could be found by.
+  if (run.dryRun()) { made.identifier = made.itemIdentifier = made.uid = {}; }
+  tellItem(run, {"Made", "Would make"}, made, calendar);
   return ExitStatus::kDone;
 }
 

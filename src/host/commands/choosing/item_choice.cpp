@@ -164,17 +164,17 @@ std::string listing(const std::vector<Candidate>& candidates, const std::map<sto
   return lines;
 }
 
-const char* nounFor(const std::optional<ItemKind>& kind) {
-  if (!kind) { return "event or reminder"; }
-  return *kind == ItemKind::kEvent ? "event" : "reminder";
+std::string nounFor(const ItemWords& words) {
+  if (!words.kind) { return "event or reminder"; }
+  if (*words.kind == ItemKind::kEvent) { return "event"; }
+  return !words.completed ? "reminder" : *words.completed ? "completed reminder" : "open reminder";
 }
 
 Failed nothingFits(const ItemWords& words) {
   return failure(
       ErrorCode::kNotFound,
-      fmt::format("There is no {} {}{}. Write its title or words of it, or the identifier that --json shows{}.",
-                  nounFor(words.kind), inQuotes(words.what), words.calendars.empty() ? "" : " in the calendars named",
-                  words.calendars.empty() ? "" : ", or leave out --calendar"));
+      fmt::format("There is no {} {}{}. Write its title or words of it, or the identifier that --json shows.",
+                  nounFor(words), inQuotes(words.what), words.calendars.empty() ? "" : " in the calendars named"));
 }
 
 Failed notThen(const ItemWords& words, const Hit& best, const store::Zone& viewer) {
@@ -246,8 +246,9 @@ Result<ChosenItem> chooseItem(store::CalendarStore& store, const store::Zone& vi
   if (candidates.size() > 1) {
     return failure(
         ErrorCode::kRefused,
-        fmt::format("{} may be {} things; name one by its identifier, or narrow it by --calendar or a day:{}",
-                    inQuotes(words.what), candidates.size(), listing(candidates, calendars, viewer)));
+        fmt::format(
+            "{} may be {} things; name one by its identifier, or say in which calendar or on which day it is:{}",
+            inQuotes(words.what), candidates.size(), listing(candidates, calendars, viewer)));
   }
   Candidate& one = candidates.front();
   if (one.occurrences.size() > 1) { return severalThatDay(one, viewer); }

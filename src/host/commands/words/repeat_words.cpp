@@ -74,6 +74,15 @@ std::vector<WeekDay> takeWeekDays(WordCursor& words) {
   }
 }
 
+/// Of a weekly rule: "on mon,thu".
+void takeOnDays(WordCursor& words, RecurrenceRule& rule) {
+  if (rule.frequency != Frequency::kWeekly) { return; }
+  const std::size_t begin = words.at();
+  words.take(Term::kOn);
+  rule.byDay = takeWeekDays(words);
+  if (rule.byDay.empty()) { words.moveTo(begin); }
+}
+
 /// "last friday", "first monday of the month".
 std::optional<RecurrenceRule> takeOrdinalDay(WordCursor& words) {
   const std::size_t begin = words.at();
@@ -114,12 +123,7 @@ Result<std::optional<RecurrenceRule>> takeEach(WordCursor& words) {
   }
   if (rule.interval < 1 || rule.interval > 1000) { return words.refusedAt(count, "Write a number from 1 to 1000"); }
   rule.frequency = *frequency;
-  if (rule.frequency == Frequency::kWeekly) {
-    const std::size_t on = words.at();
-    words.take(Term::kOn);
-    rule.byDay = takeWeekDays(words);
-    if (rule.byDay.empty()) { words.moveTo(on); }
-  }
+  takeOnDays(words, rule);
   return rule;
 }
 
@@ -151,12 +155,7 @@ Result<std::optional<RecurrenceRule>> takeBareRepeat(WordCursor& words) {
   if (const auto unit = words.take(Term::kRepeats)) {
     RecurrenceRule rule;
     rule.frequency = *frequencyOf(*unit);
-    if (rule.frequency == Frequency::kWeekly) {
-      const std::size_t on = words.at();
-      words.take(Term::kOn);
-      rule.byDay = takeWeekDays(words);
-      if (rule.byDay.empty()) { words.moveTo(on); }
-    }
+    takeOnDays(words, rule);
     return rule;
   }
   if (auto ordinal = takeOrdinalDay(words)) { return ordinal; }
