@@ -122,9 +122,10 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
     return tellUsage(context, "Say what is to be changed: --title, --start, --location and so on.");
   }
   run.beginCommand("edit " + quotedTitle(*target->row));
-  ORLOCAL_TRY(const store::Item written, kind == ItemKind::kEvent
-                                             ? run.store().saveEvent(edit, target->occurrence, target->span)
-                                             : run.store().saveReminder(edit));
+  ORLOCAL_TRY(
+      const store::Item written,
+      about(*target->row, kind == ItemKind::kEvent ? run.store().saveEvent(edit, target->occurrence, target->span)
+                                                   : run.store().saveReminder(edit)));
   ORLOCAL_TRY(const auto calendars, allCalendars(run.store()));
   Calendar calendar = target->chosen.calendar;
   for (const Calendar& each : calendars) {

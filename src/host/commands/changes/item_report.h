@@ -22,6 +22,16 @@ std::string itemLine(const store::Item& item, const store::Calendar& calendar, c
 /// `"Lunch"`, for what cannot have a line.
 std::string quotedTitle(const store::Item& item);
 
+/// What the store said to a save of `item`; a refusal that does not name it gets its title before it.
+template <class Answer>
+Answer about(const store::Item& item, Answer answer) {
+  const std::string title = item.title.value_or("");
+  if (!answer && !title.empty() && answer.error().message.find(title) == std::string::npos) {
+    answer.error().message = quotedTitle(item) + ": " + answer.error().message;
+  }
+  return answer;
+}
+
 /// What was done to an item, or would be: "Made", "Would make".
 struct Outcome {
   const char* done;

@@ -29,9 +29,10 @@ Result<ExitStatus> moveItem(const MoveWords& words, CommandContext& context) {
   store::ItemEdit edit{target->row, *target->row, {store::ItemField::kCalendar}, std::nullopt};
   edit.values.calendar = to.id;
   run.beginCommand("move " + quotedTitle(*target->row));
-  ORLOCAL_TRY(const store::Item written, kind == store::ItemKind::kEvent
-                                             ? run.store().saveEvent(edit, target->occurrence, target->span)
-                                             : run.store().saveReminder(edit));
+  ORLOCAL_TRY(const store::Item written,
+              about(*target->row, kind == store::ItemKind::kEvent
+                                      ? run.store().saveEvent(edit, target->occurrence, target->span)
+                                      : run.store().saveReminder(edit)));
   tellItem(run, {"Moved", "Would move"}, written, to);
   return ExitStatus::kDone;
 }

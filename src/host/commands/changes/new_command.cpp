@@ -108,7 +108,8 @@ Result<ExitStatus> makeItem(const NewItemWords& words, CommandContext& context) 
   run.beginCommand("new " + quotedTitle(edit->values));
   const bool event = words.kind() == ItemKind::kEvent;
   ORLOCAL_TRY(store::Item made,
-              event ? run.store().saveEvent(*edit, std::nullopt, store::Span::kThis) : run.store().saveReminder(*edit));
+              about(edit->values, event ? run.store().saveEvent(*edit, std::nullopt, store::Span::kThis)
+                                        : run.store().saveReminder(*edit)));
   // What was not made has no name that it could be found by.
   if (run.dryRun()) { made.identifier = made.itemIdentifier = made.uid = {}; }
   tellItem(run, {"Made", "Would make"}, made, calendar);

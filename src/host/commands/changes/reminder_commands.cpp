@@ -33,7 +33,7 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
   for (const ChosenItem& one : chosen) {
     store::ItemEdit edit{one.item, *one.item, {store::ItemField::kCompleted}, std::nullopt};
     edit.values.completed = done ? std::optional(store::now()) : std::nullopt;
-    ORLOCAL_TRY(const store::Item written, run.store().saveReminder(edit));
+    ORLOCAL_TRY(const store::Item written, about(*one.item, run.store().saveReminder(edit)));
     json.push_back(itemJson(written, one.calendar, run.viewer()));
     if (context.options.json) { continue; }
     // One that repeats is open again, at its next date.

@@ -70,7 +70,7 @@ Result<ExitStatus> removeItems(const RemoveWords& words, CommandContext& context
   nlohmann::json json = nlohmann::json::array();
   for (std::size_t i = 0; i < targets.size(); ++i) {
     const Target& target = targets[i];
-    ORLOCAL_CHECK(removeTarget(run.store(), target));
+    ORLOCAL_CHECK(about(*target.row, removeTarget(run.store(), target)));
     json.push_back(itemJson(*target.row, target.chosen.calendar, run.viewer(), target.occurrence));
     if (!context.options.json) {
       context.streams.out << (run.dryRun() ? "Would remove " : "Removed ") << lines[i] << '\n';

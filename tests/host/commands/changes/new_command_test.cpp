@@ -101,7 +101,7 @@ TEST_F(NewCommand, TellsWhyTheStoreRefuses) {
   ASSERT_EQ(run({"subscribe", file("feed.ics", calendar("Holidays", ""))}), ExitStatus::kDone) << err;
   EXPECT_THAT(refused({"new", "Lunch tomorrow 12:30", "--calendar", "Holidays"}), HasSubstr("allows no changes"));
   EXPECT_THAT(refused({"new", "Lunch", "--start", "2026-11-05 12:00", "--end", "2026-11-04 12:00"}),
-              HasSubstr("ends before it starts"));
+              AllOf(HasSubstr("\"Lunch\": "), HasSubstr("ends before it starts")));
 }
 
 TEST_F(NewCommand, GoesToTheDefaultCalendar) {

@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <fstream>
 #include <map>
 #include <string>
@@ -94,6 +95,28 @@ TEST(WordsPage, SaysWhatIsUnderstood) {
 TEST(Words, OfTheOtherLanguageAreNoneWhereItIsNotSpoken) {
   const WordsSetting setting{store::LocalTime(2026, 11, 2, 9, 0, 0)};
   EXPECT_FALSE(readDay("morgen", setting));
+}
+
+TEST(Words, AreThoseOfTheEnvironment) {
+  struct Case {
+    const char *language, *all;
+    bool german;
+    WordsSetting::Slashes slashes;
+  };
+  const Case cases[] = {{"", "de_DE.UTF-8", true, WordsSetting::Slashes::kDayFirst},
+                        {"de:en", "C.UTF-8", true, WordsSetting::Slashes::kUnknown},
+                        {"en", "de_AT.UTF-8", false, WordsSetting::Slashes::kDayFirst},
+                        {"", "en_US.UTF-8", false, WordsSetting::Slashes::kMonthFirst},
+                        {"", "C", false, WordsSetting::Slashes::kUnknown}};
+  for (const Case& each : cases) {
+    ::setenv("LANGUAGE", each.language, 1);
+    ::setenv("LC_ALL", each.all, 1);
+    const WordsSetting setting = settingOfUser(store::LocalTime());
+    EXPECT_EQ(setting.german, each.german) << each.all;
+    EXPECT_EQ(setting.slashes, each.slashes) << each.all;
+  }
+  ::unsetenv("LANGUAGE");
+  ::setenv("LC_ALL", "C.UTF-8", 1);
 }
 
 TEST(Words, WithASlashAreReadAsTheCountryHasThem) {
