@@ -14,11 +14,11 @@ namespace {
 using store::LocalDay;
 using store::LocalTime;
 
-/// "monday", "on monday", "2 nov to 5 nov", "from monday to friday".
+/// "monday", "on monday", "for monday", "2 nov to 5 nov", "from monday to friday".
 Result<bool> takeDays(WordCursor& words, When& when) {
   const std::size_t begin = words.at();
   const bool from = words.take(Term::kFrom).has_value();
-  if (!from) { words.take(Term::kOn); }
+  if (!from && !words.take(Term::kOn)) { words.take(Term::kFor); }
   ORLOCAL_TRY(const auto day, takeDay(words));
   if (!day) {
     words.moveTo(begin);
