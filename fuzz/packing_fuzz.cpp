@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <span>
 
+#include "store/rows/packed_item.h"
 #include "store/rows/packing.h"
 
 // The first byte chooses the column. What unpacks packs to bytes that unpack to what packs to the same bytes.
@@ -29,7 +30,7 @@ void check(std::span<const std::byte> bytes, Unpack unpack, Pack pack) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) { return 0; }
   const auto bytes = std::as_bytes(std::span(data, size)).subspan(1);
-  switch (data[0] % 4) {
+  switch (data[0] % 5) {
     case 0:
       check(bytes, unpackRecurrence, packRecurrence);
       break;
@@ -39,8 +40,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 2:
       check(bytes, unpackAttendees, packAttendees);
       break;
-    default:
+    case 3:
       check(bytes, unpackStrings, packStrings);
+      break;
+    default:
+      check(bytes, unpackItem, packItem);
   }
   return 0;
 }

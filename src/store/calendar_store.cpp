@@ -9,6 +9,7 @@
 #include "store/edits/event_edits.h"
 #include "store/edits/item_writer.h"
 #include "store/edits/reminder_edits.h"
+#include "store/edits/undo_edits.h"
 #include "store/rows/contact_rows.h"
 
 namespace orlocal::store {
@@ -50,7 +51,7 @@ Result<std::optional<Calendar>> CalendarStore::calendar(std::string_view identif
 
 Result<std::optional<Calendar>> CalendarStore::defaultCalendar(CalendarKind kind) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
-  return m_core->calendars.forNewItems(kind);
+  return m_core->defaultCalendar(kind);
 }
 
 Status CalendarStore::saveCalendar(Calendar& calendar, CalendarFields set) {
@@ -58,6 +59,10 @@ Status CalendarStore::saveCalendar(Calendar& calendar, CalendarFields set) {
 }
 
 Status CalendarStore::removeCalendar(std::string_view identifier) { return CalendarEdits(*m_core).remove(identifier); }
+
+Status CalendarStore::makeDefault(std::string_view identifier, CalendarKind kind) {
+  return CalendarEdits(*m_core).makeDefault(identifier, kind);
+}
 
 Result<OccurrenceList> CalendarStore::occurrences(const EventQuery& query) { return m_queries->occurrences(query); }
 
@@ -117,6 +122,19 @@ Result<Item> CalendarStore::saveReminder(const ItemEdit& edit) { return Reminder
 Status CalendarStore::removeReminder(const Item& reminder) {
   return ReminderEdits(*m_core, *m_queries).remove(reminder);
 }
+
+void CalendarStore::beginCommand(Command command) { m_core->recorder.begin(std::move(command)); }
+
+Result<std::vector<JournalEntry>> CalendarStore::commandsOf(std::string_view person) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
+  return JournalRows(m_core->database).commands(person);
+}
+
+Result<JournalEntry> CalendarStore::undo(std::string_view person, std::optional<std::int64_t> number) {
+  return UndoEdits(*m_core).undo(person, number);
+}
+
+void CalendarStore::rehearse() { m_core->rehearse(); }
 
 Result<std::unique_ptr<ItemWriter>> CalendarStore::startWriting(const Announcement& announcement) {
   return ItemWriter::start(*m_core, announcement);

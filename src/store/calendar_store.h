@@ -19,6 +19,7 @@
 #include "store/edits/calendar_edit.h"
 #include "store/edits/item_edit.h"
 #include "store/file/change_signal.h"
+#include "store/model/command.h"
 #include "store/model/model.h"
 #include "store/model/occurrence_list.h"
 #include "store/time/zone.h"
@@ -64,8 +65,11 @@ class CalendarStore {
   /// In their order.
   Result<std::vector<Calendar>> calendars(CalendarKind kind);
   Result<std::optional<Calendar>> calendar(std::string_view identifier);
-  /// Where new items go when nothing else is said: the oldest one that allows changes.
+  /// Where new items go when nothing else is said: the one that was made the default or, without one or when that is
+  /// gone or allows no changes, the oldest one that does.
   Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind);
+  /// Refuses one that does not hold such items or allows no changes.
+  Status makeDefault(std::string_view identifier, CalendarKind kind);
   /// Inserts (`id` 0) or writes the fields in `set` on the row as it stands; `calendar` then is what was written.
   Status saveCalendar(Calendar& calendar, CalendarFields set = CalendarFields::all());
   Status removeCalendar(std::string_view identifier);
@@ -110,6 +114,20 @@ class CalendarStore {
   /// completes an occurrence from which the reminder has moved on meanwhile is refused.
   Result<Item> saveReminder(const ItemEdit& edit);
   Status removeReminder(const Item& reminder);
+
+  /// What is saved and removed from now on is one command of a person: what it replaces is kept in the journal, so that
+  /// it can be undone.
+  void beginCommand(Command command);
+  /// The commands of a person that are kept, the newest first: the last hundred of thirty days.
+  Result<std::vector<JournalEntry>> commandsOf(std::string_view person);
+  /// Takes back the command of that number, or the last one that was not taken back yet; gives what it was. Events and
+  /// reminders stand as they stood before, with the same rows and identifiers. That is a command of its own, which can
+  /// be undone by its number. Refused when something else touched one of the items since, or their calendar is gone or
+  /// allows no changes.
+  Result<JournalEntry> undo(std::string_view person, std::optional<std::int64_t> number);
+
+  /// From now on saves and removals say what they would do, or why they cannot, and write nothing.
+  void rehearse();
 
   /// Begins an all-or-nothing change such as an import; waits for its turn to write. No other call to this store until
   /// the writer is gone.

@@ -37,7 +37,10 @@ Result<StoreOptions> userStoreOptions(const Zone& viewer) {
   StoreOptions options;
   ORLOCAL_TRY(options.file, userStoreFile());
   options.viewer = viewer;
-  const auto wait = Settings::ofUser().value(Setting::kStoreWait);
+  const Settings settings = Settings::ofUser();
+  if (const auto calendar = settings.value(Setting::kEventCalendar)) { options.eventCalendar = calendar->text; }
+  if (const auto list = settings.value(Setting::kReminderList)) { options.reminderList = list->text; }
+  const auto wait = settings.value(Setting::kStoreWait);
   if (!wait) { return options; }
   const std::string_view text = wait->text;
   constexpr int kMostSeconds = 3600;

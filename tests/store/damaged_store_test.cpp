@@ -160,7 +160,7 @@ TEST_F(DamagedFile, IsRefusedWithForeignOrMissingDefinitions) {
       {"ALTER TABLE items ADD COLUMN more", "items"},
       {"DROP INDEX items_by_uid; CREATE INDEX items_by_uid ON items(uid)", "items_by_uid"},
   };
-  for (const int version : {1, 2, 3, 4}) {
+  for (const int version : {1, 2, 3, 4, 5}) {
     for (const Damage& damage : kDamages) {
       const auto damaged = copied();
       execute(damaged, backToVersion(version));

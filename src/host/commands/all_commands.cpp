@@ -2,6 +2,7 @@
 
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/care/care_commands.h"
+#include "host/commands/changes/change_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
@@ -17,6 +18,12 @@ void registerAllCommands(CommandLine& line) {
   registerListingCommands(line);
   CLI::App& calendars = registerCalendarsCommand(line);
   registerAgendaCommand(line);
+  registerNewCommand(line);
+  registerEditCommand(line);
+  registerRemoveCommand(line);
+  registerMoveCommand(line);
+  registerReminderCommands(line);
+  registerUndoCommand(line);
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);

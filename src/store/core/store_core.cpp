@@ -46,6 +46,7 @@ StoreCore::StoreCore(StoreOptions storeOptions)
       calendars(database),
       series(rows, options.viewer),
       longEvents(timeline, rows, series),
+      recorder(database, log, rows),
       m_file(options.file) {}
 
 Result<std::unique_ptr<StoreCore>> StoreCore::open(StoreOptions storeOptions) {
@@ -214,6 +215,7 @@ Result<WriteTurn> StoreCore::beginWriting() {
   ORLOCAL_CHECK(followFile(Look::kNow));
   ORLOCAL_TRY(Transaction transaction, beginTransaction());
   ORLOCAL_CHECK(log.startCommit());
+  recorder.startCommit();
   ORLOCAL_CHECK(catchUp(log.last()));
   ORLOCAL_CHECK(startIdentifiers());
   return WriteTurn(*this, std::move(transaction));
@@ -243,6 +245,19 @@ std::uint64_t StoreCore::generation() {
   return ++m_generation;
 }
 
+Result<std::optional<Calendar>> StoreCore::defaultCalendar(CalendarKind kind) {
+  const std::string& wished = kind == CalendarKind::kReminders ? options.reminderList : options.eventCalendar;
+  if (!wished.empty()) {
+    ORLOCAL_TRY(auto all, calendars.ofKind(kind));
+    for (Calendar& calendar : all) {
+      if (!calendar.readOnly && (calendar.identifier == wished || calendar.title == wished)) {
+        return std::optional(std::move(calendar));
+      }
+    }
+  }
+  return calendars.forNewItems(kind);
+}
+
 Result<std::optional<WholeItem>> StoreCore::readWhole(ItemId id) {
   ORLOCAL_TRY(const auto main, rows.read(id));
   if (main == nullptr || main->series) { return std::nullopt; }
@@ -263,10 +278,22 @@ Status StoreCore::insertItem(Item& item, const Series* own, std::optional<std::i
   if (item.uid.empty()) { item.uid = item.itemIdentifier; }
   if (!item.series) { item.identifier = item.itemIdentifier; }
   item.id = 0;
+  return addRow(item, log.next(), uuid, own, original, originalIsWall);
+}
+
+Status StoreCore::reinsertItem(const Item& item, const Series* own, std::optional<std::int64_t> original,
+                               bool originalIsWall) {
+  Item row = item;
+  return addRow(row, item.id, Uuid::parse(item.itemIdentifier).value_or(Uuid()), own, original, originalIsWall);
+}
+
+Status StoreCore::addRow(Item& item, ItemId id, const Uuid& uuid, const Series* own,
+                         std::optional<std::int64_t> original, bool originalIsWall) {
   TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
-  ORLOCAL_CHECK(rows.insert(item, log.next(), uuid, {entry.shelf, entry.start, original}));
+  ORLOCAL_CHECK(rows.insert(item, id, uuid, {entry.shelf, entry.start, original}));
   entry.item = item.id;
   ORLOCAL_CHECK(timeline.insert(entry));
+  recorder.hasInserted(item);
   forget(item.id, item.series);
   if (!item.series) { return log.record(Operation::kInserted, subjectOf(item), item.id, std::nullopt, uuid); }
   return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item));
@@ -296,6 +323,7 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
 
 Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original,
                              bool originalIsWall, const StoredPlace& before) {
+  ORLOCAL_CHECK(recorder.willChange(item.id));
   const TimelineEntry entry = Timeline::entryOf(item, own, original, originalIsWall);
   // An entry takes the place of one that stands there.
   const bool moves = before.shelf != entry.shelf || before.shelfStart != entry.start;
@@ -309,6 +337,7 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
 Status StoreCore::removeItem(const Item& item) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
   if (!before) { return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store."); }
+  ORLOCAL_CHECK(recorder.willChange(item.id));
   ORLOCAL_CHECK(timeline.remove(item.id, before->shelf, before->shelfStart));
   ORLOCAL_CHECK(rows.remove(item.id));
   forget(item.id, item.series);
@@ -340,8 +369,11 @@ WriteTurn::~WriteTurn() {
 }
 
 Status WriteTurn::commit() {
+  // What was done is rolled back when this goes.
+  if (m_core->m_rehearses) { return {}; }
   ORLOCAL_CHECK(m_core->rows.writeGathered());
   ORLOCAL_CHECK(m_core->timeline.writeGathered());
+  ORLOCAL_CHECK(m_core->recorder.finishCommit());
   ORLOCAL_CHECK(m_core->log.finishCommit());
   const Bell bell(m_core->file());
   ORLOCAL_CHECK(m_transaction.commit());

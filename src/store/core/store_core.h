@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "store/core/command_recorder.h"
 #include "store/core/long_events.h"
 #include "store/core/series_cache.h"
 #include "store/core/store_options.h"
@@ -42,6 +43,8 @@ class StoreCore {
   /// See `CalendarStore::calendarsGeneration`.
   Result<std::uint64_t> calendarsGeneration();
 
+  /// Where new items go: as the options wish, else as the store has it. Inside a transaction.
+  Result<std::optional<Calendar>> defaultCalendar(CalendarKind kind);
   /// None when there is no such row, or when it is a changed occurrence of a series. Inside a transaction.
   Result<std::optional<WholeItem>> readWhole(ItemId id);
   /// Writes a new row, gives it its identifiers, and puts it on the timeline and into the log. An item without a UID
@@ -55,10 +58,15 @@ class StoreCore {
                     const StoredPlace& before);
   /// The same without a word in the log: what the item is does not change.
   Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
+  /// Puts a row back that was removed, with the number and the identifiers that it had.
+  Status reinsertItem(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall);
   Status removeItem(const Item& item);
   /// Removes every item of a calendar, then the calendar.
   Status removeCalendar(const Calendar& calendar);
   Status logCalendar(Operation operation, const Calendar& calendar);
+
+  /// From now on every turn to write ends as if it had been committed, and leaves the file as it was.
+  void rehearse() { m_rehearses = true; }
 
   /// The file that is open, links followed: the one whose bell to ring.
   const std::filesystem::path& file() const { return m_file.file(); }
@@ -74,6 +82,7 @@ class StoreCore {
   CalendarRows calendars;
   SeriesCache series;
   LongEvents longEvents;
+  CommandRecorder recorder;
 
  private:
   friend class WriteTurn;
@@ -97,10 +106,14 @@ class StoreCore {
   Status loadZones();
   Status replaceRow(const Item& item, const Series* own, std::optional<std::int64_t> original, bool originalIsWall,
                     const StoredPlace& before);
+  /// `id`, `uuid`: of the row; the timeline and the log hear of it.
+  Status addRow(Item& item, ItemId id, const Uuid& uuid, const Series* own, std::optional<std::int64_t> original,
+                bool originalIsWall);
 
   StoreFile m_file;
   std::optional<Failure> m_unopened;  ///< why there is no file and will be none
   Missing m_whenMissing = Missing::kIsMade;
+  bool m_rehearses = false;
   bool m_opening = false;  ///< what is done now belongs to opening the file
   std::uint64_t m_fileNumber = 1;
   std::int64_t m_opener = 0;                         ///< process that opened the file

@@ -74,6 +74,29 @@ Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
   return {};
 }
 
+Status CalendarEdits::makeDefault(std::string_view identifier, CalendarKind kind) {
+  const auto uuid = Uuid::parse(identifier);
+  ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
+  std::optional<Calendar> calendar;
+  if (uuid) { ORLOCAL_TRY(calendar, m_core.calendars.withUuid(*uuid)); }
+  if (!calendar) {
+    return failure(ErrorCode::kNotFound, "The calendar that is to be the default is not in the calendar store.");
+  }
+  if (!calendar->holds(kind)) {
+    return failure(ErrorCode::kInvalid, fmt::format("\"{}\" holds no {}.", calendar->title,
+                                                    kind == CalendarKind::kReminders ? "reminders" : "events"));
+  }
+  if (calendar->readOnly || calendar->immutable) {
+    return failure(ErrorCode::kReadOnly,
+                   fmt::format("The {} \"{}\" allows no changes, so that nothing new can go there; choose another one.",
+                               nounFor(calendar->kind), calendar->title));
+  }
+  ORLOCAL_CHECK(m_core.calendars.chooseForNewItems(kind, calendar->id));
+  // Others ask anew which one it is.
+  ORLOCAL_CHECK(m_core.logCalendar(Operation::kUpdated, *calendar));
+  return turn.commit();
+}
+
 Status CalendarEdits::remove(std::string_view identifier) {
   const auto uuid = Uuid::parse(identifier);
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());

@@ -11,6 +11,7 @@ class CalendarEdits {
   explicit CalendarEdits(StoreCore& core) : m_core(core) {}
 
   Status save(Calendar& calendar, CalendarFields set);
+  Status makeDefault(std::string_view identifier, CalendarKind kind);
   Status remove(std::string_view identifier);
 
  private:

@@ -45,7 +45,7 @@ Result<std::optional<Calendar>> ItemWriter::calendarTitled(CalendarKind kind, st
 }
 
 Result<std::optional<Calendar>> ItemWriter::defaultCalendar(CalendarKind kind) {
-  return m_core.calendars.forNewItems(kind);
+  return m_core.defaultCalendar(kind);
 }
 
 Status ItemWriter::makeSource(Source& source) { return m_core.calendars.insertSource(source, m_core.uuids.next()); }

@@ -93,6 +93,15 @@ CREATE TABLE conflicts(
   id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, key TEXT NOT NULL, item INTEGER, title TEXT NOT NULL,
   fields TEXT NOT NULL, mine TEXT, theirs TEXT, made INTEGER NOT NULL);
 )sql",
+    // What commands of people replaced, so that they can be undone.
+    R"sql(
+CREATE TABLE journal(
+  id INTEGER PRIMARY KEY AUTOINCREMENT, command INTEGER NOT NULL, person TEXT NOT NULL, words TEXT NOT NULL,
+  made INTEGER NOT NULL, first INTEGER NOT NULL, last INTEGER NOT NULL, undoes INTEGER, undone_by INTEGER);
+CREATE TABLE journal_items(
+  part INTEGER NOT NULL, item INTEGER NOT NULL, main INTEGER NOT NULL, before BLOB, PRIMARY KEY(part, item))
+  WITHOUT ROWID;
+)sql",
 };
 
 struct DefaultCalendar {

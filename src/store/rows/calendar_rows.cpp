@@ -55,6 +55,10 @@ void bindValues(Statement& statement, const Calendar& calendar) {
   if (calendar.notes) { statement.bind(11, std::string_view(*calendar.notes)); }
 }
 
+std::string_view defaultPropertyOf(CalendarKind kind) {
+  return kind == CalendarKind::kReminders ? "default_reminders" : "default_events";
+}
+
 }  // namespace
 
 Result<std::vector<Source>> CalendarRows::sources() {
@@ -144,7 +148,12 @@ Result<std::optional<Calendar>> CalendarRows::withUuid(const Uuid& uuid) {
 }
 
 Result<std::optional<Calendar>> CalendarRows::forNewItems(CalendarKind kind) {
-  return first(m_forNewItems.in(m_database).bind(1, static_cast<std::int64_t>(kind)));
+  return first(m_forNewItems.in(m_database).bind(1, static_cast<std::int64_t>(kind)).bind(2, defaultPropertyOf(kind)));
+}
+
+Status CalendarRows::chooseForNewItems(CalendarKind kind, CalendarId id) {
+  const std::string value = std::to_string(id);
+  return m_choose.in(m_database).bind(1, defaultPropertyOf(kind)).bind(2, std::string_view(value)).run();
 }
 
 Status CalendarRows::insert(Calendar& calendar, const Uuid& uuid) {

@@ -31,8 +31,9 @@ class CalendarRows {
   /// Kept until `forget`: each save asks for the calendar that it goes to.
   Result<std::optional<Calendar>> withId(CalendarId id);
   Result<std::optional<Calendar>> withUuid(const Uuid& uuid);
-  /// The oldest one that allows changes.
+  /// The one that was chosen or, where that is gone or allows no changes, the oldest one that does.
   Result<std::optional<Calendar>> forNewItems(CalendarKind kind);
+  Status chooseForNewItems(CalendarKind kind, CalendarId id);
 
   /// Gives the calendar its id.
   Status insert(Calendar& calendar, const Uuid& uuid);
@@ -64,8 +65,10 @@ class CalendarRows {
   LazyStatement m_withId{ORLOCAL_CALENDAR_COLUMNS "WHERE c.id = ?"};
   LazyStatement m_withUuid{ORLOCAL_CALENDAR_COLUMNS "WHERE c.uuid = ?"};
   LazyStatement m_forNewItems{ORLOCAL_CALENDAR_COLUMNS
-                              "WHERE c.kind IN (?, 2) AND NOT c.read_only ORDER BY c.id LIMIT 1"};
+                              "WHERE c.kind IN (?1, 2) AND NOT c.read_only ORDER BY c.id IS NOT (SELECT CAST(value AS "
+                              "INTEGER) FROM properties WHERE name = ?2), c.id LIMIT 1"};
 #undef ORLOCAL_CALENDAR_COLUMNS
+  LazyStatement m_choose{"INSERT OR REPLACE INTO properties(name, value) VALUES(?, ?)"};
   LazyStatement m_insert{
       "INSERT INTO calendars(kind, source, title, red, green, blue, position, read_only, subscribed, immutable, notes, "
       "uuid) "

@@ -21,7 +21,7 @@ std::shared_ptr<const Item> KeptItems::find(ItemId id) {
     return item;
   }
   const auto packed = m_packed.find(id);
-  return packed != m_packed.end() ? std::make_shared<const Item>(unpackItem(packed->second)) : nullptr;
+  return packed != m_packed.end() ? std::make_shared<const Item>(*unpackItem(packed->second)) : nullptr;
 }
 
 bool KeptItems::has(ItemId id) const { return m_recent.contains(id) || m_older.contains(id) || m_packed.contains(id); }

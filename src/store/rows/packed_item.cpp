@@ -39,7 +39,7 @@ void packItem(const Item& item, PackedBytes& out) {
   packer.text(item.extra);
 }
 
-Item unpackItem(std::span<const std::byte> bytes) {
+std::optional<Item> unpackItem(std::span<const std::byte> bytes) {
   Unpacker unpacker(bytes);
   Item item;
   item.id = unpacker.number();
@@ -59,6 +59,7 @@ Item unpackItem(std::span<const std::byte> bytes) {
   unpacker.nested(item.alarms, unpackAlarms);
   unpacker.nested(item.attendees, unpackAttendees);
   item.extra = unpacker.text();
+  if (!unpacker.sound()) { return std::nullopt; }
   return item;
 }
 

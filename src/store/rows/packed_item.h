@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 
 #include "store/model/model.h"
@@ -8,9 +9,9 @@
 
 namespace orlocal::store {
 
-/// All of an item in a fifth of its room. For memory alone: no file has it. `out` is cleared first.
+/// All of an item in a fifth of its room, for memory and the journal. `out` is cleared first.
 void packItem(const Item& item, PackedBytes& out);
-/// Of what this process packed.
-Item unpackItem(std::span<const std::byte> bytes);
+/// None when the bytes are damaged.
+std::optional<Item> unpackItem(std::span<const std::byte> bytes);
 
 }  // namespace orlocal::store

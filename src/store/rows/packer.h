@@ -141,7 +141,11 @@ class Unpacker {
     const auto bytes = m_bytes.first(count());
     m_bytes = m_bytes.subspan(bytes.size());
     if (bytes.empty()) { return; }
-    if (auto unpacked = unpack(bytes)) { value = *std::move(unpacked); }
+    if (auto unpacked = unpack(bytes)) {
+      value = *std::move(unpacked);
+    } else {
+      fail();
+    }
   }
   /// Of things that take a byte at least.
   std::size_t count() {

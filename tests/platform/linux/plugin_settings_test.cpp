@@ -87,10 +87,30 @@ TEST_F(PluginSettingsTest, TheLanguageCountsWhereTheEnvironmentHasNone) {
   EXPECT_THAT(preferredLanguages(), ElementsAre("it_IT", "it", "en"));
 }
 
+TEST_F(PluginSettingsTest, NewItemsGoWhereTheFilesSay) {
+  use("[calendar]\nevents = Work\nreminders = Tasks\n");
+  store::StoreOptions options = store::userStoreOptions(store::Zone()).value();
+  EXPECT_EQ(options.eventCalendar, "Work");
+  EXPECT_EQ(options.reminderList, "Tasks");
+  options.file = m_folder / "calendar.db";
+  const auto store = store::CalendarStore::open(options).value();
+  const auto wanted = [&](store::CalendarKind kind) { return store->defaultCalendar(kind).value()->title; };
+  EXPECT_EQ(wanted(store::CalendarKind::kEvents), "Calendar") << "there is no other";
+  for (const auto kind : {store::CalendarKind::kEvents, store::CalendarKind::kReminders}) {
+    store::Calendar calendar;
+    calendar.kind = kind;
+    calendar.title = kind == store::CalendarKind::kEvents ? "Work" : "Tasks";
+    calendar.source = store->sources().value().front().id;
+    ASSERT_TRUE(store->saveCalendar(calendar));
+    EXPECT_EQ(wanted(kind), calendar.title);
+  }
+}
+
 TEST_F(PluginSettingsTest, TheStoreAndItsPatienceAreTheEnvironmentsBeforeTheFiles) {
   use("[store]\nfile = /srv/calendars.db\nwait = 3\n");
   EXPECT_EQ(store::userStoreFile().value(), "/srv/calendars.db");
   EXPECT_EQ(store::userStoreOptions(store::Zone()).value().busyTimeout, std::chrono::seconds(3));
+  EXPECT_EQ(store::userStoreOptions(store::Zone()).value().eventCalendar, "");
   m_store.set("/srv/other.db");
   m_wait.set("4");
   EXPECT_EQ(store::userStoreFile().value(), "/srv/other.db");

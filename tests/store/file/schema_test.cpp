@@ -127,7 +127,7 @@ TEST_P(SchemaOfAnOlderFile, IsBroughtForwardWithWhatItHolds) {
   EXPECT_TRUE(*store->event("01A19B45-B800-7000-8920-1903CEBC82AB"));
   store.reset();
   EXPECT_EQ(number("PRAGMA user_version"), formatVersion());
-  EXPECT_EQ(formatVersion(), 4);
+  EXPECT_EQ(formatVersion(), 5);
 }
 
 TEST_P(SchemaOfAnOlderFile, FindsTheUidsThatItGaveBefore) {
@@ -162,6 +162,22 @@ TEST_F(SchemaOfAFile, OfTheVersionBeforeServersGetsRoomForThem) {
   auto writer = *store->startWriting();
   EXPECT_TRUE(writer->remotes().noteUnsent(1));
   EXPECT_TRUE(writer->commit());
+}
+
+TEST_F(SchemaOfAFile, OfTheVersionBeforeTheJournalKeepsWhatCommandsReplace) {
+  store.reset();
+  std::filesystem::remove(file);
+  std::ofstream(file).close();
+  change(contentOf(ORLOCAL_TEST_DATA "/data/format_4.sql").c_str());
+  store = opened();
+  const auto before = occurrences(std::nullopt, std::nullopt);
+  ASSERT_EQ(before.size(), 3u);
+  const auto course = *store->item(before[0].event);
+  store->beginCommand({"1000 grace", "remove Course"});
+  ASSERT_TRUE(store->removeEvent(*course, std::nullopt, Span::kAll));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).size(), 0u);
+  ASSERT_TRUE(store->undo("1000 grace", std::nullopt));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt), before);
 }
 
 TEST_F(SchemaOfAFile, GivesNoNumberTwice) {

@@ -11,7 +11,7 @@ void registerSyncCommand(CommandLine& line);        ///< sync
 void registerSubscribeCommands(CommandLine& line);  ///< subscribe, unsubscribe
 void registerConflictCommands(CommandLine& line);   ///< conflicts
 
-/// calendars new, rename, recolour, remove: they reach the server of an account as well.
+/// calendars new, rename, recolour, remove, default: they reach the server of an account as well.
 void registerCalendarChanges(CommandLine& line, CLI::App& calendars);
 
 }  // namespace orlocal::host

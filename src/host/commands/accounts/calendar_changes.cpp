@@ -2,11 +2,9 @@
 #include <memory>
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include "accounts/account_book.h"
 #include "base/try.h"
@@ -29,23 +27,6 @@ struct NewWords {
   std::string title, account, kind = kKindWords[0];
 };
 
-/// The one calendar or reminder list of that title or identifier.
-Result<Calendar> theCalendar(store::CalendarStore& store, const std::string& name) {
-  ORLOCAL_TRY(const auto all, allCalendars(store));
-  const auto named =
-      std::find_if(all.begin(), all.end(), [&](const Calendar& each) { return each.identifier == name; });
-  if (named != all.end()) { return *named; }
-  ORLOCAL_TRY(const auto titled, calendarsTitled(all, {name}));
-  if (titled.size() == 1) { return titled.front(); }
-  std::vector<std::string> words;
-  for (const Calendar& each : titled) {
-    words.push_back(
-        fmt::format("{} ({})", each.identifier, each.kind == CalendarKind::kReminders ? "reminders" : "events"));
-  }
-  return failure(ErrorCode::kRefused, fmt::format("There are {} calendars \"{}\"; name one by its identifier: {}.",
-                                                  titled.size(), name, fmt::join(words, ", ")));
-}
-
 Result<store::SourceId> sourceFor(store::CalendarStore& store, const std::string& account) {
   if (!account.empty()) {
     ORLOCAL_TRY(const auto found, accounts::AccountBook(store).named(account));
@@ -60,8 +41,15 @@ Result<store::SourceId> sourceFor(store::CalendarStore& store, const std::string
   return failure(ErrorCode::kNotFound, "The calendar store has no place for calendars of this machine's own.");
 }
 
-Result<ExitStatus> makeNew(const NewWords& words) {
-  ORLOCAL_TRY(const auto store, openOrMakeUserStore());
+/// The store; one that only rehearses for `--dry-run`.
+Result<std::unique_ptr<store::CalendarStore>> storeToChange(bool dryRun, bool mayBeMade = false) {
+  ORLOCAL_TRY(auto store, mayBeMade && !dryRun ? openOrMakeUserStore() : openUserStore());
+  if (dryRun) { store->rehearse(); }
+  return store;
+}
+
+Result<ExitStatus> makeNew(const NewWords& words, bool dryRun) {
+  ORLOCAL_TRY(const auto store, storeToChange(dryRun, true));
   Calendar calendar;
   calendar.title = words.title;
   calendar.kind = words.kind == kKindWords[0] ? CalendarKind::kEvents : CalendarKind::kReminders;
@@ -70,26 +58,48 @@ Result<ExitStatus> makeNew(const NewWords& words) {
   return ExitStatus::kDone;
 }
 
-Result<ExitStatus> renameCalendar(const std::string& name, const std::string& title) {
-  ORLOCAL_TRY(const auto store, openUserStore());
+Result<ExitStatus> renameCalendar(const std::string& name, const std::string& title, bool dryRun) {
+  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
   ORLOCAL_TRY(Calendar calendar, theCalendar(*store, name));
   calendar.title = title;
   ORLOCAL_CHECK(store->saveCalendar(calendar, {CalendarField::kTitle}));
   return ExitStatus::kDone;
 }
 
-Result<ExitStatus> recolour(const std::string& name, const std::string& color) {
-  ORLOCAL_TRY(const auto store, openUserStore());
+Result<ExitStatus> recolour(const std::string& name, const std::string& color, bool dryRun) {
+  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
   ORLOCAL_TRY(Calendar calendar, theCalendar(*store, name));
   calendar.color = store::parseColor(color);
   ORLOCAL_CHECK(store->saveCalendar(calendar, {CalendarField::kColor}));
   return ExitStatus::kDone;
 }
 
-Result<ExitStatus> removeCalendarNamed(const std::string& name) {
-  ORLOCAL_TRY(const auto store, openUserStore());
+Result<ExitStatus> removeCalendarNamed(const std::string& name, bool dryRun) {
+  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
   ORLOCAL_TRY(const Calendar calendar, theCalendar(*store, name));
   ORLOCAL_CHECK(store->removeCalendar(calendar.identifier));
+  return ExitStatus::kDone;
+}
+
+struct DefaultWords {
+  std::string which;
+  bool events = false, reminders = false;
+};
+
+/// For what it holds or, of a calendar of both, for what the words say.
+Result<ExitStatus> makeDefault(const DefaultWords& words, bool dryRun, CommandContext& context) {
+  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
+  const auto kind = words.events == words.reminders
+                        ? std::nullopt
+                        : std::optional(words.events ? store::ItemKind::kEvent : store::ItemKind::kReminder);
+  ORLOCAL_TRY(const Calendar calendar, theCalendar(*store, words.which, kind));
+  for (const auto each : {store::ItemKind::kEvent, store::ItemKind::kReminder}) {
+    if (kind ? each != *kind : !calendar.holds(each)) { continue; }
+    ORLOCAL_CHECK(store->makeDefault(calendar.identifier, store::calendarKindOf(each)));
+    context.streams.out << fmt::format("New {} {} to \"{}\".\n",
+                                       each == store::ItemKind::kEvent ? "events" : "reminders",
+                                       dryRun ? "would go" : "go", printable(calendar.title));
+  }
   return ExitStatus::kDone;
 }
 
@@ -98,14 +108,19 @@ std::string objectionToColor(const std::string& words) {
   return "\"" + words + "\" is no colour; write #RRGGBB or a name such as steelblue";
 }
 
-constexpr const char* kWhich = "Its title, or its identifier where several have that title";
+constexpr const char* kWhich = "Its title; its identifier or \"TITLE (ACCOUNT)\" where several have that title";
 
 }  // namespace
 
 void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
+  const auto dryRun = std::make_shared<bool>(false);
+  const auto addDryRun = [dryRun](CLI::App& command) {
+    command.add_flag("--dry-run", *dryRun, "Say whether it can be done, and change nothing");
+  };
   const auto made = std::make_shared<NewWords>();
   CLI::App& add = line.addUnder(calendars, "new", "Make a calendar or reminder list.",
-                                [made](CommandContext&) { return makeNew(*made); });
+                                [made, dryRun](CommandContext&) { return makeNew(*made, *dryRun); });
+  addDryRun(add);
   add.add_option("title", made->title, "Its title")->type_name("TITLE")->required();
   add.add_option("--account", made->account, "On this account's server, at the next sync (default: here alone)")
       ->type_name("NAME");
@@ -118,16 +133,18 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
     std::string which, value;
   };
   const auto renamed = std::make_shared<Change>();
-  CLI::App& renaming = line.addUnder(calendars, "rename", "Give a calendar another title.", [renamed](CommandContext&) {
-    return renameCalendar(renamed->which, renamed->value);
-  });
+  CLI::App& renaming = line.addUnder(
+      calendars, "rename", "Give a calendar another title.",
+      [renamed, dryRun](CommandContext&) { return renameCalendar(renamed->which, renamed->value, *dryRun); });
+  addDryRun(renaming);
   renaming.add_option("calendar", renamed->which, kWhich)->type_name("OLD")->required();
   renaming.add_option("title", renamed->value, "Its title from now on")->type_name("NEW")->required();
 
   const auto recoloured = std::make_shared<Change>();
-  CLI::App& recolouring =
-      line.addUnder(calendars, "recolour", "Give a calendar another colour.",
-                    [recoloured](CommandContext&) { return recolour(recoloured->which, recoloured->value); });
+  CLI::App& recolouring = line.addUnder(
+      calendars, "recolour", "Give a calendar another colour.",
+      [recoloured, dryRun](CommandContext&) { return recolour(recoloured->which, recoloured->value, *dryRun); });
+  addDryRun(recolouring);
   recolouring.add_option("calendar", recoloured->which, kWhich)->type_name("TITLE")->required();
   recolouring.add_option("colour", recoloured->value, "#RRGGBB, or the name of a colour")
       ->type_name("COLOUR")
@@ -135,11 +152,22 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
       ->required();
 
   const auto removed = std::make_shared<std::string>();
-  CLI::App& removing = line.addUnder(calendars, "remove",
-                                     "Remove a calendar with all that is in it; one of an account goes on its server,\n"
-                                     "too, at the next sync.",
-                                     [removed](CommandContext&) { return removeCalendarNamed(*removed); });
+  CLI::App& removing =
+      line.addUnder(calendars, "remove",
+                    "Remove a calendar with all that is in it; one of an account goes on its server,\n"
+                    "too, at the next sync.",
+                    [removed, dryRun](CommandContext&) { return removeCalendarNamed(*removed, *dryRun); });
+  addDryRun(removing);
   removing.add_option("calendar", *removed, kWhich)->type_name("TITLE")->required();
+
+  const auto standard = std::make_shared<DefaultWords>();
+  CLI::App& choosing =
+      line.addUnder(calendars, "default", "Choose where new events or reminders go.",
+                    [standard, dryRun](CommandContext& context) { return makeDefault(*standard, *dryRun, context); });
+  choosing.add_option("calendar", standard->which, kWhich)->type_name("TITLE")->required();
+  choosing.add_flag("--events", standard->events, "For events");
+  choosing.add_flag("--reminders", standard->reminders, "For reminders");
+  addDryRun(choosing);
 }
 
 }  // namespace orlocal::host

@@ -26,6 +26,32 @@ TEST_F(CalendarChanges, MakesCalendarsAndLists) {
   EXPECT_EQ(run({"calendars", "new", ""}), ExitStatus::kFailed);
 }
 
+TEST_F(CalendarChanges, ChooseWhereNewItemsGo) {
+  run({"calendars", "new", "Garden"});
+  run({"calendars", "new", "Errands", "--kind", "reminders"});
+  ASSERT_EQ(run({"calendars", "default", "Garden", "--dry-run"}), ExitStatus::kDone) << err;
+  EXPECT_EQ(calendarTitled("Garden")["default"], false);
+  ASSERT_EQ(run({"calendars", "default", "Garden"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(out, HasSubstr("New events go to \"Garden\"."));
+  ASSERT_EQ(run({"calendars", "default", "Errands"}), ExitStatus::kDone) << err;
+  EXPECT_EQ(calendarTitled("Garden")["default"], true);
+  EXPECT_EQ(calendarTitled("Errands")["default"], true);
+  EXPECT_EQ(calendarTitled("Calendar")["default"], false);
+  EXPECT_EQ(run({"calendars", "default", "Garden", "--reminders"}), ExitStatus::kFailed);
+  run({"calendars", "remove", "Garden"});
+  EXPECT_EQ(calendarTitled("Calendar")["default"], true);
+}
+
+TEST_F(CalendarChanges, OfADryRunChangeNothing) {
+  run({"calendars", "new", "Garden", "--dry-run"});
+  EXPECT_THAT(titles(), Not(Contains("Garden")));
+  ASSERT_EQ(run({"calendars", "new", "Garden"}), ExitStatus::kDone);
+  run({"calendars", "rename", "Garden", "Plants", "--dry-run"});
+  run({"calendars", "remove", "Garden", "--dry-run"});
+  EXPECT_THAT(titles(), Contains("Garden"));
+  EXPECT_EQ(run({"calendars", "remove", "Gardne", "--dry-run"}), ExitStatus::kFailed);
+}
+
 TEST_F(CalendarChanges, GoToTheServerOfAnAccount) {
   added("Work");
   synced();
@@ -60,7 +86,7 @@ TEST_F(CalendarChanges, WantTheIdentifierWhereTwoHaveOneTitle) {
   EXPECT_EQ(run({"calendars", "remove", "Garden"}), ExitStatus::kFailed);
   const std::string identifier = calendarTitled("Garden")["identifier"];
   run({"calendars", "remove", "Garden"});
-  EXPECT_THAT(err, HasSubstr(identifier + " (events)"));
+  EXPECT_THAT(err, HasSubstr(identifier + " (events; Local)"));
   ASSERT_EQ(run({"calendars", "rename", identifier, "Plants"}), ExitStatus::kDone) << err;
   EXPECT_EQ(calendarTitled("Plants")["holds"], "events");
   EXPECT_EQ(calendarTitled("Garden")["holds"], "reminders");

@@ -1,0 +1,70 @@
+#include <memory>
+#include <ostream>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "base/try.h"
+#include "host/commands/changes/change_commands.h"
+#include "host/commands/changes/change_run.h"
+#include "host/commands/changes/item_report.h"
+#include "host/commands/command_line/json_text.h"
+
+namespace orlocal::host {
+namespace {
+
+struct CompletionWords {
+  std::vector<std::string> what, lists;
+  bool dryRun = false;
+};
+
+Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandContext& context) {
+  ORLOCAL_TRY(ChangeRun run, ChangeRun::begin(context, words.dryRun));
+  std::vector<ChosenItem> chosen;
+  for (const std::string& what : words.what) {
+    const ItemWords item{
+        .what = what, .calendars = words.lists, .kind = store::ItemKind::kReminder, .completed = !done};
+    ORLOCAL_TRY(auto one, chooseItem(run.store(), run.viewer(), item));
+    chosen.push_back(std::move(one));
+  }
+  run.beginCommand(fmt::format("{} {}{}", done ? "done" : "reopen", quotedTitle(*chosen.front().item),
+                               chosen.size() > 1 ? fmt::format(" and {} more", chosen.size() - 1) : ""));
+  nlohmann::json json = nlohmann::json::array();
+  for (const ChosenItem& one : chosen) {
+    store::ItemEdit edit{one.item, *one.item, {store::ItemField::kCompleted}, std::nullopt};
+    edit.values.completed = done ? std::optional(store::now()) : std::nullopt;
+    ORLOCAL_TRY(const store::Item written, about(*one.item, run.store().saveReminder(edit)));
+    json.push_back(itemJson(written, one.calendar, run.viewer()));
+    if (context.options.json) { continue; }
+    // One that repeats is open again, at its next date.
+    const bool goesOn = done && !written.completed;
+    context.streams.out << (run.dryRun() ? "Would be " : "") << (done ? "done" : "open again")
+                        << (goesOn ? ", and due next: " : ": ") << itemLine(written, one.calendar, run.viewer())
+                        << '\n';
+  }
+  if (context.options.json) { printJson(json, context.streams.out); }
+  return ExitStatus::kDone;
+}
+
+void add(CommandLine& line, const char* name, const char* description, bool done) {
+  const auto words = std::make_shared<CompletionWords>();
+  CLI::App& command =
+      line.add(name, description, [words, done](CommandContext& context) { return complete(*words, done, context); });
+  command
+      .add_option("what", words->what, "A title, words of it, or an identifier or the end of it; several may be named")
+      ->type_name("WHAT")
+      ->required();
+  command.add_option("--in", words->lists, "Only in this reminder list; may be repeated")
+      ->type_name("TITLE")
+      ->allow_extra_args(false);
+  command.add_flag("--dry-run", words->dryRun, "Say what would be, and change nothing");
+}
+
+}  // namespace
+
+void registerReminderCommands(CommandLine& line) {
+  add(line, "done", "Complete reminders; one that repeats goes on to its next date.", true);
+  add(line, "reopen", "Open completed reminders again.", false);
+}
+
+}  // namespace orlocal::host
