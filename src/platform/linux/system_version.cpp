@@ -19,7 +19,7 @@ class LinuxSystemVersion final : public SystemVersion {
     const char* setting = std::getenv("ORLOCAL_SYSTEM_MINOR");
     const auto inFile = setting == nullptr ? Settings::ofUser().fileValue(Setting::kSystemMinor) : std::nullopt;
     if (setting == nullptr && !inFile) { return kDefaultMinor; }
-    const std::string_view text(setting != nullptr ? setting : inFile->text);
+    const std::string_view text = setting != nullptr ? std::string_view(setting) : inFile->text;
     long minor = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), minor);
     if (error != std::errc() || end != text.data() + text.size()) { return std::nullopt; }

@@ -41,15 +41,8 @@ Result<store::SourceId> sourceFor(store::CalendarStore& store, const std::string
   return failure(ErrorCode::kNotFound, "The calendar store has no place for calendars of this machine's own.");
 }
 
-/// The store; one that only rehearses for `--dry-run`.
-Result<std::unique_ptr<store::CalendarStore>> storeToChange(bool dryRun, bool mayBeMade = false) {
-  ORLOCAL_TRY(auto store, mayBeMade && !dryRun ? openOrMakeUserStore() : openUserStore());
-  if (dryRun) { store->rehearse(); }
-  return store;
-}
-
 Result<ExitStatus> makeNew(const NewWords& words, bool dryRun) {
-  ORLOCAL_TRY(const auto store, storeToChange(dryRun, true));
+  ORLOCAL_TRY(const auto store, openStoreToChange(dryRun, NoStore::kIsMade));
   Calendar calendar;
   calendar.title = words.title;
   calendar.kind = words.kind == kKindWords[0] ? CalendarKind::kEvents : CalendarKind::kReminders;
@@ -59,7 +52,7 @@ Result<ExitStatus> makeNew(const NewWords& words, bool dryRun) {
 }
 
 Result<ExitStatus> renameCalendar(const std::string& name, const std::string& title, bool dryRun) {
-  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
+  ORLOCAL_TRY(const auto store, openStoreToChange(dryRun));
   ORLOCAL_TRY(Calendar calendar, theCalendar(*store, name));
   calendar.title = title;
   ORLOCAL_CHECK(store->saveCalendar(calendar, {CalendarField::kTitle}));
@@ -67,7 +60,7 @@ Result<ExitStatus> renameCalendar(const std::string& name, const std::string& ti
 }
 
 Result<ExitStatus> recolour(const std::string& name, const std::string& color, bool dryRun) {
-  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
+  ORLOCAL_TRY(const auto store, openStoreToChange(dryRun));
   ORLOCAL_TRY(Calendar calendar, theCalendar(*store, name));
   calendar.color = store::parseColor(color);
   ORLOCAL_CHECK(store->saveCalendar(calendar, {CalendarField::kColor}));
@@ -75,7 +68,7 @@ Result<ExitStatus> recolour(const std::string& name, const std::string& color, b
 }
 
 Result<ExitStatus> removeCalendarNamed(const std::string& name, bool dryRun) {
-  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
+  ORLOCAL_TRY(const auto store, openStoreToChange(dryRun));
   ORLOCAL_TRY(const Calendar calendar, theCalendar(*store, name));
   ORLOCAL_CHECK(store->removeCalendar(calendar.identifier));
   return ExitStatus::kDone;
@@ -88,7 +81,7 @@ struct DefaultWords {
 
 /// For what it holds or, of a calendar of both, for what the words say.
 Result<ExitStatus> makeDefault(const DefaultWords& words, bool dryRun, CommandContext& context) {
-  ORLOCAL_TRY(const auto store, storeToChange(dryRun));
+  ORLOCAL_TRY(const auto store, openStoreToChange(dryRun));
   const auto kind = words.events == words.reminders
                         ? std::nullopt
                         : std::optional(words.events ? store::ItemKind::kEvent : store::ItemKind::kReminder);

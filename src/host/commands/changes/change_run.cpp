@@ -69,7 +69,7 @@ Result<std::optional<Span>> spanFor(ChangeRun& run, const TargetWords& words, co
 
 }  // namespace
 
-ChangeRun::ChangeRun(CommandContext& context, std::unique_ptr<store::CalendarStore> store, bool dryRun)
+ChangeRun::ChangeRun(CommandContext& context, std::shared_ptr<store::CalendarStore> store, bool dryRun)
     : m_context(context),
       m_store(std::move(store)),
       m_viewer(store::Zone::ofUser()),
@@ -77,9 +77,7 @@ ChangeRun::ChangeRun(CommandContext& context, std::unique_ptr<store::CalendarSto
       m_dryRun(dryRun) {}
 
 Result<ChangeRun> ChangeRun::begin(CommandContext& context, bool dryRun, NoStore noStore) {
-  const bool mayBeMade = noStore == NoStore::kIsMade && !dryRun;
-  ORLOCAL_TRY(auto store, mayBeMade ? openOrMakeUserStore() : openUserStore());
-  if (dryRun) { store->rehearse(); }
+  ORLOCAL_TRY(auto store, openStoreToChange(dryRun, noStore));
   return ChangeRun(context, std::move(store), dryRun);
 }
 

@@ -9,6 +9,7 @@
 #include "base/result.h"
 #include "host/commands/choosing/item_choice.h"
 #include "host/commands/command_line/command.h"
+#include "host/commands/command_line/store_session.h"
 #include "host/commands/words/terms.h"
 #include "store/calendar_store.h"
 
@@ -21,8 +22,7 @@ namespace orlocal::host {
 /// What every command that changes something has: the store, who asks, and the words' setting.
 class ChangeRun {
  public:
-  enum class NoStore { kIsAFailure, kIsMade };
-  /// `dryRun`: what is saved is not written, and no store is made.
+  /// `dryRun`: what is saved is not written.
   static Result<ChangeRun> begin(CommandContext& context, bool dryRun, NoStore noStore = NoStore::kIsAFailure);
 
   store::CalendarStore& store() { return *m_store; }
@@ -43,10 +43,10 @@ class ChangeRun {
   std::optional<std::string> answer(const std::string& question);
 
  private:
-  ChangeRun(CommandContext& context, std::unique_ptr<store::CalendarStore> store, bool dryRun);
+  ChangeRun(CommandContext& context, std::shared_ptr<store::CalendarStore> store, bool dryRun);
 
   CommandContext& m_context;
-  std::unique_ptr<store::CalendarStore> m_store;
+  std::shared_ptr<store::CalendarStore> m_store;
   store::Zone m_viewer;
   WordsSetting m_setting;
   bool m_dryRun;

@@ -98,7 +98,7 @@ Read<ItemEdit> editFor(const NewItemWords& words, const TitleAndWhen& read, cons
 }
 
 Result<ExitStatus> makeItem(const NewItemWords& words, CommandContext& context) {
-  ORLOCAL_TRY(ChangeRun run, ChangeRun::begin(context, words.dryRun, ChangeRun::NoStore::kIsMade));
+  ORLOCAL_TRY(ChangeRun run, ChangeRun::begin(context, words.dryRun, NoStore::kIsMade));
   const auto read = readSentence(words, run.setting());
   if (!read) { return tellMisread(context, read.error().why, read.error().text); }
   auto edit = editFor(words, *read, run);

@@ -1,6 +1,8 @@
 #include "host/commands/command_line/store_session.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <map>
@@ -10,6 +12,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/system_reason.h"
 #include "base/try.h"
 #include "store/location.h"
 
@@ -65,6 +68,23 @@ std::string namesOf(const std::vector<store::Calendar>& calendars, const Sources
   return fmt::format("{}", fmt::join(names, ", "));
 }
 
+/// A store in a temporary folder, which goes with it.
+Result<std::shared_ptr<store::CalendarStore>> emptyStore() {
+  std::error_code error;
+  std::string folder = (std::filesystem::temp_directory_path(error) / "orlocal-trial-XXXXXX").string();
+  if (error || ::mkdtemp(folder.data()) == nullptr) {
+    return failure(ErrorCode::kIo, fmt::format("There is no room for a trial in {}: {}", folder, systemReason(errno)));
+  }
+  ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(store::Zone::ofUser()));
+  options.file = std::filesystem::path(folder) / "calendar.db";
+  ORLOCAL_TRY(auto empty, store::CalendarStore::open(std::move(options)));
+  return std::shared_ptr<store::CalendarStore>(empty.release(), [folder](store::CalendarStore* store) {
+    delete store;
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+  });
+}
+
 }  // namespace
 
 Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
@@ -82,6 +102,23 @@ Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
 Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore() {
   ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(store::Zone::ofUser()));
   return store::CalendarStore::open(std::move(options));
+}
+
+Result<std::shared_ptr<store::CalendarStore>> openStoreToChange(bool dryRun, NoStore noStore) {
+  if (!dryRun) {
+    if (noStore == NoStore::kIsMade) { return openOrMakeUserStore(); }
+    return openUserStore();
+  }
+  std::shared_ptr<store::CalendarStore> store;
+  if (auto known = openUserStore()) {
+    store = std::move(*known);
+  } else if (noStore == NoStore::kIsMade && known.error().code == ErrorCode::kNotFound) {
+    ORLOCAL_TRY(store, emptyStore());
+  } else {
+    return failure(std::move(known.error()));
+  }
+  store->rehearse();
+  return store;
 }
 
 Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store) {

@@ -16,6 +16,11 @@ Result<std::unique_ptr<store::CalendarStore>> openUserStore();
 /// The same for what brings something along: a store that is not there is made.
 Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore();
 
+enum class NoStore { kIsAFailure, kIsMade };
+/// The store of a command that changes something. `dryRun`: it rehearses, so that nothing is written; a store that
+/// would be made is then an empty one in a temporary folder, which goes when it is closed.
+Result<std::shared_ptr<store::CalendarStore>> openStoreToChange(bool dryRun, NoStore noStore = NoStore::kIsAFailure);
+
 /// Event calendars and reminder lists, in that order; one of both stands among the calendars.
 Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store);
 

@@ -43,6 +43,9 @@ TEST_F(CalendarChanges, ChooseWhereNewItemsGo) {
 }
 
 TEST_F(CalendarChanges, OfADryRunChangeNothing) {
+  ASSERT_EQ(run({"calendars", "new", "Garden", "--dry-run"}), ExitStatus::kDone) << err;
+  EXPECT_FALSE(std::filesystem::exists(folder / "calendar.db"));
+  ASSERT_EQ(run({"calendars", "new", "Errands"}), ExitStatus::kDone) << err;
   run({"calendars", "new", "Garden", "--dry-run"});
   EXPECT_THAT(titles(), Not(Contains("Garden")));
   ASSERT_EQ(run({"calendars", "new", "Garden"}), ExitStatus::kDone);

@@ -92,6 +92,9 @@ TEST_F(NewCommand, PointsAtWhatItDidNotUnderstand) {
 TEST_F(NewCommand, DryRunsMakeNothing) {
   EXPECT_THAT(typed({"new", "Lunch tomorrow 12:30", "--dry-run"}),
               HasSubstr("Would make \"Lunch\": Tue 3 Nov 2026 12:30"));
+  EXPECT_FALSE(std::filesystem::exists(folder / "calendar.db"));
+  typed({"calendars", "new", "Errands"});
+  typed({"new", "Lunch tomorrow 12:30", "--dry-run"});
   EXPECT_THAT(planned("today", "+3"), IsEmpty());
   EXPECT_THAT(refused({"undo"}), HasSubstr("no command of yours"));
 }
