@@ -93,6 +93,13 @@ CREATE TABLE conflicts(
   id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, key TEXT NOT NULL, item INTEGER, title TEXT NOT NULL,
   fields TEXT NOT NULL, mine TEXT, theirs TEXT, made INTEGER NOT NULL);
 )sql",
+    // The words of items, and what the log has to say of what is gone.
+    R"sql(
+CREATE VIRTUAL TABLE search USING fts5(words, detail=none, columnsize=0, tokenize='ascii');
+ALTER TABLE changes ADD COLUMN made INTEGER;
+ALTER TABLE changes ADD COLUMN title TEXT;
+ALTER TABLE changes ADD COLUMN calendar INTEGER;
+)sql",
 };
 
 struct DefaultCalendar {
