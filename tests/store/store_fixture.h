@@ -50,8 +50,9 @@ inline std::string shown(Moment moment) {
 inline std::string backToVersion(int version) {
   std::string sql;
   if (version < 5) {
-    sql = "DROP TABLE search; ALTER TABLE changes DROP COLUMN calendar; ALTER TABLE changes DROP COLUMN title;"
-          "ALTER TABLE changes DROP COLUMN made;";
+    sql =
+        "DROP TABLE search; ALTER TABLE changes DROP COLUMN calendar; ALTER TABLE changes DROP COLUMN title;"
+        "ALTER TABLE changes DROP COLUMN made;";
   }
   if (version < 4) {
     for (const char* table : {"remotes", "mirrors", "resources", "resource_parts", "unsent", "conflicts"}) {

@@ -15,6 +15,9 @@ void registerAllCommands(CommandLine& line) {
   registerListingCommands(line);
   CLI::App& calendars = registerCalendarsCommand(line);
   registerAgendaCommand(line);
+  registerRemindersCommand(line);
+  registerSearchCommand(line);
+  registerShowCommand(line);
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);

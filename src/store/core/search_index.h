@@ -7,8 +7,8 @@
 #include "base/result.h"
 #include "store/file/change_log.h"
 #include "store/file/sqlite.h"
+#include "store/model/search_words.h"
 #include "store/rows/item_rows.h"
-#include "store/rows/search_words.h"
 
 namespace orlocal::store {
 

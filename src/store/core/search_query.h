@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "store/model/model.h"
-#include "store/rows/search_words.h"
+#include "store/model/search_words.h"
 
 namespace orlocal::store {
 

@@ -65,8 +65,8 @@ std::string namesOf(const std::vector<store::Calendar>& calendars, const Sources
 
 }  // namespace
 
-Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
-  ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(store::Zone::ofUser()));
+Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer) {
+  ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(viewer));
   return store::CalendarStore::open(std::move(options));
 }
 

@@ -10,8 +10,8 @@
 
 namespace orlocal::host {
 
-/// Opens the store that `--store` or the environment names, seen from the user's zone.
-Result<std::unique_ptr<store::CalendarStore>> openUserStore();
+/// Opens the store that `--store` or the environment names, seen from the user's zone unless another is given.
+Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer = store::Zone::ofUser());
 
 /// Event calendars and reminder lists, in that order; one of both stands among the calendars.
 Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store);

@@ -60,7 +60,7 @@ TEST_F(CalendarChanges, WantTheIdentifierWhereTwoHaveOneTitle) {
   EXPECT_EQ(run({"calendars", "remove", "Garden"}), ExitStatus::kFailed);
   const std::string identifier = calendarTitled("Garden")["identifier"];
   run({"calendars", "remove", "Garden"});
-  EXPECT_THAT(err, HasSubstr(identifier + " (events)"));
+  EXPECT_THAT(err, HasSubstr(identifier + " (events; Local)"));
   ASSERT_EQ(run({"calendars", "rename", identifier, "Plants"}), ExitStatus::kDone) << err;
   EXPECT_EQ(calendarTitled("Plants")["holds"], "events");
   EXPECT_EQ(calendarTitled("Garden")["holds"], "reminders");

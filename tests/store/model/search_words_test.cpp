@@ -1,4 +1,4 @@
-#include "store/rows/search_words.h"
+#include "store/model/search_words.h"
 
 #include <gmock/gmock.h>
 
