@@ -52,8 +52,9 @@ KNOWS = {
     "host/commands/accounts": {*COMMANDS, *SHOWN, "accounts", "accounts/discovery", "accounts/sync",
                                "accounts/transport", "store/icalendar"},
     "host/commands/settings": {*COMMANDS, *SHOWN},
-    "host/commands": {f"host/commands/{room}" for room in ("accounts", "command_line", "scripting", "settings",
-                                                           "transfer", "views", "watching")},
+    "host/commands/guide": {*COMMANDS, *SHOWN, "accounts"},
+    "host/commands": {f"host/commands/{room}" for room in ("accounts", "command_line", "guide", "scripting",
+                                                           "settings", "transfer", "views", "watching")},
     "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
              "host/plugin"},
 }

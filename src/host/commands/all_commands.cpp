@@ -1,6 +1,7 @@
 #include "host/commands/all_commands.h"
 
 #include "host/commands/accounts/account_commands.h"
+#include "host/commands/guide/guide_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
@@ -11,21 +12,30 @@ namespace orlocal::host {
 
 void registerAllCommands(CommandLine& line) {
   registerConsole(line);
-  registerCalcCommands(line);
-  registerTestCommand(line);
-  registerListingCommands(line);
-  CLI::App& calendars = registerCalendarsCommand(line);
+  line.startGroup("Look");
   registerAgendaCommand(line);
+  line.startGroup("Change");
+  CLI::App& calendars = registerCalendarsCommand(line);
+  registerCalendarChanges(line, calendars);
+  line.startGroup("Files");
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);
+  line.startGroup("Watching");
   registerWatchCommand(line);
+  line.startGroup("Accounts");
   registerAccountCommands(line);
   registerSyncCommand(line);
   registerSubscribeCommands(line);
   registerConflictCommands(line);
-  registerCalendarChanges(line, calendars);
+  line.startGroup("Scripting");
+  registerCalcCommands(line);
+  registerTestCommand(line);
+  registerListingCommands(line);
+  line.startGroup("Set-up");
   registerSettingsCommand(line);
+  registerCompletionCommands(line);
+  registerHelpCommand(line);
 }
 
 }  // namespace orlocal::host

@@ -106,6 +106,7 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
   const auto made = std::make_shared<NewWords>();
   CLI::App& add = line.addUnder(calendars, "new", "Make a calendar or reminder list.",
                                 [made](CommandContext&) { return makeNew(*made); });
+  add.footer("  orlocal calendars new Holidays\n  orlocal calendars new Chores --kind reminders --account Cloud");
   add.add_option("title", made->title, "Its title")->type_name("TITLE")->required();
   add.add_option("--account", made->account, "On this account's server, at the next sync (default: here alone)")
       ->type_name("NAME");
@@ -121,6 +122,7 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
   CLI::App& renaming = line.addUnder(calendars, "rename", "Give a calendar another title.", [renamed](CommandContext&) {
     return renameCalendar(renamed->which, renamed->value);
   });
+  renaming.footer("  orlocal calendars rename Work Office");
   renaming.add_option("calendar", renamed->which, kWhich)->type_name("OLD")->required();
   renaming.add_option("title", renamed->value, "Its title from now on")->type_name("NEW")->required();
 
@@ -128,6 +130,7 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
   CLI::App& recolouring =
       line.addUnder(calendars, "recolour", "Give a calendar another colour.",
                     [recoloured](CommandContext&) { return recolour(recoloured->which, recoloured->value); });
+  recolouring.footer("  orlocal calendars recolour Work '#2E8B57'");
   recolouring.add_option("calendar", recoloured->which, kWhich)->type_name("TITLE")->required();
   recolouring.add_option("colour", recoloured->value, "#RRGGBB, or the name of a colour")
       ->type_name("COLOUR")
@@ -139,6 +142,7 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
                                      "Remove a calendar with all that is in it; one of an account goes on its server,\n"
                                      "too, at the next sync.",
                                      [removed](CommandContext&) { return removeCalendarNamed(*removed); });
+  removing.footer("  orlocal calendars remove Holidays");
   removing.add_option("calendar", *removed, kWhich)->type_name("TITLE")->required();
 }
 

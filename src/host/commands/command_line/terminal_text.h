@@ -21,6 +21,9 @@ std::size_t displayWidth(std::string_view text);
 /// `text` followed by blanks up to `width` cells.
 std::string padded(std::string_view text, std::size_t width);
 
+/// Cells in a line of the standard output: what COLUMNS says, else what its terminal has, else 80.
+std::size_t terminalWidth(bool onTerminal);
+
 /// Escape sequences on a terminal, nothing elsewhere.
 class Ink {
  public:

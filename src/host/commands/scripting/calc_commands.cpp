@@ -112,13 +112,15 @@ Result<ExitStatus> runFile(CommandContext& context, const std::string& file) {
 
 void registerCalcCommands(CommandLine& line) {
   const auto words = std::make_shared<std::vector<std::string>>();
-  CLI::App& eval = line.add("eval", "Evaluates calculations and prints each result.",
+  CLI::App& eval = line.add("eval", "Evaluate calculations and print each result.",
                             [words](CommandContext& context) { return evaluateWords(context, *words); });
+  eval.footer("  orlocal eval '1 + 1'\n  orlocal eval 'Orlo_GetItemCountForType( \"event\" )' --json");
   eval.add_option("calculation", *words, "A calculation, such as 'Orlo_GetItemCountForType( \"event\" )'")->required();
 
   const auto file = std::make_shared<std::string>();
-  CLI::App& run = line.add("run", "Runs a file of calculations and prints each result.",
+  CLI::App& run = line.add("run", "Run a file of calculations and print each result.",
                            [file](CommandContext& context) { return runFile(context, *file); });
+  run.footer("  orlocal run tomorrow.calc\n  echo '2 * 21' | orlocal run -");
   run.add_option("file", *file,
                  "A calculation a line, going on while a bracket is open; # begins a comment; - reads the input")
       ->required();

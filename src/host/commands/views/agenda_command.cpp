@@ -120,6 +120,7 @@ void registerAgendaCommand(CommandLine& line) {
   auto words = std::make_shared<AgendaWords>();
   CLI::App& command = line.add("agenda", "Show what is planned, day by day: the coming week, or the days named.",
                                [words](CommandContext& context) { return runAgenda(*words, context); });
+  command.footer("  orlocal agenda\n  orlocal agenda --from tomorrow --to +14 --calendar Work");
   command.add_option("--from", words->from, "First day: 2026-11-02, today, tomorrow, +7 (default: today)")
       ->type_name("DAY")
       ->check(objectionToDay);
