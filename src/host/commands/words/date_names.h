@@ -1,0 +1,31 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "store/time/time.h"
+
+namespace orlocal::host {
+
+/// Names of days and months, and how a date is put together of them, in one language: English or German.
+class DateNames {
+ public:
+  /// A language that we do not write in is English: "de_CH" is German, "fr" English.
+  explicit DateNames(std::string_view language);
+  /// In the language of who runs the program, as it stood when this was first asked.
+  static const DateNames& ofUser();
+
+  const std::string& weekday(store::LocalDay day) const;
+  const std::string& month(int month) const { return m_months[static_cast<std::size_t>(month - 1)]; }
+
+  /// "Monday, 2 November 2026"; "Montag, 2. November 2026".
+  std::string longDay(store::LocalDay day) const;
+
+ private:
+  std::array<std::string, 7> m_weekdays;  ///< from Sunday on
+  std::array<std::string, 12> m_months;
+  std::string_view m_afterDay;  ///< what follows the number of a day
+};
+
+}  // namespace orlocal::host
