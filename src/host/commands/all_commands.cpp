@@ -11,7 +11,7 @@
 namespace orlocal::host {
 
 void registerAllCommands(CommandLine& line) {
-  registerConsole(line);
+  registerConsole(line, registerAllCommands);
   line.startGroup("Look");
   registerAgendaCommand(line);
   line.startGroup("Change");
