@@ -43,10 +43,9 @@ class Diagnosis {
   std::string ofUnknown(const std::string& word) const {
     if (word.size() > 1 && word.starts_with('-')) { return ofUnknownOption(word.substr(0, word.find('='))); }
     const Names words = wordsAfter(m_command);
-    if (words.empty()) { return fmt::format("\"{}\" is one word too many for {}.", word, m_command.typed()); }
-    return m_command.path.empty()
-               ? fmt::format("There is no command \"{}\"{}", word, suggestion(word, words))
-               : fmt::format("{} has no word \"{}\"{}", m_command.typed(), word, suggestion(word, words));
+    if (words.empty()) { return fmt::format("\"{}\" is one word too many{}.", word, here()); }
+    const std::string_view what = m_command.path.empty() ? "command " : "";
+    return fmt::format("There is no {}\"{}\"{}{}", what, word, here(), suggestion(word, words));
   }
 
   std::string ofError(const CLI::ParseError& error) const {
@@ -55,7 +54,7 @@ class Diagnosis {
     if (word == nullptr) {
       const Names words = wordsAfter(m_command);
       if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !words.empty()) {
-        return fmt::format("A word is missing after \"{}\": {}.", m_command.typed(), alternatives(words));
+        return fmt::format("A word is missing{}: {}.", here(), alternatives(words));
       }
       return fmt::format("{}.", said);
     }
@@ -87,6 +86,8 @@ class Diagnosis {
     // "mine|theirs" says what there is to choose from, not what it is.
     return word.choices.empty() ? word.value : inCapitals(word.names.front());
   }
+  /// " after calendars new"; nothing where no command was named.
+  std::string here() const { return m_command.path.empty() ? "" : " after " + m_command.path; }
   static std::string_view after(std::string_view text, std::string_view mark) {
     const std::size_t at = text.find(mark);
     return at == std::string_view::npos ? text : text.substr(at + mark.size());
@@ -100,7 +101,7 @@ class Diagnosis {
         known.insert(known.end(), word.names.begin(), word.names.end());
       }
     }
-    return fmt::format("{} has no option \"{}\"{}", m_command.typed(), option, suggestion(option, known));
+    return fmt::format("There is no option \"{}\"{}{}", option, here(), suggestion(option, known));
   }
 
   /// The option or the word in its place whose name the library's sentence begins with; conversions have it later.

@@ -127,22 +127,22 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Mistyped{{"agendda"}, "There is no command \"agendda\"; did you mean \"agenda\"? See `orlocal --help`."},
         Mistyped{{"cook"}, "There is no command \"cook\". See `orlocal --help`."},
-        Mistyped{
-            {"agenda", "--calender", "Work"},
-            "orlocal agenda has no option \"--calender\"; did you mean \"--calendar\"? See `orlocal agenda --help`."},
-        Mistyped{
-            {"agenda", "--calender=Work"},
-            "orlocal agenda has no option \"--calender\"; did you mean \"--calendar\"? See `orlocal agenda --help`."},
+        Mistyped{{"agenda", "--calender", "Work"},
+                 "There is no option \"--calender\" after agenda; did you mean \"--calendar\"? See `orlocal agenda "
+                 "--help`."},
+        Mistyped{{"agenda", "--calender=Work"},
+                 "There is no option \"--calender\" after agenda; did you mean \"--calendar\"? See `orlocal agenda "
+                 "--help`."},
         Mistyped{{"agenda", "--sore", "x"},
-                 "orlocal agenda has no option \"--sore\"; did you mean \"--store\"? See `orlocal agenda --help`."},
+                 "There is no option \"--sore\" after agenda; did you mean \"--store\"? See `orlocal agenda --help`."},
         Mistyped{{"account", "lst"},
-                 "orlocal account has no word \"lst\"; did you mean \"list\"? See `orlocal account --help`."},
+                 "There is no \"lst\" after account; did you mean \"list\"? See `orlocal account --help`."},
         Mistyped{{"account"},
-                 "A word is missing after \"orlocal account\": add, list, show, pause, resume or remove. "
+                 "A word is missing after account: add, list, show, pause, resume or remove. "
                  "See `orlocal account --help`."},
         Mistyped{{"calendars", "nwe", "Work"},
-                 "orlocal calendars has no word \"nwe\"; did you mean \"new\"? See `orlocal calendars --help`."},
-        Mistyped{{"backup", "a", "b"}, "\"b\" is one word too many for orlocal backup. See `orlocal backup --help`."},
+                 "There is no \"nwe\" after calendars; did you mean \"new\"? See `orlocal calendars --help`."},
+        Mistyped{{"backup", "a", "b"}, "\"b\" is one word too many after backup. See `orlocal backup --help`."},
         Mistyped{{"backup"}, "FILE is missing. See `orlocal backup --help`."},
         Mistyped{{"account", "add", "https://example.com"}, "--user is missing. See `orlocal account add --help`."},
         Mistyped{{"agenda", "--from"}, "A value is missing after --from. See `orlocal agenda --help`."},
@@ -156,9 +156,9 @@ INSTANTIATE_TEST_SUITE_P(
         Mistyped{{"calendars", "new", "A", "--kind", "cakes"},
                  "--kind is events or reminders, and not \"cakes\". See `orlocal calendars new --help`."},
         Mistyped{
-            {"completion", "fsh"},
-            "SHELL is bash, zsh or fish, and not \"fsh\"; did you mean \"fish\"? See `orlocal completion --help`."},
-        Mistyped{{"agenda", "-x"}, "orlocal agenda has no option \"-x\". See `orlocal agenda --help`."},
+            {"completion", "fihs"},
+            "SHELL is bash, zsh or fish, and not \"fihs\"; did you mean \"fish\"? See `orlocal completion --help`."},
+        Mistyped{{"agenda", "-x"}, "There is no option \"-x\" after agenda. See `orlocal agenda --help`."},
         Mistyped{{"conflicts", "show", "one"},
                  "ID takes a number, and not \"one\". See `orlocal conflicts show --help`."},
         Mistyped{{"watch", "--file", "A"}, "--file is given with --script only. See `orlocal watch --help`."},
