@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -75,6 +76,8 @@ void registerHidden(CommandLine& line) {
   const auto what = std::make_shared<std::string>();
   CLI::App& values = line.add(std::string(kAskingCommand), "Titles and names that the store has, one a line.",
                               [what](CommandContext& context) -> Result<ExitStatus> {
+                                // Who presses a key waits for no writer.
+                                ::setenv("ORLOCAL_WAIT", "0", 0);
                                 for (const std::string& value : storeValues(*what)) {
                                   context.streams.out << value << '\n';
                                 }

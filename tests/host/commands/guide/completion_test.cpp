@@ -46,6 +46,7 @@ class Completions : public StoreCommand {
     registerAllCommands(line);
     program = line.guide();
   }
+  ~Completions() override { ::unsetenv("ORLOCAL_WAIT"); }
 
   /// What a program of the shell's prints; both streams.
   std::string printedBy(const std::string& command) {
