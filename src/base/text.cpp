@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include <unicode/uchar.h>
+
 #include "base/utf.h"
 
 namespace orlocal {
@@ -12,6 +14,15 @@ std::string inCapitals(std::string_view text) {
   std::string upper(text);
   std::ranges::transform(upper, upper.begin(), asciiUpper<char>);
   return upper;
+}
+
+std::string caseFolded(std::string_view text) {
+  std::string folded;
+  for (std::size_t at = 0; at < text.size();) {
+    append(folded,
+           static_cast<char32_t>(u_foldCase(static_cast<UChar32>(nextCodePoint(text, at)), U_FOLD_CASE_DEFAULT)));
+  }
+  return folded;
 }
 
 std::string_view withoutQuotes(std::string_view text) { return trimmed(text, " \t\""); }

@@ -28,6 +28,9 @@ constexpr bool equalsNoCase(std::string_view left, std::string_view right) {
   return true;
 }
 
+/// With the case of all letters taken away: what differs in it alone becomes equal. Malformed bytes become U+FFFD.
+std::string caseFolded(std::string_view text);
+
 /// Without the blanks around it.
 template <class Char>
 constexpr std::basic_string_view<Char> trimmed(std::basic_string_view<Char> text,

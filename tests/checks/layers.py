@@ -44,6 +44,7 @@ KNOWS = {
     "host/console": {"base", "host/calc", "host/fmwrapper", "host/plugin"},
     "host/commands/command_line": {"base", "host/calc", "host/fmwrapper", *SHOWN, "store/file"},
     "host/commands/words": {"base", "store/time"},
+    "host/commands/choosing": {*COMMANDS, *SHOWN},
     "host/commands/scripting": {"base", "host/calc", "host/commands/command_line", "host/console", "host/fmwrapper",
                                 "host/plugin"},
     "host/commands/views": {*COMMANDS, *SHOWN},

@@ -1,19 +1,15 @@
 #include <algorithm>
 #include <memory>
-#include <ostream>
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include "accounts/account_book.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/command_line/store_session.h"
-#include "host/commands/command_line/terminal_text.h"
 #include "store/icalendar/calendar_color.h"
 
 namespace orlocal::host {
@@ -28,23 +24,6 @@ constexpr const char* kKindWords[] = {"events", "reminders"};
 struct NewWords {
   std::string title, account, kind = kKindWords[0];
 };
-
-/// The one calendar or reminder list of that title or identifier.
-Result<Calendar> theCalendar(store::CalendarStore& store, const std::string& name) {
-  ORLOCAL_TRY(const auto all, allCalendars(store));
-  const auto named =
-      std::find_if(all.begin(), all.end(), [&](const Calendar& each) { return each.identifier == name; });
-  if (named != all.end()) { return *named; }
-  ORLOCAL_TRY(const auto titled, calendarsTitled(all, {name}));
-  if (titled.size() == 1) { return titled.front(); }
-  std::vector<std::string> words;
-  for (const Calendar& each : titled) {
-    words.push_back(
-        fmt::format("{} ({})", each.identifier, each.kind == CalendarKind::kReminders ? "reminders" : "events"));
-  }
-  return failure(ErrorCode::kRefused, fmt::format("There are {} calendars \"{}\"; name one by its identifier: {}.",
-                                                  titled.size(), name, fmt::join(words, ", ")));
-}
 
 Result<store::SourceId> sourceFor(store::CalendarStore& store, const std::string& account) {
   if (!account.empty()) {
@@ -98,7 +77,7 @@ std::string objectionToColor(const std::string& words) {
   return "\"" + words + "\" is no colour; write #RRGGBB or a name such as steelblue";
 }
 
-constexpr const char* kWhich = "Its title, or its identifier where several have that title";
+constexpr const char* kWhich = "Its title; its identifier or \"TITLE (ACCOUNT)\" where several have that title";
 
 }  // namespace
 

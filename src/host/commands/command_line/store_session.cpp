@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <map>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +14,58 @@
 #include "store/location.h"
 
 namespace orlocal::host {
+namespace {
+
+/// The titles of what calendars are of.
+class Sources {
+ public:
+  static Result<Sources> of(store::CalendarStore& store) {
+    Sources sources;
+    ORLOCAL_TRY(const auto all, store.sources());
+    for (const store::Source& source : all) { sources.m_titles.emplace(source.id, source.title); }
+    return sources;
+  }
+  std::string titleOf(const store::Calendar& calendar) const {
+    const auto found = m_titles.find(calendar.source);
+    return found != m_titles.end() ? found->second : std::string();
+  }
+  /// "Team (Work)".
+  std::string fullNameOf(const store::Calendar& calendar) const {
+    return fmt::format("{} ({})", calendar.title, titleOf(calendar));
+  }
+
+ private:
+  std::map<store::SourceId, std::string> m_titles;
+};
+
+/// Those that `name` means: one of that identifier, else those of that title, else those of that title and source.
+std::vector<std::size_t> placesOf(const std::string& name, const std::vector<store::Calendar>& calendars,
+                                  const Sources& sources) {
+  std::vector<std::size_t> places;
+  const auto take = [&](const auto& isMeant) {
+    for (std::size_t i = 0; i < calendars.size(); ++i) {
+      if (isMeant(calendars[i])) { places.push_back(i); }
+    }
+    return !places.empty();
+  };
+  if (take([&](const store::Calendar& each) { return each.identifier == name; })) { return places; }
+  if (take([&](const store::Calendar& each) { return each.title == name; })) { return places; }
+  take([&](const store::Calendar& each) { return sources.fullNameOf(each) == name; });
+  return places;
+}
+
+/// The titles in quotes, with what they are of where several bear one.
+std::string namesOf(const std::vector<store::Calendar>& calendars, const Sources& sources) {
+  std::map<std::string, int> bearers;
+  for (const auto& calendar : calendars) { ++bearers[calendar.title]; }
+  std::vector<std::string> names;
+  for (const auto& calendar : calendars) {
+    names.push_back('"' + (bearers[calendar.title] > 1 ? sources.fullNameOf(calendar) : calendar.title) + '"');
+  }
+  return fmt::format("{}", fmt::join(names, ", "));
+}
+
+}  // namespace
 
 Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
   ORLOCAL_TRY(const auto file, store::userStoreFile());
@@ -39,22 +92,51 @@ Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store) {
   return calendars;
 }
 
-Result<std::vector<store::Calendar>> calendarsTitled(std::vector<store::Calendar> calendars,
-                                                     const std::vector<std::string>& titles) {
-  if (titles.empty()) { return calendars; }
-  for (const std::string& title : titles) {
-    if (std::any_of(calendars.begin(), calendars.end(), [&](const auto& each) { return each.title == title; })) {
-      continue;
+Result<std::vector<store::Calendar>> calendarsTitled(store::CalendarStore& store,
+                                                     const std::vector<std::string>& names) {
+  ORLOCAL_TRY(auto all, allCalendars(store));
+  if (names.empty()) { return all; }
+  ORLOCAL_TRY(const Sources sources, Sources::of(store));
+  std::vector<bool> meant(all.size(), false);
+  for (const std::string& name : names) {
+    const std::vector<std::size_t> places = placesOf(name, all, sources);
+    if (places.empty()) {
+      return failure(ErrorCode::kNotFound, fmt::format("There is no calendar or reminder list \"{}\"; there are {}.",
+                                                       name, namesOf(all, sources)));
     }
-    std::vector<std::string> known;
-    for (const auto& calendar : calendars) { known.push_back('"' + calendar.title + '"'); }
-    return failure(ErrorCode::kNotFound, fmt::format("There is no calendar or reminder list \"{}\"; there are {}.",
-                                                     title, fmt::join(known, ", ")));
+    for (const std::size_t place : places) { meant[place] = true; }
   }
-  std::erase_if(calendars, [&](const store::Calendar& calendar) {
-    return std::find(titles.begin(), titles.end(), calendar.title) == titles.end();
-  });
-  return calendars;
+  std::vector<store::Calendar> named;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (meant[i]) { named.push_back(std::move(all[i])); }
+  }
+  return named;
+}
+
+Result<store::Calendar> theCalendar(store::CalendarStore& store, const std::string& name,
+                                    std::optional<store::ItemKind> kind) {
+  ORLOCAL_TRY(auto named, calendarsTitled(store, {name}));
+  const bool several = named.size() > 1;
+  if (kind && several) {
+    std::erase_if(named, [&](const store::Calendar& each) { return !each.holds(*kind); });
+  }
+  if (named.size() == 1) { return named.front(); }
+  if (named.empty()) {
+    return failure(ErrorCode::kInvalid,
+                   fmt::format("No \"{}\" holds {}.", name, *kind == store::ItemKind::kEvent ? "events" : "reminders"));
+  }
+  ORLOCAL_TRY(const Sources sources, Sources::of(store));
+  std::vector<std::string> words;
+  for (const store::Calendar& each : named) {
+    words.push_back(fmt::format("{} ({}; {})", each.identifier,
+                                each.kind == store::CalendarKind::kReminders ? "reminders" : "events",
+                                sources.titleOf(each)));
+  }
+  return failure(
+      ErrorCode::kRefused,
+      fmt::format("There are {} calendars \"{}\"; name one by its identifier, or by its account as in "
+                  "\"{} ({})\": {}.",
+                  named.size(), name, named.front().title, sources.titleOf(named.front()), fmt::join(words, ", ")));
 }
 
 }  // namespace orlocal::host

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,15 @@ Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore();
 /// Event calendars and reminder lists, in that order; one of both stands among the calendars.
 Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store);
 
-/// Those of `calendars` that bear one of `titles`, all of them without titles. A title that none bears is
-/// `kNotFound`.
-Result<std::vector<store::Calendar>> calendarsTitled(std::vector<store::Calendar> calendars,
-                                                     const std::vector<std::string>& titles);
+/// The calendars and reminder lists of these names, all of them without names. A name is an identifier, a title (then
+/// all that bear it are meant), or a title with the account, subscription or other source that the calendar is of
+/// behind it: "Team (Work)". One that names nothing is `kNotFound`.
+Result<std::vector<store::Calendar>> calendarsTitled(store::CalendarStore& store,
+                                                     const std::vector<std::string>& names);
+
+/// The only one of that name, of those that hold items of `kind` when one is given. Several are `kRefused`, in a
+/// sentence that says how to name each.
+Result<store::Calendar> theCalendar(store::CalendarStore& store, const std::string& name,
+                                    std::optional<store::ItemKind> kind = std::nullopt);
 
 }  // namespace orlocal::host

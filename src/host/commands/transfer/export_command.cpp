@@ -50,8 +50,7 @@ Result<ExitStatus> runExport(const ExportWords& words, CommandContext& context) 
     });
   }
   ORLOCAL_TRY(const auto store, openUserStore());
-  ORLOCAL_TRY(auto all, allCalendars(*store));
-  ORLOCAL_TRY(const auto calendars, calendarsTitled(std::move(all), words.calendars));
+  ORLOCAL_TRY(const auto calendars, calendarsTitled(*store, words.calendars));
   return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) -> Result<ExitStatus> {
     ORLOCAL_TRY(const store::ExportReport report, store::exportCalendars(*store, calendars, sink));
     for (const std::string& note : report.notes) { context.streams.err << "orlocal: " << printable(note) << '\n'; }

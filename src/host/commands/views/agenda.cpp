@@ -94,8 +94,7 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const sto
 Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
                           const std::vector<std::string>& titles) {
   Agenda agenda{first, last, viewer, {}, {}};
-  ORLOCAL_TRY(auto all, allCalendars(store));
-  ORLOCAL_TRY(const auto calendars, calendarsTitled(std::move(all), titles));
+  ORLOCAL_TRY(const auto calendars, calendarsTitled(store, titles));
   const Moment from = viewer.toMoment(LocalTime(first));
   const Moment to = viewer.toMoment(LocalTime(last + 1));
 

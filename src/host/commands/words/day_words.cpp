@@ -74,6 +74,12 @@ std::string longDay(store::LocalDay day) {
                      kMonths[static_cast<std::size_t>(day.month() - 1)], day.year());
 }
 
+std::string shortDay(store::LocalDay day) {
+  constexpr std::size_t kShort = 3;
+  return fmt::format("{} {} {} {}", nameOf(cctz::get_weekday(day)).substr(0, kShort), day.day(),
+                     kMonths[static_cast<std::size_t>(day.month() - 1)].substr(0, kShort), day.year());
+}
+
 std::string isoMoment(store::Moment moment, const store::Zone& zone) {
   const store::LocalTime local = zone.toLocal(moment);
   const int offset = zone.offsetSeconds(moment) / 60;

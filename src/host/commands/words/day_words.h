@@ -18,6 +18,9 @@ std::string isoDay(store::LocalDay day);
 /// "Monday, 2 November 2026".
 std::string longDay(store::LocalDay day);
 
+/// "Mon 2 Nov 2026".
+std::string shortDay(store::LocalDay day);
+
 /// "2026-11-02T09:00:00+01:00".
 std::string isoMoment(store::Moment moment, const store::Zone& zone);
 
