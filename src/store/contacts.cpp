@@ -212,7 +212,11 @@ Result<ReadContacts> readContacts(std::string bytes, const std::string& name) {
 
 Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesystem::path& file) {
   ORLOCAL_TRY(std::string bytes, readWholeFile(file));
-  ORLOCAL_TRY(ReadContacts read, readContacts(std::move(bytes), file.string()));
+  return importContactsText(store, std::move(bytes), file.string());
+}
+
+Result<ImportReport> importContactsText(CalendarStore& store, std::string text, const std::string& name, bool dryRun) {
+  ORLOCAL_TRY(ReadContacts read, readContacts(std::move(text), name));
   ORLOCAL_TRY(const auto writer, store.startWriting());
   ImportReport report;
   BirthdayCalendar birthdays(*writer);
@@ -232,7 +236,7 @@ Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesys
     report.updated += outcome == PutOutcome::kUpdated ? 1U : 0U;
     report.unchanged += outcome == PutOutcome::kUnchanged ? 1U : 0U;
   }
-  ORLOCAL_CHECK(writer->commit());
+  if (!dryRun) { ORLOCAL_CHECK(writer->commit()); }
   report.problems = std::move(read.problems.refused);
   report.refused = report.problems.size();
   return report;

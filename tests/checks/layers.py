@@ -12,7 +12,7 @@ import sys
 # The store's rooms from the bottom up, on what it shares with the host program; each knows those before it, and the
 # store's face, last, knows all.
 STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/file", "store/rows",
-         "store/core", "store/edits", "store"]
+         "store/core", "store/edits", "store/invitations", "store"]
 
 # What the store's face speaks in.
 SHOWN = {"base", "store", "store/time", "store/model"}

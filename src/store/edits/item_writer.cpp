@@ -106,6 +106,10 @@ Result<std::optional<ItemId>> ItemWriter::find(CalendarId calendar, ItemKind kin
   return m_core.rows.withUid(calendar, kind, uid);
 }
 
+Result<std::optional<ItemId>> ItemWriter::findStray(CalendarId calendar, const Item& like) {
+  return m_core.rows.strayAt(calendar, like.kind, like.uid, Timeline::keyOf(*like.recurrenceId));
+}
+
 Status ItemWriter::remove(ItemId id) {
   ORLOCAL_TRY(const auto main, m_core.rows.read(id));
   if (main == nullptr) { return {}; }
