@@ -106,6 +106,18 @@ CLI::App& CommandLine::addGroup(const std::string& name, const std::string& desc
 
 void CommandLine::setDefault(CommandBody body) { m_state->standard = std::move(body); }
 
+namespace {
+
+/// What could not be written was not done, whatever it was.
+ExitStatus unlessLost(Streams& streams, ExitStatus status) {
+  streams.out.flush();
+  if (streams.out) { return status; }
+  streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
+  return ExitStatus::kFailed;
+}
+
+}  // namespace
+
 ExitStatus CommandLine::run(const std::string& programFile, const std::vector<std::string>& words) {
   Streams& streams = m_state->streams;
   try {
@@ -116,7 +128,7 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     std::ostringstream said;
     const int code = m_state->app.exit(error, streams.out, said);
     streams.err << calc::harmlessLines(said.str());
-    return code == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
+    return code == 0 ? unlessLost(streams, ExitStatus::kDone) : ExitStatus::kUsage;
   }
   const CommandBody* body = m_state->chosen();
   if (body == nullptr) {
@@ -133,12 +145,7 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     tellTrouble(streams.err, status.error().message);
     return ExitStatus::kFailed;
   }
-  streams.out.flush();
-  if (!streams.out) {
-    streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
-    return ExitStatus::kFailed;
-  }
-  return *status;
+  return unlessLost(streams, *status);
 }
 
 }  // namespace orlocal::host
