@@ -1,6 +1,7 @@
 #include "store/icalendar/icalendar_reader.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -39,6 +40,12 @@ Result<std::string> asUtf8(std::string bytes, const std::string& name) {
   }
   text.resize(static_cast<std::size_t>(size));
   return text;
+}
+
+/// Messages that say something of an item (RFC 5546): of two that name one item, each says its own.
+bool isAboutKnownItem(std::string_view method) {
+  constexpr std::array<std::string_view, 6> kMethods{"ADD", "CANCEL", "COUNTER", "DECLINECOUNTER", "REFRESH", "REPLY"};
+  return std::ranges::any_of(kMethods, [&](std::string_view each) { return equalsNoCase(each, trimmed(method)); });
 }
 
 std::string writtenTime(const CalendarTime& time) { return timeText(time).append(clockName(time)); }
@@ -152,7 +159,8 @@ void CalendarReader::Data::group() {
   std::vector<std::size_t> number;
   number.reserve(layout.calendars.size());
   for (const CalendarHead& head : layout.calendars) {
-    number.push_back(byName.try_emplace(head.name, number.size()).first->second);
+    const std::size_t next = number.size();
+    number.push_back(isAboutKnownItem(head.method) ? next : byName.try_emplace(head.name, next).first->second);
   }
   std::unordered_map<std::size_t, std::unordered_map<std::string_view, std::size_t>> known;  // by calendar and kind
   for (std::size_t i = 0; i < layout.items.size(); ++i) {

@@ -172,6 +172,15 @@ TEST_F(Messages, AReplyOfSomebodyWhoIsNotInvitedIsRefused) {
   EXPECT_THAT(wordsOf(take(reply("x", "ACCEPTED")).problems), ElementsAre(HasSubstr("x@example.com is not invited")));
 }
 
+TEST_F(Messages, SeveralInOneFileCountOneAfterTheOther) {
+  const auto report = take(request() + reply("b", "ACCEPTED") + reply("c", "DECLINED") +
+                           message("CANCEL", "DTSTAMP:20261102T100000Z\r\nSEQUENCE:1\r\n"));
+  EXPECT_EQ(report.refused, 0U) << report.problems.front().message;
+  EXPECT_EQ(report.updated, 3U);
+  EXPECT_THAT(exported(), AllOf(HasSubstr("PARTSTAT=ACCEPTED;ROLE=REQ-PARTICIPANT;RSVP=TRUE;X-ORLOCAL"),
+                                HasSubstr("PARTSTAT=DECLINED"), HasSubstr("STATUS:CANCELLED")));
+}
+
 TEST_F(Messages, AReplyToNothingIsRefused) {
   const auto report = take(reply("b", "ACCEPTED"));
   EXPECT_EQ(report.refused, 1U);
