@@ -1,6 +1,7 @@
 #include "host/commands/all_commands.h"
 
 #include "host/commands/accounts/account_commands.h"
+#include "host/commands/invitations/invitation_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
@@ -19,6 +20,7 @@ void registerAllCommands(CommandLine& line) {
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);
+  registerReplyCommand(line);
   registerWatchCommand(line);
   registerAccountCommands(line);
   registerSyncCommand(line);

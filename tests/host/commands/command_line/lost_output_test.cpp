@@ -30,6 +30,7 @@ TEST_P(LostOutput, IsAnErrorInEveryCommand) {
 INSTANTIATE_TEST_SUITE_P(Commands, LostOutput,
                          testing::Values(Words{"agenda"}, Words{"agenda", "--json"}, Words{"calendars"},
                                          Words{"calendars", "--json"}, Words{"export"}, Words{"export", "--contacts"},
+                                         Words{"reply"}, Words{"reply", "--json"}, Words{"reply", "Review", "--accept"},
                                          Words{"settings"}, Words{"account", "list"}, Words{"conflicts"},
                                          Words{"functions"}, Words{"steps"}, Words{"eval", "1"}, Words{"--version"},
                                          Words{"--help"}),
