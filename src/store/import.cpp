@@ -145,7 +145,7 @@ class Importer {
       ORLOCAL_TRY(const auto calendars, m_writer.calendars(kind));
       const auto& wanted = kind == CalendarKind::kEvents ? m_options.calendarTitle : m_options.listTitle;
       for (const Calendar& calendar : calendars) {
-        if (wanted ? calendar.title == *wanted : !calendar.readOnly) { all.push_back(calendar); }
+        if (!calendar.readOnly && (!wanted || calendar.title == *wanted)) { all.push_back(calendar); }
       }
     }
     return all;

@@ -342,6 +342,17 @@ TEST_F(Messages, WhatCameWithoutItsSeriesIsFoundAgain) {
   EXPECT_THAT(exported(), HasSubstr("STATUS:CANCELLED"));
 }
 
+TEST_F(Messages, ACalendarThatAllowsNoChangesTakesNone) {
+  ImportOptions feed;
+  feed.readOnly = true;
+  feed.calendarTitle = "Feed";
+  take(request(), feed);
+  ImportOptions named;
+  named.calendarTitle = "Feed";
+  EXPECT_EQ(take(reply("b", "ACCEPTED"), named).refused, 1U);
+  EXPECT_THAT(exported(), Not(HasSubstr("X-ORLOCAL-ANSWERED")));
+}
+
 TEST_F(Messages, AFeedIsNoMessage) {
   take(request("20261104T190000Z", 2));
   ImportOptions feed;

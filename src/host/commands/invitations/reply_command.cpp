@@ -219,11 +219,6 @@ Result<ExitStatus> runReply(const ReplyWords& words, CommandContext& context) {
   return ExitStatus::kUsage;
 }
 
-std::string objectionToReplyDay(const std::string& words) {
-  if (dayFromWords(words, store::LocalDay())) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow or +7";
-}
-
 }  // namespace
 
 void registerReplyCommand(CommandLine& line) {
@@ -244,7 +239,7 @@ void registerReplyCommand(CommandLine& line) {
   command.add_option("--comment", words->comment, "A word to the organiser")->type_name("TEXT");
   command.add_option("--occurrence", words->occurrence, "Answer for this day of a series alone")
       ->type_name("DAY")
-      ->check(objectionToReplyDay);
+      ->check(objectionToDay);
   command.add_option("--calendar", words->calendars, "Look in this calendar or list only; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);

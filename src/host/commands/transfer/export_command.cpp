@@ -183,12 +183,6 @@ Result<ExitStatus> runExport(const ExportWords& words, CommandContext& context) 
   return CalendarExport(*store, words, context).run();
 }
 
-/// Says what is wrong with a day; empty when it can be read, as the command line's checks want it.
-std::string objectionToExportDay(const std::string& words) {
-  if (dayFromWords(words, store::LocalDay())) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow or +7";
-}
-
 }  // namespace
 
 void registerExportCommand(CommandLine& line) {
@@ -203,10 +197,8 @@ void registerExportCommand(CommandLine& line) {
                    "is lost");
   command.add_option("--from", words->from, "Only what is on this day or later; series come whole")
       ->type_name("DAY")
-      ->check(objectionToExportDay);
-  command.add_option("--to", words->to, "Only what is on this day or before")
-      ->type_name("DAY")
-      ->check(objectionToExportDay);
+      ->check(objectionToDay);
+  command.add_option("--to", words->to, "Only what is on this day or before")->type_name("DAY")->check(objectionToDay);
   command.add_flag("--contacts", words->contacts, "Write the contacts as address cards (vCard), and no calendars")
       ->excludes("--calendar", "--from", "--to", "--salvage");
   command

@@ -27,12 +27,6 @@ struct AgendaWords {
   std::vector<std::string> calendars;
 };
 
-/// Says what is wrong with a day; empty when it can be read, as the command line's checks want it.
-std::string objectionToDay(const std::string& words) {
-  if (dayFromWords(words, store::LocalDay())) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow or +7";
-}
-
 nlohmann::json asJson(const Agenda::Event& event, const store::Zone& viewer) {
   nlohmann::json json = {{"title", jsonText(event.item->title)},
                          {"calendar", event.calendar.title},

@@ -67,6 +67,11 @@ std::optional<store::LocalDay> dayFromWords(std::string_view words, store::Local
   return read;
 }
 
+std::string objectionToDay(const std::string& words) {
+  if (dayFromWords(words, store::LocalDay())) { return {}; }
+  return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow or +7";
+}
+
 std::string isoDay(store::LocalDay day) { return fmt::format("{:04}-{:02}-{:02}", day.year(), day.month(), day.day()); }
 
 std::string longDay(store::LocalDay day) {

@@ -12,6 +12,10 @@ namespace orlocal::host {
 /// Reads a day as people type it: "2026-11-02", "today", "tomorrow", "yesterday", or days from today such as "+7".
 std::optional<store::LocalDay> dayFromWords(std::string_view words, store::LocalDay today);
 
+/// What is wrong with the words for a day, in a sentence; empty when they can be read, as the command line's checks
+/// want it.
+std::string objectionToDay(const std::string& words);
+
 /// "2026-11-02".
 std::string isoDay(store::LocalDay day);
 
