@@ -47,8 +47,8 @@ Finding modeFinding(const fs::path& file, const struct stat& found) {
     if (found.st_uid == ::geteuid()) {
       finding.mend = [file]() -> Status {
         struct stat now {};
-        const bool done =
-            ::stat(file.c_str(), &now) == 0 && ::chmod(file.c_str(), now.st_mode & ~(S_IROTH | S_IWOTH) & 07777U) == 0;
+        const bool done = ::stat(file.c_str(), &now) == 0 &&
+                          ::chmod(file.c_str(), now.st_mode & ~mode_t{S_IROTH | S_IWOTH} & 07777U) == 0;
         return done ? Status() : failure(ErrorCode::kIo, systemReason(errno));
       };
     }
