@@ -24,6 +24,9 @@ void registerAllCommands(CommandLine& line) {
   registerMoveCommand(line);
   registerReminderCommands(line);
   registerUndoCommand(line);
+  registerRemindersCommand(line);
+  registerSearchCommand(line);
+  registerShowCommand(line);
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <ostream>
 #include <string>
 
 #include <CLI/CLI.hpp>

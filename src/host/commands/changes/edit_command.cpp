@@ -131,7 +131,7 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
   for (const Calendar& each : calendars) {
     if (each.id == written.calendar) { calendar = each; }
   }
-  tellItem(run, {"Changed", "Would be"}, written, calendar);
+  ORLOCAL_CHECK(tellItem(run, {"Changed", "Would be"}, written, calendar));
   return ExitStatus::kDone;
 }
 

@@ -33,7 +33,7 @@ Result<ExitStatus> moveItem(const MoveWords& words, CommandContext& context) {
               about(*target->row, kind == store::ItemKind::kEvent
                                       ? run.store().saveEvent(edit, target->occurrence, target->span)
                                       : run.store().saveReminder(edit)));
-  tellItem(run, {"Moved", "Would move"}, written, to);
+  ORLOCAL_CHECK(tellItem(run, {"Moved", "Would move"}, written, to));
   return ExitStatus::kDone;
 }
 

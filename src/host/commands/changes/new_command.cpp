@@ -112,7 +112,7 @@ Result<ExitStatus> makeItem(const NewItemWords& words, CommandContext& context) 
                                         : run.store().saveReminder(*edit)));
   // What was not made has no name that it could be found by.
   if (run.dryRun()) { made.identifier = made.itemIdentifier = made.uid = {}; }
-  tellItem(run, {"Made", "Would make"}, made, calendar);
+  ORLOCAL_CHECK(tellItem(run, {"Made", "Would make"}, made, calendar));
   return ExitStatus::kDone;
 }
 

@@ -9,6 +9,7 @@
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
 #include "host/commands/command_line/json_text.h"
+#include "host/commands/describing/item_json.h"
 
 namespace orlocal::host {
 namespace {
@@ -29,12 +30,13 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
   }
   run.beginCommand(fmt::format("{} {}{}", done ? "done" : "reopen", quotedTitle(*chosen.front().item),
                                chosen.size() > 1 ? fmt::format(" and {} more", chosen.size() - 1) : ""));
+  ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));
   nlohmann::json json = nlohmann::json::array();
   for (const ChosenItem& one : chosen) {
     store::ItemEdit edit{one.item, *one.item, {store::ItemField::kCompleted}, std::nullopt};
     edit.values.completed = done ? std::optional(store::now()) : std::nullopt;
     ORLOCAL_TRY(const store::Item written, about(*one.item, run.store().saveReminder(edit)));
-    json.push_back(itemJson(written, one.calendar, run.viewer()));
+    json.push_back(itemJson(written, std::nullopt, names, run.viewer()));
     if (context.options.json) { continue; }
     // One that repeats is open again, at its next date.
     const bool goesOn = done && !written.completed;

@@ -33,6 +33,7 @@ class Ink {
 
   std::string bold(std::string_view text) const { return wrapped("\x1b[1m", text); }
   std::string dim(std::string_view text) const { return wrapped("\x1b[2m", text); }
+  std::string struck(std::string_view text) const { return wrapped("\x1b[9m", text); }
   std::string colored(const std::optional<store::Rgb>& color, std::string_view text) const;
   bool on() const { return m_on; }
 

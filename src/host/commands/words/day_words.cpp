@@ -69,9 +69,14 @@ std::optional<store::LocalDay> dayFromWords(std::string_view words, store::Local
 
 std::string isoDay(store::LocalDay day) { return fmt::format("{:04}-{:02}-{:02}", day.year(), day.month(), day.day()); }
 
+std::string_view monthName(int month) { return kMonths[static_cast<std::size_t>(month - 1)]; }
+
+std::string dayAndMonth(store::LocalDay day) {
+  return fmt::format("{} {} {}", day.day(), monthName(day.month()), day.year());
+}
+
 std::string longDay(store::LocalDay day) {
-  return fmt::format("{}, {} {} {}", nameOf(cctz::get_weekday(day)), day.day(),
-                     kMonths[static_cast<std::size_t>(day.month() - 1)], day.year());
+  return fmt::format("{}, {}", nameOf(cctz::get_weekday(day)), dayAndMonth(day));
 }
 
 std::string shortDay(store::LocalDay day) {

@@ -21,6 +21,12 @@ std::string longDay(store::LocalDay day);
 /// "Mon 2 Nov 2026".
 std::string shortDay(store::LocalDay day);
 
+/// "2 November 2026".
+std::string dayAndMonth(store::LocalDay day);
+
+/// "November"; `month` from 1.
+std::string_view monthName(int month);
+
 /// "2026-11-02T09:00:00+01:00".
 std::string isoMoment(store::Moment moment, const store::Zone& zone);
 
