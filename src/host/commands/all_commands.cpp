@@ -1,6 +1,7 @@
 #include "host/commands/all_commands.h"
 
 #include "host/commands/accounts/account_commands.h"
+#include "host/commands/availability/availability_commands.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
@@ -18,6 +19,8 @@ void registerAllCommands(CommandLine& line) {
   registerListingCommands(line);
   CLI::App& calendars = registerCalendarsCommand(line);
   registerAgendaCommand(line);
+  registerFreeCommand(line);
+  registerBusyCommand(line);
   registerNewCommand(line);
   registerEditCommand(line);
   registerRemoveCommand(line);
@@ -38,6 +41,9 @@ void registerAllCommands(CommandLine& line) {
   registerCalendarChanges(line, calendars);
   registerSettingsCommand(line);
   registerDoctorCommand(line);
+  registerPurgeCommand(line);
+  registerDuplicatesCommand(line);
+  registerLogCommand(line);
 }
 
 }  // namespace orlocal::host

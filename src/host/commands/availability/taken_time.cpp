@@ -7,6 +7,7 @@
 #include "base/settings.h"
 #include "base/text.h"
 #include "base/try.h"
+#include "host/commands/words/item_words.h"
 #include "store/icalendar/content_line.h"
 
 namespace orlocal::host {
@@ -47,18 +48,12 @@ std::string_view keptValue(const Item& item, std::string_view property) {
   return {};
 }
 
-std::string_view withoutScheme(std::string_view address) {
-  constexpr std::string_view kMailto = "mailto:";
-  if (equalsNoCase(address.substr(0, kMailto.size()), kMailto)) { address.remove_prefix(kMailto.size()); }
-  return trimmed(address);
-}
-
 /// What the owner answered to the invitation; none where nobody invited them, or they organise it themselves.
 std::optional<Attendee::Status> answerOf(const Item& event, const TimeOwner& owner) {
   for (const Attendee& attendee : event.attendees) {
     if (attendee.organizer) { continue; }
     for (const std::string& own : owner.addresses) {
-      if (equalsNoCase(withoutScheme(attendee.address), own)) { return attendee.status; }
+      if (equalsNoCase(plainAddress(attendee.address), own)) { return attendee.status; }
     }
   }
   return std::nullopt;
@@ -73,7 +68,7 @@ TimeOwner TimeOwner::ofUser() {
   while (!rest.empty()) {
     const std::string_view one = rest.substr(0, rest.find(','));
     rest.remove_prefix(std::min(one.size() + 1, rest.size()));
-    if (!trimmed(one).empty()) { owner.addresses.emplace_back(withoutScheme(trimmed(one))); }
+    if (!trimmed(one).empty()) { owner.addresses.emplace_back(plainAddress(trimmed(one))); }
   }
   return owner;
 }

@@ -27,6 +27,18 @@ std::optional<store::LocalDay> firstOfMonth(std::string_view text, const WordsSe
   return store::LocalDay(year, *month, 1);
 }
 
+/// "this week", "next week": from its Monday on.
+std::optional<DayRange> weekFromWords(std::string_view text, const WordsSetting& setting) {
+  constexpr int kDaysInWeek = 7;
+  WordCursor words(text, setting);
+  const bool next = words.take(Term::kNext).has_value();
+  if (!next && !words.take(Term::kThis)) { return std::nullopt; }
+  if (words.take(Term::kUnit) != static_cast<int>(Unit::kWeek) || !words.done()) { return std::nullopt; }
+  const store::LocalDay monday = cctz::prev_weekday(setting.today() + 1, cctz::weekday::monday);
+  const store::LocalDay first = monday + (next ? kDaysInWeek : 0);
+  return DayRange{first, first + (kDaysInWeek - 1)};
+}
+
 }  // namespace
 
 std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay today) {
@@ -34,6 +46,7 @@ std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay to
   if (const auto first = firstOfMonth(words, setting)) {
     return DayRange{*first, store::LocalDay(cctz::civil_month(*first) + 1) - 1};
   }
+  if (const auto week = weekFromWords(words, setting)) { return week; }
   if (const auto day = readDay(words, setting)) { return DayRange{*day, *day}; }
   return std::nullopt;
 }

@@ -14,7 +14,8 @@ struct DayRange {
   friend bool operator==(const DayRange&, const DayRange&) = default;
 };
 
-/// A day as people write it (docs/words.md) in the user's language, or a month: "2026-11", "november", "nov 2027".
+/// A day as people write it (docs/words.md) in the user's language, a week ("this week", "next week") or a month:
+/// "2026-11", "november", "nov 2027".
 std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay today);
 
 }  // namespace orlocal::host

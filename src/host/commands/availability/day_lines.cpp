@@ -1,0 +1,43 @@
+#include "host/commands/availability/day_lines.h"
+
+#include <algorithm>
+
+#include "host/commands/words/day_words.h"
+
+namespace orlocal::host {
+namespace {
+
+constexpr std::size_t kDayWidth = 17;
+constexpr std::size_t kLineWidth = 80;
+
+bool isWanted(store::LocalDay day, const AskedTime& asked) {
+  const auto weekDay = (static_cast<std::size_t>(cctz::get_weekday(day)) + 1) % asked.wanted.weekDays.size();
+  return asked.wanted.weekDays.test(weekDay);
+}
+
+}  // namespace
+
+void printDays(const AskedTime& asked, const std::vector<ToldSpan>& spans, const std::string& nothing, const Ink& ink,
+               std::ostream& out) {
+  const store::Zone& viewer = asked.viewer;
+  // Hours past midnight reach into the day after the last.
+  const bool overnight = asked.wanted.hours.end <= asked.wanted.hours.start;
+  auto next = spans.begin();
+  for (store::LocalDay day = asked.days.first; day <= asked.days.last + (overnight ? 1 : 0); ++day) {
+    while (next != spans.end() && store::LocalDay(viewer.toLocal(next->span.end)) < day) { ++next; }
+    std::string text;
+    for (auto each = next; each != spans.end(); ++each) {
+      const store::LocalDay begins(viewer.toLocal(each->span.start));
+      if (begins > day) { break; }
+      const std::string words = spanInWords(each->span, day, viewer);
+      if (words.empty()) { continue; }
+      const bool tells = !each->remark.empty() && begins == std::max(day, begins);
+      text += (text.empty() ? "" : ", ") + words + (tells ? " " + each->remark : "");
+    }
+    if (text.empty() && (!isWanted(day, asked) || day > asked.days.last)) { continue; }
+    const std::string told = text.empty() ? ink.dim(nothing) : folded(text, kDayWidth, kLineWidth);
+    out << ink.bold(padded(shortDay(day), kDayWidth)) << told << '\n';
+  }
+}
+
+}  // namespace orlocal::host
