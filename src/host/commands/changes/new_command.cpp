@@ -125,7 +125,11 @@ void registerNewCommand(CommandLine& line) {
                                "Make an event or a reminder: new \"Lunch with Grace tomorrow 12:30 1h\".\n"
                                "What stands at the end says when; quotes and --title keep words in the title.",
                                [words](CommandContext& context) { return makeItem(*words, context); });
-  command.add_option("text", words->text, "Its title, then when it is")->type_name("TEXT");
+  command.footer(
+      "  orlocal new \"Lunch with Grace tomorrow 12:30 1h\" --alarm 15m\n"
+      "  orlocal new \"Review every friday at 14h\" --calendar Work --until 2026-12-18\n"
+      "  orlocal new --reminder \"Pay rent friday\" --repeat monthly");
+  command.add_option("text", words->text, "Its title, then when it is")->type_name("WORDS");
   command.add_flag("--reminder", words->reminder, "A reminder instead of an event");
   command.add_option("--list", words->list, "A reminder, in this list")->type_name("TITLE");
   command

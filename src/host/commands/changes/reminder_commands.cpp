@@ -48,10 +48,11 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
   return ExitStatus::kDone;
 }
 
-void add(CommandLine& line, const char* name, const char* description, bool done) {
+void add(CommandLine& line, const char* name, const char* description, const char* example, bool done) {
   const auto words = std::make_shared<CompletionWords>();
   CLI::App& command =
       line.add(name, description, [words, done](CommandContext& context) { return complete(*words, done, context); });
+  command.footer(example);
   command
       .add_option("what", words->what, "A title, words of it, or an identifier or the end of it; several may be named")
       ->type_name("WHAT")
@@ -65,8 +66,9 @@ void add(CommandLine& line, const char* name, const char* description, bool done
 }  // namespace
 
 void registerReminderCommands(CommandLine& line) {
-  add(line, "done", "Complete reminders; one that repeats goes on to its next date.", true);
-  add(line, "reopen", "Open completed reminders again.", false);
+  add(line, "done", "Complete reminders; one that repeats goes on to its next date.", "  orlocal done \"Pay rent\"",
+      true);
+  add(line, "reopen", "Open completed reminders again.", "  orlocal reopen \"Pay rent\"", false);
 }
 
 }  // namespace orlocal::host

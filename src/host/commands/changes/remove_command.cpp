@@ -90,6 +90,7 @@ void registerRemoveCommand(CommandLine& line) {
                                "Remove events and reminders, or a part of a series. `orlocal undo` brings back what\n"
                                "was removed.",
                                [words](CommandContext& context) { return removeItems(*words, context); });
+  command.footer("  orlocal remove Lunch\n  orlocal remove Review --occurrence 2026-11-06 --this");
   command
       .add_option("what", words->what, "A title, words of it, or an identifier or the end of it; several may be named")
       ->type_name("WHAT")

@@ -140,6 +140,8 @@ void registerAgendaCommand(CommandLine& line) {
                "Show what is planned, day by day: the coming week, or the days named. Behind a title, ↻ marks what\n"
                "repeats, ♪ what has an alarm, ✎ what has notes.",
                [words](CommandContext& context) { return runAgenda(*words, context); });
+  command.footer(
+      "  orlocal agenda\n  orlocal agenda monday\n  orlocal agenda --from tomorrow --to +14 --calendar Work");
   CLI::Option* days =
       command.add_option("days", words->days, "This day, weekday or month: 2026-11-02, tomorrow, monday, 2026-11");
   days->type_name("DAYS")->check(objectionToAgendaDays);

@@ -133,7 +133,10 @@ Result<ExitStatus> runCalendars(CommandContext& context) {
 }  // namespace
 
 CLI::App& registerCalendarsCommand(CommandLine& line) {
-  return line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+  CLI::App& command =
+      line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+  command.footer("  orlocal calendars\n  orlocal calendars new Holidays");
+  return command;
 }
 
 }  // namespace orlocal::host

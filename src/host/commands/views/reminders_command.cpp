@@ -129,6 +129,7 @@ void registerRemindersCommand(CommandLine& line) {
   auto words = std::make_shared<ReminderWords>();
   CLI::App& command = line.add("reminders", "List reminders: the open ones, or those asked for.",
                                [words](CommandContext& context) { return runReminders(*words, context); });
+  command.footer("  orlocal reminders\n  orlocal reminders --overdue --list Chores");
   command.add_flag("--open", words->open, "What is not done (the default)");
   command.add_flag("--overdue", words->overdue, "What should have been done by now");
   command.add_flag("--undated", words->undated, "What is open and has no date");

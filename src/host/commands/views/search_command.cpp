@@ -67,7 +67,7 @@ std::string excerpt(std::string_view text, const store::SearchTerms& terms, std:
 void printFound(const std::vector<Found>& all, const CalendarNames& names, const store::SearchTerms& terms,
                 const store::Zone& viewer, Streams& streams) {
   const Ink ink(streams.colors);
-  const std::size_t width = lineWidth(streams);
+  const std::size_t width = terminalWidth(streams.outIsTerminal);
   for (const Found& found : all) {
     const store::Item& item = *found.item;
     const store::Calendar* calendar = names.calendar(item.calendar);
@@ -155,7 +155,9 @@ void registerSearchCommand(CommandLine& line) {
       "Find events and reminders by their words: titles, places, people, URLs and notes. Words are found by their\n"
       "beginnings, without case and accents; \"words in quotes\" follow upon each other.",
       [input](CommandContext& context) { return runSearch(*input, context); });
-  command.add_option("text", input->text, "What to look for; all of the words are in what is found")->type_name("TEXT");
+  command.footer("  orlocal search grace\n  orlocal search '\"quarterly review\"' --from today");
+  command.add_option("text", input->text, "What to look for; all of the words are in what is found")
+      ->type_name("WORDS");
   command.add_option("--calendar", input->calendars, "Only this calendar or reminder list; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);

@@ -42,7 +42,7 @@ std::string objectionToOccurrence(const std::string& words) {
 
 void printCard(const ItemFacts& facts, const std::vector<CardLine>& card, Streams& streams) {
   const Ink ink(streams.colors);
-  const std::size_t width = lineWidth(streams);
+  const std::size_t width = terminalWidth(streams.outIsTerminal);
   for (const std::string& line : foldedText(shownTitle(facts.item, Ink(false)), width)) {
     streams.out << ink.bold(line) << '\n';
   }
@@ -99,6 +99,7 @@ void registerShowCommand(CommandLine& line) {
   auto words = std::make_shared<ShowWords>();
   CLI::App& command = line.add("show", "Show all that is known of an event or a reminder.",
                                [words](CommandContext& context) { return runShow(*words, context); });
+  command.footer("  orlocal show Lunch\n  orlocal show Review --occurrence friday");
   command
       .add_option("item", words->what, "Its title or words of it, or its identifier, whole or its last eight letters")
       ->type_name("ID|TITLE")

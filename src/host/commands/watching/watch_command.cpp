@@ -166,11 +166,12 @@ void registerWatchCommand(CommandLine& line) {
   const auto words = std::make_shared<WatchWords>();
   CLI::App& watch =
       line.add("watch",
-               "Shows what other programs change in the calendars, as it happens; with a script, does what a host\n"
+               "Show what other programs change in the calendars, as it happens; with a script, do what a host\n"
                "does for a solution that has registered it.",
                [words](CommandContext& context) {
                  return words->script.empty() ? watchStore(*words, context) : ScriptWatch(*words, context).run();
                });
+  watch.footer("  orlocal watch\n  orlocal watch --file Solution --script 'Calendar changed' -- notify-send {}");
   CLI::Option* file = watch.add_option("--file", words->file, "The file that holds the script, as the plug-in is told");
   CLI::Option* script = watch.add_option("--script", words->script, "The script to start for each change");
   file->type_name("FILE")->needs(script);

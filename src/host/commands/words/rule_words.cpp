@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "host/commands/words/day_words.h"
+#include "host/commands/words/date_names.h"
 #include "host/commands/words/listed_words.h"
 
 namespace orlocal::host {
@@ -54,6 +54,14 @@ std::string listedAs(const Range& values, Say say) {
 
 std::string dayName(int day) { return std::string(kDays[static_cast<std::size_t>(day)]); }
 
+/// The sentence is English, and its dates are.
+const std::string& monthName(int month) {
+  static const DateNames kNames("en");
+  return kNames.month(month);
+}
+
+std::string dayAndMonth(LocalDay day) { return fmt::format("{} {} {}", day.day(), monthName(day.month()), day.year()); }
+
 /// Whether these are just the days from Monday to Friday.
 bool areWorkingDays(const std::vector<RecurrenceRule::WeekDay>& days) {
   return days.size() == 5 && std::all_of(days.begin(), days.end(), [](const RecurrenceRule::WeekDay& each) {
@@ -76,7 +84,7 @@ std::string monthDays(const std::vector<int>& days) {
 
 std::string months(const RecurrenceRule& rule) {
   std::vector<int> all = rule.byMonth;
-  return listedAs(all, [](int month) { return std::string(monthName(month)); });
+  return listedAs(all, monthName);
 }
 
 /// The days within a period, without a preposition; empty when the rule names none.
