@@ -102,7 +102,8 @@ Result<ExitStatus> runBusy(const BusyWords& words, CommandContext& context) {
     const bool usual = time.kind == BusyKind::kBusy;
     told.push_back({{time.start, time.end}, usual ? "" : fmt::format("({})", nameOf(time.kind))});
   }
-  printDays(*asked, told, "–", Ink(context.streams.colors), context.streams.out);
+  printDays(*asked, told, "–", Ink(context.streams.colors), terminalWidth(context.streams.outIsTerminal),
+            context.streams.out);
   return ExitStatus::kDone;
 }
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include "host/commands/command_line/folded_text.h"
 #include "host/commands/words/day_words.h"
 
 namespace orlocal::host {
 namespace {
 
 constexpr std::size_t kDayWidth = 17;
-constexpr std::size_t kLineWidth = 80;
 
 bool isWanted(store::LocalDay day, const AskedTime& asked) {
   const auto weekDay = (static_cast<std::size_t>(cctz::get_weekday(day)) + 1) % asked.wanted.weekDays.size();
@@ -18,7 +18,7 @@ bool isWanted(store::LocalDay day, const AskedTime& asked) {
 }  // namespace
 
 void printDays(const AskedTime& asked, const std::vector<ToldSpan>& spans, const std::string& nothing, const Ink& ink,
-               std::ostream& out) {
+               std::size_t width, std::ostream& out) {
   const store::Zone& viewer = asked.viewer;
   // Hours past midnight reach into the day after the last.
   const bool overnight = asked.wanted.hours.end <= asked.wanted.hours.start;
@@ -35,8 +35,9 @@ void printDays(const AskedTime& asked, const std::vector<ToldSpan>& spans, const
       text += (text.empty() ? "" : ", ") + words + (tells ? " " + each->remark : "");
     }
     if (text.empty() && (!isWanted(day, asked) || day > asked.days.last)) { continue; }
-    const std::string told = text.empty() ? ink.dim(nothing) : folded(text, kDayWidth, kLineWidth);
-    out << ink.bold(padded(shortDay(day), kDayWidth)) << told << '\n';
+    const std::string told =
+        text.empty() ? ink.dim(nothing) + "\n" : foldedParagraph(text, width, kDayWidth).substr(kDayWidth);
+    out << ink.bold(padded(shortDay(day), kDayWidth)) << told;
   }
 }
 

@@ -15,8 +15,8 @@ struct ToldSpan {
   std::string remark;  ///< on the day on which it begins
 };
 
-/// A line for each asked day with what of the spans lies on it, `nothing` where nothing does.
+/// A line for each asked day with what of the spans lies on it, `nothing` where nothing does; in `width` cells.
 void printDays(const AskedTime& asked, const std::vector<ToldSpan>& spans, const std::string& nothing, const Ink& ink,
-               std::ostream& out);
+               std::size_t width, std::ostream& out);
 
 }  // namespace orlocal::host

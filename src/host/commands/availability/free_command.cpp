@@ -76,7 +76,8 @@ Result<ExitStatus> runFree(const FreeWords& words, CommandContext& context) {
   context.streams.out << fmt::format("Free{}: {}\n", most, askedInWords(*asked, !words.time.zone.empty()));
   std::vector<ToldSpan> told;
   for (const TimeSpan& gap : gaps) { told.push_back({gap, fmt::format("({})", shortLength(gap.length()))}); }
-  printDays(*asked, told, "–", Ink(context.streams.colors), context.streams.out);
+  printDays(*asked, told, "–", Ink(context.streams.colors), terminalWidth(context.streams.outIsTerminal),
+            context.streams.out);
   return ExitStatus::kDone;
 }
 

@@ -42,8 +42,8 @@ std::vector<store::BusyTime> partsWithin(const std::vector<store::BusyTime>& tim
 std::vector<TimeSpan> gapsBetween(const std::vector<store::BusyTime>& times, const std::vector<TimeSpan>& spans,
                                   std::chrono::minutes least);
 
-/// What of `span` lies on `day`, as people write it: "09:00–12:00", "22:00–…" and "…–06:00" where it goes on, "all day";
-/// empty when nothing does.
+/// What of `span` lies on `day`, as people write it: "09:00–12:00", "22:00–…" and "…–06:00" where it goes on, "all
+/// day"; empty when nothing does.
 std::string spanInWords(const TimeSpan& span, store::LocalDay day, const store::Zone& zone);
 
 /// "3h 30m", "45m", "2 days 1h": what exact time there is, days of 24 hours.

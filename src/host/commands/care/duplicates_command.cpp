@@ -12,6 +12,7 @@
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
 #include "host/commands/choosing/item_choice.h"
+#include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -20,8 +21,6 @@ namespace orlocal::host {
 namespace {
 
 using store::WholeItem;
-
-constexpr std::size_t kLineWidth = 80;
 
 struct DuplicateWords {
   std::vector<std::string> calendars;
@@ -81,8 +80,11 @@ std::string commonLine(const SameItems::Member& member, const store::Zone& viewe
   return line;
 }
 
-void printGroup(const SameItems& same, const CalendarNames& names, const store::Zone& viewer, std::ostream& out) {
-  out << folded(commonLine(same.members.front(), viewer) + " — " + inWords(same), 2, kLineWidth) << '\n';
+void printGroup(const SameItems& same, const CalendarNames& names, const store::Zone& viewer, std::size_t width,
+                std::ostream& out) {
+  constexpr std::size_t kHanging = 2;
+  const std::string head = commonLine(same.members.front(), viewer) + " — " + inWords(same);
+  out << foldedParagraph(head, width, kHanging).substr(kHanging);
   for (const SameItems::Member& member : same.members) {
     const bool isFirst = &member == &same.members.front();
     out << fmt::format("  {}  {} in {}{}{}\n", member.superfluous ? "superfluous" : "stays      ",
@@ -121,7 +123,9 @@ Result<ExitStatus> findDuplicates(const DuplicateWords& words, CommandContext& c
   std::ostream& out = context.streams.out;
   if (!context.options.json) {
     if (groups.empty()) { out << "Nothing is there more than once.\n"; }
-    for (const SameItems& same : groups) { printGroup(same, names, run.viewer(), out); }
+    for (const SameItems& same : groups) {
+      printGroup(same, names, run.viewer(), terminalWidth(context.streams.outIsTerminal), out);
+    }
     out.flush();
   }
   std::vector<const WholeItem*> gone;

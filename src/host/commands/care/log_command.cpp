@@ -9,6 +9,7 @@
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
+#include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/describing/item_json.h"
@@ -20,7 +21,6 @@ namespace {
 using store::CommandChange;
 using store::JournalEntry;
 
-constexpr std::size_t kLineWidth = 80;
 constexpr std::size_t kItemIndent = 4;
 constexpr std::size_t kMostItemsTold = 3;
 
@@ -76,15 +76,16 @@ const char* nameOf(CommandChange::What what) {
   return "changed";
 }
 
-std::string inWords(const CommandChange& change, const CalendarNames& names, const store::Zone& viewer) {
-  if (!change.item) { return fmt::format("{} what is gone now", nameOf(change.what)); }
+std::string inWords(const CommandChange& change, bool byUndo, const CalendarNames& names, const store::Zone& viewer) {
+  const bool made = change.what == CommandChange::What::kMade;
+  if (!change.item) { return made ? "what it made is gone now" : "a series that is gone now"; }
   const store::Calendar* calendar = names.calendar(change.item->calendar);
   store::Calendar gone;
   gone.title = "a calendar that is gone";
-  // Of what was changed the journal has how it was.
-  const char* between = change.what == CommandChange::What::kChanged ? ", before: " : " ";
-  return nameOf(change.what) + std::string(between) +
-         itemLine(*change.item, calendar != nullptr ? *calendar : gone, viewer);
+  // The journal has how things were before.
+  const char* what = made ? (byUndo ? "brought back" : "made, now:") : "removed";
+  if (change.what == CommandChange::What::kChanged) { what = "changed, before:"; }
+  return fmt::format("{} {}", what, itemLine(*change.item, calendar != nullptr ? *calendar : gone, viewer));
 }
 
 nlohmann::json entryJson(const JournalEntry& entry, const CommandLog& log, const std::vector<CommandChange>& changes,
@@ -103,17 +104,23 @@ nlohmann::json entryJson(const JournalEntry& entry, const CommandLog& log, const
       {"changes", std::move(list)}};
 }
 
+/// `text` behind `indent` cells that are taken, folded under itself.
+std::string foldedBehind(const std::string& text, std::size_t indent, std::size_t width) {
+  return foldedParagraph(text, width, indent).substr(indent);
+}
+
 void printEntry(const JournalEntry& entry, const std::vector<CommandChange>& changes, bool whole,
-                const CalendarNames& names, const store::Zone& viewer, const Ink& ink, std::ostream& out) {
+                const CalendarNames& names, const store::Zone& viewer, const Ink& ink, std::size_t width,
+                std::ostream& out) {
   const store::LocalTime made = viewer.toLocal(entry.made);
   const std::string head =
       fmt::format("{:>4}  {} {}  ", entry.number, shortDay(store::LocalDay(made)), clockTime(made));
   const std::string undone = entry.undoneBy ? fmt::format("  (undone by {})", *entry.undoneBy) : "";
-  out << head << folded(ink.bold(printable(entry.command.words)) + undone, displayWidth(head), kLineWidth) << '\n';
+  out << head << ink.bold(foldedBehind(printable(entry.command.words) + undone, displayWidth(head), width));
   const std::size_t told = whole || changes.size() <= kMostItemsTold ? changes.size() : kMostItemsTold;
   const std::string indent(kItemIndent + 2, ' ');
   for (std::size_t i = 0; i < told; ++i) {
-    out << indent << folded(inWords(changes[i], names, viewer), indent.size() + 2, kLineWidth) << '\n';
+    out << indent << foldedBehind(inWords(changes[i], entry.undoes.has_value(), names, viewer), indent.size(), width);
   }
   if (told < changes.size()) {
     out << indent << fmt::format("and {} more: orlocal log {}\n", changes.size() - told, entry.number);
@@ -138,7 +145,8 @@ Result<ExitStatus> showLog(const LogWords& words, CommandContext& context) {
     if (context.options.json) {
       json.push_back(entryJson(entry, log, changes, names, run.viewer()));
     } else {
-      printEntry(entry, changes, words.number.has_value(), names, run.viewer(), Ink(context.streams.colors), out);
+      printEntry(entry, changes, words.number.has_value(), names, run.viewer(), Ink(context.streams.colors),
+                 terminalWidth(context.streams.outIsTerminal), out);
     }
   }
   if (context.options.json) {
