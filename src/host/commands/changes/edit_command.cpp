@@ -131,11 +131,11 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
   for (const Calendar& each : calendars) {
     if (each.id == written.calendar) { calendar = each; }
   }
-  std::optional<std::vector<Conflict>> conflicts;
+  std::optional<std::vector<Overlap>> overlaps;
   if (edit.set.has(ItemField::kStart) || edit.set.has(ItemField::kRules)) {
-    conflicts = conflictsOfWritten(run, written, {target->row->id, target->chosen.item->id});
+    overlaps = overlapsOfWritten(run, written, {target->row->id, target->chosen.item->id});
   }
-  ORLOCAL_CHECK(tellItem(run, {"Changed", "Would be"}, written, calendar, conflicts));
+  ORLOCAL_CHECK(tellItem(run, {"Changed", "Would be"}, written, calendar, overlaps));
   return ExitStatus::kDone;
 }
 

@@ -65,28 +65,28 @@ std::string itemLine(const Item& item, const store::Calendar& calendar, const st
   return line + parts;
 }
 
-std::vector<Conflict> conflictsOfWritten(ChangeRun& run, const Item& item, std::vector<store::ItemId> own) {
+std::vector<Overlap> overlapsOfWritten(ChangeRun& run, const Item& item, std::vector<store::ItemId> own) {
   own.push_back(item.id);
   if (item.series) { own.push_back(*item.series); }
-  auto conflicts = conflictsOf(run.store(), run.viewer(), item, own);
-  if (conflicts) { return *std::move(conflicts); }
+  auto overlaps = overlapsOf(run.store(), run.viewer(), item, own);
+  if (overlaps) { return *std::move(overlaps); }
   tellTrouble(run.context().streams.err,
-              fmt::format("What {} overlaps cannot be told: {}", quotedTitle(item), conflicts.error().message));
+              fmt::format("What {} overlaps cannot be told: {}", quotedTitle(item), overlaps.error().message));
   return {};
 }
 
 Status tellItem(ChangeRun& run, const Outcome& outcome, const Item& item, const store::Calendar& calendar,
-                const std::optional<std::vector<Conflict>>& conflicts) {
+                const std::optional<std::vector<Overlap>>& overlaps) {
   std::ostream& out = run.context().streams.out;
   const bool json = run.context().options.json;
   if (!json) {
     out << (run.dryRun() ? outcome.rehearsed : outcome.done) << ' ' << itemLine(item, calendar, run.viewer()) << '\n';
   }
-  if (!json && (!conflicts || conflicts->empty())) { return {}; }
+  if (!json && (!overlaps || overlaps->empty())) { return {}; }
   ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));
   if (json) {
     nlohmann::json told = itemJson(item, std::nullopt, names, run.viewer());
-    if (conflicts) { told["conflicts"] = conflictsJson(*conflicts, names, run.viewer()); }
+    if (overlaps) { told["overlaps"] = overlapsJson(*overlaps, names, run.viewer()); }
     printJson(told, out);
     return {};
   }
@@ -94,7 +94,7 @@ Status tellItem(ChangeRun& run, const Outcome& outcome, const Item& item, const 
   if (const auto times = shownTimesOf(item, std::nullopt, run.viewer()); times && item.recurrence.empty()) {
     day = LocalDay(times->start);
   }
-  for (const std::string& line : conflictLines(*conflicts, day, names, run.viewer())) { out << line << '\n'; }
+  for (const std::string& line : overlapLines(*overlaps, day, names, run.viewer())) { out << line << '\n'; }
   return {};
 }
 

@@ -15,7 +15,7 @@ struct DayRange {
 };
 
 /// A day as people write it (docs/words.md) in the user's language, a week ("this week", "next week") or a month:
-/// "2026-11", "november", "nov 2027".
+/// "2026-11", "november", "nov 2027", "next month".
 std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay today);
 
 }  // namespace orlocal::host

@@ -151,10 +151,10 @@ TEST_F(AvailabilityCommand, TellsWhatANewEventOverlaps) {
   // What ends when it begins is not in its way.
   EXPECT_THAT(typed({"new", "Tea tuesday 9:00-10:00"}), Not(HasSubstr("overlaps")));
   const auto json = typedJson({"new", "Other tuesday 10:00", "--dry-run"});
-  ASSERT_EQ(json["conflicts"].size(), 2U);
-  EXPECT_EQ(json["conflicts"][0]["title"], "Review");
-  EXPECT_EQ(typedJson({"new", "Quiet saturday 10:00"})["conflicts"].size(), 0U);
-  EXPECT_FALSE(typedJson({"new", "--reminder", "Milk tuesday 10:00"})["conflicts"].size());
+  ASSERT_EQ(json["overlaps"].size(), 2U);
+  EXPECT_EQ(json["overlaps"][0]["title"], "Review");
+  EXPECT_EQ(typedJson({"new", "Quiet saturday 10:00"})["overlaps"].size(), 0U);
+  EXPECT_FALSE(typedJson({"new", "--reminder", "Milk tuesday 10:00"})["overlaps"].size());
 }
 
 TEST_F(AvailabilityCommand, TellsAFewOfManyOverlaps) {
@@ -163,7 +163,7 @@ TEST_F(AvailabilityCommand, TellsAFewOfManyOverlaps) {
   EXPECT_THAT(told,
               AllOf(HasSubstr("overlaps \"Standup\" Mon 2 Nov 2026 12:00–12:30 in Calendar\n"), HasSubstr("  and ")));
   // Two a weekday for a year, and two of this week.
-  EXPECT_EQ(typedJson({"new", "Course every weekday 12:15 1h", "--calendar", "Work", "--dry-run"})["conflicts"].size(),
+  EXPECT_EQ(typedJson({"new", "Course every weekday 12:15 1h", "--calendar", "Work", "--dry-run"})["overlaps"].size(),
             261U * 2 + 2);
 }
 

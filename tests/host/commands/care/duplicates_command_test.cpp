@@ -104,10 +104,10 @@ TEST_F(Duplicates, AreWhatDoctorTellsOf) {
   work(event("a", "Review", std::string(kWhen) + "X-NUMBER:1\r\n") +
        event("b", "Review", std::string(kWhen) + "X-NUMBER:2\r\nSEQUENCE:4\r\n"));
   run({"doctor", "--plugin", "none"});
-  EXPECT_THAT(out, HasSubstr("1 item stand there more than once"));
+  EXPECT_THAT(out, HasSubstr("There more than once: \"Review\""));
   EXPECT_THAT(typed({"duplicates", "--remove", "--yes"}), HasSubstr("Removed 1\n"));
   run({"doctor", "--plugin", "none"});
-  EXPECT_THAT(out, HasSubstr("None stands there twice"));
+  EXPECT_THAT(out, HasSubstr("Nothing is there twice"));
 }
 
 }  // namespace

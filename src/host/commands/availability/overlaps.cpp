@@ -1,4 +1,4 @@
-#include "host/commands/availability/conflicts.h"
+#include "host/commands/availability/overlaps.h"
 
 #include <algorithm>
 
@@ -38,7 +38,7 @@ Result<std::vector<TimeSpan>> plannedTimes(const store::Item& planned, const sto
   // What is over is in nobody's way, unless all of it is.
   const bool repeats = !planned.recurrence.empty();
   const Moment from = repeats ? std::max(first->start, store::now()) : first->start;
-  const Moment to = repeats ? from + kConflictHorizon : std::max(first->end, first->start + std::chrono::seconds(1));
+  const Moment to = repeats ? from + kOverlapHorizon : std::max(first->end, first->start + std::chrono::seconds(1));
   ORLOCAL_CHECK(series.expand(from, to, budget, [&](const store::Series::Instance& instance) {
     if (instance.end > instance.start) { times.push_back({instance.start, instance.end}); }
     return times.size() < kMostPlanned;
@@ -57,12 +57,12 @@ bool meets(const std::vector<TimeSpan>& times, std::chrono::microseconds longest
   return false;
 }
 
-std::string whenInWords(const Conflict& conflict, std::optional<LocalDay> day, const store::Zone& viewer) {
-  Times times{viewer.toLocal(conflict.when.start), viewer.toLocal(conflict.when.end), conflict.item->allDay()};
+std::string whenInWords(const Overlap& overlap, std::optional<LocalDay> day, const store::Zone& viewer) {
+  Times times{viewer.toLocal(overlap.when.start), viewer.toLocal(overlap.when.end), overlap.item->allDay()};
   // As midnights: a day may begin at another hour.
   if (times.allDay) {
     times.start = LocalTime(LocalDay(times.start));
-    times.end = LocalTime(LocalDay(viewer.toLocal(conflict.when.end - std::chrono::microseconds(1))) + 1);
+    times.end = LocalTime(LocalDay(viewer.toLocal(overlap.when.end - std::chrono::microseconds(1))) + 1);
   }
   const bool thatDay = !times.allDay && LocalDay(times.start) == day && LocalDay(times.end) == day;
   return thatDay ? fmt::format("{}–{}", clockTime(times.start), clockTime(times.end)) : timesInWords(times);
@@ -70,13 +70,13 @@ std::string whenInWords(const Conflict& conflict, std::optional<LocalDay> day, c
 
 }  // namespace
 
-Result<std::vector<Conflict>> conflictsOf(store::CalendarStore& store, const store::Zone& viewer,
-                                          const store::Item& planned, const std::vector<store::ItemId>& own) {
-  std::vector<Conflict> conflicts;
+Result<std::vector<Overlap>> overlapsOf(store::CalendarStore& store, const store::Zone& viewer,
+                                        const store::Item& planned, const std::vector<store::ItemId>& own) {
+  std::vector<Overlap> overlaps;
   const TimeOwner owner = TimeOwner::ofUser();
-  if (planned.kind != store::ItemKind::kEvent || !takenBy(planned, owner)) { return conflicts; }
+  if (planned.kind != store::ItemKind::kEvent || !takenBy(planned, owner)) { return overlaps; }
   ORLOCAL_TRY(const auto times, plannedTimes(planned, viewer));
-  if (times.empty()) { return conflicts; }
+  if (times.empty()) { return overlaps; }
   std::chrono::microseconds longest{0};
   Moment last = times.front().end;
   for (const TimeSpan& time : times) {
@@ -89,17 +89,17 @@ Result<std::vector<Conflict>> conflictsOf(store::CalendarStore& store, const sto
     const bool isOwn = std::find(own.begin(), own.end(), each.when.event) != own.end();
     if (isOwn || each.when.end <= each.when.start || !meets(times, longest, each.when)) { continue; }
     ORLOCAL_TRY(auto item, store.item(each.when.item));
-    if (item != nullptr) { conflicts.push_back({each.when, std::move(item), each.kind}); }
+    if (item != nullptr) { overlaps.push_back({each.when, std::move(item), each.kind}); }
   }
-  return conflicts;
+  return overlaps;
 }
 
-std::vector<std::string> conflictLines(const std::vector<Conflict>& conflicts, std::optional<LocalDay> day,
-                                       const CalendarNames& names, const store::Zone& viewer) {
+std::vector<std::string> overlapLines(const std::vector<Overlap>& overlaps, std::optional<LocalDay> day,
+                                      const CalendarNames& names, const store::Zone& viewer) {
   std::vector<std::string> lines;
-  for (const Conflict& each : conflicts) {
-    if (lines.size() == kMostTold && conflicts.size() > kMostTold) {
-      lines.push_back(fmt::format("  and {} more", conflicts.size() - kMostTold));
+  for (const Overlap& each : overlaps) {
+    if (lines.size() == kMostTold && overlaps.size() > kMostTold) {
+      lines.push_back(fmt::format("  and {} more", overlaps.size() - kMostTold));
       break;
     }
     const store::Calendar* calendar = names.calendar(each.item->calendar);
@@ -111,10 +111,10 @@ std::vector<std::string> conflictLines(const std::vector<Conflict>& conflicts, s
   return lines;
 }
 
-nlohmann::json conflictsJson(const std::vector<Conflict>& conflicts, const CalendarNames& names,
-                             const store::Zone& viewer) {
+nlohmann::json overlapsJson(const std::vector<Overlap>& overlaps, const CalendarNames& names,
+                            const store::Zone& viewer) {
   nlohmann::json json = nlohmann::json::array();
-  for (const Conflict& each : conflicts) { json.push_back(itemJson(*each.item, each.when, names, viewer)); }
+  for (const Overlap& each : overlaps) { json.push_back(itemJson(*each.item, each.when, names, viewer)); }
   return json;
 }
 
