@@ -46,7 +46,7 @@ KNOWS = {
     "host/commands/words": {"base", "store/model", "store/recurrence", "store/time"},
     "host/commands/describing": {*COMMANDS, *SHOWN, "store/recurrence"},
     "host/commands/availability": {*COMMANDS, *SHOWN, "host/commands/describing", "store/file", "store/icalendar",
-                                   "store/recurrence"},
+                                   "store/invitations", "store/recurrence"},
     "host/commands/choosing": {*COMMANDS, *SHOWN},
     "host/commands/changes": {*COMMANDS, *SHOWN, "host/commands/availability", "host/commands/choosing",
                               "host/commands/describing", "store/edits", "store/recurrence"},

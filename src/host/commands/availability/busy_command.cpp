@@ -15,6 +15,7 @@
 #include "host/commands/words/day_words.h"
 #include "store/file/uuid.h"
 #include "store/icalendar/icalendar_writer.h"
+#include "store/invitations/people.h"
 #include "store/time/clock.h"
 
 namespace orlocal::host {
@@ -23,12 +24,10 @@ namespace {
 using store::BusyKind;
 using store::BusyTime;
 
-constexpr const char* kStandardOutput = "-";
-
 struct BusyWords {
   TimeWords time;
   bool asFile = false;
-  std::string file = kStandardOutput;
+  std::string file = "-";
 };
 
 const char* nameOf(BusyKind kind) {
@@ -60,23 +59,15 @@ std::string freeBusyFile(const AskedTime& asked, const std::vector<BusyTime>& bu
   freeBusy.to = asked.viewer.toMoment(store::LocalTime(asked.days.last + 1));
   // Hours past midnight reach into the day after the last.
   if (!busy.empty()) { freeBusy.to = std::max(freeBusy.to, busy.back().end); }
-  if (!asked.owner.addresses.empty()) { freeBusy.organizer = "mailto:" + asked.owner.addresses.front(); }
+  if (!asked.owner.addresses.empty()) {
+    freeBusy.organizer = fmt::format("mailto:{}", store::withoutMailto(asked.owner.addresses.front()));
+  }
   freeBusy.busy = busy;
   std::string text;
   store::writePlainHead(text);
   store::writeFreeBusy(text, freeBusy);
   store::writeCalendarEnd(text);
   return text;
-}
-
-Status writeTo(const std::string& file, const std::string& text, std::ostream& standardOutput) {
-  if (file == kStandardOutput) {
-    standardOutput << text;
-    return {};
-  }
-  ORLOCAL_TRY(const auto output, OutputFile::open(file));
-  ORLOCAL_CHECK(output->write(text));
-  return output->finish();
 }
 
 Result<ExitStatus> runBusy(const BusyWords& words, CommandContext& context) {
@@ -87,7 +78,7 @@ Result<ExitStatus> runBusy(const BusyWords& words, CommandContext& context) {
   ORLOCAL_TRY(const auto merged, busyTimesOf(*store, *asked, spans, words.time.calendars));
   const auto busy = partsWithin(merged, spans);
   if (words.asFile) {
-    ORLOCAL_CHECK(writeTo(words.file, freeBusyFile(*asked, busy), context.streams.out));
+    ORLOCAL_CHECK(writeOutput(words.file, freeBusyFile(*asked, busy), context.streams.out));
     return ExitStatus::kDone;
   }
   if (context.options.json) {

@@ -4,11 +4,11 @@
 #include <span>
 #include <unordered_map>
 
-#include "base/settings.h"
 #include "base/text.h"
 #include "base/try.h"
-#include "host/commands/words/item_words.h"
+#include "host/commands/command_line/own_addresses.h"
 #include "store/icalendar/content_line.h"
+#include "store/invitations/people.h"
 
 namespace orlocal::host {
 namespace {
@@ -50,28 +50,15 @@ std::string_view keptValue(const Item& item, std::string_view property) {
 
 /// What the owner answered to the invitation; none where nobody invited them, or they organise it themselves.
 std::optional<Attendee::Status> answerOf(const Item& event, const TimeOwner& owner) {
-  for (const Attendee& attendee : event.attendees) {
-    if (attendee.organizer) { continue; }
-    for (const std::string& own : owner.addresses) {
-      if (equalsNoCase(plainAddress(attendee.address), own)) { return attendee.status; }
-    }
+  for (const std::string& own : owner.addresses) {
+    if (const Attendee* invited = store::invitedAs(event, own)) { return invited->status; }
   }
   return std::nullopt;
 }
 
 }  // namespace
 
-TimeOwner TimeOwner::ofUser() {
-  TimeOwner owner;
-  const auto set = Settings::ofUser().value(Setting::kOwnAddresses);
-  std::string_view rest = set ? std::string_view(set->text) : std::string_view();
-  while (!rest.empty()) {
-    const std::string_view one = rest.substr(0, rest.find(','));
-    rest.remove_prefix(std::min(one.size() + 1, rest.size()));
-    if (!trimmed(one).empty()) { owner.addresses.emplace_back(plainAddress(trimmed(one))); }
-  }
-  return owner;
-}
+TimeOwner TimeOwner::ofUser() { return {ownAddresses(), false}; }
 
 std::optional<BusyKind> takenBy(const Item& event, const TimeOwner& owner) {
   if (owner.ignoresAllDay && event.allDay()) { return std::nullopt; }
