@@ -118,6 +118,13 @@ Result<std::vector<store::BusyTime>> busyTimesOf(store::CalendarStore& store, co
                                                  const std::vector<TimeSpan>& spans,
                                                  const std::vector<std::string>& calendars) {
   ORLOCAL_TRY(const auto named, calendarsTitled(store, calendars));
+  const bool events = std::any_of(named.begin(), named.end(), [](const store::Calendar& calendar) {
+    return calendar.holds(store::ItemKind::kEvent);
+  });
+  if (!events && !calendars.empty()) {
+    return failure(ErrorCode::kInvalid,
+                   fmt::format("\"{}\" holds no events, and reminders take no time.", calendars.front()));
+  }
   if (spans.empty()) { return std::vector<store::BusyTime>(); }
   ORLOCAL_TRY(const auto taken, takenBetween(store, spans.front().start, spans.back().end, named, asked.owner));
   std::vector<store::BusyTime> times;

@@ -1,7 +1,5 @@
 #include "host/commands/availability/day_lines.h"
 
-#include <algorithm>
-
 #include "host/commands/command_line/folded_text.h"
 #include "host/commands/words/day_words.h"
 
@@ -9,11 +7,6 @@ namespace orlocal::host {
 namespace {
 
 constexpr std::size_t kDayWidth = 17;
-
-bool isWanted(store::LocalDay day, const AskedTime& asked) {
-  const auto weekDay = (static_cast<std::size_t>(cctz::get_weekday(day)) + 1) % asked.wanted.weekDays.size();
-  return asked.wanted.weekDays.test(weekDay);
-}
 
 }  // namespace
 
@@ -31,10 +24,10 @@ void printDays(const AskedTime& asked, const std::vector<ToldSpan>& spans, const
       if (begins > day) { break; }
       const std::string words = spanInWords(each->span, day, viewer);
       if (words.empty()) { continue; }
-      const bool tells = !each->remark.empty() && begins == std::max(day, begins);
+      const bool tells = !each->remark.empty() && begins == day;
       text += (text.empty() ? "" : ", ") + words + (tells ? " " + each->remark : "");
     }
-    if (text.empty() && (!isWanted(day, asked) || day > asked.days.last)) { continue; }
+    if (text.empty() && (day > asked.days.last || !asked.wanted.weekDays.test(weekDayOf(day)))) { continue; }
     const std::string told =
         text.empty() ? ink.dim(nothing) + "\n" : foldedParagraph(text, width, kDayWidth).substr(kDayWidth);
     out << ink.bold(padded(shortDay(day), kDayWidth)) << told;

@@ -119,7 +119,7 @@ nlohmann::json purgeJson(const Purge& purge, const PurgeWords& words, const std:
   for (const WholeItem* item : gone) { items.push_back(itemJson(item->main, std::nullopt, purge.names, viewer)); }
   return {{"before", isoDay(purge.before)},
           {"dryRun", words.dryRun},
-          {"archive", words.archive.empty() ? nlohmann::json(nullptr) : nlohmann::json(words.archive)},
+          {"archive", words.archive.empty() || words.dryRun ? nlohmann::json(nullptr) : nlohmann::json(words.archive)},
           {"removed", std::move(items)},
           {"changedMeanwhile", purge.past.items.size() - gone.size()},
           {"seriesThatGoOn", purge.past.goingOn},

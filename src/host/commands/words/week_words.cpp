@@ -24,8 +24,8 @@ std::optional<WeekDays> daysFrom(std::string_view part, const WordsSetting& sett
     dashLength = kDash.size();
   }
   const auto first = valueOf(part.substr(0, dash), Term::kWeekDay, setting);
-  const auto last = dash == std::string_view::npos ? first
-                                                   : valueOf(part.substr(dash + dashLength), Term::kWeekDay, setting);
+  const auto last =
+      dash == std::string_view::npos ? first : valueOf(part.substr(dash + dashLength), Term::kWeekDay, setting);
   if (!first || !last) { return std::nullopt; }
   WeekDays days;
   // Over the weekend where the last comes before the first: "fri-mon".
@@ -49,6 +49,11 @@ std::optional<WeekDays> daysInWord(std::string_view word, const WordsSetting& se
 }
 
 }  // namespace
+
+std::size_t weekDayOf(store::LocalDay day) {
+  // cctz counts from Monday.
+  return (static_cast<std::size_t>(cctz::get_weekday(day)) + 1) % kDaysInWeek;
+}
 
 Result<WeekDays> readWeekDays(std::string_view text, const WordsSetting& setting) {
   WordCursor words(text, setting);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <bitset>
+#include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "base/result.h"
@@ -11,6 +13,9 @@ namespace orlocal::host {
 
 /// 0 Sunday to 6 Saturday.
 using WeekDays = std::bitset<7>;
+
+/// The place of the day's name in `WeekDays`.
+std::size_t weekDayOf(store::LocalDay day);
 
 /// "mon-fri", "mon,wed and fri", "weekdays", "sat-sun".
 Result<WeekDays> readWeekDays(std::string_view text, const WordsSetting& setting);

@@ -93,6 +93,7 @@ TEST_F(AvailabilityCommand, SaysWhatItDidNotUnderstand) {
   EXPECT_THAT(refused({"busy", "--zone", "Mars"}, ExitStatus::kUsage), HasSubstr("no time zone"));
   EXPECT_THAT(refused({"busy", "--from", "friday", "--to", "2026-11-04"}, ExitStatus::kUsage), HasSubstr("before"));
   EXPECT_THAT(refused({"busy", "--calendar", "Nowhere"}), HasSubstr("There is no calendar"));
+  EXPECT_THAT(refused({"free", "--calendar", "Reminders"}), HasSubstr("holds no events"));
   EXPECT_THAT(refused({"busy", "-o", "x.ics"}, ExitStatus::kUsage), HasSubstr("--ics"));
 }
 
