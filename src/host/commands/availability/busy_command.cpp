@@ -12,6 +12,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/output_file.h"
 #include "host/commands/command_line/store_session.h"
+#include "host/commands/command_line/trouble.h"
 #include "host/commands/words/day_words.h"
 #include "store/file/uuid.h"
 #include "store/icalendar/icalendar_writer.h"
@@ -71,6 +72,10 @@ std::string freeBusyFile(const AskedTime& asked, const std::vector<BusyTime>& bu
 }
 
 Result<ExitStatus> runBusy(const BusyWords& words, CommandContext& context) {
+  if (words.asFile && context.options.json) {
+    tellTrouble(context.streams.err, "a calendar file is no JSON; say --ics or --json");
+    return ExitStatus::kUsage;
+  }
   const auto asked = readTimeWords(words.time, context);
   if (!asked) { return ExitStatus::kUsage; }
   ORLOCAL_TRY(const auto store, openUserStore(asked->viewer));

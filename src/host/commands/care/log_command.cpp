@@ -172,7 +172,7 @@ void registerLogCommand(CommandLine& line) {
   command.add_option("number", words->number, "Only the command of this number, with all that it did")->type_name("N");
   command.add_option("--limit", words->limit, "At most so many (default: 20)")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(1, 1'000));
   command.add_option("--since", words->since, "Only those of this day and later ones")->type_name("DAY");
   command.footer("  orlocal log\n  orlocal log --since yesterday\n  orlocal log 12");
 }

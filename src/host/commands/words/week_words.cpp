@@ -1,19 +1,16 @@
 #include "host/commands/words/week_words.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 
-#include <fmt/format.h>
-
 #include "base/try.h"
+#include "host/commands/words/date_names.h"
 
 namespace orlocal::host {
 namespace {
 
 constexpr int kDaysInWeek = 7;
 constexpr std::string_view kDash = "\xe2\x80\x93";
-constexpr std::array<std::string_view, kDaysInWeek> kShortNames{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 
 /// "mon" or "mon-fri".
 std::optional<WeekDays> daysFrom(std::string_view part, const WordsSetting& setting) {
@@ -82,20 +79,18 @@ Result<TimeRange> readHours(std::string_view text, const WordsSetting& setting) 
 }
 
 std::string weekDaysInWords(WeekDays days) {
-  std::string text;
   // A week begins with Monday here.
-  for (int i = 0; i < kDaysInWeek;) {
-    const auto at = [](int place) { return static_cast<std::size_t>((place + 1) % kDaysInWeek); };
-    if (!days.test(at(i))) {
-      ++i;
-      continue;
-    }
-    int last = i;
-    while (last + 1 < kDaysInWeek && days.test(at(last + 1))) { ++last; }
-    text += text.empty() ? "" : ", ";
-    text += kShortNames[at(i)];
-    if (last > i) { text += fmt::format("{}{}", last == i + 1 ? ", " : kDash, kShortNames[at(last)]); }
-    i = last + 1;
+  const store::LocalDay monday(2026, 11, 2);
+  const auto has = [&](int place) { return place < kDaysInWeek && days.test(weekDayOf(monday + place)); };
+  const auto name = [&](int place) { return DateNames::ofUser().shortWeekday(monday + place); };
+  std::string text;
+  for (int first = 0; first < kDaysInWeek; ++first) {
+    if (!has(first)) { continue; }
+    int last = first;
+    while (has(last + 1)) { ++last; }
+    text += (text.empty() ? "" : ", ") + name(first);
+    if (last > first) { text += (last == first + 1 ? ", " : std::string(kDash)) + name(last); }
+    first = last;
   }
   return text;
 }

@@ -94,6 +94,7 @@ TEST_F(AvailabilityCommand, SaysWhatItDidNotUnderstand) {
   EXPECT_THAT(refused({"busy", "--from", "friday", "--to", "2026-11-04"}, ExitStatus::kUsage), HasSubstr("before"));
   EXPECT_THAT(refused({"busy", "--calendar", "Nowhere"}), HasSubstr("There is no calendar"));
   EXPECT_THAT(refused({"free", "--calendar", "Reminders"}), HasSubstr("holds no events"));
+  EXPECT_THAT(refused({"busy", "--ics", "--json"}, ExitStatus::kUsage), HasSubstr("--ics or --json"));
   EXPECT_THAT(refused({"busy", "-o", "x.ics"}, ExitStatus::kUsage), HasSubstr("--ics"));
 }
 
