@@ -18,6 +18,7 @@ void registerAllCommands(CommandLine& line) {
   registerConsole(line, registerAllCommands);
   line.startGroup("Look");
   registerAgendaCommand(line);
+  registerGridCommands(line);
   registerRemindersCommand(line);
   registerShowCommand(line);
   registerSearchCommand(line);

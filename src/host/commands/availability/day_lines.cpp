@@ -27,7 +27,7 @@ void printDays(const AskedTime& asked, const std::vector<ToldSpan>& spans, const
       const bool tells = !each->remark.empty() && begins == day;
       text += (text.empty() ? "" : ", ") + words + (tells ? " " + each->remark : "");
     }
-    if (text.empty() && (day > asked.days.last || !asked.wanted.weekDays.test(weekDayOf(day)))) { continue; }
+    if (text.empty() && (day > asked.days.last || !asked.wanted.weekDays.test(placeInWeek(day)))) { continue; }
     const std::string told =
         text.empty() ? ink.dim(nothing) + "\n" : foldedParagraph(text, width, kDayWidth).substr(kDayWidth);
     out << ink.bold(padded(shortDay(day), kDayWidth)) << told;

@@ -35,7 +35,7 @@ Result<std::vector<TimeSpan>> plannedTimes(const store::Item& planned, const sto
   std::vector<TimeSpan> times;
   ORLOCAL_TRY(const auto first, series.first(budget));
   if (!first) { return times; }
-  // What is over is in nobody's way, unless all of it is.
+  // What is over of a series is in nobody's way.
   const bool repeats = !planned.recurrence.empty();
   const Moment from = repeats ? std::max(first->start, store::now()) : first->start;
   const Moment to = repeats ? from + kOverlapHorizon : std::max(first->end, first->start + std::chrono::seconds(1));

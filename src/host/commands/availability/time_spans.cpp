@@ -42,7 +42,7 @@ TimeSpan wantedOn(LocalDay day, const TimeRange& hours, const store::Zone& zone)
 std::vector<TimeSpan> wantedSpans(LocalDay first, LocalDay last, const WantedHours& wanted, const store::Zone& zone) {
   std::vector<TimeSpan> spans;
   for (LocalDay day = first; day <= last; ++day) {
-    if (!wanted.weekDays.test(weekDayOf(day))) { continue; }
+    if (!wanted.weekDays.test(placeInWeek(day))) { continue; }
     const TimeSpan span = wantedOn(day, wanted.hours, zone);
     if (span.end <= span.start) { continue; }
     if (!spans.empty() && span.start <= spans.back().end) {

@@ -92,6 +92,12 @@ std::vector<std::string> foldedText(std::string_view text, std::size_t width) {
   }
 }
 
+std::string clipped(std::string_view text, std::size_t width) {
+  if (displayWidth(text) <= width) { return std::string(text); }
+  const std::size_t end = fitting(text, width);
+  return displayWidth(text.substr(0, end)) <= width ? std::string(text.substr(0, end)) : std::string();
+}
+
 std::string shortened(std::string_view text, std::size_t width) {
   std::string whole = printable(text);
   if (displayWidth(whole) <= width) { return whole; }

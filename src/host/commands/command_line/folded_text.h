@@ -27,6 +27,9 @@ std::string foldedTable(const std::vector<std::pair<std::string, std::string>>& 
 /// broken, as are letters of scripts without blanks. Blank lines stay.
 std::vector<std::string> foldedText(std::string_view text, std::size_t width);
 
+/// As much of `text` as has room in `width` cells.
+std::string clipped(std::string_view text, std::size_t width);
+
 /// `text`, printable, in at most `width` cells, with "…" where something is left out.
 std::string shortened(std::string_view text, std::size_t width);
 

@@ -98,6 +98,14 @@ std::string Ink::colored(const std::optional<store::Rgb>& color, std::string_vie
   return wrapped(fmt::format("\x1b[38;2;{};{};{}m", red, green, blue), text);
 }
 
+std::string Ink::onColor(const std::optional<store::Rgb>& color, std::string_view text) const {
+  if (!color) { return wrapped("\x1b[7m", text); }
+  const auto [red, green, blue] = color->bytes();
+  // Luminance as the eye weighs it.
+  const bool isLight = 299 * red + 587 * green + 114 * blue > 140'000;
+  return wrapped(fmt::format("\x1b[{};48;2;{};{};{}m", isLight ? 30 : 97, red, green, blue), text);
+}
+
 std::string Ink::wrapped(std::string_view begin, std::string_view text) const {
   return m_on ? fmt::format("{}{}\x1b[0m", begin, text) : std::string(text);
 }

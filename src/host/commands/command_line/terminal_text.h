@@ -33,6 +33,8 @@ class Ink {
   std::string dim(std::string_view text) const { return wrapped("\x1b[2m", text); }
   std::string struck(std::string_view text) const { return wrapped("\x1b[9m", text); }
   std::string colored(const std::optional<store::Rgb>& color, std::string_view text) const;
+  /// On that colour, in black or white, whichever can be read there; reversed without one.
+  std::string onColor(const std::optional<store::Rgb>& color, std::string_view text) const;
   bool on() const { return m_on; }
 
  private:

@@ -95,6 +95,14 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const Age
   return Placed{false, std::max(when.start, begin), std::move(line)};
 }
 
+nlohmann::json asJson(const std::vector<Agenda::Reminder>& reminders, const Agenda& agenda) {
+  nlohmann::json json = nlohmann::json::array();
+  for (const auto& each : reminders) {
+    json.push_back(itemJson(*each.item, std::nullopt, agenda.names, agenda.viewer));
+  }
+  return json;
+}
+
 }  // namespace
 
 Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
@@ -169,6 +177,20 @@ std::vector<AgendaLine> linesOf(const std::vector<Agenda::Reminder>& reminders, 
     if (reminder.due) { lines.back().time = isoDay(LocalDay(agenda.viewer.toLocal(*reminder.due))); }
   }
   return lines;
+}
+
+nlohmann::json agendaJson(const Agenda& agenda) {
+  nlohmann::json json = {{"from", isoDay(agenda.first)},
+                         {"to", isoDay(agenda.last)},
+                         {"timeZone", agenda.viewer.name()},
+                         {"events", nlohmann::json::array()},
+                         {"reminders", asJson(agenda.reminders, agenda)},
+                         {"overdue", asJson(agenda.overdue, agenda)},
+                         {"undated", asJson(agenda.undated, agenda)}};
+  for (const auto& event : agenda.events) {
+    json["events"].push_back(itemJson(*event.item, event.when, agenda.names, agenda.viewer));
+  }
+  return json;
 }
 
 }  // namespace orlocal::host

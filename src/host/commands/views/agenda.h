@@ -40,6 +40,9 @@ struct Agenda {
 Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, store::LocalDay first,
                           store::LocalDay last, const std::vector<std::string>& titles);
 
+/// For programs: docs/schema/output.json.
+nlohmann::json agendaJson(const Agenda& agenda);
+
 /// One line of a day.
 struct AgendaLine {
   std::string time;   ///< "all day", "09:00–10:00", "…–02:00"; of what is overdue the day

@@ -15,6 +15,7 @@
 #include "host/commands/views/view_commands.h"
 #include "host/commands/words/day_range.h"
 #include "host/commands/words/day_words.h"
+#include "host/commands/words/zone_words.h"
 
 namespace orlocal::host {
 namespace {
@@ -28,33 +29,6 @@ struct AgendaWords {
   int count = 0;
   std::vector<std::string> calendars;
 };
-
-std::string objectionToZone(const std::string& name) {
-  if (store::Zone::named(name)) { return {}; }
-  return "\"" + name + "\" is no time zone; write Europe/Berlin, America/New_York or UTC";
-}
-
-nlohmann::json asJson(const std::vector<Agenda::Reminder>& reminders, const Agenda& agenda) {
-  nlohmann::json json = nlohmann::json::array();
-  for (const auto& each : reminders) {
-    json.push_back(itemJson(*each.item, std::nullopt, agenda.names, agenda.viewer));
-  }
-  return json;
-}
-
-nlohmann::json asJson(const Agenda& agenda) {
-  nlohmann::json json = {{"from", isoDay(agenda.first)},
-                         {"to", isoDay(agenda.last)},
-                         {"timeZone", agenda.viewer.name()},
-                         {"events", nlohmann::json::array()},
-                         {"reminders", asJson(agenda.reminders, agenda)},
-                         {"overdue", asJson(agenda.overdue, agenda)},
-                         {"undated", asJson(agenda.undated, agenda)}};
-  for (const auto& event : agenda.events) {
-    json["events"].push_back(itemJson(*event.item, event.when, agenda.names, agenda.viewer));
-  }
-  return json;
-}
 
 void printBlock(const std::string& heading, const std::vector<AgendaLine>& lines, const Ink& ink, bool first,
                 std::ostream& out) {
@@ -105,8 +79,7 @@ DayRange daysAskedFor(const AgendaWords& words, store::LocalDay today) {
 }
 
 Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) {
-  const store::Zone viewer =
-      words.zone.empty() ? store::Zone::ofUser() : store::Zone::named(words.zone).value_or(store::Zone::ofUser());
+  const store::Zone viewer = zoneAskedFor(words.zone);
   const store::LocalDay today(viewer.toLocal(store::now()));
   const auto [first, last] = daysAskedFor(words, today);
   if (last < first) {
@@ -117,7 +90,7 @@ Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) 
   ORLOCAL_TRY(const auto store, openUserStore(viewer));
   ORLOCAL_TRY(const Agenda agenda, readAgenda(*store, viewer, first, last, words.calendars));
   if (context.options.json) {
-    printJson(asJson(agenda), context.streams.out);
+    printJson(agendaJson(agenda), context.streams.out);
   } else {
     if (!words.zone.empty()) { context.streams.out << fmt::format("Times in {}\n\n", viewer.name()); }
     print(agenda, today, Ink(context.streams.colors), context.streams.out);

@@ -7,6 +7,7 @@ namespace orlocal::host {
 // Commands that show what the store holds.
 
 void registerAgendaCommand(CommandLine& line);     ///< agenda
+void registerGridCommands(CommandLine& line);      ///< month, week
 void registerRemindersCommand(CommandLine& line);  ///< reminders
 void registerSearchCommand(CommandLine& line);     ///< search
 void registerShowCommand(CommandLine& line);       ///< show

@@ -79,8 +79,7 @@ std::string DateNames::longDay(store::LocalDay day) const {
 }
 
 std::string DateNames::shortDay(store::LocalDay day) const {
-  return fmt::format("{} {}{} {} {}", m_shortWeekdays[placeOf(day)], day.day(), m_afterDay,
-                     m_shortMonths[static_cast<std::size_t>(day.month() - 1)], day.year());
+  return fmt::format("{} {}{} {} {}", shortWeekday(day), day.day(), m_afterDay, shortMonth(day.month()), day.year());
 }
 
 }  // namespace orlocal::host

@@ -18,6 +18,7 @@ class DateNames {
 
   const std::string& weekday(store::LocalDay day) const { return m_weekdays[placeOf(day)]; }
   const std::string& shortWeekday(store::LocalDay day) const { return m_shortWeekdays[placeOf(day)]; }
+  const std::string& shortMonth(int month) const { return m_shortMonths[static_cast<std::size_t>(month - 1)]; }
   const std::string& month(int month) const { return m_months[static_cast<std::size_t>(month - 1)]; }
 
   /// "Monday, 2 November 2026"; "Montag, 2. November 2026".

@@ -17,7 +17,8 @@ std::optional<store::LocalDay> firstOfMonth(std::string_view text, const WordsSe
   WordCursor words(text, setting);
   const auto month = words.take(Term::kMonth);
   if (!month) { return std::nullopt; }
-  int year = static_cast<int>(setting.today().year());
+  // Without its year the one that is, or the next to come.
+  int year = static_cast<int>(setting.today().year()) + (*month < setting.today().month() ? 1 : 0);
   constexpr std::size_t kYearLength = 4;
   if (const auto named = wholeNumber(words.next()); named && words.next().size() == kYearLength) {
     year = *named;

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <initializer_list>
 #include <string>
 
 #include "base/languages.h"
+#include "host/commands/words/date_locale.h"
 
 namespace orlocal::host {
 namespace {
@@ -244,15 +244,6 @@ constexpr TermWord kGerman[] = {
     {"nie", Term::kNever},
 };
 
-/// The first of these that is set to something.
-std::string environment(std::initializer_list<const char*> names) {
-  for (const char* name : names) {
-    const char* value = std::getenv(name);
-    if (value != nullptr && *value != '\0') { return value; }
-  }
-  return {};
-}
-
 }  // namespace
 
 WordsSetting settingOfUser(store::LocalTime now) {
@@ -260,7 +251,7 @@ WordsSetting settingOfUser(store::LocalTime now) {
   const std::vector<std::string> languages = preferredLanguages();
   setting.german = std::any_of(languages.begin(), languages.end(),
                                [](const std::string& language) { return language.starts_with("de"); });
-  const std::string dates = environment({"LC_ALL", "LC_TIME", "LANG"});
+  const std::string dates = dateLocale();
   if (dates.starts_with("en_US")) {
     setting.slashes = WordsSetting::Slashes::kMonthFirst;
   } else if (dates.find('_') != std::string::npos) {

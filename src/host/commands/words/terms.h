@@ -62,7 +62,7 @@ struct WordsSetting {
   store::LocalDay today() const { return store::LocalDay(now); }
 };
 
-/// As the user has it: `preferredLanguages` for words; LC_ALL, else LC_TIME, else LANG for the order of dates.
+/// As the user has it: `preferredLanguages` for words; `dateLocale` for the order of dates.
 WordsSetting settingOfUser(store::LocalTime now);
 
 /// The meaning of the case-folded `text` that is `term`; none when it has none.

@@ -47,7 +47,7 @@ std::optional<WeekDays> daysInWord(std::string_view word, const WordsSetting& se
 
 }  // namespace
 
-std::size_t weekDayOf(store::LocalDay day) {
+std::size_t placeInWeek(store::LocalDay day) {
   // cctz counts from Monday.
   return (static_cast<std::size_t>(cctz::get_weekday(day)) + 1) % kDaysInWeek;
 }
@@ -81,7 +81,7 @@ Result<TimeRange> readHours(std::string_view text, const WordsSetting& setting) 
 std::string weekDaysInWords(WeekDays days) {
   // A week begins with Monday here.
   const store::LocalDay monday(2026, 11, 2);
-  const auto has = [&](int place) { return place < kDaysInWeek && days.test(weekDayOf(monday + place)); };
+  const auto has = [&](int place) { return place < kDaysInWeek && days.test(placeInWeek(monday + place)); };
   const auto name = [&](int place) { return DateNames::ofUser().shortWeekday(monday + place); };
   std::string text;
   for (int first = 0; first < kDaysInWeek; ++first) {

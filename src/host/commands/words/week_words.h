@@ -15,7 +15,7 @@ namespace orlocal::host {
 using WeekDays = std::bitset<7>;
 
 /// The place of the day's name in `WeekDays`.
-std::size_t weekDayOf(store::LocalDay day);
+std::size_t placeInWeek(store::LocalDay day);
 
 /// "mon-fri", "mon,wed and fri", "weekdays", "sat-sun".
 Result<WeekDays> readWeekDays(std::string_view text, const WordsSetting& setting);

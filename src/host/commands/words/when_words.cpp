@@ -14,7 +14,16 @@ namespace {
 using store::LocalDay;
 using store::LocalTime;
 
-/// "monday", "on monday", "for monday", "2 nov to 5 nov", "from monday to friday".
+/// "10:00", "at 10".
+Result<std::optional<TimeOfDay>> takeTimeBehindDay(WordCursor& words) {
+  const std::size_t begin = words.at();
+  const bool at = words.take(Term::kAt).has_value();
+  ORLOCAL_TRY(const auto time, takeTime(words, at));
+  if (!time) { words.moveTo(begin); }
+  return time;
+}
+
+/// "monday", "on monday", "for monday", "2 nov to 5 nov", "from monday to friday", "from monday 10:00 to friday 18:00".
 Result<bool> takeDays(WordCursor& words, When& when) {
   const std::size_t begin = words.at();
   const bool from = words.take(Term::kFrom).has_value();
@@ -26,7 +35,12 @@ Result<bool> takeDays(WordCursor& words, When& when) {
   }
   const std::size_t behind = words.at();
   when.day = day;
-  if (!words.take(Term::kTo)) { return true; }
+  std::optional<TimeOfDay> start;
+  if (!when.start) { ORLOCAL_TRY(start, takeTimeBehindDay(words)); }
+  if (!words.take(Term::kTo)) {
+    words.moveTo(behind);
+    return true;
+  }
   // A last day counts from the first one: "from friday to monday".
   WordsSetting then = words.setting();
   then.now = LocalTime(*day);
@@ -38,6 +52,13 @@ Result<bool> takeDays(WordCursor& words, When& when) {
     return true;
   }
   if (*last < *day) { return words.refused("The last day lies before the first one"); }
+  if (start) {
+    ORLOCAL_TRY(const auto end, takeTimeBehindDay(rest));
+    if (!end) { return rest.refused("There is a time to start at and none to end at"); }
+    if (*last == *day && *end <= *start) { return words.refused("It ends before it starts"); }
+    when.start = start;
+    when.end = end;
+  }
   words.moveTo(rest.at());
   when.lastDay = last;
   return true;
@@ -195,8 +216,11 @@ Result<TitleAndWhen> readTitleAndWhen(std::string_view text, const WordsSetting&
     words.moveTo(begin);
     auto when = takeWhen(words);
     if (!when || !words.done() || when->empty()) { continue; }
-    if (begin > 0 && isShapedLikeTime(all[begin - 1].folded) && !all[begin - 1].quoted) {
-      return words.refusedAt(begin - 1,
+    // "… 10:00 to" before it was meant to be more.
+    const bool joined = begin > 1 && !all[begin - 1].quoted && valueOf(all[begin - 1].folded, Term::kTo, setting);
+    const std::size_t before = begin - (joined ? 2 : 1);
+    if (begin > 0 && isShapedLikeTime(all[before].folded) && !all[before].quoted) {
+      return words.refusedAt(before,
                              "This was not understood together with what follows; put it in quotes if it is part "
                              "of the title");
     }
