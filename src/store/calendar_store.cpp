@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/try.h"
+#include "store/core/command_changes.h"
 #include "store/core/queries.h"
 #include "store/core/search.h"
 #include "store/core/store_core.h"
@@ -135,6 +136,11 @@ void CalendarStore::beginCommand(Command command) { m_core->recorder.begin(std::
 Result<std::vector<JournalEntry>> CalendarStore::commandsOf(std::string_view person) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
   return JournalRows(m_core->database).commands(person);
+}
+
+Result<std::vector<CommandChange>> CalendarStore::changesBy(std::int64_t number) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return changesOfCommand(*m_core, number);
 }
 
 Result<JournalEntry> CalendarStore::undo(std::string_view person, std::optional<std::int64_t> number) {

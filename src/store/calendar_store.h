@@ -133,6 +133,8 @@ class CalendarStore {
   void beginCommand(Command command);
   /// The commands of a person that are kept, the newest first: the last hundred of thirty days.
   Result<std::vector<JournalEntry>> commandsOf(std::string_view person);
+  /// What the command of that number did, in the order of the rows.
+  Result<std::vector<CommandChange>> changesBy(std::int64_t number);
   /// Takes back the command of that number, or the last one that was not taken back yet; gives what it was. Events and
   /// reminders stand as they stood before, with the same rows and identifiers. That is a command of its own, which can
   /// be undone by its number. Refused when something else touched one of the items since, or their calendar is gone or

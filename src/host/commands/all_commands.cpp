@@ -1,6 +1,7 @@
 #include "host/commands/all_commands.h"
 
 #include "host/commands/accounts/account_commands.h"
+#include "host/commands/availability/availability_commands.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/guide/guide_commands.h"
@@ -21,6 +22,8 @@ void registerAllCommands(CommandLine& line) {
   registerRemindersCommand(line);
   registerShowCommand(line);
   registerSearchCommand(line);
+  registerFreeCommand(line);
+  registerBusyCommand(line);
   line.startGroup("Change");
   registerNewCommand(line);
   registerEditCommand(line);
@@ -28,6 +31,9 @@ void registerAllCommands(CommandLine& line) {
   registerMoveCommand(line);
   registerReminderCommands(line);
   registerUndoCommand(line);
+  registerLogCommand(line);
+  registerPurgeCommand(line);
+  registerDuplicatesCommand(line);
   CLI::App& calendars = registerCalendarsCommand(line);
   registerCalendarChanges(line, calendars);
   line.startGroup("Files");

@@ -135,4 +135,23 @@ Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const Lo
   }
 }
 
+Result<std::set<ItemId>> ChangeLog::removedBetween(std::int64_t first, std::int64_t last) {
+  Statement& between = m_between.in(m_database).bind(1, first).bind(2, last);
+  const ResetAtExit reset(between);
+  std::set<ItemId> removed;
+  for (;;) {
+    ORLOCAL_TRY(const bool found, between.step());
+    if (!found) { return removed; }
+    CheckedRow row(between);
+    const ItemId item = row.number(0);
+    const bool gone = row.oneOf(1, Operation::kDeleted) == Operation::kDeleted;
+    if (!row.sound()) { return damaged(m_database, kLog); }
+    if (gone) {
+      removed.insert(item);
+    } else {
+      removed.erase(item);
+    }
+  }
+}
+
 }  // namespace orlocal::store

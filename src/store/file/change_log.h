@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -82,6 +83,9 @@ class ChangeLog {
   Result<std::int64_t> newestBefore(Moment moment);
   /// Visits the rows after `seq` in their order.
   Status visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit);
+  /// The events, series and reminders that the rows from `first` to `last`, both included, removed and did not bring
+  /// back.
+  Result<std::set<ItemId>> removedBetween(std::int64_t first, std::int64_t last);
 
  private:
   struct Recorded {
@@ -111,6 +115,9 @@ class ChangeLog {
       10, kRowsAtOnce};
   LazyStatement m_before{"SELECT max(seq) FROM changes WHERE made < ?"};
   LazyStatement m_prune{"DELETE FROM changes WHERE seq < ?"};
+  LazyStatement m_between{
+      "SELECT row, operation FROM changes WHERE seq BETWEEN ? AND ? AND series IS NULL AND subject IN (0, 1) ORDER BY "
+      "seq"};
   LazyStatement m_after{
       "SELECT seq, commit_no, writer, operation, subject, row, series, uuid, made, title, calendar FROM changes "
       "WHERE seq > ? ORDER BY seq"};

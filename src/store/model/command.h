@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "store/model/model.h"
 #include "store/time/time.h"
 
 namespace orlocal::store {
@@ -21,6 +22,16 @@ struct JournalEntry {
   Moment made;
   std::optional<std::int64_t> undoes;    ///< the number of the command that this one took back
   std::optional<std::int64_t> undoneBy;  ///< the number of the one that took this back
+};
+
+/// What a command did to an event, a series with its changed occurrences, or a reminder.
+struct CommandChange {
+  enum class What : std::uint8_t { kMade, kChanged, kRemoved };
+  What what = What::kChanged;
+  ItemId row = 0;
+  /// As it was before; of what was made, as it is now. None where neither is known: what was made is gone meanwhile,
+  /// or only an occurrence was changed of a series that is.
+  std::optional<Item> item;
 };
 
 }  // namespace orlocal::store

@@ -40,9 +40,23 @@ Status JournalRows::markUndone(std::int64_t number, std::optional<std::int64_t> 
 
 Status JournalRows::prune(std::string_view person, Moment now) {
   const Moment oldest = now - std::chrono::days(kDaysKept);
-  Statement& prune = m_prune.in(m_database).bind(1, static_cast<std::int64_t>(oldest.time_since_epoch().count()));
-  ORLOCAL_CHECK(prune.bind(2, person).bind(3, std::int64_t{kCommandsKept}).run());
-  return m_pruneItems.in(m_database).run();
+  Statement& tooOld = m_tooOld.in(m_database).bind(1, static_cast<std::int64_t>(oldest.time_since_epoch().count()));
+  tooOld.bind(2, person).bind(3, std::int64_t{kCommandsKept});
+  std::vector<std::int64_t> parts;
+  {
+    const ResetAtExit reset(tooOld);
+    for (;;) {
+      ORLOCAL_TRY(const bool found, tooOld.step());
+      if (!found) { break; }
+      parts.push_back(tooOld.integer(0));
+    }
+  }
+  // One by one: a command may have replaced tens of thousands of items, which the others should not go through.
+  for (const std::int64_t part : parts) {
+    ORLOCAL_CHECK(m_pruneItems.in(m_database).bind(1, part).run());
+    ORLOCAL_CHECK(m_prune.in(m_database).bind(1, part).run());
+  }
+  return {};
 }
 
 Result<std::vector<JournalEntry>> JournalRows::commands(std::optional<std::string_view> person) {

@@ -59,10 +59,11 @@ class JournalRows {
   LazyStatement m_own{"UPDATE journal SET command = id WHERE id = ?"};
   LazyStatement m_insertItem{"INSERT INTO journal_items(part, item, main, before) VALUES(?, ?, ?, ?)"};
   LazyStatement m_markUndone{"UPDATE journal SET undone_by = ? WHERE command = ?"};
-  LazyStatement m_prune{
-      "DELETE FROM journal WHERE made < ?1 OR (person = ?2 AND command NOT IN (SELECT DISTINCT command FROM journal "
+  LazyStatement m_tooOld{
+      "SELECT id FROM journal WHERE made < ?1 OR (person = ?2 AND command NOT IN (SELECT DISTINCT command FROM journal "
       "WHERE person = ?2 ORDER BY command DESC LIMIT ?3))"};
-  LazyStatement m_pruneItems{"DELETE FROM journal_items WHERE part NOT IN (SELECT id FROM journal)"};
+  LazyStatement m_prune{"DELETE FROM journal WHERE id = ?"};
+  LazyStatement m_pruneItems{"DELETE FROM journal_items WHERE part = ?"};
   LazyStatement m_commands{
       "SELECT id, person, words, made, undoes, undone_by FROM journal WHERE id = command AND (?1 IS NULL OR person = "
       "?1) ORDER BY id DESC"};

@@ -397,5 +397,65 @@ TEST_F(StoreTest, DefaultCalendarsThatAreGoneOrReadOnlyMakeWayForTheOldest) {
   EXPECT_FALSE(store->makeDefault(home.identifier, CalendarKind::kEvents));
 }
 
+/// What a command did, in words.
+std::vector<std::string> told(CalendarStore& store, std::int64_t number) {
+  std::vector<std::string> lines;
+  const auto changes = store.changesBy(number);
+  EXPECT_TRUE(changes);
+  for (const CommandChange& change : *changes) {
+    const char* what = change.what == CommandChange::What::kMade      ? "made "
+                       : change.what == CommandChange::What::kChanged ? "changed "
+                                                                      : "removed ";
+    lines.push_back(what + (change.item ? change.item->title.value_or("") : "what is gone"));
+  }
+  return lines;
+}
+
+TEST_F(Undo, TellsWhatACommandDid) {
+  command("new A");
+  const Item a = saved(plain("A"));
+  const auto made = last();
+  command("edit A");
+  ASSERT_TRUE(store->saveEvent(retitled(a, "B"), std::nullopt, Span::kThis));
+  const auto changed = last();
+  command("remove B");
+  ASSERT_TRUE(store->removeEvent(read(a.id), std::nullopt, Span::kAll));
+  const auto removed = last();
+  EXPECT_THAT(told(*store, made), testing::ElementsAre("made what is gone"));
+  EXPECT_THAT(told(*store, changed), testing::ElementsAre("changed A"));
+  EXPECT_THAT(told(*store, removed), testing::ElementsAre("removed B"));
+  EXPECT_TRUE(undone());
+  EXPECT_THAT(told(*store, last()), testing::ElementsAre("made B"));
+  EXPECT_THAT(told(*store, removed), testing::ElementsAre("removed B"));
+  EXPECT_THAT(told(*store, 9'999), IsEmpty());
+}
+
+TEST_F(Undo, TellsOfAnOccurrenceAsItsSeries) {
+  const Item series = saved(daily("Series"));
+  command("edit Series");
+  ASSERT_TRUE(store->removeEvent(series, occurrenceOf(series, 2), Span::kThis));
+  EXPECT_THAT(told(*store, last()), testing::ElementsAre("changed Series"));
+}
+
+TEST_F(Undo, TakesBackWhatWasRemovedInOneTurn) {
+  for (int i = 0; i < 20; ++i) { saved(plain("E" + std::to_string(i))); }
+  saved(daily("Series"));
+  const std::string before = content();
+  command("purge");
+  auto writer = *store->startWriting();
+  std::vector<ItemId> ids;
+  for (ItemId id = 1; id < 100; ++id) {
+    if (const auto whole = writer->read(id); whole && *whole) { ids.push_back(id); }
+  }
+  EXPECT_EQ(ids.size(), 21U);
+  for (const ItemId id : ids) { EXPECT_TRUE(writer->remove(id)); }
+  EXPECT_TRUE(writer->commit());
+  writer.reset();
+  EXPECT_EQ(told(*store, last()).size(), 21U);
+  EXPECT_NE(content(), before);
+  EXPECT_TRUE(undone());
+  EXPECT_EQ(content(), before);
+}
+
 }  // namespace
 }  // namespace orlocal::store

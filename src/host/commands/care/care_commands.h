@@ -6,6 +6,9 @@ namespace orlocal::host {
 
 // Commands that look after a store.
 
-void registerDoctorCommand(CommandLine& line);  ///< doctor
+void registerDoctorCommand(CommandLine& line);      ///< doctor
+void registerPurgeCommand(CommandLine& line);       ///< purge
+void registerDuplicatesCommand(CommandLine& line);  ///< duplicates
+void registerLogCommand(CommandLine& line);         ///< log
 
 }  // namespace orlocal::host

@@ -1,10 +1,6 @@
 #include "host/commands/care/item_findings.h"
 
-#include <algorithm>
-#include <functional>
-#include <sstream>
 #include <string>
-#include <unordered_map>
 
 #include <fmt/format.h>
 
@@ -18,68 +14,6 @@ namespace {
 
 constexpr const char* kItems = "items";
 constexpr std::size_t kMostTold = 3;
-
-/// Programs number what they wrote in lines of their own.
-std::string withoutVendorLines(const std::string& extra) {
-  std::string kept;
-  std::istringstream lines(extra);
-  for (std::string line; std::getline(lines, line);) {
-    if (!line.starts_with("X-") && !line.starts_with("@X-")) { kept += line + '\n'; }
-  }
-  return kept;
-}
-
-/// Without what differs between twins.
-store::Item withoutIdentity(store::Item item) {
-  item.id = 0;
-  item.uid.clear();
-  item.identifier.clear();
-  item.itemIdentifier.clear();
-  item.created.reset();
-  item.modified.reset();
-  item.stamped.reset();
-  item.sequence = 0;
-  item.series.reset();
-  item.extra = withoutVendorLines(item.extra);
-  return item;
-}
-
-/// Finds twins among the items of one calendar. What may be a twin is found by title and start, and then compared
-/// whole.
-class TwinSearch {
- public:
-  void add(const store::Item& main, const std::vector<store::Item>& changed) {
-    std::vector<store::Item> blank{withoutIdentity(main)};
-    for (const auto& each : changed) { blank.push_back(withoutIdentity(each)); }
-    const auto start = main.anchor() ? main.anchor()->local - store::LocalTime() : 0;
-    auto& alike = m_groups[std::hash<std::string>()(main.title.value_or("")) ^ std::hash<std::int64_t>()(start)];
-    const auto group = std::find_if(alike.begin(), alike.end(), [&](const Group& each) { return each.blank == blank; });
-    if (group != alike.end()) {
-      group->twins.push_back(main);
-    } else {
-      alike.push_back({std::move(blank), {main}});
-    }
-  }
-
-  std::vector<Twins> take() {
-    std::vector<Twins> found;
-    for (auto& [key, alike] : m_groups) {
-      for (Group& group : alike) {
-        if (group.twins.size() > 1) { found.push_back(std::move(group.twins)); }
-      }
-    }
-    std::sort(found.begin(), found.end(), [](const Twins& a, const Twins& b) { return a[0].id < b[0].id; });
-    m_groups.clear();
-    return found;
-  }
-
- private:
-  struct Group {
-    std::vector<store::Item> blank;
-    Twins twins;
-  };
-  std::unordered_map<std::size_t, std::vector<Group>> m_groups;
-};
 
 Status lookAtSeries(store::CalendarStore& store, const store::Item& series, OddItems& odd) {
   if (series.kind != store::ItemKind::kEvent) { return {}; }
@@ -114,38 +48,30 @@ std::string namesOf(const std::vector<store::Item>& items) {
 
 }  // namespace
 
-Result<OddItems> oddItems(store::CalendarStore& store, const std::vector<store::Calendar>& calendars) {
+Result<OddItems> oddItems(store::CalendarStore& store, const store::Zone& viewer,
+                          const std::vector<store::Calendar>& calendars) {
   OddItems odd;
   for (const auto& calendar : calendars) {
-    TwinSearch twins;
     std::vector<store::Item> series;
-    ORLOCAL_CHECK(store.forEachItem(calendar.id, [&](const store::Item& main, const std::vector<store::Item>& changed) {
-      twins.add(main, changed);
+    ORLOCAL_CHECK(store.forEachItem(calendar.id, [&](const store::Item& main, const std::vector<store::Item>&) {
       if (!main.recurrence.empty()) { series.push_back(main); }
       return Status();
     }));
     for (const auto& each : series) { ORLOCAL_CHECK(lookAtSeries(store, each, odd)); }
-    for (Twins& group : twins.take()) { odd.twins.push_back(std::move(group)); }
   }
+  ORLOCAL_TRY(odd.same, sameItems(store, viewer, calendars));
   return odd;
 }
 
 Result<Findings> itemFindings(store::CalendarStore& store) {
   ORLOCAL_TRY(const auto calendars, allCalendars(store));
-  ORLOCAL_TRY(const OddItems odd, oddItems(store, calendars));
+  ORLOCAL_TRY(const OddItems odd, oddItems(store, store::Zone::ofUser(), calendars));
   Findings findings;
-  if (!odd.twins.empty()) {
+  if (!odd.same.empty()) {
     std::vector<store::Item> firsts;
-    std::size_t superfluous = 0;
-    for (const Twins& twins : odd.twins) {
-      firsts.push_back(twins.front());
-      superfluous += twins.size() - 1;
-    }
-    findings.push_back(
-        note(kItems,
-             fmt::format("{} stand there more than once: {}.",
-                         superfluous == 1 ? "1 item" : fmt::format("{} items", superfluous), namesOf(firsts)),
-             "orlocal duplicates shows them; orlocal duplicates --remove keeps one of each."));
+    for (const SameItems& same : odd.same) { firsts.push_back(same.members.front().item.main); }
+    findings.push_back(note(kItems, fmt::format("There more than once: {}.", namesOf(firsts)),
+                            "orlocal duplicates shows which are superfluous; with --remove it takes those away."));
   }
   if (!odd.empty.empty()) {
     findings.push_back(note(kItems, fmt::format("Series without any occurrence: {}.", namesOf(odd.empty)),
@@ -157,7 +83,7 @@ Result<Findings> itemFindings(store::CalendarStore& store) {
         "Ask for fewer days, give their rule an end, or remove them."));
   }
   if (findings.empty()) {
-    findings.push_back(fine(kItems, "None stands there twice, and every series has occurrences."));
+    findings.push_back(fine(kItems, "Nothing is there twice, and every series has occurrences."));
   }
   return findings;
 }

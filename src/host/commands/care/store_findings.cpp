@@ -39,6 +39,10 @@ std::string ownerOf(const struct stat& file) {
   return owner != nullptr ? owner->pw_name : fmt::format("user {}", file.st_uid);
 }
 
+std::string counted(std::int64_t count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
 Finding modeFinding(const fs::path& file, const struct stat& found) {
   const unsigned mode = found.st_mode & 07777U;
   const std::string seen = fmt::format("It belongs to {} and has the mode {:04o}", ownerOf(found), mode);
@@ -71,9 +75,9 @@ void addExamination(const store::StoreOptions& store, Findings& findings) {
                                "orlocal restore FILE puts a backup in its place; what is there is kept beside it."));
     return;
   }
-  findings.push_back(fine(kStore, fmt::format("{}, format {}: {} calendars, {} events, {} reminders.",
-                                              sizeText(found->bytes + found->logBytes), found->version,
-                                              found->calendars, found->events, found->reminders)));
+  findings.push_back(fine(kStore, fmt::format("{}, format {}: {}, {}, {}.", sizeText(found->bytes + found->logBytes),
+                                              found->version, counted(found->calendars, "calendar"),
+                                              counted(found->events, "event"), counted(found->reminders, "reminder"))));
   const auto tell = [&](const std::vector<std::string>& lines, const char* remedy) {
     for (std::size_t i = 0; i < lines.size() && i < kMostTold; ++i) {
       findings.push_back(problem(kStore, lines[i], i == 0 ? remedy : ""));
@@ -122,7 +126,7 @@ Findings storeFindings(const store::StoreOptions& store) {
     return {problem(kStore, fmt::format("{} cannot be looked at: {}.", store.file.string(), systemReason(reason)),
                     "Look at the mode of the folders that lead there.")};
   }
-  Findings findings{modeFinding(store.file, found)};
+  Findings findings{fine(kStore, store.file.string()), modeFinding(store.file, found)};
   addExamination(store, findings);
   addUsers(store.file, findings);
   return findings;

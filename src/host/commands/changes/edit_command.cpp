@@ -131,7 +131,11 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
   for (const Calendar& each : calendars) {
     if (each.id == written.calendar) { calendar = each; }
   }
-  ORLOCAL_CHECK(tellItem(run, {"Changed", "Would be"}, written, calendar));
+  std::optional<std::vector<Overlap>> overlaps;
+  if (edit.set.has(ItemField::kStart) || edit.set.has(ItemField::kRules)) {
+    overlaps = overlapsOfWritten(run, written, {target->row->id, target->chosen.item->id});
+  }
+  ORLOCAL_CHECK(tellItem(run, {"Changed", "Would be"}, written, calendar, overlaps));
   return ExitStatus::kDone;
 }
 

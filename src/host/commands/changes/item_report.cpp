@@ -8,6 +8,7 @@
 #include "host/commands/choosing/item_choice.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/trouble.h"
 #include "host/commands/describing/item_json.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/item_words.h"
@@ -64,14 +65,36 @@ std::string itemLine(const Item& item, const store::Calendar& calendar, const st
   return line + parts;
 }
 
-Status tellItem(ChangeRun& run, const Outcome& outcome, const Item& item, const store::Calendar& calendar) {
+std::vector<Overlap> overlapsOfWritten(ChangeRun& run, const Item& item, std::vector<store::ItemId> own) {
+  own.push_back(item.id);
+  if (item.series) { own.push_back(*item.series); }
+  auto overlaps = overlapsOf(run.store(), run.viewer(), item, own);
+  if (overlaps) { return *std::move(overlaps); }
+  tellTrouble(run.context().streams.err,
+              fmt::format("What {} overlaps cannot be told: {}", quotedTitle(item), overlaps.error().message));
+  return {};
+}
+
+Status tellItem(ChangeRun& run, const Outcome& outcome, const Item& item, const store::Calendar& calendar,
+                const std::optional<std::vector<Overlap>>& overlaps) {
   std::ostream& out = run.context().streams.out;
-  if (run.context().options.json) {
-    ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));
-    printJson(itemJson(item, std::nullopt, names, run.viewer()), out);
+  const bool json = run.context().options.json;
+  if (!json) {
+    out << (run.dryRun() ? outcome.rehearsed : outcome.done) << ' ' << itemLine(item, calendar, run.viewer()) << '\n';
+  }
+  if (!json && (!overlaps || overlaps->empty())) { return {}; }
+  ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));
+  if (json) {
+    nlohmann::json told = itemJson(item, std::nullopt, names, run.viewer());
+    if (overlaps) { told["overlaps"] = overlapsJson(*overlaps, names, run.viewer()); }
+    printJson(told, out);
     return {};
   }
-  out << (run.dryRun() ? outcome.rehearsed : outcome.done) << ' ' << itemLine(item, calendar, run.viewer()) << '\n';
+  std::optional<LocalDay> day;
+  if (const auto times = shownTimesOf(item, std::nullopt, run.viewer()); times && item.recurrence.empty()) {
+    day = LocalDay(times->start);
+  }
+  for (const std::string& line : overlapLines(*overlaps, day, names, run.viewer())) { out << line << '\n'; }
   return {};
 }
 

@@ -2,9 +2,11 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "host/commands/availability/overlaps.h"
 #include "host/commands/changes/change_run.h"
 #include "host/commands/words/when_words.h"
 #include "store/calendar_store.h"
@@ -38,6 +40,12 @@ struct Outcome {
   const char* rehearsed;
 };
 /// Prints the item as it is now, after the words for the outcome or, where that is wanted, as JSON.
-Status tellItem(ChangeRun& run, const Outcome& outcome, const store::Item& item, const store::Calendar& calendar);
+/// `overlaps`: what the item overlaps, where its time is new.
+Status tellItem(ChangeRun& run, const Outcome& outcome, const store::Item& item, const store::Calendar& calendar,
+                const std::optional<std::vector<Overlap>>& overlaps = std::nullopt);
+
+/// What the item that was written overlaps, but for itself and the items of `own`. Where that cannot be seen it is
+/// told: the change stands.
+std::vector<Overlap> overlapsOfWritten(ChangeRun& run, const store::Item& item, std::vector<store::ItemId> own = {});
 
 }  // namespace orlocal::host

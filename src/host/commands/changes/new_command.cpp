@@ -110,9 +110,10 @@ Result<ExitStatus> makeItem(const NewItemWords& words, CommandContext& context) 
   ORLOCAL_TRY(store::Item made,
               about(edit->values, event ? run.store().saveEvent(*edit, std::nullopt, store::Span::kThis)
                                         : run.store().saveReminder(*edit)));
+  const auto overlaps = overlapsOfWritten(run, made);
   // What was not made has no name that it could be found by.
   if (run.dryRun()) { made.identifier = made.itemIdentifier = made.uid = {}; }
-  ORLOCAL_CHECK(tellItem(run, {"Made", "Would make"}, made, calendar));
+  ORLOCAL_CHECK(tellItem(run, {"Made", "Would make"}, made, calendar, overlaps));
   return ExitStatus::kDone;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <ostream>
 #include <system_error>
 #include <utility>
 
@@ -169,6 +170,16 @@ Failed OutputFile::failed(int error) const {
   const ErrorCode code = codeOf(error);
   const char* remedy = code == ErrorCode::kFull ? "make room, or name another place" : "name another file";
   return failure(code, fmt::format("{} cannot be written: {}; {}.", m_path, systemReason(error), remedy));
+}
+
+Status writeOutput(const std::string& file, std::string_view text, std::ostream& standardOutput) {
+  if (file == "-") {
+    standardOutput << text << std::flush;
+    return standardOutput ? Status() : failure(ErrorCode::kIo, "The standard output cannot be written.");
+  }
+  ORLOCAL_TRY(const auto output, OutputFile::open(file));
+  ORLOCAL_CHECK(output->write(text));
+  return output->finish();
 }
 
 }  // namespace orlocal::host

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -52,5 +53,8 @@ class OutputFile {
   int m_descriptor = -1;                       ///< of a file that is written in place
   std::optional<Interruption> m_interruption;  ///< while there is a draft to take away
 };
+
+/// Writes all of `text` to that file, or ("-") to the standard output.
+Status writeOutput(const std::string& file, std::string_view text, std::ostream& standardOutput);
 
 }  // namespace orlocal::host

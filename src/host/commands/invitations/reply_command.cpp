@@ -11,13 +11,12 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "base/settings.h"
-#include "base/text.h"
 #include "base/try.h"
 #include "host/commands/choosing/item_choice.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/output_file.h"
+#include "host/commands/command_line/own_addresses.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/invitations/invitation_commands.h"
@@ -48,14 +47,8 @@ std::optional<Attendee::Status> chosenAnswer(const ReplyWords& words) {
   return std::nullopt;
 }
 
-Result<std::vector<std::string>> ownAddresses() {
-  const auto set = Settings::ofUser().value(Setting::kOwnAddresses);
-  std::vector<std::string> addresses;
-  if (set) {
-    for (const std::string_view each : splitUnescaped(set->text, ',')) {
-      if (!trimmed(each).empty()) { addresses.emplace_back(trimmed(each)); }
-    }
-  }
+Result<std::vector<std::string>> knownAddresses() {
+  auto addresses = ownAddresses();
   if (!addresses.empty()) { return addresses; }
   return failure(ErrorCode::kNotFound,
                  "Nobody knows who you are: write your mail addresses into the settings, as \"addresses = "
@@ -131,7 +124,7 @@ std::string dayAndTime(const Waiting& waiting, const store::Zone& viewer) {
 }
 
 Result<ExitStatus> listWaiting(const ReplyWords& words, CommandContext& context) {
-  ORLOCAL_TRY(const auto addresses, ownAddresses());
+  ORLOCAL_TRY(const auto addresses, knownAddresses());
   ORLOCAL_TRY(const auto store, openUserStore());
   const store::Zone viewer = store::Zone::ofUser();
   ORLOCAL_TRY(const auto waiting, waitingInvitations(*store, words, addresses, viewer));
@@ -162,16 +155,6 @@ Result<ExitStatus> listWaiting(const ReplyWords& words, CommandContext& context)
   return ExitStatus::kDone;
 }
 
-Status writeMessage(const std::string& file, const std::string& message, std::ostream& out) {
-  if (file == "-") {
-    out << message << std::flush;
-    return out ? Status() : failure(ErrorCode::kIo, "The standard output cannot be written.");
-  }
-  ORLOCAL_TRY(const auto output, OutputFile::open(file));
-  ORLOCAL_CHECK(output->write(message));
-  return output->finish();
-}
-
 /// The original start of the occurrence that was chosen, as calendar files name it.
 Result<std::optional<store::CalendarTime>> originalOf(store::CalendarStore& store, const ChosenItem& chosen) {
   if (!chosen.occurrence || chosen.item->recurrence.empty()) { return std::nullopt; }
@@ -183,7 +166,7 @@ Result<std::optional<store::CalendarTime>> originalOf(store::CalendarStore& stor
 }
 
 Result<ExitStatus> runAnswer(const ReplyWords& words, Attendee::Status status, CommandContext& context) {
-  ORLOCAL_TRY(const auto addresses, ownAddresses());
+  ORLOCAL_TRY(const auto addresses, knownAddresses());
   ORLOCAL_TRY(const auto store, openUserStore());
   const store::Zone viewer = store::Zone::ofUser();
   ItemWords choice{.what = words.what, .calendars = words.calendars};
@@ -204,7 +187,7 @@ Result<ExitStatus> runAnswer(const ReplyWords& words, Attendee::Status status, C
   if (!words.comment.empty()) { answer.comment = words.comment; }
   ORLOCAL_TRY(const auto writer, store->startWriting());
   ORLOCAL_CHECK(store::answerInvitation(*writer, *chosen.item, original, answer, [&](const std::string& message) {
-    return writeMessage(words.file, message, context.streams.out);
+    return writeOutput(words.file, message, context.streams.out);
   }));
   if (words.file != "-") {
     context.streams.out << printable(fmt::format("{}: send it to {}", words.file, organizerName(*chosen.item))) << '\n';

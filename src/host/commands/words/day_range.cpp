@@ -28,13 +28,28 @@ std::optional<store::LocalDay> firstOfMonth(std::string_view text, const WordsSe
   return store::LocalDay(year, *month, 1);
 }
 
+DayRange wholeMonth(cctz::civil_month month) { return {store::LocalDay(month), store::LocalDay(month + 1) - 1}; }
+
+/// "this week", from its Monday on, "next month".
+std::optional<DayRange> periodFromWords(std::string_view text, const WordsSetting& setting) {
+  constexpr int kDaysInWeek = 7;
+  WordCursor words(text, setting);
+  const int ahead = words.take(Term::kNext) ? 1 : 0;
+  if (ahead == 0 && !words.take(Term::kThis)) { return std::nullopt; }
+  const auto unit = words.take(Term::kUnit);
+  if (!words.done()) { return std::nullopt; }
+  if (unit == static_cast<int>(Unit::kMonth)) { return wholeMonth(cctz::civil_month(setting.today()) + ahead); }
+  if (unit != static_cast<int>(Unit::kWeek)) { return std::nullopt; }
+  const store::LocalDay monday = cctz::prev_weekday(setting.today() + 1, cctz::weekday::monday) + ahead * kDaysInWeek;
+  return DayRange{monday, monday + (kDaysInWeek - 1)};
+}
+
 }  // namespace
 
 std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay today) {
   const WordsSetting setting = settingOfUser(store::LocalTime(today));
-  if (const auto first = firstOfMonth(words, setting)) {
-    return DayRange{*first, store::LocalDay(cctz::civil_month(*first) + 1) - 1};
-  }
+  if (const auto first = firstOfMonth(words, setting)) { return wholeMonth(cctz::civil_month(*first)); }
+  if (const auto period = periodFromWords(words, setting)) { return period; }
   if (const auto day = readDay(words, setting)) { return DayRange{*day, *day}; }
   return std::nullopt;
 }

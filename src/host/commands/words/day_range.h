@@ -15,8 +15,8 @@ struct DayRange {
   friend bool operator==(const DayRange&, const DayRange&) = default;
 };
 
-/// A day as people write it (docs/words.md) in the user's language, or a month: "2026-11", "november" (this one, or the
-/// next to come), "nov 2027".
+/// A day as people write it (docs/words.md) in the user's language, a week ("this week", "next week") or a month:
+/// "2026-11", "november" (this one, or the next to come), "nov 2027", "next month".
 std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay today);
 
 /// What is wrong with words for days, or for one day, in a sentence; empty when they can be read, as the command line's

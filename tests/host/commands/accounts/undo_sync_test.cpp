@@ -66,5 +66,20 @@ TEST_F(UndoOnAccounts, BringsWhatWasMovedBackToTheServer) {
   EXPECT_THAT(served()[0], HasSubstr("LOCATION:Room 1"));
 }
 
+TEST_F(UndoOnAccounts, GivesTheServerBackWhatWasPurged) {
+  importedInto("Team", event("old", "Kick-off", "DTSTART:20260304T090000Z\r\nDTEND:20260304T100000Z\r\n"));
+  synced();
+  ASSERT_EQ(served().size(), 2U);
+  EXPECT_EQ(run({"purge", "--before", "today"}), ExitStatus::kUsage);
+  EXPECT_THAT(err, HasSubstr("Remove 1 event that was over before Mon 2 Nov 2026? It is removed from the server of "
+                             "\"Work\", too."));
+  done({"purge", "--before", "today", "--yes"});
+  synced();
+  EXPECT_EQ(served().size(), 1U);
+  done({"undo"});
+  synced();
+  EXPECT_EQ(served().size(), 2U);
+}
+
 }  // namespace
 }  // namespace orlocal::host

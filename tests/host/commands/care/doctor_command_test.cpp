@@ -115,27 +115,22 @@ TEST_F(Doctor, ZonesOfPartHoursAreAProblemUnlessTheSettingLetsThemBe) {
   }
 }
 
-TEST_F(Doctor, TwinsAreAlikeInAllThatPeopleSee) {
+TEST_F(Doctor, WhatIsThereTwiceIsANote) {
   const std::string when = "DTSTART:20261102T090000Z\r\nLOCATION:Room 1\r\n";
-  const auto store = filled(event("a", "Review", when) + event("b", "Review", when + "X-NUMBER:7\r\nSEQUENCE:3\r\n") +
-                            event("c", "Review", when + "DESCRIPTION:Other\r\n") +
-                            event("d", "Review", "DTSTART:20261103T090000Z\r\nLOCATION:Room 1\r\n") +
-                            event("e", "Review", when + "RRULE:FREQ=DAILY;COUNT=2\r\n"));
-  const auto odd = oddItems(*store, *store->calendars(store::CalendarKind::kEvents));
-  ASSERT_TRUE(odd);
-  ASSERT_THAT(odd->twins, SizeIs(1));
-  ASSERT_THAT(odd->twins[0], SizeIs(2));
-  EXPECT_EQ(odd->twins[0][0].uid, "a");
-  EXPECT_EQ(odd->twins[0][1].uid, "b");
-  EXPECT_THAT(odd->empty, IsEmpty());
-  EXPECT_THAT(odd->tooMany, IsEmpty());
+  const auto store = filled(event("a", "Review", when) + event("b", "Review", when) + event("c", "Other", when));
+  const auto findings = itemFindings(*store);
+  ASSERT_TRUE(findings) << findings.error().message;
+  ASSERT_THAT(*findings, SizeIs(1));
+  EXPECT_EQ(findings->front().weight, Finding::Weight::kNote);
+  EXPECT_EQ(findings->front().sentence, "There more than once: \"Review\".");
+  EXPECT_THAT(findings->front().remedy, HasSubstr("orlocal duplicates"));
 }
 
 TEST_F(Doctor, SeriesWithoutAnOccurrenceAreTold) {
   const auto store = filled(
       event("a", "Gone",
             "DTSTART:20261102T090000Z\r\nRRULE:FREQ=DAILY;COUNT=2\r\nEXDATE:20261102T090000Z,20261103T090000Z\r\n"));
-  const auto odd = oddItems(*store, *store->calendars(store::CalendarKind::kEvents));
+  const auto odd = oddItems(*store, store::Zone::ofUser(), *store->calendars(store::CalendarKind::kEvents));
   ASSERT_TRUE(odd);
   ASSERT_THAT(odd->empty, SizeIs(1));
   EXPECT_EQ(odd->empty[0].title, "Gone");

@@ -8,10 +8,12 @@
 #include <gtest/gtest.h>
 
 #include "host/commands/words/alarm_words.h"
+#include "host/commands/words/day_range.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/item_words.h"
 #include "host/commands/words/repeat_words.h"
 #include "host/commands/words/rule_words.h"
+#include "host/commands/words/week_words.h"
 #include "host/commands/words/when_words.h"
 
 namespace orlocal::host {
@@ -57,6 +59,17 @@ std::vector<std::string> meaningOf(const std::string& heading, const std::string
     return {shownOr(readLength(words, setting),
                     [](const Length& length) { return lengthWords(std::chrono::days(length.days) + length.minutes); })};
   }
+  if (heading == "Hours") {
+    return {shownOr(readHours(words, setting),
+                    [](const TimeRange& hours) { return clockWords(hours.start) + "–" + clockWords(hours.end); })};
+  }
+  if (heading == "Days of the week") { return {shownOr(readWeekDays(words, setting), weekDaysInWords)}; }
+  if (heading == "Stretch of days") {
+    const auto days = daysFromWords(words, setting.today());
+    if (!days) { return {"nothing"}; }
+    return {days->first == days->last ? shortDay(days->first)
+                                      : fmt::format("{} – {}", shortDay(days->first), shortDay(days->last))};
+  }
   if (heading == "Repetition") { return {shownOr(readRepeat(words, setting), repeatWords)}; }
   if (heading == "Alarm") {
     return {shownOr(readAlarm(words, setting), [](const AlarmWords& alarm) {
@@ -93,7 +106,7 @@ TEST(WordsPage, SaysWhatIsUnderstood) {
     EXPECT_EQ(meaningOf(heading, words, setting), cells) << heading << ": " << words;
     ++tried[heading];
   }
-  EXPECT_EQ(tried.size(), 6U);
+  EXPECT_EQ(tried.size(), 9U);
   for (const auto& [name, rows] : tried) { EXPECT_GT(rows, 8) << name; }
 }
 

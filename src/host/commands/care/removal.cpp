@@ -1,0 +1,59 @@
+#include "host/commands/care/removal.h"
+
+#include <map>
+
+#include <fmt/format.h>
+
+#include "base/try.h"
+#include "host/commands/command_line/terminal_text.h"
+#include "host/commands/words/listed_words.h"
+#include "store/edits/item_writer.h"
+
+namespace orlocal::host {
+
+Result<std::vector<bool>> removeUnchanged(store::CalendarStore& store,
+                                          const std::vector<const store::WholeItem*>& items) {
+  std::vector<bool> removed(items.size(), false);
+  if (items.empty()) { return removed; }
+  ORLOCAL_TRY(const auto writer, store.startWriting());
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const store::ItemId id = items[i]->main.id;
+    ORLOCAL_TRY(const auto now, writer->read(id));
+    ORLOCAL_TRY(const auto calendar, writer->calendarWith(items[i]->main.calendar));
+    // Somebody else may have changed it, or what its calendar allows, while the question stood.
+    if (!now || *now != *items[i] || !calendar || !allowsChanges(*calendar)) { continue; }
+    ORLOCAL_CHECK(writer->remove(id));
+    removed[i] = true;
+  }
+  ORLOCAL_CHECK(writer->commit());
+  return removed;
+}
+
+std::string serversInWords(const std::vector<const store::WholeItem*>& items, const CalendarNames& names) {
+  std::map<std::string, std::size_t> counts;
+  for (const store::WholeItem* item : items) {
+    const store::Calendar* calendar = names.calendar(item->main.calendar);
+    if (calendar == nullptr || calendar->type != store::Source::Type::kCalDav) { continue; }
+    ++counts[names.account(*calendar).value_or("")];
+  }
+  if (counts.empty()) { return {}; }
+  std::size_t all = 0;
+  std::vector<std::string> accounts;
+  for (const auto& [account, count] : counts) {
+    all += count;
+    accounts.push_back('"' + printable(account) + '"');
+  }
+  const std::string which = all == items.size() ? (all == 1 ? "It is" : "They are")
+                            : all == 1          ? "1 of them is"
+                                                : fmt::format("{} of them are", all);
+  return fmt::format(" {} removed from the server of {}, too.", which, listed(accounts));
+}
+
+std::string countedInWords(std::size_t events, std::size_t reminders) {
+  std::vector<std::string> parts;
+  if (events > 0) { parts.push_back(fmt::format("{} {}", events, events == 1 ? "event" : "events")); }
+  if (reminders > 0) { parts.push_back(fmt::format("{} {}", reminders, reminders == 1 ? "reminder" : "reminders")); }
+  return parts.empty() ? "nothing" : listed(parts);
+}
+
+}  // namespace orlocal::host
