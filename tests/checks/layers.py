@@ -11,7 +11,7 @@ import sys
 # Layer -> layers it may include besides itself. A layer is the longest listed folder that holds the file.
 # The store's rooms from the bottom up, on what it shares with the host program; each knows those before it, and the
 # store's face, last, knows all.
-STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/file", "store/rows",
+STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/alarms", "store/file", "store/rows",
          "store/core", "store/edits", "store"]
 
 # What the store's face speaks in.
@@ -45,18 +45,20 @@ KNOWS = {
     "host/commands/command_line": {"base", "host/calc", "host/fmwrapper", *SHOWN, "store/file"},
     "host/commands/words": {"base", "store/model", "store/recurrence", "store/time"},
     "host/commands/choosing": {*COMMANDS, *SHOWN},
+    "host/commands/alarms": {*COMMANDS, *SHOWN, "host/commands/choosing", "store/alarms", "store/file"},
     "host/commands/changes": {*COMMANDS, *SHOWN, "host/commands/choosing", "store/edits", "store/recurrence"},
     "host/commands/scripting": {"base", "host/calc", "host/commands/command_line", "host/console", "host/fmwrapper",
                                 "host/plugin"},
     "host/commands/views": {*COMMANDS, *SHOWN},
     "host/commands/transfer": {*COMMANDS, *SHOWN, "store/file", "store/icalendar"},
-    "host/commands/watching": {*COMMANDS, *SHOWN, "host/commands/scripting", "host/fmwrapper", "host/plugin"},
+    "host/commands/watching": {*COMMANDS, *SHOWN, "host/commands/alarms", "host/commands/scripting",
+                               "host/fmwrapper", "host/plugin"},
     "host/commands/accounts": {*COMMANDS, *SHOWN, "accounts", "accounts/discovery", "accounts/sync",
                                "accounts/transport", "store/icalendar"},
     "host/commands/care": {*COMMANDS, *SHOWN, "accounts", "accounts/transport", "host/commands/scripting"},
     "host/commands/settings": {*COMMANDS, *SHOWN},
-    "host/commands": {f"host/commands/{room}" for room in ("accounts", "care", "changes", "command_line", "scripting",
-                                                           "settings", "transfer", "views", "watching")},
+    "host/commands": {f"host/commands/{room}" for room in ("accounts", "alarms", "care", "changes", "command_line",
+                                                           "scripting", "settings", "transfer", "views", "watching")},
     "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
              "host/plugin"},
 }

@@ -1,6 +1,7 @@
 #include "host/commands/all_commands.h"
 
 #include "host/commands/accounts/account_commands.h"
+#include "host/commands/alarms/alarm_commands.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
@@ -27,6 +28,7 @@ void registerAllCommands(CommandLine& line) {
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);
+  registerAlarmCommands(line);
   registerWatchCommand(line);
   registerAccountCommands(line);
   registerSyncCommand(line);
