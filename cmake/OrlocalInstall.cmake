@@ -12,6 +12,16 @@ target_compile_definitions(orlocal_scripting_commands PRIVATE ORLOCAL_OWN_FOLDER
 install(TARGETS orlocal RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS Orlocal orlocal_fmwrapper LIBRARY DESTINATION ${own_folder})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/Orlocal.resources DESTINATION ${own_folder})
+# What shells and man read comes from the program itself, so that it says what that program takes.
+set(guide_folder ${PROJECT_BINARY_DIR}/guide)
+add_custom_command(
+  OUTPUT ${guide_folder}/man/man1/orlocal.1
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${guide_folder}
+  COMMAND ${CMAKE_COMMAND} -E env ORLOCAL_SETTINGS= $<TARGET_FILE:orlocal> completion-files ${guide_folder}
+  DEPENDS orlocal
+  VERBATIM)
+add_custom_target(orlocal_guide ALL DEPENDS ${guide_folder}/man/man1/orlocal.1)
+install(DIRECTORY ${guide_folder}/ DESTINATION ${CMAKE_INSTALL_DATADIR})
 install(FILES resources/systemd/orlocal-sync.service DESTINATION lib/systemd/user)
 install(FILES resources/systemd/orlocal-sync@.service DESTINATION lib/systemd/system)
 install(FILES LICENSE CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})

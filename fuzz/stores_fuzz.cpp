@@ -21,7 +21,19 @@ std::string freshStore(const orlocal::fuzz::TemporaryFolder& folder) {
     StoreOptions options;
     options.file = file;
     const auto store = CalendarStore::open(std::move(options));
-    if (store) { (void)(*store)->calendars(CalendarKind::kEvents); }
+    if (store) {
+      Item event;
+      event.calendar = 1;
+      event.title = "a b";
+      event.start = event.end = CalendarTime{CalendarTime::Kind::kUtc, LocalTime(2026, 11, 2), ""};
+      ItemEdit edit;
+      edit.values = event;
+      edit.set = ItemFields::all();
+      (void)(*store)->saveEvent(edit, std::nullopt, Span::kThis);
+      SearchQuery search;
+      search.text = "a";
+      (void)(*store)->search(search);
+    }
   }
   std::ifstream in(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
@@ -45,6 +57,12 @@ void use(const std::filesystem::path& file) {
   ReminderQuery reminders;
   reminders.calendars = query.calendars;
   (void)(*store)->reminders(reminders);
+  SearchQuery search;
+  search.text = "a";
+  search.calendars = query.calendars;
+  (void)(*store)->search(search);
+  (void)(*store)->rebuildSearch();
+  (void)(*store)->search(search);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "base/try.h"
 #include "store/core/queries.h"
+#include "store/core/search.h"
 #include "store/core/store_core.h"
 #include "store/edits/calendar_edits.h"
 #include "store/edits/event_edits.h"
@@ -24,7 +25,9 @@ std::unique_ptr<CalendarStore> CalendarStore::unopened(Failure reason) {
 }
 
 CalendarStore::CalendarStore(std::unique_ptr<StoreCore> core)
-    : m_core(std::move(core)), m_queries(std::make_unique<Queries>(*m_core)) {}
+    : m_core(std::move(core)),
+      m_queries(std::make_unique<Queries>(*m_core)),
+      m_search(std::make_unique<Search>(*m_core, *m_queries)) {}
 
 CalendarStore::~CalendarStore() = default;
 
@@ -67,6 +70,10 @@ Status CalendarStore::makeDefault(std::string_view identifier, CalendarKind kind
 Result<OccurrenceList> CalendarStore::occurrences(const EventQuery& query) { return m_queries->occurrences(query); }
 
 Result<std::vector<ItemId>> CalendarStore::reminders(const ReminderQuery& query) { return m_queries->reminders(query); }
+
+Result<std::vector<SearchHit>> CalendarStore::search(const SearchQuery& query) { return m_search->run(query); }
+
+Status CalendarStore::rebuildSearch() { return m_search->rebuild(); }
 
 Result<std::shared_ptr<const Item>> CalendarStore::item(ItemId id) {
   // What is at hand is right as long as nobody wrote.
@@ -202,6 +209,23 @@ Result<std::vector<OutsideCommit>> CalendarStore::outsideCommits(LogPosition& po
     return std::vector<OutsideCommit>();
   }
   return outsideCommitsAfter(m_core->log, position.row);
+}
+
+Result<LogPosition> CalendarStore::changesSince(Moment moment) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
+  ORLOCAL_TRY(const std::int64_t before, m_core->log.newestBefore(moment));
+  return LogPosition{.row = before, .file = m_core->fileNumber()};
+}
+
+Result<LogPosition> CalendarStore::changesAfter(std::int64_t row) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
+  return LogPosition{.row = row, .file = m_core->fileNumber()};
+}
+
+Result<bool> CalendarStore::reachesBackTo(const LogPosition& position) {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());
+  ORLOCAL_TRY(const std::int64_t oldest, m_core->log.oldest());
+  return position.file == m_core->fileNumber() && oldest <= position.row + 1;
 }
 
 Result<TouchedItems> CalendarStore::touchedSince(std::int64_t after) {

@@ -13,6 +13,7 @@
 #include "base/result.h"
 #include "store/core/outside_commits.h"
 #include "store/core/query.h"
+#include "store/core/search_query.h"
 #include "store/core/store_options.h"
 #include "store/core/touched_items.h"
 #include "store/edits/announcement.h"
@@ -29,6 +30,7 @@ namespace orlocal::store {
 class ItemWriter;
 class Queries;
 class RemoteReader;
+class Search;
 class StoreCore;
 
 /// Receives a single event, series, reminder or stray changed occurrence, with the changed occurrences of a series in
@@ -78,6 +80,17 @@ class CalendarStore {
   Result<OccurrenceList> occurrences(const EventQuery& query);
   /// Row numbers in the order of due moment (none last), then of row.
   Result<std::vector<ItemId>> reminders(const ReminderQuery& query);
+
+  /// Items by their words: titles, places, people (names and addresses), URLs and notes. Words are found by their
+  /// beginnings, without case and accents; of scripts without blanks between words any stretch of letters is; words
+  /// between quotation marks follow upon each other. All of them are in each hit, in one field or several. Best hits
+  /// first: those with all in the title, then by the place of the match, the later before the earlier. Of a series and
+  /// its changed occurrences the series is given, unless only occurrences have the words. A text without a word is
+  /// `kInvalid`. A first search of a store, and one after very many changes, writes the index of words; where the
+  /// file cannot be written it takes longer instead.
+  Result<std::vector<SearchHit>> search(const SearchQuery& query);
+  /// Makes the index of words anew: the remedy for a damaged one. Nothing else in the store is touched.
+  Status rebuildSearch();
 
   /// The row, null when there is none. Recently read rows are kept.
   Result<std::shared_ptr<const Item>> item(ItemId id);
@@ -148,6 +161,13 @@ class CalendarStore {
   /// changes at once only the newest are known. Of a file that took the place of the one that `position` speaks of,
   /// only what is committed from now on is told.
   Result<std::vector<OutsideCommit>> outsideCommits(LogPosition& position);
+  /// Where the log of changes stood at `moment`, for `outsideCommits`: what was committed from then on comes after it.
+  /// Of what was written by a program before format 5 no moment is known; it counts as earlier.
+  Result<LogPosition> changesSince(Moment moment);
+  /// The same of a row of the log; `row` is where it then stands.
+  Result<LogPosition> changesAfter(std::int64_t row);
+  /// Whether the log still knows all that came after `position`.
+  Result<bool> reachesBackTo(const LogPosition& position);
   /// Wakes when another process may have committed.
   Result<std::unique_ptr<ChangeSignal>> listen();
 
@@ -164,6 +184,7 @@ class CalendarStore {
 
   std::unique_ptr<StoreCore> m_core;
   std::unique_ptr<Queries> m_queries;
+  std::unique_ptr<Search> m_search;
   std::uint64_t m_checked = 0;  ///< generation with which what is kept agrees
   /// What lies in each calendar, and for which generation that is so: whoever visits all calendars asks for each.
   std::map<CalendarId, std::vector<ItemId>> m_idsByCalendar;

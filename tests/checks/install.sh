@@ -57,6 +57,18 @@ done
 for page in LICENSE CHANGELOG.md functions.md architecture.md; do
   [ -f "$work/moved/share/doc/orlocal/$page" ] || wrong "$page is not in the documentation"
 done
+share="$work/moved/share"
+for file in bash-completion/completions/orlocal zsh/site-functions/_orlocal fish/vendor_completions.d/orlocal.fish \
+  man/man1/orlocal.1 man/man1/orlocal-agenda.1; do
+  [ -s "$share/$file" ] || wrong "$file is not there"
+done
+run en_US completion bash | cmp -s - "$share/bash-completion/completions/orlocal" || wrong "the completion for bash is an old one"
+# Each command that help lists has its page.
+run en_US help | sed -n '/^Look$/,/^Options of every/p' | sed -n 's/^  \([a-z][a-z-]*\)  .*/\1/p' >commands.txt
+[ -s commands.txt ] || wrong "help lists no commands"
+while read -r command; do
+  [ -f "$share/man/man1/orlocal-$command.1" ] || wrong "orlocal-$command(1) is not there"
+done <commands.txt
 
 # As packages are made.
 DESTDIR="$work/staged" "$cmake" --install "$build" --prefix /usr >/dev/null

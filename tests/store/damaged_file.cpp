@@ -145,12 +145,21 @@ void readAll(CalendarStore& store, Caller& caller, std::vector<ItemId>& ids) {
     return {};
   }));
   if (const auto address = caller.taken(store.addressOf("ada@example.org"))) { caller.text(*address); }
+  for (const char* text : {"a", "talk", "series ada"}) {
+    SearchQuery query;
+    query.text = text;
+    query.calendars = numbers;
+    if (const auto hits = caller.taken(store.search(query))) {
+      for (const SearchHit& hit : *hits) { caller.taken(store.item(hit.item)); }
+    }
+  }
   LogPosition position{.row = 0, .file = 1};
   caller.taken(store.outsideCommits(position));
   if (const auto zone = caller.taken(store.privateZone("Moon"))) { caller.text(*zone); }
 }
 
 void changeAll(CalendarStore& store, Caller& caller, const std::vector<ItemId>& ids) {
+  caller.taken(store.rebuildSearch());
   Item made;
   made.calendar = 1;
   made.title = "New";
@@ -210,6 +219,10 @@ void DamagedFile::SetUp() {
   ASSERT_TRUE(writer->putContact(contact));
   ASSERT_TRUE(writer->commit());
   writer.reset();
+  SearchQuery query;
+  query.text = "Talk";
+  query.calendars = {1, 2, 3, 4};
+  ASSERT_TRUE(store->search(query));
   store->close();
 }
 

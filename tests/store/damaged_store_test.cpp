@@ -159,6 +159,8 @@ TEST_F(DamagedFile, IsRefusedWithForeignOrMissingDefinitions) {
       {"DROP TABLE contacts", "contacts"},
       {"ALTER TABLE items ADD COLUMN more", "items"},
       {"DROP INDEX items_by_uid; CREATE INDEX items_by_uid ON items(uid)", "items_by_uid"},
+      {"CREATE VIRTUAL TABLE more USING fts5(a)", "more"},
+      {"CREATE TRIGGER spy AFTER INSERT ON changes BEGIN DELETE FROM items; END", "spy"},
   };
   for (const int version : {1, 2, 3, 4, 5}) {
     for (const Damage& damage : kDamages) {
@@ -172,6 +174,25 @@ TEST_F(DamagedFile, IsRefusedWithForeignOrMissingDefinitions) {
       EXPECT_THAT(failed->message, HasSubstr("orlocal export --salvage"));
       EXPECT_EQ(usedInAChild(damaged), "") << damage.sql;
     }
+  }
+}
+
+TEST_F(DamagedFile, IsRefusedWithAnIndexOfWordsOfAnotherKind) {
+  constexpr Damage kDamages[] = {
+      {"DROP TABLE search", "search"},
+      {"DROP TABLE search; CREATE VIRTUAL TABLE search USING fts5(words)", "search"},
+      {"DROP TABLE search_idx", "search_idx"},
+      {"ALTER TABLE search_content RENAME TO hidden; CREATE VIEW search_content AS SELECT * FROM hidden", "hidden"},
+      {"ALTER TABLE changes DROP COLUMN calendar", "changes"},
+  };
+  for (const Damage& damage : kDamages) {
+    const auto damaged = copied();
+    execute(damaged, damage.sql);
+    const auto failed = firstFailure(damaged);
+    ASSERT_TRUE(failed) << damage.sql;
+    EXPECT_EQ(failed->code, ErrorCode::kCorrupt) << damage.sql;
+    EXPECT_THAT(failed->message, HasSubstr(std::string("\"") + damage.named)) << damage.sql;
+    EXPECT_EQ(usedInAChild(damaged), "") << damage.sql;
   }
 }
 

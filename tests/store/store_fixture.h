@@ -49,7 +49,12 @@ inline std::string shown(Moment moment) {
 /// SQL that makes a store's file one of an earlier version.
 inline std::string backToVersion(int version) {
   std::string sql;
-  if (version < 5) { sql += "DROP TABLE journal; DROP TABLE journal_items; DROP TABLE alarm_rings;"; }
+  if (version < 5) {
+    sql =
+        "DROP TABLE journal; DROP TABLE journal_items; DROP TABLE alarm_rings;"
+        "DROP TABLE search; ALTER TABLE changes DROP COLUMN calendar; ALTER TABLE changes DROP COLUMN title;"
+        "ALTER TABLE changes DROP COLUMN made;";
+  }
   if (version < 4) {
     for (const char* table : {"remotes", "mirrors", "resources", "resource_parts", "unsent", "conflicts"}) {
       sql += std::string("DROP TABLE ") + table + ";";

@@ -4,6 +4,7 @@
 #include "host/commands/alarms/alarm_commands.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
+#include "host/commands/guide/guide_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
@@ -13,30 +14,42 @@
 namespace orlocal::host {
 
 void registerAllCommands(CommandLine& line) {
-  registerConsole(line);
-  registerCalcCommands(line);
-  registerTestCommand(line);
-  registerListingCommands(line);
-  CLI::App& calendars = registerCalendarsCommand(line);
+  registerConsole(line, registerAllCommands);
+  line.startGroup("Look");
   registerAgendaCommand(line);
+  registerRemindersCommand(line);
+  registerShowCommand(line);
+  registerSearchCommand(line);
+  line.startGroup("Change");
   registerNewCommand(line);
   registerEditCommand(line);
   registerRemoveCommand(line);
   registerMoveCommand(line);
   registerReminderCommands(line);
   registerUndoCommand(line);
+  CLI::App& calendars = registerCalendarsCommand(line);
+  registerCalendarChanges(line, calendars);
+  line.startGroup("Files");
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);
+  line.startGroup("Watching");
   registerAlarmCommands(line);
   registerWatchCommand(line);
+  line.startGroup("Accounts");
   registerAccountCommands(line);
   registerSyncCommand(line);
   registerSubscribeCommands(line);
   registerConflictCommands(line);
-  registerCalendarChanges(line, calendars);
+  line.startGroup("Scripting");
+  registerCalcCommands(line);
+  registerTestCommand(line);
+  registerListingCommands(line);
+  line.startGroup("Set-up");
   registerSettingsCommand(line);
   registerDoctorCommand(line);
+  registerCompletionCommands(line);
+  registerHelpCommand(line);
 }
 
 }  // namespace orlocal::host

@@ -1,10 +1,14 @@
 #include "host/console/completion.h"
 
 #include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
 
 #include "base/text.h"
 #include "host/calc/builtins.h"
 #include "host/calc/lexer.h"
+#include "host/console/plugin_words.h"
 
 namespace orlocal::host {
 
@@ -41,7 +45,29 @@ std::size_t agreement(const std::vector<Candidate>& candidates) {
     }
     length = same;
   }
+  // Letters beyond ASCII are kept whole.
+  const auto isWithinLetter = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
+  while (length > 0 && length < candidates.front().name.size() && isWithinLetter(candidates.front().name[length])) {
+    --length;
+  }
   return length;
+}
+
+/// In order, and as far as they agree behind what was typed.
+Completion completionOf(std::vector<Candidate> matching, std::size_t typed) {
+  Completion completion{.insertion = {}, .matching = std::move(matching)};
+  if (completion.matching.empty()) { return completion; }
+  std::ranges::sort(completion.matching, {}, &Candidate::name);
+  const std::size_t agreed = std::max(agreement(completion.matching), typed);
+  completion.insertion = completion.matching.front().name.substr(typed, agreed - typed);
+  return completion;
+}
+
+Completion completeText(const TextPlace& place, std::vector<Candidate> candidates) {
+  std::erase_if(candidates, [&](const Candidate& candidate) { return !candidate.name.starts_with(place.typed); });
+  Completion completion = completionOf(std::move(candidates), place.typed.size());
+  if (completion.matching.size() == 1) { completion.insertion += '"'; }
+  return completion;
 }
 
 }  // namespace
@@ -58,12 +84,26 @@ std::vector<Candidate> candidatesFor(const calc::FunctionLibrary& library, const
   return candidates;
 }
 
-Completion complete(std::string_view beforeCursor, const std::vector<Candidate>& candidates) {
-  Completion completion;
+std::vector<Candidate> keywordsFor(const TextPlace& place) {
+  std::vector<Candidate> keywords;
+  for (const WordKind kind : kindsFor(place.function, place.argument)) {
+    for (const PluginWord& row : pluginWords()) {
+      if (row.kind == kind) {
+        keywords.push_back({std::string(row.word), fmt::format("{}  {}", row.word, row.meaning), false});
+      }
+    }
+  }
+  return keywords;
+}
+
+Completion complete(std::string_view beforeCursor, const std::vector<Candidate>& candidates,
+                    const TextCandidates& texts) {
+  if (const auto place = textPlaceAt(beforeCursor)) { return completeText(*place, texts(*place)); }
+  std::vector<Candidate> matching;
   const std::string_view typed = nameAtEnd(beforeCursor);
   const auto take = [&](const Candidate& candidate) {
     if (equalsNoCase(std::string_view(candidate.name).substr(0, typed.size()), typed)) {
-      completion.matching.push_back(candidate);
+      matching.push_back(candidate);
     }
   };
   if (isInsideGet(beforeCursor.substr(0, beforeCursor.size() - typed.size()))) {
@@ -73,10 +113,7 @@ Completion complete(std::string_view beforeCursor, const std::vector<Candidate>&
   } else if (!typed.empty()) {
     std::ranges::for_each(candidates, take);
   }
-  if (completion.matching.empty()) { return completion; }
-  std::ranges::sort(completion.matching, {}, &Candidate::name);
-  completion.insertion =
-      completion.matching.front().name.substr(typed.size(), agreement(completion.matching) - typed.size());
+  Completion completion = completionOf(std::move(matching), typed.size());
   if (completion.matching.size() == 1 && completion.matching.front().opens) { completion.insertion += " ( "; }
   return completion;
 }

@@ -10,20 +10,26 @@
 #include "host/calc/line_joiner.h"
 #include "host/calc/rendering.h"
 #include "host/console/completion.h"
+#include "host/console/language_help.h"
+#include "host/console/plugin_words.h"
 
 namespace orlocal::host {
 
 namespace {
 
 constexpr std::string_view kPrompt = "> ";
+/// What the plug-in's functions return when they could not do their work.
+constexpr std::string_view kErrorResult = "!!ERROR!!";
 constexpr std::string_view kContinuation = "… ";
 
 constexpr std::string_view kHelp =
     "Type a calculation; it goes on over several lines while a bracket is open.\n"
-    "  help NAME    shows the functions whose names begin so, with their arguments\n"
+    "  help NAME    shows what a function or a keyword of the plug-in means, and the\n"
+    "               functions whose names begin so\n"
     "  variables    shows the $ and $$ variables that hold something\n"
+    "  .agenda      runs that command of the program, with its words; .help lists all\n"
     "  quit         ends (or Ctrl-D); Ctrl-C clears the line\n"
-    "The tab key completes names.\n";
+    "The tab key completes names, and within texts keywords and titles of calendars.\n";
 
 /// An entry of several lines is recalled as one, unless a comment to the end of a line would swallow the rest.
 std::vector<std::string> recallable(const std::vector<std::string>& lines) {
@@ -33,6 +39,12 @@ std::vector<std::string> recallable(const std::vector<std::string>& lines) {
     joined += joined.empty() ? line : " " + std::string(trimmed(line));
   }
   return {joined};
+}
+
+/// ".agenda", and not ".5".
+bool isCommand(std::string_view word) {
+  const char second = word.size() > 1 ? asciiLower(word[1]) : '\0';
+  return word.starts_with('.') && second >= 'a' && second <= 'z';
 }
 
 bool asksToStop(const std::string& entry) {
@@ -84,6 +96,9 @@ void Console::obey(const std::string& entry) {
       m_parts.out << calc::harmless(name) << " = ";
       show(m_parts.evaluate(name), name);
     }
+  } else if (isCommand(word)) {
+    m_parts.out.flush();
+    m_failed = !m_parts.command(word.substr(1)) || m_failed;
   } else {
     show(m_parts.evaluate(entry), entry);
   }
@@ -91,16 +106,39 @@ void Console::obey(const std::string& entry) {
 }
 
 void Console::help(const std::string& name) {
+  const bool function = helpOnFunction(name);
+  if (helpOnKeyword(name) || function) { return; }
+  m_parts.out << "no function's name begins with " << calc::harmless(name) << ", and it is no keyword\n";
+}
+
+bool Console::helpOnFunction(const std::string& name) {
   const Completion found = complete(name, candidatesFor(m_parts.library, {}));
-  if (found.matching.empty()) { m_parts.out << "no function's name begins with " << calc::harmless(name) << '\n'; }
   for (const Candidate& candidate : found.matching) { m_parts.out << calc::harmless(candidate.prototype) << '\n'; }
+  const LanguageHelp* own = languageHelpOn(name);
+  if (own != nullptr) {
+    m_parts.out << (found.matching.empty() ? fmt::format("{}\n", own->example) : "")
+                << fmt::format("    {}\n", own->meaning)
+                << (own->result.empty() ? "" : fmt::format("    Example: {} is {}\n", own->example, own->result));
+  }
   for (const calc::Signature& signature : m_parts.library.signatures()) {
+    if (!equalsNoCase(signature.name, name)) { continue; }
     // The text of a description stands behind its type-ahead words.
     const std::size_t bar = signature.description.find('|');
-    if (equalsNoCase(signature.name, name)) {
-      m_parts.out << "    " << calc::harmless(signature.description.substr(bar + 1)) << '\n';
-    }
+    const std::string text = signature.description.substr(bar + 1);
+    m_parts.out << "    " << calc::harmless(trimmed(text)) << '\n';
+    if (const auto example = exampleOf(name); !example.empty()) { m_parts.out << "    Example: " << example << '\n'; }
   }
+  return own != nullptr || !found.matching.empty();
+}
+
+bool Console::helpOnKeyword(const std::string& name) {
+  bool known = false;
+  for (const PluginWord& row : pluginWords()) {
+    if (!equalsNoCase(row.word, name)) { continue; }
+    m_parts.out << fmt::format("\"{}\" ({}): {}\n", row.word, nameOf(row.kind), row.meaning);
+    known = true;
+  }
+  return known;
 }
 
 void Console::show(const Result<calc::Outcome>& outcome, const std::string& entry) {
@@ -115,7 +153,9 @@ void Console::show(const Result<calc::Outcome>& outcome, const std::string& entr
   if (outcome->value.isEmpty() && outcome->value.isValid()) {
     m_parts.out << dim("(empty)") << '\n';
   } else if (lines.size() == 1) {
-    m_parts.out << shown(lines.front()) << "  " << dim(fmt::format("({})", type)) << '\n';
+    const auto reason = lines.front() == kErrorResult ? m_parts.lastError() : std::nullopt;
+    m_parts.out << shown(lines.front()) << "  " << dim(fmt::format("({})", type))
+                << (reason ? "  " + calc::harmless(*reason) : "") << '\n';
   } else {
     for (const std::string& line : lines) { m_parts.out << shown(line) << '\n'; }
     m_parts.out << dim(fmt::format("({}, {} lines)", type, lines.size())) << '\n';

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,12 +21,16 @@ struct ConsoleParts {
   const calc::FunctionLibrary& library;
   std::function<Result<calc::Outcome>(std::string_view)> evaluate;
   std::function<std::vector<std::string>()> variables;  ///< the session's, for `variables`
+  /// Why the plug-in's last call failed; none when it did not, or nobody knows.
+  std::function<std::optional<std::string>()> lastError = [] { return std::nullopt; };
+  /// Runs a command of the program, given as its words stand behind the dot; true when it did what it should.
+  std::function<bool(std::string_view)> command = [](std::string_view) { return false; };
 };
 
 /// Reads calculations and shows each result with its type, until `quit` or the end of the input.
 ///
 /// A calculation goes on over several lines while a bracket is open. Besides calculations it knows the words `help`,
-/// `help NAME`, `variables` and `quit` (or `exit`).
+/// `help NAME`, `variables` and `quit` (or `exit`), and the commands of the program with a dot before them.
 class Console {
  public:
   explicit Console(ConsoleParts parts) : m_parts(std::move(parts)) {}
@@ -36,6 +41,8 @@ class Console {
  private:
   void obey(const std::string& entry);
   void help(const std::string& name);
+  bool helpOnFunction(const std::string& name);
+  bool helpOnKeyword(const std::string& name);
   void show(const Result<calc::Outcome>& outcome, const std::string& entry);
   std::string dim(const std::string& text) const;
 

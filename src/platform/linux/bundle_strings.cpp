@@ -1,7 +1,5 @@
 #include "platform/linux/bundle_strings.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -10,7 +8,7 @@
 
 #include <dlfcn.h>
 
-#include "base/settings.h"
+#include "base/languages.h"
 #include "platform/linux/strings_table.h"
 
 namespace orlocal {
@@ -36,9 +34,7 @@ std::optional<std::string> contentsOf(const fs::path& file) {
 
 fs::path ownResources() {
   Dl_info info{};
-  if (dladdr(reinterpret_cast<const void*>(&preferredLanguages), &info) == 0 || info.dli_fname == nullptr) {
-    return {};
-  }
+  if (dladdr(reinterpret_cast<const void*>(&ownResources), &info) == 0 || info.dli_fname == nullptr) { return {}; }
   return fs::path(info.dli_fname).replace_extension(".resources");
 }
 
@@ -77,54 +73,7 @@ class LinuxBundleStrings : public BundleStrings {
   std::map<std::string, Tables, std::less<>> m_tables;
 };
 
-std::string_view variable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
-/// "de_CH.UTF-8@euro" without what follows the dot or the at sign. Empty for what could not be a folder's name.
-std::string_view languageAndRegion(std::string_view locale) {
-  locale = locale.substr(0, locale.find_first_of(".@"));
-  const bool isName = std::all_of(locale.begin(), locale.end(), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
-  });
-  return isName ? locale : std::string_view();
-}
-
-bool isUntranslated(std::string_view name) { return name.empty() || name == "C" || name == "POSIX"; }
-
-void append(std::vector<std::string>& languages, std::string_view locale) {
-  const auto name = languageAndRegion(locale);
-  if (isUntranslated(name)) { return; }
-  languages.emplace_back(name);
-  if (const auto region = name.find_first_of("_-"); region != std::string_view::npos) {
-    languages.emplace_back(name.substr(0, region));
-  }
-}
-
 }  // namespace
-
-std::vector<std::string> preferredLanguages() {
-  std::string_view locale;
-  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-    locale = variable(name);
-    if (!locale.empty()) { break; }
-  }
-  std::vector<std::string> languages;
-  std::string_view list = isUntranslated(locale) && !locale.empty() ? std::string_view() : variable("LANGUAGE");
-  if (list.empty()) { list = locale; }
-  // A server's process is started with no language, or with the one of nobody ("C").
-  const auto set = isUntranslated(languageAndRegion(list)) ? Settings::ofUser().fileValue(Setting::kLanguage)
-                                                           : std::optional<SettingValue>();
-  if (set) { list = set->text; }
-  for (std::size_t begin = 0; begin <= list.size();) {
-    const auto end = std::min(list.find(':', begin), list.size());
-    append(languages, list.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  languages.emplace_back(kEnglish);
-  return languages;
-}
 
 std::unique_ptr<BundleStrings> makeBundleStrings(fs::path folder, std::vector<std::string> languages) {
   return std::make_unique<LinuxBundleStrings>(std::move(folder), std::move(languages));

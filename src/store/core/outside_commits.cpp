@@ -33,12 +33,16 @@ struct Fate {
   Subject subject;
   bool inserted = false;
   bool deleted = false;
+  Departed departed;
 
   void take(const LoggedChange& change) {
     // A changed occurrence that comes or goes changes its series.
     const Operation operation = change.series ? Operation::kUpdated : change.operation;
     if (operation == Operation::kInserted) { inserted = true; }
-    if (operation == Operation::kDeleted) { deleted = true; }
+    if (operation == Operation::kDeleted) {
+      deleted = true;
+      departed = change.departed;
+    }
   }
 
   void addTo(OutsideCommit& commit) const {
@@ -48,6 +52,7 @@ struct Fate {
     ChangedRecords& records = *recordsOf(commit, subject);
     auto& list = deleted ? records.deleted : inserted ? records.inserted : records.updated;
     list.push_back(uuid.text());
+    if (deleted) { records.departed.push_back(departed); }
   }
 };
 
@@ -56,12 +61,16 @@ class Collector {
  public:
   void take(const LoggedChange& change) {
     const auto [place, isNew] = m_places.try_emplace(change.uuid, m_fates.size());
-    if (isNew) { m_fates.push_back({.uuid = change.uuid, .subject = change.subject}); }
+    if (isNew) { m_fates.push_back({.uuid = change.uuid, .subject = change.subject, .departed = {}}); }
     m_fates[place->second].take(change);
+    m_made = change.made;
+    m_upTo = change.seq;
   }
 
   void finishInto(std::vector<OutsideCommit>& commits) {
     OutsideCommit commit;
+    commit.made = m_made;
+    commit.upTo = m_upTo;
     for (const Fate& fate : m_fates) { fate.addTo(commit); }
     if (!commit.empty()) { commits.push_back(std::move(commit)); }
     m_places.clear();
@@ -71,6 +80,8 @@ class Collector {
  private:
   std::map<Uuid, std::size_t> m_places;
   std::vector<Fate> m_fates;
+  std::optional<Moment> m_made;
+  std::int64_t m_upTo = 0;
 };
 
 }  // namespace

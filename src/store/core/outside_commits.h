@@ -1,14 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/result.h"
+#include "store/file/change_log.h"
+#include "store/time/time.h"
 
 namespace orlocal::store {
-
-class ChangeLog;
 
 /// A place in the log of changes.
 struct LogPosition {
@@ -20,6 +21,7 @@ struct LogPosition {
 /// which they were touched. What was both inserted and deleted is in none.
 struct ChangedRecords {
   std::vector<std::string> inserted, updated, deleted;
+  std::vector<Departed> departed;  ///< what is known of each of `deleted`, in their order
 
   bool empty() const { return inserted.empty() && updated.empty() && deleted.empty(); }
 };
@@ -30,6 +32,8 @@ struct OutsideCommit {
   ChangedRecords reminders;
   ChangedRecords calendars;
   ChangedRecords reminderLists;
+  std::optional<Moment> made;  ///< none of what was written before the log had it
+  std::int64_t upTo = 0;       ///< the last of its rows in the log that it was made of: a place to go on from
 
   bool empty() const { return events.empty() && reminders.empty() && calendars.empty() && reminderLists.empty(); }
 };

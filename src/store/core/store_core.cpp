@@ -341,8 +341,9 @@ Status StoreCore::removeItem(const Item& item) {
   ORLOCAL_CHECK(timeline.remove(item.id, before->shelf, before->shelfStart));
   ORLOCAL_CHECK(rows.remove(item.id));
   forget(item.id, item.series);
-  return log.record(item.series ? Operation::kUpdated : Operation::kDeleted, subjectOf(item), item.id, item.series,
-                    publicUuid(item));
+  if (item.series) { return log.record(Operation::kUpdated, subjectOf(item), item.id, item.series, publicUuid(item)); }
+  return log.record(Operation::kDeleted, subjectOf(item), item.id, std::nullopt, publicUuid(item),
+                    {item.title, item.calendar});
 }
 
 Status StoreCore::removeCalendar(const Calendar& calendar) {
@@ -360,7 +361,8 @@ Status StoreCore::removeCalendar(const Calendar& calendar) {
 Status StoreCore::logCalendar(Operation operation, const Calendar& calendar) {
   forgetCalendars();
   return log.record(operation, calendar.kind == CalendarKind::kReminders ? Subject::kReminderList : Subject::kCalendar,
-                    calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()));
+                    calendar.id, std::nullopt, Uuid::parse(calendar.identifier).value_or(Uuid()),
+                    operation == Operation::kDeleted ? Departed{calendar.title} : Departed());
 }
 
 WriteTurn::~WriteTurn() {

@@ -4,6 +4,7 @@
 
 #include "base/try.h"
 #include "store/file/checked_row.h"
+#include "store/time/clock.h"
 
 namespace orlocal::store {
 namespace {
@@ -11,6 +12,15 @@ namespace {
 constexpr const char* kLog = "The log of changes";
 /// Past so many changes by others, forgetting everything costs less than looking at each.
 constexpr std::int64_t kFew = 2'000;
+/// Bytes of a title: what nobody would read to its end is not kept to its end.
+constexpr std::size_t kLongestTitle = 300;
+
+std::string_view beginningOf(std::string_view text) {
+  if (text.size() <= kLongestTitle) { return text; }
+  std::size_t end = kLongestTitle;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) { --end; }
+  return text.substr(0, end);
+}
 
 }  // namespace
 
@@ -24,12 +34,13 @@ Status ChangeLog::startCommit() {
   m_firstOfCommit = m_last + 1;
   m_commit = (found ? row.number(1) : 0) + 1;
   if (!row.sound()) { return damaged(m_database, kLog); }
+  m_made = std::chrono::floor<std::chrono::seconds>(now()).time_since_epoch().count();
   return {};
 }
 
 Status ChangeLog::record(Operation operation, Subject subject, std::int64_t row, std::optional<ItemId> series,
-                         const Uuid& uuid) {
-  m_recorded.push_back({operation, subject, row, series, uuid});
+                         const Uuid& uuid, Departed departed) {
+  m_recorded.push_back({operation, subject, row, series, uuid, std::move(departed)});
   ++m_last;
   return m_recorded.size() < kRowsAtOnce ? Status() : writeRecorded();
 }
@@ -40,7 +51,10 @@ Status ChangeLog::writeRecorded() {
     insert.bind(before + 3, static_cast<std::int64_t>(change.operation));
     insert.bind(before + 4, static_cast<std::int64_t>(change.subject)).bind(before + 5, change.row);
     change.series ? insert.bind(before + 6, *change.series) : insert.bindNull(before + 6);
-    insert.bindBlob(before + 7, change.uuid.bytes());
+    insert.bindBlob(before + 7, change.uuid.bytes()).bind(before + 8, m_made);
+    const auto& [title, calendar] = change.departed;
+    title ? insert.bind(before + 9, beginningOf(*title)) : insert.bindNull(before + 9);
+    calendar != 0 ? insert.bind(before + 10, calendar) : insert.bindNull(before + 10);
   };
   ORLOCAL_CHECK(m_insert.write(m_database, std::span<const Recorded>(m_recorded), bind));
   m_recorded.clear();
@@ -84,6 +98,17 @@ Result<bool> ChangeLog::fewBetween(std::int64_t seen, std::int64_t newest) {
   return first <= seen + 1;
 }
 
+Result<std::int64_t> ChangeLog::newestBefore(Moment moment) {
+  const auto seconds = std::chrono::ceil<std::chrono::seconds>(moment).time_since_epoch().count();
+  Statement& before = m_before.in(m_database).bind(1, std::int64_t{seconds});
+  const ResetAtExit reset(before);
+  ORLOCAL_TRY(const bool found, before.step());
+  CheckedRow row(before);
+  const std::int64_t seq = found && !row.isNull(0) ? row.id(0) : 0;
+  if (!row.sound()) { return damaged(m_database, kLog); }
+  return seq;
+}
+
 Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const LoggedChange&)>& visit) {
   Statement& after = m_after.in(m_database);
   const ResetAtExit reset(after);
@@ -101,6 +126,9 @@ Status ChangeLog::visitAfter(std::int64_t seq, const std::function<void(const Lo
     change.row = row.number(5);
     change.series = row.optionalId(6);
     if (!row.isNull(7)) { change.uuid = row.uuid(7); }
+    if (!row.isNull(8)) { change.made = Moment(std::chrono::seconds(row.seconds(8))); }
+    change.departed.title = row.optionalText(9);
+    change.departed.calendar = row.optionalId(10).value_or(0);
     if (!row.sound() || change.seq <= last) { return damaged(m_database, kLog); }
     last = change.seq;
     visit(change);

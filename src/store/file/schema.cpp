@@ -93,7 +93,8 @@ CREATE TABLE conflicts(
   id INTEGER PRIMARY KEY AUTOINCREMENT, mirror INTEGER NOT NULL, key TEXT NOT NULL, item INTEGER, title TEXT NOT NULL,
   fields TEXT NOT NULL, mine TEXT, theirs TEXT, made INTEGER NOT NULL);
 )sql",
-    // What commands of people replaced, so that they can be undone; and what became of alarms.
+    // What commands of people replaced, so that they can be undone. The words of items, and what the log has to say of
+    // what is gone. What became of alarms.
     R"sql(
 CREATE TABLE journal(
   id INTEGER PRIMARY KEY AUTOINCREMENT, command INTEGER NOT NULL, person TEXT NOT NULL, words TEXT NOT NULL,
@@ -101,6 +102,10 @@ CREATE TABLE journal(
 CREATE TABLE journal_items(
   part INTEGER NOT NULL, item INTEGER NOT NULL, main INTEGER NOT NULL, before BLOB, PRIMARY KEY(part, item))
   WITHOUT ROWID;
+CREATE VIRTUAL TABLE search USING fts5(words, detail=none, columnsize=0, tokenize='ascii');
+ALTER TABLE changes ADD COLUMN made INTEGER;
+ALTER TABLE changes ADD COLUMN title TEXT;
+ALTER TABLE changes ADD COLUMN calendar INTEGER;
 CREATE TABLE alarm_rings(
   item INTEGER NOT NULL, original INTEGER NOT NULL, moment INTEGER NOT NULL, number INTEGER NOT NULL, rung INTEGER,
   snoozed INTEGER, acknowledged INTEGER, PRIMARY KEY(item, original, moment, number)) WITHOUT ROWID;

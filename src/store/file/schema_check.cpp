@@ -20,11 +20,17 @@ constexpr std::string_view kStatistics = "sqlite_stat";
 /// Of UNIQUE and PRIMARY KEY, and part of its table's definition.
 constexpr std::string_view kImplied = "sqlite_autoindex_";
 
+/// SQLite keeps the index of words in tables of its own making, which nobody else can write through SQLite's interface.
+constexpr std::string_view kWordTables[] = {"search_data", "search_idx", "search_content", "search_config"};
+
 struct Definition {
   std::string_view name;
-  std::string_view sql;  ///< as sqlite_schema has it: as it was written, to before the semicolon
+  std::string sql;  ///< as sqlite_schema has it: as it was written, to before the semicolon; of theirs its beginning
   bool table = false;
   bool found = false;
+  bool ours = true;  ///< SQLite's otherwise, which defines it in its own way
+
+  bool fits(std::string_view text) const { return ours ? text == sql : text.starts_with(sql); }
 };
 
 Definition* definitionOf(std::vector<Definition>& ours, std::string_view name) {
@@ -32,24 +38,52 @@ Definition* definitionOf(std::vector<Definition>& ours, std::string_view name) {
   return found == ours.end() ? nullptr : &*found;
 }
 
+std::string_view upTo(std::string_view text, std::string_view end) { return text.substr(0, text.find_first_of(end)); }
+
+void addMade(std::vector<Definition>& made, std::string_view sql) {
+  const bool table = sql.starts_with("CREATE TABLE ");
+  constexpr std::string_view kKinds[] = {"TABLE ", "INDEX "};
+  std::string_view name = sql;
+  for (const std::string_view kind : kKinds) {
+    if (const auto at = sql.find(kind); at != std::string_view::npos && at < name.size()) {
+      name = sql.substr(at + kind.size());
+    }
+  }
+  name = upTo(name, "( ");
+  if (Definition* before = definitionOf(made, name); before != nullptr) {
+    before->sql = sql;
+  } else {
+    made.push_back({name, std::string(sql), table});
+  }
+  if (!sql.starts_with("CREATE VIRTUAL ")) { return; }
+  for (const std::string_view each : kWordTables) {
+    made.push_back({each, "CREATE TABLE '" + std::string(each) + "'", false, false, false});
+  }
+}
+
+/// "ALTER TABLE name ADD COLUMN definition": SQLite puts it before the parenthesis that closes the table's.
+void addColumn(std::vector<Definition>& made, std::string_view sql) {
+  constexpr std::string_view kBegin = "ALTER TABLE ", kAdded = " ADD COLUMN ";
+  Definition* table = definitionOf(made, upTo(sql.substr(kBegin.size()), " "));
+  const std::string_view column = sql.substr(sql.find(kAdded) + kAdded.size());
+  table->sql.replace(table->sql.rfind(')'), 1, fmt::format(", {})", column));
+}
+
 /// Comparing costs less than running the steps on a database in memory. What a later step makes anew counts as that
-/// made it; a step that alters a table will have to give its outcome here.
+/// made it.
 std::vector<Definition> definitionsIn(std::span<const char* const> steps) {
   std::vector<Definition> made;
   for (const std::string_view step : steps) {
-    for (std::size_t at = step.find("CREATE "); at != std::string_view::npos; at = step.find("CREATE ", at + 1)) {
+    for (std::size_t at = 0; at < step.size();) {
       const std::string_view sql = step.substr(at, step.find(";\n", at) - at);
-      const bool table = sql.starts_with("CREATE TABLE ");
-      std::string_view name = sql.substr(table ? 13 : sql.find("INDEX ") + 6);
-      name = name.substr(0, name.find_first_of("( "));
-      if (Definition* before = definitionOf(made, name); before != nullptr) {
-        before->sql = sql;
-      } else {
-        made.push_back({name, sql, table, false});
-      }
+      const auto begin = sql.find_first_not_of('\n');
+      const std::string_view statement = begin == std::string_view::npos ? std::string_view() : sql.substr(begin);
+      if (statement.starts_with("CREATE ")) { addMade(made, statement); }
+      if (statement.starts_with("ALTER ")) { addColumn(made, statement); }
+      at += sql.size() + 2;
     }
   }
-  made.push_back({kSequenceName, kSequenceTable, true, false});
+  made.push_back({kSequenceName, std::string(kSequenceTable), true});
   return made;
 }
 
@@ -74,7 +108,7 @@ Status checkDefinitions(Database& database, std::span<const char* const> steps) 
     if (name.starts_with(kImplied) && read.isNull(2) && definitionOf(ours, read.text(1)) != nullptr) { continue; }
     Definition* known = definitionOf(ours, name);
     if (known == nullptr || known->found) { return refused(database, name, "does not belong there"); }
-    if (known->sql != read.text(2)) { return refused(database, name, "is defined in another way"); }
+    if (!known->fits(read.text(2))) { return refused(database, name, "is defined in another way"); }
     known->found = true;
   }
   for (const Definition& each : ours) {

@@ -55,8 +55,16 @@ bool isForWantOfRoom(int result, sqlite3* handle) {
   return error == ENOSPC || error == EDQUOT;
 }
 
+/// An index of words that does not know its own kind fails like a statement that nobody could run.
+bool isOfADamagedIndex(int result, sqlite3* handle) {
+  if (result != SQLITE_ERROR || handle == nullptr) { return false; }
+  const std::string_view message = sqlite3_errmsg(handle);
+  return message.find("fts5") != message.npos || message.starts_with("vtable constructor failed");
+}
+
 Failed sqliteFailure(int result, const std::string& file, sqlite3* handle) {
   if (isForWantOfRoom(result, handle)) { result = SQLITE_FULL; }
+  if (isOfADamagedIndex(result, handle)) { result = SQLITE_CORRUPT; }
   const std::string quoted = fmt::format("\"{}\"", file);
   for (const Explanation& explanation : kExplanations) {
     if (explanation.sqliteCode == (result & 0xff)) {
@@ -285,6 +293,13 @@ Status Database::execute(const char* sql) {
   const int result = sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr);
   if (result != SQLITE_OK) { return sqliteFailure(result, m_file.string(), m_handle); }
   return {};
+}
+
+Status Database::executeOnIndex(const char* sql) {
+  sqlite3_db_config(m_handle, SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
+  auto status = execute(sql);
+  sqlite3_db_config(m_handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  return status;
 }
 
 Status Database::take(Turn turn) {

@@ -110,6 +110,8 @@ class Database {
   Result<Statement> prepare(std::string_view sql);
   /// Runs statements that give no rows.
   Status execute(const char* sql);
+  /// The same where the tables that SQLite keeps an index of words in may be written.
+  Status executeOnIndex(const char* sql);
   Result<std::int64_t> integerOf(const char* sql);
 
   bool readOnly() const;

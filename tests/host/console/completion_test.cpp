@@ -70,6 +70,28 @@ TEST_F(CompletionTest, CompletesVariables) {
   EXPECT_EQ(at("$$").insertion, "all");
 }
 
+TEST_F(CompletionTest, CompletesKeywordsWithinATextAndClosesIt) {
+  EXPECT_EQ(at("Orlo_SaveItem( \"event\" ; \"fu").insertion, "ture\"");
+  EXPECT_THAT(shownAt("Orlo_SaveItem( \"event\" ; \"fu"),
+              ElementsAre("future  the open occurrence and the later ones"));
+  EXPECT_EQ(at("Orlo_NewItem( \"re").insertion, "minder");
+  EXPECT_EQ(at("Orlo_GetProperty( \"event\" ; \"start").insertion, "date\"");
+  EXPECT_THAT(shownAt("Orlo_NewItem( \"nonsense"), IsEmpty());
+}
+
+TEST_F(CompletionTest, CompletesNoNamesWithinAText) { EXPECT_THAT(shownAt("\"orlo_"), IsEmpty()); }
+
+TEST_F(CompletionTest, CompletesWhatItsCallerKnowsOfTexts) {
+  const auto titles = [](const TextPlace& place) {
+    EXPECT_EQ(place.function, "Open");
+    return std::vector<Candidate>{{"Work", "Work", false}, {"Wörk", "Wörk", false}, {"Wärk", "Wärk", false}};
+  };
+  EXPECT_EQ(complete("Open( \"", {}, titles).insertion, "W");
+  EXPECT_EQ(complete("Open( \"W", {}, titles).insertion, "");
+  EXPECT_EQ(complete("Open( \"Wo", {}, titles).insertion, "rk\"");
+  EXPECT_EQ(complete("Open( \"wo", {}, titles).insertion, "");
+}
+
 TEST_F(CompletionTest, DoesNothingWithoutAName) {
   EXPECT_THAT(shownAt(""), IsEmpty());
   EXPECT_THAT(shownAt("1 + "), IsEmpty());

@@ -54,7 +54,13 @@ class ConsoleTest : public ::testing::Test {
                      .colors = colors,
                      .library = library,
                      .evaluate = [this](std::string_view calculation) { return session.evaluate(calculation); },
-                     .variables = [this] { return session.variableNames(); }});
+                     .variables = [this] { return session.variableNames(); },
+                     .lastError = [this] { return lastError; },
+                     .command =
+                         [this](std::string_view words) {
+                           commands.emplace_back(words);
+                           return words == "agenda";
+                         }});
     succeeded = console.run();
     return out.str();
   }
@@ -63,6 +69,8 @@ class ConsoleTest : public ::testing::Test {
   calc::Session session{library};
   TypedLines source;
   bool succeeded = false;
+  std::optional<std::string> lastError;
+  std::vector<std::string> commands;
 };
 
 TEST_F(ConsoleTest, ShowsEachResultWithItsType) {
@@ -111,6 +119,31 @@ TEST_F(ConsoleTest, HelpsWithItselfAndWithFunctions) {
   EXPECT_EQ(shownFor({"help orlo_fail"}), "Orlo_Fail( {type} )\n    Always fails.\n");
   EXPECT_THAT(shownFor({"help left"}), HasSubstr("LeftValues ( text ; numberOfValues )"));
   EXPECT_THAT(shownFor({"help nonsense"}), HasSubstr("no function's name begins with nonsense"));
+}
+
+TEST_F(ConsoleTest, HelpsWithTheFunctionsOfTheLanguage) {
+  EXPECT_EQ(shownFor({"help Length"}),
+            "Length ( text )\n    How many characters a text has.\n    Example: Length ( \"Monday\" ) is 6\n");
+  EXPECT_EQ(shownFor({"help currentdate"}), "Get ( CurrentDate )\n    Today.\n");
+}
+
+TEST_F(ConsoleTest, HelpsWithKeywords) {
+  EXPECT_EQ(shownFor({"help future"}), "\"future\" (span): the open occurrence and the later ones\n");
+}
+
+TEST_F(ConsoleTest, ShowsTheReasonBesideAnError) {
+  lastError = "Item not found. (9001)";
+  EXPECT_EQ(shownFor({"\"!!ERROR!!\"", "\"fine\""}), "!!ERROR!!  (text)  Item not found. (9001)\nfine  (text)\n");
+  lastError.reset();
+  EXPECT_EQ(shownFor({"\"!!ERROR!!\""}), "!!ERROR!!  (text)\n");
+}
+
+TEST_F(ConsoleTest, HandsCommandsOnWithoutTheirDot) {
+  shownFor({".agenda", " .agenda ", ".5"});
+  EXPECT_THAT(commands, ElementsAre("agenda", "agenda"));
+  EXPECT_TRUE(succeeded);
+  shownFor({".month --json"});
+  EXPECT_FALSE(succeeded);
 }
 
 TEST_F(ConsoleTest, ShowsVariables) {

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/languages.h"
 #include "base/settings_files.h"
-#include "platform/linux/bundle_strings.h"
 #include "platform/linux/system_version.h"
 #include "store/location.h"
 #include "store/time/zone.h"

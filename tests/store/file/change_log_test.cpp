@@ -63,5 +63,18 @@ TEST_F(LengthOfTheLog, ShrinksAfterALargeCommitBySmallSteps) {
   EXPECT_LE(length(), ChangeLog::kKept + 1'000);
 }
 
+TEST_F(LengthOfTheLog, KnowsWhenEachCommitWasMade) {
+  const Moment before = *parseMoment("2026-11-02T08:00:00Z");
+  pinClock(before);
+  commit(2);
+  pinClock(before + std::chrono::hours(1));
+  commit(3);
+  pinClock(momentPinnedByUser().value());
+  EXPECT_EQ(*m_log.newestBefore(before), 0);
+  EXPECT_EQ(*m_log.newestBefore(before + std::chrono::microseconds(1)), 2);
+  EXPECT_EQ(*m_log.newestBefore(before + std::chrono::hours(1)), 2);
+  EXPECT_EQ(*m_log.newestBefore(before + std::chrono::hours(2)), 5);
+}
+
 }  // namespace
 }  // namespace orlocal::store

@@ -180,6 +180,31 @@ TEST_F(SchemaOfAFile, OfTheVersionBeforeTheJournalKeepsWhatCommandsReplace) {
   EXPECT_EQ(occurrences(std::nullopt, std::nullopt), before);
 }
 
+TEST_F(SchemaOfAFile, OfTheVersionBeforeSearchingKeepsItsContentAndIsSearched) {
+  store.reset();
+  std::filesystem::remove(file);
+  std::ofstream(file).close();
+  change(contentOf(ORLOCAL_TEST_DATA "/data/format_4.sql").c_str());
+  store = opened();
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).size(), 3u);
+  SearchQuery query;
+  query.text = "zuri";
+  query.calendars = {3, 4};
+  const auto hits = store->search(query);
+  ASSERT_TRUE(hits);
+  ASSERT_EQ(hits->size(), 1u);
+  EXPECT_EQ(read(hits->front().item).title, "Course");
+  // What it deleted has no name there, and what is deleted from now on has.
+  LogPosition begin{.row = 0, .file = 1};
+  ASSERT_TRUE(store->removeReminder(read(5)));
+  const auto commits = *opened()->outsideCommits(begin);
+  ASSERT_EQ(commits.size(), 4u);
+  EXPECT_EQ(commits[2].calendars.departed, std::vector{Departed()});
+  EXPECT_EQ(commits[3].reminders.departed, (std::vector{Departed{"Report", 4}}));
+  EXPECT_FALSE(commits[2].made);
+  EXPECT_TRUE(commits[3].made);
+}
+
 TEST_F(SchemaOfAFile, GivesNoNumberTwice) {
   const Item first = saved(plain("first"));
   ASSERT_TRUE(store->removeEvent(first, std::nullopt, Span::kAll));

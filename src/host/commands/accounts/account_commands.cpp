@@ -132,14 +132,17 @@ void registerAdd(CommandLine& line, CLI::App& account) {
   addCaFileOption(add, words->caFile);
   addSecretOptions(add, words->secret);
   add.footer(
-      "Without a command or file the password is asked for on the terminal, and kept in a file that only you\n"
-      "may read. The store never holds it.");
+      "Without a command or file the password is asked for on the terminal, and kept in a file that only you may\n"
+      "read. The store never holds it.\n"
+      "  orlocal account add https://cloud.example.com --user ada\n"
+      "  orlocal account add ada@example.com --user ada --password-command 'pass show cloud'");
 }
 
 void registerSet(CommandLine& line, CLI::App& account) {
   const auto words = std::make_shared<SetWords>();
   CLI::App& set = line.addUnder(account, "set", "Change where an account's password comes from, its name, and so on.",
                                 [words](CommandContext& context) { return setAccount(*words, context); });
+  set.footer("  orlocal account set Cloud --password\n  orlocal account set Cloud --every 1h");
   set.add_option("account", words->name, "The account; of a subscription only --every can be set")
       ->type_name("NAME")
       ->required();
@@ -159,6 +162,7 @@ void registerNamed(CommandLine& line, CLI::App& account, const char* name, const
   CLI::App& command =
       line.addUnder(account, name, description, [word, body](CommandContext& context) { return body(*word, context); });
   command.add_option("account", *word, "The account or subscription")->type_name("NAME")->required();
+  command.footer(std::string("  orlocal account ") + name + " Cloud");
 }
 
 }  // namespace
@@ -168,7 +172,9 @@ void registerAccountCommands(CommandLine& line) {
       line.addGroup("account", "Accounts on calendar servers: add, set, list, show, pause, resume, remove.");
   registerAdd(line, account);
   registerSet(line, account);
-  line.addUnder(account, "list", "List accounts and subscriptions, and how they are.", listAccounts);
+  account.footer("  orlocal account list");
+  line.addUnder(account, "list", "List accounts and subscriptions, and how they are.", listAccounts)
+      .footer("  orlocal account list --json");
   registerNamed(line, account, "show", "Show an account's calendars, and what could not be carried over.", showAccount);
   registerNamed(line, account, "pause", "Leave an account alone until it is resumed.",
                 [](const std::string& name, CommandContext&) { return setPaused(name, true); });
@@ -178,6 +184,7 @@ void registerAccountCommands(CommandLine& line) {
   CLI::App& remove = line.addUnder(account, "remove",
                                    "Remove an account from the store, after a last sync. Its server keeps what it has.",
                                    [words](CommandContext& context) { return removeAccount(*words, context); });
+  remove.footer("  orlocal account remove Cloud");
   remove.add_option("account", words->name, "The account")->type_name("NAME")->required();
   remove.add_flag("--discard", words->discard, "Without a last sync: what was not sent is lost");
 }

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <ostream>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -114,6 +113,7 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
   CLI::App& add = line.addUnder(calendars, "new", "Make a calendar or reminder list.",
                                 [made, dryRun](CommandContext&) { return makeNew(*made, *dryRun); });
   addDryRun(add);
+  add.footer("  orlocal calendars new Holidays\n  orlocal calendars new Chores --kind reminders --account Cloud");
   add.add_option("title", made->title, "Its title")->type_name("TITLE")->required();
   add.add_option("--account", made->account, "On this account's server, at the next sync (default: here alone)")
       ->type_name("NAME");
@@ -130,6 +130,7 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
       calendars, "rename", "Give a calendar another title.",
       [renamed, dryRun](CommandContext&) { return renameCalendar(renamed->which, renamed->value, *dryRun); });
   addDryRun(renaming);
+  renaming.footer("  orlocal calendars rename Work Office");
   renaming.add_option("calendar", renamed->which, kWhich)->type_name("OLD")->required();
   renaming.add_option("title", renamed->value, "Its title from now on")->type_name("NEW")->required();
 
@@ -138,6 +139,7 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
       calendars, "recolour", "Give a calendar another colour.",
       [recoloured, dryRun](CommandContext&) { return recolour(recoloured->which, recoloured->value, *dryRun); });
   addDryRun(recolouring);
+  recolouring.footer("  orlocal calendars recolour Work '#2E8B57'");
   recolouring.add_option("calendar", recoloured->which, kWhich)->type_name("TITLE")->required();
   recolouring.add_option("colour", recoloured->value, "#RRGGBB, or the name of a colour")
       ->type_name("COLOUR")
@@ -151,12 +153,14 @@ void registerCalendarChanges(CommandLine& line, CLI::App& calendars) {
                     "too, at the next sync.",
                     [removed, dryRun](CommandContext&) { return removeCalendarNamed(*removed, *dryRun); });
   addDryRun(removing);
+  removing.footer("  orlocal calendars remove Holidays");
   removing.add_option("calendar", *removed, kWhich)->type_name("TITLE")->required();
 
   const auto standard = std::make_shared<DefaultWords>();
   CLI::App& choosing =
       line.addUnder(calendars, "default", "Choose where new events or reminders go.",
                     [standard, dryRun](CommandContext& context) { return makeDefault(*standard, *dryRun, context); });
+  choosing.footer("  orlocal calendars default Work");
   choosing.add_option("calendar", standard->which, kWhich)->type_name("TITLE")->required();
   choosing.add_flag("--events", standard->events, "For events");
   choosing.add_flag("--reminders", standard->reminders, "For reminders");

@@ -159,14 +159,17 @@ void registerConflictCommands(CommandLine& line) {
                                  "List what was changed both here and on a server and could not be merged. The\n"
                                  "server's version stands until you decide.",
                                  listConflicts);
+  conflicts.footer("  orlocal conflicts");
   const auto id = std::make_shared<store::ConflictId>(0);
   CLI::App& show = line.addUnder(conflicts, "show", "Show both versions of what differs.",
                                  [id](CommandContext& context) { return showConflict(*id, context); });
+  show.footer("  orlocal conflicts show 3");
   show.add_option("id", *id, "The conflict")->type_name("ID")->required();
 
   const auto words = std::make_shared<KeepWords>();
   CLI::App& keeping = line.addUnder(conflicts, "keep", "Decide which version stands.",
                                     [words](CommandContext& context) { return keepChosen(*words, context); });
+  keeping.footer("  orlocal conflicts keep mine 3 4");
   std::vector<std::string> choices;
   for (const ChoiceWord& row : kChoices) { choices.emplace_back(row.word); }
   keeping

@@ -99,6 +99,7 @@ void registerSubscribeCommands(CommandLine& line) {
   CLI::App& subscribe =
       line.add("subscribe", "Show a calendar that others publish, and keep it up to date (orlocal sync).",
                [words](CommandContext& context) { return runSubscribe(*words, context); });
+  subscribe.footer("  orlocal subscribe webcal://example.com/holidays.ics --name Holidays");
   subscribe.add_option("address", words->address, "Where it is: webcal, http, https, or a local file")
       ->type_name("URL|FILE")
       ->required();
@@ -111,7 +112,8 @@ void registerSubscribeCommands(CommandLine& line) {
   const auto title = std::make_shared<std::string>();
   CLI::App& unsubscribe = line.add("unsubscribe", "End a subscription, and remove its calendar.",
                                    [title](CommandContext& context) { return runUnsubscribe(*title, context); });
-  unsubscribe.add_option("title", *title, "The subscription")->type_name("TITLE")->required();
+  unsubscribe.footer("  orlocal unsubscribe Holidays");
+  unsubscribe.add_option("subscription", *title, "The subscription")->type_name("TITLE")->required();
 }
 
 }  // namespace orlocal::host

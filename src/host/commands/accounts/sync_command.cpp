@@ -183,7 +183,10 @@ void registerSyncCommand(CommandLine& line) {
   sync.add_flag("--follow", words->follow,
                 "Go on until interrupted: changes here go out at once, servers are asked\n"
                 "every minute");
-  sync.footer("Ends with status 1 when an account failed or has new conflicts; the others are synced all the same.");
+  sync.footer(
+      "Ends with status 1 when an account failed or has new conflicts; the others are synced all the same.\n"
+      "  orlocal sync\n"
+      "  orlocal sync Cloud");
 }
 
 }  // namespace orlocal::host

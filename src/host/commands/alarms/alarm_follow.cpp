@@ -1,11 +1,9 @@
 #include "host/commands/alarms/alarm_follow.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "base/try.h"
-#include "host/commands/command_line/store_session.h"
 #include "store/time/clock.h"
 
 namespace orlocal::host {
@@ -78,7 +76,8 @@ Status AlarmFollower::readSnoozed() {
   const std::uint64_t generation = m_store.generation();
   if (generation == m_generation) { return {}; }
   ORLOCAL_TRY(m_snoozed, m_book.snoozed());
-  ORLOCAL_TRY(m_calendars, allCalendars(m_store));
+  ORLOCAL_TRY(auto names, CalendarNames::of(m_store));
+  m_calendars = std::make_shared<const CalendarNames>(std::move(names));
   m_generation = generation;
   return {};
 }

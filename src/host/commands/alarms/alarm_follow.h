@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -88,7 +89,7 @@ class AlarmFollower {
   store::Moment m_notedUpTo;  ///< the same as the store has it
   std::uint64_t m_generation = 0;
   std::vector<store::AlarmRecord> m_snoozed;
-  std::vector<store::Calendar> m_calendars;
+  std::shared_ptr<const CalendarNames> m_calendars;
   std::set<std::string> m_toldTroubles;
 };
 

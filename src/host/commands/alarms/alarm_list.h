@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/result.h"
+#include "host/commands/describing/item_json.h"
 #include "store/alarm_timetable.h"
 #include "store/calendar_store.h"
 
@@ -24,16 +25,18 @@ struct AlarmNews {
   AlarmState state = AlarmState::kComing;
   std::optional<store::Moment> rung;        ///< when it was told last
   std::shared_ptr<const store::Item> item;  ///< whose alarm it is; a changed occurrence where that has its own
-  store::Calendar calendar;
+  std::shared_ptr<const CalendarNames> calendars;
 
   const store::Alarm& alarm() const { return item->alarms[ring.alarm]; }
   /// Opens the event or series, or the reminder.
   const std::string& identifier() const;
+  /// What its calendar is called among the others.
+  std::string calendar() const;
 };
 
-/// None when the item is gone meanwhile. `calendars` are all there are.
+/// None when the item is gone meanwhile.
 Result<std::optional<AlarmNews>> newsOf(store::CalendarStore& store, const store::AlarmRing& ring,
-                                        const std::vector<store::Calendar>& calendars);
+                                        const std::shared_ptr<const CalendarNames>& calendars);
 
 /// What rings in [now, until), what is snoozed, and what has rung and was not dismissed, for a day and as long as what
 /// it is about is not over; of `calendars` alone, in the order in which they ring.

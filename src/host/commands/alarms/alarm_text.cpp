@@ -8,8 +8,9 @@
 
 #include <fmt/format.h>
 
-#include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/describing/item_json.h"
 #include "host/commands/words/day_words.h"
 
 namespace orlocal::host {
@@ -19,7 +20,9 @@ using store::LocalDay;
 using store::Moment;
 
 constexpr std::size_t kWidth = 80;
-constexpr std::size_t kWidestTitle = 36;
+constexpr std::size_t kNarrowestTitle = 20;
+constexpr std::size_t kBeforeState = 9;  ///< "  09:45  "
+constexpr std::size_t kStateWidth = 9;
 constexpr std::size_t kLongestVariable = 32'768;
 constexpr std::chrono::minutes kLate{1};
 
@@ -50,33 +53,9 @@ LocalDay lastDayOf(const About& about, const store::Zone& viewer) {
   return dayOf(std::max(*about.start, about.end.value_or(*about.start) - std::chrono::microseconds(1)), viewer);
 }
 
-std::string titleOf(const AlarmNews& news) {
+std::string alarmTitle(const AlarmNews& news) {
   const std::string title = news.item->title.value_or("");
   return title.empty() ? "(no title)" : printable(title);
-}
-
-nlohmann::json momentJson(const std::optional<Moment>& moment, const store::Zone& viewer) {
-  return moment ? nlohmann::json(isoMoment(*moment, viewer)) : nlohmann::json(nullptr);
-}
-
-void addTimes(nlohmann::json& json, const AlarmNews& news, const store::Zone& viewer) {
-  const About about = aboutOf(news);
-  const auto timeJson = [&](const std::optional<Moment>& moment) {
-    return moment && about.wholeDays ? nlohmann::json(isoDay(dayOf(*moment, viewer))) : momentJson(moment, viewer);
-  };
-  if (isReminder(news)) {
-    json["due"] = news.item->due ? timeJson(news.ring.end) : nlohmann::json(nullptr);
-    return;
-  }
-  json["allDay"] = about.wholeDays;
-  json["originalStart"] = momentJson(news.ring.key.original, viewer);
-  if (about.wholeDays && about.start) {
-    json["firstDay"] = isoDay(dayOf(*about.start, viewer));
-    json["lastDay"] = isoDay(lastDayOf(about, viewer));
-  } else {
-    json["start"] = momentJson(about.start, viewer);
-    json["end"] = momentJson(about.end, viewer);
-  }
 }
 
 /// "2026-11-02 09:00–09:15", "due 2026-11-02".
@@ -120,23 +99,16 @@ std::string variableName(const std::string& key) {
 
 nlohmann::json alarmNewsJson(const AlarmNews& news, const store::Zone& viewer) {
   const store::Item& item = *news.item;
-  nlohmann::json json = {
-      {"rings", isoMoment(news.rings, viewer)},
-      {"state", kStateWords[static_cast<int>(news.state)]},
-      {"alarm", isoMoment(news.ring.key.moment, viewer)},
-      {"rung", momentJson(news.rung, viewer)},
-      {"action", kActionWords[static_cast<int>(news.alarm().action)]},
-      {"kind", isReminder(news) ? "reminder" : "event"},
-      {"identifier", news.identifier()},
-      {"uid", item.uid},
-      {"title", jsonText(item.title)},
-      {"calendar", news.calendar.title},
-      {"calendarIdentifier", news.calendar.identifier},
-      {"location", jsonText(item.location)},
-      {"url", jsonText(item.url)},
-      {"notes", jsonText(item.notes)},
-  };
-  addTimes(json, news, viewer);
+  std::optional<store::Occurrence> occurrence;
+  if (!isReminder(news) && news.ring.start && news.ring.end) {
+    occurrence = {*news.ring.start, *news.ring.end, news.ring.key.original, news.ring.row, news.ring.key.item};
+  }
+  nlohmann::json json = itemJson(item, occurrence, *news.calendars, viewer);
+  json["rings"] = isoMoment(news.rings, viewer);
+  json["state"] = kStateWords[static_cast<int>(news.state)];
+  json["alarm"] = isoMoment(news.ring.key.moment, viewer);
+  json["rung"] = news.rung ? nlohmann::json(isoMoment(*news.rung, viewer)) : nlohmann::json(nullptr);
+  json["action"] = kActionWords[static_cast<int>(news.alarm().action)];
   return json;
 }
 
@@ -145,7 +117,7 @@ std::string alarmNewsLine(const AlarmNews& news, const store::Zone& viewer, Mome
   std::string line = isoDay(LocalDay(rings)) + " " + clockTime(rings);
   if (now - news.rings > kLate) { line += " (late)"; }
   for (const std::string& part :
-       {titleOf(news), whenInNumbers(news, viewer), printable(news.calendar.title), news.identifier()}) {
+       {alarmTitle(news), whenInNumbers(news, viewer), printable(news.calendar()), news.identifier()}) {
     if (!part.empty()) { line += "  " + part; }
   }
   return line;
@@ -153,7 +125,7 @@ std::string alarmNewsLine(const AlarmNews& news, const store::Zone& viewer, Mome
 
 std::string alarmNewsInWords(const AlarmNews& news, const store::Zone& viewer) {
   const std::string when = whenInWords(news, viewer, std::nullopt);
-  return fmt::format("{}{}{}, in {}", titleOf(news), when.empty() ? "" : ", ", when, printable(news.calendar.title));
+  return fmt::format("{}{}{}, in {}", alarmTitle(news), when.empty() ? "" : ", ", when, printable(news.calendar()));
 }
 
 void printAlarms(const std::vector<AlarmNews>& list, const store::Zone& viewer, Moment now, bool colors,
@@ -162,11 +134,15 @@ void printAlarms(const std::vector<AlarmNews>& list, const store::Zone& viewer, 
   const LocalDay today = dayOf(now, viewer);
   const bool states =
       std::any_of(list.begin(), list.end(), [](const AlarmNews& news) { return news.state != AlarmState::kComing; });
-  std::size_t titleWidth = 0, whenWidth = 0;
+  std::size_t titleWidth = 0, whenWidth = 0, calendarWidth = 0;
   for (const AlarmNews& news : list) {
-    titleWidth = std::max(titleWidth, std::min(displayWidth(titleOf(news)), kWidestTitle));
+    titleWidth = std::max(titleWidth, displayWidth(alarmTitle(news)));
     whenWidth = std::max(whenWidth, displayWidth(whenInWords(news, viewer, dayOf(news.rings, viewer))));
+    calendarWidth = std::max(calendarWidth, displayWidth(printable(news.calendar())));
   }
+  const std::size_t before = states ? kBeforeState + kStateWidth : kBeforeState;
+  const std::size_t others = before + 2 + whenWidth + 2 + calendarWidth;
+  titleWidth = std::min(titleWidth, std::max(kNarrowestTitle, kWidth - std::min(kWidth, others)));
   std::optional<LocalDay> day;
   for (const AlarmNews& news : list) {
     const LocalDay itsDay = dayOf(news.rings, viewer);
@@ -174,26 +150,21 @@ void printAlarms(const std::vector<AlarmNews>& list, const store::Zone& viewer, 
       out << (day ? "\n" : "") << ink.bold(longDay(itsDay) + (itsDay == today ? " (today)" : "")) << '\n';
     }
     day = itsDay;
-    std::string line = "  " + clockTime(viewer.toLocal(news.rings)) + "  ";
+    out << "  " << clockTime(viewer.toLocal(news.rings)) << "  ";
     if (states) {
-      line += padded(news.state == AlarmState::kComing ? "" : kStateWords[static_cast<int>(news.state)], 9);
+      out << padded(news.state == AlarmState::kComing ? "" : kStateWords[static_cast<int>(news.state)], kStateWidth);
     }
-    const std::string title = titleOf(news);
-    if (displayWidth(title) > titleWidth) {
-      // Its own line, and the rest below it.
-      out << line << folded(title, displayWidth(line), kWidth) << '\n';
-      line = std::string(displayWidth(line), ' ') + padded("", titleWidth);
-    } else {
-      line += padded(title, titleWidth);
-    }
-    line += "  " + padded(whenInWords(news, viewer, itsDay), whenWidth) + "  ";
-    out << line << ink.dim(printable(news.calendar.title)) << '\n';
+    const auto title = foldedText(alarmTitle(news), titleWidth);
+    out << padded(title.front(), titleWidth) << "  " << padded(whenInWords(news, viewer, itsDay), whenWidth) << "  "
+        << ink.dim(printable(news.calendar())) << '\n';
+    for (std::size_t i = 1; i < title.size(); ++i) { out << std::string(before, ' ') << title[i] << '\n'; }
   }
 }
 
 std::vector<std::string> alarmVariables(const nlohmann::json& json) {
   std::vector<std::string> variables;
   for (const auto& [key, value] : json.items()) {
+    if (value.is_structured()) { continue; }
     std::string text = value.is_string() ? value.get<std::string>() : value.is_null() ? "" : value.dump();
     if (text.size() > kLongestVariable) { continue; }
     // An environment ends a text there.

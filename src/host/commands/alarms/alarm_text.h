@@ -12,7 +12,7 @@
 // How alarms are told.
 namespace orlocal::host {
 
-/// All that is known of it, the same for listings, lines and commands.
+/// The item as every command prints it, and when its alarm rings: see docs/schema/output.json.
 nlohmann::json alarmNewsJson(const AlarmNews& news, const store::Zone& viewer);
 
 /// "2026-11-02 08:45  Standup  2026-11-02 09:00–09:15  Work  <identifier>"; one that rings more than a minute after its
@@ -26,8 +26,8 @@ std::string alarmNewsInWords(const AlarmNews& news, const store::Zone& viewer);
 void printAlarms(const std::vector<AlarmNews>& list, const store::Zone& viewer, store::Moment now, bool colors,
                  std::ostream& out);
 
-/// A variable for each text, number and truth value at the top of `json`: "ORLOCAL_ALARM_TITLE=Standup". What is null
-/// is empty; a text that no program could be given (more than 32 KiB) is left out.
+/// A variable for each text, number and truth value of `json`, as "ORLOCAL_ALARM_TITLE=Standup"; lists are left out.
+/// What is null is empty; a text that no program could be given (more than 32 KiB) is left out, too.
 std::vector<std::string> alarmVariables(const nlohmann::json& json);
 
 }  // namespace orlocal::host

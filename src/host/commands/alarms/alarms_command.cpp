@@ -78,10 +78,10 @@ std::optional<Length> lengthOf(const std::string& text, const AlarmDesk& desk, C
   return std::nullopt;
 }
 
-void printJsonOf(const std::vector<AlarmNews>& list, const AlarmDesk& desk, std::ostream& out) {
-  nlohmann::json json = nlohmann::json::array();
-  for (const AlarmNews& news : list) { json.push_back(alarmNewsJson(news, desk.viewer)); }
-  printJson(json, out);
+nlohmann::json alarmsJson(const std::vector<AlarmNews>& list, const AlarmDesk& desk) {
+  nlohmann::json json = {{"timeZone", desk.viewer.name()}, {"alarms", nlohmann::json::array()}};
+  for (const AlarmNews& news : list) { json["alarms"].push_back(alarmNewsJson(news, desk.viewer)); }
+  return json;
 }
 
 Result<ExitStatus> showAlarms(const AlarmsWords& words, CommandContext& context) {
@@ -91,7 +91,10 @@ Result<ExitStatus> showAlarms(const AlarmsWords& words, CommandContext& context)
   const Moment until = desk.after(*length);
   ORLOCAL_TRY(const auto list, desk.list(words.calendars, until));
   if (context.options.json) {
-    printJsonOf(list, desk, context.streams.out);
+    nlohmann::json json = alarmsJson(list, desk);
+    json["from"] = isoMoment(desk.now, desk.viewer);
+    json["to"] = isoMoment(until, desk.viewer);
+    printJson(json, context.streams.out);
   } else if (list.empty()) {
     const store::LocalTime local = desk.viewer.toLocal(until);
     context.streams.out << fmt::format("No alarm rings until {} {}.\n", shortDay(store::LocalDay(local)),
@@ -184,7 +187,7 @@ Result<ExitStatus> snooze(const SnoozeWords& words, CommandContext& context) {
           clockTime(local), alarmNewsInWords(news, desk.viewer));
     }
   }
-  if (context.options.json) { printJsonOf(taken, desk, context.streams.out); }
+  if (context.options.json) { printJson(alarmsJson(taken, desk), context.streams.out); }
   return ExitStatus::kDone;
 }
 
@@ -198,7 +201,7 @@ Result<ExitStatus> dismiss(const SnoozeWords& words, CommandContext& context) {
   ORLOCAL_TRY(const auto taken, openAlarms(words, list, desk));
   ORLOCAL_CHECK(store::AlarmBook(*desk.store).acknowledge(keysOf(taken), desk.now));
   if (context.options.json) {
-    printJsonOf(taken, desk, context.streams.out);
+    printJson(alarmsJson(taken, desk), context.streams.out);
     return ExitStatus::kDone;
   }
   if (taken.empty()) { context.streams.out << "No alarm has rung that was not dismissed.\n"; }
@@ -218,6 +221,7 @@ void registerAlarmCommands(CommandLine& line) {
                "Show the alarms that will ring, and those that have rung and were not dismissed. They ring in\n"
                "`orlocal watch --alarms`.",
                [words](CommandContext& context) { return showAlarms(*words, context); });
+  alarms.footer("  orlocal alarms\n  orlocal alarms --next '3 days' --calendar Work");
   alarms.add_option("--next", words->next, "How far ahead to look: 1h, 2 days")
       ->type_name("LENGTH")
       ->capture_default_str();
@@ -239,6 +243,7 @@ void registerAlarmCommands(CommandLine& line) {
   CLI::App& dismissing =
       line.addUnder(alarms, "dismiss", "Let alarms ring no more: those that have rung, else those of the coming day.",
                     [dismissed](CommandContext& context) { return dismiss(*dismissed, context); });
+  dismissing.footer("  orlocal alarms dismiss standup\n  orlocal alarms dismiss --all");
   dismissing
       .add_option("what", dismissed->what, "The title of what it is about, words of it, or an identifier or its end")
       ->type_name("WHAT");

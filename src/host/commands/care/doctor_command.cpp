@@ -14,6 +14,7 @@
 #include "host/commands/care/machine_findings.h"
 #include "host/commands/care/plugin_findings.h"
 #include "host/commands/care/store_findings.h"
+#include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -24,7 +25,6 @@ namespace orlocal::host {
 namespace {
 
 constexpr std::size_t kSubjectWidth = 8;
-constexpr std::size_t kLineWidth = 80;
 
 void append(Findings& all, Findings more) {
   for (Finding& finding : more) { all.push_back(std::move(finding)); }
@@ -92,7 +92,7 @@ nlohmann::json asJson(const Findings& all) {
   return list;
 }
 
-void print(const Findings& all, const Ink& ink, std::ostream& out) {
+void print(const Findings& all, const Ink& ink, std::size_t width, std::ostream& out) {
   std::string subject;
   for (const Finding& finding : all) {
     const char* mark = finding.weight == Finding::Weight::kFine   ? " "
@@ -102,10 +102,10 @@ void print(const Findings& all, const Ink& ink, std::ostream& out) {
     subject = finding.subject;
     const std::size_t indent = kSubjectWidth + 3;
     out << ink.bold(padded(head, kSubjectWidth)) << ' ' << mark << ' '
-        << folded(printable(finding.sentence), indent, kLineWidth) << '\n';
+        << foldedParagraph(printable(finding.sentence), width, indent).substr(indent);
     if (!finding.remedy.empty()) {
-      out << std::string(indent, ' ') << ink.dim("-> " + folded(printable(finding.remedy), indent + 3, kLineWidth))
-          << '\n';
+      out << std::string(indent, ' ')
+          << ink.dim("-> " + foldedParagraph(printable(finding.remedy), width, indent + 3).substr(indent + 3));
     }
   }
 }
@@ -116,7 +116,7 @@ Result<ExitStatus> runDoctor(bool fix, CommandContext& context) {
   if (context.options.json) {
     printJson(asJson(all), context.streams.out);
   } else {
-    print(all, Ink(context.streams.colors), context.streams.out);
+    print(all, Ink(context.streams.colors), terminalWidth(context.streams.outIsTerminal), context.streams.out);
   }
   const auto problems = std::count_if(
       all.begin(), all.end(), [](const Finding& finding) { return finding.weight == Finding::Weight::kProblem; });
@@ -138,7 +138,8 @@ void registerDoctorCommand(CommandLine& line) {
       line.add("doctor", "Look at settings, zone, store, items, accounts and plug-in, and say what to do.",
                [fix](CommandContext& context) { return runDoctor(*fix, context); });
   doctor.add_flag("--fix", *fix, "Put right what can be without losing anything");
-  doctor.footer("Ends with status 1 when there is a problem. Notes (-) are none.");
+  doctor.footer(
+      "Ends with status 1 when there is a problem. Notes (-) are none.\n  orlocal doctor\n  orlocal doctor --fix");
 }
 
 }  // namespace orlocal::host

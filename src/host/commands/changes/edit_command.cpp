@@ -131,7 +131,7 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
   for (const Calendar& each : calendars) {
     if (each.id == written.calendar) { calendar = each; }
   }
-  tellItem(run, {"Changed", "Would be"}, written, calendar);
+  ORLOCAL_CHECK(tellItem(run, {"Changed", "Would be"}, written, calendar));
   return ExitStatus::kDone;
 }
 
@@ -143,6 +143,9 @@ void registerEditCommand(CommandLine& line) {
                                "Change an event or a reminder; what no option names stays. An empty text takes\n"
                                "away what is there: --location \"\".",
                                [words](CommandContext& context) { return changeItem(*words, context); });
+  command.footer(
+      "  orlocal edit Lunch --start '13:00' --location Luigi\n"
+      "  orlocal edit Review --occurrence friday --this --duration 2h");
   command.add_option("what", words->target.what, "Its title, words of it, or its identifier or the end of that")
       ->type_name("WHAT")
       ->required();

@@ -81,7 +81,7 @@ Read<void> putRepeat(const FieldWords& words, const WordsSetting& setting, When&
 }  // namespace
 
 void addFieldOptions(CLI::App& command, FieldWords& words) {
-  command.add_option("--title", words.title, "Its title, to the letter")->type_name("TEXT");
+  command.add_option("--title", words.title, "Its title, to the letter")->type_name("WORDS");
   command.add_option("--start", words.start, "When it starts or, of a reminder, is due: tomorrow 12:30")
       ->type_name("WHEN");
   command.add_option("--end", words.end, "When it ends: 13:30, or its last day")->type_name("WHEN");
@@ -95,8 +95,8 @@ void addFieldOptions(CLI::App& command, FieldWords& words) {
   command.add_option("--alarm", words.alarms, "15m, 1h before, at start, at 9:00 the day before; may be repeated")
       ->type_name("WHEN")
       ->allow_extra_args(false);
-  command.add_option("--location", words.location, "Where it is")->type_name("TEXT");
-  command.add_option("--notes", words.notes, "What else is to say")->type_name("TEXT");
+  command.add_option("--location", words.location, "Where it is")->type_name("WORDS");
+  command.add_option("--notes", words.notes, "What else is to say")->type_name("WORDS");
   command.add_option("--url", words.url, "A link")->type_name("URL");
   command.add_option("--priority", words.priority, "1 (highest) to 9, high, medium, low, none")->type_name("P");
 }

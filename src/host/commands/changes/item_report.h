@@ -38,9 +38,6 @@ struct Outcome {
   const char* rehearsed;
 };
 /// Prints the item as it is now, after the words for the outcome or, where that is wanted, as JSON.
-void tellItem(ChangeRun& run, const Outcome& outcome, const store::Item& item, const store::Calendar& calendar);
-
-nlohmann::json itemJson(const store::Item& item, const store::Calendar& calendar, const store::Zone& viewer,
-                        const std::optional<store::Occurrence>& occurrence = std::nullopt);
+Status tellItem(ChangeRun& run, const Outcome& outcome, const store::Item& item, const store::Calendar& calendar);
 
 }  // namespace orlocal::host

@@ -33,7 +33,7 @@ Result<ExitStatus> moveItem(const MoveWords& words, CommandContext& context) {
               about(*target->row, kind == store::ItemKind::kEvent
                                       ? run.store().saveEvent(edit, target->occurrence, target->span)
                                       : run.store().saveReminder(edit)));
-  tellItem(run, {"Moved", "Would move"}, written, to);
+  ORLOCAL_CHECK(tellItem(run, {"Moved", "Would move"}, written, to));
   return ExitStatus::kDone;
 }
 
@@ -43,6 +43,7 @@ void registerMoveCommand(CommandLine& line) {
   const auto words = std::make_shared<MoveWords>();
   CLI::App& command = line.add("move", "Move an event or a reminder to another calendar, a series as a whole.",
                                [words](CommandContext& context) { return moveItem(*words, context); });
+  command.footer("  orlocal move Lunch --to Private");
   command.add_option("what", words->target.what, "Its title, words of it, or its identifier or the end of that")
       ->type_name("WHAT")
       ->required();

@@ -112,7 +112,7 @@ Result<ExitStatus> makeItem(const NewItemWords& words, CommandContext& context) 
                                         : run.store().saveReminder(*edit)));
   // What was not made has no name that it could be found by.
   if (run.dryRun()) { made.identifier = made.itemIdentifier = made.uid = {}; }
-  tellItem(run, {"Made", "Would make"}, made, calendar);
+  ORLOCAL_CHECK(tellItem(run, {"Made", "Would make"}, made, calendar));
   return ExitStatus::kDone;
 }
 
@@ -124,7 +124,11 @@ void registerNewCommand(CommandLine& line) {
                                "Make an event or a reminder: new \"Lunch with Grace tomorrow 12:30 1h\".\n"
                                "What stands at the end says when; quotes and --title keep words in the title.",
                                [words](CommandContext& context) { return makeItem(*words, context); });
-  command.add_option("text", words->text, "Its title, then when it is")->type_name("TEXT");
+  command.footer(
+      "  orlocal new \"Lunch with Grace tomorrow 12:30 1h\" --alarm 15m\n"
+      "  orlocal new \"Review every friday at 14h\" --calendar Work --until 2026-12-18\n"
+      "  orlocal new --reminder \"Pay rent friday\" --repeat monthly");
+  command.add_option("text", words->text, "Its title, then when it is")->type_name("WORDS");
   command.add_flag("--reminder", words->reminder, "A reminder instead of an event");
   command.add_option("--list", words->list, "A reminder, in this list")->type_name("TITLE");
   command

@@ -9,6 +9,7 @@
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
 #include "host/commands/command_line/json_text.h"
+#include "host/commands/describing/item_json.h"
 
 namespace orlocal::host {
 namespace {
@@ -29,12 +30,13 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
   }
   run.beginCommand(fmt::format("{} {}{}", done ? "done" : "reopen", quotedTitle(*chosen.front().item),
                                chosen.size() > 1 ? fmt::format(" and {} more", chosen.size() - 1) : ""));
+  ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));
   nlohmann::json json = nlohmann::json::array();
   for (const ChosenItem& one : chosen) {
     store::ItemEdit edit{one.item, *one.item, {store::ItemField::kCompleted}, std::nullopt};
     edit.values.completed = done ? std::optional(store::now()) : std::nullopt;
     ORLOCAL_TRY(const store::Item written, about(*one.item, run.store().saveReminder(edit)));
-    json.push_back(itemJson(written, one.calendar, run.viewer()));
+    json.push_back(itemJson(written, std::nullopt, names, run.viewer()));
     if (context.options.json) { continue; }
     // One that repeats is open again, at its next date.
     const bool goesOn = done && !written.completed;
@@ -46,10 +48,11 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
   return ExitStatus::kDone;
 }
 
-void add(CommandLine& line, const char* name, const char* description, bool done) {
+void add(CommandLine& line, const char* name, const char* description, const char* example, bool done) {
   const auto words = std::make_shared<CompletionWords>();
   CLI::App& command =
       line.add(name, description, [words, done](CommandContext& context) { return complete(*words, done, context); });
+  command.footer(example);
   command
       .add_option("what", words->what, "A title, words of it, or an identifier or the end of it; several may be named")
       ->type_name("WHAT")
@@ -63,8 +66,9 @@ void add(CommandLine& line, const char* name, const char* description, bool done
 }  // namespace
 
 void registerReminderCommands(CommandLine& line) {
-  add(line, "done", "Complete reminders; one that repeats goes on to its next date.", true);
-  add(line, "reopen", "Open completed reminders again.", false);
+  add(line, "done", "Complete reminders; one that repeats goes on to its next date.", "  orlocal done \"Pay rent\"",
+      true);
+  add(line, "reopen", "Open completed reminders again.", "  orlocal reopen \"Pay rent\"", false);
 }
 
 }  // namespace orlocal::host

@@ -10,6 +10,7 @@
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
 #include "host/commands/command_line/json_text.h"
+#include "host/commands/describing/item_json.h"
 
 namespace orlocal::host {
 namespace {
@@ -67,11 +68,12 @@ Result<ExitStatus> removeItems(const RemoveWords& words, CommandContext& context
     if (!*wanted) { return ExitStatus::kFailed; }
   }
   run.beginCommand(fmt::format("remove {}", fmt::join(titles, ", ")));
+  ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));
   nlohmann::json json = nlohmann::json::array();
   for (std::size_t i = 0; i < targets.size(); ++i) {
     const Target& target = targets[i];
     ORLOCAL_CHECK(about(*target.row, removeTarget(run.store(), target)));
-    json.push_back(itemJson(*target.row, target.chosen.calendar, run.viewer(), target.occurrence));
+    json.push_back(itemJson(*target.row, target.occurrence, names, run.viewer()));
     if (!context.options.json) {
       context.streams.out << (run.dryRun() ? "Would remove " : "Removed ") << lines[i] << '\n';
     }
@@ -88,6 +90,7 @@ void registerRemoveCommand(CommandLine& line) {
                                "Remove events and reminders, or a part of a series. `orlocal undo` brings back what\n"
                                "was removed.",
                                [words](CommandContext& context) { return removeItems(*words, context); });
+  command.footer("  orlocal remove Lunch\n  orlocal remove Review --occurrence 2026-11-06 --this");
   command
       .add_option("what", words->what, "A title, words of it, or an identifier or the end of it; several may be named")
       ->type_name("WHAT")

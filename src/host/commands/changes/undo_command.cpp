@@ -68,6 +68,7 @@ void registerUndoCommand(CommandLine& line) {
                                "Take your last command back, or the one of a number, as long as nothing else changed\n"
                                "its items since. Undoing an undo, by its number, does the command again.",
                                [words](CommandContext& context) { return undo(*words, context); });
+  command.footer("  orlocal undo\n  orlocal undo --list");
   command.add_option("number", words->number, "The command's number in --list")->type_name("N");
   command.add_flag("--list", words->list, "Show your commands that are kept: the last hundred of thirty days");
   command.add_flag("--dry-run", words->dryRun, "Say what would be undone, and change nothing");

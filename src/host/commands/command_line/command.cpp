@@ -4,24 +4,29 @@
 #include <cstdint>
 #include <cstdlib>
 #include <ostream>
-#include <sstream>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "base/settings.h"
-#include "host/calc/rendering.h"
 #include "host/commands/command_line/clock_setting.h"
+#include "host/commands/command_line/help_text.h"
+#include "host/commands/command_line/terminal_text.h"
 #include "host/commands/command_line/trouble.h"
+#include "host/commands/command_line/usage_error.h"
 
 namespace orlocal::host {
+
+const char* const CommandLine::kVersion = "orlocal " ORLOCAL_VERSION;
 
 struct CommandLine::State {
   Streams streams;
   GlobalOptions options;
-  CLI::App app{"Reads and changes calendars the way a database host does, through the plug-in.", "orlocal"};
+  CLI::App app{"Calendars on the command line, and through the plug-in as a database host reads and changes them.",
+               "orlocal"};
   std::vector<std::pair<CLI::App*, CommandBody>> commands;
   CommandBody standard;
+  std::string group = "Commands";
 
   const CommandBody* chosen() const {
     // With a word after a command, both were parsed; the word was added later.
@@ -29,6 +34,13 @@ struct CommandLine::State {
         std::find_if(commands.rbegin(), commands.rend(), [](const auto& command) { return command.first->parsed(); });
     if (found != commands.rend()) { return &found->second; }
     return standard ? &standard : nullptr;
+  }
+
+  /// Of the command that the words named.
+  void showHelp(std::ostream& out) const {
+    const CommandGuide program = guideOf(app);
+    const CommandGuide* named = findCommand(program, pathNamed(app));
+    out << helpText(program, named != nullptr ? *named : program, terminalWidth(streams.outIsTerminal));
   }
 
   /// Colours where somebody asked for them, else on a terminal that can show them (https://no-color.org).
@@ -61,13 +73,14 @@ struct CommandLine::State {
   }
 };
 
-CommandLine::CommandLine(Streams streams)
-    : m_state(new State{.streams = streams, .options = {}, .commands = {}, .standard = {}}) {
+CommandLine::CommandLine(Streams streams, GlobalOptions given)
+    : m_state(new State{.streams = streams, .options = std::move(given), .commands = {}, .standard = {}}) {
   CLI::App& app = m_state->app;
   GlobalOptions& options = m_state->options;
   app.fallthrough();
   app.require_subcommand(0, 1);
-  app.set_version_flag("--version", "orlocal " ORLOCAL_VERSION);
+  app.set_help_flag("-h,--help", "Show this help");
+  app.set_version_flag("--version", kVersion, "Show the version");
   app.add_option("--store", options.store, "The calendar store's file")->type_name("FILE");
   app.add_option("--system-minor", options.systemMinor,
                  "The system's minor version that the plug-in sees (7 and below: the legacy back end)")
@@ -93,6 +106,7 @@ CLI::App& CommandLine::addUnder(CLI::App& command, const std::string& name, cons
                                 CommandBody body) {
   CLI::App* added = command.add_subcommand(name, description);
   added->fallthrough();
+  added->group(m_state->group);
   m_state->commands.emplace_back(added, std::move(body));
   return *added;
 }
@@ -100,9 +114,14 @@ CLI::App& CommandLine::addUnder(CLI::App& command, const std::string& name, cons
 CLI::App& CommandLine::addGroup(const std::string& name, const std::string& description) {
   CLI::App* group = m_state->app.add_subcommand(name, description);
   group->fallthrough();
+  group->group(m_state->group);
   group->require_subcommand(1);
   return *group;
 }
+
+void CommandLine::startGroup(const std::string& name) { m_state->group = name; }
+
+CommandGuide CommandLine::guide() const { return guideOf(m_state->app); }
 
 void CommandLine::setDefault(CommandBody body) { m_state->standard = std::move(body); }
 
@@ -111,16 +130,19 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
   try {
     // CLI11 takes the words from the last to the first.
     m_state->app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+  } catch (const CLI::CallForHelp&) {
+    m_state->showHelp(streams.out);
+    return ExitStatus::kDone;
+  } catch (const CLI::CallForVersion&) {
+    streams.out << kVersion << '\n';
+    return ExitStatus::kDone;
   } catch (const CLI::ParseError& error) {
-    // It quotes the words that are off.
-    std::ostringstream said;
-    const int code = m_state->app.exit(error, streams.out, said);
-    streams.err << calc::harmlessLines(said.str());
-    return code == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
+    tellTrouble(streams.err, usageSentence(m_state->app, error));
+    return ExitStatus::kUsage;
   }
   const CommandBody* body = m_state->chosen();
   if (body == nullptr) {
-    streams.err << m_state->app.help();
+    m_state->showHelp(streams.err);
     return ExitStatus::kUsage;
   }
   m_state->putOptionsInForce();

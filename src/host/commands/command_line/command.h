@@ -9,10 +9,7 @@
 #include <vector>
 
 #include "base/result.h"
-
-namespace CLI {
-class App;
-}
+#include "host/commands/command_line/command_guide.h"
 
 namespace orlocal::host {
 
@@ -63,12 +60,23 @@ using CommandBody = std::function<Result<ExitStatus>(CommandContext&)>;
 ///     auto from = std::make_shared<std::string>();
 ///     CLI::App& agenda = line.add("agenda", "Show what is planned.", [from](CommandContext& context) { … });
 ///     agenda.add_option("--from", *from, "First day");
+///     agenda.footer("  orlocal agenda --from monday");
+///
+/// Help, completions and man pages come from what stands on the subcommands (`CommandGuide`). In a footer, lines that
+/// begin with two blanks are examples; every command has one.
 class CommandLine {
  public:
-  explicit CommandLine(Streams streams);
+  /// "orlocal 3.0.0.1".
+  static const char* const kVersion;
+
+  /// `options` are those that hold where the words say nothing.
+  explicit CommandLine(Streams streams, GlobalOptions options = {});
   ~CommandLine();
   CommandLine(const CommandLine&) = delete;
   CommandLine& operator=(const CommandLine&) = delete;
+
+  /// The heading under which help lists the commands that are added from now on.
+  void startGroup(const std::string& name);
 
   /// Makes the subcommand `name`. Its options are added by the caller; its body runs when the words fit.
   CLI::App& add(const std::string& name, const std::string& description, CommandBody body);
@@ -81,6 +89,9 @@ class CommandLine {
 
   /// What happens when no command is named.
   void setDefault(CommandBody body);
+
+  /// What all commands are called, take and do, as they stand now.
+  CommandGuide guide() const;
 
   /// Reads the words (without the program's name), puts the global options in force and runs the command.
   ExitStatus run(const std::string& programFile, const std::vector<std::string>& words);

@@ -68,6 +68,11 @@ std::string namesOf(const std::vector<store::Calendar>& calendars, const Sources
   return fmt::format("{}", fmt::join(names, ", "));
 }
 
+Result<std::unique_ptr<store::CalendarStore>> opened(const store::Zone& viewer) {
+  ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(viewer));
+  return store::CalendarStore::open(std::move(options));
+}
+
 /// A store in a temporary folder, which goes with it.
 Result<std::shared_ptr<store::CalendarStore>> emptyStore() {
   std::error_code error;
@@ -87,7 +92,7 @@ Result<std::shared_ptr<store::CalendarStore>> emptyStore() {
 
 }  // namespace
 
-Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
+Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer) {
   ORLOCAL_TRY(const auto file, store::userStoreFile());
   // A name that leads nowhere is found out by this; everything else about a file the store knows better.
   std::error_code error;
@@ -96,13 +101,10 @@ Result<std::unique_ptr<store::CalendarStore>> openUserStore() {
         ErrorCode::kNotFound,
         fmt::format("There is no calendar store at {}; `orlocal import` or `orlocal new` makes one.", file.string()));
   }
-  return openOrMakeUserStore();
+  return opened(viewer);
 }
 
-Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore() {
-  ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(store::Zone::ofUser()));
-  return store::CalendarStore::open(std::move(options));
-}
+Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore() { return opened(store::Zone::ofUser()); }
 
 Result<std::shared_ptr<store::CalendarStore>> openStoreToChange(bool dryRun, NoStore noStore) {
   if (!dryRun) {

@@ -10,9 +10,9 @@
 
 namespace orlocal::host {
 
-/// Opens the store that `--store`, the environment or the settings name, seen from the user's zone. One that is not
-/// there is `kNotFound`: whoever only looks, or mistyped a name, makes none.
-Result<std::unique_ptr<store::CalendarStore>> openUserStore();
+/// Opens the store that `--store`, the environment or the settings name, seen from the user's zone unless another is
+/// given. One that is not there is `kNotFound`: whoever only looks, or mistyped a name, makes none.
+Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& viewer = store::Zone::ofUser());
 /// The same for what brings something along: a store that is not there is made.
 Result<std::unique_ptr<store::CalendarStore>> openOrMakeUserStore();
 

@@ -1,9 +1,14 @@
 #include "host/commands/command_line/terminal_text.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unicode/uchar.h>
+#include <unistd.h>
 
 #include "base/utf.h"
 #include "host/calc/rendering.h"
@@ -76,27 +81,15 @@ std::string padded(std::string_view text, std::size_t width) {
   return out;
 }
 
-std::string folded(std::string_view text, std::size_t indent, std::size_t width) {
-  std::string lines;
-  std::size_t at = indent;
-  bool first = true;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find(' '), text.size());
-    const std::string_view word = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    const std::size_t cells = displayWidth(word);
-    if (!first && at + 1 + cells > width) {
-      lines += '\n' + std::string(indent, ' ');
-      at = indent;
-    } else if (!first) {
-      lines += ' ';
-      ++at;
-    }
-    lines += word;
-    at += cells;
-    first = false;
-  }
-  return lines;
+std::size_t terminalWidth(bool onTerminal) {
+  constexpr std::size_t kUsual = 80;
+  constexpr std::size_t kNarrowest = 20;
+  constexpr std::size_t kWidest = 1000;
+  std::size_t width = 0;
+  if (const char* set = std::getenv("COLUMNS"); set != nullptr) { std::from_chars(set, set + std::strlen(set), width); }
+  winsize size{};
+  if (width == 0 && onTerminal && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) { width = size.ws_col; }
+  return width == 0 ? kUsual : std::clamp(width, kNarrowest, kWidest);
 }
 
 std::string Ink::colored(const std::optional<store::Rgb>& color, std::string_view text) const {

@@ -21,10 +21,8 @@ std::size_t displayWidth(std::string_view text);
 /// `text` followed by blanks up to `width` cells.
 std::string padded(std::string_view text, std::size_t width);
 
-/// `text` on lines of at most `width` cells, broken between words; the lines after the first begin with `indent`
-/// blanks, and the first one is taken to stand behind as many cells. A word that is too long stands on a line of its
-/// own.
-std::string folded(std::string_view text, std::size_t indent, std::size_t width);
+/// Cells in a line of the standard output: what COLUMNS says, else what its terminal has, else 80.
+std::size_t terminalWidth(bool onTerminal);
 
 /// Escape sequences on a terminal, nothing elsewhere.
 class Ink {
@@ -33,6 +31,7 @@ class Ink {
 
   std::string bold(std::string_view text) const { return wrapped("\x1b[1m", text); }
   std::string dim(std::string_view text) const { return wrapped("\x1b[2m", text); }
+  std::string struck(std::string_view text) const { return wrapped("\x1b[9m", text); }
   std::string colored(const std::optional<store::Rgb>& color, std::string_view text) const;
   bool on() const { return m_on; }
 

@@ -89,39 +89,57 @@ class Printer {
   std::string m_file;
 };
 
-Result<ExitStatus> printAll(CommandContext& context, const std::string& file,
+/// What `eval` and `run` are given.
+struct CalcWords {
+  std::vector<std::string> calculations;
+  std::string file;
+  bool strict = false;
+};
+
+Result<ExitStatus> printAll(CommandContext& context, bool strict, const std::string& file,
                             const std::vector<Calculation>& calculations) {
   ORLOCAL_TRY(const auto workbench, Workbench::open(context, Workbench::Need::kIfThere));
+  if (strict) { workbench->beStrict(); }
   return Printer(context, file).print(*workbench, calculations);
 }
 
-Result<ExitStatus> evaluateWords(CommandContext& context, const std::vector<std::string>& words) {
+Result<ExitStatus> evaluateWords(CommandContext& context, const CalcWords& words) {
   std::vector<Calculation> calculations;
-  for (const std::string& word : words) { calculations.push_back({word, 1}); }
-  return printAll(context, "", calculations);
+  for (const std::string& word : words.calculations) { calculations.push_back({word, 1}); }
+  return printAll(context, words.strict, "", calculations);
 }
 
-Result<ExitStatus> runFile(CommandContext& context, const std::string& file) {
-  const bool standard = file == "-";
-  const std::string name = standard ? "standard input" : file;
-  ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(file));
-  return printAll(context, name, readCalculations(text));
+Result<ExitStatus> runFile(CommandContext& context, const CalcWords& words) {
+  const bool standard = words.file == "-";
+  const std::string name = standard ? "standard input" : words.file;
+  ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(words.file));
+  return printAll(context, words.strict, name, readCalculations(text));
+}
+
+void addStrict(CLI::App& command, CalcWords& words) {
+  command.add_flag("--strict", words.strict,
+                   "End with status 1 after any call that returned \"!!ERROR!!\", and say its reason");
 }
 
 }  // namespace
 
 void registerCalcCommands(CommandLine& line) {
-  const auto words = std::make_shared<std::vector<std::string>>();
-  CLI::App& eval = line.add("eval", "Evaluates calculations and prints each result.",
+  const auto words = std::make_shared<CalcWords>();
+  CLI::App& eval = line.add("eval", "Evaluate calculations and print each result.",
                             [words](CommandContext& context) { return evaluateWords(context, *words); });
-  eval.add_option("calculation", *words, "A calculation, such as 'Orlo_GetItemCountForType( \"event\" )'")->required();
+  eval.footer("  orlocal eval '1 + 1'\n  orlocal eval 'Orlo_GetItemCountForType( \"event\" )' --json");
+  eval.add_option("calculation", words->calculations, "A calculation, such as 'Orlo_GetItemCountForType( \"event\" )'")
+      ->required();
+  addStrict(eval, *words);
 
-  const auto file = std::make_shared<std::string>();
-  CLI::App& run = line.add("run", "Runs a file of calculations and prints each result.",
-                           [file](CommandContext& context) { return runFile(context, *file); });
-  run.add_option("file", *file,
+  const auto fileWords = std::make_shared<CalcWords>();
+  CLI::App& run = line.add("run", "Run a file of calculations and print each result.",
+                           [fileWords](CommandContext& context) { return runFile(context, *fileWords); });
+  run.footer("  orlocal run tomorrow.calc\n  echo '2 * 21' | orlocal run -");
+  run.add_option("file", fileWords->file,
                  "A calculation a line, going on while a bracket is open; # begins a comment; - reads the input")
       ->required();
+  addStrict(run, *fileWords);
 }
 
 }  // namespace orlocal::host

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <memory>
@@ -7,10 +8,13 @@
 
 #include "base/try.h"
 #include "host/calc/rendering.h"
+#include "host/commands/command_line/store_session.h"
+#include "host/commands/scripting/commands_in_place.h"
 #include "host/commands/scripting/plugin_host.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/console/console.h"
 #include "host/console/edited_lines.h"
+#include "host/console/plugin_words.h"
 #include "host/fmwrapper/registry.h"
 #include "host/fmwrapper/unicode.h"
 
@@ -66,16 +70,56 @@ void greet(CommandContext& context, Workbench& workbench) {
   context.streams.out << "Type help for help.\n";
 }
 
-Result<ExitStatus> runConsole(CommandContext& context) {
+/// Titles of calendars and lists, as a calculation has them between quotes.
+std::vector<Candidate> titlesInQuotes() {
+  std::vector<Candidate> titles;
+  const auto store = openUserStore();
+  if (!store) { return titles; }
+  const auto calendars = allCalendars(**store);
+  if (!calendars) { return titles; }
+  for (const auto& calendar : *calendars) {
+    std::string quoted;
+    for (const char c : calendar.title) {
+      if (c == '"' || c == '\\') { quoted += '\\'; }
+      quoted += c;
+    }
+    titles.push_back({quoted, calendar.title, false});
+  }
+  return titles;
+}
+
+std::vector<Candidate> textsFor(const TextPlace& place) {
+  std::vector<Candidate> texts = keywordsFor(place);
+  const auto kinds = kindsFor(place.function, place.argument);
+  if (std::find(kinds.begin(), kinds.end(), WordKind::kTitle) != kinds.end()) {
+    const auto titles = titlesInQuotes();
+    texts.insert(texts.end(), titles.begin(), titles.end());
+  }
+  return texts;
+}
+
+/// What the tab key does: behind a dot there are commands, elsewhere calculations.
+Completion completeEntry(std::string_view beforeCursor, Workbench& workbench, const CommandsInPlace& commands) {
+  if (!beforeCursor.starts_with('.')) {
+    return complete(beforeCursor, candidatesFor(workbench.library(), workbench.session().variableNames()), textsFor);
+  }
+  std::vector<Candidate> candidates;
+  if (beforeCursor.find(' ') == std::string_view::npos) {
+    for (const std::string& name : commands.names()) { candidates.push_back({name, "." + name, false}); }
+  }
+  return complete(beforeCursor.substr(1), candidates);
+}
+
+Result<ExitStatus> runConsole(CommandContext& context, Registration registerAll) {
   ORLOCAL_TRY(const auto opened, Workbench::open(context, Workbench::Need::kIfThere));
   Workbench& workbench = *opened;
+  CommandsInPlace commands(context, registerAll);
   const bool typed = context.streams.inIsTerminal && context.streams.outIsTerminal;
   std::unique_ptr<LineSource> lines;
   if (typed) {
     greet(context, workbench);
-    ORLOCAL_TRY(lines, EditedLines::open(historyFile(), [&workbench](std::string_view beforeCursor) {
-                  return complete(beforeCursor,
-                                  candidatesFor(workbench.library(), workbench.session().variableNames()));
+    ORLOCAL_TRY(lines, EditedLines::open(historyFile(), [&](std::string_view beforeCursor) {
+                  return completeEntry(beforeCursor, workbench, commands);
                 }));
   } else {
     lines = std::make_unique<StreamLines>(context.streams.in);
@@ -87,12 +131,15 @@ Result<ExitStatus> runConsole(CommandContext& context) {
     tellScripts(context.streams.out);
     return outcome;
   };
-  Console console({.lines = *lines,
-                   .out = context.streams.out,
-                   .colors = context.streams.colors,
-                   .library = workbench.library(),
-                   .evaluate = evaluate,
-                   .variables = [&workbench] { return workbench.session().variableNames(); }});
+  Console console(
+      {.lines = *lines,
+       .out = context.streams.out,
+       .colors = context.streams.colors,
+       .library = workbench.library(),
+       .evaluate = evaluate,
+       .variables = [&workbench] { return workbench.session().variableNames(); },
+       .lastError = PluginFunctions::lastError,
+       .command = [&commands](std::string_view words) { return commands.run(words) == ExitStatus::kDone; }});
   const bool done = console.run();
   // A person has seen what went wrong; a pipe is told by the status.
   return done || typed ? ExitStatus::kDone : ExitStatus::kFailed;
@@ -100,6 +147,8 @@ Result<ExitStatus> runConsole(CommandContext& context) {
 
 }  // namespace
 
-void registerConsole(CommandLine& line) { line.setDefault(runConsole); }
+void registerConsole(CommandLine& line, Registration registerAll) {
+  line.setDefault([registerAll](CommandContext& context) { return runConsole(context, registerAll); });
+}
 
 }  // namespace orlocal::host

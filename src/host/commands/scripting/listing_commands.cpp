@@ -140,14 +140,17 @@ Result<ExitStatus> withPlugin(CommandContext& context, List list) {
 }  // namespace
 
 void registerListingCommands(CommandLine& line) {
-  line.add("functions", "Lists the functions that the plug-in registers.", [](CommandContext& context) {
+  const auto functions = [](CommandContext& context) {
     return withPlugin(context, [&] {
       listFunctions(context);
       return true;
     });
-  });
-  line.add("steps", "Lists the script steps that the plug-in registers, with their parameters.",
-           [](CommandContext& context) { return withPlugin(context, [&] { return listSteps(context); }); });
+  };
+  line.add("functions", "List the functions that the plug-in registers.", functions)
+      .footer("  orlocal functions --json");
+  const auto steps = [](CommandContext& context) { return withPlugin(context, [&] { return listSteps(context); }); };
+  line.add("steps", "List the script steps that the plug-in registers, with their parameters.", steps)
+      .footer("  orlocal steps");
 }
 
 }  // namespace orlocal::host

@@ -1,5 +1,7 @@
 #include "host/commands/scripting/plugin_host.h"
 
+#include <algorithm>
+#include <iterator>
 #include <ostream>
 #include <utility>
 
@@ -16,6 +18,7 @@ namespace orlocal::host {
 namespace {
 
 constexpr std::string_view kPluginName = "Orlocal.fmx";
+constexpr std::u16string_view kLastErrorFunction = u"Orlo_GetLastError";
 /// From the program's folder, where both were installed.
 constexpr std::string_view kOwnFolder = ORLOCAL_OWN_FOLDER;
 constexpr std::string_view kServerFolder = "/opt/FileMaker/FileMaker Server/Database Server/Extensions";
@@ -66,11 +69,31 @@ std::vector<calc::Signature> PluginFunctions::signatures() const {
 Result<Value> PluginFunctions::call(std::string_view name, std::span<const Value> arguments) {
   const std::shared_ptr<const RegisteredFunction> function = Registry::instance().function(toUtf16(name));
   if (!function) { return failure(ErrorCode::kNotFound, fmt::format("{} is no longer registered", name)); }
-  return callFunction(*function, std::vector<Value>(arguments.begin(), arguments.end()));
+  Result<Value> result = callFunction(*function, std::vector<Value>(arguments.begin(), arguments.end()));
+  if (m_notes && result && result->utf8() == kErrorResult) {
+    m_errors.push_back(
+        fmt::format("{} returned {}: {}", name, kErrorResult, lastError().value_or("no reason is known")));
+  }
+  return result;
+}
+
+std::optional<std::string> PluginFunctions::lastError() {
+  const auto function = Registry::instance().function(kLastErrorFunction);
+  if (!function) { return std::nullopt; }
+  const auto reason = callFunction(*function, {});
+  const auto code = callFunction(*function, {Value::ofText(u"number")});
+  if (!reason || !code || code->utf8() == "0") { return std::nullopt; }
+  return fmt::format("{} ({})", reason->utf8(), code->utf8());
 }
 
 Result<std::unique_ptr<Workbench>> Workbench::open(CommandContext& context, Need need) {
   const GlobalOptions& options = context.options;
+  if (s_open) {
+    return failure(
+        ErrorCode::kInvalid,
+        "The plug-in is loaded in this process already, and a process has it once: type calculations as they "
+        "are, and give this command to a shell.");
+  }
   const auto without = [] { return std::unique_ptr<Workbench>(new Workbench(nullptr)); };
   if (options.plugin == kNoPlugin) {
     if (need == Need::kPlugin) { return failure(ErrorCode::kInvalid, "this command needs a plug-in"); }
@@ -88,16 +111,24 @@ Result<std::unique_ptr<Workbench>> Workbench::open(CommandContext& context, Need
   return std::unique_ptr<Workbench>(new Workbench(std::move(plugin)));
 }
 
+bool Workbench::s_open = false;
+
 Workbench::Workbench(std::unique_ptr<Plugin> plugin) : m_plugin(std::move(plugin)) {
+  s_open = true;
   Registry::instance().setEvaluator([this](const Environment&, std::u16string_view expression, Value& result) {
     return evaluateFor(m_session, expression, result);
   });
 }
 
-Workbench::~Workbench() { Registry::instance().setEvaluator(nullptr); }
+Workbench::~Workbench() {
+  Registry::instance().setEvaluator(nullptr);
+  s_open = false;
+}
 
 Result<calc::Outcome> Workbench::evaluate(std::string_view calculation) {
   Result<calc::Outcome> outcome = m_session.evaluate(calculation);
+  auto errors = m_functions.takeErrors();
+  if (outcome) { std::move(errors.begin(), errors.end(), std::back_inserter(outcome->failures)); }
   if (m_plugin) {
     if (const auto idle = m_plugin->idle(); !idle && outcome) { outcome->failures.push_back(idle.error().message); }
   }

@@ -2,9 +2,11 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/result.h"
@@ -26,11 +28,27 @@ std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile);
 /// sought.
 Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile);
 
+/// What a function of the plug-in returns when it could not do its work.
+inline constexpr std::string_view kErrorResult = "!!ERROR!!";
+
 /// The functions that loaded plug-ins have registered.
 class PluginFunctions : public calc::FunctionLibrary {
  public:
   std::vector<calc::Signature> signatures() const override;
   Result<Value> call(std::string_view name, std::span<const Value> arguments) override;
+
+  /// Why the last call failed, in the plug-in's own words: "Item not found. (9001)". None when it did not, or when the
+  /// plug-in has no such function. Asking changes nothing that a calculation could see.
+  static std::optional<std::string> lastError();
+
+  /// From now on each call that returns `kErrorResult` is noted with its reason.
+  void noteErrors() { m_notes = true; }
+  /// What was noted since the last time.
+  std::vector<std::string> takeErrors() { return std::exchange(m_errors, {}); }
+
+ private:
+  bool m_notes = false;
+  std::vector<std::string> m_errors;
 };
 
 /// The plug-in, loaded and started, and a session that calls it: what a host is to a script. One in a process at a
@@ -44,11 +62,16 @@ class Workbench {
     kIfThere,  ///< goes on without one, when none was named
   };
 
-  /// A failure says what was missing. A plug-in that is not there and not needed is a line on the error stream.
+  /// Fails while another one is open. A failure says what was missing. A plug-in that is not there and not needed is a
+  /// line on the error stream.
   static Result<std::unique_ptr<Workbench>> open(CommandContext& context, Need need);
   ~Workbench();
   Workbench(const Workbench&) = delete;
   Workbench& operator=(const Workbench&) = delete;
+
+  /// From now on each call that returned "!!ERROR!!" is a failure of the calculation that made it, whatever became of
+  /// the result.
+  void beStrict() { m_functions.noteErrors(); }
 
   /// Evaluates, then gives the plug-in its idle message.
   Result<calc::Outcome> evaluate(std::string_view calculation);
@@ -61,6 +84,8 @@ class Workbench {
 
  private:
   explicit Workbench(std::unique_ptr<Plugin> plugin);
+
+  static bool s_open;
 
   PluginFunctions m_functions;
   calc::Session m_session{m_functions};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/commands/command_line/command.h"
+#include "host/commands/scripting/commands_in_place.h"
 
 namespace orlocal::host {
 
@@ -9,6 +10,7 @@ namespace orlocal::host {
 void registerCalcCommands(CommandLine& line);     ///< eval, run
 void registerTestCommand(CommandLine& line);      ///< test
 void registerListingCommands(CommandLine& line);  ///< functions, steps
-void registerConsole(CommandLine& line);          ///< what runs without a command
+/// `registerAll` gives a command line all commands: those that the console runs.
+void registerConsole(CommandLine& line, Registration registerAll);  ///< what runs without a command
 
 }  // namespace orlocal::host

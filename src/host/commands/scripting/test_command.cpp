@@ -95,8 +95,9 @@ class TestRun {
 
 void registerTestCommand(CommandLine& line) {
   const auto files = std::make_shared<std::vector<std::string>>();
-  CLI::App& test = line.add("test", "Runs transcripts and tells where results differ from what they expect.",
+  CLI::App& test = line.add("test", "Run transcripts and tell where results differ from what they expect.",
                             [files](CommandContext& context) { return TestRun(context).run(*files); });
+  test.footer("  orlocal test solution.txt\n  orlocal test docs/functions.md");
   test.add_option("file", *files, "A transcript, or a Markdown page with blocks marked transcript")->required();
 }
 

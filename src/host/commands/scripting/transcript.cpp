@@ -8,6 +8,7 @@
 
 #include "base/try.h"
 #include "host/commands/scripting/calc_file.h"
+#include "host/commands/scripting/quoted_words.h"
 
 namespace orlocal::host {
 
@@ -21,29 +22,9 @@ Failed refused(std::size_t line, std::string message) {
   return failure({.code = ErrorCode::kInvalid, .message = std::move(message), .place = line});
 }
 
-/// Words apart by blanks; quotes, double ones anywhere and single ones around a word, keep blanks in it.
 Result<std::vector<std::string>> wordsOf(std::string_view text, std::size_t line) {
-  std::vector<std::string> words;
-  bool inside = false;
-  char quote = '\0';
-  const auto begin = [&] {
-    if (!inside) { words.emplace_back(); }
-    inside = true;
-  };
-  for (const char c : text) {
-    if (quote == '\0' && (c == '"' || (c == '\'' && !inside))) {
-      begin();
-      quote = c;
-    } else if (c == quote) {
-      quote = '\0';
-    } else if (quote == '\0' && (c == ' ' || c == '\t')) {
-      inside = false;
-    } else {
-      begin();
-      words.back() += c;
-    }
-  }
-  if (quote != '\0') { return refused(line, "a quote is not closed"); }
+  auto words = quotedWords(text);
+  if (!words) { return refused(line, words.error().message); }
   return words;
 }
 

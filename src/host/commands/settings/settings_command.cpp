@@ -118,7 +118,8 @@ Result<ExitStatus> runSettings(CommandContext& context) {
 }  // namespace
 
 void registerSettingsCommand(CommandLine& line) {
-  line.add("settings", "Show what is set, and where: options, environment, settings files.", runSettings);
+  line.add("settings", "Show what is set, and where: options, environment, settings files.", runSettings)
+      .footer("Ends with status 1 when a settings file has lines that cannot be understood.\n  orlocal settings");
 }
 
 }  // namespace orlocal::host

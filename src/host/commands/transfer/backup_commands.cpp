@@ -56,6 +56,7 @@ void registerBackupCommands(CommandLine& line) {
   auto replace = std::make_shared<bool>(false);
   CLI::App& backup = line.add("backup", "Copy the whole store into one file, also while other programs write.",
                               [=](CommandContext& context) { return runBackup(*target, *replace, context); });
+  backup.footer("  orlocal backup calendars-monday.db");
   backup.add_option("file", *target, "The file to make")->type_name("FILE")->required();
   backup.add_flag("--replace", *replace, "Replace a file that is there already");
 
@@ -64,7 +65,8 @@ void registerBackupCommands(CommandLine& line) {
                                [source](CommandContext& context) { return runRestore(*source, context); });
   restore.footer(
       "The backup is checked first. What the store holds is kept in a file beside it, <store>.before-restore-<time>.\n"
-      "Other programs may go on: they show the restored content.");
+      "Other programs may go on: they show the restored content.\n"
+      "  orlocal restore calendars-monday.db");
   restore.add_option("file", *source, "The backup")->type_name("FILE")->required();
 }
 

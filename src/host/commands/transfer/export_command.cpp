@@ -64,6 +64,7 @@ void registerExportCommand(CommandLine& line) {
   auto words = std::make_shared<ExportWords>();
   CLI::App& command = line.add("export", "Write calendars and reminder lists as a calendar file.",
                                [words](CommandContext& context) { return runExport(*words, context); });
+  command.footer("  orlocal export -o all.ics\n  orlocal export --calendar Work -o work.ics");
   command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);

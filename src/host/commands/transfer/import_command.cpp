@@ -88,7 +88,8 @@ void registerImportCommands(CommandLine& line) {
                [words](CommandContext& context) { return runImport(*words, context); });
   import.footer(
       "Each file comes in whole or not at all; what cannot be read in it is left out, listed with its line, and ends\n"
-      "the command with status 1.");
+      "the command with status 1.\n"
+      "  orlocal import work.ics --calendar Work");
   import.add_option("files", words->files, "Calendar files (.ics); - is the standard input")
       ->type_name("FILE.ics")
       ->required();
@@ -103,6 +104,7 @@ void registerImportCommands(CommandLine& line) {
   CLI::App& importContacts =
       line.add("import-contacts", "Read address cards, for the addresses of attendees.",
                [contacts](CommandContext& context) { return runImportContacts(*contacts, context); });
+  importContacts.footer("  orlocal import-contacts colleagues.vcf");
   importContacts.add_option("files", *contacts, "Address cards (.vcf)")->type_name("FILE.vcf")->required();
 }
 

@@ -1,14 +1,17 @@
 #include "host/commands/views/agenda.h"
 
 #include <algorithm>
-#include <span>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "base/try.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/views/item_lines.h"
+#include "host/commands/views/item_rows.h"
 #include "host/commands/words/day_words.h"
+#include "host/commands/words/item_words.h"
 
 namespace orlocal::host {
 namespace {
@@ -16,19 +19,6 @@ namespace {
 using store::LocalDay;
 using store::LocalTime;
 using store::Moment;
-
-constexpr std::size_t kBatch = 256;
-
-/// Calls `take(index, item)` for each of `ids` that is still there, reading rows in batches.
-template <class Take>
-Status readRows(store::CalendarStore& store, const std::vector<store::ItemId>& ids, Take take) {
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (i % kBatch == 0) { store.prefetch(std::span(ids).subspan(i, std::min(kBatch, ids.size() - i))); }
-    ORLOCAL_TRY(auto item, store.item(ids[i]));
-    if (item) { take(i, std::move(item)); }
-  }
-  return {};
-}
 
 const store::Calendar* calendarOf(const std::vector<store::Calendar>& calendars, store::CalendarId id) {
   const auto found = std::find_if(calendars.begin(), calendars.end(), [id](const auto& each) { return each.id == id; });
@@ -43,12 +33,25 @@ std::vector<store::CalendarId> idsOf(const std::vector<store::Calendar>& calenda
   return ids;
 }
 
-AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar) {
+AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar, const Agenda& agenda) {
   AgendaLine line;
   line.title = printable(item.title.value_or("(no title)"));
-  line.calendar = printable(calendar.title);
+  line.cancelled = isCancelled(item);
+  line.calendar = printable(agenda.names.name(calendar));
   line.place = printable(item.location.value_or(""));
   line.color = calendar.color;
+  return line;
+}
+
+void addMarks(AgendaLine& line, const store::Item& item) {
+  if (isTentative(item)) { line.title += " (tentative)"; }
+  line.title += marksOf(item);
+}
+
+AgendaLine lineFor(const Agenda::Reminder& reminder, const Agenda& agenda) {
+  AgendaLine line = lineFor(*reminder.item, reminder.calendar, agenda);
+  line.title = "☐ " + line.title;
+  addMarks(line, *reminder.item);
   return line;
 }
 
@@ -60,14 +63,15 @@ struct Placed {
 };
 
 /// The part of an event that lies on `day`, none when it does not touch the day.
-std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const store::Zone& viewer) {
+std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const Agenda& agenda) {
+  const store::Zone& viewer = agenda.viewer;
   const Moment begin = viewer.toMoment(LocalTime(day));
   const Moment end = viewer.toMoment(LocalTime(day + 1));
   const auto& when = event.when;
   const bool instant = when.end <= when.start;
   if (when.start >= end || (instant ? when.start < begin : when.end <= begin)) { return std::nullopt; }
 
-  AgendaLine line = lineFor(*event.item, event.calendar);
+  AgendaLine line = lineFor(*event.item, event.calendar, agenda);
   if (event.item->allDay()) {
     const LocalDay firstDay(viewer.toLocal(when.start));
     const LocalDay lastDay(viewer.toLocal(std::max(when.start, when.end - std::chrono::microseconds(1))));
@@ -75,8 +79,10 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const sto
     if (lastDay > firstDay) {
       line.title += fmt::format(" (day {} of {})", day - firstDay + 1, lastDay - firstDay + 1);
     }
+    addMarks(line, *event.item);
     return Placed{true, when.start, std::move(line)};
   }
+  addMarks(line, *event.item);
   const bool beginsHere = when.start >= begin;
   const bool endsHere = when.end <= end;
   if (!beginsHere && when.end >= end) {
@@ -93,7 +99,8 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const sto
 
 Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
                           const std::vector<std::string>& titles) {
-  Agenda agenda{first, last, viewer, {}, {}};
+  ORLOCAL_TRY(CalendarNames names, CalendarNames::of(store));
+  Agenda agenda{first, last, std::move(names), viewer, {}, {}, {}, {}};
   ORLOCAL_TRY(const auto calendars, calendarsTitled(store, titles));
   const Moment from = viewer.toMoment(LocalTime(first));
   const Moment to = viewer.toMoment(LocalTime(last + 1));
@@ -108,15 +115,23 @@ Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer
       }
     }));
   }
-  if (auto wanted = idsOf(calendars, store::CalendarKind::kReminders); !wanted.empty()) {
-    ORLOCAL_TRY(const auto found, store.reminders({store::ReminderQuery::Status::kOpen, from, to, std::move(wanted)}));
-    ORLOCAL_CHECK(readRows(store, found, [&](std::size_t, std::shared_ptr<const store::Item> item) {
+  auto lists = idsOf(calendars, store::CalendarKind::kReminders);
+  if (lists.empty()) { return agenda; }
+  const auto readInto = [&](std::vector<Agenda::Reminder>& reminders, std::optional<Moment> since,
+                            std::optional<Moment> until, bool due) -> Status {
+    ORLOCAL_TRY(const auto found, store.reminders({store::ReminderQuery::Status::kOpen, since, until, lists}));
+    return readRows(store, found, [&](std::size_t, std::shared_ptr<const store::Item> item) {
       const auto* calendar = calendarOf(calendars, item->calendar);
-      if (calendar == nullptr || !item->due) { return; }
-      const Moment due = store::momentOf(*item->due, viewer);
-      agenda.reminders.push_back({due, std::move(item), *calendar});
-    }));
-  }
+      if (calendar == nullptr || item->due.has_value() != due) { return; }
+      const auto at = due ? std::optional(store::momentOf(*item->due, viewer)) : std::nullopt;
+      reminders.push_back({at, std::move(item), *calendar});
+    });
+  };
+  ORLOCAL_CHECK(readInto(agenda.reminders, from, to, true));
+  const LocalDay today(viewer.toLocal(store::now()));
+  if (today < first || today > last) { return agenda; }
+  ORLOCAL_CHECK(readInto(agenda.overdue, std::nullopt, std::min(from, store::now()), true));
+  ORLOCAL_CHECK(readInto(agenda.undated, std::nullopt, std::nullopt, false));
   return agenda;
 }
 
@@ -127,16 +142,15 @@ std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
     const LocalDay begins(viewer.toLocal(event.when.start));
     const LocalDay ends(viewer.toLocal(std::max(event.when.start, event.when.end)));
     for (LocalDay day = std::max(begins, agenda.first); day <= std::min(ends, agenda.last); ++day) {
-      if (auto line = placed(event, day, viewer)) { found[day].push_back(*std::move(line)); }
+      if (auto line = placed(event, day, agenda)) { found[day].push_back(*std::move(line)); }
     }
   }
   for (const Agenda::Reminder& reminder : agenda.reminders) {
-    const LocalTime due = viewer.toLocal(reminder.due);
+    const LocalTime due = viewer.toLocal(*reminder.due);
     const bool wholeDay = reminder.item->due->kind == store::CalendarTime::Kind::kDate;
-    AgendaLine line = lineFor(*reminder.item, reminder.calendar);
-    line.title = "☐ " + line.title;
+    AgendaLine line = lineFor(reminder, agenda);
     line.time = wholeDay ? "due" : "due " + clockTime(due);
-    found[LocalDay(due)].push_back({wholeDay, reminder.due, std::move(line)});
+    found[LocalDay(due)].push_back({wholeDay, *reminder.due, std::move(line)});
   }
   std::map<LocalDay, std::vector<AgendaLine>> lines;
   for (auto& [day, ofDay] : found) {
@@ -144,6 +158,15 @@ std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
       return a.wholeDay != b.wholeDay ? a.wholeDay : a.at < b.at;
     });
     for (Placed& each : ofDay) { lines[day].push_back(std::move(each.line)); }
+  }
+  return lines;
+}
+
+std::vector<AgendaLine> linesOf(const std::vector<Agenda::Reminder>& reminders, const Agenda& agenda) {
+  std::vector<AgendaLine> lines;
+  for (const Agenda::Reminder& reminder : reminders) {
+    lines.push_back(lineFor(reminder, agenda));
+    if (reminder.due) { lines.back().time = isoDay(LocalDay(agenda.viewer.toLocal(*reminder.due))); }
   }
   return lines;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/result.h"
+#include "host/commands/describing/item_json.h"
 #include "store/calendar_store.h"
 
 namespace orlocal::host {
@@ -18,17 +19,21 @@ struct Agenda {
     std::shared_ptr<const store::Item> item;
     store::Calendar calendar;
   };
-  /// An open reminder that is due in these days.
   struct Reminder {
-    store::Moment due;
+    std::optional<store::Moment> due;
     std::shared_ptr<const store::Item> item;
     store::Calendar calendar;
   };
 
   store::LocalDay first, last;
+  CalendarNames names;
   store::Zone viewer;
   std::vector<Event> events;        ///< by start, end, identifier
-  std::vector<Reminder> reminders;  ///< by due moment
+  std::vector<Reminder> reminders;  ///< open, due in these days; by due moment
+  /// Where today is among these days: open, and due before the first of them, or not due at all.
+  std::vector<Reminder> overdue, undated;
+
+  bool empty() const { return events.empty() && reminders.empty() && overdue.empty() && undated.empty(); }
 };
 
 /// Reads the agenda of the calendars with these titles (all without titles).
@@ -37,8 +42,9 @@ Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer
 
 /// One line of a day.
 struct AgendaLine {
-  std::string time;  ///< "all day", "09:00–10:00", "…–02:00"
-  std::string title;
+  std::string time;   ///< "all day", "09:00–10:00", "…–02:00"; of what is overdue the day
+  std::string title;  ///< with its marks
+  bool cancelled = false;
   std::string calendar;
   std::string place;
   std::optional<store::Rgb> color;
@@ -47,5 +53,8 @@ struct AgendaLine {
 /// The lines of each day that has some: whole days first, then by time of day. An event has a line on each of the
 /// agenda's days that it touches.
 std::map<store::LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda);
+
+/// The lines of reminders beside the days.
+std::vector<AgendaLine> linesOf(const std::vector<Agenda::Reminder>& reminders, const Agenda& agenda);
 
 }  // namespace orlocal::host

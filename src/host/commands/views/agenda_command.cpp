@@ -13,6 +13,7 @@
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/views/agenda.h"
 #include "host/commands/views/view_commands.h"
+#include "host/commands/words/day_range.h"
 #include "host/commands/words/day_words.h"
 
 namespace orlocal::host {
@@ -23,39 +24,28 @@ constexpr std::size_t kWidestTitle = 44;
 constexpr std::size_t kTimeWidth = 13;
 
 struct AgendaWords {
-  std::string from, to;
+  std::string days, from, to, zone;
+  int count = 0;
   std::vector<std::string> calendars;
 };
 
 /// Says what is wrong with a day; empty when it can be read, as the command line's checks want it.
-std::string objectionToDay(const std::string& words) {
-  if (dayFromWords(words, store::LocalDay())) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow or +7";
+std::string objectionToAgendaDays(const std::string& words) {
+  if (daysFromWords(words, store::LocalDay())) { return {}; }
+  return "\"" + words + "\" is no day; write 2026-11-02, 2026-11, today, tomorrow, monday or +7";
 }
 
-nlohmann::json asJson(const Agenda::Event& event, const store::Zone& viewer) {
-  nlohmann::json json = {{"title", jsonText(event.item->title)},
-                         {"calendar", event.calendar.title},
-                         {"location", jsonText(event.item->location)},
-                         {"identifier", event.item->identifier},
-                         {"allDay", event.item->allDay()}};
-  if (event.item->allDay()) {
-    const auto last = std::max(event.when.start, event.when.end - std::chrono::microseconds(1));
-    json["firstDay"] = isoDay(store::LocalDay(viewer.toLocal(event.when.start)));
-    json["lastDay"] = isoDay(store::LocalDay(viewer.toLocal(last)));
-  } else {
-    json["start"] = isoMoment(event.when.start, viewer);
-    json["end"] = isoMoment(event.when.end, viewer);
+std::string objectionToZone(const std::string& name) {
+  if (store::Zone::named(name)) { return {}; }
+  return "\"" + name + "\" is no time zone; write Europe/Berlin, America/New_York or UTC";
+}
+
+nlohmann::json asJson(const std::vector<Agenda::Reminder>& reminders, const Agenda& agenda) {
+  nlohmann::json json = nlohmann::json::array();
+  for (const auto& each : reminders) {
+    json.push_back(itemJson(*each.item, std::nullopt, agenda.names, agenda.viewer));
   }
   return json;
-}
-
-nlohmann::json asJson(const Agenda::Reminder& reminder, const store::Zone& viewer) {
-  const bool wholeDay = reminder.item->due->kind == store::CalendarTime::Kind::kDate;
-  return {{"title", jsonText(reminder.item->title)},
-          {"list", reminder.calendar.title},
-          {"identifier", reminder.item->itemIdentifier},
-          {"due", wholeDay ? isoDay(store::LocalDay(viewer.toLocal(reminder.due))) : isoMoment(reminder.due, viewer)}};
 }
 
 nlohmann::json asJson(const Agenda& agenda) {
@@ -63,52 +53,79 @@ nlohmann::json asJson(const Agenda& agenda) {
                          {"to", isoDay(agenda.last)},
                          {"timeZone", agenda.viewer.name()},
                          {"events", nlohmann::json::array()},
-                         {"reminders", nlohmann::json::array()}};
-  for (const auto& event : agenda.events) { json["events"].push_back(asJson(event, agenda.viewer)); }
-  for (const auto& reminder : agenda.reminders) { json["reminders"].push_back(asJson(reminder, agenda.viewer)); }
+                         {"reminders", asJson(agenda.reminders, agenda)},
+                         {"overdue", asJson(agenda.overdue, agenda)},
+                         {"undated", asJson(agenda.undated, agenda)}};
+  for (const auto& event : agenda.events) {
+    json["events"].push_back(itemJson(*event.item, event.when, agenda.names, agenda.viewer));
+  }
   return json;
 }
 
-void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ostream& out) {
-  bool any = false;
-  for (const auto& [day, lines] : linesByDay(agenda)) {
-    std::size_t titleWidth = 0;
-    std::size_t calendarWidth = 0;
-    for (const AgendaLine& line : lines) {
-      titleWidth = std::max(titleWidth, std::min(displayWidth(line.title), kWidestTitle));
-      calendarWidth = std::max(calendarWidth, displayWidth(line.calendar));
-    }
-    out << (any ? "\n" : "") << ink.bold(longDay(day) + (day == today ? " (today)" : "")) << '\n';
-    for (const AgendaLine& line : lines) {
-      out << "  " << padded(line.time, kTimeWidth);
-      if (ink.on()) { out << ink.colored(line.color, "● "); }
-      out << padded(line.title, titleWidth) << "  ";
-      if (line.place.empty()) {
-        out << ink.dim(line.calendar) << '\n';
-      } else {
-        out << ink.dim(padded(line.calendar, calendarWidth)) << "  " << line.place << '\n';
-      }
-    }
-    any = true;
+void printBlock(const std::string& heading, const std::vector<AgendaLine>& lines, const Ink& ink, bool first,
+                std::ostream& out) {
+  std::vector<std::string> titles;
+  std::size_t titleWidth = 0;
+  std::size_t calendarWidth = 0;
+  for (const AgendaLine& line : lines) {
+    titles.push_back(line.cancelled && !ink.on() ? line.title + " (cancelled)" : line.title);
+    titleWidth = std::max(titleWidth, std::min(displayWidth(titles.back()), kWidestTitle));
+    calendarWidth = std::max(calendarWidth, displayWidth(line.calendar));
   }
-  if (!any) { out << fmt::format("Nothing is planned from {} to {}.\n", isoDay(agenda.first), isoDay(agenda.last)); }
+  out << (first ? "" : "\n") << ink.bold(heading) << '\n';
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const AgendaLine& line = lines[i];
+    out << "  " << padded(line.time, kTimeWidth);
+    if (ink.on()) { out << ink.colored(line.color, "● "); }
+    const std::string blanks = padded(titles[i], titleWidth).substr(titles[i].size());
+    out << (line.cancelled ? ink.struck(titles[i]) : titles[i]) << blanks << "  ";
+    if (line.place.empty()) {
+      out << ink.dim(line.calendar) << '\n';
+    } else {
+      out << ink.dim(padded(line.calendar, calendarWidth)) << "  " << line.place << '\n';
+    }
+  }
+}
+
+void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ostream& out) {
+  bool first = true;
+  const auto add = [&](const std::string& heading, const std::vector<AgendaLine>& lines) {
+    if (lines.empty()) { return; }
+    printBlock(heading, lines, ink, first, out);
+    first = false;
+  };
+  add("Overdue", linesOf(agenda.overdue, agenda));
+  for (const auto& [day, lines] : linesByDay(agenda)) { add(longDay(day) + (day == today ? " (today)" : ""), lines); }
+  add("No date", linesOf(agenda.undated, agenda));
+  if (first) { out << fmt::format("Nothing is planned from {} to {}.\n", isoDay(agenda.first), isoDay(agenda.last)); }
+}
+
+/// The days that were asked for: the named ones, the coming week without any.
+DayRange daysAskedFor(const AgendaWords& words, store::LocalDay today) {
+  const std::string& beginning = words.days.empty() ? words.from : words.days;
+  const DayRange named = daysFromWords(beginning, today).value_or(DayRange{today, today});
+  if (words.count > 0) { return {named.first, named.first + (words.count - 1)}; }
+  if (!words.to.empty()) { return {named.first, daysFromWords(words.to, today).value_or(named).last}; }
+  const bool week = words.days.empty() && named.first == named.last;
+  return {named.first, week ? named.first + kDaysAhead : named.last};
 }
 
 Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) {
-  const store::Zone viewer = store::Zone::ofUser();
+  const store::Zone viewer =
+      words.zone.empty() ? store::Zone::ofUser() : store::Zone::named(words.zone).value_or(store::Zone::ofUser());
   const store::LocalDay today(viewer.toLocal(store::now()));
-  const auto first = words.from.empty() ? today : dayFromWords(words.from, today).value_or(today);
-  const auto last = words.to.empty() ? first + kDaysAhead : dayFromWords(words.to, today).value_or(first);
+  const auto [first, last] = daysAskedFor(words, today);
   if (last < first) {
     context.streams.err << fmt::format("orlocal: the last day {} lies before the first day {}\n", isoDay(last),
                                        isoDay(first));
     return ExitStatus::kUsage;
   }
-  ORLOCAL_TRY(const auto store, openUserStore());
+  ORLOCAL_TRY(const auto store, openUserStore(viewer));
   ORLOCAL_TRY(const Agenda agenda, readAgenda(*store, viewer, first, last, words.calendars));
   if (context.options.json) {
     printJson(asJson(agenda), context.streams.out);
   } else {
+    if (!words.zone.empty()) { context.streams.out << fmt::format("Times in {}\n\n", viewer.name()); }
     print(agenda, today, Ink(context.streams.colors), context.streams.out);
   }
   return ExitStatus::kDone;
@@ -118,14 +135,29 @@ Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) 
 
 void registerAgendaCommand(CommandLine& line) {
   auto words = std::make_shared<AgendaWords>();
-  CLI::App& command = line.add("agenda", "Show what is planned, day by day: the coming week, or the days named.",
-                               [words](CommandContext& context) { return runAgenda(*words, context); });
+  CLI::App& command =
+      line.add("agenda",
+               "Show what is planned, day by day: the coming week, or the days named. Behind a title, ↻ marks what\n"
+               "repeats, ♪ what has an alarm, ✎ what has notes.",
+               [words](CommandContext& context) { return runAgenda(*words, context); });
+  command.footer(
+      "  orlocal agenda\n  orlocal agenda monday\n  orlocal agenda --from tomorrow --to +14 --calendar Work");
+  CLI::Option* days =
+      command.add_option("days", words->days, "This day, weekday or month: 2026-11-02, tomorrow, monday, 2026-11");
+  days->type_name("DAYS")->check(objectionToAgendaDays);
   command.add_option("--from", words->from, "First day: 2026-11-02, today, tomorrow, +7 (default: today)")
       ->type_name("DAY")
-      ->check(objectionToDay);
-  command.add_option("--to", words->to, "Last day, included (default: six days after the first)")
-      ->type_name("DAY")
-      ->check(objectionToDay);
+      ->check(objectionToAgendaDays)
+      ->excludes(days);
+  CLI::Option* to = command.add_option("--to", words->to, "Last day, included (default: six days after the first)");
+  to->type_name("DAY")->check(objectionToAgendaDays);
+  command.add_option("--days", words->count, "So many days from the first")
+      ->type_name("N")
+      ->check(CLI::Range(1, 3660))
+      ->excludes(to);
+  command.add_option("--zone", words->zone, "On the clock of this zone: America/New_York")
+      ->type_name("ZONE")
+      ->check(objectionToZone);
   command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);

@@ -12,6 +12,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/describing/item_json.h"
 #include "host/commands/views/view_commands.h"
 
 namespace orlocal::host {
@@ -77,10 +78,10 @@ const char* kindOf(const Listed& row) {
   return kNames[static_cast<std::size_t>(row.calendar.kind)];
 }
 
-void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& out) {
+void printTable(const std::vector<Listed>& rows, const CalendarNames& names, const Ink& ink, std::ostream& out) {
   std::vector<std::vector<std::string>> cells{{"TITLE", "HOLDS", "FROM", "COLOUR", ""}};
   for (const Listed& row : rows) {
-    cells.push_back({printable(row.calendar.title), kindOf(row), nameOf(row.calendar.type),
+    cells.push_back({printable(names.name(row.calendar)), kindOf(row), nameOf(row.calendar.type),
                      colorText(row.calendar.color), notesOn(row)});
   }
   std::vector<std::size_t> widths(cells.front().size());
@@ -99,7 +100,7 @@ void printTable(const std::vector<Listed>& rows, const Ink& ink, std::ostream& o
   }
 }
 
-nlohmann::json asJson(const std::vector<Listed>& rows) {
+nlohmann::json asJson(const std::vector<Listed>& rows, const CalendarNames& names) {
   nlohmann::json json = nlohmann::json::array();
   for (const Listed& row : rows) {
     const auto color = colorText(row.calendar.color);
@@ -107,6 +108,8 @@ nlohmann::json asJson(const std::vector<Listed>& rows) {
                     {"identifier", row.calendar.identifier},
                     {"holds", kindOf(row)},
                     {"from", nameOf(row.calendar.type)},
+                    {"account", jsonText(names.account(row.calendar))},
+                    {"notes", jsonText(row.calendar.notes)},
                     {"colour", color.empty() ? nlohmann::json(nullptr) : nlohmann::json(color)},
                     {"default", row.isDefault},
                     {"readOnly", row.calendar.readOnly},
@@ -118,10 +121,11 @@ nlohmann::json asJson(const std::vector<Listed>& rows) {
 Result<ExitStatus> runCalendars(CommandContext& context) {
   ORLOCAL_TRY(const auto store, openUserStore());
   ORLOCAL_TRY(const auto rows, listed(*store));
+  ORLOCAL_TRY(const CalendarNames names, CalendarNames::of(*store));
   if (context.options.json) {
-    printJson(asJson(rows), context.streams.out);
+    printJson(asJson(rows, names), context.streams.out);
   } else {
-    printTable(rows, Ink(context.streams.colors), context.streams.out);
+    printTable(rows, names, Ink(context.streams.colors), context.streams.out);
   }
   return ExitStatus::kDone;
 }
@@ -129,7 +133,10 @@ Result<ExitStatus> runCalendars(CommandContext& context) {
 }  // namespace
 
 CLI::App& registerCalendarsCommand(CommandLine& line) {
-  return line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+  CLI::App& command =
+      line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+  command.footer("  orlocal calendars\n  orlocal calendars new Holidays");
+  return command;
 }
 
 }  // namespace orlocal::host

@@ -8,7 +8,6 @@
 
 #include "base/try.h"
 #include "host/commands/command_line/json_text.h"
-#include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/words/day_words.h"
 #include "store/time/time_text.h"
@@ -18,7 +17,7 @@ namespace {
 
 constexpr std::string_view kCalendar = "calendar";
 constexpr std::string_view kReminderList = "reminder list";
-constexpr std::size_t kKindWidth = 23;
+constexpr std::size_t kKindWidth = 23, kWhenWidth = 16;
 constexpr std::size_t kKnownTitles = 100'000;
 
 struct ChangeWord {
@@ -64,31 +63,19 @@ std::string whenOf(const News& news, const store::Zone& viewer) {
   return timeText(start) + " – " + timeText(end);
 }
 
-void addTimes(nlohmann::json& json, const News& news, const store::Zone& viewer) {
-  if (!news.item) { return; }
-  if (news.item->kind == store::ItemKind::kReminder) {
-    json["completed"] = news.item->completed.has_value();
-    if (!news.item->due) { return; }
-    const auto due = store::momentOf(*news.item->due, viewer);
-    json["due"] = wholeDay(*news.item->due) ? isoDay(store::LocalDay(viewer.toLocal(due))) : isoMoment(due, viewer);
-    return;
-  }
-  json["repeats"] = !news.item->recurrence.empty();
-  json["allDay"] = news.item->allDay();
-  if (!news.occurrence) { return; }
-  if (news.item->allDay()) {
-    json["firstDay"] = isoDay(firstDayOf(*news.occurrence, viewer));
-    json["lastDay"] = isoDay(lastDayOf(*news.occurrence, viewer));
-  } else {
-    json["start"] = isoMoment(news.occurrence->start, viewer);
-    json["end"] = isoMoment(news.occurrence->end, viewer);
-  }
-}
-
 }  // namespace
 
 Result<StoreNews> StoreNews::fromNowOn(store::CalendarStore& store) {
   ORLOCAL_TRY(const store::LogPosition position, store.newestChange());
+  return StoreNews(store, position);
+}
+
+Result<StoreNews> StoreNews::since(store::CalendarStore& store, const Since& since) {
+  if (const auto* row = std::get_if<std::int64_t>(&since)) {
+    ORLOCAL_TRY(const store::LogPosition position, store.changesAfter(*row));
+    return StoreNews(store, position);
+  }
+  ORLOCAL_TRY(const store::LogPosition position, store.changesSince(std::get<store::Moment>(since)));
   return StoreNews(store, position);
 }
 
@@ -97,22 +84,44 @@ Status StoreNews::tell(const std::function<void(const News&)>& listener) {
   if (std::exchange(m_generation, generation) == generation) { return {}; }
   ORLOCAL_TRY(const auto commits, m_store.outsideCommits(m_position));
   for (const store::OutsideCommit& commit : commits) {
-    ORLOCAL_CHECK(tellAll(kCalendar, commit.calendars, listener));
-    ORLOCAL_CHECK(tellAll(kReminderList, commit.reminderLists, listener));
-    ORLOCAL_CHECK(tellAll("event", commit.events, listener));
-    ORLOCAL_CHECK(tellAll("reminder", commit.reminders, listener));
+    ORLOCAL_CHECK(tellAll(kCalendar, commit.calendars, commit, listener));
+    ORLOCAL_CHECK(tellAll(kReminderList, commit.reminderLists, commit, listener));
+    ORLOCAL_CHECK(tellAll("event", commit.events, commit, listener));
+    ORLOCAL_CHECK(tellAll("reminder", commit.reminders, commit, listener));
   }
   return {};
 }
 
 Status StoreNews::tellAll(std::string_view kind, const store::ChangedRecords& records,
-                          const std::function<void(const News&)>& listener) {
+                          const store::OutsideCommit& commit, const Listener& listener) {
   for (const ChangeWord& word : kChangeWords) {
-    for (const std::string& identifier : records.*word.records) {
-      ORLOCAL_TRY(const News news, newsOf(word.change, kind, identifier));
+    const auto& identifiers = records.*word.records;
+    for (std::size_t i = 0; i < identifiers.size(); ++i) {
+      ORLOCAL_TRY(News news, newsOf(word.change, kind, identifiers[i]));
+      news.made = commit.made;
+      news.position = commit.upTo;
+      if (word.records == &store::ChangedRecords::deleted && !news.item) {
+        // What the log says of its end counts before what was heard earlier.
+        const store::Departed& departed = records.departed[i];
+        if (departed.title) { news.title = departed.title; }
+        ORLOCAL_TRY(const auto names, CalendarNames::of(m_store));
+        const store::Calendar* calendar = names.calendar(departed.calendar);
+        if (calendar != nullptr) { news.calendar = calendar->title; }
+      }
       listener(news);
     }
   }
+  return {};
+}
+
+Status StoreNews::describeItem(News& news) {
+  ORLOCAL_TRY(news.item, m_store.itemWithIdentifier(news.identifier));
+  if (!news.item) { return {}; }
+  news.title = news.item->title.value_or("");
+  ORLOCAL_TRY(const auto names, CalendarNames::of(m_store));
+  const store::Calendar* calendar = names.calendar(news.item->calendar);
+  if (calendar != nullptr) { news.calendar = calendar->title; }
+  if (news.item->kind == store::ItemKind::kEvent) { ORLOCAL_TRY(news.occurrence, m_store.firstOccurrence(*news.item)); }
   return {};
 }
 
@@ -125,14 +134,7 @@ Result<News> StoreNews::newsOf(std::string_view change, std::string_view kind, c
     ORLOCAL_TRY(const auto calendar, m_store.calendar(identifier));
     if (calendar) { news.title = calendar->title; }
   } else {
-    ORLOCAL_TRY(news.item, m_store.itemWithIdentifier(identifier));
-    if (news.item) {
-      news.title = news.item->title.value_or("");
-      ORLOCAL_TRY(news.calendar, titleOfCalendar(news.item->calendar));
-      if (news.item->kind == store::ItemKind::kEvent) {
-        ORLOCAL_TRY(news.occurrence, m_store.firstOccurrence(*news.item));
-      }
-    }
+    ORLOCAL_CHECK(describeItem(news));
   }
   if (news.title) {
     if (m_titles.size() >= kKnownTitles) { m_titles.clear(); }
@@ -141,14 +143,6 @@ Result<News> StoreNews::newsOf(std::string_view change, std::string_view kind, c
     news.title = known->second;
   }
   return news;
-}
-
-Result<std::optional<std::string>> StoreNews::titleOfCalendar(store::CalendarId id) {
-  ORLOCAL_TRY(const auto calendars, allCalendars(m_store));
-  for (const auto& calendar : calendars) {
-    if (calendar.id == id) { return calendar.title; }
-  }
-  return std::nullopt;
 }
 
 std::string lineOf(const News& news, const store::Zone& viewer) {
@@ -163,13 +157,20 @@ std::string lineOf(const News& news, const store::Zone& viewer) {
   return line + news.identifier;
 }
 
-std::string jsonLineOf(const News& news, const store::Zone& viewer) {
-  nlohmann::json json = {{"change", news.change},
-                         {"kind", news.kind},
-                         {"identifier", news.identifier},
-                         {"title", jsonText(news.title)},
-                         {"calendar", jsonText(news.calendar)}};
-  addTimes(json, news, viewer);
+std::string pastLineOf(const News& news, const store::Zone& viewer) {
+  const std::string when = news.made ? timeText(viewer.toLocal(*news.made)) : "earlier";
+  return padded(when, kWhenWidth) + "  " + lineOf(news, viewer);
+}
+
+std::string jsonLineOf(const News& news, const CalendarNames& names, const store::Zone& viewer) {
+  nlohmann::json json = news.item ? itemJson(*news.item, news.occurrence, names, viewer) : nlohmann::json::object();
+  json["change"] = news.change;
+  json["kind"] = news.kind;
+  json["identifier"] = news.identifier;
+  json["title"] = jsonText(news.title);
+  json["calendar"] = jsonText(news.calendar);
+  json["position"] = news.position;
+  json["made"] = news.made ? nlohmann::json(isoMoment(*news.made, viewer)) : nlohmann::json(nullptr);
   return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 

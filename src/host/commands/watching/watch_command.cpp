@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -27,7 +28,8 @@ namespace orlocal::host {
 namespace {
 
 struct WatchWords {
-  std::string file, script;
+  std::string file, script, since;
+  bool ends = false;
   bool alarms = false, once = false;
   std::vector<std::string> command;
 };
@@ -48,22 +50,49 @@ class SlowNotice {
   bool m_told = false;
 };
 
-/// Prints what others do to the store, until interrupted.
-Result<ExitStatus> watchStore(CommandContext& context) {
+std::string objectionToSince(const std::string& words) {
+  if (sinceFromWords(words, store::now(), store::Zone::ofUser())) { return {}; }
+  return "\"" + words +
+         "\" says no time; write 2h, 3d, yesterday, \"2026-11-02 08:00\", or a position that --json gave";
+}
+
+Result<StoreNews> newsFrom(store::CalendarStore& store, const std::string& words, const store::Zone& viewer,
+                           std::ostream& err) {
+  const auto since = sinceFromWords(words, store::now(), viewer);
+  if (!since) { return StoreNews::fromNowOn(store); }
+  ORLOCAL_TRY(StoreNews news, StoreNews::since(store, *since));
+  ORLOCAL_TRY(const bool whole, news.isWhole());
+  if (!whole) { err << "orlocal: the log of changes does not reach back so far; what it still knows is shown\n"; }
+  return news;
+}
+
+/// Prints what others do to the store, until interrupted; with `--since` first what they did.
+Result<ExitStatus> watchStore(const WatchWords& words, CommandContext& context) {
   const Interruption interruption;
   ORLOCAL_TRY(const auto store, openOrMakeUserStore());
   const store::Zone viewer = store::Zone::ofUser();
   // First the ear, then the place in the log: what is committed in between is heard.
   ORLOCAL_TRY(const auto signal, store->listen());
-  ORLOCAL_TRY(StoreNews news, StoreNews::fromNowOn(*store));
+  ORLOCAL_TRY(StoreNews news, newsFrom(*store, words.since, viewer, context.streams.err));
   std::ostream& out = context.streams.out;
+  const auto tell = [&](bool past) -> Status {
+    std::optional<CalendarNames> names;
+    return news.tell([&](const News& each) {
+      if (!context.options.json) {
+        out << (past ? pastLineOf(each, viewer) : lineOf(each, viewer)) << std::endl;
+        return;
+      }
+      if (!names) { names = CalendarNames::of(*store).value_or(CalendarNames()); }
+      out << jsonLineOf(each, *names, viewer) << std::endl;
+    });
+  };
+  if (!words.since.empty()) { ORLOCAL_CHECK(tell(true)); }
+  if (words.ends) { return ExitStatus::kDone; }
   context.streams.err << "orlocal: watching the calendars; Ctrl-C ends it\n" << std::flush;
   SlowNotice slow;
   for (auto woken = Woken::kByChange; woken != Woken::kByInterruption;) {
     slow.tell(*signal, context.streams.err);
-    ORLOCAL_CHECK(news.tell([&](const News& each) {
-      out << (context.options.json ? jsonLineOf(each, viewer) : lineOf(each, viewer)) << std::endl;
-    }));
+    ORLOCAL_CHECK(tell(false));
     ORLOCAL_TRY(woken, waitForChange(*signal));
   }
   return ExitStatus::kDone;
@@ -136,7 +165,7 @@ class ScriptWatch {
 Result<ExitStatus> runWatch(const WatchWords& words, CommandContext& context) {
   if (words.alarms) { return watchAlarms({words.command, words.once}, context); }
   if (!words.script.empty()) { return ScriptWatch(words, context).run(); }
-  if (words.command.empty()) { return watchStore(context); }
+  if (words.command.empty()) { return watchStore(words, context); }
   tellTrouble(context.streams.err,
               "A command is run for each start of a script, or for each alarm; write --alarms, or "
               "--file and --script, before it.");
@@ -149,16 +178,26 @@ void registerWatchCommand(CommandLine& line) {
   const auto words = std::make_shared<WatchWords>();
   CLI::App& watch =
       line.add("watch",
-               "Shows what other programs change in the calendars, as it happens; with a script, does what a host\n"
-               "does for a solution that has registered it; with --alarms, tells each alarm at its moment.",
+               "Show what other programs change in the calendars, as it happens; with a script, do what a host\n"
+               "does for a solution that has registered it; with --alarms, tell each alarm at its moment.",
                [words](CommandContext& context) { return runWatch(*words, context); });
+  watch.footer(
+      "  orlocal watch\n  orlocal watch --file Solution --script 'Calendar changed' -- notify-send {}\n"
+      "  orlocal watch --alarms -- sh -c 'notify-send \"$ORLOCAL_ALARM_TITLE\"'");
   CLI::Option* file = watch.add_option("--file", words->file, "The file that holds the script, as the plug-in is told");
   CLI::Option* script = watch.add_option("--script", words->script, "The script to start for each change");
   file->type_name("FILE")->needs(script);
   script->type_name("SCRIPT")->needs(file);
+  CLI::Option* since =
+      watch.add_option("--since", words->since,
+                       "First what was changed since then: 2h, 3d, yesterday, \"2026-11-02 08:00\", or a\n"
+                       "position that --json gave");
+  since->type_name("WHEN")->check(objectionToSince)->excludes(script);
+  watch.add_flag("--until-now", words->ends, "Do not wait for more: with --since, the past alone")->needs(since);
   CLI::Option* alarms =
       watch.add_flag("--alarms", words->alarms, "Tell each alarm when it rings, whoever else watches")
-          ->excludes(script);
+          ->excludes(script)
+          ->excludes(since);
   watch.add_flag("--once", words->once, "Tell the alarms that are due since the last time, and end")->needs(alarms);
   watch
       .add_option("command", words->command,

@@ -67,21 +67,4 @@ std::chrono::seconds offsetOf(const AlarmWords& alarm, store::LocalTime start) {
   return *alarm.time - days - timeOfStart;
 }
 
-std::string offsetInWords(std::chrono::seconds offset) {
-  if (offset.count() == 0) { return "at the start"; }
-  struct Part {
-    std::int64_t seconds;
-    const char* name;
-  };
-  constexpr Part kParts[] = {{7 * 86'400, "week"}, {86'400, "day"}, {3'600, "hour"}, {60, "minute"}, {1, "second"}};
-  std::vector<std::string> words;
-  std::int64_t left = std::abs(offset.count());
-  for (const Part& part : kParts) {
-    const std::int64_t count = left / part.seconds;
-    left %= part.seconds;
-    if (count > 0) { words.push_back(fmt::format("{} {}{}", count, part.name, count == 1 ? "" : "s")); }
-  }
-  return fmt::format("{} {}", fmt::join(words, " "), offset.count() < 0 ? "before" : "after");
-}
-
 }  // namespace orlocal::host

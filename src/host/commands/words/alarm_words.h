@@ -22,7 +22,4 @@ Result<AlarmWords> readAlarm(std::string_view text, const WordsSetting& setting)
 /// Seconds from the start on; `start` is its time on the wall clock, midnight for whole days.
 std::chrono::seconds offsetOf(const AlarmWords& alarm, store::LocalTime start);
 
-/// "15 minutes before", "at the start", "1 day and 2 hours after".
-std::string offsetInWords(std::chrono::seconds offset);
-
 }  // namespace orlocal::host

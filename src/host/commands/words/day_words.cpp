@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "host/commands/words/date_names.h"
+
 namespace orlocal::host {
 namespace {
 
@@ -13,29 +15,6 @@ struct NamedDay {
   int fromToday;
 };
 constexpr NamedDay kNamedDays[] = {{"today", 0}, {"tomorrow", 1}, {"yesterday", -1}};
-
-constexpr std::string_view kMonths[] = {"January", "February", "March",     "April",   "May",      "June",
-                                        "July",    "August",   "September", "October", "November", "December"};
-
-std::string_view nameOf(cctz::weekday day) {
-  switch (day) {
-    case cctz::weekday::monday:
-      return "Monday";
-    case cctz::weekday::tuesday:
-      return "Tuesday";
-    case cctz::weekday::wednesday:
-      return "Wednesday";
-    case cctz::weekday::thursday:
-      return "Thursday";
-    case cctz::weekday::friday:
-      return "Friday";
-    case cctz::weekday::saturday:
-      return "Saturday";
-    case cctz::weekday::sunday:
-      return "Sunday";
-  }
-  return "";
-}
 
 std::optional<int> number(std::string_view digits) {
   int value = 0;
@@ -69,16 +48,9 @@ std::optional<store::LocalDay> dayFromWords(std::string_view words, store::Local
 
 std::string isoDay(store::LocalDay day) { return fmt::format("{:04}-{:02}-{:02}", day.year(), day.month(), day.day()); }
 
-std::string longDay(store::LocalDay day) {
-  return fmt::format("{}, {} {} {}", nameOf(cctz::get_weekday(day)), day.day(),
-                     kMonths[static_cast<std::size_t>(day.month() - 1)], day.year());
-}
+std::string longDay(store::LocalDay day) { return DateNames::ofUser().longDay(day); }
 
-std::string shortDay(store::LocalDay day) {
-  constexpr std::size_t kShort = 3;
-  return fmt::format("{} {} {} {}", nameOf(cctz::get_weekday(day)).substr(0, kShort), day.day(),
-                     kMonths[static_cast<std::size_t>(day.month() - 1)].substr(0, kShort), day.year());
-}
+std::string shortDay(store::LocalDay day) { return DateNames::ofUser().shortDay(day); }
 
 std::string isoMoment(store::Moment moment, const store::Zone& zone) {
   const store::LocalTime local = zone.toLocal(moment);

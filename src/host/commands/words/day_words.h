@@ -15,10 +15,10 @@ std::optional<store::LocalDay> dayFromWords(std::string_view words, store::Local
 /// "2026-11-02".
 std::string isoDay(store::LocalDay day);
 
-/// "Monday, 2 November 2026".
+/// "Monday, 2 November 2026", in the user's language (`DateNames`).
 std::string longDay(store::LocalDay day);
 
-/// "Mon 2 Nov 2026".
+/// "Mon 2 Nov 2026", in that language, too.
 std::string shortDay(store::LocalDay day);
 
 /// "2026-11-02T09:00:00+01:00".

@@ -168,48 +168,6 @@ Result<std::optional<RecurrenceRule>> takeBareRepeat(WordCursor& words) {
   return std::nullopt;
 }
 
-std::string ordinalWord(int ordinal) {
-  constexpr std::array<const char*, 6> kOrdinals{"", "first", "second", "third", "fourth", "fifth"};
-  if (ordinal == -1) { return "last"; }
-  if (ordinal < 1 || ordinal >= static_cast<int>(kOrdinals.size())) { return {}; }
-  return kOrdinals[static_cast<std::size_t>(ordinal)];
-}
-
-/// "Mon, Wed and Fri", "last Fri".
-std::string daysInWords(const std::vector<WeekDay>& days) {
-  std::string text;
-  for (std::size_t i = 0; i < days.size(); ++i) {
-    if (i > 0) { text += i + 1 == days.size() ? " and " : ", "; }
-    const std::string ordinal = ordinalWord(days[i].ordinal);
-    if (days[i].ordinal != 0) { text += "the " + ordinal + ' '; }
-    text += kDayNames[static_cast<std::size_t>(days[i].day)];
-  }
-  return text;
-}
-
-bool isOnWorkDays(const RecurrenceRule& rule) {
-  return rule.frequency == Frequency::kWeekly && rule.interval == 1 && rule.byDay == onWorkDays().byDay;
-}
-
-/// Whether words say all of it.
-bool hasWordsForIt(const RecurrenceRule& rule) {
-  RecurrenceRule plain;
-  plain.frequency = rule.frequency;
-  plain.interval = rule.interval;
-  plain.count = rule.count;
-  plain.until = rule.until;
-  plain.byDay = rule.byDay;
-  plain.byMonthDay = rule.byMonthDay;
-  plain.weekStart = rule.weekStart;
-  if (!(plain == rule) || rule.byMonthDay.size() > 1) { return false; }
-  const bool monthly = rule.frequency == Frequency::kMonthly;
-  if (!rule.byMonthDay.empty() && (!monthly || rule.byMonthDay.front() < 1)) { return false; }
-  return std::all_of(rule.byDay.begin(), rule.byDay.end(), [&](const WeekDay& day) {
-    return day.ordinal == 0 ? rule.frequency == Frequency::kWeekly || rule.frequency == Frequency::kDaily
-                            : monthly && !ordinalWord(day.ordinal).empty();
-  });
-}
-
 }  // namespace
 
 Result<std::optional<RecurrenceRule>> takeRepeat(WordCursor& words) {
@@ -240,23 +198,6 @@ Result<RecurrenceRule> readRepeat(std::string_view text, const WordsSetting& set
       fmt::format("\"{}\" is no repetition; write daily, weekly, every 2 weeks, weekdays, mon,wed, monthly, "
                   "yearly, last friday, or a rule such as FREQ=WEEKLY;BYDAY=MO",
                   text.substr(std::min(words.place(), text.size()))));
-}
-
-std::string ruleInWords(const RecurrenceRule& rule) {
-  if (!hasWordsForIt(rule)) { return "by the rule " + store::ruleText(rule); }
-  constexpr std::array<const char*, 7> kUnits{"second", "minute", "hour", "day", "week", "month", "year"};
-  const char* unit = kUnits[static_cast<std::size_t>(rule.frequency)];
-  std::string text;
-  if (isOnWorkDays(rule)) {
-    text = "every weekday";
-  } else {
-    text = rule.interval == 1 ? fmt::format("every {}", unit) : fmt::format("every {} {}s", rule.interval, unit);
-    if (!rule.byDay.empty()) { text += " on " + daysInWords(rule.byDay); }
-    if (!rule.byMonthDay.empty()) { text += fmt::format(" on day {}", rule.byMonthDay.front()); }
-  }
-  if (rule.count) { text += *rule.count == 1 ? ", once" : fmt::format(", {} times", *rule.count); }
-  if (rule.until) { text += " until " + shortDay(store::LocalDay(rule.until->local)); }
-  return text;
 }
 
 }  // namespace orlocal::host

@@ -18,8 +18,4 @@ Result<std::optional<store::RecurrenceRule>> takeRepeat(WordCursor& words);
 /// The text of `--repeat`: the same, words such as "daily", "mon,wed" or "last friday" alone, or an RRULE.
 Result<store::RecurrenceRule> readRepeat(std::string_view text, const WordsSetting& setting);
 
-/// The rule for people: "every 2 weeks on Mon and Wed, 10 times". A rule with parts that have no words comes as it is
-/// written in calendar files.
-std::string ruleInWords(const store::RecurrenceRule& rule);
-
 }  // namespace orlocal::host

@@ -5,6 +5,8 @@
 #include <initializer_list>
 #include <string>
 
+#include "base/languages.h"
+
 namespace orlocal::host {
 namespace {
 
@@ -255,7 +257,9 @@ std::string environment(std::initializer_list<const char*> names) {
 
 WordsSetting settingOfUser(store::LocalTime now) {
   WordsSetting setting{now};
-  setting.german = environment({"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}).starts_with("de");
+  const std::vector<std::string> languages = preferredLanguages();
+  setting.german = std::any_of(languages.begin(), languages.end(),
+                               [](const std::string& language) { return language.starts_with("de"); });
   const std::string dates = environment({"LC_ALL", "LC_TIME", "LANG"});
   if (dates.starts_with("en_US")) {
     setting.slashes = WordsSetting::Slashes::kMonthFirst;

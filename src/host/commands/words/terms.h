@@ -62,8 +62,7 @@ struct WordsSetting {
   store::LocalDay today() const { return store::LocalDay(now); }
 };
 
-/// As the user's environment has it: LC_ALL, else LC_TIME, else LANG, for the order of dates; LANGUAGE before them for
-/// words.
+/// As the user has it: `preferredLanguages` for words; LC_ALL, else LC_TIME, else LANG for the order of dates.
 WordsSetting settingOfUser(store::LocalTime now);
 
 /// The meaning of the case-folded `text` that is `term`; none when it has none.

@@ -21,7 +21,7 @@ class ChangesOfItems : public ChangeCommand {
 
 TEST_F(ChangesOfItems, SetWhatIsNamedAndLeaveTheRest) {
   EXPECT_THAT(typed({"edit", "lunch", "--start", "friday 13:00", "--title", "Late lunch"}),
-              HasSubstr("Fri 6 Nov 2026 13:00–14:00, alarm 15 minutes before, at Luigi's, in Calendar"));
+              HasSubstr("Fri 6 Nov 2026 13:00–14:00, alarm 15 minutes before the start, at Luigi's, in Calendar"));
   EXPECT_THAT(typed({"edit", "lunch", "--duration", "30m"}), HasSubstr("13:00–13:30"));
   EXPECT_THAT(typed({"edit", "lunch", "--end", "15:00"}), HasSubstr("13:00–15:00"));
   EXPECT_THAT(typed({"edit", "lunch", "--all-day"}), HasSubstr("Fri 6 Nov 2026, all day"));
@@ -37,7 +37,7 @@ TEST_F(ChangesOfItems, TakeAwayWhatIsEmpty) {
 
 TEST_F(ChangesOfItems, MakeAnEventRepeat) {
   EXPECT_THAT(typed({"edit", "Lunch", "--repeat", "weekly", "--until", "2026-11-20"}),
-              HasSubstr("every week until Fri 20 Nov 2026"));
+              HasSubstr("every week, until 20 November 2026"));
   EXPECT_THAT(typed({"edit", "Lunch", "--all", "--count", "2"}), HasSubstr("every week, 2 times"));
 }
 

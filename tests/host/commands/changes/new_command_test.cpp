@@ -28,8 +28,9 @@ TEST_F(NewCommand, SaysWhatItUnderstood) {
   EXPECT_THAT(
       typed({"new", "Standup every weekday 9:15 15m", "--calendar", "Work", "--alarm", "15m", "--alarm",
              "at 18:00 the day before", "--until", "2026-11-13", "--location", "Room 1"}),
-      AllOf(HasSubstr("Mon 2 Nov 2026 09:15–09:30, every weekday until Fri 13 Nov 2026, alarm 15 minutes before, "
-                      "alarm 15 hours 15 minutes before, at Room 1, in Work")));
+      AllOf(HasSubstr(
+          "Mon 2 Nov 2026 09:15–09:30, every weekday, until 13 November 2026, "
+          "alarm 15 minutes before the start, alarm 15 hours 15 minutes before the start, at Room 1, in Work")));
   EXPECT_EQ(planned("today", "+30").size(), 10U);
 }
 
@@ -56,7 +57,7 @@ TEST_F(NewCommand, GivesWhatWasWrittenAsJson) {
   EXPECT_EQ(json["kind"], "event");
   EXPECT_EQ(json["title"], "Lunch");
   EXPECT_EQ(json["rules"], nlohmann::json({"FREQ=WEEKLY;COUNT=3"}));
-  EXPECT_EQ(json["alarms"][0]["seconds"], -3600);
+  EXPECT_EQ(json["alarms"][0]["offsetSeconds"], -3600);
   EXPECT_EQ(json["notes"], "bring cake");
   EXPECT_EQ(json["priority"], 1);
   EXPECT_EQ(json["identifier"].get<std::string>().size(), 36U);
@@ -66,7 +67,7 @@ TEST_F(NewCommand, MakesReminders) {
   EXPECT_THAT(typed({"new", "--reminder", "Buy milk"}), HasSubstr("\"Buy milk\""));
   EXPECT_THAT(out, HasSubstr("no date, in Reminders"));
   EXPECT_THAT(typed({"new", "--reminder", "Pay rent friday", "--repeat", "monthly", "--alarm", "9:00"}),
-              HasSubstr("due Fri 6 Nov 2026, every month, alarm 9 hours after, in Reminders"));
+              HasSubstr("due Fri 6 Nov 2026, every month, alarm 9 hours after it is due, in Reminders"));
   EXPECT_THAT(typed({"new", "--list", "Reminders", "Call tomorrow 14:00"}), HasSubstr("due Tue 3 Nov 2026 14:00"));
   EXPECT_THAT(refused({"new", "--reminder", "Call 14:00 1h"}, ExitStatus::kUsage), HasSubstr("no length"));
   EXPECT_THAT(refused({"new", "--reminder", "Call", "--list", "Calendar"}), HasSubstr("holds no reminders"));

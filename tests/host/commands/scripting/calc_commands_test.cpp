@@ -114,5 +114,47 @@ TEST_F(CalcCommandsTest, TellsAPipeThatACalculationFailed) {
   EXPECT_EQ(run({}), ExitStatus::kFailed);
 }
 
+/// With the plug-in, in processes of its own: one that a process has loaded stays as it began.
+class StrictCalculations : public ProgramTest {
+ protected:
+  ChildResult runProgramWith(std::vector<std::string> words) {
+    words.insert(words.begin(), {ORLOCAL_PROGRAM, "--store", folder / "calendar.db"});
+    auto result = runProgram(words);
+    EXPECT_TRUE(result);
+    return result.value_or(ChildResult{});
+  }
+};
+
+TEST_F(StrictCalculations, EndAsEverWithoutTheOption) {
+  const ChildResult result = runProgramWith({"eval", "Orlo_OpenItemAt( \"nonsense\" ; 1 )"});
+  EXPECT_EQ(result.output, "!!ERROR!!\n");
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(StrictCalculations, TellWhyACallFailed) {
+  const ChildResult result = runProgramWith({"eval", "--strict", "Orlo_OpenItemAt( \"nonsense\" ; 1 )"});
+  EXPECT_THAT(result.output, HasSubstr("!!ERROR!!\n"));
+  EXPECT_THAT(result.output,
+              HasSubstr("orlocal: Orlo_OpenItemAt returned !!ERROR!!: Invalid Parameter value(s) (-4)\n"));
+  EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(StrictCalculations, SeeErrorsThatACalculationSwallows) {
+  const ChildResult result =
+      runProgramWith({"eval", "--strict",
+                      "If ( Orlo_OpenItemAt( \"nonsense\" ; 1 ) = \"!!ERROR!!\" ; Orlo_GetLastError( \"number\" ) )"});
+  EXPECT_THAT(result.output, HasSubstr("-4\n"));
+  EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(StrictCalculations, SucceedWhenEveryCallDid) {
+  EXPECT_EQ(runProgramWith({"eval", "--strict", "Orlo_GetItemCountForType( \"calendar\" )"}).status, 0);
+}
+
+TEST_F(StrictCalculations, NameFileAndLine) {
+  const std::string file = write("a.calc", "1 + 1\nOrlo_OpenItemAt( \"nonsense\" ; 1 )\n");
+  EXPECT_THAT(runProgramWith({"run", "--strict", file}).output, HasSubstr(file + ":2: Orlo_OpenItemAt returned"));
+}
+
 }  // namespace
 }  // namespace orlocal::host

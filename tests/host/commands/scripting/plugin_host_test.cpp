@@ -118,13 +118,23 @@ TEST_F(WorkbenchTest, EvaluatesNoLongerOnceItIsGone) {
 }
 
 TEST_F(WorkbenchTest, GoesOnWithoutAPluginThatIsNotThere) {
+  bench.reset();
   options.plugin.reset();
   context.programFile = (folder / "orlocal").string();
   ASSERT_TRUE(Workbench::open(context, Workbench::Need::kIfThere));
   EXPECT_THAT(err.str(), HasSubstr("going on without one"));
 }
 
+TEST_F(WorkbenchTest, IsOneAtATime) {
+  const auto second = Workbench::open(context, Workbench::Need::kIfThere);
+  ASSERT_FALSE(second);
+  EXPECT_THAT(second.error().message, HasSubstr("loaded in this process already"));
+  bench.reset();
+  EXPECT_TRUE(Workbench::open(context, Workbench::Need::kIfThere));
+}
+
 TEST_F(WorkbenchTest, DoesNotGoOnWithoutAPluginThatWasNamed) {
+  bench.reset();
   options.plugin = "/no/such.fmx";
   EXPECT_FALSE(Workbench::open(context, Workbench::Need::kIfThere));
 }

@@ -143,11 +143,11 @@ TEST_F(TestCommandTest, TypesCommandsAndShowsWhatTheyPrintAndHowTheyEnd) {
             "a.ics: 1 new, 0 updated, 0 unchanged, 0 refused\n\n"
             "$ orlocal agenda --from 2026-11-02 --to 2026-11-02 --calendar Calendar\n"
             "Monday, 2 November 2026 (today)\n  09:00        A b  Calendar\n"
-            "$ orlocal agenda --from never\n…\"never\"…\n…\n[2]\n"
+            "$ orlocal agenda --from never\n…\"never\"…\n[2]\n"
             "$ orlocal export -o \"$FOLDER/b.ics\"\n"
             "$ orlocal import \"$FOLDER/b.ics\"\n…/b.ics: 0 new, 0 updated, 1 unchanged, 0 refused\n");
   EXPECT_EQ(run({"test", file}), ExitStatus::kDone) << out.str() << err.str();
-  EXPECT_EQ(run({"test", write("b.txt", "@store fresh\n$ orlocal agenda --from never\n…\n…\n")}), ExitStatus::kFailed)
+  EXPECT_EQ(run({"test", write("b.txt", "@store fresh\n$ orlocal agenda --from never\n…\n")}), ExitStatus::kFailed)
       << "the status was not expected";
 }
 

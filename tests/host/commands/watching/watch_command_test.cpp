@@ -71,14 +71,14 @@ TEST_F(WatchTest, ShowsAnEventsWholeLifeInItsOrder) {
   // Each line is waited for: a title is told as it stands when the change is seen.
   EXPECT_THAT(watch->line(), AllOf(StartsWith("Updated event"), HasSubstr("Review again")));
   ASSERT_TRUE(store->removeEvent(item, std::nullopt, store::Span::kThis));
-  EXPECT_EQ(watch->line(), "Deleted event          Review again  " + item.identifier);
+  EXPECT_EQ(watch->line(), "Deleted event          Review again  Calendar  " + item.identifier);
 }
 
-TEST_F(WatchTest, ShowsTheDeletionOfWhatItHasNotSeenByItsIdentifier) {
+TEST_F(WatchTest, ShowsTheDeletionOfWhatItHasNotSeenByItsName) {
   const auto item = saved(review());
   const auto watch = watching();
   ASSERT_TRUE(store->removeEvent(item, std::nullopt, store::Span::kThis));
-  EXPECT_EQ(watch->line(), "Deleted event          " + item.identifier);
+  EXPECT_EQ(watch->line(), "Deleted event          Review  Calendar  " + item.identifier);
 }
 
 TEST_F(WatchTest, ShowsWholeDays) {
@@ -147,13 +147,15 @@ TEST_F(WatchTest, ShowsJsonLines) {
   EXPECT_EQ(json["repeats"], false);
 }
 
-TEST_F(WatchTest, KnowsNothingOfADeletedEventButItsIdentifierInJson) {
+TEST_F(WatchTest, KnowsTheNameOfADeletedEventInJson) {
   const auto item = saved(review());
   const auto watch = watching({"--json"});
   ASSERT_TRUE(store->removeEvent(item, std::nullopt, store::Span::kThis));
   const auto json = nlohmann::json::parse(watch->line());
   EXPECT_EQ(json["change"], "deleted");
-  EXPECT_TRUE(json["title"].is_null());
+  EXPECT_EQ(json["title"], "Review");
+  EXPECT_EQ(json["calendar"], "Calendar");
+  EXPECT_GT(json["position"], 0);
   EXPECT_FALSE(json.contains("start"));
 }
 

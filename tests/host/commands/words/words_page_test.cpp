@@ -9,7 +9,9 @@
 
 #include "host/commands/words/alarm_words.h"
 #include "host/commands/words/day_words.h"
+#include "host/commands/words/item_words.h"
 #include "host/commands/words/repeat_words.h"
+#include "host/commands/words/rule_words.h"
 #include "host/commands/words/when_words.h"
 
 namespace orlocal::host {
@@ -33,16 +35,13 @@ std::string refusedAt(const Failure& why) { return fmt::format("refused at {}", 
 
 std::string clockWords(TimeOfDay time) { return fmt::format("{:02}:{:02}", time.count() / 60, time.count() % 60); }
 
-std::string lengthWords(const Length& length) {
-  std::string words = offsetInWords(-(std::chrono::days(length.days) + length.minutes));
-  return words.substr(0, words.size() - std::string(" before").size());
-}
+std::string repeatWords(const store::RecurrenceRule& rule) { return ruleWords(rule, std::nullopt, store::Zone()); }
 
 std::string whenWords(const When& when, const WordsSetting& setting) {
   if (when.empty()) { return "nothing"; }
   const auto times = timesOf(when, setting);
   if (!times) { return times.error().message; }
-  return timesInWords(*times) + (when.repeat ? ", " + ruleInWords(*when.repeat) : "");
+  return timesInWords(*times) + (when.repeat ? ", " + repeatWords(*when.repeat) : "");
 }
 
 template <class Value, class Shown>
@@ -54,11 +53,17 @@ std::string shownOr(const Result<Value>& value, Shown shown) {
 std::vector<std::string> meaningOf(const std::string& heading, const std::string& words, const WordsSetting& setting) {
   if (heading == "Day") { return {shownOr(readDay(words, setting), shortDay)}; }
   if (heading == "Time") { return {shownOr(readTime(words, setting), clockWords)}; }
-  if (heading == "Length") { return {shownOr(readLength(words, setting), lengthWords)}; }
-  if (heading == "Repetition") { return {shownOr(readRepeat(words, setting), ruleInWords)}; }
+  if (heading == "Length") {
+    return {shownOr(readLength(words, setting),
+                    [](const Length& length) { return lengthWords(std::chrono::days(length.days) + length.minutes); })};
+  }
+  if (heading == "Repetition") { return {shownOr(readRepeat(words, setting), repeatWords)}; }
   if (heading == "Alarm") {
     return {shownOr(readAlarm(words, setting), [](const AlarmWords& alarm) {
-      return offsetInWords(offsetOf(alarm, store::LocalTime(2026, 11, 3, 12, 30, 0)));
+      const auto offset = offsetOf(alarm, store::LocalTime(2026, 11, 3, 12, 30, 0));
+      store::Alarm shown;
+      shown.trigger = store::AlarmOffset{offset};
+      return alarmWords(shown, store::ItemKind::kEvent, store::Zone());
     })};
   }
   const auto read = readTitleAndWhen(words, setting);

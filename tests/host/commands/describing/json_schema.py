@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+"""Holds what the program prints with --json against docs/schema/output.json.
+
+usage: json_schema.py PROGRAM SCHEMA
+"""
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+import jsonschema
+
+CONTENT = r"""BEGIN:VCALENDAR
+VERSION:2.0
+X-WR-CALNAME:Work
+BEGIN:VEVENT
+UID:review
+DTSTART;TZID=America/New_York:20261102T090000
+DTEND;TZID=America/New_York:20261102T103000
+RRULE:FREQ=WEEKLY;BYDAY=MO,WE;UNTIL=20261231T000000Z
+EXDATE;TZID=America/New_York:20261104T090000
+RDATE;TZID=America/New_York:20261106T090000
+SUMMARY:Design review
+LOCATION:Room 4
+DESCRIPTION:Bring the drawings
+ORGANIZER;CN=Ada Lovelace:mailto:ada@example.org
+ATTENDEE;CN=Grace Hopper;PARTSTAT=ACCEPTED;ROLE=CHAIR;CUTYPE=INDIVIDUAL:mailto:grace@example.org
+STATUS:TENTATIVE
+PRIORITY:1
+URL:https://example.org/review
+BEGIN:VALARM
+ACTION:DISPLAY
+TRIGGER:-PT15M
+DESCRIPTION:x
+END:VALARM
+BEGIN:VALARM
+ACTION:EMAIL
+TRIGGER;VALUE=DATE-TIME:20261101T080000Z
+DESCRIPTION:x
+SUMMARY:x
+ATTENDEE:mailto:ada@example.org
+END:VALARM
+END:VEVENT
+BEGIN:VEVENT
+UID:review
+RECURRENCE-ID;TZID=America/New_York:20261109T090000
+DTSTART;TZID=America/New_York:20261109T110000
+DTEND;TZID=America/New_York:20261109T113000
+SUMMARY:Short review
+END:VEVENT
+BEGIN:VEVENT
+UID:holiday
+DTSTART;VALUE=DATE:20261102
+DTEND;VALUE=DATE:20261105
+SUMMARY:Holiday
+END:VEVENT
+BEGIN:VTODO
+UID:tax
+SUMMARY:Tax review
+DUE;VALUE=DATE:20261020
+END:VTODO
+BEGIN:VTODO
+UID:read
+SUMMARY:Read
+END:VTODO
+BEGIN:VTODO
+UID:done
+SUMMARY:Done
+DUE;TZID=Europe/Berlin:20261103T090000
+STATUS:COMPLETED
+COMPLETED:20261101T100000Z
+END:VTODO
+END:VCALENDAR
+"""
+
+# Command, definition, how many items of which list there must be for the comparison to mean anything.
+COMMANDS = [
+    (["agenda"], "agenda", {"events": 3, "overdue": 1, "undated": 1}),
+    (["search", "review"], "search", {"results": 2}),
+    (["reminders", "--all"], "reminders", {"reminders": 3}),
+    (["show", "Design review"], "show", {"next": 3, "changed": 1}),
+    (["show", "Holiday"], "show", {}),
+    (["show", "Tax"], "show", {}),
+    (["calendars"], "calendars", {}),
+]
+
+
+def main():
+    program, schema_file = sys.argv[1:]
+    schema = json.loads(pathlib.Path(schema_file).read_text(encoding="utf-8"))
+    jsonschema.Draft202012Validator.check_schema(schema)
+    failed = 0
+
+    def judge(what, instance, definition):
+        nonlocal failed
+        validator = jsonschema.Draft202012Validator({"$ref": f"#/$defs/{definition}", "$defs": schema["$defs"]})
+        for error in validator.iter_errors(instance):
+            failed += 1
+            if what:
+                print(f"{what}: {error.json_path}: {error.message[:300]}")
+
+    with tempfile.TemporaryDirectory() as folder:
+        environment = {**os.environ, "ORLOCAL_STORE": f"{folder}/calendar.db"}
+
+        def run(*words):
+            done = subprocess.run([program, *words], env=environment, capture_output=True, text=True, check=False)
+            if done.returncode != 0:
+                raise SystemExit(f"{words}: {done.stderr}")
+            return done.stdout
+
+        content = pathlib.Path(folder, "content.ics")
+        content.write_text(CONTENT, encoding="utf-8")
+        run("import", str(content))
+        run("calendars", "remove", "Calendar")
+        for words, definition, counts in COMMANDS:
+            answer = json.loads(run(*words, "--json"))
+            judge(words, answer, definition)
+            for part, count in counts.items():
+                if len(answer[part]) != count:
+                    failed += 1
+                    print(f"{words}: {len(answer[part])} {part} instead of {count}")
+        lines = run("watch", "--since", "0", "--until-now", "--json").splitlines()
+        if len(lines) != 8:
+            failed += 1
+            print(f"watch: {len(lines)} lines instead of 8")
+        for line in lines:
+            judge("watch", json.loads(line), "change")
+        # A schema that takes anything would be none.
+        spoiled = json.loads(run("agenda", "--json"))
+        spoiled["events"][0]["surprise"] = 1
+        before = failed
+        judge(None, spoiled, "agenda")
+        failed = before if failed > before else failed + 1
+    sys.exit(1 if failed else 0)
+
+
+main()
