@@ -16,6 +16,17 @@ Result<std::vector<AlarmRecord>> AlarmBook::snoozed() {
   return AlarmRows(m_store.m_core->database).snoozed();
 }
 
+Result<std::vector<AlarmKey>> AlarmBook::unknown(std::span<const AlarmKey> keys) {
+  ORLOCAL_TRY(const Transaction snapshot, m_store.m_core->beginReading());
+  AlarmRows rows(m_store.m_core->database);
+  std::vector<AlarmKey> unknown;
+  for (const AlarmKey& key : keys) {
+    ORLOCAL_TRY(const bool known, rows.has(key));
+    if (!known) { unknown.push_back(key); }
+  }
+  return unknown;
+}
+
 Result<std::optional<Moment>> AlarmBook::toldUpTo() {
   ORLOCAL_TRY(const Transaction snapshot, m_store.m_core->beginReading());
   return AlarmRows(m_store.m_core->database).toldUpTo();

@@ -19,6 +19,8 @@ class AlarmBook {
   /// By the moments at which they ring, those put off as well.
   Result<std::vector<AlarmRecord>> records();
   Result<std::vector<AlarmRecord>> snoozed();
+  /// Those of which nothing is known yet.
+  Result<std::vector<AlarmKey>> unknown(std::span<const AlarmKey> keys);
   /// Up to when alarms were told; none before anybody did.
   Result<std::optional<Moment>> toldUpTo();
 

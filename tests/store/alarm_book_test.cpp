@@ -34,6 +34,12 @@ TEST_F(AlarmBookTest, GivesEachRingToWhoAsksFirst) {
   EXPECT_EQ(theirs->toldUpTo, now);
 }
 
+TEST_F(AlarmBookTest, KnowsWhatItHasGiven) {
+  AlarmBook book(*store);
+  ASSERT_TRUE(book.claim({{first}, {}}, now, now));
+  EXPECT_THAT(*book.unknown(std::array{first, second}), ElementsAre(second));
+}
+
 TEST_F(AlarmBookTest, GivesWhatWasPutOffOnceMore) {
   AlarmBook book(*store);
   ASSERT_TRUE(book.claim({{first}, {}}, now, now));

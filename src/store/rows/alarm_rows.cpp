@@ -43,6 +43,12 @@ Result<std::vector<AlarmRecord>> AlarmRows::recordsOf(Statement& read) {
 Result<std::vector<AlarmRecord>> AlarmRows::all() { return recordsOf(m_all.in(m_database)); }
 Result<std::vector<AlarmRecord>> AlarmRows::snoozed() { return recordsOf(m_snoozed.in(m_database)); }
 
+Result<bool> AlarmRows::has(const AlarmKey& key) {
+  Statement& find = bindKey(m_has.in(m_database), key);
+  const ResetAtExit reset(find);
+  return find.step();
+}
+
 Result<bool> AlarmRows::ring(const AlarmKey& key, Moment now) {
   ORLOCAL_CHECK(bindKey(m_ring.in(m_database), key).bind(5, microsecondsOf(now)).run());
   return m_database.changedRows() > 0;

@@ -19,6 +19,7 @@ class AlarmRows {
   Result<std::vector<AlarmRecord>> all();
   Result<std::vector<AlarmRecord>> snoozed();
 
+  Result<bool> has(const AlarmKey& key);
   /// Notes that it rang; false where it is known already.
   Result<bool> ring(const AlarmKey& key, Moment now);
   /// The same of one that was put off until now; false where it is not.
@@ -41,6 +42,7 @@ class AlarmRows {
   LazyStatement m_snoozed{ORLOCAL_ALARM_COLUMNS
                           "WHERE snoozed IS NOT NULL ORDER BY snoozed, moment, item, original, number"};
 #undef ORLOCAL_ALARM_COLUMNS
+  LazyStatement m_has{"SELECT 1 FROM alarm_rings WHERE item = ?1 AND original = ?2 AND moment = ?3 AND number = ?4"};
   LazyStatement m_ring{
       "INSERT OR IGNORE INTO alarm_rings(item, original, moment, number, rung) VALUES(?1, ?2, ?3, ?4, ?5)"};
   LazyStatement m_ringAgain{

@@ -85,7 +85,7 @@ Status AlarmFollower::readSnoozed() {
 Result<std::vector<AlarmFollower::Due>> AlarmFollower::dueUpTo(Moment now) {
   ORLOCAL_CHECK(readSnoozed());
   std::vector<Due> due;
-  ORLOCAL_TRY(const auto rings, m_timetable.between(std::max(m_toldUpTo, now - kTellsLate) + kTick, now + kTick));
+  ORLOCAL_TRY(const auto rings, ringsNotTold(std::max(m_toldUpTo, now - kTellsLate), now));
   for (const store::AlarmRing& ring : rings) {
     ORLOCAL_TRY(auto news, newsOf(m_store, ring, m_calendars));
     if (news) { due.push_back({*std::move(news)}); }
@@ -105,6 +105,17 @@ Result<std::vector<AlarmFollower::Due>> AlarmFollower::dueUpTo(Moment now) {
   return due;
 }
 
+Result<std::vector<store::AlarmRing>> AlarmFollower::ringsNotTold(Moment after, Moment upTo) {
+  ORLOCAL_TRY(auto rings, m_timetable.between(after + kTick, upTo + kTick));
+  if (rings.empty()) { return rings; }
+  std::vector<store::AlarmKey> keys;
+  for (const store::AlarmRing& ring : rings) { keys.push_back(ring.key); }
+  ORLOCAL_TRY(const auto unknown, m_book.unknown(keys));
+  const std::set<store::AlarmKey> untold(unknown.begin(), unknown.end());
+  std::erase_if(rings, [&](const store::AlarmRing& ring) { return !untold.contains(ring.key); });
+  return rings;
+}
+
 Result<std::optional<AlarmNews>> AlarmFollower::putOffNews(const store::AlarmRecord& record) {
   ORLOCAL_TRY(const auto ring, m_timetable.ringOf(record.key));
   if (!ring) { return std::nullopt; }
@@ -118,19 +129,12 @@ Result<std::optional<AlarmNews>> AlarmFollower::putOffNews(const store::AlarmRec
 
 Status AlarmFollower::countMissed(Moment now) {
   const Moment from = std::max<Moment>(m_toldUpTo, now - kCountsMissed), to = now - kTellsLate;
-  ORLOCAL_TRY(const auto rings, m_timetable.between(from + kTick, to + kTick));
-  ORLOCAL_TRY(const auto records, m_book.records());
-  const auto isKnown = [&](const store::AlarmRing& ring) {
-    return std::any_of(records.begin(), records.end(),
-                       [&](const store::AlarmRecord& record) { return record.key == ring.key; });
-  };
-  const auto count = static_cast<std::size_t>(
-      std::count_if(rings.begin(), rings.end(), [&](const auto& ring) { return !isKnown(ring); }));
+  ORLOCAL_TRY(const auto rings, ringsNotTold(from, to));
   // Who notes first that they were counted tells it.
   ORLOCAL_TRY(const auto claimed, m_book.claim({}, now, to));
   const bool first = !claimed.toldUpTo || *claimed.toldUpTo < to;
   m_toldUpTo = m_notedUpTo = to;
-  if (count > 0 && first) { m_teller.tellMissed({count, from, to}); }
+  if (!rings.empty() && first) { m_teller.tellMissed({rings.size(), from, to}); }
   return {};
 }
 

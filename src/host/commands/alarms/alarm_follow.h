@@ -75,6 +75,8 @@ class AlarmFollower {
   };
 
   Result<std::vector<Due>> dueUpTo(store::Moment now);
+  /// What rings after `after` and up to `upTo`, and was neither told nor dismissed.
+  Result<std::vector<store::AlarmRing>> ringsNotTold(store::Moment after, store::Moment upTo);
   Result<std::optional<AlarmNews>> putOffNews(const store::AlarmRecord& record);
   Status countMissed(store::Moment now);
   Status claimAndTell(const std::vector<Due>& due, store::Moment now, store::Moment upTo);
