@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -30,15 +29,13 @@ namespace {
 using store::LocalDay;
 using store::Moment;
 
-/// What `dismiss` takes of alarms that have not rung.
-constexpr std::chrono::hours kSoon{24};
-
+/// Which alarms are looked at.
 struct AlarmsWords {
   std::string next = "1 day";
   std::vector<std::string> calendars;
 };
 
-struct SnoozeWords {
+struct AnswerWords {
   std::vector<std::string> what;
   std::string length = "10m";
   bool all = false;
@@ -49,6 +46,7 @@ struct AlarmDesk {
   std::unique_ptr<store::CalendarStore> store;
   store::Zone viewer = store::Zone::ofUser();
   Moment now = store::now();
+  Moment until = now;  ///< so far ahead is looked
 
   static Result<AlarmDesk> open() {
     AlarmDesk desk;
@@ -61,7 +59,12 @@ struct AlarmDesk {
     const auto exact = now - viewer.toMoment(local);
     return viewer.toMoment(local + std::int64_t{86'400} * length.days) + exact + length.minutes;
   }
-  Result<std::vector<AlarmNews>> list(const std::vector<std::string>& calendars, Moment until) {
+  /// "Mon 2 Nov 2026 09:45".
+  std::string inWords(Moment moment) const {
+    const store::LocalTime local = viewer.toLocal(moment);
+    return shortDay(LocalDay(local)) + " " + clockTime(local);
+  }
+  Result<std::vector<AlarmNews>> list(const std::vector<std::string>& calendars) {
     ORLOCAL_TRY(const auto named, calendarsTitled(*store, calendars));
     store::AlarmTimetable timetable(*store, viewer);
     return listAlarms(*store, timetable, named, now, until);
@@ -84,21 +87,27 @@ nlohmann::json alarmsJson(const std::vector<AlarmNews>& list, const AlarmDesk& d
   return json;
 }
 
+/// What the words ask for; none where it was told why they make no sense.
+Result<std::optional<std::vector<AlarmNews>>> alarmsWanted(const AlarmsWords& words, AlarmDesk& desk,
+                                                           CommandContext& context) {
+  const auto length = lengthOf(words.next, desk, context);
+  if (!length) { return std::nullopt; }
+  desk.until = desk.after(*length);
+  return desk.list(words.calendars);
+}
+
 Result<ExitStatus> showAlarms(const AlarmsWords& words, CommandContext& context) {
   ORLOCAL_TRY(AlarmDesk desk, AlarmDesk::open());
-  const auto length = lengthOf(words.next, desk, context);
-  if (!length) { return ExitStatus::kUsage; }
-  const Moment until = desk.after(*length);
-  ORLOCAL_TRY(const auto list, desk.list(words.calendars, until));
+  ORLOCAL_TRY(const auto wanted, alarmsWanted(words, desk, context));
+  if (!wanted) { return ExitStatus::kUsage; }
+  const std::vector<AlarmNews>& list = *wanted;
   if (context.options.json) {
     nlohmann::json json = alarmsJson(list, desk);
     json["from"] = isoMoment(desk.now, desk.viewer);
-    json["to"] = isoMoment(until, desk.viewer);
+    json["to"] = isoMoment(desk.until, desk.viewer);
     printJson(json, context.streams.out);
   } else if (list.empty()) {
-    const store::LocalTime local = desk.viewer.toLocal(until);
-    context.streams.out << fmt::format("No alarm rings until {} {}.\n", shortDay(store::LocalDay(local)),
-                                       clockTime(local));
+    context.streams.out << fmt::format("No alarm rings until {}.\n", desk.inWords(desk.until));
   } else {
     printAlarms(list, desk.viewer, desk.now, context.streams.colors, context.streams.out);
   }
@@ -119,10 +128,6 @@ Result<std::vector<AlarmNews>> alarmsNamed(const std::string& what, const std::v
     best = fit;
     fitting.push_back(news);
   }
-  // What has rung is meant before what will ring.
-  if (std::any_of(fitting.begin(), fitting.end(), isOpen)) {
-    std::erase_if(fitting, [](const AlarmNews& news) { return !isOpen(news); });
-  }
   std::set<store::ItemId> items;
   std::string lines;
   for (const AlarmNews& news : fitting) {
@@ -133,16 +138,21 @@ Result<std::vector<AlarmNews>> alarmsNamed(const std::string& what, const std::v
     return failure(ErrorCode::kRefused, fmt::format("\"{}\" may be {} things; name one by its identifier:{}",
                                                     printable(what), items.size(), lines));
   }
-  if (!fitting.empty()) { return fitting; }
+  if (!fitting.empty()) {
+    // What has rung is meant before what will ring, and of that the next.
+    const bool anyOpen = std::any_of(fitting.begin(), fitting.end(), isOpen);
+    const Moment next = fitting.front().rings;
+    std::erase_if(fitting, [&](const AlarmNews& news) { return anyOpen ? !isOpen(news) : news.rings != next; });
+    return fitting;
+  }
   // Says so when there is no such thing at all.
   ORLOCAL_TRY(const ChosenItem chosen, chooseItem(*desk.store, desk.viewer, {.what = what}));
   return failure(ErrorCode::kNotFound,
-                 fmt::format("No alarm of \"{}\" has rung, and none rings within a day. `orlocal alarms` lists those "
-                             "that do.",
-                             printable(chosen.item->title.value_or(""))));
+                 fmt::format("No alarm of \"{}\" has rung, and none rings until {}; --next looks further ahead.",
+                             printable(chosen.item->title.value_or("")), desk.inWords(desk.until)));
 }
 
-Result<std::vector<AlarmNews>> openAlarms(const SnoozeWords& words, const std::vector<AlarmNews>& list,
+Result<std::vector<AlarmNews>> openAlarms(const AnswerWords& words, const std::vector<AlarmNews>& list,
                                           const AlarmDesk& desk) {
   std::vector<AlarmNews> taken;
   if (words.all) { std::copy_if(list.begin(), list.end(), std::back_inserter(taken), isOpen); }
@@ -160,19 +170,18 @@ std::vector<store::AlarmKey> keysOf(const std::vector<AlarmNews>& list) {
   return {keys.begin(), keys.end()};
 }
 
-Result<ExitStatus> snooze(const SnoozeWords& words, CommandContext& context) {
+Result<ExitStatus> snooze(const AlarmsWords& which, const AnswerWords& words, CommandContext& context) {
   ORLOCAL_TRY(AlarmDesk desk, AlarmDesk::open());
   const auto length = lengthOf(words.length, desk, context);
   if (!length) { return ExitStatus::kUsage; }
-  ORLOCAL_TRY(const auto list, desk.list({}, desk.now + kSoon));
-  ORLOCAL_TRY(auto taken, openAlarms(words, list, desk));
+  ORLOCAL_TRY(const auto list, alarmsWanted(which, desk, context));
+  if (!list) { return ExitStatus::kUsage; }
+  ORLOCAL_TRY(auto taken, openAlarms(words, *list, desk));
   for (const AlarmNews& news : taken) {
     if (isOpen(news)) { continue; }
-    const store::LocalTime rings = desk.viewer.toLocal(news.rings);
-    return failure(
-        ErrorCode::kRefused,
-        fmt::format("The alarm of \"{}\" has not rung yet; it rings {} {}. `orlocal edit` moves it.",
-                    printable(news.item->title.value_or("")), shortDay(store::LocalDay(rings)), clockTime(rings)));
+    return failure(ErrorCode::kRefused,
+                   fmt::format("The alarm of \"{}\" has not rung yet; it rings {}. `orlocal edit` moves it.",
+                               printable(news.item->title.value_or("")), desk.inWords(news.rings)));
   }
   const Moment until = desk.after(*length);
   ORLOCAL_CHECK(store::AlarmBook(*desk.store).snooze(keysOf(taken), until));
@@ -191,14 +200,15 @@ Result<ExitStatus> snooze(const SnoozeWords& words, CommandContext& context) {
   return ExitStatus::kDone;
 }
 
-Result<ExitStatus> dismiss(const SnoozeWords& words, CommandContext& context) {
+Result<ExitStatus> dismiss(const AlarmsWords& which, const AnswerWords& words, CommandContext& context) {
   if (words.what.empty() == !words.all) {
     tellTrouble(context.streams.err, "Name the alarms to dismiss, or write --all for all that have rung.");
     return ExitStatus::kUsage;
   }
   ORLOCAL_TRY(AlarmDesk desk, AlarmDesk::open());
-  ORLOCAL_TRY(const auto list, desk.list({}, desk.now + kSoon));
-  ORLOCAL_TRY(const auto taken, openAlarms(words, list, desk));
+  ORLOCAL_TRY(const auto list, alarmsWanted(which, desk, context));
+  if (!list) { return ExitStatus::kUsage; }
+  ORLOCAL_TRY(const auto taken, openAlarms(words, *list, desk));
   ORLOCAL_CHECK(store::AlarmBook(*desk.store).acknowledge(keysOf(taken), desk.now));
   if (context.options.json) {
     printJson(alarmsJson(taken, desk), context.streams.out);
@@ -221,7 +231,6 @@ void registerAlarmCommands(CommandLine& line) {
                "Show the alarms that will ring, and those that have rung and were not dismissed. They ring in\n"
                "`orlocal watch --alarms`.",
                [words](CommandContext& context) { return showAlarms(*words, context); });
-  alarms.footer("  orlocal alarms\n  orlocal alarms --next '3 days' --calendar Work");
   alarms.add_option("--next", words->next, "How far ahead to look: 1h, 2 days")
       ->type_name("LENGTH")
       ->capture_default_str();
@@ -229,9 +238,10 @@ void registerAlarmCommands(CommandLine& line) {
       ->type_name("TITLE")
       ->allow_extra_args(false);
 
-  const auto snoozed = std::make_shared<SnoozeWords>();
-  CLI::App& snoozing = line.addUnder(alarms, "snooze", "Let an alarm that has rung ring again later.",
-                                     [snoozed](CommandContext& context) { return snooze(*snoozed, context); });
+  const auto snoozed = std::make_shared<AnswerWords>();
+  CLI::App& snoozing =
+      line.addUnder(alarms, "snooze", "Let an alarm that has rung ring again later.",
+                    [words, snoozed](CommandContext& context) { return snooze(*words, *snoozed, context); });
   snoozing.add_option("what", snoozed->what, "The title of what it is about, words of it, or an identifier or its end")
       ->type_name("WHAT")
       ->required();
@@ -239,15 +249,17 @@ void registerAlarmCommands(CommandLine& line) {
       ->type_name("LENGTH")
       ->capture_default_str();
 
-  const auto dismissed = std::make_shared<SnoozeWords>();
+  const auto dismissed = std::make_shared<AnswerWords>();
   CLI::App& dismissing =
-      line.addUnder(alarms, "dismiss", "Let alarms ring no more: those that have rung, else those of the coming day.",
-                    [dismissed](CommandContext& context) { return dismiss(*dismissed, context); });
+      line.addUnder(alarms, "dismiss", "Let alarms ring no more: those that have rung, else the next one.",
+                    [words, dismissed](CommandContext& context) { return dismiss(*words, *dismissed, context); });
   dismissing.footer("  orlocal alarms dismiss standup\n  orlocal alarms dismiss --all");
   dismissing
       .add_option("what", dismissed->what, "The title of what it is about, words of it, or an identifier or its end")
       ->type_name("WHAT");
   dismissing.add_flag("--all", dismissed->all, "All that have rung or are snoozed");
+  // Last: words that are added take on what there is.
+  alarms.footer("  orlocal alarms\n  orlocal alarms --next '3 days' --calendar Work");
 }
 
 }  // namespace orlocal::host
