@@ -11,7 +11,7 @@
 
 namespace orlocal {
 
-Result<std::string> readWhole(std::istream& in, const std::string& name) {
+Result<std::string> readWhole(std::istream& in, const std::string& name, std::size_t most) {
   std::string bytes;
   std::array<char, 1 << 16> piece{};
   if (in.good()) {
@@ -20,6 +20,9 @@ Result<std::string> readWhole(std::istream& in, const std::string& name) {
   // Past the stream's own calls, what cannot be read would be an exception.
   while (in.read(piece.data(), piece.size()) || in.gcount() > 0) {
     bytes.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+    if (bytes.size() > most) {
+      return failure(ErrorCode::kTooLarge, fmt::format("{} is larger than {} MiB; split it", name, most >> 20U));
+    }
   }
   // The standard input takes a failure for the end.
   const bool whole = in.eof() && !in.bad() && !(&in == &std::cin && std::ferror(stdin) != 0);

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include <fmt/format.h>
+
 #include "base/civil_date.h"
 #include "base/try.h"
 
@@ -67,8 +69,23 @@ std::optional<Birthday> parseBirthday(std::string_view value) {
   return birthday;
 }
 
+std::string birthdayText(const Birthday& birthday) {
+  const std::string day = fmt::format("{:02}{:02}", birthday.month, birthday.day);
+  return birthday.year ? fmt::format("{:04}{}", *birthday.year, day) : "--" + day;
+}
+
+std::optional<Birthday> birthdayOf(const Item& event) {
+  if (!event.allDay()) { return std::nullopt; }
+  const LocalDay day(event.start->local);
+  Birthday birthday{std::nullopt, day.month(), day.day()};
+  if (day.year() != kNoYear) { birthday.year = static_cast<int>(day.year()); }
+  return birthday;
+}
+
+std::string birthdayUid(std::string_view contactIdentifier) { return "birthday-" + std::string(contactIdentifier); }
+
 Result<PutOutcome> BirthdayCalendar::put(const Contact& contact, const std::optional<Birthday>& birthday) {
-  const std::string uid = "birthday-" + contact.identifier;
+  const std::string uid = birthdayUid(contact.identifier);
   ORLOCAL_TRY(const auto target, calendar(birthday.has_value()));
   if (!target) { return PutOutcome::kUnchanged; }
   if (!birthday) {

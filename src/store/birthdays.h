@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "base/result.h"
@@ -20,6 +21,13 @@ struct Birthday {
 /// BDAY of a card: "1985-04-12", "19850412", "--0412" (vCard 4.0), "--04-12", a time behind it left out. None for what
 /// names no day, such as a year alone.
 std::optional<Birthday> parseBirthday(std::string_view value);
+
+/// As BDAY has it: "19850412" or, without the year, "--0412".
+std::string birthdayText(const Birthday& birthday);
+/// What the birthday calendar keeps of a contact's; none when the event is not of that kind.
+std::optional<Birthday> birthdayOf(const Item& event);
+/// UID of the event of a contact.
+std::string birthdayUid(std::string_view contactIdentifier);
 
 /// Keeps the birthdays of contacts as yearly events in a read-only calendar of their own, which is made with the first
 /// one. Lives within the writer's turn.

@@ -193,6 +193,11 @@ Result<std::optional<std::string>> CalendarStore::addressOf(std::string_view ema
   return ContactRows(m_core->database).addressOf(email);
 }
 
+Result<std::vector<Contact>> CalendarStore::contacts() {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return ContactRows(m_core->database).all();
+}
+
 // Both ask the log alone, so what is kept in memory need not be brought up to it first.
 Result<LogPosition> CalendarStore::newestChange() {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReadingLog());

@@ -174,6 +174,9 @@ class CalendarStore {
   /// The address of the contact with this e-mail address, compared without case.
   Result<std::optional<std::string>> addressOf(std::string_view email);
 
+  /// The address book, by name.
+  Result<std::vector<Contact>> contacts();
+
   /// Which items somebody else touched after the row `after` of the log; see `TouchedItems`.
   Result<TouchedItems> touchedSince(std::int64_t after);
 

@@ -212,7 +212,11 @@ Result<ReadContacts> readContacts(std::string bytes, const std::string& name) {
 
 Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesystem::path& file) {
   ORLOCAL_TRY(std::string bytes, readWholeFile(file));
-  ORLOCAL_TRY(ReadContacts read, readContacts(std::move(bytes), file.string()));
+  return importContactsText(store, std::move(bytes), file.string());
+}
+
+Result<ImportReport> importContactsText(CalendarStore& store, std::string text, const std::string& name) {
+  ORLOCAL_TRY(ReadContacts read, readContacts(std::move(text), name));
   ORLOCAL_TRY(const auto writer, store.startWriting());
   ImportReport report;
   BirthdayCalendar birthdays(*writer);

@@ -8,6 +8,7 @@
 #include "base/result.h"
 #include "store/birthdays.h"
 #include "store/calendar_store.h"
+#include "store/export.h"
 #include "store/icalendar/icalendar_reader.h"
 #include "store/import.h"
 #include "store/model/model.h"
@@ -26,5 +27,10 @@ Result<ReadContacts> readContacts(std::string bytes, const std::string& name);
 /// Imports a vCard file, all or nothing; cards are found again by their UID, or without one by name and e-mail. What
 /// they say of birthdays becomes events of the birthday calendar.
 Result<ImportReport> importContactsFile(CalendarStore& store, const std::filesystem::path& file);
+/// The same for a text; `name` stands in errors where a file's name would.
+Result<ImportReport> importContactsText(CalendarStore& store, std::string text, const std::string& name);
+
+/// Writes all contacts as vCards (4.0), with the birthdays that the birthday calendar has, by name. Gives how many.
+Result<std::size_t> exportContacts(CalendarStore& store, const TextSink& sink);
 
 }  // namespace orlocal::store

@@ -35,15 +35,21 @@ Item withoutKeptLines(Item item) {
 
 class Exporter {
  public:
-  Exporter(CalendarStore& store, const TextSink& sink) : m_store(store), m_sink(sink) {}
+  Exporter(CalendarStore& store, const TextSink& sink, const ExportOptions& options)
+      : m_store(store), m_sink(sink), m_options(options) {}
 
   Status write(const Calendar& calendar) {
     std::map<std::string, int> zones;
+    std::size_t items = 0;
     ORLOCAL_CHECK(m_store.forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>& changed) -> Status {
+      if (!isWanted(main)) { return {}; }
+      ++items;
       collectZones(zones, main);
       for (const Item& item : changed) { collectZones(zones, item); }
       return {};
     }));
+    if (items == 0 && !m_options.emptyOnes) { return {}; }
+    m_report.items += items;
     writeCalendarHead(m_text, calendar);
     for (const auto& [zone, year] : zones) {
       ORLOCAL_TRY(const std::string& text, zoneText(zone, year));
@@ -51,6 +57,7 @@ class Exporter {
       ORLOCAL_CHECK(passOn(kPiece));
     }
     ORLOCAL_CHECK(m_store.forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>& changed) -> Status {
+      if (!isWanted(main)) { return {}; }
       add(calendar, main);
       for (const Item& item : changed) { add(calendar, item); }
       return passOn(kPiece);
@@ -62,6 +69,7 @@ class Exporter {
   ExportReport report() { return std::move(m_report); }
 
  private:
+  bool isWanted(const Item& main) const { return !m_options.items || m_options.items->contains(main.id); }
   Status passOn(std::size_t least) {
     if (m_text.size() < least) { return {}; }
     auto status = m_sink(m_text);
@@ -112,6 +120,7 @@ class Exporter {
 
   CalendarStore& m_store;
   const TextSink& m_sink;
+  const ExportOptions& m_options;
   std::string m_text, m_item;
   std::map<std::pair<std::string, int>, std::string> m_zones;
   ExportReport m_report;
@@ -119,9 +128,9 @@ class Exporter {
 
 }  // namespace
 
-Result<ExportReport> exportCalendars(CalendarStore& store, const std::vector<Calendar>& calendars,
-                                     const TextSink& sink) {
-  Exporter exporter(store, sink);
+Result<ExportReport> exportCalendars(CalendarStore& store, const std::vector<Calendar>& calendars, const TextSink& sink,
+                                     const ExportOptions& options) {
+  Exporter exporter(store, sink, options);
   for (const Calendar& calendar : calendars) { ORLOCAL_CHECK(exporter.write(calendar)); }
   ORLOCAL_CHECK(exporter.finish());
   return exporter.report();

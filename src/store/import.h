@@ -21,6 +21,7 @@ struct ImportOptions {
   std::optional<std::string> listTitle;      ///< of reminders
   bool readOnly = false;                     ///< calendars that are made allow no changes; such ones are written into
   bool subscription = false;                 ///< as `readOnly`, and those made are marked as subscribed
+  bool listItems = false;                    ///< the report has `items`
   /// Called now and then with the number of items done and of all.
   std::function<void(std::size_t, std::size_t)> progress;
   /// Asked now and then; when set, the import ends with `kInterrupted` and nothing is written.
@@ -34,6 +35,17 @@ struct ImportOptions {
 /// As many as make an import faster on this machine.
 unsigned workersThatPay();
 
+/// An item that an import met.
+struct ImportedItem {
+  enum class Outcome : std::uint8_t { kNew, kUpdated, kUnchanged, kRemoved };
+  Outcome outcome = Outcome::kUnchanged;
+  int line = 0;
+  CalendarId calendar = 0;
+  ItemId id = 0;  ///< where it stands now, or would
+  std::string uid;
+  std::string item;  ///< its title and day for people
+};
+
 /// What an import did. An item is a single event, a reminder, or a series with its changed occurrences.
 struct ImportReport {
   std::size_t added = 0;
@@ -42,10 +54,17 @@ struct ImportReport {
   std::size_t refused = 0;
   std::vector<Problem> problems;  ///< the refused ones, by line
   std::vector<Problem> warnings;  ///< by line
+  /// What messages about invitations say or did, by line: an answer, a proposal, why one was left out.
+  std::vector<Problem> notes;
+  std::vector<ImportedItem> items;    ///< those of `added`, `updated` and `unchanged`, when they were asked for
+  std::vector<CalendarId> calendars;  ///< those of the store that the file speaks of, also where it has no item
+  bool endsEarly = false;             ///< the file is cut off: what should have followed is not known
+  bool isMessage = false;             ///< about invitations: what is refused is not to be put right in the file
 };
 
 /// Imports an iCalendar file: all or nothing, item by item within it, found again by UID. Items of the calendar that
-/// the file does not have stay.
+/// the file does not have stay. A file that is a message about invitations (METHOD; RFC 5546) has its meaning: see
+/// `Meaning`; without a title it is about the item wherever that is stored.
 Result<ImportReport> importCalendarFile(CalendarStore& store, const std::filesystem::path& file,
                                         const ImportOptions& options = {});
 /// The same for a text; `name` stands in errors where a file's name would.

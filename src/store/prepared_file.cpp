@@ -38,6 +38,8 @@ class Preparation {
     }
     m_made.calendars = m_reader.calendars();
     m_made.zones = m_reader.privateZones();
+    m_made.endsEarly = m_reader.endsEarly();
+    m_reader.nameItems(m_made.problems);
     return std::move(m_made);
   }
 

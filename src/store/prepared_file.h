@@ -19,6 +19,7 @@ struct PreparedFile {
   std::vector<std::vector<ItemGroup>> pieces;
   std::map<std::string, std::string> zones;
   ReadProblems problems;
+  bool endsEarly = false;
 };
 
 /// With more than one worker in `options` threads read beside this one. None is left when this returns or throws; what

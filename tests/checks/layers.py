@@ -11,8 +11,8 @@ import sys
 # Layer -> layers it may include besides itself. A layer is the longest listed folder that holds the file.
 # The store's rooms from the bottom up, on what it shares with the host program; each knows those before it, and the
 # store's face, last, knows all.
-STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/alarms", "store/file", "store/rows",
-         "store/core", "store/edits", "store"]
+STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/alarms", "store/file",
+         "store/rows", "store/core", "store/edits", "store/invitations", "store"]
 
 # What the store's face speaks in.
 SHOWN = {"base", "store", "store/time", "store/model"}
@@ -53,6 +53,8 @@ KNOWS = {
     "host/commands/scripting": {*SHOWN, "host/calc", "host/commands/command_line", "host/console", "host/fmwrapper",
                                 "host/plugin"},
     "host/commands/views": {*COMMANDS, *SHOWN, "host/commands/choosing", "host/commands/describing"},
+    "host/commands/invitations": {*COMMANDS, *SHOWN, "host/commands/choosing", "store/edits",
+                                  "store/invitations"},
     "host/commands/transfer": {*COMMANDS, *SHOWN, "store/file", "store/icalendar"},
     "host/commands/watching": {*COMMANDS, *SHOWN, "host/commands/alarms", "host/commands/describing",
                                "host/commands/scripting", "host/fmwrapper", "host/plugin"},
@@ -62,7 +64,8 @@ KNOWS = {
     "host/commands/settings": {*COMMANDS, *SHOWN},
     "host/commands/guide": {*COMMANDS, *SHOWN, "accounts"},
     "host/commands": {f"host/commands/{room}" for room in ("accounts", "alarms", "care", "changes", "command_line", "guide",
-                                                           "scripting", "settings", "transfer", "views", "watching")},
+                                                           "invitations", "scripting", "settings", "transfer", "views",
+                                                           "watching")},
     "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
              "host/plugin"},
 }

@@ -12,6 +12,7 @@
 #include "accounts/sync/item_fields.h"
 #include "accounts/sync/resource_text.h"
 #include "accounts/sync/series_end.h"
+#include "accounts/sync/server_text.h"
 #include "store/icalendar/item_text.h"
 #include "store/model/model.h"
 #include "store/time/time_text.h"
@@ -66,6 +67,21 @@ const std::vector<std::string>& linesOf(const Fields& fields, std::string_view f
   static const std::vector<std::string> kNone;
   const auto found = fields.find(field);
   return found != fields.end() ? found->second : kNone;
+}
+
+void add(TextComponent& item, const TextLine& line) { item.lines.push_back(line); }
+void add(TextComponent& item, const TextComponent& alarm) { item.inner.push_back(alarm); }
+
+/// How this program writes a line, or an alarm, that a server has in such a component; none where that takes several.
+template <class Part>
+std::optional<std::string> inOurSpelling(const std::string& component, const Part& part, std::string_view field) {
+  TextComponent item{component, {{"UID", "UID:0"}, {"DTSTART", "DTSTART:20000101T000000Z"}}, {}};
+  add(item, part);
+  const ServerText read = ServerText::read(putTogether({"VCALENDAR", {}, {std::move(item)}}), "");
+  if (!read.item()) { return std::nullopt; }
+  const Fields fields = fieldsOf(&read.item()->main);
+  const auto& lines = linesOf(fields, field);
+  return lines.size() == 1 ? std::optional(lines.front()) : std::nullopt;
 }
 
 /// Which occurrence of its series a changed one is, in whatever clock the original start is written.
@@ -295,10 +311,19 @@ class Merge {
   void replace(const std::string& key, std::string_view field, const std::vector<std::string>& lines) {
     TextComponent* part = component(key);
     if (part == nullptr) { return; }
-    const auto isOfField = [&](const auto& each) { return fieldNameOf(each) == field; };
-    std::erase_if(part->lines, isOfField);
-    std::erase_if(part->inner, isOfField);
-    for (const std::string& line : lines) {
+    std::vector<std::string> added = lines;
+    const auto goes = [&](const auto& each) {
+      if (fieldNameOf(each) != field) { return false; }
+      // What did not change keeps the server's spelling, as that of the other attendees beside an answer.
+      const auto ours = inOurSpelling(part->name, each, field);
+      const auto stays = ours ? std::find(added.begin(), added.end(), *ours) : added.end();
+      if (stays == added.end()) { return true; }
+      added.erase(stays);
+      return false;
+    };
+    std::erase_if(part->lines, goes);
+    std::erase_if(part->inner, goes);
+    for (const std::string& line : added) {
       const TextComponent made = takenApart(line);
       part->lines.insert(part->lines.end(), made.lines.begin(), made.lines.end());
       part->inner.insert(part->inner.end(), made.inner.begin(), made.inner.end());

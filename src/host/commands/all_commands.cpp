@@ -5,6 +5,7 @@
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/guide/guide_commands.h"
+#include "host/commands/invitations/invitation_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
@@ -33,6 +34,7 @@ void registerAllCommands(CommandLine& line) {
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);
+  registerReplyCommand(line);
   line.startGroup("Watching");
   registerAlarmCommands(line);
   registerWatchCommand(line);

@@ -44,9 +44,7 @@ Result<std::optional<Calendar>> ItemWriter::calendarTitled(CalendarKind kind, st
   return m_titles.find(kind, title);
 }
 
-Result<std::optional<Calendar>> ItemWriter::defaultCalendar(CalendarKind kind) {
-  return m_core.defaultCalendar(kind);
-}
+Result<std::optional<Calendar>> ItemWriter::defaultCalendar(CalendarKind kind) { return m_core.defaultCalendar(kind); }
 
 Status ItemWriter::makeSource(Source& source) { return m_core.calendars.insertSource(source, m_core.uuids.next()); }
 
@@ -104,6 +102,10 @@ Result<std::optional<WholeItem>> ItemWriter::read(ItemId id) { return m_core.rea
 
 Result<std::optional<ItemId>> ItemWriter::find(CalendarId calendar, ItemKind kind, std::string_view uid) {
   return m_core.rows.withUid(calendar, kind, uid);
+}
+
+Result<std::optional<ItemId>> ItemWriter::findStray(CalendarId calendar, const Item& like) {
+  return m_core.rows.strayAt(calendar, like.kind, like.uid, Timeline::keyOf(*like.recurrenceId));
 }
 
 Status ItemWriter::remove(ItemId id) {

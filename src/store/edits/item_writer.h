@@ -72,6 +72,8 @@ class ItemWriter {
   Result<std::optional<WholeItem>> read(ItemId id);
   /// The event, series or reminder with that UID, no changed occurrence.
   Result<std::optional<ItemId>> find(CalendarId calendar, ItemKind kind, std::string_view uid);
+  /// The changed occurrence that came without its series and has the UID and original start of `like`.
+  Result<std::optional<ItemId>> findStray(CalendarId calendar, const Item& like);
   /// With its changed occurrences. Nothing happens when it is not there.
   Status remove(ItemId id);
 

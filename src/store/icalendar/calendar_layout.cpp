@@ -1,5 +1,6 @@
 #include "store/icalendar/calendar_layout.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <unordered_map>
@@ -20,6 +21,12 @@ constexpr std::size_t kDeepest = 16;
 constexpr std::array<std::string_view, 9> kNamesInItems{"BEGIN",    "END",   "UID",   "DTSTAMP",      "LAST-MODIFIED",
                                                         "SEQUENCE", "RRULE", "RDATE", "RECURRENCE-ID"};
 
+/// Messages whose items only name what they are about (RFC 5546, 3.2 and 3.4).
+bool isPartial(std::string_view method) {
+  constexpr std::array<std::string_view, 4> kPartial{"REPLY", "CANCEL", "REFRESH", "DECLINECOUNTER"};
+  return std::ranges::any_of(kPartial, [&](std::string_view each) { return equalsNoCase(each, trimmed(method)); });
+}
+
 class LayoutReader {
  public:
   explicit LayoutReader(std::string_view bytes) : m_utf8(isUtf8(bytes)), m_lines(bytes, 1, m_utf8) {}
@@ -38,9 +45,11 @@ class LayoutReader {
         property(line);
       }
     }
+    m_made.endsEarly = !m_open.empty();
     while (!m_open.empty()) { leave(m_lines.lineNumber(), false); }
     for (const auto& item : m_made.items) { useCalendar(item.calendar); }
     if (m_made.calendars.empty()) { m_made.calendars.emplace_back(); }
+    for (auto& item : m_made.items) { item.partial = isPartial(m_made.calendars[item.calendar].method); }
     return std::move(m_made);
   }
 
@@ -90,6 +99,7 @@ class LayoutReader {
                 m_utf8,
                 m_calendar,
                 "",
+                false,
                 false,
                 false,
                 0,

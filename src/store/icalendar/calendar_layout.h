@@ -26,6 +26,7 @@ struct ItemSpan {
   std::string uid;
   bool changed = false;  ///< has a RECURRENCE-ID
   bool repeats = false;  ///< has a rule or added dates
+  bool partial = false;  ///< of a message that need not say when an event is (RFC 5546: REPLY, CANCEL, …)
   std::int64_t sequence = 0;
   std::string modified;  ///< LAST-MODIFIED or DTSTAMP as written, to tell the newer one of two
 };
@@ -42,6 +43,7 @@ struct CalendarLayout {
   std::vector<ItemSpan> items;
   std::vector<ZoneSpan> zones;
   ReadProblems problems;
+  bool endsEarly = false;  ///< a component was open at the end
 };
 
 /// Finds the components; looks into them no further than this needs.

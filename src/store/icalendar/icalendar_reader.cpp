@@ -1,6 +1,7 @@
 #include "store/icalendar/icalendar_reader.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -41,7 +42,29 @@ Result<std::string> asUtf8(std::string bytes, const std::string& name) {
   return text;
 }
 
+/// Messages that say something of an item (RFC 5546): of two that name one item, each says its own.
+bool isAboutKnownItem(std::string_view method) {
+  constexpr std::array<std::string_view, 6> kMethods{"ADD", "CANCEL", "COUNTER", "DECLINECOUNTER", "REFRESH", "REPLY"};
+  return std::ranges::any_of(kMethods, [&](std::string_view each) { return equalsNoCase(each, trimmed(method)); });
+}
+
 std::string writtenTime(const CalendarTime& time) { return timeText(time).append(clockName(time)); }
+
+/// What an item says of itself to people.
+std::string itemInWordsOf(std::string_view component) {
+  std::optional<std::string> title;
+  std::optional<CalendarTime> start;
+  ContentLines lines(component);
+  int depth = 0;
+  for (ContentLine line; lines.next(line) && !(title && start);) {
+    if (line.is("BEGIN")) { ++depth; }
+    if (line.is("END")) { --depth; }
+    if (depth != 1) { continue; }
+    if (line.is("SUMMARY") && !title) { title = unescapeText(line.value); }
+    if ((line.is("DTSTART") || line.is("DUE")) && !start) { start = parseTime(line.value); }
+  }
+  return itemInWords(title, start);
+}
 
 bool isNewer(const ItemSpan& left, const ItemSpan& right) {
   return left.sequence != right.sequence ? left.sequence > right.sequence : left.modified > right.modified;
@@ -58,13 +81,27 @@ std::string shownUid(std::string_view uid) {
 
 }  // namespace
 
+std::string itemInWords(const std::optional<std::string>& title, const std::optional<CalendarTime>& start) {
+  constexpr std::size_t kLongest = 60;
+  std::string words;
+  if (title && !title->empty()) {
+    std::string shown = title->substr(0, kLongest);
+    while (!isUtf8(shown)) { shown.pop_back(); }
+    words = fmt::format("“{}{}”", shown, shown.size() < title->size() ? "…" : "");
+  }
+  if (!start) { return words; }
+  const LocalTime& local = start->local;
+  return words +
+         fmt::format("{}{:04}-{:02}-{:02}", words.empty() ? "" : " on ", local.year(), local.month(), local.day());
+}
+
 void ReadProblems::refuse(int line, std::string_view uid, std::string message) {
-  refused.push_back({line, shownUid(uid), std::move(message)});
+  refused.push_back({line, shownUid(uid), std::move(message), {}});
 }
 
 void ReadProblems::warn(int line, std::string_view uid, std::string message) {
   if (warnings.size() < kMostWarnings) {
-    warnings.push_back({line, shownUid(uid), std::move(message)});
+    warnings.push_back({line, shownUid(uid), std::move(message), {}});
   } else {
     ++warningsLeftOut;
   }
@@ -122,7 +159,8 @@ void CalendarReader::Data::group() {
   std::vector<std::size_t> number;
   number.reserve(layout.calendars.size());
   for (const CalendarHead& head : layout.calendars) {
-    number.push_back(byName.try_emplace(head.name, number.size()).first->second);
+    const std::size_t next = number.size();
+    number.push_back(isAboutKnownItem(head.method) ? next : byName.try_emplace(head.name, next).first->second);
   }
   std::unordered_map<std::size_t, std::unordered_map<std::string_view, std::size_t>> known;  // by calendar and kind
   for (std::size_t i = 0; i < layout.items.size(); ++i) {
@@ -192,6 +230,26 @@ const std::vector<CalendarHead>& CalendarReader::calendars() const { return m_da
 std::size_t CalendarReader::size() const { return m_data->groups.size(); }
 const ReadProblems& CalendarReader::problems() const { return m_data->layout.problems; }
 const std::map<std::string, std::string>& CalendarReader::privateZones() const { return m_data->zones.privateZones(); }
+
+bool CalendarReader::endsEarly() const { return m_data->layout.endsEarly; }
+
+void CalendarReader::nameItems(ReadProblems& problems) const {
+  const auto& items = m_data->layout.items;
+  std::unordered_map<const ItemSpan*, std::string> known;
+  for (auto* list : {&problems.refused, &problems.warnings}) {
+    for (Problem& problem : *list) {
+      const auto next =
+          std::ranges::upper_bound(items, problem.line, {}, [](const ItemSpan& item) { return item.span.line; });
+      if (next == items.begin()) { continue; }
+      const ItemSpan& item = *std::prev(next);
+      // The last item of those that begin before it need not be what it is about.
+      if (problem.uid.empty() || (!item.uid.empty() && shownUid(item.uid) != problem.uid)) { continue; }
+      const auto [place, isNew] = known.try_emplace(&item);
+      if (isNew) { place->second = itemInWordsOf(item.span.of(m_data->bytes)); }
+      problem.item = place->second;
+    }
+  }
+}
 
 void CalendarReader::stopWhen(const std::atomic<bool>* stop) {
   m_data->rules = RuleBudget(stop);

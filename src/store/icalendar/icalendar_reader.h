@@ -21,6 +21,7 @@ struct Problem {
   int line = 0;  ///< from 1
   std::string uid;
   std::string message;
+  std::string item = {};  ///< its title and day for people, as far as they are known
 
   friend bool operator==(const Problem&, const Problem&) = default;
 };
@@ -39,6 +40,9 @@ struct ReadProblems {
   /// What was found after all of these.
   void append(ReadProblems later);
 };
+
+/// How people are told which item is meant: "“Review” on 2026-11-02", the half of it that there is, or nothing.
+std::string itemInWords(const std::optional<std::string>& title, const std::optional<CalendarTime>& start);
 
 /// What a VCALENDAR says about itself.
 struct CalendarHead {
@@ -100,6 +104,10 @@ class CalendarReader {
 
   /// What the file's structure showed when it was opened.
   const ReadProblems& problems() const;
+  /// Says in problems of this file which item each is about.
+  void nameItems(ReadProblems& problems) const;
+  /// Whether a component was open at the file's end: something that should have followed is missing.
+  bool endsEarly() const;
   /// The private zones that the groups read so far use: name and VTIMEZONE text. They are registered in this process.
   const std::map<std::string, std::string>& privateZones() const;
 

@@ -166,7 +166,7 @@ void ItemDraft::innerDone(int line) {
 }
 
 std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
-  if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start) {
+  if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start && !m_span.partial) {
     fail(m_span.span.line, "it has no DTSTART");
   }
   if (m_span.changed && !m_item.recurrenceId) {
@@ -195,7 +195,8 @@ std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
     m_item.uid = fmt::format("content-{:016x}", contentHash(content));
   }
   // The beginning of 1970 is what is written where nothing is known.
-  if ((!m_item.created || !m_item.modified) && m_stamp != Moment{}) { m_item.stamped = m_stamp; }
+  const bool toldByStamp = !m_item.created || !m_item.modified || m_span.partial;
+  if (toldByStamp && m_stamp != Moment{}) { m_item.stamped = m_stamp; }
   if (!settleEnd()) { return std::nullopt; }
   if (m_item.kind == ItemKind::kReminder) { settleCompletion(); }
   return settleRecurrence();
@@ -305,6 +306,7 @@ bool ItemDraft::addPeriods(ReadItem& made) {
 }
 
 std::optional<ReadItem> ItemDraft::settleRecurrence() {
+  if (m_span.partial) { m_item.recurrence = {}; }
   if (m_item.recurrenceId && !m_item.recurrence.empty()) {
     warn(m_ruleLine, kRuleOfChanged);
     m_item.recurrence = {};

@@ -69,6 +69,22 @@ Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLo
   return known ? PutOutcome::kUpdated : PutOutcome::kNew;
 }
 
+Result<std::vector<Contact>> ContactRows::all() {
+  ORLOCAL_TRY(Statement read,
+              m_database.prepare("SELECT identifier, name, emails, address FROM contacts ORDER BY name, id"));
+  std::vector<Contact> contacts;
+  for (;;) {
+    ORLOCAL_TRY(const bool found, read.step());
+    if (!found) { return contacts; }
+    CheckedRow row(read);
+    Contact contact{std::string(row.text(0)), std::string(row.text(1)), {}, row.optionalText(3)};
+    auto emails = unpackStrings(row.blob(2));
+    if (!emails || !row.sound()) { return damaged(m_database, "The contact \"" + contact.identifier + "\""); }
+    contact.emails = *std::move(emails);
+    contacts.push_back(std::move(contact));
+  }
+}
+
 Result<std::optional<std::string>> ContactRows::addressOf(std::string_view email) {
   ORLOCAL_TRY(Statement find,
               m_database.prepare("SELECT c.address FROM contact_emails e JOIN contacts c ON c.id = e.contact "

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "store/file/change_log.h"
 #include "store/file/sqlite.h"
@@ -18,6 +19,8 @@ class ContactRows {
 
   /// See `ItemWriter::putContact`; inside a write transaction.
   Result<PutOutcome> put(Contact& contact, UuidMaker& uuids, ChangeLog& log);
+  /// All of them, by name and then as they came.
+  Result<std::vector<Contact>> all();
   /// Of the oldest contact with that e-mail address that has one.
   Result<std::optional<std::string>> addressOf(std::string_view email);
 

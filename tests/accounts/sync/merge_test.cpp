@@ -61,6 +61,24 @@ TEST(Merge, KeepsTheServersLinesBesideOurs) {
   EXPECT_THAT(result.text, HasSubstr("PRODID:-//Another//Client//EN\r\n"));
 }
 
+TEST(Merge, KeepsTheServersSpellingOfTheOtherLinesOfAField) {
+  const std::string organizer = "ORGANIZER;CN=\"Ada\":MAILTO:ada@example.org\r\n";
+  const std::string tom = "ATTENDEE;CN=\"Tom\":MAILTO:tom@example.org\r\n";
+  const std::string alarm = "BEGIN:VALARM\r\nTRIGGER:-PT60M\r\nACTION:DISPLAY\r\nEND:VALARM\r\n";
+  const std::string more = "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER:-PT5M\r\nEND:VALARM\r\n";
+  const auto invitation = [&](const std::string& answer) {
+    return text(kTimes + organizer + tom + "ATTENDEE;PARTSTAT=" + answer + ":MAILTO:grace@example.org\r\n" + alarm);
+  };
+  const std::string asked = invitation("NEEDS-ACTION");
+  const MergedItem answered = merge(asked, asked, invitation("ACCEPTED"));
+  EXPECT_THAT(answered.text, HasSubstr(organizer + tom));
+  EXPECT_THAT(answered.text, HasSubstr("PARTSTAT=ACCEPTED"));
+  EXPECT_THAT(answered.text, Not(HasSubstr("PARTSTAT=NEEDS-ACTION")));
+  const MergedItem rung = merge(text(kTimes + alarm), text(kTimes + alarm), text(kTimes + alarm + more));
+  EXPECT_THAT(rung.text, HasSubstr(alarm));
+  EXPECT_THAT(rung.text, HasSubstr("TRIGGER:-PT5M"));
+}
+
 TEST(Merge, TakesEachSidesFields) {
   const MergedItem result =
       merge(text(kTimes + "SUMMARY:Lunch\r\n"), text(kTimes + "SUMMARY:Lunch\r\nLOCATION:Here\r\n"),

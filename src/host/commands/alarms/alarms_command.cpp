@@ -242,6 +242,7 @@ void registerAlarmCommands(CommandLine& line) {
   CLI::App& snoozing =
       line.addUnder(alarms, "snooze", "Let an alarm that has rung ring again later.",
                     [words, snoozed](CommandContext& context) { return snooze(*words, *snoozed, context); });
+  snoozing.footer("  orlocal alarms snooze standup\n  orlocal alarms snooze standup --for 1h");
   snoozing.add_option("what", snoozed->what, "The title of what it is about, words of it, or an identifier or its end")
       ->type_name("WHAT")
       ->required();

@@ -125,6 +125,18 @@ CommandGuide CommandLine::guide() const { return guideOf(m_state->app); }
 
 void CommandLine::setDefault(CommandBody body) { m_state->standard = std::move(body); }
 
+namespace {
+
+/// What could not be written was not done, whatever it was.
+ExitStatus unlessLost(Streams& streams, ExitStatus status) {
+  streams.out.flush();
+  if (streams.out) { return status; }
+  streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
+  return ExitStatus::kFailed;
+}
+
+}  // namespace
+
 ExitStatus CommandLine::run(const std::string& programFile, const std::vector<std::string>& words) {
   Streams& streams = m_state->streams;
   try {
@@ -132,10 +144,10 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     m_state->app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::CallForHelp&) {
     m_state->showHelp(streams.out);
-    return ExitStatus::kDone;
+    return unlessLost(streams, ExitStatus::kDone);
   } catch (const CLI::CallForVersion&) {
     streams.out << kVersion << '\n';
-    return ExitStatus::kDone;
+    return unlessLost(streams, ExitStatus::kDone);
   } catch (const CLI::ParseError& error) {
     tellTrouble(streams.err, usageSentence(m_state->app, error));
     return ExitStatus::kUsage;
@@ -155,12 +167,7 @@ ExitStatus CommandLine::run(const std::string& programFile, const std::vector<st
     tellTrouble(streams.err, status.error().message);
     return ExitStatus::kFailed;
   }
-  streams.out.flush();
-  if (!streams.out) {
-    streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
-    return ExitStatus::kFailed;
-  }
-  return *status;
+  return unlessLost(streams, *status);
 }
 
 }  // namespace orlocal::host

@@ -29,12 +29,6 @@ struct AgendaWords {
   std::vector<std::string> calendars;
 };
 
-/// Says what is wrong with a day; empty when it can be read, as the command line's checks want it.
-std::string objectionToAgendaDays(const std::string& words) {
-  if (daysFromWords(words, store::LocalDay())) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, 2026-11, today, tomorrow, monday or +7";
-}
-
 std::string objectionToZone(const std::string& name) {
   if (store::Zone::named(name)) { return {}; }
   return "\"" + name + "\" is no time zone; write Europe/Berlin, America/New_York or UTC";
@@ -144,13 +138,13 @@ void registerAgendaCommand(CommandLine& line) {
       "  orlocal agenda\n  orlocal agenda monday\n  orlocal agenda --from tomorrow --to +14 --calendar Work");
   CLI::Option* days =
       command.add_option("days", words->days, "This day, weekday or month: 2026-11-02, tomorrow, monday, 2026-11");
-  days->type_name("DAYS")->check(objectionToAgendaDays);
+  days->type_name("DAYS")->check(objectionToDays);
   command.add_option("--from", words->from, "First day: 2026-11-02, today, tomorrow, +7 (default: today)")
       ->type_name("DAY")
-      ->check(objectionToAgendaDays)
+      ->check(objectionToDays)
       ->excludes(days);
   CLI::Option* to = command.add_option("--to", words->to, "Last day, included (default: six days after the first)");
-  to->type_name("DAY")->check(objectionToAgendaDays);
+  to->type_name("DAY")->check(objectionToDays);
   command.add_option("--days", words->count, "So many days from the first")
       ->type_name("N")
       ->check(CLI::Range(1, 3660))

@@ -43,11 +43,6 @@ struct Found {
   std::optional<store::Occurrence> when;  ///< of an event: the next one, else the only or last known
 };
 
-std::string objectionToDays(const std::string& words) {
-  if (daysFromWords(words, store::LocalDay())) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, 2026-11, today, monday or +7";
-}
-
 /// The text of a field around what was found, bold on a terminal.
 std::string excerpt(std::string_view text, const store::SearchTerms& terms, std::size_t width, const Ink& ink) {
   const auto place = terms.placeIn(text);

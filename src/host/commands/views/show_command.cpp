@@ -34,12 +34,6 @@ struct ShowWords {
   std::size_t next = 3;
 };
 
-std::string objectionToOccurrence(const std::string& words) {
-  const auto days = daysFromWords(words, store::LocalDay());
-  if (days && days->first == days->last) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, today, monday or +7";
-}
-
 void printCard(const ItemFacts& facts, const std::vector<CardLine>& card, Streams& streams) {
   const Ink ink(streams.colors);
   const std::size_t width = terminalWidth(streams.outIsTerminal);
@@ -106,7 +100,7 @@ void registerShowCommand(CommandLine& line) {
       ->required();
   command.add_option("--occurrence", words->day, "The occurrence of this day: 2026-11-02, today, monday, +7")
       ->type_name("DAY")
-      ->check(objectionToOccurrence);
+      ->check(objectionToDay);
   command.add_option("--next", words->next, "So many occurrences to come")
       ->type_name("N")
       ->check(CLI::Range(0, 1000))

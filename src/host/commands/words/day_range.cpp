@@ -38,4 +38,15 @@ std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay to
   return std::nullopt;
 }
 
+std::string objectionToDays(const std::string& words) {
+  if (daysFromWords(words, store::LocalDay())) { return {}; }
+  return "\"" + words + "\" is no day; write 2026-11-02, 2026-11, today, tomorrow, monday or +7";
+}
+
+std::string objectionToDay(const std::string& words) {
+  const auto days = daysFromWords(words, store::LocalDay());
+  if (days && days->first == days->last) { return {}; }
+  return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow, monday or +7";
+}
+
 }  // namespace orlocal::host

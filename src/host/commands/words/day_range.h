@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "store/time/time.h"
@@ -16,5 +17,10 @@ struct DayRange {
 
 /// A day as people write it (docs/words.md) in the user's language, or a month: "2026-11", "november", "nov 2027".
 std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay today);
+
+/// What is wrong with words for days, or for one day, in a sentence; empty when they can be read, as the command line's
+/// checks want it.
+std::string objectionToDays(const std::string& words);
+std::string objectionToDay(const std::string& words);
 
 }  // namespace orlocal::host

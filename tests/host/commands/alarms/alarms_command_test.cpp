@@ -125,6 +125,15 @@ TEST_F(AlarmCommands, DismissWhatHasNotRungSoThatItDoesNot) {
   EXPECT_EQ(shownBy({"watch", "--alarms", "--once"}), "");
 }
 
+TEST_F(AlarmCommands, DismissOfASeriesTheNextAlone) {
+  imported(calendar("Work",
+                    event("daily", "Standup",
+                          times("20261102T100000", "20261102T101000") + "RRULE:FREQ=DAILY\r\n" + withAlarm("-PT15M"))));
+  EXPECT_EQ(shownBy({"alarms", "dismiss", "standup", "--next", "3 days"}),
+            "Will not ring: Standup, Mon 2 Nov 2026 10:00, in Work\n");
+  EXPECT_THAT(shownBy({"alarms", "--next", "2 days"}), testing::StartsWith("Tuesday, 3 November 2026\n"));
+}
+
 TEST_F(AlarmCommands, SayWhatTheyCouldNotFind) {
   givenAlarms();
   EXPECT_EQ(run({"alarms", "dismiss", "Concert"}), ExitStatus::kFailed);
@@ -132,8 +141,8 @@ TEST_F(AlarmCommands, SayWhatTheyCouldNotFind) {
   EXPECT_EQ(run({"alarms", "snooze", "Team day"}), ExitStatus::kFailed);
   EXPECT_EQ(
       err,
-      "orlocal: No alarm of \"Team day\" has rung, and none rings within a day. `orlocal alarms` lists those that "
-      "do.\n");
+      "orlocal: No alarm of \"Team day\" has rung, and none rings until Tue 3 Nov 2026 09:00; --next looks further "
+      "ahead.\n");
   EXPECT_EQ(run({"alarms", "dismiss", "t"}), ExitStatus::kFailed);
   EXPECT_THAT(err, AllOf(HasSubstr("\"t\" may be 3 things; name one by its identifier:\n  "),
                          HasSubstr("  Tea, Mon 2 Nov 2026 11:00, in Work")));

@@ -76,6 +76,7 @@ TEST_F(HarmlessOutput, OfWordsThatAreOff) {
   expectHarmless({"--plugin", "none", kEvil});
   expectHarmless({"--plugin", "none", "agenda", "--from", kEvil});
   expectHarmless({"--plugin", "none", "import", (folder / kEvil).string()});
+  runAsTyped({"--plugin", "none", "calendars", "new", "Work"});
   expectHarmless({"--plugin", "none", "export", "--calendar", kEvil});
   expectHarmless({"--plugin", "none", "--store", (folder / kEvil / "x" / "..").string(), "calendars"});
 }
