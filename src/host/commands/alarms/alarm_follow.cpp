@@ -67,6 +67,7 @@ Status AlarmFollower::follow(AlarmClock& clock) {
     const std::string trouble = next ? "" : next.error().message;
     if (!trouble.empty() && trouble != told) { m_teller.tellTrouble(trouble); }
     told = trouble;
+    if (m_teller.isOver()) { break; }
     ORLOCAL_TRY(woken, clock.sleepUntil(next ? *next : store::now() + kLater));
   }
   return end();

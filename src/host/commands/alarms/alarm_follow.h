@@ -31,6 +31,8 @@ class AlarmTeller {
   virtual std::size_t room() = 0;
   virtual void tell(const AlarmNews& news) = 0;
   virtual void tellMissed(const MissedAlarms& missed) = 0;
+  /// True when nothing can be told any more.
+  virtual bool isOver() const { return false; }
   /// Why something cannot be told.
   virtual void tellTrouble(const std::string& sentence) = 0;
 };
@@ -65,7 +67,7 @@ class AlarmFollower {
   /// Notes how far it came, so that who follows later begins there.
   Status end();
 
-  /// `begin`, then turns until the person has had enough, then `end`.
+  /// `begin`, then turns until the person has had enough or the teller is over, then `end`.
   Status follow(AlarmClock& clock);
 
  private:

@@ -27,7 +27,9 @@ class AlarmPrinter : public AlarmTeller {
  public:
   AlarmPrinter(CommandContext& context, const store::Zone& viewer) : m_context(context), m_viewer(viewer) {}
 
-  std::size_t room() override { return std::numeric_limits<std::size_t>::max(); }
+  // What is written nowhere stays untold, for the next one; that something was lost is said when the command ends.
+  std::size_t room() override { return isOver() ? 0 : std::numeric_limits<std::size_t>::max(); }
+  bool isOver() const override { return !m_context.streams.out; }
   void tell(const AlarmNews& news) override {
     if (m_context.options.json) {
       print(alarmNewsJson(news, m_viewer));

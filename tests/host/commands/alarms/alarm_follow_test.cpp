@@ -25,6 +25,7 @@ class NotingTeller : public AlarmTeller {
     told.push_back(store::shown(news.rings) + " " + news.item->title.value_or(""));
   }
   void tellMissed(const MissedAlarms& some) override { missed.push_back(some); }
+  bool isOver() const override { return over; }
   void tellTrouble(const std::string& sentence) override { troubles.push_back(sentence); }
 
   std::vector<std::string> takeTold() { return std::exchange(told, {}); }
@@ -32,6 +33,7 @@ class NotingTeller : public AlarmTeller {
   std::size_t m_room = std::numeric_limits<std::size_t>::max();
   std::vector<std::string> told, troubles;
   std::vector<MissedAlarms> missed;
+  bool over = false;
 };
 
 /// Does one thing at each sleep; after the last the person has had enough.
@@ -287,6 +289,13 @@ TEST_F(FollowingAlarms, ClaimsNoMoreThanThereIsRoomFor) {
   start(true);
   teller.m_room = 1;
   EXPECT_THAT(toldAt("2026-11-02 08:47"), ElementsAre("2026-11-02 08:45 C"));
+}
+
+TEST_F(FollowingAlarms, EndsWhenNothingCanBeToldAnyMore) {
+  teller.over = true;
+  ScriptedClock clock({[](store::Moment) { FAIL() << "nobody would hear"; }});
+  follower.emplace(*reader, store::berlinZone(), teller);
+  ASSERT_TRUE(follower->follow(clock));
 }
 
 TEST_F(FollowingAlarms, GoesOnWhenTheStoreCouldNotBeReadForAWhile) {
