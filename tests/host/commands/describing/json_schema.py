@@ -127,18 +127,20 @@ def main():
             print(f"watch: {len(lines)} lines instead of 8")
         for line in lines:
             judge("watch", json.loads(line), "change")
-        # Two alarms of one day, told as they ring and as they are missed.
+        # Alarms as they are listed, as they ring late, and as they are only counted.
         run("watch", "--alarms", "--once")
         listed = json.loads(run("alarms", "--json", "--next", "3 days"))
         judge("alarms", listed, "alarms")
         told = []
-        for day, count in (("2026-11-03T09:00:00Z", 1), ("2026-11-09T09:00:00Z", 1)):
+        for day in ("2026-11-03T09:00:00Z", "2026-11-09T09:00:00Z"):
             environment["ORLOCAL_NOW"] = day
             told += [json.loads(line) for line in run("watch", "--alarms", "--once", "--json").splitlines()]
         for line in told:
             judge("watch --alarms", line, "missed" if "missed" in line else "ring")
         judge("alarms dismiss", json.loads(run("alarms", "dismiss", "--all", "--json")), "alarms")
-        print(told)
+        if ["missed" in line for line in told] != [False, True] or not listed["alarms"]:
+            failed += 1
+            print(f"watch --alarms: {told}")
         # A schema that takes anything would be none.
         spoiled = json.loads(run("agenda", "--json"))
         spoiled["events"][0]["surprise"] = 1
