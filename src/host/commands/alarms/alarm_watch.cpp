@@ -86,6 +86,8 @@ Result<ExitStatus> watchAlarms(const AlarmWatchWords& words, CommandContext& con
   ORLOCAL_TRY(const auto signal, store->listen());
   ORLOCAL_TRY(const auto clock,
               SystemAlarmClock::make(*signal, runs != nullptr ? std::vector{runs->descriptor()} : std::vector<int>()));
+  // Then it looks every two seconds.
+  if (signal->trouble()) { tellTrouble(err, signal->trouble()->message); }
   err << "orlocal: watching for alarms; Ctrl-C ends it\n" << std::flush;
   ORLOCAL_CHECK(follower.follow(*clock));
   if (runs != nullptr) {

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -170,6 +171,23 @@ std::vector<store::AlarmKey> keysOf(const std::vector<AlarmNews>& list) {
   return {keys.begin(), keys.end()};
 }
 
+/// Takes out what rang earlier of the same event, series or reminder: nobody wants to be told of it twice at once.
+std::vector<AlarmNews> allButTheLatest(std::vector<AlarmNews>& list) {
+  std::vector<AlarmNews> latest, earlier;
+  for (AlarmNews& news : list) {
+    const auto same = std::find_if(latest.begin(), latest.end(),
+                                   [&](const AlarmNews& each) { return each.ring.key.item == news.ring.key.item; });
+    if (same == latest.end()) {
+      latest.push_back(std::move(news));
+    } else {
+      if (news.ring.key > same->ring.key) { std::swap(news, *same); }
+      if (news.ring.key != same->ring.key) { earlier.push_back(std::move(news)); }
+    }
+  }
+  list = std::move(latest);
+  return earlier;
+}
+
 Result<ExitStatus> snooze(const AlarmsWords& which, const AnswerWords& words, CommandContext& context) {
   ORLOCAL_TRY(AlarmDesk desk, AlarmDesk::open());
   const auto length = lengthOf(words.length, desk, context);
@@ -184,7 +202,10 @@ Result<ExitStatus> snooze(const AlarmsWords& which, const AnswerWords& words, Co
                                printable(news.item->title.value_or("")), desk.inWords(news.rings)));
   }
   const Moment until = desk.after(*length);
-  ORLOCAL_CHECK(store::AlarmBook(*desk.store).snooze(keysOf(taken), until));
+  const std::vector<AlarmNews> earlier = allButTheLatest(taken);
+  store::AlarmBook book(*desk.store);
+  ORLOCAL_CHECK(book.snooze(keysOf(taken), until));
+  ORLOCAL_CHECK(book.acknowledge(keysOf(earlier), desk.now));
   const store::LocalTime local = desk.viewer.toLocal(until);
   for (AlarmNews& news : taken) {
     news.state = AlarmState::kSnoozed;

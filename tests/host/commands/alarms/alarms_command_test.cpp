@@ -110,6 +110,20 @@ TEST_F(AlarmCommands, LetAnAlarmRingAgain) {
   EXPECT_EQ(shownBy({"watch", "--alarms", "--once"}), "");
 }
 
+TEST_F(AlarmCommands, LetOneAlarmOfAnEventRingAgainAndNotAll) {
+  givenAlarms();
+  imported(calendar(
+      "Work",
+      event("two", "Twice", times("20261102T100000", "20261102T110000") + withAlarm("-PT45M") + withAlarm("-PT40M"))));
+  setClock("08:21:00");
+  ASSERT_THAT(shownBy({"watch", "--alarms", "--once"}), AllOf(HasSubstr("09:15"), HasSubstr("09:20")));
+  EXPECT_EQ(shownBy({"alarms", "snooze", "twice", "twice", "--for", "5m"}),
+            "Rings again at 09:26: Twice, Mon 2 Nov 2026 10:00, in Work\n");
+  setClock("08:26:00");
+  EXPECT_THAT(shownBy({"watch", "--alarms", "--once"}), testing::MatchesRegex("2026-11-02 09:26  Twice  [^\n]*\n"));
+  EXPECT_THAT(shownBy({"alarms", "--next", "1m"}), testing::MatchesRegex("[^\n]*\n  09:20  rung     Twice  [^\n]*\n"));
+}
+
 TEST_F(AlarmCommands, SnoozeNothingThatHasNotRung) {
   givenAlarms();
   EXPECT_EQ(run({"alarms", "snooze", "Talk"}), ExitStatus::kFailed);
