@@ -181,6 +181,11 @@ Status CalendarStore::forEachItem(CalendarId calendar, const ItemVisitor& visit)
   return {};
 }
 
+Result<std::vector<ItemId>> CalendarStore::itemsWithAlarms() {
+  ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
+  return m_core->rows.idsWithAlarms();
+}
+
 Result<std::optional<std::string>> CalendarStore::privateZone(std::string_view name) {
   ORLOCAL_TRY(const Transaction snapshot, m_core->beginReading());
   ORLOCAL_TRY(Statement find, m_core->database.prepare("SELECT vtimezone FROM zones WHERE name = ?"));

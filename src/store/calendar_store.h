@@ -151,6 +151,8 @@ class CalendarStore {
   Result<std::optional<WholeItem>> wholeItem(ItemId id);
   /// Visits everything in a calendar, in the order in which it came to the store; one snapshot, a few rows in memory.
   Status forEachItem(CalendarId calendar, const ItemVisitor& visit);
+  /// The rows of all items that have alarms, changed occurrences among them.
+  Result<std::vector<ItemId>> itemsWithAlarms();
   /// The VTIMEZONE text of a private zone.
   Result<std::optional<std::string>> privateZone(std::string_view name);
 
@@ -181,6 +183,7 @@ class CalendarStore {
   Result<TouchedItems> touchedSince(std::int64_t after);
 
  private:
+  friend class AlarmBook;
   friend class RemoteReader;
   explicit CalendarStore(std::unique_ptr<StoreCore> core);
 

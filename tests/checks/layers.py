@@ -11,8 +11,8 @@ import sys
 # Layer -> layers it may include besides itself. A layer is the longest listed folder that holds the file.
 # The store's rooms from the bottom up, on what it shares with the host program; each knows those before it, and the
 # store's face, last, knows all.
-STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/file", "store/rows",
-         "store/core", "store/edits", "store/invitations", "store"]
+STORE = ["base", "store/time", "store/model", "store/recurrence", "store/icalendar", "store/alarms", "store/file",
+         "store/rows", "store/core", "store/edits", "store/invitations", "store"]
 
 # What the store's face speaks in.
 SHOWN = {"base", "store", "store/time", "store/model"}
@@ -48,6 +48,8 @@ KNOWS = {
     "host/commands/availability": {*COMMANDS, *SHOWN, "host/commands/describing", "store/file", "store/icalendar",
                                    "store/invitations", "store/recurrence"},
     "host/commands/choosing": {*COMMANDS, *SHOWN},
+    "host/commands/alarms": {*COMMANDS, *SHOWN, "host/commands/choosing", "host/commands/describing", "store/alarms",
+                             "store/file"},
     "host/commands/changes": {*COMMANDS, *SHOWN, "host/commands/availability", "host/commands/choosing",
                               "host/commands/describing", "store/edits", "store/recurrence"},
     "host/commands/scripting": {*SHOWN, "host/calc", "host/commands/command_line", "host/console", "host/fmwrapper",
@@ -56,8 +58,8 @@ KNOWS = {
     "host/commands/invitations": {*COMMANDS, *SHOWN, "host/commands/choosing", "store/edits",
                                   "store/invitations"},
     "host/commands/transfer": {*COMMANDS, *SHOWN, "store/file", "store/icalendar"},
-    "host/commands/watching": {*COMMANDS, *SHOWN, "host/commands/describing", "host/commands/scripting", "host/fmwrapper",
-                               "host/plugin"},
+    "host/commands/watching": {*COMMANDS, *SHOWN, "host/commands/alarms", "host/commands/describing",
+                               "host/commands/scripting", "host/fmwrapper", "host/plugin"},
     "host/commands/accounts": {*COMMANDS, *SHOWN, "accounts", "accounts/discovery", "accounts/sync",
                                "accounts/transport", "store/icalendar"},
     "host/commands/care": {*COMMANDS, *SHOWN, "accounts", "accounts/transport", "host/commands/changes",
@@ -65,9 +67,9 @@ KNOWS = {
                            "store/recurrence"},
     "host/commands/settings": {*COMMANDS, *SHOWN},
     "host/commands/guide": {*COMMANDS, *SHOWN, "accounts"},
-    "host/commands": {f"host/commands/{room}" for room in ("accounts", "availability", "care", "changes", "command_line",
-                                                           "guide", "invitations", "scripting", "settings", "transfer",
-                                                           "views", "watching")},
+    "host/commands": {f"host/commands/{room}" for room in ("accounts", "alarms", "availability", "care", "changes",
+                                                           "command_line", "guide", "invitations", "scripting",
+                                                           "settings", "transfer", "views", "watching")},
     "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
              "host/plugin"},
 }

@@ -51,7 +51,7 @@ inline std::string backToVersion(int version) {
   std::string sql;
   if (version < 5) {
     sql =
-        "DROP TABLE journal; DROP TABLE journal_items;"
+        "DROP TABLE journal; DROP TABLE journal_items; DROP TABLE alarm_rings;"
         "DROP TABLE search; ALTER TABLE changes DROP COLUMN calendar; ALTER TABLE changes DROP COLUMN title;"
         "ALTER TABLE changes DROP COLUMN made;";
   }

@@ -1,6 +1,7 @@
 #include "host/commands/all_commands.h"
 
 #include "host/commands/accounts/account_commands.h"
+#include "host/commands/alarms/alarm_commands.h"
 #include "host/commands/availability/availability_commands.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
@@ -42,6 +43,7 @@ void registerAllCommands(CommandLine& line) {
   registerBackupCommands(line);
   registerReplyCommand(line);
   line.startGroup("Watching");
+  registerAlarmCommands(line);
   registerWatchCommand(line);
   line.startGroup("Accounts");
   registerAccountCommands(line);

@@ -94,7 +94,7 @@ CREATE TABLE conflicts(
   fields TEXT NOT NULL, mine TEXT, theirs TEXT, made INTEGER NOT NULL);
 )sql",
     // What commands of people replaced, so that they can be undone. The words of items, and what the log has to say of
-    // what is gone.
+    // what is gone. What became of alarms.
     R"sql(
 CREATE TABLE journal(
   id INTEGER PRIMARY KEY AUTOINCREMENT, command INTEGER NOT NULL, person TEXT NOT NULL, words TEXT NOT NULL,
@@ -106,6 +106,9 @@ CREATE VIRTUAL TABLE search USING fts5(words, detail=none, columnsize=0, tokeniz
 ALTER TABLE changes ADD COLUMN made INTEGER;
 ALTER TABLE changes ADD COLUMN title TEXT;
 ALTER TABLE changes ADD COLUMN calendar INTEGER;
+CREATE TABLE alarm_rings(
+  item INTEGER NOT NULL, original INTEGER NOT NULL, moment INTEGER NOT NULL, number INTEGER NOT NULL, rung INTEGER,
+  snoozed INTEGER, acknowledged INTEGER, PRIMARY KEY(item, original, moment, number)) WITHOUT ROWID;
 )sql",
 };
 

@@ -62,6 +62,7 @@ ItemRows::ItemRows(Database& database)
       m_newest("SELECT id, uuid FROM items ORDER BY id DESC LIMIT 1"),
       m_byCalendar("SELECT id, calendar FROM items WHERE series IS NULL ORDER BY id"),
       m_idsInCalendar("SELECT id FROM items WHERE calendar = ? ORDER BY series IS NULL, id"),
+      m_idsWithAlarms("SELECT id FROM items WHERE alarms IS NOT NULL ORDER BY id"),
       m_zonedIds(
           "SELECT id FROM items WHERE start_clock NOT LIKE '=%' OR end_clock NOT LIKE '=%' OR "
           "recurrence_id_clock NOT LIKE '=%' OR series IS NOT NULL ORDER BY series IS NOT NULL, id") {}
@@ -346,6 +347,11 @@ Result<std::map<CalendarId, std::vector<ItemId>>> ItemRows::idsByCalendar() {
 Result<std::vector<ItemId>> ItemRows::idsInCalendar(CalendarId calendar) {
   ORLOCAL_CHECK(writeRows());
   return allIds(m_idsInCalendar.in(m_database).bind(1, calendar));
+}
+
+Result<std::vector<ItemId>> ItemRows::idsWithAlarms() {
+  ORLOCAL_CHECK(writeRows());
+  return allIds(m_idsWithAlarms.in(m_database));
 }
 
 Result<std::vector<ItemId>> ItemRows::zonedIds() {

@@ -92,6 +92,8 @@ class ItemRows {
   Result<std::map<CalendarId, std::vector<ItemId>>> idsByCalendar();
   /// Changed occurrences come first.
   Result<std::vector<ItemId>> idsInCalendar(CalendarId calendar);
+  /// Every row with alarms, changed occurrences among them.
+  Result<std::vector<ItemId>> idsWithAlarms();
   /// Every row with a time in a zone; changed occurrences come last.
   Result<std::vector<ItemId>> zonedIds();
 
@@ -122,7 +124,7 @@ class ItemRows {
   RowInsert m_insert;
   LazyStatement m_read, m_readByUid, m_readByOwnUid, m_readForExpansion, m_withUuid, m_withUid, m_withOwnUid, m_strays,
       m_strayAt, m_changedOf, m_changedAt, m_place, m_uidHashes, m_highestId, m_update, m_updateInPlace, m_remove,
-      m_newest, m_byCalendar, m_idsInCalendar, m_zonedIds;
+      m_newest, m_byCalendar, m_idsInCalendar, m_idsWithAlarms, m_zonedIds;
 };
 
 }  // namespace orlocal::store

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,10 +72,8 @@ std::string readAll(int descriptor) {
   }
 }
 
-/// Waits for the child's end and puts it into words.
-void waitFor(pid_t child, ChildResult& result) {
-  int state = 0;
-  while (::waitpid(child, &state, 0) < 0 && errno == EINTR) {}
+/// Puts the child's end into words.
+void describe(int state, ChildResult& result) {
   if (WIFEXITED(state)) {
     result.status = WEXITSTATUS(state);
     result.ending = fmt::format("ended with status {}", result.status);
@@ -82,6 +81,12 @@ void waitFor(pid_t child, ChildResult& result) {
     const int signal = WTERMSIG(state);
     result.ending = fmt::format("was ended by signal {} ({})", signal, ::strsignal(signal));
   }
+}
+
+void waitFor(pid_t child, ChildResult& result) {
+  int state = 0;
+  while (::waitpid(child, &state, 0) < 0 && errno == EINTR) {}
+  describe(state, result);
 }
 
 ChildResult collect(pid_t child, const Pipe& pipe) {
@@ -118,6 +123,32 @@ void readNothing() {
   ::dup2(nothing, STDIN_FILENO);
 }
 
+struct Started {
+  pid_t child = -1;
+  int trouble = 0;  ///< why it is no such program; the child ends then
+};
+
+/// Starts a program that is searched on the path; `prepare` runs in it before.
+template <class Prepare>
+Result<Started> startWith(const std::vector<std::string>& words, char** environment, const Prepare& prepare) {
+  const std::vector<char*> arguments = argumentsOf(words);
+  // What closes without a word when the program begins, and says why when it cannot.
+  ORLOCAL_TRY(const Pipe pipe, newPipe());
+  ORLOCAL_TRY(const pid_t child, forked(pipe));
+  if (child == 0) {
+    prepare();
+    ::execvpe(arguments[0], arguments.data(), environment);
+    const int reason = errno;
+    static_cast<void>(!::write(pipe[1], &reason, sizeof reason));
+    ::_exit(127);
+  }
+  ::close(pipe[1]);
+  Started started{child, 0};
+  while (::read(pipe[0], &started.trouble, sizeof started.trouble) < 0 && errno == EINTR) {}
+  ::close(pipe[0]);
+  return started;
+}
+
 }  // namespace
 
 Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work) {
@@ -149,25 +180,41 @@ Result<ChildResult> runProgram(const std::vector<std::string>& words, const std:
 }
 
 Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
-  const std::vector<char*> arguments = argumentsOf(words);
-  // What closes without a word when the program begins, and says why when it cannot.
-  ORLOCAL_TRY(const Pipe pipe, newPipe());
-  ORLOCAL_TRY(const pid_t child, forked(pipe));
-  if (child == 0) {
-    readNothing();
-    ::execvp(arguments[0], arguments.data());
-    const int reason = errno;
-    static_cast<void>(!::write(pipe[1], &reason, sizeof reason));
-    ::_exit(127);
-  }
-  ::close(pipe[1]);
-  int reason = 0;
-  ssize_t count = 0;
-  while ((count = ::read(pipe[0], &reason, sizeof reason)) < 0 && errno == EINTR) {}
-  ::close(pipe[0]);
+  ORLOCAL_TRY(const Started started, startWith(words, environ, readNothing));
   ChildResult result;
-  waitFor(child, result);
-  if (count > 0) { result.ending = fmt::format("cannot be run: {}", systemReason(reason)); }
+  waitFor(started.child, result);
+  if (started.trouble != 0) { result.ending = fmt::format("cannot be run: {}", systemReason(started.trouble)); }
+  return result;
+}
+
+Result<pid_t> startVisibly(const std::vector<std::string>& words, const std::string& input,
+                           const std::vector<std::string>& variables) {
+  std::vector<char*> environment;
+  for (char** variable = environ; *variable != nullptr; ++variable) { environment.push_back(*variable); }
+  for (const std::string& variable : variables) { environment.push_back(const_cast<char*>(variable.c_str())); }
+  environment.push_back(nullptr);
+  // A file, so that nobody waits for a program that does not read.
+  const int file = ::memfd_create("input", MFD_CLOEXEC);
+  if (file < 0 || ::write(file, input.data(), input.size()) != static_cast<ssize_t>(input.size())) {
+    auto failed = systemFailure("was not run: no room for its input");
+    if (file >= 0) { ::close(file); }
+    return failed;
+  }
+  ::lseek(file, 0, SEEK_SET);
+  const auto started = startWith(words, environment.data(), [file] { ::dup2(file, STDIN_FILENO); });
+  ::close(file);
+  if (!started) { return failure(started.error().code, "was not run: " + started.error().message); }
+  if (started->trouble == 0) { return started->child; }
+  ChildResult ignored;
+  waitFor(started->child, ignored);
+  return failure(ErrorCode::kNotFound, fmt::format("cannot be run: {}", systemReason(started->trouble)));
+}
+
+std::optional<ChildResult> endOf(pid_t child) {
+  int state = 0;
+  if (::waitpid(child, &state, WNOHANG) != child) { return std::nullopt; }
+  ChildResult result;
+  describe(state, result);
   return result;
 }
 

@@ -3,8 +3,11 @@
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 #include "base/result.h"
 
@@ -33,6 +36,14 @@ Result<ChildResult> runProgram(const std::vector<std::string>& words, const std:
 /// Runs a program that shares our output and error streams and reads nothing; the first word is its file or a name that
 /// is searched on the path. `output` stays empty.
 Result<ChildResult> runVisibly(const std::vector<std::string>& words);
+
+/// Starts a program as `runVisibly` does and does not wait for its end. It reads `input`; `variables` ("NAME=value")
+/// are in its environment besides ours. Fails in words that stand behind its name.
+Result<pid_t> startVisibly(const std::vector<std::string>& words, const std::string& input,
+                           const std::vector<std::string>& variables);
+
+/// How a program that was started has ended; none while it runs.
+std::optional<ChildResult> endOf(pid_t child);
 
 /// How a program ended, to stand behind its name; or that it was not started, and why.
 std::string endingOf(const Result<ChildResult>& result);

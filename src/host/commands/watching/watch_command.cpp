@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/try.h"
+#include "host/commands/alarms/alarm_watch.h"
 #include "host/commands/command_line/change_wait.h"
 #include "host/commands/command_line/child_process.h"
 #include "host/commands/command_line/command.h"
@@ -29,6 +30,7 @@ namespace {
 struct WatchWords {
   std::string file, script, since;
   bool ends = false;
+  bool alarms = false, once = false;
   std::vector<std::string> command;
 };
 
@@ -160,6 +162,16 @@ class ScriptWatch {
   CommandContext& m_context;
 };
 
+Result<ExitStatus> runWatch(const WatchWords& words, CommandContext& context) {
+  if (words.alarms) { return watchAlarms({words.command, words.once}, context); }
+  if (!words.script.empty()) { return ScriptWatch(words, context).run(); }
+  if (words.command.empty()) { return watchStore(words, context); }
+  tellTrouble(context.streams.err,
+              "A command is run for each start of a script, or for each alarm; write --alarms, or "
+              "--file and --script, before it.");
+  return ExitStatus::kUsage;
+}
+
 }  // namespace
 
 void registerWatchCommand(CommandLine& line) {
@@ -167,11 +179,11 @@ void registerWatchCommand(CommandLine& line) {
   CLI::App& watch =
       line.add("watch",
                "Show what other programs change in the calendars, as it happens; with a script, do what a host\n"
-               "does for a solution that has registered it.",
-               [words](CommandContext& context) {
-                 return words->script.empty() ? watchStore(*words, context) : ScriptWatch(*words, context).run();
-               });
-  watch.footer("  orlocal watch\n  orlocal watch --file Solution --script 'Calendar changed' -- notify-send {}");
+               "does for a solution that has registered it; with --alarms, tell each alarm at its moment.",
+               [words](CommandContext& context) { return runWatch(*words, context); });
+  watch.footer(
+      "  orlocal watch\n  orlocal watch --file Solution --script 'Calendar changed' -- notify-send {}\n"
+      "  orlocal watch --alarms -- sh -c 'notify-send \"$ORLOCAL_ALARM_TITLE\"'");
   CLI::Option* file = watch.add_option("--file", words->file, "The file that holds the script, as the plug-in is told");
   CLI::Option* script = watch.add_option("--script", words->script, "The script to start for each change");
   file->type_name("FILE")->needs(script);
@@ -182,12 +194,17 @@ void registerWatchCommand(CommandLine& line) {
                        "position that --json gave");
   since->type_name("WHEN")->check(objectionToSince)->excludes(script);
   watch.add_flag("--until-now", words->ends, "Do not wait for more: with --since, the past alone")->needs(since);
+  CLI::Option* alarms =
+      watch.add_flag("--alarms", words->alarms, "Tell each alarm when it rings, whoever else watches")
+          ->excludes(script)
+          ->excludes(since);
+  watch.add_flag("--once", words->once, "Tell the alarms that are due since the last time, and end")->needs(alarms);
   watch
       .add_option("command", words->command,
-                  "After --: a command to run for each start. A word {} stands for the script's parameter, \"New …\",\n"
-                  "\"Updated …\" or \"Deleted …\" with an event's identifier; no shell reads it")
-      ->type_name("COMMAND")
-      ->needs(script);
+                  "After --: a command to run for each start or alarm; no shell reads it. A word {} stands for the\n"
+                  "script's parameter (\"New …\", \"Updated …\" or \"Deleted …\" with an event's identifier), or for\n"
+                  "the identifier of what the alarm is about, of which its input and ORLOCAL_ALARM_… say more")
+      ->type_name("COMMAND");
 }
 
 }  // namespace orlocal::host

@@ -164,6 +164,22 @@ def main():
             print(f"watch: {len(lines)} lines instead of 8")
         for line in lines:
             judge("watch", json.loads(line), "change")
+        # Alarms as they are listed, as they ring late, and as they are only counted.
+        run("watch", "--alarms", "--once")
+        listed = json.loads(run("alarms", "--json", "--next", "3 days"))
+        judge("alarms", listed, "alarms")
+        told = []
+        now = environment["ORLOCAL_NOW"]
+        for day in ("2026-11-03T09:00:00Z", "2026-11-09T09:00:00Z"):
+            environment["ORLOCAL_NOW"] = day
+            told += [json.loads(line) for line in run("watch", "--alarms", "--once", "--json").splitlines()]
+        for line in told:
+            judge("watch --alarms", line, "missed" if "missed" in line else "ring")
+        judge("alarms dismiss", json.loads(run("alarms", "dismiss", "--all", "--json")), "alarms")
+        if ["missed" in line for line in told] != [False, True] or not listed["alarms"]:
+            failed += 1
+            print(f"watch --alarms: {told}")
+        environment["ORLOCAL_NOW"] = now
         content.write_text(UNTIDY, encoding="utf-8")
         run("import", str(content), "--calendar", "Work")
         judge_all(TIDYING)
