@@ -55,6 +55,7 @@ KNOWS = {
     "host/commands/scripting": {*SHOWN, "host/calc", "host/commands/command_line", "host/console", "host/fmwrapper",
                                 "host/plugin"},
     "host/commands/views": {*COMMANDS, *SHOWN, "host/commands/choosing", "host/commands/describing"},
+    "host/commands/reports": {*COMMANDS, *SHOWN, "host/commands/describing", "host/commands/views"},
     "host/commands/invitations": {*COMMANDS, *SHOWN, "host/commands/choosing", "store/edits",
                                   "store/invitations"},
     "host/commands/transfer": {*COMMANDS, *SHOWN, "store/file", "store/icalendar"},
@@ -68,8 +69,8 @@ KNOWS = {
     "host/commands/settings": {*COMMANDS, *SHOWN},
     "host/commands/guide": {*COMMANDS, *SHOWN, "accounts"},
     "host/commands": {f"host/commands/{room}" for room in ("accounts", "alarms", "availability", "care", "changes",
-                                                           "command_line", "guide", "invitations", "scripting",
-                                                           "settings", "transfer", "views", "watching")},
+                                                           "command_line", "guide", "invitations", "reports",
+                                                           "scripting", "settings", "transfer", "views", "watching")},
     "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
              "host/plugin"},
 }

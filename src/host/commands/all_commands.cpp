@@ -7,6 +7,7 @@
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/guide/guide_commands.h"
 #include "host/commands/invitations/invitation_commands.h"
+#include "host/commands/reports/report_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
 #include "host/commands/settings/settings_commands.h"
 #include "host/commands/transfer/transfer_commands.h"
@@ -41,6 +42,7 @@ void registerAllCommands(CommandLine& line) {
   registerImportCommands(line);
   registerExportCommand(line);
   registerBackupCommands(line);
+  registerReportCommand(line);
   registerReplyCommand(line);
   line.startGroup("Watching");
   registerAlarmCommands(line);

@@ -26,6 +26,8 @@ GridEntry entryOf(const store::Item& item, const store::Calendar& calendar) {
 
 GridEntry entryOf(const Agenda::Event& event, const store::Zone& viewer) {
   GridEntry entry = entryOf(*event.item, event.calendar);
+  entry.item = event.item;
+  entry.when = event.when;
   entry.start = viewer.toLocal(event.when.start);
   entry.end = std::max(entry.start, viewer.toLocal(event.when.end));
   entry.wholeDays = event.item->allDay() || entry.end - entry.start >= kSecondsInDay;
@@ -34,6 +36,7 @@ GridEntry entryOf(const Agenda::Event& event, const store::Zone& viewer) {
 
 GridEntry entryOf(const Agenda::Reminder& reminder, const store::Zone& viewer) {
   GridEntry entry = entryOf(*reminder.item, reminder.calendar);
+  entry.item = reminder.item;
   entry.title.insert(0, "☐ ");
   entry.start = entry.end = viewer.toLocal(*reminder.due);
   entry.wholeDays = reminder.item->due && reminder.item->due->kind == store::CalendarTime::Kind::kDate;
@@ -81,6 +84,27 @@ std::vector<GridLine> gridLines(const std::vector<const GridEntry*>& entries, Lo
     std::fill(line->taken.begin() + from, line->taken.begin() + to + 1, true);
   }
   return lines;
+}
+
+std::vector<Lane> lanesOf(const std::vector<std::pair<int, int>>& spans) {
+  std::vector<Lane> places(spans.size());
+  std::size_t begin = 0;
+  int end = 0;
+  std::vector<int> taken;  ///< until when each lane is
+  const auto closeCluster = [&](std::size_t to) {
+    for (; begin < to; ++begin) { places[begin].lanes = taken.size(); }
+    taken.clear();
+  };
+  for (std::size_t i = 0; i < spans.size(); ++i) {
+    if (spans[i].first >= end) { closeCluster(i); }
+    auto lane = std::find_if(taken.begin(), taken.end(), [&](int until) { return until <= spans[i].first; });
+    if (lane == taken.end()) { lane = taken.insert(taken.end(), 0); }
+    *lane = spans[i].second;
+    places[i].lane = static_cast<std::size_t>(lane - taken.begin());
+    end = std::max(end, spans[i].second);
+  }
+  closeCluster(spans.size());
+  return places;
 }
 
 std::string barText(const GridLine::Piece& piece, std::size_t width, const Ink& ink) {

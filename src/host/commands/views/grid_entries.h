@@ -2,8 +2,10 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/commands/command_line/terminal_text.h"
@@ -21,6 +23,8 @@ struct GridEntry {
   /// Takes whole days, and is drawn across them; also what has times and lasts a day or longer.
   bool wholeDays = false;
   store::LocalTime start, end;  ///< on the viewer's clock, the end excluded; of a reminder both its due moment
+  std::shared_ptr<const store::Item> item;
+  std::optional<store::Occurrence> when;  ///< of an event
 
   store::LocalDay firstDay() const { return store::LocalDay(start); }
   /// Included.
@@ -49,6 +53,14 @@ struct GridLine {
 /// Puts these entries into lines of the week that begins on `first`, each into the first line where its days are free.
 /// The entries are borrowed.
 std::vector<GridLine> gridLines(const std::vector<const GridEntry*>& entries, store::LocalDay first);
+
+/// Where each of several spans stands beside those that it overlaps.
+struct Lane {
+  std::size_t lane = 0;   ///< from 0
+  std::size_t lanes = 1;  ///< of all that hang together
+};
+/// Spans by their beginnings, the ends excluded.
+std::vector<Lane> lanesOf(const std::vector<std::pair<int, int>>& spans);
 
 /// What is drawn across days: `[Away────]`, `<` and `>` where it goes on; on a terminal in the calendar's colour.
 std::string barText(const GridLine::Piece& piece, std::size_t width, const Ink& ink);

@@ -25,9 +25,8 @@ constexpr int kFirstRow = 8 * kRowsInHour, kLastRow = 18 * kRowsInHour;
 /// The part of an event that lies on a day.
 struct Block {
   const GridEntry* entry;
-  int from, to;           ///< rows, the last excluded
-  std::size_t lane = 0;   ///< beside others at that time
-  std::size_t lanes = 1;  ///< of all that hang together
+  int from, to;  ///< rows, the last excluded
+  Lane place;
 };
 
 struct Rows {
@@ -42,29 +41,7 @@ std::optional<Block> blockOn(LocalDay day, const GridEntry& entry) {
   const int end = std::min(24 * 60, minutesOf(entry.end, day));
   const int from = begin / kRowMinutes;
   const int to = std::max(from + 1, (end + kRowMinutes - 1) / kRowMinutes);
-  return Block{&entry, from, to};
-}
-
-/// Gives each its lane. Blocks come by their beginning.
-void placeSideBySide(std::vector<Block>& blocks) {
-  std::size_t begin = 0;
-  int end = 0;
-  std::vector<int> lanes;  ///< until when each is taken
-  const auto closeCluster = [&](std::size_t to) {
-    for (std::size_t i = begin; i < to; ++i) { blocks[i].lanes = lanes.size(); }
-    begin = to;
-    lanes.clear();
-  };
-  for (std::size_t i = 0; i < blocks.size(); ++i) {
-    Block& block = blocks[i];
-    if (block.from >= end) { closeCluster(i); }
-    auto lane = std::find_if(lanes.begin(), lanes.end(), [&](int until) { return until <= block.from; });
-    if (lane == lanes.end()) { lane = lanes.insert(lanes.end(), 0); }
-    *lane = block.to;
-    block.lane = static_cast<std::size_t>(lane - lanes.begin());
-    end = std::max(end, block.to);
-  }
-  closeCluster(blocks.size());
+  return Block{&entry, from, to, {}};
 }
 
 std::vector<Block> blocksOn(LocalDay day, const std::vector<GridEntry>& entries) {
@@ -73,7 +50,10 @@ std::vector<Block> blocksOn(LocalDay day, const std::vector<GridEntry>& entries)
     if (const auto block = blockOn(day, entry)) { blocks.push_back(*block); }
   }
   std::stable_sort(blocks.begin(), blocks.end(), [](const Block& a, const Block& b) { return a.from < b.from; });
-  placeSideBySide(blocks);
+  std::vector<std::pair<int, int>> rows;
+  for (const Block& block : blocks) { rows.emplace_back(block.from, block.to); }
+  const std::vector<Lane> places = lanesOf(rows);
+  for (std::size_t i = 0; i < blocks.size(); ++i) { blocks[i].place = places[i]; }
   return blocks;
 }
 
@@ -102,7 +82,7 @@ std::string blockText(const Block& block, int row, std::size_t width, const Ink&
 std::string dayText(const std::vector<Block>& blocks, int row, std::size_t width, const Ink& ink) {
   std::size_t lanes = 0;
   for (const Block& block : blocks) {
-    if (block.from <= row && row < block.to) { lanes = block.lanes; }
+    if (block.from <= row && row < block.to) { lanes = block.place.lanes; }
   }
   if (lanes == 0) { return std::string(width, ' '); }
   const std::size_t share = std::max<std::size_t>(1, width / lanes);
@@ -111,7 +91,7 @@ std::string dayText(const std::vector<Block>& blocks, int row, std::size_t width
   for (std::size_t lane = 0; lane < lanes && taken < width; ++lane) {
     const std::size_t own = lane + 1 == lanes ? width - taken : std::min(share, width - taken);
     const auto block = std::find_if(blocks.begin(), blocks.end(), [&](const Block& each) {
-      return each.lane == lane && each.from <= row && row < each.to;
+      return each.place.lane == lane && each.from <= row && row < each.to;
     });
     text += block != blocks.end() ? blockText(*block, row, own, ink) : std::string(own, ' ');
     taken += own;
