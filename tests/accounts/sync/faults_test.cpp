@@ -199,7 +199,8 @@ TEST_P(FaultWhileACalendarIsMade, MakesItOnceAndLeavesItHere) {
     EXPECT_THAT(machine->titles("Mine 100 %"), ElementsAre("Lunch"));
     EXPECT_EQ(machine->calendar("Mine 100 %").identifier, calendar.identifier);
     std::vector<std::string> here;
-    for (const store::Calendar& each : *machine->people->calendars(store::CalendarKind::kEvents)) {
+    const auto calendars = machine->people->calendars(store::CalendarKind::kEvents);
+    for (const store::Calendar& each : *calendars) {
       if (each.source == machine->source()) { here.push_back(each.title); }
     }
     EXPECT_THAT(here, UnorderedElementsAre("Team", "Mine 100 %"));

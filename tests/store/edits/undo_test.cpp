@@ -265,7 +265,8 @@ class RandomUndo : public Undo, public testing::WithParamInterface<unsigned> {
   std::size_t below(std::size_t count) { return random() % count; }
   std::vector<Item> mains(ItemKind kind) {
     std::vector<Item> all;
-    for (const Calendar& calendar : *keptCalendars(kind)) {
+    const auto calendars = keptCalendars(kind);
+    for (const Calendar& calendar : *calendars) {
       EXPECT_TRUE(store->forEachItem(calendar.id, [&](const Item& main, const std::vector<Item>&) -> Status {
         if (main.kind == kind) { all.push_back(main); }
         return {};
