@@ -1,5 +1,9 @@
 # How targets are made here: one static library a layer, one test program a folder.
 
+# Where and when every test runs, whoever runs it: a zone with summer time, a Monday, nobody's own settings.
+set(ORLOCAL_TEST_ENVIRONMENT
+    "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z;ORLOCAL_SETTINGS=")
+
 add_library(orlocal_options INTERFACE)
 target_include_directories(orlocal_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(
@@ -57,8 +61,7 @@ function(orlocal_test name)
   target_compile_definitions(${name} PRIVATE ORLOCAL_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}")
   set_target_properties(${name} PROPERTIES UNITY_BUILD_BATCH_SIZE 12)
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
-                                          "TZ=Europe/Berlin;LANG=C.UTF-8;LC_ALL=C.UTF-8;ORLOCAL_NOW=2026-11-02T08:00:00Z;ORLOCAL_SETTINGS=")
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "${ORLOCAL_TEST_ENVIRONMENT}")
 endfunction()
 
 # orlocal_about_threads(NAME): the test is labelled so, and built by the target `threads_tests`: what the thread sanitizer
