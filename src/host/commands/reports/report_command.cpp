@@ -47,7 +47,10 @@ Result<Report> readReport(store::CalendarStore& store, const Agenda& agenda, con
     ORLOCAL_TRY(const ItemFacts facts, factsOf(store, *shown.item, shown.when, 0));
     const store::Calendar* calendar = agenda.names.calendar(shown.item->calendar);
     std::string name = calendar != nullptr ? agenda.names.name(*calendar) : "";
-    report.entries.push_back({std::move(shown), std::move(name), cardOf(facts, agenda.names, agenda.viewer)});
+    std::vector<CardLine> card = cardOf(facts, agenda.names, agenda.viewer);
+    // They mean something to programs only.
+    std::erase_if(card, [](const CardLine& line) { return line.label == "Identifier" || line.label == "UID"; });
+    report.entries.push_back({std::move(shown), std::move(name), std::move(card)});
   }
   return report;
 }

@@ -90,8 +90,17 @@ class Page {
     return m_report.firstWeekday == cctz::weekday::monday ? fmt::format("Week {}: {}", weekNumber(week), days) : days;
   }
 
+  /// "November 2026", "Mon 2 Nov 2026 – Sun 15 Nov 2026".
+  std::string title() const {
+    const LocalDay month(m_report.first.year(), m_report.first.month(), 1);
+    const bool isMonth = m_report.first == month && m_report.last == LocalDay(cctz::civil_month(month) + 1) - 1;
+    if (isMonth) { return monthTitle(month); }
+    if (m_report.first == m_report.last) { return shortDay(m_report.first); }
+    return fmt::format("{} – {}", shortDay(m_report.first), shortDay(m_report.last));
+  }
+
   void addHead() {
-    const std::string title = fmt::format("Calendar {} – {}", shortDay(m_report.first), shortDay(m_report.last));
+    const std::string title = "Calendar: " + this->title();
     const LocalTime made = m_report.viewer.toLocal(m_report.made);
     m_html += fmt::format(
         "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n"
@@ -161,7 +170,9 @@ class Page {
     const bool outside = day.month() != month.month();
     const auto entries = entriesOn(day);
     m_html += fmt::format("<td class=\"{}{}{}\">{}", outside ? "outside " : "", day == m_today ? "today " : "",
-                          entries.empty() ? "empty" : "", dayTime(day, std::to_string(day.day())));
+                          entries.empty() ? "empty" : "",
+                          fmt::format("<span class=\"name\">{} </span>{}", htmlText(m_names.shortWeekday(day)),
+                                      dayTime(day, std::to_string(day.day()))));
     if (!outside && !entries.empty()) {
       m_html += "<ul class=\"entries\">\n";
       for (const auto* entry : entries) { m_html += entryItem(*entry, ""); }

@@ -23,7 +23,7 @@ a { color: inherit; }
 table { border-collapse: collapse; width: 100%; table-layout: fixed; }
 th { text-align: left; font-weight: 600; color: var(--faint); padding: .2rem .4rem; }
 td { border: 1px solid var(--line); vertical-align: top; padding: .2rem; height: 5.5rem; }
-td.outside { background: var(--card); } .today { background: var(--today); }
+td > .name { display: none; font-weight: 600; } td.outside { background: var(--card); } .today { background: var(--today); }
 td > time, h3 time { font-weight: 600; } td.outside > time { color: var(--faint); font-weight: 400; }
 ul.entries { list-style: none; margin: .2rem 0 0; padding: 0; font-size: .85rem; }
 .entries > li { margin: 0 0 .15rem; min-width: 0; }
@@ -55,7 +55,7 @@ dt { color: var(--faint); } dd { margin: 0; white-space: pre-line; overflow-wrap
 .day:nth-last-child(-n+3) details[open] { margin-left: auto; right: 0; }
 @media (max-width: 50rem) {
   table, tbody, tr, td { display: block; height: auto; } thead, td.outside, td.empty, .scale { display: none; }
-  td { border: 0; border-top: 1px solid var(--line); padding: .4rem 0; }
+  td > .name { display: inline; } td { border: 0; border-top: 1px solid var(--line); padding: .4rem 0; }
   .week { display: block; } .week section { border: 0; border-top: 1px solid var(--line); padding: .2rem 0; }
   .week .whole { min-height: 0; } .hours { height: auto; background: none; }
   .day .hours > li { position: static; width: auto; height: auto; margin: .15rem .2rem; }

@@ -48,6 +48,18 @@ TEST_F(ReportCommand, ShowsTheMonthAndItsWeeks) {
   EXPECT_EQ(count("//td[time/@datetime='2026-11-03']//span[.='Lunch']"), 1U);
   EXPECT_EQ(count("//section[h3/time/@datetime='2026-11-03']//span[.='Lunch']"), 1U);
   EXPECT_EQ(count("//td[contains(@class,'today')]"), 1U);
+  // Where the columns fall away, the day says its name itself.
+  EXPECT_EQ(count("//td[time/@datetime='2026-11-03'][span[@class='name']='Tue ']"), 1U);
+}
+
+TEST_F(ReportCommand, IsTitledByItsDays) {
+  imported(calendar("Work", event("1", "Lunch", kTimes)));
+  made({"november"});
+  EXPECT_THAT(texts("//title"), testing::ElementsAre("Calendar: November 2026"));
+  made({"2026-11-03"});
+  EXPECT_THAT(texts("//title"), testing::ElementsAre("Calendar: Tue 3 Nov 2026"));
+  made({"--from", "2026-11-03", "--to", "2026-11-04"});
+  EXPECT_THAT(texts("//title"), testing::ElementsAre("Calendar: Tue 3 Nov 2026 – Wed 4 Nov 2026"));
 }
 
 TEST_F(ReportCommand, HasWhatIsKnownOfAnEntryBehindIt) {
@@ -62,6 +74,7 @@ TEST_F(ReportCommand, HasWhatIsKnownOfAnEntryBehindIt) {
   EXPECT_EQ(count((card + "//a[@href='https://example.org/?a=1&b=2']").c_str()), 1U);
   EXPECT_THAT(texts((card + "/dt[.='Repeats']/following-sibling::dd[1]").c_str()),
               testing::ElementsAre("every day, 2 times"));
+  EXPECT_EQ(count((card + "/dt[.='Identifier' or .='UID']").c_str()), 0U) << "of use to programs only";
 }
 
 TEST_F(ReportCommand, TakesNothingInACalendarForItsOwn) {
