@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "base/whole_input.h"
 #include "host/calc/calc_failure.h"
@@ -111,7 +112,7 @@ Result<ExitStatus> evaluateWords(CommandContext& context, const CalcWords& words
 
 Result<ExitStatus> runFile(CommandContext& context, const CalcWords& words) {
   const bool standard = words.file == "-";
-  const std::string name = standard ? "standard input" : words.file;
+  const std::string name = standard ? tr("standard input") : words.file;
   ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(words.file));
   return printAll(context, words.strict, name, readCalculations(text));
 }
