@@ -23,6 +23,8 @@ def offences(program, unit, docs):
         yield f"{unit.name}: starts {len(commands)} commands"
     for command in commands:
         words = shlex.split(command)
+        if words[:2] == ["sh", "-c"]:
+            words = re.split(r"\s+", re.search(r"\borlocal [a-z].*", words[2]).group().replace('"', ""))
         words = words[: words.index("--")] if "--" in words else words
         if pathlib.Path(words[0]).name != "orlocal":
             yield f"{unit.name}: starts {words[0]}"
