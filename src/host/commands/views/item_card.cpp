@@ -10,6 +10,7 @@
 #include "host/commands/views/next_occurrences.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/item_words.h"
+#include "host/commands/words/listed_words.h"
 #include "host/commands/words/rule_words.h"
 #include "store/remote_reader.h"
 
@@ -157,6 +158,7 @@ Card cardOf(const ItemFacts& facts, const CalendarNames& names, const Zone& view
   }
   add(card, tr("Status"), statusWords(item));
   if (item.completed) { add(card, tr("Done"), minute(item.completed, viewer)); }
+  add(card, tr("Categories"), listed(categoriesOf(item)));
   if (item.priority > 0) { add(card, tr("Priority"), priorityWords(item.priority)); }
   add(card, tr("Alarms"),
       linesOf(item.alarms, [&](const store::Alarm& each) { return alarmWords(each, item.kind, viewer); }));

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "store/model/model.h"
 #include "store/time/zone.h"
@@ -15,6 +16,8 @@ namespace orlocal::host {
 std::string statusOf(const store::Item& item);
 /// The same in words, where they are known.
 std::string statusWords(const store::Item& item);
+/// What it is filed under (RFC 5545, 3.8.1.2).
+std::vector<std::string> categoriesOf(const store::Item& item);
 bool isCancelled(const store::Item& item);
 bool isTentative(const store::Item& item);
 
