@@ -75,7 +75,7 @@ class Diagnosis {
       return tr("{} takes a number, and not \"{}\".", name, after(said, " = "));
     }
     const std::string_view objection = after(said, ": ");
-    if (word->choices.empty()) { return fmt::format("{}: {}.", name, objection); }
+    if (word->choices.empty()) { return ofObjection(name, objection); }
     const std::string_view given = objection.substr(0, objection.rfind(" not in {"));
     return tr("{} is {}, and not \"{}\"{}", name, alternatives(word->choices), given, suggestion(given, word->choices));
   }
@@ -93,6 +93,15 @@ class Diagnosis {
     return at == std::string_view::npos ? text : text.substr(at + mark.size());
   }
   static std::string_view lastWordOf(std::string_view text) { return text.substr(text.rfind(' ') + 1); }
+
+  /// Our own checks object in the user's language; the library's has one sentence that people see.
+  static std::string ofObjection(const std::string& name, std::string_view objection) {
+    constexpr std::string_view kValue = "Value ", kRange = " not in range ";
+    const std::size_t range = objection.find(kRange);
+    if (!objection.starts_with(kValue) || range == objection.npos) { return fmt::format("{}: {}.", name, objection); }
+    return tr("{}: Value {} not in range {}.", name, objection.substr(kValue.size(), range - kValue.size()),
+              objection.substr(range + kRange.size()));
+  }
 
   std::string ofUnknownOption(const std::string& option) const {
     Names known;

@@ -85,6 +85,11 @@ nlohmann::json asJson(const std::vector<Shown>& all, const std::vector<std::stri
   return {{"files", files}, {"settings", settings}, {"problems", complaints}};
 }
 
+/// What holds where nobody set anything may be words of ours.
+std::string shownValue(const std::string& value, const std::string& origin) {
+  return origin == kBuiltIn ? translated(value) : value;
+}
+
 void print(const std::vector<Shown>& all, const Ink& ink, std::ostream& out) {
   for (const auto& file : Settings::filesOfUser()) {
     std::error_code error;
@@ -95,13 +100,13 @@ void print(const std::vector<Shown>& all, const Ink& ink, std::ostream& out) {
   std::size_t values = 0;
   for (const auto& [row, value, origin] : all) {
     names = std::max(names, displayWidth(row->name));
-    values = std::max(values, std::min<std::size_t>(displayWidth(printable(value)), 32));
+    values = std::max(values, std::min<std::size_t>(displayWidth(printable(shownValue(value, origin))), 32));
   }
   std::string_view section;
   for (const auto& [row, value, origin] : all) {
     if (row->section != section) { out << '\n' << ink.bold(fmt::format("[{}]", row->section)) << '\n'; }
     section = row->section;
-    out << "  " << padded(row->name, names) << "  " << padded(printable(translated(value)), values) << "  "
+    out << "  " << padded(row->name, names) << "  " << padded(printable(shownValue(value, origin)), values) << "  "
         << ink.dim(printable(translated(origin))) << '\n';
   }
 }
