@@ -53,7 +53,8 @@ void speakLanguageOfUser(const std::filesystem::path& programFile) {
     ::bindtextdomain(kDomain, place.c_str());
     break;
   }
-  ::bind_textdomain_codeset(kDomain, "UTF-8");
+  // What the system says of failures, where it has that language, is told in the same letters.
+  for (const char* domain : {kDomain, "libc"}) { ::bind_textdomain_codeset(domain, "UTF-8"); }
   static const Gettext kCatalogue;
   useCatalogue(&kCatalogue);
 }

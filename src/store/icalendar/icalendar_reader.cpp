@@ -88,12 +88,12 @@ std::string itemInWords(const std::optional<std::string>& title, const std::opti
   if (title && !title->empty()) {
     std::string shown = title->substr(0, kLongest);
     while (!isUtf8(shown)) { shown.pop_back(); }
-    words = fmt::format("“{}{}”", shown, shown.size() < title->size() ? "…" : "");
+    words = tr("“{}{}”", shown, shown.size() < title->size() ? "…" : "");
   }
   if (!start) { return words; }
   const LocalTime& local = start->local;
-  return words +
-         fmt::format("{}{:04}-{:02}-{:02}", words.empty() ? "" : " on ", local.year(), local.month(), local.day());
+  const std::string day = fmt::format("{:04}-{:02}-{:02}", local.year(), local.month(), local.day());
+  return words.empty() ? day : tr("{} on {}", words, day);
 }
 
 void ReadProblems::refuse(int line, std::string_view uid, std::string message) {
