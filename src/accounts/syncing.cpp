@@ -101,15 +101,38 @@ Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const 
   return syncNow(store, account, *transport, clock, options);
 }
 
+namespace {
+
+SyncReport syncOnce(store::CalendarStore& store, Account& account, Transport& transport, const Clock& clock,
+                    const SyncOptions& options) {
+  if (account.settings.kind == AccountSettings::Kind::kSubscription) {
+    return refreshSubscription(store, transport, clock, account, options);
+  }
+  DavServer server(transport);
+  return syncAccount(store, server, clock, account.source, account.state, options);
+}
+
+/// What two of one account did, one after the other; how it ended is how the later one did.
+SyncReport joined(const SyncReport& first, SyncReport second) {
+  second.received += first.received;
+  second.removedHere += first.removedHere;
+  second.sent += first.sent;
+  second.removedThere += first.removedThere;
+  second.calendars += first.calendars;
+  second.conflicts += first.conflicts;
+  return second;
+}
+
+}  // namespace
+
 Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transport& transport, const Clock& clock,
                            const SyncOptions& options) {
   const AccountState before = account.state;
-  SyncReport report;
-  if (account.settings.kind == AccountSettings::Kind::kSubscription) {
-    report = refreshSubscription(store, transport, clock, account, options);
-  } else {
-    DavServer server(transport);
-    report = syncAccount(store, server, clock, account.source, account.state, options);
+  SyncReport report = syncOnce(store, account, transport, clock, options);
+  // Servers close connections that were kept just when the next request comes, and leave open whether it was done. The
+  // next look shows that, so it comes at once, and once.
+  if (report.failure && report.failure->trouble == Trouble::kAnswerLost) {
+    report = joined(report, syncOnce(store, account, transport, clock, options));
   }
   AccountState& state = account.state;
   state.lastTry = clock.now();
