@@ -6,6 +6,7 @@
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/guide/guide_commands.h"
+#include "host/commands/installing/installing_commands.h"
 #include "host/commands/invitations/invitation_commands.h"
 #include "host/commands/reports/report_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
@@ -59,6 +60,7 @@ void registerAllCommands(CommandLine& line) {
   line.startGroup("Set-up");
   registerSettingsCommand(line);
   registerDoctorCommand(line);
+  registerInstallPluginCommand(line);
   registerCompletionCommands(line);
   registerHelpCommand(line);
 }

@@ -43,14 +43,14 @@ void addServer(const fs::path& place, const fs::path& ours, Findings& findings) 
   }
   if (!isThere(place)) {
     findings.push_back(note(kPlugIn, fmt::format("The server's folder {} does not hold it.", folder.string()),
-                            fmt::format("Copy {} and its .resources there.", ours.string())));
+                            "orlocal install-plugin --server puts it there."));
     return;
   }
   const auto theirs = readWholeFile(place);
   const auto own = readWholeFile(ours);
   if (theirs && own && *theirs != *own) {
     findings.push_back(note(kPlugIn, fmt::format("{} is another version.", place.string()),
-                            fmt::format("Copy {} there, and start the server anew.", ours.string())));
+                            "orlocal install-plugin --server replaces it; then start the server anew."));
     return;
   }
   findings.push_back(fine(kPlugIn, fmt::format("The server has it, too: {}.", place.string())));
