@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include "host/commands/all_commands.h"
 #include "host/commands/command_line/command.h"
+#include "host/commands/command_line/zone_files.h"
 
 namespace {
 
@@ -25,6 +27,9 @@ int main(int argc, char** argv) {
   CommandLine line(
       Streams{std::cin, std::cout, std::cerr, ::isatty(STDIN_FILENO) != 0, out, ::isatty(STDERR_FILENO) != 0});
   registerAllCommands(line);
+  const std::string file = programFile(argc > 0 ? argv[0] : "orlocal");
+  // Before anything asks for a zone; whoever set another folder means it.
+  if (const auto zones = carriedZones(file)) { ::setenv("TZDIR", zones->c_str(), 0); }
   const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
-  return static_cast<int>(line.run(programFile(argc > 0 ? argv[0] : "orlocal"), words));
+  return static_cast<int>(line.run(file, words));
 }
