@@ -43,7 +43,7 @@ KNOWS = {
     "host/calc": {"base", "host/fmwrapper"},
     "host/console": {"base", "host/calc", "host/fmwrapper", "host/plugin"},
     "host/commands/command_line": {"base", "host/calc", "host/fmwrapper", *SHOWN, "store/file"},
-    "host/commands/words": {"base", "store/model", "store/recurrence", "store/time"},
+    "host/commands/words": {"base", "store/icalendar", "store/model", "store/recurrence", "store/time"},
     "host/commands/describing": {*COMMANDS, *SHOWN, "store/recurrence"},
     "host/commands/availability": {*COMMANDS, *SHOWN, "host/commands/describing", "store/file", "store/icalendar",
                                    "store/invitations", "store/recurrence"},

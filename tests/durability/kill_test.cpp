@@ -88,12 +88,15 @@ class Expected {
 
 TEST(KilledWhileSaving, EveryAcknowledgedSaveIsThereAndTheFileIsSound) {
   constexpr int kKills = 200;
+  // On a busy machine most processes are killed before their first save: there have to be more of them, then.
+  constexpr int kMostKills = 10 * kKills;
+  constexpr std::size_t kSaves = kKills / 2;
   TemporaryStore folder;
   openStore(folder.file());  // made once, so that the kills hit saving and not making
   Expected expected;
   std::mt19937 random(20261121);
   std::size_t acknowledged = 0;
-  for (int round = 0; round < kKills; ++round) {
+  for (int round = 0; round < kKills || (acknowledged <= kSaves && round < kMostKills); ++round) {
     SavingProcess process([&](const SavingProcess::Tell& tell) { keepSaving(folder.file(), round, tell); });
     std::this_thread::sleep_for(std::chrono::microseconds(1500 + random() % 20'000));
     process.kill();
@@ -111,7 +114,7 @@ TEST(KilledWhileSaving, EveryAcknowledgedSaveIsThereAndTheFileIsSound) {
     }
     if (HasFatalFailure()) { return; }
   }
-  EXPECT_GT(acknowledged, static_cast<std::size_t>(kKills) / 2) << "too few saves to mean anything";
+  EXPECT_GT(acknowledged, kSaves) << "too few saves to mean anything";
   EXPECT_GT(expected.kept(), 0U);
 }
 

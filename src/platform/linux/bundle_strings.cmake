@@ -10,7 +10,7 @@ target_sources(
           ${PROJECT_BINARY_DIR}/generated/builtin_strings.cpp)
 target_link_libraries(orlocal_platform_linux PUBLIC ${CMAKE_DL_LIBS})
 
-foreach(language en de)
+foreach(language de en es fr it ja nl pt sv zh_CN)
   configure_file(${PROJECT_SOURCE_DIR}/resources/${language}.lproj/Orlo.strings
                  ${PROJECT_BINARY_DIR}/Orlocal.resources/${language}.lproj/Orlo.strings COPYONLY)
 endforeach()

@@ -3,23 +3,32 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "store/icalendar/content_line.h"
 
 namespace orlocal::store {
 namespace {
 
-std::string filtered(std::string_view kept, std::string_view property, bool lines) {
-  std::string rest;
+/// Calls `take(line, depth)` for each line; a component within begins and ends one deeper.
+template <class Take>
+void walk(std::string_view kept, Take take) {
   int depth = 0;
   while (!kept.empty()) {
     const std::string_view line = kept.substr(0, kept.find('\n'));
     kept.remove_prefix(std::min(line.size() + 1, kept.size()));
     if (equalsNoCase(line.substr(0, 6), "BEGIN:")) { ++depth; }
+    take(line, depth);
+    if (equalsNoCase(line.substr(0, 4), "END:") && depth > 0) { --depth; }
+  }
+}
+
+std::string filtered(std::string_view kept, std::string_view property, bool lines) {
+  std::string rest;
+  walk(kept, [&](std::string_view line, int depth) {
     const bool parameters = line.starts_with('@');
     const std::string_view text = line.substr(parameters ? 1 : 0);
     const bool ofProperty = depth == 0 && equalsNoCase(text.substr(0, text.find_first_of(";:")), property);
     if (!ofProperty || !(parameters || lines)) { rest.append(line).append("\n"); }
-    if (equalsNoCase(line.substr(0, 4), "END:") && depth > 0) { --depth; }
-  }
+  });
   return rest;
 }
 
@@ -30,5 +39,15 @@ std::string withoutParametersOf(std::string_view property, std::string_view kept
 }
 
 std::string withoutLinesOf(std::string_view property, std::string_view kept) { return filtered(kept, property, true); }
+
+std::vector<std::string_view> keptValues(std::string_view property, std::string_view kept) {
+  std::vector<std::string_view> values;
+  walk(kept, [&](std::string_view text, int depth) {
+    if (depth > 0) { return; }
+    const auto line = splitContentLine(text, 0);
+    if (line && line->is(property)) { values.push_back(line->value); }
+  });
+  return values;
+}
 
 }  // namespace orlocal::store

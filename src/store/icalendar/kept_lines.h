@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The content lines that an item or an alarm keeps beside its fields; see `Item::extra`.
 namespace orlocal::store {
@@ -11,5 +12,9 @@ std::string withoutParametersOf(std::string_view property, std::string_view kept
 
 /// `kept` without these and without the property's own lines. Those of components within stay.
 std::string withoutLinesOf(std::string_view property, std::string_view kept);
+
+/// What the property's own lines say, each as it was written: escaped, lists joined (`unescapeText`, `splitUnescaped`).
+/// What components within say is not said of the item.
+std::vector<std::string_view> keptValues(std::string_view property, std::string_view kept);
 
 }  // namespace orlocal::store

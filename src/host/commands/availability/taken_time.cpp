@@ -7,7 +7,7 @@
 #include "base/text.h"
 #include "base/try.h"
 #include "host/commands/command_line/own_addresses.h"
-#include "store/icalendar/content_line.h"
+#include "store/icalendar/kept_lines.h"
 #include "store/invitations/people.h"
 
 namespace orlocal::host {
@@ -35,17 +35,8 @@ constexpr TimeWord kTimeWords[] = {
 
 /// The value of a line that the event keeps from its file; empty without one.
 std::string_view keptValue(const Item& item, std::string_view property) {
-  std::string_view lines = item.extra;
-  while (!lines.empty()) {
-    const std::string_view text = lines.substr(0, lines.find('\n'));
-    lines.remove_prefix(std::min(text.size() + 1, lines.size()));
-    const auto line = store::splitContentLine(text, 0);
-    if (!line) { continue; }
-    // What a component within says is not said of the event.
-    if (line->is("BEGIN")) { break; }
-    if (line->is(property)) { return trimmed(line->value); }
-  }
-  return {};
+  const auto values = store::keptValues(property, item.extra);
+  return values.empty() ? std::string_view() : trimmed(values.front());
 }
 
 /// What the owner answered to the invitation; none where nobody invited them, or they organise it themselves.

@@ -197,6 +197,7 @@ nlohmann::json itemJson(const Item& item, const std::optional<store::Occurrence>
                {"calendarIdentifier", calendar != nullptr ? Json(calendar->identifier) : Json(nullptr)},
                {"account", calendar != nullptr ? jsonText(names.account(*calendar)) : Json(nullptr)},
                {"status", textOrNull(statusOf(item))},
+               {"categories", categoriesOf(item)},
                {"priority", item.priority},
                {"completed", item.completed.has_value()},
                {"completedAt", momentJson(item.completed, viewer)},

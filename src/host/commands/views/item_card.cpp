@@ -9,6 +9,7 @@
 #include "host/commands/views/next_occurrences.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/item_words.h"
+#include "host/commands/words/listed_words.h"
 #include "host/commands/words/rule_words.h"
 #include "store/remote_reader.h"
 
@@ -156,6 +157,7 @@ Card cardOf(const ItemFacts& facts, const CalendarNames& names, const Zone& view
   }
   add(card, "Status", statusOf(item));
   if (item.completed) { add(card, "Done", minute(item.completed, viewer)); }
+  add(card, "Categories", listed(categoriesOf(item)));
   if (item.priority > 0) { add(card, "Priority", priorityWords(item.priority)); }
   add(card, "Alarms",
       linesOf(item.alarms, [&](const store::Alarm& each) { return alarmWords(each, item.kind, viewer); }));

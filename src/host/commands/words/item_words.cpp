@@ -8,6 +8,8 @@
 
 #include "base/text.h"
 #include "host/commands/words/day_words.h"
+#include "store/icalendar/content_line.h"
+#include "store/icalendar/kept_lines.h"
 
 namespace orlocal::host {
 namespace {
@@ -30,19 +32,20 @@ constexpr std::string_view kAnswers[] = {"",          "has not answered",    "ac
 
 std::string statusOf(const store::Item& item) {
   if (item.completed) { return "completed"; }
-  constexpr std::string_view kName = "STATUS:", kWithin = "BEGIN:";
-  std::string_view lines = item.extra;
-  while (!lines.empty()) {
-    const std::string_view line = lines.substr(0, lines.find('\n'));
-    lines.remove_prefix(std::min(line.size() + 1, lines.size()));
-    // What a component within says is not said of the item.
-    if (line.starts_with(kWithin)) { break; }
-    if (!equalsNoCase(line.substr(0, kName.size()), kName)) { continue; }
-    std::string word;
-    for (const char c : trimmed(line.substr(kName.size()))) { word += asciiLower(c); }
-    return word;
+  const auto values = store::keptValues("STATUS", item.extra);
+  std::string word;
+  for (const char c : values.empty() ? std::string_view() : trimmed(values.front())) { word += asciiLower(c); }
+  return word;
+}
+
+std::vector<std::string> categoriesOf(const store::Item& item) {
+  std::vector<std::string> categories;
+  for (const std::string_view line : store::keptValues("CATEGORIES", item.extra)) {
+    for (const std::string_view each : splitUnescaped(line, ',')) {
+      if (const auto name = trimmed(each); !name.empty()) { categories.push_back(store::unescapeText(name)); }
+    }
   }
-  return "";
+  return categories;
 }
 
 bool isCancelled(const store::Item& item) { return statusOf(item) == "cancelled"; }

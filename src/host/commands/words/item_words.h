@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "store/model/model.h"
 #include "store/time/zone.h"
@@ -13,6 +14,8 @@ namespace orlocal::host {
 /// What the item's file says of it (RFC 5545, 3.8.1.11): none, or what calendar files call it in small letters. A
 /// completed reminder is "completed".
 std::string statusOf(const store::Item& item);
+/// What it is filed under (RFC 5545, 3.8.1.2).
+std::vector<std::string> categoriesOf(const store::Item& item);
 bool isCancelled(const store::Item& item);
 bool isTentative(const store::Item& item);
 

@@ -188,6 +188,22 @@ LocalDay firstOf(const std::optional<store::RecurrenceRule>& rule, LocalDay day)
   return day;
 }
 
+/// Whether what the word at `last` ends is shaped like a time or, with the word before it, like a day of a month.
+bool endsLikeTime(const WordCursor& words, std::size_t last) {
+  const auto& all = words.words();
+  if (all[last].quoted) { return false; }
+  if (isShapedLikeTime(all[last].folded)) { return true; }
+  if (last == 0 || all[last - 1].quoted) { return false; }
+  const auto isMonth = [&](std::size_t at) {
+    return valueOf(all[at].folded, Term::kMonth, words.setting()).has_value();
+  };
+  const auto isNumber = [&](std::size_t at) {
+    std::string_view word = all[at].folded;
+    return takeNumber(word).has_value();
+  };
+  return (isNumber(last - 1) && isMonth(last)) || (isMonth(last - 1) && isNumber(last));
+}
+
 }  // namespace
 
 Result<When> readWhen(std::string_view text, const WordsSetting& setting) {
@@ -219,14 +235,14 @@ Result<TitleAndWhen> readTitleAndWhen(std::string_view text, const WordsSetting&
     // "… 10:00 to" before it was meant to be more.
     const bool joined = begin > 1 && !all[begin - 1].quoted && valueOf(all[begin - 1].folded, Term::kTo, setting);
     const std::size_t before = begin - (joined ? 2 : 1);
-    if (begin > 0 && isShapedLikeTime(all[before].folded) && !all[before].quoted) {
+    if (begin > 0 && endsLikeTime(words, before)) {
       return words.refusedAt(before,
                              "This was not understood together with what follows; put it in quotes if it is part "
                              "of the title");
     }
     return TitleAndWhen{titleOf(words, begin), *std::move(when)};
   }
-  if (!all.empty() && !all.back().quoted && isShapedLikeTime(all.back().folded)) {
+  if (!all.empty() && endsLikeTime(words, all.size() - 1)) {
     // Whoever wrote it meant a time: say what is wrong with it.
     for (std::size_t begin = all.size(); begin-- > 0;) {
       words.moveTo(begin);
