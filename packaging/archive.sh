@@ -19,6 +19,7 @@ rm -rf "$work"
 mkdir -p "$work/unpacked"
 for package in "$packages"/orlocal_*.deb "$packages"/orlocal-plugin_*.deb; do dpkg-deb -x "$package" "$work/unpacked"; done
 mv "$work/unpacked/usr" "$tree"
+rm -rf "$tree/share/lintian"
 own=$tree/lib/$triplet/orlocal
 plugin_libraries=$own/Orlocal.libraries
 mkdir "$plugin_libraries"
@@ -42,7 +43,9 @@ carry() {
     if stays_away "$library" || [ -e "$plugin_libraries/$library" ] || [ -e "$2/$library" ]; then continue; fi
     cp -L "$file" "$2/$library"
     chmod 644 "$2/$library"
-    dpkg-query -S "$(readlink -f "$file")" "$file" 2>/dev/null | sed 's/:.*//' >>"$work/owners"
+    owner=$(dpkg-query -S "$(readlink -f "$file")" "$file" 2>/dev/null | sed 's/:.*//' | head -1)
+    [ -n "$owner" ] || fail "no package owns $file, so its licence is not known"
+    echo "$owner" >>"$work/owners"
   done
 }
 carry "$own/Orlocal.fmx" "$plugin_libraries"

@@ -7,6 +7,14 @@ mirror() {
     awk -F'|' '($3 == "Debian" || $3 == "Ubuntu") && $2 !~ /-/ { print $1; exit }'
 }
 
+# sources_of SUITE MIRROR: of this system's own suite its updates, too, so that a clean build has what one here has.
+sources_of() {
+  echo "deb $2 $1 main"
+  [ -z "${ORLOCAL_MIRROR:-}" ] || return 0
+  apt-get indextargets --format 'deb $(REPO_URI) $(CODENAME) main' 'Created-By: Packages' |
+    awk -v suite="$1" 'index($3, suite "-") == 1' | sort -u
+}
+
 # base_of SUITE: the file of its bare system.
 base_of() {
   base=$out/systems/$1.tar
@@ -18,7 +26,7 @@ base_of() {
     [ -n "$from" ] || fail "apt names no archive of packages; give one with --mirror"
     debootstrap --variant=minbase "$1" "$out/systems/$1" "$from" >"$out/systems/$1.log" 2>&1 ||
       { tail -3 "$out/systems/$1.log" >&2; fail "there is no bare system of $1 to be had from that archive; --mirror names another"; }
-    echo "deb $from $1 main" >"$out/systems/$1/etc/apt/sources.list"
+    sources_of "$1" "$from" >"$out/systems/$1/etc/apt/sources.list"
     tar c -C "$out/systems/$1" --one-file-system . >"$base.draft"
     mv "$base.draft" "$base"
     rm -rf "${out:?}/systems/$1"

@@ -14,7 +14,7 @@ usage: ./run package                  the source package, packages for this syst
        ./run package --in SUITE       packages in a clean folder of that suite: bookworm, trixie (root)
        ./run package --try [SUITE…]   install, upgrade, downgrade, remove and purge them, and run the archive, in bare folders
                                       of each suite; without a name of this system's (root)
-       ./run package --twice          build in two folders, without a compiler cache, and compare the bytes
+       ./run package --twice          build once more, in a clean folder of this system's suite, and compare the bytes (root)
 All lands in build/package. --mirror URL, first of all, or ORLOCAL_MIRROR names the archive of bare folders; else it is the one
 that apt gets this system's packages from. What is not committed is not packaged.
 END
@@ -67,6 +67,7 @@ keep() {
 
 everything() {
   check_versions
+  rm -f "$out/commit"
   sources "$out/work"
   packages_here "$out/work"
   lint "$out/work"
@@ -74,8 +75,10 @@ everything() {
   say "Packages of $codename: build/package/$codename"
   keep "$out/work" "$codename"
   sh "$here/archive.sh" "$version" "$out/$codename" "$out"
+  git -C "$root" rev-parse HEAD >"$out/commit"
 }
 
+# in_suite SUITE [NAME]: the results go to the folder of that name, else to one of the suite's.
 in_suite() {
   suite=$1
   [ "$(id -u)" = 0 ] || fail "clean folders need root"
@@ -95,7 +98,7 @@ in_suite() {
     cd orlocal-$version && SOURCE_DATE_EPOCH=$SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8 dpkg-buildpackage --no-sign --build=full" \
     >"$out/work-$suite/build.log" 2>&1 ||
     { tail -30 "$out/work-$suite/build.log" >&2; fail "building in $suite failed; $out/work-$suite/build.log has all of it"; }
-  keep "$system/build" "$suite"
+  keep "$system/build" "${2:-$suite}"
   remove_system "$system"
 }
 
@@ -107,18 +110,19 @@ try_suites() {
   done
 }
 
+# Two builds of one commit: the one here, and one in another folder of a clean system, by another user, from the source
+# package, without a compiler cache.
 twice() {
-  check_versions
-  for folder in "$out/once" "$out/and/again"; do
-    sources "$folder"
-    (export CCACHE_DISABLE=1 && packages_here "$folder")
-    sh "$here/archive.sh" "$version" "$folder" "$folder"
-  done
+  [ "$(id -u)" = 0 ] || fail "clean folders need root"
+  codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
+  [ "$(cat "$out/commit" 2>/dev/null)" = "$(git -C "$root" rev-parse HEAD)" ] || everything
+  in_suite "$codename" clean
+  sh "$here/archive.sh" "$version" "$out/clean" "$out/clean"
   say "Comparing"
   status=0
-  for file in "$out/once"/*.deb "$out/once"/*.dsc "$out/once"/*.tar.xz; do
+  for file in "$out/$codename"/*.deb "$out/$codename"/*.dsc "$out/$codename"/*.tar.xz "$out"/orlocal-"$version"-linux-*.tar.xz; do
     name=$(basename "$file")
-    if cmp -s "$file" "$out/and/again/$name"; then echo "same       $name"; else echo "different  $name" && status=1; fi
+    if cmp -s "$file" "$out/clean/$name"; then echo "same       $name"; else echo "different  $name" && status=1; fi
   done
   return $status
 }

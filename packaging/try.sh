@@ -25,6 +25,7 @@ rm -f /root/used.db*
 "$program" agenda --from 2026-11-03 --to 2026-11-03 | grep -q "12:30.*Lunch with Grace"
 [ "$("$program" eval Orlo_Version)" = "$version" ]
 [ "$("$program" eval 'Orlo_CalOpenCalendarWithTitle( "Calendar" )' 'Orlo_GetProperty( "calendar" ; "title" )' | tail -1)" = Calendar ]
+"$program" doctor --plugin none | grep -q "Europe/Berlin, now +01:00"
 "$program" export -o /root/used.ics && grep -q "SUMMARY:Lunch with Grace" /root/used.ics
 "$program" backup /root/used.backup --replace >/dev/null
 "$program" functions --json | grep -q Orlo_EventsFetch
