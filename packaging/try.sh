@@ -45,6 +45,24 @@ END
   inside "$1" sh /root/use.sh "$2" "$version" || fail "$suite: $2 does not do what it should"
 }
 
+# use_as_library SYSTEM: a program that is built with the packaged store, and the packaged module.
+use_as_library() {
+  cat >"$1/root/use.cpp" <<'END'
+#include <cstdio>
+#include "store/calendar_store.h"
+int main() {
+  orlocal::store::StoreOptions options;
+  options.file = "/root/library.db";
+  const auto store = orlocal::store::CalendarStore::open(std::move(options));
+  if (!store) { return std::puts(store.error().message.c_str()), 1; }
+  return (*store)->calendars(orlocal::store::CalendarKind::kEvents)->size() == 1 ? 0 : 1;
+}
+END
+  inside "$1" sh -c "apt-get install -y -qq --no-install-recommends g++ pkg-config >/dev/null 2>&1 && cd /root &&
+    g++ -std=c++20 use.cpp \$(pkg-config --cflags --static --libs orlocalstore) -o use && ./use && rm -f library.db* && python3 -c 'import orlocal'" ||
+    fail "$suite: the library or the module does not do what it should"
+}
+
 # files_of SYSTEM: all that is there but for what packages' own tools note.
 files_of() {
   (cd "$1" && find . \( -path ./proc -o -path ./var/lib/dpkg -o -path ./var/cache -o -path ./var/log -o -path ./tmp \
@@ -65,16 +83,20 @@ try_packages() {
   system=$out/systems/try-$suite
   fresh_system "$suite" "$system"
   mkdir "$system/root/now" "$system/root/next"
-  cp "$out/$suite"/orlocal_*.deb "$out/$suite"/orlocal-plugin_*.deb "$system/root/now"
+  cp "$out/$suite"/*.deb "$system/root/now"
+  rm "$system/root/now"/*-dbgsym_*.deb
   for file in "$system/root/now"/*.deb; do next_version "$file" "$system/root/next"; done
   get="apt-get install -y -qq --no-install-recommends --allow-downgrades -o Dpkg::Use-Pty=0"
   # What they need comes first, so that what is left behind in the end is theirs alone.
+  ours="orlocal orlocal-plugin liborlocalstore-dev python3-orlocal"
   log=$out/try-$suite.log
   : >"$log"
   inside "$system" sh -c "$get /root/now/*.deb" >>"$log" 2>&1 || { tail -5 "$log" >&2; fail "$suite: they cannot be installed"; }
   did "installed: $(inside "$system" dpkg-query -W -f '${Package} ${Version}, ' orlocal orlocal-plugin)"
   use "$system" orlocal
   did "used"
+  use_as_library "$system"
+  did "a program was built with the store, and the module was loaded"
   inside "$system" sh -c "$get /root/next/*.deb" >>"$log" 2>&1 || fail "$suite: they cannot be upgraded"
   inside "$system" dpkg-query -W -f '${Version}\n' orlocal | grep -q next || fail "$suite: the upgrade did nothing"
   use "$system" orlocal
@@ -82,12 +104,12 @@ try_packages() {
   inside "$system" sh -c "$get /root/now/*.deb" >>"$log" 2>&1 || fail "$suite: they cannot be downgraded"
   use "$system" orlocal
   did "downgraded, used"
-  inside "$system" dpkg --verify orlocal orlocal-plugin | grep . && fail "$suite: files differ from what was packaged"
-  inside "$system" apt-get remove -y -qq orlocal orlocal-plugin >>"$log" 2>&1 || fail "$suite: they cannot be removed"
+  inside "$system" dpkg --verify $ours | grep . && fail "$suite: files differ from what was packaged"
+  inside "$system" apt-get remove -y -qq $ours >>"$log" 2>&1 || fail "$suite: they cannot be removed"
   files_of "$system" >"$out/removed.txt"
   grep -i orlocal "$out/removed.txt" && fail "$suite: that was left behind"
   inside "$system" sh -c "$get /root/now/*.deb" >>"$log" 2>&1
-  inside "$system" apt-get purge -y -qq orlocal orlocal-plugin >>"$log" 2>&1 || fail "$suite: they cannot be purged"
+  inside "$system" apt-get purge -y -qq $ours >>"$log" 2>&1 || fail "$suite: they cannot be purged"
   files_of "$system" >"$out/purged.txt"
   cmp "$out/removed.txt" "$out/purged.txt" || fail "$suite: a purge leaves something else than a removal"
   inside "$system" dpkg-query -W orlocal 2>/dev/null && fail "$suite: it is known still"
