@@ -65,7 +65,11 @@ int trade(const fs::path& ours, const fs::path& theirs) {
     static_cast<void>(::rename(between.c_str(), theirs.c_str()));
     return error;
   }
-  return ::rename(between.c_str(), ours.c_str()) == 0 ? 0 : errno;
+  if (::rename(between.c_str(), ours.c_str()) == 0) { return 0; }
+  const int error = errno;
+  static_cast<void>(::rename(theirs.c_str(), ours.c_str()));
+  static_cast<void>(::rename(between.c_str(), theirs.c_str()));
+  return error;
 }
 
 Result<fs::path> hiddenFolder(const fs::path& folder) {
@@ -121,10 +125,11 @@ Result<BundleDraft> BundleDraft::ofNothing(const fs::path& plugin, const fs::pat
 
 Result<BundleDraft> BundleDraft::copyOf(const fs::path& plugin, const fs::path& folder, const FileOwner& owner) {
   ORLOCAL_TRY(BundleDraft draft, ofNothing(plugin, folder));
-  ORLOCAL_CHECK(give(draft.m_folder, owner, kFolderMode));
   for (const fs::path& part : bundleParts(plugin)) {
     if (standsThere(part)) { ORLOCAL_CHECK(copyPart(part, draft.m_folder / part.filename(), owner)); }
   }
+  // Last, so that nobody else reaches into it while it is filled.
+  ORLOCAL_CHECK(give(draft.m_folder, owner, kFolderMode));
   return draft;
 }
 

@@ -142,8 +142,8 @@ Result<std::string> install(const CommandContext& context, const Installation& p
   const InstallWish& wish = plan.wish;
   // Whoever interrupts has everything as it was; once the parts change places it is done.
   const Interruption interruption;
-  Undoing undoing;
   ORLOCAL_TRY(const FolderTurn turn, FolderTurn::take(wish.folder));
+  Undoing undoing;
   ORLOCAL_TRY(BundleDraft draft, BundleDraft::copyOf(wish.plugin, wish.folder, plan.owner));
   ORLOCAL_CHECK(tryPlugin(context, draft.plugin(), plan.owner, std::nullopt));
   if (Interruption::flag()) { return failure(ErrorCode::kInterrupted, "stopped; nothing was changed"); }

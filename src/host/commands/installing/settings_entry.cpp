@@ -56,8 +56,9 @@ Status writeSettings(const fs::path& file, const std::string& text) {
     return error ? Status(failure(ErrorCode::kIo, fmt::format("{}: {}", file.string(), error.message()))) : Status();
   }
   const bool isNew = !fs::exists(file, error);
+  bool madeFolder = false;
   if (isNew) {
-    fs::create_directories(file.parent_path(), error);
+    madeFolder = fs::create_directories(file.parent_path(), error);
     if (error) {
       return failure(ErrorCode::kIo,
                      fmt::format("the folder {} cannot be made: {}", file.parent_path().string(), error.message()));
@@ -68,6 +69,7 @@ Status writeSettings(const fs::path& file, const std::string& text) {
     fs::remove(file, error);
     return failure(ErrorCode::kIo, fmt::format("{} cannot be made readable for all", file.string()));
   }
+  if (!written && madeFolder) { fs::remove(file.parent_path(), error); }
   return written;
 }
 
