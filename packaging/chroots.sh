@@ -45,7 +45,8 @@ fresh_system() {
   chmod 755 "$2/usr/sbin/policy-rc.d"
   cp /etc/resolv.conf /etc/hosts "$2/etc/" 2>/dev/null || true
   mount -t proc proc "$2/proc"
-  trap 'unmount_systems' EXIT
+  mounted_in=$2
+  trap 'remove_mount "$mounted_in"' EXIT
   inside "$2" apt-get update -qq
 }
 
@@ -58,13 +59,11 @@ inside() {
     chroot "$inside_folder" "$@"
 }
 
-unmount_systems() {
-  for mounted in "$out"/systems/*/proc; do
-    if mountpoint -q "$mounted"; then umount "$mounted"; fi
-  done
+remove_mount() {
+  if mountpoint -q "$1/proc" 2>/dev/null; then umount "$1/proc"; fi
 }
 
 remove_system() {
-  if mountpoint -q "$1/proc" 2>/dev/null; then umount "$1/proc"; fi
+  remove_mount "$1"
   rm -rf --one-file-system "$1"
 }
