@@ -60,7 +60,7 @@ inside() {
 }
 
 remove_mount() {
-  if mountpoint -q "$1/proc" 2>/dev/null; then umount "$1/proc"; fi
+  while mountpoint -q "$1/proc" 2>/dev/null; do umount "$1/proc"; done
 }
 
 remove_system() {
