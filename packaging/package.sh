@@ -20,6 +20,8 @@ that apt gets this system's packages from. What is not committed is not packaged
 END
 }
 
+# What is packaged, whatever is committed meanwhile.
+commit=$(git -C "$root" rev-parse HEAD)
 version=$(sed -n 's/^project(orlocal VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
 [ -n "$version" ] || fail "CMakeLists.txt names no version"
 
@@ -31,10 +33,10 @@ check_versions() {
 sources() {
   rm -rf "$1"
   mkdir -p "$1"
-  git -C "$root" archive --prefix="orlocal-$version/" HEAD | tar x -C "$1"
-  SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct)
+  git -C "$root" archive --prefix="orlocal-$version/" "$commit" | tar x -C "$1"
+  SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct "$commit")
   export SOURCE_DATE_EPOCH
-  git -C "$root" diff --quiet HEAD || say "What is not committed is left out"
+  git -C "$root" diff --quiet "$commit" || say "What is not committed is left out"
 }
 
 # packages_here FOLDER: builds in FOLDER, where `sources` has put them. Settings of whoever builds do not count.
@@ -72,7 +74,7 @@ everything() {
   say "Packages of $codename: build/package/$codename"
   keep "$out/work" "$codename"
   sh "$here/archive.sh" "$version" "$out/$codename" "$out"
-  git -C "$root" rev-parse HEAD >"$out/commit"
+  echo "$commit" >"$out/commit"
 }
 
 # in_suite SUITE [NAME]: the results go to the folder of that name, else to one of the suite's.
@@ -112,7 +114,7 @@ try_suites() {
 twice() {
   [ "$(id -u)" = 0 ] || fail "clean folders need root"
   codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
-  [ "$(cat "$out/commit" 2>/dev/null)" = "$(git -C "$root" rev-parse HEAD)" ] || everything
+  [ "$(cat "$out/commit" 2>/dev/null)" = "$commit" ] || everything
   in_suite "$codename" clean
   sh "$here/archive.sh" "$version" "$out/clean" "$out/clean"
   say "Comparing"
