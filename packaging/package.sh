@@ -66,6 +66,9 @@ keep() {
 
 everything() {
   check_versions
+  mkdir -p "$out"
+  exec 9>"$out/lock"
+  flock -n 9 || fail "another one is at work in build/package; wait until it has ended"
   rm -f "$out/commit"
   sources "$out/work"
   packages_here "$out/work"
