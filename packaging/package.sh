@@ -33,7 +33,7 @@ check_versions() {
 sources() {
   rm -rf "$1"
   mkdir -p "$1"
-  git -C "$root" archive --prefix="orlocal-$version/" "$commit" | tar x -C "$1"
+  git -C "$root" -c tar.umask=0022 archive --prefix="orlocal-$version/" "$commit" | tar x -C "$1"
   SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct "$commit")
   export SOURCE_DATE_EPOCH
   git -C "$root" diff --quiet "$commit" || say "What is not committed is left out"
@@ -45,6 +45,8 @@ packages_here() {
   (
     cd "$1/orlocal-$version"
     unset ORLOCAL_STORE ORLOCAL_NOW
+    # A compiler cache that rewrites paths leaves its traces in what debuggers read, and so in the identity of each file.
+    unset CCACHE_BASEDIR CCACHE_NOHASHDIR
     TZ=UTC LC_ALL=C.UTF-8 dpkg-buildpackage --no-sign --build=full >../build.log 2>&1
   ) || { tail -30 "$1/build.log" >&2; fail "building failed; $1/build.log has all of it"; }
 }
