@@ -22,8 +22,12 @@ add_custom_command(
   VERBATIM)
 add_custom_target(orlocal_guide ALL DEPENDS ${guide_folder}/man/man1/orlocal.1)
 install(DIRECTORY ${guide_folder}/ DESTINATION ${CMAKE_INSTALL_DATADIR})
-install(FILES resources/systemd/orlocal-alarms.service resources/systemd/orlocal-sync.service
+set(units resources/systemd)
+install(FILES ${units}/orlocal-alarms.service ${units}/orlocal-backup.service ${units}/orlocal-backup.timer
+              ${units}/orlocal-sync.service
         DESTINATION lib/systemd/user)
-install(FILES resources/systemd/orlocal-sync@.service DESTINATION lib/systemd/system)
+install(FILES ${units}/orlocal-alarms@.service ${units}/orlocal-backup@.service ${units}/orlocal-backup@.timer
+              ${units}/orlocal-sync@.service
+        DESTINATION lib/systemd/system)
 install(FILES LICENSE CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})

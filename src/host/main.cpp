@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include "host/commands/all_commands.h"
 #include "host/commands/command_line/command.h"
+#include "host/commands/command_line/zone_files.h"
 #include "host/language/message_catalogue.h"
 
 namespace {
@@ -23,6 +25,8 @@ std::string programFile(const char* calledAs) {
 int main(int argc, char** argv) {
   using namespace orlocal::host;
   const std::string program = programFile(argc > 0 ? argv[0] : "orlocal");
+  // Before anything asks for a zone; whoever set another folder means it.
+  if (const auto zones = carriedZones(program)) { ::setenv("TZDIR", zones->c_str(), 0); }
   speakLanguageOfUser(program);
   const bool out = ::isatty(STDOUT_FILENO) != 0;
   CommandLine line(

@@ -7,6 +7,7 @@
 #include <curl/curl.h>
 #include <fmt/format.h>
 
+#include "accounts/transport/authorities.h"
 #include "accounts/transport/url.h"
 #include "base/text.h"
 #include "base/translation.h"
@@ -29,6 +30,12 @@ struct Incoming {
   bool tooLarge = false;
   bool stopped = false;
 };
+
+/// Where the library looks for authorities by itself.
+std::array<const char*, 2> builtAuthorities() {
+  const curl_version_info_data* const info = curl_version_info(CURLVERSION_NOW);
+  return {info->cainfo, info->capath};
+}
 
 std::size_t takeHeader(const char* data, std::size_t one, std::size_t count, void* given) {
   auto& incoming = *static_cast<Incoming*>(given);
@@ -161,6 +168,8 @@ struct CurlExchange::Handle {
     if (options.caFile) {
       set(CURLOPT_CAINFO, options.caFile->c_str());
       set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+    } else if (const auto file = otherAuthorities(builtAuthorities())) {
+      set(CURLOPT_CAINFO, file->c_str());
     }
     set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
     set(CURLOPT_USERAGENT, "Orlocal");

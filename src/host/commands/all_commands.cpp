@@ -7,6 +7,7 @@
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/checking/checking_commands.h"
 #include "host/commands/guide/guide_commands.h"
+#include "host/commands/installing/installing_commands.h"
 #include "host/commands/invitations/invitation_commands.h"
 #include "host/commands/reports/report_commands.h"
 #include "host/commands/scripting/scripting_commands.h"
@@ -61,6 +62,7 @@ void registerAllCommands(CommandLine& line) {
   line.startGroup("Set-up");
   registerSettingsCommand(line);
   registerDoctorCommand(line);
+  registerInstallPluginCommand(line);
   registerCompletionCommands(line);
   registerHelpCommand(line);
 }

@@ -64,7 +64,8 @@ std::string clockOf(TimeOfDay time) {
 }  // namespace
 
 void addTimeOptions(CLI::App& command, TimeWords& words) {
-  CLI::Option* days = command.add_option("days", words.days, "A day, week or month: friday, next week, 2026-11");
+  // Not by the name of an option, which later versions of CLI11 refuse; it is shown nowhere.
+  CLI::Option* days = command.add_option("named-days", words.days, "A day, week or month: friday, next week, 2026-11");
   days->type_name("DAYS");
   command.add_option("--from", words.from, "First day: 2026-11-02, today, friday, +7 (default: today)")
       ->type_name("DAY")

@@ -44,14 +44,14 @@ void addServer(const fs::path& place, const fs::path& ours, Findings& findings) 
   }
   if (!isThere(place)) {
     findings.push_back(note(kPlugIn, tr("The server's folder {} does not hold it.", folder.string()),
-                            tr("Copy {} and its .resources there.", ours.string())));
+                            tr("orlocal install-plugin --server puts it there.")));
     return;
   }
   const auto theirs = readWholeFile(place);
   const auto own = readWholeFile(ours);
   if (theirs && own && *theirs != *own) {
     findings.push_back(note(kPlugIn, tr("{} is another version.", place.string()),
-                            tr("Copy {} there, and start the server anew.", ours.string())));
+                            tr("orlocal install-plugin --server replaces it; then start the server anew.")));
     return;
   }
   findings.push_back(fine(kPlugIn, tr("The server has it, too: {}.", place.string())));

@@ -40,9 +40,10 @@ fmx::ErrorCode evaluateFor(calc::Session& session, std::u16string_view expressio
 
 std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile) {
   const std::filesystem::path folder = std::filesystem::path(programFile).parent_path();
-  return {folder / kPluginName, (folder / kOwnFolder / kPluginName).lexically_normal(),
-          std::filesystem::path(kServerFolder) / kPluginName};
+  return {folder / kPluginName, (folder / kOwnFolder / kPluginName).lexically_normal(), serverFolder() / kPluginName};
 }
+
+std::filesystem::path serverFolder() { return kServerFolder; }
 
 Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile) {
   if (options.plugin) {

@@ -24,6 +24,9 @@ inline constexpr std::string_view kNoPlugin = "none";
 /// where a server keeps it.
 std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile);
 
+/// Where a database host's server keeps plug-ins.
+std::filesystem::path serverFolder();
+
 /// The plug-in to load: the one that `--plugin` names, else the first that there is. A failure says where it was
 /// sought.
 Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile);

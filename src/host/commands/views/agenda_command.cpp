@@ -111,8 +111,9 @@ void registerAgendaCommand(CommandLine& line) {
                [words](CommandContext& context) { return runAgenda(*words, context); });
   command.footer(
       "  orlocal agenda\n  orlocal agenda monday\n  orlocal agenda --from tomorrow --to +14 --calendar Work");
-  CLI::Option* days =
-      command.add_option("days", words->days, "This day, weekday or month: 2026-11-02, tomorrow, monday, 2026-11");
+  // Not by the name of an option, which later versions of CLI11 refuse; it is shown nowhere.
+  CLI::Option* days = command.add_option("named-days", words->days,
+                                         "This day, weekday or month: 2026-11-02, tomorrow, monday, 2026-11");
   days->type_name("DAYS")->check(objectionToDays);
   command.add_option("--from", words->from, "First day: 2026-11-02, today, tomorrow, +7 (default: today)")
       ->type_name("DAY")
