@@ -1,8 +1,10 @@
 // How many instructions small fixed tasks take: where the machine is too busy for times to tell, these still do.
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 
 #include <fmt/format.h>
@@ -13,6 +15,8 @@
 #include "parts.h"
 #include "questions.h"
 #include "solution.h"
+#include "store/alarm_timetable.h"
+#include "store/edits/item_edit.h"
 #include "walking.h"
 
 /// What happens within this function is counted, and nothing of what makes it ready. valgrind finds it by its name.
@@ -68,6 +72,50 @@ void importOfAThousand(const Setting& setting) {
   orlocalBenchCounted([&] { importFile(store, calendar); });
 }
 
+const store::Moment kAlarmsFrom =
+    store::Moment(std::chrono::sys_days(std::chrono::year(2026) / 11 / 2).time_since_epoch());
+
+template <class Value>
+Value ofStore(Result<Value> result) {
+  if (!result) { throw std::runtime_error(result.error().message); }
+  return *std::move(result);
+}
+
+/// The store that was copied for a task, opened anew, and its alarms.
+struct AlarmsOfCopy {
+  std::unique_ptr<store::CalendarStore> store = openStore(std::getenv("ORLOCAL_STORE"));
+  store::AlarmTimetable alarms{*store, store::Zone::named("Europe/Berlin").value_or(store::Zone())};
+};
+
+void alarmsFound(const Setting&) {
+  AlarmsOfCopy copy;
+  orlocalBenchCounted([&] { ofStore(copy.alarms.nextFrom(kAlarmsFrom)); });
+}
+
+void alarmsLookedAt(const Setting&) {
+  AlarmsOfCopy copy;
+  ofStore(copy.alarms.nextFrom(kAlarmsFrom));
+  orlocalBenchCounted([&] {
+    for (int i = 0; i < 20; ++i) { ofStore(copy.alarms.nextFrom(kAlarmsFrom)); }
+  });
+}
+
+void alarmsOfChanges(const Setting&) {
+  AlarmsOfCopy copy, other;
+  ofStore(copy.alarms.nextFrom(kAlarmsFrom));
+  const auto rings = ofStore(copy.alarms.between(kAlarmsFrom, kAlarmsFrom + std::chrono::hours(24)));
+  if (rings.size() < 5) { throw std::runtime_error("too few alarms to change"); }
+  orlocalBenchCounted([&] {
+    for (int i = 0; i < 5; ++i) {
+      const auto item = ofStore(other.store->item(rings[static_cast<std::size_t>(i)].row));
+      store::ItemEdit edit{item, *item, {store::ItemField::kTitle}, std::nullopt};
+      edit.values.title = fmt::format("Changed {}", i);
+      ofStore(other.store->saveEvent(edit, std::nullopt, store::Span::kAll));
+      ofStore(copy.alarms.nextFrom(kAlarmsFrom));
+    }
+  });
+}
+
 constexpr struct {
   const char* name;   ///< on the command line
   const char* words;  ///< in the report
@@ -78,6 +126,9 @@ constexpr struct {
     {"new", "20 stretches of 8 days never asked for", newStretches, true},
     {"save", "20 new events saved", saves, true},
     {"open", "every event of a month opened, five properties each", opensAndProperties, true},
+    {"alarms", "who has alarms, and which rings next", alarmsFound, false},
+    {"look", "20 looks which alarm rings next, when nothing has changed", alarmsLookedAt, false},
+    {"timed", "5 events with alarms saved, heard of and timed anew", alarmsOfChanges, false},
     {"import", "import of 1,000 events", importOfAThousand, false},
 };
 

@@ -72,6 +72,11 @@ explain "3. The same days as orlocal agenda shows them, read from the store with
 last=$("$orlocal" eval "GetAsText( Date( $month ; $day ; $year ) + 6 )")
 "$orlocal" agenda --from "$first" --to "$last"
 
+page=$folder/month.html
+explain "4. The month as a page for a browser: $page"
+rm -f "$page"
+"$orlocal" report "${first%-*}" --html "$page"
+
 explain "Try it yourself"
 cat <<END
 The console on this store (type a calculation, Tab completes, Ctrl-D ends):
@@ -82,3 +87,10 @@ For example:
   Orlo_GetProperty( "event" ; "title" )
 All functions: $orlocal functions        All commands: $orlocal --help
 END
+
+# Somebody who watches may go on right here.
+if [ -t 0 ] && [ -t 1 ]; then
+  printf '\nOpen the console now? [y/N] '
+  read -r answer || answer=
+  case $answer in [yY]*) exec "$orlocal" ;; esac
+fi

@@ -91,6 +91,33 @@ TEST_F(Undo, BringsBackWhatWasRemovedWithItsIdentifiers) {
   EXPECT_GT(saved(plain("new")).id, lunch.id);
 }
 
+TEST_F(Undo, IsFollowedByTheSearch) {
+  const auto found = [&](const std::string& text) {
+    std::vector<ItemId> rows;
+    SearchQuery query;
+    query.text = text;
+    const auto calendars = *store->calendars(CalendarKind::kEvents);
+    for (const Calendar& calendar : calendars) { query.calendars.push_back(calendar.id); }
+    const auto hits = store->search(query);
+    EXPECT_TRUE(hits) << hits.error().message;
+    for (const SearchHit& hit : *hits) { rows.push_back(hit.item); }
+    return rows;
+  };
+  const Item lunch = saved(plain("Lunch"));
+  command("edit");
+  ASSERT_TRUE(store->saveEvent(retitled(lunch, "Supper"), std::nullopt, Span::kAll));
+  EXPECT_THAT(found("lunch"), IsEmpty());
+  EXPECT_THAT(found("supper"), testing::ElementsAre(lunch.id));
+  ASSERT_TRUE(undone());
+  EXPECT_THAT(found("supper"), IsEmpty());
+  EXPECT_THAT(found("lunch"), testing::ElementsAre(lunch.id));
+  command("remove");
+  ASSERT_TRUE(store->removeEvent(read(lunch.id), std::nullopt, Span::kAll));
+  EXPECT_THAT(found("lunch"), IsEmpty());
+  ASSERT_TRUE(undone());
+  EXPECT_THAT(found("lunch"), testing::ElementsAre(lunch.id));
+}
+
 TEST_F(Undo, PutsBothHalvesOfASplitSeriesTogether) {
   const Item series = saved(daily("Standup"));
   ASSERT_TRUE(store->saveEvent(retitled(series, "Long standup"), occurrenceOf(series, 12), Span::kThis));

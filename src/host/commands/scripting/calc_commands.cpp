@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cctype>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -93,30 +95,57 @@ class Printer {
 struct CalcWords {
   std::vector<std::string> calculations;
   std::string file;
+  std::vector<std::string> variables;  ///< "NAME=TEXT"
   bool strict = false;
 };
 
-Result<ExitStatus> printAll(CommandContext& context, bool strict, const std::string& file,
+/// Why "NAME=TEXT" sets no variable; empty when it does.
+std::string objectionToAssignment(const std::string& words) {
+  const std::string_view name = std::string_view(words).substr(0, words.find('='));
+  const bool isName = !name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) {
+    return std::isalnum(c) != 0 || c == '_' || c >= 0x80;
+  });
+  if (isName && name.size() < words.size()) { return ""; }
+  return fmt::format("\"{}\" sets no variable; write NAME=TEXT for $$NAME", words);
+}
+
+/// The calculation that does it.
+std::string assignment(std::string_view words) {
+  const std::size_t equals = words.find('=');
+  std::string text;
+  for (const char c : words.substr(equals + 1)) {
+    if (c == '"' || c == '\\') { text += '\\'; }
+    text += c;
+  }
+  return fmt::format("Let( $${} = \"{}\" ; \"\" )", words.substr(0, equals), text);
+}
+
+Result<ExitStatus> printAll(CommandContext& context, const CalcWords& words, const std::string& file,
                             const std::vector<Calculation>& calculations) {
   ORLOCAL_TRY(const auto workbench, Workbench::open(context, Workbench::Need::kIfThere));
-  if (strict) { workbench->beStrict(); }
+  if (words.strict) { workbench->beStrict(); }
+  for (const std::string& variable : words.variables) { ORLOCAL_CHECK(workbench->evaluate(assignment(variable))); }
   return Printer(context, file).print(*workbench, calculations);
 }
 
 Result<ExitStatus> evaluateWords(CommandContext& context, const CalcWords& words) {
   std::vector<Calculation> calculations;
   for (const std::string& word : words.calculations) { calculations.push_back({word, 1}); }
-  return printAll(context, words.strict, "", calculations);
+  return printAll(context, words, "", calculations);
 }
 
 Result<ExitStatus> runFile(CommandContext& context, const CalcWords& words) {
   const bool standard = words.file == "-";
   const std::string name = standard ? "standard input" : words.file;
   ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(words.file));
-  return printAll(context, words.strict, name, readCalculations(text));
+  return printAll(context, words, name, readCalculations(text));
 }
 
-void addStrict(CLI::App& command, CalcWords& words) {
+void addOptions(CLI::App& command, CalcWords& words) {
+  command.add_option("--set", words.variables, "Give the variable $$NAME this text first; may be repeated")
+      ->type_name("NAME=TEXT")
+      ->check(objectionToAssignment)
+      ->allow_extra_args(false);
   command.add_flag("--strict", words.strict,
                    "End with status 1 after any call that returned \"!!ERROR!!\", and say its reason");
 }
@@ -130,16 +159,17 @@ void registerCalcCommands(CommandLine& line) {
   eval.footer("  orlocal eval '1 + 1'\n  orlocal eval 'Orlo_GetItemCountForType( \"event\" )' --json");
   eval.add_option("calculation", words->calculations, "A calculation, such as 'Orlo_GetItemCountForType( \"event\" )'")
       ->required();
-  addStrict(eval, *words);
+  addOptions(eval, *words);
 
   const auto fileWords = std::make_shared<CalcWords>();
   CLI::App& run = line.add("run", "Run a file of calculations and print each result.",
                            [fileWords](CommandContext& context) { return runFile(context, *fileWords); });
-  run.footer("  orlocal run tomorrow.calc\n  echo '2 * 21' | orlocal run -");
+  run.footer(
+      "  orlocal run tomorrow.calc\n  orlocal run book.calc --set 'room=Room 4'\n  echo '2 * 21' | orlocal run -");
   run.add_option("file", fileWords->file,
                  "A calculation a line, going on while a bracket is open; # begins a comment; - reads the input")
       ->required();
-  addStrict(run, *fileWords);
+  addOptions(run, *fileWords);
 }
 
 }  // namespace orlocal::host

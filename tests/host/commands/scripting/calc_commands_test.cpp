@@ -156,5 +156,23 @@ TEST_F(StrictCalculations, NameFileAndLine) {
   EXPECT_THAT(runProgramWith({"run", "--strict", file}).output, HasSubstr(file + ":2: Orlo_OpenItemAt returned"));
 }
 
+using GivenVariables = StrictCalculations;
+
+TEST_F(GivenVariables, HoldTheirTextToTheLetter) {
+  EXPECT_EQ(runProgramWith({"eval", "--set", R"(room=Room "4" \ x = 1)", "$$room"}).output, "Room \"4\" \\ x = 1\n");
+  EXPECT_EQ(runProgramWith({"eval", "--set", "a=1", "--set", "a=2", "--set", "b=", "$$a & \"!\" & $$b"}).output,
+            "2!\n");
+  const std::string file = write("b.calc", "$$a + 1\n");
+  EXPECT_EQ(runProgramWith({"run", file, "--set", "a=41"}).output, "42\n");
+}
+
+TEST_F(GivenVariables, WantAName) {
+  for (const char* words : {"room", "=4", "a b=4", "a;b=4"}) {
+    const ChildResult result = runProgramWith({"eval", "--set", words, "1"});
+    EXPECT_EQ(result.status, 2) << words;
+    EXPECT_THAT(result.output, HasSubstr("sets no variable; write NAME=TEXT"));
+  }
+}
+
 }  // namespace
 }  // namespace orlocal::host
