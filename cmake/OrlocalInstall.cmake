@@ -26,4 +26,7 @@ install(FILES resources/systemd/orlocal-alarms.service resources/systemd/orlocal
         DESTINATION lib/systemd/user)
 install(FILES resources/systemd/orlocal-sync@.service DESTINATION lib/systemd/system)
 install(FILES LICENSE CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(
+  DIRECTORY docs/
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  PATTERN site EXCLUDE)

@@ -35,6 +35,8 @@ def with_links(text, folder):
         for name in BESIDE:
             parts[number] = parts[number].replace(f"](../{name}", f"]({name}")
             parts[number] = re.sub(rf"(?<!\[)`{name}`", f"[`{name}`]({'../' if folder else ''}{name})", parts[number])
+        if not folder:
+            parts[number] = parts[number].replace("](README.md)", "](index.md)")
         parts[number] = parts[number].replace("`docs/decisions/`", "[Decisions](decisions/README.md)")
     return "".join(parts)
 
@@ -71,46 +73,27 @@ def in_markdown(text):
     return re.sub(r"([\\`*_{}\[\]<>#|])", r"\\\1", text)
 
 
-def section_of_command(page, level):
+def section_of_command(page):
     """A man page as a section of the page of commands."""
-    out, literal, heading, term = [], False, "", False
-    for line in page.split("\n"):
-        if line.startswith((".TH", ".PP", ".RS", ".RE")):
-            out.append("")
-        elif line.startswith(".SH"):
-            heading = line[4:].strip('"')
-            if heading in ("COMMANDS", "SETTINGS", "FILES"):
-                out.append("\n" + "#" * (level + 1) + " " + heading.capitalize() + "\n")
-        elif heading in ("EXIT STATUS", "SEE ALSO") or (heading == "OPTIONS" and level > 1):
-            continue
-        elif line.startswith(".SS"):
-            out.append("\n" + "#" * (level + 1) + " " + words_of(line[4:]) + "\n")
-        elif line == ".nf":
-            literal = True
-            out.append("\n```text")
-        elif line == ".fi":
-            literal = False
-            out.append("```\n")
-        elif line == ".TP":
-            term = True
-        elif line in (".br", ""):
-            continue
+    out, heading = [], ""
+    lines = iter(page.split("\n"))
+    for line in lines:
+        if line.startswith(".SH"):
+            heading = line[4:]
         elif heading == "NAME":
-            out.append("\n" + "#" * level + " " + words_of(line).split(" - ")[0].replace("orlocal-", "orlocal ", 1))
-        elif heading == "SYNOPSIS":
-            out.append(f"\n`{words_of(line)}`")
-        elif literal:
-            out.append(words_of(line).strip())
-        elif term:
-            out.append(f"\n`{words_of(line)}`")
-            term = "meaning"
-            continue
-        else:
-            out.append((": " if term == "meaning" else "") + in_markdown(words_of(line)))
-            term = False
-            continue
-        if line != ".TP" and term is True:
-            term = False
+            out.append(f"## {words_of(line).split(' - ')[0].replace('-', ' ', 1)}\n")
+        elif heading == "SYNOPSIS" and not line.startswith("."):
+            out.append(f"`{words_of(line)}`\n")
+        elif heading == "DESCRIPTION":
+            if line.startswith(".SS"):
+                out.append(f"### {words_of(line[4:])}\n")
+            elif line == ".TP":
+                out.append(f"`{words_of(next(lines))}`\n: {in_markdown(words_of(next(lines)))}\n")
+            elif line == ".nf":
+                examples = [words_of(example).strip() for example in iter(lambda: next(lines), ".fi")]
+                out.append("```text\n" + "\n".join(e for e in examples if not e.startswith(".")) + "\n```\n")
+            elif not line.startswith("."):
+                out.append(in_markdown(words_of(line)) + "\n")
     return "\n".join(out)
 
 
@@ -120,11 +103,10 @@ def commands_page(orlocal):
         pages = pathlib.Path(folder) / "man" / "man1"
         program = (pages / "orlocal.1").read_text()
         names = re.findall(r"^\.BR (\S+) \(1\)", program, re.M)
-        parts = ["# Commands\n\nWhat `orlocal help` shows, and the man pages: made from the program's own table of commands.\n"]
-        # Of the program's own page the commands are the rest of this one.
-        for name in names:
-            parts.append(section_of_command((pages / f"{words_of(name)}.1").read_text(), 2))
-        return "\n".join(parts)
+        # What else its page says of the program stands in other pages and in `orlocal --help`.
+        intro = "What `orlocal help COMMAND` shows, and the man pages: made from the program's own table of commands."
+        sections = [section_of_command((pages / f"{words_of(name)}.1").read_text()) for name in names]
+        return f"# Commands\n\n{intro}\n\n" + "\n".join(sections)
 
 
 def gather(orlocal, stage):
@@ -143,14 +125,31 @@ def gather(orlocal, stage):
     (stage / "commands.md").write_text(commands_page(orlocal))
 
 
+def complete_style(output):
+    """What the packaged theme lacks. It asks a web server of Debian's for a part of its style, which the site has in
+    itself; it has dark colours for those who choose them, not for those whose system is dark; and its script is in two
+    parts that only a bundler could join."""
+    shutil.copy("/usr/share/javascript/normalize.css/normalize.css", output / "_static")
+    style = output / "_static/styles/furo.css"
+    text = style.read_text().replace("/javascript/normalize.css/normalize.css", "../normalize.css")
+    if "prefers-color-scheme" not in text:
+        dark = re.search(r'body\[data-theme="dark"\] \{.*?\}', text, re.S).group(0)
+        text += "\n@media screen and (prefers-color-scheme: dark) {\n" + dark.replace('"dark"', '"auto"') + "\n}\n"
+    style.write_text(text)
+    scripts = output / "_static/scripts"
+    joined = (scripts / "gumshoe-patched.js").read_text() + (scripts / "furo.js").read_text()
+    (scripts / "furo.js").write_text(re.sub(r"^import .*$", "", joined, flags=re.M))
+
+
 def main():
-    orlocal, output = sys.argv[1:3]
+    orlocal, output = sys.argv[1], pathlib.Path(sys.argv[2])
     with tempfile.TemporaryDirectory() as folder:
         stage = pathlib.Path(folder)
         gather(orlocal, stage)
         # The packaged interpreter is the one that the packaged Sphinx belongs to.
         sphinx = ["/usr/bin/python3", "-m", "sphinx", "-q", "-W", "--keep-going", "-b", "html"]
         made = subprocess.run([*sphinx, "-c", root / "docs/site", stage, output])
+    complete_style(output)
     return made.returncode
 
 
