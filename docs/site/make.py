@@ -46,7 +46,8 @@ def title_of(page):
 
 
 def index_with_trees(text):
-    """Each heading's list of pages becomes a part of the navigation."""
+    """Each heading's list of pages becomes a part of the navigation. The page of the commands is only here."""
+    text = text.replace("\n- Commands:", "\n- [Commands](commands.md):")
     out = []
     for part in re.split(r"(?=^## )", text, flags=re.M):
         out.append(part)

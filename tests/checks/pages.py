@@ -1,6 +1,6 @@
-"""Holds the pages about errors and properties against the tables in the source.
+"""Holds the pages about errors and properties against the tables in the source, and links against what they lead to.
 
-usage: reference_pages.py SOURCE_TREE
+usage: pages.py SOURCE_TREE
 """
 import pathlib
 import re
@@ -73,8 +73,31 @@ def check_properties():
         trouble.append(f"docs/properties.md does not name {word}")
 
 
+def anchors_of(page):
+    """Those that a repository's view and the site give to headings."""
+    headings = re.findall(r"^#+ (.*)$", re.sub(r"^```.*?^```$", "", page.read_text(), flags=re.M | re.S), re.M)
+    return {re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-") for heading in headings}
+
+
+def check_links():
+    pages = [*(root / "docs").rglob("*.md"), *root.glob("*.md")]
+    for page in pages:
+        text = re.sub(r"^```.*?^```$|`[^`\n]*`", "", page.read_text(), flags=re.M | re.S)
+        for target, anchor in re.findall(r"\]\(([^)#:]*)(?:#([^)]*))?\)", text):
+            leads_to = (page.parent / target).resolve() if target else page
+            if not leads_to.exists():
+                trouble.append(f"{page.relative_to(root)}: {target} is not there")
+            elif anchor and anchor not in anchors_of(leads_to):
+                trouble.append(f"{page.relative_to(root)}: {target} has no heading #{anchor}")
+    for index in (root / "docs/README.md", root / "docs/decisions/README.md"):
+        for page in index.parent.glob("*.md"):
+            if page != index and f"]({page.name})" not in index.read_text():
+                trouble.append(f"{index.relative_to(root)} does not list {page.name}")
+
+
 check_errors()
 check_properties()
+check_links()
 for line in trouble:
     print(line)
 sys.exit(1 if trouble else 0)
