@@ -5,6 +5,7 @@ usage: make.py ORLOCAL OUTPUT_FOLDER
 The pages are those that docs/README.md lists, in its order and under its headings. One that it does not list, a link
 that leads nowhere and whatever else Sphinx warns of ends with status 1.
 """
+import os
 import pathlib
 import re
 import shutil
@@ -100,7 +101,9 @@ def section_of_command(page):
 
 def commands_page(orlocal):
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([orlocal, "completion-files", folder], check=True)
+        # In English, whatever the machine speaks.
+        environment = {**os.environ, "LANGUAGE": "en", "LC_ALL": "C.UTF-8", "ORLOCAL_SETTINGS": ""}
+        subprocess.run([orlocal, "completion-files", folder], check=True, env=environment)
         pages = pathlib.Path(folder) / "man" / "man1"
         program = (pages / "orlocal.1").read_text()
         names = re.findall(r"^\.BR (\S+) \(1\)", program, re.M)
