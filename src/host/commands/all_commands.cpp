@@ -5,6 +5,7 @@
 #include "host/commands/availability/availability_commands.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
+#include "host/commands/checking/checking_commands.h"
 #include "host/commands/guide/guide_commands.h"
 #include "host/commands/invitations/invitation_commands.h"
 #include "host/commands/reports/report_commands.h"
@@ -56,6 +57,7 @@ void registerAllCommands(CommandLine& line) {
   registerCalcCommands(line);
   registerTestCommand(line);
   registerListingCommands(line);
+  registerCheckCommand(line);
   line.startGroup("Set-up");
   registerSettingsCommand(line);
   registerDoctorCommand(line);

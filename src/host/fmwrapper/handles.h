@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/fmwrapper/export.h"
+#include "host/fmwrapper/failing_calls.h"
 #include "host/fmwrapper/registry.h"
 #include "host/fmwrapper/value.h"
 #include "platform/host/fm_api.h"
@@ -102,6 +103,10 @@ inline constexpr std::int32_t kOtherFailure = 2;
 /// then is the type's zero. The record is left alone when all is well.
 template <class Body>
 auto guarded(fmx::Exception* x, Body body) noexcept -> decltype(body()) {
+  if (const std::int32_t planned = plannedFailure(); planned != 0) {
+    if (x != nullptr) { x->code = planned; }
+    return decltype(body())();
+  }
   std::int32_t code = kOtherFailure;
   try {
     return body();

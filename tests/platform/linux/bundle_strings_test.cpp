@@ -112,7 +112,8 @@ class ShippedTable : public testing::TestWithParam<const char*> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Languages, ShippedTable, testing::Values("de", "en", "es", "fr", "it", "ja", "nl", "pt", "sv", "zh_CN"),
+INSTANTIATE_TEST_SUITE_P(Languages, ShippedTable,
+                         testing::Values("de", "en", "es", "fr", "it", "ja", "nl", "pt", "sv", "zh_CN"),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
 TEST_P(ShippedTable, HasTheKeysOfTheEnglishOne) {

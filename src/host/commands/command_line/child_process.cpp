@@ -1,7 +1,9 @@
 #include "host/commands/command_line/child_process.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <iostream>
 #include <ostream>
@@ -9,6 +11,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -61,10 +64,27 @@ Result<Pipe> newPipe() {
   return ends;
 }
 
-std::string readAll(int descriptor) {
+using Clock = std::chrono::steady_clock;
+
+/// Waits until there is something to read, or an end; false when there is neither by then.
+bool readableBy(int descriptor, Clock::time_point deadline) {
+  for (;;) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    struct pollfd asked {
+      descriptor, POLLIN, 0
+    };
+    const int found = ::poll(&asked, 1, static_cast<int>(std::clamp<std::int64_t>(left, 0, 60'000)));
+    if (found > 0) { return true; }
+    if (found == 0 && Clock::now() >= deadline) { return false; }
+  }
+}
+
+/// Until the end, or until the deadline is over.
+std::string readAll(int descriptor, std::optional<Clock::time_point> deadline = std::nullopt) {
   std::string text;
   std::array<char, 65536> block{};
   for (;;) {
+    if (deadline && !readableBy(descriptor, *deadline)) { return text; }
     const ssize_t count = ::read(descriptor, block.data(), block.size());
     if (count < 0 && errno == EINTR) { continue; }
     if (count <= 0) { return text; }
@@ -89,12 +109,16 @@ void waitFor(pid_t child, ChildResult& result) {
   describe(state, result);
 }
 
-ChildResult collect(pid_t child, const Pipe& pipe) {
+ChildResult collect(pid_t child, const Pipe& pipe, std::optional<std::chrono::milliseconds> patience = std::nullopt) {
   ::close(pipe[1]);
   ChildResult result;
-  result.output = readAll(pipe[0]);
+  const auto deadline = patience ? std::optional(Clock::now() + *patience) : std::nullopt;
+  result.output = readAll(pipe[0], deadline);
   ::close(pipe[0]);
+  const bool overdue = deadline && Clock::now() >= *deadline;
+  if (overdue) { ::kill(child, SIGKILL); }
   waitFor(child, result);
+  result.hung = overdue && result.status == -1;
   return result;
 }
 
@@ -151,10 +175,11 @@ Result<Started> startWith(const std::vector<std::string>& words, char** environm
 
 }  // namespace
 
-Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work) {
+Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work,
+                               std::optional<std::chrono::milliseconds> patience) {
   ORLOCAL_TRY(const Pipe pipe, newPipe());
   ORLOCAL_TRY(const pid_t child, forked(pipe));
-  if (child != 0) { return collect(child, pipe); }
+  if (child != 0) { return collect(child, pipe, patience); }
   ::close(pipe[0]);
   const Status done = withoutThrowing([&] {
     PipeBuffer buffer(pipe[1]);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
@@ -18,6 +19,7 @@ struct ChildResult {
   std::string output;
   int status = -1;     ///< the exit status; -1 when a signal ended it
   std::string ending;  ///< in words: "ended with status 1", "was ended by signal 11 (Segmentation fault)"
+  bool hung = false;   ///< was ended by us when its time was over
 
   bool succeeded() const { return status == 0; }
 };
@@ -26,8 +28,9 @@ struct ChildResult {
 
 /// Runs the work in a copy of this process, which must have one thread only. What it writes comes back; its failure, or
 /// what it throws, is told on the error stream and ends it with status 1. The copy ends without running anything of
-/// ours at exit.
-Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work);
+/// ours at exit. With `patience` it is killed when it takes longer.
+Result<ChildResult> runInChild(const std::function<Status(std::ostream&)>& work,
+                               std::optional<std::chrono::milliseconds> patience = std::nullopt);
 
 /// Runs a program by its words, the first being its file; it reads nothing, and output and errors come back together.
 /// It starts in `folder`, or (empty) where we are.

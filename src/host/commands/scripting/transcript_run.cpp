@@ -17,6 +17,7 @@
 #include "host/calc/rendering.h"
 #include "host/commands/command_line/child_process.h"
 #include "host/commands/command_line/clock_setting.h"
+#include "host/commands/command_line/temporary_folder.h"
 #include "host/commands/scripting/expected_lines.h"
 #include "host/commands/scripting/plugin_host.h"
 #include "host/fmwrapper/unicode.h"
@@ -46,32 +47,6 @@ constexpr std::string_view kFolderWord = "$FOLDER";
 void setEnvironment(const char* name, const std::optional<std::string>& value) {
   if (value) { ::setenv(name, value->c_str(), 1); }
 }
-
-/// A folder for one transcript's store, gone at the end.
-class TemporaryFolder {
- public:
-  TemporaryFolder() = default;
-  ~TemporaryFolder() {
-    std::error_code error;
-    if (!m_path.empty()) { std::filesystem::remove_all(m_path, error); }
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  Status make() {
-    std::string name = (std::filesystem::temp_directory_path() / "orlocal-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-      return failure(ErrorCode::kIo, "no temporary folder can be made in " + name);
-    }
-    m_path = name;
-    return {};
-  }
-
-  const std::filesystem::path& path() const { return m_path; }
-
- private:
-  std::filesystem::path m_path;
-};
 
 /// The work of the transcript's own process. Each verdict is written as soon as it is known.
 class Work {
