@@ -12,12 +12,12 @@ target_compile_definitions(orlocal_scripting_commands PRIVATE ORLOCAL_OWN_FOLDER
 install(TARGETS orlocal RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS Orlocal orlocal_fmwrapper LIBRARY DESTINATION ${own_folder})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/Orlocal.resources DESTINATION ${own_folder})
-# What shells and man read comes from the program itself, so that it says what that program takes.
+# What shells and man read comes from the program itself, so that it says what that program takes; in English.
 set(guide_folder ${PROJECT_BINARY_DIR}/guide)
 add_custom_command(
   OUTPUT ${guide_folder}/man/man1/orlocal.1
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${guide_folder}
-  COMMAND ${CMAKE_COMMAND} -E env ORLOCAL_SETTINGS= $<TARGET_FILE:orlocal> completion-files ${guide_folder}
+  COMMAND ${CMAKE_COMMAND} -E env ORLOCAL_SETTINGS= LC_ALL=C $<TARGET_FILE:orlocal> completion-files ${guide_folder}
   DEPENDS orlocal
   VERBATIM)
 add_custom_target(orlocal_guide ALL DEPENDS ${guide_folder}/man/man1/orlocal.1)

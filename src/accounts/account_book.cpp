@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
 #include "store/remote_reader.h"
@@ -76,12 +77,11 @@ Result<Account> AccountBook::named(std::string_view name) {
     known.push_back('"' + account.name + '"');
   }
   if (known.empty()) {
-    return failure(ErrorCode::kNotFound, fmt::format("There is no account \"{}\", and no other one either; add one "
-                                                     "(orlocal account add).",
-                                                     name));
+    return failure(ErrorCode::kNotFound, tr("There is no account \"{}\", and no other one either; add one "
+                                            "(orlocal account add).",
+                                            name));
   }
-  return failure(ErrorCode::kNotFound,
-                 fmt::format("There is no account \"{}\"; there are {}.", name, fmt::join(known, ", ")));
+  return failure(ErrorCode::kNotFound, tr("There is no account \"{}\"; there are {}.", name, fmt::join(known, ", ")));
 }
 
 Status AccountBook::mustBeFree(std::string_view name, const std::vector<store::Remote>& remotes,
@@ -91,9 +91,9 @@ Status AccountBook::mustBeFree(std::string_view name, const std::vector<store::R
       return source.id == remote.source && source.title == name;
     });
     if (taken) {
-      return failure(ErrorCode::kRefused, fmt::format("There is an account or subscription \"{}\" already; choose "
-                                                      "another name (--name).",
-                                                      name));
+      return failure(ErrorCode::kRefused, tr("There is an account or subscription \"{}\" already; choose "
+                                             "another name (--name).",
+                                             name));
     }
   }
   return {};

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <string_view>
+#include <string>
 
 #include "accounts/transport/answer.h"
 
 namespace orlocal::accounts {
 
 /// What somebody can do about a failure, as a sentence; empty where patience is all.
-std::string_view remedyFor(Trouble trouble);
+std::string remedyFor(Trouble trouble);
 
 }  // namespace orlocal::accounts

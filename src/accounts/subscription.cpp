@@ -10,6 +10,7 @@
 #include "accounts/dav/trouble.h"
 #include "accounts/sync/sync_context.h"
 #include "accounts/transport/url.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "base/whole_input.h"
 #include "store/edits/item_writer.h"
@@ -56,7 +57,7 @@ Answer<Content> fetchedFrom(Transport& transport, const std::string& url, const 
   if (response.status == 304) { return Content{std::nullopt, state.etag, state.lastModified}; }
   if (response.status != 200) { return Refusal(refusalIn(response, now)); }
   if (response.body.find("BEGIN:VCALENDAR") == std::string::npos) {
-    return refusal(Trouble::kNonsense, fmt::format("What {} gives is no calendar.", shownUrl(url)), 200);
+    return refusal(Trouble::kNonsense, tr("What {} gives is no calendar.", shownUrl(url)), 200);
   }
   return Content{std::move(response.body), response.header("ETag").value_or(""),
                  response.header("Last-Modified").value_or("")};
@@ -106,7 +107,7 @@ Result<Items> itemsOf(std::string text, const std::string& name, const std::atom
   Items items;
   items.problems = reader.problems();
   for (std::size_t i = 0; i < reader.size(); ++i) {
-    if (stop != nullptr && stop->load()) { return failure(ErrorCode::kInterrupted, "The refresh was stopped."); }
+    if (stop != nullptr && stop->load()) { return failure(ErrorCode::kInterrupted, tr("The refresh was stopped.")); }
     store::ItemGroup group = reader.read(i, items.problems);
     if (!group.main && group.changed.empty()) { continue; }
     const store::ItemKind kind = group.main ? group.main->kind : group.changed.front().kind;

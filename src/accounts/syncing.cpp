@@ -13,6 +13,7 @@
 #include "accounts/dav/dav_server.h"
 #include "accounts/subscription.h"
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::accounts {
@@ -46,9 +47,9 @@ Result<SyncLock> SyncLock::takeByte(const std::filesystem::path& file, std::int6
   lock += "-sync";
   const int descriptor = ::open(lock.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (descriptor < 0) {
-    return failure(ErrorCode::kIo, fmt::format("\"{}\", which keeps two syncs apart, cannot be made: {}. Check the "
-                                               "permissions of the folder.",
-                                               lock.string(), systemReason(errno)));
+    return failure(ErrorCode::kIo, tr("\"{}\", which keeps two syncs apart, cannot be made: {}. Check the "
+                                      "permissions of the folder.",
+                                      lock.string(), systemReason(errno)));
   }
   // The file is empty, and each byte that it might have stands for something. Locks of a descriptor, not of the
   // process: the threads of one process keep each other out, too.
@@ -61,22 +62,21 @@ Result<SyncLock> SyncLock::takeByte(const std::filesystem::path& file, std::int6
   const int reason = errno;
   ::close(descriptor);
   if (reason == EAGAIN || reason == EACCES) { return failure(ErrorCode::kBusy, ""); }
-  return failure(ErrorCode::kIo, fmt::format("\"{}\", which keeps two syncs apart, cannot be locked: {}.",
-                                             lock.string(), systemReason(reason)));
+  return failure(ErrorCode::kIo,
+                 tr("\"{}\", which keeps two syncs apart, cannot be locked: {}.", lock.string(), systemReason(reason)));
 }
 
 Result<SyncLock> SyncLock::take(const std::filesystem::path& file) {
   // Accounts are numbered from 1.
   auto lock = takeByte(file, 0);
   if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
-  return failure(ErrorCode::kBusy,
-                 fmt::format("Another sync of \"{}\" is running; wait for it, or end it.", file.string()));
+  return failure(ErrorCode::kBusy, tr("Another sync of \"{}\" is running; wait for it, or end it.", file.string()));
 }
 
 Result<SyncLock> SyncLock::takeAccount(const std::filesystem::path& file, store::SourceId account) {
   auto lock = takeByte(file, account);
   if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
-  return failure(ErrorCode::kBusy, "Another command is syncing or removing it; try again when that is done.");
+  return failure(ErrorCode::kBusy, tr("Another command is syncing or removing it; try again when that is done."));
 }
 
 Result<SyncLock> SyncLock::waitForAccount(const std::filesystem::path& file, store::SourceId account,
@@ -84,7 +84,7 @@ Result<SyncLock> SyncLock::waitForAccount(const std::filesystem::path& file, sto
   for (;;) {
     auto lock = takeAccount(file, account);
     if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
-    if (stop.load()) { return failure(ErrorCode::kInterrupted, "It was stopped while a sync was waited for."); }
+    if (stop.load()) { return failure(ErrorCode::kInterrupted, tr("It was stopped while a sync was waited for.")); }
     std::this_thread::sleep_for(kBetweenLooks);
   }
 }
@@ -101,15 +101,38 @@ Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const 
   return syncNow(store, account, *transport, clock, options);
 }
 
+namespace {
+
+SyncReport syncOnce(store::CalendarStore& store, Account& account, Transport& transport, const Clock& clock,
+                    const SyncOptions& options) {
+  if (account.settings.kind == AccountSettings::Kind::kSubscription) {
+    return refreshSubscription(store, transport, clock, account, options);
+  }
+  DavServer server(transport);
+  return syncAccount(store, server, clock, account.source, account.state, options);
+}
+
+/// What two of one account did, one after the other; how it ended is how the later one did.
+SyncReport joined(const SyncReport& first, SyncReport second) {
+  second.received += first.received;
+  second.removedHere += first.removedHere;
+  second.sent += first.sent;
+  second.removedThere += first.removedThere;
+  second.calendars += first.calendars;
+  second.conflicts += first.conflicts;
+  return second;
+}
+
+}  // namespace
+
 Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transport& transport, const Clock& clock,
                            const SyncOptions& options) {
   const AccountState before = account.state;
-  SyncReport report;
-  if (account.settings.kind == AccountSettings::Kind::kSubscription) {
-    report = refreshSubscription(store, transport, clock, account, options);
-  } else {
-    DavServer server(transport);
-    report = syncAccount(store, server, clock, account.source, account.state, options);
+  SyncReport report = syncOnce(store, account, transport, clock, options);
+  // Servers close connections that were kept just when the next request comes, and leave open whether it was done. The
+  // next look shows that, so it comes at once, and once.
+  if (report.failure && report.failure->trouble == Trouble::kAnswerLost) {
+    report = joined(report, syncOnce(store, account, transport, clock, options));
   }
   AccountState& state = account.state;
   state.lastTry = clock.now();

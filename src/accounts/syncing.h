@@ -37,7 +37,7 @@ class SyncLock {
 };
 
 /// Syncs one account or refreshes one subscription now, and keeps what was learned: how it went, and when the next
-/// try makes sense.
+/// try makes sense. Where an answer was lost on its way it tries a second time.
 Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, const SecretsFile& secrets,
                            const Clock& clock, const SyncOptions& options);
 /// The same over a connection to the account's server that the caller has.

@@ -13,6 +13,7 @@
 #include "base/settings_text.h"
 #include "base/system_reason.h"
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace orlocal {
 namespace {
@@ -26,10 +27,10 @@ std::string variable(const char* name) {
 
 /// Nothing that a user sets reaches another one by this file: a script's name or the store's may stand there.
 const char* flawOf(const struct stat& found) {
-  if (!S_ISREG(found.st_mode)) { return "is no regular file"; }
-  if (found.st_size > kLongestFile) { return "is longer than 64 KiB"; }
-  if (found.st_uid != 0 && found.st_uid != ::geteuid()) { return "belongs neither to you nor to root"; }
-  if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) { return "can be written by others (chmod go-w)"; }
+  if (!S_ISREG(found.st_mode)) { return translatable("is no regular file"); }
+  if (found.st_size > kLongestFile) { return translatable("is longer than 64 KiB"); }
+  if (found.st_uid != 0 && found.st_uid != ::geteuid()) { return translatable("belongs neither to you nor to root"); }
+  if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) { return translatable("can be written by others (chmod go-w)"); }
   return nullptr;
 }
 
@@ -37,11 +38,11 @@ Result<std::string> contentsOf(const std::filesystem::path& file) {
   const int opened = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (opened < 0) {
     const bool missing = errno == ENOENT || errno == ENOTDIR;
-    return failure(missing ? ErrorCode::kNotFound : ErrorCode::kIo, "cannot be read: " + systemReason(errno));
+    return failure(missing ? ErrorCode::kNotFound : ErrorCode::kIo, tr("cannot be read: {}", systemReason(errno)));
   }
   struct stat found {};
   const bool known = ::fstat(opened, &found) == 0;
-  const char* const flaw = known ? flawOf(found) : "cannot be read";
+  const char* const flaw = known ? flawOf(found) : translatable("cannot be read");
   std::string text;
   if (flaw == nullptr) {
     text.resize(static_cast<std::size_t>(found.st_size));
@@ -49,7 +50,7 @@ Result<std::string> contentsOf(const std::filesystem::path& file) {
     text.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
   }
   ::close(opened);
-  if (flaw != nullptr) { return failure(ErrorCode::kNotPermitted, flaw); }
+  if (flaw != nullptr) { return failure(ErrorCode::kNotPermitted, translated(flaw)); }
   return text;
 }
 
@@ -80,25 +81,24 @@ void Settings::read(const std::filesystem::path& file) {
   const auto text = contentsOf(file);
   if (!text) {
     if (text.error().code != ErrorCode::kNotFound) {
-      m_complaints.push_back(
-          fmt::format("the settings file {} {}; nothing in it is used", file.string(), text.error().message));
+      m_complaints.push_back(tr("the settings file {} {}; nothing in it is used", file.string(), text.error().message));
     }
     return;
   }
   const SettingsText parsed = parseSettings(*text);
   const auto complain = [&](int line, std::string_view sentence) {
-    m_complaints.push_back(fmt::format("{}:{}: {}; the line is passed over", file.string(), line, sentence));
+    m_complaints.push_back(tr("{}:{}: {}; the line is passed over", file.string(), line, sentence));
   };
   for (const auto& [line, sentence] : parsed.complaints) { complain(line, sentence); }
   for (const SettingLine& entry : parsed.lines) {
     const SettingRow* row = rowOf(entry.section, entry.name);
     if (row == nullptr) {
-      complain(entry.line, fmt::format("there is no setting \"{}\" in [{}]; `orlocal settings` lists all", entry.name,
-                                       entry.section));
+      complain(entry.line,
+               tr("there is no setting \"{}\" in [{}]; `orlocal settings` lists all", entry.name, entry.section));
       continue;
     }
-    const std::string objection =
-        isUtf8(entry.value) ? (row->objection != nullptr ? row->objection(entry.value) : "") : "the value is not UTF-8";
+    const std::string objection = isUtf8(entry.value) ? (row->objection != nullptr ? row->objection(entry.value) : "")
+                                                      : tr("the value is not UTF-8");
     if (!objection.empty()) {
       complain(entry.line, fmt::format("{} = \"{}\": {}", entry.name, entry.value, objection));
       continue;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace orlocal {
 namespace {
@@ -31,7 +32,7 @@ SettingsText parseSettings(std::string_view text) {
     if (line.empty() || line.front() == '#' || line.front() == ';') { continue; }
     if (line.front() == '[') {
       if (!line.ends_with(']')) {
-        parsed.complaints.emplace_back(number, "a section ends with \"]\"");
+        parsed.complaints.emplace_back(number, tr("a section ends with \"]\""));
         continue;
       }
       section = trimmed(line.substr(1, line.size() - 2));
@@ -40,7 +41,7 @@ SettingsText parseSettings(std::string_view text) {
     const auto equals = line.find('=');
     const std::string_view name = trimmed(line.substr(0, equals));
     if (equals == std::string_view::npos || name.empty()) {
-      parsed.complaints.emplace_back(number, "a setting is written \"name = value\"");
+      parsed.complaints.emplace_back(number, tr("a setting is written \"name = value\""));
       continue;
     }
     parsed.lines.push_back(

@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
+
 namespace orlocal {
 
 Result<std::string> readWhole(std::istream& in, const std::string& name, std::size_t most) {
@@ -21,14 +23,14 @@ Result<std::string> readWhole(std::istream& in, const std::string& name, std::si
   while (in.read(piece.data(), piece.size()) || in.gcount() > 0) {
     bytes.append(piece.data(), static_cast<std::size_t>(in.gcount()));
     if (bytes.size() > most) {
-      return failure(ErrorCode::kTooLarge, fmt::format("{} is larger than {} MiB; split it", name, most >> 20U));
+      return failure(ErrorCode::kTooLarge, tr("{} is larger than {} MiB; split it", name, most >> 20U));
     }
   }
   // The standard input takes a failure for the end.
   const bool whole = in.eof() && !in.bad() && !(&in == &std::cin && std::ferror(stdin) != 0);
   if (whole) { return bytes; }
   return failure(ErrorCode::kIo,
-                 fmt::format("{} cannot be read: {}", name, errno != 0 ? std::strerror(errno) : "it is not open"));
+                 tr("{} cannot be read: {}", name, errno != 0 ? std::strerror(errno) : tr("it is not open")));
 }
 
 Result<std::string> readWholeFile(const std::filesystem::path& file) {

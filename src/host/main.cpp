@@ -7,6 +7,7 @@
 
 #include "host/commands/all_commands.h"
 #include "host/commands/command_line/command.h"
+#include "host/language/message_catalogue.h"
 
 namespace {
 
@@ -21,10 +22,12 @@ std::string programFile(const char* calledAs) {
 
 int main(int argc, char** argv) {
   using namespace orlocal::host;
+  const std::string program = programFile(argc > 0 ? argv[0] : "orlocal");
+  speakLanguageOfUser(program);
   const bool out = ::isatty(STDOUT_FILENO) != 0;
   CommandLine line(
       Streams{std::cin, std::cout, std::cerr, ::isatty(STDIN_FILENO) != 0, out, ::isatty(STDERR_FILENO) != 0});
   registerAllCommands(line);
   const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
-  return static_cast<int>(line.run(programFile(argc > 0 ? argv[0] : "orlocal"), words));
+  return static_cast<int>(line.run(program, words));
 }

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/file_draft.h"
 #include "store/file/file_state.h"
@@ -22,11 +23,10 @@ Status checked(Database& copy, const std::filesystem::path& original) {
   ORLOCAL_TRY(Statement check, copy.prepare("PRAGMA integrity_check(1)"));
   ORLOCAL_TRY(const bool found, check.step());
   if (found && check.text(0) == "ok") { return {}; }
-  return failure(
-      ErrorCode::kCorrupt,
-      fmt::format("The calendar store \"{}\" is damaged ({}); nothing was changed. Write out what can still be "
-                  "read with orlocal export --salvage.",
-                  original.string(), found ? std::string(check.text(0)) : "it cannot be checked"));
+  return failure(ErrorCode::kCorrupt,
+                 tr("The calendar store \"{}\" is damaged ({}); nothing was changed. Write out what can still be "
+                    "read with orlocal export --salvage.",
+                    original.string(), found ? std::string(check.text(0)) : tr("it cannot be checked")));
 }
 
 Result<CopiedStore> contentOf(Database& copy) {
@@ -39,8 +39,8 @@ Result<CopiedStore> contentOf(Database& copy) {
 }
 
 Status mayStandAt(const std::filesystem::path& target, const std::filesystem::path& store, ExistingFile existing) {
-  const auto refused = [&](const char* why) {
-    return failure(ErrorCode::kInvalid, fmt::format("The file \"{}\" {}.", target.string(), why));
+  const auto refused = [&](const std::string& why) {
+    return failure(ErrorCode::kInvalid, tr("The file \"{}\" {}.", target.string(), why));
   };
   std::error_code error;
   const auto there = std::filesystem::symlink_status(target, error);
@@ -50,19 +50,19 @@ Status mayStandAt(const std::filesystem::path& target, const std::filesystem::pa
   for (const std::string& file : own) {
     const auto known = FileState::of(file);
     if (known && state && known->isSameFileAs(*state)) {
-      return refused("belongs to the calendar store itself; choose another name");
+      return refused(tr("belongs to the calendar store itself; choose another name"));
     }
   }
   if (there.type() != std::filesystem::file_type::not_found) {
     if (existing == ExistingFile::kIsRefused) {
-      return refused("is there already; choose another name, or say --replace");
+      return refused(tr("is there already; choose another name, or say --replace"));
     }
     if (there.type() != std::filesystem::file_type::regular) {
-      return refused("is no regular file; choose another name");
+      return refused(tr("is no regular file; choose another name"));
     }
   }
   if (std::filesystem::exists(target.string() + "-wal", error)) {
-    return refused("is in use as a database, or what a program left of one lies beside it; choose another name");
+    return refused(tr("is in use as a database, or what a program left of one lies beside it; choose another name"));
   }
   return {};
 }
@@ -86,7 +86,7 @@ Result<CopiedStore> backUpStore(const std::filesystem::path& file, const std::fi
                                 ExistingFile existing, std::chrono::milliseconds busyTimeout) {
   if (!FileState::of(file)) {
     return failure(ErrorCode::kNotFound,
-                   fmt::format("There is no calendar store at \"{}\"; nothing was copied.", file.string()));
+                   tr("There is no calendar store at \"{}\"; nothing was copied.", file.string()));
   }
   ORLOCAL_CHECK(mayStandAt(target, file, existing));
   UuidMaker uuids;

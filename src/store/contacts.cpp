@@ -8,6 +8,7 @@
 
 #include "base/hash.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "base/whole_input.h"
 #include "store/edits/item_writer.h"
@@ -107,7 +108,7 @@ class CardReader {
       }
     }
     if (m_open) {
-      m_made.problems.refuse(m_line, m_card.identifier, "the card is not closed: its END:VCARD is missing");
+      m_made.problems.refuse(m_line, m_card.identifier, tr("the card is not closed: its END:VCARD is missing"));
     }
     return std::move(m_made);
   }
@@ -177,7 +178,8 @@ class CardReader {
     if (m_card.name.empty()) { m_card.name = !m_structuredName.empty() ? m_structuredName : m_organization; }
     m_organization.clear();
     if (m_card.name.empty() && m_card.emails.empty() && !m_card.address) {
-      m_made.problems.refuse(m_line, m_card.identifier, "the card has no name, e-mail or address; it was not imported");
+      m_made.problems.refuse(m_line, m_card.identifier,
+                             tr("the card has no name, e-mail or address; it was not imported"));
       return;
     }
     if (m_card.identifier.empty()) {
@@ -205,7 +207,7 @@ Result<ReadContacts> readContacts(std::string bytes, const std::string& name) {
   bytes = withoutSoftBreaks(bytes);
   ReadContacts made = CardReader(bytes).read();
   if (made.contacts.empty() && made.problems.refused.empty()) {
-    return failure(ErrorCode::kInvalid, fmt::format("{} is no vCard file: there is no card in it", name));
+    return failure(ErrorCode::kInvalid, tr("{} is no vCard file: there is no card in it", name));
   }
   return made;
 }

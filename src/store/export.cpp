@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/calendar_layout.h"
 #include "store/icalendar/icalendar_writer.h"
@@ -88,10 +89,9 @@ class Exporter {
     const bool written = whole || isOneItem(m_item);
     if (written) { m_text += m_item; }
     if (whole) { return; }
-    m_report.notes.push_back(
-        fmt::format("\"{}\" in \"{}\" (UID {}) {}", item.title.value_or(""), calendar.title, item.uid,
-                    written ? "has lines that would spoil what stands around it; they were left out"
-                            : "cannot be written so that it reads back; it was left out"));
+    m_report.notes.push_back(tr("\"{}\" in \"{}\" (UID {}) {}", item.title.value_or(""), calendar.title, item.uid,
+                                written ? tr("has lines that would spoil what stands around it; they were left out")
+                                        : tr("cannot be written so that it reads back; it was left out")));
   }
 
   /// Private zones come from the store; what the process knows already is the same.
@@ -112,7 +112,7 @@ class Exporter {
     writeZone(text, zone, year);
     if (!text.empty() && !isOneZone(text)) {
       m_report.notes.push_back(
-          fmt::format("the zone \"{}\" has lines that would spoil what stands around it; it was left out", zone));
+          tr("the zone \"{}\" has lines that would spoil what stands around it; it was left out", zone));
       text.clear();
     }
     return std::cref(m_zones.emplace(key, std::move(text)).first->second);

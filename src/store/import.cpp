@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
 #include "store/invitations/message_taker.h"
@@ -153,7 +154,7 @@ class Importer {
 
   Status put(CalendarId calendar, int line, Item& main, std::vector<Item>& changed, const Series* compiled) {
     if (m_mayMeetAgain && !isNew(calendar, main)) {
-      m_file.problems.refuse(line, main.uid, "its UID came before in this file; this one was not imported");
+      m_file.problems.refuse(line, main.uid, tr("its UID came before in this file; this one was not imported"));
       m_file.problems.refused.back().item = itemInWords(main.title, main.start);
       return {};
     }
@@ -231,9 +232,8 @@ class Importer {
     if (found && found->readOnly && !protects()) {
       return failure(
           ErrorCode::kReadOnly,
-          fmt::format(
-              "\"{}\" allows no changes; import with --read-only or --subscription to refresh it, or name another one",
-              found->title));
+          tr("\"{}\" allows no changes; import with --read-only or --subscription to refresh it, or name another one",
+             found->title));
     }
     Calendar calendar;
     if (found) {
@@ -269,8 +269,7 @@ class Importer {
       std::stable_sort(list->begin(), list->end(), [](const Problem& a, const Problem& b) { return a.line < b.line; });
     }
     if (const std::size_t more = m_file.problems.warningsLeftOut; more > 0) {
-      m_report.warnings.push_back(
-          {m_report.warnings.back().line, "", fmt::format("{} more warnings are not listed", more), {}});
+      m_report.warnings.push_back({m_report.warnings.back().line, "", tr("{} more warnings are not listed", more), {}});
     }
     m_report.refused = m_report.problems.size();
     return std::move(m_report);

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "base/settings.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::store {
@@ -29,8 +30,8 @@ Result<std::filesystem::path> userStoreFile() {
   if (const auto home = setting("HOME"); home.is_absolute()) { return home / ".local" / "share" / below; }
   return failure(
       ErrorCode::kInvalid,
-      "nothing says where the calendar store is: name its file in /etc/orlocal/orlocal.conf ([store] file = …) "
-      "or in ORLOCAL_STORE, or set HOME to a folder");
+      tr("nothing says where the calendar store is: name its file in /etc/orlocal/orlocal.conf ([store] file = …) "
+         "or in ORLOCAL_STORE, or set HOME to a folder"));
 }
 
 Result<StoreOptions> userStoreOptions(const Zone& viewer) {
@@ -47,8 +48,8 @@ Result<StoreOptions> userStoreOptions(const Zone& viewer) {
   int seconds = -1;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
   if (error != std::errc() || end != text.data() + text.size() || seconds < 0 || seconds > kMostSeconds) {
-    return failure(ErrorCode::kInvalid, fmt::format("{} is \"{}\"; it is a number of seconds from 0 to {}.",
-                                                    wait->origin, text, kMostSeconds));
+    return failure(ErrorCode::kInvalid,
+                   tr("{} is \"{}\"; it is a number of seconds from 0 to {}.", wait->origin, text, kMostSeconds));
   }
   options.busyTimeout = std::chrono::seconds(seconds);
   return options;

@@ -4,6 +4,8 @@
 #include <future>
 #include <utility>
 
+#include "base/translation.h"
+
 namespace orlocal::store {
 namespace {
 
@@ -84,6 +86,8 @@ Result<PreparedFile> prepareFile(CalendarReader reader, const ImportOptions& opt
 
 bool isStopped(const ImportOptions& options) { return options.stop != nullptr && options.stop->load(); }
 
-Failed importWasStopped() { return failure(ErrorCode::kInterrupted, "the import was stopped; nothing was written"); }
+Failed importWasStopped() {
+  return failure(ErrorCode::kInterrupted, tr("the import was stopped; nothing was written"));
+}
 
 }  // namespace orlocal::store

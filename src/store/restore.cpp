@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/backup.h"
 #include "store/core/store_core.h"
@@ -81,13 +82,12 @@ class Restoring {
   Status checkBackup() const {
     const auto state = FileState::of(m_backup);
     if (!state) {
-      return failure(ErrorCode::kNotFound,
-                     fmt::format("There is no backup at \"{}\"; nothing was changed.", m_backup.string()));
+      return failure(ErrorCode::kNotFound, tr("There is no backup at \"{}\"; nothing was changed.", m_backup.string()));
     }
     const auto present = FileState::of(m_store);
     if (!present || !present->isSameFileAs(*state)) { return {}; }
     return failure(ErrorCode::kInvalid,
-                   fmt::format("\"{}\" is the calendar store itself; name a backup of it.", m_backup.string()));
+                   tr("\"{}\" is the calendar store itself; name a backup of it.", m_backup.string()));
   }
 
   /// A whole store of this program's version in `draft`.
@@ -108,10 +108,9 @@ class Restoring {
     const auto tables = probe.integerOf("SELECT count(*) FROM sqlite_schema");
     if (!application) { return false; }
     if (*application == kApplicationId || !tables || *tables == 0) { return true; }
-    return failure(ErrorCode::kInvalid,
-                   fmt::format("The file \"{}\" is a database, but no calendar store; it was left as "
-                               "it is. Choose another file.",
-                               m_store.string()));
+    return failure(ErrorCode::kInvalid, tr("The file \"{}\" is a database, but no calendar store; it was left as "
+                                           "it is. Choose another file.",
+                                           m_store.string()));
   }
 
   Result<Database> openPresent() const {
@@ -126,9 +125,9 @@ class Restoring {
   Status copyInto(Database& present, const FileDraft& draft) {
     if (present.readOnly()) {
       return failure(ErrorCode::kNotPermitted,
-                     fmt::format("The calendar store \"{}\" may not be written; nothing was changed. Check the "
-                                 "permissions of the file and its folder.",
-                                 m_store.string()));
+                     tr("The calendar store \"{}\" may not be written; nothing was changed. Check the "
+                        "permissions of the file and its folder.",
+                        m_store.string()));
     }
     ORLOCAL_TRY(Database content, Database::open(draft.file(), m_options.busyTimeout));
     ORLOCAL_CHECK(content.execute("PRAGMA journal_mode=DELETE"));
@@ -221,8 +220,8 @@ class Restoring {
     bool kept = ::link(m_store.c_str(), name.c_str()) == 0;
     if (!kept && errno != ENOENT) {
       if (::rename(m_store.c_str(), name.c_str()) != 0) {
-        return failure(ErrorCode::kIo, fmt::format("\"{}\" cannot be kept as \"{}\": {}; nothing was changed.",
-                                                   m_store.string(), name.string(), systemReason(errno)));
+        return failure(ErrorCode::kIo, tr("\"{}\" cannot be kept as \"{}\": {}; nothing was changed.", m_store.string(),
+                                          name.string(), systemReason(errno)));
       }
       kept = true;
     }
@@ -232,7 +231,7 @@ class Restoring {
       std::filesystem::rename(log, name.string() + "-wal", error);
       if (error) {
         return failure(ErrorCode::kIo,
-                       fmt::format("\"{}\" cannot be moved aside: {}; nothing was changed.", log, error.message()));
+                       tr("\"{}\" cannot be moved aside: {}; nothing was changed.", log, error.message()));
       }
       kept = true;
     }

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/file_state.h"
 #include "store/file/schema.h"
@@ -69,7 +70,7 @@ class Salvaging {
     const std::int64_t highest = std::min(named.empty() ? 0 : *named.rbegin(), kMostSearched);
     const std::int64_t claimed = known ? *last.rbegin() : highest + kSearched;
     const std::int64_t end = std::min(claimed, kMostSearched);
-    if (end < claimed) { note(fmt::format("rows past number {} are looked for by what names them alone", end)); }
+    if (end < claimed) { note(tr("rows past number {} are looked for by what names them alone", end)); }
     for (std::int64_t number = 1; number <= end; ++number) { named.insert(named.end(), number); }
     return named;
   }
@@ -87,7 +88,7 @@ class Salvaging {
         m_found.emplace(id, std::move(**calendar));
       } else if (!calendar) {
         ++m_report.calendars;
-        note(fmt::format("calendar {} cannot be read", id));
+        note(tr("calendar {} cannot be read", id));
       }
     }
   }
@@ -104,13 +105,12 @@ class Salvaging {
         m_rows.forget(id);
       } else if (!item) {
         ++m_report.unreadable;
-        note(fmt::format(
-            "item {} {}", id,
-            certain.contains(id) ? "is there and cannot be read" : "cannot be read; it may have been removed before"));
+        note(certain.contains(id) ? tr("item {} is there and cannot be read", id)
+                                  : tr("item {} cannot be read; it may have been removed before", id));
       } else if (certain.contains(id)) {
         // An index or the timeline names it, and the table has no such row any more.
         ++m_report.unreadable;
-        note(fmt::format("item {} is named and no longer there", id));
+        note(tr("item {} is named and no longer there", id));
       }
     }
   }
@@ -127,7 +127,7 @@ class Salvaging {
       }
     }
     ++m_report.zones;
-    note(fmt::format("the zone \"{}\" cannot be read", zone));
+    note(tr("the zone \"{}\" cannot be read", zone));
   }
 
   Status write(const Calendar& calendar, const std::vector<std::int64_t>& ids) {
@@ -170,7 +170,7 @@ class Salvaging {
     Calendar recovered;
     recovered.title = kRecovered;
     m_report.withoutPlace = static_cast<std::int64_t>(withoutPlace.size());
-    note(fmt::format("the calendars of {} items cannot be read; they are in \"{}\"", withoutPlace.size(), kRecovered));
+    note(tr("the calendars of {} items cannot be read; they are in \"{}\"", withoutPlace.size(), kRecovered));
     return write(recovered, withoutPlace);
   }
 
@@ -189,13 +189,13 @@ class Salvaging {
 Result<SalvageReport> salvage(const std::filesystem::path& file, const std::vector<std::string>& titles,
                               std::chrono::milliseconds busyTimeout, const TextSink& sink) {
   if (!FileState::of(file)) {
-    return failure(ErrorCode::kNotFound, fmt::format("There is no calendar store at \"{}\".", file.string()));
+    return failure(ErrorCode::kNotFound, tr("There is no calendar store at \"{}\".", file.string()));
   }
   auto database = openStoreAsItIs(file, busyTimeout);
   if (!database) {
     // Of what makes a store one nothing can be read; the rows have no meaning without it.
     return failure(database.error().code,
-                   fmt::format("Nothing of \"{}\" can be read: {}", file.string(), database.error().message));
+                   tr("Nothing of \"{}\" can be read: {}", file.string(), database.error().message));
   }
   return Salvaging(*database, sink).run(titles);
 }

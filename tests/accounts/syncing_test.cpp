@@ -174,5 +174,65 @@ TEST_F(SyncNow, CountsFailuresInARowAndForgetsThemWhenItGoesWell) {
   EXPECT_FALSE(kept().trouble);
 }
 
+/// An account on a server that loses answers.
+class AnswersLost : public store::StoreTest {
+ protected:
+  void SetUp() override {
+    StoreTest::SetUp();
+    account = accountNamed("Work");
+    account.settings.address = MemoryServer::home();
+    account.state.homes = {MemoryServer::home()};
+    ASSERT_TRUE(AccountBook(*store).add(account));
+    team = server.addCalendar("team");
+    server.putAs(team + "lunch.ics",
+                 "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:lunch\r\nDTSTAMP:20261101T000000Z\r\n"
+                 "DTSTART:20261103T110000Z\r\nSUMMARY:Lunch\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n");
+    ASSERT_FALSE(sync().failure);
+  }
+  SyncReport sync() { return syncNow(*store, account, server, clock, {}).value(); }
+  /// By somebody else than who syncs.
+  void rename(const std::string& title) {
+    const auto people = opened();
+    store::SearchQuery query;
+    query.text = "lunch";
+    query.calendars = calendarIds();
+    const auto lunch = people->search(query).value();
+    ASSERT_EQ(lunch.size(), 1U);
+    const auto item = people->item(lunch.front().item).value();
+    store::ItemEdit edit{item, *item, {store::ItemField::kTitle}, std::nullopt};
+    edit.values.title = title;
+    ASSERT_TRUE(people->saveEvent(edit, std::nullopt, store::Span::kAll));
+  }
+  std::vector<store::CalendarId> calendarIds() {
+    std::vector<store::CalendarId> ids;
+    const auto calendars = store->calendars(store::CalendarKind::kEvents).value();
+    for (const auto& calendar : calendars) { ids.push_back(calendar.id); }
+    return ids;
+  }
+
+  MemoryServer server;
+  std::string team;  ///< the calendar's address
+  Account account;
+  StandingClock clock;
+};
+
+TEST_F(AnswersLost, AreLookedForOnceMoreAndNothingIsDoneTwice) {
+  rename("Late lunch");
+  server.failNext({.when = MemoryServer::Fault::When::kAfter, .method = "PUT"});
+  const SyncReport report = sync();
+  EXPECT_FALSE(report.failure) << report.failure->message;
+  EXPECT_EQ(report.conflicts, 0U);
+  EXPECT_EQ(server.itemCount(team), 1U);
+  EXPECT_NE(server.itemAt(team + "lunch.ics")->text.find("SUMMARY:Late lunch"), std::string::npos);
+  EXPECT_EQ(account.state.failures, 0);
+}
+
+TEST_F(AnswersLost, AreAFailureTheSecondTime) {
+  rename("Late lunch");
+  server.failNext({.when = MemoryServer::Fault::When::kWithin, .times = 1'000});
+  EXPECT_TRUE(sync().failure);
+  EXPECT_EQ(account.state.failures, 1);
+}
+
 }  // namespace
 }  // namespace orlocal::accounts

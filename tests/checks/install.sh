@@ -50,6 +50,10 @@ run en_US test calendar.txt || wrong "the transcript differs"
 run en_US functions >english.txt
 run de_DE functions >german.txt
 cmp -s english.txt german.txt && wrong "the functions have no German descriptions"
+# No locale but those of the C library need be there.
+speaksGerman() { run de_DE xyzzy 2>&1 | grep -q 'Kein Befehl "xyzzy"' || wrong "$1 does not speak German"; }
+speaksGerman "what was moved"
+run en_US xyzzy 2>&1 | grep -q 'There is no command "xyzzy"' || wrong "English is not English"
 for strings in "$source"/resources/*.lproj/Orlo.strings; do
   language=$(basename "$(dirname "$strings")")
   cmp -s "$strings" "$own/Orlocal.resources/$language/Orlo.strings" || wrong "the strings of $language are not there"
@@ -74,6 +78,7 @@ done <commands.txt
 DESTDIR="$work/staged" "$cmake" --install "$build" --prefix /usr >/dev/null
 program="$work/staged/usr/bin/orlocal"
 run en_US --version | grep -qF "$version" || wrong "what was staged for a package does not run"
+speaksGerman "what was staged for a package"
 
 [ $status = 0 ] && echo "install: as meant"
 exit $status

@@ -38,6 +38,7 @@ KNOWS = {
     "accounts/sync": {"accounts/dav", "accounts/transport", *SHOWN, "store/edits", "store/icalendar"},
     "accounts": {"accounts/dav", "accounts/discovery", "accounts/sync", "accounts/transport", *SHOWN, "store/edits",
                  "store/icalendar"},
+    "host/language": {"base"},
     "host/fmwrapper": {"base", "platform/host"},
     "host/plugin": {"base", "host/fmwrapper", "platform/host"},
     "host/check": {"base", "host/fmwrapper", "host/plugin", "platform/host"},
@@ -74,7 +75,7 @@ KNOWS = {
                                                            "command_line", "guide", "invitations", "reports",
                                                            "scripting", "settings", "transfer", "views", "watching")},
     "host": {"base", "host/calc", "host/commands", "host/commands/command_line", "host/console", "host/fmwrapper",
-             "host/plugin"},
+             "host/language", "host/plugin"},
 }
 
 # Layers that know the C++ standard library and our own headers, and nothing else of the outside.

@@ -10,6 +10,7 @@
 #include "accounts/dav/trouble.h"
 #include "accounts/transport/url.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::accounts {
@@ -18,7 +19,7 @@ namespace {
 constexpr int kMultiStatusCode = 207;
 constexpr int kTooMuch = 507;
 
-Refusal nonsense(const std::string& url, const char* why, int status) {
+Refusal nonsense(const std::string& url, const std::string& why, int status) {
   return refusal(Trouble::kNonsense, shownUrl(url) + ": " + why + ".", status);
 }
 
@@ -76,7 +77,7 @@ Answer<std::optional<PropStat>> refusalWithin(const HttpResponse& response) {
   std::optional<PropStat> refused;
   if (response.status != kMultiStatusCode) { return refused; }
   const auto multistatus = readMultistatus(response.body);
-  if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
+  if (!multistatus) { return nonsense(response.url, tr("the answer cannot be read"), response.status); }
   for (const DavResponse& said : multistatus->responses) {
     if (!refused) { refused = said.refusal(); }
   }
@@ -98,10 +99,10 @@ Answer<Multistatus> DavServer::ask(const char* method, const std::string& url, c
                                   std::move(body)));
   answeredFrom = response.url;
   if (response.status != kMultiStatusCode) {
-    return nonsense(response.url, "what answers there is no calendar server", response.status);
+    return nonsense(response.url, tr("what answers there is no calendar server"), response.status);
   }
   auto multistatus = readMultistatus(response.body);
-  if (!multistatus) { return nonsense(response.url, "the answer cannot be read", response.status); }
+  if (!multistatus) { return nonsense(response.url, tr("the answer cannot be read"), response.status); }
   for (const DavResponse& said : multistatus->responses) {
     // Nothing to list, since what should be listed is not there or closed to us, is no empty list.
     if (said.status >= 400 && said.status != kTooMuch && isAbout(said, response.url, response.url)) {
@@ -138,7 +139,7 @@ Answer<RemoteCalendar> DavServer::calendar(const std::string& url) {
     if (response.hrefs.empty() || !isCalendar(response)) { continue; }
     return calendarOf(response, listedUrl(base, response.hrefs.front()));
   }
-  return refusal(Trouble::kNotFound, shownUrl(base) + ": there is no calendar.", kMultiStatusCode);
+  return refusal(Trouble::kNotFound, tr("{}: there is no calendar.", shownUrl(base)), kMultiStatusCode);
 }
 
 Answer<RemoteChanges> DavServer::changesSince(const std::string& calendar, const std::string& token) {
@@ -167,7 +168,7 @@ Answer<RemoteChanges> DavServer::changesSince(const std::string& calendar, const
     }
   }
   if (changes.more && (changes.token.empty() || changes.token == token)) {
-    return nonsense(base, "the server says that there is more, and never how to go on", kMultiStatusCode);
+    return nonsense(base, tr("the server says that there is more, and never how to go on"), kMultiStatusCode);
   }
   return changes;
 }
@@ -222,7 +223,9 @@ Answer<RemoteTexts> DavServer::texts(const std::string& calendar, std::span<cons
 
 Answer<RemoteText> DavServer::text(const std::string& url) {
   ORLOCAL_TRY(auto response, send("GET", url, {{"Accept", "text/calendar"}}, ""));
-  if (!holdsCalendar(response.body)) { return nonsense(response.url, "the answer is no calendar", response.status); }
+  if (!holdsCalendar(response.body)) {
+    return nonsense(response.url, tr("the answer is no calendar"), response.status);
+  }
   return RemoteText{url, response.header("ETag").value_or(""), std::move(response.body)};
 }
 
@@ -231,7 +234,7 @@ Answer<Written> DavServer::put(const std::string& url, const std::string& text, 
   if (condition.kind == Precondition::Kind::kIsNew) {
     headers.push_back({"If-None-Match", "*"});
   } else if (condition.etag.empty()) {
-    return refusal(Trouble::kPrecondition, shownUrl(url) + ": nobody knows what it is like on the server.");
+    return refusal(Trouble::kPrecondition, tr("{}: nobody knows what it is like on the server.", shownUrl(url)));
   } else {
     headers.push_back({"If-Match", condition.etag});
   }
@@ -257,12 +260,12 @@ Answer<RemoteCalendar> DavServer::makeCalendar(const std::string& url, const New
   auto stands = calendar(url);
   if (!made) {
     // 403, 405 and 409 are what servers say of a name that is taken.
-    return stands ? refusal(Trouble::kClash, shownUrl(url) + ": a calendar is there already.", made.error().status)
+    return stands ? refusal(Trouble::kClash, tr("{}: a calendar is there already.", shownUrl(url)), made.error().status)
                   : Refusal(made.error());
   }
   if (!stands && stands.error().trouble == Trouble::kNotFound) {
-    return refusal(Trouble::kUnsupported, shownUrl(url) + ": the server says that it made the calendar, and has none.",
-                   made->status);
+    return refusal(Trouble::kUnsupported,
+                   tr("{}: the server says that it made the calendar, and has none.", shownUrl(url)), made->status);
   }
   if (!stands || !setMissing(*stands, wanted)) { return stands; }
   auto again = calendar(stands->url);
@@ -291,7 +294,8 @@ Answer<void> DavServer::setProperty(const std::string& calendar, CalendarPropert
   ServerFailure failure = refusalBy(response.url, refused->status, refused->errors);
   // Of a property these mean that the server has no such one, and not what they mean of a resource.
   if (failure.trouble == Trouble::kNotFound || failure.trouble == Trouble::kClash) {
-    failure = {Trouble::kUnsupported, shownUrl(response.url) + ": the server does not keep that.", refused->status, {}};
+    failure = {
+        Trouble::kUnsupported, tr("{}: the server does not keep that.", shownUrl(response.url)), refused->status, {}};
   }
   return Refusal(std::move(failure));
 }

@@ -13,6 +13,7 @@
 #include "accounts/transport/url.h"
 #include "base/civil_date.h"
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace orlocal::accounts {
 namespace {
@@ -68,23 +69,23 @@ constexpr StatusMeaning kStatuses[] = {
 
 struct TroubleWords {
   Trouble trouble;
-  std::string_view words;
+  const char* words;
 };
 constexpr TroubleWords kWords[] = {
-    {Trouble::kUnauthorized, "the user's name or password is not taken"},
-    {Trouble::kForbidden, "the server forbids it"},
-    {Trouble::kNotFound, "it is not there"},
-    {Trouble::kClash, "something with that identifier or name is there already"},
-    {Trouble::kPrecondition, "it was changed on the server meanwhile"},
-    {Trouble::kLocked, "somebody has locked it"},
-    {Trouble::kTooLarge, "it is more than the server takes or gives"},
-    {Trouble::kRefused, "the server does not take the content"},
-    {Trouble::kLater, "the server has no time now"},
-    {Trouble::kFull, "the server has no room left"},
-    {Trouble::kInvalidToken, "the server no longer knows what was synced last"},
-    {Trouble::kUnsupported, "the server cannot do that"},
-    {Trouble::kServerError, "the server failed"},
-    {Trouble::kNonsense, "the answer is none to what was asked"},
+    {Trouble::kUnauthorized, translatable("the user's name or password is not taken")},
+    {Trouble::kForbidden, translatable("the server forbids it")},
+    {Trouble::kNotFound, translatable("it is not there")},
+    {Trouble::kClash, translatable("something with that identifier or name is there already")},
+    {Trouble::kPrecondition, translatable("it was changed on the server meanwhile")},
+    {Trouble::kLocked, translatable("somebody has locked it")},
+    {Trouble::kTooLarge, translatable("it is more than the server takes or gives")},
+    {Trouble::kRefused, translatable("the server does not take the content")},
+    {Trouble::kLater, translatable("the server has no time now")},
+    {Trouble::kFull, translatable("the server has no room left")},
+    {Trouble::kInvalidToken, translatable("the server no longer knows what was synced last")},
+    {Trouble::kUnsupported, translatable("the server cannot do that")},
+    {Trouble::kServerError, translatable("the server failed")},
+    {Trouble::kNonsense, translatable("the answer is none to what was asked")},
 };
 
 template <class Table, class Matches>
@@ -135,8 +136,8 @@ ServerFailure refusalBy(std::string_view url, int status, std::span<const XmlEle
   const auto* words = foundIn(kWords, [&](const TroubleWords& one) { return one.trouble == trouble; });
   const auto* condition = meaningIn(conditions);
   return {trouble,
-          fmt::format("{}: {} ({}{}{}).", shownUrl(url), words->words, status, condition == nullptr ? "" : ", ",
-                      condition == nullptr ? "" : condition->name.local),
+          fmt::format("{}: {} ({}{}{}).", shownUrl(url), translated(words->words), status,
+                      condition == nullptr ? "" : ", ", condition == nullptr ? "" : condition->name.local),
           status, std::nullopt};
 }
 

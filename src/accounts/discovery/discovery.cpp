@@ -14,6 +14,7 @@
 #include "accounts/dav/trouble.h"
 #include "accounts/transport/url.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::accounts {
@@ -85,11 +86,10 @@ bool Finder::mayHavePassword(const std::string& url) const {
 }
 
 Refusal notUnasked(const std::string& from, const std::string& to) {
-  return refusal(
-      Trouble::kUnauthorized,
-      fmt::format("{} leads to {}, which gets no password unless it is named: if that is your server, add the "
-                  "account with that address.",
-                  shownUrl(from), shownUrl(to)));
+  return refusal(Trouble::kUnauthorized,
+                 tr("{} leads to {}, which gets no password unless it is named: if that is your server, add the "
+                    "account with that address.",
+                    shownUrl(from), shownUrl(to)));
 }
 
 Answer<HttpResponse> Finder::ask(const std::string& url, const std::string& body) {
@@ -109,7 +109,7 @@ Answer<Page> Finder::look(const std::string& url, std::span<const XmlName> prope
   }
   auto content = response.status == kMultiStatusCode ? readMultistatus(response.body) : std::nullopt;
   if (!content) {
-    return refusal(Trouble::kNonsense, shownUrl(response.url) + ": what answers there is no calendar server.",
+    return refusal(Trouble::kNonsense, tr("{}: what answers there is no calendar server.", shownUrl(response.url)),
                    response.status);
   }
   return Page{std::move(*content), std::move(response.url)};
@@ -145,7 +145,7 @@ Answer<FoundAccount> Finder::accountAt(const std::string& url) {
   ORLOCAL_TRY(const Page page, look(url, kAsked));
   const auto principal = principalIn(page);
   if (!principal) {
-    return refusal(Trouble::kNotFound, shownUrl(page.url) + ": the server does not say who the user is.",
+    return refusal(Trouble::kNotFound, tr("{}: the server does not say who the user is.", shownUrl(page.url)),
                    kMultiStatusCode);
   }
   if (originOf(*principal) != originOf(page.url) && !mayHavePassword(*principal)) {
@@ -165,7 +165,7 @@ Answer<FoundAccount> Finder::accountOf(const std::string& principal) {
     }
   }
   if (found.homes.empty()) {
-    return refusal(Trouble::kNotFound, shownUrl(page.url) + ": this user has no calendars.", kMultiStatusCode);
+    return refusal(Trouble::kNotFound, tr("{}: this user has no calendars.", shownUrl(page.url)), kMultiStatusCode);
   }
   for (const std::string& home : found.homes) {
     if (originOf(home) != originOf(page.url) && !mayHavePassword(home)) { return notUnasked(page.url, home); }
@@ -240,8 +240,7 @@ Answer<FoundAccount> Finder::find(const std::string& address, const ServiceLooku
 ServerFailure Finder::failureFor(const std::string& address) const {
   // What somebody can do something about comes first.
   constexpr std::array kTelling{Trouble::kUnauthorized, Trouble::kUntrusted, Trouble::kForbidden, Trouble::kLater};
-  ServerFailure failure{Trouble::kNotFound, fmt::format("No calendars were found at {}.", shownUrl(address)), 0,
-                        std::nullopt};
+  ServerFailure failure{Trouble::kNotFound, tr("No calendars were found at {}.", shownUrl(address)), 0, std::nullopt};
   for (const ServerFailure& one : m_failures) { failure.message += " " + one.message; }
   const auto is = [](Trouble trouble) {
     return [trouble](const ServerFailure& one) { return one.trouble == trouble; };
@@ -265,9 +264,9 @@ ServerFailure Finder::failureFor(const std::string& address) const {
 Answer<FoundAccount> findAccount(Transport& transport, const std::string& address, const ServiceLookup& lookup) {
   auto given = readAddress(address);
   if (!given) {
-    return refusal(Trouble::kNotFound, fmt::format("\"{}\" is no address of a server: https://dav.example.org, or "
-                                                   "ann@example.org.",
-                                                   shownUrl(address)));
+    return refusal(Trouble::kNotFound, tr("\"{}\" is no address of a server: https://dav.example.org, or "
+                                          "ann@example.org.",
+                                          shownUrl(address)));
   }
   return Finder(transport, std::move(*given)).find(address, lookup);
 }

@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
+
 namespace orlocal::accounts {
 namespace {
 
@@ -174,12 +176,13 @@ std::string written(const State& state, void (*visit)(Writer&, const State&)) {
 }
 
 template <class State>
-Result<State> readBack(std::string_view text, const char* what, void (*visit)(Reader&, State&)) {
+Result<State> readBack(std::string_view text, const std::string& what, void (*visit)(Reader&, State&)) {
   const json object = json::parse(text, nullptr, false);
   if (!object.is_object()) {
-    return failure(ErrorCode::kCorrupt,
-                   std::string("What the store keeps of ") + what +
-                       " is damaged; remove the account (orlocal account remove) and add it anew.");
+    return failure(
+        ErrorCode::kCorrupt,
+        tr("What the store keeps of {} is damaged; remove the account (orlocal account remove) and add it anew.",
+           what));
   }
   State state;
   Reader reader(object);
@@ -191,17 +194,17 @@ Result<State> readBack(std::string_view text, const char* what, void (*visit)(Re
 
 std::string AccountSettings::text() const { return written<AccountSettings>(*this, visitSettings); }
 Result<AccountSettings> AccountSettings::ofText(std::string_view text) {
-  return readBack<AccountSettings>(text, "an account", visitSettings);
+  return readBack<AccountSettings>(text, tr("an account"), visitSettings);
 }
 
 std::string AccountState::text() const { return written<AccountState>(*this, visitState); }
 Result<AccountState> AccountState::ofText(std::string_view text) {
-  return readBack<AccountState>(text, "an account", visitState);
+  return readBack<AccountState>(text, tr("an account"), visitState);
 }
 
 std::string MirrorState::text() const { return written<MirrorState>(*this, visitMirror); }
 Result<MirrorState> MirrorState::ofText(std::string_view text) {
-  return readBack<MirrorState>(text, "a calendar of an account", visitMirror);
+  return readBack<MirrorState>(text, tr("a calendar of an account"), visitMirror);
 }
 
 }  // namespace orlocal::accounts

@@ -7,6 +7,7 @@
 #include "accounts/sync/fetching.h"
 #include "accounts/sync/local_changes.h"
 #include "accounts/sync/sending.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
 
@@ -39,7 +40,7 @@ Answer<void> run(SyncContext& context) {
   ORLOCAL_TRY(auto both, CalendarList(context).run());
   std::vector<store::Mirror> mirrors;
   for (MirroredCalendar& calendar : both) {
-    if (context.stopped()) { return refusal(Trouble::kInterrupted, "The sync was stopped."); }
+    if (context.stopped()) { return refusal(Trouble::kInterrupted, tr("The sync was stopped.")); }
     ORLOCAL_CHECK(passed(context, calendar, Fetching(context, calendar.mirror, calendar.remote).run()));
     mirrors.push_back(calendar.mirror);
   }

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "accounts/transport/url.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
 #include "store/icalendar/calendar_color.h"
@@ -273,8 +274,8 @@ Answer<void> CalendarList::removeHere(const Mirror& mirror) {
       ORLOCAL_STORE_CHECK(writer->updateCalendar(*calendar));
       m_context.report.troubles.push_back(
           {calendar->title, "",
-           "it was removed on the server; as it holds changes that the server never got, it stays here "
-           "as a calendar of this machine"});
+           tr("it was removed on the server; as it holds changes that the server never got, it stays here "
+              "as a calendar of this machine")});
     }
   } else {
     ORLOCAL_STORE_CHECK(writer->removeCalendar(mirror.calendar));

@@ -6,6 +6,7 @@
 #include "accounts/sync/conflict_view.h"
 #include "accounts/sync/merge.h"
 #include "accounts/sync/server_text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
 #include "store/icalendar/item_text.h"
@@ -24,7 +25,7 @@ Result<store::CalendarId> calendarOf(ItemWriter& writer, const Conflict& conflic
   const auto mirror = std::find_if(mirrors.begin(), mirrors.end(),
                                    [&](const store::Mirror& each) { return each.id == conflict.mirror; });
   if (mirror != mirrors.end()) { return mirror->calendar; }
-  return failure(ErrorCode::kNotFound, "The calendar of the conflict is no longer in the calendar store.");
+  return failure(ErrorCode::kNotFound, tr("The calendar of the conflict is no longer in the calendar store."));
 }
 
 /// A copy of ours, which nothing ties to the item that it was.
@@ -46,7 +47,7 @@ Status takeMine(ItemWriter& writer, const Conflict& conflict, const ServerText& 
   const ItemState current{store::itemText(now->item), now->item};
   const std::string text = withFields(current, *mine.item(), fieldsOf(conflict));
   const ServerText chosen = ServerText::read(text, kName);
-  if (!chosen.item()) { return failure(ErrorCode::kCorrupt, "The version that was kept cannot be read any more."); }
+  if (!chosen.item()) { return failure(ErrorCode::kCorrupt, tr("The version that was kept cannot be read any more.")); }
   ORLOCAL_TRY(const auto put, chosen.putInto(writer, now->item.main.calendar, now->item.main.uid));
   return writer.remotes().noteUnsent(put.main);
 }
@@ -65,7 +66,7 @@ Status settle(store::CalendarStore& store, const Conflict& conflict, ConflictCho
     }
   } else {
     const ServerText mine = ServerText::read(*conflict.mine, kName);
-    if (!mine.item()) { return failure(ErrorCode::kCorrupt, "The version that was kept cannot be read any more."); }
+    if (!mine.item()) { return failure(ErrorCode::kCorrupt, tr("The version that was kept cannot be read any more.")); }
     if (removedThere && conflict.item) {
       ORLOCAL_CHECK(writer->remotes().noteUnsent(*conflict.item));
     } else if (choice == ConflictChoice::kBoth) {

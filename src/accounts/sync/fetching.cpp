@@ -9,6 +9,7 @@
 
 #include "accounts/sync/server_text.h"
 #include "accounts/transport/url.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
 #include "store/remote_reader.h"
@@ -168,7 +169,7 @@ void Fetching::suspectUnlisted(const std::vector<RemoteEntry>& listed, News& new
 Answer<void> Fetching::fetch(const std::vector<std::string>& urls, TakingIn& takingIn, bool showsProgress) {
   std::size_t atOnce = kTextsAtOnce;
   for (std::size_t from = 0; from < urls.size();) {
-    if (m_context.stopped()) { return refusal(Trouble::kInterrupted, "The sync was stopped."); }
+    if (m_context.stopped()) { return refusal(Trouble::kInterrupted, tr("The sync was stopped.")); }
     if (showsProgress && m_context.progress) {
       m_context.progress(fmt::format("{}: {} of {}", m_state.agreed.title, from, urls.size()));
     }

@@ -1,5 +1,6 @@
 #include "accounts/sync/guarded_writes.h"
 
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::accounts {
@@ -17,7 +18,7 @@ Answer<Written> GuardedWrites::create(const std::string& url, const std::string&
 Answer<void> GuardedWrites::checkByAsking(const std::string& url, const std::string& etag) {
   ORLOCAL_TRY(const RemoteText now, m_server.text(url));
   if (now.etag == etag) { return {}; }
-  return refusal(Trouble::kPrecondition, "It was changed on the server meanwhile.");
+  return refusal(Trouble::kPrecondition, tr("It was changed on the server meanwhile."));
 }
 
 Answer<Written> GuardedWrites::update(const std::string& url, const std::string& text, const std::string& etag) {

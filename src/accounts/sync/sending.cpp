@@ -8,6 +8,7 @@
 #include "accounts/sync/merge.h"
 #include "accounts/sync/taking_in.h"
 #include "accounts/transport/url.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/item_writer.h"
 #include "store/icalendar/item_text.h"
@@ -63,7 +64,7 @@ Answer<void> Sending::run() {
   Answer<void> outcome;
   std::size_t done = 0;
   for (const ItemId item : items) {
-    if (m_context.stopped()) { outcome = refusal(Trouble::kInterrupted, "The sync was stopped."); }
+    if (m_context.stopped()) { outcome = refusal(Trouble::kInterrupted, tr("The sync was stopped.")); }
     if (!outcome) { break; }
     if (m_context.progress) { m_context.progress(fmt::format("sending {} of {}", ++done, items.size())); }
     outcome = one(item);
@@ -191,7 +192,8 @@ Answer<Sending::Task> Sending::plannedUpdate(ItemWriter& writer, Task task, cons
   const ServerText known = ServerText::read(resource.text, resource.key);
   if (!known.item()) {
     m_context.report.troubles.push_back(
-        {task.mirror->url, task.title, "the server's own text of it cannot be read; the change made here stays here"});
+        {task.mirror->url, task.title,
+         tr("the server's own text of it cannot be read; the change made here stays here")});
     task.kind = Task::Kind::kLeave;
     return task;
   }

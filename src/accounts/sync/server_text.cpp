@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "base/hash.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/item_text.h"
 
@@ -35,7 +36,7 @@ ServerText ServerText::read(const std::string& text, const std::string& name) {
   if (!problems.refused.empty()) { made.m_trouble = problems.refused.front().message; }
   if (made.m_groups.empty()) { return made; }
   if (made.m_groups.size() > 1) {
-    made.m_trouble = fmt::format("the server keeps {} items in one text; the first was taken", made.m_groups.size());
+    made.m_trouble = tr("the server keeps {} items in one text; the first was taken", made.m_groups.size());
     made.m_groups.resize(1);
   }
   made.m_item = wholeOf(made.m_groups.front());

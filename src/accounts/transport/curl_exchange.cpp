@@ -9,6 +9,7 @@
 
 #include "accounts/transport/url.h"
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace orlocal::accounts {
 namespace {
@@ -221,7 +222,7 @@ Answer<HttpResponse> CurlExchange::perform(const HttpRequest& request, const Cre
   incoming.mostBytes = handle.options.mostBytes;
   incoming.stop = handle.options.stop;
   const HeaderList headers = headersOf(request, credentials);
-  if (!handle.curl) { return refusal(Trouble::kUnreachable, "There is no memory for a connection."); }
+  if (!handle.curl) { return refusal(Trouble::kUnreachable, tr("There is no memory for a connection.")); }
   handle.setRequest(request, credentials, incoming);
   handle.set(CURLOPT_HTTPHEADER, headers.get());
   handle.words.front() = '\0';
@@ -234,9 +235,9 @@ Answer<HttpResponse> CurlExchange::perform(const HttpRequest& request, const Cre
     const std::string shown = shownUrl(request.url);
     switch (trouble) {
       case Trouble::kInterrupted:
-        return refusal(trouble, shown + ": stopped.");
+        return refusal(trouble, tr("{}: stopped.", shown));
       case Trouble::kTooLarge:
-        return refusal(trouble, fmt::format("{}: the answer has more than {} bytes.", shown, incoming.mostBytes));
+        return refusal(trouble, tr("{}: the answer has more than {} bytes.", shown, incoming.mostBytes));
       default:
         return refusal(trouble,
                        fmt::format("{}: {}{}.", shown, trouble == Trouble::kAnswerLost ? "no whole answer came: " : "",
@@ -245,14 +246,15 @@ Answer<HttpResponse> CurlExchange::perform(const HttpRequest& request, const Cre
   }
   if (!incoming.headEnded) {
     // libcurl takes a connection that ends among the headers for the answer's end.
-    return refusal(Trouble::kAnswerLost, shownUrl(request.url) + ": no whole answer came: the headers were cut short.");
+    return refusal(Trouble::kAnswerLost,
+                   tr("{}: no whole answer came: the headers were cut short.", shownUrl(request.url)));
   }
   long status = 0;
   curl_easy_getinfo(handle.curl.get(), CURLINFO_RESPONSE_CODE, &status);
   incoming.response.status = static_cast<int>(status);
   if (incoming.wentOutTwice && isWrite(request.method) && isRefusal(incoming.response.status)) {
     return refusal(Trouble::kAnswerLost,
-                   shownUrl(request.url) + ": the connection broke; it may have been done before.");
+                   tr("{}: the connection broke; it may have been done before.", shownUrl(request.url)));
   }
   incoming.response.url = withoutUser(request.url);
   return std::move(incoming.response);

@@ -10,6 +10,7 @@
 #include "accounts/transport/curl_exchange.h"
 #include "accounts/transport/redirect.h"
 #include "accounts/transport/url.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::accounts {
@@ -28,7 +29,7 @@ bool isField(const HttpHeader& header) {
 }
 
 Refusal unsendable(const std::string& url) {
-  return refusal(Trouble::kNonsense, shownUrl(url) + ": this is no request that can be sent.");
+  return refusal(Trouble::kNonsense, tr("{}: this is no request that can be sent.", shownUrl(url)));
 }
 
 }  // namespace
@@ -132,7 +133,7 @@ Answer<HttpResponse> CurlTransport::State::follow(const HttpRequest& request) {
     sent.url = std::move(*target);
   }
   return refusal(Trouble::kUntrusted,
-                 fmt::format("{} leads from one address to the next without an end.", shownUrl(request.url)));
+                 tr("{} leads from one address to the next without an end.", shownUrl(request.url)));
 }
 
 CurlTransport::CurlTransport(TransportOptions options) : m_state(std::make_unique<State>(std::move(options))) {

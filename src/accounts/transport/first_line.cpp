@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 extern char** environ;
@@ -107,19 +108,19 @@ Result<std::string> firstLineOf(const std::string& command, std::chrono::millise
                                 const std::atomic<bool>* stop) {
   const Clock::time_point until = Clock::now() + limit;
   const auto patience = [&]() -> Status {
-    if (stop != nullptr && *stop) { return failure(ErrorCode::kInterrupted, subject + " was stopped."); }
+    if (stop != nullptr && *stop) { return failure(ErrorCode::kInterrupted, tr("{} was stopped.", subject)); }
     if (Clock::now() < until) { return {}; }
-    return failure(ErrorCode::kIo, fmt::format("{} did not end within {} seconds.", subject,
-                                               std::chrono::ceil<std::chrono::seconds>(limit).count()));
+    return failure(ErrorCode::kIo, tr("{} did not end within {} seconds.", subject,
+                                      std::chrono::ceil<std::chrono::seconds>(limit).count()));
   };
   Command running;
   if (const int error = running.start(command); error != 0) {
-    return failure(ErrorCode::kIo, fmt::format("{} cannot be started: {}.", subject, systemReason(error)));
+    return failure(ErrorCode::kIo, tr("{} cannot be started: {}.", subject, systemReason(error)));
   }
   std::string output;
   while (running.read(output)) {
     ORLOCAL_CHECK(patience());
-    if (output.size() > kMostOutput) { return failure(ErrorCode::kTooLarge, subject + " prints too much."); }
+    if (output.size() > kMostOutput) { return failure(ErrorCode::kTooLarge, tr("{} prints too much.", subject)); }
   }
   int status = 0;
   while (!running.ended(status)) {
@@ -127,10 +128,10 @@ Result<std::string> firstLineOf(const std::string& command, std::chrono::millise
     std::this_thread::sleep_for(kPatience / 10);
   }
   if (WIFSIGNALED(status)) {
-    return failure(ErrorCode::kIo, fmt::format("{} was ended by signal {}.", subject, WTERMSIG(status)));
+    return failure(ErrorCode::kIo, tr("{} was ended by signal {}.", subject, WTERMSIG(status)));
   }
   if (WEXITSTATUS(status) != 0) {
-    return failure(ErrorCode::kIo, fmt::format("{} ended with status {}.", subject, WEXITSTATUS(status)));
+    return failure(ErrorCode::kIo, tr("{} ended with status {}.", subject, WEXITSTATUS(status)));
   }
   return std::string(firstLineIn(output));
 }

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "accounts/transport/url.h"
+#include "base/translation.h"
 
 namespace orlocal::accounts {
 namespace {
@@ -28,8 +29,7 @@ Answer<std::optional<std::string>> redirectOf(const std::string& url, std::strin
   const std::optional<std::string> from = originOf(url);
   const std::optional<std::string> to = originOf(target);
   if (!to || (from && from->starts_with("https://") && !to->starts_with("https://"))) {
-    return refusal(Trouble::kUntrusted,
-                   fmt::format("{} leads to {}, where we do not go.", shownUrl(url), shownUrl(target)),
+    return refusal(Trouble::kUntrusted, tr("{} leads to {}, where we do not go.", shownUrl(url), shownUrl(target)),
                    response.status);
   }
   return target;

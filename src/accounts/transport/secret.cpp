@@ -12,6 +12,7 @@
 
 #include "accounts/transport/first_line.h"
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::accounts {
@@ -46,7 +47,7 @@ Failed unreadable(const std::string& subject, const std::filesystem::path& file,
   const ErrorCode code = error == ENOENT   ? ErrorCode::kNotFound
                          : error == EACCES ? ErrorCode::kNotPermitted
                                            : ErrorCode::kIo;
-  return failure(code, fmt::format("{} cannot be read from \"{}\": {}.", subject, file.string(), systemReason(error)));
+  return failure(code, tr("{} cannot be read from \"{}\": {}.", subject, file.string(), systemReason(error)));
 }
 
 /// As the service manager gives credentials to services, they lie in a folder that only the service may enter, and the
@@ -55,16 +56,16 @@ Status checkMode(const std::string& subject, const std::filesystem::path& file, 
                  bool isCredential) {
   const mode_t forbidden = isCredential ? S_IRWXO | S_IWGRP : S_IRWXO | S_IRWXG;
   if (!S_ISREG(found.st_mode)) {
-    return failure(ErrorCode::kInvalid, fmt::format("{} is kept in \"{}\", which is no file.", subject, file.string()));
+    return failure(ErrorCode::kInvalid, tr("{} is kept in \"{}\", which is no file.", subject, file.string()));
   }
   if (found.st_uid != ::geteuid() && found.st_uid != 0) {
     return failure(ErrorCode::kNotPermitted,
-                   fmt::format("{} is kept in \"{}\", which belongs to another user.", subject, file.string()));
+                   tr("{} is kept in \"{}\", which belongs to another user.", subject, file.string()));
   }
   if ((found.st_mode & forbidden) != 0) {
     return failure(ErrorCode::kNotPermitted,
-                   fmt::format("{} is kept in \"{}\", which others may open (its mode is {:04o}); make that 0600.",
-                               subject, file.string(), found.st_mode & 07777U));
+                   tr("{} is kept in \"{}\", which others may open (its mode is {:04o}); make that 0600.", subject,
+                      file.string(), found.st_mode & 07777U));
   }
   return {};
 }
@@ -77,9 +78,9 @@ Result<std::string> firstLineOfFile(const std::filesystem::path& name, const std
     const char* folder = std::getenv("CREDENTIALS_DIRECTORY");
     if (folder == nullptr || *folder == '\0') {
       return failure(ErrorCode::kNotFound,
-                     fmt::format("{} is the credential \"{}\", and nothing says where credentials are: set "
-                                 "CREDENTIALS_DIRECTORY, or name the file with its whole path.",
-                                 subject, name.string()));
+                     tr("{} is the credential \"{}\", and nothing says where credentials are: set "
+                        "CREDENTIALS_DIRECTORY, or name the file with its whole path.",
+                        subject, name.string()));
     }
     file = std::filesystem::path(folder) / name;
   }
@@ -95,14 +96,14 @@ Result<std::string> firstLineOfFile(const std::filesystem::path& name, const std
 
 /// What can be sent: passwords travel encoded, tokens as they are.
 Result<Secret> checkedSecret(std::string value, bool isToken, const std::string& subject) {
-  if (value.empty()) { return failure(ErrorCode::kInvalid, subject + " is empty."); }
+  if (value.empty()) { return failure(ErrorCode::kInvalid, tr("{} is empty.", subject)); }
   const auto fits = [&](char c) {
     const auto byte = static_cast<unsigned char>(c);
     return isToken ? byte > ' ' && byte < 0x7F : byte >= ' ' && byte != 0x7F;
   };
   if (!std::all_of(value.begin(), value.end(), fits)) {
-    return failure(ErrorCode::kInvalid,
-                   subject + (isToken ? " has characters that no token has." : " has control characters."));
+    return failure(ErrorCode::kInvalid, isToken ? tr("{} has characters that no token has.", subject)
+                                                : tr("{} has control characters.", subject));
   }
   return Secret{std::move(value), isToken};
 }
@@ -129,37 +130,38 @@ Result<SecretSource> secretSourceOf(std::string_view text) {
   if (!rest.empty() && kind == "file") { return PasswordFile{rest}; }
   if (!rest.empty() && kind == "command") { return PasswordCommand{rest}; }
   if (!rest.empty() && kind == "token") { return TokenCommand{rest}; }
-  return failure(ErrorCode::kInvalid, fmt::format("\"{}\" is no place for a password.", text));
+  return failure(ErrorCode::kInvalid, tr("\"{}\" is no place for a password.", text));
 }
 
 Result<Secret> secretOf(const SecretSource& source, std::string_view account, const std::string& accountName,
                         const SecretsFile& kept, const std::atomic<bool>* stop) {
-  const std::string subject = fmt::format("The password of the account \"{}\"", accountName);
+  const std::string subject = tr("The password of the account \"{}\"", accountName);
   const auto run = [&](const std::string& command, bool isToken) -> Result<Secret> {
     const std::string what = isToken ? "token" : "password";
     ORLOCAL_TRY(auto line, firstLineOf(command, kCommandLimit,
-                                       fmt::format("The {} command of the account \"{}\"", what, accountName), stop));
+                                       tr("The {} command of the account \"{}\"", what, accountName), stop));
     return checkedSecret(std::move(line), isToken,
-                         fmt::format("What the {} command of the account \"{}\" prints", what, accountName));
+                         tr("What the {} command of the account \"{}\" prints", what, accountName));
   };
-  return std::visit(Overloaded{
-                        [&](const NoPassword&) -> Result<Secret> { return Secret{}; },
-                        [&](const KeptPassword&) -> Result<Secret> {
-                          ORLOCAL_TRY(auto password, kept.password(account));
-                          if (password) { return checkedSecret(std::move(*password), false, subject); }
-                          return failure(ErrorCode::kNotFound,
-                                         subject +
-                                             " is not kept here; add the account again, or give it a command "
-                                             "or a file that has the password.");
-                        },
-                        [&](const PasswordFile& file) -> Result<Secret> {
-                          ORLOCAL_TRY(auto line, firstLineOfFile(file.file, subject));
-                          return checkedSecret(std::move(line), false, subject);
-                        },
-                        [&](const PasswordCommand& command) { return run(command.command, false); },
-                        [&](const TokenCommand& command) { return run(command.command, true); },
-                    },
-                    source);
+  return std::visit(
+      Overloaded{
+          [&](const NoPassword&) -> Result<Secret> { return Secret{}; },
+          [&](const KeptPassword&) -> Result<Secret> {
+            ORLOCAL_TRY(auto password, kept.password(account));
+            if (password) { return checkedSecret(std::move(*password), false, subject); }
+            return failure(
+                ErrorCode::kNotFound,
+                tr("{} is not kept here; add the account again, or give it a command or a file that has the password.",
+                   subject));
+          },
+          [&](const PasswordFile& file) -> Result<Secret> {
+            ORLOCAL_TRY(auto line, firstLineOfFile(file.file, subject));
+            return checkedSecret(std::move(line), false, subject);
+          },
+          [&](const PasswordCommand& command) { return run(command.command, false); },
+          [&](const TokenCommand& command) { return run(command.command, true); },
+      },
+      source);
 }
 
 }  // namespace orlocal::accounts

@@ -16,6 +16,7 @@
 #include "accounts/transport/secret.h"
 #include "base/system_reason.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "base/whole_input.h"
 
@@ -31,8 +32,7 @@ Failed secretsFailure(const std::filesystem::path& file, const char* what, int e
   const ErrorCode code = error == EACCES || error == EPERM || error == EROFS ? ErrorCode::kNotPermitted
                          : error == ENOSPC || error == EDQUOT                ? ErrorCode::kFull
                                                                              : ErrorCode::kIo;
-  return failure(
-      code, fmt::format("The file of passwords \"{}\" cannot be {}: {}.", file.string(), what, systemReason(error)));
+  return failure(code, tr("The file of passwords \"{}\" cannot be {}: {}.", file.string(), what, systemReason(error)));
 }
 
 Result<std::vector<KeptLine>> readKept(const std::filesystem::path& file) {
@@ -42,11 +42,10 @@ Result<std::vector<KeptLine>> readKept(const std::filesystem::path& file) {
     return secretsFailure(file, "read", errno);
   }
   if (found.st_uid != ::geteuid() || (found.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-    return failure(
-        ErrorCode::kNotPermitted,
-        fmt::format("The file of passwords \"{}\" must be this user's alone; it has the mode {:04o}. Change the "
-                    "passwords that it holds if others could read them, and make its mode 0600.",
-                    file.string(), found.st_mode & 07777U));
+    return failure(ErrorCode::kNotPermitted,
+                   tr("The file of passwords \"{}\" must be this user's alone; it has the mode {:04o}. Change the "
+                      "passwords that it holds if others could read them, and make its mode 0600.",
+                      file.string(), found.st_mode & 07777U));
   }
   ORLOCAL_TRY(const std::string text, readWholeFile(file));
   std::vector<KeptLine> lines;
@@ -59,10 +58,9 @@ Result<std::vector<KeptLine>> readKept(const std::filesystem::path& file) {
     if (!line.is_object() || !line.contains("account") || !line.contains("password") || !line["account"].is_string() ||
         !line["password"].is_string()) {
       // What stands there may be half of a password.
-      return failure(
-          ErrorCode::kCorrupt,
-          fmt::format("Line {} of the file of passwords \"{}\" cannot be read; remove it and add that account again.",
-                      number, file.string()));
+      return failure(ErrorCode::kCorrupt,
+                     tr("Line {} of the file of passwords \"{}\" cannot be read; remove it and add that account again.",
+                        number, file.string()));
     }
     lines.push_back({line["account"], line["password"]});
   }
@@ -156,7 +154,7 @@ Result<std::filesystem::path> SecretsFile::userFile() {
   // The desktop's rules for folders have relative ones ignored.
   if (const auto config = settingOf("XDG_CONFIG_HOME"); config.is_absolute()) { return config / below; }
   if (const auto home = settingOf("HOME"); home.is_absolute()) { return home / ".config" / below; }
-  return failure(ErrorCode::kInvalid, "nothing says where passwords are kept: set HOME to a folder");
+  return failure(ErrorCode::kInvalid, tr("nothing says where passwords are kept: set HOME to a folder"));
 }
 
 Result<std::optional<std::string>> SecretsFile::password(std::string_view account) const {
@@ -170,7 +168,7 @@ Result<std::optional<std::string>> SecretsFile::password(std::string_view accoun
 Status SecretsFile::keep(std::string_view account, std::string_view password) {
   if (!isUtf8(password) || !isUtf8(account)) {
     return failure(ErrorCode::kInvalid,
-                   "a password that is kept must be UTF-8; a command or a file may have any other");
+                   tr("a password that is kept must be UTF-8; a command or a file may have any other"));
   }
   const std::string kept(password);
   return changeKept(m_file, account, &kept);

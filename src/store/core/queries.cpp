@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/rows/packing.h"
 #include "store/time/civil_days.h"
@@ -170,15 +171,15 @@ class Gathering {
     if (!followed && followed.error().code == ErrorCode::kBudget) {
       // The last one of many is not the one to blame.
       if (steps > ExpansionBudget().left() / 2) {
-        return blamed(entry.item, "repeats in a way that takes too long to follow");
+        return blamed(entry.item, tr("repeats in a way that takes too long to follow"));
       }
-      return failure(ErrorCode::kBudget, "The series in the range take too long to follow; ask for a shorter one.");
+      return failure(ErrorCode::kBudget, tr("The series in the range take too long to follow; ask for a shorter one."));
     }
     if (!followed && followed.error().code != ErrorCode::kCorrupt && followed.error().code != ErrorCode::kIo) {
-      return blamed(entry.item, fmt::format("cannot be followed ({})", followed.error().message));
+      return blamed(entry.item, tr("cannot be followed ({})", followed.error().message));
     }
     if (!added && before < m_found.size() / 2) {
-      return blamed(entry.item, fmt::format("has most of the more than {} occurrences in the range", m_found.size()));
+      return blamed(entry.item, tr("has most of the more than {} occurrences in the range", m_found.size()));
     }
     return followed ? added : followed;
   }
@@ -186,22 +187,21 @@ class Gathering {
   /// Says which event it is and how to get rid of it.
   Status blamed(ItemId id, std::string_view what) {
     ORLOCAL_TRY(const auto item, m_core.rows.read(id));
-    if (item == nullptr) { return failure(ErrorCode::kBudget, "The range cannot be followed; ask again."); }
+    if (item == nullptr) { return failure(ErrorCode::kBudget, tr("The range cannot be followed; ask again.")); }
     ORLOCAL_TRY(const auto calendar, m_core.calendars.withId(item->calendar));
     const LocalDay day(item->start ? item->start->local : LocalTime());
-    return failure(
-        ErrorCode::kBudget,
-        fmt::format("The event \"{}\" of {:04}-{:02}-{:02} in the calendar \"{}\" (UID {}) {}; remove it with "
-                    "Orlo_RemoveItem( \"event\" ; \"{}\" ; \"\" ; \"all\" ), or ask for a shorter range or "
-                    "without its calendar.",
-                    item->title.value_or(""), day.year(), day.month(), day.day(), calendar ? calendar->title : "",
-                    item->uid, what, item->identifier));
+    return failure(ErrorCode::kBudget,
+                   tr("The event \"{}\" of {:04}-{:02}-{:02} in the calendar \"{}\" (UID {}) {}; remove it with "
+                      "Orlo_RemoveItem( \"event\" ; \"{}\" ; \"\" ; \"all\" ), or ask for a shorter range or "
+                      "without its calendar.",
+                      item->title.value_or(""), day.year(), day.month(), day.day(), calendar ? calendar->title : "",
+                      item->uid, what, item->identifier));
   }
 
   Status add(const Occurrence& occurrence) {
     if (m_found.size() >= m_core.options.occurrenceBudget) {
-      return failure(ErrorCode::kBudget, fmt::format("The range holds more than {} occurrences; ask for a shorter one.",
-                                                     m_core.options.occurrenceBudget));
+      return failure(ErrorCode::kBudget, tr("The range holds more than {} occurrences; ask for a shorter one.",
+                                            m_core.options.occurrenceBudget));
     }
     m_found.add(occurrence);
     return {};
@@ -265,7 +265,7 @@ Result<std::vector<ItemId>> Queries::reminders(const ReminderQuery& query) {
 
 Result<Occurrence> Queries::onlyOccurrence(const Item& event) {
   const Zone& viewer = m_core.options.viewer;
-  if (!event.start) { return failure(ErrorCode::kInvalid, "An event without a start has no occurrence."); }
+  if (!event.start) { return failure(ErrorCode::kInvalid, tr("An event without a start has no occurrence.")); }
   Occurrence occurrence;
   occurrence.start = occurrence.originalStart = momentOf(*event.start, viewer);
   occurrence.end = event.end ? std::max(occurrence.start, momentOf(*event.end, viewer)) : occurrence.start;

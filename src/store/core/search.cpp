@@ -4,6 +4,7 @@
 #include <set>
 #include <tuple>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/core/store_core.h"
 
@@ -80,7 +81,7 @@ Result<bool> Search::isInRange(const Item& item, const SearchQuery& query) {
 Result<std::vector<SearchHit>> Search::run(const SearchQuery& query) {
   const SearchTerms terms(query.text);
   if (terms.empty()) {
-    return failure(ErrorCode::kInvalid, "There is no word to search for; write some letters or digits.");
+    return failure(ErrorCode::kInvalid, tr("There is no word to search for; write some letters or digits."));
   }
   ORLOCAL_CHECK(followLog());
   ORLOCAL_TRY(const Transaction snapshot, m_core.beginReading());

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/checked_row.h"
 
@@ -23,9 +24,9 @@ Status SearchIndex::named(Status status) const {
   // What the index answers is no more than a hint, but one that cannot be asked hides what there is.
   if (status || status.error().code != ErrorCode::kCorrupt) { return status; }
   return failure(ErrorCode::kCorrupt,
-                 fmt::format("The index of words in the calendar store \"{}\" is damaged; make it anew with orlocal "
-                             "search --rebuild. Nothing else is touched by that.",
-                             m_database.file().string()));
+                 tr("The index of words in the calendar store \"{}\" is damaged; make it anew with orlocal "
+                    "search --rebuild. Nothing else is touched by that.",
+                    m_database.file().string()));
 }
 
 /// What is no such number counts as none: the index is filled anew then.
@@ -87,7 +88,7 @@ Result<std::vector<ItemId>> SearchIndex::rowsFrom(ItemId first, std::int64_t mos
     ORLOCAL_TRY(const bool found, read.step());
     if (!found) { return rows; }
     const ItemId id = read.integer(0);
-    if (id <= (rows.empty() ? 0 : rows.back())) { return damaged(m_database, "The table of items"); }
+    if (id <= (rows.empty() ? 0 : rows.back())) { return damaged(m_database, tr("The table of items")); }
     rows.push_back(id);
   }
 }
@@ -124,7 +125,7 @@ Result<std::vector<ItemId>> SearchIndex::candidates(const SearchTerms& terms) {
     if (!*found) { break; }
     const ItemId id = find.integer(0);
     // A damaged index may go in circles.
-    if (id <= (ids.empty() ? 0 : ids.back())) { ORLOCAL_CHECK(named(damaged(m_database, "The index of words"))); }
+    if (id <= (ids.empty() ? 0 : ids.back())) { ORLOCAL_CHECK(named(damaged(m_database, tr("The index of words")))); }
     ids.push_back(id);
   }
   ids.insert(ids.end(), missing.touched.begin(), missing.touched.end());

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/core/zone_data.h"
 #include "store/file/change_signal.h"
@@ -31,7 +32,7 @@ std::chrono::steady_clock::duration coarseTime() {
 Subject subjectOf(const Item& item) { return item.kind == ItemKind::kEvent ? Subject::kEvent : Subject::kReminder; }
 
 Failed noLonger() {
-  return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store; read it anew.");
+  return failure(ErrorCode::kNotFound, tr("The item is no longer in the calendar store; read it anew."));
 }
 
 Uuid publicUuid(const Item& item) { return Uuid::parse(item.identifier).value_or(Uuid()); }
@@ -186,7 +187,7 @@ Result<Transaction> StoreCore::beginReading() {
 Status StoreCore::startIdentifiers() {
   if (m_identifiedTo == log.last()) { return {}; }
   ORLOCAL_TRY(const ItemRows::Newest newest, rows.newest());
-  if (newest.id > log.last()) { return damaged(database, "The log of changes"); }
+  if (newest.id > log.last()) { return damaged(database, tr("The log of changes")); }
   uuids.startAfter(newest.uuid);
   return {};
 }
@@ -336,7 +337,7 @@ Status StoreCore::replaceRow(const Item& item, const Series* own, std::optional<
 
 Status StoreCore::removeItem(const Item& item) {
   ORLOCAL_TRY(const auto before, rows.place(item.id));
-  if (!before) { return failure(ErrorCode::kNotFound, "The item is no longer in the calendar store."); }
+  if (!before) { return failure(ErrorCode::kNotFound, tr("The item is no longer in the calendar store.")); }
   ORLOCAL_CHECK(recorder.willChange(item.id));
   ORLOCAL_CHECK(timeline.remove(item.id, before->shelf, before->shelfStart));
   ORLOCAL_CHECK(rows.remove(item.id));

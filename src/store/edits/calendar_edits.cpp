@@ -2,13 +2,16 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/item_limits.h"
 
 namespace orlocal::store {
 namespace {
 
-const char* nounFor(CalendarKind kind) { return kind == CalendarKind::kReminders ? "reminder list" : "calendar"; }
+std::string nounFor(CalendarKind kind) {
+  return kind == CalendarKind::kReminders ? tr("reminder list") : tr("calendar");
+}
 
 void applyFields(const Calendar& edited, CalendarFields set, Calendar& row) {
   const auto take = [&](CalendarField field, auto Calendar::*member) {
@@ -33,15 +36,14 @@ Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
     ORLOCAL_TRY(const auto row, m_core.calendars.withId(calendar.id));
     // In another file that took the place of the store's, the number may be another calendar's.
     if (!row || row->identifier != calendar.identifier) {
-      return failure(ErrorCode::kNotFound, fmt::format("The {} \"{}\" is no longer in the calendar store.",
-                                                       nounFor(calendar.kind), calendar.title));
+      return failure(ErrorCode::kNotFound,
+                     tr("The {} \"{}\" is no longer in the calendar store.", nounFor(calendar.kind), calendar.title));
     }
     if (row->readOnly || row->subscribed || row->immutable) {
-      return failure(ErrorCode::kReadOnly,
-                     fmt::format("The {} \"{}\" allows no changes.", nounFor(row->kind), row->title));
+      return failure(ErrorCode::kReadOnly, tr("The {} \"{}\" allows no changes.", nounFor(row->kind), row->title));
     }
     if (row->kind != calendar.kind) {
-      return failure(ErrorCode::kInvalid, "A calendar stays one of events or one of reminders; make a new one.");
+      return failure(ErrorCode::kInvalid, tr("A calendar stays one of events or one of reminders; make a new one."));
     }
     saved = *row;
     applyFields(calendar, set, saved);
@@ -49,17 +51,17 @@ Status CalendarEdits::save(Calendar& calendar, CalendarFields set) {
   dropUnwritable(saved.title);
   if (saved.notes) { dropUnwritable(*saved.notes); }
   if (saved.title.empty()) {
-    return failure(ErrorCode::kRefused, fmt::format("A {} needs a title to be saved.", nounFor(saved.kind)));
+    return failure(ErrorCode::kRefused, tr("A {} needs a title to be saved.", nounFor(saved.kind)));
   }
   if (saved.source == 0) {
-    return failure(ErrorCode::kRefused, fmt::format("The {} \"{}\" needs a source to be saved; take the one of another "
-                                                    "calendar.",
-                                                    nounFor(saved.kind), saved.title));
+    return failure(ErrorCode::kRefused, tr("The {} \"{}\" needs a source to be saved; take the one of another "
+                                           "calendar.",
+                                           nounFor(saved.kind), saved.title));
   }
   ORLOCAL_TRY(const auto source, m_core.calendars.source(saved.source));
   if (!source) {
-    return failure(ErrorCode::kRefused, fmt::format("The source of the {} \"{}\" is not in the calendar store.",
-                                                    nounFor(saved.kind), saved.title));
+    return failure(ErrorCode::kRefused,
+                   tr("The source of the {} \"{}\" is not in the calendar store.", nounFor(saved.kind), saved.title));
   }
   saved.type = source->type;
   if (saved.id == 0) {
@@ -80,16 +82,16 @@ Status CalendarEdits::makeDefault(std::string_view identifier, CalendarKind kind
   std::optional<Calendar> calendar;
   if (uuid) { ORLOCAL_TRY(calendar, m_core.calendars.withUuid(*uuid)); }
   if (!calendar) {
-    return failure(ErrorCode::kNotFound, "The calendar that is to be the default is not in the calendar store.");
+    return failure(ErrorCode::kNotFound, tr("The calendar that is to be the default is not in the calendar store."));
   }
   if (!calendar->holds(kind)) {
-    return failure(ErrorCode::kInvalid, fmt::format("\"{}\" holds no {}.", calendar->title,
-                                                    kind == CalendarKind::kReminders ? "reminders" : "events"));
+    return failure(ErrorCode::kInvalid, tr("\"{}\" holds no {}.", calendar->title,
+                                           kind == CalendarKind::kReminders ? tr("reminders") : tr("events")));
   }
   if (calendar->readOnly || calendar->immutable) {
     return failure(ErrorCode::kReadOnly,
-                   fmt::format("The {} \"{}\" allows no changes, so that nothing new can go there; choose another one.",
-                               nounFor(calendar->kind), calendar->title));
+                   tr("The {} \"{}\" allows no changes, so that nothing new can go there; choose another one.",
+                      nounFor(calendar->kind), calendar->title));
   }
   ORLOCAL_CHECK(m_core.calendars.chooseForNewItems(kind, calendar->id));
   // Others ask anew which one it is.
@@ -102,18 +104,17 @@ Status CalendarEdits::remove(std::string_view identifier) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   std::optional<Calendar> calendar;
   if (uuid) { ORLOCAL_TRY(calendar, m_core.calendars.withUuid(*uuid)); }
-  if (!calendar) { return failure(ErrorCode::kNotFound, "The calendar to remove is not in the calendar store."); }
+  if (!calendar) { return failure(ErrorCode::kNotFound, tr("The calendar to remove is not in the calendar store.")); }
   if (calendar->immutable) {
     return failure(ErrorCode::kReadOnly,
-                   fmt::format("The {} \"{}\" may not be removed.", nounFor(calendar->kind), calendar->title));
+                   tr("The {} \"{}\" may not be removed.", nounFor(calendar->kind), calendar->title));
   }
   for (const CalendarKind kind : {CalendarKind::kEvents, CalendarKind::kReminders}) {
     if (!calendar->holds(kind)) { continue; }
     ORLOCAL_TRY(const auto all, m_core.calendars.ofKind(kind));
     if (all.size() > 1) { continue; }
-    return failure(ErrorCode::kRefused,
-                   fmt::format("\"{}\" is the last {} and may not be removed; make another one first.", calendar->title,
-                               nounFor(kind)));
+    return failure(ErrorCode::kRefused, tr("\"{}\" is the last {} and may not be removed; make another one first.",
+                                           calendar->title, nounFor(kind)));
   }
   ORLOCAL_CHECK(m_core.removeCalendar(*calendar));
   return turn.commit();

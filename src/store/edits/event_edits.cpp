@@ -4,30 +4,31 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::store {
 namespace {
 
 Status checkTimes(const Item& event) {
-  if (!event.start) { return failure(ErrorCode::kRefused, "An event needs a start to be saved."); }
-  if (!event.end) { return failure(ErrorCode::kRefused, "An event needs an end to be saved."); }
+  if (!event.start) { return failure(ErrorCode::kRefused, tr("An event needs a start to be saved.")); }
+  if (!event.end) { return failure(ErrorCode::kRefused, tr("An event needs an end to be saved.")); }
   const auto clockOf = [](const CalendarTime& time) {
     return time.kind == CalendarTime::Kind::kZoned ? CalendarTime::Kind::kUtc : time.kind;
   };
   if (clockOf(*event.start) != clockOf(*event.end)) {
-    return failure(ErrorCode::kInvalid, "The start and the end of an event are both dates or both times.");
+    return failure(ErrorCode::kInvalid, tr("The start and the end of an event are both dates or both times."));
   }
   const bool backwards = event.allDay() ? event.end->local <= event.start->local
                                         : Timeline::keyOf(*event.end) < Timeline::keyOf(*event.start);
   if (backwards) {
-    return failure(ErrorCode::kInvalid, "The event ends before it starts; set the end after the start.");
+    return failure(ErrorCode::kInvalid, tr("The event ends before it starts; set the end after the start."));
   }
   return {};
 }
 
 std::string quotedTitle(const Item& event) {
-  return event.title ? fmt::format("\"{}\"", *event.title) : "without a title";
+  return event.title ? fmt::format("\"{}\"", *event.title) : tr("without a title");
 }
 
 Status checkAttendees(const Item& event) {
@@ -37,30 +38,28 @@ Status checkAttendees(const Item& event) {
            attendee.status != Attendee::Status::kUnknown || attendee.type != Attendee::Type::kUnknown;
   };
   if (std::none_of(event.attendees.begin(), event.attendees.end(), invited)) { return {}; }
-  return failure(ErrorCode::kRefused,
-                 fmt::format("The event {} has attendees; change it in the calendar application, which tells them.",
-                             quotedTitle(event)));
+  return failure(
+      ErrorCode::kRefused,
+      tr("The event {} has attendees; change it in the calendar application, which tells them.", quotedTitle(event)));
 }
 
 Failed gone(const Item& event) {
-  return failure(ErrorCode::kNotFound,
-                 fmt::format("The event {} is no longer in the calendar store.", quotedTitle(event)));
+  return failure(ErrorCode::kNotFound, tr("The event {} is no longer in the calendar store.", quotedTitle(event)));
 }
 
 Failed outOfSeries(const Item& event, Moment original, const Zone& viewer) {
   const LocalTime start = viewer.toLocal(original);
-  return failure(
-      ErrorCode::kNotFound,
-      fmt::format("The event {} has no occurrence on {:04}-{:02}-{:02} at {:02}:{:02} any more: somebody else "
-                  "removed it, or moved, split or changed the series. Nothing was written; open it anew.",
-                  quotedTitle(event), start.year(), start.month(), start.day(), start.hour(), start.minute()));
+  return failure(ErrorCode::kNotFound,
+                 tr("The event {} has no occurrence on {:04}-{:02}-{:02} at {:02}:{:02} any more: somebody else "
+                    "removed it, or moved, split or changed the series. Nothing was written; open it anew.",
+                    quotedTitle(event), start.year(), start.month(), start.day(), start.hour(), start.minute()));
 }
 
 Failed rulesOfOneDay(const Item& event) {
   return failure(ErrorCode::kInvalid,
-                 fmt::format("How the event {} repeats cannot be changed for one of its days alone; save it for this "
-                             "and the future events.",
-                             quotedTitle(event)));
+                 tr("How the event {} repeats cannot be changed for one of its days alone; save it for this "
+                    "and the future events.",
+                    quotedTitle(event)));
 }
 
 /// In another file that took the place of the store's, a row number may be another item's.
@@ -85,17 +84,17 @@ void standAlone(Item& event) {
 Status checkThatCalendarTakes(StoreCore& core, CalendarId id, ItemKind kind) {
   const bool event = kind == ItemKind::kEvent;
   if (id == 0) {
-    return failure(ErrorCode::kRefused,
-                   event ? "An event needs a calendar to be saved." : "A reminder needs a reminder list to be saved.");
+    return failure(ErrorCode::kRefused, event ? tr("An event needs a calendar to be saved.")
+                                              : tr("A reminder needs a reminder list to be saved."));
   }
   ORLOCAL_TRY(const auto calendar, core.calendars.withId(id));
-  if (!calendar) { return failure(ErrorCode::kRefused, "The item's calendar is no longer in the calendar store."); }
+  if (!calendar) { return failure(ErrorCode::kRefused, tr("The item's calendar is no longer in the calendar store.")); }
   if (!calendar->holds(kind)) {
     return failure(ErrorCode::kInvalid,
-                   fmt::format("\"{}\" holds no {}.", calendar->title, event ? "events" : "reminders"));
+                   tr("\"{}\" holds no {}.", calendar->title, event ? tr("events") : tr("reminders")));
   }
   if (calendar->readOnly || calendar->immutable) {
-    return failure(ErrorCode::kReadOnly, fmt::format("\"{}\" allows no changes.", calendar->title));
+    return failure(ErrorCode::kReadOnly, tr("\"{}\" allows no changes.", calendar->title));
   }
   return {};
 }
@@ -111,7 +110,7 @@ Status EventEdits::check(const Item& stored, const Item& edited) {
 
 Result<Item> EventEdits::save(const ItemEdit& edit, const std::optional<Occurrence>& occurrence, Span span) {
   if (edit.values.kind != ItemKind::kEvent) {
-    return failure(ErrorCode::kInvalid, "A reminder cannot be saved as an event.");
+    return failure(ErrorCode::kInvalid, tr("A reminder cannot be saved as an event."));
   }
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(Item saved, edit.opened == nullptr ? insertNew(edit) : saveStored(edit, occurrence, span));

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/later_changes.h"
 #include "store/icalendar/private_zone.h"
@@ -64,14 +65,14 @@ Status ItemWriter::removeSource(SourceId id) {
 }
 
 Status ItemWriter::makeCalendar(Calendar& calendar) {
-  if (calendar.title.empty()) { return failure(ErrorCode::kInvalid, "A calendar needs a title."); }
+  if (calendar.title.empty()) { return failure(ErrorCode::kInvalid, tr("A calendar needs a title.")); }
   std::optional<Source> source;
   if (calendar.source == 0) {
     ORLOCAL_TRY(source, m_core.calendars.localSource());
   } else {
     ORLOCAL_TRY(source, m_core.calendars.source(calendar.source));
   }
-  if (!source) { return failure(ErrorCode::kInvalid, "The calendar's source is not in the store."); }
+  if (!source) { return failure(ErrorCode::kInvalid, tr("The calendar's source is not in the store.")); }
   calendar.source = source->id;
   calendar.type = source->type;
   ORLOCAL_CHECK(m_core.calendars.insert(calendar, m_core.uuids.next()));
@@ -129,14 +130,14 @@ Status ItemWriter::putZone(std::string_view name, std::string_view vtimezone) {
 Status ItemWriter::checkTarget(CalendarId calendar, const Item& item) {
   if (!m_lastTarget || m_lastTarget->id != calendar) {
     ORLOCAL_TRY(m_lastTarget, m_core.calendars.withId(calendar));
-    if (!m_lastTarget) { return failure(ErrorCode::kInvalid, "The calendar is not in the store."); }
+    if (!m_lastTarget) { return failure(ErrorCode::kInvalid, tr("The calendar is not in the store.")); }
   }
   const bool event = item.kind == ItemKind::kEvent;
   if (!m_lastTarget->holds(item.kind)) {
     return failure(ErrorCode::kInvalid,
-                   fmt::format("\"{}\" holds no {}.", m_lastTarget->title, event ? "events" : "reminders"));
+                   tr("\"{}\" holds no {}.", m_lastTarget->title, event ? tr("events") : tr("reminders")));
   }
-  if (event && !item.start) { return failure(ErrorCode::kInvalid, "An event needs a start."); }
+  if (event && !item.start) { return failure(ErrorCode::kInvalid, tr("An event needs a start.")); }
   return {};
 }
 
@@ -157,7 +158,7 @@ Result<PutOutcome> ItemWriter::put(CalendarId calendar, Item& main, std::vector<
     occurrence.kind = main.kind;
     occurrence.uid = main.uid;
     if (!occurrence.recurrenceId) {
-      return failure(ErrorCode::kInvalid, "A changed occurrence needs its original start.");
+      return failure(ErrorCode::kInvalid, tr("A changed occurrence needs its original start."));
     }
     ORLOCAL_CHECK(checkTarget(calendar, occurrence));
   }

@@ -4,13 +4,14 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/event_edits.h"
 
 namespace orlocal::store {
 namespace {
 
-constexpr const char* kGone = "The reminder is no longer in the calendar store.";
+constexpr const char* kGone = translatable("The reminder is no longer in the calendar store.");
 
 /// In another file that took the place of the store's, a row number may be another item's.
 bool isSameReminder(const Item& row, const Item& opened) {
@@ -33,7 +34,7 @@ Result<bool> hasMovedOn(const Item& opened, const Item& stored, const Zone& view
 
 Result<Item> ReminderEdits::save(const ItemEdit& edit) {
   if (edit.values.kind != ItemKind::kReminder) {
-    return failure(ErrorCode::kInvalid, "An event cannot be saved as a reminder.");
+    return failure(ErrorCode::kInvalid, tr("An event cannot be saved as a reminder."));
   }
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(Item saved, edit.opened == nullptr ? insertNew(edit) : saveStored(edit));
@@ -44,7 +45,7 @@ Result<Item> ReminderEdits::save(const ItemEdit& edit) {
 Status ReminderEdits::check(const Item& edited) {
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, edited.calendar, ItemKind::kReminder));
   if (!edited.recurrence.empty() && !edited.anchor()) {
-    return failure(ErrorCode::kInvalid, "A reminder that repeats needs a due date.");
+    return failure(ErrorCode::kInvalid, tr("A reminder that repeats needs a due date."));
   }
   return {};
 }
@@ -63,7 +64,9 @@ Result<Item> ReminderEdits::insertNew(const ItemEdit& edit) {
 
 Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
   ORLOCAL_TRY(const auto row, m_core.rows.read(edit.opened->id));
-  if (row == nullptr || !isSameReminder(*row, *edit.opened)) { return failure(ErrorCode::kNotFound, kGone); }
+  if (row == nullptr || !isSameReminder(*row, *edit.opened)) {
+    return failure(ErrorCode::kNotFound, translated(kGone));
+  }
   const Item& stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   Item edited = stored;
@@ -88,9 +91,9 @@ Result<Item> ReminderEdits::saveStored(const ItemEdit& edit) {
   ORLOCAL_TRY(const bool movedOn, hasMovedOn(*edit.opened, stored, m_core.options.viewer));
   if (movedOn) {
     return failure(ErrorCode::kNotFound,
-                   fmt::format("The reminder \"{}\" was completed by somebody else and has moved on to its next date; "
-                               "nothing was written. Open it anew.",
-                               stored.title.value_or("")));
+                   tr("The reminder \"{}\" was completed by somebody else and has moved on to its next date; "
+                      "nothing was written. Open it anew.",
+                      stored.title.value_or("")));
   }
   ORLOCAL_CHECK(moveOn(edited));
   return edited;
@@ -143,7 +146,7 @@ Status ReminderEdits::moveOn(Item& edited) {
 Status ReminderEdits::remove(const Item& reminder) {
   ORLOCAL_TRY(WriteTurn turn, m_core.beginWriting());
   ORLOCAL_TRY(const auto row, m_core.rows.read(reminder.id));
-  if (row == nullptr || !isSameReminder(*row, reminder)) { return failure(ErrorCode::kNotFound, kGone); }
+  if (row == nullptr || !isSameReminder(*row, reminder)) { return failure(ErrorCode::kNotFound, translated(kGone)); }
   const Item& stored = *row;
   ORLOCAL_CHECK(checkThatCalendarTakes(m_core, stored.calendar, ItemKind::kReminder));
   ORLOCAL_CHECK(stored.series ? m_core.removeItem(stored) : m_series.removeAll(stored));

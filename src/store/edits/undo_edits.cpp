@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/edits/event_edits.h"
 #include "store/recurrence/original_key.h"
@@ -19,8 +20,8 @@ bool isWithin(std::int64_t row, const std::vector<ChangeRange>& ranges) {
 }
 
 Failed undoneAlready(const JournalEntry& entry) {
-  return failure(ErrorCode::kRefused, fmt::format("The command {} ({}) was undone already; `undo {}` does it again.",
-                                                  entry.number, entry.command.words, *entry.undoneBy));
+  return failure(ErrorCode::kRefused, tr("The command {} ({}) was undone already; `undo {}` does it again.",
+                                         entry.number, entry.command.words, *entry.undoneBy));
 }
 
 }  // namespace
@@ -65,10 +66,9 @@ Result<JournalEntry> UndoEdits::chosen(std::string_view person, std::optional<st
     if (entry.undoneBy) { return undoneAlready(entry); }
     return entry;
   }
-  if (!number) { return failure(ErrorCode::kNotFound, "There is no command of yours left to undo."); }
-  return failure(
-      ErrorCode::kNotFound,
-      fmt::format("There is no command {} of yours to undo; `undo --list` shows those that there are.", *number));
+  if (!number) { return failure(ErrorCode::kNotFound, tr("There is no command of yours left to undo.")); }
+  return failure(ErrorCode::kNotFound,
+                 tr("There is no command {} of yours to undo; `undo --list` shows those that there are.", *number));
 }
 
 Result<std::vector<ChangeRange>> UndoEdits::cancelledAfter(std::int64_t row) {
@@ -90,8 +90,8 @@ Result<std::vector<ChangeRange>> UndoEdits::cancelledAfter(std::int64_t row) {
 }
 
 Failure UndoEdits::touched(const JournalEntry& entry, const Item& item, std::int64_t row) {
-  std::string by = "something else (another program, a sync, the plug-in)";
-  std::string remedy = "change the item as it is now";
+  std::string by = tr("something else (another program, a sync, the plug-in)");
+  std::string remedy = tr("change the item as it is now");
   if (const auto all = m_journal.commands(std::nullopt)) {
     for (const JournalEntry& other : *all) {
       const auto parts = m_journal.partsOf(other.number);
@@ -101,14 +101,14 @@ Failure UndoEdits::touched(const JournalEntry& entry, const Item& item, std::int
       });
       if (!here) { continue; }
       const bool own = other.command.person == entry.command.person;
-      by = own ? fmt::format("your command {} ({})", other.number, other.command.words)
-               : fmt::format("a command of {}", other.command.person);
-      if (own) { remedy = fmt::format("undo that first (orlocal undo {})", other.number); }
+      by = own ? tr("your command {} ({})", other.number, other.command.words)
+               : tr("a command of {}", other.command.person);
+      if (own) { remedy = tr("undo that first (orlocal undo {})", other.number); }
     }
   }
   return {ErrorCode::kRefused,
-          fmt::format("\"{}\" was changed since by {}, so the command {} ({}) cannot be undone; {}.",
-                      item.title.value_or("An item without a title"), by, entry.number, entry.command.words, remedy)};
+          tr("\"{}\" was changed since by {}, so the command {} ({}) cannot be undone; {}.",
+             item.title.value_or(tr("An item without a title")), by, entry.number, entry.command.words, remedy)};
 }
 
 Status UndoEdits::checkUntouched(const JournalEntry& entry, const JournalRows::Part& part, const ReplacedItems& items,
@@ -117,11 +117,10 @@ Status UndoEdits::checkUntouched(const JournalEntry& entry, const JournalRows::P
   ORLOCAL_TRY(const std::int64_t newest, m_core.log.newest());
   ORLOCAL_TRY(const std::int64_t oldest, m_core.log.oldest());
   if (last > newest || (last < newest && oldest > last + 1)) {
-    return failure(
-        ErrorCode::kRefused,
-        fmt::format("The command {} ({}) cannot be undone: so much was changed since that the store no longer "
-                    "knows whether its items were.",
-                    entry.number, entry.command.words));
+    return failure(ErrorCode::kRefused,
+                   tr("The command {} ({}) cannot be undone: so much was changed since that the store no longer "
+                      "knows whether its items were.",
+                      entry.number, entry.command.words));
   }
   std::set<ItemId> mains;
   for (const auto& [id, item] : items) { mains.insert(item.main); }

@@ -14,6 +14,7 @@
 #include <sys/timerfd.h>
 #include <unistd.h>
 
+#include "base/translation.h"
 #include "store/file/side_files.h"
 
 namespace orlocal::store {
@@ -39,9 +40,9 @@ int openBell(const std::filesystem::path& file) {
   return made;
 }
 
-Failed cannotListen(const std::filesystem::path& file, const char* what) {
-  return failure(ErrorCode::kIo, fmt::format("Changes of the calendar store \"{}\" cannot be followed: {} ({}).",
-                                             file.string(), what, std::strerror(errno)));
+Failed cannotListen(const std::filesystem::path& file, const std::string& what) {
+  return failure(ErrorCode::kIo, tr("Changes of the calendar store \"{}\" cannot be followed: {} ({}).", file.string(),
+                                    what, std::strerror(errno)));
 }
 
 }  // namespace
@@ -59,13 +60,13 @@ void Bell::ring() const {
 Result<std::unique_ptr<ChangeSignal>> ChangeSignal::listen(const std::filesystem::path& file) {
   std::unique_ptr<ChangeSignal> signal(new ChangeSignal(file));
   signal->m_poll = ::epoll_create1(EPOLL_CLOEXEC);
-  if (signal->m_poll < 0) { return cannotListen(file, "no event queue"); }
+  if (signal->m_poll < 0) { return cannotListen(file, tr("no event queue")); }
 
   signal->m_timer = ::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
   const itimerspec look{{kLookEverySeconds, 0}, {kLookEverySeconds, 0}};
   if (signal->m_timer < 0 || ::timerfd_settime(signal->m_timer, 0, &look, nullptr) != 0 ||
       !signal->wakeFor(signal->m_timer)) {
-    return cannotListen(file, "no timer");
+    return cannotListen(file, tr("no timer"));
   }
   signal->listenToBell();
   return signal;
@@ -92,12 +93,11 @@ void ChangeSignal::listenToBell() {
     m_trouble.reset();
     return;
   }
-  m_trouble =
-      Failure{ErrorCode::kIo,
-              fmt::format("Changes of the calendar store \"{}\" are noticed every {} seconds only: the system has "
-                          "no file notices left ({}); raise fs.inotify.max_user_instances or "
-                          "fs.inotify.max_user_watches.",
-                          m_file.string(), kLookEverySeconds, std::strerror(errno))};
+  m_trouble = Failure{ErrorCode::kIo,
+                      tr("Changes of the calendar store \"{}\" are noticed every {} seconds only: the system has "
+                         "no file notices left ({}); raise fs.inotify.max_user_instances or "
+                         "fs.inotify.max_user_watches.",
+                         m_file.string(), kLookEverySeconds, std::strerror(errno))};
 }
 
 /// A bell that cannot be there yet is no trouble: whoever writes first hangs it up.

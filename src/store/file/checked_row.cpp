@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "store/time/civil_days.h"
 #include "store/time/clock_name.h"
 
@@ -76,11 +77,10 @@ std::optional<CalendarTime> CheckedRow::optionalTime(int column, std::string_vie
 }
 
 Failed damaged(const Database& database, std::string_view what) {
-  return failure(
-      ErrorCode::kCorrupt,
-      fmt::format("{} of the calendar store \"{}\" is damaged; write out what can still be read (orlocal export "
-                  "--salvage), or put a backup in its place (orlocal restore).",
-                  what, database.file().string()));
+  return failure(ErrorCode::kCorrupt,
+                 tr("{} of the calendar store \"{}\" is damaged; write out what can still be read (orlocal export "
+                    "--salvage), or put a backup in its place (orlocal restore).",
+                    what, database.file().string()));
 }
 
 }  // namespace orlocal::store

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
+
 namespace orlocal::store {
 namespace {
 
@@ -13,7 +15,7 @@ Failed cannotWrite(const std::filesystem::path& file, int error) {
   const ErrorCode code = error == EACCES || error == EPERM || error == EROFS ? ErrorCode::kNotPermitted
                          : error == ENOSPC || error == EDQUOT                ? ErrorCode::kFull
                                                                              : ErrorCode::kIo;
-  return failure(code, fmt::format("The file \"{}\" cannot be written: {}.", file.string(), std::strerror(error)));
+  return failure(code, tr("The file \"{}\" cannot be written: {}.", file.string(), std::strerror(error)));
 }
 
 }  // namespace
@@ -45,8 +47,7 @@ Status FileDraft::publishInPlaceOf(const std::filesystem::path& target) {
 Status FileDraft::moveTo(const std::filesystem::path& target, DraftEntry::Existing existing) {
   const int error = m_entry.publish(target.filename().string(), existing);
   if (error == EEXIST) {
-    return failure(ErrorCode::kInvalid,
-                   fmt::format("The file \"{}\" is there already; choose another name.", target.string()));
+    return failure(ErrorCode::kInvalid, tr("The file \"{}\" is there already; choose another name.", target.string()));
   }
   if (error != 0) { return cannotWrite(target, error); }
   removeWhatIsBeside();

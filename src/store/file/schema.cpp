@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/file_state.h"
 #include "store/file/schema_check.h"
@@ -188,10 +189,9 @@ Status makeFolder(const std::filesystem::path& folder) {
     if (errno == EEXIST) { return {}; }
     error = errno;
   }
-  return failure(codeOf(error),
-                 fmt::format("The folder \"{}\" for the calendar store cannot be made: {}. Make it for this "
-                             "user, or set ORLOCAL_STORE to a file in another folder.",
-                             folder.string(), systemReason(error)));
+  return failure(codeOf(error), tr("The folder \"{}\" for the calendar store cannot be made: {}. Make it for this "
+                                   "user, or set ORLOCAL_STORE to a file in another folder.",
+                                   folder.string(), systemReason(error)));
 }
 
 Status makeFile(const std::filesystem::path& file) {
@@ -199,7 +199,7 @@ Status makeFile(const std::filesystem::path& file) {
   const auto found = std::filesystem::status(file, unknown).type();
   if (found == std::filesystem::file_type::directory) {
     return failure(ErrorCode::kIo,
-                   fmt::format("The calendar store \"{}\" is a folder; set ORLOCAL_STORE to a file.", file.string()));
+                   tr("The calendar store \"{}\" is a folder; set ORLOCAL_STORE to a file.", file.string()));
   }
   // One that cannot be looked at is not there for us either; making it says why.
   if (found != std::filesystem::file_type::none && found != std::filesystem::file_type::not_found) { return {}; }
@@ -212,9 +212,9 @@ Status makeFile(const std::filesystem::path& file) {
     return syncFolder(folder);
   }
   const int error = errno;
-  return failure(codeOf(error), fmt::format("The calendar store \"{}\" cannot be made or reached: {}. Check the "
-                                            "permissions of its folder, or set ORLOCAL_STORE to another file.",
-                                            file.string(), systemReason(error)));
+  return failure(codeOf(error), tr("The calendar store \"{}\" cannot be made or reached: {}. Check the "
+                                   "permissions of its folder, or set ORLOCAL_STORE to another file.",
+                                   file.string(), systemReason(error)));
 }
 
 /// Switching to the log asks for the file alone and does not wait by itself.
@@ -249,23 +249,21 @@ Result<std::optional<std::int64_t>> versionOf(Database& database, CheckOfObjects
     }
     if (version < 1) {
       return failure(ErrorCode::kCorrupt,
-                     fmt::format("The calendar store \"{}\" is damaged: it names {} as its format, which never was. "
-                                 "Put a backup in its place (orlocal restore).",
-                                 database.file().string(), version));
+                     tr("The calendar store \"{}\" is damaged: it names {} as its format, which never was. "
+                        "Put a backup in its place (orlocal restore).",
+                        database.file().string(), version));
     }
-    return failure(
-        ErrorCode::kNewerFormat,
-        fmt::format("The calendar store \"{}\" has format {}, and this program knows formats up to {}; it was "
-                    "left as it is. Use a newer program.",
-                    database.file().string(), version, formatVersion()));
+    return failure(ErrorCode::kNewerFormat,
+                   tr("The calendar store \"{}\" has format {}, and this program knows formats up to {}; it was "
+                      "left as it is. Use a newer program.",
+                      database.file().string(), version, formatVersion()));
   }
   ORLOCAL_TRY(const std::int64_t objects, database.integerOf("SELECT count(*) FROM sqlite_schema"));
   if (application == 0 && version == 0 && objects == 0) { return std::nullopt; }
-  return failure(
-      ErrorCode::kCorrupt,
-      fmt::format("The file \"{}\" is a database, but no calendar store; it was left as it is. Choose another "
-                  "file.",
-                  database.file().string()));
+  return failure(ErrorCode::kCorrupt,
+                 tr("The file \"{}\" is a database, but no calendar store; it was left as it is. Choose another "
+                    "file.",
+                    database.file().string()));
 }
 
 /// Where it cannot be looked at there may be one.
@@ -311,7 +309,7 @@ Result<Database> openStoreAsItIs(const std::filesystem::path& file, std::chrono:
   }
   ORLOCAL_TRY(const auto version, std::move(known));
   if (version) { return database; }
-  return failure(ErrorCode::kCorrupt, fmt::format("The file \"{}\" is empty; choose another file.", file.string()));
+  return failure(ErrorCode::kCorrupt, tr("The file \"{}\" is empty; choose another file.", file.string()));
 }
 
 std::int64_t formatVersion() { return static_cast<std::int64_t>(std::size(kSteps)); }
@@ -338,9 +336,9 @@ Result<Database> openStoreFile(const std::filesystem::path& file, std::chrono::m
     if (!current) { ORLOCAL_CHECK(migrate(database, uuids)); }
   } else if (!current) {
     return failure(ErrorCode::kNotPermitted,
-                   fmt::format("The calendar store \"{}\" has to be brought to a newer format and may not be written; "
-                               "check the permissions of the file and its folder.",
-                               file.string()));
+                   tr("The calendar store \"{}\" has to be brought to a newer format and may not be written; "
+                      "check the permissions of the file and its folder.",
+                      file.string()));
   }
   return database;
 }

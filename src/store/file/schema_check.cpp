@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::store {
@@ -88,11 +89,10 @@ std::vector<Definition> definitionsIn(std::span<const char* const> steps) {
 }
 
 Failed refused(const Database& database, std::string_view name, std::string_view why) {
-  return failure(
-      ErrorCode::kCorrupt,
-      fmt::format("The calendar store \"{}\" is damaged or was changed by another program: \"{}\" {}. Write out what "
-                  "can still be read (orlocal export --salvage), or put a backup in its place (orlocal restore).",
-                  database.file().string(), name, why));
+  return failure(ErrorCode::kCorrupt,
+                 tr("The calendar store \"{}\" is damaged or was changed by another program: \"{}\" {}. Write out what "
+                    "can still be read (orlocal export --salvage), or put a backup in its place (orlocal restore).",
+                    database.file().string(), name, why));
 }
 
 }  // namespace
@@ -107,12 +107,12 @@ Status checkDefinitions(Database& database, std::span<const char* const> steps) 
     if (name.starts_with(kStatistics)) { continue; }
     if (name.starts_with(kImplied) && read.isNull(2) && definitionOf(ours, read.text(1)) != nullptr) { continue; }
     Definition* known = definitionOf(ours, name);
-    if (known == nullptr || known->found) { return refused(database, name, "does not belong there"); }
-    if (!known->fits(read.text(2))) { return refused(database, name, "is defined in another way"); }
+    if (known == nullptr || known->found) { return refused(database, name, tr("does not belong there")); }
+    if (!known->fits(read.text(2))) { return refused(database, name, tr("is defined in another way")); }
     known->found = true;
   }
   for (const Definition& each : ours) {
-    if (!each.found) { return refused(database, each.name, "is missing"); }
+    if (!each.found) { return refused(database, each.name, tr("is missing")); }
   }
   return {};
 }
@@ -127,7 +127,7 @@ Status checkTables(Database& database, std::span<const char* const> steps) {
     const Definition* known = definitionOf(ours, read.text(0));
     if (known == nullptr || !known->table) { continue; }
     if (read.text(1) != "table" || !read.text(2).starts_with("CREATE TABLE ")) {
-      return refused(database, known->name, "is no table of rows");
+      return refused(database, known->name, tr("is no table of rows"));
     }
   }
 }

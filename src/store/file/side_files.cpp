@@ -9,27 +9,29 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/translation.h"
+
 namespace orlocal::store {
 namespace {
 
 constexpr std::array kMadeBySqlite = {"-journal", "-wal", "-shm"};
 
 const char* nounFor(mode_t mode) {
-  if (S_ISDIR(mode)) { return "folder"; }
-  if (S_ISLNK(mode)) { return "link"; }
-  if (S_ISFIFO(mode)) { return "pipe"; }
-  if (S_ISSOCK(mode)) { return "socket"; }
-  return "device";
+  if (S_ISDIR(mode)) { return translatable("folder"); }
+  if (S_ISLNK(mode)) { return translatable("link"); }
+  if (S_ISFIFO(mode)) { return translatable("pipe"); }
+  if (S_ISSOCK(mode)) { return translatable("socket"); }
+  return translatable("device");
 }
 
 /// What is wrong with a file beside a store; null when nothing is.
 const char* flawOf(const struct stat& found, const struct stat& store) {
   if (!S_ISREG(found.st_mode)) { return nounFor(found.st_mode); }
-  if (found.st_nlink > 1) { return "file with several names"; }
+  if (found.st_nlink > 1) { return translatable("file with several names"); }
   // Those who share a store may each have made what stands beside it.
   const bool shared = (store.st_mode & (S_IWGRP | S_IWOTH)) != 0;
   const bool known = found.st_uid == store.st_uid || found.st_uid == ::geteuid();
-  return known || shared ? nullptr : "file of another user";
+  return known || shared ? nullptr : translatable("file of another user");
 }
 
 }  // namespace
@@ -39,9 +41,9 @@ Status checkStoreFiles(const std::filesystem::path& file) {
   // What cannot be looked at says why when it is opened.
   if (::stat(file.c_str(), &store) != 0) { return {}; }
   if (!S_ISREG(store.st_mode)) {
-    return failure(ErrorCode::kIo, fmt::format("The calendar store \"{}\" is a {} and no file; set ORLOCAL_STORE to a "
-                                               "file.",
-                                               file.string(), nounFor(store.st_mode)));
+    return failure(ErrorCode::kIo, tr("The calendar store \"{}\" is a {} and no file; set ORLOCAL_STORE to a "
+                                      "file.",
+                                      file.string(), translated(nounFor(store.st_mode))));
   }
   for (const char* suffix : kMadeBySqlite) {
     const std::string beside = file.string() + suffix;
@@ -49,9 +51,9 @@ Status checkStoreFiles(const std::filesystem::path& file) {
     if (::lstat(beside.c_str(), &found) != 0) { continue; }
     if (const char* flaw = flawOf(found, store)) {
       return failure(ErrorCode::kIo,
-                     fmt::format("\"{}\" beside the calendar store is a {}, which none of its programs made; move it "
-                                 "away, and see who may write to the folder.",
-                                 beside, flaw));
+                     tr("\"{}\" beside the calendar store is a {}, which none of its programs made; move it "
+                        "away, and see who may write to the folder.",
+                        beside, translated(flaw)));
     }
   }
   return {};
@@ -89,9 +91,8 @@ Status syncFolder(const std::filesystem::path& folder) {
   if (opened >= 0) { ::close(opened); }
   // A folder that may be entered and not listed, or a file system that has nothing to bring to a disk.
   if (error == 0 || error == EACCES || error == EINVAL || error == EROFS) { return {}; }
-  return failure(
-      error == ENOSPC || error == EDQUOT ? ErrorCode::kFull : ErrorCode::kIo,
-      fmt::format("The folder \"{}\" cannot be brought to the disk: {}.", folder.string(), std::strerror(error)));
+  return failure(error == ENOSPC || error == EDQUOT ? ErrorCode::kFull : ErrorCode::kIo,
+                 tr("The folder \"{}\" cannot be brought to the disk: {}.", folder.string(), std::strerror(error)));
 }
 
 }  // namespace orlocal::store

@@ -10,6 +10,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/file_state.h"
 #include "store/file/side_files.h"
@@ -25,25 +26,30 @@ struct Explanation {
 
 constexpr Explanation kExplanations[] = {
     {SQLITE_BUSY, ErrorCode::kBusy,
-     "The calendar store {} is being written by another process and did not become free in time; try again."},
-    {SQLITE_LOCKED, ErrorCode::kBusy, "The calendar store {} is in use by another connection; try again."},
+     translatable(
+         "The calendar store {} is being written by another process and did not become free in time; try again.")},
+    {SQLITE_LOCKED, ErrorCode::kBusy,
+     translatable("The calendar store {} is in use by another connection; try again.")},
     {SQLITE_FULL, ErrorCode::kFull,
-     "There is no room left on the disk that holds the calendar store {}; nothing was written. Free some space."},
+     translatable(
+         "There is no room left on the disk that holds the calendar store {}; nothing was written. Free some space.")},
     {SQLITE_READONLY, ErrorCode::kNotPermitted,
-     "The calendar store {} may not be written; check the permissions of the file and its folder."},
+     translatable("The calendar store {} may not be written; check the permissions of the file and its folder.")},
     {SQLITE_PERM, ErrorCode::kNotPermitted,
-     "The permissions of the calendar store {} forbid this; check file and folder."},
+     translatable("The permissions of the calendar store {} forbid this; check file and folder.")},
     {SQLITE_AUTH, ErrorCode::kNotPermitted,
-     "The permissions of the calendar store {} forbid this; check file and folder."},
-    {SQLITE_NOTADB, ErrorCode::kCorrupt, "The file {} is no calendar store; choose another file."},
+     translatable("The permissions of the calendar store {} forbid this; check file and folder.")},
+    {SQLITE_NOTADB, ErrorCode::kCorrupt, translatable("The file {} is no calendar store; choose another file.")},
     {SQLITE_CORRUPT, ErrorCode::kCorrupt,
-     "The calendar store {} is damaged; write out what can still be read (orlocal export --salvage), or put a backup "
-     "in "
-     "its place (orlocal restore)."},
+     translatable("The calendar store {} is damaged; write out what can still be read (orlocal export --salvage), or "
+                  "put a backup "
+                  "in "
+                  "its place (orlocal restore).")},
     {SQLITE_CANTOPEN, ErrorCode::kIo,
-     "The calendar store {} cannot be opened; check that the file and its folder exist and may be read."},
-    {SQLITE_INTERRUPT, ErrorCode::kInterrupted, "Work on the calendar store {} was stopped; nothing was written."},
-    {SQLITE_NOMEM, ErrorCode::kIo, "There is not enough memory to work on the calendar store {}."},
+     translatable("The calendar store {} cannot be opened; check that the file and its folder exist and may be read.")},
+    {SQLITE_INTERRUPT, ErrorCode::kInterrupted,
+     translatable("Work on the calendar store {} was stopped; nothing was written.")},
+    {SQLITE_NOMEM, ErrorCode::kIo, translatable("There is not enough memory to work on the calendar store {}.")},
 };
 
 /// On a full disk a file or an index that cannot be made fails in other ways than one that cannot be written.
@@ -68,11 +74,11 @@ Failed sqliteFailure(int result, const std::string& file, sqlite3* handle) {
   const std::string quoted = fmt::format("\"{}\"", file);
   for (const Explanation& explanation : kExplanations) {
     if (explanation.sqliteCode == (result & 0xff)) {
-      return failure(explanation.code, fmt::format(fmt::runtime(explanation.sentence), quoted));
+      return failure(explanation.code, translation::put(explanation.sentence, fmt::make_format_args(quoted)));
     }
   }
-  return failure(ErrorCode::kIo, fmt::format("The calendar store {} failed: {}.", quoted,
-                                             handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(result)));
+  return failure(ErrorCode::kIo, tr("The calendar store {} failed: {}.", quoted,
+                                    handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(result)));
 }
 
 Failed sqliteFailure(int result, sqlite3* handle) {
@@ -253,7 +259,7 @@ Result<Database> Database::open(const std::filesystem::path& file, std::chrono::
   database.m_file = file;
   database.m_immutable = access == Access::kReadOnlyImmutable;
   if (file.empty()) {
-    return failure(ErrorCode::kInvalid, "A calendar store needs a name; set ORLOCAL_STORE to a file.");
+    return failure(ErrorCode::kInvalid, tr("A calendar store needs a name; set ORLOCAL_STORE to a file."));
   }
   const auto whole = wholeNameOf(file);
   ORLOCAL_CHECK(checkStoreFiles(whole));
@@ -370,9 +376,9 @@ Status Database::copyInto(Database& target, const std::function<Status()>& befor
 
 Result<Transaction> Transaction::write(Database& database) {
   if (database.moved()) {
-    return failure(ErrorCode::kIo, fmt::format("The calendar store \"{}\" was removed or replaced while it was in use; "
-                                               "nothing was written. Put it back, or open the store anew.",
-                                               database.file().string()));
+    return failure(ErrorCode::kIo, tr("The calendar store \"{}\" was removed or replaced while it was in use; "
+                                      "nothing was written. Put it back, or open the store anew.",
+                                      database.file().string()));
   }
   if (database.whyOnlyRead()) { return failure(*database.whyOnlyRead()); }
   ORLOCAL_CHECK(database.take(Database::Turn::kWrite));

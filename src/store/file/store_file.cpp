@@ -10,6 +10,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/change_signal.h"
 #include "store/file/side_files.h"
@@ -47,9 +48,9 @@ Result<PlaceTurn> PlaceTurn::take(const std::filesystem::path& file, Purpose pur
     // Where files cannot be locked in this way, SQLite's own locks are what there is.
     if (errno != EWOULDBLOCK && errno != EINTR) { break; }
     if (std::chrono::steady_clock::now() >= deadline) {
-      return failure(ErrorCode::kBusy, fmt::format("The calendar store \"{}\" is being replaced by another process and "
-                                                   "did not become free in time; try again.",
-                                                   file.string()));
+      return failure(ErrorCode::kBusy, tr("The calendar store \"{}\" is being replaced by another process and "
+                                          "did not become free in time; try again.",
+                                          file.string()));
     }
     std::this_thread::sleep_for(milliseconds(2));
   }
@@ -68,10 +69,9 @@ Result<Database> StoreFile::open(Missing missing, milliseconds busyTimeout, Uuid
     m_file = unresolved ? m_path : std::move(resolved);
     ORLOCAL_TRY(const PlaceTurn turn, PlaceTurn::take(m_file, PlaceTurn::Purpose::kOpen, busyTimeout));
     if (missing == Missing::kIsAFailure && !FileState::of(m_file)) {
-      return failure(ErrorCode::kIo,
-                     fmt::format("The calendar store \"{}\" was removed or replaced while it was in use; "
-                                 "put it back, or open the store anew.",
-                                 m_path.string()));
+      return failure(ErrorCode::kIo, tr("The calendar store \"{}\" was removed or replaced while it was in use; "
+                                        "put it back, or open the store anew.",
+                                        m_path.string()));
     }
     const auto before = FileState::of(m_file);
     ORLOCAL_TRY(Database opened, openStoreFile(m_file, busyTimeout, uuids, missing));
@@ -101,9 +101,9 @@ Result<StoreFile::News> StoreFile::look(const Database& open) const {
   const auto now = FileState::of(m_path);
   if (!now) {
     return failure(ErrorCode::kIo,
-                   fmt::format("The calendar store \"{}\" was removed or replaced while it was in use, or its folder "
-                               "cannot be reached ({}). Put it back, or open the store anew.",
-                               m_path.string(), std::strerror(errno)));
+                   tr("The calendar store \"{}\" was removed or replaced while it was in use, or its folder "
+                      "cannot be reached ({}). Put it back, or open the store anew.",
+                      m_path.string(), std::strerror(errno)));
   }
   if (!now->isSameFileAs(*m_state)) { return News::kReplaced; }
   // There may be room again; and to read alone keeps others from the file.

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "store/icalendar/calendar_color.h"
 #include "store/icalendar/content_line.h"
 
@@ -35,7 +36,7 @@ class LayoutReader {
     for (ContentLine line; begin(), m_lines.next(line);) {
       if (m_lines.reencoded() && !m_saidEncoding) {
         m_saidEncoding = true;
-        warn(line.line, "the text is not UTF-8 and was read as Windows-1252");
+        warn(line.line, tr("the text is not UTF-8 and was read as Windows-1252"));
       }
       if (line.is("BEGIN")) {
         open(line);
@@ -107,7 +108,7 @@ class LayoutReader {
     } else if (role == Role::kZone && top) {
       m_zone = {{m_lineBegin, 0, line.line}, m_calendar, ""};
     } else if (!inside(Role::kItem) && !inside(Role::kZone)) {
-      warn(line.line, fmt::format("{} components are not kept", shown(name)));
+      warn(line.line, tr("{} components are not kept", shown(name)));
       role = Role::kOther;
     } else {
       role = Role::kOther;
@@ -122,7 +123,7 @@ class LayoutReader {
     const std::string name = nameOf(line);
     const auto found = m_places.find(name);
     if (found == m_places.end() || found->second.empty()) {
-      warn(line.line, fmt::format("END:{} closes nothing and was passed over", shown(name)));
+      warn(line.line, tr("END:{} closes nothing and was passed over", shown(name)));
       return;
     }
     for (const std::size_t place = found->second.back(); m_open.size() > place + 1;) { leave(line.line, false); }
@@ -140,11 +141,10 @@ class LayoutReader {
       m_item.span.end = closed ? m_lines.offset() : m_lineBegin;
       if (!closed) {
         m_made.problems.refuse(m_item.span.line, m_item.uid,
-                               fmt::format("the {} is not closed: its END:{} is missing before line {}",
-                                           m_item.kind == ItemKind::kEvent ? "event" : "reminder", name, line));
+                               tr("the {} is not closed: its END:{} is missing before line {}",
+                                  m_item.kind == ItemKind::kEvent ? "event" : "reminder", name, line));
       } else if (m_tooDeep) {
-        m_made.problems.refuse(m_item.span.line, m_item.uid,
-                               fmt::format("components stand in it more than {} deep", kDeepest));
+        m_made.problems.refuse(m_item.span.line, m_item.uid, tr("components stand in it more than {} deep", kDeepest));
       } else {
         m_made.items.push_back(std::move(m_item));
       }
@@ -152,17 +152,17 @@ class LayoutReader {
     } else if (role == Role::kZone) {
       m_zone.span.end = closed ? m_lines.offset() : m_lineBegin;
       if (closed && !m_tooDeep) { m_made.zones.push_back(std::move(m_zone)); }
-      if (!closed) { warn(m_zone.span.line, "the time zone is not closed and was passed over"); }
+      if (!closed) { warn(m_zone.span.line, tr("the time zone is not closed and was passed over")); }
       m_tooDeep = false;
     } else if (!closed) {
-      warn(line, fmt::format("{} is not closed", shown(name)));
+      warn(line, tr("{} is not closed", shown(name)));
     }
     if (role == Role::kCalendar) { m_calendar = m_made.calendars.size(); }
   }
 
   void property(const ContentLine& line) {
     if (m_open.empty()) {
-      warn(line.line, "text outside of any component was passed over");
+      warn(line.line, tr("text outside of any component was passed over"));
       return;
     }
     const Role role = m_open.back().role;
@@ -173,7 +173,7 @@ class LayoutReader {
         head.color = parseColor(line.value);
       }
       if (line.is("METHOD")) { head.method = std::string(line.value); }
-      if (line.name.empty()) { warn(line.line, "this is no content line and was passed over"); }
+      if (line.name.empty()) { warn(line.line, tr("this is no content line and was passed over")); }
     } else if (role == Role::kItem) {
       if (line.is("UID")) { m_item.uid = unescapeText(line.value); }
       if (line.is("RECURRENCE-ID")) { m_item.changed = true; }

@@ -12,6 +12,7 @@
 #include <unicode/ucnv.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/calendar_layout.h"
 #include "store/icalendar/item_reader.h"
@@ -36,7 +37,7 @@ Result<std::string> asUtf8(std::string bytes, const std::string& name) {
   const int size = ucnv_convert("UTF-8", little ? "UTF-16LE" : "UTF-16BE", text.data(), static_cast<int>(text.size()),
                                 bytes.data() + 2, static_cast<int>(bytes.size() - 2), &status);
   if (U_FAILURE(status) != 0) {
-    return failure(ErrorCode::kInvalid, fmt::format("{} begins as UTF-16 and is not; save it as UTF-8", name));
+    return failure(ErrorCode::kInvalid, tr("{} begins as UTF-16 and is not; save it as UTF-8", name));
   }
   text.resize(static_cast<std::size_t>(size));
   return text;
@@ -87,12 +88,12 @@ std::string itemInWords(const std::optional<std::string>& title, const std::opti
   if (title && !title->empty()) {
     std::string shown = title->substr(0, kLongest);
     while (!isUtf8(shown)) { shown.pop_back(); }
-    words = fmt::format("“{}{}”", shown, shown.size() < title->size() ? "…" : "");
+    words = tr("“{}{}”", shown, shown.size() < title->size() ? "…" : "");
   }
   if (!start) { return words; }
   const LocalTime& local = start->local;
-  return words +
-         fmt::format("{}{:04}-{:02}-{:02}", words.empty() ? "" : " on ", local.year(), local.month(), local.day());
+  const std::string day = fmt::format("{:04}-{:02}-{:02}", local.year(), local.month(), local.day());
+  return words.empty() ? day : tr("{} on {}", words, day);
 }
 
 void ReadProblems::refuse(int line, std::string_view uid, std::string message) {
@@ -147,9 +148,12 @@ void CalendarReader::Data::addMain(Group& group, std::size_t index) {
   const std::size_t kept = replaces ? index : *group.main, left = replaces ? *group.main : index;
   group.main = kept;
   const ItemSpan& other = layout.items[left];
-  layout.problems.refuse(other.span.line, other.uid,
-                         fmt::format("its UID is also that of the item in line {}, which {}; this one was not imported",
-                                     layout.items[kept].span.line, replaces ? "is newer" : "counts"));
+  layout.problems.refuse(
+      other.span.line, other.uid,
+      replaces ? tr("its UID is also that of the item in line {}, which is newer; this one was not imported",
+                    layout.items[kept].span.line)
+               : tr("its UID is also that of the item in line {}, which counts; this one was not imported",
+                    layout.items[kept].span.line));
 }
 
 /// Brings items with one UID together, in the order in which the first of them comes.
@@ -192,16 +196,16 @@ void CalendarReader::Data::group() {
 Result<CalendarReader> CalendarReader::open(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary | std::ios::ate);
   const auto unreadable = [&] {
-    return failure(ErrorCode::kIo, fmt::format("{} cannot be read: {}", file.string(), std::strerror(errno)));
+    return failure(ErrorCode::kIo, tr("{} cannot be read: {}", file.string(), std::strerror(errno)));
   };
   std::error_code error;
   if (!in || !std::filesystem::is_regular_file(file, error)) {
-    if (in) { return failure(ErrorCode::kIo, fmt::format("{} is not a file", file.string())); }
+    if (in) { return failure(ErrorCode::kIo, tr("{} is not a file", file.string())); }
     return unreadable();
   }
   const auto size = static_cast<std::uintmax_t>(in.tellg());
   if (size > kLargestFile) {
-    return failure(ErrorCode::kInvalid, fmt::format("{} is larger than 1 GiB; split it", file.string()));
+    return failure(ErrorCode::kInvalid, tr("{} is larger than 1 GiB; split it", file.string()));
   }
   std::string bytes(static_cast<std::size_t>(size), '\0');
   in.seekg(0);
@@ -215,7 +219,7 @@ Result<CalendarReader> CalendarReader::ofText(std::string bytes, const std::stri
   const bool anything =
       !data->layout.items.empty() || !data->layout.problems.refused.empty() || !data->layout.zones.empty();
   if (!anything && data->bytes.find("BEGIN:") == std::string::npos) {
-    return failure(ErrorCode::kInvalid, fmt::format("{} is no iCalendar file: there is no component in it", name));
+    return failure(ErrorCode::kInvalid, tr("{} is no iCalendar file: there is no component in it", name));
   }
   data->group();
   return CalendarReader(std::move(data));
@@ -287,7 +291,7 @@ ItemGroup CalendarReader::Data::read(const Group& group, Tzids& tzids, RuleBudge
     if (isNew) {
       made.changed.push_back(std::move(changed));
     } else {
-      problems.warn(line, changed.uid, "an occurrence is changed twice; the newer change counts");
+      problems.warn(line, changed.uid, tr("an occurrence is changed twice; the newer change counts"));
       Item& known = made.changed[place->second];
       if (changed.sequence >= known.sequence) { known = std::move(changed); }
     }
@@ -309,8 +313,9 @@ ItemGroup CalendarReader::Data::read(const Group& group, Tzids& tzids, RuleBudge
       continue;
     }
     if (read->andFuture) {
-      problems.warn(span.span.line, read->item.uid,
-                    "RANGE=THISANDFUTURE has no series here that it could change: only this one occurrence is changed");
+      problems.warn(
+          span.span.line, read->item.uid,
+          tr("RANGE=THISANDFUTURE has no series here that it could change: only this one occurrence is changed"));
     }
     add(std::move(read->item), span.span.line);
   }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/translation.h"
 #include "store/icalendar/item_reader.h"
 #include "store/time/time_text.h"
 
@@ -25,7 +26,8 @@ class ItemDraft {
   std::optional<ReadItem> read(std::string_view text);
 
  private:
-  static constexpr const char* kRuleOfChanged = "a changed occurrence cannot repeat itself; its rule was passed over";
+  static constexpr const char* kRuleOfChanged =
+      translatable("a changed occurrence cannot repeat itself; its rule was passed over");
 
   using Handler = void (ItemDraft::*)(const ContentLine&);
   struct Property {

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "store/icalendar/icalendar_writer.h"
 
 namespace orlocal::store {
@@ -63,9 +64,9 @@ Status checkSize(const Item& item) {
   writeItem(text, item);
   if (text.size() <= kMostItemBytes && linesOf(text) <= kMostItemLines) { return {}; }
   return failure(ErrorCode::kTooLarge,
-                 fmt::format("The item \"{:.{}}\" would take more than {} MiB or {} lines as iCalendar text, and no "
-                             "import would take it again; shorten it.",
-                             item.title.value_or(std::string()), kShownTitle, kMostItemBytes >> 20U, kMostItemLines));
+                 tr("The item \"{:.{}}\" would take more than {} MiB or {} lines as iCalendar text, and no "
+                    "import would take it again; shorten it.",
+                    item.title.value_or(std::string()), kShownTitle, kMostItemBytes >> 20U, kMostItemLines));
 }
 
 }  // namespace orlocal::store

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/item_draft.h"
 #include "store/icalendar/item_words.h"
@@ -120,7 +121,7 @@ std::optional<CalendarTime> ItemDraft::time(LineParameters& parameters, std::str
 std::optional<Moment> ItemDraft::instant(const ContentLine& line) {
   auto parameters = parametersOf(line);
   const auto read = time(parameters, line.value);
-  if (!read && !line.value.empty()) { warn(line.line, fmt::format("{} has no date that can be read", line.name)); }
+  if (!read && !line.value.empty()) { warn(line.line, tr("{} has no date that can be read", line.name)); }
   return read ? std::optional(momentOf(*read, Zone())) : std::nullopt;
 }
 
@@ -128,11 +129,11 @@ void ItemDraft::moment(std::optional<CalendarTime>& field, const ContentLine& li
   auto parameters = parametersOf(line);
   const auto read = time(parameters, line.value);
   if (!read) {
-    auto reason = fmt::format("{} has no date that can be read: \"{}\"", line.name, line.value.substr(0, 40));
+    auto reason = tr("{} has no date that can be read: \"{}\"", line.name, line.value.substr(0, 40));
     // A reminder is one without its dates, too.
     return m_item.kind == ItemKind::kEvent ? fail(line.line, std::move(reason)) : warn(line.line, std::move(reason));
   }
-  if (field) { return warn(line.line, fmt::format("a second {} was passed over", line.name)); }
+  if (field) { return warn(line.line, tr("a second {} was passed over", line.name)); }
   field = read;
   keepParameters(line, std::move(parameters.others));
 }
@@ -144,16 +145,14 @@ void ItemDraft::end(const ContentLine& line) {
     return keep(line);  // that of the other kind
   }
   m_endLine = line.line;
-  if (line.value.empty()) { return warn(line.line, fmt::format("{} is empty and was passed over", line.name)); }
+  if (line.value.empty()) { return warn(line.line, tr("{} is empty and was passed over", line.name)); }
   moment(m_item.endOrDue(), line);
 }
 
 void ItemDraft::duration(const ContentLine& line) {
   m_endLine = line.line;
   m_duration = parseDuration(line.value);
-  if (!m_duration) {
-    fail(line.line, fmt::format("DURATION has no length that can be read: \"{}\"", line.value.substr(0, 40)));
-  }
+  if (!m_duration) { fail(line.line, tr("DURATION has no length that can be read: \"{}\"", line.value.substr(0, 40))); }
 }
 
 void ItemDraft::recurrenceId(const ContentLine& line) {
@@ -162,9 +161,7 @@ void ItemDraft::recurrenceId(const ContentLine& line) {
   const auto range = line.parameter("RANGE");
   if (!range) { return; }
   m_andFuture = equalsNoCase(*range, "THISANDFUTURE");
-  if (!m_andFuture) {
-    warn(line.line, fmt::format("RANGE={} is not followed: only this one occurrence is changed", *range));
-  }
+  if (!m_andFuture) { warn(line.line, tr("RANGE={} is not followed: only this one occurrence is changed", *range)); }
 }
 
 Result<RecurrenceRule> ItemDraft::readRule(const ContentLine& line) {
@@ -177,7 +174,7 @@ Result<RecurrenceRule> ItemDraft::readRule(const ContentLine& line) {
 bool ItemDraft::mayHaveAnotherRule(const ContentLine& line) {
   constexpr std::size_t kMostRules = 500;
   const bool may = m_item.recurrence.rules.size() + m_item.recurrence.exceptionRules.size() < kMostRules;
-  if (!may) { fail(line.line, "it has more than 500 rules"); }
+  if (!may) { fail(line.line, tr("it has more than 500 rules")); }
   return may;
 }
 
@@ -188,10 +185,10 @@ void ItemDraft::rule(const ContentLine& line) {
   if (read) {
     m_item.recurrence.rules.push_back(std::move(*read));
   } else if (read.error().code == ErrorCode::kUnsupported && m_span.changed) {
-    warn(line.line, kRuleOfChanged);
+    warn(line.line, translated(kRuleOfChanged));
   } else if (read.error().code == ErrorCode::kUnsupported) {
     keep(line);
-    warn(line.line, fmt::format("{}; the rule is kept, and nothing is repeated by it", read.error().message));
+    warn(line.line, tr("{}; the rule is kept, and nothing is repeated by it", read.error().message));
   } else {
     fail(line.line, read.error().message);
   }
@@ -202,7 +199,7 @@ void ItemDraft::exceptionRule(const ContentLine& line) {
   auto read = readRule(line);
   if (!read) {
     keep(line);
-    return warn(line.line, fmt::format("{}; EXRULE is kept, and what it takes out is shown", read.error().message));
+    return warn(line.line, tr("{}; EXRULE is kept, and what it takes out is shown", read.error().message));
   }
   ExceptionRule made{std::move(*read), std::nullopt};
   // Ours, of what was split off a series: from when the rule runs there.
@@ -217,14 +214,14 @@ void ItemDraft::added(const ContentLine& line) { dates(line, m_item.recurrence.a
 void ItemDraft::excluded(const ContentLine& line) { dates(line, m_item.recurrence.excluded, false); }
 
 void ItemDraft::dates(const ContentLine& line, std::vector<CalendarTime>& list, bool periods) {
-  if (line.value.empty()) { return warn(line.line, fmt::format("{} is empty and was passed over", line.name)); }
+  if (line.value.empty()) { return warn(line.line, tr("{} is empty and was passed over", line.name)); }
   auto parameters = parametersOf(line);
   for (std::string_view value : splitUnescaped(line.value, ',')) {
     const std::size_t slash = periods ? value.find('/') : std::string_view::npos;
     const auto read = time(parameters, value.substr(0, slash));
     if (!read) {
       warn(line.line,
-           fmt::format("{} has no date that can be read and was passed over: \"{}\"", line.name, value.substr(0, 40)));
+           tr("{} has no date that can be read and was passed over: \"{}\"", line.name, value.substr(0, 40)));
       continue;
     }
     list.push_back(*read);
@@ -242,13 +239,13 @@ std::optional<CalendarTime> ItemDraft::periodEnd(LineParameters& parameters, con
 
 void ItemDraft::sequence(const ContentLine& line) {
   const auto [end, error] = std::from_chars(line.value.data(), line.value.data() + line.value.size(), m_item.sequence);
-  if (error != std::errc()) { warn(line.line, "SEQUENCE is no number and was passed over"); }
+  if (error != std::errc()) { warn(line.line, tr("SEQUENCE is no number and was passed over")); }
 }
 
 void ItemDraft::priority(const ContentLine& line) {
   int value = -1;
   std::from_chars(line.value.data(), line.value.data() + line.value.size(), value);
-  if (value < 0 || value > 9) { return warn(line.line, "PRIORITY is not from 0 to 9 and was passed over"); }
+  if (value < 0 || value > 9) { return warn(line.line, tr("PRIORITY is not from 0 to 9 and was passed over")); }
   m_item.priority = value;
 }
 

@@ -6,6 +6,7 @@
 
 #include "base/hash.h"
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/item_draft.h"
 #include "store/icalendar/item_limits.h"
@@ -83,11 +84,11 @@ bool RuleBudget::takesOccurrences(std::int64_t inMonth) {
 }
 
 std::optional<ReadItem> ItemDraft::read(std::string_view text) {
-  if (text.size() > kMostItemBytes) { return refuse(m_span.span.line, "it is larger than 16 MiB"); }
+  if (text.size() > kMostItemBytes) { return refuse(m_span.span.line, tr("it is larger than 16 MiB")); }
   ContentLines lines(text, m_span.span.line, m_span.utf8);
   std::size_t count = 0;
   for (ContentLine line; lines.next(line);) {
-    if (++count > kMostItemLines) { return refuse(line.line, "it has more than 100,000 lines"); }
+    if (++count > kMostItemLines) { return refuse(line.line, tr("it has more than 100,000 lines")); }
     component(line);
   }
   return finish(text);
@@ -95,7 +96,7 @@ std::optional<ReadItem> ItemDraft::read(std::string_view text) {
 
 std::optional<ReadItem> ItemDraft::refuse(int line, std::string_view reason) {
   const char* kind = m_item.kind == ItemKind::kEvent ? "event" : "reminder";
-  m_problems.refuse(line, m_item.uid, fmt::format("{}; the {} was not imported", reason, kind));
+  m_problems.refuse(line, m_item.uid, tr("{}; the {} was not imported", reason, kind));
   return std::nullopt;
 }
 
@@ -114,7 +115,7 @@ void ItemDraft::component(const ContentLine& line) {
   } else if (line.is("END")) {
     endInner(line);
   } else if (line.name.empty()) {
-    warn(line.line, fmt::format("\"{}\" is no content line and was passed over", line.text.substr(0, 60)));
+    warn(line.line, tr("\"{}\" is no content line and was passed over", line.text.substr(0, 60)));
   } else if (!m_open.empty()) {
     m_inner.emplace_back(line.text);
   } else {
@@ -146,7 +147,7 @@ void ItemDraft::endInner(const ContentLine& line) {
 
 void ItemDraft::innerDone(int line) {
   if (m_innerBroken) {
-    warn(m_innerLine, "the component that begins here, or one in it, is not closed; it is not kept");
+    warn(m_innerLine, tr("the component that begins here, or one in it, is not closed; it is not kept"));
     m_innerBroken = false;
     m_inner.clear();
     return;
@@ -158,7 +159,7 @@ void ItemDraft::innerDone(int line) {
     m_item.alarms.push_back(std::move(*alarm));
   } else {
     if (isAlarm) {
-      warn(line, "the alarm that ends here has no action or trigger that can be followed; it is kept as it is");
+      warn(line, tr("the alarm that ends here has no action or trigger that can be followed; it is kept as it is"));
     }
     for (const std::string& text : m_inner) { m_components.append(text).append("\n"); }
   }
@@ -167,14 +168,14 @@ void ItemDraft::innerDone(int line) {
 
 std::optional<ReadItem> ItemDraft::finish(std::string_view bytes) {
   if (m_failure.empty() && m_item.kind == ItemKind::kEvent && !m_item.start && !m_span.partial) {
-    fail(m_span.span.line, "it has no DTSTART");
+    fail(m_span.span.line, tr("it has no DTSTART"));
   }
   if (m_span.changed && !m_item.recurrenceId) {
-    fail(m_recurrenceIdLine, "its RECURRENCE-ID does not tell which occurrence it changes");
+    fail(m_recurrenceIdLine, tr("its RECURRENCE-ID does not tell which occurrence it changes"));
   }
   if (!m_failure.empty()) { return refuse(m_failureLine, m_failure); }
   if (m_item.recurrenceId && !m_span.changed) {
-    warn(m_recurrenceIdLine, "RECURRENCE-ID changes no series of this file and was passed over: this is a series");
+    warn(m_recurrenceIdLine, tr("RECURRENCE-ID changes no series of this file and was passed over: this is a series"));
     m_item.recurrenceId.reset();
     m_parameters.erase("RECURRENCE-ID");
     m_andFuture = false;
@@ -211,7 +212,7 @@ bool ItemDraft::settleEnd() {
   if (!end) {
     end = start;
   } else if ((start->kind == Kind::kDate) != (end->kind == Kind::kDate)) {
-    warn(m_endLine, "one of start and end is a date and the other has a time; the end was read as the start is");
+    warn(m_endLine, tr("one of start and end is a date and the other has a time; the end was read as the start is"));
     if (start->kind == Kind::kDate) {
       *end = {Kind::kDate, LocalTime(LocalDay(end->local)), ""};
     } else {
@@ -220,12 +221,12 @@ bool ItemDraft::settleEnd() {
     }
   }
   if (end->local.year() > 9999) {
-    refuse(m_endLine, "its end lies past the year 9999");
+    refuse(m_endLine, tr("its end lies past the year 9999"));
     return false;
   }
   const Moment from = momentOf(*start, Zone()), to = momentOf(*end, Zone());
   if (to < from) {
-    refuse(m_endLine, fmt::format("{} lies before DTSTART", m_duration ? "the end that DURATION gives" : "DTEND"));
+    refuse(m_endLine, tr("{} lies before DTSTART", m_duration ? tr("the end that DURATION gives") : "DTEND"));
     return false;
   }
   // A day that ends where it starts is written by many for one whole day.
@@ -253,13 +254,13 @@ void ItemDraft::settleCompletion() {
 std::shared_ptr<const Series> ItemDraft::compile() {
   const int line = m_ruleLine != 0 ? m_ruleLine : m_span.span.line;
   if (!m_rules.takesScaled(m_item.recurrence)) {
-    refuse(line, "the file has more than 40 series that count in other calendars (RSCALE)");
+    refuse(line, tr("the file has more than 40 series that count in other calendars (RSCALE)"));
     return nullptr;
   }
   ExpansionBudget budget = m_rules.forItem(m_item.recurrence);
   auto series = Series::compile(m_item, Zone(), {}, &budget);
   if (!series && !m_item.recurrence.exceptionRules.empty()) {
-    warn(line, fmt::format("{}; EXRULE was passed over, and what it takes out is shown", series.error().message));
+    warn(line, tr("{}; EXRULE was passed over, and what it takes out is shown", series.error().message));
     m_item.recurrence.exceptionRules.clear();
     series = Series::compile(m_item, Zone(), {}, &budget);
   }
@@ -268,7 +269,8 @@ std::shared_ptr<const Series> ItemDraft::compile() {
     ORLOCAL_CHECK(series->checkDensity());
     ORLOCAL_CHECK(series->first(budget));
     if (m_rules.takesOccurrences(series->mostInMonth())) { return {}; }
-    return failure(ErrorCode::kRefused, "the events of this file come too often in a month, all together, to be shown");
+    return failure(ErrorCode::kRefused,
+                   tr("the events of this file come too often in a month, all together, to be shown"));
   }();
   m_rules.settle(m_item.recurrence, budget);
   if (accepted) { return std::make_shared<const Series>(std::move(*series)); }
@@ -294,7 +296,7 @@ bool ItemDraft::addPeriods(ReadItem& made) {
       one.recurrence = {};
     }
     if ((bytes += each) > kMostItemBytes) {
-      refuse(m_span.span.line, "its RDATE has more periods of their own length than an item may hold (16 MiB)");
+      refuse(m_span.span.line, tr("its RDATE has more periods of their own length than an item may hold (16 MiB)"));
       return false;
     }
     Item& changed = made.periods.emplace_back(one);
@@ -308,7 +310,7 @@ bool ItemDraft::addPeriods(ReadItem& made) {
 std::optional<ReadItem> ItemDraft::settleRecurrence() {
   if (m_span.partial) { m_item.recurrence = {}; }
   if (m_item.recurrenceId && !m_item.recurrence.empty()) {
-    warn(m_ruleLine, kRuleOfChanged);
+    warn(m_ruleLine, translated(kRuleOfChanged));
     m_item.recurrence = {};
   }
   std::optional<ReadItem> made(std::in_place);

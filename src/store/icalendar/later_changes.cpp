@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/translation.h"
 #include "store/icalendar/content_line.h"
 #include "store/icalendar/kept_lines.h"
 #include "store/recurrence/series_shift.h"
@@ -102,8 +103,9 @@ void cutAtLaterChanges(ItemGroup& group, std::vector<LaterChange> changes, ReadP
     const bool tooMany = parts.size() > kMostChanges;
     if (!tooMany && cut(parts, change)) { continue; }
     problems.warn(change.line, change.item.uid,
-                  tooMany ? "the series is changed by RANGE=THISANDFUTURE more than 500 times: only this one is changed"
-                          : "RANGE=THISANDFUTURE begins at no occurrence of the rule: only this one is changed");
+                  tooMany
+                      ? tr("the series is changed by RANGE=THISANDFUTURE more than 500 times: only this one is changed")
+                      : tr("RANGE=THISANDFUTURE begins at no occurrence of the rule: only this one is changed"));
     group.changed.push_back(std::move(change.item));
   }
   if (parts.size() == 1 && !parts.front().change) { return; }

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "store/icalendar/private_zone.h"
 #include "store/icalendar/vtimezone.h"
 #include "store/time/zone.h"
@@ -48,7 +49,7 @@ const std::optional<std::string>& KnownTzids::zoneOf(std::string_view tzid, std:
 std::optional<std::string> TzidTable::find(std::string_view tzid, std::size_t calendar, int line,
                                            ReadProblems& problems) {
   if (const auto& system = systemZone(tzid)) { return system; }
-  std::string reason = "names no known time zone and the file does not define it";
+  std::string reason = tr("names no known time zone and the file does not define it");
   if (const auto blocks = m_blocks.find(tzid); blocks != m_blocks.end()) {
     const auto& all = blocks->second;
     const auto after = std::upper_bound(all.begin(), all.end(), calendar, [](std::size_t wanted, const ZoneSpan* zone) {
@@ -58,9 +59,9 @@ std::optional<std::string> TzidTable::find(std::string_view tzid, std::size_t ca
     const ZoneSpan& block = own ? **(after - 1) : *all.front();
     const Meaning& meaning = meaningOf(block);
     if (meaning.zone) { return meaning.zone; }
-    reason = fmt::format("is defined in line {}, which is of no use: {}", block.span.line, meaning.trouble);
+    reason = tr("is defined in line {}, which is of no use: {}", block.span.line, meaning.trouble);
   }
-  problems.warn(line, "", fmt::format("TZID \"{}\" {}; its times are read as floating", tzid.substr(0, 200), reason));
+  problems.warn(line, "", tr("TZID \"{}\" {}; its times are read as floating", tzid.substr(0, 200), reason));
   return std::nullopt;
 }
 
@@ -82,9 +83,9 @@ const TzidTable::Meaning& TzidTable::meaningOf(const ZoneSpan& block) {
 }
 
 TzidTable::Meaning TzidTable::work(const ZoneSpan& block, std::string_view text) {
-  if (text.size() > kLongestBlock) { return {std::nullopt, "it is longer than 64 KiB"}; }
-  if (!isOneZone(text)) { return {std::nullopt, "a component in it is not closed"}; }
-  if (m_workLeft <= 0) { return {std::nullopt, "the file defines too many time zones"}; }
+  if (text.size() > kLongestBlock) { return {std::nullopt, tr("it is longer than 64 KiB")}; }
+  if (!isOneZone(text)) { return {std::nullopt, tr("a component in it is not closed")}; }
+  if (m_workLeft <= 0) { return {std::nullopt, tr("the file defines too many time zones")}; }
   const auto rules = rulesOfVTimeZone(text);
   m_workLeft -= rules ? kWorkOfOne + static_cast<std::int64_t>(rules->changes.size()) : kWorkInVain;
   if (!rules) { return {std::nullopt, rules.error().message}; }

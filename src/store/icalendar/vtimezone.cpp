@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/content_line.h"
 #include "store/recurrence/recurrence_rule.h"
@@ -76,7 +77,7 @@ Result<std::vector<LocalSeconds>> onsetsOf(const Observance& part) {
       onsets.push_back(onset);
       return --left > 0;
     });
-    if (!done) { return failure(ErrorCode::kBudget, "its clock changes too often"); }
+    if (!done) { return failure(ErrorCode::kBudget, tr("its clock changes too often")); }
   }
   return onsets;
 }
@@ -99,7 +100,7 @@ Result<ZoneRules> rulesOfVTimeZone(std::string_view text) {
   }
   std::erase_if(parts, [](const Observance& part) { return !part.whole(); });
   if (parts.empty()) {
-    return failure(ErrorCode::kInvalid, "it has no part with DTSTART, TZOFFSETFROM and TZOFFSETTO");
+    return failure(ErrorCode::kInvalid, tr("it has no part with DTSTART, TZOFFSETFROM and TZOFFSETTO"));
   }
 
   ZoneRules rules;
@@ -107,7 +108,7 @@ Result<ZoneRules> rulesOfVTimeZone(std::string_view text) {
   for (const Observance& part : parts) {
     ORLOCAL_TRY(const auto found, onsetsOf(part));
     for (LocalSeconds onset : found) { onsets[onset - *part.from] = &part; }
-    if (onsets.size() > kMostOnsets) { return failure(ErrorCode::kBudget, "its clock changes too often"); }
+    if (onsets.size() > kMostOnsets) { return failure(ErrorCode::kBudget, tr("its clock changes too often")); }
   }
   const Observance& first = *onsets.begin()->second;
   rules.initial = {*first.from, false, offsetText(*first.from)};

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/item_words.h"
 #include "store/icalendar/kept_lines.h"
@@ -36,8 +37,7 @@ std::string timeInWords(const CalendarTime& time) {
 }
 
 std::string noOccurrence(const Item& given) {
-  return fmt::format("the series has no occurrence on {} any more; nothing was changed",
-                     timeInWords(*given.recurrenceId));
+  return tr("the series has no occurrence on {} any more; nothing was changed", timeInWords(*given.recurrenceId));
 }
 
 /// What the given item would change, for people.
@@ -45,17 +45,18 @@ std::string proposalOf(const Item& given, const Item& stored) {
   std::string words;
   const auto add = [&](const std::string& what) { words += (words.empty() ? "" : ", ") + what; };
   if (given.start && (given.start != stored.start || given.endOrDue() != stored.endOrDue())) {
-    add(timeInWords(*given.start) + (given.endOrDue() ? " to " + timeInWords(*given.endOrDue()) : ""));
+    const std::string start = timeInWords(*given.start);
+    add(given.endOrDue() ? tr("{} to {}", start, timeInWords(*given.endOrDue())) : start);
   }
-  if (given.title && given.title != stored.title) { add("the title “" + *given.title + "”"); }
-  if (given.location && given.location != stored.location) { add("the place “" + *given.location + "”"); }
-  if (given.recurrence != stored.recurrence && !given.recurrenceId) { add("another repetition"); }
-  return words.empty() ? "a change that shows in nothing but its notes" : words;
+  if (given.title && given.title != stored.title) { add(tr("the title “{}”", *given.title)); }
+  if (given.location && given.location != stored.location) { add(tr("the place “{}”", *given.location)); }
+  if (given.recurrence != stored.recurrence && !given.recurrenceId) { add(tr("another repetition")); }
+  return words.empty() ? tr("a change that shows in nothing but its notes") : words;
 }
 
 std::string whoSends(const Item& given) {
   const auto found = std::ranges::find(given.attendees, false, &Attendee::organizer);
-  return found == given.attendees.end() ? "somebody" : std::string(withoutMailto(found->address));
+  return found == given.attendees.end() ? tr("somebody") : std::string(withoutMailto(found->address));
 }
 
 /// Why the organiser's word is not this message's; empty when it is.
@@ -64,16 +65,16 @@ std::string notFromOrganizer(const Item& given, const Item& stored) {
   const Attendee* ours = organizerOf(stored);
   if (ours == nullptr && theirs == nullptr) { return {}; }
   if (ours == nullptr) {
-    return fmt::format("it is no invitation here, and this message takes {} for its organiser; nothing was changed",
-                       withoutMailto(theirs->address));
+    return tr("it is no invitation here, and this message takes {} for its organiser; nothing was changed",
+              withoutMailto(theirs->address));
   }
   if (theirs == nullptr) {
-    return fmt::format("only its organiser {} may change it, and this message names none; nothing was changed",
-                       withoutMailto(ours->address));
+    return tr("only its organiser {} may change it, and this message names none; nothing was changed",
+              withoutMailto(ours->address));
   }
   if (isSameAddress(ours->address, theirs->address)) { return {}; }
-  return fmt::format("only its organiser {} may change it, not {}; nothing was changed", withoutMailto(ours->address),
-                     withoutMailto(theirs->address));
+  return tr("only its organiser {} may change it, not {}; nothing was changed", withoutMailto(ours->address),
+            withoutMailto(theirs->address));
 }
 
 /// Makes `item` as new as the message that changed it.
@@ -123,22 +124,22 @@ std::string answerInWords(const Attendee& answering) {
   const std::string who(withoutMailto(answering.address));
   switch (answering.status) {
     case Attendee::Status::kAccepted:
-      return who + " accepts";
+      return tr("{} accepts", who);
     case Attendee::Status::kDeclined:
-      return who + " declines";
+      return tr("{} declines", who);
     case Attendee::Status::kTentative:
-      return who + " accepts tentatively";
+      return tr("{} accepts tentatively", who);
     case Attendee::Status::kDelegated:
-      return fmt::format("{} sends {}", who, withoutMailto(parameterOf(answering, "DELEGATED-TO").value_or("another")));
+      return tr("{} sends {}", who, withoutMailto(parameterOf(answering, "DELEGATED-TO").value_or(tr("another"))));
     case Attendee::Status::kCompleted:
-      return who + " has done it";
+      return tr("{} has done it", who);
     case Attendee::Status::kInProcess:
-      return who + " has begun it";
+      return tr("{} has begun it", who);
     case Attendee::Status::kUnknown:
     case Attendee::Status::kPending:
       break;
   }
-  return who + " has not answered yet";
+  return tr("{} has not answered yet", who);
 }
 
 /// The entry whose answer this is; it is made for somebody to whom an invited one has delegated. Null for others.
@@ -155,13 +156,13 @@ Attendee* entryOf(Item& item, const Attendee& answering) {
 TakenMessage setAnswer(Item& item, const Attendee& answering, const Item& reply) {
   Attendee* entry = entryOf(item, answering);
   if (entry == nullptr) {
-    return refused(fmt::format("{} is not invited, and nobody who is has delegated to them; the answer was left out",
-                               withoutMailto(answering.address)));
+    return refused(tr("{} is not invited, and nobody who is has delegated to them; the answer was left out",
+                      withoutMailto(answering.address)));
   }
   const auto written = revisedAt(reply);
   const auto before = parseTime(parameterOf(*entry, kAnswered).value_or(""));
   if (written && before && momentOf(*before, Zone()) > *written) {
-    return told(fmt::format("a newer answer of {} is known; this one was left out", withoutMailto(answering.address)));
+    return told(tr("a newer answer of {} is known; this one was left out", withoutMailto(answering.address)));
   }
   entry->status = answering.status;
   if (const auto to = parameterOf(answering, "DELEGATED-TO")) { setParameter(*entry, "DELEGATED-TO", to); }
@@ -219,19 +220,19 @@ Result<TakenMessage> MessageTaker::take(Method method, Item& given, std::vector<
       case Meaning::kCancel:
         return cancel(*place, given);
       case Meaning::kTellWish:
-        return told(whoSends(given) + " asks for its newest version; export it and send it");
+        return told(tr("{} asks for its newest version; export it and send it", whoSends(given)));
       case Meaning::kTellChange:
-        return told(fmt::format("{} proposes {}; nothing was changed: the organiser decides", whoSends(given),
-                                proposalOf(given, *stored)));
+        return told(tr("{} proposes {}; nothing was changed: the organiser decides", whoSends(given),
+                       proposalOf(given, *stored)));
       case Meaning::kTellNo:
-        return told("the organiser declines what was proposed; nothing was changed");
+        return told(tr("the organiser declines what was proposed; nothing was changed"));
       case Meaning::kStale:
-        return told(fmt::format("a newer version is known (SEQUENCE {} here, {} in this message); it was left out",
-                                stored->sequence, given.sequence));
+        return told(tr("a newer version is known (SEQUENCE {} here, {} in this message); it was left out",
+                       stored->sequence, given.sequence));
       case Meaning::kNotHere:
         break;
     }
-    return refused("it is about an item that the store does not have; import the invitation first");
+    return refused(tr("it is about an item that the store does not have; import the invitation first"));
   }();
   ORLOCAL_CHECK(taken);
   TakenMessage made = *taken;
@@ -273,7 +274,7 @@ Result<TakenMessage> MessageTaker::replace(Place& place, Item& given, std::vecto
 
 Result<TakenMessage> MessageTaker::answer(Place& place, const Item& given) {
   const Attendee* answering = answeringOf(given);
-  if (answering == nullptr) { return refused("an answer speaks for one attendee; this one was left out"); }
+  if (answering == nullptr) { return refused(tr("an answer speaks for one attendee; this one was left out")); }
   Item* item = &place.whole.main;
   if (given.recurrenceId) { ORLOCAL_TRY(item, occurrenceIn(place.whole, *given.recurrenceId)); }
   if (item == nullptr) { return refused(noOccurrence(given)); }
@@ -283,25 +284,27 @@ Result<TakenMessage> MessageTaker::answer(Place& place, const Item& given) {
 }
 
 Result<TakenMessage> MessageTaker::cancel(Place& place, const Item& given) {
-  constexpr const char* kWords = "the organiser has cancelled it";
+  const std::string words = tr("the organiser has cancelled it");
   if (given.recurrenceId) {
     ORLOCAL_TRY(Item* const occurrence, occurrenceIn(place.whole, *given.recurrenceId));
     if (occurrence == nullptr) { return told(noOccurrence(given)); }
     setCancelled(*occurrence, given);
-    return put(place, kWords);
+    return put(place, words);
   }
   setCancelled(place.whole.main, given);
   for (Item& changed : place.whole.changed) { setCancelled(changed, given); }
-  return put(place, kWords);
+  return put(place, words);
 }
 
 Result<TakenMessage> MessageTaker::addOccurrences(Place& place, const Item& given) {
   Item& main = place.whole.main;
   if (main.recurrenceId || !main.start || !given.start) {
-    return refused("its series is not in the store, so that nothing can be added to it; import the invitation first");
+    return refused(
+        tr("its series is not in the store, so that nothing can be added to it; import the invitation first"));
   }
   if (given.start->kind != main.start->kind || !given.recurrence.rules.empty()) {
-    return refused("what it adds comes by other rules or on another clock than the series; ask for a whole invitation");
+    return refused(
+        tr("what it adds comes by other rules or on another clock than the series; ask for a whole invitation"));
   }
   std::vector<CalendarTime> starts{*given.start};
   starts.insert(starts.end(), given.recurrence.added.begin(), given.recurrence.added.end());

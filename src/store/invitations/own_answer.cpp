@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/icalendar/content_line.h"
 #include "store/icalendar/icalendar_writer.h"
@@ -30,7 +31,7 @@ bool isCancelled(const Item& item) {
 
 Failed gone(const Item& item) {
   return failure(ErrorCode::kNotFound,
-                 fmt::format("“{}” is no longer in the store as it was; look again.", item.title.value_or("")));
+                 tr("“{}” is no longer in the store as it was; look again.", item.title.value_or("")));
 }
 
 }  // namespace
@@ -60,9 +61,8 @@ Result<std::string> replyText(const Item& item, const OwnAnswer& answer) {
   const Attendee* organizer = organizerOf(item);
   const Attendee* own = invitedAs(item, answer.address);
   if (organizer == nullptr || own == nullptr) {
-    return failure(ErrorCode::kRefused,
-                   fmt::format("“{}” is no invitation for {}: it names {}.", item.title.value_or(""), answer.address,
-                               organizer == nullptr ? "no organiser" : "others"));
+    return failure(ErrorCode::kRefused, tr("“{}” is no invitation for {}: it names {}.", item.title.value_or(""),
+                                           answer.address, organizer == nullptr ? tr("no organiser") : tr("others")));
   }
   Item reply;
   reply.kind = item.kind;
@@ -96,9 +96,9 @@ Status answerInvitation(ItemWriter& writer, const Item& item, const std::optiona
   if (!whole || whole->main.itemIdentifier != item.itemIdentifier) { return gone(item); }
   ORLOCAL_TRY(const auto calendar, writer.calendarWith(whole->main.calendar));
   if (!calendar || calendar->readOnly || calendar->immutable) {
-    return failure(ErrorCode::kReadOnly, fmt::format("“{}” stands in “{}”, which allows no changes; answer where the "
-                                                     "calendar comes from.",
-                                                     item.title.value_or(""), calendar ? calendar->title : ""));
+    return failure(ErrorCode::kReadOnly, tr("“{}” stands in “{}”, which allows no changes; answer where the "
+                                            "calendar comes from.",
+                                            item.title.value_or(""), calendar ? calendar->title : ""));
   }
   Item* answered = &whole->main;
   if (original) { ORLOCAL_TRY(answered, occurrenceIn(*whole, *original)); }

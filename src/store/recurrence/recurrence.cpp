@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/recurrence/series_data.h"
 #include "store/time/steady_clock.h"
@@ -55,9 +56,9 @@ std::int64_t Series::mostInMonth() const {
 Status Series::checkDensity() const {
   if (mostInMonth() <= kMostInMonth) { return {}; }
   return failure(ErrorCode::kTooLarge,
-                 fmt::format("{} has more than 50,000 occurrences in a month, too many to be shown; give its rule a "
-                             "longer interval or an earlier end",
-                             m_data->name));
+                 tr("{} has more than 50,000 occurrences in a month, too many to be shown; give its rule a "
+                    "longer interval or an earlier end",
+                    m_data->name));
 }
 
 Result<std::optional<Series::Instance>> Series::at(Moment start, ExpansionBudget& budget) const {
@@ -103,7 +104,7 @@ bool Series::followsViewer() const {
 
 Result<std::int64_t> Series::countBefore(Moment start, std::size_t index, ExpansionBudget& budget) const {
   const Data& data = *m_data;
-  if (index >= data.rules.size()) { return failure(ErrorCode::kInvalid, data.name + " has no such rule"); }
+  if (index >= data.rules.size()) { return failure(ErrorCode::kInvalid, tr("{} has no such rule", data.name)); }
   const Data::Rule& rule = data.rules[index];
   if (start <= data.firstMoment) { return 0; }
   const LocalSeconds around = clampedLocal(data.zone, start);

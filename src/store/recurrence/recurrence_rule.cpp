@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/recurrence/recurrence_set.h"
 
@@ -17,18 +18,18 @@ Result<void> checkRange(const std::vector<int>& values, int low, int high, bool 
   for (int value : values) {
     const int magnitude = negativeToo && value < 0 ? -value : value;
     if (magnitude < low || magnitude > high) {
-      return failure(ErrorCode::kInvalid, fmt::format("{} of the rule has {}, which is out of range", part, value));
+      return failure(ErrorCode::kInvalid, tr("{} of the rule has {}, which is out of range", part, value));
     }
   }
   return {};
 }
 
 Result<void> check(const RecurrenceRule& rule) {
-  if (rule.interval < 1) { return failure(ErrorCode::kInvalid, "INTERVAL of the rule is below 1"); }
-  if (rule.count && *rule.count < 1) { return failure(ErrorCode::kInvalid, "COUNT of the rule is below 1"); }
+  if (rule.interval < 1) { return failure(ErrorCode::kInvalid, tr("INTERVAL of the rule is below 1")); }
+  if (rule.count && *rule.count < 1) { return failure(ErrorCode::kInvalid, tr("COUNT of the rule is below 1")); }
   for (const auto& day : rule.byDay) {
     if (day.day < 0 || day.day > 6 || day.ordinal < -53 || day.ordinal > 53) {
-      return failure(ErrorCode::kInvalid, "BYDAY of the rule is out of range");
+      return failure(ErrorCode::kInvalid, tr("BYDAY of the rule is out of range"));
     }
   }
   Result<void> status = checkRange(rule.bySecond, 0, 60, false, "BYSECOND");
@@ -84,7 +85,8 @@ Result<CompiledRule> CompiledRule::make(const RecurrenceRule& rule, LocalSeconds
   made.m_start = start;
   made.m_weekStart = static_cast<std::uint8_t>(rule.weekStart.value_or(1));
   if (allDay && made.subDaily()) {
-    return failure(ErrorCode::kInvalid, "the rule repeats by hours, minutes or seconds, which whole days cannot do");
+    return failure(ErrorCode::kInvalid,
+                   tr("the rule repeats by hours, minutes or seconds, which whole days cannot do"));
   }
 
   const int second = static_cast<int>(start - floorDiv(start, 60) * 60);

@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 #include <libical/ical.h>
 
+#include "base/translation.h"
 #include "store/recurrence/recurrence.h"
 #include "store/recurrence/rule_text.h"
 
@@ -134,19 +135,18 @@ bool ScaledRule::isNeededFor(const RecurrenceRule& rule) {
 
 Status ScaledRule::check(const RecurrenceRule& rule) {
   if (rule.frequency < Frequency::kMonthly) {
-    return failure(
-        ErrorCode::kUnsupported,
-        fmt::format("rules by days or shorter are not followed where they name months of RSCALE={}", rule.scale));
+    return failure(ErrorCode::kUnsupported,
+                   tr("rules by days or shorter are not followed where they name months of RSCALE={}", rule.scale));
   }
   if (mayNeverMeet(rule)) {
     return failure(ErrorCode::kUnsupported,
-                   fmt::format("days of RSCALE={} are not followed when they are chosen in more than one way, or may "
-                               "never come",
-                               rule.scale));
+                   tr("days of RSCALE={} are not followed when they are chosen in more than one way, or may "
+                      "never come",
+                      rule.scale));
   }
   if (rule.interval > std::numeric_limits<short>::max() || !isKnown(rule)) {
     return failure(ErrorCode::kUnsupported,
-                   fmt::format("RSCALE={} is no calendar that is known here, or has no such days", rule.scale));
+                   tr("RSCALE={} is no calendar that is known here, or has no such days", rule.scale));
   }
   return {};
 }

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/time/time_text.h"
 
@@ -47,7 +48,7 @@ std::optional<int> weekDay(std::string_view text) {
 }
 
 Failed badPart(std::string_view part) {
-  return failure(ErrorCode::kInvalid, fmt::format("the rule's part \"{}\" makes no sense", part));
+  return failure(ErrorCode::kInvalid, tr("the rule's part \"{}\" makes no sense", part));
 }
 
 Status readWeekDays(RecurrenceRule& rule, std::string_view part, std::string_view value) {
@@ -114,7 +115,7 @@ Status readPart(RecurrenceRule& rule, std::string_view part, std::string_view na
     if (found == kSkips.end()) { return badPart(part); }
     rule.skip = static_cast<RecurrenceRule::Skip>(found - kSkips.begin());
   } else {
-    return failure(ErrorCode::kUnsupported, fmt::format("the rule's part \"{}\" cannot be followed", part));
+    return failure(ErrorCode::kUnsupported, tr("the rule's part \"{}\" cannot be followed", part));
   }
   return {};
 }
@@ -135,10 +136,10 @@ void putList(std::string& out, const ListPart& part, const RecurrenceRule& rule)
 /// What the parts say together.
 Status settle(RecurrenceRule& rule) {
   if (rule.scale.empty() && rule.skip != RecurrenceRule::Skip::kOmit) {
-    return failure(ErrorCode::kUnsupported, "the rule's SKIP cannot be followed without RSCALE");
+    return failure(ErrorCode::kUnsupported, tr("the rule's SKIP cannot be followed without RSCALE"));
   }
   if (rule.scale.empty() && !rule.byLeapMonth.empty()) {
-    return failure(ErrorCode::kInvalid, "the rule's BYMONTH names a leap month, and the calendar has none");
+    return failure(ErrorCode::kInvalid, tr("the rule's BYMONTH names a leap month, and the calendar has none"));
   }
   if (rule.scale == "GREGORIAN" && rule.skip == RecurrenceRule::Skip::kOmit && rule.byLeapMonth.empty()) {
     rule.scale.clear();
@@ -160,7 +161,7 @@ Result<RecurrenceRule> parseRule(std::string_view text) {
     ORLOCAL_CHECK(readPart(rule, part, name, value));
     hasFrequency = hasFrequency || equalsNoCase(name, "FREQ");
   }
-  if (!hasFrequency) { return failure(ErrorCode::kInvalid, "the rule has no FREQ"); }
+  if (!hasFrequency) { return failure(ErrorCode::kInvalid, tr("the rule has no FREQ")); }
   ORLOCAL_CHECK(settle(rule));
   return rule;
 }

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/recurrence/series_data.h"
 #include "store/time/steady_clock.h"
@@ -89,7 +90,7 @@ Result<Series> Series::compile(const Item& item, const Zone& viewer, const std::
   auto data = std::make_unique<Data>();
   data->name = described(item);
   const std::optional<CalendarTime>& start = item.anchor();
-  if (!start) { return failure(ErrorCode::kInvalid, data->name + " has no start"); }
+  if (!start) { return failure(ErrorCode::kInvalid, tr("{} has no start", data->name)); }
   data->start = *start;
   data->first = localSeconds(start->local);
   switch (start->kind) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/translation.h"
 #include "store/recurrence/recurrence.h"
 #include "store/recurrence/recurrence_rule.h"
 
@@ -61,7 +62,7 @@ struct Series::Data {
   }
   Failed overBudget() const {
     return failure(ErrorCode::kBudget,
-                   name + " repeats in a way that takes too long to follow; give it a simpler rule or remove it");
+                   tr("{} repeats in a way that takes too long to follow; give it a simpler rule or remove it", name));
   }
 
   LocalSeconds dateOf(const CalendarTime& time) const { return dayOf(localSeconds(time.local)) * kSecondsPerDay; }

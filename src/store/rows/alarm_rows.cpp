@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/checked_row.h"
 
@@ -35,7 +36,7 @@ Result<std::vector<AlarmRecord>> AlarmRows::recordsOf(Statement& read) {
     record.rung = row.optionalMoment(4);
     record.snoozed = row.optionalMoment(5);
     record.acknowledged = row.optionalMoment(6);
-    if (!row.sound() || !original || !moment) { return damaged(m_database, "The table of alarms that rang"); }
+    if (!row.sound() || !original || !moment) { return damaged(m_database, tr("The table of alarms that rang")); }
     records.push_back(record);
   }
 }
@@ -82,7 +83,7 @@ Result<std::optional<Moment>> AlarmRows::toldUpTo() {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), microseconds);
   const Moment moment{std::chrono::microseconds(microseconds)};
   if (!row.sound() || error != std::errc() || end != text.data() + text.size() || !isKept(moment)) {
-    return damaged(m_database, "The moment up to which alarms were told");
+    return damaged(m_database, tr("The moment up to which alarms were told"));
   }
   return moment;
 }

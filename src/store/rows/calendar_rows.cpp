@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/checked_row.h"
 
@@ -29,14 +30,14 @@ Result<Calendar> calendarOf(const Statement& statement, const Database& database
   // The source of a damaged store may be gone.
   if (!row.isNull(12)) { calendar.type = row.oneOf(12, Source::Type::kBirthday); }
   calendar.notes = row.optionalText(13);
-  if (!row.sound()) { return damaged(database, fmt::format("The calendar {}", statement.integer(0))); }
+  if (!row.sound()) { return damaged(database, tr("The calendar {}", statement.integer(0))); }
   return calendar;
 }
 
 /// What would not be read again is not written.
 Status checkBeforeWriting(std::string_view title, const std::optional<std::string>& notes = std::nullopt) {
   if (isUtf8(title) && (!notes || isUtf8(*notes))) { return {}; }
-  return failure(ErrorCode::kRefused, "The title or the notes of a calendar are not UTF-8; write them in UTF-8.");
+  return failure(ErrorCode::kRefused, tr("The title or the notes of a calendar are not UTF-8; write them in UTF-8."));
 }
 
 bool isColor(const Rgb& color) {
@@ -74,7 +75,7 @@ Result<std::vector<Source>> CalendarRows::sources() {
     source.identifier = row.uuid(1).text();
     source.type = row.oneOf(2, Source::Type::kBirthday);
     source.title = row.text(3);
-    if (!row.sound()) { return damaged(m_database, fmt::format("The source {}", read.integer(0))); }
+    if (!row.sound()) { return damaged(m_database, tr("The source {}", read.integer(0))); }
     sources.push_back(std::move(source));
   }
 }

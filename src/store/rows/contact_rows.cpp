@@ -5,6 +5,7 @@
 #include <unicode/unistr.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/rows/packing.h"
@@ -27,7 +28,7 @@ Result<PutOutcome> ContactRows::put(Contact& contact, UuidMaker& uuids, ChangeLo
   const auto& emails = contact.emails;
   if (!isUtf8(contact.identifier) || !isUtf8(contact.name) || !isUtf8(contact.address.value_or("")) ||
       !std::all_of(emails.begin(), emails.end(), [](const std::string& email) { return isUtf8(email); })) {
-    return failure(ErrorCode::kRefused, "A text of the contact is not UTF-8; write it in UTF-8.");
+    return failure(ErrorCode::kRefused, tr("A text of the contact is not UTF-8; write it in UTF-8."));
   }
   if (contact.identifier.empty()) { contact.identifier = uuids.next().text(); }
   Statement& find = m_find.in(m_database);

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "store/file/checked_row.h"
 
 namespace orlocal::store {
@@ -97,15 +98,14 @@ bool isSound(const Item& item) {
 Status checkBeforeWriting(const Item& item) {
   const char* noun = item.kind == ItemKind::kEvent ? "event" : "reminder";
   if (!hasTextsInUtf8(item)) {
-    return failure(ErrorCode::kRefused,
-                   fmt::format("A text of the {} with the UID \"{}\" is not UTF-8; write it in UTF-8.", noun,
-                               isUtf8(item.uid) ? item.uid : "?"));
+    return failure(ErrorCode::kRefused, tr("A text of the {} with the UID \"{}\" is not UTF-8; write it in UTF-8.",
+                                           noun, isUtf8(item.uid) ? item.uid : "?"));
   }
   if (isSound(item)) { return {}; }
   return failure(ErrorCode::kRefused,
-                 fmt::format("The {} \"{}\" has a time outside the years 1 to 9999, or a number that makes no sense; "
-                             "change it.",
-                             noun, item.title.value_or("")));
+                 tr("The {} \"{}\" has a time outside the years 1 to 9999, or a number that makes no sense; "
+                    "change it.",
+                    noun, item.title.value_or("")));
 }
 
 }  // namespace orlocal::store

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/rows/item_check.h"
@@ -80,7 +81,7 @@ Result<ItemId> ItemRows::highestId() {
   ORLOCAL_TRY(const bool found, read.step());
   CheckedRow row(read);
   const std::int64_t highest = found ? row.number(0, 0) : 0;
-  if (!row.sound()) { return damaged(m_database, "The table of items"); }
+  if (!row.sound()) { return damaged(m_database, tr("The table of items")); }
   return highest;
 }
 
@@ -215,7 +216,7 @@ Status ItemRows::visitUidHashes(const std::function<void(std::int64_t)>& visit) 
     if (!found) { return {}; }
     const std::int64_t hash = read.integer(0);
     // A damaged index may go in circles.
-    if (hash < last || --left < 0) { return damaged(m_database, "The table of items"); }
+    if (hash < last || --left < 0) { return damaged(m_database, tr("The table of items")); }
     last = hash;
     visit(hash);
   }
@@ -325,7 +326,7 @@ Result<ItemRows::Newest> ItemRows::newest() {
   if (!found) { return Newest(); }
   CheckedRow row(read);
   const Newest newest{row.id(0), row.uuid(1)};
-  if (!row.sound()) { return damaged(m_database, "The newest item"); }
+  if (!row.sound()) { return damaged(m_database, tr("The newest item")); }
   return newest;
 }
 
@@ -338,7 +339,7 @@ Result<std::map<CalendarId, std::vector<ItemId>>> ItemRows::idsByCalendar() {
     ORLOCAL_TRY(const bool found, read.step());
     if (!found) { return ids; }
     const ItemId id = read.integer(0);
-    if (id <= last) { return damaged(m_database, "The table of items"); }
+    if (id <= last) { return damaged(m_database, tr("The table of items")); }
     last = id;
     ids[read.integer(1)].push_back(id);
   }

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/rows/packed_item.h"
@@ -74,7 +75,7 @@ Result<std::vector<JournalEntry>> JournalRows::commands(std::optional<std::strin
     entry.made = row.optionalMoment(3).value_or(Moment());
     entry.undoes = row.optionalId(4);
     entry.undoneBy = row.optionalId(5);
-    if (!row.sound()) { return damaged(m_database, fmt::format("The command {} in the journal", read.integer(0))); }
+    if (!row.sound()) { return damaged(m_database, tr("The command {} in the journal", read.integer(0))); }
     commands.push_back(std::move(entry));
   }
 }
@@ -88,7 +89,7 @@ Result<std::vector<JournalRows::Part>> JournalRows::partsOf(std::int64_t number)
     if (!found) { return parts; }
     CheckedRow row(read);
     const Part part{row.id(0), {row.id(1), row.id(2)}};
-    if (!row.sound()) { return damaged(m_database, fmt::format("The command {} in the journal", number)); }
+    if (!row.sound()) { return damaged(m_database, tr("The command {} in the journal", number)); }
     parts.push_back(part);
   }
 }
@@ -105,7 +106,7 @@ Result<ReplacedItems> JournalRows::itemsOf(std::int64_t part) {
     ReplacedItem item{row.id(1), std::nullopt};
     if (!row.isNull(2)) { item.before = unpackItem(row.blob(2)); }
     const bool whole = row.isNull(2) || (item.before && item.before->id == id);
-    if (!row.sound() || !whole) { return damaged(m_database, fmt::format("Part {} of the journal", part)); }
+    if (!row.sound() || !whole) { return damaged(m_database, tr("Part {} of the journal", part)); }
     items.emplace(id, std::move(item));
   }
 }

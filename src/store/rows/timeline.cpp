@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/file/checked_row.h"
 #include "store/time/civil_days.h"
@@ -245,7 +246,7 @@ Status Timeline::checkShelves() {
   Statement& strange = m_strange.in(m_database);
   const ResetAtExit reset(strange);
   ORLOCAL_TRY(const bool found, strange.step());
-  if (found) { return damaged(m_database, "The timeline"); }
+  if (found) { return damaged(m_database, tr("The timeline")); }
   m_checked = true;
   return {};
 }
@@ -279,7 +280,7 @@ Status Timeline::visitShelf(std::int64_t shelf, std::int64_t after, std::int64_t
     const std::pair<std::int64_t, ItemId> place(entry.start, entry.item);
     // The order is checked because a damaged table may go in circles.
     if (!row.sound() || place <= last || (!endless && entry.end > kLatestEnd)) {
-      return damaged(m_database, "The timeline");
+      return damaged(m_database, tr("The timeline"));
     }
     last = place;
     ORLOCAL_CHECK(visit(entry));

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "store/time/time_text.h"
 #include "store/time/zone.h"
 
@@ -47,9 +48,9 @@ Result<std::optional<Moment>> momentPinnedByUser() {
   const char* setting = std::getenv(kSetting);
   if (setting == nullptr || *setting == '\0') { return std::nullopt; }
   if (auto moment = parseMoment(setting)) { return moment; }
-  return failure(ErrorCode::kInvalid, fmt::format("{} is \"{}\", which is no moment such as 2026-11-02T08:00:00Z; the "
-                                                  "system's clock is used.",
-                                                  kSetting, setting));
+  return failure(ErrorCode::kInvalid, tr("{} is \"{}\", which is no moment such as 2026-11-02T08:00:00Z; the "
+                                         "system's clock is used.",
+                                         kSetting, setting));
 }
 
 void pinClock(std::optional<Moment> moment) { g_pinned = moment ? moment->time_since_epoch().count() : kRuns; }

@@ -14,6 +14,7 @@
 
 #include "base/civil_date.h"
 #include "base/settings.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/time/zone_rules.h"
 
@@ -116,11 +117,9 @@ struct ZoneRegistry {
   }
   Result<const Zone::Entry*> addPrivate(const std::string& name, std::string_view text, Zone::RulesReader read) {
     const auto rules = read(text);
-    if (!rules) {
-      return failure(rules.error().code, fmt::format("time zone \"{}\": {}", name, rules.error().message));
-    }
+    if (!rules) { return failure(rules.error().code, tr("time zone \"{}\": {}", name, rules.error().message)); }
     const auto zone = zoneOfRules(*rules);
-    if (!zone) { return failure(ErrorCode::kInvalid, fmt::format("time zone \"{}\" has too many clocks", name)); }
+    if (!zone) { return failure(ErrorCode::kInvalid, tr("time zone \"{}\" has too many clocks", name)); }
     return add(name, *zone, text);
   }
   const Zone::Entry* ofText(std::string_view text) {
@@ -174,10 +173,10 @@ Status Zone::registerPrivate(const std::string& name, std::string_view text, Rul
   const std::lock_guard lock(registry.mutex);
   if (const Entry* known = name.empty() ? nullptr : registry.load(name)) {
     if (known->privateText == text) { return {}; }
-    return failure(ErrorCode::kInvalid, fmt::format("another time zone \"{}\" is known already", name));
+    return failure(ErrorCode::kInvalid, tr("another time zone \"{}\" is known already", name));
   }
   if (name.empty() || name == "UTC") {
-    return failure(ErrorCode::kInvalid, "a private time zone needs a name of its own");
+    return failure(ErrorCode::kInvalid, tr("a private time zone needs a name of its own"));
   }
   ORLOCAL_CHECK(registry.addPrivate(name, text, read));
   return {};

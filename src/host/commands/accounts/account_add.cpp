@@ -8,6 +8,7 @@
 #include <fmt/ranges.h>
 
 #include "accounts/adding.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/duration_words.h"
@@ -48,10 +49,11 @@ void tellFound(const Account& account, const std::vector<std::string>& titles, C
     printJson(nlohmann::json{{"name", account.name}, {"address", addressOf(account)}, {"calendars", titles}}, out);
     return;
   }
-  out << fmt::format("The account \"{}\" is added. It has {}{}\n", printable(account.name),
-                     counted(titles.size(), "calendar"), titles.empty() ? "." : ":");
+  out << trn("The account \"{}\" is added. It has {} calendar{}\n",
+             "The account \"{}\" is added. It has {} calendars{}\n", titles.size(), printable(account.name),
+             titles.size(), titles.empty() ? "." : ":");
   for (const std::string& title : titles) { out << "  " << printable(title) << '\n'; }
-  out << "orlocal sync fetches what is in them; orlocal sync --follow keeps both sides the same.\n";
+  out << tr("orlocal sync fetches what is in them; orlocal sync --follow keeps both sides the same.\n");
 }
 
 /// The password stays only with an account that is there, and no account stays without its password.
@@ -70,8 +72,8 @@ Result<ExitStatus> addAccount(const AddWords& words, CommandContext& context) {
   Streams& streams = context.streams;
   if (accounts::hasCredentials(words.address)) {
     return wordsAreOff(streams,
-                       "Leave user and password out of the address: --user says who, and the password is asked "
-                       "for or comes from --password-command or --password-file.");
+                       tr("Leave user and password out of the address: --user says who, and the password is asked "
+                          "for or comes from --password-command or --password-file."));
   }
   Account account = accountOf(words);
   ORLOCAL_TRY(const auto store, openOrMakeUserStore());
@@ -82,16 +84,15 @@ Result<ExitStatus> addAccount(const AddWords& words, CommandContext& context) {
   if (account.settings.secret == textOf(accounts::KeptPassword{})) {
     typed = askPasswordOf(account, streams);
     if (!typed) {
-      return wordsAreOff(streams,
-                         "No password was given, and nobody can be asked here: give --password-command, "
-                         "--password-file or --token-command.");
+      return wordsAreOff(streams, tr("No password was given, and nobody can be asked here: give --password-command, "
+                                     "--password-file or --token-command."));
     }
   }
   const Interruption interruption;
   const auto calendars = lookedFor(account, secrets, typed, streams);
   if (!calendars) {
     return failure(ErrorCode::kIo,
-                   fmt::format("The account \"{}\" was not added. {}", account.name, failureText(calendars.error())));
+                   tr("The account \"{}\" was not added. {}", account.name, failureText(calendars.error())));
   }
   ORLOCAL_CHECK(put(book, account, typed, secrets));
   tellFound(account, titlesOf(*calendars), context);

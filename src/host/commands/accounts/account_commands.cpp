@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_add.h"
 #include "host/commands/accounts/account_set.h"
@@ -40,9 +41,8 @@ Result<ExitStatus> setPaused(const std::string& name, bool paused) {
 }
 
 Failed notRemoved(const Account& account, const std::string& reason) {
-  return failure(
-      ErrorCode::kRefused,
-      fmt::format("The account \"{}\" was not removed: {} --discard removes it all the same.", account.name, reason));
+  return failure(ErrorCode::kRefused,
+                 tr("The account \"{}\" was not removed: {} --discard removes it all the same.", account.name, reason));
 }
 
 Result<std::size_t> conflictsOf(store::CalendarStore& store, const Account& account) {
@@ -63,13 +63,15 @@ Status syncForTheLastTime(store::CalendarStore& store, Account& account, Command
   if (report.failure) { return notRemoved(account, failureText(*report.failure)); }
   ORLOCAL_TRY(const std::size_t unsent, accounts::AccountBook(store).unsentOf(account));
   if (unsent > 0) {
-    return notRemoved(account, fmt::format("{} could not be sent (orlocal account show {}).", counted(unsent, "change"),
-                                           account.name));
+    return notRemoved(account,
+                      trn("{} change could not be sent (orlocal account show {}).",
+                          "{} changes could not be sent (orlocal account show {}).", unsent, unsent, account.name));
   }
   ORLOCAL_TRY(const std::size_t conflicts, conflictsOf(store, account));
   if (conflicts == 0) { return {}; }
-  return notRemoved(
-      account, fmt::format("it has {} that nobody has decided (orlocal conflicts).", counted(conflicts, "conflict")));
+  return notRemoved(account,
+                    trn("it has {} conflict that nobody has decided (orlocal conflicts).",
+                        "it has {} conflicts that nobody has decided (orlocal conflicts).", conflicts, conflicts));
 }
 
 Result<ExitStatus> removeAccount(const RemoveWords& words, CommandContext& context) {
@@ -77,8 +79,7 @@ Result<ExitStatus> removeAccount(const RemoveWords& words, CommandContext& conte
   accounts::AccountBook book(*store);
   ORLOCAL_TRY(Account account, book.named(words.name));
   if (isSubscription(account)) {
-    return failure(ErrorCode::kRefused,
-                   fmt::format("\"{}\" is a subscription; orlocal unsubscribe ends it.", account.name));
+    return failure(ErrorCode::kRefused, tr("\"{}\" is a subscription; orlocal unsubscribe ends it.", account.name));
   }
   const Interruption interruption;
   ORLOCAL_TRY(const auto lock, takeInHand(book, account, context));
@@ -89,8 +90,8 @@ Result<ExitStatus> removeAccount(const RemoveWords& words, CommandContext& conte
   ORLOCAL_CHECK(book.remove(account));
   ORLOCAL_CHECK(secrets.forget(account.identifier));
   if (!context.options.json) {
-    context.streams.out << fmt::format("The account \"{}\" is removed; its server keeps what it has.\n",
-                                       printable(account.name));
+    context.streams.out << tr("The account \"{}\" is removed; its server keeps what it has.\n",
+                              printable(account.name));
   }
   return ExitStatus::kDone;
 }
@@ -131,11 +132,10 @@ void registerAdd(CommandLine& line, CLI::App& account) {
       ->check(objectionToDuration);
   addCaFileOption(add, words->caFile);
   addSecretOptions(add, words->secret);
-  add.footer(
-      "Without a command or file the password is asked for on the terminal, and kept in a file that only you may\n"
-      "read. The store never holds it.\n"
-      "  orlocal account add https://cloud.example.com --user ada\n"
-      "  orlocal account add ada@example.com --user ada --password-command 'pass show cloud'");
+  add.footer(tr("Without a command or file the password is asked for on the terminal, and kept in a file that only you "
+                "may\nread. The store never holds it.\n") +
+             "  orlocal account add https://cloud.example.com --user ada\n  orlocal account add ada@example.com --user "
+             "ada --password-command 'pass show cloud'");
 }
 
 void registerSet(CommandLine& line, CLI::App& account) {
@@ -175,10 +175,11 @@ void registerAccountCommands(CommandLine& line) {
   account.footer("  orlocal account list");
   line.addUnder(account, "list", "List accounts and subscriptions, and how they are.", listAccounts)
       .footer("  orlocal account list --json");
-  registerNamed(line, account, "show", "Show an account's calendars, and what could not be carried over.", showAccount);
-  registerNamed(line, account, "pause", "Leave an account alone until it is resumed.",
+  registerNamed(line, account, "show", translatable("Show an account's calendars, and what could not be carried over."),
+                showAccount);
+  registerNamed(line, account, "pause", translatable("Leave an account alone until it is resumed."),
                 [](const std::string& name, CommandContext&) { return setPaused(name, true); });
-  registerNamed(line, account, "resume", "Sync a paused account again.",
+  registerNamed(line, account, "resume", translatable("Sync a paused account again."),
                 [](const std::string& name, CommandContext&) { return setPaused(name, false); });
   const auto words = std::make_shared<RemoveWords>();
   CLI::App& remove = line.addUnder(account, "remove",

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "accounts/account_book.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/duration_words.h"
@@ -31,19 +32,19 @@ class Setting {
   Result<ExitStatus> run() {
     const bool signsIn = m_source || !m_words.caFile.empty();
     if (!signsIn && m_words.newName.empty() && m_words.every.empty()) {
-      return wordsAreOff(m_context.streams, "Say what is to be set; orlocal account set --help lists what can be.");
+      return wordsAreOff(m_context.streams, tr("Say what is to be set; orlocal account set --help lists what can be."));
     }
     ORLOCAL_TRY(const auto store, openUserStore());
     accounts::AccountBook book(*store);
     ORLOCAL_TRY(m_account, book.named(m_words.name));
     if (isSubscription(m_account) && (signsIn || !m_words.newName.empty())) {
       return failure(ErrorCode::kRefused,
-                     fmt::format("\"{}\" is a subscription, of which only --every can be set.", m_account.name));
+                     tr("\"{}\" is a subscription, of which only --every can be set.", m_account.name));
     }
     if (!m_words.newName.empty()) { ORLOCAL_CHECK(book.mustBeFree(m_words.newName)); }
     ORLOCAL_TRY(auto secrets, userSecrets());
     if (m_words.asks && !(m_typed = askPasswordOf(m_account, m_context.streams))) {
-      return wordsAreOff(m_context.streams, "No password was given, and nobody can be asked here.");
+      return wordsAreOff(m_context.streams, tr("No password was given, and nobody can be asked here."));
     }
     if (signsIn && !m_words.unchecked) { ORLOCAL_CHECK(check(secrets)); }
     if (signsIn) { ORLOCAL_CHECK(forgetFailures(book)); }
@@ -67,8 +68,8 @@ class Setting {
       m_found = std::move(tried.state);
       return {};
     }
-    return failure(ErrorCode::kIo, fmt::format("The account \"{}\" stays as it was. {}", m_account.name,
-                                               failureText(calendars.error())));
+    return failure(ErrorCode::kIo,
+                   tr("The account \"{}\" stays as it was. {}", m_account.name, failureText(calendars.error())));
   }
 
   Status keep(accounts::AccountBook& book, accounts::SecretsFile& secrets) {

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "accounts/connection.h"
+#include "base/translation.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/password_question.h"
 #include "host/commands/command_line/interruption.h"
@@ -36,15 +37,15 @@ std::optional<SecretSource> secretSourceIn(const SecretWords& words) {
 }
 
 std::optional<std::string> askPasswordOf(const Account& account, Streams& streams) {
-  return askPassword(
-      streams, fmt::format("Password of {} at {}: ", printable(account.settings.user), printable(addressOf(account))));
+  return askPassword(streams,
+                     tr("Password of {} at {}: ", printable(account.settings.user), printable(addressOf(account))));
 }
 
 accounts::Answer<std::vector<accounts::RemoteCalendar>> lookedFor(Account& account,
                                                                   const accounts::SecretsFile& secrets,
                                                                   const std::optional<std::string>& typed,
                                                                   Streams& streams) {
-  ProgressLine progress(streams.err, streams.errIsTerminal, "Looking for the account");
+  ProgressLine progress(streams.err, streams.errIsTerminal, tr("Looking for the account"));
   progress.announce(printable(addressOf(account)));
   // Where it was found before says nothing of who gets the password while it is found.
   account.state = {};

@@ -7,6 +7,7 @@
 
 #include "accounts/remedy.h"
 #include "accounts/sync/local_changes.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/duration_words.h"
@@ -22,12 +23,12 @@ namespace {
 using accounts::Account;
 using Json = nlohmann::json;
 
-std::string_view remedyOf(const Account& account) {
-  return account.state.trouble ? accounts::remedyFor(*account.state.trouble) : std::string_view();
+std::string remedyOf(const Account& account) {
+  return account.state.trouble ? accounts::remedyFor(*account.state.trouble) : "";
 }
 
 std::string lastSyncOf(const Account& account) {
-  return account.state.lastSuccess ? minuteText(*account.state.lastSuccess) : "never";
+  return account.state.lastSuccess ? minuteText(*account.state.lastSuccess) : tr("never");
 }
 
 /// What was changed since the last sync counts, too. A store that may only be read says what it knows.
@@ -145,26 +146,31 @@ Json asJson(const AccountView& view) {
 }
 
 void print(const Account& account, std::size_t waiting, const AccountView& view, std::ostream& out) {
-  out << fmt::format("{} ({})\n", printable(account.name), stateOf(account));
-  out << fmt::format("  address    {}\n", printable(addressOf(account)));
-  if (!account.settings.user.empty()) { out << fmt::format("  user       {}\n", printable(account.settings.user)); }
-  if (account.settings.every) { out << fmt::format("  every      {}\n", durationText(*account.settings.every)); }
-  out << fmt::format("  last sync  {}\n", lastSyncOf(account));
+  const auto row = [&out](const std::string& label, const std::string& value) {
+    constexpr std::size_t kLabelWidth = 9;
+    out << "  " << padded(label, kLabelWidth) << "  " << value << '\n';
+  };
+  out << fmt::format("{} ({})\n", printable(account.name), translated(stateOf(account)));
+  row(tr("address"), printable(addressOf(account)));
+  if (!account.settings.user.empty()) { row(tr("user"), printable(account.settings.user)); }
+  if (account.settings.every) { row(tr("every"), durationText(*account.settings.every)); }
+  row(tr("last sync"), lastSyncOf(account));
   if (!isSubscription(account)) {
-    out << fmt::format("  waiting    {}\n", counted(waiting, "change"));
-    out << fmt::format("  conflicts  {}\n", view.conflicts);
+    row(tr("waiting"), trn("{} change", "{} changes", waiting, waiting));
+    row(tr("conflicts"), std::to_string(view.conflicts));
   }
   printFailure(account, out);
   for (const ShownCalendar& calendar : view.calendars) {
-    out << fmt::format("{}{}{}\n", printable(calendar.title), calendar.writable ? "" : ", read-only",
-                       calendar.onServer ? "" : ", not on the server yet");
+    out << fmt::format("{}{}{}\n", printable(calendar.title), calendar.writable ? "" : tr(", read-only"),
+                       calendar.onServer ? "" : tr(", not on the server yet"));
     if (!calendar.trouble.empty()) { out << "  " << printable(calendar.trouble) << '\n'; }
     for (const ItemTrouble& each : calendar.items) {
       out << fmt::format("  {}: {}\n", printable(each.item), printable(each.message));
     }
   }
   if (view.leaving > 0) {
-    out << fmt::format("{} still to be removed on the server.\n", counted(view.leaving, "calendar"));
+    out << trn("{} calendar still to be removed on the server.\n", "{} calendars still to be removed on the server.\n",
+               view.leaving, view.leaving);
   }
 }
 
@@ -174,18 +180,19 @@ Result<ExitStatus> listAccounts(CommandContext& context) {
   ORLOCAL_TRY(const auto store, openUserStore());
   ORLOCAL_TRY(const auto all, accounts::AccountBook(*store).all());
   Json list = Json::array();
-  std::vector<std::vector<std::string>> rows{{"NAME", "ADDRESS", "USER", "STATE", "LAST SYNC", "WAITING"}};
+  std::vector<std::vector<std::string>> rows{
+      {tr("NAME"), tr("ADDRESS"), tr("USER"), tr("STATE"), tr("LAST SYNC"), tr("WAITING")}};
   for (const Account& account : all) {
     ORLOCAL_TRY(const std::size_t waiting, waitingOf(*store, account));
     list.push_back(asJson(account, waiting));
-    rows.push_back({account.name, addressOf(account), account.settings.user, stateOf(account), lastSyncOf(account),
-                    std::to_string(waiting)});
+    rows.push_back({account.name, addressOf(account), account.settings.user, translated(stateOf(account)),
+                    lastSyncOf(account), std::to_string(waiting)});
   }
   std::ostream& out = context.streams.out;
   if (context.options.json) {
     printJson(list, out);
   } else if (all.empty()) {
-    out << "There is no account and no subscription; orlocal account add and orlocal subscribe make one.\n";
+    out << tr("There is no account and no subscription; orlocal account add and orlocal subscribe make one.\n");
   } else {
     printColumns(rows, context.streams);
     for (const Account& account : all) { printFailure(account, out); }

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "accounts/transport/url.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/command_line/trouble.h"
@@ -27,8 +28,8 @@ bool isSubscription(const accounts::Account& account) {
 }
 
 const char* stateOf(const accounts::Account& account) {
-  if (account.settings.paused) { return "paused"; }
-  return account.state.failures > 0 ? "failing" : "active";
+  if (account.settings.paused) { return translatable("paused"); }
+  return account.state.failures > 0 ? translatable("failing") : translatable("active");
 }
 
 std::string addressOf(const accounts::Account& account) {
@@ -40,10 +41,6 @@ std::string addressOf(const accounts::Account& account) {
 std::string minuteText(store::Moment moment) {
   const store::LocalTime time = store::Zone::ofUser().toLocal(moment);
   return isoDay(store::LocalDay(time)) + " " + clockTime(time);
-}
-
-std::string counted(std::size_t count, const std::string& noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 ExitStatus wordsAreOff(Streams& streams, const std::string& sentence) {

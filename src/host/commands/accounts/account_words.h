@@ -21,14 +21,12 @@ class SystemClock final : public accounts::Clock {
 Result<accounts::SecretsFile> userSecrets();
 
 bool isSubscription(const accounts::Account& account);
-/// "active", "paused" or "failing".
+/// "active", "paused" or "failing"; translatable.
 const char* stateOf(const accounts::Account& account);
 /// The address without what nobody needs to see.
 std::string addressOf(const accounts::Account& account);
 /// "2026-11-02 09:00", on the user's clock.
 std::string minuteText(store::Moment moment);
-/// "1 item", "3 items".
-std::string counted(std::size_t count, const std::string& noun);
 
 /// Says what is wrong with the words of a command.
 ExitStatus wordsAreOff(Streams& streams, const std::string& sentence);

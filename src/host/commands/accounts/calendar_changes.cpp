@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "accounts/account_book.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
@@ -30,14 +31,14 @@ Result<store::SourceId> sourceFor(store::CalendarStore& store, const std::string
   if (!account.empty()) {
     ORLOCAL_TRY(const auto found, accounts::AccountBook(store).named(account));
     if (!isSubscription(found)) { return found.source; }
-    return failure(ErrorCode::kRefused, fmt::format("\"{}\" is a subscription and takes no calendars.", account));
+    return failure(ErrorCode::kRefused, tr("\"{}\" is a subscription and takes no calendars.", account));
   }
   ORLOCAL_TRY(const auto sources, store.sources());
   const auto local = std::find_if(sources.begin(), sources.end(), [](const store::Source& source) {
     return source.type == store::Source::Type::kLocal;
   });
   if (local != sources.end()) { return local->id; }
-  return failure(ErrorCode::kNotFound, "The calendar store has no place for calendars of this machine's own.");
+  return failure(ErrorCode::kNotFound, tr("The calendar store has no place for calendars of this machine's own."));
 }
 
 Result<ExitStatus> makeNew(const NewWords& words, bool dryRun) {
@@ -88,19 +89,25 @@ Result<ExitStatus> makeDefault(const DefaultWords& words, bool dryRun, CommandCo
   for (const auto each : {store::ItemKind::kEvent, store::ItemKind::kReminder}) {
     if (kind ? each != *kind : !calendar.holds(each)) { continue; }
     ORLOCAL_CHECK(store->makeDefault(calendar.identifier, store::calendarKindOf(each)));
-    context.streams.out << fmt::format("New {} {} to \"{}\".\n",
-                                       each == store::ItemKind::kEvent ? "events" : "reminders",
-                                       dryRun ? "would go" : "go", printable(calendar.title));
+    const std::string title = printable(calendar.title);
+    if (each == store::ItemKind::kEvent) {
+      context.streams.out << (dryRun ? tr("New events would go to \"{}\".\n", title)
+                                     : tr("New events go to \"{}\".\n", title));
+    } else {
+      context.streams.out << (dryRun ? tr("New reminders would go to \"{}\".\n", title)
+                                     : tr("New reminders go to \"{}\".\n", title));
+    }
   }
   return ExitStatus::kDone;
 }
 
 std::string objectionToColor(const std::string& words) {
   if (store::parseColor(words)) { return {}; }
-  return "\"" + words + "\" is no colour; write #RRGGBB or a name such as steelblue";
+  return tr("\"{}\" is no colour; write #RRGGBB or a name such as steelblue", words);
 }
 
-constexpr const char* kWhich = "Its title; its identifier or \"TITLE (ACCOUNT)\" where several have that title";
+constexpr const char* kWhich =
+    translatable("Its title; its identifier or \"TITLE (ACCOUNT)\" where several have that title");
 
 }  // namespace
 

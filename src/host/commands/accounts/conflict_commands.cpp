@@ -11,6 +11,7 @@
 
 #include "accounts/sync/conflict_choice.h"
 #include "accounts/sync/conflict_view.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
@@ -69,7 +70,7 @@ Result<PlacedConflict> conflictWith(const std::vector<PlacedConflict>& all, stor
       std::find_if(all.begin(), all.end(), [&](const PlacedConflict& each) { return each.conflict.id == id; });
   if (found != all.end()) { return *found; }
   return failure(ErrorCode::kNotFound,
-                 fmt::format("There is no conflict {}; orlocal conflicts lists those that there are.", id));
+                 tr("There is no conflict {}; orlocal conflicts lists those that there are.", id));
 }
 
 Json asJson(const PlacedConflict& each) {
@@ -85,7 +86,7 @@ Result<ExitStatus> listConflicts(CommandContext& context) {
   ORLOCAL_TRY(const auto store, openUserStore());
   ORLOCAL_TRY(const auto all, placedConflicts(*store));
   Json list = Json::array();
-  std::vector<std::vector<std::string>> rows{{"ID", "CALENDAR", "ITEM", "WHAT DIFFERS"}};
+  std::vector<std::vector<std::string>> rows{{"ID", tr("CALENDAR"), tr("ITEM"), tr("WHAT DIFFERS")}};
   for (const PlacedConflict& each : all) {
     list.push_back(asJson(each));
     rows.push_back({std::to_string(each.conflict.id), each.calendar, each.conflict.title,
@@ -95,10 +96,11 @@ Result<ExitStatus> listConflicts(CommandContext& context) {
   if (context.options.json) {
     printJson(list, out);
   } else if (all.empty()) {
-    out << "There are no conflicts.\n";
+    out << tr("There are no conflicts.\n");
   } else {
     printColumns(rows, context.streams);
-    out << "\norlocal conflicts show ID shows both versions; orlocal conflicts keep mine, theirs or both decides.\n";
+    out << tr(
+        "\norlocal conflicts show ID shows both versions; orlocal conflicts keep mine, theirs or both decides.\n");
   }
   return ExitStatus::kDone;
 }
@@ -106,9 +108,9 @@ Result<ExitStatus> listConflicts(CommandContext& context) {
 void printVersion(const char* whose, const std::optional<std::string>& text, const std::vector<std::string>& lines,
                   std::ostream& out) {
   if (!text) {
-    out << fmt::format("  {:<7} (removed)\n", whose);
+    out << tr("  {:<7} (removed)\n", whose);
   } else if (lines.empty()) {
-    out << fmt::format("  {:<7} (nothing)\n", whose);
+    out << tr("  {:<7} (nothing)\n", whose);
   }
   for (const std::string& line : lines) { out << fmt::format("  {:<7} {}\n", whose, printable(line)); }
 }
@@ -123,8 +125,8 @@ Result<ExitStatus> showConflict(store::ConflictId id, CommandContext& context) {
     return ExitStatus::kDone;
   }
   const Conflict& conflict = found.conflict;
-  out << fmt::format("{} in {}: {}\n", printable(conflict.title), printable(found.calendar),
-                     printable(fmt::format("{}", fmt::join(accounts::fieldsOf(conflict), ", "))));
+  out << tr("{} in {}: {}\n", printable(conflict.title), printable(found.calendar),
+            printable(fmt::format("{}", fmt::join(accounts::fieldsOf(conflict), ", "))));
   for (const accounts::FieldVersions& field : accounts::differencesOf(conflict)) {
     out << printable(field.field) << '\n';
     printVersion("mine", conflict.mine, field.mine, out);
@@ -146,8 +148,9 @@ Result<ExitStatus> keepChosen(const KeepWords& words, CommandContext& context) {
                                  [&](const ChoiceWord& each) { return words.choice == each.word; });
   for (const Conflict& conflict : chosen) { ORLOCAL_CHECK(accounts::settle(*store, conflict, row->choice)); }
   if (!context.options.json) {
-    context.streams.out << fmt::format("{} settled; the next orlocal sync tells the server.\n",
-                                       counted(chosen.size(), "conflict"));
+    context.streams.out << trn("{} conflict settled; the next orlocal sync tells the server.\n",
+                               "{} conflicts settled; the next orlocal sync tells the server.\n", chosen.size(),
+                               chosen.size());
   }
   return ExitStatus::kDone;
 }

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
+
 namespace orlocal::host {
 namespace {
 
@@ -36,7 +38,7 @@ std::optional<std::chrono::seconds> durationOf(std::string_view words) {
 
 std::string objectionToDuration(const std::string& words) {
   if (durationOf(words)) { return {}; }
-  return "\"" + words + "\" is no length of time from a minute to a year; write 30m, 6h or 1d";
+  return tr("\"{}\" is no length of time from a minute to a year; write 30m, 6h or 1d", words);
 }
 
 std::string durationText(std::chrono::seconds length) {

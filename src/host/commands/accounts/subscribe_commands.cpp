@@ -12,6 +12,7 @@
 #include "accounts/connection.h"
 #include "accounts/remedy.h"
 #include "accounts/subscription.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
@@ -45,11 +46,11 @@ std::optional<std::string> addressFrom(const std::string& given) {
 Result<ExitStatus> runSubscribe(const SubscribeWords& words, CommandContext& context) {
   Streams& streams = context.streams;
   const auto address = addressFrom(words.address);
-  if (!address) { return wordsAreOff(streams, "Give an address of webcal, http or https, or a file."); }
+  if (!address) { return wordsAreOff(streams, tr("Give an address of webcal, http or https, or a file.")); }
   if (accounts::hasCredentials(*address)) {
     return wordsAreOff(streams,
-                       "Leave user and password out of the address; subscriptions have none. A calendar that "
-                       "wants them is reached by an account (orlocal account add).");
+                       tr("Leave user and password out of the address; subscriptions have none. A calendar that "
+                          "wants them is reached by an account (orlocal account add)."));
   }
   Account account;
   account.name = words.name;
@@ -61,17 +62,16 @@ Result<ExitStatus> runSubscribe(const SubscribeWords& words, CommandContext& con
   ORLOCAL_CHECK(accounts::AccountBook(*store).mustBeFree(account.name));
   ORLOCAL_TRY(const auto secrets, userSecrets());
   const Interruption interruption;
-  ProgressLine progress(streams.err, streams.errIsTerminal, "Fetching");
+  ProgressLine progress(streams.err, streams.errIsTerminal, tr("Fetching"));
   progress.announce(printable(addressOf(account)));
   const auto transport = connectionFor(account, secrets, &Interruption::flag());
   const auto report = subscribe(*store, *transport, SystemClock(), account, {&Interruption::flag(), {}});
   progress.clear();
-  if (!report) {
-    return failure(ErrorCode::kIo, fmt::format("No subscription was made. {}", failureText(report.error())));
-  }
+  if (!report) { return failure(ErrorCode::kIo, tr("No subscription was made. {}", failureText(report.error()))); }
   if (!context.options.json) {
-    streams.out << fmt::format("The calendar \"{}\" is subscribed, with {}.\n", printable(account.name),
-                               counted(report->received, "item"));
+    streams.out << trn("The calendar \"{}\" is subscribed, with {} item.\n",
+                       "The calendar \"{}\" is subscribed, with {} items.\n", report->received, printable(account.name),
+                       report->received);
     streams.out.flush();
   }
   tellTroubles(account, *report, context);
@@ -83,8 +83,7 @@ Result<ExitStatus> runUnsubscribe(const std::string& title, CommandContext& cont
   accounts::AccountBook book(*store);
   ORLOCAL_TRY(const Account account, book.named(title));
   if (!isSubscription(account)) {
-    return failure(ErrorCode::kRefused,
-                   fmt::format("\"{}\" is an account; orlocal account remove removes it.", account.name));
+    return failure(ErrorCode::kRefused, tr("\"{}\" is an account; orlocal account remove removes it.", account.name));
   }
   const Interruption interruption;
   ORLOCAL_TRY(const auto lock, takeInHand(book, account, context));

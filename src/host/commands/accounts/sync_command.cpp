@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "accounts/syncing.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/accounts/account_words.h"
@@ -42,7 +43,7 @@ class OneRound {
   OneRound(SyncWorkers& workers, CommandContext& context)
       : m_workers(workers),
         m_context(context),
-        m_progress(context.streams.err, context.streams.errIsTerminal, "Syncing") {}
+        m_progress(context.streams.err, context.streams.errIsTerminal, tr("Syncing")) {}
 
   /// A store that cannot be written ends the round; what a server does, only its own account.
   Status sync(const std::vector<Account>& accounts) {
@@ -72,7 +73,7 @@ class OneRound {
     std::optional<FinishedSync> finished;
   };
 
-  static Failed stopped() { return failure(ErrorCode::kInterrupted, "The sync was stopped."); }
+  static Failed stopped() { return failure(ErrorCode::kInterrupted, tr("The sync was stopped.")); }
 
   Status take(FinishedSync& finished) {
     if (!finished.report && !finished.passedOver) { return failure(finished.report.error()); }
@@ -112,14 +113,14 @@ class OneRound {
     std::ostream& out = m_context.streams.out;
     const std::string name = printable(account.name);
     if (account.settings.paused) {
-      out << fmt::format("{}: paused; orlocal account resume lets it go on\n", name);
+      out << tr("{}: paused; orlocal account resume lets it go on\n", name);
       return;
     }
     if (!report.failure || didSomething(report)) { out << fmt::format("{}: {}\n", name, summaryOf(report)); }
     out.flush();
     tellTroubles(account, report, m_context);
     if (report.failure) { tellTrouble(m_context.streams.err, failureText(*report.failure), account.name); }
-    if (report.conflicts > 0) { m_context.streams.err << "orlocal conflicts lists what could not be merged.\n"; }
+    if (report.conflicts > 0) { m_context.streams.err << tr("orlocal conflicts lists what could not be merged.\n"); }
   }
 
   SyncWorkers& m_workers;
@@ -136,8 +137,9 @@ bool isDue(const Account& account) { return !isSubscription(account) || nextTry(
 
 Result<ExitStatus> syncOnce(std::vector<Account> chosen, bool named, CommandContext& context) {
   if (chosen.empty() && !context.options.json) {
-    context.streams.out << "There is no account and no subscription; orlocal account add and orlocal subscribe make "
-                           "one.\n";
+    context.streams.out << tr(
+        "There is no account and no subscription; orlocal account add and orlocal subscribe make "
+        "one.\n");
   }
   if (!named) {
     std::erase_if(chosen, [](const Account& account) { return !isDue(account); });
@@ -184,9 +186,8 @@ void registerSyncCommand(CommandLine& line) {
                 "Go on until interrupted: changes here go out at once, servers are asked\n"
                 "every minute");
   sync.footer(
-      "Ends with status 1 when an account failed or has new conflicts; the others are synced all the same.\n"
-      "  orlocal sync\n"
-      "  orlocal sync Cloud");
+      tr("Ends with status 1 when an account failed or has new conflicts; the others are synced all the same.\n") +
+      "  orlocal sync\n  orlocal sync Cloud");
 }
 
 }  // namespace orlocal::host

@@ -13,6 +13,7 @@
 
 #include "accounts/sync/local_changes.h"
 #include "accounts/syncing.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/accounts/sync_run.h"
@@ -51,7 +52,8 @@ class Follower {
     // First the ear, then the place in the log: what is committed in between is heard.
     ORLOCAL_TRY(const auto signal, m_store.listen());
     ORLOCAL_TRY(m_position, m_store.newestChange());
-    m_context.streams.err << "orlocal: keeping the accounts and their servers the same; Ctrl-C ends it\n" << std::flush;
+    m_context.streams.err << tr("orlocal: keeping the accounts and their servers the same; Ctrl-C ends it\n")
+                          << std::flush;
     while (!Interruption::flag()) {
       // What cannot be read now can be read later: a service goes on.
       std::optional<steady_clock::time_point> next;
@@ -181,8 +183,8 @@ class Follower {
       return;
     }
     if (didSomething(report) || recovered) {
-      m_context.streams.out << fmt::format("{}: {}{}", printable(account.name), recovered ? "works again; " : "",
-                                           summaryOf(report))
+      m_context.streams.out << (recovered ? tr("{}: works again; {}", printable(account.name), summaryOf(report))
+                                          : fmt::format("{}: {}", printable(account.name), summaryOf(report)))
                             << std::endl;
     }
     tellTroubles(account, report, m_context);

@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include "accounts/remedy.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/command_line/interruption.h"
@@ -26,11 +27,11 @@ struct CountWord {
   const char* words;
 };
 constexpr CountWord kCounts[] = {
-    {"received", &SyncReport::received, "received"},
-    {"removedHere", &SyncReport::removedHere, "removed here"},
-    {"sent", &SyncReport::sent, "sent"},
-    {"removedThere", &SyncReport::removedThere, "removed there"},
-    {"conflicts", &SyncReport::conflicts, "in conflict"},
+    {"received", &SyncReport::received, translatable("received")},
+    {"removedHere", &SyncReport::removedHere, translatable("removed here")},
+    {"sent", &SyncReport::sent, translatable("sent")},
+    {"removedThere", &SyncReport::removedThere, translatable("removed there")},
+    {"conflicts", &SyncReport::conflicts, translatable("in conflict")},
 };
 
 }  // namespace
@@ -41,7 +42,7 @@ Result<accounts::SyncLock> takeInHand(accounts::AccountBook& book, const account
   auto lock = accounts::SyncLock::takeAccount(file, account.source);
   if (lock || lock.error().code != ErrorCode::kBusy) { return lock; }
   ProgressLine progress(context.streams.err, context.streams.errIsTerminal, printable(account.name));
-  progress.announce("waiting for the sync that runs");
+  progress.announce(tr("waiting for the sync that runs"));
   // A service ends the sync of an account that is paused, and need not wait for its server.
   const auto pause = [&](bool paused) {
     return book.changeSettings(account.source, [&](auto& settings) { settings.paused = paused; });
@@ -54,7 +55,7 @@ Result<accounts::SyncLock> takeInHand(accounts::AccountBook& book, const account
 
 Result<SyncReport> syncVisibly(store::CalendarStore& store, accounts::Account& account, CommandContext& context) {
   ORLOCAL_TRY(const auto secrets, userSecrets());
-  ProgressLine progress(context.streams.err, context.streams.errIsTerminal, "Syncing " + printable(account.name));
+  ProgressLine progress(context.streams.err, context.streams.errIsTerminal, tr("Syncing {}", printable(account.name)));
   accounts::SyncOptions options;
   options.stop = &Interruption::flag();
   options.progress = [&progress](const std::string& text) { progress.tell(printable(text)); };
@@ -71,10 +72,13 @@ bool didSomething(const SyncReport& report) {
 std::string summaryOf(const SyncReport& report) {
   std::vector<std::string> parts;
   for (const CountWord& row : kCounts) {
-    if (report.*row.count > 0) { parts.push_back(fmt::format("{} {}", report.*row.count, row.words)); }
+    if (report.*row.count > 0) { parts.push_back(fmt::format("{} {}", report.*row.count, translated(row.words))); }
   }
-  if (report.calendars > 0) { parts.push_back(counted(report.calendars, "calendar") + " made, changed or removed"); }
-  return parts.empty() ? "nothing new" : fmt::format("{}", fmt::join(parts, ", "));
+  if (report.calendars > 0) {
+    parts.push_back(trn("{} calendar made, changed or removed", "{} calendars made, changed or removed",
+                        report.calendars, report.calendars));
+  }
+  return parts.empty() ? tr("nothing new") : fmt::format("{}", fmt::join(parts, ", "));
 }
 
 std::string failureText(const accounts::ServerFailure& failure) {

@@ -11,6 +11,7 @@
 
 #include "accounts/syncing.h"
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/accounts/account_words.h"
 #include "host/commands/command_line/store_session.h"
@@ -68,7 +69,7 @@ class OneSync {
 
 Result<std::unique_ptr<SyncWorkers>> SyncWorkers::make() {
   const int bell = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (bell < 0) { return failure(ErrorCode::kIo, "Syncs cannot be waited for: " + systemReason(errno) + "."); }
+  if (bell < 0) { return failure(ErrorCode::kIo, tr("Syncs cannot be waited for: {}.", systemReason(errno))); }
   return std::unique_ptr<SyncWorkers>(new SyncWorkers(bell));
 }
 
@@ -85,7 +86,7 @@ Status SyncWorkers::start(const Account& account) {
     worker->thread = std::thread([this, account, &stop = worker->stop] { run(account, stop); });
   } catch (const std::system_error& error) {
     return failure(ErrorCode::kIo,
-                   "The sync of \"" + account.name + "\" cannot be begun: " + systemReason(error.code().value()) + ".");
+                   tr("The sync of \"{}\" cannot be begun: {}.", account.name, systemReason(error.code().value())));
   }
   m_running.emplace(account.source, std::move(worker));
   return {};

@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "host/commands/alarms/alarm_text.h"
 #include "host/commands/command_line/child_process.h"
 #include "host/commands/command_line/trouble.h"
@@ -44,9 +45,9 @@ std::string missedText(const MissedAlarms& missed, const store::Zone& viewer) {
     const store::LocalTime local = viewer.toLocal(moment);
     return shortDay(store::LocalDay(local)) + " " + clockTime(local);
   };
-  return fmt::format("{} between {} and {} {} missed, as nobody watched for alarms then.",
-                     missed.count == 1 ? "1 alarm" : fmt::format("{} alarms", missed.count), at(missed.from),
-                     at(missed.to), missed.count == 1 ? "was" : "were");
+  return trn("{} alarm between {} and {} was missed, as nobody watched for alarms then.",
+             "{} alarms between {} and {} were missed, as nobody watched for alarms then.", missed.count, missed.count,
+             at(missed.from), at(missed.to));
 }
 
 Result<std::unique_ptr<AlarmRuns>> AlarmRuns::make(std::vector<std::string> command, const store::Zone& viewer,
@@ -55,7 +56,7 @@ Result<std::unique_ptr<AlarmRuns>> AlarmRuns::make(std::vector<std::string> comm
   runs->m_poll = ::epoll_create1(EPOLL_CLOEXEC);
   runs->m_timer = ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
   if (runs->m_poll < 0 || runs->m_timer < 0 || !listenTo(runs->m_poll, runs->m_timer)) {
-    return failure(ErrorCode::kIo, "Commands for alarms cannot be followed: " + systemReason(errno));
+    return failure(ErrorCode::kIo, tr("Commands for alarms cannot be followed: {}", systemReason(errno)));
   }
   return runs;
 }
@@ -85,7 +86,7 @@ void AlarmRuns::tell(const AlarmNews& news) {
   }
   const int handle = handleOf(*process);
   if (handle < 0 || !listenTo(m_poll, handle)) {
-    fail("cannot be followed: " + systemReason(errno), about);
+    fail(tr("cannot be followed: {}", systemReason(errno)), about);
     if (handle >= 0) { ::close(handle); }
     return;
   }
@@ -108,7 +109,7 @@ void AlarmRuns::collect() {
     }
     Run& its = run->second;
     if (now >= its.limit) {
-      if (!its.asked) { fail(fmt::format("took more than {} s and is ended", m_limits.longest.count()), its.about); }
+      if (!its.asked) { fail(tr("took more than {} s and is ended", m_limits.longest.count()), its.about); }
       ::kill(run->first, its.asked ? SIGKILL : SIGTERM);
       its.asked = true;
       its.limit = now + m_limits.toEnd;

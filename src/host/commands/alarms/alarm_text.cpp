@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/describing/item_json.h"
@@ -27,7 +28,7 @@ constexpr std::size_t kLongestVariable = 32'768;
 constexpr std::chrono::minutes kLate{1};
 
 constexpr const char* kActionWords[] = {"display", "audio", "procedure", "email"};
-constexpr const char* kStateWords[] = {"coming", "rung", "snoozed"};
+constexpr const char* kStateWords[] = {translatable("coming"), translatable("rung"), translatable("snoozed")};
 
 bool isReminder(const AlarmNews& news) { return news.item->kind == store::ItemKind::kReminder; }
 
@@ -55,22 +56,22 @@ LocalDay lastDayOf(const About& about, const store::Zone& viewer) {
 
 std::string alarmTitle(const AlarmNews& news) {
   const std::string title = news.item->title.value_or("");
-  return title.empty() ? "(no title)" : printable(title);
+  return title.empty() ? tr("(no title)") : printable(title);
 }
 
 /// "2026-11-02 09:00–09:15", "due 2026-11-02".
 std::string whenInNumbers(const AlarmNews& news, const store::Zone& viewer) {
   const About about = aboutOf(news);
   if (!about.start) { return ""; }
-  const std::string due = isReminder(news) ? "due " : "";
+  const auto due = [&](const std::string& when) { return isReminder(news) ? tr("due {}", when) : when; };
   const auto at = [&](Moment moment) {
     return isoDay(dayOf(moment, viewer)) + " " + clockTime(viewer.toLocal(moment));
   };
   if (about.wholeDays) {
     const LocalDay first = dayOf(*about.start, viewer), last = lastDayOf(about, viewer);
-    return due + isoDay(first) + (first == last ? "" : " – " + isoDay(last));
+    return due(isoDay(first) + (first == last ? "" : " – " + isoDay(last)));
   }
-  if (!about.end || *about.end == *about.start) { return due + at(*about.start); }
+  if (!about.end || *about.end == *about.start) { return due(at(*about.start)); }
   const bool sameDay = dayOf(*about.start, viewer) == dayOf(*about.end, viewer);
   return at(*about.start) + (sameDay ? "–" + clockTime(viewer.toLocal(*about.end)) : " – " + at(*about.end));
 }
@@ -79,10 +80,10 @@ std::string whenInNumbers(const AlarmNews& news, const store::Zone& viewer) {
 std::string whenInWords(const AlarmNews& news, const store::Zone& viewer, std::optional<LocalDay> sameDay) {
   const About about = aboutOf(news);
   if (!about.start) { return ""; }
-  const std::string due = isReminder(news) ? "due " : "";
+  const auto due = [&](const std::string& when) { return isReminder(news) ? tr("due {}", when) : when; };
   const LocalDay day = dayOf(*about.start, viewer);
-  if (about.wholeDays) { return due + (sameDay == day ? "that day" : shortDay(day)); }
-  return due + (sameDay == day ? "" : shortDay(day) + " ") + clockTime(viewer.toLocal(*about.start));
+  if (about.wholeDays) { return due(sameDay == day ? tr("that day") : shortDay(day)); }
+  return due((sameDay == day ? "" : shortDay(day) + " ") + clockTime(viewer.toLocal(*about.start)));
 }
 
 /// "originalStart" is "ORIGINAL_START".
@@ -115,7 +116,7 @@ nlohmann::json alarmNewsJson(const AlarmNews& news, const store::Zone& viewer) {
 std::string alarmNewsLine(const AlarmNews& news, const store::Zone& viewer, Moment now) {
   const store::LocalTime rings = viewer.toLocal(news.rings);
   std::string line = isoDay(LocalDay(rings)) + " " + clockTime(rings);
-  if (now - news.rings > kLate) { line += " (late)"; }
+  if (now - news.rings > kLate) { line += tr(" (late)"); }
   for (const std::string& part :
        {alarmTitle(news), whenInNumbers(news, viewer), printable(news.calendar()), news.identifier()}) {
     if (!part.empty()) { line += "  " + part; }
@@ -125,7 +126,7 @@ std::string alarmNewsLine(const AlarmNews& news, const store::Zone& viewer, Mome
 
 std::string alarmNewsInWords(const AlarmNews& news, const store::Zone& viewer) {
   const std::string when = whenInWords(news, viewer, std::nullopt);
-  return fmt::format("{}{}{}, in {}", alarmTitle(news), when.empty() ? "" : ", ", when, printable(news.calendar()));
+  return tr("{}{}{}, in {}", alarmTitle(news), when.empty() ? "" : ", ", when, printable(news.calendar()));
 }
 
 void printAlarms(const std::vector<AlarmNews>& list, const store::Zone& viewer, Moment now, bool colors,
@@ -147,12 +148,13 @@ void printAlarms(const std::vector<AlarmNews>& list, const store::Zone& viewer, 
   for (const AlarmNews& news : list) {
     const LocalDay itsDay = dayOf(news.rings, viewer);
     if (day != itsDay) {
-      out << (day ? "\n" : "") << ink.bold(longDay(itsDay) + (itsDay == today ? " (today)" : "")) << '\n';
+      out << (day ? "\n" : "") << ink.bold(longDay(itsDay) + (itsDay == today ? tr(" (today)") : "")) << '\n';
     }
     day = itsDay;
     out << "  " << clockTime(viewer.toLocal(news.rings)) << "  ";
     if (states) {
-      out << padded(news.state == AlarmState::kComing ? "" : kStateWords[static_cast<int>(news.state)], kStateWidth);
+      out << padded(news.state == AlarmState::kComing ? "" : translated(kStateWords[static_cast<int>(news.state)]),
+                    kStateWidth);
     }
     const auto title = foldedText(alarmTitle(news), titleWidth);
     out << padded(title.front(), titleWidth) << "  " << padded(whenInWords(news, viewer, itsDay), whenWidth) << "  "

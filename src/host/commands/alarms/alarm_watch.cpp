@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/alarms/alarm_follow.h"
 #include "host/commands/alarms/alarm_runs.h"
@@ -88,12 +89,12 @@ Result<ExitStatus> watchAlarms(const AlarmWatchWords& words, CommandContext& con
               SystemAlarmClock::make(*signal, runs != nullptr ? std::vector{runs->descriptor()} : std::vector<int>()));
   // Then it looks every two seconds.
   if (signal->trouble()) { tellTrouble(err, signal->trouble()->message); }
-  err << "orlocal: watching for alarms; Ctrl-C ends it\n" << std::flush;
+  err << tr("orlocal: watching for alarms; Ctrl-C ends it\n") << std::flush;
   ORLOCAL_CHECK(follower.follow(*clock));
   if (runs != nullptr) {
     runs->collect();
     if (runs->running() > 0) {
-      tellTrouble(err, fmt::format("{} of the commands still run; they end by themselves.", runs->running()));
+      tellTrouble(err, tr("{} of the commands still run; they end by themselves.", runs->running()));
     }
   }
   return ExitStatus::kDone;

@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/alarms/alarm_commands.h"
 #include "host/commands/alarms/alarm_list.h"
@@ -78,7 +79,7 @@ std::optional<Length> lengthOf(const std::string& text, const AlarmDesk& desk, C
   const auto length = readLength(text, desk.setting());
   if (length && (length->days > 0 || length->minutes.count() > 0)) { return *length; }
   tellTrouble(context.streams.err,
-              length ? fmt::format("\"{}\" is no time at all; write 10m, 1h or 2 days", text) : length.error().message);
+              length ? tr("\"{}\" is no time at all; write 10m, 1h or 2 days", text) : length.error().message);
   return std::nullopt;
 }
 
@@ -108,7 +109,7 @@ Result<ExitStatus> showAlarms(const AlarmsWords& words, CommandContext& context)
     json["to"] = isoMoment(desk.until, desk.viewer);
     printJson(json, context.streams.out);
   } else if (list.empty()) {
-    context.streams.out << fmt::format("No alarm rings until {}.\n", desk.inWords(desk.until));
+    context.streams.out << tr("No alarm rings until {}.\n", desk.inWords(desk.until));
   } else {
     printAlarms(list, desk.viewer, desk.now, context.streams.colors, context.streams.out);
   }
@@ -136,8 +137,8 @@ Result<std::vector<AlarmNews>> alarmsNamed(const std::string& what, const std::v
     lines += fmt::format("\n  {}  {}", shortIdentifier(*news.item), alarmNewsInWords(news, desk.viewer));
   }
   if (items.size() > 1) {
-    return failure(ErrorCode::kRefused, fmt::format("\"{}\" may be {} things; name one by its identifier:{}",
-                                                    printable(what), items.size(), lines));
+    return failure(ErrorCode::kRefused,
+                   tr("\"{}\" may be {} things; name one by its identifier:{}", printable(what), items.size(), lines));
   }
   if (!fitting.empty()) {
     // What has rung is meant before what will ring, and of that the next.
@@ -149,8 +150,8 @@ Result<std::vector<AlarmNews>> alarmsNamed(const std::string& what, const std::v
   // Says so when there is no such thing at all.
   ORLOCAL_TRY(const ChosenItem chosen, chooseItem(*desk.store, desk.viewer, {.what = what}));
   return failure(ErrorCode::kNotFound,
-                 fmt::format("No alarm of \"{}\" has rung, and none rings until {}; --next looks further ahead.",
-                             printable(chosen.item->title.value_or("")), desk.inWords(desk.until)));
+                 tr("No alarm of \"{}\" has rung, and none rings until {}; --next looks further ahead.",
+                    printable(chosen.item->title.value_or("")), desk.inWords(desk.until)));
 }
 
 Result<std::vector<AlarmNews>> openAlarms(const AnswerWords& words, const std::vector<AlarmNews>& list,
@@ -198,8 +199,8 @@ Result<ExitStatus> snooze(const AlarmsWords& which, const AnswerWords& words, Co
   for (const AlarmNews& news : taken) {
     if (isOpen(news)) { continue; }
     return failure(ErrorCode::kRefused,
-                   fmt::format("The alarm of \"{}\" has not rung yet; it rings {}. `orlocal edit` moves it.",
-                               printable(news.item->title.value_or("")), desk.inWords(news.rings)));
+                   tr("The alarm of \"{}\" has not rung yet; it rings {}. `orlocal edit` moves it.",
+                      printable(news.item->title.value_or("")), desk.inWords(news.rings)));
   }
   const Moment until = desk.after(*length);
   const std::vector<AlarmNews> earlier = allButTheLatest(taken);
@@ -211,7 +212,7 @@ Result<ExitStatus> snooze(const AlarmsWords& which, const AnswerWords& words, Co
     news.state = AlarmState::kSnoozed;
     news.rings = until;
     if (!context.options.json) {
-      context.streams.out << fmt::format(
+      context.streams.out << tr(
           "Rings again at {}{}: {}\n",
           LocalDay(local) == LocalDay(desk.viewer.toLocal(desk.now)) ? "" : shortDay(store::LocalDay(local)) + " ",
           clockTime(local), alarmNewsInWords(news, desk.viewer));
@@ -223,7 +224,7 @@ Result<ExitStatus> snooze(const AlarmsWords& which, const AnswerWords& words, Co
 
 Result<ExitStatus> dismiss(const AlarmsWords& which, const AnswerWords& words, CommandContext& context) {
   if (words.what.empty() == !words.all) {
-    tellTrouble(context.streams.err, "Name the alarms to dismiss, or write --all for all that have rung.");
+    tellTrouble(context.streams.err, tr("Name the alarms to dismiss, or write --all for all that have rung."));
     return ExitStatus::kUsage;
   }
   ORLOCAL_TRY(AlarmDesk desk, AlarmDesk::open());
@@ -235,9 +236,10 @@ Result<ExitStatus> dismiss(const AlarmsWords& which, const AnswerWords& words, C
     printJson(alarmsJson(taken, desk), context.streams.out);
     return ExitStatus::kDone;
   }
-  if (taken.empty()) { context.streams.out << "No alarm has rung that was not dismissed.\n"; }
+  if (taken.empty()) { context.streams.out << tr("No alarm has rung that was not dismissed.\n"); }
   for (const AlarmNews& news : taken) {
-    context.streams.out << (isOpen(news) ? "Dismissed: " : "Will not ring: ") << alarmNewsInWords(news, desk.viewer)
+    context.streams.out << (isOpen(news) ? tr("Dismissed: {}", alarmNewsInWords(news, desk.viewer))
+                                         : tr("Will not ring: {}", alarmNewsInWords(news, desk.viewer)))
                         << '\n';
   }
   return ExitStatus::kDone;

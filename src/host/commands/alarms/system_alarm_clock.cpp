@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/time/clock.h"
 
@@ -17,7 +18,7 @@ namespace orlocal::host {
 
 Result<std::unique_ptr<SystemAlarmClock>> SystemAlarmClock::make(store::ChangeSignal& signal, std::vector<int> others) {
   const int timer = ::timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
-  if (timer < 0) { return failure(ErrorCode::kIo, "No timer for alarms: " + systemReason(errno)); }
+  if (timer < 0) { return failure(ErrorCode::kIo, tr("No timer for alarms: {}", systemReason(errno))); }
   std::unique_ptr<SystemAlarmClock> clock(new SystemAlarmClock(signal, timer));
   clock->m_descriptors = std::move(others);
   clock->m_descriptors.push_back(signal.descriptor());
@@ -39,7 +40,7 @@ Result<Woken> SystemAlarmClock::sleepUntil(store::Moment moment) {
   wanted.it_value.tv_nsec = static_cast<long>(first.count() % 1'000'000'000);
   if (::timerfd_settime(m_timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &wanted, nullptr) != 0 &&
       errno != ECANCELED) {
-    return failure(ErrorCode::kIo, "The timer for alarms cannot be set: " + systemReason(errno));
+    return failure(ErrorCode::kIo, tr("The timer for alarms cannot be set: {}", systemReason(errno)));
   }
   ORLOCAL_TRY(const Woken woken, waitForAnyOf(m_descriptors));
   if (woken != Woken::kByInterruption) { m_signal.drain(); }

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/trouble.h"
@@ -19,7 +20,7 @@ namespace {
 using store::LocalDay;
 
 constexpr int kDaysAhead = 6;
-constexpr const char* kDayRemedy = "write 2026-11-02, 2026-11, tomorrow, friday, next week or +7";
+constexpr const char* kDayRemedy = translatable("write 2026-11-02, 2026-11, tomorrow, friday, next week or +7");
 
 std::nullopt_t refuse(CommandContext& context, const std::string& sentence) {
   tellTrouble(context.streams.err, sentence);
@@ -28,7 +29,7 @@ std::nullopt_t refuse(CommandContext& context, const std::string& sentence) {
 
 std::optional<DayRange> readDays(const std::string& words, LocalDay today, CommandContext& context) {
   const auto days = daysFromWords(words, today);
-  return days ? days : refuse(context, fmt::format("\"{}\" is no day; {}.", words, kDayRemedy));
+  return days ? days : refuse(context, tr("\"{}\" is no day; {}.", words, translated(kDayRemedy)));
 }
 
 /// The days that were asked for: the named ones, or those of a week from the first.
@@ -50,8 +51,7 @@ std::optional<DayRange> daysAskedFor(const TimeWords& words, LocalDay today, Com
     days.last = read->last;
   }
   if (days.last < days.first) {
-    return refuse(context,
-                  fmt::format("the last day {} lies before the first day {}", isoDay(days.last), isoDay(days.first)));
+    return refuse(context, tr("the last day {} lies before the first day {}", isoDay(days.last), isoDay(days.first)));
   }
   return days;
 }
@@ -88,8 +88,7 @@ std::optional<AskedTime> readTimeWords(const TimeWords& words, CommandContext& c
   if (!words.zone.empty()) {
     const auto zone = store::Zone::named(words.zone);
     if (!zone) {
-      return refuse(context,
-                    fmt::format("\"{}\" is no time zone; write Europe/Berlin, America/New_York or UTC.", words.zone));
+      return refuse(context, tr("\"{}\" is no time zone; write Europe/Berlin, America/New_York or UTC.", words.zone));
     }
     asked.viewer = *zone;
   }
@@ -122,8 +121,7 @@ Result<std::vector<store::BusyTime>> busyTimesOf(store::CalendarStore& store, co
     return calendar.holds(store::ItemKind::kEvent);
   });
   if (!events && !calendars.empty()) {
-    return failure(ErrorCode::kInvalid,
-                   fmt::format("\"{}\" holds no events, and reminders take no time.", calendars.front()));
+    return failure(ErrorCode::kInvalid, tr("\"{}\" holds no events, and reminders take no time.", calendars.front()));
   }
   if (spans.empty()) { return std::vector<store::BusyTime>(); }
   ORLOCAL_TRY(const auto taken, takenBetween(store, spans.front().start, spans.back().end, named, asked.owner));
@@ -135,11 +133,11 @@ Result<std::vector<store::BusyTime>> busyTimesOf(store::CalendarStore& store, co
 
 std::string askedInWords(const AskedTime& asked, bool tellsZone) {
   const auto& [first, last] = asked.days;
-  std::string words = first == last ? shortDay(first) : fmt::format("{} to {}", shortDay(first), shortDay(last));
+  std::string words = first == last ? shortDay(first) : tr("{} to {}", shortDay(first), shortDay(last));
   const TimeRange& hours = asked.wanted.hours;
   if (!asked.wanted.areWholeDays()) { words += fmt::format(", {}–{}", clockOf(hours.start), clockOf(hours.end)); }
   if (!asked.wanted.weekDays.all()) { words += ", " + weekDaysInWords(asked.wanted.weekDays); }
-  return tellsZone ? fmt::format("{}, in {}", words, asked.viewer.name()) : words;
+  return tellsZone ? tr("{}, in {}", words, asked.viewer.name()) : words;
 }
 
 nlohmann::json askedJson(const AskedTime& asked) {

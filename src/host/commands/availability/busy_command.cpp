@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/availability/asked_time.h"
 #include "host/commands/availability/availability_commands.h"
@@ -34,9 +35,9 @@ struct BusyWords {
 const char* nameOf(BusyKind kind) {
   switch (kind) {
     case BusyKind::kTentative:
-      return "tentative";
+      return translatable("tentative");
     case BusyKind::kUnavailable:
-      return "unavailable";
+      return translatable("unavailable");
     case BusyKind::kBusy:
       return "busy";
   }
@@ -73,7 +74,7 @@ std::string freeBusyFile(const AskedTime& asked, const std::vector<BusyTime>& bu
 
 Result<ExitStatus> runBusy(const BusyWords& words, CommandContext& context) {
   if (words.asFile && context.options.json) {
-    tellTrouble(context.streams.err, "a calendar file is no JSON; say --ics or --json");
+    tellTrouble(context.streams.err, tr("a calendar file is no JSON; say --ics or --json"));
     return ExitStatus::kUsage;
   }
   const auto asked = readTimeWords(words.time, context);
@@ -92,11 +93,11 @@ Result<ExitStatus> runBusy(const BusyWords& words, CommandContext& context) {
     printJson(json, context.streams.out);
     return ExitStatus::kDone;
   }
-  context.streams.out << fmt::format("Busy: {}\n", askedInWords(*asked, !words.time.zone.empty()));
+  context.streams.out << tr("Busy: {}\n", askedInWords(*asked, !words.time.zone.empty()));
   std::vector<ToldSpan> told;
   for (const BusyTime& time : busy) {
     const bool usual = time.kind == BusyKind::kBusy;
-    told.push_back({{time.start, time.end}, usual ? "" : fmt::format("({})", nameOf(time.kind))});
+    told.push_back({{time.start, time.end}, usual ? "" : fmt::format("({})", translated(nameOf(time.kind)))});
   }
   printDays(*asked, told, "–", Ink(context.streams.colors), terminalWidth(context.streams.outIsTerminal),
             context.streams.out);

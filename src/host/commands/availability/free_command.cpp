@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/availability/asked_time.h"
 #include "host/commands/availability/availability_commands.h"
@@ -72,8 +73,9 @@ Result<ExitStatus> runFree(const FreeWords& words, CommandContext& context) {
     printJson(json, context.streams.out);
     return ExitStatus::kDone;
   }
-  const std::string most = words.length.empty() ? "" : fmt::format(" for {} or more", shortLength(*least));
-  context.streams.out << fmt::format("Free{}: {}\n", most, askedInWords(*asked, !words.time.zone.empty()));
+  const std::string when = askedInWords(*asked, !words.time.zone.empty());
+  context.streams.out << (words.length.empty() ? tr("Free: {}\n", when)
+                                               : tr("Free for {} or more: {}\n", shortLength(*least), when));
   std::vector<ToldSpan> told;
   for (const TimeSpan& gap : gaps) { told.push_back({gap, fmt::format("({})", shortLength(gap.length()))}); }
   printDays(*asked, told, "–", Ink(context.streams.colors), terminalWidth(context.streams.outIsTerminal),

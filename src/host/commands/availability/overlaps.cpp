@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/availability/taken_time.h"
 #include "host/commands/availability/time_spans.h"
@@ -99,14 +100,13 @@ std::vector<std::string> overlapLines(const std::vector<Overlap>& overlaps, std:
   std::vector<std::string> lines;
   for (const Overlap& each : overlaps) {
     if (lines.size() == kMostTold && overlaps.size() > kMostTold) {
-      lines.push_back(fmt::format("  and {} more", overlaps.size() - kMostTold));
+      lines.push_back(tr("  and {} more", overlaps.size() - kMostTold));
       break;
     }
     const store::Calendar* calendar = names.calendar(each.item->calendar);
-    lines.push_back(fmt::format("  overlaps \"{}\" {} in {}{}", printable(each.item->title.value_or("")),
-                                whenInWords(each, day, viewer),
-                                printable(calendar != nullptr ? names.name(*calendar) : ""),
-                                each.kind == store::BusyKind::kTentative ? " (tentative)" : ""));
+    lines.push_back(tr("  overlaps \"{}\" {} in {}{}", printable(each.item->title.value_or("")),
+                       whenInWords(each, day, viewer), printable(calendar != nullptr ? names.name(*calendar) : ""),
+                       each.kind == store::BusyKind::kTentative ? tr(" (tentative)") : ""));
   }
   return lines;
 }

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/commands/words/day_words.h"
 
 namespace orlocal::host {
@@ -122,7 +123,7 @@ std::string spanInWords(const TimeSpan& span, LocalDay day, const store::Zone& z
   if (span.end <= begin || span.start >= end) { return {}; }
   const bool fromBefore = span.start < begin;
   const bool goesOn = span.end > end;
-  if (span.start <= begin && span.end >= end) { return "all day"; }
+  if (span.start <= begin && span.end >= end) { return tr("all day"); }
   const std::string from = fromBefore ? "…" : clockTime(zone.toLocal(span.start));
   const std::string to = goesOn ? "…" : span.end == end ? "24:00" : clockTime(zone.toLocal(span.end));
   return from + "–" + to;
@@ -135,9 +136,9 @@ std::string shortLength(std::chrono::microseconds length) {
   const std::int64_t hours = minutes % kMinutesInDay / kMinutesInHour;
   std::string text;
   const auto add = [&](const std::string& part) { text += (text.empty() ? "" : " ") + part; };
-  if (days > 0) { add(fmt::format("{} {}", days, days == 1 ? "day" : "days")); }
-  if (hours > 0) { add(fmt::format("{}h", hours)); }
-  if (minutes % kMinutesInHour > 0 || text.empty()) { add(fmt::format("{}m", minutes % kMinutesInHour)); }
+  if (days > 0) { add(trn("{} day", "{} days", static_cast<std::size_t>(days), days)); }
+  if (hours > 0) { add(tr("{}h", hours)); }
+  if (minutes % kMinutesInHour > 0 || text.empty()) { add(tr("{}m", minutes % kMinutesInHour)); }
   return text;
 }
 

@@ -6,6 +6,7 @@
 
 #include "accounts/account_book.h"
 #include "accounts/remedy.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "store/remote_reader.h"
@@ -14,26 +15,26 @@
 namespace orlocal::host {
 namespace {
 
-constexpr const char* kAccounts = "accounts";
+constexpr const char* kAccounts = translatable("accounts");
 constexpr std::chrono::hours kLongAgo{24 * 3};
 
 Result<Finding> accountFinding(accounts::AccountBook& book, const accounts::Account& account) {
   const std::string name = '"' + printable(account.name) + '"';
   ORLOCAL_TRY(const std::size_t unsent, book.unsentOf(account));
-  const std::string waiting = unsent == 0 ? "" : fmt::format(" {} changes wait to be sent.", unsent);
+  const std::string waiting = unsent == 0 ? "" : tr(" {} changes wait to be sent.", unsent);
   if (account.settings.paused) {
-    return note(kAccounts, fmt::format("{} is paused.{}", name, waiting), "orlocal account resume goes on.");
+    return note(kAccounts, tr("{} is paused.{}", name, waiting), tr("orlocal account resume goes on."));
   }
   if (!account.state.failure.empty()) {
-    const std::string remedy(account.state.trouble ? accounts::remedyFor(*account.state.trouble) : "");
-    return problem(kAccounts, fmt::format("{} failed the last time: {}{}", name, account.state.failure, waiting),
-                   remedy.empty() ? "orlocal sync tries again." : remedy);
+    const std::string remedy = account.state.trouble ? accounts::remedyFor(*account.state.trouble) : "";
+    return problem(kAccounts, tr("{} failed the last time: {}{}", name, account.state.failure, waiting),
+                   remedy.empty() ? tr("orlocal sync tries again.") : remedy);
   }
   if (!account.state.lastSuccess || store::now() - *account.state.lastSuccess > kLongAgo) {
-    return note(kAccounts, fmt::format("{} was not synced for long.{}", name, waiting),
-                "orlocal sync does it now; the service orlocal-sync does it always.");
+    return note(kAccounts, tr("{} was not synced for long.{}", name, waiting),
+                tr("orlocal sync does it now; the service orlocal-sync does it always."));
   }
-  return fine(kAccounts, fmt::format("{} works.{}", name, waiting));
+  return fine(kAccounts, tr("{} works.{}", name, waiting));
 }
 
 }  // namespace
@@ -41,7 +42,7 @@ Result<Finding> accountFinding(accounts::AccountBook& book, const accounts::Acco
 Result<Findings> accountFindings(store::CalendarStore& store) {
   accounts::AccountBook book(store);
   ORLOCAL_TRY(const auto all, book.all());
-  if (all.empty()) { return Findings{fine(kAccounts, "There is none.")}; }
+  if (all.empty()) { return Findings{fine(kAccounts, tr("There is none."))}; }
   Findings findings;
   for (const auto& account : all) {
     ORLOCAL_TRY(Finding finding, accountFinding(book, account));
@@ -49,8 +50,8 @@ Result<Findings> accountFindings(store::CalendarStore& store) {
   }
   ORLOCAL_TRY(const auto conflicts, store::RemoteReader(store).conflicts());
   if (!conflicts.empty()) {
-    findings.push_back(note(kAccounts, fmt::format("{} changes could not be merged.", conflicts.size()),
-                            "orlocal conflicts lists them."));
+    findings.push_back(
+        note(kAccounts, tr("{} changes could not be merged.", conflicts.size()), tr("orlocal conflicts lists them.")));
   }
   return findings;
 }

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/settings.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/care/account_findings.h"
 #include "host/commands/care/care_commands.h"
@@ -59,10 +60,10 @@ void mendAll(Findings& all) {
     if (!finding.mend) { continue; }
     if (const auto done = finding.mend(); done) {
       finding.weight = Finding::Weight::kFine;
-      finding.sentence += " That is put right now.";
+      finding.sentence += tr(" That is put right now.");
       finding.remedy.clear();
     } else {
-      finding.sentence += fmt::format(" It could not be put right: {}.", done.error().message);
+      finding.sentence += tr(" It could not be put right: {}.", done.error().message);
     }
     finding.mend = nullptr;
   }
@@ -98,7 +99,7 @@ void print(const Findings& all, const Ink& ink, std::size_t width, std::ostream&
     const char* mark = finding.weight == Finding::Weight::kFine   ? " "
                        : finding.weight == Finding::Weight::kNote ? "-"
                                                                   : "!";
-    const std::string head = finding.subject == subject ? "" : finding.subject;
+    const std::string head = finding.subject == subject ? "" : translated(finding.subject);
     subject = finding.subject;
     const std::size_t indent = kSubjectWidth + 3;
     out << ink.bold(padded(head, kSubjectWidth)) << ' ' << mark << ' '
@@ -123,9 +124,9 @@ Result<ExitStatus> runDoctor(bool fix, CommandContext& context) {
   if (problems == 0) { return ExitStatus::kDone; }
   if (!context.options.json) {
     const bool fixable = std::any_of(all.begin(), all.end(), [](const Finding& each) { return each.mend != nullptr; });
-    context.streams.err << fmt::format("orlocal: {} found{}.\n",
-                                       problems == 1 ? "a problem was" : fmt::format("{} problems were", problems),
-                                       fixable ? "; orlocal doctor --fix puts right what it safely can" : "");
+    const std::string remedy = fixable ? tr("; orlocal doctor --fix puts right what it safely can") : "";
+    context.streams.err << trn("orlocal: a problem was found{1}.\n", "orlocal: {0} problems were found{1}.\n",
+                               static_cast<std::size_t>(problems), problems, remedy);
   }
   return ExitStatus::kFailed;
 }
@@ -138,8 +139,8 @@ void registerDoctorCommand(CommandLine& line) {
       line.add("doctor", "Look at settings, zone, store, items, accounts and plug-in, and say what to do.",
                [fix](CommandContext& context) { return runDoctor(*fix, context); });
   doctor.add_flag("--fix", *fix, "Put right what can be without losing anything");
-  doctor.footer(
-      "Ends with status 1 when there is a problem. Notes (-) are none.\n  orlocal doctor\n  orlocal doctor --fix");
+  doctor.footer(tr("Ends with status 1 when there is a problem. Notes (-) are none.\n") +
+                "  orlocal doctor\n  orlocal doctor --fix");
 }
 
 }  // namespace orlocal::host

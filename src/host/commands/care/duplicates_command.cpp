@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/care/removal.h"
@@ -43,11 +44,11 @@ std::string inWords(const SameItems& same) {
   const std::size_t count = same.members.size();
   switch (same.sameness) {
     case Sameness::kAlike:
-      return fmt::format("{} alike", count);
+      return tr("{} alike", count);
     case Sameness::kCopies:
-      return fmt::format("one item (UID) in {} calendars", count);
+      return tr("one item (UID) in {} calendars", count);
     case Sameness::kDiffering:
-      return fmt::format("one item (UID) in {} calendars, which differs there", count);
+      return tr("one item (UID) in {} calendars, which differs there", count);
   }
   return {};
 }
@@ -55,19 +56,20 @@ std::string inWords(const SameItems& same) {
 /// What a member has that people see, for who wonders which one is kept: "2 attendees, 1 alarm, notes".
 std::string possessions(const store::Item& item) {
   std::string text;
-  const auto add = [&](std::size_t count, const char* one, const char* several) {
-    if (count > 0) { text += fmt::format(", {} {}", count, count == 1 ? one : several); }
-  };
-  add(item.attendees.size(), "attendee", "attendees");
-  add(item.alarms.size(), "alarm", "alarms");
-  if (item.notes && !item.notes->empty()) { text += ", notes"; }
+  if (const std::size_t count = item.attendees.size(); count > 0) {
+    text += trn(", {} attendee", ", {} attendees", count, count);
+  }
+  if (const std::size_t count = item.alarms.size(); count > 0) {
+    text += trn(", {} alarm", ", {} alarms", count, count);
+  }
+  if (item.notes && !item.notes->empty()) { text += tr(", notes"); }
   return text;
 }
 
 /// Why a member stays that is not the first.
-const char* reasonToStay(const SameItems& same, const SameItems::Member& member) {
+std::string reasonToStay(const SameItems& same, const SameItems::Member& member) {
   if (same.sameness == Sameness::kDiffering) { return ""; }
-  return allowsChanges(member.calendar) ? "; it says something of its own" : "; its calendar allows no changes";
+  return allowsChanges(member.calendar) ? tr("; it says something of its own") : tr("; its calendar allows no changes");
 }
 
 /// The item's line with what all of the group have, and nothing of where each is.
@@ -76,20 +78,20 @@ std::string commonLine(const SameItems::Member& member, const store::Zone& viewe
   item.itemIdentifier.clear();
   item.alarms.clear();
   std::string line = itemLine(item, member.calendar, viewer);
-  line.resize(line.size() - (", in " + printable(member.calendar.title)).size());
+  line.resize(line.size() - (", " + tr("in {}", printable(member.calendar.title))).size());
   return line;
 }
 
 void printGroup(const SameItems& same, const CalendarNames& names, const store::Zone& viewer, std::size_t width,
                 std::ostream& out) {
-  constexpr std::size_t kHanging = 2;
+  constexpr std::size_t kHanging = 2, kVerdictWidth = 11;
   const std::string head = commonLine(same.members.front(), viewer) + " — " + inWords(same);
   out << foldedParagraph(head, width, kHanging).substr(kHanging);
   for (const SameItems::Member& member : same.members) {
     const bool isFirst = &member == &same.members.front();
-    out << fmt::format("  {}  {} in {}{}{}\n", member.superfluous ? "superfluous" : "stays      ",
-                       shortIdentifier(member.item.main), printable(names.name(member.calendar)),
-                       possessions(member.item.main), member.superfluous || isFirst ? "" : reasonToStay(same, member));
+    out << tr("  {}  {} in {}{}{}\n", padded(member.superfluous ? tr("superfluous") : tr("stays"), kVerdictWidth),
+              shortIdentifier(member.item.main), printable(names.name(member.calendar)), possessions(member.item.main),
+              member.superfluous || isFirst ? "" : reasonToStay(same, member));
   }
 }
 
@@ -122,7 +124,7 @@ Result<ExitStatus> findDuplicates(const DuplicateWords& words, CommandContext& c
   }
   std::ostream& out = context.streams.out;
   if (!context.options.json) {
-    if (groups.empty()) { out << "Nothing is there more than once.\n"; }
+    if (groups.empty()) { out << tr("Nothing is there more than once.\n"); }
     for (const SameItems& same : groups) {
       printGroup(same, names, run.viewer(), terminalWidth(context.streams.outIsTerminal), out);
     }
@@ -130,11 +132,10 @@ Result<ExitStatus> findDuplicates(const DuplicateWords& words, CommandContext& c
   }
   std::vector<const WholeItem*> gone;
   if (words.remove && !superfluous.empty()) {
-    const std::string question = fmt::format("Remove the {} that {} superfluous?",
-                                             superfluous.size() == 1 ? "one" : std::to_string(superfluous.size()),
-                                             superfluous.size() == 1 ? "is" : "are") +
+    const std::string question = trn("Remove the one that is superfluous?", "Remove the {} that are superfluous?",
+                                     superfluous.size(), superfluous.size()) +
                                  serversInWords(superfluous, names);
-    ORLOCAL_TRY(const auto wanted, run.agreed(question, words.yes, question + " Add --yes."));
+    ORLOCAL_TRY(const auto wanted, run.agreed(question, words.yes));
     if (!wanted) { return ExitStatus::kUsage; }
     if (!*wanted) { return ExitStatus::kFailed; }
     run.beginCommand("duplicates --remove");
@@ -148,15 +149,15 @@ Result<ExitStatus> findDuplicates(const DuplicateWords& words, CommandContext& c
     return ExitStatus::kDone;
   }
   if (!superfluous.empty() && !words.remove) {
-    out << fmt::format("{} {} superfluous; orlocal duplicates --remove takes {} away.\n", superfluous.size(),
-                       superfluous.size() == 1 ? "is" : "are", superfluous.size() == 1 ? "it" : "them");
+    out << trn("{} is superfluous; orlocal duplicates --remove takes it away.\n",
+               "{} are superfluous; orlocal duplicates --remove takes them away.\n", superfluous.size(),
+               superfluous.size());
   }
   if (words.remove && !groups.empty()) {
-    out << fmt::format("{} {}\n", run.dryRun() ? "Would remove" : "Removed", gone.size());
+    out << (run.dryRun() ? tr("Would remove {}\n", gone.size()) : tr("Removed {}\n", gone.size()));
     const std::size_t changed = superfluous.size() - gone.size();
     if (changed > 0) {
-      out << fmt::format("{} {} changed meanwhile and stay{}\n", changed, changed == 1 ? "was" : "were",
-                         changed == 1 ? "s" : "");
+      out << trn("{} was changed meanwhile and stays\n", "{} were changed meanwhile and stay\n", changed, changed);
     }
   }
   return ExitStatus::kDone;

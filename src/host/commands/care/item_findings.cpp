@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -12,7 +13,7 @@
 namespace orlocal::host {
 namespace {
 
-constexpr const char* kItems = "items";
+constexpr const char* kItems = translatable("items");
 constexpr std::size_t kMostTold = 3;
 
 Status lookAtSeries(store::CalendarStore& store, const store::Item& series, OddItems& odd) {
@@ -41,9 +42,9 @@ Status lookAtSeries(store::CalendarStore& store, const store::Item& series, OddI
 std::string namesOf(const std::vector<store::Item>& items) {
   std::string names;
   for (std::size_t i = 0; i < items.size() && i < kMostTold; ++i) {
-    names += (i == 0 ? "\"" : ", \"") + printable(items[i].title.value_or("(no title)")) + '"';
+    names += (i == 0 ? "\"" : ", \"") + printable(items[i].title.value_or(tr("(no title)"))) + '"';
   }
-  return items.size() > kMostTold ? fmt::format("{} and {} more", names, items.size() - kMostTold) : names;
+  return items.size() > kMostTold ? tr("{} and {} more", names, items.size() - kMostTold) : names;
 }
 
 }  // namespace
@@ -70,20 +71,20 @@ Result<Findings> itemFindings(store::CalendarStore& store) {
   if (!odd.same.empty()) {
     std::vector<store::Item> firsts;
     for (const SameItems& same : odd.same) { firsts.push_back(same.members.front().item.main); }
-    findings.push_back(note(kItems, fmt::format("There more than once: {}.", namesOf(firsts)),
-                            "orlocal duplicates shows which are superfluous; with --remove it takes those away."));
+    findings.push_back(note(kItems, tr("There more than once: {}.", namesOf(firsts)),
+                            tr("orlocal duplicates shows which are superfluous; with --remove it takes those away.")));
   }
   if (!odd.empty.empty()) {
-    findings.push_back(note(kItems, fmt::format("Series without any occurrence: {}.", namesOf(odd.empty)),
-                            "orlocal show tells why; orlocal remove takes them away."));
+    findings.push_back(note(kItems, tr("Series without any occurrence: {}.", namesOf(odd.empty)),
+                            tr("orlocal show tells why; orlocal remove takes them away.")));
   }
   if (!odd.tooMany.empty()) {
-    findings.push_back(problem(
-        kItems, fmt::format("These come more often than a fetch of all days can show: {}.", namesOf(odd.tooMany)),
-        "Ask for fewer days, give their rule an end, or remove them."));
+    findings.push_back(problem(kItems,
+                               tr("These come more often than a fetch of all days can show: {}.", namesOf(odd.tooMany)),
+                               tr("Ask for fewer days, give their rule an end, or remove them.")));
   }
   if (findings.empty()) {
-    findings.push_back(fine(kItems, "Nothing is there twice, and every series has occurrences."));
+    findings.push_back(fine(kItems, tr("Nothing is there twice, and every series has occurrences.")));
   }
   return findings;
 }

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_run.h"
@@ -57,9 +58,9 @@ Result<CommandLog> readLog(ChangeRun& run, const LogWords& words, std::optional<
     }
   }
   if (words.number && log.entries.empty()) {
-    return failure(ErrorCode::kNotFound, fmt::format("There is no command {} of yours; orlocal log shows those that "
-                                                     "there are.",
-                                                     *words.number));
+    return failure(ErrorCode::kNotFound, tr("There is no command {} of yours; orlocal log shows those that "
+                                            "there are.",
+                                            *words.number));
   }
   return log;
 }
@@ -78,13 +79,13 @@ const char* nameOf(CommandChange::What what) {
 
 std::string inWords(const CommandChange& change, bool byUndo, const CalendarNames& names, const store::Zone& viewer) {
   const bool made = change.what == CommandChange::What::kMade;
-  if (!change.item) { return made ? "what it made is gone now" : "a series that is gone now"; }
+  if (!change.item) { return made ? tr("what it made is gone now") : tr("a series that is gone now"); }
   const store::Calendar* calendar = names.calendar(change.item->calendar);
   store::Calendar gone;
-  gone.title = "a calendar that is gone";
+  gone.title = tr("a calendar that is gone");
   // The journal has how things were before.
-  const char* what = made ? (byUndo ? "brought back" : "made, now:") : "removed";
-  if (change.what == CommandChange::What::kChanged) { what = "changed, before:"; }
+  std::string what = made ? (byUndo ? tr("brought back") : tr("made, now:")) : tr("removed");
+  if (change.what == CommandChange::What::kChanged) { what = tr("changed, before:"); }
   return fmt::format("{} {}", what, itemLine(*change.item, calendar != nullptr ? *calendar : gone, viewer));
 }
 
@@ -115,7 +116,7 @@ void printEntry(const JournalEntry& entry, const std::vector<CommandChange>& cha
   const store::LocalTime made = viewer.toLocal(entry.made);
   const std::string head =
       fmt::format("{:>4}  {} {}  ", entry.number, shortDay(store::LocalDay(made)), clockTime(made));
-  const std::string undone = entry.undoneBy ? fmt::format("  (undone by {})", *entry.undoneBy) : "";
+  const std::string undone = entry.undoneBy ? tr("  (undone by {})", *entry.undoneBy) : "";
   out << head << ink.bold(foldedBehind(printable(entry.command.words) + undone, displayWidth(head), width));
   const std::size_t told = whole || changes.size() <= kMostItemsTold ? changes.size() : kMostItemsTold;
   const std::string indent(kItemIndent + 2, ' ');
@@ -123,7 +124,7 @@ void printEntry(const JournalEntry& entry, const std::vector<CommandChange>& cha
     out << indent << foldedBehind(inWords(changes[i], entry.undoes.has_value(), names, viewer), indent.size(), width);
   }
   if (told < changes.size()) {
-    out << indent << fmt::format("and {} more: orlocal log {}\n", changes.size() - told, entry.number);
+    out << indent << tr("and {} more: orlocal log {}\n", changes.size() - told, entry.number);
   }
 }
 
@@ -153,11 +154,12 @@ Result<ExitStatus> showLog(const LogWords& words, CommandContext& context) {
     printJson(json, out);
     return ExitStatus::kDone;
   }
-  if (log.entries.empty()) { out << "No command of yours changed anything" << (since ? " since then" : "") << ".\n"; }
-  if (log.older > 0) {
-    out << fmt::format("{} older: orlocal log --limit {}\n", log.older, log.entries.size() + log.older);
+  if (log.entries.empty()) {
+    out << (since ? tr("No command of yours changed anything since then.\n")
+                  : tr("No command of yours changed anything.\n"));
   }
-  if (log.next && !words.number) { out << fmt::format("orlocal undo takes back {} next.\n", *log.next); }
+  if (log.older > 0) { out << tr("{} older: orlocal log --limit {}\n", log.older, log.entries.size() + log.older); }
+  if (log.next && !words.number) { out << tr("orlocal undo takes back {} next.\n", *log.next); }
   return ExitStatus::kDone;
 }
 

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/care/past_items.h"
@@ -65,7 +66,7 @@ Result<Purge> planPurge(ChangeRun& run, const PurgeWords& words, store::LocalDay
     } else if (words.calendars.empty()) {
       ++purge.readOnly;
     } else {
-      return failure(ErrorCode::kReadOnly, fmt::format("\"{}\" allows no changes.", calendar.title));
+      return failure(ErrorCode::kReadOnly, tr("\"{}\" allows no changes.", calendar.title));
     }
   }
   ORLOCAL_TRY(purge.past,
@@ -79,10 +80,10 @@ Status checkArchive(const std::string& file) {
   std::error_code error;
   const auto there = std::filesystem::symlink_status(file, error);
   if (file == "-") {
-    return failure(ErrorCode::kInvalid, "The archive is a file, as nothing tells that what was printed is kept.");
+    return failure(ErrorCode::kInvalid, tr("The archive is a file, as nothing tells that what was printed is kept."));
   }
   if (there.type() == std::filesystem::file_type::not_found) { return {}; }
-  return failure(ErrorCode::kRefused, fmt::format("\"{}\" is there already; name a new file for the archive.", file));
+  return failure(ErrorCode::kRefused, tr("\"{}\" is there already; name a new file for the archive.", file));
 }
 
 /// All of it is on the disk, or nothing is removed.
@@ -97,19 +98,19 @@ Status writeArchive(store::CalendarStore& store, const Purge& purge, const std::
                   store, purge.calendars, [&](std::string_view text) { return output->write(text); }, options));
   if (!report.notes.empty()) {
     return failure(ErrorCode::kRefused,
-                   fmt::format("Nothing was removed, as the archive would not be whole: {}.", report.notes.front()));
+                   tr("Nothing was removed, as the archive would not be whole: {}.", report.notes.front()));
   }
   if (report.items != purge.past.items.size()) {
-    return failure(ErrorCode::kRefused, "Nothing was removed, as others changed what was to be; try again.");
+    return failure(ErrorCode::kRefused, tr("Nothing was removed, as others changed what was to be; try again."));
   }
   return output->finish();
 }
 
 std::string questionAbout(const Purge& purge, const PurgeWords& words) {
-  std::string question = fmt::format("Remove {} that {} over before {}?", countedInWords(purge.items()),
-                                     purge.past.items.size() == 1 ? "was" : "were", shortDay(purge.before));
+  std::string question = trn("Remove {} that was over before {}?", "Remove {} that were over before {}?",
+                             purge.past.items.size(), countedInWords(purge.items()), shortDay(purge.before));
   question += serversInWords(purge.items(), purge.names);
-  if (words.archive.empty()) { question += " Without --archive FILE only orlocal undo brings them back."; }
+  if (words.archive.empty()) { question += tr(" Without --archive FILE only orlocal undo brings them back."); }
   return question;
 }
 
@@ -132,10 +133,14 @@ void tellPurge(const Purge& purge, const PurgeWords& words, const std::vector<co
   for (const WholeItem* item : gone) { byCalendar[item->main.calendar].push_back(item); }
   const std::string counted = countedInWords(gone);
   if (!words.archive.empty()) {
-    out << fmt::format("{} {} to {}\n", words.dryRun ? "Would write" : "Wrote", counted, printable(words.archive));
+    const std::string archive = printable(words.archive);
+    out << (words.dryRun ? tr("Would write {} to {}\n", counted, archive) : tr("Wrote {} to {}\n", counted, archive));
   }
-  out << fmt::format("{} {} that {} over before {}\n", words.dryRun ? "Would remove" : "Removed", counted,
-                     gone.size() == 1 ? "was" : "were", shortDay(purge.before));
+  const std::string day = shortDay(purge.before);
+  out << (words.dryRun ? trn("Would remove {} that was over before {}\n", "Would remove {} that were over before {}\n",
+                             gone.size(), counted, day)
+                       : trn("Removed {} that was over before {}\n", "Removed {} that were over before {}\n",
+                             gone.size(), counted, day));
   for (const Calendar& calendar : purge.calendars) {
     const auto& here = byCalendar[calendar.id];
     if (here.empty()) { continue; }
@@ -147,14 +152,17 @@ void tellPurge(const Purge& purge, const PurgeWords& words, const std::vector<co
 
 /// What stays and why, as far as somebody might have thought otherwise.
 void tellWhatStays(const Purge& purge, std::size_t changed, std::ostream& out) {
-  const auto tell = [&out](std::size_t count, const char* one, const char* several) {
-    if (count > 0) { out << fmt::format("{} {}\n", count, count == 1 ? one : several); }
-  };
-  tell(changed, "was changed meanwhile and stays", "were changed meanwhile and stay");
-  tell(purge.past.goingOn, "series that began before goes on and stays whole",
-       "series that began before go on and stay whole");
-  tell(purge.readOnly, "calendar allows no changes and was left alone",
-       "calendars allow no changes and were left alone");
+  if (changed > 0) {
+    out << trn("{} was changed meanwhile and stays\n", "{} were changed meanwhile and stay\n", changed, changed);
+  }
+  if (const std::size_t count = purge.past.goingOn; count > 0) {
+    out << trn("{} series that began before goes on and stays whole\n",
+               "{} series that began before go on and stay whole\n", count, count);
+  }
+  if (const std::size_t count = purge.readOnly; count > 0) {
+    out << trn("{} calendar allows no changes and was left alone\n",
+               "{} calendars allow no changes and were left alone\n", count, count);
+  }
 }
 
 Result<ExitStatus> purgeItems(const PurgeWords& words, CommandContext& context) {
@@ -162,7 +170,7 @@ Result<ExitStatus> purgeItems(const PurgeWords& words, CommandContext& context) 
   const auto day = readDay(words.before, run.setting());
   if (!day) { return tellMisread(context, day.error(), words.before); }
   if (*day > run.setting().today()) {
-    return tellUsage(context, fmt::format("{} is still to come; purge removes what is over.", shortDay(*day)));
+    return tellUsage(context, tr("{} is still to come; purge removes what is over.", shortDay(*day)));
   }
   if (!words.archive.empty()) { ORLOCAL_CHECK(checkArchive(words.archive)); }
   ORLOCAL_TRY(const Purge purge, planPurge(run, words, *day));
@@ -170,7 +178,7 @@ Result<ExitStatus> purgeItems(const PurgeWords& words, CommandContext& context) 
   std::vector<const WholeItem*> gone;
   if (!purge.past.items.empty()) {
     const std::string question = questionAbout(purge, words);
-    ORLOCAL_TRY(const auto wanted, run.agreed(question, words.yes, question + " Add --yes."));
+    ORLOCAL_TRY(const auto wanted, run.agreed(question, words.yes));
     if (!wanted) { return ExitStatus::kUsage; }
     if (!*wanted) { return ExitStatus::kFailed; }
     if (!words.archive.empty() && !run.dryRun()) { ORLOCAL_CHECK(writeArchive(run.store(), purge, words.archive)); }
@@ -186,7 +194,7 @@ Result<ExitStatus> purgeItems(const PurgeWords& words, CommandContext& context) 
     return ExitStatus::kDone;
   }
   if (purge.past.items.empty()) {
-    out << fmt::format("Nothing was over before {}.\n", shortDay(*day));
+    out << tr("Nothing was over before {}.\n", shortDay(*day));
   } else {
     tellPurge(purge, words, gone, run.viewer(), out);
   }

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/words/listed_words.h"
@@ -43,17 +44,20 @@ std::string serversInWords(const std::vector<const store::WholeItem*>& items, co
     all += count;
     accounts.push_back('"' + printable(account) + '"');
   }
-  const std::string which = all == items.size() ? (all == 1 ? "It is" : "They are")
-                            : all == 1          ? "1 of them is"
-                                                : fmt::format("{} of them are", all);
-  return fmt::format(" {} removed from the server of {}, too.", which, listed(accounts));
+  const std::string where = listed(accounts);
+  if (all < items.size()) {
+    return trn(" {} of them is removed from the server of {}, too.",
+               " {} of them are removed from the server of {}, too.", all, all, where);
+  }
+  return all == 1 ? tr(" It is removed from the server of {}, too.", where)
+                  : tr(" They are removed from the server of {}, too.", where);
 }
 
 std::string countedInWords(std::size_t events, std::size_t reminders) {
   std::vector<std::string> parts;
-  if (events > 0) { parts.push_back(fmt::format("{} {}", events, events == 1 ? "event" : "events")); }
-  if (reminders > 0) { parts.push_back(fmt::format("{} {}", reminders, reminders == 1 ? "reminder" : "reminders")); }
-  return parts.empty() ? "nothing" : listed(parts);
+  if (events > 0) { parts.push_back(trn("{} event", "{} events", events, events)); }
+  if (reminders > 0) { parts.push_back(trn("{} reminder", "{} reminders", reminders, reminders)); }
+  return parts.empty() ? tr("nothing") : listed(parts);
 }
 
 }  // namespace orlocal::host

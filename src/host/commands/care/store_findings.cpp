@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "host/commands/care/file_users.h"
 #include "store/examination.h"
 
@@ -18,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kStore = "store";
+constexpr const char* kStore = translatable("store");
 constexpr std::size_t kMostTold = 5;
 constexpr std::uintmax_t kMuchLog = std::uintmax_t{64} << 20;
 /// Of the file's own size.
@@ -27,8 +28,8 @@ constexpr double kMuchUnused = 0.5;
 std::string sizeText(std::uintmax_t bytes) {
   constexpr double kStep = 1024;
   double size = static_cast<double>(bytes);
-  for (const char* unit : {"bytes", "KiB", "MiB"}) {
-    if (size < kStep) { return fmt::format("{:.{}f} {}", size, size < 10 && bytes >= 1024 ? 1 : 0, unit); }
+  for (const char* unit : {translatable("bytes"), "KiB", "MiB"}) {
+    if (size < kStep) { return fmt::format("{:.{}f} {}", size, size < 10 && bytes >= 1024 ? 1 : 0, translated(unit)); }
     size /= kStep;
   }
   return fmt::format("{:.1f} GiB", size);
@@ -36,18 +37,17 @@ std::string sizeText(std::uintmax_t bytes) {
 
 std::string ownerOf(const struct stat& file) {
   const passwd* owner = ::getpwuid(file.st_uid);
-  return owner != nullptr ? owner->pw_name : fmt::format("user {}", file.st_uid);
+  return owner != nullptr ? owner->pw_name : tr("user {}", file.st_uid);
 }
 
-std::string counted(std::int64_t count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
+std::size_t sizeOf(std::int64_t count) { return static_cast<std::size_t>(count); }
 
 Finding modeFinding(const fs::path& file, const struct stat& found) {
   const unsigned mode = found.st_mode & 07777U;
-  const std::string seen = fmt::format("It belongs to {} and has the mode {:04o}", ownerOf(found), mode);
+  const std::string seen = tr("It belongs to {} and has the mode {:04o}", ownerOf(found), mode);
   if ((mode & S_IWOTH) != 0) {
-    Finding finding = problem(kStore, seen + ": everybody may change it.", fmt::format("chmod o-rw {}", file.string()));
+    Finding finding =
+        problem(kStore, tr("{}: everybody may change it.", seen), fmt::format("chmod o-rw {}", file.string()));
     if (found.st_uid == ::geteuid()) {
       finding.mend = [file]() -> Status {
         struct stat now {};
@@ -59,11 +59,12 @@ Finding modeFinding(const fs::path& file, const struct stat& found) {
     return finding;
   }
   if (::access(file.c_str(), W_OK) != 0) {
-    return problem(kStore, seen + ": you may not write it.",
-                   "Run this as its owner, or give it to who is to use it (chown).");
+    return problem(kStore, tr("{}: you may not write it.", seen),
+                   tr("Run this as its owner, or give it to who is to use it (chown)."));
   }
   if ((mode & S_IROTH) != 0) {
-    return note(kStore, seen + ": everybody on this machine may read it.", fmt::format("chmod o-r {}", file.string()));
+    return note(kStore, tr("{}: everybody on this machine may read it.", seen),
+                fmt::format("chmod o-r {}", file.string()));
   }
   return fine(kStore, seen + ".");
 }
@@ -71,46 +72,52 @@ Finding modeFinding(const fs::path& file, const struct stat& found) {
 void addExamination(const store::StoreOptions& store, Findings& findings) {
   const auto found = store::examine(store.file, store.busyTimeout);
   if (!found) {
-    findings.push_back(problem(kStore, found.error().message,
-                               "orlocal restore FILE puts a backup in its place; what is there is kept beside it."));
+    findings.push_back(
+        problem(kStore, found.error().message,
+                tr("orlocal restore FILE puts a backup in its place; what is there is kept beside it.")));
     return;
   }
-  findings.push_back(fine(kStore, fmt::format("{}, format {}: {}, {}, {}.", sizeText(found->bytes + found->logBytes),
-                                              found->version, counted(found->calendars, "calendar"),
-                                              counted(found->events, "event"), counted(found->reminders, "reminder"))));
-  const auto tell = [&](const std::vector<std::string>& lines, const char* remedy) {
+  findings.push_back(
+      fine(kStore, tr("{}, format {}: {}, {}, {}.", sizeText(found->bytes + found->logBytes), found->version,
+                      trn("{} calendar", "{} calendars", sizeOf(found->calendars), found->calendars),
+                      trn("{} event", "{} events", sizeOf(found->events), found->events),
+                      trn("{} reminder", "{} reminders", sizeOf(found->reminders), found->reminders))));
+  const auto tell = [&](const std::vector<std::string>& lines, const std::string& remedy) {
     for (std::size_t i = 0; i < lines.size() && i < kMostTold; ++i) {
       findings.push_back(problem(kStore, lines[i], i == 0 ? remedy : ""));
     }
     if (lines.size() > kMostTold) {
-      findings.push_back(problem(kStore, fmt::format("{} more of this kind.", lines.size() - kMostTold), ""));
+      findings.push_back(problem(kStore, tr("{} more of this kind.", lines.size() - kMostTold), ""));
     }
   };
   tell(found->damage,
-       "orlocal export --salvage writes out what can be read; orlocal restore FILE brings a backup back.");
+       tr("orlocal export --salvage writes out what can be read; orlocal restore FILE brings a backup back."));
   tell(found->unread,
-       "orlocal export --salvage writes out what can be read; orlocal restore FILE brings a backup back.");
-  if (found->damage.empty() && found->unread.empty()) { findings.push_back(fine(kStore, "All of it can be read.")); }
+       tr("orlocal export --salvage writes out what can be read; orlocal restore FILE brings a backup back."));
+  if (found->damage.empty() && found->unread.empty()) {
+    findings.push_back(fine(kStore, tr("All of it can be read.")));
+  }
   if (found->logBytes > kMuchLog) {
     findings.push_back(note(kStore,
-                            fmt::format("{} have not been brought into the file: somebody has been reading all the "
-                                        "while.",
-                                        sizeText(found->logBytes)),
-                            "End the programs that have it open for long; then any command brings it in."));
+                            tr("{} have not been brought into the file: somebody has been reading all the "
+                               "while.",
+                               sizeText(found->logBytes)),
+                            tr("End the programs that have it open for long; then any command brings it in.")));
   }
   if (static_cast<double>(found->unusedBytes) > kMuchUnused * static_cast<double>(found->bytes)) {
-    findings.push_back(note(kStore, sizeText(found->unusedBytes) + " of the file are unused.",
-                            "orlocal backup FILE writes a copy without them; orlocal restore FILE puts it in place."));
+    findings.push_back(
+        note(kStore, tr("{} of the file are unused.", sizeText(found->unusedBytes)),
+             tr("orlocal backup FILE writes a copy without them; orlocal restore FILE puts it in place.")));
   }
 }
 
 void addUsers(const fs::path& file, Findings& findings) {
   std::vector<std::string> names;
   for (const FileUser& user : usersOf(file)) {
-    names.push_back(fmt::format("{} ({}, process {})", user.name, user.user, user.process));
+    names.push_back(tr("{} ({}, process {})", user.name, user.user, user.process));
   }
-  findings.push_back(fine(kStore, names.empty() ? "Nobody else that you may see has it open."
-                                                : fmt::format("Open in {}.", fmt::join(names, ", "))));
+  findings.push_back(fine(kStore, names.empty() ? tr("Nobody else that you may see has it open.")
+                                                : tr("Open in {}.", fmt::join(names, ", "))));
 }
 
 }  // namespace
@@ -120,11 +127,11 @@ Findings storeFindings(const store::StoreOptions& store) {
   if (::stat(store.file.c_str(), &found) != 0) {
     const int reason = errno;
     if (reason == ENOENT) {
-      return {note(kStore, fmt::format("There is no calendar store at {}.", store.file.string()),
-                   "orlocal import or orlocal new makes one.")};
+      return {note(kStore, tr("There is no calendar store at {}.", store.file.string()),
+                   tr("orlocal import or orlocal new makes one."))};
     }
-    return {problem(kStore, fmt::format("{} cannot be looked at: {}.", store.file.string(), systemReason(reason)),
-                    "Look at the mode of the folders that lead there.")};
+    return {problem(kStore, tr("{} cannot be looked at: {}.", store.file.string(), systemReason(reason)),
+                    tr("Look at the mode of the folders that lead there."))};
   }
   Findings findings{fine(kStore, store.file.string()), modeFinding(store.file, found)};
   addExamination(store, findings);

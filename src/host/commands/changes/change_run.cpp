@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -24,7 +25,7 @@ using store::ItemKind;
 using store::Span;
 
 constexpr const char* kSpanRemedy =
-    "add --all, or --occurrence DAY with --this (that one alone) or --future (it and the later ones)";
+    translatable("add --all, or --occurrence DAY with --this (that one alone) or --future (it and the later ones)");
 
 /// The day of `--occurrence`, and the time behind it where one was written.
 struct OccurrenceWords {
@@ -35,13 +36,18 @@ struct OccurrenceWords {
 Result<OccurrenceWords> readOccurrence(const std::string& text, const WordsSetting& setting) {
   WordCursor words(text, setting);
   ORLOCAL_TRY(const auto day, takeDay(words));
-  if (!day) { return words.refused("This is no day; write the occurrence's, such as 2026-11-02 or friday"); }
+  if (!day) { return words.refused(tr("This is no day; write the occurrence's, such as 2026-11-02 or friday")); }
   OccurrenceWords read{*day, std::nullopt};
   words.take(Term::kAt);
   ORLOCAL_TRY(const auto time, takeTime(words, true));
   if (time) { read.time = fmt::format("{:02}:{:02}", time->count() / 60, time->count() % 60); }
-  if (!words.done()) { return words.refused("This is no time of day"); }
+  if (!words.done()) { return words.refused(tr("This is no time of day")); }
   return read;
+}
+
+/// In English or in the language of the question.
+bool saysYes(const std::string& answer) {
+  return answer == "y" || answer == "yes" || answer == translated("y") || answer == translated("yes");
 }
 
 Result<bool> repeats(store::CalendarStore& store, const store::Item& item) {
@@ -52,18 +58,18 @@ Result<bool> repeats(store::CalendarStore& store, const store::Item& item) {
 
 /// How much of the series; none when it was told that nobody says.
 Result<std::optional<Span>> spanFor(ChangeRun& run, const TargetWords& words, const ChosenItem& chosen,
-                                    std::string_view verb) {
+                                    const char* question) {
   if (words.all) { return Span::kAll; }
   if (words.future) { return Span::kFuture; }
   if (chosen.occurrence) { return Span::kThis; }
   const std::string title = printable(chosen.item->title.value_or(""));
-  const auto answer = run.answer(fmt::format("\"{}\" repeats. {} all of it? [y/N] ", title, verb));
+  const auto answer = run.answer(tr("\"{}\" repeats. {} [y/N] ", title, translated(question)));
   if (!answer) {
-    tellUsage(run.context(), fmt::format("\"{}\" repeats; {}.", title, kSpanRemedy));
+    tellUsage(run.context(), tr("\"{}\" repeats; {}.", title, translated(kSpanRemedy)));
     return std::nullopt;
   }
-  if (*answer == "y" || *answer == "yes") { return Span::kAll; }
-  run.context().streams.err << "Nothing was done. For a part of the series " << kSpanRemedy << ".\n";
+  if (saysYes(*answer)) { return Span::kAll; }
+  run.context().streams.err << tr("Nothing was done. For a part of the series {}.\n", translated(kSpanRemedy));
   return std::nullopt;
 }
 
@@ -98,15 +104,15 @@ std::optional<std::string> ChangeRun::answer(const std::string& question) {
   return caseFolded(trimmed(line));
 }
 
-Result<std::optional<bool>> ChangeRun::agreed(const std::string& question, bool yes, const std::string& remedy) {
+Result<std::optional<bool>> ChangeRun::agreed(const std::string& question, bool yes) {
   if (yes || m_dryRun) { return true; }
-  const auto said = answer(question + " [y/N] ");
+  const auto said = answer(tr("{} [y/N] ", question));
   if (said) {
-    const bool wanted = *said == "y" || *said == "yes";
-    if (!wanted) { m_context.streams.err << "Nothing was done.\n"; }
+    const bool wanted = saysYes(*said);
+    if (!wanted) { m_context.streams.err << tr("Nothing was done.\n"); }
     return wanted;
   }
-  tellUsage(m_context, remedy);
+  tellUsage(m_context, tr("{} Add --yes.", question));
   return std::nullopt;
 }
 
@@ -141,7 +147,7 @@ void addTargetOptions(CLI::App& command, TargetWords& words) {
   thisOne->excludes(future);
 }
 
-Result<std::optional<Target>> chooseTarget(ChangeRun& run, const TargetWords& words, std::string_view verb,
+Result<std::optional<Target>> chooseTarget(ChangeRun& run, const TargetWords& words, const char* question,
                                            std::optional<ItemKind> kind) {
   ItemWords item{.what = words.what, .calendars = words.calendars, .kind = kind};
   if (!words.occurrence.empty()) {
@@ -158,14 +164,14 @@ Result<std::optional<Target>> chooseTarget(ChangeRun& run, const TargetWords& wo
   if (chosen.item->kind == ItemKind::kReminder) { return target; }
   ORLOCAL_TRY(const bool series, repeats(run.store(), *chosen.item));
   if (!series) { return target; }
-  ORLOCAL_TRY(const auto span, spanFor(run, words, chosen, verb));
+  ORLOCAL_TRY(const auto span, spanFor(run, words, chosen, question));
   if (!span) { return std::nullopt; }
   target.span = *span;
   if (*span == Span::kAll) { return target; }
   target.occurrence = chosen.occurrence;
   ORLOCAL_TRY(target.row, run.store().item(chosen.occurrence->item));
   if (target.row == nullptr) {
-    return failure(ErrorCode::kNotFound, "The occurrence is no longer in the calendar store.");
+    return failure(ErrorCode::kNotFound, tr("The occurrence is no longer in the calendar store."));
   }
   return target;
 }

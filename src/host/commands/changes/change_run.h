@@ -36,9 +36,9 @@ class ChangeRun {
   /// Who asks, as the journal names people.
   static std::string person();
 
-  /// Whether the person wants it: true without a question where `yes`. Where nobody can be asked, none; the remedy is
-  /// told.
-  Result<std::optional<bool>> agreed(const std::string& question, bool yes, const std::string& remedy);
+  /// Whether the person wants it: true without a question where `yes`. Where nobody can be asked, none; the remedy,
+  /// `--yes`, is told.
+  Result<std::optional<bool>> agreed(const std::string& question, bool yes);
   /// The answer to a question, in small letters; none where nobody can be asked.
   std::optional<std::string> answer(const std::string& question);
 
@@ -73,8 +73,9 @@ struct Target {
   std::optional<store::Occurrence> occurrence;
   store::Span span = store::Span::kAll;
 };
-/// None where a usage error was told already.
-Result<std::optional<Target>> chooseTarget(ChangeRun& run, const TargetWords& words, std::string_view verb,
+/// None where a usage error was told already. `question` is what is asked where a series is meant and nobody said how
+/// much of it; translatable.
+Result<std::optional<Target>> chooseTarget(ChangeRun& run, const TargetWords& words, const char* question,
                                            std::optional<store::ItemKind> kind = std::nullopt);
 
 }  // namespace orlocal::host

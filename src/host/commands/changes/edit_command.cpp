@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
@@ -75,7 +76,7 @@ Read<void> putTimes(const EditWords& words, const Target& target, const ChangeRu
   auto times = shownTimesOf(*target.row, target.occurrence, run.viewer());
   const bool moves = said.start || said.end || said.duration || said.zone || said.allDay;
   if (!event && (when->end || when->length || when->lastDay)) {
-    return tl::unexpected(Misread{{ErrorCode::kInvalid, "A reminder has no length", std::nullopt}, text});
+    return tl::unexpected(Misread{{ErrorCode::kInvalid, tr("A reminder has no length"), std::nullopt}, text});
   }
   if (moves) {
     const auto wanted = times ? timesOf(*when, *times) : timesOf(*when, run.setting());
@@ -95,15 +96,15 @@ Read<void> putTimes(const EditWords& words, const Target& target, const ChangeRu
     edit.set.add(ItemField::kRules);
     edit.values.recurrence.rules = {ruleFor(*when->repeat, *times, *zone)};
   } else if (when->repeat) {
-    return tl::unexpected(
-        Misread{{ErrorCode::kInvalid, "A reminder that repeats needs a date; add --start DAY", std::nullopt}, text});
+    return tl::unexpected(Misread{
+        {ErrorCode::kInvalid, tr("A reminder that repeats needs a date; add --start DAY"), std::nullopt}, text});
   }
   return putAlarms(fields, run.setting(), times ? times->start : store::LocalTime(), edit);
 }
 
 Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
   ORLOCAL_TRY(ChangeRun run, ChangeRun::begin(context, words.dryRun));
-  ORLOCAL_TRY(const auto target, chooseTarget(run, words.target, "Change"));
+  ORLOCAL_TRY(const auto target, chooseTarget(run, words.target, translatable("Change all of it?")));
   if (!target) { return ExitStatus::kUsage; }
   ItemEdit edit;
   edit.opened = target->row;
@@ -119,7 +120,7 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
     edit.values.calendar = to.id;
   }
   if (edit.set.empty()) {
-    return tellUsage(context, "Say what is to be changed: --title, --start, --location and so on.");
+    return tellUsage(context, tr("Say what is to be changed: --title, --start, --location and so on."));
   }
   run.beginCommand("edit " + quotedTitle(*target->row));
   ORLOCAL_TRY(
@@ -135,7 +136,7 @@ Result<ExitStatus> changeItem(const EditWords& words, CommandContext& context) {
   if (edit.set.has(ItemField::kStart) || edit.set.has(ItemField::kRules)) {
     overlaps = overlapsOfWritten(run, written, {target->row->id, target->chosen.item->id});
   }
-  ORLOCAL_CHECK(tellItem(run, {"Changed", "Would be"}, written, calendar, overlaps));
+  ORLOCAL_CHECK(tellItem(run, {translatable("Changed"), translatable("Would be")}, written, calendar, overlaps));
   return ExitStatus::kDone;
 }
 

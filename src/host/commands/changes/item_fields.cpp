@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "host/commands/words/alarm_words.h"
 #include "host/commands/words/repeat_words.h"
 #include "store/edits/event_times.h"
@@ -50,7 +51,7 @@ Read<void> putStart(const std::string& text, const WordsSetting& setting, When& 
 Read<void> putEnd(const std::string& text, const WordsSetting& setting, When& when) {
   const auto said = readWhen(text, setting);
   if (!said) { return misread(said.error(), text); }
-  if (!said->day && !said->start) { return misread("The end is a day, a time of day, or both", text); }
+  if (!said->day && !said->start) { return misread(tr("The end is a day, a time of day, or both"), text); }
   when.length.reset();
   when.end = said->start;
   when.lastDay = said->day;
@@ -66,12 +67,14 @@ Read<void> putRepeat(const FieldWords& words, const WordsSetting& setting, When&
   if (words.until) {
     const auto day = readDay(*words.until, setting);
     if (!day) { return misread(day.error(), *words.until); }
-    if (!when.repeat) { return misread("--until needs --repeat: how does it repeat until then?", *words.until); }
+    if (!when.repeat) { return misread(tr("--until needs --repeat: how does it repeat until then?"), *words.until); }
     when.repeat->until = store::CalendarTime{store::CalendarTime::Kind::kDate, LocalTime(*day), {}};
     when.repeat->count.reset();
   }
   if (words.count) {
-    if (!when.repeat) { return misread("--count needs --repeat: how does it repeat?", std::to_string(*words.count)); }
+    if (!when.repeat) {
+      return misread(tr("--count needs --repeat: how does it repeat?"), std::to_string(*words.count));
+    }
     when.repeat->count = *words.count;
     when.repeat->until.reset();
   }
@@ -141,9 +144,8 @@ Read<void> putTexts(const FieldWords& words, ItemEdit& edit) {
                                    [&](const PriorityWord& each) { return each.word == word; });
   const auto number = named != std::end(kPriorities) ? std::optional(named->priority) : wholeNumber(word);
   if (!number || *number > 9) {
-    return misread(
-        fmt::format("\"{}\" is no priority; write 1 (highest) to 9, high, medium, low or none", *words.priority),
-        *words.priority);
+    return misread(tr("\"{}\" is no priority; write 1 (highest) to 9, high, medium, low or none", *words.priority),
+                   *words.priority);
   }
   edit.set.add(ItemField::kPriority);
   edit.values.priority = *number;
@@ -178,7 +180,7 @@ store::RecurrenceRule ruleFor(store::RecurrenceRule rule, const Times& times, co
 Read<store::Zone> zoneFor(const FieldWords& words, const store::Zone& usual) {
   if (!words.zone) { return usual; }
   if (const auto zone = store::Zone::named(*words.zone)) { return *zone; }
-  return misread(fmt::format("There is no time zone \"{}\"; write its name such as Europe/Berlin or UTC", *words.zone),
+  return misread(tr("There is no time zone \"{}\"; write its name such as Europe/Berlin or UTC", *words.zone),
                  *words.zone);
 }
 

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/choosing/item_choice.h"
 #include "host/commands/command_line/json_text.h"
@@ -24,7 +25,7 @@ using store::LocalDay;
 using store::LocalTime;
 
 std::string dueInWords(const Times& due) {
-  return "due " + (due.allDay ? shortDay(LocalDay(due.start)) : timesInWords(due));
+  return tr("due {}", due.allDay ? shortDay(LocalDay(due.start)) : timesInWords(due));
 }
 
 }  // namespace
@@ -55,13 +56,13 @@ std::string itemLine(const Item& item, const store::Calendar& calendar, const st
   if (const auto times = shownTimesOf(item, occurrence, viewer)) {
     add(item.kind == ItemKind::kEvent ? timesInWords(*times) : dueInWords(*times));
   } else {
-    add("no date");
+    add(tr("no date"));
   }
   for (const store::RecurrenceRule& rule : item.recurrence.rules) { add(ruleWords(rule, std::nullopt, viewer)); }
-  for (const store::Alarm& alarm : item.alarms) { add("alarm " + alarmWords(alarm, item.kind, viewer)); }
-  if (item.location) { add("at " + printable(*item.location)); }
-  if (item.completed) { add("done"); }
-  add("in " + printable(calendar.title));
+  for (const store::Alarm& alarm : item.alarms) { add(tr("alarm {}", alarmWords(alarm, item.kind, viewer))); }
+  if (item.location) { add(tr("at {}", printable(*item.location))); }
+  if (item.completed) { add(tr("done")); }
+  add(tr("in {}", printable(calendar.title)));
   return line + parts;
 }
 
@@ -71,7 +72,7 @@ std::vector<Overlap> overlapsOfWritten(ChangeRun& run, const Item& item, std::ve
   auto overlaps = overlapsOf(run.store(), run.viewer(), item, own);
   if (overlaps) { return *std::move(overlaps); }
   tellTrouble(run.context().streams.err,
-              fmt::format("What {} overlaps cannot be told: {}", quotedTitle(item), overlaps.error().message));
+              tr("What {} overlaps cannot be told: {}", quotedTitle(item), overlaps.error().message));
   return {};
 }
 
@@ -80,7 +81,8 @@ Status tellItem(ChangeRun& run, const Outcome& outcome, const Item& item, const 
   std::ostream& out = run.context().streams.out;
   const bool json = run.context().options.json;
   if (!json) {
-    out << (run.dryRun() ? outcome.rehearsed : outcome.done) << ' ' << itemLine(item, calendar, run.viewer()) << '\n';
+    out << translated(run.dryRun() ? outcome.rehearsed : outcome.done) << ' ' << itemLine(item, calendar, run.viewer())
+        << '\n';
   }
   if (!json && (!overlaps || overlaps->empty())) { return {}; }
   ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
@@ -22,7 +23,7 @@ Result<ExitStatus> moveItem(const MoveWords& words, CommandContext& context) {
   TargetWords whole = words.target;
   // A calendar is one of the whole series as a rule.
   whole.all = whole.occurrence.empty();
-  ORLOCAL_TRY(const auto target, chooseTarget(run, whole, "Move"));
+  ORLOCAL_TRY(const auto target, chooseTarget(run, whole, translatable("Move all of it?")));
   if (!target) { return ExitStatus::kUsage; }
   const store::ItemKind kind = target->row->kind;
   ORLOCAL_TRY(const store::Calendar to, theCalendar(run.store(), words.to, kind));
@@ -33,7 +34,7 @@ Result<ExitStatus> moveItem(const MoveWords& words, CommandContext& context) {
               about(*target->row, kind == store::ItemKind::kEvent
                                       ? run.store().saveEvent(edit, target->occurrence, target->span)
                                       : run.store().saveReminder(edit)));
-  ORLOCAL_CHECK(tellItem(run, {"Moved", "Would move"}, written, to));
+  ORLOCAL_CHECK(tellItem(run, {translatable("Moved"), translatable("Would move")}, written, to));
   return ExitStatus::kDone;
 }
 

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
@@ -45,7 +46,8 @@ Read<TitleAndWhen> readSentence(const NewItemWords& words, const WordsSetting& s
   if (words.fields.title) { read.title = *words.fields.title; }
   if (read.title.empty()) {
     return tl::unexpected(Misread{
-        {ErrorCode::kInvalid, "There is no title; write one before the time, or --title TEXT", std::nullopt}, text});
+        {ErrorCode::kInvalid, tr("There is no title; write one before the time, or --title TEXT"), std::nullopt},
+        text});
   }
   auto when = withOptions(std::move(read.when), words.fields, setting);
   if (!when) { return tl::unexpected(when.error()); }
@@ -58,7 +60,7 @@ Result<Calendar> targetOf(store::CalendarStore& store, const NewItemWords& words
   if (!name.empty()) { return theCalendar(store, name, words.kind()); }
   ORLOCAL_TRY(const auto standard, store.defaultCalendar(store::calendarKindOf(words.kind())));
   if (standard) { return *standard; }
-  return failure(ErrorCode::kNotFound, "No calendar here takes it; make one with: orlocal calendars new TITLE");
+  return failure(ErrorCode::kNotFound, tr("No calendar here takes it; make one with: orlocal calendars new TITLE"));
 }
 
 /// The times of an event, or the due date of a reminder that has one.
@@ -68,7 +70,7 @@ Read<std::optional<Times>> readTimes(const NewItemWords& words, const When& when
   if (reminder && when.empty()) { return std::nullopt; }
   if (reminder && (when.end || when.length || when.lastDay)) {
     return tl::unexpected(Misread{
-        {ErrorCode::kInvalid, "A reminder is due at a moment and has no length; leave the end out", std::nullopt},
+        {ErrorCode::kInvalid, tr("A reminder is due at a moment and has no length; leave the end out"), std::nullopt},
         text});
   }
   const auto times = timesOf(when, setting);
@@ -113,7 +115,7 @@ Result<ExitStatus> makeItem(const NewItemWords& words, CommandContext& context) 
   const auto overlaps = overlapsOfWritten(run, made);
   // What was not made has no name that it could be found by.
   if (run.dryRun()) { made.identifier = made.itemIdentifier = made.uid = {}; }
-  ORLOCAL_CHECK(tellItem(run, {"Made", "Would make"}, made, calendar, overlaps));
+  ORLOCAL_CHECK(tellItem(run, {translatable("Made"), translatable("Would make")}, made, calendar, overlaps));
   return ExitStatus::kDone;
 }
 

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
@@ -40,9 +41,11 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
     if (context.options.json) { continue; }
     // One that repeats is open again, at its next date.
     const bool goesOn = done && !written.completed;
-    context.streams.out << (run.dryRun() ? "Would be " : "") << (done ? "done" : "open again")
-                        << (goesOn ? ", and due next: " : ": ") << itemLine(written, one.calendar, run.viewer())
-                        << '\n';
+    const std::string what = run.dryRun() ? (done ? tr("Would be done") : tr("Would be open again"))
+                             : done       ? tr("done")
+                                          : tr("open again");
+    context.streams.out << what << (goesOn ? tr(", and due next: ") : ": ")
+                        << itemLine(written, one.calendar, run.viewer()) << '\n';
   }
   if (context.options.json) { printJson(json, context.streams.out); }
   return ExitStatus::kDone;
@@ -66,9 +69,9 @@ void add(CommandLine& line, const char* name, const char* description, const cha
 }  // namespace
 
 void registerReminderCommands(CommandLine& line) {
-  add(line, "done", "Complete reminders; one that repeats goes on to its next date.", "  orlocal done \"Pay rent\"",
-      true);
-  add(line, "reopen", "Open completed reminders again.", "  orlocal reopen \"Pay rent\"", false);
+  add(line, "done", translatable("Complete reminders; one that repeats goes on to its next date."),
+      "  orlocal done \"Pay rent\"", true);
+  add(line, "reopen", translatable("Open completed reminders again."), "  orlocal reopen \"Pay rent\"", false);
 }
 
 }  // namespace orlocal::host

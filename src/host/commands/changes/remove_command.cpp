@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
@@ -23,24 +24,22 @@ struct RemoveWords {
 
 /// What is to be said before: several things go, or others were invited.
 std::string questionAbout(const std::vector<Target>& targets) {
-  if (targets.size() > 1) { return fmt::format("Remove these {} things?", targets.size()); }
+  if (targets.size() > 1) { return tr("Remove these {} things?", targets.size()); }
   const store::Item& item = *targets.front().row;
-  if (!item.attendees.empty()) {
-    return fmt::format("{} has attendees, whom nobody tells. Remove it?", quotedTitle(item));
-  }
+  if (!item.attendees.empty()) { return tr("{} has attendees, whom nobody tells. Remove it?", quotedTitle(item)); }
   return {};
 }
 
-std::string partOf(const Target& target) {
+std::string partOf(const Target& target, const std::string& line) {
   switch (target.span) {
     case store::Span::kThis:
-      return "one occurrence of ";
+      return tr("one occurrence of {}", line);
     case store::Span::kFuture:
-      return "from this occurrence on: ";
+      return tr("from this occurrence on: {}", line);
     case store::Span::kAll:
-      return target.row->recurrence.empty() ? "" : "all of ";
+      return target.row->recurrence.empty() ? line : tr("all of {}", line);
   }
-  return {};
+  return line;
 }
 
 Status removeTarget(store::CalendarStore& store, const Target& target) {
@@ -55,15 +54,15 @@ Result<ExitStatus> removeItems(const RemoveWords& words, CommandContext& context
   for (const std::string& what : words.what) {
     TargetWords one = words.target;
     one.what = what;
-    ORLOCAL_TRY(auto target, chooseTarget(run, one, "Remove"));
+    ORLOCAL_TRY(auto target, chooseTarget(run, one, translatable("Remove all of it?")));
     if (!target) { return ExitStatus::kUsage; }
     const auto shown = target->occurrence ? target->occurrence : target->chosen.occurrence;
     titles.push_back(quotedTitle(*target->row));
-    lines.push_back(partOf(*target) + itemLine(*target->row, target->chosen.calendar, run.viewer(), shown));
+    lines.push_back(partOf(*target, itemLine(*target->row, target->chosen.calendar, run.viewer(), shown)));
     targets.push_back(*std::move(target));
   }
   if (const std::string question = questionAbout(targets); !question.empty()) {
-    ORLOCAL_TRY(const auto wanted, run.agreed(question, words.yes, question + " Add --yes."));
+    ORLOCAL_TRY(const auto wanted, run.agreed(question, words.yes));
     if (!wanted) { return ExitStatus::kUsage; }
     if (!*wanted) { return ExitStatus::kFailed; }
   }
@@ -75,7 +74,7 @@ Result<ExitStatus> removeItems(const RemoveWords& words, CommandContext& context
     ORLOCAL_CHECK(about(*target.row, removeTarget(run.store(), target)));
     json.push_back(itemJson(*target.row, target.occurrence, names, run.viewer()));
     if (!context.options.json) {
-      context.streams.out << (run.dryRun() ? "Would remove " : "Removed ") << lines[i] << '\n';
+      context.streams.out << (run.dryRun() ? tr("Would remove {}\n", lines[i]) : tr("Removed {}\n", lines[i]));
     }
   }
   if (context.options.json) { printJson(json, context.streams.out); }

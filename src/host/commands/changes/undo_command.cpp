@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/changes/change_run.h"
@@ -39,11 +40,11 @@ Result<ExitStatus> listCommands(ChangeRun& run) {
     printJson(json, out);
     return ExitStatus::kDone;
   }
-  if (commands.empty()) { out << "There is nothing to undo.\n"; }
+  if (commands.empty()) { out << tr("There is nothing to undo.\n"); }
   for (const store::JournalEntry& entry : commands) {
     const store::LocalTime made = run.viewer().toLocal(entry.made);
     out << fmt::format("{:>5}  {} {}  {}{}\n", entry.number, shortDay(store::LocalDay(made)), clockTime(made),
-                       printable(entry.command.words), entry.undoneBy ? "  (undone)" : "");
+                       printable(entry.command.words), entry.undoneBy ? tr("  (undone)") : "");
   }
   return ExitStatus::kDone;
 }
@@ -55,7 +56,8 @@ Result<ExitStatus> undo(const UndoWords& words, CommandContext& context) {
   if (context.options.json) {
     printJson(commandJson(entry, run.viewer()), context.streams.out);
   } else {
-    context.streams.out << (run.dryRun() ? "Would undo " : "Undone: ") << printable(entry.command.words) << '\n';
+    context.streams.out << (run.dryRun() ? tr("Would undo {}\n", printable(entry.command.words))
+                                         : tr("Undone: {}\n", printable(entry.command.words)));
   }
   return ExitStatus::kDone;
 }

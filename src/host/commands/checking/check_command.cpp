@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/check/check.h"
 #include "host/commands/checking/check_run.h"
@@ -47,7 +48,7 @@ Result<std::vector<Check>> chosen(const CheckWords& words) {
   for (const std::string& name : words.only) {
     if (std::none_of(checks.begin(), checks.end(), [&](const Check& each) { return each.name == name; })) {
       return failure(ErrorCode::kNotFound,
-                     fmt::format("There is no check \"{}\"; orlocal check --list shows all of them.", name));
+                     tr("There is no check \"{}\"; orlocal check --list shows all of them.", name));
     }
   }
   const std::string asked = !words.level.empty() ? words.level : words.list ? "strict" : "usual";
@@ -102,7 +103,7 @@ class Teller {
            {"seconds", verdict.seconds}});
       return;
     }
-    const std::string word = host::wordFor(verdict.kind);
+    const std::string word = translated(host::wordFor(verdict.kind));
     m_out << padded(check.name, m_nameWidth) << "  " << (verdict.isGood() ? word : m_ink.bold(word)) << '\n';
     if (verdict.kind == Verdict::Kind::kPassed) {
       m_out.flush();
@@ -110,10 +111,9 @@ class Teller {
     }
     if (!verdict.isGood()) { note(check.sentence); }
     for (const std::string& reason : verdict.reasons) { note(reason); }
-    if (!verdict.step.empty()) { note("while: " + verdict.step); }
+    if (!verdict.step.empty()) { note(tr("while: {}", verdict.step)); }
     if (!verdict.isGood()) {
-      note(fmt::format("again: orlocal check {} --only {} --seed {}", m_setting.plugin.string(), check.name,
-                       m_setting.seed));
+      note(tr("again: orlocal check {} --only {} --seed {}", m_setting.plugin.string(), check.name, m_setting.seed));
     }
     m_out.flush();
   }
@@ -126,8 +126,8 @@ class Teller {
             << '\n';
       return;
     }
-    m_out << fmt::format("\n{} passed, {} failed, {} crashed, {} hung, {} skipped\n", m_counts[0], m_counts[1],
-                         m_counts[2], m_counts[3], m_counts[4]);
+    m_out << tr("\n{} passed, {} failed, {} crashed, {} hung, {} skipped\n", m_counts[0], m_counts[1], m_counts[2],
+                m_counts[3], m_counts[4]);
   }
 
   bool isGood() const { return m_counts[1] + m_counts[2] + m_counts[3] == 0; }
@@ -162,7 +162,7 @@ Result<ExitStatus> runChecks(const CheckWords& words, CommandContext& context) {
   setting.plugin = std::filesystem::absolute(setting.plugin, error);
   if (!std::filesystem::is_regular_file(setting.plugin, error)) {
     return failure(ErrorCode::kNotFound,
-                   fmt::format("{} is no file; name the plug-in's file, NAME.fmx.", setting.plugin.string()));
+                   tr("{} is no file; name the plug-in's file, NAME.fmx.", setting.plugin.string()));
   }
   setting.seed = words.seed;
   setting.patience = std::chrono::seconds(words.patience);

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/check/trial.h"
 #include "host/commands/command_line/child_process.h"
@@ -76,7 +77,7 @@ Verdict verdictOf(const ChildResult& result) {
     return verdict;
   }
   verdict.kind = result.hung ? Verdict::Kind::kHung : Verdict::Kind::kCrashed;
-  verdict.reasons = {result.hung ? "it did not come back" : "its process " + result.ending};
+  verdict.reasons = {result.hung ? tr("it did not come back") : tr("its process {}", result.ending)};
   return verdict;
 }
 
@@ -85,15 +86,15 @@ Verdict verdictOf(const ChildResult& result) {
 const char* wordFor(Verdict::Kind kind) {
   switch (kind) {
     case Verdict::Kind::kPassed:
-      return "passed";
+      return translatable("passed");
     case Verdict::Kind::kFailed:
-      return "failed";
+      return translatable("failed");
     case Verdict::Kind::kCrashed:
-      return "crashed";
+      return translatable("crashed");
     case Verdict::Kind::kHung:
-      return "hung";
+      return translatable("hung");
     case Verdict::Kind::kSkipped:
-      return "skipped";
+      return translatable("skipped");
   }
   return "";
 }

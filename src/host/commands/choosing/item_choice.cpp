@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -124,7 +125,7 @@ Result<std::vector<Occurrence>> changedOne(store::CalendarStore& store, const Hi
 
 /// "Mon 2 Nov 2026 09:00", "Mon 2 Nov 2026", "no date".
 std::string whenOf(const std::optional<store::CalendarTime>& time, const store::Zone& viewer) {
-  if (!time) { return "no date"; }
+  if (!time) { return tr("no date"); }
   const LocalTime local = viewer.toLocal(store::momentOf(*time, viewer));
   const std::string day = shortDay(LocalDay(local));
   return time->kind == store::CalendarTime::Kind::kDate ? day : day + ' ' + clockTime(local);
@@ -155,34 +156,33 @@ std::string listing(const std::vector<Candidate>& candidates, const std::map<sto
     const Item& item = candidates[i].item;
     const std::string_view identifier = item.itemIdentifier;
     const auto when = item.kind == ItemKind::kEvent ? item.start : item.endOrDue();
-    lines += fmt::format("\n  {}  {}, {}{}, in {}",
-                         identifier.substr(identifier.size() - std::min(length, identifier.size())),
-                         inQuotes(item.title.value_or("")), whenOf(when, viewer),
-                         item.recurrence.empty() ? "" : " (repeats)", inQuotes(calendars.at(item.calendar).title));
+    lines += tr("\n  {}  {}, {}{}, in {}", identifier.substr(identifier.size() - std::min(length, identifier.size())),
+                inQuotes(item.title.value_or("")), whenOf(when, viewer),
+                item.recurrence.empty() ? "" : tr(" (repeats)"), inQuotes(calendars.at(item.calendar).title));
   }
-  if (candidates.size() > kMostListed) { lines += fmt::format("\n  and {} more", candidates.size() - kMostListed); }
+  if (candidates.size() > kMostListed) { lines += tr("\n  and {} more", candidates.size() - kMostListed); }
   return lines;
 }
 
 std::string nounFor(const ItemWords& words) {
-  if (!words.kind) { return "event or reminder"; }
-  if (*words.kind == ItemKind::kEvent) { return "event"; }
-  return !words.completed ? "reminder" : *words.completed ? "completed reminder" : "open reminder";
+  if (!words.kind) { return tr("event or reminder"); }
+  if (*words.kind == ItemKind::kEvent) { return tr("event"); }
+  return !words.completed ? tr("reminder") : *words.completed ? tr("completed reminder") : tr("open reminder");
 }
 
 Failed nothingFits(const ItemWords& words) {
   return failure(
       ErrorCode::kNotFound,
-      fmt::format("There is no {} {}{}. Write its title or words of it, or the identifier that --json shows.",
-                  nounFor(words), inQuotes(words.what), words.calendars.empty() ? "" : " in the calendars named"));
+      tr("There is no {} {}{}. Write its title or words of it, or the identifier that --json shows.", nounFor(words),
+         inQuotes(words.what), words.calendars.empty() ? "" : tr(" in the calendars named")));
 }
 
 Failed notThen(const ItemWords& words, const Hit& best, const store::Zone& viewer) {
   const auto when = best.item.kind == ItemKind::kEvent ? best.item.start : best.item.due;
   return failure(ErrorCode::kNotFound,
-                 fmt::format("{} is not on {}{}; {} {}. Name another day.", inQuotes(best.item.title.value_or("")),
-                             shortDay(*words.day), words.time ? " at " + *words.time : "",
-                             best.item.recurrence.empty() ? "it is on" : "it repeats, first on", whenOf(when, viewer)));
+                 tr("{} is not on {}{}; {} {}. Name another day.", inQuotes(best.item.title.value_or("")),
+                    shortDay(*words.day), words.time ? tr(" at {}", *words.time) : "",
+                    best.item.recurrence.empty() ? tr("it is on") : tr("it repeats, first on"), whenOf(when, viewer)));
 }
 
 Failed severalThatDay(const Candidate& candidate, const store::Zone& viewer) {
@@ -190,9 +190,9 @@ Failed severalThatDay(const Candidate& candidate, const store::Zone& viewer) {
   for (const Occurrence& each : candidate.occurrences) {
     times += (times.empty() ? "" : ", ") + clockTime(viewer.toLocal(each.start));
   }
-  return failure(ErrorCode::kRefused, fmt::format("{} happens several times on that day, at {}; write the time after "
-                                                  "the day.",
-                                                  inQuotes(candidate.item.title.value_or("")), times));
+  return failure(ErrorCode::kRefused, tr("{} happens several times on that day, at {}; write the time after "
+                                         "the day.",
+                                         inQuotes(candidate.item.title.value_or("")), times));
 }
 
 }  // namespace
@@ -246,9 +246,8 @@ Result<ChosenItem> chooseItem(store::CalendarStore& store, const store::Zone& vi
   if (candidates.size() > 1) {
     return failure(
         ErrorCode::kRefused,
-        fmt::format(
-            "{} may be {} things; name one by its identifier, or say in which calendar or on which day it is:{}",
-            inQuotes(words.what), candidates.size(), listing(candidates, calendars, viewer)));
+        tr("{} may be {} things; name one by its identifier, or say in which calendar or on which day it is:{}",
+           inQuotes(words.what), candidates.size(), listing(candidates, calendars, viewer)));
   }
   Candidate& one = candidates.front();
   if (one.occurrences.size() > 1) { return severalThatDay(one, viewer); }

@@ -7,6 +7,7 @@
 #include <signal.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/interruption.h"
 
@@ -52,7 +53,7 @@ Result<Woken> waitForAnyOf(std::span<const int> descriptors, std::optional<std::
     if (ready == 0) { return Woken::kByTime; }
     if (ready > 0) { return Woken::kByChange; }
     // A signal of another kind changes nothing.
-    if (errno != EINTR) { return failure(ErrorCode::kIo, "waiting for changes: " + systemReason(errno)); }
+    if (errno != EINTR) { return failure(ErrorCode::kIo, tr("waiting for changes: {}", systemReason(errno))); }
   }
 }
 

@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/trouble.h"
 
@@ -60,7 +61,7 @@ using Pipe = std::array<int, 2>;
 
 Result<Pipe> newPipe() {
   Pipe ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) { return systemFailure("no pipe"); }
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) { return systemFailure(tr("no pipe")); }
   return ends;
 }
 
@@ -96,10 +97,10 @@ std::string readAll(int descriptor, std::optional<Clock::time_point> deadline = 
 void describe(int state, ChildResult& result) {
   if (WIFEXITED(state)) {
     result.status = WEXITSTATUS(state);
-    result.ending = fmt::format("ended with status {}", result.status);
+    result.ending = tr("ended with status {}", result.status);
   } else {
     const int signal = WTERMSIG(state);
-    result.ending = fmt::format("was ended by signal {} ({})", signal, ::strsignal(signal));
+    result.ending = tr("was ended by signal {} ({})", signal, ::strsignal(signal));
   }
 }
 
@@ -136,7 +137,7 @@ Result<pid_t> forked(const Pipe& pipe) {
   std::cerr.flush();
   const pid_t child = ::fork();
   if (child >= 0) { return child; }
-  auto failed = systemFailure("no process can be started");
+  auto failed = systemFailure(tr("no process can be started"));
   ::close(pipe[0]);
   ::close(pipe[1]);
   return failed;
@@ -208,7 +209,7 @@ Result<ChildResult> runVisibly(const std::vector<std::string>& words) {
   ORLOCAL_TRY(const Started started, startWith(words, environ, readNothing));
   ChildResult result;
   waitFor(started.child, result);
-  if (started.trouble != 0) { result.ending = fmt::format("cannot be run: {}", systemReason(started.trouble)); }
+  if (started.trouble != 0) { result.ending = tr("cannot be run: {}", systemReason(started.trouble)); }
   return result;
 }
 
@@ -221,18 +222,18 @@ Result<pid_t> startVisibly(const std::vector<std::string>& words, const std::str
   // A file, so that nobody waits for a program that does not read.
   const int file = ::memfd_create("input", MFD_CLOEXEC);
   if (file < 0 || ::write(file, input.data(), input.size()) != static_cast<ssize_t>(input.size())) {
-    auto failed = systemFailure("was not run: no room for its input");
+    auto failed = systemFailure(tr("was not run: no room for its input"));
     if (file >= 0) { ::close(file); }
     return failed;
   }
   ::lseek(file, 0, SEEK_SET);
   const auto started = startWith(words, environment.data(), [file] { ::dup2(file, STDIN_FILENO); });
   ::close(file);
-  if (!started) { return failure(started.error().code, "was not run: " + started.error().message); }
+  if (!started) { return failure(started.error().code, tr("was not run: {}", started.error().message)); }
   if (started->trouble == 0) { return started->child; }
   ChildResult ignored;
   waitFor(started->child, ignored);
-  return failure(ErrorCode::kNotFound, fmt::format("cannot be run: {}", systemReason(started->trouble)));
+  return failure(ErrorCode::kNotFound, tr("cannot be run: {}", systemReason(started->trouble)));
 }
 
 std::optional<ChildResult> endOf(pid_t child) {
@@ -244,7 +245,7 @@ std::optional<ChildResult> endOf(pid_t child) {
 }
 
 std::string endingOf(const Result<ChildResult>& result) {
-  return result ? result->ending : "was not run: " + result.error().message;
+  return result ? result->ending : tr("was not run: {}", result.error().message);
 }
 
 }  // namespace orlocal::host

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include "base/settings.h"
+#include "base/translation.h"
 #include "host/commands/command_line/clock_setting.h"
 #include "host/commands/command_line/help_text.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -22,8 +23,9 @@ const char* const CommandLine::kVersion = "orlocal " ORLOCAL_VERSION;
 struct CommandLine::State {
   Streams streams;
   GlobalOptions options;
-  CLI::App app{"Calendars on the command line, and through the plug-in as a database host reads and changes them.",
-               "orlocal"};
+  CLI::App app{
+      translatable("Calendars on the command line, and through the plug-in as a database host reads and changes them."),
+      "orlocal"};
   std::vector<std::pair<CLI::App*, CommandBody>> commands;
   CommandBody standard;
   std::string group = "Commands";
@@ -131,7 +133,7 @@ namespace {
 ExitStatus unlessLost(Streams& streams, ExitStatus status) {
   streams.out.flush();
   if (streams.out) { return status; }
-  streams.err << "orlocal: Not all could be written to the standard output; it is full or closed.\n";
+  streams.err << tr("orlocal: Not all could be written to the standard output; it is full or closed.\n");
   return ExitStatus::kFailed;
 }
 

@@ -5,6 +5,7 @@
 #include <fmt/ranges.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace orlocal::host {
 
@@ -34,7 +35,7 @@ WordGuide guideOf(const CLI::Option& option) {
   const bool unnamed = guide.value == "TEXT" || guide.value == "INT" || guide.value == "UINT";
   if (inPlace && unnamed) { guide.value = inCapitals(guide.names.front()); }
   if (option.get_items_expected_max() == 0) { guide.value.clear(); }
-  guide.text = option.get_description();
+  guide.text = translated(option.get_description());
   guide.standard = option.get_default_str();
   guide.required = option.get_required();
   guide.repeats = option.get_items_expected_max() > 1;
@@ -44,8 +45,8 @@ WordGuide guideOf(const CLI::Option& option) {
 CommandGuide guideOf(const CLI::App& app, const std::string& path) {
   CommandGuide guide;
   guide.path = path;
-  guide.group = app.get_group();
-  guide.text = app.get_description();
+  guide.group = translated(app.get_group());
+  guide.text = translated(app.get_description());
   guide.footer = app.get_footer();
   guide.needsWord = app.get_require_subcommand_min() > 0;
   for (const CLI::Option* option : app.get_options()) {

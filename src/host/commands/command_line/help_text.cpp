@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include "base/settings.h"
+#include "base/translation.h"
 #include "host/commands/command_line/folded_text.h"
 
 namespace orlocal::host {
@@ -33,49 +34,50 @@ Rows settingRowsShown() {
   for (const Setting setting : kMainSettings) {
     const SettingRow& row = rowOf(setting);
     rows.emplace_back(fmt::format("{}.{}", row.section, row.name),
-                      row.variable.empty() ? std::string(row.meaning)
-                                           : fmt::format("{} (environment: {})", row.meaning, row.variable));
+                      row.variable.empty()
+                          ? translated(std::string(row.meaning))
+                          : tr("{} (environment: {})", translated(std::string(row.meaning)), row.variable));
   }
   return rows;
 }
 
 std::string settingsBlock(std::size_t width) {
-  return block("Settings", settingRowsShown(), width) +
+  return block(tr("Settings"), settingRowsShown(), width) +
          foldedParagraph(
-             "They stand in /etc/orlocal/orlocal.conf and ~/.config/orlocal/orlocal.conf; `orlocal settings` shows "
-             "all of them, and where each comes from.",
+             tr("They stand in /etc/orlocal/orlocal.conf and ~/.config/orlocal/orlocal.conf; `orlocal settings` shows "
+                "all of them, and where each comes from."),
              width, 2);
 }
 
 std::string programHelp(const CommandGuide& program, std::size_t width) {
-  return foldedParagraph(program.text, width) + "\nUsage\n" +
-         foldedTable({{"orlocal", "opens a console for calculations"},
-                      {"orlocal COMMAND …", "runs a command"},
-                      {"orlocal COMMAND --help", "says what a command takes"}},
+  return foldedParagraph(program.text, width) + "\n" + tr("Usage") + "\n" +
+         foldedTable({{"orlocal", tr("opens a console for calculations")},
+                      {tr("orlocal COMMAND …"), tr("runs a command")},
+                      {tr("orlocal COMMAND --help"), tr("says what a command takes")}},
                      width) +
-         commandList(program, "", width) + block("Options of every command", rowsOf(program.options), width) +
-         block("Exit status", exitStatuses(), width) + settingsBlock(width);
+         commandList(program, "", width) + block(tr("Options of every command"), rowsOf(program.options), width) +
+         block(tr("Exit status"), exitStatuses(), width) + settingsBlock(width);
 }
 
 std::string commandHelp(const CommandGuide& program, const CommandGuide& command, std::size_t width) {
-  std::string text = foldedParagraph(command.text, width) + "\nUsage\n  " + usageOf(command) + '\n';
+  std::string text = foldedParagraph(command.text, width) + "\n" + tr("Usage") + "\n  " + usageOf(command) + '\n';
   Rows words;
   for (const CommandGuide& word : command.words) { words.emplace_back(word.name(), word.text); }
-  text += block("Words", words, width) + block("What it takes", rowsOf(command.places), width) +
-          block("Options", rowsOf(command.options), width);
+  text += block(tr("Words"), words, width) + block(tr("What it takes"), rowsOf(command.places), width) +
+          block(tr("Options"), rowsOf(command.options), width);
   for (const std::string& paragraph : command.paragraphs()) { text += '\n' + foldedParagraph(paragraph, width); }
   const auto examples = command.exampleLines();
-  if (!examples.empty()) { text += examples.size() == 1 ? "\nExample\n" : "\nExamples\n"; }
+  if (!examples.empty()) { text += '\n' + trn("Example", "Examples", examples.size()) + '\n'; }
   for (const std::string& example : examples) { text += "  " + example + '\n'; }
-  return text + block("Options of every command", rowsOf(program.options), width);
+  return text + block(tr("Options of every command"), rowsOf(program.options), width);
 }
 
 }  // namespace
 
 const Rows& exitStatuses() {
-  static const Rows kRows{{"0", "done"},
-                          {"1", "the work failed; the reason is on the error stream"},
-                          {"2", "the words of the command line were off"}};
+  static const Rows kRows{{"0", tr("done")},
+                          {"1", tr("the work failed; the reason is on the error stream")},
+                          {"2", tr("the words of the command line were off")}};
   return kRows;
 }
 
@@ -89,13 +91,13 @@ std::string meaningOf(const WordGuide& word) {
   if (!word.choices.empty() && word.value != fmt::format("{}", fmt::join(word.choices, "|"))) {
     text += fmt::format(": {}", fmt::join(word.choices, ", "));
   }
-  return word.standard.empty() ? text : fmt::format("{} (default: {})", text, word.standard);
+  return word.standard.empty() ? text : tr("{} (default: {})", text, word.standard);
 }
 
 std::string usageOf(const CommandGuide& command) {
   std::string usage = command.typed();
-  if (!command.words.empty()) { usage += command.needsWord ? " WORD …" : " [WORD …]"; }
-  if (!command.options.empty()) { usage += " [OPTIONS]"; }
+  if (!command.words.empty()) { usage += command.needsWord ? tr(" WORD …") : tr(" [WORD …]"); }
+  if (!command.options.empty()) { usage += tr(" [OPTIONS]"); }
   for (const WordGuide& place : command.places) { usage += " " + place.shown(); }
   return usage;
 }

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::host {
@@ -139,7 +140,7 @@ Status OutputFile::startInPlace(int flags) {
 Status OutputFile::write(std::string_view bytes) {
   while (!bytes.empty()) {
     if (m_interruption && Interruption::flag()) {
-      return failure(ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
+      return failure(ErrorCode::kInterrupted, tr("{} was left as it is: stopped.", m_path));
     }
     const ssize_t count = ::write(descriptor(), bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) { continue; }
@@ -156,9 +157,7 @@ Status OutputFile::finish() {
     return ::close(std::exchange(m_descriptor, -1)) == 0 ? Status() : failed(errno);
   }
   if (const int error = m_draft->finish(); error != 0) { return failed(error); }
-  if (Interruption::flag()) {
-    return failure(ErrorCode::kInterrupted, fmt::format("{} was left as it is: stopped.", m_path));
-  }
+  if (Interruption::flag()) { return failure(ErrorCode::kInterrupted, tr("{} was left as it is: stopped.", m_path)); }
   if (const int error = m_draft->publish(m_name, store::DraftEntry::Existing::kIsReplaced); error != 0) {
     return failed(error);
   }
@@ -168,14 +167,15 @@ Status OutputFile::finish() {
 
 Failed OutputFile::failed(int error) const {
   const ErrorCode code = codeOf(error);
-  const char* remedy = code == ErrorCode::kFull ? "make room, or name another place" : "name another file";
-  return failure(code, fmt::format("{} cannot be written: {}; {}.", m_path, systemReason(error), remedy));
+  const std::string remedy =
+      code == ErrorCode::kFull ? tr("make room, or name another place") : tr("name another file");
+  return failure(code, tr("{} cannot be written: {}; {}.", m_path, systemReason(error), remedy));
 }
 
 Status writeOutput(const std::string& file, std::string_view text, std::ostream& standardOutput) {
   if (file == "-") {
     standardOutput << text << std::flush;
-    return standardOutput ? Status() : failure(ErrorCode::kIo, "The standard output cannot be written.");
+    return standardOutput ? Status() : failure(ErrorCode::kIo, tr("The standard output cannot be written."));
   }
   ORLOCAL_TRY(const auto output, OutputFile::open(file));
   ORLOCAL_CHECK(output->write(text));

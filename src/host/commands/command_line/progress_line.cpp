@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
+
 namespace orlocal::host {
 namespace {
 
@@ -25,7 +27,7 @@ void ProgressLine::announce(const std::string& text) {
 }
 
 void ProgressLine::update(std::size_t done, std::size_t all) {
-  if (all > 0 && isTime()) { show(fmt::format("{} of {} ({}%)", done, all, done * 100 / all)); }
+  if (all > 0 && isTime()) { show(tr("{} of {} ({}%)", done, all, done * 100 / all)); }
 }
 
 void ProgressLine::tell(const std::string& text) {

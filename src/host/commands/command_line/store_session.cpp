@@ -13,6 +13,7 @@
 #include <fmt/ranges.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "store/location.h"
 
@@ -78,7 +79,7 @@ Result<std::shared_ptr<store::CalendarStore>> emptyStore() {
   std::error_code error;
   std::string folder = (std::filesystem::temp_directory_path(error) / "orlocal-trial-XXXXXX").string();
   if (error || ::mkdtemp(folder.data()) == nullptr) {
-    return failure(ErrorCode::kIo, fmt::format("There is no room for a trial in {}: {}", folder, systemReason(errno)));
+    return failure(ErrorCode::kIo, tr("There is no room for a trial in {}: {}", folder, systemReason(errno)));
   }
   ORLOCAL_TRY(store::StoreOptions options, store::userStoreOptions(store::Zone::ofUser()));
   options.file = std::filesystem::path(folder) / "calendar.db";
@@ -97,9 +98,8 @@ Result<std::unique_ptr<store::CalendarStore>> openUserStore(const store::Zone& v
   // A name that leads nowhere is found out by this; everything else about a file the store knows better.
   std::error_code error;
   if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found) {
-    return failure(
-        ErrorCode::kNotFound,
-        fmt::format("There is no calendar store at {}; `orlocal import` or `orlocal new` makes one.", file.string()));
+    return failure(ErrorCode::kNotFound,
+                   tr("There is no calendar store at {}; `orlocal import` or `orlocal new` makes one.", file.string()));
   }
   return opened(viewer);
 }
@@ -140,8 +140,8 @@ Result<std::vector<store::Calendar>> calendarsTitled(store::CalendarStore& store
   for (const std::string& name : names) {
     const std::vector<std::size_t> places = placesOf(name, all, sources);
     if (places.empty()) {
-      return failure(ErrorCode::kNotFound, fmt::format("There is no calendar or reminder list \"{}\"; there are {}.",
-                                                       name, namesOf(all, sources)));
+      return failure(ErrorCode::kNotFound,
+                     tr("There is no calendar or reminder list \"{}\"; there are {}.", name, namesOf(all, sources)));
     }
     for (const std::size_t place : places) { meant[place] = true; }
   }
@@ -161,21 +161,20 @@ Result<store::Calendar> theCalendar(store::CalendarStore& store, const std::stri
   }
   if (named.size() == 1) { return named.front(); }
   if (named.empty()) {
-    return failure(ErrorCode::kInvalid,
-                   fmt::format("No \"{}\" holds {}.", name, *kind == store::ItemKind::kEvent ? "events" : "reminders"));
+    return failure(ErrorCode::kInvalid, *kind == store::ItemKind::kEvent ? tr("No \"{}\" holds events.", name)
+                                                                         : tr("No \"{}\" holds reminders.", name));
   }
   ORLOCAL_TRY(const Sources sources, Sources::of(store));
   std::vector<std::string> words;
   for (const store::Calendar& each : named) {
     words.push_back(fmt::format("{} ({}; {})", each.identifier,
-                                each.kind == store::CalendarKind::kReminders ? "reminders" : "events",
+                                each.kind == store::CalendarKind::kReminders ? tr("reminders") : tr("events"),
                                 sources.titleOf(each)));
   }
-  return failure(
-      ErrorCode::kRefused,
-      fmt::format("There are {} calendars \"{}\"; name one by its identifier, or by its account as in "
-                  "\"{} ({})\": {}.",
-                  named.size(), name, named.front().title, sources.titleOf(named.front()), fmt::join(words, ", ")));
+  return failure(ErrorCode::kRefused,
+                 tr("There are {} calendars \"{}\"; name one by its identifier, or by its account as in "
+                    "\"{} ({})\": {}.",
+                    named.size(), name, named.front().title, sources.titleOf(named.front()), fmt::join(words, ", ")));
 }
 
 }  // namespace orlocal::host

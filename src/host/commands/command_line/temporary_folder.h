@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "base/result.h"
+#include "base/translation.h"
 
 namespace orlocal::host {
 
@@ -24,7 +25,7 @@ class TemporaryFolder {
     std::error_code error;
     std::string name = (std::filesystem::temp_directory_path(error) / "orlocal-test-XXXXXX").string();
     if (error || ::mkdtemp(name.data()) == nullptr) {
-      return failure(ErrorCode::kIo, "no temporary folder can be made in " + name);
+      return failure(ErrorCode::kIo, tr("no temporary folder can be made in {}", name));
     }
     m_path = name;
     return {};

@@ -9,6 +9,7 @@
 #include <fmt/ranges.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "host/commands/command_line/command_guide.h"
 #include "host/commands/command_line/nearest_word.h"
 
@@ -21,12 +22,12 @@ using Names = std::vector<std::string>;
 /// "add, list or show".
 std::string alternatives(const Names& names) {
   if (names.size() < 2) { return fmt::format("{}", fmt::join(names, "")); }
-  return fmt::format("{} or {}", fmt::join(names.begin(), names.end() - 1, ", "), names.back());
+  return tr("{} or {}", fmt::join(names.begin(), names.end() - 1, ", "), names.back());
 }
 
 std::string suggestion(std::string_view word, const Names& known) {
   const auto nearest = nearestWord(word, known);
-  return nearest ? fmt::format("; did you mean \"{}\"?", *nearest) : ".";
+  return nearest ? tr("; did you mean \"{}\"?", *nearest) : ".";
 }
 
 Names wordsAfter(const CommandGuide& command) {
@@ -43,9 +44,9 @@ class Diagnosis {
   std::string ofUnknown(const std::string& word) const {
     if (word.size() > 1 && word.starts_with('-')) { return ofUnknownOption(word.substr(0, word.find('='))); }
     const Names words = wordsAfter(m_command);
-    if (words.empty()) { return fmt::format("\"{}\" is one word too many{}.", word, here()); }
-    const std::string_view what = m_command.path.empty() ? "command " : "";
-    return fmt::format("There is no {}\"{}\"{}{}", what, word, here(), suggestion(word, words));
+    if (words.empty()) { return tr("\"{}\" is one word too many{}.", word, here()); }
+    return m_command.path.empty() ? tr("There is no command \"{}\"{}", word, suggestion(word, words))
+                                  : tr("There is no \"{}\"{}{}", word, here(), suggestion(word, words));
   }
 
   std::string ofError(const CLI::ParseError& error) const {
@@ -54,30 +55,29 @@ class Diagnosis {
     if (word == nullptr) {
       const Names words = wordsAfter(m_command);
       if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !words.empty()) {
-        return fmt::format("A word is missing{}: {}.", here(), alternatives(words));
+        return tr("A word is missing{}: {}.", here(), alternatives(words));
       }
       return fmt::format("{}.", said);
     }
     const std::string name = nameOf(*word);
-    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) { return fmt::format("{} is missing.", name); }
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) { return tr("{} is missing.", name); }
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
-      return said.ends_with("missing") ? fmt::format("A value is missing after {}.", name)
-                                       : fmt::format("{} is given more than once.", name);
+      return said.ends_with("missing") ? tr("A value is missing after {}.", name)
+                                       : tr("{} is given more than once.", name);
     }
     if (dynamic_cast<const CLI::RequiresError*>(&error) != nullptr) {
-      return fmt::format("{} is given with {} only.", name, lastWordOf(said));
+      return tr("{} is given with {} only.", name, lastWordOf(said));
     }
     if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {
-      return fmt::format("{} and {} exclude each other.", name, lastWordOf(said));
+      return tr("{} and {} exclude each other.", name, lastWordOf(said));
     }
     if (dynamic_cast<const CLI::ConversionError*>(&error) != nullptr) {
-      return fmt::format("{} takes a number, and not \"{}\".", name, after(said, " = "));
+      return tr("{} takes a number, and not \"{}\".", name, after(said, " = "));
     }
     const std::string_view objection = after(said, ": ");
-    if (word->choices.empty()) { return fmt::format("{}: {}.", name, objection); }
+    if (word->choices.empty()) { return ofObjection(name, objection); }
     const std::string_view given = objection.substr(0, objection.rfind(" not in {"));
-    return fmt::format("{} is {}, and not \"{}\"{}", name, alternatives(word->choices), given,
-                       suggestion(given, word->choices));
+    return tr("{} is {}, and not \"{}\"{}", name, alternatives(word->choices), given, suggestion(given, word->choices));
   }
 
  private:
@@ -87,12 +87,21 @@ class Diagnosis {
     return word.choices.empty() ? word.value : inCapitals(word.names.front());
   }
   /// " after calendars new"; nothing where no command was named.
-  std::string here() const { return m_command.path.empty() ? "" : " after " + m_command.path; }
+  std::string here() const { return m_command.path.empty() ? "" : tr(" after {}", m_command.path); }
   static std::string_view after(std::string_view text, std::string_view mark) {
     const std::size_t at = text.find(mark);
     return at == std::string_view::npos ? text : text.substr(at + mark.size());
   }
   static std::string_view lastWordOf(std::string_view text) { return text.substr(text.rfind(' ') + 1); }
+
+  /// Our own checks object in the user's language; the library's has one sentence that people see.
+  static std::string ofObjection(const std::string& name, std::string_view objection) {
+    constexpr std::string_view kValue = "Value ", kRange = " not in range ";
+    const std::size_t range = objection.find(kRange);
+    if (!objection.starts_with(kValue) || range == objection.npos) { return fmt::format("{}: {}.", name, objection); }
+    return tr("{}: Value {} not in range {}.", name, objection.substr(kValue.size(), range - kValue.size()),
+              objection.substr(range + kRange.size()));
+  }
 
   std::string ofUnknownOption(const std::string& option) const {
     Names known;
@@ -101,7 +110,7 @@ class Diagnosis {
         known.insert(known.end(), word.names.begin(), word.names.end());
       }
     }
-    return fmt::format("There is no option \"{}\"{}{}", option, here(), suggestion(option, known));
+    return tr("There is no option \"{}\"{}{}", option, here(), suggestion(option, known));
   }
 
   /// The option or the word in its place whose name the library's sentence begins with; conversions have it later.
@@ -139,9 +148,8 @@ std::string usageSentence(const CLI::App& app, const CLI::ParseError& error) {
   const CommandGuide& command = named != nullptr ? *named : program;
   const Diagnosis diagnosis(program, command);
   const auto unknown = app.remaining(true);
-  return fmt::format("{} See `{} --help`.",
-                     unknown.empty() ? diagnosis.ofError(error) : diagnosis.ofUnknown(unknown.front()),
-                     command.typed());
+  return tr("{} See `{} --help`.", unknown.empty() ? diagnosis.ofError(error) : diagnosis.ofUnknown(unknown.front()),
+            command.typed());
 }
 
 }  // namespace orlocal::host

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/guide/completed_values.h"
 #include "host/commands/guide/completion_scripts.h"
@@ -65,10 +66,9 @@ void registerShells(CommandLine& line) {
       ->type_name("bash|zsh|fish")
       ->check(CLI::IsMember(names))
       ->required();
-  completion.footer(
-      "Where the program was installed, shells find it by themselves.\n"
-      "  orlocal completion bash > ~/.local/share/bash-completion/completions/orlocal\n"
-      "  orlocal completion fish > ~/.config/fish/completions/orlocal.fish");
+  completion.footer(tr("Where the program was installed, shells find it by themselves.\n") +
+                    "  orlocal completion bash > ~/.local/share/bash-completion/completions/orlocal\n  orlocal "
+                    "completion fish > ~/.config/fish/completions/orlocal.fish");
 }
 
 /// Nobody types these: the scripts do, and the build.

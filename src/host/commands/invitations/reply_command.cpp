@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/choosing/item_choice.h"
 #include "host/commands/command_line/command.h"
@@ -51,8 +52,8 @@ Result<std::vector<std::string>> knownAddresses() {
   auto addresses = ownAddresses();
   if (!addresses.empty()) { return addresses; }
   return failure(ErrorCode::kNotFound,
-                 "Nobody knows who you are: write your mail addresses into the settings, as \"addresses = "
-                 "you@example.org\" below [person]; `orlocal settings` shows where.");
+                 tr("Nobody knows who you are: write your mail addresses into the settings, as \"addresses = "
+                    "you@example.org\" below [person]; `orlocal settings` shows where."));
 }
 
 /// An invitation that nobody has answered yet.
@@ -117,7 +118,7 @@ std::string organizerName(const store::Item& item) {
 }
 
 std::string dayAndTime(const Waiting& waiting, const store::Zone& viewer) {
-  if (!waiting.starts) { return "no date"; }
+  if (!waiting.starts) { return tr("no date"); }
   const store::LocalTime local = viewer.toLocal(*waiting.starts);
   const std::string day = shortDay(store::LocalDay(local));
   return waiting.allDay ? day : day + " " + clockTime(local);
@@ -147,10 +148,10 @@ Result<ExitStatus> listWaiting(const ReplyWords& words, CommandContext& context)
     printJson(list, out);
     return ExitStatus::kDone;
   }
-  if (waiting.empty()) { out << "No invitation waits for an answer.\n"; }
+  if (waiting.empty()) { out << tr("No invitation waits for an answer.\n"); }
   for (const Waiting& each : waiting) {
-    out << fmt::format("{}  {}  {}, from {}\n", shortIdentifier(*each.item), dayAndTime(each, viewer),
-                       printable(each.item->title.value_or("(no title)")), printable(organizerName(*each.item)));
+    out << tr("{}  {}  {}, from {}\n", shortIdentifier(*each.item), dayAndTime(each, viewer),
+              printable(each.item->title.value_or(tr("(no title)"))), printable(organizerName(*each.item)));
   }
   return ExitStatus::kDone;
 }
@@ -178,10 +179,11 @@ Result<ExitStatus> runAnswer(const ReplyWords& words, Attendee::Status status, C
   ORLOCAL_TRY(const auto original, originalOf(*store, chosen));
   const auto address = store::invitedUnder(*chosen.item, addresses);
   if (!address) {
-    const std::string own = addresses.size() == 1 ? addresses.front() : addresses.front() + " or your other addresses";
+    const std::string own =
+        addresses.size() == 1 ? addresses.front() : tr("{} or your other addresses", addresses.front());
     return failure(ErrorCode::kRefused,
-                   fmt::format("\"{}\" does not invite {}; `orlocal reply` lists what waits for your answer.",
-                               chosen.item->title.value_or(""), own));
+                   tr("\"{}\" does not invite {}; `orlocal reply` lists what waits for your answer.",
+                      chosen.item->title.value_or(""), own));
   }
   store::OwnAnswer answer{*address, status, std::nullopt};
   if (!words.comment.empty()) { answer.comment = words.comment; }
@@ -190,7 +192,7 @@ Result<ExitStatus> runAnswer(const ReplyWords& words, Attendee::Status status, C
     return writeOutput(words.file, message, context.streams.out);
   }));
   if (words.file != "-") {
-    context.streams.out << printable(fmt::format("{}: send it to {}", words.file, organizerName(*chosen.item))) << '\n';
+    context.streams.out << printable(tr("{}: send it to {}", words.file, organizerName(*chosen.item))) << '\n';
   }
   return ExitStatus::kDone;
 }
@@ -199,8 +201,8 @@ Result<ExitStatus> runReply(const ReplyWords& words, CommandContext& context) {
   const auto answer = chosenAnswer(words);
   if (answer && !words.what.empty()) { return runAnswer(words, *answer, context); }
   if (!answer && words.what.empty()) { return listWaiting(words, context); }
-  context.streams.err << (answer ? "orlocal: what is answered? `orlocal reply` lists what waits for an answer\n"
-                                 : "orlocal: what is the answer? --accept, --decline or --tentative\n");
+  context.streams.err << (answer ? tr("orlocal: what is answered? `orlocal reply` lists what waits for an answer\n")
+                                 : tr("orlocal: what is the answer? --accept, --decline or --tentative\n"));
   return ExitStatus::kUsage;
 }
 
@@ -210,11 +212,9 @@ void registerReplyCommand(CommandLine& line) {
   auto words = std::make_shared<ReplyWords>();
   CLI::App& command = line.add("reply", "Answer an invitation; without words, list those that wait for an answer.",
                                [words](CommandContext& context) { return runReply(*words, context); });
-  command.footer(
-      "The answer is kept in the store, and written as a calendar file for the organiser. Calendars of accounts send\n"
-      "it at the next sync; then the server tells the organiser.\n"
-      "  orlocal reply\n"
-      "  orlocal reply \"Quarterly review\" --accept -o answer.ics");
+  command.footer(tr("The answer is kept in the store, and written as a calendar file for the organiser. Calendars of "
+                    "accounts send\nit at the next sync; then the server tells the organiser.\n") +
+                 "  orlocal reply\n  orlocal reply \"Quarterly review\" --accept -o answer.ics");
   command.add_option("item", words->what, "The event or reminder: identifier, end of one, or title")
       ->type_name("ID|TITLE");
   CLI::Option* accept = command.add_flag("--accept", words->accept, "Come");

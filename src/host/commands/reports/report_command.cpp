@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/output_file.h"
@@ -79,14 +80,14 @@ Status writeCalendars(store::CalendarStore& store, const Report& report, const R
 
 Result<ExitStatus> runReport(const ReportWords& words, CommandContext& context) {
   if (words.html.empty() && words.csv.empty() && words.ics.empty()) {
-    context.streams.err << "orlocal: What shall be written? --html FILE, --csv FILE or --ics FILE.\n";
+    context.streams.err << tr("orlocal: What shall be written? --html FILE, --csv FILE or --ics FILE.\n");
     return ExitStatus::kUsage;
   }
   const store::Zone viewer = zoneAskedFor(words.zone);
   const DayRange days = daysOf(words, store::LocalDay(viewer.toLocal(store::now())));
   if (days.last < days.first) {
-    context.streams.err << fmt::format("orlocal: the last day {} lies before the first day {}\n", isoDay(days.last),
-                                       isoDay(days.first));
+    context.streams.err << tr("orlocal: the last day {} lies before the first day {}\n", isoDay(days.last),
+                              isoDay(days.first));
     return ExitStatus::kUsage;
   }
   ORLOCAL_TRY(const auto store, openUserStore(viewer));

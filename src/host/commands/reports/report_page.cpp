@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/commands/reports/html_text.h"
 #include "host/commands/reports/report.h"
 #include "host/commands/reports/report_style.h"
@@ -55,7 +56,7 @@ std::string entryItem(const Report::Entry& entry, std::string_view style) {
                                  fmt::format("{}; {}", colorStyle(shown.color), style));
   if (!shown.wholeDays) { html += fmt::format("<span class=\"at\">{}</span> ", clockTime(shown.start)); }
   html += fmt::format("<span class=\"title\">{}</span>", htmlText(shown.title));
-  if (shown.cancelled) { html += " (cancelled)"; }
+  if (shown.cancelled) { html += tr(" (cancelled)"); }
   html += "</summary><dl>";
   for (const CardLine& line : entry.card) {
     html += fmt::format("<dt>{}</dt><dd>{}</dd>", htmlText(line.label), linked(line.text));
@@ -87,7 +88,7 @@ class Page {
   }
   std::string weekTitle(LocalDay week) const {
     const std::string days = fmt::format("{} – {}", shortDay(week), shortDay(week + 6));
-    return m_report.firstWeekday == cctz::weekday::monday ? fmt::format("Week {}: {}", weekNumber(week), days) : days;
+    return m_report.firstWeekday == cctz::weekday::monday ? tr("Week {}: {}", weekNumber(week), days) : days;
   }
 
   /// "November 2026", "Mon 2 Nov 2026 – Sun 15 Nov 2026".
@@ -100,16 +101,15 @@ class Page {
   }
 
   void addHead() {
-    const std::string title = "Calendar: " + this->title();
+    const std::string title = tr("Calendar: {}", this->title());
     const LocalTime made = m_report.viewer.toLocal(m_report.made);
     m_html += fmt::format(
-        "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n"
+        "<!doctype html>\n<html lang=\"{}\">\n<head>\n<meta charset=\"utf-8\"/>\n"
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
         "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src 'unsafe-inline'\"/>\n"
-        "<title>{}</title>\n<style>{}</style>\n</head>\n<body>\n<header>\n<h1>{}</h1>\n<p>Times in {}, as of {} "
-        "{}</p>\n",
-        htmlText(title), kReportStyle, htmlText(title), htmlText(m_report.viewer.name()), shortDay(LocalDay(made)),
-        clockTime(made));
+        "<title>{}</title>\n<style>{}</style>\n</head>\n<body>\n<header>\n<h1>{}</h1>\n<p>{}</p>\n",
+        translated("en"), htmlText(title), kReportStyle, htmlText(title),
+        htmlText(tr("Times in {}, as of {} {}", m_report.viewer.name(), shortDay(LocalDay(made)), clockTime(made))));
     addKey();
     addWays();
     m_html += "</header>\n<main>\n";
@@ -119,7 +119,7 @@ class Page {
   void addKey() {
     std::map<std::string, std::optional<store::Rgb>> colors;
     for (const auto& entry : m_report.entries) { colors.emplace(entry.calendar, entry.shown.color); }
-    m_html += "<ul class=\"key\" aria-label=\"Calendars\">";
+    m_html += fmt::format("<ul class=\"key\" aria-label=\"{}\">", htmlText(tr("Calendars")));
     for (const auto& [calendar, color] : colors) {
       m_html += fmt::format("<li style=\"{}\">{}</li>", colorStyle(color), htmlText(calendar));
     }
@@ -127,7 +127,7 @@ class Page {
   }
 
   void addWays() {
-    m_html += "<nav aria-label=\"Months and weeks\"><ul>";
+    m_html += fmt::format("<nav aria-label=\"{}\"><ul>", htmlText(tr("Months and weeks")));
     for (LocalDay month(m_report.first.year(), m_report.first.month(), 1); month <= m_report.last;
          month = LocalDay(cctz::civil_month(month) + 1)) {
       m_html += fmt::format("<li><a href=\"#m{}\">{}</a></li>", isoDay(month), htmlText(monthTitle(month)));

@@ -1,5 +1,6 @@
 #include <string_view>
 
+#include "base/translation.h"
 #include "host/commands/reports/report.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/item_words.h"

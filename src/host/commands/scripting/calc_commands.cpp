@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "base/whole_input.h"
 #include "host/calc/calc_failure.h"
@@ -106,7 +107,7 @@ std::string objectionToAssignment(const std::string& words) {
     return std::isalnum(c) != 0 || c == '_' || c >= 0x80;
   });
   if (isName && name.size() < words.size()) { return ""; }
-  return fmt::format("\"{}\" sets no variable; write NAME=TEXT for $$NAME", words);
+  return tr("\"{}\" sets no variable; write NAME=TEXT for $$NAME", words);
 }
 
 /// The calculation that does it.
@@ -136,7 +137,7 @@ Result<ExitStatus> evaluateWords(CommandContext& context, const CalcWords& words
 
 Result<ExitStatus> runFile(CommandContext& context, const CalcWords& words) {
   const bool standard = words.file == "-";
-  const std::string name = standard ? "standard input" : words.file;
+  const std::string name = standard ? tr("standard input") : words.file;
   ORLOCAL_TRY(const std::string text, standard ? readWhole(context.streams.in, name) : readWholeFile(words.file));
   return printAll(context, words, name, readCalculations(text));
 }

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/calc/rendering.h"
 #include "host/commands/command_line/store_session.h"
@@ -53,7 +54,7 @@ class InterruptGuard {
 /// Scripts that the plug-in asked for: the console has none to run, so it tells of them.
 void tellScripts(std::ostream& out) {
   for (const ScriptStart& start : Registry::instance().takeScriptStarts()) {
-    const std::string parameter = start.parameter ? ", parameter " + start.parameter->utf8() : "";
+    const std::string parameter = start.parameter ? tr(", parameter {}", start.parameter->utf8()) : "";
     out << calc::harmless(
                fmt::format("script {} of {} asked for{}", toUtf8(start.script), toUtf8(start.file), parameter))
         << '\n';
@@ -67,7 +68,7 @@ void greet(CommandContext& context, Workbench& workbench) {
                                          Registry::instance().functions().size());
     }
   }
-  context.streams.out << "Type help for help.\n";
+  context.streams.out << tr("Type help for help.\n");
 }
 
 /// Titles of calendars and lists, as a calculation has them between quotes.

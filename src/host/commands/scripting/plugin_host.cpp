@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/trouble.h"
 #include "host/fmwrapper/call.h"
@@ -46,15 +47,14 @@ std::vector<std::filesystem::path> pluginPlaces(const std::string& programFile) 
 Result<std::filesystem::path> pluginFile(const GlobalOptions& options, const std::string& programFile) {
   if (options.plugin) {
     if (isThere(*options.plugin)) { return *options.plugin; }
-    return failure(ErrorCode::kNotFound, fmt::format("there is no plug-in {}", *options.plugin));
+    return failure(ErrorCode::kNotFound, tr("there is no plug-in {}", *options.plugin));
   }
   std::string sought;
   for (const std::filesystem::path& place : pluginPlaces(programFile)) {
     if (isThere(place)) { return place; }
-    sought += (sought.empty() ? "" : " and ") + place.string();
+    sought = sought.empty() ? place.string() : tr("{} and {}", sought, place.string());
   }
-  return failure(ErrorCode::kNotFound,
-                 fmt::format("there is no plug-in (looked for {}); name one with --plugin", sought));
+  return failure(ErrorCode::kNotFound, tr("there is no plug-in (looked for {}); name one with --plugin", sought));
 }
 
 std::vector<calc::Signature> PluginFunctions::signatures() const {
@@ -68,11 +68,11 @@ std::vector<calc::Signature> PluginFunctions::signatures() const {
 
 Result<Value> PluginFunctions::call(std::string_view name, std::span<const Value> arguments) {
   const std::shared_ptr<const RegisteredFunction> function = Registry::instance().function(toUtf16(name));
-  if (!function) { return failure(ErrorCode::kNotFound, fmt::format("{} is no longer registered", name)); }
+  if (!function) { return failure(ErrorCode::kNotFound, tr("{} is no longer registered", name)); }
   Result<Value> result = callFunction(*function, std::vector<Value>(arguments.begin(), arguments.end()));
   if (m_notes && result && result->utf8() == kErrorResult) {
     m_errors.push_back(
-        fmt::format("{} returned {}: {}", name, kErrorResult, lastError().value_or("no reason is known")));
+        fmt::format("{} returned {}: {}", name, kErrorResult, lastError().value_or(tr("no reason is known"))));
   }
   return result;
 }
@@ -91,18 +91,18 @@ Result<std::unique_ptr<Workbench>> Workbench::open(CommandContext& context, Need
   if (s_open) {
     return failure(
         ErrorCode::kInvalid,
-        "The plug-in is loaded in this process already, and a process has it once: type calculations as they "
-        "are, and give this command to a shell.");
+        tr("The plug-in is loaded in this process already, and a process has it once: type calculations as they "
+           "are, and give this command to a shell."));
   }
   const auto without = [] { return std::unique_ptr<Workbench>(new Workbench(nullptr)); };
   if (options.plugin == kNoPlugin) {
-    if (need == Need::kPlugin) { return failure(ErrorCode::kInvalid, "this command needs a plug-in"); }
+    if (need == Need::kPlugin) { return failure(ErrorCode::kInvalid, tr("this command needs a plug-in")); }
     return without();
   }
   const auto file = pluginFile(options, context.programFile);
   if (!file) {
     if (need == Need::kPlugin || options.plugin) { return failure(file.error()); }
-    tellTrouble(context.streams.err, file.error().message + "; going on without one");
+    tellTrouble(context.streams.err, tr("{}; going on without one", file.error().message));
     return without();
   }
   HostDescription host;

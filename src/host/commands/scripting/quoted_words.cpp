@@ -1,5 +1,7 @@
 #include "host/commands/scripting/quoted_words.h"
 
+#include "base/translation.h"
+
 namespace orlocal::host {
 
 Result<std::vector<std::string>> quotedWords(std::string_view text) {
@@ -23,7 +25,7 @@ Result<std::vector<std::string>> quotedWords(std::string_view text) {
       words.back() += c;
     }
   }
-  if (quote != '\0') { return failure(ErrorCode::kInvalid, "a quote is not closed"); }
+  if (quote != '\0') { return failure(ErrorCode::kInvalid, tr("a quote is not closed")); }
   return words;
 }
 

@@ -4,6 +4,7 @@
 #include <pugixml.hpp>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace orlocal::host {
 
@@ -39,12 +40,11 @@ Result<std::vector<StepParameter>> readStepDefinition(std::string_view xml) {
   const pugi::xml_parse_result read =
       document.load_buffer(xml.data(), xml.size(), pugi::parse_default, pugi::encoding_utf8);
   if (!read) {
-    return failure(ErrorCode::kInvalid,
-                   fmt::format("the definition is no XML: {} at byte {}", read.description(), read.offset));
+    return failure(ErrorCode::kInvalid, tr("the definition is no XML: {} at byte {}", read.description(), read.offset));
   }
   const pugi::xml_node root = document.document_element();
   if (!isNamed(root, "pluginstep")) {
-    return failure(ErrorCode::kInvalid, fmt::format("the definition begins with {}, not with pluginstep", root.name()));
+    return failure(ErrorCode::kInvalid, tr("the definition begins with {}, not with pluginstep", root.name()));
   }
   std::vector<StepParameter> parameters;
   for (const pugi::xml_node& element : root.children()) {

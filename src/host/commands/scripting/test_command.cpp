@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "base/whole_input.h"
 #include "host/calc/rendering.h"
@@ -48,7 +49,7 @@ class TestRun {
     if (!transcript) {
       return trouble(fmt::format("{}:{}", file, transcript.error().place.value_or(0)), transcript.error().message);
     }
-    if (transcript->examples.empty()) { return trouble(file, "it holds no calculation"); }
+    if (transcript->examples.empty()) { return trouble(file, tr("it holds no calculation")); }
     ORLOCAL_TRY(const TranscriptReport report, runTranscript(m_context, file, *transcript));
     for (const Verdict& verdict : report.verdicts) { take(file, verdict); }
     return report.trouble.empty() ? Status() : trouble(file, report.trouble);

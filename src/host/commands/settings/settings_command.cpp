@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/settings.h"
+#include "base/translation.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/settings/settings_commands.h"
@@ -19,7 +20,7 @@
 namespace orlocal::host {
 namespace {
 
-constexpr const char* kBuiltIn = "built in";
+constexpr const char* kBuiltIn = translatable("built in");
 
 /// A setting as it is in force.
 struct Shown {
@@ -84,23 +85,29 @@ nlohmann::json asJson(const std::vector<Shown>& all, const std::vector<std::stri
   return {{"files", files}, {"settings", settings}, {"problems", complaints}};
 }
 
+/// What holds where nobody set anything may be words of ours.
+std::string shownValue(const std::string& value, const std::string& origin) {
+  return origin == kBuiltIn ? translated(value) : value;
+}
+
 void print(const std::vector<Shown>& all, const Ink& ink, std::ostream& out) {
   for (const auto& file : Settings::filesOfUser()) {
     std::error_code error;
-    out << fmt::format("{}{}\n", printable(file.string()), std::filesystem::exists(file, error) ? "" : " (not there)");
+    out << fmt::format("{}{}\n", printable(file.string()),
+                       std::filesystem::exists(file, error) ? "" : tr(" (not there)"));
   }
   std::size_t names = 0;
   std::size_t values = 0;
   for (const auto& [row, value, origin] : all) {
     names = std::max(names, displayWidth(row->name));
-    values = std::max(values, std::min<std::size_t>(displayWidth(printable(value)), 32));
+    values = std::max(values, std::min<std::size_t>(displayWidth(printable(shownValue(value, origin))), 32));
   }
   std::string_view section;
   for (const auto& [row, value, origin] : all) {
     if (row->section != section) { out << '\n' << ink.bold(fmt::format("[{}]", row->section)) << '\n'; }
     section = row->section;
-    out << "  " << padded(row->name, names) << "  " << padded(printable(value), values) << "  "
-        << ink.dim(printable(origin)) << '\n';
+    out << "  " << padded(row->name, names) << "  " << padded(printable(shownValue(value, origin)), values) << "  "
+        << ink.dim(printable(translated(origin))) << '\n';
   }
 }
 
@@ -119,7 +126,8 @@ Result<ExitStatus> runSettings(CommandContext& context) {
 
 void registerSettingsCommand(CommandLine& line) {
   line.add("settings", "Show what is set, and where: options, environment, settings files.", runSettings)
-      .footer("Ends with status 1 when a settings file has lines that cannot be understood.\n  orlocal settings");
+      .footer(tr("Ends with status 1 when a settings file has lines that cannot be understood.\n") +
+              "  orlocal settings");
 }
 
 }  // namespace orlocal::host

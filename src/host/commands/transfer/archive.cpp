@@ -12,26 +12,27 @@
 #include <zlib.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::host {
 namespace {
 
 Failed damaged(const std::string& name, std::string_view why) {
-  return failure(ErrorCode::kInvalid, fmt::format("{} is damaged: {}; get it again", name, why));
+  return failure(ErrorCode::kInvalid, tr("{} is damaged: {}; get it again", name, why));
 }
 
 /// How far an archive may expand.
 Status checkSize(std::uint64_t expanded, std::uint64_t packed, const std::string& name, const ArchiveLimits& limits) {
   if (expanded > limits.expandedBytes) {
-    return failure(ErrorCode::kTooLarge, fmt::format("{} expands to more than {} MiB; unpack it and import its files",
-                                                     name, limits.expandedBytes >> 20U));
+    return failure(ErrorCode::kTooLarge, tr("{} expands to more than {} MiB; unpack it and import its files", name,
+                                            limits.expandedBytes >> 20U));
   }
   if (expanded > limits.freeBytes && expanded / limits.ratio > packed) {
     return failure(ErrorCode::kTooLarge,
-                   fmt::format("{} expands to more than {} times its size, as calendars do not; nothing in it was "
-                               "imported",
-                               name, limits.ratio));
+                   tr("{} expands to more than {} times its size, as calendars do not; nothing in it was "
+                      "imported",
+                      name, limits.ratio));
   }
   return {};
 }
@@ -80,7 +81,7 @@ Result<std::vector<Member>> membersOf(zip_t& archive, std::uint64_t packed, cons
   const auto count = static_cast<std::uint64_t>(std::max<zip_int64_t>(zip_get_num_entries(&archive, 0), 0));
   if (count > limits.members) {
     return failure(ErrorCode::kTooLarge,
-                   fmt::format("{} has more than {} files; unpack it and import its folder", name, limits.members));
+                   tr("{} has more than {} files; unpack it and import its folder", name, limits.members));
   }
   std::vector<Member> members;
   std::uint64_t expanded = 0;
@@ -89,7 +90,7 @@ Result<std::vector<Member>> membersOf(zip_t& archive, std::uint64_t packed, cons
     zip_stat_init(&about);
     constexpr zip_uint64_t kWanted = ZIP_STAT_NAME | ZIP_STAT_SIZE;
     if (zip_stat_index(&archive, i, 0, &about) != 0 || (about.valid & kWanted) != kWanted) {
-      return damaged(name, fmt::format("its file {} has no name or no size", i + 1));
+      return damaged(name, tr("its file {} has no name or no size", i + 1));
     }
     expanded = about.size > std::numeric_limits<std::uint64_t>::max() - expanded ? about.size : expanded + about.size;
     ORLOCAL_CHECK(checkSize(expanded, packed, name, limits));
@@ -104,7 +105,7 @@ Result<std::string> contentOf(zip_t& archive, const Member& member, const std::s
   if (file == nullptr) {
     const int code = zip_error_code_zip(zip_get_error(&archive));
     if (code == ZIP_ER_NOPASSWD || code == ZIP_ER_WRONGPASSWD) {
-      return failure(ErrorCode::kUnsupported, fmt::format("{} is encrypted; unpack it first", name));
+      return failure(ErrorCode::kUnsupported, tr("{} is encrypted; unpack it first", name));
     }
     return damaged(name, zip_strerror(&archive));
   }
@@ -116,10 +117,10 @@ Result<std::string> contentOf(zip_t& archive, const Member& member, const std::s
     const zip_int64_t count = zip_fread(file.get(), bytes.data() + before, kPiece);
     bytes.resize(before + static_cast<std::size_t>(std::max<zip_int64_t>(count, 0)));
     if (count < 0) { return damaged(name, zip_error_strerror(zip_file_get_error(file.get()))); }
-    if (bytes.size() > member.size) { return damaged(name, "it is larger than its archive says"); }
+    if (bytes.size() > member.size) { return damaged(name, tr("it is larger than its archive says")); }
     if (count == 0) { break; }
   }
-  if (bytes.size() != member.size) { return damaged(name, "it is smaller than its archive says"); }
+  if (bytes.size() != member.size) { return damaged(name, tr("it is smaller than its archive says")); }
   return bytes;
 }
 
@@ -159,12 +160,12 @@ Result<std::string> expandedGzip(std::string_view bytes, const std::string& name
   // Several files in one, as `cat a.gz b.gz` makes them, are their contents one after another.
   while (left.starts_with("\x1f\x8b")) {
     Inflation inflation;
-    if (!inflation.ready()) { return failure(ErrorCode::kIo, fmt::format("{} cannot be read: no memory", name)); }
+    if (!inflation.ready()) { return failure(ErrorCode::kIo, tr("{} cannot be read: no memory", name)); }
     z_stream& stream = inflation.stream();
     for (int code = Z_OK; code != Z_STREAM_END;) {
       if (stream.avail_in == 0) {
         const std::size_t piece = std::min(left.size(), kPiece);
-        if (piece == 0) { return damaged(name, "it ends early"); }
+        if (piece == 0) { return damaged(name, tr("it ends early")); }
         // zlib never writes there.
         stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(left.data()));  // NOLINT
         stream.avail_in = static_cast<uInt>(piece);
@@ -177,7 +178,7 @@ Result<std::string> expandedGzip(std::string_view bytes, const std::string& name
       code = inflate(&stream, Z_NO_FLUSH);
       text.resize(before + kPiece - stream.avail_out);
       if (code != Z_OK && code != Z_STREAM_END && code != Z_BUF_ERROR) {
-        return damaged(name, stream.msg != nullptr ? stream.msg : "it cannot be unpacked");
+        return damaged(name, stream.msg != nullptr ? stream.msg : tr("it cannot be unpacked"));
       }
       ORLOCAL_CHECK(checkSize(text.size(), bytes.size(), name, limits));
     }

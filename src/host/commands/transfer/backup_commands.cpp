@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -16,12 +17,10 @@
 namespace orlocal::host {
 namespace {
 
-std::string counted(std::int64_t count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 std::string contentOf(const store::CopiedStore& content) {
-  return counted(content.events, "event") + " and " + counted(content.reminders, "reminder");
+  const auto events = static_cast<std::size_t>(content.events), reminders = static_cast<std::size_t>(content.reminders);
+  return tr("{} and {}", trn("{} event", "{} events", events, events),
+            trn("{} reminder", "{} reminders", reminders, reminders));
 }
 
 Result<store::StoreOptions> userStore() { return store::userStoreOptions(store::Zone::ofUser()); }
@@ -30,20 +29,21 @@ Result<ExitStatus> runBackup(const std::string& file, bool replace, CommandConte
   ORLOCAL_TRY(const store::StoreOptions options, userStore());
   const auto existing = replace ? store::ExistingFile::kIsReplaced : store::ExistingFile::kIsRefused;
   ORLOCAL_TRY(const auto content, store::backUpStore(options.file, file, existing, options.busyTimeout));
-  context.streams.out << fmt::format("{}: {} of {}, {} bytes\n", printable(file), contentOf(content),
-                                     printable(options.file.string()), content.bytes);
+  context.streams.out << tr("{}: {} of {}, {} bytes\n", printable(file), contentOf(content),
+                            printable(options.file.string()), content.bytes);
   return ExitStatus::kDone;
 }
 
 Result<ExitStatus> runRestore(const std::string& file, CommandContext& context) {
   ORLOCAL_TRY(const store::StoreOptions options, userStore());
   ORLOCAL_TRY(const auto restored, store::restoreStore(options, file));
-  context.streams.out << fmt::format("{}: {} from {}", printable(options.file.string()), contentOf(restored.content),
-                                     printable(file));
+  context.streams.out << tr("{}: {} from {}", printable(options.file.string()), contentOf(restored.content),
+                            printable(file));
   if (restored.kept) {
-    context.streams.out << fmt::format("; what was there {} {}",
-                                       restored.keptUnread ? "could not be read and is, as it was, in" : "is in",
-                                       printable(restored.kept->string()));
+    const std::string kept = printable(restored.kept->string());
+    context.streams.out << (restored.keptUnread
+                                ? tr("; what was there could not be read and is, as it was, in {}", kept)
+                                : tr("; what was there is in {}", kept));
   }
   context.streams.out << '\n';
   return ExitStatus::kDone;
@@ -63,10 +63,9 @@ void registerBackupCommands(CommandLine& line) {
   auto source = std::make_shared<std::string>();
   CLI::App& restore = line.add("restore", "Put the content of a backup in place of that of the store.",
                                [source](CommandContext& context) { return runRestore(*source, context); });
-  restore.footer(
-      "The backup is checked first. What the store holds is kept in a file beside it, <store>.before-restore-<time>.\n"
-      "Other programs may go on: they show the restored content.\n"
-      "  orlocal restore calendars-monday.db");
+  restore.footer(tr("The backup is checked first. What the store holds is kept in a file beside it, "
+                    "<store>.before-restore-<time>.\nOther programs may go on: they show the restored content.\n") +
+                 "  orlocal restore calendars-monday.db");
   restore.add_option("file", *source, "The backup")->type_name("FILE")->required();
 }
 

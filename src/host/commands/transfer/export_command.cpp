@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/output_file.h"
@@ -20,6 +21,7 @@
 #include "host/commands/transfer/transfer_commands.h"
 #include "host/commands/words/day_range.h"
 #include "host/commands/words/day_words.h"
+#include "host/commands/words/listed_words.h"
 #include "store/contacts.h"
 #include "store/export.h"
 #include "store/time/clock.h"
@@ -44,7 +46,7 @@ Result<ExitStatus> writeTo(const std::string& file, std::ostream& standardOutput
     return write([&](std::string_view text) -> Status {
       standardOutput.write(text.data(), static_cast<std::streamsize>(text.size()));
       if (standardOutput) { return {}; }
-      return failure(ErrorCode::kIo, "The standard output cannot be written.");
+      return failure(ErrorCode::kIo, tr("The standard output cannot be written."));
     });
   }
   ORLOCAL_TRY(const auto output, OutputFile::open(file));
@@ -57,7 +59,7 @@ Result<std::string> folderAt(const std::string& path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
   if (error) {
-    return failure(ErrorCode::kIo, fmt::format("{} cannot be made: {}; name another folder.", path, error.message()));
+    return failure(ErrorCode::kIo, tr("{} cannot be made: {}; name another folder.", path, error.message()));
   }
   return path.ends_with('/') ? path : path + "/";
 }
@@ -65,11 +67,11 @@ Result<std::string> folderAt(const std::string& path) {
 /// What of a calendar no calendar file can say; empty when there is nothing.
 std::string lostMarks(const store::Calendar& calendar) {
   std::vector<std::string> lost;
-  if (calendar.subscribed) { lost.emplace_back("that it is subscribed (import --subscription)"); }
-  if (calendar.readOnly && !calendar.subscribed) { lost.emplace_back("that it is read-only (import --read-only)"); }
-  if (calendar.notes && !calendar.notes->empty()) { lost.emplace_back("its notes"); }
+  if (calendar.subscribed) { lost.emplace_back(tr("that it is subscribed (import --subscription)")); }
+  if (calendar.readOnly && !calendar.subscribed) { lost.emplace_back(tr("that it is read-only (import --read-only)")); }
+  if (calendar.notes && !calendar.notes->empty()) { lost.emplace_back(tr("its notes")); }
   if (lost.empty()) { return {}; }
-  return fmt::format("of \"{}\" the file does not say {}", calendar.title, fmt::join(lost, " and "));
+  return tr("of \"{}\" the file does not say {}", calendar.title, listed(lost));
 }
 
 class CalendarExport {
@@ -86,7 +88,7 @@ class CalendarExport {
       const auto first = from ? std::optional(from->first) : std::nullopt;
       const auto last = to ? std::optional(to->last) : std::nullopt;
       if (first && last && *last < *first) {
-        m_err << fmt::format("orlocal: the last day {} lies before the first day {}\n", isoDay(*last), isoDay(*first));
+        m_err << tr("orlocal: the last day {} lies before the first day {}\n", isoDay(*last), isoDay(*first));
         return ExitStatus::kUsage;
       }
       ORLOCAL_TRY(m_options.items, itemsWithin(m_store, calendars, viewer, first, last));
@@ -109,12 +111,12 @@ class CalendarExport {
     for (const store::Calendar& calendar : calendars) {
       ORLOCAL_TRY(const bool any, hasAnything({calendar}));
       if (!any) {
-        tell(fmt::format("\"{}\" has nothing to write and was left out", calendar.title));
+        tell(tr("\"{}\" has nothing to write and was left out", calendar.title));
         continue;
       }
       const std::string file = folder + names.take(calendar.title, ".ics");
       ORLOCAL_TRY(const std::size_t items, write(file, {calendar}));
-      m_out << printable(fmt::format("{}: {} {} of \"{}\"", file, items, items == 1 ? "item" : "items", calendar.title))
+      m_out << printable(trn("{}: {} item of \"{}\"", "{}: {} items of \"{}\"", items, file, items, calendar.title))
             << '\n';
     }
     return {};
@@ -169,9 +171,9 @@ Result<ExitStatus> runContactsExport(store::CalendarStore& store, const ExportWo
                 return ExitStatus::kDone;
               }));
   if (file != words.file) {
-    context.streams.out << printable(fmt::format("{}: {} {}", file, cards, cards == 1 ? "card" : "cards")) << '\n';
+    context.streams.out << printable(trn("{}: {} card", "{}: {} cards", cards, file, cards)) << '\n';
   }
-  if (cards == 0) { context.streams.err << "orlocal: There are no contacts; `orlocal import` takes vCards.\n"; }
+  if (cards == 0) { context.streams.err << tr("orlocal: There are no contacts; `orlocal import` takes vCards.\n"); }
   return status;
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "base/text.h"
+#include "base/translation.h"
 
 namespace orlocal::host {
 namespace {
@@ -19,33 +20,34 @@ struct Signature {
   FileKind kind = FileKind::kOther;
 };
 constexpr Signature kSignatures[] = {
-    {0, "PK\x03\x04"sv, "a zip archive", FileKind::kZip},
-    {0, "PK\x05\x06"sv, "an empty zip archive", FileKind::kZip},
-    {0, "\x1f\x8b"sv, "a gzip file", FileKind::kGzip},
-    {257, "ustar"sv, "a tar archive; unpack it first"},
-    {0, "BZh"sv, "a bzip2 file; unpack it first"},
+    {0, "PK\x03\x04"sv, translatable("a zip archive"), FileKind::kZip},
+    {0, "PK\x05\x06"sv, translatable("an empty zip archive"), FileKind::kZip},
+    {0, "\x1f\x8b"sv, translatable("a gzip file"), FileKind::kGzip},
+    {257, "ustar"sv, translatable("a tar archive; unpack it first")},
+    {0, "BZh"sv, translatable("a bzip2 file; unpack it first")},
     {0,
      "\xfd"
      "7zXZ\0"sv,
-     "an xz file; unpack it first"},
-    {0, "\x28\xb5\x2f\xfd"sv, "a zstd file; unpack it first"},
-    {0, "7z\xbc\xaf\x27\x1c"sv, "a 7z archive; unpack it first"},
-    {0, "Rar!\x1a\x07"sv, "a rar archive; unpack it first"},
+     translatable("an xz file; unpack it first")},
+    {0, "\x28\xb5\x2f\xfd"sv, translatable("a zstd file; unpack it first")},
+    {0, "7z\xbc\xaf\x27\x1c"sv, translatable("a 7z archive; unpack it first")},
+    {0, "Rar!\x1a\x07"sv, translatable("a rar archive; unpack it first")},
     {0,
      "\x7f"
      "ELF"sv,
-     "a program (ELF)"},
-    {0, "MZ"sv, "a program (Windows)"},
-    {0, "#!"sv, "a script"},
-    {0, "%PDF-"sv, "a PDF document"},
-    {0, "{\\rtf"sv, "an RTF document"},
-    {0, "\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1"sv, "an Office document or an Outlook message; save it as .ics"},
-    {0, "\x21\x42\x44\x4e"sv, "an Outlook data file (.pst); export its calendar as .ics"},
-    {0, "\x89PNG\r\n\x1a\n"sv, "a picture (PNG)"},
-    {0, "\xff\xd8\xff"sv, "a picture (JPEG)"},
-    {0, "GIF8"sv, "a picture (GIF)"},
-    {8, "WEBP"sv, "a picture (WebP)"},
-    {0, "SQLite format 3\0"sv, "a SQLite database; a backup of ours comes back by `orlocal restore`"},
+     translatable("a program (ELF)")},
+    {0, "MZ"sv, translatable("a program (Windows)")},
+    {0, "#!"sv, translatable("a script")},
+    {0, "%PDF-"sv, translatable("a PDF document")},
+    {0, "{\\rtf"sv, translatable("an RTF document")},
+    {0, "\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1"sv,
+     translatable("an Office document or an Outlook message; save it as .ics")},
+    {0, "\x21\x42\x44\x4e"sv, translatable("an Outlook data file (.pst); export its calendar as .ics")},
+    {0, "\x89PNG\r\n\x1a\n"sv, translatable("a picture (PNG)")},
+    {0, "\xff\xd8\xff"sv, translatable("a picture (JPEG)")},
+    {0, "GIF8"sv, translatable("a picture (GIF)")},
+    {8, "WEBP"sv, translatable("a picture (WebP)")},
+    {0, "SQLite format 3\0"sv, translatable("a SQLite database; a backup of ours comes back by `orlocal restore`")},
 };
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -77,23 +79,25 @@ std::string plainText(std::string_view bytes) {
 
 std::string_view lookOfText(std::string_view text) {
   const std::string_view begin = trimmed(text, " \t\r\n");
-  if (begin.empty()) { return "a file of blanks"; }
+  if (begin.empty()) { return translatable("a file of blanks"); }
   for (const std::string_view tag : {"<!DOCTYPE html"sv, "<html"sv, "<head"sv, "<body"sv}) {
-    if (startsNoCase(begin, tag)) { return "a web page (HTML), perhaps a login page; get the calendar's own address"; }
+    if (startsNoCase(begin, tag)) {
+      return translatable("a web page (HTML), perhaps a login page; get the calendar's own address");
+    }
   }
-  if (begin.front() == '<') { return "XML or HTML"; }
+  if (begin.front() == '<') { return translatable("XML or HTML"); }
   if (begin.front() == '{' || begin.front() == '[') { return "JSON"; }
   if (startsNoCase(begin, "From ") || startsNoCase(begin, "Received:") || startsNoCase(begin, "Return-Path:") ||
       startsNoCase(begin, "MIME-Version:")) {
-    return "a mail message; save the calendar that is attached to it";
+    return translatable("a mail message; save the calendar that is attached to it");
   }
-  return "text of another kind";
+  return translatable("text of another kind");
 }
 
 }  // namespace
 
 RecognisedFile recognised(std::string_view bytes) {
-  if (bytes.empty()) { return {FileKind::kOther, "an empty file"}; }
+  if (bytes.empty()) { return {FileKind::kOther, translatable("an empty file")}; }
   const auto* found = std::ranges::find_if(kSignatures, [&](const Signature& signature) {
     return bytes.size() >= signature.at && bytes.substr(signature.at).starts_with(signature.bytes);
   });
@@ -107,10 +111,12 @@ RecognisedFile recognised(std::string_view bytes) {
     text.remove_prefix(kByteOrderMark.size());
   }
   const std::string_view component = firstComponent(text);
-  if (startsNoCase(component, "VCARD")) { return {FileKind::kCards, "address cards (vCard)"}; }
+  if (startsNoCase(component, "VCARD")) { return {FileKind::kCards, translatable("address cards (vCard)")}; }
   // What is larger than the look is for the reader to judge.
-  if (!component.empty() || bytes.size() > kLook) { return {FileKind::kCalendar, "a calendar file"}; }
-  if (text.substr(0, 4096).find('\0') != std::string_view::npos) { return {FileKind::kOther, "binary data"}; }
+  if (!component.empty() || bytes.size() > kLook) { return {FileKind::kCalendar, translatable("a calendar file")}; }
+  if (text.substr(0, 4096).find('\0') != std::string_view::npos) {
+    return {FileKind::kOther, translatable("binary data")};
+  }
   return {FileKind::kOther, std::string(lookOfText(text))};
 }
 

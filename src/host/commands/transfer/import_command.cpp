@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/interruption.h"
@@ -40,21 +41,23 @@ struct ImportWords {
 /// What a command takes.
 enum class Takes { kBoth, kCalendars, kCards };
 
-constexpr const char* wordsFor(Takes takes) {
+std::string wordsFor(Takes takes) {
   switch (takes) {
     case Takes::kCalendars:
-      return "no calendar file";
+      return tr("no calendar file");
     case Takes::kCards:
-      return "no file of address cards";
+      return tr("no file of address cards");
     case Takes::kBoth:
       break;
   }
-  return "neither a calendar file nor address cards";
+  return tr("neither a calendar file nor address cards");
 }
 
 std::string remedyFor(Takes takes, FileKind kind) {
-  if (takes == Takes::kCalendars && kind == FileKind::kCards) { return "; import it without words about calendars"; }
-  if (takes == Takes::kCards && kind == FileKind::kCalendar) { return "; `orlocal import` takes it"; }
+  if (takes == Takes::kCalendars && kind == FileKind::kCards) {
+    return tr("; import it without words about calendars");
+  }
+  if (takes == Takes::kCards && kind == FileKind::kCalendar) { return tr("; `orlocal import` takes it"); }
   return "";
 }
 
@@ -72,8 +75,8 @@ class ImportRun {
     const Interruption interruption;
     InputOptions options;
     options.readingLongFile = [&](const std::string& file) {
-      ProgressLine(m_context.streams.err, m_context.streams.errIsTerminal, "Importing " + printable(file))
-          .announce("reading");
+      ProgressLine(m_context.streams.err, m_context.streams.errIsTerminal, tr("Importing {}", printable(file)))
+          .announce(tr("reading"));
     };
     for (const std::string& word : m_words.files) {
       m_taken = 0;
@@ -81,9 +84,7 @@ class ImportRun {
       const bool goesOn = visitInput(word, m_context.streams.in, options,
                                      [&](const std::string& name, auto file) { return take(name, std::move(file)); });
       if (!goesOn) { return m_reports.finish(); }
-      if (m_taken == 0 && !m_refused) {
-        refuse(word, fmt::format("{} has nothing in it that could be imported", word));
-      }
+      if (m_taken == 0 && !m_refused) { refuse(word, tr("{} has nothing in it that could be imported", word)); }
     }
     if (m_words.removesOthers()) { ORLOCAL_CHECK(removeOthers()); }
     return m_reports.finish();
@@ -104,11 +105,11 @@ class ImportRun {
     }
     if (!isTaken(m_takes, file->what.kind)) {
       if (file->found && !saysItIsACalendar(name)) {
-        m_reports.passOver(name, file->what.looksLike);
+        m_reports.passOver(name, translated(file->what.looksLike));
         return true;
       }
-      refuse(name, fmt::format("{} is {}: it looks like {}{}", name, wordsFor(m_takes), file->what.looksLike,
-                               remedyFor(m_takes, file->what.kind)));
+      refuse(name, tr("{} is {}: it looks like {}{}", name, wordsFor(m_takes), translated(file->what.looksLike),
+                      remedyFor(m_takes, file->what.kind)));
       return true;
     }
     ++m_taken;
@@ -132,7 +133,7 @@ class ImportRun {
   Result<store::ImportReport> import(const std::string& name, BroughtFile file) {
     ORLOCAL_TRY(store::CalendarStore* const store, openStore());
     if (file.what.kind == FileKind::kCards) { return store::importContactsText(*store, std::move(file.bytes), name); }
-    ProgressLine progress(m_context.streams.err, m_context.streams.errIsTerminal, "Importing " + printable(name));
+    ProgressLine progress(m_context.streams.err, m_context.streams.errIsTerminal, tr("Importing {}", printable(name)));
     store::ImportOptions options;
     options.progress = [&progress](std::size_t done, std::size_t all) { progress.update(done, all); };
     if (!m_words.calendar.empty()) { options.calendarTitle = m_words.calendar; }
@@ -148,7 +149,7 @@ class ImportRun {
   /// What could not be read whole may hold what is missed.
   Status removeOthers() {
     if (!m_wholly) {
-      m_reports.nothingRemoved("not everything could be read, so nothing was removed");
+      m_reports.nothingRemoved(tr("not everything could be read, so nothing was removed"));
       return {};
     }
     if (m_brought.empty()) { return {}; }
@@ -175,12 +176,13 @@ class ImportRun {
 
 Result<ExitStatus> runImport(const ImportWords& words, CommandContext& context) {
   if (words.prune && words.calendar.empty() && words.list.empty()) {
-    context.streams.err << "orlocal: --prune needs --calendar TITLE or --list TITLE: what the files do not hold is "
-                           "removed from there\n";
+    context.streams.err << tr(
+        "orlocal: --prune needs --calendar TITLE or --list TITLE: what the files do not hold is "
+        "removed from there\n");
     return ExitStatus::kUsage;
   }
   if (words.keep && !words.subscription) {
-    context.streams.err << "orlocal: --keep belongs to --subscription; nothing else removes what files lack\n";
+    context.streams.err << tr("orlocal: --keep belongs to --subscription; nothing else removes what files lack\n");
     return ExitStatus::kUsage;
   }
   return ImportRun(words, words.calendarsOnly() ? Takes::kCalendars : Takes::kBoth, context).run();
@@ -194,11 +196,10 @@ void registerImportCommands(CommandLine& line) {
       "import", "Read calendar files and address cards into the store; reading one again updates what it brought.",
       [words](CommandContext& context) { return runImport(*words, context); });
   import.footer(
-      "Folders are gone through, zip and gzip files are opened; what a file is shows by its content. Each file comes\n"
-      "in whole or not at all; what cannot be read in it is left out, listed with its line, and ends the command with\n"
-      "status 1. Invitations, answers and cancellations have their meaning.\n"
-      "  orlocal import work.ics --calendar Work\n"
-      "  orlocal import backup.zip colleagues.vcf --dry-run");
+      tr("Folders are gone through, zip and gzip files are opened; what a file is shows by its content. Each file "
+         "comes\nin whole or not at all; what cannot be read in it is left out, listed with its line, and ends the "
+         "command with\nstatus 1. Invitations, answers and cancellations have their meaning.\n") +
+      "  orlocal import work.ics --calendar Work\n  orlocal import backup.zip colleagues.vcf --dry-run");
   import.add_option("files", words->files, "Calendar files, address cards, folders, archives; - is the standard input")
       ->type_name("FILE")
       ->required();

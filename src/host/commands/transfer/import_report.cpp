@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/terminal_text.h"
 
@@ -14,10 +15,12 @@ namespace {
 
 /// A feed may say the same about each of its ten thousand items.
 constexpr std::size_t kMostWarnings = 20;
+constexpr std::size_t kOutcomeWidth = 8;
 
-constexpr std::string_view kOutcomes[] = {"new", "updated", "unchanged", "removed"};
+constexpr const char* kOutcomes[] = {translatable("new"), translatable("updated"), translatable("unchanged"),
+                                     translatable("removed")};
 
-std::string_view wordOf(store::ImportedItem::Outcome outcome) { return kOutcomes[static_cast<std::size_t>(outcome)]; }
+const char* wordOf(store::ImportedItem::Outcome outcome) { return kOutcomes[static_cast<std::size_t>(outcome)]; }
 
 nlohmann::json asJson(const std::vector<store::Problem>& problems) {
   nlohmann::json list = nlohmann::json::array();
@@ -41,7 +44,7 @@ std::string nameOf(const std::string& item, const std::string& uid) {
   return item.empty() && !uid.empty() ? "UID " + uid : item;
 }
 
-std::string placed(const std::string& file, const store::Problem& problem, const char* mark) {
+std::string placed(const std::string& file, const store::Problem& problem, const std::string& mark) {
   const std::string name = nameOf(problem.item, problem.uid);
   return printable(
       fmt::format("{}:{}: {}{}{}{}", file, problem.line, mark, name, name.empty() ? "" : ": ", problem.message));
@@ -71,7 +74,7 @@ void ImportReports::add(const std::string& file, const Result<store::ImportRepor
 void ImportReports::passOver(const std::string& file, const std::string& looksLike) {
   m_list.push_back({{"file", file}, {"passedOver", looksLike}});
   if (!m_context.options.json) {
-    m_context.streams.err << printable(fmt::format("{}: passed over: it looks like {}", file, looksLike)) << '\n';
+    m_context.streams.err << printable(tr("{}: passed over: it looks like {}", file, looksLike)) << '\n';
   }
 }
 
@@ -79,7 +82,7 @@ void ImportReports::removed(const std::vector<store::ImportedItem>& items) {
   m_list.push_back({{"removed", items.size()}, {"items", asJson(items)}});
   if (m_context.options.json) { return; }
   if (m_dryRun) { printItems(items); }
-  m_context.streams.out << fmt::format("removed: {}\n", items.size());
+  m_context.streams.out << tr("removed: {}\n", items.size());
 }
 
 void ImportReports::nothingRemoved(const std::string& why) {
@@ -91,7 +94,8 @@ void ImportReports::nothingRemoved(const std::string& why) {
 void ImportReports::printItems(const std::vector<store::ImportedItem>& items) {
   for (const auto& item : items) {
     if (item.outcome == store::ImportedItem::Outcome::kUnchanged) { continue; }
-    m_context.streams.out << printable(fmt::format("  {:<8} {}", wordOf(item.outcome), nameOf(item.item, item.uid)))
+    m_context.streams.out << printable("  " + padded(translated(wordOf(item.outcome)), kOutcomeWidth) + " " +
+                                       nameOf(item.item, item.uid))
                           << '\n';
   }
 }
@@ -99,21 +103,20 @@ void ImportReports::printItems(const std::vector<store::ImportedItem>& items) {
 void ImportReports::print(const std::string& file, const store::ImportReport& report) {
   auto& out = m_context.streams.out;
   auto& err = m_context.streams.err;
-  for (const auto& problem : report.problems) { err << placed(file, problem, "refused: ") << '\n'; }
+  for (const auto& problem : report.problems) { err << placed(file, problem, tr("refused: ")) << '\n'; }
   for (const auto& note : report.notes) { err << placed(file, note, "") << '\n'; }
   const std::size_t shown = std::min(report.warnings.size(), kMostWarnings);
-  for (std::size_t i = 0; i < shown; ++i) { err << placed(file, report.warnings[i], "warning: ") << '\n'; }
+  for (std::size_t i = 0; i < shown; ++i) { err << placed(file, report.warnings[i], tr("warning: ")) << '\n'; }
   if (report.warnings.size() > shown) {
-    err << fmt::format("{}: {} more warnings; --json lists them all\n", printable(file),
-                       report.warnings.size() - shown);
+    err << tr("{}: {} more warnings; --json lists them all\n", printable(file), report.warnings.size() - shown);
   }
   if (report.refused > 0 && !report.isMessage) {
-    err << fmt::format("{}: what was refused can be put right in the file; import it again then\n", printable(file));
+    err << tr("{}: what was refused can be put right in the file; import it again then\n", printable(file));
   }
   err.flush();
   if (m_dryRun) { printItems(report.items); }
-  out << fmt::format("{}: {} new, {} updated, {} unchanged, {} refused{}\n", printable(file), report.added,
-                     report.updated, report.unchanged, report.refused, m_dryRun ? " (nothing was written)" : "");
+  out << tr("{}: {} new, {} updated, {} unchanged, {} refused{}\n", printable(file), report.added, report.updated,
+            report.unchanged, report.refused, m_dryRun ? tr(" (nothing was written)") : "");
   out.flush();
 }
 

@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include "base/system_reason.h"
+#include "base/translation.h"
 #include "base/whole_input.h"
 
 namespace orlocal::host {
@@ -20,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kStandardInput = "standard input";
+constexpr const char* kStandardInput = translatable("standard input");
 constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 /// Reading a file of this size takes so long that somebody who waits should hear of it.
 constexpr std::uintmax_t kLongFile = 8U << 20U;
@@ -32,7 +33,8 @@ class InputWalk {
 
   bool word(const std::string& word) {
     if (word == "-") {
-      return content(kStandardInput, readWhole(m_standardInput, kStandardInput, kLargestFile), false);
+      return content(translated(kStandardInput), readWhole(m_standardInput, translated(kStandardInput), kLargestFile),
+                     false);
     }
     std::error_code error;
     return fs::is_directory(word, error) ? folder(word) : file(word, false);
@@ -46,8 +48,8 @@ class InputWalk {
       if (!each->path().filename().native().starts_with('.')) { entries.push_back(*each); }
     }
     if (error) {
-      return m_visit(path, failure(ErrorCode::kIo,
-                                   fmt::format("{} cannot be read: {}", path.string(), systemReason(error.value()))));
+      return m_visit(path,
+                     failure(ErrorCode::kIo, tr("{} cannot be read: {}", path.string(), systemReason(error.value()))));
     }
     std::ranges::sort(entries, {}, [](const fs::directory_entry& entry) { return entry.path().native(); });
     return std::ranges::all_of(entries, [&](const fs::directory_entry& entry) {
@@ -100,7 +102,7 @@ class InputWalk {
     brought.what = recognised(brought.bytes);
     if (brought.what.kind == FileKind::kZip || brought.what.kind == FileKind::kGzip) {
       return m_visit(name, failure(ErrorCode::kUnsupported,
-                                   fmt::format("{} is an archive in an archive; unpack the outer one first", name)));
+                                   tr("{} is an archive in an archive; unpack the outer one first", name)));
     }
     return m_visit(name, std::move(brought));
   }

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "store/location.h"
@@ -17,10 +18,10 @@ Result<ExitStatus> salvageInto(const store::TextSink& sink, const std::vector<st
   ORLOCAL_TRY(const auto report, store::salvage(user.file, calendars, user.busyTimeout, sink));
   for (const std::string& line : report.notes) { err << "orlocal: " << printable(line) << '\n'; }
   if (report.complete()) {
-    err << fmt::format("orlocal: {} items were written; everything could be read\n", report.items);
+    err << tr("orlocal: {} items were written; everything could be read\n", report.items);
     return ExitStatus::kDone;
   }
-  err << fmt::format(
+  err << tr(
       "orlocal: {} items were written; not read: {} items, {} calendars, {} zones; without their calendar: {} items\n",
       report.items, report.unreadable, report.calendars, report.zones, report.withoutPlace);
   return ExitStatus::kFailed;

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -35,7 +36,7 @@ std::vector<store::CalendarId> idsOf(const std::vector<store::Calendar>& calenda
 
 AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar, const Agenda& agenda) {
   AgendaLine line;
-  line.title = printable(item.title.value_or("(no title)"));
+  line.title = printable(item.title.value_or(tr("(no title)")));
   line.cancelled = isCancelled(item);
   line.calendar = printable(agenda.names.name(calendar));
   line.place = printable(item.location.value_or(""));
@@ -44,7 +45,7 @@ AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar, con
 }
 
 void addMarks(AgendaLine& line, const store::Item& item) {
-  if (isTentative(item)) { line.title += " (tentative)"; }
+  if (isTentative(item)) { line.title += tr(" (tentative)"); }
   line.title += marksOf(item);
 }
 
@@ -75,10 +76,8 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const Age
   if (event.item->allDay()) {
     const LocalDay firstDay(viewer.toLocal(when.start));
     const LocalDay lastDay(viewer.toLocal(std::max(when.start, when.end - std::chrono::microseconds(1))));
-    line.time = "all day";
-    if (lastDay > firstDay) {
-      line.title += fmt::format(" (day {} of {})", day - firstDay + 1, lastDay - firstDay + 1);
-    }
+    line.time = tr("all day");
+    if (lastDay > firstDay) { line.title += tr(" (day {} of {})", day - firstDay + 1, lastDay - firstDay + 1); }
     addMarks(line, *event.item);
     return Placed{true, when.start, std::move(line)};
   }
@@ -86,7 +85,7 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const Age
   const bool beginsHere = when.start >= begin;
   const bool endsHere = when.end <= end;
   if (!beginsHere && when.end >= end) {
-    line.time = "all day";
+    line.time = tr("all day");
     return Placed{true, when.start, std::move(line)};
   }
   const std::string from = beginsHere ? clockTime(viewer.toLocal(when.start)) : "…";
@@ -157,7 +156,7 @@ std::map<LocalDay, std::vector<AgendaLine>> linesByDay(const Agenda& agenda) {
     const LocalTime due = viewer.toLocal(*reminder.due);
     const bool wholeDay = reminder.item->due->kind == store::CalendarTime::Kind::kDate;
     AgendaLine line = lineFor(reminder, agenda);
-    line.time = wholeDay ? "due" : "due " + clockTime(due);
+    line.time = wholeDay ? tr("due") : tr("due {}", clockTime(due));
     found[LocalDay(due)].push_back({wholeDay, *reminder.due, std::move(line)});
   }
   std::map<LocalDay, std::vector<AgendaLine>> lines;

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/json_text.h"
@@ -36,7 +37,7 @@ void printBlock(const std::string& heading, const std::vector<AgendaLine>& lines
   std::size_t titleWidth = 0;
   std::size_t calendarWidth = 0;
   for (const AgendaLine& line : lines) {
-    titles.push_back(line.cancelled && !ink.on() ? line.title + " (cancelled)" : line.title);
+    titles.push_back(line.cancelled && !ink.on() ? line.title + tr(" (cancelled)") : line.title);
     titleWidth = std::max(titleWidth, std::min(displayWidth(titles.back()), kWidestTitle));
     calendarWidth = std::max(calendarWidth, displayWidth(line.calendar));
   }
@@ -62,10 +63,12 @@ void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ost
     printBlock(heading, lines, ink, first, out);
     first = false;
   };
-  add("Overdue", linesOf(agenda.overdue, agenda));
-  for (const auto& [day, lines] : linesByDay(agenda)) { add(longDay(day) + (day == today ? " (today)" : ""), lines); }
-  add("No date", linesOf(agenda.undated, agenda));
-  if (first) { out << fmt::format("Nothing is planned from {} to {}.\n", isoDay(agenda.first), isoDay(agenda.last)); }
+  add(tr("Overdue"), linesOf(agenda.overdue, agenda));
+  for (const auto& [day, lines] : linesByDay(agenda)) {
+    add(longDay(day) + (day == today ? tr(" (today)") : ""), lines);
+  }
+  add(tr("No date"), linesOf(agenda.undated, agenda));
+  if (first) { out << tr("Nothing is planned from {} to {}.\n", isoDay(agenda.first), isoDay(agenda.last)); }
 }
 
 /// The days that were asked for: the named ones, the coming week without any.
@@ -83,8 +86,7 @@ Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) 
   const store::LocalDay today(viewer.toLocal(store::now()));
   const auto [first, last] = daysAskedFor(words, today);
   if (last < first) {
-    context.streams.err << fmt::format("orlocal: the last day {} lies before the first day {}\n", isoDay(last),
-                                       isoDay(first));
+    context.streams.err << tr("orlocal: the last day {} lies before the first day {}\n", isoDay(last), isoDay(first));
     return ExitStatus::kUsage;
   }
   ORLOCAL_TRY(const auto store, openUserStore(viewer));
@@ -92,7 +94,7 @@ Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) 
   if (context.options.json) {
     printJson(agendaJson(agenda), context.streams.out);
   } else {
-    if (!words.zone.empty()) { context.streams.out << fmt::format("Times in {}\n\n", viewer.name()); }
+    if (!words.zone.empty()) { context.streams.out << tr("Times in {}\n\n", viewer.name()); }
     print(agenda, today, Ink(context.streams.colors), context.streams.out);
   }
   return ExitStatus::kDone;

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/json_text.h"
@@ -22,11 +23,11 @@ struct TypeName {
   store::Source::Type type;
   const char* name;
 };
-constexpr TypeName kTypeNames[] = {{store::Source::Type::kLocal, "local"},
+constexpr TypeName kTypeNames[] = {{store::Source::Type::kLocal, translatable("local")},
                                    {store::Source::Type::kCalDav, "CalDAV"},
                                    {store::Source::Type::kExchange, "Exchange"},
-                                   {store::Source::Type::kSubscription, "subscription"},
-                                   {store::Source::Type::kBirthday, "birthdays"}};
+                                   {store::Source::Type::kSubscription, translatable("subscription")},
+                                   {store::Source::Type::kBirthday, translatable("birthdays")}};
 
 const char* nameOf(store::Source::Type type) {
   const auto* found = std::find_if(std::begin(kTypeNames), std::end(kTypeNames),
@@ -67,22 +68,22 @@ Result<std::vector<Listed>> listed(store::CalendarStore& store) {
 
 std::string notesOn(const Listed& row) {
   std::vector<std::string> notes;
-  if (row.isDefault) { notes.emplace_back("default"); }
-  if (row.calendar.subscribed) { notes.emplace_back("subscribed"); }
-  if (row.calendar.readOnly) { notes.emplace_back("read-only"); }
+  if (row.isDefault) { notes.emplace_back(tr("default")); }
+  if (row.calendar.subscribed) { notes.emplace_back(tr("subscribed")); }
+  if (row.calendar.readOnly) { notes.emplace_back(tr("read-only")); }
   return fmt::format("{}", fmt::join(notes, ", "));
 }
 
 const char* kindOf(const Listed& row) {
-  constexpr const char* kNames[] = {"events", "reminders", "both"};
+  constexpr const char* kNames[] = {translatable("events"), translatable("reminders"), translatable("both")};
   return kNames[static_cast<std::size_t>(row.calendar.kind)];
 }
 
 void printTable(const std::vector<Listed>& rows, const CalendarNames& names, const Ink& ink, std::ostream& out) {
-  std::vector<std::vector<std::string>> cells{{"TITLE", "HOLDS", "FROM", "COLOUR", ""}};
+  std::vector<std::vector<std::string>> cells{{tr("TITLE"), tr("HOLDS"), tr("FROM"), tr("COLOUR"), ""}};
   for (const Listed& row : rows) {
-    cells.push_back({printable(names.name(row.calendar)), kindOf(row), nameOf(row.calendar.type),
-                     colorText(row.calendar.color), notesOn(row)});
+    cells.push_back({printable(names.name(row.calendar)), translated(kindOf(row)),
+                     translated(nameOf(row.calendar.type)), colorText(row.calendar.color), notesOn(row)});
   }
   std::vector<std::size_t> widths(cells.front().size());
   for (const auto& row : cells) {

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/json_text.h"
@@ -59,7 +60,7 @@ Result<ExitStatus> runGrid(const GridWords& words, const GridView& view, Command
     printJson(agendaJson(agenda), streams.out);
     return ExitStatus::kDone;
   }
-  if (!words.zone.empty()) { streams.out << fmt::format("Times in {}\n\n", viewer.name()); }
+  if (!words.zone.empty()) { streams.out << tr("Times in {}\n\n", viewer.name()); }
   for (const std::string& line : view.draw(day, gridEntries(agenda), setting)) { streams.out << line << '\n'; }
   return ExitStatus::kDone;
 }
@@ -82,19 +83,21 @@ CLI::App& addGrid(CommandLine& line, const char* name, const char* description, 
 
 void registerGridCommands(CommandLine& line) {
   const auto month = std::make_shared<GridWords>();
-  CLI::App& ofMonth =
-      addGrid(line, "month",
-              "Show a month as a grid. Bars are whole days, ☐ is a reminder, ? tentative, × cancelled; ◂ marks today.",
-              "The month, or a day in it: november, 2026-11, 2027-01-31 (default: this month)", month,
-              {daysOfMonth, monthGrid});
+  CLI::App& ofMonth = addGrid(
+      line, "month",
+      translatable(
+          "Show a month as a grid. Bars are whole days, ☐ is a reminder, ? tentative, × cancelled; ◂ marks today."),
+      translatable("The month, or a day in it: november, 2026-11, 2027-01-31 (default: this month)"), month,
+      {daysOfMonth, monthGrid});
   ofMonth.footer("  orlocal month\n  orlocal month december --calendar Work");
   ofMonth.add_option("--lines", month->lines, "So many lines for a day; what does not fit is counted")
       ->type_name("N")
       ->check(CLI::Range(1, 100))
       ->capture_default_str();
   const auto week = std::make_shared<GridWords>();
-  addGrid(line, "week", "Show a week with its hours. Bars are whole days, ☐ is a reminder, ? tentative, × cancelled.",
-          "A day in it: tomorrow, +7, 2026-11-02 (default: this week)", week, {daysOfWeek, weekGrid})
+  addGrid(line, "week",
+          translatable("Show a week with its hours. Bars are whole days, ☐ is a reminder, ? tentative, × cancelled."),
+          translatable("A day in it: tomorrow, +7, 2026-11-02 (default: this week)"), week, {daysOfWeek, weekGrid})
       .footer("  orlocal week\n  orlocal week +7 --zone America/New_York");
 }
 

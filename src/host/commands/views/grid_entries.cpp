@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "base/translation.h"
 #include "host/commands/command_line/folded_text.h"
 #include "host/commands/words/item_words.h"
 
@@ -16,7 +17,7 @@ constexpr int kSecondsInDay = 86'400;
 
 GridEntry entryOf(const store::Item& item, const store::Calendar& calendar) {
   GridEntry entry;
-  entry.title = printable(item.title.value_or("(no title)"));
+  entry.title = printable(item.title.value_or(tr("(no title)")));
   if (isTentative(item)) { entry.title.insert(0, "? "); }
   entry.place = printable(item.location.value_or(""));
   entry.color = calendar.color;

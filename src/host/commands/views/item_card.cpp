@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/views/item_lines.h"
 #include "host/commands/views/next_occurrences.h"
@@ -23,8 +24,8 @@ using store::Zone;
 
 using Card = std::vector<CardLine>;
 
-void add(Card& card, const char* label, std::string text) {
-  if (!text.empty()) { card.push_back({label, std::move(text)}); }
+void add(Card& card, std::string label, std::string text) {
+  if (!text.empty()) { card.push_back({std::move(label), std::move(text)}); }
 }
 
 template <class Range, class Say>
@@ -41,22 +42,22 @@ std::string ownTimes(const Item& item, Moment start, Moment end, const Zone& vie
     return "";
   }
   const auto own = anchor->kind == CalendarTime::Kind::kUtc ? std::optional(Zone()) : Zone::named(anchor->zone);
-  if (!own) { return fmt::format("in the zone {}, which is not known here", anchor->zone); }
+  if (!own) { return tr("in the zone {}, which is not known here", anchor->zone); }
   const std::string there = spanWords(start, end, false, *own);
-  return there == spanWords(start, end, false, viewer) ? "" : fmt::format("{} in {}", there, own->name());
+  return there == spanWords(start, end, false, viewer) ? "" : tr("{} in {}", there, own->name());
 }
 
 std::string whenText(const ItemFacts& facts, const Zone& viewer) {
   const Item& item = facts.item;
   if (item.kind == store::ItemKind::kReminder) {
-    std::string text = item.due ? timeWords(*item.due, viewer) : "no date";
+    std::string text = item.due ? timeWords(*item.due, viewer) : tr("no date");
     if (item.due && item.due->kind != CalendarTime::Kind::kDate) {
       const Moment due = store::momentOf(*item.due, viewer);
       if (const auto own = ownTimes(item, due, due, viewer); !own.empty()) { text += "\n" + own; }
     }
     return text;
   }
-  if (!facts.occurrence) { return "never: its rule and exceptions leave no day"; }
+  if (!facts.occurrence) { return tr("never: its rule and exceptions leave no day"); }
   const auto& [start, end, original, row, event] = *facts.occurrence;
   std::string text = spanWords(start, end, item.allDay(), viewer);
   if (!item.allDay()) {
@@ -65,23 +66,24 @@ std::string whenText(const ItemFacts& facts, const Zone& viewer) {
       text += fmt::format("\n{}", lengthWords(std::chrono::floor<std::chrono::seconds>(end - start)));
     }
   }
-  if (original != start) { text += "\ninstead of " + spanWords(original, original, item.allDay(), viewer); }
+  if (original != start) { text += '\n' + tr("instead of {}", spanWords(original, original, item.allDay(), viewer)); }
   return text;
 }
 
 std::string changedText(const Item& changed, const Item& series, const Zone& viewer) {
   const Moment start = changed.start ? store::momentOf(*changed.start, viewer) : Moment();
   const Moment end = changed.end ? store::momentOf(*changed.end, viewer) : start;
-  std::string text = fmt::format("{}: {}", changed.recurrenceId ? timeWords(*changed.recurrenceId, viewer) : "",
-                                 isCancelled(changed) ? "cancelled" : spanWords(start, end, changed.allDay(), viewer));
+  std::string text =
+      fmt::format("{}: {}", changed.recurrenceId ? timeWords(*changed.recurrenceId, viewer) : "",
+                  isCancelled(changed) ? tr("cancelled") : spanWords(start, end, changed.allDay(), viewer));
   if (changed.title != series.title) { text += fmt::format(", \"{}\"", changed.title.value_or("")); }
-  if (changed.location != series.location) { text += fmt::format(", {}", changed.location.value_or("no place")); }
+  if (changed.location != series.location) { text += fmt::format(", {}", changed.location.value_or(tr("no place"))); }
   return text;
 }
 
 std::string attendeeText(const store::Attendee& attendee) {
   std::string text = personWords(attendee);
-  for (const std::string_view word : {answerWords(attendee.status), roleWords(attendee)}) {
+  for (const std::string& word : {answerWords(attendee.status), roleWords(attendee)}) {
     if (!word.empty()) { text += fmt::format(", {}", word); }
   }
   return text;
@@ -93,7 +95,7 @@ std::string minute(const std::optional<Moment>& moment, const Zone& viewer) {
 
 std::string conflictText(const std::vector<store::ConflictId>& ids) {
   return linesOf(ids, [](store::ConflictId id) {
-    return fmt::format("{}: changed here and on the server; orlocal conflicts shows both", id);
+    return tr("{}: changed here and on the server; orlocal conflicts shows both", id);
   });
 }
 
@@ -137,46 +139,45 @@ Card cardOf(const ItemFacts& facts, const CalendarNames& names, const Zone& view
   const bool event = item.kind == store::ItemKind::kEvent;
   const store::Calendar* calendar = names.calendar(item.calendar);
   Card card;
-  add(card, event ? "When" : "Due", whenText(facts, viewer));
-  if (!event && item.start) { add(card, "Starts", timeWords(*item.start, viewer)); }
+  add(card, event ? tr("When") : tr("Due"), whenText(facts, viewer));
+  if (!event && item.start) { add(card, tr("Starts"), timeWords(*item.start, viewer)); }
   if (!item.recurrence.empty()) {
-    add(card, "Repeats", recurrenceWords(item.recurrence, firstDayOf(item, viewer), viewer));
+    add(card, tr("Repeats"), recurrenceWords(item.recurrence, firstDayOf(item, viewer), viewer));
   }
-  add(card, "Next", linesOf(facts.next, [&](const store::Occurrence& each) {
+  add(card, tr("Next"), linesOf(facts.next, [&](const store::Occurrence& each) {
         return spanWords(each.start, each.end, item.allDay(), viewer);
       }));
   if (!item.series) {
-    add(card, "Changed", linesOf(facts.changed, [&](const Item& each) { return changedText(each, item, viewer); }));
+    add(card, tr("Changed"), linesOf(facts.changed, [&](const Item& each) { return changedText(each, item, viewer); }));
   }
-  add(card, "Place", item.location.value_or(""));
+  add(card, tr("Place"), item.location.value_or(""));
   if (calendar != nullptr) {
     const auto account = names.account(*calendar);
-    add(card, event ? "Calendar" : "List",
-        calendar->title + (account ? fmt::format(", of {}", *account) : "") +
-            (calendar->readOnly ? ", read-only" : ""));
+    add(card, event ? tr("Calendar") : tr("List"),
+        calendar->title + (account ? tr(", of {}", *account) : "") + (calendar->readOnly ? tr(", read-only") : ""));
   }
-  add(card, "Status", statusOf(item));
-  if (item.completed) { add(card, "Done", minute(item.completed, viewer)); }
-  add(card, "Categories", listed(categoriesOf(item)));
-  if (item.priority > 0) { add(card, "Priority", priorityWords(item.priority)); }
-  add(card, "Alarms",
+  add(card, tr("Status"), statusWords(item));
+  if (item.completed) { add(card, tr("Done"), minute(item.completed, viewer)); }
+  add(card, tr("Categories"), listed(categoriesOf(item)));
+  if (item.priority > 0) { add(card, tr("Priority"), priorityWords(item.priority)); }
+  add(card, tr("Alarms"),
       linesOf(item.alarms, [&](const store::Alarm& each) { return alarmWords(each, item.kind, viewer); }));
   std::vector<store::Attendee> attendees;
   for (const store::Attendee& each : item.attendees) {
     if (each.organizer) {
-      add(card, "Organizer", personWords(each));
+      add(card, tr("Organizer"), personWords(each));
     } else {
       attendees.push_back(each);
     }
   }
-  add(card, "Attendees", linesOf(attendees, attendeeText));
+  add(card, tr("Attendees"), linesOf(attendees, attendeeText));
   add(card, "URL", item.url.value_or(""));
-  add(card, "Notes", item.notes.value_or(""));
-  add(card, "Created", minute(item.created, viewer));
-  add(card, "Modified", minute(item.modified, viewer));
-  if (facts.unsent) { add(card, "Unsent", "changed here; the next orlocal sync carries it to the server"); }
-  add(card, "Conflict", conflictText(facts.conflicts));
-  add(card, "Identifier", event ? item.identifier : item.itemIdentifier);
+  add(card, tr("Notes"), item.notes.value_or(""));
+  add(card, tr("Created"), minute(item.created, viewer));
+  add(card, tr("Modified"), minute(item.modified, viewer));
+  if (facts.unsent) { add(card, tr("Unsent"), tr("changed here; the next orlocal sync carries it to the server")); }
+  add(card, tr("Conflict"), conflictText(facts.conflicts));
+  add(card, tr("Identifier"), event ? item.identifier : item.itemIdentifier);
   if (item.uid != item.itemIdentifier) { add(card, "UID", item.uid); }
   return card;
 }

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/item_words.h"
 
@@ -26,9 +27,9 @@ std::string marksOf(const store::Item& item) {
 }
 
 std::string shownTitle(const store::Item& item, const Ink& ink) {
-  const std::string title = printable(item.title.value_or("(no title)"));
-  if (isCancelled(item)) { return ink.on() ? ink.struck(title) : title + " (cancelled)"; }
-  return isTentative(item) ? title + " (tentative)" : title;
+  const std::string title = printable(item.title.value_or(tr("(no title)")));
+  if (isCancelled(item)) { return ink.on() ? ink.struck(title) : title + tr(" (cancelled)"); }
+  return isTentative(item) ? title + tr(" (tentative)") : title;
 }
 
 std::string spanWords(store::Moment start, store::Moment end, bool allDay, const store::Zone& viewer) {

@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/json_text.h"
@@ -32,10 +33,10 @@ struct BlockWord {
   const char* inJson;
 };
 /// In the order in which they are shown.
-constexpr BlockWord kBlocks[] = {{ReminderBlock::kOverdue, "Overdue", "overdue"},
-                                 {ReminderBlock::kToCome, "To come", "to come"},
-                                 {ReminderBlock::kUndated, "No date", "no date"},
-                                 {ReminderBlock::kDone, "Done", "done"}};
+constexpr BlockWord kBlocks[] = {{ReminderBlock::kOverdue, translatable("Overdue"), "overdue"},
+                                 {ReminderBlock::kToCome, translatable("To come"), "to come"},
+                                 {ReminderBlock::kUndated, translatable("No date"), "no date"},
+                                 {ReminderBlock::kDone, translatable("Done"), "done"}};
 
 using Items = std::vector<std::shared_ptr<const store::Item>>;
 
@@ -55,7 +56,7 @@ bool wants(const ReminderWords& words, ReminderBlock block) {
 }
 
 std::string whenWords(const store::Item& reminder, const store::Zone& viewer) {
-  if (reminder.completed) { return "done " + shortDay(store::LocalDay(viewer.toLocal(*reminder.completed))); }
+  if (reminder.completed) { return tr("done {}", shortDay(store::LocalDay(viewer.toLocal(*reminder.completed)))); }
   return reminder.due ? timeWords(*reminder.due, viewer) : "";
 }
 
@@ -75,7 +76,7 @@ void printBlocks(const std::vector<std::pair<BlockWord, Items>>& blocks, const C
     }
     constexpr std::size_t kWidestTitle = 44;
     titleWidth = std::min(titleWidth, kWidestTitle);
-    streams.out << (any ? "\n" : "") << ink.bold(word.heading) << '\n';
+    streams.out << (any ? "\n" : "") << ink.bold(translated(word.heading)) << '\n';
     for (std::size_t i = 0; i < items.size(); ++i) {
       const store::Calendar* list = names.calendar(items[i]->calendar);
       streams.out << "  " << (whenWidth > 0 ? padded(whens[i], whenWidth + 2) : "") << padded(titles[i], titleWidth)
@@ -83,7 +84,7 @@ void printBlocks(const std::vector<std::pair<BlockWord, Items>>& blocks, const C
     }
     any = true;
   }
-  if (!any) { streams.out << "There are no such reminders.\n"; }
+  if (!any) { streams.out << tr("There are no such reminders.\n"); }
 }
 
 Result<ExitStatus> runReminders(ReminderWords words, CommandContext& context) {

@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/folded_text.h"
@@ -34,8 +35,9 @@ struct SearchInput {
   bool events = false, reminders = false, rebuild = false;
 };
 
-/// By `SearchField`.
-constexpr const char* kFieldNames[] = {"title", "place", "people", "url", "notes"};
+/// By `SearchField`; to programs they are the English ones.
+constexpr const char* kFieldNames[] = {translatable("title"), translatable("place"), translatable("people"), "url",
+                                       translatable("notes")};
 
 struct Found {
   store::SearchHit hit;
@@ -66,11 +68,11 @@ void printFound(const std::vector<Found>& all, const CalendarNames& names, const
   for (const Found& found : all) {
     const store::Item& item = *found.item;
     const store::Calendar* calendar = names.calendar(item.calendar);
-    std::string when = "no date";
+    std::string when = tr("no date");
     if (found.when) {
       when = spanWords(found.when->start, found.when->end, item.allDay(), viewer);
     } else if (item.anchor()) {
-      when = item.due ? "due " + timeWords(*item.due, viewer) : timeWords(*item.anchor(), viewer);
+      when = item.due ? tr("due {}", timeWords(*item.due, viewer)) : timeWords(*item.anchor(), viewer);
     }
     const std::string rest = marksOf(item) + "  " + when + "  ";
     const std::string in = calendar != nullptr ? printable(names.name(*calendar)) : "";
@@ -81,8 +83,8 @@ void printFound(const std::vector<Found>& all, const CalendarNames& names, const
       if (field == SearchField::kTitle) { continue; }
       for (const std::string_view text : textsOf(item, field)) {
         if (!terms.placeIn(text)) { continue; }
-        const std::string name = fmt::format("    {}: ", kFieldNames[static_cast<std::size_t>(field)]);
-        streams.out << ink.dim(name) << excerpt(text, terms, width - name.size(), ink) << '\n';
+        const std::string name = fmt::format("    {}: ", translated(kFieldNames[static_cast<std::size_t>(field)]));
+        streams.out << ink.dim(name) << excerpt(text, terms, width - displayWidth(name), ink) << '\n';
         break;
       }
     }
@@ -91,7 +93,7 @@ void printFound(const std::vector<Found>& all, const CalendarNames& names, const
 
 Result<ExitStatus> runSearch(const SearchInput& input, CommandContext& context) {
   if (input.text.empty() && !input.rebuild) {
-    context.streams.err << "orlocal: write what to search for: orlocal search dentist\n";
+    context.streams.err << tr("orlocal: write what to search for: orlocal search dentist\n");
     return ExitStatus::kUsage;
   }
   const store::Zone viewer = store::Zone::ofUser();
@@ -99,7 +101,7 @@ Result<ExitStatus> runSearch(const SearchInput& input, CommandContext& context) 
   ORLOCAL_TRY(const auto store, openUserStore());
   if (input.rebuild) {
     ORLOCAL_CHECK(store->rebuildSearch());
-    context.streams.err << "orlocal: the index of words was made anew\n";
+    context.streams.err << tr("orlocal: the index of words was made anew\n");
     if (input.text.empty()) { return ExitStatus::kDone; }
   }
   store::SearchQuery query;
@@ -134,7 +136,7 @@ Result<ExitStatus> runSearch(const SearchInput& input, CommandContext& context) 
     }
     printJson(json, context.streams.out);
   } else if (all.empty()) {
-    context.streams.out << fmt::format("Nothing is found for \"{}\".\n", printable(query.text));
+    context.streams.out << tr("Nothing is found for \"{}\".\n", printable(query.text));
   } else {
     printFound(all, names, store::SearchTerms(query.text), viewer, context.streams);
   }

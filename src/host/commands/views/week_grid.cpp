@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/commands/command_line/folded_text.h"
 #include "host/commands/views/day_grids.h"
 #include "host/commands/words/date_locale.h"
@@ -102,7 +103,7 @@ std::string dayText(const std::vector<Block>& blocks, int row, std::size_t width
 std::string headOf(LocalDay first, const GridSetting& setting) {
   const LocalDay last = first + (static_cast<int>(kDaysInWeek) - 1);
   std::string head = shortDay(first) + " – " + shortDay(last);
-  if (setting.firstWeekday == cctz::weekday::monday) { head += fmt::format(", week {}", weekNumber(first)); }
+  if (setting.firstWeekday == cctz::weekday::monday) { head += tr(", week {}", weekNumber(first)); }
   return setting.ink.bold(head);
 }
 

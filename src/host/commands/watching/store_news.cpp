@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -22,14 +24,13 @@ constexpr std::size_t kKnownTitles = 100'000;
 
 struct ChangeWord {
   std::string_view change;
-  std::string_view atLineStart;
   std::vector<std::string> store::ChangedRecords::*records;
 };
 
 constexpr ChangeWord kChangeWords[] = {
-    {"new", "New", &store::ChangedRecords::inserted},
-    {"updated", "Updated", &store::ChangedRecords::updated},
-    {"deleted", "Deleted", &store::ChangedRecords::deleted},
+    {"new", &store::ChangedRecords::inserted},
+    {"updated", &store::ChangedRecords::updated},
+    {"deleted", &store::ChangedRecords::deleted},
 };
 
 /// The last day that an event touches.
@@ -51,7 +52,7 @@ std::string whenOf(const News& news, const store::Zone& viewer) {
   if (news.item->kind == store::ItemKind::kReminder) {
     if (!news.item->due) { return ""; }
     const store::LocalTime due = viewer.toLocal(store::momentOf(*news.item->due, viewer));
-    return "due " + (wholeDay(*news.item->due) ? isoDay(store::LocalDay(due)) : timeText(due));
+    return tr("due {}", wholeDay(*news.item->due) ? isoDay(store::LocalDay(due)) : timeText(due));
   }
   if (!news.occurrence) { return ""; }
   const auto first = firstDayOf(*news.occurrence, viewer);
@@ -145,20 +146,35 @@ Result<News> StoreNews::newsOf(std::string_view change, std::string_view kind, c
   return news;
 }
 
+namespace {
+
+/// How a line about it begins, one text for each kind and change: languages bend their words differently.
+std::string headOf(const News& news) {
+  constexpr const char* kHeads[] = {
+      translatable("New calendar"),      translatable("Updated calendar"),      translatable("Deleted calendar"),
+      translatable("New reminder list"), translatable("Updated reminder list"), translatable("Deleted reminder list"),
+      translatable("New event"),         translatable("Updated event"),         translatable("Deleted event"),
+      translatable("New reminder"),      translatable("Updated reminder"),      translatable("Deleted reminder")};
+  const auto meant = fmt::format("{} {}", news.change, news.kind);
+  const auto* const found = std::ranges::find_if(kHeads, [&](const char* head) { return equalsNoCase(head, meant); });
+  return found != std::end(kHeads) ? translated(*found) : meant;
+}
+
+}  // namespace
+
 std::string lineOf(const News& news, const store::Zone& viewer) {
-  const auto* word = std::ranges::find(kChangeWords, news.change, &ChangeWord::change);
-  std::string line = padded(fmt::format("{} {}", word->atLineStart, news.kind), kKindWidth);
+  std::string line = padded(headOf(news), kKindWidth);
   const auto add = [&line](const std::string& part) {
     if (!part.empty()) { line += part + "  "; }
   };
   add(whenOf(news, viewer));
-  if (news.title) { add(news.title->empty() ? "(no title)" : printable(*news.title)); }
+  if (news.title) { add(news.title->empty() ? tr("(no title)") : printable(*news.title)); }
   if (news.calendar) { add(printable(*news.calendar)); }
   return line + news.identifier;
 }
 
 std::string pastLineOf(const News& news, const store::Zone& viewer) {
-  const std::string when = news.made ? timeText(viewer.toLocal(*news.made)) : "earlier";
+  const std::string when = news.made ? timeText(viewer.toLocal(*news.made)) : tr("earlier");
   return padded(when, kWhenWidth) + "  " + lineOf(news, viewer);
 }
 

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/alarms/alarm_watch.h"
 #include "host/commands/command_line/change_wait.h"
@@ -52,8 +53,8 @@ class SlowNotice {
 
 std::string objectionToSince(const std::string& words) {
   if (sinceFromWords(words, store::now(), store::Zone::ofUser())) { return {}; }
-  return "\"" + words +
-         "\" says no time; write 2h, 3d, yesterday, \"2026-11-02 08:00\", or a position that --json gave";
+  return tr("\"{}\" says no time; write 2h, 3d, yesterday, \"2026-11-02 08:00\", or a position that --json gave",
+            words);
 }
 
 Result<StoreNews> newsFrom(store::CalendarStore& store, const std::string& words, const store::Zone& viewer,
@@ -62,7 +63,7 @@ Result<StoreNews> newsFrom(store::CalendarStore& store, const std::string& words
   if (!since) { return StoreNews::fromNowOn(store); }
   ORLOCAL_TRY(StoreNews news, StoreNews::since(store, *since));
   ORLOCAL_TRY(const bool whole, news.isWhole());
-  if (!whole) { err << "orlocal: the log of changes does not reach back so far; what it still knows is shown\n"; }
+  if (!whole) { err << tr("orlocal: the log of changes does not reach back so far; what it still knows is shown\n"); }
   return news;
 }
 
@@ -88,7 +89,7 @@ Result<ExitStatus> watchStore(const WatchWords& words, CommandContext& context) 
   };
   if (!words.since.empty()) { ORLOCAL_CHECK(tell(true)); }
   if (words.ends) { return ExitStatus::kDone; }
-  context.streams.err << "orlocal: watching the calendars; Ctrl-C ends it\n" << std::flush;
+  context.streams.err << tr("orlocal: watching the calendars; Ctrl-C ends it\n") << std::flush;
   SlowNotice slow;
   for (auto woken = Woken::kByChange; woken != Woken::kByInterruption;) {
     slow.tell(*signal, context.streams.err);
@@ -114,7 +115,7 @@ class ScriptWatch {
     Plugin& plugin = *workbench->plugin();
     Registry::instance().setScriptHook([this](const ScriptStart& start) { return runScript(start); });
     ORLOCAL_CHECK(registerUpdateScript(plugin, m_words.file, m_words.script));
-    m_context.streams.err << "orlocal: watching the calendars for " << printable(m_words.script) << "; Ctrl-C ends it\n"
+    m_context.streams.err << tr("orlocal: watching the calendars for {}; Ctrl-C ends it\n", printable(m_words.script))
                           << std::flush;
     return serve(plugin, *signal);
   }
@@ -167,8 +168,8 @@ Result<ExitStatus> runWatch(const WatchWords& words, CommandContext& context) {
   if (!words.script.empty()) { return ScriptWatch(words, context).run(); }
   if (words.command.empty()) { return watchStore(words, context); }
   tellTrouble(context.streams.err,
-              "A command is run for each start of a script, or for each alarm; write --alarms, or "
-              "--file and --script, before it.");
+              tr("A command is run for each start of a script, or for each alarm; write --alarms, or "
+                 "--file and --script, before it."));
   return ExitStatus::kUsage;
 }
 

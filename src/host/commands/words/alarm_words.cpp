@@ -6,12 +6,13 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 
 namespace orlocal::host {
 namespace {
 
-constexpr const char* kAlarmExamples = "write 15m, 1h before, at start, 9:00, or at 9:00 the day before";
+constexpr const char* kAlarmExamples = translatable("write 15m, 1h before, at start, 9:00, or at 9:00 the day before");
 
 /// "the day before", "2 days before", "on the day".
 Result<std::optional<int>> takeDaysBefore(WordCursor& words) {
@@ -57,7 +58,7 @@ Result<AlarmWords> readAlarm(std::string_view text, const WordsSetting& setting)
   ORLOCAL_TRY(const auto alarm, takeAlarm(words));
   if (alarm && words.done()) { return *alarm; }
   return words.refused(
-      fmt::format("\"{}\" is no alarm; {}", text.substr(std::min(words.place(), text.size())), kAlarmExamples));
+      tr("\"{}\" is no alarm; {}", text.substr(std::min(words.place(), text.size())), translated(kAlarmExamples)));
 }
 
 std::chrono::seconds offsetOf(const AlarmWords& alarm, store::LocalTime start) {

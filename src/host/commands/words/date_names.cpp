@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 #include <unicode/dtfmtsym.h>
 
-#include "base/languages.h"
+#include "base/translation.h"
 
 namespace orlocal::host {
 namespace {
@@ -23,14 +23,6 @@ const WrittenLanguage* writtenLanguage(std::string_view language) {
   const auto* const found = std::find_if(std::begin(kWritten), std::end(kWritten),
                                          [name](const WrittenLanguage& row) { return row.name == name; });
   return found != std::end(kWritten) ? found : nullptr;
-}
-
-/// The first that we write in of those that the user wants.
-std::string_view languageOfUser() {
-  for (const std::string& language : preferredLanguages()) {
-    if (const auto* written = writtenLanguage(language)) { return written->name; }
-  }
-  return kWritten[0].name;
 }
 
 template <std::size_t Size>
@@ -65,7 +57,8 @@ DateNames::DateNames(std::string_view language) {
 }
 
 const DateNames& DateNames::ofUser() {
-  static const DateNames kNames(languageOfUser());
+  // Translators: the language of this catalogue, such as de.
+  static const DateNames kNames(translated("en"));
   return kNames;
 }
 
@@ -74,12 +67,18 @@ std::size_t DateNames::placeOf(store::LocalDay day) {
   return (static_cast<std::size_t>(cctz::get_weekday(day)) + 1) % 7;
 }
 
-std::string DateNames::longDay(store::LocalDay day) const {
-  return fmt::format("{}, {}{} {} {}", weekday(day), day.day(), m_afterDay, month(day.month()), day.year());
-}
+std::string DateNames::longDay(store::LocalDay day) const { return fmt::format("{}, {}", weekday(day), date(day)); }
 
 std::string DateNames::shortDay(store::LocalDay day) const {
   return fmt::format("{} {}{} {} {}", shortWeekday(day), day.day(), m_afterDay, shortMonth(day.month()), day.year());
+}
+
+std::string DateNames::date(store::LocalDay day) const {
+  return fmt::format("{} {}", dayOfYear(day.month(), day.day()), day.year());
+}
+
+std::string DateNames::dayOfYear(int ofMonth, int dayOfMonth) const {
+  return fmt::format("{}{} {}", dayOfMonth, m_afterDay, month(ofMonth));
 }
 
 }  // namespace orlocal::host

@@ -13,7 +13,7 @@ class DateNames {
  public:
   /// A language that we do not write in is English: "de_CH" is German, "fr" English.
   explicit DateNames(std::string_view language);
-  /// In the language of who runs the program, as it stood when this was first asked.
+  /// In the language of the program's messages, as it was when this was first asked.
   static const DateNames& ofUser();
 
   const std::string& weekday(store::LocalDay day) const { return m_weekdays[placeOf(day)]; }
@@ -25,6 +25,10 @@ class DateNames {
   std::string longDay(store::LocalDay day) const;
   /// "Mon 2 Nov 2026"; "Mo 2. Nov 2026".
   std::string shortDay(store::LocalDay day) const;
+  /// "2 November 2026"; "2. November 2026".
+  std::string date(store::LocalDay day) const;
+  /// "2 November"; "2. November".
+  std::string dayOfYear(int month, int dayOfMonth) const;
 
  private:
   /// Among the weekdays.

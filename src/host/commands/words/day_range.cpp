@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/translation.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/time_words.h"
 
@@ -56,13 +57,13 @@ std::optional<DayRange> daysFromWords(std::string_view words, store::LocalDay to
 
 std::string objectionToDays(const std::string& words) {
   if (daysFromWords(words, store::LocalDay())) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, 2026-11, today, tomorrow, monday or +7";
+  return tr("\"{}\" is no day; write 2026-11-02, 2026-11, today, tomorrow, monday or +7", words);
 }
 
 std::string objectionToDay(const std::string& words) {
   const auto days = daysFromWords(words, store::LocalDay());
   if (days && days->first == days->last) { return {}; }
-  return "\"" + words + "\" is no day; write 2026-11-02, today, tomorrow, monday or +7";
+  return tr("\"{}\" is no day; write 2026-11-02, today, tomorrow, monday or +7", words);
 }
 
 }  // namespace orlocal::host

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "host/commands/words/day_words.h"
 #include "store/icalendar/content_line.h"
 #include "store/icalendar/kept_lines.h"
@@ -17,16 +18,34 @@ namespace {
 using std::chrono::seconds;
 using store::Attendee;
 
-struct LengthUnit {
-  std::int64_t seconds;
-  std::string_view name;
-};
-constexpr LengthUnit kLengthUnits[] = {
-    {604'800, "week"}, {86'400, "day"}, {3'600, "hour"}, {60, "minute"}, {1, "second"}};
+constexpr std::int64_t kWeek = 604'800;
+constexpr std::int64_t kLengthUnits[] = {kWeek, 86'400, 3'600, 60, 1};
+
+std::string lengthIn(std::int64_t unit, std::int64_t count) {
+  const auto number = static_cast<std::size_t>(count);
+  switch (unit) {
+    case kWeek:
+      return trn("{} week", "{} weeks", number, count);
+    case 86'400:
+      return trn("{} day", "{} days", number, count);
+    case 3'600:
+      return trn("{} hour", "{} hours", number, count);
+    case 60:
+      return trn("{} minute", "{} minutes", number, count);
+    default:
+      return trn("{} second", "{} seconds", number, count);
+  }
+}
 
 /// By `Attendee::Status`.
-constexpr std::string_view kAnswers[] = {"",          "has not answered",    "accepted",  "declined",
-                                         "tentative", "sends somebody else", "completed", "in process"};
+constexpr const char* kAnswers[] = {"",
+                                    translatable("has not answered"),
+                                    translatable("accepted"),
+                                    translatable("declined"),
+                                    translatable("tentative"),
+                                    translatable("sends somebody else"),
+                                    translatable("completed"),
+                                    translatable("in process")};
 
 }  // namespace
 
@@ -54,67 +73,87 @@ bool isTentative(const store::Item& item) { return statusOf(item) == "tentative"
 std::string lengthWords(seconds length) {
   std::int64_t left = std::abs(length.count());
   std::string text;
-  for (const LengthUnit& unit : kLengthUnits) {
-    const std::int64_t count = left / unit.seconds;
+  for (const std::int64_t unit : kLengthUnits) {
+    const std::int64_t count = left / unit;
     // Seven days are a week, and ten days are ten days.
-    if (count == 0 || (unit.name == "week" && left % unit.seconds != 0)) { continue; }
-    text += fmt::format("{}{} {}{}", text.empty() ? "" : " ", count, unit.name, count == 1 ? "" : "s");
-    left %= unit.seconds;
+    if (count == 0 || (unit == kWeek && left % unit != 0)) { continue; }
+    text += (text.empty() ? "" : " ") + lengthIn(unit, count);
+    left %= unit;
   }
-  return text.empty() ? "0 seconds" : text;
+  return text.empty() ? lengthIn(1, 0) : text;
 }
+
+namespace {
+
+std::string relativeWords(const store::AlarmOffset& trigger, store::ItemKind kind) {
+  const std::string length = lengthWords(trigger.offset);
+  const bool at = trigger.offset.count() == 0, before = trigger.offset.count() < 0;
+  if (!trigger.fromEnd) {
+    return at ? tr("at the start") : before ? tr("{} before the start", length) : tr("{} after the start", length);
+  }
+  if (kind == store::ItemKind::kEvent) {
+    return at ? tr("at the end") : before ? tr("{} before the end", length) : tr("{} after the end", length);
+  }
+  return at ? tr("when it is due") : before ? tr("{} before it is due", length) : tr("{} after it is due", length);
+}
+
+}  // namespace
 
 std::string alarmWords(const store::Alarm& alarm, store::ItemKind kind, const store::Zone& viewer) {
   std::string text;
   if (const auto* moment = std::get_if<store::Moment>(&alarm.trigger)) {
     const store::LocalTime time = viewer.toLocal(*moment);
-    text = fmt::format("on {} at {}", shortDay(store::LocalDay(time)), clockTime(time));
+    text = tr("on {} at {}", shortDay(store::LocalDay(time)), clockTime(time));
   } else {
-    const auto& relative = std::get<store::AlarmOffset>(alarm.trigger);
-    const char* anchor = !relative.fromEnd ? "the start" : kind == store::ItemKind::kEvent ? "the end" : "it is due";
-    if (relative.offset.count() == 0) {
-      text = relative.fromEnd && kind == store::ItemKind::kReminder ? "when it is due" : fmt::format("at {}", anchor);
-    } else {
-      text = fmt::format("{} {} {}", lengthWords(relative.offset), relative.offset.count() < 0 ? "before" : "after",
-                         anchor);
-    }
+    text = relativeWords(std::get<store::AlarmOffset>(alarm.trigger), kind);
   }
   switch (alarm.action) {
     case store::Alarm::Action::kDisplay:
       break;
     case store::Alarm::Action::kAudio:
-      text += ", with a sound";
+      text += tr(", with a sound");
       break;
     case store::Alarm::Action::kProcedure:
-      text += alarm.url ? ", opens " + *alarm.url : ", starts a program";
+      text += alarm.url ? tr(", opens {}", *alarm.url) : tr(", starts a program");
       break;
     case store::Alarm::Action::kEmail:
-      text += alarm.emailAddress ? ", by e-mail to " + *alarm.emailAddress : ", by e-mail";
+      text += alarm.emailAddress ? tr(", by e-mail to {}", *alarm.emailAddress) : tr(", by e-mail");
       break;
   }
   return text;
 }
 
-std::string priorityWords(int priority) {
-  if (priority <= 0) { return "none"; }
-  // RFC 5545, 3.8.1.9.
-  return fmt::format("{} ({})", priority < 5 ? "high" : priority == 5 ? "medium" : "low", priority);
+std::string statusWords(const store::Item& item) {
+  constexpr const char* kKnown[] = {translatable("completed"), translatable("cancelled"),  translatable("tentative"),
+                                    translatable("confirmed"), translatable("in-process"), translatable("needs-action"),
+                                    translatable("draft"),     translatable("final")};
+  const std::string status = statusOf(item);
+  const auto* const known = std::find(std::begin(kKnown), std::end(kKnown), status);
+  return known != std::end(kKnown) ? translated(*known) : status;
 }
 
-std::string_view answerWords(Attendee::Status status) { return kAnswers[static_cast<std::size_t>(status)]; }
+std::string priorityWords(int priority) {
+  if (priority <= 0) { return tr("none"); }
+  // RFC 5545, 3.8.1.9.
+  return priority < 5 ? tr("high ({})", priority) : priority == 5 ? tr("medium (5)") : tr("low ({})", priority);
+}
 
-std::string_view roleWords(const Attendee& attendee) {
+std::string answerWords(Attendee::Status status) { return translated(kAnswers[static_cast<std::size_t>(status)]); }
+
+std::string roleWords(const Attendee& attendee) {
   switch (attendee.role) {
     case Attendee::Role::kOptional:
-      return "optional";
+      return tr("optional");
     case Attendee::Role::kChair:
-      return "chair";
+      return tr("chair");
     case Attendee::Role::kNonParticipant:
-      return "for information";
+      return tr("for information");
     default:
       break;
   }
-  return attendee.type == Attendee::Type::kRoom ? "room" : attendee.type == Attendee::Type::kResource ? "resource" : "";
+  return attendee.type == Attendee::Type::kRoom       ? tr("room")
+         : attendee.type == Attendee::Type::kResource ? tr("resource")
+                                                      : "";
 }
 
 std::string_view plainAddress(std::string_view address) {

@@ -14,6 +14,8 @@ namespace orlocal::host {
 /// What the item's file says of it (RFC 5545, 3.8.1.11): none, or what calendar files call it in small letters. A
 /// completed reminder is "completed".
 std::string statusOf(const store::Item& item);
+/// The same in words, where they are known.
+std::string statusWords(const store::Item& item);
 /// What it is filed under (RFC 5545, 3.8.1.2).
 std::vector<std::string> categoriesOf(const store::Item& item);
 bool isCancelled(const store::Item& item);
@@ -29,9 +31,9 @@ std::string alarmWords(const store::Alarm& alarm, store::ItemKind kind, const st
 std::string priorityWords(int priority);
 
 /// "accepted", "has not answered".
-std::string_view answerWords(store::Attendee::Status status);
+std::string answerWords(store::Attendee::Status status);
 /// "optional", "chair"; empty for what is usual.
-std::string_view roleWords(const store::Attendee& attendee);
+std::string roleWords(const store::Attendee& attendee);
 /// "Ada Lovelace <ada@example.org>".
 std::string personWords(const store::Attendee& attendee);
 /// Without "mailto:".

@@ -8,6 +8,7 @@
 #include <fmt/ranges.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/time_words.h"
@@ -119,9 +120,9 @@ Result<std::optional<RecurrenceRule>> takeEach(WordCursor& words) {
   const auto unit = words.take(Term::kUnit);
   const auto frequency = unit ? frequencyOf(*unit) : std::nullopt;
   if (!frequency) {
-    return words.refused("After \"every\" comes a day of the week, or a number of days, weeks, months or years");
+    return words.refused(tr("After \"every\" comes a day of the week, or a number of days, weeks, months or years"));
   }
-  if (rule.interval < 1 || rule.interval > 1000) { return words.refusedAt(count, "Write a number from 1 to 1000"); }
+  if (rule.interval < 1 || rule.interval > 1000) { return words.refusedAt(count, tr("Write a number from 1 to 1000")); }
   rule.frequency = *frequency;
   takeOnDays(words, rule);
   return rule;
@@ -132,7 +133,7 @@ Status takeEnd(WordCursor& words, RecurrenceRule& rule) {
   const std::size_t begin = words.at();
   if (words.take(Term::kUntil)) {
     ORLOCAL_TRY(const auto day, takeDay(words));
-    if (!day) { return words.refused("After \"until\" comes a day"); }
+    if (!day) { return words.refused(tr("After \"until\" comes a day")); }
     rule.until = store::CalendarTime{store::CalendarTime::Kind::kDate, store::LocalTime(*day), {}};
     return {};
   }
@@ -141,7 +142,7 @@ Status takeEnd(WordCursor& words, RecurrenceRule& rule) {
   if (!count) { return {}; }
   words.take();
   if (word == "x" || (word.empty() && words.take(Term::kTimes))) {
-    if (*count < 1) { return words.refusedAt(begin, "Write how many times, from 1 on"); }
+    if (*count < 1) { return words.refusedAt(begin, tr("Write how many times, from 1 on")); }
     rule.count = *count;
     return {};
   }
@@ -195,9 +196,9 @@ Result<RecurrenceRule> readRepeat(std::string_view text, const WordsSetting& set
   }
   if (read && words.done()) { return *std::move(read); }
   return words.refused(
-      fmt::format("\"{}\" is no repetition; write daily, weekly, every 2 weeks, weekdays, mon,wed, monthly, "
-                  "yearly, last friday, or a rule such as FREQ=WEEKLY;BYDAY=MO",
-                  text.substr(std::min(words.place(), text.size()))));
+      tr("\"{}\" is no repetition; write daily, weekly, every 2 weeks, weekdays, mon,wed, monthly, "
+         "yearly, last friday, or a rule such as FREQ=WEEKLY;BYDAY=MO",
+         text.substr(std::min(words.place(), text.size()))));
 }
 
 }  // namespace orlocal::host

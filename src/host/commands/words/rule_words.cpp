@@ -1,11 +1,11 @@
 #include "host/commands/words/rule_words.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <vector>
 
-#include <fmt/format.h>
-
+#include "base/translation.h"
 #include "host/commands/words/date_names.h"
 #include "host/commands/words/listed_words.h"
 
@@ -17,32 +17,63 @@ using store::RecurrenceRule;
 using Frequency = RecurrenceRule::Frequency;
 using Words = std::vector<std::string>;
 
-/// By `Frequency`.
-constexpr std::string_view kUnits[] = {"second", "minute", "hour", "day", "week", "month", "year"};
-/// By the numbers of the rule's days.
-constexpr std::string_view kDays[] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
-constexpr std::string_view kOrdinals[] = {"first", "second", "third", "fourth", "fifth"};
+/// "every day", "every 2 weeks".
+std::string everySoMany(Frequency unit, std::size_t count) {
+  switch (unit) {
+    case Frequency::kSecondly:
+      return trn("every second", "every {} seconds", count, count);
+    case Frequency::kMinutely:
+      return trn("every minute", "every {} minutes", count, count);
+    case Frequency::kHourly:
+      return trn("every hour", "every {} hours", count, count);
+    case Frequency::kDaily:
+      return trn("every day", "every {} days", count, count);
+    case Frequency::kWeekly:
+      return trn("every week", "every {} weeks", count, count);
+    case Frequency::kMonthly:
+      return trn("every month", "every {} months", count, count);
+    case Frequency::kYearly:
+      break;
+  }
+  return trn("every year", "every {} years", count, count);
+}
+
+constexpr std::size_t kInWords = 5;
+// Translators: ordinals stand behind "on" or "in", as in "on the second Tuesday".
+constexpr std::array<const char*, kInWords> kOrdinals{translatable("first"), translatable("second"),
+                                                      translatable("third"), translatable("fourth"),
+                                                      translatable("fifth")};
+constexpr std::array<const char*, kInWords> kFromLast{translatable("last"), translatable("second to last"),
+                                                      translatable("third to last"), translatable("fourth to last"),
+                                                      translatable("fifth to last")};
+
+/// Which of "st", "nd" and "rd" (1 to 3) a number has in English; 0 is "th".
+int endingOf(int number) {
+  const bool teen = number % 100 >= 11 && number % 100 <= 13;
+  return !teen && number % 10 <= 3 ? number % 10 : 0;
+}
+
+/// "23rd", "23rd to last".
+std::string ordinalInFigures(int number) {
+  const int count = std::abs(number);
+  const bool last = number < 0;
+  switch (endingOf(count)) {
+    case 1:
+      return last ? tr("{}st to last", count) : tr("{}st", count);
+    case 2:
+      return last ? tr("{}nd to last", count) : tr("{}nd", count);
+    case 3:
+      return last ? tr("{}rd to last", count) : tr("{}rd", count);
+    default:
+      return last ? tr("{}th to last", count) : tr("{}th", count);
+  }
+}
 
 /// "first", "23rd", "last", "second to last".
 std::string ordinal(int number) {
-  const int count = std::abs(number);
-  std::string word;
-  if (count >= 1 && count <= 5) {
-    word = kOrdinals[count - 1];
-  } else {
-    constexpr std::string_view kEndings[] = {"th", "st", "nd", "rd"};
-    const bool teen = count % 100 >= 11 && count % 100 <= 13;
-    word = fmt::format("{}{}", count, kEndings[!teen && count % 10 <= 3 ? count % 10 : 0]);
-  }
-  if (number >= 0) { return word; }
-  return count == 1 ? "last" : word + " to last";
-}
-
-std::string inFigures(int number) {
-  const std::string word = ordinal(number);
-  if (number < 1 || number > 3) { return number > 0 && number <= 5 ? fmt::format("{}th", number) : word; }
-  constexpr std::string_view kShort[] = {"1st", "2nd", "3rd"};
-  return std::string(kShort[number - 1]);
+  const auto place = static_cast<std::size_t>(std::abs(number)) - 1;
+  if (number == 0 || place >= kInWords) { return ordinalInFigures(number); }
+  return translated(number > 0 ? kOrdinals.at(place) : kFromLast.at(place));
 }
 
 template <class Range, class Say>
@@ -52,15 +83,15 @@ std::string listedAs(const Range& values, Say say) {
   return listed(words);
 }
 
-std::string dayName(int day) { return std::string(kDays[static_cast<std::size_t>(day)]); }
-
-/// The sentence is English, and its dates are.
-const std::string& monthName(int month) {
-  static const DateNames kNames("en");
-  return kNames.month(month);
+/// By the numbers of the rule's days, from Sunday on.
+std::string dayName(int day) {
+  const LocalDay sunday(2023, 1, 1);
+  return DateNames::ofUser().weekday(sunday + day);
 }
 
-std::string dayAndMonth(LocalDay day) { return fmt::format("{} {} {}", day.day(), monthName(day.month()), day.year()); }
+const std::string& monthName(int month) { return DateNames::ofUser().month(month); }
+
+std::string dayAndMonth(LocalDay day) { return DateNames::ofUser().date(day); }
 
 /// Whether these are just the days from Monday to Friday.
 bool areWorkingDays(const std::vector<RecurrenceRule::WeekDay>& days) {
@@ -69,36 +100,40 @@ bool areWorkingDays(const std::vector<RecurrenceRule::WeekDay>& days) {
          });
 }
 
-/// "Monday and Friday", "the second Tuesday", "weekdays".
-std::string weekDays(const RecurrenceRule& rule, bool several) {
-  if (areWorkingDays(rule.byDay)) { return several ? "weekdays" : "weekday"; }
+/// "Monday and Friday", "the second Tuesday".
+std::string weekDays(const RecurrenceRule& rule) {
   return listedAs(rule.byDay, [](const RecurrenceRule::WeekDay& each) {
-    return each.ordinal == 0 ? dayName(each.day) : fmt::format("the {} {}", ordinal(each.ordinal), dayName(each.day));
+    return each.ordinal == 0 ? dayName(each.day) : tr("the {} {}", ordinal(each.ordinal), dayName(each.day));
   });
 }
 
+/// "the last day", "the 100th day".
+std::string countedDay(int number) { return tr("the {} day", ordinal(number)); }
+
+/// "the 24th", "the last day".
 std::string monthDays(const std::vector<int>& days) {
-  return listedAs(days,
-                  [](int day) { return day > 0 ? "the " + inFigures(day) : fmt::format("the {} day", ordinal(day)); });
+  return listedAs(days, [](int day) { return day > 0 ? tr("the {}", ordinalInFigures(day)) : countedDay(day); });
 }
 
-std::string months(const RecurrenceRule& rule) {
-  std::vector<int> all = rule.byMonth;
-  return listedAs(all, monthName);
-}
+std::string months(const RecurrenceRule& rule) { return listedAs(rule.byMonth, monthName); }
 
 /// The days within a period, without a preposition; empty when the rule names none.
 std::string daysOf(const RecurrenceRule& rule) {
+  const bool working = areWorkingDays(rule.byDay);
   if (!rule.byDay.empty() && !rule.byMonthDay.empty()) {
-    return fmt::format("{} where it is {}", weekDays(rule, true), monthDays(rule.byMonthDay));
+    return tr("{} where it is {}", working ? tr("weekdays") : weekDays(rule), monthDays(rule.byMonthDay));
   }
   if (!rule.bySetPosition.empty() && !rule.byDay.empty()) {
     const std::string position = listedAs(rule.bySetPosition, ordinal);
-    return areWorkingDays(rule.byDay) ? fmt::format("the {} {}", position, weekDays(rule, false))
-                                      : fmt::format("the {} of {}", position, weekDays(rule, true));
+    return working ? tr("the {} weekday", position) : tr("the {} of {}", position, weekDays(rule));
   }
-  if (!rule.byDay.empty()) { return weekDays(rule, true); }
+  if (working) { return tr("weekdays"); }
+  if (!rule.byDay.empty()) { return weekDays(rule); }
   return rule.byMonthDay.empty() ? "" : monthDays(rule.byMonthDay);
+}
+
+bool areWeekdaysAlone(const RecurrenceRule& rule) {
+  return areWorkingDays(rule.byDay) && rule.byMonthDay.empty() && rule.bySetPosition.empty();
 }
 
 /// What a rule without days takes from the start.
@@ -106,11 +141,11 @@ std::string daysFromStart(const RecurrenceRule& rule, LocalDay start) {
   switch (rule.frequency) {
     case Frequency::kWeekly:
       return dayName((static_cast<int>(cctz::get_weekday(start)) + 1) % 7);
-    case Frequency::kMonthly:
-      return "the " + inFigures(start.day());
     case Frequency::kYearly:
-      return rule.byMonth.empty() ? fmt::format("{} {}", start.day(), monthName(start.month()))
-                                  : "the " + inFigures(start.day());
+      if (rule.byMonth.empty()) { return DateNames::ofUser().dayOfYear(start.month(), start.day()); }
+      [[fallthrough]];
+    case Frequency::kMonthly:
+      return monthDays({start.day()});
     default:
       return "";
   }
@@ -120,14 +155,20 @@ std::string timesOf(const RecurrenceRule& rule) {
   const auto numbers = [](const std::vector<int>& values) {
     return listedAs(values, [](int value) { return std::to_string(value); });
   };
-  const auto part = [&](const char* one, const char* several, const std::vector<int>& values) {
-    return values.empty() ? "" : fmt::format(" in {} {}", values.size() == 1 ? one : several, numbers(values));
-  };
   if (rule.byHour.size() == 1 && rule.byMinute.size() == 1 && rule.bySecond.empty()) {
-    return fmt::format(" at {:02}:{:02}", rule.byHour.front(), rule.byMinute.front());
+    return tr(" at {:02}:{:02}", rule.byHour.front(), rule.byMinute.front());
   }
-  return part("hour", "hours", rule.byHour) + part("minute", "minutes", rule.byMinute) +
-         part("second", "seconds", rule.bySecond);
+  std::string text;
+  if (const auto& hours = rule.byHour; !hours.empty()) {
+    text += trn(" in hour {}", " in hours {}", hours.size(), numbers(hours));
+  }
+  if (const auto& minutes = rule.byMinute; !minutes.empty()) {
+    text += trn(" in minute {}", " in minutes {}", minutes.size(), numbers(minutes));
+  }
+  if (const auto& seconds = rule.bySecond; !seconds.empty()) {
+    text += trn(" in second {}", " in seconds {}", seconds.size(), numbers(seconds));
+  }
+  return text;
 }
 
 /// " on Monday", " on the last day of March", " on 25 December".
@@ -139,18 +180,17 @@ std::string placeInPeriod(const RecurrenceRule& rule, std::optional<LocalDay> st
   std::string text;
   if (yearly && rule.byMonth.size() == 1 && rule.byMonthDay.size() == 1 && rule.byMonthDay.front() > 0 &&
       rule.byDay.empty()) {
-    text = fmt::format(" on {} {}", rule.byMonthDay.front(), monthName(rule.byMonth.front()));
+    text = tr(" on {}", DateNames::ofUser().dayOfYear(rule.byMonth.front(), rule.byMonthDay.front()));
   } else {
-    if (!days.empty()) { text = " on " + days; }
-    if (!rule.byMonth.empty()) { text += (days.empty() || !yearly ? " in " : " of ") + months(rule); }
+    if (!days.empty()) { text = areWeekdaysAlone(rule) ? tr(" on weekdays") : tr(" on {}", days); }
+    if (!rule.byMonth.empty()) {
+      text += days.empty() || !yearly ? tr(" in {}", months(rule)) : tr(" of {}", months(rule));
+    }
   }
-  if (!rule.byYearDay.empty()) {
-    text += " on " + listedAs(rule.byYearDay, [](int day) { return fmt::format("the {} day", ordinal(day)); }) +
-            " of the year";
-  }
+  if (!rule.byYearDay.empty()) { text += tr(" on {} of the year", listedAs(rule.byYearDay, countedDay)); }
   if (!rule.byWeekNumber.empty()) {
-    text += " in " + listedAs(rule.byWeekNumber, [](int week) {
-              return week > 0 ? fmt::format("week {}", week) : fmt::format("the {} week", ordinal(week));
+    text += ' ' + listedAs(rule.byWeekNumber, [](int week) {
+              return week > 0 ? tr("in week {}", week) : tr("in the {} week", ordinal(week));
             });
   }
   return text;
@@ -159,32 +199,30 @@ std::string placeInPeriod(const RecurrenceRule& rule, std::optional<LocalDay> st
 }  // namespace
 
 std::string ruleWords(const RecurrenceRule& rule, std::optional<LocalDay> start, const store::Zone& viewer) {
-  const std::string_view unit = kUnits[static_cast<std::size_t>(rule.frequency)];
-  std::string text =
-      rule.interval == 1 ? fmt::format("every {}", unit) : fmt::format("every {} {}s", rule.interval, unit);
+  std::string text = everySoMany(rule.frequency, static_cast<std::size_t>(rule.interval));
   const bool everyWorkingDay = rule.frequency <= Frequency::kWeekly && rule.frequency >= Frequency::kDaily &&
                                rule.interval == 1 && areWorkingDays(rule.byDay) && rule.bySetPosition.empty() &&
                                rule.byMonthDay.empty() && rule.byMonth.empty();
   // A rule of another calendar counts other days and months.
   const bool gregorian = rule.scale.empty() || rule.scale == "GREGORIAN";
   if (everyWorkingDay) {
-    text = "every weekday";
+    text = tr("every weekday");
   } else if (gregorian) {
     text += placeInPeriod(rule, start);
   } else {
-    text += fmt::format(" of the {} calendar", rule.scale);
+    text += tr(" of the {} calendar", rule.scale);
   }
   text += timesOf(rule);
   if (rule.skip != RecurrenceRule::Skip::kOmit) {
-    text += rule.skip == RecurrenceRule::Skip::kForward ? ", or the day after where there is none"
-                                                        : ", or the day before where there is none";
+    text += rule.skip == RecurrenceRule::Skip::kForward ? tr(", or the day after where there is none")
+                                                        : tr(", or the day before where there is none");
   }
-  if (rule.count) { text += fmt::format(", {} {}", *rule.count, *rule.count == 1 ? "time" : "times"); }
+  if (rule.count) { text += trn(", {} time", ", {} times", static_cast<std::size_t>(*rule.count), *rule.count); }
   if (rule.until) {
     const LocalDay last(rule.until->kind == store::CalendarTime::Kind::kDate
                             ? rule.until->local
                             : viewer.toLocal(store::momentOf(*rule.until, viewer)));
-    text += ", until " + dayAndMonth(last);
+    text += tr(", until {}", dayAndMonth(last));
   }
   return text;
 }
@@ -193,7 +231,7 @@ std::string recurrenceWords(const store::Recurrence& recurrence, std::optional<L
                             const store::Zone& viewer) {
   constexpr std::size_t kNamed = 4;
   const auto days = [&](const std::vector<store::CalendarTime>& times) {
-    if (times.size() > kNamed) { return fmt::format("{} days", times.size()); }
+    if (times.size() > kNamed) { return trn("{} day", "{} days", times.size(), times.size()); }
     return listedAs(times, [&](const store::CalendarTime& time) {
       return dayAndMonth(LocalDay(
           time.kind == store::CalendarTime::Kind::kDate ? time.local : viewer.toLocal(store::momentOf(time, viewer))));
@@ -202,11 +240,13 @@ std::string recurrenceWords(const store::Recurrence& recurrence, std::optional<L
   Words parts;
   for (const auto& rule : recurrence.rules) { parts.push_back(ruleWords(rule, start, viewer)); }
   std::string text;
-  for (const std::string& part : parts) { text += (text.empty() ? "" : "; and ") + part; }
-  if (!recurrence.added.empty()) { text += (text.empty() ? "on " : "; also on ") + days(recurrence.added); }
-  if (!recurrence.excluded.empty()) { text += "; not on " + days(recurrence.excluded); }
+  for (const std::string& part : parts) { text += text.empty() ? part : tr("; and {}", part); }
+  if (!recurrence.added.empty()) {
+    text += text.empty() ? tr("on {}", days(recurrence.added)) : tr("; also on {}", days(recurrence.added));
+  }
+  if (!recurrence.excluded.empty()) { text += tr("; not on {}", days(recurrence.excluded)); }
   for (const auto& exception : recurrence.exceptionRules) {
-    text += "; but not " + ruleWords(exception.rule, start, viewer);
+    text += tr("; but not {}", ruleWords(exception.rule, start, viewer));
   }
   return text;
 }

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/words/day_words.h"
 
@@ -53,7 +54,7 @@ struct DayParts {
 Result<std::optional<LocalDay>> dayFrom(const WordCursor& words, const DayParts& parts, std::string_view said) {
   const LocalDay today = words.setting().today();
   const auto made = parts.year ? dayOf(*parts.year, parts.month, parts.day) : comingDay(parts.month, parts.day, today);
-  if (!made) { return words.refused(fmt::format("\"{}\" is no day of the calendar", said)); }
+  if (!made) { return words.refused(tr("\"{}\" is no day of the calendar", said)); }
   return made;
 }
 
@@ -112,8 +113,8 @@ Result<std::optional<LocalDay>> slashedDay(const WordCursor& words, std::string_
   if (first > 12 || first == second) { slashes = Slashes::kDayFirst; }
   if (second > 12) { slashes = Slashes::kMonthFirst; }
   if (slashes == Slashes::kUnknown) {
-    return words.refused(fmt::format("\"{}\" may be two days; write {}.{}. or {}.{}., or 2026-11-02", word, first,
-                                     second, second, first));
+    return words.refused(
+        tr("\"{}\" may be two days; write {}.{}. or {}.{}., or 2026-11-02", word, first, second, second, first));
   }
   const bool monthFirst = slashes == Slashes::kMonthFirst;
   return dayFrom(words, {year, monthFirst ? first : second, monthFirst ? second : first}, word);
@@ -216,7 +217,7 @@ Result<TimeOfDay> timeFrom(const WordCursor& words, std::size_t word, const Cloc
   const bool isMidnight = clock.hour == kHoursOfDay && clock.minute == 0;
   const bool hourFits = clock.half ? clock.hour >= 1 && clock.hour <= 12 : clock.hour < kHoursOfDay || isMidnight;
   if (!hourFits || clock.minute >= kMinutesOfHour) {
-    return words.refusedAt(word, fmt::format("\"{}\" is no time of day", said));
+    return words.refusedAt(word, tr("\"{}\" is no time of day", said));
   }
   const int hour = clock.half ? clock.hour % 12 + *clock.half : clock.hour;
   return TimeOfDay(hours(hour) + minutes(clock.minute));
@@ -253,13 +254,13 @@ std::optional<Length> lengthWord(std::string_view word, const WordsSetting& sett
   return length;
 }
 
-/// Of a whole text.
-template <class Value, class Take>
-Result<Value> readAll(std::string_view text, const WordsSetting& setting, const char* wanted, Take take) {
+/// Of a whole text; `refusal` tells of the words that were not understood.
+template <class Value, class Refusal, class Take>
+Result<Value> readAll(std::string_view text, const WordsSetting& setting, Refusal refusal, Take take) {
   WordCursor words(text, setting);
   ORLOCAL_TRY(const auto value, take(words));
   if (value && words.done()) { return *value; }
-  return words.refused(fmt::format("\"{}\" is no {}", text.substr(std::min(words.place(), text.size())), wanted));
+  return words.refused(refusal(text.substr(std::min(words.place(), text.size()))));
 }
 
 }  // namespace
@@ -286,7 +287,7 @@ Result<std::optional<LocalDay>> takeDay(WordCursor& words) {
   const std::string_view word = words.next();
   if (word.size() > 1 && (word.front() == '+' || word.front() == '-') && isDigits(word.substr(1))) {
     const auto found = dayFromWords(word, today);
-    if (!found) { return words.refused(fmt::format("\"{}\" is too far away", word)); }
+    if (!found) { return words.refused(tr("\"{}\" is too far away", word)); }
     words.take();
     return found;
   }
@@ -403,19 +404,29 @@ Result<std::optional<Length>> takeLength(WordCursor& words) {
 }
 
 Result<LocalDay> readDay(std::string_view text, const WordsSetting& setting) {
-  return readAll<LocalDay>(text, setting, "day; write 2026-11-02, 2.11., 2 nov, monday, tomorrow, in 3 days or +7",
-                           takeDay);
+  return readAll<LocalDay>(
+      text, setting,
+      [](std::string_view said) {
+        return tr("\"{}\" is no day; write 2026-11-02, 2.11., 2 nov, monday, tomorrow, in 3 days or +7", said);
+      },
+      takeDay);
 }
 
 Result<TimeOfDay> readTime(std::string_view text, const WordsSetting& setting) {
-  return readAll<TimeOfDay>(text, setting, "time of day; write 12:30, 9am, noon or 14h", [](WordCursor& words) {
-    words.take(Term::kAt);
-    return takeTime(words, true);
-  });
+  return readAll<TimeOfDay>(
+      text, setting,
+      [](std::string_view said) { return tr("\"{}\" is no time of day; write 12:30, 9am, noon or 14h", said); },
+      [](WordCursor& words) {
+        words.take(Term::kAt);
+        return takeTime(words, true);
+      });
 }
 
 Result<Length> readLength(std::string_view text, const WordsSetting& setting) {
-  return readAll<Length>(text, setting, "length; write 1h, 1h30m, 90m or 2 days", takeLength);
+  return readAll<Length>(
+      text, setting,
+      [](std::string_view said) { return tr("\"{}\" is no length; write 1h, 1h30m, 90m or 2 days", said); },
+      takeLength);
 }
 
 bool isShapedLikeTime(std::string_view word) {

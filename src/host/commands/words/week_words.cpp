@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/words/date_names.h"
 
@@ -67,14 +68,14 @@ Result<WeekDays> readWeekDays(std::string_view text, const WordsSetting& setting
     days |= *first;
   }
   if (days.any() && words.done()) { return days; }
-  return words.refused("These are no weekdays; write mon-fri, mon,wed or weekdays");
+  return words.refused(tr("These are no weekdays; write mon-fri, mon,wed or weekdays"));
 }
 
 Result<TimeRange> readHours(std::string_view text, const WordsSetting& setting) {
   WordCursor words(text, setting);
   ORLOCAL_TRY(const auto range, takeRange(words));
-  if (!range || !words.done()) { return words.refused("These are no hours; write 9-17 or 9:00-12:30"); }
-  if (range->start == range->end) { return words.refusedAt(0, "These hours end when they begin; write 9-17"); }
+  if (!range || !words.done()) { return words.refused(tr("These are no hours; write 9-17 or 9:00-12:30")); }
+  if (range->start == range->end) { return words.refusedAt(0, tr("These hours end when they begin; write 9-17")); }
   return *range;
 }
 

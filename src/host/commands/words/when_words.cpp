@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/repeat_words.h"
@@ -51,11 +52,11 @@ Result<bool> takeDays(WordCursor& words, When& when) {
     words.moveTo(behind);
     return true;
   }
-  if (*last < *day) { return words.refused("The last day lies before the first one"); }
+  if (*last < *day) { return words.refused(tr("The last day lies before the first one")); }
   if (start) {
     ORLOCAL_TRY(const auto end, takeTimeBehindDay(rest));
-    if (!end) { return rest.refused("There is a time to start at and none to end at"); }
-    if (*last == *day && *end <= *start) { return words.refused("It ends before it starts"); }
+    if (!end) { return rest.refused(tr("There is a time to start at and none to end at")); }
+    if (*last == *day && *end <= *start) { return words.refused(tr("It ends before it starts")); }
     when.start = start;
     when.end = end;
   }
@@ -210,8 +211,8 @@ Result<When> readWhen(std::string_view text, const WordsSetting& setting) {
   WordCursor words(text, setting);
   ORLOCAL_TRY(const When when, takeWhen(words));
   if (words.done() && !when.empty()) { return when; }
-  return words.refused(fmt::format("\"{}\" says no day or time; write something like: tomorrow 12:30 1h",
-                                   text.substr(std::min(words.place(), text.size()))));
+  return words.refused(tr("\"{}\" says no day or time; write something like: tomorrow 12:30 1h",
+                          text.substr(std::min(words.place(), text.size()))));
 }
 
 Result<TitleAndWhen> readTitleAndWhen(std::string_view text, const WordsSetting& setting) {
@@ -225,7 +226,7 @@ Result<TitleAndWhen> readTitleAndWhen(std::string_view text, const WordsSetting&
     words.moveTo(count + 1);
     ORLOCAL_TRY(read.when, takeWhen(words));
     if (words.done()) { return read; }
-    return words.refused("What stands behind -- says when; this says no day or time");
+    return words.refused(tr("What stands behind -- says when; this says no day or time"));
   }
   // The longest end that is time and nothing else. What fails there may be part of a title.
   for (std::size_t begin = 0; begin < all.size(); ++begin) {
@@ -237,8 +238,8 @@ Result<TitleAndWhen> readTitleAndWhen(std::string_view text, const WordsSetting&
     const std::size_t before = begin - (joined ? 2 : 1);
     if (begin > 0 && endsLikeTime(words, before)) {
       return words.refusedAt(before,
-                             "This was not understood together with what follows; put it in quotes if it is part "
-                             "of the title");
+                             tr("This was not understood together with what follows; put it in quotes if it is part "
+                                "of the title"));
     }
     return TitleAndWhen{titleOf(words, begin), *std::move(when)};
   }
@@ -249,7 +250,7 @@ Result<TitleAndWhen> readTitleAndWhen(std::string_view text, const WordsSetting&
       const auto when = takeWhen(words);
       if (!when) { return failure(when.error()); }
     }
-    return words.refusedAt(all.size() - 1, "This is no day or time; put it in quotes if it is part of the title");
+    return words.refusedAt(all.size() - 1, tr("This is no day or time; put it in quotes if it is part of the title"));
   }
   return TitleAndWhen{titleOf(words, all.size()), {}};
 }
@@ -258,10 +259,10 @@ Result<Times> timesOf(const When& when, const WordsSetting& setting) {
   if (!when.start) {
     if (when.length && when.length->minutes.count() > 0) {
       return failure(ErrorCode::kInvalid,
-                     "There is a length and no time of day to start at; write one, as in 12:30 1h");
+                     tr("There is a length and no time of day to start at; write one, as in 12:30 1h"));
     }
     if (!when.day && !when.allDay && !when.repeat && !when.length) {
-      return failure(ErrorCode::kInvalid, "There is no day or time; write one at the end, as in: tomorrow 12:30");
+      return failure(ErrorCode::kInvalid, tr("There is no day or time; write one at the end, as in: tomorrow 12:30"));
     }
     return wholeDays(when, firstOf(when.repeat, when.day.value_or(setting.today())));
   }
@@ -285,7 +286,7 @@ Result<Times> timesOf(const When& when, const Times& now) {
     return Times{LocalTime(day), LocalTime(day + (LocalDay(now.end) - LocalDay(now.start))), true};
   }
   if (now.allDay && !when.start) {
-    return failure(ErrorCode::kInvalid, "It lasts whole days; write a time of day with the length, as in 12:30 1h");
+    return failure(ErrorCode::kInvalid, tr("It lasts whole days; write a time of day with the length, as in 12:30 1h"));
   }
   Times times;
   const TimeOfDay nowStart((now.start - LocalTime(LocalDay(now.start))) / 60);
@@ -300,8 +301,8 @@ std::string timesInWords(const Times& times) {
   const LocalDay first(times.start);
   if (times.allDay) {
     const LocalDay last = std::max(first, LocalDay(times.end) - 1);
-    if (last == first) { return shortDay(first) + ", all day"; }
-    return fmt::format("{} – {}, {} days", shortDay(first), shortDay(last), last - first + 1);
+    if (last == first) { return tr("{}, all day", shortDay(first)); }
+    return tr("{} – {}, {} days", shortDay(first), shortDay(last), last - first + 1);
   }
   const bool sameDay = LocalDay(times.end) == first || times.end == LocalTime(first + 1);
   if (sameDay) { return shortDay(first) + ' ' + timesOnOneDay(times); }

@@ -1,5 +1,7 @@
 #include "host/commands/words/zone_words.h"
 
+#include "base/translation.h"
+
 namespace orlocal::host {
 
 store::Zone zoneAskedFor(const std::string& name) {
@@ -8,7 +10,7 @@ store::Zone zoneAskedFor(const std::string& name) {
 
 std::string objectionToZone(const std::string& name) {
   if (store::Zone::named(name)) { return {}; }
-  return "\"" + name + "\" is no time zone; write Europe/Berlin, America/New_York or UTC";
+  return tr("\"{}\" is no time zone; write Europe/Berlin, America/New_York or UTC", name);
 }
 
 }  // namespace orlocal::host
