@@ -30,4 +30,7 @@ install(FILES ${units}/orlocal-alarms@.service ${units}/orlocal-backup@.service 
               ${units}/orlocal-sync@.service
         DESTINATION lib/systemd/system)
 install(FILES LICENSE CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(
+  DIRECTORY docs/
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  PATTERN site EXCLUDE)
