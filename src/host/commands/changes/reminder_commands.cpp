@@ -42,8 +42,8 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
     // One that repeats is open again, at its next date.
     const bool goesOn = done && !written.completed;
     const std::string what = run.dryRun() ? (done ? tr("Would be done") : tr("Would be open again"))
-                             : done       ? tr("done")
-                                          : tr("open again");
+                             : done       ? tr("Done")
+                                          : tr("Open again");
     context.streams.out << what << (goesOn ? tr(", and due next: ") : ": ")
                         << itemLine(written, one.calendar, run.viewer()) << '\n';
   }

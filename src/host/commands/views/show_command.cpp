@@ -105,7 +105,7 @@ void registerShowCommand(CommandLine& line) {
       ->type_name("N")
       ->check(CLI::Range(0, 1000))
       ->capture_default_str();
-  command.add_option("--calendar", words->calendars, "Only in this calendar or reminder list; may be repeated")
+  command.add_option("--in,--calendar", words->calendars, "Only in this calendar or reminder list; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);
 }

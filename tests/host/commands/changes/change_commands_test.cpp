@@ -100,9 +100,9 @@ TEST_F(ChangesOfItems, MoveToAnotherCalendar) {
 }
 
 TEST_F(ChangesOfItems, CompleteRemindersAndOpenThemAgain) {
-  EXPECT_THAT(typed({"done", "Buy milk"}), HasSubstr("done: \"Buy milk\""));
+  EXPECT_THAT(typed({"done", "Buy milk"}), HasSubstr("Done: \"Buy milk\""));
   EXPECT_THAT(refused({"done", "Buy milk"}), HasSubstr("no open reminder \"Buy milk\""));
-  EXPECT_THAT(typed({"reopen", "Buy milk"}), HasSubstr("open again: \"Buy milk\""));
+  EXPECT_THAT(typed({"reopen", "Buy milk"}), HasSubstr("Open again: \"Buy milk\""));
   EXPECT_THAT(typed({"done", "plants"}), AllOf(HasSubstr("due next"), HasSubstr("Tue 3 Nov 2026 18:00")));
   EXPECT_THAT(typed({"done", "plants", "--dry-run"}), HasSubstr("Would be done"));
   EXPECT_THAT(typed({"done", "plants"}), HasSubstr("Wed 4 Nov 2026 18:00"));
