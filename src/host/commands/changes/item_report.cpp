@@ -9,6 +9,7 @@
 #include "host/commands/choosing/item_choice.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/command_line/told_line.h"
 #include "host/commands/command_line/trouble.h"
 #include "host/commands/describing/item_json.h"
 #include "host/commands/words/day_words.h"
@@ -81,8 +82,8 @@ Status tellItem(ChangeRun& run, const Outcome& outcome, const Item& item, const 
   std::ostream& out = run.context().streams.out;
   const bool json = run.context().options.json;
   if (!json) {
-    out << translated(run.dryRun() ? outcome.rehearsed : outcome.done) << ' ' << itemLine(item, calendar, run.viewer())
-        << '\n';
+    tellLine(run.context().streams, translated(run.dryRun() ? outcome.rehearsed : outcome.done) + ' ' +
+                                        itemLine(item, calendar, run.viewer()));
   }
   if (!json && (!overlaps || overlaps->empty())) { return {}; }
   ORLOCAL_TRY(const auto names, CalendarNames::of(run.store()));

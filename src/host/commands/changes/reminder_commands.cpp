@@ -10,6 +10,7 @@
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
 #include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/told_line.h"
 #include "host/commands/describing/item_json.h"
 
 namespace orlocal::host {
@@ -44,8 +45,8 @@ Result<ExitStatus> complete(const CompletionWords& words, bool done, CommandCont
     const std::string what = run.dryRun() ? (done ? tr("Would be done") : tr("Would be open again"))
                              : done       ? tr("Done")
                                           : tr("Open again");
-    context.streams.out << what << (goesOn ? tr(", and due next: ") : ": ")
-                        << itemLine(written, one.calendar, run.viewer()) << '\n';
+    tellLine(context.streams,
+             what + (goesOn ? tr(", and due next: ") : ": ") + itemLine(written, one.calendar, run.viewer()));
   }
   if (context.options.json) { printJson(json, context.streams.out); }
   return ExitStatus::kDone;

@@ -11,6 +11,7 @@
 #include "host/commands/changes/change_run.h"
 #include "host/commands/changes/item_report.h"
 #include "host/commands/command_line/json_text.h"
+#include "host/commands/command_line/told_line.h"
 #include "host/commands/describing/item_json.h"
 
 namespace orlocal::host {
@@ -74,7 +75,7 @@ Result<ExitStatus> removeItems(const RemoveWords& words, CommandContext& context
     ORLOCAL_CHECK(about(*target.row, removeTarget(run.store(), target)));
     json.push_back(itemJson(*target.row, target.occurrence, names, run.viewer()));
     if (!context.options.json) {
-      context.streams.out << (run.dryRun() ? tr("Would remove {}\n", lines[i]) : tr("Removed {}\n", lines[i]));
+      tellLine(context.streams, run.dryRun() ? tr("Would remove {}", lines[i]) : tr("Removed {}", lines[i]));
     }
   }
   if (context.options.json) { printJson(json, context.streams.out); }

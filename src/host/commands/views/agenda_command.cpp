@@ -9,6 +9,7 @@
 #include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
+#include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -31,8 +32,17 @@ struct AgendaWords {
   std::vector<std::string> calendars;
 };
 
+/// The lines of a column; one without a width, however long it is.
+std::vector<std::string> columnOf(const std::string& text, std::optional<std::size_t> width) {
+  if (!width || text.empty()) { return {text}; }
+  return foldedText(text, *width);
+}
+
+/// With a width long titles and places go on under their columns. Without one, where programs read, each line is whole.
 void printBlock(const std::string& heading, const std::vector<AgendaLine>& lines, const Ink& ink, bool first,
-                std::ostream& out) {
+                std::optional<std::size_t> width, std::ostream& out) {
+  constexpr std::size_t kNarrowestTitle = 24, kNarrowestPlace = 12, kUsualPlace = 20;
+  const std::size_t before = 2 + kTimeWidth + (ink.on() ? 2 : 0);
   std::vector<std::string> titles;
   std::size_t titleWidth = 0;
   std::size_t calendarWidth = 0;
@@ -41,26 +51,53 @@ void printBlock(const std::string& heading, const std::vector<AgendaLine>& lines
     titleWidth = std::max(titleWidth, std::min(displayWidth(titles.back()), kWidestTitle));
     calendarWidth = std::max(calendarWidth, displayWidth(line.calendar));
   }
+  const bool anyPlace = std::any_of(lines.begin(), lines.end(), [](const auto& line) { return !line.place.empty(); });
+  if (width && anyPlace) {
+    const std::size_t others = before + calendarWidth + 4 + kUsualPlace;
+    titleWidth = std::min(titleWidth, std::max(kNarrowestTitle, *width - std::min(*width, others)));
+  }
+  const std::size_t placeColumn = before + titleWidth + 2 + calendarWidth + 2;
+  const bool hasRoom = width && *width >= placeColumn + kNarrowestPlace;
   out << (first ? "" : "\n") << ink.bold(heading) << '\n';
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const AgendaLine& line = lines[i];
-    out << "  " << padded(line.time, kTimeWidth);
-    if (ink.on()) { out << ink.colored(line.color, "● "); }
-    const std::string blanks = padded(titles[i], titleWidth).substr(titles[i].size());
-    out << (line.cancelled ? ink.struck(titles[i]) : titles[i]) << blanks << "  ";
-    if (line.place.empty()) {
-      out << ink.dim(line.calendar) << '\n';
-    } else {
-      out << ink.dim(padded(line.calendar, calendarWidth)) << "  " << line.place << '\n';
+    const auto title = columnOf(titles[i], width ? std::optional(titleWidth) : std::nullopt);
+    // Where there is no room beside, the place stands below.
+    const bool below = width && !hasRoom && !line.place.empty() && displayWidth(line.place) + placeColumn > *width;
+    const auto place = below ? std::vector<std::string>{}
+                             : columnOf(line.place, hasRoom ? std::optional(*width - placeColumn) : std::nullopt);
+    for (std::size_t row = 0; row < std::max(title.size(), place.size()); ++row) {
+      const std::string part = row < title.size() ? title[row] : "";
+      const std::string shownPlace = row < place.size() ? place[row] : "";
+      out << "  " << padded(row == 0 ? line.time : "", kTimeWidth);
+      if (ink.on()) { out << (row == 0 ? ink.colored(line.color, "● ") : "  "); }
+      out << (line.cancelled && !part.empty() ? ink.struck(part) : part);
+      const std::string calendar = row == 0 ? line.calendar : "";
+      if (calendar.empty() && shownPlace.empty()) {
+        out << '\n';
+        continue;
+      }
+      out << padded(part, titleWidth).substr(part.size()) << "  ";
+      if (shownPlace.empty()) {
+        out << ink.dim(calendar) << '\n';
+      } else {
+        out << ink.dim(padded(calendar, calendarWidth)) << "  " << shownPlace << '\n';
+      }
+    }
+    if (below) {
+      for (const std::string& part : foldedText(line.place, *width - std::min(*width - 1, before))) {
+        out << padded("", before) << part << '\n';
+      }
     }
   }
 }
 
-void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::ostream& out) {
+void print(const Agenda& agenda, store::LocalDay today, const Ink& ink, std::optional<std::size_t> width,
+           std::ostream& out) {
   bool first = true;
   const auto add = [&](const std::string& heading, const std::vector<AgendaLine>& lines) {
     if (lines.empty()) { return; }
-    printBlock(heading, lines, ink, first, out);
+    printBlock(heading, lines, ink, first, width, out);
     first = false;
   };
   add(tr("Overdue"), linesOf(agenda.overdue, agenda));
@@ -95,7 +132,9 @@ Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) 
     printJson(agendaJson(agenda), context.streams.out);
   } else {
     if (!words.zone.empty()) { context.streams.out << tr("Times in {}\n\n", viewer.name()); }
-    print(agenda, today, Ink(context.streams.colors), context.streams.out);
+    const bool terminal = context.streams.outIsTerminal;
+    print(agenda, today, Ink(context.streams.colors), terminal ? std::optional(terminalWidth(true)) : std::nullopt,
+          context.streams.out);
   }
   return ExitStatus::kDone;
 }

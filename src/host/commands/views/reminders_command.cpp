@@ -10,6 +10,7 @@
 #include "base/translation.h"
 #include "base/try.h"
 #include "host/commands/command_line/command.h"
+#include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -79,8 +80,14 @@ void printBlocks(const std::vector<std::pair<BlockWord, Items>>& blocks, const C
     streams.out << (any ? "\n" : "") << ink.bold(translated(word.heading)) << '\n';
     for (std::size_t i = 0; i < items.size(); ++i) {
       const store::Calendar* list = names.calendar(items[i]->calendar);
-      streams.out << "  " << (whenWidth > 0 ? padded(whens[i], whenWidth + 2) : "") << padded(titles[i], titleWidth)
+      // On a terminal a long title goes on under its column; programs read one line.
+      const auto title =
+          streams.outIsTerminal ? foldedText(titles[i], titleWidth) : std::vector<std::string>{titles[i]};
+      streams.out << "  " << (whenWidth > 0 ? padded(whens[i], whenWidth + 2) : "") << padded(title.front(), titleWidth)
                   << "  " << ink.dim(list != nullptr ? printable(names.name(*list)) : "") << '\n';
+      for (std::size_t row = 1; row < title.size(); ++row) {
+        streams.out << padded("", whenWidth > 0 ? whenWidth + 4 : 2) << title[row] << '\n';
+      }
     }
     any = true;
   }

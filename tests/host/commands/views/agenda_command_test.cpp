@@ -160,5 +160,23 @@ TEST_F(AgendaCommand, PrintsJsonWithMomentsAndDays) {
   EXPECT_EQ(json["reminders"][0]["due"], "2026-11-03");
 }
 
+TEST_F(AgendaCommand, FoldsLongTitlesAndPlacesUnderTheirColumnsOnATerminal) {
+  imported(calendar("Work", event("1", "Quarterly review of everything that was planned",
+                                  "DTSTART:20261103T090000Z\r\nLOCATION:Conference room on the third floor\r\n")));
+  const std::string whole =
+      "  10:00        Quarterly review of everything that was planned  Work  Conference room on the third floor\n";
+  ASSERT_EQ(run({"agenda", "2026-11-03"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(out, testing::HasSubstr(whole)) << "a program that reads it wants one line";
+  onTerminal = true;
+  ::setenv("COLUMNS", "72", 1);
+  ASSERT_EQ(run({"agenda", "2026-11-03", "--color", "never"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(out, testing::HasSubstr("  10:00        Quarterly review of            Work  Conference room on\n"
+                                      "               everything that was planned          the third floor\n"));
+  ::setenv("COLUMNS", "40", 1);
+  ASSERT_EQ(run({"agenda", "2026-11-03", "--color", "never"}), ExitStatus::kDone) << err;
+  EXPECT_THAT(out, testing::HasSubstr("               Conference room on the\n               third floor\n"));
+  ::unsetenv("COLUMNS");
+}
+
 }  // namespace
 }  // namespace orlocal::host
