@@ -90,7 +90,7 @@ class Teller {
     for (const Check& each : checks) { m_nameWidth = std::max(m_nameWidth, std::string_view(each.name).size()); }
   }
 
-  void tell(const Check& check, const Verdict& verdict) {
+  void tell(const Check& check, const CheckVerdict& verdict) {
     ++m_counts[static_cast<std::size_t>(verdict.kind)];
     if (m_json) {
       m_list.push_back(
@@ -105,7 +105,7 @@ class Teller {
     }
     const std::string word = translated(host::wordFor(verdict.kind));
     m_out << padded(check.name, m_nameWidth) << "  " << (verdict.isGood() ? word : m_ink.bold(word)) << '\n';
-    if (verdict.kind == Verdict::Kind::kPassed) {
+    if (verdict.kind == CheckVerdict::Kind::kPassed) {
       m_out.flush();
       return;
     }
@@ -168,7 +168,7 @@ Result<ExitStatus> runChecks(const CheckWords& words, CommandContext& context) {
   setting.patience = std::chrono::seconds(words.patience);
   Teller teller(setting, checks, context);
   for (const Check& each : checks) {
-    ORLOCAL_TRY(const Verdict verdict, runCheck(each, setting));
+    ORLOCAL_TRY(const CheckVerdict verdict, runCheck(each, setting));
     teller.tell(each, verdict);
   }
   teller.end();

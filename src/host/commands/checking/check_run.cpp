@@ -53,8 +53,8 @@ Status work(const check::Check& check, const CheckSetting& setting, const std::f
   return {};
 }
 
-Verdict verdictOf(const ChildResult& result) {
-  Verdict verdict;
+CheckVerdict verdictOf(const ChildResult& result) {
+  CheckVerdict verdict;
   std::istringstream told(result.output);
   bool done = false;
   for (std::string line; std::getline(told, line);) {
@@ -62,10 +62,10 @@ Verdict verdictOf(const ChildResult& result) {
     if (line.starts_with(kStep)) {
       verdict.step = behind(kStep);
     } else if (line.starts_with(kFailed)) {
-      verdict.kind = Verdict::Kind::kFailed;
+      verdict.kind = CheckVerdict::Kind::kFailed;
       verdict.reasons.push_back(behind(kFailed));
     } else if (line.starts_with(kSkipped)) {
-      verdict.kind = Verdict::Kind::kSkipped;
+      verdict.kind = CheckVerdict::Kind::kSkipped;
       verdict.reasons.push_back(behind(kSkipped));
     } else if (line == kDone) {
       done = true;
@@ -76,37 +76,37 @@ Verdict verdictOf(const ChildResult& result) {
     verdict.step.clear();
     return verdict;
   }
-  verdict.kind = result.hung ? Verdict::Kind::kHung : Verdict::Kind::kCrashed;
+  verdict.kind = result.hung ? CheckVerdict::Kind::kHung : CheckVerdict::Kind::kCrashed;
   verdict.reasons = {result.hung ? tr("it did not come back") : tr("its process {}", result.ending)};
   return verdict;
 }
 
 }  // namespace
 
-const char* wordFor(Verdict::Kind kind) {
+const char* wordFor(CheckVerdict::Kind kind) {
   switch (kind) {
-    case Verdict::Kind::kPassed:
+    case CheckVerdict::Kind::kPassed:
       return translatable("passed");
-    case Verdict::Kind::kFailed:
+    case CheckVerdict::Kind::kFailed:
       return translatable("failed");
-    case Verdict::Kind::kCrashed:
+    case CheckVerdict::Kind::kCrashed:
       return translatable("crashed");
-    case Verdict::Kind::kHung:
+    case CheckVerdict::Kind::kHung:
       return translatable("hung");
-    case Verdict::Kind::kSkipped:
+    case CheckVerdict::Kind::kSkipped:
       return translatable("skipped");
   }
   return "";
 }
 
-Result<Verdict> runCheck(const check::Check& check, const CheckSetting& setting) {
+Result<CheckVerdict> runCheck(const check::Check& check, const CheckSetting& setting) {
   TemporaryFolder folder;
   ORLOCAL_CHECK(folder.make());
   const auto begun = std::chrono::steady_clock::now();
   ORLOCAL_TRY(
       const ChildResult result,
       runInChild([&](std::ostream& out) { return work(check, setting, folder.path(), out); }, setting.patience));
-  Verdict verdict = verdictOf(result);
+  CheckVerdict verdict = verdictOf(result);
   verdict.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
   return verdict;
 }

@@ -12,7 +12,7 @@
 namespace orlocal::host {
 
 /// How a check ended.
-struct Verdict {
+struct CheckVerdict {
   enum class Kind : std::uint8_t { kPassed, kFailed, kCrashed, kHung, kSkipped };
 
   Kind kind = Kind::kPassed;
@@ -23,7 +23,7 @@ struct Verdict {
   bool isGood() const { return kind == Kind::kPassed || kind == Kind::kSkipped; }
 };
 /// "passed", "failed", "crashed", "hung", "skipped".
-const char* wordFor(Verdict::Kind kind);
+const char* wordFor(CheckVerdict::Kind kind);
 
 struct CheckSetting {
   std::filesystem::path plugin;  ///< absolute
@@ -34,6 +34,6 @@ struct CheckSetting {
 /// Runs it in a process of its own, with a home folder, an environment and a calendar store of its own, all of which
 /// are gone afterwards. What the plug-in prints is thrown away. Fails when there is no process or
 /// no folder to be had.
-Result<Verdict> runCheck(const check::Check& check, const CheckSetting& setting);
+Result<CheckVerdict> runCheck(const check::Check& check, const CheckSetting& setting);
 
 }  // namespace orlocal::host
