@@ -30,7 +30,7 @@ struct AlarmRing {
 class AlarmTimetable {
  public:
   /// The store is borrowed.
-  AlarmTimetable(CalendarStore& store, Zone viewer) : m_store(store), m_viewer(std::move(viewer)) {}
+  AlarmTimetable(CalendarStore& store, Zone viewer) : m_store(store), m_viewer(viewer) {}
 
   /// What rings in [from, to), by its moment.
   Result<std::vector<AlarmRing>> between(Moment from, Moment to);

@@ -39,7 +39,7 @@ std::string standardOf(const SettingRow& row) {
 
 /// As it was before the program put its own settings into the environment.
 std::optional<SettingValue> setValue(const Settings& settings, Setting setting) {
-  const auto inFile = settings.fileValue(setting);
+  auto inFile = settings.fileValue(setting);
   if (setting == Setting::kScriptAtStart) { return inFile; }
   const auto value = settings.value(setting);
   return setting == Setting::kZone && inFile && value->text == inFile->text ? inFile : value;

@@ -38,7 +38,7 @@ std::string spanWords(store::Moment start, store::Moment end, bool allDay, const
     const LocalDay last(viewer.toLocal(std::max(start, end - std::chrono::microseconds(1))));
     return last == LocalDay(from) ? shortDay(last) : fmt::format("{} – {}", shortDay(LocalDay(from)), shortDay(last));
   }
-  const std::string begin = fmt::format("{} {}", shortDay(LocalDay(from)), clockTime(from));
+  std::string begin = fmt::format("{} {}", shortDay(LocalDay(from)), clockTime(from));
   if (end <= start) { return begin; }
   if (LocalDay(from) == LocalDay(to)) { return fmt::format("{}–{}", begin, clockTime(to)); }
   if (to == LocalTime(LocalDay(from) + 1)) { return begin + "–24:00"; }

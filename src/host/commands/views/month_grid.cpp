@@ -59,7 +59,7 @@ std::string entryText(const GridLine::Piece& piece, std::size_t width, const Ink
   constexpr std::size_t kRoomForTimes = 8;
   const std::string time =
       isDue || width < kRoomForTimes ? "" : fmt::format("{}:{:02} ", entry.start.hour(), entry.start.minute());
-  const std::string text = cell(time + (ink.on() ? entry.title : gridTitle(entry, entry.title, ink)), width);
+  std::string text = cell(time + (ink.on() ? entry.title : gridTitle(entry, entry.title, ink)), width);
   if (!ink.on()) { return text; }
   return ink.colored(entry.color, entry.cancelled ? ink.struck(text) : text);
 }

@@ -108,7 +108,7 @@ Result<ExitStatus> runReminders(ReminderWords words, CommandContext& context) {
   std::vector<std::pair<BlockWord, Items>> blocks;
   for (const BlockWord& word : kBlocks) { blocks.emplace_back(word, Items()); }
   const store::Moment now = store::now();
-  ORLOCAL_CHECK(readRows(*store, ids, [&](std::size_t, std::shared_ptr<const store::Item> item) {
+  ORLOCAL_CHECK(readRows(*store, ids, [&](std::size_t, const std::shared_ptr<const store::Item>& item) {
     const ReminderBlock block = blockOf(*item, now, viewer);
     if (!wants(words, block)) { return; }
     for (auto& [word, items] : blocks) {

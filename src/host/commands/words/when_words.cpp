@@ -145,7 +145,7 @@ std::string titleOf(const WordCursor& words, std::size_t count) {
 }
 
 std::string timesOnOneDay(const Times& times) {
-  const std::string from = clockTime(times.start);
+  std::string from = clockTime(times.start);
   if (times.end == times.start) { return from; }
   const bool midnight = times.end == LocalTime(LocalDay(times.end)) && LocalDay(times.end) == LocalDay(times.start) + 1;
   return from + "–" + (midnight ? "24:00" : clockTime(times.end));
