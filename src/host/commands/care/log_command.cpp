@@ -46,11 +46,11 @@ Result<CommandLog> readLog(ChangeRun& run, const LogWords& words, std::optional<
   CommandLog log;
   ORLOCAL_TRY(const auto all, run.store().commandsOf(ChangeRun::person()));
   const std::size_t limit = words.limit.value_or(words.number ? all.size() : LogWords::kUsualLimit);
-  const auto from = since ? std::optional(run.viewer().toMoment(store::LocalTime(*since))) : std::nullopt;
+  const store::Moment from = since ? run.viewer().toMoment(store::LocalTime(*since)) : store::Moment::min();
   for (const JournalEntry& entry : all) {
     if (!log.next && !entry.undoneBy && !entry.undoes) { log.next = entry.number; }
     if (words.number && entry.number != *words.number) { continue; }
-    if (from && entry.made < *from) { continue; }
+    if (entry.made < from) { continue; }
     if (log.entries.size() < limit) {
       log.entries.push_back(entry);
     } else {
