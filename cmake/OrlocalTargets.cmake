@@ -28,9 +28,11 @@ if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(orlocal_options INTERFACE -Wno-subobject-linkage)
 endif()
 
-# libFuzzer sees only what is instrumented: the libraries as well as the targets.
+# libFuzzer sees only what is instrumented: the layers as well as the targets, but for those that no target calls.
+set(ORLOCAL_FUZZED ON)
 if(ORLOCAL_FUZZ)
-  target_compile_options(orlocal_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_compile_options(orlocal_options
+                         INTERFACE $<$<BOOL:$<TARGET_PROPERTY:ORLOCAL_FUZZED>>:-fsanitize=fuzzer-no-link>)
 endif()
 
 # orlocal_layer(NAME [SOURCES file…] [USES target…]): the layer's library; without sources its headers.
@@ -43,7 +45,7 @@ function(orlocal_layer name)
   endif()
   add_library(${name} STATIC ${LAYER_SOURCES})
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
-                                           VISIBILITY_INLINES_HIDDEN ON)
+                                           VISIBILITY_INLINES_HIDDEN ON ORLOCAL_FUZZED ${ORLOCAL_FUZZED})
   target_link_libraries(${name} PUBLIC orlocal_options ${LAYER_USES})
 endfunction()
 

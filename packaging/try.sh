@@ -14,25 +14,25 @@ did() { echo "  $*"; }
 
 # use SYSTEM PROGRAM [PLUGIN_FOLDER]: what somebody does first.
 use() {
-  cat >"$1/root/use.sh" <<'END'
+  cat >"$1/srv/use.sh" <<'END'
 set -eu
 program=$1
 version=$2
-export TZ=Europe/Berlin ORLOCAL_NOW=2026-11-02T08:00:00Z ORLOCAL_STORE=/root/used.db
-rm -f /root/used.db*
+export TZ=Europe/Berlin ORLOCAL_NOW=2026-11-02T08:00:00Z ORLOCAL_STORE=/srv/used.db
+rm -f /srv/used.db*
 "$program" --version | grep -qF "orlocal $version"
 "$program" new "Lunch with Grace tomorrow 12:30 1h" | grep -q "Tue 3 Nov 2026 12:30"
 "$program" agenda --from 2026-11-03 --to 2026-11-03 | grep -q "12:30.*Lunch with Grace"
 [ "$("$program" eval Orlo_Version)" = "$version" ]
 [ "$("$program" eval 'Orlo_CalOpenCalendarWithTitle( "Calendar" )' 'Orlo_GetProperty( "calendar" ; "title" )' | tail -1)" = Calendar ]
 "$program" doctor --plugin none | grep -q "Europe/Berlin, now +01:00"
-"$program" export -o /root/used.ics && grep -q "SUMMARY:Lunch with Grace" /root/used.ics
-"$program" backup /root/used.backup --replace >/dev/null
+"$program" export -o /srv/used.ics && grep -q "SUMMARY:Lunch with Grace" /srv/used.ics
+"$program" backup /srv/used.backup --replace >/dev/null
 "$program" functions --json | grep -q Orlo_EventsFetch
 LANGUAGE=de LANG=C.UTF-8 "$program" functions | grep -q "Kalender"
 # A server that does not answer is told as that; libraries for the network load.
-if "$program" subscribe https://127.0.0.1:9/none.ics 2>/root/refused; then exit 1; fi
-grep -qi "127.0.0.1" /root/refused
+if "$program" subscribe https://127.0.0.1:9/none.ics 2>/srv/refused; then exit 1; fi
+grep -qi "127.0.0.1" /srv/refused
 folder="/opt/host/Extensions"
 rm -rf /opt/host /etc/orlocal && mkdir -p "$folder" && chown nobody "$folder"
 unset ORLOCAL_STORE
@@ -40,19 +40,19 @@ unset ORLOCAL_STORE
 [ "$(stat -c %U "$folder/Orlocal.fmx" /var/lib/orlocal/calendar.db | sort -u)" = nobody ]
 "$program" install-plugin --folder "$folder" --settings /etc/orlocal/orlocal.conf --remove >/dev/null
 [ -z "$(ls "$folder")" ] && [ ! -e /etc/orlocal ]
-rm -rf /opt/host /var/lib/orlocal /root/used.db* /root/used.ics /root/used.backup /root/refused
+rm -rf /opt/host /var/lib/orlocal /srv/used.db* /srv/used.ics /srv/used.backup /srv/refused
 END
-  inside "$1" sh /root/use.sh "$2" "$version" || fail "$suite: $2 does not do what it should"
+  inside "$1" sh /srv/use.sh "$2" "$version" || fail "$suite: $2 does not do what it should"
 }
 
 # use_as_library SYSTEM: a program that is built with the packaged store, and the packaged module.
 use_as_library() {
-  cat >"$1/root/use.cpp" <<'END'
+  cat >"$1/srv/use.cpp" <<'END'
 #include <cstdio>
 #include "store/calendar_store.h"
 int main() {
   orlocal::store::StoreOptions options;
-  options.file = "/root/library.db";
+  options.file = "/srv/library.db";
   const auto store = orlocal::store::CalendarStore::open(std::move(options));
   if (!store) { return std::puts(store.error().message.c_str()), 1; }
   return (*store)->calendars(orlocal::store::CalendarKind::kEvents)->size() == 1 ? 0 : 1;
@@ -82,33 +82,33 @@ try_packages() {
   say "Packages in a bare $suite"
   system=$out/systems/try-$suite
   fresh_system "$suite" "$system"
-  mkdir "$system/root/now" "$system/root/next"
-  cp "$out/$suite"/*.deb "$system/root/now"
-  rm "$system/root/now"/*-dbgsym_*.deb
-  for file in "$system/root/now"/*.deb; do next_version "$file" "$system/root/next"; done
+  mkdir "$system/srv/now" "$system/srv/next"
+  cp "$out/$suite"/*.deb "$system/srv/now"
+  rm "$system/srv/now"/*-dbgsym_*.deb
+  for file in "$system/srv/now"/*.deb; do next_version "$file" "$system/srv/next"; done
   get="apt-get install -y -qq --no-install-recommends --allow-downgrades -o Dpkg::Use-Pty=0"
   # What they need comes first, so that what is left behind in the end is theirs alone.
   ours="orlocal orlocal-plugin liborlocalstore-dev python3-orlocal"
   log=$out/try-$suite.log
   : >"$log"
-  inside "$system" sh -c "$get /root/now/*.deb" >>"$log" 2>&1 || { tail -5 "$log" >&2; fail "$suite: they cannot be installed"; }
+  inside "$system" sh -c "$get /srv/now/*.deb" >>"$log" 2>&1 || { tail -5 "$log" >&2; fail "$suite: they cannot be installed"; }
   did "installed: $(inside "$system" dpkg-query -W -f '${Package} ${Version}, ' orlocal orlocal-plugin)"
   use "$system" orlocal
   did "used"
   use_as_library "$system"
   did "a program was built with the store, and the module was loaded"
-  inside "$system" sh -c "$get /root/next/*.deb" >>"$log" 2>&1 || fail "$suite: they cannot be upgraded"
+  inside "$system" sh -c "$get /srv/next/*.deb" >>"$log" 2>&1 || fail "$suite: they cannot be upgraded"
   inside "$system" dpkg-query -W -f '${Version}\n' orlocal | grep -q next || fail "$suite: the upgrade did nothing"
   use "$system" orlocal
   did "upgraded, used"
-  inside "$system" sh -c "$get /root/now/*.deb" >>"$log" 2>&1 || fail "$suite: they cannot be downgraded"
+  inside "$system" sh -c "$get /srv/now/*.deb" >>"$log" 2>&1 || fail "$suite: they cannot be downgraded"
   use "$system" orlocal
   did "downgraded, used"
   inside "$system" dpkg --verify $ours | grep . && fail "$suite: files differ from what was packaged"
   inside "$system" apt-get remove -y -qq $ours >>"$log" 2>&1 || fail "$suite: they cannot be removed"
   files_of "$system" >"$out/removed.txt"
   grep -i orlocal "$out/removed.txt" && fail "$suite: that was left behind"
-  inside "$system" sh -c "$get /root/now/*.deb" >>"$log" 2>&1
+  inside "$system" sh -c "$get /srv/now/*.deb" >>"$log" 2>&1
   inside "$system" apt-get purge -y -qq $ours >>"$log" 2>&1 || fail "$suite: they cannot be purged"
   files_of "$system" >"$out/purged.txt"
   cmp "$out/removed.txt" "$out/purged.txt" || fail "$suite: a purge leaves something else than a removal"

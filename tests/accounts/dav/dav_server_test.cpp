@@ -74,7 +74,7 @@ TEST_F(DavServerRequests, GiveCalendarsOfADefaultNamespace) {
   ASSERT_TRUE(found);
   ASSERT_EQ(found->size(), 1U) << "neither the home nor the address book is one";
   const RemoteCalendar& work = found->front();
-  EXPECT_EQ(work.url, "https://h/ann/work/");
+  EXPECT_EQ(work.url, "https://h/ann/team/");
   EXPECT_EQ(work.displayName, "Work & more");
   ASSERT_TRUE(work.color);
   EXPECT_EQ(work.color->bytes(), (std::array<int, 3>{0x2E, 0x8B, 0x57}));
