@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "base/translation.h"
 #include "host/commands/words/alarm_words.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/repeat_words.h"
 #include "store/edits/event_times.h"
 
