@@ -41,9 +41,8 @@ std::string filtered(std::string_view kept, Wanted wanted) {
 }  // namespace
 
 std::string withoutParametersOf(std::string_view property, std::string_view kept) {
-  return filtered(kept, [&](std::string_view line, int depth) {
-    return !hasParameters(line) || !isOf(property, line, depth);
-  });
+  return filtered(
+      kept, [&](std::string_view line, int depth) { return !hasParameters(line) || !isOf(property, line, depth); });
 }
 
 std::string withoutLinesOf(std::string_view property, std::string_view kept) {
