@@ -15,7 +15,6 @@
 namespace orlocal::host {
 namespace {
 
-using std::chrono::seconds;
 using store::Attendee;
 
 constexpr std::int64_t kWeek = 604'800;
@@ -70,7 +69,7 @@ std::vector<std::string> categoriesOf(const store::Item& item) {
 bool isCancelled(const store::Item& item) { return statusOf(item) == "cancelled"; }
 bool isTentative(const store::Item& item) { return statusOf(item) == "tentative"; }
 
-std::string lengthWords(seconds length) {
+std::string lengthWords(std::chrono::seconds length) {
   std::int64_t left = std::abs(length.count());
   std::string text;
   for (const std::int64_t unit : kLengthUnits) {
