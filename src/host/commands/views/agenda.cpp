@@ -192,4 +192,20 @@ nlohmann::json agendaJson(const Agenda& agenda) {
   return json;
 }
 
+nlohmann::json agendaRows(const Agenda& agenda) {
+  const nlohmann::json lists = agendaJson(agenda);
+  std::vector<std::pair<Moment, const nlohmann::json*>> timed;
+  for (std::size_t i = 0; i < agenda.events.size(); ++i) {
+    timed.emplace_back(agenda.events[i].when.start, &lists["events"][i]);
+  }
+  for (std::size_t i = 0; i < agenda.reminders.size(); ++i) {
+    timed.emplace_back(*agenda.reminders[i].due, &lists["reminders"][i]);
+  }
+  std::stable_sort(timed.begin(), timed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  nlohmann::json rows = lists["overdue"];
+  for (const auto& [at, row] : timed) { rows.push_back(*row); }
+  rows.insert(rows.end(), lists["undated"].begin(), lists["undated"].end());
+  return rows;
+}
+
 }  // namespace orlocal::host

@@ -42,6 +42,8 @@ Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer
 
 /// For programs: docs/schema/output.json.
 nlohmann::json agendaJson(const Agenda& agenda);
+/// Its events and reminders in one list: what is overdue, then by time, then what has no date.
+nlohmann::json agendaRows(const Agenda& agenda);
 
 /// One line of a day.
 struct AgendaLine {
