@@ -34,8 +34,11 @@ std::vector<store::CalendarId> idsOf(const std::vector<store::Calendar>& calenda
   return ids;
 }
 
-AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar, const Agenda& agenda) {
+AgendaLine lineFor(const std::shared_ptr<const store::Item>& shared, const store::Calendar& calendar,
+                   const Agenda& agenda) {
+  const store::Item& item = *shared;
   AgendaLine line;
+  line.item = shared;
   line.title = printable(item.title.value_or(tr("(no title)")));
   line.cancelled = isCancelled(item);
   line.calendar = printable(agenda.names.name(calendar));
@@ -50,8 +53,8 @@ void addMarks(AgendaLine& line, const store::Item& item) {
 }
 
 AgendaLine lineFor(const Agenda::Reminder& reminder, const Agenda& agenda) {
-  AgendaLine line = lineFor(*reminder.item, reminder.calendar, agenda);
-  line.title = "☐ " + line.title;
+  AgendaLine line = lineFor(reminder.item, reminder.calendar, agenda);
+  line.title = (reminder.item->completed ? "☑ " : "☐ ") + line.title;
   addMarks(line, *reminder.item);
   return line;
 }
@@ -72,7 +75,8 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const Age
   const bool instant = when.end <= when.start;
   if (when.start >= end || (instant ? when.start < begin : when.end <= begin)) { return std::nullopt; }
 
-  AgendaLine line = lineFor(*event.item, event.calendar, agenda);
+  AgendaLine line = lineFor(event.item, event.calendar, agenda);
+  line.when = when;
   if (event.item->allDay()) {
     const LocalDay firstDay(viewer.toLocal(when.start));
     const LocalDay lastDay(viewer.toLocal(std::max(when.start, when.end - std::chrono::microseconds(1))));

@@ -53,6 +53,8 @@ struct AgendaLine {
   std::string calendar;
   std::string place;
   std::optional<store::Rgb> color;
+  std::shared_ptr<const store::Item> item;
+  std::optional<store::Occurrence> when;  ///< of an event
 };
 
 /// The lines of each day that has some: whole days first, then by time of day. An event has a line on each of the

@@ -26,8 +26,6 @@
 namespace orlocal::host {
 namespace {
 
-constexpr std::size_t kLabelWidth = 12;
-
 struct ShowWords {
   std::vector<std::string> what;
   std::vector<std::string> calendars;
@@ -42,14 +40,7 @@ void printCard(const ItemFacts& facts, const std::vector<CardLine>& card, Stream
   for (const std::string& line : foldedText(shownTitle(facts.item, Ink(false)), width)) {
     streams.out << ink.bold(line) << '\n';
   }
-  for (const CardLine& each : card) {
-    std::string label = "  " + each.label;
-    for (const std::string& line : foldedText(each.text, width - kLabelWidth - 2)) {
-      const std::string shown = line.empty() ? "" : padded(label, kLabelWidth + 2).substr(label.size()) + line;
-      streams.out << (line.empty() ? "" : ink.dim(label)) << shown << '\n';
-      label.clear();
-    }
-  }
+  for (const CardLine& line : foldedCard(card, width)) { streams.out << ink.dim(line.label) << line.text << '\n'; }
 }
 
 nlohmann::json factsJson(const ItemFacts& facts, const CalendarNames& names, const store::Zone& viewer) {
