@@ -106,22 +106,28 @@ PictureLine rowLine(const AgendaLine& row, bool chosen, std::size_t width) {
           {padded(shortened(title, room), room), {.dim = row.cancelled, .reversed = chosen}}};
 }
 
-/// As many lines as there is room for, the chosen row among them.
+/// As many lines as there is room for, the chosen row among them and, where that goes, what it is under.
 Lines listLines(const BrowseState& state, Size size) {
   Lines lines;
-  std::size_t row = 0, chosenAt = 0;
+  std::size_t row = 0, shown = 0, heading = 0;
   for (const BrowseSection& section : browseSections(state)) {
     if (!lines.empty()) { lines.push_back({}); }
+    const std::size_t top = lines.size();
+    if (!state.chosen && section.day == state.day) { shown = heading = top; }
     lines.push_back({{shortened(section.heading, size.columns), {.bold = true}}});
     if (section.lines->empty()) { lines.push_back({{" " + tr("nothing"), {.dim = true}}}); }
     for (const AgendaLine& line : *section.lines) {
       const bool chosen = state.chosen == row++;
-      if (chosen) { chosenAt = lines.size(); }
+      if (chosen) {
+        shown = lines.size();
+        heading = top;
+      }
       lines.push_back(rowLine(line, chosen && state.inList, size.columns));
     }
   }
-  if (chosenAt >= size.lines) {
-    const auto over = std::min(lines.size() - size.lines, chosenAt - size.lines / 2);
+  if (shown >= size.lines) {
+    const std::size_t wanted = shown - heading < size.lines ? heading : shown - size.lines / 2;
+    const std::size_t over = std::min(wanted, lines.size() - size.lines);
     lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(over));
   }
   return lines;
@@ -139,8 +145,8 @@ Lines detailLines(const BrowseState& state, std::size_t width) {
 // What stands below.
 
 std::string hints(const BrowseState& state) {
-  return state.inList ? tr("n new  e edit  x remove  m move  Space done  u undo  ? keys  q quit")
-                      : tr("Tab list  t today  n new  / search  u undo  ? keys  q quit");
+  return state.inList ? tr("? keys  q quit  Enter all  e edit  x remove  Space done  m move  u undo")
+                      : tr("? keys  q quit  Tab list  n new  / search  t today  u undo");
 }
 
 /// A line to type, of which the end is seen when it is longer than the screen.
@@ -270,7 +276,10 @@ Picture menuPicture(const BrowseState& state, const BrowseMenu& menu) {
 
 Picture contentOf(const BrowseState& state) {
   if (state.size.columns < kSmallest.columns || state.size.lines < kSmallest.lines) {
-    return {{{{tr("Too small: {} × {} is needed", kSmallest.columns, kSmallest.lines)}}}, {}};
+    Picture picture;
+    const std::string told = tr("This is too small: {} × {} is needed.", kSmallest.columns, kSmallest.lines);
+    for (const std::string& line : foldedText(told, state.size.columns)) { picture.lines.push_back({{line}}); }
+    return picture;
   }
   if (const auto* page = std::get_if<BrowsePage>(&state.over)) { return pagePicture(state, *page); }
   if (const auto* menu = std::get_if<BrowseMenu>(&state.over)) { return menuPicture(state, *menu); }

@@ -111,6 +111,7 @@ void takeDays(BrowseState& state, BrowseDays days) {
 }
 
 BrowseWish press(BrowseState& state, const BrowseKey& key) {
+  if (key.name == BrowseKey::Name::kOther) { return {}; }
   state.message.clear();
   state.sent.reset();
   if (auto* prompt = std::get_if<BrowsePrompt>(&state.over)) { return pressInPrompt(state, *prompt, key); }

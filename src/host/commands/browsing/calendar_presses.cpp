@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/translation.h"
+#include "host/commands/browsing/browse_picture.h"
 #include "host/commands/browsing/browse_presses.h"
 #include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/terminal_text.h"
@@ -156,9 +157,9 @@ BrowseWish withChosen(BrowseState& state, BrowseWish (*act)(BrowseState&, const 
 void showKeys(BrowseState& state) {
   BrowsePage page;
   page.title = tr("Keys");
-  for (const KeyHelp& each : keyHelp()) {
-    page.lines.push_back({{padded("  " + translated(each.keys), 24), {.bold = true}}, {translated(each.meaning)}});
-  }
+  std::vector<CardLine> card;
+  for (const KeyHelp& each : keyHelp()) { card.push_back({translated(each.keys), translated(each.meaning)}); }
+  page.lines = cardLines(card, state.size.columns);
   state.over = std::move(page);
 }
 
@@ -206,8 +207,8 @@ constexpr KeyRow kKeys[] = {
 
 const std::vector<KeyHelp>& keyHelp() {
   static const std::vector<KeyHelp> kHelp{
-      {translatable("arrows, h j k l"), translatable("by days and weeks; in the list up and down")},
-      {translatable("PageUp, PageDown"), translatable("by months")},
+      {translatable("arrows hjkl"), translatable("by days and weeks; in the list, up and down")},
+      {translatable("PageUp/Down"), translatable("by months")},
       {translatable("Home, t"), translatable("today")},
       {translatable("Tab"), translatable("between the month and the list")},
       {translatable("Enter"), translatable("all that is known of it")},

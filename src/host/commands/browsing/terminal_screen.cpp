@@ -171,9 +171,13 @@ int TerminalScreen::sizeDescriptor() const { return m_terminal->sizeSignal; }
 
 void TerminalScreen::takeSize() {
   signalfd_siginfo taken{};
-  while (::read(m_terminal->sizeSignal, &taken, sizeof taken) > 0) {}
+  bool changed = false;
+  while (::read(m_terminal->sizeSignal, &taken, sizeof taken) > 0) { changed = true; }
   winsize size{};
-  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0) { ::resizeterm(size.ws_row, size.ws_col); }
+  if (!changed || ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0) { return; }
+  ::resize_term(size.ws_row, size.ws_col);
+  // What a terminal does with its lines when it changes is its own affair.
+  ::clearok(curscr, TRUE);
 }
 
 }  // namespace orlocal::host

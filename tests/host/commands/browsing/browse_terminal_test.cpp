@@ -1,0 +1,224 @@
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "host/commands/store_command_fixture.h"
+
+namespace orlocal::host {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+/// The built program on a pseudo-terminal.
+class BrowseTerminal : public StoreCommand {
+ protected:
+  BrowseTerminal() { makeStore(); }
+  ~BrowseTerminal() override {
+    if (m_child > 0) {
+      ::kill(m_child, SIGKILL);
+      int state = 0;
+      ::waitpid(m_child, &state, 0);
+    }
+    if (m_terminal >= 0) { ::close(m_terminal); }
+  }
+
+  void start(const char* type = "xterm-256color", bool colors = true) {
+    // Our own end of it keeps it open, and knows how it was set before.
+    winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+    ASSERT_EQ(::openpty(&m_terminal, &m_other, nullptr, nullptr, &size), 0);
+    ASSERT_EQ(::tcgetattr(m_other, &m_before), 0);
+    m_child = ::fork();
+    ASSERT_GE(m_child, 0);
+    if (m_child != 0) { return; }
+    ::setsid();
+    ::ioctl(m_other, TIOCSCTTY, 0);
+    for (const int descriptor : {0, 1, 2}) { ::dup2(m_other, descriptor); }
+    ::setenv("TERM", type, 1);
+    ::unsetenv("COLUMNS");
+    ::unsetenv("LINES");
+    colors ? ::unsetenv("NO_COLOR") : ::setenv("NO_COLOR", "1", 1);
+    ::execl(ORLOCAL_PROGRAM, "orlocal", "browse", nullptr);
+    ::_exit(127);
+  }
+
+  void type(std::string_view keys) {
+    ASSERT_EQ(::write(m_terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+  }
+
+  /// Reads on until the text has come, or for long; what was written up to now.
+  const std::string& waitFor(std::string_view text) {
+    const std::size_t from = m_seen;
+    readUntil([&] { return m_written.find(text, from) != std::string::npos; });
+    EXPECT_THAT(m_written.substr(from), HasSubstr(std::string(text)));
+    m_seen = m_written.size();
+    return m_written;
+  }
+  bool storeHas(const std::string& title) {
+    run({"agenda", "--format", "{title}"});
+    return out.find(title + '\n') != std::string::npos;
+  }
+  /// Its exit status; what it wrote last is read on the way.
+  int finish() {
+    int state = 0;
+    readUntil([&] { return ::waitpid(m_child, &state, WNOHANG) == m_child; });
+    m_child = -1;
+    return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
+  }
+  void expectRestored() {
+    termios now{};
+    ASSERT_EQ(::tcgetattr(m_other, &now), 0);
+    EXPECT_EQ(now.c_lflag, m_before.c_lflag);
+    EXPECT_EQ(now.c_iflag, m_before.c_iflag);
+    EXPECT_EQ(now.c_oflag, m_before.c_oflag);
+    const auto entered = m_written.rfind("\x1b[?1049h"), left = m_written.rfind("\x1b[?1049l");
+    ASSERT_NE(left, std::string::npos) << "the screen that was there before is back";
+    EXPECT_GT(left, entered);
+  }
+  void resize(unsigned short columns, unsigned short lines) const {
+    winsize size{.ws_row = lines, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    ASSERT_EQ(::ioctl(m_terminal, TIOCSWINSZ, &size), 0);
+  }
+  void signal(int number) const { ::kill(m_child, number); }
+  const std::string& written() const { return m_written; }
+
+ private:
+  void readUntil(const std::function<bool()>& done) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!done() && std::chrono::steady_clock::now() < deadline) {
+      std::array<char, 4096> block{};
+      pollfd ready{m_terminal, POLLIN, 0};
+      if (::poll(&ready, 1, 50) <= 0) { continue; }
+      const ssize_t count = ::read(m_terminal, block.data(), block.size());
+      if (count > 0) { m_written.append(block.data(), static_cast<std::size_t>(count)); }
+    }
+  }
+
+  int m_terminal = -1, m_other = -1;
+  pid_t m_child = -1;
+  termios m_before{};
+  std::string m_written;
+  std::size_t m_seen = 0;
+};
+
+TEST_F(BrowseTerminal, MakesRemovesAndTakesBackAnEvent) {
+  start();
+  waitFor("q quit");
+  type("nLunch with Grace 12:30 1h\r");
+  waitFor("Made \"Lunch with Grace\"");
+  EXPECT_TRUE(storeHas("Lunch with Grace"));
+  type("\tx");
+  waitFor("Remove \"Lunch with Grace\"?");
+  type("y");
+  waitFor("Removed ");
+  EXPECT_FALSE(storeHas("Lunch with Grace"));
+  type("u");
+  waitFor("Undone: ");
+  EXPECT_TRUE(storeHas("Lunch with Grace"));
+  type("q");
+  EXPECT_EQ(finish(), 0);
+  expectRestored();
+}
+
+TEST_F(BrowseTerminal, KnowsTheKeysOfTerminals) {
+  start();
+  waitFor("November 2026");
+  type("\x1b[6~");
+  waitFor("December");
+  type("\x1b[5~\x1b[5~");
+  waitFor("October");
+  type("\x1bOH\x1bOC");
+  waitFor("Tuesday, 3 November 2026");
+  type("nWrng\x1bOD\x1bOD\x1bODo \x1b[3~評\r");
+  waitFor("Made ");
+  EXPECT_TRUE(storeHas("Wo 評ng"));
+  type("q");
+  EXPECT_EQ(finish(), 0);
+}
+
+TEST_F(BrowseTerminal, ShowsWhatOthersChange) {
+  start();
+  waitFor("q quit");
+  ASSERT_EQ(run({"new", "Surprise 15:00"}), ExitStatus::kDone) << err;
+  waitFor("Surprise");
+  type("q");
+  EXPECT_EQ(finish(), 0);
+}
+
+TEST_F(BrowseTerminal, FollowsANewSize) {
+  start();
+  waitFor("q quit");
+  resize(20, 5);
+  waitFor("too small");
+  resize(100, 30);
+  waitFor("q quit");
+  type("q");
+  EXPECT_EQ(finish(), 0);
+}
+
+TEST_F(BrowseTerminal, IsLeftByCtrlCWithTheTerminalAsItWas) {
+  start();
+  waitFor("q quit");
+  type("nHalf a sentence");
+  waitFor("sentence");
+  type("\x03");
+  EXPECT_EQ(finish(), 0);
+  expectRestored();
+  EXPECT_FALSE(storeHas("Half a sentence"));
+}
+
+TEST_F(BrowseTerminal, IsLeftWhenItIsAskedToEndWithTheTerminalAsItWas) {
+  start();
+  waitFor("q quit");
+  signal(SIGTERM);
+  EXPECT_EQ(finish(), 0);
+  expectRestored();
+}
+
+TEST_F(BrowseTerminal, UsesColoursUnlessNobodyWantsThem) {
+  imported(calendar("Work", event("a", "Call", "DTSTART:20261102T090000Z\r\nDTEND:20261102T100000Z\r\n")));
+  start("xterm-256color", true);
+  waitFor("q quit");
+  EXPECT_THAT(written(), HasSubstr("\x1b[38;5;"));
+  type("q");
+  finish();
+}
+
+TEST_F(BrowseTerminal, UsesNoColoursWhereNobodyWantsThem) {
+  imported(calendar("Work", event("a", "Call", "DTSTART:20261102T090000Z\r\nDTEND:20261102T100000Z\r\n")));
+  start("xterm-256color", false);
+  waitFor("q quit");
+  EXPECT_THAT(written(), Not(HasSubstr("\x1b[38;5;")));
+  type("q");
+  finish();
+}
+
+TEST_F(BrowseTerminal, RefusesOneThatCannotBeWrittenToAtWill) {
+  start("dumb");
+  waitFor("`orlocal agenda` and `orlocal month`");
+  EXPECT_EQ(finish(), 2);
+}
+
+TEST_F(BrowseTerminal, RefusesOneThatNobodyKnows) {
+  start("no-such-terminal");
+  waitFor("does not know the terminal \"no-such-terminal\"");
+  EXPECT_EQ(finish(), 1);
+}
+
+TEST_F(BrowseTerminal, NeedsATerminal) {
+  EXPECT_EQ(run({"browse"}), ExitStatus::kUsage);
+  EXPECT_THAT(err, HasSubstr("orlocal agenda"));
+  canBeAsked = true;
+  EXPECT_EQ(run({"browse"}), ExitStatus::kUsage) << "to read alone is not enough";
+}
+
+}  // namespace
+}  // namespace orlocal::host
