@@ -20,10 +20,10 @@ using Lines = std::vector<PictureLine>;
 
 constexpr Size kSmallest{28, 8};
 /// From here on month and list stand side by side.
-constexpr std::size_t kWide = 60;
+constexpr std::size_t kWide = 64;
 /// From here on a narrow screen has room for a whole month and for details.
 constexpr std::size_t kTall = 20;
-constexpr std::size_t kDayWidth = 3;
+constexpr std::size_t kDayWidth = 4;
 constexpr std::size_t kMonthWidth = kDaysInWeek * kDayWidth;
 constexpr std::size_t kWeeksInMonth = 6;
 constexpr std::size_t kTimeColumn = 13;
@@ -61,9 +61,9 @@ void addDay(PictureLine& line, const BrowseState& state, LocalDay day) {
   const auto there = state.days.lines.find(day);
   line.push_back({fmt::format("{:2}", day.day()), look});
   if (there == state.days.lines.end()) {
-    line.push_back({" "});
+    line.push_back({"  "});
   } else {
-    line.push_back({"•", {.color = there->second.front().color}});
+    line.push_back({"• ", {.color = there->second.front().color}});
   }
 }
 
@@ -211,10 +211,10 @@ Lines sideBySide(const BrowseState& state, Size size) {
   left.push_back({});
   append(left, calendarLines(state));
   left = fitted(std::move(left), {kMonthWidth, size.lines});
-  const std::size_t listWidth = size.columns - kMonthWidth - 3;
+  const std::size_t listWidth = size.columns - kMonthWidth - 2;
   const Lines right = fitted(listLines(state, {listWidth, size.lines}), {listWidth, size.lines});
   for (std::size_t i = 0; i < size.lines; ++i) {
-    left[i].push_back({" │ ", {.dim = true}});
+    left[i].push_back({"│ ", {.dim = true}});
     left[i].insert(left[i].end(), right[i].begin(), right[i].end());
   }
   return left;

@@ -53,23 +53,23 @@ class BrowsePicture : public Browsing {
 TEST_F(BrowsePicture, OfAUsualTerminal) {
   sitDown({80, 24});
   expectWhole();
-  EXPECT_EQ(screen(), R"(    November 2026     │ Overdue
-Mo Tu We Th Fr Sa Su  │  2026-10-30   ● ☐ Rent
-26 27 28 29 30•31  1  │
- 2• 3• 4• 5• 6• 7  8  │ Monday, 2 November 2026 (today)
- 9•10 11•12 13 14 15  │  09:15–09:30  ● Stand-up ↻
-16•17 18•19 20 21 22  │  due 17:00    ● ☐ Tax
-23•24 25•26 27 28 29  │
-30• 1  2• 3  4  5  6  │ Tuesday, 3 November 2026
-                      │  12:00–13:00  ● 評価会議 with a title that is longer th…
-● Calendar            │
-● Work                │ Wednesday, 4 November 2026
-● Reminders           │  09:15–09:30  ● Stand-up ↻
-● Chores              │  12:00–13:00  ● Called off (cancelled)
-                      │
-                      │ Thursday, 5 November 2026
-                      │  all day      ● Fair (day 1 of 2)
-                      │  12:00–13:00  ● Red [31m alert
+  EXPECT_EQ(screen(), R"(       November 2026        │ Overdue
+Mon Tue Wed Thu Fri Sat Sun │  2026-10-30   ● ☐ Rent
+26  27  28  29  30• 31   1  │
+ 2•  3•  4•  5•  6•  7   8  │ Monday, 2 November 2026 (today)
+ 9• 10  11• 12  13  14  15  │  09:15–09:30  ● Stand-up ↻
+16• 17  18• 19  20  21  22  │  due 17:00    ● ☐ Tax
+23• 24  25• 26  27  28  29  │
+30•  1   2•  3   4   5   6  │ Tuesday, 3 November 2026
+                            │  12:00–13:00  ● 評価会議 with a title that is lon…
+● Calendar                  │
+● Work                      │ Wednesday, 4 November 2026
+● Reminders                 │  09:15–09:30  ● Stand-up ↻
+● Chores                    │  12:00–13:00  ● Called off (cancelled)
+                            │
+                            │ Thursday, 5 November 2026
+                            │  all day      ● Fair (day 1 of 2)
+                            │  12:00–13:00  ● Red [31m alert
 ────────────────────────────────────────────────────────────────────────────────
 Stand-up
   When        Mon 2 Nov 2026 09:15–09:30
@@ -83,9 +83,9 @@ Stand-up
 TEST_F(BrowsePicture, OfASmallOne) {
   sitDown({40, 12});
   expectWhole();
-  EXPECT_EQ(screen(), R"(    November 2026
-Mo Tu We Th Fr Sa Su
- 2• 3• 4• 5• 6• 7  8
+  EXPECT_EQ(screen(), R"(       November 2026
+Mon Tue Wed Thu Fri Sat Sun
+ 2•  3•  4•  5•  6•  7   8
 ────────────────────────────────────────
 Overdue
  2026-10-30   ● ☐ Rent
@@ -101,7 +101,7 @@ Monday, 2 November 2026 (today)
 TEST_F(BrowsePicture, OfATallNarrowOne) {
   sitDown({44, 30});
   expectWhole();
-  EXPECT_THAT(screen(), HasSubstr("30• 1"));
+  EXPECT_THAT(screen(), HasSubstr("30•  1   2•"));
   EXPECT_THAT(screen(), HasSubstr("15 minutes"));
 }
 
