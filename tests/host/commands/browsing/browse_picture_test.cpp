@@ -80,6 +80,19 @@ Stand-up
 )");
 }
 
+using BrowsePage_ = Browsing;
+
+TEST_F(BrowsePage_, OfTheTerminalShowsThisPicture) {
+  ASSERT_EQ(run({"import", ORLOCAL_SOURCE "/examples/work.ics", ORLOCAL_SOURCE "/examples/errands.ics"}),
+            ExitStatus::kDone)
+      << err;
+  sitDown({80, 24});
+  goTo(state, store::LocalDay(2026, 11, 6));
+  press(Name::kTab);
+  for (int i = 0; i < 6; ++i) { press(Name::kDown); }
+  EXPECT_THAT(textOf(ORLOCAL_SOURCE "/docs/terminal.md"), HasSubstr("```text\n" + screen() + "```\n"));
+}
+
 TEST_F(BrowsePicture, OfASmallOne) {
   sitDown({40, 12});
   expectWhole();
