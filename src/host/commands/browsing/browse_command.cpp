@@ -55,7 +55,7 @@ Status followKeys(TerminalScreen& screen, BrowseDesk& desk, store::ChangeSignal&
     if (const Status read = desk.refresh(state); !read) { state.message = read.error().message; }
     screen.show(pictureOf(state));
     ORLOCAL_TRY(const Woken woken, waitForAnyOf(descriptors));
-    if (woken == Woken::kByInterruption) { return {}; }
+    if (woken == Woken::kByInterruption || screen.isGone()) { return {}; }
     signal.drain();
     screen.takeSize();
     while (const auto key = screen.key()) {
@@ -74,8 +74,8 @@ Result<ExitStatus> browse(const BrowseWords& words, Registration registerAll, Co
     return ExitStatus::kUsage;
   }
   ORLOCAL_TRY(const auto store, openUserStore());
-  ORLOCAL_TRY(const auto shown, calendarsTitled(*store, words.calendars));
   BrowseState state;
+  if (!words.calendars.empty()) { ORLOCAL_TRY(state.only, calendarsTitled(*store, words.calendars)); }
   state.viewer = store::Zone::ofUser();
   state.firstWeekday = firstWeekday();
   noteTime(state);

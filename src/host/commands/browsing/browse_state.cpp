@@ -96,10 +96,14 @@ void takeDays(BrowseState& state, BrowseDays days) {
   const auto index = state.chosen;
   state.days = std::move(days);
   const auto rows = browseRows(state);
-  const auto same =
-      std::find_if(rows.begin(), rows.end(), [&](const AgendaLine* row) { return before && isSame(*row, *before); });
-  if (same != rows.end() && state.sought == 0) {
-    state.chosen = static_cast<std::size_t>(same - rows.begin());
+  // What lasts for several days stands in several rows: the one that is nearest to where it stood.
+  std::optional<std::size_t> same;
+  const auto distance = [&](std::size_t row) { return row > *index ? row - *index : *index - row; };
+  for (std::size_t row = 0; before && row < rows.size(); ++row) {
+    if (isSame(*rows[row], *before) && (!same || distance(row) < distance(*same))) { same = row; }
+  }
+  if (same && state.sought == 0) {
+    state.chosen = same;
   } else if (before && state.inList && !rows.empty() && state.sought == 0) {
     // What stood beside it.
     state.chosen = std::min(*index, rows.size() - 1);
@@ -114,6 +118,7 @@ BrowseWish press(BrowseState& state, const BrowseKey& key) {
   if (key.name == BrowseKey::Name::kOther) { return {}; }
   state.message.clear();
   state.sent.reset();
+  state.sought = 0;
   if (auto* prompt = std::get_if<BrowsePrompt>(&state.over)) { return pressInPrompt(state, *prompt, key); }
   if (auto* question = std::get_if<BrowseQuestion>(&state.over)) { return pressInQuestion(state, *question, key); }
   if (auto* page = std::get_if<BrowsePage>(&state.over)) { return pressInPage(state, *page, key); }

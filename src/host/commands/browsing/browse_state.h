@@ -85,6 +85,7 @@ struct BrowseState {
   bool inList = false;                               ///< the keys move in the list, not in the month
   std::optional<std::size_t> chosen = std::nullopt;  ///< among `browseRows`
   BrowseDays days;
+  std::vector<store::Calendar> only = {};  ///< those that are shown where not all are
   std::string message = {};
   std::variant<std::monostate, BrowsePrompt, BrowseQuestion, BrowsePage, BrowseMenu> over = {};
   std::optional<BrowsePrompt> sent = std::nullopt;  ///< the line that the last wish came from, in case that it fails

@@ -94,6 +94,13 @@ void askNew(BrowseState& state, bool reminder) {
   prompt.label = reminder ? tr("New reminder: ") : tr("New: ");
   prompt.words = {"new"};
   if (reminder) { prompt.words.emplace_back("--reminder"); }
+  // Where one calendar is shown, what is made there is of it.
+  const auto kind = reminder ? store::ItemKind::kReminder : store::ItemKind::kEvent;
+  std::vector<std::string> takers;
+  for (const store::Calendar& calendar : state.only) {
+    if (calendar.holds(kind)) { takers.push_back(calendar.identifier); }
+  }
+  if (takers.size() == 1) { prompt.words.insert(prompt.words.end(), {"--calendar", takers.front()}); }
   state.over = std::move(prompt);
 }
 

@@ -12,6 +12,7 @@
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/signalfd.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include "base/system_reason.h"
@@ -127,6 +128,11 @@ Result<std::unique_ptr<TerminalScreen>> TerminalScreen::open(bool colors) {
   ::set_escdelay(25);
   terminal->colors = colors && ::has_colors() && ::start_color() != ERR && ::use_default_colors() != ERR;
   return std::unique_ptr<TerminalScreen>(new TerminalScreen(std::move(terminal)));
+}
+
+bool TerminalScreen::isGone() const {
+  termios settings{};
+  return ::tcgetattr(STDIN_FILENO, &settings) != 0;
 }
 
 Size TerminalScreen::size() const {

@@ -19,6 +19,8 @@ class TerminalScreen {
   TerminalScreen(const TerminalScreen&) = delete;
   TerminalScreen& operator=(const TerminalScreen&) = delete;
 
+  /// Whether nobody sits there any more: what is read and written goes nowhere.
+  bool isGone() const;
   Size size() const;
   void show(const Picture& picture);
 

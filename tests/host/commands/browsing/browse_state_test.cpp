@@ -293,6 +293,55 @@ TEST_F(BrowseState_, ChangesOfOthersKeepThePlace) {
   EXPECT_TRUE(state.inList);
 }
 
+TEST_F(BrowseState_, ADayOfSomethingLongStaysChosen) {
+  sitDown();
+  state.day = store::LocalDay(2026, 11, 29);
+  press(Name::kRight);
+  goToList(2);
+  ASSERT_EQ(chosenTitle(), "Fair");
+  const auto chosen = state.chosen;
+  imported(calendar("Far", event("far", "Eclipse", "DTSTART:20270802T090000Z\r\nDTEND:20270802T100000Z\r\n")));
+  look();
+  EXPECT_EQ(state.chosen, chosen) << "its third day, and not its first";
+}
+
+TEST_F(BrowseState_, WhatWasSoughtIsNotChosenAgainLater) {
+  sitDown();
+  type("/lunch");
+  press(Name::kEnter);
+  press(Name::kEnter);
+  ASSERT_EQ(chosenTitle(), "Lunch");
+  press(Name::kDown);
+  const std::string below = chosenTitle();
+  imported(calendar("Far", event("far", "Eclipse", "DTSTART:20270802T090000Z\r\nDTEND:20270802T100000Z\r\n")));
+  look();
+  EXPECT_EQ(chosenTitle(), below);
+}
+
+TEST_F(BrowseState_, DaysMoveUnderTheList) {
+  sitDown();
+  goToList();
+  press(Name::kRight);
+  EXPECT_TRUE(state.inList);
+  EXPECT_EQ(chosenTitle(), "Stand-up");
+  EXPECT_EQ(state.day, store::LocalDay(2026, 11, 3));
+  press(Name::kPageDown);
+  EXPECT_FALSE(state.inList) << "nothing is there";
+}
+
+TEST_F(BrowseState_, WhatIsMadeWhereOneCalendarIsShownIsOfIt) {
+  sitDown();
+  for (const store::Calendar& each : state.days.calendars) {
+    if (each.title == "Work" && each.holds(store::ItemKind::kEvent)) { state.only = {each}; }
+  }
+  type("nDinner 19:00");
+  press(Name::kEnter);
+  EXPECT_THAT(state.message, HasSubstr("in Work"));
+  type("NSoap");
+  press(Name::kEnter);
+  EXPECT_THAT(state.message, HasSubstr("in Reminders")) << "it takes no reminders";
+}
+
 TEST_F(BrowseState_, AChangedOccurrenceStaysChosen) {
   sitDown();
   press(Name::kRight);

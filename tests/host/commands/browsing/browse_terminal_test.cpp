@@ -39,6 +39,7 @@ class BrowseTerminal : public StoreCommand {
     m_child = ::fork();
     ASSERT_GE(m_child, 0);
     if (m_child != 0) { return; }
+    ::close(m_terminal);
     ::setsid();
     ::ioctl(m_other, TIOCSCTTY, 0);
     for (const int descriptor : {0, 1, 2}) { ::dup2(m_other, descriptor); }
@@ -71,10 +72,12 @@ class BrowseTerminal : public StoreCommand {
     EXPECT_THAT(out, wanted);
     return out;
   }
-  /// Its exit status; what it wrote last is read on the way.
+  /// Its exit status, or -1 when it does not end or a signal ended it; what it wrote last is read on the way.
   int finish() {
     int state = 0;
-    readUntil([&] { return ::waitpid(m_child, &state, WNOHANG) == m_child; });
+    bool ended = false;
+    readUntil([&] { return ended = ::waitpid(m_child, &state, WNOHANG) == m_child; });
+    if (!ended) { return -1; }
     m_child = -1;
     return WIFEXITED(state) ? WEXITSTATUS(state) : -1;
   }
@@ -92,6 +95,10 @@ class BrowseTerminal : public StoreCommand {
     winsize size{.ws_row = lines, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
     ASSERT_EQ(::ioctl(m_terminal, TIOCSWINSZ, &size), 0);
   }
+  void hangUp() {
+    ::close(m_terminal);
+    m_terminal = -1;
+  }
   void signal(int number) const { ::kill(m_child, number); }
   const std::string& written() const { return m_written; }
 
@@ -100,6 +107,7 @@ class BrowseTerminal : public StoreCommand {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!done() && std::chrono::steady_clock::now() < deadline) {
       std::array<char, 4096> block{};
+      // A descriptor that is none is passed over.
       pollfd ready{m_terminal, POLLIN, 0};
       if (::poll(&ready, 1, 50) <= 0) { continue; }
       const ssize_t count = ::read(m_terminal, block.data(), block.size());
@@ -179,6 +187,16 @@ TEST_F(BrowseTerminal, IsLeftWhenItIsAskedToEndWithTheTerminalAsItWas) {
   signal(SIGTERM);
   EXPECT_EQ(finish(), 0);
   expectRestored();
+}
+
+TEST_F(BrowseTerminal, EndsWhenNobodySitsThereAnyMore) {
+  // As nohup does it: the signal that tells says nothing.
+  const auto before = ::signal(SIGHUP, SIG_IGN);
+  start();
+  ::signal(SIGHUP, before);
+  waitFor("q quit");
+  hangUp();
+  EXPECT_NE(finish(), -1);
 }
 
 TEST_F(BrowseTerminal, UsesColoursUnlessNobodyWantsThem) {
