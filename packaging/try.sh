@@ -58,7 +58,7 @@ int main() {
   return (*store)->calendars(orlocal::store::CalendarKind::kEvents)->size() == 1 ? 0 : 1;
 }
 END
-  inside "$1" sh -c "apt-get install -y -qq --no-install-recommends g++ pkg-config >/dev/null 2>&1 && cd /root &&
+  inside "$1" sh -c "apt-get install -y -qq --no-install-recommends g++ pkg-config >/dev/null 2>&1 && cd /srv &&
     g++ -std=c++20 use.cpp \$(pkg-config --cflags --static --libs orlocalstore) -o use && ./use && rm -f library.db* && python3 -c 'import orlocal'" ||
     fail "$suite: the library or the module does not do what it should"
 }
@@ -66,7 +66,7 @@ END
 # files_of SYSTEM: all that is there but for what packages' own tools note.
 files_of() {
   (cd "$1" && find . \( -path ./proc -o -path ./var/lib/dpkg -o -path ./var/cache -o -path ./var/log -o -path ./tmp \
-    -o -path ./root -o -path ./var/lib/apt \) -prune -o -print | sort)
+    -o -path ./srv -o -path ./var/lib/apt \) -prune -o -print | sort)
 }
 
 # next_version FILE FOLDER: the same package as a later one.
@@ -93,6 +93,7 @@ try_packages() {
   : >"$log"
   inside "$system" sh -c "$get /srv/now/*.deb" >>"$log" 2>&1 || { tail -5 "$log" >&2; fail "$suite: they cannot be installed"; }
   did "installed: $(inside "$system" dpkg-query -W -f '${Package} ${Version}, ' orlocal orlocal-plugin)"
+  inside "$system" test -s /usr/share/man/man7/orlocal-tutorial.7.gz || fail "$suite: the guides are no man pages"
   use "$system" orlocal
   did "used"
   use_as_library "$system"

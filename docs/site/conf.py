@@ -18,6 +18,22 @@ html_show_copyright = False
 # Sentences and quotes are the program's, to the letter.
 smartquotes = False
 
+# The same pages for those who type `man orlocal-tutorial`.
+MANUALS = {
+    "accounts": ("orlocal-accounts", "calendars shared by a calendar server", 7),
+    "errors": ("orlocal-errors", "what functions report, why, and what to do", 7),
+    "functions": ("orlocal-functions", "the functions of the plug-in", 7),
+    "properties": ("orlocal-properties", "what of calendars, events and reminders the functions read and set", 7),
+    "recipes": ("orlocal-recipes", "calculations for what solutions do most", 7),
+    "server": ("orlocal-server", "the plug-in in a database host's server", 7),
+    "settings": ("orlocal.conf", "settings of Orlocal", 5),
+    "terminal": ("orlocal-terminal", "calendars at the command line", 7),
+    "troubleshooting": ("orlocal-troubleshooting", "what is seen, why, and what helps", 7),
+    "tutorial": ("orlocal-tutorial", "from nothing to a solution that uses calendars", 7),
+    "words": ("orlocal-words", "days, times and repetitions as people write them", 7),
+}
+man_pages = [(page, name, words, [], section) for page, (name, words, section) in MANUALS.items()]
+
 
 class TranscriptLexer(RegexLexer):
     """Calculations and commands with what they print."""

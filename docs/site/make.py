@@ -1,6 +1,7 @@
 """Makes the site: gathers the pages, writes the page of the commands from the program's own man pages, calls Sphinx.
+With --man it makes the man pages that conf.py lists instead, of the same pages.
 
-usage: make.py ORLOCAL OUTPUT_FOLDER
+usage: make.py [--man] ORLOCAL OUTPUT_FOLDER
 
 The pages are those that docs/README.md lists, in its order and under its headings. One that it does not list, a link
 that leads nowhere and whatever else Sphinx warns of ends with status 1.
@@ -146,14 +147,16 @@ def complete_style(output):
 
 
 def main():
-    orlocal, output = sys.argv[1], pathlib.Path(sys.argv[2])
+    man = sys.argv[1] == "--man"
+    orlocal, output = sys.argv[-2], pathlib.Path(sys.argv[-1])
     with tempfile.TemporaryDirectory() as folder:
         stage = pathlib.Path(folder)
         gather(orlocal, stage)
         # The packaged interpreter is the one that the packaged Sphinx belongs to.
-        sphinx = ["/usr/bin/python3", "-m", "sphinx", "-q", "-W", "--keep-going", "-b", "html"]
+        sphinx = ["/usr/bin/python3", "-m", "sphinx", "-q", "-W", "--keep-going", "-b", "man" if man else "html"]
         made = subprocess.run([*sphinx, "-c", root / "docs/site", stage, output])
-    complete_style(output)
+    if not man:
+        complete_style(output)
     return made.returncode
 
 

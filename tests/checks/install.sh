@@ -2,23 +2,13 @@
 # Installs into a folder, moves it, and uses what is there: the program must find its library, the plug-in and the
 # plug-in's strings without anything that points to where they were built.
 # usage: install.sh CMAKE BUILD_FOLDER SOURCE_FOLDER VERSION WORK_FOLDER
-set -eu
+check=install
 cmake=$1
 build=$2
 source=$3
 version=$4
 work=$5
-status=0
-wrong() {
-  echo "install: $*"
-  status=1
-}
-
-rm -rf "$work"
-mkdir -p "$work/home"
-"$cmake" --install "$build" --prefix "$work/first" >/dev/null
-mv "$work/first" "$work/moved"
-cd "$work"
+. "$source/tests/checks/installed.sh"
 
 program="$work/moved/bin/orlocal"
 plugin=$(find "$work/moved" -name Orlocal.fmx)
@@ -80,5 +70,4 @@ program="$work/staged/usr/bin/orlocal"
 run en_US --version | grep -qF "$version" || wrong "what was staged for a package does not run"
 speaksGerman "what was staged for a package"
 
-[ $status = 0 ] && echo "install: as meant"
-exit $status
+ended

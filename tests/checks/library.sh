@@ -1,23 +1,13 @@
 #!/bin/sh
 # Installs, moves what was installed, and uses the store as other programs do: by pkg-config, by CMake and from Python.
 # usage: library.sh CMAKE COMPILER BUILD_FOLDER SOURCE_FOLDER WORK_FOLDER
-set -eu
+check=library
 cmake=$1
 compiler=$2
 build=$3
 source=$4
 work=$5
-status=0
-wrong() {
-  echo "library: $*"
-  status=1
-}
-
-rm -rf "$work"
-mkdir -p "$work/home"
-"$cmake" --install "$build" --prefix "$work/first" >/dev/null
-mv "$work/first" "$work/moved"
-cd "$work"
+. "$source/tests/checks/installed.sh"
 export HOME="$work/home" PATH="$work/moved/bin:$PATH" TZ=Europe/Berlin ORLOCAL_NOW=2026-11-02T08:00:00Z LC_ALL=C.UTF-8
 export ORLOCAL_SETTINGS="" ORLOCAL_STORE="$work/calendar.db"
 unset XDG_CONFIG_HOME || true
@@ -62,5 +52,4 @@ for words, status in ((("show", made["identifier"]), 1), (("new", "Dinner 25:00"
     else:
         raise AssertionError(words)
 END
-[ $status = 0 ] && echo "library: fine"
-exit $status
+ended

@@ -14,7 +14,8 @@ import sys
 from message_literals import literals, reads_like_prose
 
 # Where all that reads like prose is a message.
-COVERED = ["src/base", "src/host/commands", "src/accounts", "src/store"]
+COVERED = ["src/base", "src/store", "src/accounts", "src/host/plugin", "src/host/calc", "src/host/console",
+           "src/host/commands"]
 
 # In these it is none: what shells and man read, style sheets, words that people type, transcripts and what they print.
 ELSEWHERE = {"src/host/commands/guide", "src/host/commands/reports/report_page.cpp",

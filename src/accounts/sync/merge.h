@@ -40,7 +40,4 @@ MergedItem merged(const ItemState* base, const ItemState& theirs, const store::W
 /// `MergedItem::conflicts`. All in which they differ when a name stands for the whole item (`kWholeItem`).
 std::string withFields(const ItemState& current, const store::WholeItem& other, const std::vector<std::string>& fields);
 
-/// Whether two states of an item differ in nothing but when and by whom they were written.
-bool saysTheSame(const store::WholeItem& one, const store::WholeItem& other);
-
 }  // namespace orlocal::accounts

@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "accounts/sync/merge.h"
+#include "accounts/sync/field_lines.h"
 #include "store/time/zone.h"
 
 namespace orlocal::accounts {

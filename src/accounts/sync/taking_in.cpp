@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "accounts/sync/field_lines.h"
 #include "accounts/sync/item_fields.h"
 #include "accounts/sync/merge.h"
 #include "accounts/transport/url.h"

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/calc/nesting_level.h"
 #include "host/calc/stack_room.h"
 
@@ -39,20 +40,20 @@ void Evaluator::note(std::string reason) {
   if (m_failures.size() < kMostFailures) {
     m_failures.push_back(std::move(reason));
   } else if (m_failures.size() == kMostFailures) {
-    m_failures.push_back("and more, which are not kept");
+    m_failures.push_back(tr("and more, which are not kept"));
   }
 }
 
 Value Evaluator::eval(const Node& node) {
   if (m_interrupted) { return stop(); }
   if (m_depth >= m_limits.depth) {
-    note(fmt::format("the calculation is more than {} calls deep", m_limits.depth));
+    note(tr("the calculation is more than {} calls deep", m_limits.depth));
     return Value::invalid();
   }
   if (stackRoom() == 0) {
     note(
-        "the calculation is nested too deeply for the stack of this process; nest it less, or allow a larger one "
-        "(ulimit -s)");
+        tr("the calculation is nested too deeply for the stack of this process; nest it less, or allow a larger one "
+           "(ulimit -s)"));
     return Value::invalid();
   }
   const NestingLevel level(m_depth);
@@ -67,7 +68,7 @@ Value Evaluator::stop() {
 }
 
 Value Evaluator::tooLong() {
-  note(fmt::format("a text would be longer than {} characters", m_limits.textLength));
+  note(tr("a text would be longer than {} characters", m_limits.textLength));
   return Value::invalid();
 }
 

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "host/calc/evaluator.h"
 
 namespace orlocal::host::calc {
@@ -40,7 +41,7 @@ Value Evaluator::loopResult(const While& loop, std::size_t scope) {
     if (!condition.isValid()) { return condition; }
     if (!condition.asBoolean()) { return eval(*loop.result); }
     if (iterations == m_limits.iterations) {
-      note(fmt::format("While went round {} times without an end", m_limits.iterations));
+      note(tr("While went round {} times without an end", m_limits.iterations));
       return Value::invalid();
     }
     assign(loop.logic, scope);

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/calc/calc_failure.h"
 #include "host/calc/nesting_level.h"
@@ -39,7 +40,7 @@ Result<Value> literalValue(const Token& token) {
   if (token.kind == TokenKind::kText) { return Value::ofUtf8(token.text); }
   if (token.kind == TokenKind::kPilcrow) { return Value::ofText(std::u16string(1, kReturn)); }
   Number number = Number::parse(toUtf16(token.text));
-  if (!number.isNumber()) { return unreadable(token.offset, "this number is beyond what a calculation can hold"); }
+  if (!number.isNumber()) { return unreadable(token.offset, tr("this number is beyond what a calculation can hold")); }
   return Value::ofNumber(number);
 }
 
@@ -52,7 +53,7 @@ Result<NodePtr> ExpressionParser::parseAll() {
   if (m_tokens.peek().kind == TokenKind::kEnd) { return makeNode(Literal{std::make_shared<const Value>()}); }
   ORLOCAL_TRY(NodePtr result, parseExpression());
   if (const Token& next = m_tokens.peek(); next.kind != TokenKind::kEnd) {
-    return unreadable(next.offset, "an operator is missing before " + m_tokens.nameOf(next));
+    return unreadable(next.offset, tr("an operator is missing before {}", m_tokens.nameOf(next)));
   }
   return result;
 }
@@ -108,9 +109,9 @@ bool ExpressionParser::hasRoomForALevel() const {
 
 Failed ExpressionParser::nestedTooDeeply() const {
   const std::string reason = m_depth >= kMaximumNesting
-                                 ? fmt::format("this is nested more than {} levels deep", kMaximumNesting)
-                                 : "this is nested too deeply for the stack of this process; nest it less, or allow "
-                                   "a larger one (ulimit -s)";
+                                 ? tr("this is nested more than {} levels deep", kMaximumNesting)
+                                 : tr("this is nested too deeply for the stack of this process; nest it less, or allow "
+                                      "a larger one (ulimit -s)");
   return unreadable(m_tokens.peek().offset, reason, ErrorCode::kUnsupported);
 }
 
@@ -135,7 +136,7 @@ Result<NodePtr> ExpressionParser::parsePrimary() {
 
 Failed ExpressionParser::valueMissing() const {
   const Token& token = m_tokens.peek();
-  return unreadable(token.offset, fmt::format("a value is expected here, not {}", m_tokens.nameOf(token)));
+  return unreadable(token.offset, tr("a value is expected here, not {}", m_tokens.nameOf(token)));
 }
 
 Result<NodePtr> ExpressionParser::parseBracketed() {

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/calc/calc_failure.h"
 #include "host/calc/expression_parser.h"
@@ -16,11 +17,9 @@ namespace {
 
 Status checkCount(const Token& name, std::string_view prototype, int minimum, int maximum, std::size_t given) {
   const auto atLeast = static_cast<std::size_t>(std::max(minimum, 0));
-  if (given < atLeast) {
-    return unreadable(name.offset, fmt::format("{} has too few arguments: {}", name.text, prototype));
-  }
+  if (given < atLeast) { return unreadable(name.offset, tr("{} has too few arguments: {}", name.text, prototype)); }
   if (maximum >= 0 && given > static_cast<std::size_t>(maximum)) {
-    return unreadable(name.offset, fmt::format("{} has too many arguments: {}", name.text, prototype));
+    return unreadable(name.offset, tr("{} has too many arguments: {}", name.text, prototype));
   }
   return {};
 }
@@ -28,18 +27,17 @@ Status checkCount(const Token& name, std::string_view prototype, int minimum, in
 Status checkCount(const Token& name, const Builtin& builtin, std::size_t given) {
   ORLOCAL_CHECK(checkCount(name, builtin.prototype, builtin.minimum, builtin.maximum, given));
   if (builtin.form == Form::kOneOrAll && given != 1 && given != static_cast<std::size_t>(builtin.maximum)) {
-    return unreadable(name.offset,
-                      fmt::format("{} takes 1 or {} arguments: {}", name.text, builtin.maximum, builtin.prototype));
+    return unreadable(name.offset, tr("{} takes 1 or {} arguments: {}", name.text, builtin.maximum, builtin.prototype));
   }
   return {};
 }
 
 Failed unknown(const Token& name, bool called) {
-  if (called) { return unreadable(name.offset, fmt::format("there is no function named {}", name.text)); }
+  if (called) { return unreadable(name.offset, tr("there is no function named {}", name.text)); }
   if (name.text.find("::") != std::string::npos) {
-    return unreadable(name.offset, fmt::format("{} would be a field, and there are none here", name.text));
+    return unreadable(name.offset, tr("{} would be a field, and there are none here", name.text));
   }
-  return unreadable(name.offset, fmt::format("there is no function or variable named {}", name.text));
+  return unreadable(name.offset, tr("there is no function or variable named {}", name.text));
 }
 
 }  // namespace
@@ -101,7 +99,7 @@ Status FunctionParser::parseArguments(Arguments& arguments) {
     ORLOCAL_TRY(NodePtr argument, m_expressions.parseExpression());
     arguments.push_back(std::move(argument));
   } while (m_tokens.takeIf(TokenKind::kSeparator));
-  return m_tokens.expect(TokenKind::kClose, "; or )");
+  return m_tokens.expect(TokenKind::kClose, tr("; or )"));
 }
 
 /// `( text ; from ; to )` or `( text ; [ from ; to ] ; [ from ; to ] … )`.
@@ -137,7 +135,7 @@ Result<NodePtr> FunctionParser::parseGet() {
   ORLOCAL_CHECK(m_tokens.expect(TokenKind::kOpen, "("));
   const Token word = m_tokens.take();
   const GetEntry* entry = word.kind == TokenKind::kName ? findGet(word.text) : nullptr;
-  if (entry == nullptr) { return unreadable(word.offset, fmt::format("Get does not know {}", m_tokens.nameOf(word))); }
+  if (entry == nullptr) { return unreadable(word.offset, tr("Get does not know {}", m_tokens.nameOf(word))); }
   ORLOCAL_CHECK(m_tokens.expect(TokenKind::kClose, ")"));
   return makeNode(GetCall{entry});
 }
@@ -179,7 +177,7 @@ Result<std::vector<Binding>> FunctionParser::parseBindings() {
     bindings.push_back(std::move(binding));
     if (!listed) { break; }
     if (m_tokens.peek().kind != TokenKind::kCloseList) {
-      ORLOCAL_CHECK(m_tokens.expect(TokenKind::kSeparator, "; or ]"));
+      ORLOCAL_CHECK(m_tokens.expect(TokenKind::kSeparator, tr("; or ]")));
     }
   }
   return bindings;
@@ -192,7 +190,7 @@ Result<Binding> FunctionParser::parseBinding() {
     return parseBindingOf(std::move(variable));
   }
   if (next.kind != TokenKind::kName) {
-    return unreadable(next.offset, fmt::format("a variable is expected here, not {}", m_tokens.nameOf(next)));
+    return unreadable(next.offset, tr("a variable is expected here, not {}", m_tokens.nameOf(next)));
   }
   const std::string name = lowerName(m_tokens.take().text);
   ORLOCAL_TRY(Binding binding, parseBindingOf(LocalVariable{name}));

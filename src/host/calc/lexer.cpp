@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/calc/calc_failure.h"
 #include "host/calc/text_tools.h"
@@ -77,7 +78,7 @@ class TokenReader::Lexer {
         const std::size_t end = m_source.find("*/", m_at + 2);
         if (end == std::string_view::npos) {
           m_endedInside = true;
-          return unreadable(m_at, "this comment has no end; close it with */");
+          return unreadable(m_at, tr("this comment has no end; close it with */"));
         }
         m_at = end + 2;
       } else {
@@ -108,10 +109,10 @@ class TokenReader::Lexer {
       }
     }
     for (const std::string_view quote : kCurlyQuotes) {
-      if (rest().starts_with(quote)) { return unreadable(m_at, "texts stand between straight quotes (\")"); }
+      if (rest().starts_with(quote)) { return unreadable(m_at, tr("texts stand between straight quotes (\")")); }
     }
     if (isNameCharacter()) { return readName(); }
-    return unreadable(m_at, fmt::format("the character {} has no meaning here", rest().substr(0, 1)));
+    return unreadable(m_at, tr("the character {} has no meaning here", rest().substr(0, 1)));
   }
 
   Result<Token> readText() {
@@ -140,7 +141,7 @@ class TokenReader::Lexer {
       }
     }
     m_endedInside = true;
-    return unreadable(m_start, "this text has no end; close it with \"");
+    return unreadable(m_start, tr("this text has no end; close it with \""));
   }
 
   void skipDigits() {
@@ -161,7 +162,7 @@ class TokenReader::Lexer {
       }
     }
     if (isNameCharacter()) {
-      return unreadable(m_at, "a number is followed by a letter; an operator or a separator is missing");
+      return unreadable(m_at, tr("a number is followed by a letter; an operator or a separator is missing"));
     }
     return found(TokenKind::kNumber, std::string(m_source.substr(m_start, m_at - m_start)));
   }
@@ -208,14 +209,14 @@ class TokenReader::Lexer {
     if (peek() == '{') {
       const std::size_t end = m_source.find('}', m_at);
       if (end == std::string_view::npos) {
-        return unreadable(m_at, "this variable's name has no end; close it with }");
+        return unreadable(m_at, tr("this variable's name has no end; close it with }}"));
       }
       name = std::string(m_source.substr(m_at + 1, end - m_at - 1));
       m_at = end + 1;
     } else {
       name = readNameText();
     }
-    if (name.empty()) { return unreadable(m_start, "a variable's name is missing after $"); }
+    if (name.empty()) { return unreadable(m_start, tr("a variable's name is missing after $")); }
     return found(global ? TokenKind::kGlobalVariable : TokenKind::kVariable, std::move(name));
   }
 

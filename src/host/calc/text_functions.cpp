@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "host/calc/arguments.h"
 #include "host/calc/builtins.h"
 #include "host/calc/operators.h"
@@ -61,7 +62,7 @@ Value substitute(CallContext& context, Arguments a) {
     if (to.size() > from.size()) {
       const std::size_t room = context.textLimit() - std::min(context.textLimit(), text.size());
       if (countOf(text, from) > room / (to.size() - from.size())) {
-        context.note(fmt::format("a text would be longer than {} characters", context.textLimit()));
+        context.note(tr("a text would be longer than {} characters", context.textLimit()));
         return Value::invalid();
       }
     }

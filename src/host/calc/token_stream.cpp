@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/calc/calc_failure.h"
 
@@ -35,18 +36,16 @@ bool TokenStream::takeIf(TokenKind kind) {
 }
 
 Status TokenStream::expect(TokenKind kind, std::string_view spelling) {
-  if (!takeIf(kind)) {
-    return unreadable(m_next.offset, fmt::format("{} is expected here, not {}", spelling, nameOf(m_next)));
-  }
+  if (!takeIf(kind)) { return unreadable(m_next.offset, tr("{} is expected here, not {}", spelling, nameOf(m_next))); }
   return {};
 }
 
 std::string TokenStream::nameOf(const Token& token) const {
   switch (token.kind) {
     case TokenKind::kEnd:
-      return "the end";
+      return tr("the end");
     case TokenKind::kText:
-      return "a text";
+      return tr("a text");
     default: {
       // The token's own spelling: up to the next blank or the next ASCII symbol is enough to recognise it by.
       std::size_t length = 1;

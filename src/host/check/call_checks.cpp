@@ -1,5 +1,4 @@
 // Calls of every function, with what solutions may pass and more.
-#include <algorithm>
 
 #include <fmt/format.h>
 
@@ -14,48 +13,33 @@ namespace {
 
 using Arguments = std::vector<Value>;
 
-std::size_t least(const RegisteredFunction& function) { return static_cast<std::size_t>(function.minArgs); }
-/// As many as are tried of a function that takes any number.
-std::size_t most(const RegisteredFunction& function) {
-  constexpr std::size_t kAny = 12;
-  return function.maxArgs < 0 ? std::max(kAny, least(function)) : static_cast<std::size_t>(function.maxArgs);
-}
-
-/// Starts the plug-in and gives each of its functions to `use`.
-template <class Use>
-void forEachFunction(Trial& trial, Use use) {
-  const auto plugin = trial.started();
-  if (plugin == nullptr) { return; }
-  for (const auto& function : trial.functions()) { use(*function); }
-}
-
 /// Calls with the same value in every place.
 void callWithEach(Trial& trial, const std::vector<OddValue>& values) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     for (const OddValue& odd : values) {
       trial.step(fmt::format("{} with {}", nameOf(function), odd.words));
-      trial.call(function, Arguments(most(function), odd.value));
+      trial.call(function, Arguments(mostArguments(function), odd.value));
     }
   });
 }
 
 void withTheFewest(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
-    trial.step(fmt::format("{} with {} empty arguments", nameOf(function), least(function)));
-    trial.call(function, Arguments(least(function)));
+  trial.forEachFunction([&](const RegisteredFunction& function) {
+    trial.step(fmt::format("{} with {} empty arguments", nameOf(function), fewestArguments(function)));
+    trial.call(function, Arguments(fewestArguments(function)));
   });
 }
 
 void withTheMost(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
-    trial.step(fmt::format("{} with {} empty arguments", nameOf(function), most(function)));
-    trial.call(function, Arguments(most(function)));
+  trial.forEachFunction([&](const RegisteredFunction& function) {
+    trial.step(fmt::format("{} with {} empty arguments", nameOf(function), mostArguments(function)));
+    trial.call(function, Arguments(mostArguments(function)));
   });
 }
 
 void withEveryCount(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
-    for (std::size_t count = least(function); count <= most(function); ++count) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
+    for (std::size_t count = fewestArguments(function); count <= mostArguments(function); ++count) {
       trial.step(fmt::format("{} with {} words", nameOf(function), count));
       trial.call(function, Arguments(count, Value::ofText(u"event")));
     }
@@ -63,8 +47,8 @@ void withEveryCount(Trial& trial) {
 }
 
 void withFewer(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
-    for (std::size_t count = 0; count < least(function); ++count) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
+    for (std::size_t count = 0; count < fewestArguments(function); ++count) {
       trial.step(fmt::format("{} with {} arguments, fewer than it registered", nameOf(function), count));
       trial.call(function, Arguments(count, Value::ofText(u"event")));
     }
@@ -72,8 +56,8 @@ void withFewer(Trial& trial) {
 }
 
 void withMore(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
-    for (const std::size_t count : {most(function) + 1, most(function) + 100, std::size_t{10'000}}) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
+    for (const std::size_t count : {mostArguments(function) + 1, mostArguments(function) + 100, std::size_t{10'000}}) {
       trial.step(fmt::format("{} with {} arguments, more than it registered", nameOf(function), count));
       trial.call(function, Arguments(count, Value::ofText(u"event")));
     }
@@ -98,10 +82,10 @@ void withLongTexts(Trial& trial) {
 /// A known word in each place but one, and something odd there.
 void withOneOddArgument(Trial& trial) {
   const auto odd = oddValues();
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
-    for (std::size_t place = 0; place < most(function); ++place) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
+    for (std::size_t place = 0; place < mostArguments(function); ++place) {
       for (const OddValue& each : odd) {
-        Arguments arguments(most(function), Value::ofText(u"event"));
+        Arguments arguments(mostArguments(function), Value::ofText(u"event"));
         arguments[place] = each.value;
         trial.step(fmt::format("{} with {} as argument {}", nameOf(function), each.words, place + 1));
         trial.call(function, arguments);
@@ -119,7 +103,8 @@ void atRandom(Trial& trial) {
   if (functions.empty()) { return; }
   for (int i = 1; i <= kCalls; ++i) {
     const RegisteredFunction& function = *functions[trial.below(functions.size())];
-    const std::size_t count = least(function) + trial.below(most(function) - least(function) + 1);
+    const std::size_t count =
+        fewestArguments(function) + trial.below(mostArguments(function) - fewestArguments(function) + 1);
     Arguments arguments;
     std::string words;
     for (std::size_t place = 0; place < count; ++place) {
@@ -134,9 +119,9 @@ void atRandom(Trial& trial) {
 
 void leavesArgumentsAlone(Trial& trial) {
   const auto odd = oddValues();
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     for (const OddValue& each : odd) {
-      const Arguments arguments(most(function), each.value);
+      const Arguments arguments(mostArguments(function), each.value);
       trial.step(fmt::format("{} with {}", nameOf(function), each.words));
       trial.call(function, arguments);
       for (const Value& argument : arguments) {
@@ -149,12 +134,12 @@ void leavesArgumentsAlone(Trial& trial) {
 
 void answersProperUnicode(Trial& trial) {
   const auto odd = oddTexts();
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     for (const OddValue& each : odd) {
       const bool wellFormed = toUtf16(toUtf8(each.value.asText())) == each.value.asText();
       if (!wellFormed) { continue; }
       trial.step(fmt::format("{} with {}", nameOf(function), each.words));
-      const auto result = trial.call(function, Arguments(most(function), each.value));
+      const auto result = trial.call(function, Arguments(mostArguments(function), each.value));
       if (!result) { continue; }
       trial.expect(toUtf16(toUtf8(result->asText())) == result->asText(),
                    fmt::format("{} answers proper Unicode with what is none.", nameOf(function)));
@@ -164,9 +149,9 @@ void answersProperUnicode(Trial& trial) {
 
 /// The host hands out one result for several calls: what an earlier one left is no part of the next.
 void answersAnew(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     trial.step(fmt::format("{} twice", nameOf(function)));
-    const Arguments arguments(least(function), Value::ofText(u"no such thing"));
+    const Arguments arguments(fewestArguments(function), Value::ofText(u"no such thing"));
     const auto first = trial.call(function, arguments), second = trial.call(function, arguments);
     if (!first || !second) { return; }
     trial.expect(first->asText() == second->asText(),
@@ -176,12 +161,12 @@ void answersAnew(Trial& trial) {
 }
 
 void underAnotherNumber(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     for (const std::int16_t id : {std::int16_t{0}, std::int16_t{-1}, std::int16_t{32'767}}) {
       RegisteredFunction other = function;
       other.key.id = id;
       trial.step(fmt::format("{} called as function {}", nameOf(function), id));
-      trial.call(other, Arguments(least(function)));
+      trial.call(other, Arguments(fewestArguments(function)));
     }
   });
 }
@@ -193,7 +178,7 @@ void inAnySession(Trial& trial) {
     Registry::instance().setCurrentEnvironment({session, session});
     for (const auto& function : trial.functions()) {
       trial.step(fmt::format("{} in session {}", nameOf(*function), session));
-      trial.call(*function, Arguments(least(*function)));
+      trial.call(*function, Arguments(fewestArguments(*function)));
     }
   }
 }
@@ -204,7 +189,7 @@ void afterAnotherStart(Trial& trial) {
   for (int round = 1; round <= 3; ++round) {
     for (const auto& function : trial.functions()) {
       trial.step(fmt::format("{} after start-up {}", nameOf(*function), round));
-      trial.call(*function, Arguments(least(*function), Value::ofText(u"event")));
+      trial.call(*function, Arguments(fewestArguments(*function), Value::ofText(u"event")));
     }
     if (const Status done = plugin->shutdown(); !done) { trial.fail(done.error().message); }
     if (const auto started = plugin->start(); !started) { trial.fail(started.error().message); }

@@ -1,5 +1,4 @@
 // Hosts whose own functions fail: each call that the plug-in makes, with each status, one at a time.
-#include <algorithm>
 #include <exception>
 
 #include <fmt/format.h>
@@ -64,8 +63,7 @@ void callWithFailures(Trial& trial, Exceptions exceptions) {
   const auto plugin = trial.started();
   if (plugin == nullptr) { return; }
   for (const auto& function : trial.functions()) {
-    const auto count =
-        static_cast<std::size_t>(std::max(function->minArgs, std::max<std::int16_t>(function->maxArgs, 0)));
+    const std::size_t count = mostArguments(*function);
     for (const char16_t* word : {u"event", u"1"}) {
       const std::vector<Value> arguments(count, Value::ofText(word));
       withEachCallFailing(trial, fmt::format("{} with words", nameOf(*function)), exceptions, [&] {

@@ -41,8 +41,7 @@ std::size_t residentMemory() {
 /// All functions, with words that mean nothing.
 void useAll(Trial& trial) {
   for (const auto& function : trial.functions()) {
-    const auto count =
-        static_cast<std::size_t>(std::max(function->minArgs, std::max<std::int16_t>(function->maxArgs, 0)));
+    const std::size_t count = mostArguments(*function);
     trial.call(*function, std::vector<Value>(count, Value::ofText(u"event")));
   }
 }

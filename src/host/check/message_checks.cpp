@@ -147,7 +147,7 @@ void stillWorksAfterwards(Trial& trial) {
   }
   for (const auto& function : trial.functions()) {
     trial.step(fmt::format("calling {}", nameOf(*function)));
-    trial.call(*function, std::vector<Value>(static_cast<std::size_t>(function->minArgs)));
+    trial.call(*function, std::vector<Value>(fewestArguments(*function)));
   }
 }
 

@@ -16,16 +16,8 @@
 namespace orlocal::host::check {
 namespace {
 
-/// Starts the plug-in and looks at each function.
-template <class Look>
-void forEachFunction(Trial& trial, Look look) {
-  const auto plugin = trial.started();
-  if (plugin == nullptr) { return; }
-  for (const auto& function : trial.functions()) { look(*function); }
-}
-
 void registersFunctions(Trial& trial) {
-  forEachFunction(trial, [](const RegisteredFunction&) {});
+  trial.forEachFunction([](const RegisteredFunction&) {});
 }
 
 void usesItsOwnId(Trial& trial) {
@@ -40,7 +32,7 @@ void usesItsOwnId(Trial& trial) {
 
 void namesApart(Trial& trial) {
   std::map<std::string, std::int16_t> seen;
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     std::string folded = smallLetters(toUtf8(function.name));
     const auto [at, isNew] = seen.emplace(std::move(folded), function.key.id);
     trial.expect(isNew, fmt::format("{} is called as function {} is.", nameOf(function), at->second));
@@ -48,7 +40,7 @@ void namesApart(Trial& trial) {
 }
 
 void namesThatCalculationsTake(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     const std::string name = toUtf8(function.name);
     trial.expect(!name.empty() && name.find_first_of(" +-*/^&=<>≠(),;[]{}\"':.$\t\n") == std::string::npos,
                  fmt::format("\"{}\" holds what calculations have for operators.", name));
@@ -60,7 +52,7 @@ void namesThatCalculationsTake(Trial& trial) {
 
 void namesWithAPrefix(Trial& trial) {
   std::set<std::string> prefixes;
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     const std::string name = toUtf8(function.name);
     const std::size_t end = name.find('_');
     trial.expect(end != std::string::npos && end > 0,
@@ -71,14 +63,14 @@ void namesWithAPrefix(Trial& trial) {
 }
 
 void boundsThatMakeSense(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     trial.expect(function.minArgs >= 0 && (function.maxArgs == -1 || function.maxArgs >= function.minArgs),
                  fmt::format("{} takes {} to {} arguments.", nameOf(function), function.minArgs, function.maxArgs));
   });
 }
 
 void prototypesThatNameTheFunction(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     const Prototype prototype = readPrototype(toUtf8(function.prototype));
     trial.expect(prototype.isWellFormed,
                  fmt::format("the prototype of {} has brackets that do not match.", nameOf(function)));
@@ -88,7 +80,7 @@ void prototypesThatNameTheFunction(Trial& trial) {
 }
 
 void prototypesThatFitTheBounds(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     const Prototype prototype = readPrototype(toUtf8(function.prototype));
     const std::size_t all = prototype.required.size() + prototype.optional.size();
     trial.expect(prototype.required.size() == static_cast<std::size_t>(function.minArgs),
@@ -102,7 +94,7 @@ void prototypesThatFitTheBounds(Trial& trial) {
 }
 
 void argumentsApart(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     const Prototype prototype = readPrototype(toUtf8(function.prototype));
     std::set<std::string> names(prototype.required.begin(), prototype.required.end());
     names.insert(prototype.optional.begin(), prototype.optional.end());
@@ -112,7 +104,7 @@ void argumentsApart(Trial& trial) {
 }
 
 void descriptionsForPeople(Trial& trial) {
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     const std::string text = toUtf8(function.description);
     const std::size_t bar = text.find('|');
     trial.expect(
@@ -123,7 +115,7 @@ void descriptionsForPeople(Trial& trial) {
 
 void textsThatFit(Trial& trial) {
   constexpr std::size_t kMost = 1'023;
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     for (const auto& [text, what] :
          {std::pair(&function.prototype, "prototype"), std::pair(&function.description, "description")}) {
       trial.expect(text->size() <= kMost,
@@ -136,7 +128,7 @@ void textsThatFit(Trial& trial) {
 
 void flagsThatHostsKnow(Trial& trial) {
   constexpr std::uint32_t kKnown = 0xFF6FU, kPlatforms = 0x000EU;
-  forEachFunction(trial, [&](const RegisteredFunction& function) {
+  trial.forEachFunction([&](const RegisteredFunction& function) {
     trial.expect((function.flags & ~kKnown) == 0,
                  fmt::format("{} has flags {:#x}, some of which no host knows.", nameOf(function), function.flags));
     trial.expect(

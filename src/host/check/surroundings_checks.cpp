@@ -1,5 +1,4 @@
 // Machines as they are: no home, odd settings, stores of calendars in any state.
-#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -23,8 +22,7 @@ void useAll(Trial& trial) {
   const auto plugin = trial.started();
   if (plugin == nullptr) { return; }
   for (const auto& function : trial.functions()) {
-    const auto count =
-        static_cast<std::size_t>(std::max(function->minArgs, std::max<std::int16_t>(function->maxArgs, 0)));
+    const std::size_t count = mostArguments(*function);
     for (const char16_t* word : {u"", u"event", u"calendar"}) {
       trial.step(fmt::format("{} with \"{}\"", nameOf(*function), toUtf8(std::u16string_view(word))));
       trial.call(*function, std::vector<Value>(count, Value::ofText(word)));
@@ -65,7 +63,7 @@ void inAFolderThatIsGone(Trial& trial) {
   if (const auto started = opened->start(); !started) { trial.fail(started.error().message); }
   for (const auto& function : trial.functions()) {
     trial.step(nameOf(*function));
-    trial.call(*function, std::vector<Value>(static_cast<std::size_t>(function->minArgs)));
+    trial.call(*function, std::vector<Value>(fewestArguments(*function)));
   }
 }
 
@@ -87,7 +85,7 @@ void withFewDescriptors(Trial& trial) {
   ::setrlimit(RLIMIT_NOFILE, &none);
   for (const auto& function : trial.functions()) {
     trial.step(fmt::format("{} where no file can be opened", nameOf(*function)));
-    trial.call(*function, std::vector<Value>(static_cast<std::size_t>(function->minArgs), Value::ofText(u"event")));
+    trial.call(*function, std::vector<Value>(fewestArguments(*function), Value::ofText(u"event")));
   }
   ::setrlimit(RLIMIT_NOFILE, &limit);
 }
@@ -136,8 +134,7 @@ void whileTheStoreIsTakenAway(Trial& trial) {
   for (int round = 0; round < 3; ++round) {
     for (const auto& function : trial.functions()) {
       trial.step(fmt::format("{} after the store was taken away", nameOf(*function)));
-      trial.call(*function,
-                 std::vector<Value>(static_cast<std::size_t>(function->minArgs), Value::ofText(u"calendar")));
+      trial.call(*function, std::vector<Value>(fewestArguments(*function), Value::ofText(u"calendar")));
       std::error_code error;
       for (const char* end : {"", "-wal", "-shm", "-bell"}) { fs::remove(storeOf(trial).string() + end, error); }
     }

@@ -1,5 +1,6 @@
 #include "host/check/trial.h"
 
+#include <algorithm>
 #include <exception>
 
 #include <fmt/format.h>
@@ -47,6 +48,12 @@ Functions Trial::functions() {
   return functions;
 }
 
+void Trial::forEachFunction(const std::function<void(const RegisteredFunction&)>& use) {
+  const auto plugin = started();
+  if (plugin == nullptr) { return; }
+  for (const auto& function : functions()) { use(*function); }
+}
+
 std::optional<Value> Trial::call(const RegisteredFunction& function, const std::vector<Value>& arguments) {
   Value result;
   const Environment environment = Registry::instance().currentEnvironment();
@@ -66,6 +73,13 @@ std::optional<Value> Trial::call(const RegisteredFunction& function, const std::
 std::string smallLetters(std::string text) {
   for (char& c : text) { c = asciiLower(c); }
   return text;
+}
+
+std::size_t fewestArguments(const RegisteredFunction& function) { return static_cast<std::size_t>(function.minArgs); }
+
+std::size_t mostArguments(const RegisteredFunction& function) {
+  constexpr std::size_t kAny = 12;
+  return function.maxArgs < 0 ? std::max(kAny, fewestArguments(function)) : static_cast<std::size_t>(function.maxArgs);
 }
 
 std::string nameOf(const RegisteredFunction& function) {

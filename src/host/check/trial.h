@@ -61,6 +61,9 @@ class Trial {
   Functions functions();
   static Steps steps() { return Registry::instance().steps(); }
 
+  /// Starts the plug-in and hands over each of its functions.
+  void forEachFunction(const std::function<void(const RegisteredFunction&)>& use);
+
   /// Calls it whatever its argument counts are; fails when an exception leaves it. Gives the result, null then.
   std::optional<Value> call(const RegisteredFunction& function, const std::vector<Value>& arguments);
 
@@ -74,6 +77,10 @@ class Trial {
 
 /// Names of functions and steps are the same in capitals and small letters (ASCII's).
 std::string smallLetters(std::string text);
+
+std::size_t fewestArguments(const RegisteredFunction& function);
+/// A dozen, or the fewest if they are more, of one that takes any number.
+std::size_t mostArguments(const RegisteredFunction& function);
 
 /// "Orlo_GetProperty (155)" for messages.
 std::string nameOf(const RegisteredFunction& function);

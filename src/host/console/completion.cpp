@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "host/calc/builtins.h"
 #include "host/calc/lexer.h"
 #include "host/console/plugin_words.h"
@@ -89,7 +90,7 @@ std::vector<Candidate> keywordsFor(const TextPlace& place) {
   for (const WordKind kind : kindsFor(place.function, place.argument)) {
     for (const PluginWord& row : pluginWords()) {
       if (row.kind == kind) {
-        keywords.push_back({std::string(row.word), fmt::format("{}  {}", row.word, row.meaning), false});
+        keywords.push_back({std::string(row.word), fmt::format("{}  {}", row.word, translated(row.meaning)), false});
       }
     }
   }

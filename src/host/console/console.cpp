@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
+#include "base/translation.h"
 #include "host/calc/calc_failure.h"
 #include "host/calc/line_joiner.h"
 #include "host/calc/rendering.h"
@@ -22,14 +23,14 @@ constexpr std::string_view kPrompt = "> ";
 constexpr std::string_view kErrorResult = "!!ERROR!!";
 constexpr std::string_view kContinuation = "… ";
 
-constexpr std::string_view kHelp =
+constexpr const char* kHelp = translatable(
     "Type a calculation; it goes on over several lines while a bracket is open.\n"
     "  help NAME    shows what a function or a keyword of the plug-in means, and the\n"
     "               functions whose names begin so\n"
     "  variables    shows the $ and $$ variables that hold something\n"
     "  .agenda      runs that command of the program, with its words; .help lists all\n"
     "  quit         ends (or Ctrl-D); Ctrl-C clears the line\n"
-    "The tab key completes names, and within texts keywords and titles of calendars.\n";
+    "The tab key completes names, and within texts keywords and titles of calendars.\n");
 
 /// An entry of several lines is recalled as one, unless a comment to the end of a line would swallow the rest.
 std::vector<std::string> recallable(const std::vector<std::string>& lines) {
@@ -88,7 +89,7 @@ bool Console::run() {
 void Console::obey(const std::string& entry) {
   const std::string_view word = trimmed(entry);
   if (equalsNoCase(word, "help")) {
-    m_parts.out << kHelp;
+    m_parts.out << translated(kHelp);
   } else if (equalsNoCase(word.substr(0, 5), "help ")) {
     help(std::string(trimmed(word.substr(5))));
   } else if (equalsNoCase(word, "variables")) {
@@ -108,7 +109,7 @@ void Console::obey(const std::string& entry) {
 void Console::help(const std::string& name) {
   const bool function = helpOnFunction(name);
   if (helpOnKeyword(name) || function) { return; }
-  m_parts.out << "no function's name begins with " << calc::harmless(name) << ", and it is no keyword\n";
+  m_parts.out << tr("no function's name begins with {}, and it is no keyword\n", calc::harmless(name));
 }
 
 bool Console::helpOnFunction(const std::string& name) {
@@ -117,8 +118,8 @@ bool Console::helpOnFunction(const std::string& name) {
   const LanguageHelp* own = languageHelpOn(name);
   if (own != nullptr) {
     m_parts.out << (found.matching.empty() ? fmt::format("{}\n", own->example) : "")
-                << fmt::format("    {}\n", own->meaning)
-                << (own->result.empty() ? "" : fmt::format("    Example: {} is {}\n", own->example, own->result));
+                << fmt::format("    {}\n", translated(own->meaning))
+                << (own->result.empty() ? "" : tr("    Example: {} is {}\n", own->example, own->result));
   }
   for (const calc::Signature& signature : m_parts.library.signatures()) {
     if (!equalsNoCase(signature.name, name)) { continue; }
@@ -126,7 +127,7 @@ bool Console::helpOnFunction(const std::string& name) {
     const std::size_t bar = signature.description.find('|');
     const std::string text = signature.description.substr(bar + 1);
     m_parts.out << "    " << calc::harmless(trimmed(text)) << '\n';
-    if (const auto example = exampleOf(name); !example.empty()) { m_parts.out << "    Example: " << example << '\n'; }
+    if (const auto example = exampleOf(name); !example.empty()) { m_parts.out << tr("    Example: {}\n", example); }
   }
   return own != nullptr || !found.matching.empty();
 }
@@ -135,7 +136,7 @@ bool Console::helpOnKeyword(const std::string& name) {
   bool known = false;
   for (const PluginWord& row : pluginWords()) {
     if (!equalsNoCase(row.word, name)) { continue; }
-    m_parts.out << fmt::format("\"{}\" ({}): {}\n", row.word, nameOf(row.kind), row.meaning);
+    m_parts.out << fmt::format("\"{}\" ({}): {}\n", row.word, translated(nameOf(row.kind)), translated(row.meaning));
     known = true;
   }
   return known;
@@ -151,14 +152,14 @@ void Console::show(const Result<calc::Outcome>& outcome, const std::string& entr
   const std::string_view type = calc::typeName(outcome->value);
   const auto shown = [&](const std::string& line) { return m_parts.colors ? calc::harmless(line) : line; };
   if (outcome->value.isEmpty() && outcome->value.isValid()) {
-    m_parts.out << dim("(empty)") << '\n';
+    m_parts.out << dim(tr("(empty)")) << '\n';
   } else if (lines.size() == 1) {
     const auto reason = lines.front() == kErrorResult ? m_parts.lastError() : std::nullopt;
     m_parts.out << shown(lines.front()) << "  " << dim(fmt::format("({})", type))
                 << (reason ? "  " + calc::harmless(*reason) : "") << '\n';
   } else {
     for (const std::string& line : lines) { m_parts.out << shown(line) << '\n'; }
-    m_parts.out << dim(fmt::format("({}, {} lines)", type, lines.size())) << '\n';
+    m_parts.out << dim(trn("({}, {} line)", "({}, {} lines)", lines.size(), type, lines.size())) << '\n';
   }
   for (const std::string& failure : outcome->failures) {
     m_failed = true;

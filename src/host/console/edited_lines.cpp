@@ -10,6 +10,7 @@
 #include <langinfo.h>
 #include <unistd.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/calc/rendering.h"
 
@@ -95,7 +96,7 @@ Status EditedLines::start() {
   state.editor = ::el_init("orlocal", stdin, stdout, stderr);
   state.history = ::history_init();
   if (state.editor == nullptr || state.history == nullptr) {
-    return failure(ErrorCode::kIo, "the terminal cannot be edited on");
+    return failure(ErrorCode::kIo, tr("the terminal cannot be edited on"));
   }
   const std::filesystem::path& history = state.historyPath;
   HistEvent event{};

@@ -8,7 +8,7 @@ namespace orlocal::host {
 /// What a function of the language does, with an example.
 struct LanguageHelp {
   std::string_view name;
-  std::string_view meaning;
+  const char* meaning;  ///< in English, to be translated
   std::string_view example;
   std::string_view result;  ///< of the example; empty when it is another one each time
 };

@@ -25,7 +25,7 @@ enum class WordKind {
 struct PluginWord {
   WordKind kind;
   std::string_view word;
-  std::string_view meaning;
+  const char* meaning;  ///< in English, to be translated
 };
 std::span<const PluginWord> pluginWords();
 
@@ -33,8 +33,8 @@ std::span<const PluginWord> pluginWords();
 /// without case.
 std::vector<WordKind> kindsFor(std::string_view function, std::size_t argument);
 
-/// "Span", "Property": what a word of the kind is called.
-std::string_view nameOf(WordKind kind);
+/// "span", "property": what a word of the kind is called; in English, to be translated.
+const char* nameOf(WordKind kind);
 
 /// A call of the function that can be typed as it is; empty for a function that is not known.
 std::string_view exampleOf(std::string_view function);

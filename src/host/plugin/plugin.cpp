@@ -8,6 +8,7 @@
 
 #include <dlfcn.h>
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/fmwrapper/registry.h"
 #include "host/fmwrapper/unicode.h"
@@ -17,10 +18,6 @@ namespace orlocal::host {
 namespace {
 
 constexpr const char* kEntryName = "FMExternCallProc";
-
-Failed pluginFailure(ErrorCode code, const std::filesystem::path& file, const std::string& sentence) {
-  return failure(code, file.string() + " " + sentence);
-}
 
 /// Where the object that holds `address` is mapped; null when none does.
 void* objectOf(const void* address) {
@@ -53,10 +50,11 @@ Plugin::Plugin(std::filesystem::path file, HostDescription host)
 Result<std::unique_ptr<Plugin>> Plugin::open(const std::filesystem::path& file, HostDescription host) {
   std::error_code error;
   if (!std::filesystem::exists(file, error)) {
-    return pluginFailure(ErrorCode::kNotFound, file, "does not exist; name the plug-in's file with --plugin.");
+    return failure(ErrorCode::kNotFound,
+                   tr("{} does not exist; name the plug-in's file with --plugin.", file.string()));
   }
   if (std::filesystem::is_directory(file, error)) {
-    return pluginFailure(ErrorCode::kInvalid, file, "is a folder; a plug-in is a single file here.");
+    return failure(ErrorCode::kInvalid, tr("{} is a folder; a plug-in is a single file here.", file.string()));
   }
   std::unique_ptr<Plugin> plugin(new Plugin(file, std::move(host)));
   // With its folder named, so that the loader does not search its own places.
@@ -64,16 +62,17 @@ Result<std::unique_ptr<Plugin>> Plugin::open(const std::filesystem::path& file, 
   plugin->m_library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (plugin->m_library == nullptr) {
     const char* reason = dlerror();
-    return pluginFailure(ErrorCode::kUnsupported, file,
-                         "cannot be loaded: " + std::string(reason != nullptr ? reason : "no reason given") +
-                             ". Check that it was built for this system and that the libraries it names are there.");
+    return failure(
+        ErrorCode::kUnsupported,
+        tr("{} cannot be loaded: {}. Check that it was built for this system and that the libraries it names "
+           "are there.",
+           file.string(), reason != nullptr ? reason : tr("no reason given")));
   }
   plugin->m_entry = reinterpret_cast<void (*)(fmx::ExternCall*)>(dlsym(plugin->m_library, kEntryName));
   if (plugin->m_entry == nullptr) {
     dlclose(plugin->m_library);
-    return pluginFailure(
-        ErrorCode::kUnsupported, file,
-        "has no entry point " + std::string(kEntryName) + ", so it is not a plug-in; name another file.");
+    return failure(ErrorCode::kUnsupported, tr("{} has no entry point {}, so it is not a plug-in; name another file.",
+                                               file.string(), kEntryName));
   }
   return plugin;
 }
@@ -108,15 +107,14 @@ Status Plugin::enter(std::uint8_t message, std::uint8_t parm1, std::uintptr_t pa
                               .cStartScript = Registry::startScriptCallback(),
                               .cCurrentEnv = Registry::currentEnvironmentCallback()};
   const auto failed = [&](const std::string& what) {
-    return pluginFailure(ErrorCode::kIo, m_file,
-                         "failed at the host's message " + std::to_string(message) + " with " + what + ".");
+    return failure(ErrorCode::kIo, tr("{} failed at the host's message {} with {}.", m_file.string(), message, what));
   };
   try {
     m_entry(m_record.get());
     return {};
-  } catch (const std::exception& exception) {
-    return failed(std::string("an exception: ") + exception.what());
-  } catch (...) { return failed("an exception of an unknown kind"); }
+  } catch (const std::exception& exception) { return failed(tr("an exception: {}", exception.what())); } catch (...) {
+    return failed(tr("an exception of an unknown kind"));
+  }
 }
 
 Result<std::int16_t> Plugin::start() {
@@ -124,13 +122,13 @@ Result<std::int16_t> Plugin::start() {
   ORLOCAL_CHECK(enter(fmx::kCallStartUp, m_host.applicationKind, text, 0, 0));
   const auto reply = static_cast<std::intptr_t>(m_record->result);
   if (reply == -1) {
-    return pluginFailure(ErrorCode::kUnsupported, m_file,
-                         "is not for a host of extension version " + std::to_string(m_host.extensionVersion) +
-                             "; announce another one with --host-version.");
+    return failure(ErrorCode::kUnsupported,
+                   tr("{} is not for a host of extension version {}; announce another one with --host-version.",
+                      m_file.string(), m_host.extensionVersion));
   }
   if (reply <= 0 || reply > INT16_MAX) {
-    return pluginFailure(ErrorCode::kUnsupported, m_file,
-                         "answered start-up with " + std::to_string(reply) + ", which is no interface version.");
+    return failure(ErrorCode::kUnsupported,
+                   tr("{} answered start-up with {}, which is no interface version.", m_file.string(), reply));
   }
   m_started = true;
   return static_cast<std::int16_t>(reply);

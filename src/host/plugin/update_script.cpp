@@ -1,5 +1,6 @@
 #include "host/plugin/update_script.h"
 
+#include "base/translation.h"
 #include "base/try.h"
 #include "host/fmwrapper/call.h"
 #include "host/fmwrapper/unicode.h"
@@ -29,12 +30,12 @@ Status registerUpdateScript(const Plugin& plugin, std::string_view file, std::st
   function.function = reinterpret_cast<fmx::ExternalFunction>(plugin.symbol(kSymbol));
   if (function.function == nullptr) {
     return failure(ErrorCode::kUnsupported,
-                   plugin.file().string() + " has no " + kSymbol + ", so it cannot tell of calendar changes.");
+                   tr("{} has no {}, so it cannot tell of calendar changes.", plugin.file().string(), kSymbol));
   }
   ORLOCAL_CHECK(callFunction(function, {Value::ofUtf8(file), Value::ofUtf8(script)}));
   // The result stays empty even when the calendars cannot be followed; only the last error tells.
   ORLOCAL_TRY(const std::string reason, lastError());
-  if (!reason.empty()) { return failure(ErrorCode::kRefused, std::string(kSymbol) + " failed: " + reason); }
+  if (!reason.empty()) { return failure(ErrorCode::kRefused, tr("{} failed: {}", kSymbol, reason)); }
   return {};
 }
 

@@ -49,6 +49,9 @@ void applyFields(const ItemEdit& edit, Item& item) {
       }
     }
   }
+  if (edit.set.has(ItemField::kCategories)) {
+    item.extra = withLinesOf("CATEGORIES", item.extra, edit.values.extra);
+  }
   if (edit.set.has(ItemField::kRules)) {
     // One that could not be followed was kept as it was written; it is no longer how the item repeats.
     item.extra = withoutLinesOf("RRULE", item.extra);

@@ -26,6 +26,7 @@ enum class ItemField : std::uint8_t {
   kCompleted,
   kAlarms,
   kRules,
+  kCategories,  ///< the lines CATEGORIES among those kept in `extra`
 };
 using ItemFields = FieldSet<ItemField>;
 

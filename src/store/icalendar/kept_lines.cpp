@@ -21,13 +21,19 @@ void walk(std::string_view kept, Take take) {
   }
 }
 
-std::string filtered(std::string_view kept, std::string_view property, bool lines) {
+bool hasParameters(std::string_view line) { return line.starts_with('@'); }
+
+bool isOf(std::string_view property, std::string_view line, int depth) {
+  const std::string_view text = line.substr(hasParameters(line) ? 1 : 0);
+  return depth == 0 && equalsNoCase(text.substr(0, text.find_first_of(";:")), property);
+}
+
+/// The lines for which `wanted(line, depth)` holds.
+template <class Wanted>
+std::string filtered(std::string_view kept, Wanted wanted) {
   std::string rest;
   walk(kept, [&](std::string_view line, int depth) {
-    const bool parameters = line.starts_with('@');
-    const std::string_view text = line.substr(parameters ? 1 : 0);
-    const bool ofProperty = depth == 0 && equalsNoCase(text.substr(0, text.find_first_of(";:")), property);
-    if (!ofProperty || !(parameters || lines)) { rest.append(line).append("\n"); }
+    if (wanted(line, depth)) { rest.append(line).append("\n"); }
   });
   return rest;
 }
@@ -35,10 +41,19 @@ std::string filtered(std::string_view kept, std::string_view property, bool line
 }  // namespace
 
 std::string withoutParametersOf(std::string_view property, std::string_view kept) {
-  return filtered(kept, property, false);
+  return filtered(kept, [&](std::string_view line, int depth) {
+    return !hasParameters(line) || !isOf(property, line, depth);
+  });
 }
 
-std::string withoutLinesOf(std::string_view property, std::string_view kept) { return filtered(kept, property, true); }
+std::string withoutLinesOf(std::string_view property, std::string_view kept) {
+  return filtered(kept, [&](std::string_view line, int depth) { return !isOf(property, line, depth); });
+}
+
+std::string withLinesOf(std::string_view property, std::string_view kept, std::string_view other) {
+  return withoutLinesOf(property, kept) +
+         filtered(other, [&](std::string_view line, int depth) { return isOf(property, line, depth); });
+}
 
 std::vector<std::string_view> keptValues(std::string_view property, std::string_view kept) {
   std::vector<std::string_view> values;

@@ -87,7 +87,7 @@ std::string_view beginningOf(std::string_view word) {
 }
 
 /// Where `term` begins among `words`.
-std::optional<std::size_t> placeOf(const std::vector<std::string>& term, const std::vector<Word>& words) {
+std::optional<std::size_t> placeOf(const std::vector<std::string>& term, const std::vector<FoldedWord>& words) {
   for (std::size_t at = 0; at + term.size() <= words.size(); ++at) {
     bool same = true;
     for (std::size_t i = 0; same && i + 1 < term.size(); ++i) { same = words[at + i].text == term[i]; }
@@ -98,8 +98,8 @@ std::optional<std::size_t> placeOf(const std::vector<std::string>& term, const s
 
 }  // namespace
 
-std::vector<Word> wordsOf(std::string_view text) {
-  std::vector<Word> words;
+std::vector<FoldedWord> wordsOf(std::string_view text) {
+  std::vector<FoldedWord> words;
   std::size_t begin = 0;
   bool within = false;
   const auto finish = [&](std::size_t end) {
@@ -128,7 +128,7 @@ std::vector<Word> wordsOf(std::string_view text) {
 SearchTerms::SearchTerms(std::string_view text) {
   const auto add = [this](std::string_view term) {
     std::vector<std::string> words;
-    for (Word& word : wordsOf(term)) { words.push_back(std::move(word.text)); }
+    for (FoldedWord& word : wordsOf(term)) { words.push_back(std::move(word.text)); }
     if (!words.empty()) { m_terms.push_back(std::move(words)); }
   };
   constexpr std::string_view kBlanks = " \t\n\r";
@@ -143,7 +143,7 @@ SearchTerms::SearchTerms(std::string_view text) {
 }
 
 std::optional<SearchTerms::Place> SearchTerms::placeIn(std::string_view text) const {
-  const std::vector<Word> words = wordsOf(text);
+  const std::vector<FoldedWord> words = wordsOf(text);
   std::optional<Place> first;
   for (const auto& term : m_terms) {
     const auto at = placeOf(term, words);
@@ -160,7 +160,7 @@ std::optional<SearchTerms::Found> SearchTerms::in(const Item& item) const {
   for (const SearchField field : kFields) {
     bool any = false;
     for (const std::string_view text : textsOf(item, field)) {
-      const std::vector<Word> words = wordsOf(text);
+      const std::vector<FoldedWord> words = wordsOf(text);
       for (std::size_t i = 0; i < m_terms.size(); ++i) {
         if (!placeOf(m_terms[i], words)) { continue; }
         found[i] = any = true;
@@ -218,7 +218,7 @@ std::string indexedWords(const Item& item) {
   std::set<std::string, std::less<>> words;
   for (const SearchField field : kFields) {
     for (const std::string_view text : textsOf(item, field)) {
-      for (const Word& word : wordsOf(text)) {
+      for (const FoldedWord& word : wordsOf(text)) {
         const auto kept = beginningOf(word.text);
         if (!words.contains(kept)) { words.emplace(kept); }
       }

@@ -13,15 +13,15 @@ namespace orlocal::store {
 
 /// A word as it is compared: without case and without the marks on letters. Scripts that put no blanks between words
 /// (Chinese, Japanese, Thai and others) are taken letter by letter, and so are pictures.
-struct Word {
+struct FoldedWord {
   std::string text;
   std::size_t begin = 0, end = 0;  ///< the bytes that it was made of
 
-  friend bool operator==(const Word&, const Word&) = default;
+  friend bool operator==(const FoldedWord&, const FoldedWord&) = default;
 };
 
 /// The words of a text in their order.
-std::vector<Word> wordsOf(std::string_view text);
+std::vector<FoldedWord> wordsOf(std::string_view text);
 
 /// Where a text was found, best place first.
 enum class SearchField : std::uint8_t { kTitle, kPlace, kPeople, kUrl, kNotes };

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "accounts/sync/merge.h"
+#include "accounts/sync/field_lines.h"
 #include "accounts/sync/server_text.h"
 #include "accounts/sync/sync_fixture.h"
 #include "store/icalendar/item_text.h"

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "accounts/sync/field_lines.h"
 #include "accounts/sync/server_text.h"
 #include "store/icalendar/item_text.h"
 #include "store/time/time_text.h"

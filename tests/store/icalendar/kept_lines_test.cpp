@@ -27,5 +27,12 @@ TEST(KeptLines, GoWithoutTheParametersOfAPropertyOrWithAllOfIt) {
             "BEGIN:VALARM\nSTATUS:DEAD\nEND:VALARM\n");
 }
 
+TEST(KeptLines, OfAPropertyComeFromOthers) {
+  const std::string other = "GEO:1;2\nCATEGORIES:NEW\nBEGIN:VALARM\nCATEGORIES:INNER\nEND:VALARM\n";
+  EXPECT_THAT(keptValues("CATEGORIES", withLinesOf("CATEGORIES", kKept, other)), ElementsAre("NEW"));
+  EXPECT_EQ(withLinesOf("CATEGORIES", "STATUS:DEAD\nCATEGORIES:OLD\n", ""), "STATUS:DEAD\n");
+  EXPECT_EQ(withLinesOf("CATEGORIES", "", other), "CATEGORIES:NEW\n");
+}
+
 }  // namespace
 }  // namespace orlocal::store

@@ -10,7 +10,7 @@ using testing::HasSubstr;
 
 std::vector<std::string> split(std::string_view text) {
   std::vector<std::string> words;
-  for (const Word& word : wordsOf(text)) { words.push_back(word.text); }
+  for (const FoldedWord& word : wordsOf(text)) { words.push_back(word.text); }
   return words;
 }
 

@@ -15,6 +15,7 @@
 #include "host/commands/alarms/alarm_commands.h"
 #include "host/commands/alarms/alarm_list.h"
 #include "host/commands/alarms/alarm_text.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/choosing/item_choice.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
@@ -35,7 +36,7 @@ using store::Moment;
 /// Which alarms are looked at.
 struct AlarmsWords {
   std::string next = "1 day";
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
   FormatOption format{RowKind::kAlarm};
 };
 
@@ -68,8 +69,8 @@ struct AlarmDesk {
     const store::LocalTime local = viewer.toLocal(moment);
     return shortDay(LocalDay(local)) + " " + clockTime(local);
   }
-  Result<std::vector<AlarmNews>> list(const std::vector<std::string>& calendars) {
-    ORLOCAL_TRY(const auto named, calendarsTitled(*store, calendars));
+  Result<std::vector<AlarmNews>> list(const CalendarChoice& calendars) {
+    ORLOCAL_TRY(const auto named, calendarsChosen(*store, calendars));
     store::AlarmTimetable timetable(*store, viewer);
     return listAlarms(*store, timetable, named, now, until);
   }
@@ -261,9 +262,7 @@ void registerAlarmCommands(CommandLine& line) {
   alarms.add_option("--next", words->next, "How far ahead to look: 1h, 2 days")
       ->type_name("LENGTH")
       ->capture_default_str();
-  alarms.add_option("--calendar", words->calendars, "Only of this calendar or reminder list; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
+  addCalendarOptions(alarms, words->calendars);
   words->format.addTo(alarms);
 
   const auto snoozed = std::make_shared<AnswerWords>();

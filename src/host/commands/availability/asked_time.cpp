@@ -9,9 +9,11 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/trouble.h"
 #include "host/commands/words/day_words.h"
+#include "host/commands/words/zone_words.h"
 #include "store/time/clock.h"
 
 namespace orlocal::host {
@@ -76,23 +78,14 @@ void addTimeOptions(CLI::App& command, TimeWords& words) {
   CLI::Option* weekDays =
       command.add_option("--days", words.weekDays, "Only these days of the week: mon-fri, tue,thu")->type_name("DAYS");
   command.add_flag("--weekdays", words.onWeekdays, "Only Monday to Friday")->excludes(weekDays);
-  command.add_option("--calendar", words.calendars, "Only what is in this calendar; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
+  addCalendarOptions(command, words.calendars);
   command.add_flag("--ignore-all-day", words.ignoresAllDay, "Events of whole days take no time");
-  command.add_option("--zone", words.zone, "On the clock of this zone: America/New_York")->type_name("ZONE");
+  addZoneOption(command, words.zone);
 }
 
 std::optional<AskedTime> readTimeWords(const TimeWords& words, CommandContext& context) {
   AskedTime asked;
-  asked.viewer = store::Zone::ofUser();
-  if (!words.zone.empty()) {
-    const auto zone = store::Zone::named(words.zone);
-    if (!zone) {
-      return refuse(context, tr("\"{}\" is no time zone; write Europe/Berlin, America/New_York or UTC.", words.zone));
-    }
-    asked.viewer = *zone;
-  }
+  asked.viewer = zoneAskedFor(words.zone);
   const store::LocalTime now = asked.viewer.toLocal(store::now());
   const auto days = daysAskedFor(words, LocalDay(now), context);
   if (!days) { return std::nullopt; }
@@ -115,14 +108,14 @@ std::optional<AskedTime> readTimeWords(const TimeWords& words, CommandContext& c
 }
 
 Result<std::vector<store::BusyTime>> busyTimesOf(store::CalendarStore& store, const AskedTime& asked,
-                                                 const std::vector<TimeSpan>& spans,
-                                                 const std::vector<std::string>& calendars) {
-  ORLOCAL_TRY(const auto named, calendarsTitled(store, calendars));
+                                                 const std::vector<TimeSpan>& spans, const CalendarChoice& calendars) {
+  ORLOCAL_TRY(const auto named, calendarsChosen(store, calendars));
   const bool events = std::any_of(named.begin(), named.end(), [](const store::Calendar& calendar) {
     return calendar.holds(store::ItemKind::kEvent);
   });
-  if (!events && !calendars.empty()) {
-    return failure(ErrorCode::kInvalid, tr("\"{}\" holds no events, and reminders take no time.", calendars.front()));
+  if (!events && !calendars.only.empty()) {
+    return failure(ErrorCode::kInvalid,
+                   tr("\"{}\" holds no events, and reminders take no time.", calendars.only.front()));
   }
   if (spans.empty()) { return std::vector<store::BusyTime>(); }
   ORLOCAL_TRY(const auto taken, takenBetween(store, spans.front().start, spans.back().end, named, asked.owner));

@@ -10,6 +10,7 @@
 #include "host/commands/availability/taken_time.h"
 #include "host/commands/availability/time_spans.h"
 #include "host/commands/command_line/command.h"
+#include "host/commands/command_line/store_session.h"
 #include "host/commands/words/day_range.h"
 
 namespace CLI {
@@ -23,7 +24,7 @@ struct TimeWords {
   std::vector<std::string> days;
   std::string from, to, zone, hours, weekDays;
   bool onWeekdays = false, ignoresAllDay = false;
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
 };
 void addTimeOptions(CLI::App& command, TimeWords& words);
 
@@ -41,8 +42,7 @@ std::optional<AskedTime> readTimeWords(const TimeWords& words, CommandContext& c
 
 /// What takes time in these spans, merged.
 Result<std::vector<store::BusyTime>> busyTimesOf(store::CalendarStore& store, const AskedTime& asked,
-                                                 const std::vector<TimeSpan>& spans,
-                                                 const std::vector<std::string>& calendars);
+                                                 const std::vector<TimeSpan>& spans, const CalendarChoice& calendars);
 
 /// "Mon 2 Nov 2026 to Sun 8 Nov 2026, 09:00–17:00 on Mon–Fri, in Europe/Berlin": for people, what was asked.
 std::string askedInWords(const AskedTime& asked, bool tellsZone);

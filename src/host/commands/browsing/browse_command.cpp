@@ -14,6 +14,7 @@
 #include "host/commands/browsing/browse_state.h"
 #include "host/commands/browsing/browsing_commands.h"
 #include "host/commands/browsing/terminal_screen.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/command_line/change_wait.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/interruption.h"
@@ -28,7 +29,7 @@ namespace {
 
 struct BrowseWords {
   std::string day;
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
 };
 
 /// Why there can be no screen here; none when there can.
@@ -75,7 +76,7 @@ Result<ExitStatus> browse(const BrowseWords& words, Registration registerAll, Co
   }
   ORLOCAL_TRY(const auto store, openUserStore());
   BrowseState state;
-  if (!words.calendars.empty()) { ORLOCAL_TRY(state.only, calendarsTitled(*store, words.calendars)); }
+  if (!words.calendars.only.empty()) { ORLOCAL_TRY(state.only, calendarsChosen(*store, words.calendars)); }
   state.viewer = store::Zone::ofUser();
   state.firstWeekday = firstWeekday();
   noteTime(state);
@@ -100,9 +101,7 @@ void registerBrowseCommand(CommandLine& line, Registration registerAll) {
   command.add_option("day", words->day, "Where to begin: 2026-11-02, tomorrow, monday, december (default: today)")
       ->type_name("DAY")
       ->check(objectionToDays);
-  command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
+  addCalendarOptions(command, words->calendars);
 }
 
 }  // namespace orlocal::host

@@ -11,19 +11,19 @@ using store::LocalDay;
 using store::LocalTime;
 
 Result<BrowseDays> readBrowseDays(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
-                                  const std::vector<std::string>& titles) {
-  ORLOCAL_TRY(Agenda agenda, readAgenda(store, viewer, first, last, titles));
+                                  const CalendarChoice& choice) {
+  ORLOCAL_TRY(Agenda agenda, readAgenda(store, viewer, first, last, choice));
   BrowseDays days;
   days.first = first;
   days.last = last;
   days.lines = linesByDay(agenda);
   // Wherever the days are, what stands beside today is that of today.
   const LocalDay today(viewer.toLocal(store::now()));
-  ORLOCAL_TRY(const Agenda ofToday, readAgenda(store, viewer, today, today, titles));
+  ORLOCAL_TRY(const Agenda ofToday, readAgenda(store, viewer, today, today, choice));
   days.overdue = linesOf(ofToday.overdue, ofToday);
   days.undated = linesOf(ofToday.undated, ofToday);
   ORLOCAL_TRY(days.calendars, allCalendars(store));
-  ORLOCAL_TRY(const auto shown, calendarsTitled(store, titles));
+  ORLOCAL_TRY(const auto shown, calendarsChosen(store, choice));
   store::ReminderQuery query{store::ReminderQuery::Status::kCompleted,
                              viewer.toMoment(LocalTime(first)),
                              viewer.toMoment(LocalTime(last + 1)),

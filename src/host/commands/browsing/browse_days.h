@@ -21,8 +21,8 @@ struct BrowseDays {
   CalendarNames names;
 };
 
-/// Reads the days of the calendars with these titles (all without titles).
+/// Reads the days of these calendars.
 Result<BrowseDays> readBrowseDays(store::CalendarStore& store, const store::Zone& viewer, store::LocalDay first,
-                                  store::LocalDay last, const std::vector<std::string>& titles);
+                                  store::LocalDay last, const CalendarChoice& choice);
 
 }  // namespace orlocal::host

@@ -34,14 +34,14 @@ std::string saidBy(std::string text) {
 }  // namespace
 
 BrowseDesk::BrowseDesk(CommandContext& context, Registration registerAll, store::CalendarStore& store,
-                       std::vector<std::string> calendars)
-    : m_context(context), m_registerAll(registerAll), m_store(store), m_calendars(std::move(calendars)) {}
+                       CalendarChoice shown)
+    : m_context(context), m_registerAll(registerAll), m_store(store), m_shown(std::move(shown)) {}
 
 Status BrowseDesk::refresh(BrowseState& state) {
   const auto [first, last] = daysNeeded(state);
   const std::uint64_t generation = m_store.generation();
   if (generation == m_generation && state.days.first <= first && state.days.last >= last) { return {}; }
-  ORLOCAL_TRY(BrowseDays days, readBrowseDays(m_store, state.viewer, first, last, m_calendars));
+  ORLOCAL_TRY(BrowseDays days, readBrowseDays(m_store, state.viewer, first, last, m_shown));
   takeDays(state, std::move(days));
   m_generation = generation;
   return {};
@@ -95,7 +95,7 @@ Status BrowseDesk::show(BrowseState& state) {
 Status BrowseDesk::search(const std::string& text, BrowseState& state) {
   store::SearchQuery query;
   query.text = text;
-  ORLOCAL_TRY(const auto calendars, calendarsTitled(m_store, m_calendars));
+  ORLOCAL_TRY(const auto calendars, calendarsChosen(m_store, m_shown));
   for (const store::Calendar& calendar : calendars) { query.calendars.push_back(calendar.id); }
   ORLOCAL_TRY(const auto hits, m_store.search(query));
   BrowseMenu menu;

@@ -7,6 +7,7 @@
 #include "base/result.h"
 #include "host/commands/browsing/browse_state.h"
 #include "host/commands/command_line/command.h"
+#include "host/commands/command_line/store_session.h"
 #include "host/commands/scripting/commands_in_place.h"
 #include "store/calendar_store.h"
 
@@ -16,9 +17,8 @@ namespace orlocal::host {
 /// checks and notes in the journal what that does.
 class BrowseDesk {
  public:
-  /// All is borrowed. `calendars`: those that are shown, all of them when empty.
-  BrowseDesk(CommandContext& context, Registration registerAll, store::CalendarStore& store,
-             std::vector<std::string> calendars);
+  /// All is borrowed. `shown`: which calendars are.
+  BrowseDesk(CommandContext& context, Registration registerAll, store::CalendarStore& store, CalendarChoice shown);
 
   /// Reads what the screen needs where that is not known, or is no longer so.
   Status refresh(BrowseState& state);
@@ -33,7 +33,7 @@ class BrowseDesk {
   CommandContext& m_context;
   Registration m_registerAll;
   store::CalendarStore& m_store;
-  std::vector<std::string> m_calendars;
+  CalendarChoice m_shown;
   std::uint64_t m_generation = 0;
 };
 

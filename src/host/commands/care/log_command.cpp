@@ -14,6 +14,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/describing/item_json.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/day_words.h"
 
 namespace orlocal::host {

@@ -19,6 +19,7 @@
 #include "host/commands/command_line/output_file.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/day_words.h"
 #include "store/export.h"
 

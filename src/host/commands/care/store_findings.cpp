@@ -133,6 +133,10 @@ Findings storeFindings(const store::StoreOptions& store) {
     return {problem(kStore, tr("{} cannot be looked at: {}.", store.file.string(), systemReason(reason)),
                     tr("Look at the mode of the folders that lead there."))};
   }
+  if (!S_ISREG(found.st_mode)) {
+    return {problem(kStore, tr("{} is no file.", store.file.string()),
+                    tr("Name a file by --store, ORLOCAL_STORE or `file` in the settings below [store]."))};
+  }
   Findings findings{fine(kStore, store.file.string()), modeFinding(store.file, found)};
   addExamination(store, findings);
   addUsers(store.file, findings);

@@ -15,6 +15,7 @@
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/command_line/trouble.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/time_words.h"
 

@@ -8,6 +8,8 @@
 #include "base/text.h"
 #include "base/translation.h"
 #include "host/commands/words/alarm_words.h"
+#include "host/commands/words/date_words.h"
+#include "host/commands/words/item_words.h"
 #include "host/commands/words/repeat_words.h"
 #include "store/edits/event_times.h"
 
@@ -101,6 +103,9 @@ void addFieldOptions(CLI::App& command, FieldWords& words) {
   command.add_option("--location", words.location, "Where it is")->type_name("WORDS");
   command.add_option("--notes", words.notes, "What else is to say")->type_name("WORDS");
   command.add_option("--url", words.url, "A link")->type_name("URL");
+  command.add_option("--category", words.categories, "What it is filed under; may be repeated")
+      ->type_name("WORD")
+      ->allow_extra_args(false);
   command.add_option("--priority", words.priority, "1 (highest) to 9, high, medium, low, none")->type_name("P");
 }
 
@@ -138,6 +143,14 @@ Read<void> putTexts(const FieldWords& words, ItemEdit& edit) {
   put(ItemField::kLocation, words.location, &store::Item::location);
   put(ItemField::kNotes, words.notes, &store::Item::notes);
   put(ItemField::kUrl, words.url, &store::Item::url);
+  if (!words.categories.empty()) {
+    std::vector<std::string> names;
+    for (const std::string& category : words.categories) {
+      if (const auto name = trimmed(category); !name.empty()) { names.emplace_back(name); }
+    }
+    edit.set.add(ItemField::kCategories);
+    setCategories(names, edit.values);
+  }
   if (!words.priority) { return {}; }
   const std::string word = caseFolded(*words.priority);
   const auto* named = std::find_if(std::begin(kPriorities), std::end(kPriorities),

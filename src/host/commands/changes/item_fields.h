@@ -18,7 +18,7 @@ namespace orlocal::host {
 struct FieldWords {
   std::optional<std::string> title, start, end, duration, zone, repeat, until, location, notes, url, priority;
   std::optional<int> count;
-  std::vector<std::string> alarms;
+  std::vector<std::string> alarms, categories;
   bool allDay = false;
 };
 void addFieldOptions(CLI::App& command, FieldWords& words);

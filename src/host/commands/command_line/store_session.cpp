@@ -152,6 +152,17 @@ Result<std::vector<store::Calendar>> calendarsTitled(store::CalendarStore& store
   return named;
 }
 
+Result<std::vector<store::Calendar>> calendarsChosen(store::CalendarStore& store, const CalendarChoice& choice) {
+  ORLOCAL_TRY(auto chosen, calendarsTitled(store, choice.only));
+  if (choice.without.empty()) { return chosen; }
+  ORLOCAL_TRY(const auto without, calendarsTitled(store, choice.without));
+  std::erase_if(chosen, [&](const store::Calendar& each) {
+    return std::any_of(without.begin(), without.end(), [&](const auto& left) { return left.id == each.id; });
+  });
+  if (chosen.empty()) { return failure(ErrorCode::kInvalid, tr("Every calendar and reminder list is left out.")); }
+  return chosen;
+}
+
 Result<store::Calendar> theCalendar(store::CalendarStore& store, const std::string& name,
                                     std::optional<store::ItemKind> kind) {
   ORLOCAL_TRY(auto named, calendarsTitled(store, {name}));

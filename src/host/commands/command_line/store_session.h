@@ -30,6 +30,14 @@ Result<std::vector<store::Calendar>> allCalendars(store::CalendarStore& store);
 Result<std::vector<store::Calendar>> calendarsTitled(store::CalendarStore& store,
                                                      const std::vector<std::string>& names);
 
+/// Calendars and reminder lists as a person picks them, by names as above.
+struct CalendarChoice {
+  std::vector<std::string> only;  ///< empty: all of them
+  std::vector<std::string> without;
+};
+/// Those of `only` but for those of `without`; none of them left is `kInvalid`.
+Result<std::vector<store::Calendar>> calendarsChosen(store::CalendarStore& store, const CalendarChoice& choice);
+
 /// The only one of that name, of those that hold items of `kind` when one is given. Several are `kRefused`, in a
 /// sentence that says how to name each.
 Result<store::Calendar> theCalendar(store::CalendarStore& store, const std::string& name,

@@ -10,6 +10,7 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/output_file.h"
 #include "host/commands/command_line/store_session.h"
@@ -26,7 +27,7 @@ namespace {
 
 struct ReportWords {
   std::string days, from, to, zone, html, csv, ics;
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
 };
 
 /// This month where no days are named.
@@ -59,7 +60,7 @@ Result<Report> readReport(store::CalendarStore& store, const Agenda& agenda, con
 /// The series and single items of the report, whole.
 Status writeCalendars(store::CalendarStore& store, const Report& report, const ReportWords& words,
                       CommandContext& context) {
-  ORLOCAL_TRY(const auto calendars, calendarsTitled(store, words.calendars));
+  ORLOCAL_TRY(const auto calendars, calendarsChosen(store, words.calendars));
   store::ExportOptions options;
   options.items.emplace();
   for (const auto& entry : report.entries) {
@@ -120,12 +121,8 @@ void registerReportCommand(CommandLine& line) {
   command.add_option("--csv", words->csv, "A table for spreadsheets; - is the standard output")->type_name("FILE");
   command.add_option("--ics", words->ics, "A calendar file; series come whole; - is the standard output")
       ->type_name("FILE");
-  command.add_option("--zone", words->zone, "On the clock of this zone: America/New_York")
-      ->type_name("ZONE")
-      ->check(objectionToZone);
-  command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
+  addZoneOption(command, words->zone);
+  addCalendarOptions(command, words->calendars);
 }
 
 }  // namespace orlocal::host

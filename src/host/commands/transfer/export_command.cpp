@@ -12,6 +12,7 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/output_file.h"
 #include "host/commands/command_line/store_session.h"
@@ -32,7 +33,7 @@ namespace {
 constexpr const char* kStandardOutput = "-";
 
 struct ExportWords {
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
   std::string from, to;
   std::string file = kStandardOutput;
   bool salvage = false;
@@ -80,7 +81,7 @@ class CalendarExport {
       : m_store(store), m_words(words), m_out(context.streams.out), m_err(context.streams.err) {}
 
   Result<ExitStatus> run() {
-    ORLOCAL_TRY(const auto calendars, calendarsTitled(m_store, m_words.calendars));
+    ORLOCAL_TRY(const auto calendars, calendarsChosen(m_store, m_words.calendars));
     const store::Zone viewer = store::Zone::ofUser();
     const store::LocalDay today(viewer.toLocal(store::now()));
     if (!m_words.from.empty() || !m_words.to.empty()) {
@@ -101,7 +102,7 @@ class CalendarExport {
   Status intoOne(const std::vector<store::Calendar>& calendars) {
     // What was named is written, and so is something rather than nothing.
     ORLOCAL_TRY(const bool any, hasAnything(calendars));
-    m_options.emptyOnes = !m_words.calendars.empty() || !any;
+    m_options.emptyOnes = !m_words.calendars.only.empty() || !any;
     return write(m_words.file, calendars).map([](std::size_t) {});
   }
 
@@ -180,7 +181,7 @@ Result<ExitStatus> runContactsExport(store::CalendarStore& store, const ExportWo
 Result<ExitStatus> runExport(const ExportWords& words, CommandContext& context) {
   if (words.salvage) {
     return writeTo(words.file, context.streams.out, [&](const store::TextSink& sink) {
-      return salvageInto(sink, words.calendars, context.streams.err);
+      return salvageInto(sink, words.calendars.only, context.streams.err);
     });
   }
   ORLOCAL_TRY(const auto store, openUserStore());
@@ -195,18 +196,18 @@ void registerExportCommand(CommandLine& line) {
   CLI::App& command = line.add("export", "Write calendars and reminder lists as a calendar file.",
                                [words](CommandContext& context) { return runExport(*words, context); });
   command.footer("  orlocal export -o all.ics\n  orlocal export --calendar Work -o work.ics");
-  command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
-  command.add_flag("--salvage", words->salvage,
-                   "Write what can still be read of a damaged store, and say what cannot; status 1 when something "
-                   "is lost");
+  addCalendarOptions(command, words->calendars);
+  command
+      .add_flag("--salvage", words->salvage,
+                "Write what can still be read of a damaged store, and say what cannot; status 1 when something "
+                "is lost")
+      ->excludes("--without");
   command.add_option("--from", words->from, "Only what is on this day or later; series come whole")
       ->type_name("DAY")
       ->check(objectionToDays);
   command.add_option("--to", words->to, "Only what is on this day or before")->type_name("DAY")->check(objectionToDays);
   command.add_flag("--contacts", words->contacts, "Write the contacts as address cards (vCard), and no calendars")
-      ->excludes("--calendar", "--from", "--to", "--salvage");
+      ->excludes("--calendar", "--without", "--from", "--to", "--salvage");
   command
       .add_option("-o,--output", words->file,
                   "The file to write; a folder (DIR/) gets one for each calendar; - is the standard output, as "

@@ -109,10 +109,10 @@ nlohmann::json asJson(const std::vector<Agenda::Reminder>& reminders, const Agen
 }  // namespace
 
 Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, LocalDay first, LocalDay last,
-                          const std::vector<std::string>& titles) {
+                          const CalendarChoice& choice) {
   ORLOCAL_TRY(CalendarNames names, CalendarNames::of(store));
   Agenda agenda{first, last, std::move(names), viewer, {}, {}, {}, {}};
-  ORLOCAL_TRY(const auto calendars, calendarsTitled(store, titles));
+  ORLOCAL_TRY(const auto calendars, calendarsChosen(store, choice));
   const Moment from = viewer.toMoment(LocalTime(first));
   const Moment to = viewer.toMoment(LocalTime(last + 1));
 

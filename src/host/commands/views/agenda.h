@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/result.h"
+#include "host/commands/command_line/store_session.h"
 #include "host/commands/describing/item_json.h"
 #include "store/calendar_store.h"
 
@@ -38,7 +39,7 @@ struct Agenda {
 
 /// Reads the agenda of the calendars with these titles (all without titles).
 Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer, store::LocalDay first,
-                          store::LocalDay last, const std::vector<std::string>& titles);
+                          store::LocalDay last, const CalendarChoice& calendars);
 
 /// For programs: docs/schema/output.json.
 nlohmann::json agendaJson(const Agenda& agenda);

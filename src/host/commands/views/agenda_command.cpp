@@ -8,6 +8,7 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/json_text.h"
@@ -30,7 +31,7 @@ constexpr std::size_t kTimeWidth = 13;
 struct AgendaWords {
   std::string days, from, to, zone;
   int count = 0;
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
   FormatOption format{RowKind::kItem};
 };
 
@@ -168,12 +169,8 @@ void registerAgendaCommand(CommandLine& line) {
       ->type_name("N")
       ->check(CLI::Range(1, 3660))
       ->excludes(to);
-  command.add_option("--zone", words->zone, "On the clock of this zone: America/New_York")
-      ->type_name("ZONE")
-      ->check(objectionToZone);
-  command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
+  addZoneOption(command, words->zone);
+  addCalendarOptions(command, words->calendars);
   words->format.addTo(command);
 }
 

@@ -8,6 +8,7 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
@@ -23,7 +24,7 @@ namespace {
 struct GridWords {
   std::string days, zone;
   std::size_t lines = GridSetting().lines;
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
 };
 
 struct GridView {
@@ -70,12 +71,8 @@ CLI::App& addGrid(CommandLine& line, const char* name, const char* description, 
   CLI::App& command =
       line.add(name, description, [words, view](CommandContext& context) { return runGrid(*words, view, context); });
   command.add_option("days", words->days, days)->type_name("DAYS")->check(objectionToDays);
-  command.add_option("--zone", words->zone, "On the clock of this zone: America/New_York")
-      ->type_name("ZONE")
-      ->check(objectionToZone);
-  command.add_option("--calendar", words->calendars, "Only this calendar or reminder list; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
+  addZoneOption(command, words->zone);
+  addCalendarOptions(command, words->calendars);
   return command;
 }
 

@@ -34,8 +34,7 @@ std::vector<std::string> head(LocalDay month, LocalDay first, const GridSetting&
 
 std::string dayNumber(LocalDay day, LocalDay month, const GridSetting& setting) {
   const bool outside = day.month() != month.month();
-  std::string text = std::to_string(day.day());
-  if (day.day() == 1) { text += ' ' + DateNames::ofUser().shortMonth(day.month()); }
+  std::string text = day.day() == 1 ? DateNames::ofUser().shortDayOfYear(day.month(), 1) : std::to_string(day.day());
   if (day == setting.today) { text += " ◂"; }
   text = cell(text, columnWidth(setting) - 1);
   if (day == setting.today) { return setting.ink.bold(text); }

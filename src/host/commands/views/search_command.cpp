@@ -9,6 +9,7 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/choosing/common_options.h"
 #include "host/commands/command_line/command.h"
 #include "host/commands/command_line/folded_text.h"
 #include "host/commands/command_line/json_text.h"
@@ -31,7 +32,7 @@ constexpr std::size_t kNarrowestTitle = 20;
 
 struct SearchInput {
   std::vector<std::string> text;
-  std::vector<std::string> calendars;
+  CalendarChoice calendars;
   std::string from, to;
   bool events = false, reminders = false, rebuild = false;
   FormatOption format{RowKind::kFound};
@@ -108,7 +109,7 @@ Result<ExitStatus> runSearch(const SearchInput& input, CommandContext& context) 
   }
   store::SearchQuery query;
   for (const std::string& word : input.text) { query.text += (query.text.empty() ? "" : " ") + word; }
-  ORLOCAL_TRY(const auto calendars, calendarsTitled(*store, input.calendars));
+  ORLOCAL_TRY(const auto calendars, calendarsChosen(*store, input.calendars));
   for (const store::Calendar& calendar : calendars) { query.calendars.push_back(calendar.id); }
   if (input.events != input.reminders) {
     query.kind = input.events ? store::ItemKind::kEvent : store::ItemKind::kReminder;
@@ -161,9 +162,7 @@ void registerSearchCommand(CommandLine& line) {
   command.footer("  orlocal search grace\n  orlocal search '\"quarterly review\"' --from today");
   command.add_option("text", input->text, "What to look for; all of the words are in what is found")
       ->type_name("WORDS");
-  command.add_option("--calendar", input->calendars, "Only this calendar or reminder list; may be repeated")
-      ->type_name("TITLE")
-      ->allow_extra_args(false);
+  addCalendarOptions(command, input->calendars);
   command.add_option("--from", input->from, "Only what is on this day or later")
       ->type_name("DAY")
       ->check(objectionToDays);

@@ -70,7 +70,7 @@ std::size_t DateNames::placeOf(store::LocalDay day) {
 std::string DateNames::longDay(store::LocalDay day) const { return fmt::format("{}, {}", weekday(day), date(day)); }
 
 std::string DateNames::shortDay(store::LocalDay day) const {
-  return fmt::format("{} {}{} {} {}", shortWeekday(day), day.day(), m_afterDay, shortMonth(day.month()), day.year());
+  return fmt::format("{} {} {}", shortWeekday(day), shortDayOfYear(day.month(), day.day()), day.year());
 }
 
 std::string DateNames::date(store::LocalDay day) const {
@@ -79,6 +79,10 @@ std::string DateNames::date(store::LocalDay day) const {
 
 std::string DateNames::dayOfYear(int ofMonth, int dayOfMonth) const {
   return fmt::format("{}{} {}", dayOfMonth, m_afterDay, month(ofMonth));
+}
+
+std::string DateNames::shortDayOfYear(int ofMonth, int dayOfMonth) const {
+  return fmt::format("{}{} {}", dayOfMonth, m_afterDay, shortMonth(ofMonth));
 }
 
 }  // namespace orlocal::host

@@ -29,6 +29,8 @@ class DateNames {
   std::string date(store::LocalDay day) const;
   /// "2 November"; "2. November".
   std::string dayOfYear(int month, int dayOfMonth) const;
+  /// "2 Nov"; "2. Nov".
+  std::string shortDayOfYear(int month, int dayOfMonth) const;
 
  private:
   /// Among the weekdays.

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "base/translation.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/day_words.h"
-#include "host/commands/words/time_words.h"
 
 namespace orlocal::host {
 namespace {

@@ -10,6 +10,7 @@
 #include "base/translation.h"
 #include "host/commands/words/day_words.h"
 #include "store/icalendar/content_line.h"
+#include "store/icalendar/item_limits.h"
 #include "store/icalendar/kept_lines.h"
 
 namespace orlocal::host {
@@ -64,6 +65,16 @@ std::vector<std::string> categoriesOf(const store::Item& item) {
     }
   }
   return categories;
+}
+
+void setCategories(const std::vector<std::string>& names, store::Item& item) {
+  std::string line;
+  for (std::string name : names) {
+    store::dropUnwritable(name);
+    line += (line.empty() ? "CATEGORIES:" : ",") + store::escapeText(name);
+  }
+  if (!line.empty()) { line += '\n'; }
+  item.extra = store::withLinesOf("CATEGORIES", item.extra, line);
 }
 
 bool isCancelled(const store::Item& item) { return statusOf(item) == "cancelled"; }

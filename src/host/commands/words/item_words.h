@@ -18,6 +18,8 @@ std::string statusOf(const store::Item& item);
 std::string statusWords(const store::Item& item);
 /// What it is filed under (RFC 5545, 3.8.1.2).
 std::vector<std::string> categoriesOf(const store::Item& item);
+/// Takes the place of what it was filed under; what calendar files cannot carry is left out of the names.
+void setCategories(const std::vector<std::string>& names, store::Item& item);
 bool isCancelled(const store::Item& item);
 bool isTentative(const store::Item& item);
 

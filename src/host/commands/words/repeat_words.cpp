@@ -10,8 +10,8 @@
 #include "base/text.h"
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/day_words.h"
-#include "host/commands/words/time_words.h"
 #include "store/recurrence/rule_text.h"
 
 namespace orlocal::host {

@@ -159,14 +159,14 @@ std::string timesOf(const RecurrenceRule& rule) {
     return tr(" at {:02}:{:02}", rule.byHour.front(), rule.byMinute.front());
   }
   std::string text;
-  if (const auto& hours = rule.byHour; !hours.empty()) {
-    text += trn(" in hour {}", " in hours {}", hours.size(), numbers(hours));
+  if (const auto& listed = rule.byHour; !listed.empty()) {
+    text += trn(" in hour {}", " in hours {}", listed.size(), numbers(listed));
   }
-  if (const auto& minutes = rule.byMinute; !minutes.empty()) {
-    text += trn(" in minute {}", " in minutes {}", minutes.size(), numbers(minutes));
+  if (const auto& listed = rule.byMinute; !listed.empty()) {
+    text += trn(" in minute {}", " in minutes {}", listed.size(), numbers(listed));
   }
-  if (const auto& seconds = rule.bySecond; !seconds.empty()) {
-    text += trn(" in second {}", " in seconds {}", seconds.size(), numbers(seconds));
+  if (const auto& listed = rule.bySecond; !listed.empty()) {
+    text += trn(" in second {}", " in seconds {}", listed.size(), numbers(listed));
   }
   return text;
 }

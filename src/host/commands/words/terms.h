@@ -11,6 +11,8 @@ namespace orlocal::host {
 
 enum class Unit : std::uint8_t { kMinute, kHour, kDay, kWeek, kMonth, kYear };
 
+inline constexpr int kDaysOfWeek = 7;
+
 enum class Term : std::uint8_t {
   kDayFromToday,  ///< tomorrow: 1
   kWeekDay,       ///< 0 Sunday to 6 Saturday

@@ -6,8 +6,8 @@
 #include "base/result.h"
 #include "host/commands/words/word_cursor.h"
 
-// Days, times and lengths as people write them; docs/words.md has the tables. Each reader gives none where the words do
-// not begin like what it reads, and leaves the cursor there; where they do and make no sense, it fails with their
+// Times of day and lengths as people write them; docs/words.md has the tables. Each reader gives none where the words
+// do not begin like what it reads, and leaves the cursor there; where they do and make no sense, it fails with their
 // place.
 namespace orlocal::host {
 
@@ -27,7 +27,6 @@ struct Length {
   friend bool operator==(const Length&, const Length&) = default;
 };
 
-Result<std::optional<store::LocalDay>> takeDay(WordCursor& words);
 /// `afterAt`: a number alone is an hour then ("at 9"), and 8h a time of day.
 Result<std::optional<TimeOfDay>> takeTime(WordCursor& words, bool afterAt);
 /// "12:30-13:30", "9-17", "9:00 to 10:30", "from 9 to 17".
@@ -35,12 +34,8 @@ Result<std::optional<TimeRange>> takeRange(WordCursor& words);
 Result<std::optional<Length>> takeLength(WordCursor& words);
 
 // The same of a text that is nothing else; failures say what may be written.
-Result<store::LocalDay> readDay(std::string_view text, const WordsSetting& setting);
 Result<TimeOfDay> readTime(std::string_view text, const WordsSetting& setting);
 Result<Length> readLength(std::string_view text, const WordsSetting& setting);
-
-/// `day` some units later; a day that a month does not have becomes its last.
-store::LocalDay later(store::LocalDay day, int count, Unit unit);
 
 /// Whether the word looks like a date or a time of day, sensible or not: "25:00", "31.2.", "11/2".
 bool isShapedLikeTime(std::string_view word);

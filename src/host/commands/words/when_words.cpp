@@ -6,6 +6,7 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/repeat_words.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "base/result.h"
+#include "base/try.h"
 #include "host/commands/words/terms.h"
 
 namespace orlocal::host {
@@ -50,6 +52,15 @@ class WordCursor {
   std::vector<Word> m_words;
   std::size_t m_at = 0;
 };
+
+/// Of a whole text; `refusal` tells of the words that were not understood.
+template <class Value, class Refusal, class Take>
+Result<Value> readWhole(std::string_view text, const WordsSetting& setting, Refusal refusal, Take take) {
+  WordCursor words(text, setting);
+  ORLOCAL_TRY(const auto value, take(words));
+  if (value && words.done()) { return *value; }
+  return words.refused(refusal(text.substr(std::min(words.place(), text.size()))));
+}
 
 /// A whole number of at most nine digits and nothing else.
 std::optional<int> wholeNumber(std::string_view text);

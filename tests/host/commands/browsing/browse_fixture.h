@@ -22,7 +22,7 @@ class Browsing : public StoreCommand {
     m_store = openUserStore().value();
     m_streams = std::make_unique<Streams>(Streams{m_in, m_out, m_err});
     m_context = std::make_unique<CommandContext>(CommandContext{m_options, *m_streams, "orlocal"});
-    m_desk = std::make_unique<BrowseDesk>(*m_context, registerAllCommands, *m_store, std::vector<std::string>());
+    m_desk = std::make_unique<BrowseDesk>(*m_context, registerAllCommands, *m_store, CalendarChoice());
     state.size = size;
     state.viewer = store::Zone::ofUser();
     state.setting = settingOfUser(state.viewer.toLocal(store::now()));

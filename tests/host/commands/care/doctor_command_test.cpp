@@ -20,6 +20,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 class Doctor : public StoreCommand {
@@ -57,6 +58,13 @@ TEST_F(Doctor, FindsAGoodStoreFine) {
 TEST_F(Doctor, SaysThatThereIsNoStoreAndMakesNone) {
   EXPECT_EQ(verdictOf("There is no calendar store at " + storeFile().string()), "note");
   EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
+TEST_F(Doctor, SaysThatAFolderIsNoStoreAndNothingElseAboutIt) {
+  std::filesystem::create_directory(storeFile());
+  EXPECT_EQ(verdictOf("calendar.db is no file"), "problem");
+  EXPECT_EQ(run({"doctor", "--plugin", "none"}), ExitStatus::kFailed);
+  EXPECT_THAT(out, Not(HasSubstr("chmod")));
 }
 
 TEST_F(Doctor, TakesWritingAwayFromOthersOnlyWhenAsked) {

@@ -50,6 +50,16 @@ TEST_F(NewCommand, PutsTimesIntoTheZoneThatIsNamed) {
               HasSubstr("Europe/Berlin"));
 }
 
+TEST_F(NewCommand, FilesItUnderCategories) {
+  const auto json = typedJson({"new", "Lunch tomorrow 12:30", "--category", "food, drink", "--category", "Team"});
+  EXPECT_EQ(json["categories"], nlohmann::json({"food, drink", "Team"}));
+  EXPECT_EQ(typedJson({"edit", "Lunch", "--location", "Canteen"})["categories"], json["categories"]);
+  EXPECT_EQ(typedJson({"edit", "Lunch", "--category", "Work"})["categories"], nlohmann::json({"Work"}));
+  typed({"undo"});
+  EXPECT_EQ(typedJson({"show", "Lunch"})["categories"], json["categories"]);
+  EXPECT_EQ(typedJson({"edit", "Lunch", "--category", ""})["categories"], nlohmann::json::array());
+}
+
 TEST_F(NewCommand, GivesWhatWasWrittenAsJson) {
   const auto json =
       typedJson({"new", "Lunch tomorrow 12:30", "--repeat", "weekly", "--count", "3", "--alarm", "1h before", "--notes",

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "host/commands/words/alarm_words.h"
+#include "host/commands/words/date_words.h"
 #include "host/commands/words/day_range.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/item_words.h"
