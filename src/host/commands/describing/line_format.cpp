@@ -21,8 +21,7 @@ constexpr std::size_t kWidest = 1000;
 Failed unknownField(std::string_view path, const RowShape& shape) {
   const auto known = shape.paths();
   if (const auto nearest = nearestWord(path, known)) {
-    return failure(ErrorCode::kInvalid,
-                   tr("There is no field \"{}\", but there is \"{}\"", printable(path), *nearest));
+    return failure(ErrorCode::kInvalid, tr("There is no field \"{}\", but there is \"{}\"", printable(path), *nearest));
   }
   return failure(ErrorCode::kInvalid,
                  tr("There is no field \"{}\"; there are {}", printable(path), fmt::join(known, ", ")));
