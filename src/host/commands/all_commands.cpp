@@ -3,6 +3,7 @@
 #include "host/commands/accounts/account_commands.h"
 #include "host/commands/alarms/alarm_commands.h"
 #include "host/commands/availability/availability_commands.h"
+#include "host/commands/browsing/browsing_commands.h"
 #include "host/commands/care/care_commands.h"
 #include "host/commands/changes/change_commands.h"
 #include "host/commands/checking/checking_commands.h"
@@ -23,6 +24,7 @@ void registerAllCommands(CommandLine& line) {
   line.startGroup("Look");
   registerAgendaCommand(line);
   registerGridCommands(line);
+  registerBrowseCommand(line, registerAllCommands);
   registerRemindersCommand(line);
   registerShowCommand(line);
   registerSearchCommand(line);

@@ -21,6 +21,7 @@
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
 #include "host/commands/command_line/trouble.h"
+#include "host/commands/describing/format_option.h"
 #include "host/commands/words/day_words.h"
 #include "host/commands/words/time_words.h"
 #include "store/alarm_book.h"
@@ -36,6 +37,7 @@ using store::Moment;
 struct AlarmsWords {
   std::string next = "1 day";
   CalendarChoice calendars;
+  FormatOption format{RowKind::kAlarm};
 };
 
 struct AnswerWords {
@@ -109,6 +111,8 @@ Result<ExitStatus> showAlarms(const AlarmsWords& words, CommandContext& context)
     json["from"] = isoMoment(desk.now, desk.viewer);
     json["to"] = isoMoment(desk.until, desk.viewer);
     printJson(json, context.streams.out);
+  } else if (words.format.isGiven()) {
+    words.format.print(alarmsJson(list, desk)["alarms"], context.streams.out);
   } else if (list.empty()) {
     context.streams.out << tr("No alarm rings until {}.\n", desk.inWords(desk.until));
   } else {
@@ -259,6 +263,7 @@ void registerAlarmCommands(CommandLine& line) {
       ->type_name("LENGTH")
       ->capture_default_str();
   addCalendarOptions(alarms, words->calendars);
+  words->format.addTo(alarms);
 
   const auto snoozed = std::make_shared<AnswerWords>();
   CLI::App& snoozing =

@@ -44,10 +44,14 @@ ExitStatus CommandsInPlace::run(std::string_view words) {
     tellTrouble(m_context.streams.err, read.error().message);
     return ExitStatus::kUsage;
   }
+  return run(*read);
+}
+
+ExitStatus CommandsInPlace::run(const std::vector<std::string>& words) {
   const KeptEnvironment kept;
   CommandLine line(m_context.streams, m_context.options);
   m_registerAll(line);
-  return line.run(m_context.programFile, *read);
+  return line.run(m_context.programFile, words);
 }
 
 std::vector<std::string> CommandsInPlace::names() const {

@@ -19,6 +19,8 @@ class CommandsInPlace {
 
   /// The words as somebody typed them; see `quotedWords`. What is wrong with them is told on the error stream.
   ExitStatus run(std::string_view words);
+  /// The words as they are.
+  ExitStatus run(const std::vector<std::string>& words);
 
   /// Of all commands that help shows.
   std::vector<std::string> names() const;

@@ -34,8 +34,11 @@ std::vector<store::CalendarId> idsOf(const std::vector<store::Calendar>& calenda
   return ids;
 }
 
-AgendaLine lineFor(const store::Item& item, const store::Calendar& calendar, const Agenda& agenda) {
+AgendaLine lineFor(const std::shared_ptr<const store::Item>& shared, const store::Calendar& calendar,
+                   const Agenda& agenda) {
+  const store::Item& item = *shared;
   AgendaLine line;
+  line.item = shared;
   line.title = printable(item.title.value_or(tr("(no title)")));
   line.cancelled = isCancelled(item);
   line.calendar = printable(agenda.names.name(calendar));
@@ -50,8 +53,8 @@ void addMarks(AgendaLine& line, const store::Item& item) {
 }
 
 AgendaLine lineFor(const Agenda::Reminder& reminder, const Agenda& agenda) {
-  AgendaLine line = lineFor(*reminder.item, reminder.calendar, agenda);
-  line.title = "☐ " + line.title;
+  AgendaLine line = lineFor(reminder.item, reminder.calendar, agenda);
+  line.title = (reminder.item->completed ? "☑ " : "☐ ") + line.title;
   addMarks(line, *reminder.item);
   return line;
 }
@@ -72,7 +75,8 @@ std::optional<Placed> placed(const Agenda::Event& event, LocalDay day, const Age
   const bool instant = when.end <= when.start;
   if (when.start >= end || (instant ? when.start < begin : when.end <= begin)) { return std::nullopt; }
 
-  AgendaLine line = lineFor(*event.item, event.calendar, agenda);
+  AgendaLine line = lineFor(event.item, event.calendar, agenda);
+  line.when = when;
   if (event.item->allDay()) {
     const LocalDay firstDay(viewer.toLocal(when.start));
     const LocalDay lastDay(viewer.toLocal(std::max(when.start, when.end - std::chrono::microseconds(1))));
@@ -190,6 +194,22 @@ nlohmann::json agendaJson(const Agenda& agenda) {
     json["events"].push_back(itemJson(*event.item, event.when, agenda.names, agenda.viewer));
   }
   return json;
+}
+
+nlohmann::json agendaRows(const Agenda& agenda) {
+  const nlohmann::json lists = agendaJson(agenda);
+  std::vector<std::pair<Moment, const nlohmann::json*>> timed;
+  for (std::size_t i = 0; i < agenda.events.size(); ++i) {
+    timed.emplace_back(agenda.events[i].when.start, &lists["events"][i]);
+  }
+  for (std::size_t i = 0; i < agenda.reminders.size(); ++i) {
+    timed.emplace_back(*agenda.reminders[i].due, &lists["reminders"][i]);
+  }
+  std::stable_sort(timed.begin(), timed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  nlohmann::json rows = lists["overdue"];
+  for (const auto& [at, row] : timed) { rows.push_back(*row); }
+  rows.insert(rows.end(), lists["undated"].begin(), lists["undated"].end());
+  return rows;
 }
 
 }  // namespace orlocal::host

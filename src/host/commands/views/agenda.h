@@ -43,6 +43,8 @@ Result<Agenda> readAgenda(store::CalendarStore& store, const store::Zone& viewer
 
 /// For programs: docs/schema/output.json.
 nlohmann::json agendaJson(const Agenda& agenda);
+/// Its events and reminders in one list: what is overdue, then by time, then what has no date.
+nlohmann::json agendaRows(const Agenda& agenda);
 
 /// One line of a day.
 struct AgendaLine {
@@ -52,6 +54,8 @@ struct AgendaLine {
   std::string calendar;
   std::string place;
   std::optional<store::Rgb> color;
+  std::shared_ptr<const store::Item> item;
+  std::optional<store::Occurrence> when;  ///< of an event
 };
 
 /// The lines of each day that has some: whole days first, then by time of day. An event has a line on each of the

@@ -14,6 +14,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/describing/format_option.h"
 #include "host/commands/views/agenda.h"
 #include "host/commands/views/view_commands.h"
 #include "host/commands/words/day_range.h"
@@ -31,6 +32,7 @@ struct AgendaWords {
   std::string days, from, to, zone;
   int count = 0;
   CalendarChoice calendars;
+  FormatOption format{RowKind::kItem};
 };
 
 /// The lines of a column; one without a width, however long it is.
@@ -131,6 +133,8 @@ Result<ExitStatus> runAgenda(const AgendaWords& words, CommandContext& context) 
   ORLOCAL_TRY(const Agenda agenda, readAgenda(*store, viewer, first, last, words.calendars));
   if (context.options.json) {
     printJson(agendaJson(agenda), context.streams.out);
+  } else if (words.format.isGiven()) {
+    words.format.print(agendaRows(agenda), context.streams.out);
   } else {
     if (!words.zone.empty()) { context.streams.out << tr("Times in {}\n\n", viewer.name()); }
     const bool terminal = context.streams.outIsTerminal;
@@ -167,6 +171,7 @@ void registerAgendaCommand(CommandLine& line) {
       ->excludes(to);
   addZoneOption(command, words->zone);
   addCalendarOptions(command, words->calendars);
+  words->format.addTo(command);
 }
 
 }  // namespace orlocal::host

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/describing/format_option.h"
 #include "host/commands/describing/item_json.h"
 #include "host/commands/views/view_commands.h"
 
@@ -119,12 +121,14 @@ nlohmann::json asJson(const std::vector<Listed>& rows, const CalendarNames& name
   return json;
 }
 
-Result<ExitStatus> runCalendars(CommandContext& context) {
+Result<ExitStatus> runCalendars(const FormatOption& format, CommandContext& context) {
   ORLOCAL_TRY(const auto store, openUserStore());
   ORLOCAL_TRY(const auto rows, listed(*store));
   ORLOCAL_TRY(const CalendarNames names, CalendarNames::of(*store));
   if (context.options.json) {
     printJson(asJson(rows, names), context.streams.out);
+  } else if (format.isGiven()) {
+    format.print(asJson(rows, names), context.streams.out);
   } else {
     printTable(rows, names, Ink(context.streams.colors), context.streams.out);
   }
@@ -134,8 +138,10 @@ Result<ExitStatus> runCalendars(CommandContext& context) {
 }  // namespace
 
 CLI::App& registerCalendarsCommand(CommandLine& line) {
-  CLI::App& command =
-      line.add("calendars", "List the calendars and reminder lists of the store, or change them.", runCalendars);
+  const auto format = std::make_shared<FormatOption>(RowKind::kCalendar);
+  CLI::App& command = line.add("calendars", "List the calendars and reminder lists of the store, or change them.",
+                               [format](CommandContext& context) { return runCalendars(*format, context); });
+  format->addTo(command);
   command.footer("  orlocal calendars\n  orlocal calendars new Holidays");
   return command;
 }

@@ -6,6 +6,8 @@
 
 #include "base/translation.h"
 #include "base/try.h"
+#include "host/commands/command_line/folded_text.h"
+#include "host/commands/command_line/terminal_text.h"
 #include "host/commands/views/item_lines.h"
 #include "host/commands/views/next_occurrences.h"
 #include "host/commands/words/day_words.h"
@@ -180,6 +182,19 @@ Card cardOf(const ItemFacts& facts, const CalendarNames& names, const Zone& view
   add(card, tr("Identifier"), event ? item.identifier : item.itemIdentifier);
   if (item.uid != item.itemIdentifier) { add(card, "UID", item.uid); }
   return card;
+}
+
+Card foldedCard(const Card& card, std::size_t width) {
+  constexpr std::size_t kLabelColumn = 14;
+  Card lines;
+  for (const CardLine& each : card) {
+    std::string label = "  " + each.label;
+    for (const std::string& line : foldedText(each.text, width - std::min(width - 1, kLabelColumn))) {
+      lines.push_back({line.empty() ? "" : padded(label, kLabelColumn), line});
+      if (!line.empty()) { label.clear(); }
+    }
+  }
+  return lines;
 }
 
 }  // namespace orlocal::host

@@ -36,4 +36,8 @@ struct CardLine {
 /// The lines of a card, without the title; what is not known has none.
 std::vector<CardLine> cardOf(const ItemFacts& facts, const CalendarNames& names, const store::Zone& viewer);
 
+/// The same in lines of at most `width` cells: each text folded behind its label, which is filled up to its column in
+/// the first of its lines and blank in the others.
+std::vector<CardLine> foldedCard(const std::vector<CardLine>& card, std::size_t width);
+
 }  // namespace orlocal::host

@@ -14,6 +14,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/describing/format_option.h"
 #include "host/commands/describing/item_json.h"
 #include "host/commands/views/item_lines.h"
 #include "host/commands/views/item_rows.h"
@@ -26,6 +27,7 @@ namespace {
 struct ReminderWords {
   bool open = false, overdue = false, undated = false, done = false, all = false;
   std::vector<std::string> lists;
+  FormatOption format{RowKind::kReminder};
 };
 
 struct BlockWord {
@@ -42,18 +44,19 @@ constexpr BlockWord kBlocks[] = {{ReminderBlock::kOverdue, translatable("Overdue
 using Items = std::vector<std::shared_ptr<const store::Item>>;
 
 bool wants(const ReminderWords& words, ReminderBlock block) {
+  const bool open = words.open || !(words.overdue || words.undated || words.done);
   if (words.all) { return true; }
   switch (block) {
     case ReminderBlock::kDone:
       return words.done;
     case ReminderBlock::kOverdue:
-      return words.overdue || words.open;
+      return words.overdue || open;
     case ReminderBlock::kUndated:
-      return words.undated || words.open;
+      return words.undated || open;
     case ReminderBlock::kToCome:
       break;
   }
-  return words.open;
+  return open;
 }
 
 std::string whenWords(const store::Item& reminder, const store::Zone& viewer) {
@@ -94,8 +97,7 @@ void printBlocks(const std::vector<std::pair<BlockWord, Items>>& blocks, const C
   if (!any) { streams.out << tr("There are no such reminders.\n"); }
 }
 
-Result<ExitStatus> runReminders(ReminderWords words, CommandContext& context) {
-  if (!words.overdue && !words.undated && !words.done && !words.all) { words.open = true; }
+Result<ExitStatus> runReminders(const ReminderWords& words, CommandContext& context) {
   const store::Zone viewer = store::Zone::ofUser();
   ORLOCAL_TRY(const auto store, openUserStore());
   ORLOCAL_TRY(const auto lists, calendarsTitled(*store, words.lists));
@@ -115,7 +117,7 @@ Result<ExitStatus> runReminders(ReminderWords words, CommandContext& context) {
       if (word.block == block) { items.push_back(item); }
     }
   }));
-  if (!context.options.json) {
+  if (!context.options.json && !words.format.isGiven()) {
     printBlocks(blocks, names, viewer, context.streams);
     return ExitStatus::kDone;
   }
@@ -127,7 +129,11 @@ Result<ExitStatus> runReminders(ReminderWords words, CommandContext& context) {
       json["reminders"].push_back(std::move(each));
     }
   }
-  printJson(json, context.streams.out);
+  if (words.format.isGiven()) {
+    words.format.print(json["reminders"], context.streams.out);
+  } else {
+    printJson(json, context.streams.out);
+  }
   return ExitStatus::kDone;
 }
 
@@ -146,6 +152,7 @@ void registerRemindersCommand(CommandLine& line) {
   command.add_option("--list", words->lists, "Only this reminder list; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);
+  words->format.addTo(command);
 }
 
 }  // namespace orlocal::host

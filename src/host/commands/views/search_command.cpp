@@ -15,6 +15,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/describing/format_option.h"
 #include "host/commands/describing/item_json.h"
 #include "host/commands/views/item_lines.h"
 #include "host/commands/views/next_occurrences.h"
@@ -34,6 +35,7 @@ struct SearchInput {
   CalendarChoice calendars;
   std::string from, to;
   bool events = false, reminders = false, rebuild = false;
+  FormatOption format{RowKind::kFound};
 };
 
 /// By `SearchField`; to programs they are the English ones.
@@ -125,7 +127,7 @@ Result<ExitStatus> runSearch(const SearchInput& input, CommandContext& context) 
     ORLOCAL_TRY(auto when, nextOrLast(*store, *item, query.from.value_or(store::now())));
     all.push_back({hit, std::move(item), when});
   }
-  if (context.options.json) {
+  if (context.options.json || input.format.isGiven()) {
     nlohmann::json json = {{"text", query.text}, {"timeZone", viewer.name()}, {"results", nlohmann::json::array()}};
     for (const Found& found : all) {
       auto each = itemJson(*found.item, found.when, names, viewer);
@@ -135,7 +137,11 @@ Result<ExitStatus> runSearch(const SearchInput& input, CommandContext& context) 
       }
       json["results"].push_back(std::move(each));
     }
-    printJson(json, context.streams.out);
+    if (input.format.isGiven()) {
+      input.format.print(json["results"], context.streams.out);
+    } else {
+      printJson(json, context.streams.out);
+    }
   } else if (all.empty()) {
     context.streams.out << tr("Nothing is found for \"{}\".\n", printable(query.text));
   } else {
@@ -166,6 +172,7 @@ void registerSearchCommand(CommandLine& line) {
   command.add_flag("--events", input->events, "Only events");
   command.add_flag("--reminders", input->reminders, "Only reminders");
   command.add_flag("--rebuild", input->rebuild, "Make the index of words anew first");
+  input->format.addTo(command);
 }
 
 }  // namespace orlocal::host

@@ -14,6 +14,7 @@
 #include "host/commands/command_line/json_text.h"
 #include "host/commands/command_line/store_session.h"
 #include "host/commands/command_line/terminal_text.h"
+#include "host/commands/describing/format_option.h"
 #include "host/commands/describing/item_json.h"
 #include "host/commands/views/item_card.h"
 #include "host/commands/views/item_lines.h"
@@ -25,13 +26,12 @@
 namespace orlocal::host {
 namespace {
 
-constexpr std::size_t kLabelWidth = 12;
-
 struct ShowWords {
   std::vector<std::string> what;
   std::vector<std::string> calendars;
   std::string day;
   std::size_t next = 3;
+  FormatOption format{RowKind::kShown};
 };
 
 void printCard(const ItemFacts& facts, const std::vector<CardLine>& card, Streams& streams) {
@@ -40,14 +40,7 @@ void printCard(const ItemFacts& facts, const std::vector<CardLine>& card, Stream
   for (const std::string& line : foldedText(shownTitle(facts.item, Ink(false)), width)) {
     streams.out << ink.bold(line) << '\n';
   }
-  for (const CardLine& each : card) {
-    std::string label = "  " + each.label;
-    for (const std::string& line : foldedText(each.text, width - kLabelWidth - 2)) {
-      const std::string shown = line.empty() ? "" : padded(label, kLabelWidth + 2).substr(label.size()) + line;
-      streams.out << (line.empty() ? "" : ink.dim(label)) << shown << '\n';
-      label.clear();
-    }
-  }
+  for (const CardLine& line : foldedCard(card, width)) { streams.out << ink.dim(line.label) << line.text << '\n'; }
 }
 
 nlohmann::json factsJson(const ItemFacts& facts, const CalendarNames& names, const store::Zone& viewer) {
@@ -81,6 +74,8 @@ Result<ExitStatus> runShow(const ShowWords& words, CommandContext& context) {
   ORLOCAL_TRY(const ItemFacts facts, factsOf(*store, *found.item, found.occurrence, words.next));
   if (context.options.json) {
     printJson(factsJson(facts, names, viewer), context.streams.out);
+  } else if (words.format.isGiven()) {
+    words.format.print(nlohmann::json::array({factsJson(facts, names, viewer)}), context.streams.out);
   } else {
     printCard(facts, cardOf(facts, names, viewer), context.streams);
   }
@@ -108,6 +103,7 @@ void registerShowCommand(CommandLine& line) {
   command.add_option("--in,--calendar", words->calendars, "Only in this calendar or reminder list; may be repeated")
       ->type_name("TITLE")
       ->allow_extra_args(false);
+  words->format.addTo(command);
 }
 
 }  // namespace orlocal::host

@@ -16,7 +16,6 @@
 namespace orlocal::host {
 namespace {
 
-using std::chrono::seconds;
 using store::Attendee;
 
 constexpr std::int64_t kWeek = 604'800;
@@ -81,7 +80,7 @@ void setCategories(const std::vector<std::string>& names, store::Item& item) {
 bool isCancelled(const store::Item& item) { return statusOf(item) == "cancelled"; }
 bool isTentative(const store::Item& item) { return statusOf(item) == "tentative"; }
 
-std::string lengthWords(seconds length) {
+std::string lengthWords(std::chrono::seconds length) {
   std::int64_t left = std::abs(length.count());
   std::string text;
   for (const std::int64_t unit : kLengthUnits) {

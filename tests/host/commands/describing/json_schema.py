@@ -86,6 +86,16 @@ COMMANDS = [
     (["calendars"], "calendars", {}),
 ]
 
+# Commands that take --format, and what describes a row of theirs.
+FORMATS = [
+    (["agenda"], "item"),
+    (["search", "review"], "search/properties/results/items"),
+    (["reminders"], "reminders/properties/reminders/items"),
+    (["show", "Holiday"], "show"),
+    (["alarms"], "ring"),
+    (["calendars"], "calendars/items"),
+]
+
 # What is over, and there twice.
 UNTIDY = r"""BEGIN:VCALENDAR
 VERSION:2.0
@@ -114,6 +124,37 @@ TIDYING = [
     (["purge", "--before", "2026-04-01", "--yes"], "purge", {"removed": 2}),
     (["log"], "log", {"0 changes": 2, "1 changes": 1}),
 ]
+
+
+def resolved(node, schema):
+    """`node` with what it refers to; of a list, what it is a list of."""
+    while "$ref" in node or node.get("type") == "array":
+        node = schema["$defs"][node["$ref"].rsplit("/", 1)[1]] if "$ref" in node else node["items"]
+    return node
+
+
+def members(node, schema):
+    node = resolved(node, schema)
+    found = dict(node.get("properties", {}))
+    for part in [*node.get("allOf", []), *node.get("anyOf", [])]:
+        found.update(members(part, schema))
+    return found
+
+
+def is_time(node, schema):
+    node = node.get("items", node)
+    names = [part.get("$ref", "").rsplit("/", 1)[-1] for part in [node, *node.get("anyOf", [])]]
+    return "moment" in names or "day" in names
+
+
+def fields(node, schema):
+    """Every path into a row, and whether it is a day or a moment; items in items once."""
+    found = {}
+    for name, member in members(node, schema).items():
+        found[name] = is_time(member, schema)
+        if name != "changed":
+            found.update({f"{name}.{path}": time for path, time in fields(member, schema).items()})
+    return found
 
 
 def main():
@@ -182,6 +223,24 @@ def main():
         environment.pop("ORLOCAL_NOW")
         if now:
             environment["ORLOCAL_NOW"] = now
+        # A format of one's own takes the members of a row, all of them and no others.
+        def refusal(words, template):
+            done = subprocess.run([program, *words, "--format", template], env=environment, capture_output=True, text=True,
+                                  check=False)
+            if done.returncode == 2 and done.stdout == "":
+                return done.stderr
+            return None if done.returncode == 0 else "?"
+
+        for words, place in FORMATS:
+            row = schema["$defs"]
+            for step in place.split("/"):
+                row = row[step]
+            described = fields(row, schema)
+            known = set(refusal(words, "{?}").split("there are ")[1].split(". See")[0].split(", "))
+            wrong = {path for path, time in described.items() if (refusal(words, f"{{{path}:%F}}") is None) != time}
+            if known != set(described) or wrong:
+                failed += 1
+                print(f"{words} --format: {sorted(known ^ set(described))} {sorted(wrong)}")
         content.write_text(UNTIDY, encoding="utf-8")
         run("import", str(content), "--calendar", "Work")
         judge_all(TIDYING)
