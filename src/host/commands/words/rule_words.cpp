@@ -159,14 +159,12 @@ std::string timesOf(const RecurrenceRule& rule) {
     return tr(" at {:02}:{:02}", rule.byHour.front(), rule.byMinute.front());
   }
   std::string text;
-  if (const auto& hours = rule.byHour; !hours.empty()) {
-    text += trn(" in hour {}", " in hours {}", hours.size(), numbers(hours));
+  if (!rule.byHour.empty()) { text += trn(" in hour {}", " in hours {}", rule.byHour.size(), numbers(rule.byHour)); }
+  if (!rule.byMinute.empty()) {
+    text += trn(" in minute {}", " in minutes {}", rule.byMinute.size(), numbers(rule.byMinute));
   }
-  if (const auto& minutes = rule.byMinute; !minutes.empty()) {
-    text += trn(" in minute {}", " in minutes {}", minutes.size(), numbers(minutes));
-  }
-  if (const auto& seconds = rule.bySecond; !seconds.empty()) {
-    text += trn(" in second {}", " in seconds {}", seconds.size(), numbers(seconds));
+  if (!rule.bySecond.empty()) {
+    text += trn(" in second {}", " in seconds {}", rule.bySecond.size(), numbers(rule.bySecond));
   }
   return text;
 }
