@@ -1,0 +1,132 @@
+#!/usr/bin/env python3
+"""Changes the code a little, one change at a time, and lists the changes that no test notices."""
+import argparse
+import json
+import pathlib
+import queue
+import sys
+import threading
+import time
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+from equivalent import equivalent_changes  # noqa: E402
+from nearby import stages_for  # noqa: E402
+from places import all_changes, sample_of  # noqa: E402
+from workshop import Workshop  # noqa: E402
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+FOLDERS = ["src/bridge", "src/functions", "src/backend", "src/notify", "src/store/edits"]
+NOTICED, UNNOTICED, NOT_BUILT = "noticed", "unnoticed", "not built"
+
+
+def words():
+    reader = argparse.ArgumentParser(
+        prog="./run mutants", description=__doc__,
+        epilog="Ends with status 1 when there is a change that no test noticed and tests/mutants/equivalent.txt does not have. "
+               "A file that was changed is built again with the tests near it (tests/mutants/nearby.py), in a copy below build/mutants.")
+    reader.add_argument("folders", nargs="*", metavar="FOLDER", help=f"folders or files below src/ (without: {', '.join(FOLDERS)})")
+    reader.add_argument("--sample", type=int, default=300, metavar="N", help="how many changes are tried (300; 0 is all)")
+    reader.add_argument("--seed", type=int, default=1, metavar="S", help="which ones (1); the same seed takes the same")
+    reader.add_argument("--workers", type=int, default=1, metavar="N", help="copies that work beside each other (1)")
+    reader.add_argument("--list", action="store_true", help="only name the changes")
+    reader.add_argument("--json", metavar="FILE", help="write what became of each change")
+    return reader.parse_args()
+
+
+def folders_of(given):
+    folders = []
+    for name in given or FOLDERS:
+        path = (pathlib.Path.cwd() / name) if (pathlib.Path.cwd() / name).exists() else ROOT / name
+        if not path.exists() or not path.resolve().is_relative_to(ROOT / "src"):
+            sys.exit(f"mutants: {name} is no folder or file below src/")
+        folders.append(path.resolve().relative_to(ROOT).as_posix())
+    return folders
+
+
+def tried(workshop, change):
+    """What became of one change, and who noticed it."""
+    text = (ROOT / change.file).read_text(encoding="utf-8")
+    workshop.write(change.file, change.of(text))
+    for stage in stages_for(change.file):
+        if not workshop.builds(stage):
+            return NOT_BUILT, None
+        witness = workshop.first_to_notice(stage)
+        if witness:
+            return NOTICED, witness
+    return UNNOTICED, None
+
+
+def record(change, verdict, witness):
+    return {"file": change.file, "line": change.line, "operator": change.operator, "before": change.before,
+            "after": change.after, "verdict": verdict, "noticed_by": witness}
+
+
+def work(number, stages, files, results, out):
+    try:
+        workshop = Workshop(ROOT, number)
+        out(f"worker {number}: building what is unchanged and running its tests")
+        failing = workshop.learn(stages)
+        if failing:
+            raise RuntimeError(f"these fail unchanged: {', '.join(map(str, failing))}; see {workshop.log}")
+        while True:
+            changes = files.get_nowait()
+            for change in changes:
+                verdict, witness = tried(workshop, change)
+                results.append(record(change, verdict, witness))
+                out(f"{len(results)}: {change.file}:{change.line} {change.operator}: {verdict}" + (f" by {witness}" if witness else ""))
+            workshop.restore(changes[0].file)
+    except queue.Empty:
+        return
+    except (RuntimeError, OSError) as failure:
+        results.append(failure)
+
+
+def show(results):
+    for change in results:
+        if change["verdict"] == UNNOTICED:
+            print(f"\n{change['file']}:{change['line']}: {change['operator']}\n  before: {change['before']}\n  after: {change['after']}")
+
+
+def main():
+    options = words()
+    folders = folders_of(options.folders)
+    judged = equivalent_changes()
+    changes = [change for change in all_changes(ROOT, folders)
+               if stages_for(change.file) and (change.file, change.before, change.after) not in judged]
+    if not changes:
+        sys.exit("mutants: nothing to change there that has tests in tests/mutants/nearby.py")
+    sample = sample_of(changes, options.sample, options.seed)
+    if options.list:
+        for change in sample:
+            print(f"{change.file}:{change.line}: {change.operator}\n  before: {change.before}\n  after: {change.after}")
+        return 0
+    print(f"{len(sample)} of {len(changes)} changes, seed {options.seed}", flush=True)
+
+    files = queue.Queue()
+    for file in sorted({change.file for change in sample}):
+        files.put([change for change in sample if change.file == file])
+    stages = list(dict.fromkeys(stage for change in sample for stage in stages_for(change.file)))
+    begun, results = time.monotonic(), []
+    out = lambda line: print(line, flush=True)  # noqa: E731
+    workers = [threading.Thread(target=work, args=(number, stages, files, results, out), daemon=True) for number in range(1, options.workers + 1)]
+    for worker in workers:
+        worker.start()
+    for worker in workers:
+        worker.join()
+    failures = [str(result) for result in results if isinstance(result, Exception)]
+    if failures:
+        sys.exit("mutants: " + "; ".join(failures))
+
+    results.sort(key=lambda change: (change["file"], change["line"], change["operator"], change["after"]))
+    show(results)
+    count = {verdict: sum(change["verdict"] == verdict for change in results) for verdict in (NOTICED, UNNOTICED, NOT_BUILT)}
+    if options.json:
+        report = {"folders": folders, "seed": options.seed, "seconds": round(time.monotonic() - begun), "count": count, "changes": results}
+        pathlib.Path(options.json).write_text(json.dumps(report, indent=1) + "\n", encoding="utf-8")
+    print(f"\n{count[NOTICED]} noticed, {count[UNNOTICED]} unnoticed, {count[NOT_BUILT]} not built")
+    return 1 if count[UNNOTICED] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
