@@ -92,16 +92,19 @@ def main():
     options = words()
     folders = folders_of(options.folders)
     judged = equivalent_changes()
-    changes = [change for change in all_changes(ROOT, folders)
-               if stages_for(change.file) and (change.file, change.before, change.after) not in judged]
+    changes = [change for change in all_changes(ROOT, folders) if stages_for(change.file)]
     if not changes:
         sys.exit("mutants: nothing to change there that has tests in tests/mutants/nearby.py")
-    sample = sample_of(changes, options.sample, options.seed)
+    # What was judged leaves a sample, and brings no others into it.
+    sample = [change for change in sample_of(changes, options.sample, options.seed)
+              if (change.file, change.before, change.after) not in judged]
     if options.list:
         for change in sample:
             print(f"{change.file}:{change.line}: {change.operator}\n  before: {change.before}\n  after: {change.after}")
         return 0
     print(f"{len(sample)} of {len(changes)} changes, seed {options.seed}", flush=True)
+    if not sample:
+        return 0
 
     files = queue.Queue()
     for file in sorted({change.file for change in sample}):

@@ -25,7 +25,7 @@ PEOPLE = Transcripts(("commands/*.txt",))
 
 # The longest folder that fits counts.
 NEARBY = {
-    "src/bridge": (programs("bridge_test", "functions_test"), programs("notify_test"), SOLUTIONS),
+    "src/bridge": (programs("bridge_test"), programs("functions_test", "notify_test"), SOLUTIONS),
     "src/functions": (programs("functions_test"), SOLUTIONS),
     "src/backend": (programs("backend_shared_test", "backend_eventkit_test", "backend_legacy_test"),
                     programs("bridge_test", "functions_test"), SOLUTIONS),

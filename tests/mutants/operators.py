@@ -9,7 +9,7 @@ KEYWORDS = {"return", "if", "for", "while", "switch", "case", "default", "break"
 CONTROL = {"if", "for", "while", "switch", "catch", "return", "sizeof", "decltype", "alignof", "noexcept", "requires",
            "static_assert"}
 
-DEFAULTS = {"0", "false", "nullptr", "std::nullopt"}
+DEFAULTS = {"0", "false", "nullptr", "std::nullopt", "kNothing"}
 
 COMPARISONS = {"==": "!=", "!=": "==", "<": "<=", "<=": "<", ">": ">=", ">=": ">"}
 CONNECTIVES = {"&&": "||", "||": "&&"}

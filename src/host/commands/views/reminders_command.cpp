@@ -75,8 +75,8 @@ void printBlocks(const std::vector<std::pair<BlockWord, Items>>& blocks, const C
       whenWidth = std::max(whenWidth, displayWidth(whens.back()));
       titleWidth = std::max(titleWidth, displayWidth(titles.back()));
     }
-    constexpr std::size_t kWidestTitle = 44;
-    titleWidth = std::min(titleWidth, kWidestTitle);
+    constexpr std::size_t kWidestInBlock = 44;
+    titleWidth = std::min(titleWidth, kWidestInBlock);
     streams.out << (any ? "\n" : "") << ink.bold(translated(word.heading)) << '\n';
     for (std::size_t i = 0; i < items.size(); ++i) {
       const store::Calendar* list = names.calendar(items[i]->calendar);
