@@ -9,13 +9,18 @@ LABELS = ("before: ", "after: ", "because: ")
 @dataclasses.dataclass(frozen=True)
 class Verdict:
     file: str
+    repetition: int  # which of the file's places with this change; 0 is every one
     before: str
     after: str
     reason: str
 
+    def is_about(self, change):
+        return ((self.file, self.before, self.after) == (change.file, change.before, change.after) and
+                self.repetition in (0, change.repetition))
+
 
 def verdicts_of(text):
-    """The rows: a file's name, and indented below it the line before, the line after, and the reason."""
+    """The rows: a file (and "#2" for the second place alone), and indented below the line before, after, and the reason."""
     rows = []
     for block in text.split("\n\n"):
         lines = [line for line in block.splitlines() if line.strip() and not line.startswith("#")]
@@ -28,10 +33,11 @@ def verdicts_of(text):
             values.append(line.removeprefix("  " + label).strip())
         if len(lines) != 4 or not values[2]:
             raise ValueError(f"{lines[0]}: a row is a file, before, after, because")
-        rows.append(Verdict(lines[0].strip(), *values))
+        file, _, repetition = lines[0].partition(" #")
+        rows.append(Verdict(file, int(repetition or 0), *values))
     return rows
 
 
-def equivalent_changes():
-    """What the table has, as (file, before, after)."""
-    return {(row.file, row.before, row.after) for row in verdicts_of(TABLE.read_text(encoding="utf-8"))}
+def judged_changes():
+    """What the table has."""
+    return verdicts_of(TABLE.read_text(encoding="utf-8"))

@@ -10,7 +10,7 @@ import time
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
-from equivalent import equivalent_changes  # noqa: E402
+from equivalent import judged_changes  # noqa: E402
 from nearby import stages_for  # noqa: E402
 from places import all_changes, sample_of  # noqa: E402
 from workshop import Workshop  # noqa: E402
@@ -91,13 +91,13 @@ def show(results):
 def main():
     options = words()
     folders = folders_of(options.folders)
-    judged = equivalent_changes()
+    judged = judged_changes()
     changes = [change for change in all_changes(ROOT, folders) if stages_for(change.file)]
     if not changes:
         sys.exit("mutants: nothing to change there that has tests in tests/mutants/nearby.py")
     # What was judged leaves a sample, and brings no others into it.
     sample = [change for change in sample_of(changes, options.sample, options.seed)
-              if (change.file, change.before, change.after) not in judged]
+              if not any(verdict.is_about(change) for verdict in judged)]
     if options.list:
         for change in sample:
             print(f"{change.file}:{change.line}: {change.operator}\n  before: {change.before}\n  after: {change.after}")
