@@ -10,7 +10,8 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 # The longest that fits counts.
-LAYERS = ["src/bridge", "src/functions", "src/backend", "src/notify", "src/platform", "src/store", "src/store/edits", "src/accounts"]
+LAYERS = ["src/bridge", "src/functions", "src/backend", "src/notify", "src/platform", "src/store", "src/store/edits",
+          "src/accounts"]
 
 
 class Count:

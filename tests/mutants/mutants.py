@@ -23,9 +23,11 @@ NOTICED, UNNOTICED, NOT_BUILT = "noticed", "unnoticed", "not built"
 def words():
     reader = argparse.ArgumentParser(
         prog="./run mutants", description=__doc__,
-        epilog="Ends with status 1 when there is a change that no test noticed and tests/mutants/equivalent.txt does not have. "
-               "A file that was changed is built again with the tests near it (tests/mutants/nearby.py), in a copy below build/mutants.")
-    reader.add_argument("folders", nargs="*", metavar="FOLDER", help=f"folders or files below src/ (without: {', '.join(FOLDERS)})")
+        epilog="Ends with status 1 when there is a change that no test noticed and tests/mutants/equivalent.txt does not "
+               "have. A file that was changed is built again with the tests near it (tests/mutants/nearby.py), in a copy below "
+               "build/mutants.")
+    reader.add_argument("folders", nargs="*", metavar="FOLDER",
+                        help=f"folders or files below src/ (without: {', '.join(FOLDERS)})")
     reader.add_argument("--sample", type=int, default=300, metavar="N", help="how many changes are tried (300; 0 is all)")
     reader.add_argument("--seed", type=int, default=1, metavar="S", help="which ones (1); the same seed takes the same")
     reader.add_argument("--workers", type=int, default=1, metavar="N", help="copies that work beside each other (1)")
@@ -74,7 +76,8 @@ def work(number, stages, files, results, out):
             for change in changes:
                 verdict, witness = tried(workshop, change)
                 results.append(record(change, verdict, witness))
-                out(f"{len(results)}: {change.file}:{change.line} {change.operator}: {verdict}" + (f" by {witness}" if witness else ""))
+                out(f"{len(results)}: {change.file}:{change.line} {change.operator}: {verdict}"
+                    + (f" by {witness}" if witness else ""))
             workshop.restore(changes[0].file)
     except queue.Empty:
         return
@@ -85,7 +88,7 @@ def work(number, stages, files, results, out):
 def show(results):
     for change in results:
         if change["verdict"] == UNNOTICED:
-            print(f"\n{change['file']}:{change['line']}: {change['operator']}\n  before: {change['before']}\n  after: {change['after']}")
+            print("\n{file}:{line}: {operator}\n  before: {before}\n  after: {after}".format(**change))
 
 
 def main():
@@ -112,7 +115,8 @@ def main():
     stages = list(dict.fromkeys(stage for change in sample for stage in stages_for(change.file)))
     begun, results = time.monotonic(), []
     out = lambda line: print(line, flush=True)  # noqa: E731
-    workers = [threading.Thread(target=work, args=(number, stages, files, results, out), daemon=True) for number in range(1, options.workers + 1)]
+    workers = [threading.Thread(target=work, args=(number, stages, files, results, out), daemon=True)
+               for number in range(1, options.workers + 1)]
     for worker in workers:
         worker.start()
     for worker in workers:
@@ -125,7 +129,8 @@ def main():
     show(results)
     count = {verdict: sum(change["verdict"] == verdict for change in results) for verdict in (NOTICED, UNNOTICED, NOT_BUILT)}
     if options.json:
-        report = {"folders": folders, "seed": options.seed, "seconds": round(time.monotonic() - begun), "count": count, "changes": results}
+        report = {"folders": folders, "seed": options.seed, "seconds": round(time.monotonic() - begun), "count": count,
+                  "changes": results}
         pathlib.Path(options.json).write_text(json.dumps(report, indent=1) + "\n", encoding="utf-8")
     print(f"\n{count[NOTICED]} noticed, {count[UNNOTICED]} unnoticed, {count[NOT_BUILT]} not built")
     return 1 if count[UNNOTICED] else 0

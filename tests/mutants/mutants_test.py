@@ -97,7 +97,8 @@ class Operators(unittest.TestCase):
         self.assertEqual(changed("namespace n { struct S {}; }", "early return"), [])
 
     def test_change_numbers_of_tables_and_none_of_types(self):
-        self.assertEqual(changed("constexpr Row kRows[] = {\n{7, \"a\"},\n};", "other number"), ["constexpr Row kRows[] = {\n{8, \"a\"},\n};"])
+        self.assertEqual(changed("constexpr Row kRows[] = {\n{7, \"a\"},\n};", "other number"),
+                         ["constexpr Row kRows[] = {\n{8, \"a\"},\n};"])
         self.assertEqual(changed("constexpr int kCount = 7;", "other number"), ["constexpr int kCount = 8;"])
         self.assertEqual(changed("struct S {\n  int a[7];\n};", "other number"), [])
 
@@ -143,13 +144,14 @@ class NearbyTests(unittest.TestCase):
         self.assertEqual(stages_for("bench/a.cpp"), ())
 
     def test_exist(self):
-        listed = "".join(path.read_text(encoding="utf-8") for path in (ROOT / "tests").rglob("CMakeLists.txt")).replace("(\n", "(")
+        listed = "".join(path.read_text(encoding="utf-8") for path in (ROOT / "tests").rglob("CMakeLists.txt"))
         for folder, stages in NEARBY.items():
             self.assertTrue((ROOT / folder).is_dir(), folder)
             for name in [name for stage in stages if isinstance(stage, Programs) for name in stage.names]:
                 program, _, cases = name.partition(":")
                 self.assertTrue(re.search(rf"orlocal_test\(\s*{program}\s", listed), program)
-                self.assertTrue(not cases or any(SUITE.search(path.read_text(encoding="utf-8")) for path in (ROOT / cases).glob("*.cpp")), name)
+                texts = [path.read_text(encoding="utf-8") for path in (ROOT / cases).glob("*.cpp")]
+                self.assertTrue(not cases or any(map(SUITE.search, texts)), name)
 
 
 class Copies(unittest.TestCase):
@@ -194,7 +196,8 @@ class Verdicts(unittest.TestCase):
                          ("src/a.cpp", 0, "a < b", "a <= b", "they are never equal"))
 
     def test_may_be_about_one_of_several_places_with_the_same_line(self):
-        places = [change for change in changes_in("src/a.cpp", in_function("g(a);\n  g(a);")) if change.operator == "dropped statement"]
+        places = [change for change in changes_in("src/a.cpp", in_function("g(a);\n  g(a);"))
+                  if change.operator == "dropped statement"]
         every, = verdicts_of("src/a.cpp\n  before: g(a);\n  after: ;\n  because: why\n")
         second, = verdicts_of("src/a.cpp #2\n  before: g(a);\n  after: ;\n  because: why\n")
         self.assertEqual([every.is_about(place) for place in places], [True, True])

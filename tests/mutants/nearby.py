@@ -27,7 +27,7 @@ PEOPLE = Transcripts(("commands/*.txt",))
 NEARBY = {
     "src/bridge": (programs("bridge_test"), programs("functions_test", "notify_test"), SOLUTIONS),
     "src/functions": (programs("functions_test"), SOLUTIONS),
-    "src/backend": (programs("backend_shared_test", "backend_eventkit_test", "backend_legacy_test"),
+    "src/backend": (programs("backend_shared_test"), programs("backend_eventkit_test"), programs("backend_legacy_test"),
                     programs("bridge_test", "functions_test"), SOLUTIONS),
     "src/backend/eventkit": (programs("backend_eventkit_test"), programs("backend_shared_test", "functions_test"), SOLUTIONS),
     "src/backend/legacy": (programs("backend_legacy_test"), programs("backend_shared_test", "functions_test"), SOLUTIONS),
@@ -42,10 +42,12 @@ NEARBY = {
     "src/store/edits": (programs("store_test:tests/store/edits"), programs("store_test"), SOLUTIONS, PEOPLE),
     "src/accounts": (programs("accounts_test", "accounts_sync_test", "accounts_face_test"),
                      programs("accounts_transport_test", "host_account_commands_test")),
-    "src/host": (programs("host_commands_test", "host_console_test", "plugin_test", "host_language_test"), PEOPLE, SOLUTIONS),
+    "src/host": (programs("host_commands_test", "host_console_test", "plugin_test", "host_language_test"), PEOPLE,
+                 SOLUTIONS),
     "src/host/calc": (programs("host_calc_test"), SOLUTIONS),
     "src/host/commands": (programs("host_store_commands_test", "host_change_commands_test", "host_words_test"),
-                          programs("host_commands_test", "host_transfer_test", "host_care_test", "host_availability_test"), PEOPLE),
+                          programs("host_commands_test", "host_transfer_test", "host_care_test", "host_availability_test"),
+                          PEOPLE),
     "src/base": (programs("base_test"), programs("store_test"), PEOPLE),
 }
 
