@@ -49,8 +49,11 @@ def folders_of(given):
 def tried(workshop, change):
     """What became of one change, and who noticed it."""
     text = (ROOT / change.file).read_text(encoding="utf-8")
-    workshop.write(change.file, change.of(text))
     for stage in stages_for(change.file):
+        if stage not in workshop.learned:
+            workshop.write(change.file, text)
+            workshop.learn(stage)
+        workshop.write(change.file, change.of(text))
         if not workshop.builds(stage):
             return NOT_BUILT, None
         witness = workshop.first_to_notice(stage)
@@ -64,13 +67,9 @@ def record(change, verdict, witness):
             "after": change.after, "verdict": verdict, "noticed_by": witness}
 
 
-def work(number, stages, files, results, out):
+def work(number, files, results, out):
     try:
         workshop = Workshop(ROOT, number)
-        out(f"worker {number}: building what is unchanged and running its tests")
-        failing = workshop.learn(stages)
-        if failing:
-            raise RuntimeError(f"these fail unchanged: {', '.join(map(str, failing))}; see {workshop.log}")
         while True:
             changes = files.get_nowait()
             for change in changes:
@@ -78,7 +77,7 @@ def work(number, stages, files, results, out):
                 results.append(record(change, verdict, witness))
                 out(f"{len(results)}: {change.file}:{change.line} {change.operator}: {verdict}"
                     + (f" by {witness}" if witness else ""))
-            workshop.restore(changes[0].file)
+            workshop.write(changes[0].file, (ROOT / changes[0].file).read_text(encoding="utf-8"))
     except queue.Empty:
         return
     except (RuntimeError, OSError) as failure:
@@ -105,17 +104,16 @@ def main():
         for change in sample:
             print(f"{change.file}:{change.line}: {change.operator}\n  before: {change.before}\n  after: {change.after}")
         return 0
-    print(f"{len(sample)} of {len(changes)} changes, seed {options.seed}", flush=True)
+    print(f"{len(sample)} of {len(changes)} changes, seed {options.seed}; what is unchanged is built first", flush=True)
     if not sample:
         return 0
 
     files = queue.Queue()
     for file in sorted({change.file for change in sample}):
         files.put([change for change in sample if change.file == file])
-    stages = list(dict.fromkeys(stage for change in sample for stage in stages_for(change.file)))
     begun, results = time.monotonic(), []
     out = lambda line: print(line, flush=True)  # noqa: E731
-    workers = [threading.Thread(target=work, args=(number, stages, files, results, out), daemon=True)
+    workers = [threading.Thread(target=work, args=(number, files, results, out), daemon=True)
                for number in range(1, options.workers + 1)]
     for worker in workers:
         worker.start()

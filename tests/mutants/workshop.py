@@ -19,7 +19,8 @@ from nearby import Transcripts
 LEFT_OUT = {"build", ".git", ".cache", "__pycache__", "findings-*"}
 LEAST_PATIENCE = 10  # seconds
 PATIENCE = 8  # times as long as the unchanged program took
-BUILD_PATIENCE = 900  # seconds
+UNCHANGED_PATIENCE = 1800  # seconds
+BUILD_PATIENCE = 1800  # seconds
 MEMORY = 8 << 30
 FILE = 2 << 30
 SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+)\s*,", re.MULTILINE)
@@ -95,16 +96,17 @@ class Workshop:
         self.log = self.home / "log"
         self.tests = {}
         self.normal = {}  # seconds that a test took on what is unchanged
+        self.learned = set()  # the stages whose tests are in there
         self.home.mkdir(parents=True, exist_ok=True)
         self.log.write_bytes(b"")
         bring_up_to_date(self.root, self.copy)
         self._run(["cmake", "--preset", "mutants"], self.copy)
 
     def write(self, file, text):
-        (self.copy / file).write_text(text, encoding="utf-8")
-
-    def restore(self, file):
-        self.write(file, (self.root / file).read_text(encoding="utf-8"))
+        """What is the same keeps its time."""
+        path = self.copy / file
+        if path.read_text(encoding="utf-8") != text:
+            path.write_text(text, encoding="utf-8")
 
     def builds(self, stage):
         """Whether what the stage needs can be built."""
@@ -120,23 +122,21 @@ class Workshop:
         return [Test(name, self._cases_in(folder) if folder else "") for name, _, folder in
                 (name.partition(":") for name in stage.names)]
 
-    def learn(self, stages):
-        """Builds all that the stages need and notes how long tests take. Gives the tests that fail."""
-        for stage in stages:
-            if not self.builds(stage):
-                raise RuntimeError(f"the unchanged project does not build; see {self.log}")
+    def learn(self, stage):
+        """Builds what the stage needs of the unchanged project, and notes how long its tests take; once."""
+        if stage in self.learned:
+            return
+        if not self.builds(stage):
+            raise RuntimeError(f"the unchanged project does not build; see {self.log}")
+        # CTest knows the commands of what is built alone.
         listed = subprocess.run(["ctest", "--show-only=json-v1"], cwd=self.build, check=True, capture_output=True)
         self.tests = {test["name"]: test for test in json.loads(listed.stdout)["tests"]}
-        failing = []
-        for stage in stages:
-            for test in self.tests_of(stage):
-                if test in self.normal:
-                    continue
-                begun = time.monotonic()
-                if self._status(test, 1800) != 0:
-                    failing.append(test)
-                self.normal[test] = time.monotonic() - begun
-        return failing
+        for test in self.tests_of(stage):
+            begun = time.monotonic()
+            if self._status(test, UNCHANGED_PATIENCE) != 0:
+                raise RuntimeError(f"{test} fails unchanged; see {self.log}")
+            self.normal[test] = time.monotonic() - begun
+        self.learned.add(stage)
 
     def first_to_notice(self, stage):
         """The first test of the stage that fails or does not end; none when all pass."""
