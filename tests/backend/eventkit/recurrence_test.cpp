@@ -197,6 +197,13 @@ TEST_F(Recurrence, IsRemovedWhereThereIsNone) {
   expectDone(backend.removeRecurrence());
 }
 
+TEST_F(Recurrence, IsRemovedWhereTheListOfRulesIsEmpty) {
+  const auto event = openNewEvent();
+  event->m_rules.emplace();
+  expectDone(backend.removeRecurrence());
+  EXPECT_EQ(event->m_rules, std::nullopt);
+}
+
 TEST_F(Recurrence, IsNotRemovedWithoutAnOpenEvent) {
   expectFailed(backend.removeRecurrence(), kNoEventToRemoveRecurrence);
 }
