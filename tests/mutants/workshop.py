@@ -29,13 +29,13 @@ INSTANCES = re.compile(r"^\s*INSTANTIATE_TEST_SUITE_P\(\s*\w+\s*,\s*(\w+)", re.M
 
 @dataclasses.dataclass(frozen=True)
 class Test:
-    """One command; `cases` are the ones that a test program is to run, or all of them."""
+    """One command; of a test program the cases of one folder, or all of them."""
 
     name: str
-    cases: str = ""
+    folder: str = ""
 
     def __str__(self):
-        return f"{self.name} ({self.cases})" if self.cases else self.name
+        return f"{self.name} ({self.folder})" if self.folder else self.name
 
 
 def files_below(root):
@@ -119,8 +119,7 @@ class Workshop:
             top = self.copy / "tests" / "transcripts"
             files = [path.relative_to(top).with_suffix("") for pattern in stage.patterns for path in sorted(top.glob(pattern))]
             return [Test("transcript_" + "_".join(file.parts)) for file in files]
-        return [Test(name, self._cases_in(folder) if folder else "") for name, _, folder in
-                (name.partition(":") for name in stage.names)]
+        return [Test(name, folder) for name, _, folder in (name.partition(":") for name in stage.names)]
 
     def learn(self, stage):
         """Builds what the stage needs of the unchanged project, and notes how long its tests take; once."""
@@ -161,8 +160,8 @@ class Workshop:
         self.scratch.mkdir()
         environment = {**os.environ, "HOME": str(self.scratch), "TMPDIR": str(self.scratch), "GTEST_FAIL_FAST": "1"}
         environment |= dict(entry.split("=", 1) for entry in properties.get("ENVIRONMENT", []))
-        if test.cases:
-            environment["GTEST_FILTER"] = test.cases
+        if test.folder:
+            environment["GTEST_FILTER"] = self._cases_in(test.folder)
         return status_of(known["command"], properties.get("WORKING_DIRECTORY", self.build), environment, patience, self.log)
 
     def _run(self, command, folder):
