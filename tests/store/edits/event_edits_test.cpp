@@ -212,6 +212,20 @@ TEST_F(Events, DoNotEndBeforeTheyStart) {
   EXPECT_EQ(refusal(item).code, ErrorCode::kInvalid);
 }
 
+TEST_F(Events, HaveStartAndEndOnOneKindOfClock) {
+  const std::vector<CalendarTime> times = {berlin("2026-11-02 09:00"), floating("2026-11-03 09:00"), day("2026-11-04")};
+  for (const CalendarTime& start : times) {
+    for (const CalendarTime& end : times) {
+      if (&start >= &end) { continue; }
+      Item item = event("Talk", start, end);
+      const auto status = saveEvent(*store, item, std::nullopt, Span::kThis);
+      ASSERT_FALSE(status);
+      EXPECT_EQ(status.error().code, ErrorCode::kInvalid);
+    }
+  }
+  saved(event("Talk", berlin("2026-11-02 09:00"), utc("2026-11-02 09:00")));
+}
+
 TEST_F(Events, DoNotGoIntoAReminderList) {
   Item item = simple();
   item.calendar = defaultCalendar(CalendarKind::kReminders);

@@ -141,6 +141,17 @@ TEST_F(Writer, KeepsAChangedOccurrenceWithoutItsSeries) {
   EXPECT_NE(*store->event(stray.identifier), nullptr);
 }
 
+TEST_F(Writer, LeavesAStrayOneWhenItIsSaved) {
+  Item stray = changed("stray", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"));
+  put(stray);
+  Item opened = read(stray.id);
+  opened.title = "renamed";
+  ASSERT_TRUE(saveEvent(*store, opened, std::nullopt, Span::kThis));
+  EXPECT_THAT(everything(), ElementsAre("2026-11-03 15:00 renamed"));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt)[0].originalStart, at("2026-11-03 09:00"));
+  EXPECT_EQ(read(stray.id).recurrenceId, berlin("2026-11-03 09:00"));
+}
+
 TEST_F(Writer, GivesAStrayToItsSeriesWhenThatComes) {
   Item stray = changed("stray", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"));
   put(stray);

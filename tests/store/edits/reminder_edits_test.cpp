@@ -62,6 +62,13 @@ TEST_F(ReminderEdits, DoNotGoIntoACalendarOfEvents) {
   EXPECT_EQ(saveReminder(*store, item).error().code, ErrorCode::kInvalid);
 }
 
+TEST_F(ReminderEdits, AreNotMadeOfEvents) {
+  Item item = saved(event("Talk", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
+  const auto status = saveReminder(*store, item);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kInvalid);
+}
+
 TEST_F(ReminderEdits, AreNotEvents) {
   Item item = saved(reminder("milk"));
   EXPECT_EQ(store->removeEvent(item, std::nullopt, Span::kThis).error().code, ErrorCode::kNotFound);
