@@ -422,6 +422,20 @@ TEST_F(Events, CarryAChangeOfAChangedOccurrenceToTheLaterOnes) {
                           "2026-11-23 09:00 new title"));
 }
 
+TEST_F(Events, CarryAnotherZoneOfAChangedOccurrenceToTheLaterOnes) {
+  weekly(4);
+  Item moved = openedAt(all()[1]);
+  moved.title = "changed";
+  ASSERT_TRUE(saveEvent(*store, moved, all()[1], Span::kThis));
+  moved.start = utc("2026-11-09 16:00");
+  moved.end = utc("2026-11-09 17:30");
+  ASSERT_TRUE(saveEvent(*store, moved, all()[1], Span::kFuture));
+  EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
+              ElementsAre("2026-11-02 09:00 review", "2026-11-09 17:00 changed", "2026-11-16 17:00 review",
+                          "2026-11-23 17:00 review"));
+  EXPECT_EQ(read(all()[2].item).start->kind, CalendarTime::Kind::kUtc);
+}
+
 TEST_F(Events, FollowAMoveToAnotherWeekday) {
   Item item = simple();
   item.recurrence.rules = {rule(Frequency::kWeekly, 4)};
