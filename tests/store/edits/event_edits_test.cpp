@@ -422,7 +422,7 @@ TEST_F(Events, CarryAChangeOfAChangedOccurrenceToTheLaterOnes) {
                           "2026-11-23 09:00 new title"));
 }
 
-TEST_F(Events, CarryAnotherZoneOfAChangedOccurrenceToTheLaterOnes) {
+TEST_F(Events, CarryAnotherZoneAndLengthOfAChangedOccurrenceToTheLaterOnes) {
   weekly(4);
   Item moved = openedAt(all()[1]);
   moved.title = "changed";
@@ -434,6 +434,7 @@ TEST_F(Events, CarryAnotherZoneOfAChangedOccurrenceToTheLaterOnes) {
               ElementsAre("2026-11-02 09:00 review", "2026-11-09 17:00 changed", "2026-11-16 17:00 review",
                           "2026-11-23 17:00 review"));
   EXPECT_EQ(read(all()[2].item).start->kind, CalendarTime::Kind::kUtc);
+  EXPECT_EQ(all()[2].end - all()[2].start, std::chrono::minutes(90));
 }
 
 TEST_F(Events, FollowAMoveToAnotherWeekday) {
