@@ -4,6 +4,7 @@ import argparse
 import json
 import pathlib
 import queue
+import signal
 import sys
 import threading
 import time
@@ -13,7 +14,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 from equivalent import judged_changes  # noqa: E402
 from nearby import stages_for  # noqa: E402
 from places import all_changes, sample_of  # noqa: E402
-from workshop import Workshop  # noqa: E402
+from workshop import Workshop, end_what_runs  # noqa: E402
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ["src/bridge", "src/functions", "src/backend", "src/notify", "src/store/edits"]
@@ -91,6 +92,7 @@ def show(results):
 
 
 def main():
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     options = words()
     folders = folders_of(options.folders)
     judged = judged_changes()
@@ -117,8 +119,12 @@ def main():
                for number in range(1, options.workers + 1)]
     for worker in workers:
         worker.start()
-    for worker in workers:
-        worker.join()
+    try:
+        for worker in workers:
+            worker.join()
+    except KeyboardInterrupt:
+        end_what_runs()
+        print(f"\nstopped after {len(results)} of {len(sample)}")
     failures = [str(result) for result in results if isinstance(result, Exception)]
     if failures:
         sys.exit("mutants: " + "; ".join(failures))

@@ -23,6 +23,7 @@ UNCHANGED_PATIENCE = 1800  # seconds
 BUILD_PATIENCE = 1800  # seconds
 MEMORY = 8 << 30
 FILE = 2 << 30
+RUNNING = set()  # processes that were started and not waited for yet
 SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+)\s*,", re.MULTILINE)
 INSTANCES = re.compile(r"^\s*INSTANTIATE_TEST_SUITE_P\(\s*\w+\s*,\s*(\w+)", re.MULTILINE)
 
@@ -70,11 +71,18 @@ def bounded():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
+def end_what_runs():
+    """For whoever is stopped: what was started would go on, perhaps for ever."""
+    for process in list(RUNNING):
+        os.killpg(process, signal.SIGKILL)
+
+
 def status_of(command, folder, environment, patience, log):
     """The command's exit status; none when it took longer than that. Ends what it started with it."""
     with open(log, "ab") as output:
         process = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
                                    stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=bounded)
+    RUNNING.add(process.pid)
     until = time.monotonic() + patience
     ended = None
     # Looked at without being taken, so that its number stays its own until its session is ended, too.
@@ -82,6 +90,7 @@ def status_of(command, folder, environment, patience, log):
         time.sleep(0.01)
         ended = os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT)
     os.killpg(process.pid, signal.SIGKILL)
+    RUNNING.discard(process.pid)
     status = process.wait()
     return status if ended else None
 
