@@ -192,6 +192,19 @@ TEST_F(Writer, RefusesItemsOfTheWrongKind) {
   EXPECT_FALSE(writer->put(99, item, none));
 }
 
+TEST_F(Writer, SeesCalendarsAsItChangedThem) {
+  Calendar list = madeCalendar("Chores", CalendarKind::kReminders);
+  auto writer = std::move(*store->startWriting());
+  Item item = single();
+  std::vector<Item> none;
+  EXPECT_EQ(writer->put(list.id, item, none).error().message, "\"Chores\" holds no events.");
+  list.title = "Duties";
+  ASSERT_TRUE(writer->updateCalendar(list));
+  EXPECT_EQ(writer->put(list.id, item, none).error().message, "\"Duties\" holds no events.");
+  ASSERT_TRUE(writer->removeCalendar(list.id));
+  EXPECT_EQ(writer->put(list.id, item, none).error().message, "The calendar is not in the store.");
+}
+
 TEST_F(Writer, RefusesARuleThatCannotBeFollowedAndGoesOn) {
   auto writer = std::move(*store->startWriting());
   Item absurd = single("absurd"), fine = single("fine");
