@@ -90,6 +90,16 @@ TEST_F(ReminderEdits, OfOneDateStayThatWhenTheyAreSaved) {
     EXPECT_EQ(read(one.id).title, "bins and paper");
     EXPECT_EQ(read(one.id).recurrenceId, berlin("2026-10-27 07:00"));
     EXPECT_EQ(read(one.id).series, withSeries ? std::optional(series.id) : std::nullopt);
+    // A file that has it still finds it.
+    Item again = reminder("bins", berlin("2026-10-27 08:00"));
+    again.uid = "bins";
+    again.recurrenceId = one.recurrenceId;
+    {
+      const auto another = *store->startWriting();
+      EXPECT_EQ(*another->put(again.calendar, again, none), PutOutcome::kUpdated);
+      EXPECT_EQ(again.id, one.id);
+      ASSERT_TRUE(another->commit());
+    }
     ASSERT_TRUE(store->removeReminder(read(one.id)));
     ASSERT_TRUE(store->removeReminder(read(series.id)));
   }
