@@ -192,6 +192,20 @@ TEST_F(Writer, RefusesItemsOfTheWrongKind) {
   EXPECT_FALSE(writer->put(99, item, none));
 }
 
+TEST_F(Writer, RefusesEventsWithoutAStart) {
+  Item item = single();
+  item.start.reset();
+  {
+    auto writer = std::move(*store->startWriting());
+    std::vector<Item> none;
+    const auto refused = writer->put(item.calendar, item, none);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "An event needs a start.");
+    ASSERT_TRUE(writer->commit());
+  }
+  EXPECT_THAT(everything(), IsEmpty());
+}
+
 TEST_F(Writer, SeesCalendarsAsItChangedThem) {
   Calendar list = madeCalendar("Chores", CalendarKind::kReminders);
   auto writer = std::move(*store->startWriting());
