@@ -169,7 +169,10 @@ TEST_F(ReminderEdits, PassOverExceptionsWhenTheyMoveOn) {
 TEST_F(ReminderEdits, ThatRepeatNeedADueDate) {
   Item item = reminder("bins");
   item.recurrence.rules = {rule(Frequency::kWeekly)};
-  EXPECT_EQ(saveReminder(*store, item).error().code, ErrorCode::kInvalid);
+  const auto status = saveReminder(*store, item);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kInvalid);
+  EXPECT_EQ(status.error().message, "A reminder that repeats needs a due date.");
 }
 
 }  // namespace
