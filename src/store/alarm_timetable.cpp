@@ -106,7 +106,8 @@ Status AlarmTimetable::follow() {
     } else {
       for (const ItemId item : touched.items) { ORLOCAL_CHECK(readAgain(item)); }
     }
-    m_position->row = touched.upTo;
+    // Anew, as reading all forgets it.
+    m_position = LogPosition{.row = touched.upTo, .file = newest.file};
   }
   m_generation = generation;
   return {};

@@ -100,8 +100,17 @@ TEST(DoubleValue, ReadsTheNumberThatATextStartsWith) {
   for (const auto& row : cases) { EXPECT_EQ(doubleValue(row.text), row.value) << row.text; }
 }
 
+TEST(DoubleValue, TellsTheTooLongFromTheTooSmallWithoutAnExponent) {
+  const std::string zeros(400, '0');
+  EXPECT_EQ(doubleValue("1" + zeros), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(doubleValue("10" + zeros + ".5"), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(doubleValue("0." + zeros + "1"), 0);
+  EXPECT_EQ(doubleValue("." + zeros + "1"), 0);
+}
+
 TEST(UrlWithString, KeepsWhatAnAddressCanCarry) {
-  for (const char* url : {"https://example.org/a?b=c&d=%20#e", "mailto:me@example.org", "file:///tmp/x.txt", ""}) {
+  for (const char* url : {"https://example.org/a?b=c&d=%20#e", "mailto:me@example.org", "file:///tmp/x.txt", "",
+                          "AZaz09-._~:/?#[]@!$&'()*+,;=", "%09%aF%Fa"}) {
     EXPECT_EQ(urlWithString(url), url);
   }
   EXPECT_EQ(urlWithString(std::nullopt), std::nullopt);
@@ -112,6 +121,8 @@ TEST(UrlWithString, EncodesTheRest) {
   EXPECT_EQ(urlWithString("https://example.org/\xC3\xBC"), "https://example.org/%C3%BC");
   EXPECT_EQ(urlWithString("100%"), "100%25");
   EXPECT_EQ(urlWithString("%zz"), "%25zz");
+  EXPECT_EQ(urlWithString("%0g%G0%0"), "%250g%25G0%250");
+  EXPECT_EQ(urlWithString("^`{|}\"<>\\\x7F"), "%5E%60%7B%7C%7D%22%3C%3E%5C%7F");
   EXPECT_EQ(urlWithString("a\r\nb"), "a%0D%0Ab");
 }
 

@@ -48,6 +48,15 @@ TEST_F(Frame, LeavesTheResultAloneWhenThereIsNothingToSay) {
   EXPECT_EQ(run([] { return kNothing; }), "empty");
 }
 
+TEST_F(Frame, HandsBackTheSentinelBeforeThereIsAnErrorObject) {
+  error = nullptr;
+  EXPECT_EQ(run([] {
+              g_llasterror = 9002;
+              return kDone;
+            }),
+            "text !!ERROR!!");
+}
+
 TEST_F(Frame, HandsBackTheSentinelForAnyCode) {
   EXPECT_EQ(run([] {
               g_llasterror = 9002;

@@ -39,6 +39,12 @@ TEST_F(LastError, IsSuccessAfterACallThatWorked) {
   EXPECT_EQ(callWith(&Orlo_GetLastError, "number"), "number 0");
 }
 
+TEST_F(LastError, IsAnEmptyTextBeforeThereIsAnErrorObject) {
+  error = nullptr;
+  EXPECT_EQ(callWith(&Orlo_GetLastError), "text");
+  EXPECT_EQ(callWith(&Orlo_GetLastError, "number"), "number 0");
+}
+
 TEST_F(LastError, IsAMessageOrACode) {
   fail(-4);
   EXPECT_EQ(callWith(&Orlo_GetLastError), "text Invalid Parameter value(s)");

@@ -56,6 +56,14 @@ TEST_F(Strings, CopyUnitsAndAnEndAndGiveTheLength) {
   EXPECT_EQ(buffer[9], kUntouched);
 }
 
+TEST_F(Strings, AreAskedForWithoutABundleBeforeTheHostHasCalled) {
+  strings->bundle = 1;
+  gFMX_ExternCallPtr = nullptr;
+  addString(153, u"Text");
+  EXPECT_EQ(Sub_OSXLoadString(153, buffer.data(), 100), 4);
+  EXPECT_EQ(strings->bundle, 0U);
+}
+
 TEST_F(Strings, AreAskedForInThePluginsOwnBundle) {
   m_record.instanceID = 4711;
   Sub_OSXLoadString(153, buffer.data(), 100);

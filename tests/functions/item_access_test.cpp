@@ -141,6 +141,24 @@ TEST_P(OpenItemWithUidOnBoth, PassesTheIdentifierUnchanged) {
   EXPECT_EQ(told(), only("openEventWithUID(\" Ab-Cé \", nil)"));
 }
 
+class WithoutABackEnd : public OnBothBackEnds {
+ protected:
+  WithoutABackEnd() {
+    g_sharedEKFunctions = nullptr;
+    g_sharedFunctions = nullptr;
+  }
+};
+ORLO_ON_BOTH_BACK_ENDS(WithoutABackEnd);
+
+TEST_P(WithoutABackEnd, CallsDoNothingAndDoNotFail) {
+  EXPECT_EQ(callWith(&Orlo_GetItemCountForType, "event"), "number 0");
+  EXPECT_EQ(callWith(&Orlo_OpenItemAt, "event", 1), kWorked);
+  EXPECT_EQ(callWith(&Orlo_CalOpenCalendarWithTitle, "Work"), kWorked);
+  EXPECT_EQ(callWith(&Orlo_GetProperty, "event", "title"), "text");
+  EXPECT_EQ(callWith(&Orlo_RemoveRecurrence), kWorked);
+  EXPECT_EQ(callWith(&Orlo_RemoveAllAlarmsFrom, "event"), GetParam() == BackEnd::kEventKit ? kWorked : kFailed);
+}
+
 class ItemCount : public OnBothBackEnds {};
 ORLO_ON_BOTH_BACK_ENDS(ItemCount);
 

@@ -1,9 +1,12 @@
 #include "bridge/configured_script.h"
 
+#include <cstdlib>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "bridge/plugin_error.h"
+#include "fakes/fake_run_loop.h"
 #include "notify/script_host.h"
 
 namespace orlocal::test {
@@ -12,7 +15,40 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// One test: what is registered is so once in a process.
+void setScript(ScriptHost& host) {
+  host.platform().m_settings.updateScript = PluginSettings::UpdateScript{"Books", "Calendar changed"};
+}
+
+/// Ends the process with status 0 when what is logged is `line`.
+[[noreturn]] void registerWithoutAPort(const std::string& line) {
+  ScriptHost host;
+  setScript(host);
+  const auto loop = std::make_shared<fakes::FakeRunLoop>();
+  loop->m_takesPorts = false;
+  host.platform().m_runLoop = loop;
+  registerConfiguredScript();
+  const bool isClear = g_llasterror == 0 && error->getErrorNumber() == "0";
+  std::exit(isClear && host.platform().m_log == std::vector<std::string>{line} ? 0 : 1);
+}
+
+// Each in its process, or in this order: what is registered is so once in a process.
+TEST(ConfiguredScript, ThatIsRefusedIsLoggedWithTheReason) {
+  EXPECT_EXIT(registerWithoutAPort("The script \"Calendar changed\" of \"Books\" will not be started when calendars "
+                                   "change: System Error NSPortException"),
+              testing::ExitedWithCode(0), "");
+}
+
+TEST(ConfiguredScript, ThatCouldNotBeHandedOverIsTriedAgain) {
+  ScriptHost host;
+  setScript(host);
+  host.platform().m_notificationCenter = nullptr;
+  registerConfiguredScript();
+  registerConfiguredScript();
+  EXPECT_EQ(host.platform().m_log,
+            std::vector<std::string>(
+                2, "The update script could not be handed over: the test gave the platform no notification centre"));
+}
+
 TEST(ConfiguredScript, IsRegisteredOnceHoweverOftenThePlugInStarts) {
   ScriptHost host;
   registerConfiguredScript();

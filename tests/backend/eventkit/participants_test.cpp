@@ -80,6 +80,13 @@ TEST_F(Participants, ReadTheirName) {
   expectText(number("commonname"), "Ada Example");
 }
 
+TEST_F(Participants, HaveNoAddressWhereThereIsNoAddressBook) {
+  openNewParticipant()->m_emailAddresses = {"ada@example.org"};
+  backend.m_AddressBook = nullptr;
+  EXPECT_EQ(get("address"), std::nullopt);
+  EXPECT_EQ(g_llasterror, 0);
+}
+
 TEST_F(Participants, ReadTheirAddressFromTheAddressBook) {
   const auto participant = openNewParticipant();
   expectNone(get("address"));

@@ -168,21 +168,23 @@ TEST_F(Recurrence, IsRemovedFromTheOpenEvent) {
   EXPECT_EQ(backend.m_ekEvent->recurrenceRules(), std::nullopt);
 }
 
+/// Notes how its rules are removed.
+class EventThatLosesRules : public fakes::FakeEvent {
+ public:
+  void removeRecurrenceRule(const std::shared_ptr<EKRecurrenceRule>& rule) override {
+    m_removed.push_back(rule);
+    FakeEvent::removeRecurrenceRule(rule);
+  }
+  void setRecurrenceRules(std::optional<std::vector<std::shared_ptr<EKRecurrenceRule>>> rules) override {
+    m_setAfterRemovals = m_removed.size();
+    FakeEvent::setRecurrenceRules(std::move(rules));
+  }
+  std::vector<std::shared_ptr<EKRecurrenceRule>> m_removed;
+  std::size_t m_setAfterRemovals = 99;
+};
+
 TEST_F(Recurrence, IsRemovedFirstRuleFirstAndThenAltogether) {
-  class NotingEvent : public fakes::FakeEvent {
-   public:
-    void removeRecurrenceRule(const std::shared_ptr<EKRecurrenceRule>& rule) override {
-      m_removed.push_back(rule);
-      FakeEvent::removeRecurrenceRule(rule);
-    }
-    void setRecurrenceRules(std::optional<std::vector<std::shared_ptr<EKRecurrenceRule>>> rules) override {
-      m_setAfterRemovals = m_removed.size();
-      FakeEvent::setRecurrenceRules(std::move(rules));
-    }
-    std::vector<std::shared_ptr<EKRecurrenceRule>> m_removed;
-    std::size_t m_setAfterRemovals = 99;
-  };
-  const auto event = std::make_shared<NotingEvent>();
+  const auto event = std::make_shared<EventThatLosesRules>();
   const auto first = std::make_shared<fakes::FakeRecurrenceRule>();
   event->m_rules = {first, std::make_shared<fakes::FakeRecurrenceRule>()};
   backend.m_ekEvent = event;
@@ -195,6 +197,15 @@ TEST_F(Recurrence, IsRemovedFirstRuleFirstAndThenAltogether) {
 TEST_F(Recurrence, IsRemovedWhereThereIsNone) {
   openNewEvent();
   expectDone(backend.removeRecurrence());
+}
+
+TEST_F(Recurrence, IsRemovedWhereTheListOfRulesIsEmpty) {
+  const auto event = std::make_shared<EventThatLosesRules>();
+  event->m_rules.emplace();
+  backend.m_ekEvent = event;
+  expectDone(backend.removeRecurrence());
+  EXPECT_THAT(event->m_removed, IsEmpty());
+  EXPECT_EQ(event->m_rules, std::nullopt);
 }
 
 TEST_F(Recurrence, IsNotRemovedWithoutAnOpenEvent) {

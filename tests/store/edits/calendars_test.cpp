@@ -7,6 +7,8 @@ namespace {
 
 using testing::ElementsAre;
 
+constexpr const char* kNobodys = "00000000-0000-7000-8000-000000000000";
+
 class Calendars : public StoreTest {
  protected:
   std::vector<std::string> titles(CalendarKind kind) {
@@ -138,6 +140,50 @@ TEST_F(Calendars, TellOfEachEventOnceWhenTheyGo) {
   ASSERT_EQ(outside.size(), 1u);
   EXPECT_THAT(outside[0].events.deleted, ElementsAre(series.identifier));
   EXPECT_TRUE(outside[0].events.updated.empty());
+}
+
+TEST_F(Calendars, ThatAreGoneAreNotSaved) {
+  Calendar calendar = madeCalendar("Work");
+  ASSERT_TRUE(store->removeCalendar(calendar.identifier));
+  const auto status = store->saveCalendar(calendar);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kNotFound);
+  EXPECT_EQ(status.error().message, "The calendar \"Work\" is no longer in the calendar store.");
+  EXPECT_THAT(titles(CalendarKind::kEvents), ElementsAre("Calendar"));
+}
+
+TEST_F(Calendars, OfAnotherFileAreNotSavedOverTheOneWithTheirNumber) {
+  madeCalendar("Work");
+  Calendar other = (*store->calendars(CalendarKind::kEvents))[0];
+  const std::string identifier = other.identifier;
+  other.identifier = kNobodys;
+  other.title = "Another";
+  EXPECT_EQ(store->saveCalendar(other).error().code, ErrorCode::kNotFound);
+  EXPECT_EQ((*store->calendar(identifier))->title, "Calendar");
+}
+
+TEST_F(Calendars, StayOneOfEventsOrOneOfReminders) {
+  Calendar calendar = madeCalendar("Work");
+  calendar.kind = CalendarKind::kReminders;
+  EXPECT_EQ(store->saveCalendar(calendar).error().code, ErrorCode::kInvalid);
+  EXPECT_THAT(titles(CalendarKind::kEvents), ElementsAre("Calendar", "Work"));
+}
+
+TEST_F(Calendars, ThatAreNotThereAreNoDefault) {
+  for (const std::string& identifier : {std::string("nonsense"), std::string(kNobodys)}) {
+    EXPECT_EQ(store->makeDefault(identifier, CalendarKind::kEvents).error().code, ErrorCode::kNotFound);
+  }
+}
+
+TEST_F(Calendars, ThatCannotBeChangedAreNotRemoved) {
+  Calendar calendar = madeCalendar("Holidays");
+  calendar.immutable = true;
+  ASSERT_TRUE(store->saveCalendar(calendar));
+  const auto status = store->removeCalendar(calendar.identifier);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kReadOnly);
+  EXPECT_EQ(status.error().message, "The calendar \"Holidays\" may not be removed.");
+  EXPECT_TRUE(*store->calendar(calendar.identifier));
 }
 
 TEST_F(Calendars, ThatAreNotThereCannotBeRemoved) {

@@ -212,6 +212,20 @@ TEST_F(Events, DoNotEndBeforeTheyStart) {
   EXPECT_EQ(refusal(item).code, ErrorCode::kInvalid);
 }
 
+TEST_F(Events, HaveStartAndEndOnOneKindOfClock) {
+  const std::vector<CalendarTime> times = {berlin("2026-11-02 09:00"), floating("2026-11-03 09:00"), day("2026-11-04")};
+  for (const CalendarTime& start : times) {
+    for (const CalendarTime& end : times) {
+      if (&start >= &end) { continue; }
+      Item item = event("Talk", start, end);
+      const auto status = saveEvent(*store, item, std::nullopt, Span::kThis);
+      ASSERT_FALSE(status);
+      EXPECT_EQ(status.error().code, ErrorCode::kInvalid);
+    }
+  }
+  saved(event("Talk", berlin("2026-11-02 09:00"), utc("2026-11-02 09:00")));
+}
+
 TEST_F(Events, DoNotGoIntoAReminderList) {
   Item item = simple();
   item.calendar = defaultCalendar(CalendarKind::kReminders);
@@ -406,6 +420,21 @@ TEST_F(Events, CarryAChangeOfAChangedOccurrenceToTheLaterOnes) {
   EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
               ElementsAre("2026-11-02 09:00 review", "2026-11-09 15:00 new title", "2026-11-16 09:00 new title",
                           "2026-11-23 09:00 new title"));
+}
+
+TEST_F(Events, CarryAnotherZoneAndLengthOfAChangedOccurrenceToTheLaterOnes) {
+  weekly(4);
+  Item moved = openedAt(all()[1]);
+  moved.title = "changed";
+  ASSERT_TRUE(saveEvent(*store, moved, all()[1], Span::kThis));
+  moved.start = utc("2026-11-09 16:00");
+  moved.end = utc("2026-11-09 17:30");
+  ASSERT_TRUE(saveEvent(*store, moved, all()[1], Span::kFuture));
+  EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
+              ElementsAre("2026-11-02 09:00 review", "2026-11-09 17:00 changed", "2026-11-16 17:00 review",
+                          "2026-11-23 17:00 review"));
+  EXPECT_EQ(read(all()[2].item).start->kind, CalendarTime::Kind::kUtc);
+  EXPECT_EQ(all()[2].end - all()[2].start, std::chrono::minutes(90));
 }
 
 TEST_F(Events, FollowAMoveToAnotherWeekday) {

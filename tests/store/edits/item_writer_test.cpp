@@ -141,6 +141,17 @@ TEST_F(Writer, KeepsAChangedOccurrenceWithoutItsSeries) {
   EXPECT_NE(*store->event(stray.identifier), nullptr);
 }
 
+TEST_F(Writer, LeavesAStrayOneWhenItIsSaved) {
+  Item stray = changed("stray", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"));
+  put(stray);
+  Item opened = read(stray.id);
+  opened.title = "renamed";
+  ASSERT_TRUE(saveEvent(*store, opened, std::nullopt, Span::kThis));
+  EXPECT_THAT(everything(), ElementsAre("2026-11-03 15:00 renamed"));
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt)[0].originalStart, at("2026-11-03 09:00"));
+  EXPECT_EQ(read(stray.id).recurrenceId, berlin("2026-11-03 09:00"));
+}
+
 TEST_F(Writer, GivesAStrayToItsSeriesWhenThatComes) {
   Item stray = changed("stray", berlin("2026-11-03 09:00"), berlin("2026-11-03 15:00"));
   put(stray);
@@ -179,6 +190,33 @@ TEST_F(Writer, RefusesItemsOfTheWrongKind) {
   ASSERT_FALSE(refused);
   EXPECT_EQ(refused.error().code, ErrorCode::kInvalid);
   EXPECT_FALSE(writer->put(99, item, none));
+}
+
+TEST_F(Writer, RefusesEventsWithoutAStart) {
+  Item item = single();
+  item.start.reset();
+  {
+    auto writer = std::move(*store->startWriting());
+    std::vector<Item> none;
+    const auto refused = writer->put(item.calendar, item, none);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "An event needs a start.");
+    ASSERT_TRUE(writer->commit());
+  }
+  EXPECT_THAT(everything(), IsEmpty());
+}
+
+TEST_F(Writer, SeesCalendarsAsItChangedThem) {
+  Calendar list = madeCalendar("Chores", CalendarKind::kReminders);
+  auto writer = std::move(*store->startWriting());
+  Item item = single();
+  std::vector<Item> none;
+  EXPECT_EQ(writer->put(list.id, item, none).error().message, "\"Chores\" holds no events.");
+  list.title = "Duties";
+  ASSERT_TRUE(writer->updateCalendar(list));
+  EXPECT_EQ(writer->put(list.id, item, none).error().message, "\"Duties\" holds no events.");
+  ASSERT_TRUE(writer->removeCalendar(list.id));
+  EXPECT_EQ(writer->put(list.id, item, none).error().message, "The calendar is not in the store.");
 }
 
 TEST_F(Writer, RefusesARuleThatCannotBeFollowedAndGoesOn) {

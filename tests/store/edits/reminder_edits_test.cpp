@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "store/edits/item_writer.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {
@@ -60,6 +61,48 @@ TEST_F(ReminderEdits, DoNotGoIntoACalendarOfEvents) {
   Item item = reminder("milk");
   item.calendar = defaultCalendar();
   EXPECT_EQ(saveReminder(*store, item).error().code, ErrorCode::kInvalid);
+}
+
+TEST_F(ReminderEdits, AreNotMadeOfEvents) {
+  Item item = saved(event("Talk", berlin("2026-11-02 09:00"), berlin("2026-11-02 10:00")));
+  const auto status = saveReminder(*store, item);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kInvalid);
+}
+
+TEST_F(ReminderEdits, OfOneDateStayThatWhenTheyAreSaved) {
+  for (const bool withSeries : {false, true}) {
+    Item series = reminder("bins", berlin("2026-10-20 07:00"));
+    series.uid = withSeries ? "bins" : "others";
+    series.recurrence.rules = {rule(Frequency::kWeekly)};
+    Item one = reminder("bins", berlin("2026-10-27 08:00"));
+    one.uid = "bins";
+    one.recurrenceId = berlin("2026-10-27 07:00");
+    std::vector<Item> none;
+    const auto writer = *store->startWriting();
+    ASSERT_TRUE(writer->put(series.calendar, series, none));
+    ASSERT_TRUE(writer->put(one.calendar, one, none));
+    ASSERT_TRUE(writer->commit());
+    EXPECT_EQ(read(one.id).series, withSeries ? std::optional(series.id) : std::nullopt);
+    Item opened = read(one.id);
+    opened.title = "bins and paper";
+    ASSERT_TRUE(saveReminder(*store, opened));
+    EXPECT_EQ(read(one.id).title, "bins and paper");
+    EXPECT_EQ(read(one.id).recurrenceId, berlin("2026-10-27 07:00"));
+    EXPECT_EQ(read(one.id).series, withSeries ? std::optional(series.id) : std::nullopt);
+    // A file that has it still finds it.
+    Item again = reminder("bins", berlin("2026-10-27 08:00"));
+    again.uid = "bins";
+    again.recurrenceId = one.recurrenceId;
+    {
+      const auto another = *store->startWriting();
+      EXPECT_EQ(*another->put(again.calendar, again, none), PutOutcome::kUpdated);
+      EXPECT_EQ(again.id, one.id);
+      ASSERT_TRUE(another->commit());
+    }
+    ASSERT_TRUE(store->removeReminder(read(one.id)));
+    ASSERT_TRUE(store->removeReminder(read(series.id)));
+  }
 }
 
 TEST_F(ReminderEdits, AreNotEvents) {
@@ -126,7 +169,10 @@ TEST_F(ReminderEdits, PassOverExceptionsWhenTheyMoveOn) {
 TEST_F(ReminderEdits, ThatRepeatNeedADueDate) {
   Item item = reminder("bins");
   item.recurrence.rules = {rule(Frequency::kWeekly)};
-  EXPECT_EQ(saveReminder(*store, item).error().code, ErrorCode::kInvalid);
+  const auto status = saveReminder(*store, item);
+  ASSERT_FALSE(status);
+  EXPECT_EQ(status.error().code, ErrorCode::kInvalid);
+  EXPECT_EQ(status.error().message, "A reminder that repeats needs a due date.");
 }
 
 }  // namespace

@@ -168,6 +168,32 @@ TEST_F(Undo, OfAnUndoDoesItAgain) {
   EXPECT_THAT(refusal(), HasSubstr("no command of yours left"));
 }
 
+TEST_F(Undo, OfWhatWasUndoneNamesTheUndo) {
+  command("new");
+  saved(plain("Lunch"));
+  const std::int64_t made = last();
+  ASSERT_TRUE(undone());
+  EXPECT_EQ(refusal(made), "The command " + std::to_string(made) + " (new) was undone already; `undo " +
+                               std::to_string(last()) + "` does it again.");
+}
+
+TEST_F(Undo, BringsBackAChangedOccurrenceWithoutItsSeries) {
+  Item stray = plain("Lunch");
+  stray.uid = "lunches";
+  stray.recurrenceId = floating("2026-11-01 09:00");
+  std::vector<Item> none;
+  const auto writer = *store->startWriting();
+  ASSERT_TRUE(writer->put(stray.calendar, stray, none));
+  ASSERT_TRUE(writer->commit());
+  const std::string before = content();
+  command("remove");
+  ASSERT_TRUE(store->removeEvent(read(stray.id), std::nullopt, Span::kThis));
+  ASSERT_NE(content(), before);
+  ASSERT_TRUE(undone());
+  EXPECT_EQ(content(), before);
+  EXPECT_EQ(occurrences(std::nullopt, std::nullopt).front().originalStart, at("2026-11-01 09:00"));
+}
+
 TEST_F(Undo, GoesBackCommandByCommandOverOneItem) {
   const std::string empty = content();
   command("new");
