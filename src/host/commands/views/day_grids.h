@@ -26,7 +26,7 @@ std::vector<std::string> monthGrid(store::LocalDay day, const std::vector<GridEn
                                    const GridSetting& setting);
 
 /// The lines of a week with its hours: what takes whole days first, then a column of half hours for each day, side by
-/// side what overlaps.
+/// side what overlaps. A mark stands for hours between them in which nothing lies.
 std::vector<std::string> weekGrid(store::LocalDay day, const std::vector<GridEntry>& entries,
                                   const GridSetting& setting);
 

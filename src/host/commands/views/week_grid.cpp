@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <bitset>
 
 #include <fmt/format.h>
 
@@ -19,9 +20,9 @@ using store::LocalTime;
 constexpr std::size_t kTimeColumn = 6;
 constexpr int kRowMinutes = 30;
 constexpr int kRowsInHour = 60 / kRowMinutes;
-constexpr int kRowsInDay = 24 * kRowsInHour;
+constexpr int kHoursInDay = 24;
 /// Shown in any case: from eight to six.
-constexpr int kFirstRow = 8 * kRowsInHour, kLastRow = 18 * kRowsInHour;
+constexpr int kFirstHour = 8, kLastHour = 18;
 
 /// The part of an event that lies on a day.
 struct Block {
@@ -30,16 +31,15 @@ struct Block {
   Lane place;
 };
 
-struct Rows {
-  int from = kFirstRow, to = kLastRow;
-};
+using Hours = std::bitset<kHoursInDay>;
+using Blocks = std::array<std::vector<Block>, kDaysInWeek>;
 
 int minutesOf(LocalTime time, LocalDay day) { return static_cast<int>((time - LocalTime(day)) / 60); }
 
 std::optional<Block> blockOn(LocalDay day, const GridEntry& entry) {
   if (entry.wholeDays || entry.firstDay() > day || entry.lastDay() < day) { return std::nullopt; }
   const int begin = std::max(0, minutesOf(entry.start, day));
-  const int end = std::min(24 * 60, minutesOf(entry.end, day));
+  const int end = std::min(kHoursInDay * 60, minutesOf(entry.end, day));
   const int from = begin / kRowMinutes;
   const int to = std::max(from + 1, (end + kRowMinutes - 1) / kRowMinutes);
   return Block{&entry, from, to, {}};
@@ -100,11 +100,45 @@ std::string dayText(const std::vector<Block>& blocks, int row, std::size_t width
   return text;
 }
 
+/// The hours of the working day, and those in which something lies.
+Hours hoursShown(const Blocks& blocks) {
+  Hours shown;
+  for (std::size_t hour = kFirstHour; hour < kLastHour; ++hour) { shown.set(hour); }
+  for (const auto& ofDay : blocks) {
+    for (const Block& block : ofDay) {
+      for (int row = block.from; row < block.to; ++row) { shown.set(static_cast<std::size_t>(row / kRowsInHour)); }
+    }
+  }
+  return shown;
+}
+
 std::string headOf(LocalDay first, const GridSetting& setting) {
   const LocalDay last = first + (static_cast<int>(kDaysInWeek) - 1);
   std::string head = shortDay(first) + " – " + shortDay(last);
   if (setting.firstWeekday == cctz::weekday::monday) { head += tr(", week {}", weekNumber(first)); }
   return setting.ink.bold(head);
+}
+
+/// The half hours that are shown; a mark stands for a night between what is early and what is late.
+std::vector<std::string> hourLines(const Blocks& blocks, std::size_t column, const Ink& ink) {
+  std::vector<std::string> text;
+  const Hours shown = hoursShown(blocks);
+  bool leftOut = false;
+  for (int hour = 0; hour < kHoursInDay; ++hour) {
+    if (!shown[static_cast<std::size_t>(hour)]) {
+      leftOut = !text.empty();
+      continue;
+    }
+    if (leftOut) { text.push_back(ink.dim("  ⋮")); }
+    leftOut = false;
+    for (int row = hour * kRowsInHour; row < (hour + 1) * kRowsInHour; ++row) {
+      const bool full = row % kRowsInHour == 0;
+      std::string line = ink.dim(cell(full ? fmt::format("{:02}:00", hour) : "", kTimeColumn));
+      for (const auto& ofDay : blocks) { line += dayText(ofDay, row, column - 1, ink) + ' '; }
+      text.push_back(withoutBlanksAtEnd(std::move(line)));
+    }
+  }
+  return text;
 }
 
 }  // namespace
@@ -116,18 +150,13 @@ std::vector<std::string> weekGrid(LocalDay day, const std::vector<GridEntry>& en
   const LocalDay first = weekStart(day, setting.firstWeekday);
   std::vector<std::string> text{headOf(first, setting), ""};
   std::string days(kTimeColumn, ' ');
-  Rows shown;
-  std::array<std::vector<Block>, kDaysInWeek> blocks;
+  Blocks blocks;
   for (std::size_t i = 0; i < kDaysInWeek; ++i) {
     const LocalDay each = first + static_cast<int>(i);
     const std::string name =
         fmt::format("{} {}{}", DateNames::ofUser().shortWeekday(each), each.day(), each == setting.today ? " ◂" : "");
     days += (each == setting.today ? ink.bold(cell(name, column - 1)) : cell(name, column - 1)) + ' ';
     blocks[i] = blocksOn(each, entries);
-    for (const Block& block : blocks[i]) {
-      shown.from = std::min(shown.from, block.from - block.from % kRowsInHour);
-      shown.to = std::min(kRowsInDay, std::max(shown.to, block.to + block.to % kRowsInHour));
-    }
   }
   text.push_back(withoutBlanksAtEnd(std::move(days)));
   std::vector<const GridEntry*> whole;
@@ -148,12 +177,7 @@ std::vector<std::string> weekGrid(LocalDay day, const std::vector<GridEntry>& en
     }
     text.push_back(withoutBlanksAtEnd(std::move(bars)));
   }
-  for (int row = shown.from; row < shown.to; ++row) {
-    const bool full = row % kRowsInHour == 0;
-    std::string hours = ink.dim(cell(full ? fmt::format("{:02}:00", row / kRowsInHour) : "", kTimeColumn));
-    for (const auto& ofDay : blocks) { hours += dayText(ofDay, row, column - 1, ink) + ' '; }
-    text.push_back(withoutBlanksAtEnd(std::move(hours)));
-  }
+  for (std::string& line : hourLines(blocks, column, ink)) { text.push_back(std::move(line)); }
   return text;
 }
 

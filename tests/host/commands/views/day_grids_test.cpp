@@ -102,7 +102,7 @@ TEST_F(DayGrids, PutWhatOverlapsSideBySide) {
   EXPECT_EQ(lineWith(grid, "12:00"), "12:00 ▌Six");
 }
 
-TEST_F(DayGrids, ShowTheHoursThatTheirEventsNeed) {
+TEST_F(DayGrids, ShowTheWorkingDayAndTheHoursOfTheirEvents) {
   EXPECT_EQ(lineWith(weekGrid(monday, entries, setting), "07:00"), "");
   EXPECT_EQ(lineWith(weekGrid(monday, entries, setting), "18:00"), "");
   timed("Early", LocalTime(monday) + 6 * 3600 + 1800, LocalTime(monday) + 7 * 3600);
@@ -110,6 +110,12 @@ TEST_F(DayGrids, ShowTheHoursThatTheirEventsNeed) {
   const auto grid = weekGrid(monday, entries, setting);
   EXPECT_EQ(lineWith(grid, "00:00"), "00:00           ▌Late");
   EXPECT_EQ(lineWith(grid, "23:00 ▌"), "23:00 ▌Late");
+  std::vector<std::string> hours;
+  for (const std::string& line : grid) {
+    if (line == "  ⋮" || (line.size() > 2 && line[2] == ':')) { hours.push_back(line.substr(0, 5)); }
+  }
+  EXPECT_THAT(hours, testing::ElementsAre("00:00", "  ⋮", "06:00", "  ⋮", "08:00", "09:00", "10:00", "11:00", "12:00",
+                                          "13:00", "14:00", "15:00", "16:00", "17:00", "  ⋮", "23:00"));
 }
 
 TEST_F(DayGrids, WeeksBeginAsTheCountryHasThem) {
