@@ -3,6 +3,8 @@
 namespace orlocal::host {
 namespace {
 
+using Name = BrowseKey::Name;
+
 bool continuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 }  // namespace
@@ -22,7 +24,6 @@ std::size_t TypedLine::after(std::size_t at) const {
 }
 
 void TypedLine::press(const BrowseKey& key) {
-  using Name = BrowseKey::Name;
   switch (key.name) {
     case Name::kCharacter:
       m_text.insert(m_cursor, key.text);
