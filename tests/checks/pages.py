@@ -1,4 +1,5 @@
-"""Holds the pages about errors and properties against the tables in the source, and links against what they lead to.
+"""Holds the pages about errors and properties against the tables in the source, and links and names of tests against
+what they lead to.
 
 usage: pages.py SOURCE_TREE
 """
@@ -95,8 +96,20 @@ def check_links():
                 trouble.append(f"{index.relative_to(root)} does not list {page.name}")
 
 
+def check_tests():
+    """Tests that pages name as `Suite.Name` are there; a page that promises something is believed for its test."""
+    known = set()
+    for path in (root / "tests").rglob("*.cpp"):
+        known |= {".".join(found) for found in re.findall(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", path.read_text(), re.M)}
+    for page in [*(root / "docs").rglob("*.md"), *root.glob("*.md")]:
+        for name in re.findall(r"`([A-Z][a-z]\w*\.[A-Z][a-z]?\w*)`", page.read_text()):
+            if name not in known:
+                trouble.append(f"{page.relative_to(root)}: there is no test {name}")
+
+
 check_errors()
 check_properties()
+check_tests()
 check_links()
 for line in trouble:
     print(line)
