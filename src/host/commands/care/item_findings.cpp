@@ -14,7 +14,7 @@ namespace orlocal::host {
 namespace {
 
 constexpr const char* kItems = translatable("items");
-constexpr std::size_t kMostTold = 3;
+constexpr std::size_t kMostNamed = 3;
 
 Status lookAtSeries(store::CalendarStore& store, const store::Item& series, OddItems& odd) {
   if (series.kind != store::ItemKind::kEvent) { return {}; }
@@ -41,10 +41,10 @@ Status lookAtSeries(store::CalendarStore& store, const store::Item& series, OddI
 
 std::string namesOf(const std::vector<store::Item>& items) {
   std::string names;
-  for (std::size_t i = 0; i < items.size() && i < kMostTold; ++i) {
+  for (std::size_t i = 0; i < items.size() && i < kMostNamed; ++i) {
     names += (i == 0 ? "\"" : ", \"") + printable(items[i].title.value_or(tr("(no title)"))) + '"';
   }
-  return items.size() > kMostTold ? tr("{} and {} more", names, items.size() - kMostTold) : names;
+  return items.size() > kMostNamed ? tr("{} and {} more", names, items.size() - kMostNamed) : names;
 }
 
 }  // namespace

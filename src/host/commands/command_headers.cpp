@@ -1,0 +1,1 @@
+// The precompiled headers of the libraries are made for this file.
