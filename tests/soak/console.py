@@ -1,0 +1,97 @@
+"""A host: one process of the program's console, given calculations over a pipe."""
+import re
+import select
+import signal
+import threading
+
+import expected
+from stage import Died
+
+ANSWER = re.compile(r"^(.*?)  \((?:text|number|date|time|timestamp|container)\)(?:  (.*))?$")
+CODE = re.compile(r"\((-?\d+)\)$")
+PATIENCE = 240
+
+
+class Refused(Exception):
+    """A function gave its error; with the code."""
+
+    def __init__(self, calculation, reason):
+        super().__init__(f"{calculation}: {reason}")
+        found = CODE.search(reason or "")
+        self.code = found[1] if found else ""
+
+
+class Console:
+    """The plug-in, loaded; started again by whoever uses it after it died."""
+
+    def __init__(self, stage, actor, place, words=(), clock=None, may_die=True):
+        self.stage, self.actor = stage, actor
+        self.start = lambda: stage.start(actor, place, words, clock, long=True, may_die=may_die,
+                                         more={"ORLOCAL_UPDATE_SCRIPT": "yes"})
+        self.process = self.start()
+        self.read_errors = 0
+
+    def ask(self, calculation):
+        """Its result as a text. A returned error is raised as Refused, and judged by whoever made the call."""
+        # One line a result, whatever is in it.
+        try:
+            self.process.stdin.write(f"Substitute({calculation};Char(10);\"|\")\n")
+            self.process.stdin.flush()
+            while line := self.line():
+                if line.startswith("script "):
+                    self.stage.count("script starts in hosts")
+                    continue
+                self.stage.count("function calls")
+                if line.rstrip("\n") == "(empty)":
+                    return ""
+                found = ANSWER.match(line.rstrip("\n"))
+                if not found:
+                    self.stage.finding(self.actor, f"an answer to {calculation}", line)
+                    return ""
+                if found[1] == "!!ERROR!!":
+                    raise Refused(calculation, self.reason())
+                return found[1]
+        except (BrokenPipeError, OSError):
+            pass
+        raise Died(calculation)
+
+    def reason(self):
+        """Of the call before."""
+        return f"({self.ask('Orlo_GetLastError( \"number\" )')})"
+
+    def line(self):
+        ready, _, _ = select.select([self.process.stdout], [], [], PATIENCE)
+        if not ready:
+            self.stage.finding(self.actor, f"an answer within {PATIENCE} s", "none")
+            self.process.send_signal(signal.SIGKILL)
+        return self.process.stdout.readline()
+
+    def judge(self, refused):
+        """True when the refusal is one that there may be."""
+        if expected.reason_for(refused.code, self.stage.happened, expected.CODES) is None:
+            self.stage.finding(self.actor, "a result", str(refused))
+            return False
+        self.stage.count("refusals that were right")
+        return True
+
+    def judge_errors(self):
+        self.read_errors, text = self.stage.errors(self.actor, self.read_errors)
+        self.stage.judge(self.actor, text)
+
+    def again(self):
+        """After it died."""
+        self.close()
+        self.process = self.start()
+        self.stage.count("hosts started again")
+
+    def close(self):
+        """Its exit status. The end of its input ends it."""
+        try:
+            self.process.stdin.close()
+        except OSError:
+            pass
+        # What it still says would fill the pipe.
+        threading.Thread(target=self.process.stdout.read, daemon=True).start()
+        status = self.stage.forget(self.process)
+        self.judge_errors()
+        return status
