@@ -1,6 +1,6 @@
 """A host: one process of the program's console, given calculations over a pipe."""
+import queue
 import re
-import select
 import signal
 import threading
 
@@ -28,8 +28,18 @@ class Console:
         self.stage, self.actor = stage, actor
         self.start = lambda: stage.start(actor, place, words, clock, long=True, may_die=may_die,
                                          more={"ORLOCAL_UPDATE_SCRIPT": "yes"})
-        self.process = self.start()
         self.read_errors = 0
+        self.listen()
+
+    def listen(self):
+        self.process, self.lines = self.start(), queue.Queue()
+        threading.Thread(target=self.hear, args=(self.process.stdout, self.lines), daemon=True).start()
+
+    @staticmethod
+    def hear(stream, lines):
+        for line in stream:
+            lines.put(line)
+        lines.put("")
 
     def ask(self, calculation):
         """Its result as a text. A returned error is raised as Refused, and judged by whoever made the call."""
@@ -49,22 +59,19 @@ class Console:
                     self.stage.finding(self.actor, f"an answer to {calculation}", line)
                     return ""
                 if found[1] == "!!ERROR!!":
-                    raise Refused(calculation, self.reason())
+                    raise Refused(calculation, found[2])
                 return found[1]
         except (BrokenPipeError, OSError):
             pass
         raise Died(calculation)
 
-    def reason(self):
-        """Of the call before."""
-        return f"({self.ask('Orlo_GetLastError( \"number\" )')})"
-
     def line(self):
-        ready, _, _ = select.select([self.process.stdout], [], [], PATIENCE)
-        if not ready:
+        try:
+            return self.lines.get(timeout=PATIENCE)
+        except queue.Empty:
             self.stage.finding(self.actor, f"an answer within {PATIENCE} s", "none")
             self.process.send_signal(signal.SIGKILL)
-        return self.process.stdout.readline()
+            return ""
 
     def judge(self, refused):
         """True when the refusal is one that there may be."""
@@ -81,7 +88,7 @@ class Console:
     def again(self):
         """After it died."""
         self.close()
-        self.process = self.start()
+        self.listen()
         self.stage.count("hosts started again")
 
     def close(self):
@@ -90,8 +97,6 @@ class Console:
             self.process.stdin.close()
         except OSError:
             pass
-        # What it still says would fill the pipe.
-        threading.Thread(target=self.process.stdout.read, daemon=True).start()
         status = self.stage.forget(self.process)
         self.judge_errors()
         return status

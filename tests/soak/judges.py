@@ -11,8 +11,9 @@ MEBIBYTE = 1024 * 1024
 # What a process may gain between the second quarter of its samples and the last one: the store fills up meanwhile, and
 # what it keeps of rows in memory with it.
 MEMORY_ALLOWANCE = 6 * MEBIBYTE
-DESCRIPTOR_ALLOWANCE = 4
-FEWEST_SAMPLES = 16
+# Connections and threads that a sync has for a moment.
+DESCRIPTOR_ALLOWANCE = 8
+FEWEST_SAMPLES = 60
 # SQLite empties its log after some thousand pages unless somebody reads on; a copy of a store of this size fits in it twice.
 LOG_ALLOWANCE = 48 * MEBIBYTE
 
@@ -115,7 +116,9 @@ def told_once(ledger, lines):
     for key, ops in ledger.ops.items():
         if key in ledger.synced or key in ledger.weak:
             continue
-        owed = [op for op in ops if op.outcome == DONE and not op.within and is_owed(op, reaches)]
+        owed = [op for op in ops if op.outcome == DONE and not op.within and is_owed(op, reaches)
+                # To remove what is gone is no change.
+                and (op.becomes or None not in ledger.possible(key, op.begin, op.begin))]
         positions = {position for position, _ in told[key]}
         if len(positions) < len(owed):
             found.append(f"\"{key}\" was changed {len(owed)} times or more, and told of {len(positions)} times")

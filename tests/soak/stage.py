@@ -15,6 +15,9 @@ import servers  # noqa: E402
 FAKETIME = "/usr/lib/x86_64-linux-gnu/faketime/libfaketimeMT.so.1"
 
 
+STOP_FELT = 60  # seconds
+
+
 class Died(Exception):
     """The process was killed, or ended by itself, before it answered."""
 
@@ -61,7 +64,9 @@ class Stage:
         self.out = out
         self.begun = time.monotonic()
         self.counts = collections.Counter()
-        self.happened = set()  # kinds of trouble that there were
+        self.troubles = {}  # kind of trouble to when there was one last
+        self.alarms = []  # (title, begin and end of its save, its moment): what must ring
+        self.disturbances = []  # (begin, end, kind) of what may keep an alarm from ringing
         self.findings = []
         self.processes = {}  # pid to (actor, whether it lives long, whether it may be killed)
         self.samples = collections.defaultdict(list)  # (actor, pid) to (anonymous memory, descriptors, resident)
@@ -93,8 +98,15 @@ class Stage:
 
     def trouble(self, kind):
         with self.lock:
-            self.happened.add(kind)
+            self.troubles[kind] = time.monotonic()
             self.counts[kind] += 1
+
+    @property
+    def happened(self):
+        """The kinds of trouble that may still be felt: a process that was stopped is felt as long as others wait for it."""
+        now = time.monotonic()
+        with self.lock:
+            return {kind for kind, when in self.troubles.items() if kind != "stop" or now - when < STOP_FELT}
 
     def judge(self, actor, text, rows=expected.ROWS):
         """Lines of an error stream, or a code."""
@@ -129,10 +141,11 @@ class Stage:
             self.processes.pop(process.pid, None)
         return status
 
-    def run(self, actor, place, *words, clock=None, kill_after=None, said="", writes=False, judged=True):
+    def run(self, actor, place, *words, clock=None, kill_after=None, said="", writes=False, judged=True, more=None):
         """A command to its end: status, output, errors. The status is negative when it was killed."""
-        process = subprocess.Popen([self.program, *map(str, words)], env=self.environment(place, clock), text=True,
-                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=place.folder)
+        process = subprocess.Popen([self.program, *map(str, words)], env=self.environment(place, clock, more),
+                                   text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   cwd=place.folder)
         with self.lock:
             self.processes[process.pid] = (actor, False, False)
         out, err, killed = "", "", False
