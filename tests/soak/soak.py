@@ -162,7 +162,7 @@ class Soak:
                         self.path)
         if not self.options.short:
             ending.alarms_ring()
-            ending.server_is_asked(self.restart_sync)
+            ending.server_is_asked(self.clocks["sync"], self.restart_sync)
         else:
             time.sleep(3)
         for each in (*self.acting, *self.followers):
@@ -217,7 +217,9 @@ def table(stage):
 
 def main():
     options = words()
-    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    for number in (signal.SIGINT, signal.SIGTERM):
+        # Also where a shell has an interrupt ignored: processes that are started here would inherit that.
+        signal.signal(number, signal.default_int_handler)
     processes.adopt_orphans()
     if options.keep:
         options.keep.mkdir(parents=True)
