@@ -55,9 +55,10 @@ class Soak:
         for ledger in self.ledgers.values():
             ledger.weak.update(SHARED)
         self.groups = {}
-        clocks = pathlib.Path(FAKETIME).exists()
-        if not clocks:
-            self.stage.say("libfaketime is not installed: no clock jumps")
+        # Programs that are built with sanitizers let nothing be loaded before those.
+        clocks = pathlib.Path(FAKETIME).exists() and not options.short
+        if not clocks and not options.short:
+            self.stage.say(f"{FAKETIME} is not there: no clock jumps")
         self.clocks = {name: Clock(folder / f"clock-{name}") if clocks else None
                        for name in ("alarms", "commands", "sync", "hosts")}
         self.threads, self.acting, self.followers = [], [], []

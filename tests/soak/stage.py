@@ -33,7 +33,9 @@ class Place:
         self.password = folder / "password"
         self.password.write_text(servers.PASSWORD + "\n", encoding="utf-8")
         self.password.chmod(0o600)
-        self.environment = {"PATH": os.environ["PATH"], "HOME": str(folder), "ORLOCAL_STORE": str(self.store),
+        kept = {name: value for name, value in os.environ.items()
+                if name == "PATH" or name.endswith("SAN_OPTIONS") or name.startswith("GCOV_")}
+        self.environment = {**kept, "HOME": str(folder), "ORLOCAL_STORE": str(self.store),
                             "ORLOCAL_SETTINGS": str(folder / "orlocal.conf"), "XDG_CONFIG_HOME": str(folder / "config"),
                             "TZ": "Europe/Berlin", "LANG": "C.UTF-8", "LC_ALL": "C.UTF-8"}
 

@@ -64,6 +64,8 @@ class Troubles:
             self.send(pid, signal.SIGSTOP)
 
     def jump(self):
+        if not self.clocks:
+            return
         clock = self.chance.choice(self.clocks)
         self.set_back[clock] = time.monotonic() + self.chance.uniform(5, 60)
         self.set(clock, self.chance.choice(JUMPS))
