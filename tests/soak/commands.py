@@ -32,11 +32,11 @@ class Actor:
         kill_after = self.chance.uniform(0.001, 0.06) if self.chance.random() < KILLED else None
         return self.stage.run(self.name, self.place, *words, clock=self.clock, kill_after=kill_after, writes=writes, **more)
 
-    def changes(self, changes, *words, **more):
-        """A command that changes these keys: whether it did, its output and errors."""
+    def changes(self, changes, *words, failed=REFUSED, **more):
+        """A command that changes these keys: whether it did, its output and errors. `failed` is what a failure means."""
         ops = self.ledger.begin(changes)
         status, out, err = self.run(*words, **more)
-        outcome = DOUBTED if status < 0 else DONE if status == 0 else REFUSED
+        outcome = DOUBTED if status < 0 else DONE if status == 0 else failed
         self.ledger.end(ops, outcome)
         return outcome, out, err
 
@@ -181,7 +181,9 @@ class Importer(Actor):
         """The file's items have its version, and of `known` those that are not in it are gone."""
         changes = {title: f"v{self.version + 1}" for title in titles}
         changes |= {title: None for title in known if title not in titles}
-        outcome, _, _ = self.changes(changes, "import", self.file(name, titles), *words, writes=True)
+        # What is missing is removed after the file has come in, by a commit of its own.
+        outcome, _, _ = self.changes(changes, "import", self.file(name, titles), *words, writes=True,
+                                     failed=DOUBTED if len(changes) > len(titles) else REFUSED)
         self.stage.count("imported items", len(titles) if outcome == DONE else 0)
 
     def plain(self):

@@ -97,7 +97,7 @@ class Ending:
         _, began, ended, moment = alarm
         # What was saved too late has passed already.
         at = time.monotonic() + moment - time.time()
-        if ended > at - 1 or any(restore.end > began for restore in restores):
+        if ended > at - 1 or any(restore.begin < at + 15 and restore.end > began for restore in restores):
             return False
         return not any(begin < at + 15 and end > (at if kind == "kill" else began)
                        for begin, end, kind in self.stage.disturbances)

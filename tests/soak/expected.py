@@ -16,6 +16,7 @@ ROWS = [
     Row(r"^orlocal: keeping the accounts ", "what sync --follow says when it begins"),
     Row(r"^orlocal: the log of changes does not reach back so far", "a restore begins another log", "restore"),
     Row(r"did not become free in time", "who holds the turn to write was stopped for longer than others wait", "stop"),
+    Row(r"not everything could be read, so nothing was removed", "an import that had no turn to write removes nothing", "stop"),
     Row(r"Another sync of .* is running", "sync --follow has the account in hand"),
     Row(r"the file does not say that it is subscribed", "an export says what calendar files have no words for"),
     Row(r"has nothing to write and was left out", "a list without reminders"),

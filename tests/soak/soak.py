@@ -115,7 +115,7 @@ class Soak:
                      0.6)
         for kind, name, clock, seconds, more in (
                 (Person, "person", "commands", 0.8, {}), (Importer, "importer", None, 2.5, {"groups": self.groups}),
-                (Keeper, "keeper", "commands", 2 if self.options.short else 40, {})):
+                (Keeper, "keeper", "commands", 2 if self.options.short else 25, {})):
             self.act(kind(name, self.stage, main, ledger, self.chance(name), self.clocks[clock] if clock else None, **more),
                      seconds)
         self.act(OtherMachine("second", self.stage, self.second, self.ledgers["second"], self.chance("second")), 2)

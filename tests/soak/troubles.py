@@ -66,7 +66,8 @@ class Troubles:
     def jump(self):
         if not self.clocks:
             return
-        clock = self.chance.choice(self.clocks)
+        # While the alarms' clock is another one, nobody knows what has to ring.
+        clock = self.chance.choices(self.clocks, [1 if each is self.alarm_clock else 5 for each in self.clocks])[0]
         self.set_back[clock] = time.monotonic() + self.chance.uniform(5, 60)
         self.set(clock, self.chance.choice(JUMPS))
 
