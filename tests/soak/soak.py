@@ -71,6 +71,9 @@ class Soak:
         client = dav.Client(self.server)
         client.make_calendar("team", TEAM)
         self.path = client.calendar_titled(TEAM)
+        # It puts there what everybody changes, before the first sync.
+        self.writer = ServerWriter("server", self.stage, None, self.ledgers["server"], self.chance("server"), client=client,
+                                   path=self.path)
         for place in (self.main, self.second):
             for command in (["account", "add", self.server.origin + self.server.root, "--user", "alice", "--password-file",
                              place.password, "--name", "Work"], ["sync"], ["calendars", "new", "--reminders", "Reminders"]):
@@ -119,8 +122,7 @@ class Soak:
             self.act(kind(name, self.stage, main, ledger, self.chance(name), self.clocks[clock] if clock else None, **more),
                      seconds)
         self.act(OtherMachine("second", self.stage, self.second, self.ledgers["second"], self.chance("second")), 2)
-        self.act(ServerWriter("server", self.stage, None, self.ledgers["server"], self.chance("server"),
-                              client=dav.Client(self.server), path=self.path), 3)
+        self.act(self.writer, 3)
         self.checks = Checks(self.stage, main, ledger, self.groups)
         self.troubles = Troubles(self.stage, self.chance("troubles"), [clock for clock in self.clocks.values() if clock],
                                  self.clocks["alarms"], {"alarms-killed"})
