@@ -194,7 +194,6 @@ class Importer(Actor):
 
     def some_of(self, kind):
         known = [f"{self.name}-{kind}-{index}" for index in range(2 * FILE_ITEMS)]
-        self.groups[kind] = known
         return self.chance.sample(known, FILE_ITEMS), known
 
     def pruned(self):

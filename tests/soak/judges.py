@@ -67,11 +67,11 @@ def once_each(contents):
 
 
 def whole_or_not(groups, contents):
-    """Files come in whole or not at all: `groups` are the titles of each."""
+    """Files come in whole or not at all: `groups` are the titles of each that nothing but its import touches."""
     seen = {each.title: each.version for components in contents.values() for each in components}
-    return [f"of one file there are different versions: {sorted(versions)}"
-            for versions in ({seen.get(title) for title in titles} for titles in groups.values())
-            if len(versions - {None}) > 1]
+    return [f"of one file there are different versions: {states(versions)}"
+            for versions in ({seen.get(title) for title in titles} for titles in list(groups.values()))
+            if len(versions) > 1]
 
 
 def same_everywhere(copies):

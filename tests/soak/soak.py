@@ -94,11 +94,15 @@ class Soak:
 
         def go():
             while not self.stage.over.wait(min(chance.expovariate(self.options.pace / seconds), 10 * seconds)):
-                try:
-                    actor.step()
-                except Exception:
-                    self.stage.finding(name or actor.name, "a soak that works", traceback.format_exc())
+                self.guarded(name or actor.name, actor.step)
         self.threads.append(threading.Thread(target=go, daemon=True, name=name or actor.name))
+
+    def guarded(self, name, step):
+        """A mistake in the soak itself is found, too, and ends nothing else."""
+        try:
+            step()
+        except Exception:
+            self.stage.finding(name, "a soak that works", traceback.format_exc())
 
     def set_up(self):
         main, ledger, alarm_log = self.main, self.ledgers["main"], self.stage.folder / "logs" / "alarms"
@@ -141,7 +145,7 @@ class Soak:
         try:
             while (left := until - time.monotonic()) > 0:
                 time.sleep(min(every, left))
-                self.checks.step()
+                self.guarded("check", self.checks.step)
                 self.checks.processes_are_flat()
                 if self.stage.counts["checks"] % 5 == 0:
                     self.stage.say(f"{self.stage.counts['confirmed changes of hosts']} changes of hosts, "
@@ -149,7 +153,7 @@ class Soak:
                                    f"{len(self.stage.findings)} findings")
         except KeyboardInterrupt:
             self.stage.say("interrupted; coming to an end")
-        self.finish()
+        self.guarded("end", self.finish)
 
     def finish(self):
         self.stage.over.set()

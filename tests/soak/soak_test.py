@@ -162,6 +162,8 @@ class Judges(unittest.TestCase):
         groups = {"one": ["a", "b"]}
         self.assertEqual(judges.whole_or_not(groups, {"Work": [component("a"), component("b")]}), [])
         self.complain(judges.whole_or_not(groups, {"Work": [component("a"), component("b", "v2")]}), "v1", "v2")
+        self.complain(judges.whole_or_not(groups, {"Work": [component("a")]}), "gone", "v1")
+        self.assertEqual(judges.whole_or_not(groups, {"Work": []}), [])
 
     def test_find_what_differs_between_places(self):
         def same(*other):
