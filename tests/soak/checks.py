@@ -81,7 +81,7 @@ class Checks:
             self.tell(actor, "as much memory and as many descriptors as before", judges.is_flat(f"{actor} ({pid})", samples))
 
     def folder_is_clean(self, place, restores):
-        files = [file.name for file in place.store.parent.iterdir()]
+        files = {file.name: file.stat().st_size for file in place.store.parent.iterdir()}
         self.tell("end", "nothing left beside the store",
                   judges.folder_is_clean(place.store.name, files, restores, self.stage.killed_writers))
 

@@ -30,7 +30,7 @@ ROWS = [
 # Codes of the functions.
 CODES = [
     Row("^(9001|9059|9034|9035|9036|9013|9058)$", "what was known by its identifier went with a restore", "restore"),
-    Row("^9018$", "the occurrence, or its series, went with a restore", "restore"),
+    Row("^90(17|18|19)$", "what was open, or its calendar, went with a restore", "restore"),
     Row("^9002$", "fewer occurrences than before a restore", "restore"),
     Row("^90(17|18|19|22|78|79)$", "who holds the turn to write was stopped for longer than others wait", "stop"),
 ]

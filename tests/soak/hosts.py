@@ -178,9 +178,7 @@ class CurrentHost(Host):
         self.ask(f'Orlo_SetProperty("event";"location";"v{item.version}")')
         if self.chance.random() < 0.2:
             self.ask('Orlo_AddAlarm("event";"";"display";"";-600;"")')
-        # Changed occurrences take over what they had not changed themselves.
-        self.tried({item.key: f"v{item.version}", **dict.fromkeys(item.parts, ANY)}, 'Orlo_SaveItem("event";"all")',
-                   within=item.parts)
+        self.tried({item.key: f"v{item.version}"}, 'Orlo_SaveItem("event";"all")')
 
     def open_occurrence(self, item, at):
         """The occurrence of that number of a series that nobody split or changed."""

@@ -174,7 +174,10 @@ def folder_is_bounded(sizes):
 
 
 def folder_is_clean(store, files, kept_copies, drafts):
-    """What lies beside a store that nobody uses: `kept_copies` of restores and `drafts` of killed programs at most."""
+    """What lies beside a store that nobody uses: `kept_copies` of restores and `drafts` of killed programs at most.
+
+    `files` are names and sizes. The log may be there when nothing is in it.
+    """
     found = []
     copies = [file for file in files if file.startswith(f"{store}.before-restore-")]
     half = [file for file in files if file.startswith(".orlocal-") and file.endswith(".part")]
@@ -183,4 +186,6 @@ def folder_is_clean(store, files, kept_copies, drafts):
     if len(half) > drafts:
         found.append(f"{len(half)} drafts were left, and {drafts} programs killed that write some: {half[:3]}")
     known = {store, f"{store}-bell", f"{store}-sync", *copies, *half}
+    if files.get(f"{store}-wal") == 0:
+        known |= {f"{store}-wal", f"{store}-shm"}
     return found + [f"{file} was left beside the store" for file in files if file not in known]

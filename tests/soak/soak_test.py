@@ -225,9 +225,12 @@ class Judges(unittest.TestCase):
     def test_find_a_log_that_grows_and_what_is_left_beside_the_store(self):
         self.assertEqual(judges.folder_is_bounded({"c.db": 10 ** 9, "c.db-wal": 10 ** 6}), [])
         self.complain(judges.folder_is_bounded({"c.db-wal": 10 ** 9}), "c.db-wal")
-        good = ["c.db", "c.db-bell", "c.db-sync", "c.db.before-restore-1", ".orlocal-1.part"]
+        good = dict.fromkeys(["c.db", "c.db-bell", "c.db-sync", "c.db.before-restore-1", ".orlocal-1.part"], 7)
         self.assertEqual(judges.folder_is_clean("c.db", good, 1, 1), [])
-        self.complain(judges.folder_is_clean("c.db", [*good, "c.db-wal"], 1, 1), "c.db-wal was left")
+        self.assertEqual(judges.folder_is_clean("c.db", {**good, "c.db-wal": 0, "c.db-shm": 7}, 1, 1), [])
+        self.complain(judges.folder_is_clean("c.db", {**good, "c.db-wal": 7}, 1, 1), "c.db-wal was left")
+        self.complain(judges.folder_is_clean("c.db", {**good, "c.db-shm": 7}, 1, 1), "c.db-shm was left")
+        self.complain(judges.folder_is_clean("c.db", {**good, "c.ics": 7}, 1, 1), "c.ics was left")
         self.complain(judges.folder_is_clean("c.db", good, 0, 1), "1 copies")
         self.complain(judges.folder_is_clean("c.db", good, 1, 0), "1 drafts")
 
