@@ -37,7 +37,9 @@ bool isWorthWriting(const AccountState& before, const AccountState& after) {
   compared.lastTry = before.lastTry;
   compared.lastSuccess = before.lastSuccess;
   if (compared.text() != before.text() || !before.lastSuccess) { return true; }
-  return after.lastSuccess && *after.lastSuccess - *before.lastSuccess >= kTellsEvery;
+  // A moment that lies ahead, of a clock that was set back since, gives way at once.
+  return after.lastSuccess &&
+         (*after.lastSuccess < *before.lastSuccess || *after.lastSuccess - *before.lastSuccess >= kTellsEvery);
 }
 
 }  // namespace
@@ -153,9 +155,9 @@ Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transp
   return report;
 }
 
-store::Moment nextTry(const Account& account, double part) {
+store::Moment nextTry(const Account& account, store::Moment now, double part) {
   const AccountState& state = account.state;
-  if (!state.lastTry) { return {}; }
+  if (!state.lastTry || *state.lastTry > now) { return {}; }
   const bool subscription = account.settings.kind == AccountSettings::Kind::kSubscription;
   seconds interval = subscription ? kUsualSubscriptionInterval : kUsualInterval;
   if (subscription && state.wishedInterval) { interval = *state.wishedInterval; }

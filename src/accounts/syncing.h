@@ -46,7 +46,7 @@ Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transp
 
 /// When the account is to be looked at next: after what its owner or server wished, later and later while it fails, by
 /// a part that differs from machine to machine, so that a server that comes back is not met by all at once. `part` is
-/// from 0 to 1.
-store::Moment nextTry(const Account& account, double part);
+/// from 0 to 1. A try that lies ahead of `now` was noted before the clock was set back, and holds up nothing.
+store::Moment nextTry(const Account& account, store::Moment now, double part);
 
 }  // namespace orlocal::accounts

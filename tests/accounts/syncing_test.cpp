@@ -29,10 +29,10 @@ Account tried(int failures, AccountSettings::Kind kind = AccountSettings::Kind::
 }
 
 seconds waitOf(const Account& account, double part = 0) {
-  return std::chrono::duration_cast<seconds>(nextTry(account, part) - kTried);
+  return std::chrono::duration_cast<seconds>(nextTry(account, kTried, part) - kTried);
 }
 
-TEST(NextTry, IsAtOnceForWhatWasNeverTried) { EXPECT_LT(nextTry(accountNamed("Work"), 1), kTried); }
+TEST(NextTry, IsAtOnceForWhatWasNeverTried) { EXPECT_LT(nextTry(accountNamed("Work"), kTried, 1), kTried); }
 
 TEST(NextTry, ComesEachMinuteAndOfSubscriptionsEachSixHours) {
   EXPECT_EQ(waitOf(tried(0)), minutes(1));
@@ -73,6 +73,13 @@ TEST(NextTry, IsSpreadByAQuarterOfTheWait) {
   EXPECT_EQ(waitOf(tried(0), 1), seconds(75));
   EXPECT_EQ(waitOf(tried(0), 0.5), std::chrono::duration_cast<seconds>(minutes(1) * 1.125));
   EXPECT_EQ(waitOf(tried(4), 1), minutes(10));
+}
+
+TEST(NextTry, IsAtOnceWhenTheClockWasSetBackBehindTheLastOne) {
+  Account account = tried(1);
+  account.state.notBefore = kTried + hours(2);
+  const store::Moment before = kTried - hours(5);
+  EXPECT_LE(nextTry(account, before, 1), before);
 }
 
 class LockOfASync : public store::StoreTest {};
@@ -147,6 +154,17 @@ TEST_F(SyncNow, WritesNothingForAWhileWhenNothingIsNew) {
   sync();
   EXPECT_GT(commits(), 0);
   EXPECT_EQ(kept().lastSuccess, clock.now());
+}
+
+TEST_F(SyncNow, WritesAnEarlierMomentOnceTheClockWasSetBack) {
+  sync();
+  clock.goOn(-hours(5));
+  sync();
+  EXPECT_EQ(kept().lastSuccess, clock.now());
+  commits();
+  clock.goOn(minutes(1));
+  sync();
+  EXPECT_EQ(commits(), 0);
 }
 
 TEST_F(SyncNow, IsNotTriedBeforeTheServerWantsIt) {

@@ -30,7 +30,8 @@ bool names(const std::vector<std::string>& list, std::string_view name) {
   return std::find(list.begin(), list.end(), name) != list.end();
 }
 
-Choice choose(const Fields& base, const Fields& theirs, const Fields& mine, const Fields& sent, bool hasBase) {
+Choice choose(const Fields& base, const Fields& theirs, const Fields& mine, const std::optional<Fields>& sent,
+              bool hasBase) {
   std::set<std::string, std::less<>> all;
   for (const Fields* fields : {&base, &theirs, &mine}) {
     for (const auto& [field, lines] : *fields) { all.insert(field); }
@@ -40,8 +41,8 @@ Choice choose(const Fields& base, const Fields& theirs, const Fields& mine, cons
     const auto& ours = linesOf(mine, field);
     const auto& server = linesOf(theirs, field);
     const auto& before = linesOf(base, field);
-    if (ours == server || (hasBase && ours == before)) { continue; }
-    const bool asSent = !server.empty() && server == linesOf(sent, field);
+    const bool asSent = sent && server == linesOf(*sent, field);
+    if (ours == server || (hasBase && !asSent && ours == before)) { continue; }
     const bool onlyOurs = asSent || (hasBase ? server == before : server.empty());
     (onlyOurs ? choice.mine : choice.conflicts).push_back(field);
   }
@@ -150,7 +151,9 @@ class Merge {
       return;
     }
     const Fields before = fieldsOf(base), server = fieldsOf(theirs), ours = fieldsOf(mine);
-    Choice choice = choose(before, server, ours, fieldsOf(partOf(m_sent, key)), base != nullptr);
+    const Item* sentPart = partOf(m_sent, key);
+    const auto sent = sentPart != nullptr ? std::optional(fieldsOf(sentPart)) : std::nullopt;
+    Choice choice = choose(before, server, ours, sent, base != nullptr);
     std::erase_if(choice.mine, [&](const std::string& field) { return !mayTake(field, key); });
     if (m_timesClash) {
       for (const std::string_view field : {kTimeField, kRepetitionField, kExceptionsField}) {

@@ -146,8 +146,12 @@ Answer<void> TakingIn::findMine(Arrival& arrival) {
 Answer<void> TakingIn::removedHere(Arrival& arrival) {
   Resource& resource = arrival.resource;
   const ServerText before = ServerText::read(resource.text, resource.key);
-  if (before.item() && saysTheSame(*before.item(), *arrival.theirs.item())) {
-    // Nothing happened to it there: it is still to be removed.
+  const ServerText sent = ServerText::read(resource.sent.value_or(""), resource.key);
+  const auto isTheirs = [&](const ServerText& known) {
+    return known.item() && saysTheSame(*known.item(), *arrival.theirs.item());
+  };
+  if (isTheirs(before) || isTheirs(sent)) {
+    // Nothing happened to it there but what we sent: it is still to be removed.
     resource.text = arrival.text.text;
     ORLOCAL_STORE_CHECK(arrival.writer.remotes().put(resource));
     return {};
@@ -169,7 +173,9 @@ Answer<void> TakingIn::merge(Arrival& arrival) {
   Resource& resource = arrival.resource;
   const ServerText before = ServerText::read(resource.text, resource.key);
   const ServerText sent = ServerText::read(resource.sent.value_or(""), resource.key);
-  const auto& base = before.item() ? before.item() : sent.item();
+  // What we sent and the server has is where both go on from: what was taken back here since is a change.
+  const bool hasOurs = sent.item() && saysTheSame(*sent.item(), *arrival.theirs.item());
+  const auto& base = before.item() && !hasOurs ? before.item() : sent.item();
   const bool cut = arrival.theirs.isCut() || !arrival.mine->cutOff.empty();
   if (cut && base && saysTheSame(*base, *arrival.theirs.item())) {
     resource.text = arrival.text.text;

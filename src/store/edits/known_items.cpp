@@ -42,6 +42,11 @@ class Targets {
   CalendarId m_lastId = 0;
 };
 
+/// Whether a calendar text has the stored moment as the one given: it has no fractions of seconds.
+bool isTextOf(const std::optional<Moment>& stored, const std::optional<Moment>& given) {
+  return stored && given && std::chrono::floor<std::chrono::seconds>(*stored) == *given;
+}
+
 }  // namespace
 
 void identifyAs(const Item& stored, Item& given) {
@@ -52,10 +57,12 @@ void identifyAs(const Item& stored, Item& given) {
 
 bool differs(const Item& stored, const Item& given) {
   if (stored == given) { return false; }
-  if (!stored.stamped || !given.stamped || stored.stamped == given.stamped) { return true; }
-  Item stampedAlike = given;
-  stampedAlike.stamped = stored.stamped;
-  return !(stored == stampedAlike);
+  Item alike = given;
+  if (stored.stamped && given.stamped) { alike.stamped = stored.stamped; }
+  for (const auto moment : {&Item::created, &Item::modified, &Item::completed}) {
+    if (isTextOf(stored.*moment, given.*moment)) { alike.*moment = stored.*moment; }
+  }
+  return !(stored == alike);
 }
 
 Status KnownItems::lookAhead(const Announcement& announcement) {

@@ -30,7 +30,8 @@ struct Standing {
 /// Gives the item that is to be put the identifiers of the stored one that it stands for.
 void identifyAs(const Item& stored, Item& given);
 /// Whether more than a stamp is to be written to make the stored item the one given, which bears its identifiers: many
-/// write a new stamp into every file, whether the item changed or not.
+/// write a new stamp into every file, whether the item changed or not. Nor does it differ by the fraction of a second
+/// of its other moments, which it loses on its way through a calendar text.
 bool differs(const Item& stored, const Item& given);
 
 /// What the store knows of the items that a large change puts. What is announced is looked at before the turn to write

@@ -119,6 +119,86 @@ TEST_F(AccountSync, MergesChangesOfDifferentFields) {
   EXPECT_EQ(machine->items("Team").at("Dinner").location, "Here");
 }
 
+/// Somebody here goes on while a sync sends what was changed before.
+class Meanwhile : public SyncTest {
+ protected:
+  void SetUp() override {
+    SyncTest::SetUp();
+    server.putAs(url("1.ics"), eventText("one", "Lunch", "LOCATION:Here\r\n"));
+    synced();
+  }
+  void retitle(const std::string& title) {
+    store::Item item = machine->items("Team").begin()->second;
+    item.title = title;
+    machine->save(item);
+  }
+  void remove(const std::string& title) {
+    ASSERT_TRUE(machine->people->removeEvent(machine->items("Team").at(title), std::nullopt, store::Span::kAll));
+  }
+  /// Syncs; once the server was told of a change, and before it is asked for anything else, this is done here.
+  void syncedWith(const std::function<void()>& change) {
+    bool wasPut = false;
+    server.beforeEach = [&](const HttpRequest& request) {
+      if (wasPut) { std::exchange(pending, nullptr)(); }
+      wasPut = request.method == "PUT" && pending;
+    };
+    pending = change;
+    synced();
+    server.beforeEach = {};
+    EXPECT_FALSE(pending);
+    synced();
+    EXPECT_THAT(machine->conflicts(), IsEmpty());
+  }
+  std::string there() { return server.itemAt(url("1.ics"))->text; }
+
+  std::function<void()> pending;
+};
+
+TEST_F(Meanwhile, TakesBackAChangeThatWasSent) {
+  retitle("Dinner");
+  syncedWith([&] { retitle("Lunch"); });
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("Lunch"));
+  EXPECT_THAT(there(), HasSubstr("SUMMARY:Lunch"));
+}
+
+TEST_F(Meanwhile, TakesBackAFieldThatWasSentWhereAnotherIsChangedThere) {
+  retitle("Dinner");
+  syncedWith([&] {
+    retitle("Lunch");
+    server.putAs(url("1.ics"), eventText("one", "Dinner", "LOCATION:There\r\n"));
+  });
+  EXPECT_EQ(machine->items("Team").at("Lunch").location, "There");
+  EXPECT_THAT(there(), AllOf(HasSubstr("SUMMARY:Lunch"), HasSubstr("LOCATION:There")));
+}
+
+TEST_F(Meanwhile, PutsBackAPlaceWhoseRemovalWasSent) {
+  store::Item item = machine->items("Team").at("Lunch");
+  item.location.reset();
+  machine->save(item);
+  syncedWith([&] {
+    item = machine->items("Team").at("Lunch");
+    item.location = "Here";
+    machine->save(item);
+    server.putAs(url("1.ics"), eventText("one", "Late lunch"));
+  });
+  EXPECT_EQ(machine->items("Team").at("Late lunch").location, "Here");
+  EXPECT_THAT(there(), AllOf(HasSubstr("SUMMARY:Late lunch"), HasSubstr("LOCATION:Here")));
+}
+
+TEST_F(Meanwhile, RemovesWhatWasChangedAndSent) {
+  retitle("Dinner");
+  syncedWith([&] { remove("Dinner"); });
+  EXPECT_THAT(machine->titles("Team"), IsEmpty());
+  EXPECT_EQ(server.itemCount(team), 0u);
+}
+
+TEST_F(Meanwhile, RemovesWhatWasMadeAndSent) {
+  machine->save(newEvent("Breakfast"));
+  syncedWith([&] { remove("Breakfast"); });
+  EXPECT_THAT(machine->titles("Team"), ElementsAre("Lunch"));
+  EXPECT_EQ(server.itemCount(team), 1u);
+}
+
 /// Both sides changed one field of one item.
 class Conflict : public SyncTest {
  protected:

@@ -55,6 +55,26 @@ TEST_F(Writer, SaysWhatBecameOfAnItem) {
   EXPECT_THAT(everything(), ElementsAre("2026-11-02 09:00 other"));
 }
 
+TEST_F(Writer, TakesMomentsAsACalendarTextHasThemForTheStoredOnes) {
+  Item item = single();
+  item.created = item.modified = item.stamped = at("2026-11-01 10:00") + std::chrono::microseconds(123456);
+  put(item);
+  Item text = item;
+  text.created = text.modified = text.stamped = at("2026-11-01 10:00");
+  EXPECT_EQ(put(text), PutOutcome::kUnchanged);
+  EXPECT_EQ(read(item.id).modified, item.modified);
+  text.modified = at("2026-11-01 10:01");
+  EXPECT_EQ(put(text), PutOutcome::kUpdated);
+}
+
+TEST_F(Writer, TakesNoOtherFractionOfASecondForTheStoredOne) {
+  Item item = single();
+  item.modified = at("2026-11-01 10:00") + std::chrono::microseconds(123456);
+  put(item);
+  item.modified = at("2026-11-01 10:00") + std::chrono::microseconds(123457);
+  EXPECT_EQ(put(item), PutOutcome::kUpdated);
+}
+
 TEST_F(Writer, LeavesNoTraceWithoutACommit) {
   {
     auto writer = std::move(*store->startWriting());

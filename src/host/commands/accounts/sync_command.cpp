@@ -133,7 +133,10 @@ class OneRound {
 };
 
 /// A subscription whose time has not come is left alone, unless it is named.
-bool isDue(const Account& account) { return !isSubscription(account) || nextTry(account, 0) <= store::now(); }
+bool isDue(const Account& account) {
+  const auto now = store::now();
+  return !isSubscription(account) || nextTry(account, now, 0) <= now;
+}
 
 Result<ExitStatus> syncOnce(std::vector<Account> chosen, bool named, CommandContext& context) {
   if (chosen.empty() && !context.options.json) {

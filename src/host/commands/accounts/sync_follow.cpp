@@ -140,7 +140,8 @@ class Follower {
   }
 
   steady_clock::time_point whenNext(const Account& account) const {
-    const auto wait = nextTry(account, m_part) - store::now();
+    const auto now = store::now();
+    const auto wait = nextTry(account, now, m_part) - now;
     return steady_clock::now() + std::min<std::chrono::microseconds>(wait, std::chrono::hours(24 * 8));
   }
 
