@@ -1,5 +1,6 @@
 """Hosts: processes that load the plug-in and live as long as they may, each with calendars and items of its own."""
 import datetime
+import signal
 
 from calendar_files import calendar, event
 from console import Console, Refused
@@ -25,7 +26,7 @@ class Host:
 
     def __init__(self, name, stage, place, ledger, chance, clock=None, may_die=True):
         self.name, self.stage, self.place, self.ledger, self.chance = name, stage, place, ledger, chance
-        self.items, self.number = [], 0
+        self.items, self.number, self.may_die = [], 0, may_die
         self.own = f"{name} calendar"
         self.console = Console(stage, name, place, self.words, clock, may_die)
         self.make_calendar(self.own)
@@ -52,7 +53,8 @@ class Host:
 
     def close(self):
         status = self.console.close()
-        if status < 0:
+        # The last kill may have come after its last step.
+        if status < 0 and not (self.may_die and status == -signal.SIGKILL):
             self.stage.finding(self.name, "an exit status at the end of its input", f"signal {-status}")
 
     def tried(self, changes, calculation, within=()):

@@ -89,16 +89,20 @@ class Ledger:
     def possible(self, key, begin, end):
         """The states of which one stood at some moment from `begin` to `end`."""
         with self.lock:
-            return self._possible(key, begin, end)
+            return self._possible(key, begin, end, {})
 
-    def _possible(self, key, begin, end):
+    def _possible(self, key, begin, end, known):
+        """`known` are the answers for backups: each restore asks for those before it, too."""
         ops = [op for op in self.ops.get(key, []) if op.counts and op.begin < end]
         states, since = {None}, -math.inf
         for restore in self.restores:
             if restore.begin >= end or restore.outcome == REFUSED:
                 continue
             before = fold(states, [op for op in ops if op.begin >= since and op.end <= restore.begin], restore.begin)
-            back = self._possible(key, restore.backup.begin, restore.backup.end)
+            span = restore.backup.begin, restore.backup.end
+            if span not in known:
+                known[span] = self._possible(key, *span, known)
+            back = known[span]
             settled = restore.outcome == DONE and restore.end <= begin
             meanwhile = [op for op in ops if op.begin < restore.end and op.end > restore.begin]
             states = back if settled else back | before

@@ -89,6 +89,13 @@ class Possible(unittest.TestCase):
         self.book.restore(7, 8, (3, 3.2))
         self.assertEqual(self.book.possible(10), {"v1", "v3"})
 
+    def test_is_told_of_many_restores(self):
+        """Without an end if each asked for all before it anew."""
+        for number in range(60):
+            self.book.op(10 * number, 10 * number + 1, "a", f"v{number}")
+            self.book.restore(10 * number + 7, 10 * number + 8, (10 * number + 3, 10 * number + 4))
+        self.assertEqual(self.book.possible(1000), {"v59"})
+
     def test_is_either_when_a_restore_was_killed_and_the_former_when_it_was_refused(self):
         self.book.op(1, 2, "a", "v1")
         self.book.op(5, 6, "a", "v2")
