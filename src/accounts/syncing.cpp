@@ -130,6 +130,7 @@ SyncReport joined(const SyncReport& first, SyncReport second) {
 Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transport& transport, const Clock& clock,
                            const SyncOptions& options) {
   const AccountState before = account.state;
+  ORLOCAL_TRY(const auto began, store.newestChange());
   SyncReport report = syncOnce(store, account, transport, clock, options);
   // Servers close connections that were kept just when the next request comes, and leave open whether it was done. The
   // next look shows that, so it comes at once, and once.
@@ -149,6 +150,12 @@ Result<SyncReport> syncNow(store::CalendarStore& store, Account& account, Transp
     state.trouble.reset();
     state.failures = 0;
     state.lastSuccess = state.lastTry;
+  }
+  // What a server said of a subscription's text is nothing to a store that was put in this one's place meanwhile.
+  ORLOCAL_TRY(const bool isTheSame, store.reachesBackTo(began));
+  if (!isTheSame) {
+    state.etag.clear();
+    state.lastModified.clear();
   }
   const bool interrupted = report.failure && report.failure->trouble == Trouble::kInterrupted;
   if (!interrupted && isWorthWriting(before, state)) { ORLOCAL_CHECK(AccountBook(store).saveState(account)); }

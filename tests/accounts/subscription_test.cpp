@@ -1,11 +1,15 @@
 #include "accounts/subscription.h"
 
 #include <fstream>
+#include <functional>
+#include <utility>
 
 #include <gmock/gmock.h>
 
 #include "accounts/face_fixture.h"
 #include "accounts/scripted_transport.h"
+#include "accounts/syncing.h"
+#include "store/backup.h"
 
 namespace orlocal::accounts {
 namespace {
@@ -114,6 +118,36 @@ TEST_F(Subscription, LeavesEverythingWhenTheServerSaysThatNothingHasChanged) {
   EXPECT_EQ(sentHeader(transport.asked.front(), "If-Modified-Since"), "Mon, 02 Nov 2026 08:00:00 GMT");
   EXPECT_THAT(titles(), ElementsAre("Day 1"));
   EXPECT_EQ(account.state.etag, "\"7\"");
+}
+
+/// Somebody restores a backup while the server is asked.
+class AskedWhileRestoring final : public Transport {
+ public:
+  AskedWhileRestoring(Transport& transport, std::function<void()> restore)
+      : m_transport(transport), m_restore(std::move(restore)) {}
+  Answer<HttpResponse> send(const HttpRequest& request) override {
+    m_restore();
+    return m_transport.send(request);
+  }
+
+ private:
+  Transport& m_transport;
+  std::function<void()> m_restore;
+};
+
+TEST_F(Subscription, IsFetchedAnewAfterABackupWasRestoredBesideIt) {
+  subscribedTo(holiday("1"), "", {{"ETag", "\"7\""}});
+  const auto backup = folder / "kept.db";
+  const auto refused = store::ExistingFile::kIsRefused;
+  ASSERT_TRUE(store::backUpStore(options().file, backup, refused, std::chrono::seconds(1)));
+  transport = ScriptedTransport();
+  transport.on(kGet, 200, feed(holiday("1") + holiday("2")), {{"ETag", "\"8\""}});
+  AskedWhileRestoring asked(transport, [&] { EXPECT_TRUE(store::restoreStore(options(), backup)); });
+  ASSERT_TRUE(syncNow(*store, account, asked, clock, {}));
+  EXPECT_EQ(AccountBook(*store).named("Days")->state.etag, "");
+  ASSERT_TRUE(syncNow(*store, account, transport, clock, {}));
+  EXPECT_EQ(AccountBook(*store).named("Days")->state.etag, "\"8\"");
+  EXPECT_THAT(titles(), ElementsAre("Day 1", "Day 2"));
 }
 
 TEST_F(Subscription, KeepsItsLastStateWhenWhatComesIsNoCalendar) {

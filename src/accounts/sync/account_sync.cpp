@@ -29,13 +29,14 @@ Answer<void> passed(SyncContext& context, MirroredCalendar& calendar, Answer<voi
   if (state.trouble == trouble) { return {}; }
   state.trouble = trouble;
   calendar.mirror.state = state.text();
-  ORLOCAL_STORE_TRY(const auto writer, context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, context.startWriting());
   ORLOCAL_STORE_CHECK(writer->remotes().put(calendar.mirror));
   ORLOCAL_STORE_CHECK(writer->commit());
   return {};
 }
 
 Answer<void> run(SyncContext& context) {
+  ORLOCAL_STORE_TRY(context.position, context.store.newestChange());
   ORLOCAL_STORE_CHECK(noteLocalChanges(context.store));
   ORLOCAL_TRY(auto both, CalendarList(context).run());
   std::vector<store::Mirror> mirrors;

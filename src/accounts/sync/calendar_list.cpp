@@ -160,7 +160,7 @@ Answer<void> CalendarList::agree(Mirror& mirror, const RemoteCalendar& remote, c
   changed.readOnly = !state.writable;
   const std::string text = state.text();
   if (changed == here && text == mirror.state && mirror.url == remote.url) { return sent; }
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   mirror.state = text;
   mirror.url = remote.url;
   ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
@@ -184,7 +184,7 @@ Answer<Mirror> CalendarList::makeHere(const RemoteCalendar& remote) {
   calendar.color = state.agreed.color;
   calendar.order = state.agreed.order;
   calendar.readOnly = !state.writable;
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_CHECK(writer->makeCalendar(calendar));
   Mirror mirror{0, m_context.source, calendar.id, remote.url, state.text()};
   ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
@@ -207,7 +207,7 @@ Answer<Mirror> CalendarList::intend(const Calendar& calendar) {
         items.push_back(main.id);
         return Status();
       }));
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_CHECK(writer->remotes().put(mirror));
   for (const store::ItemId item : items) { ORLOCAL_STORE_CHECK(writer->remotes().noteUnsent(item)); }
   ORLOCAL_STORE_CHECK(writer->commit());
@@ -236,7 +236,7 @@ Answer<void> CalendarList::removeThere(const Mirror& mirror) {
   auto removed = m_context.server.removeCalendar(mirror.url);
   if (!removed && !ofTheCalendar(removed.error().trouble)) { return removed; }
   // Where it may not be removed it comes back with the next list.
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_CHECK(writer->remotes().removeMirror(mirror.id));
   ORLOCAL_STORE_CHECK(writer->commit());
   if (!removed && removed.error().trouble != Trouble::kNotFound) { return removed; }
@@ -257,7 +257,7 @@ Answer<void> CalendarList::lookAfter(const Mirror& mirror, const Calendar& here,
 }
 
 Answer<void> CalendarList::removeHere(const Mirror& mirror) {
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_TRY(const auto unsent, writer->remotes().unsent());
   bool holdsUnsent = false;
   for (const store::ItemId item : unsent) {

@@ -214,7 +214,7 @@ Answer<void> Fetching::followName(const RemoteText& text) {
   if (absent == m_absent.end()) { return {}; }
   const auto old = m_context.server.text(m_known.at(absent->second).url);
   if (old || old.error().trouble != Trouble::kNotFound) { return {}; }
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_TRY(auto resource, writer->remotes().resource(m_mirror.id, absent->second));
   if (!resource) { return {}; }
   resource->key = key;
@@ -236,7 +236,7 @@ Answer<void> Fetching::remember(const News& news) {
   m_state.trouble.clear();
   m_state.settled = quiet && same && now - *m_state.asOf >= kSettlesAfter;
   m_mirror.state = m_state.text();
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_CHECK(writer->remotes().put(m_mirror));
   ORLOCAL_STORE_CHECK(writer->commit());
   return {};

@@ -113,7 +113,7 @@ Answer<void> Sending::one(ItemId item) {
 }
 
 Answer<Sending::Task> Sending::plan(ItemId item) {
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_TRY(Task task, planned(*writer, item));
   if (task.kind == Task::Kind::kNothing) { ORLOCAL_STORE_CHECK(writer->remotes().forgetUnsent(item)); }
   if (task.kind != Task::Kind::kLeave) { ORLOCAL_STORE_CHECK(writer->commit()); }
@@ -236,7 +236,7 @@ Answer<void> Sending::update(Task& task) {
 
 Answer<void> Sending::wasWritten(Task& task, const Written& written) {
   Resource& resource = task.resource;
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   resource.etag = written.etag;
   if (!written.url.empty()) {
     resource.url = written.url;
@@ -267,7 +267,7 @@ Answer<void> Sending::remove(Task& task) {
       return {};
     }
   }
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_CHECK(writer->remotes().removeResource(task.resource.id));
   if (!task.goesOn) { ORLOCAL_STORE_CHECK(writer->remotes().forgetUnsent(task.item)); }
   ORLOCAL_STORE_CHECK(writer->commit());
@@ -290,7 +290,7 @@ Answer<void> Sending::refused(Task& task, const ServerFailure& failure) {
   if (failure.trouble == Trouble::kForbidden) { return TakingIn(m_context, *task.mirror).putBack(task.resource.key); }
   const bool clash = failure.trouble == Trouble::kClash;
   if (failure.trouble == Trouble::kLocked || (clash && task.kind != Task::Kind::kCreate)) { return {}; }
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   if (clash) {
     // The next look at the server shows under which name it has it; until then it stays unsent.
     ORLOCAL_STORE_CHECK(writer->remotes().removeResource(task.resource.id));

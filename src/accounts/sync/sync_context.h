@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "accounts/dav/calendar_server.h"
@@ -24,6 +25,13 @@ struct SyncContext {
   const std::atomic<bool>* stop = nullptr;
   /// Told what is done now, for who watches: "Team: 200 of 10,000".
   std::function<void(const std::string&)> progress;
+
+  /// Where the log stood when this sync began, or wrote last.
+  store::LogPosition position = {};
+
+  /// A turn to write. Refused when the store that this sync began with is no longer there, as when somebody restores a
+  /// backup: what is known of the server by now is not what that one holds, and the next sync goes by what it does.
+  Result<std::unique_ptr<store::ItemWriter>> startWriting();
 
   bool stopped() const { return stop != nullptr && stop->load(); }
 };

@@ -32,7 +32,7 @@ std::string titleOf(const store::WholeItem& item) { return item.main.title.value
 
 Answer<void> TakingIn::texts(std::span<const RemoteText> texts) {
   if (texts.empty()) { return {}; }
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   for (const RemoteText& text : texts) { ORLOCAL_CHECK(takeIn(*writer, text)); }
   ORLOCAL_STORE_CHECK(writer->commit());
   return {};
@@ -40,14 +40,14 @@ Answer<void> TakingIn::texts(std::span<const RemoteText> texts) {
 
 Answer<void> TakingIn::missing(std::span<const std::string> keys) {
   if (keys.empty()) { return {}; }
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   for (const std::string& key : keys) { ORLOCAL_CHECK(gone(*writer, key)); }
   ORLOCAL_STORE_CHECK(writer->commit());
   return {};
 }
 
 Answer<void> TakingIn::putBack(const std::string& key) {
-  ORLOCAL_STORE_TRY(const auto writer, m_context.store.startWriting());
+  ORLOCAL_STORE_TRY(const auto writer, m_context.startWriting());
   ORLOCAL_STORE_TRY(const auto resource, writer->remotes().resource(m_mirror.id, key));
   if (!resource) { return {}; }
   const ServerText theirs = ServerText::read(resource->text, key);

@@ -305,6 +305,11 @@ Result<PutOutcome> ItemWriter::putContact(Contact& contact) {
   return m_contacts.put(contact, m_core.uuids, m_core.log);
 }
 
+Result<bool> ItemWriter::comesAfter(const LogPosition& before) {
+  ORLOCAL_TRY(const std::int64_t oldest, m_core.log.oldest());
+  return before.file == m_core.fileNumber() && oldest <= before.row + 1;
+}
+
 Status ItemWriter::commit() { return m_turn.commit(); }
 
 }  // namespace orlocal::store

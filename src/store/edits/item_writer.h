@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "store/core/outside_commits.h"
 #include "store/core/store_core.h"
 #include "store/edits/announcement.h"
 #include "store/edits/known_items.h"
@@ -83,6 +84,12 @@ class ItemWriter {
   /// Writes a contact, found again by its identifier; an empty identifier is filled in with a new one.
   Result<PutOutcome> putContact(Contact& contact);
 
+  /// Where the log stands as this turn begins, without what it records itself.
+  LogPosition position() const { return m_position; }
+  /// Whether this is the store in which the log stood there, and it knows all that came after: not when another file
+  /// took its place or a backup was restored since.
+  Result<bool> comesAfter(const LogPosition& before);
+
   /// All of it is on disk when this returns without a failure.
   Status commit();
 
@@ -91,6 +98,7 @@ class ItemWriter {
       : m_core(core),
         m_turn(std::move(turn)),
         m_known(std::move(known)),
+        m_position{.row = core.log.last(), .file = core.fileNumber()},
         m_contacts(core.database),
         m_remotes(core.database),
         m_titles(core.calendars) {}
@@ -109,6 +117,7 @@ class ItemWriter {
   StoreCore& m_core;
   WriteTurn m_turn;
   KnownItems m_known;
+  LogPosition m_position;
   ContactRows m_contacts;
   RemoteRows m_remotes;
   CalendarTitles m_titles;

@@ -2,6 +2,7 @@
 
 #include "accounts/sync/conflict_choice.h"
 #include "accounts/sync/sync_fixture.h"
+#include "store/backup.h"
 
 namespace orlocal::accounts {
 namespace {
@@ -131,6 +132,38 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair(MemoryServer::Fault::When::kBefore, 503), std::pair(MemoryServer::Fault::When::kBefore, 507),
         std::pair(MemoryServer::Fault::When::kBefore, 409), std::pair(MemoryServer::Fault::When::kBefore, 412),
         std::pair(MemoryServer::Fault::When::kBefore, 423), std::pair(MemoryServer::Fault::When::kAfter, 412)));
+
+/// Somebody restores a backup while the sync goes on that carries over what the backup has, too.
+class RestoreAtEachRequest : public Faults {
+ protected:
+  /// Whether the sync came so far.
+  bool tryAt(int nth) {
+    begin();
+    EXPECT_FALSE(machine->sync().failure);
+    changeBothSides();
+    const auto backup = folder / "kept.db";
+    EXPECT_TRUE(store::backUpStore(options().file, backup, store::ExistingFile::kIsRefused, std::chrono::seconds(1)));
+    int requests = 0;
+    server->beforeEach = [&](const HttpRequest&) {
+      if (++requests == nth) { EXPECT_TRUE(store::restoreStore(options(), backup)); }
+    };
+    machine->sync();
+    server->beforeEach = {};
+    syncToTheEnd();
+    return requests >= nth;
+  }
+};
+
+TEST_F(RestoreAtEachRequest, LeavesBothSidesAlike) {
+  int nth = 1;
+  for (bool reached = true; reached && nth < kMostRequests && !HasFailure(); ++nth) {
+    SCOPED_TRACE("request " + std::to_string(nth));
+    reached = tryAt(nth);
+    expectAgreement();
+    EXPECT_THAT(machine->conflicts(), IsEmpty());
+  }
+  EXPECT_GT(nth, 8);
+}
 
 /// A refusal that means something: that this user may not, or that there is no such item. It may come of nothing.
 class RefusalAtEachRequest : public Faults, public testing::WithParamInterface<int> {
