@@ -30,6 +30,7 @@ rm -f /srv/used.db*
 "$program" backup /srv/used.backup --replace >/dev/null
 "$program" functions --json | grep -q Orlo_EventsFetch
 LANGUAGE=de LANG=C.UTF-8 "$program" functions | grep -q "Kalender"
+LANGUAGE=de LANG=C.UTF-8 "$program" reminders --done | grep -q "Keine solchen Erinnerungen"
 # A server that does not answer is told as that; libraries for the network load.
 if "$program" subscribe https://127.0.0.1:9/none.ics 2>/srv/refused; then exit 1; fi
 grep -qi "127.0.0.1" /srv/refused

@@ -56,7 +56,7 @@ KNOWS = {
                               "host/commands/describing", "store/edits", "store/recurrence"},
     "host/commands/scripting": {*SHOWN, "host/calc", "host/commands/command_line", "host/console", "host/fmwrapper",
                                 "host/plugin"},
-    "host/commands/views": {*COMMANDS, *SHOWN, "host/commands/choosing", "host/commands/describing"},
+    "host/commands/views": {*COMMANDS, *SHOWN, "host/commands/choosing", "host/commands/describing", "store/recurrence"},
     "host/commands/browsing": {*COMMANDS, *SHOWN, "host/commands/choosing", "host/commands/describing",
                                "host/commands/scripting", "host/commands/views"},
     "host/commands/reports": {*COMMANDS, *SHOWN, "host/commands/choosing", "host/commands/describing",

@@ -31,6 +31,21 @@ std::string saidBy(std::string text) {
   return text;
 }
 
+/// Where something stands in the list, and how that is said.
+struct Place {
+  LocalDay day;
+  std::string words;
+};
+Result<Place> placeOf(store::CalendarStore& store, const store::Item& item, const BrowseState& state) {
+  ORLOCAL_TRY(const auto when, nextOrLast(store, item, store::now()));
+  const auto dayOf = [&](store::Moment moment) { return LocalDay(state.viewer.toLocal(moment)); };
+  if (when) { return Place{dayOf(when->start), spanWords(when->start, when->end, item.allDay(), state.viewer)}; }
+  if (item.completed) { return Place{dayOf(*item.completed), tr("done")}; }
+  if (item.due) { return Place{dayOf(store::momentOf(*item.due, state.viewer)), timeWords(*item.due, state.viewer)}; }
+  // What has no date stands where today is.
+  return Place{state.today(), tr("no date")};
+}
+
 }  // namespace
 
 BrowseDesk::BrowseDesk(CommandContext& context, Registration registerAll, store::CalendarStore& store,
@@ -51,8 +66,7 @@ void BrowseDesk::serve(const BrowseWish& wish, BrowseState& state) {
   const Status done = withoutThrowing([&]() -> Status {
     switch (wish.kind) {
       case BrowseWish::Kind::kRun:
-        run(wish.words, state);
-        return {};
+        return run(wish.words, state);
       case BrowseWish::Kind::kShow:
         return show(state);
       case BrowseWish::Kind::kSearch:
@@ -66,17 +80,39 @@ void BrowseDesk::serve(const BrowseWish& wish, BrowseState& state) {
   if (!done) { state.message = done.error().message; }
 }
 
-void BrowseDesk::run(const std::vector<std::string>& words, BrowseState& state) {
+Status BrowseDesk::run(const std::vector<std::string>& words, BrowseState& state) {
   std::istringstream in;
   std::ostringstream out, err;
   GlobalOptions options = m_context.options;
   options.json = false;
   Streams streams{in, out, err};
   CommandContext context{options, streams, m_context.programFile};
+  ORLOCAL_TRY(const store::LogPosition before, m_store.newestChange());
   const ExitStatus status = CommandsInPlace(context, m_registerAll).run(words);
   state.message = saidBy(out.str() + err.str());
+  if (status == ExitStatus::kDone) {
+    const bool brings = words.front() == "new" || words.front() == "undo";
+    return brings ? goToWhatCame(before, state) : Status();
+  }
   // What was typed can be put right.
-  if (status != ExitStatus::kDone && state.sent) { state.over = *state.sent; }
+  if (state.sent) { state.over = *state.sent; }
+  return {};
+}
+
+Status BrowseDesk::goToWhatCame(store::LogPosition since, BrowseState& state) {
+  ORLOCAL_TRY(const auto commits, m_store.outsideCommits(since));
+  if (commits.empty()) { return {}; }
+  const store::OutsideCommit& last = commits.back();
+  const auto& inserted = last.events.inserted.empty() ? last.reminders.inserted : last.events.inserted;
+  if (inserted.empty()) { return {}; }
+  ORLOCAL_TRY(const auto came, m_store.itemWithIdentifier(inserted.front()));
+  if (came == nullptr) { return {}; }
+  ORLOCAL_TRY(const Place place, placeOf(m_store, *came, state));
+  // The keys go on moving where they did.
+  const bool inList = state.inList;
+  goTo(state, place.day, came->id);
+  state.inList = inList;
+  return {};
 }
 
 Status BrowseDesk::show(BrowseState& state) {
@@ -104,26 +140,13 @@ Status BrowseDesk::search(const std::string& text, BrowseState& state) {
     if (menu.rows.size() == kMostFound) { break; }
     ORLOCAL_TRY(const auto item, m_store.item(hit.item));
     if (item == nullptr) { continue; }
-    ORLOCAL_TRY(const auto when, nextOrLast(m_store, *item, store::now()));
+    ORLOCAL_TRY(const Place place, placeOf(m_store, *item, state));
     BrowseMenu::Row row;
-    std::string shown;
-    if (when) {
-      row.day = LocalDay(state.viewer.toLocal(when->start));
-      shown = spanWords(when->start, when->end, item->allDay(), state.viewer);
-    } else if (const auto at = item->completed ? item->completed
-                               : item->due     ? std::optional(store::momentOf(*item->due, state.viewer))
-                                               : std::nullopt) {
-      row.day = LocalDay(state.viewer.toLocal(*at));
-      shown = item->completed ? tr("done") : timeWords(*item->due, state.viewer);
-    } else {
-      // What has no date stands where today is.
-      row.day = state.today();
-      shown = tr("no date");
-    }
+    row.day = place.day;
     const store::Calendar* calendar = state.days.names.calendar(item->calendar);
     if (calendar != nullptr) { row.color = calendar->color; }
     row.item = hit.item;
-    row.text = fmt::format("{}  {}", shownTitle(*item, Ink(false)), shown);
+    row.text = fmt::format("{}  {}", shownTitle(*item, Ink(false)), place.words);
     menu.rows.push_back(std::move(row));
   }
   if (menu.rows.empty()) {

@@ -26,7 +26,9 @@ class BrowseDesk {
   void serve(const BrowseWish& wish, BrowseState& state);
 
  private:
-  void run(const std::vector<std::string>& words, BrowseState& state);
+  Status run(const std::vector<std::string>& words, BrowseState& state);
+  /// Goes to what the last commit of others after `since` brought, so that one sees it and goes on there.
+  Status goToWhatCame(store::LogPosition since, BrowseState& state);
   Status show(BrowseState& state);
   Status search(const std::string& text, BrowseState& state);
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <utility>
 
 // Functions instead of macros of their names.
 #define NCURSES_NOMACROS 1
@@ -41,6 +42,12 @@ constexpr CodeOfKey kFunctionKeys[] = {{KEY_UP, Name::kUp},
                                        {KEY_ENTER, Name::kEnter},
                                        {KEY_DC, Name::kDelete},
                                        {KEY_BACKSPACE, Name::kBackspace}};
+/// Our own numbers for what a terminal sends before and after a paste; the library's own end far below.
+constexpr wint_t kPasteBegins = 0x5000, kPasteEnds = 0x5001;
+/// Asks for that, and takes it back; terminals that know nothing of it pass it over.
+constexpr const char* kMarkPastes = "\x1b[?2004h";
+constexpr const char* kMarkNoPastes = "\x1b[?2004l";
+
 constexpr CodeOfKey kControls[] = {{'\r', Name::kEnter},     {'\n', Name::kEnter},     {'\t', Name::kTab},
                                    {0x7F, Name::kBackspace}, {'\b', Name::kBackspace}, {0x1B, Name::kEscape}};
 
@@ -73,10 +80,12 @@ struct TerminalScreen::Terminal {
   bool colors = false;
   int sizeSignal = -1;
   sigset_t before{};
-  std::map<int, short> pairs;  ///< by colour
+  std::map<int, short> pairs;        ///< by colour
+  std::optional<std::string> paste;  ///< as far as it has come
 
   ~Terminal() {
     if (screen != nullptr) {
+      ::putp(kMarkNoPastes);
       ::endwin();
       ::delscreen(screen);
     }
@@ -126,6 +135,9 @@ Result<std::unique_ptr<TerminalScreen>> TerminalScreen::open(bool colors) {
   ::nodelay(stdscr, TRUE);
   // A key that sends several characters sends them at once; the escape key is not held back for long.
   ::set_escdelay(25);
+  ::define_key("\x1b[200~", static_cast<int>(kPasteBegins));
+  ::define_key("\x1b[201~", static_cast<int>(kPasteEnds));
+  ::putp(kMarkPastes);
   terminal->colors = colors && ::has_colors() && ::start_color() != ERR && ::use_default_colors() != ERR;
   return std::unique_ptr<TerminalScreen>(new TerminalScreen(std::move(terminal)));
 }
@@ -162,14 +174,27 @@ void TerminalScreen::show(const Picture& picture) {
 }
 
 std::optional<BrowseKey> TerminalScreen::key() {
-  wint_t code = 0;
-  const int kind = ::get_wch(&code);
-  if (kind == ERR) { return std::nullopt; }
-  if (kind == KEY_CODE_YES) { return BrowseKey{nameOf(kFunctionKeys, code)}; }
-  if (code < 0x20 || code == 0x7F) { return BrowseKey{nameOf(kControls, code)}; }
-  std::string text;
-  append(text, static_cast<char32_t>(code));
-  return BrowseKey::of(std::move(text));
+  auto& paste = m_terminal->paste;
+  for (;;) {
+    wint_t code = 0;
+    const int kind = ::get_wch(&code);
+    if (kind == ERR) { return std::nullopt; }
+    if (kind == KEY_CODE_YES) {
+      if (code == kPasteBegins) { paste.emplace(); }
+      if (code == kPasteEnds && paste) { return BrowseKey::pasted(*std::exchange(paste, std::nullopt)); }
+      // A paste holds no keys.
+      if (paste || code == kPasteEnds) { continue; }
+      return BrowseKey{nameOf(kFunctionKeys, code)};
+    }
+    if (paste) {
+      append(*paste, static_cast<char32_t>(code));
+      continue;
+    }
+    if (code < 0x20 || code == 0x7F) { return BrowseKey{nameOf(kControls, code)}; }
+    std::string text;
+    append(text, static_cast<char32_t>(code));
+    return BrowseKey::of(std::move(text));
+  }
 }
 
 int TerminalScreen::keyDescriptor() const { return STDIN_FILENO; }

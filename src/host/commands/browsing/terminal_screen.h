@@ -24,7 +24,7 @@ class TerminalScreen {
   Size size() const;
   void show(const Picture& picture);
 
-  /// The next key that was pressed; none when there is none yet.
+  /// The next key that was pressed, or a whole paste; none when there is none yet.
   std::optional<BrowseKey> key();
   /// Readable when there may be a key.
   int keyDescriptor() const;

@@ -7,6 +7,20 @@ using Name = BrowseKey::Name;
 
 bool continuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
+/// What was pasted, in one line: a blank stands for each run of line breaks and other control characters.
+std::string inOneLine(const std::string& text) {
+  std::string line;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7F) {
+      line += c;
+    } else if (line.empty() || line.back() != ' ') {
+      line += ' ';
+    }
+  }
+  return line;
+}
+
 }  // namespace
 
 std::size_t TypedLine::before(std::size_t at) const {
@@ -26,9 +40,12 @@ std::size_t TypedLine::after(std::size_t at) const {
 void TypedLine::press(const BrowseKey& key) {
   switch (key.name) {
     case Name::kCharacter:
-      m_text.insert(m_cursor, key.text);
-      m_cursor += key.text.size();
+    case Name::kPaste: {
+      const std::string typed = inOneLine(key.text);
+      m_text.insert(m_cursor, typed);
+      m_cursor += typed.size();
       break;
+    }
     case Name::kBackspace: {
       const std::size_t from = before(m_cursor);
       m_text.erase(from, m_cursor - from);

@@ -112,6 +112,9 @@ Result<ItemFacts> factsOf(store::CalendarStore& store, const Item& item,
   }
   ORLOCAL_TRY(auto whole, store.wholeItem(item.id));
   if (whole) { facts.changed = std::move(whole->changed); }
+  if (item.kind == store::ItemKind::kReminder && !item.recurrence.empty() && !item.completed) {
+    ORLOCAL_TRY(facts.next, nextDues(item, facts.changed, next));
+  }
   if (occurrence && occurrence->item != item.id) {
     ORLOCAL_TRY(const auto changed, store.item(occurrence->item));
     if (changed != nullptr) { facts.item = *changed; }

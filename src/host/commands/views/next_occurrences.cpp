@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "base/try.h"
+#include "store/recurrence/recurrence.h"
 
 namespace orlocal::host {
 namespace {
@@ -28,6 +29,27 @@ Result<std::vector<Occurrence>> nextOccurrences(store::CalendarStore& store, con
     }
     if (next.size() == count || (event.recurrence.empty() && !next.empty())) { break; }
   }
+  return next;
+}
+
+Result<std::vector<Occurrence>> nextDues(const store::Item& reminder, const std::vector<store::Item>& changed,
+                                         std::size_t count) {
+  std::vector<Occurrence> next;
+  if (!reminder.anchor()) { return next; }
+  const store::Zone viewer = store::Zone::ofUser();
+  std::vector<store::CalendarTime> apart;
+  for (const store::Item& each : changed) {
+    if (each.recurrenceId) { apart.push_back(*each.recurrenceId); }
+  }
+  store::ExpansionBudget budget;
+  ORLOCAL_TRY(const store::Series series, store::Series::compile(reminder, viewer, apart, &budget));
+  const Moment due = store::momentOf(*reminder.anchor(), viewer);
+  ORLOCAL_CHECK(series.expand(due, due + kSteps[std::size(kSteps) - 1], budget, [&](const auto& each) {
+    if (each.start > due && next.size() < count) {
+      next.push_back({each.start, each.end, each.start, reminder.id, reminder.id});
+    }
+    return next.size() < count;
+  }));
   return next;
 }
 

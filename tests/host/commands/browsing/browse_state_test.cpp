@@ -1,6 +1,7 @@
 #include "host/commands/browsing/browse_state.h"
 
 #include "host/commands/browsing/browse_fixture.h"
+#include "host/commands/words/day_words.h"
 #include "host/commands/words/when_words.h"
 
 namespace orlocal::host {
@@ -90,13 +91,42 @@ TEST_F(BrowseState_, MakesAnEventOnTheDayUnlessTheSentenceNamesOne) {
   type("nDinner 19:00 2h");
   EXPECT_EQ(press(Name::kEnter), Kind::kRun);
   EXPECT_THAT(state.message, HasSubstr("Made \"Dinner\""));
-  type("nCall friday 8:00");
-  press(Name::kEnter);
   type("n--help me");
+  press(Name::kEnter);
+  type("nCall friday 8:00");
   press(Name::kEnter);
   EXPECT_THAT(agenda(), HasSubstr("Dinner 03 19:00"));
   EXPECT_THAT(out, HasSubstr("Call 06 08:00"));
   EXPECT_THAT(out, HasSubstr("--help me 03"));
+}
+
+TEST_F(BrowseState_, GoesToWhatWasMadeOrTakenBack) {
+  sitDown();
+  type("nCall 20 november 8:00");
+  press(Name::kEnter);
+  EXPECT_EQ(isoDay(state.day), "2026-11-20");
+  EXPECT_EQ(chosenTitle(), "Call");
+  type("xy");
+  press(Name::kHome);
+  type("u");
+  EXPECT_EQ(isoDay(state.day), "2026-11-20");
+  EXPECT_EQ(chosenTitle(), "Call");
+  type("NPay rent 27 november");
+  press(Name::kEnter);
+  EXPECT_EQ(isoDay(state.day), "2026-11-27");
+  EXPECT_EQ(chosenTitle(), "Pay rent");
+}
+
+TEST_F(BrowseState_, APasteIsTextAndNeverKeys) {
+  sitDown();
+  type("n");
+  press(BrowseKey::pasted("Dinner\n19:00\t2h\r\nxyq"));
+  EXPECT_THAT(screen(), HasSubstr("New: Dinner 19:00 2h xyq"));
+  press(Name::kEscape);
+  choose("Lunch");
+  EXPECT_EQ(press(BrowseKey::pasted("x")), Kind::kNothing);
+  EXPECT_EQ(press(BrowseKey::pasted("q")), Kind::kNothing);
+  EXPECT_THAT(agenda(), HasSubstr("Lunch"));
 }
 
 TEST_F(BrowseState_, MakesAReminder) {

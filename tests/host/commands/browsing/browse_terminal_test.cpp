@@ -152,6 +152,18 @@ TEST_F(BrowseTerminal, KnowsTheKeysOfTerminals) {
   EXPECT_THAT(waitForAgenda(HasSubstr("Page up")), Not(HasSubstr("Never")));
 }
 
+TEST_F(BrowseTerminal, TakesAPasteForText) {
+  start();
+  waitFor("q quit");
+  type("n\x1b[200~Lunch with Grace\rx\ny\n12:30 1h\x1b[201~\r");
+  waitForAgenda("Lunch with Grace x y 2026-11-02\n");
+  type("\x1b[200~xyq\r\x1b[201~q");
+  EXPECT_EQ(finish(), 0);
+  waitForAgenda("Lunch with Grace x y 2026-11-02\n");
+  EXPECT_GT(written().rfind("\x1b[?2004l"), written().find("\x1b[?2004h"));
+  expectRestored();
+}
+
 TEST_F(BrowseTerminal, ShowsWhatOthersChange) {
   start();
   waitFor("q quit");
