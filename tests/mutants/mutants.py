@@ -25,13 +25,15 @@ def words():
     reader = argparse.ArgumentParser(
         prog="./run mutants", description=__doc__,
         epilog="Ends with status 1 when there is a change that no test noticed and tests/mutants/equivalent.txt does not "
-               "have. A file that was changed is built again with the tests near it (tests/mutants/nearby.py), in a copy below "
-               "build/mutants.")
+               "have, or, with --least, when there are too many of them. A file that was changed is built again with the "
+               "tests near it (tests/mutants/nearby.py), in a copy below build/mutants.")
     reader.add_argument("folders", nargs="*", metavar="FOLDER",
                         help=f"folders or files below src/ (without: {', '.join(FOLDERS)})")
     reader.add_argument("--sample", type=int, default=300, metavar="N", help="how many changes are tried (300; 0 is all)")
     reader.add_argument("--seed", type=int, default=1, metavar="S", help="which ones (1); the same seed takes the same")
     reader.add_argument("--workers", type=int, default=1, metavar="N", help="copies that work beside each other (1)")
+    reader.add_argument("--least", type=float, default=100, metavar="PERCENT",
+                        help="so many of the changes that were built must be noticed (100)")
     reader.add_argument("--list", action="store_true", help="only name the changes")
     reader.add_argument("--json", metavar="FILE", help="write what became of each change")
     return reader.parse_args()
@@ -91,6 +93,11 @@ def show(results):
             print("\n{file}:{line}: {operator}\n  before: {before}\n  after: {after}".format(**change))
 
 
+def are_enough(noticed, unnoticed, least):
+    """Whether at least so many of a hundred were noticed; of none there are enough."""
+    return noticed * 100 >= least * (noticed + unnoticed)
+
+
 def main():
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     options = words()
@@ -137,7 +144,7 @@ def main():
                   "changes": results}
         pathlib.Path(options.json).write_text(json.dumps(report, indent=1) + "\n", encoding="utf-8")
     print(f"\n{count[NOTICED]} noticed, {count[UNNOTICED]} unnoticed, {count[NOT_BUILT]} not built")
-    return 1 if count[UNNOTICED] else 0
+    return 0 if are_enough(count[NOTICED], count[UNNOTICED], options.least) else 1
 
 
 if __name__ == "__main__":

@@ -9,6 +9,7 @@ import unittest
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 from equivalent import TABLE, verdicts_of  # noqa: E402
+from mutants import are_enough  # noqa: E402
 from nearby import NEARBY, Programs, stages_for  # noqa: E402
 from operators import OPERATORS  # noqa: E402
 from places import all_changes, changes_in, sample_of  # noqa: E402
@@ -212,6 +213,15 @@ class Verdicts(unittest.TestCase):
         made = list(all_changes(ROOT, sorted({row.file for row in rows})))
         for row in rows:
             self.assertTrue(any(row.is_about(change) for change in made), row)
+
+
+class Verdict(unittest.TestCase):
+    def test_one_that_nobody_noticed_is_too_many_unless_a_share_is_allowed(self):
+        self.assertTrue(are_enough(10, 0, 100))
+        self.assertFalse(are_enough(99, 1, 100))
+        self.assertTrue(are_enough(9, 3, 75))
+        self.assertFalse(are_enough(8, 3, 75))
+        self.assertTrue(are_enough(0, 0, 100))
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "store/edits/event_times.h"
 #include "store/edits/item_writer.h"
 #include "store/store_fixture.h"
 
@@ -488,6 +489,35 @@ TEST_F(Events, CanBeChangedAgainAfterASplit) {
   EXPECT_EQ(all().size(), 6u);
   EXPECT_EQ(read(all()[5].item).title, "right again");
   EXPECT_EQ(read(all()[0].item).title, "review");
+}
+
+TEST_F(Events, AreSplitAtAnAddedDateBehindTheRulesLastOne) {
+  for (const bool counted : {true, false}) {
+    Item item = simple();
+    item.recurrence.rules = {counted ? rule(Frequency::kDaily, 3) : rule(Frequency::kDaily)};
+    if (!counted) { item.recurrence.rules[0].until = utc("2026-11-04 08:00"); }
+    item.recurrence.added = {berlin("2026-11-10 09:00"), berlin("2026-11-12 09:00")};
+    const Item series = saved(item);
+    ASSERT_EQ(all().size(), 5U);
+    Item edited = openedAt(all()[3]);
+    edited.title = "right";
+    ASSERT_TRUE(saveEvent(*store, edited, all()[3], Span::kFuture));
+    EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
+                ElementsAre("2026-11-02 09:00 review", "2026-11-03 09:00 review", "2026-11-04 09:00 review",
+                            "2026-11-10 09:00 right", "2026-11-12 09:00 right"));
+    EXPECT_THAT(read(edited.id).recurrence.rules, IsEmpty());
+    EXPECT_THAT(read(series.id).recurrence.added, IsEmpty());
+    for (const ItemId id : {series.id, edited.id}) {
+      ASSERT_TRUE(store->removeEvent(read(id), std::nullopt, Span::kAll));
+    }
+  }
+}
+
+TEST(ZonedTime, IsInUtcWhereTheViewersZoneHasNoNameThatOthersKnow) {
+  const CalendarTime expected = utc("2026-11-02 08:00");
+  EXPECT_EQ(zonedTime(at("2026-11-02 09:00"), Zone()), expected);
+  EXPECT_EQ(zonedTime(at("2026-11-02 09:00"), *Zone::named("Etc/UTC")), expected);
+  EXPECT_EQ(zonedTime(at("2026-11-02 09:00"), berlinZone()), berlin("2026-11-02 09:00"));
 }
 
 }  // namespace

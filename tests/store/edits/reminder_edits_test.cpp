@@ -166,6 +166,33 @@ TEST_F(ReminderEdits, PassOverExceptionsWhenTheyMoveOn) {
   EXPECT_TRUE(item.recurrence.excluded.empty());
 }
 
+TEST_F(ReminderEdits, LeaveAddedDatesBehindThatTheyHaveComeTo) {
+  Item item = reminder("bins", berlin("2026-10-20 07:00"));
+  item.recurrence.rules = {rule(Frequency::kWeekly)};
+  item.recurrence.added = {berlin("2026-10-27 07:00"), berlin("2026-10-29 07:00")};
+  item = completed(saved(item));
+  EXPECT_EQ(item.due, berlin("2026-10-27 07:00"));
+  EXPECT_THAT(item.recurrence.added, ElementsAre(berlin("2026-10-29 07:00")));
+}
+
+TEST_F(ReminderEdits, CountRulesOfExceptionsFromWhereTheSeriesBegan) {
+  Item item = reminder("bins", berlin("2026-10-20 07:00"));
+  item.recurrence.rules = {rule(Frequency::kWeekly)};
+  ExceptionRule everyThird;
+  everyThird.rule = rule(Frequency::kWeekly);
+  everyThird.rule.interval = 3;
+  item.recurrence.exceptionRules = {everyThird};
+  item = saved(item);
+  std::vector<CalendarTime> dues;
+  for (int times = 0; times < 4; ++times) {
+    item = completed(item);
+    dues.push_back(*item.due);
+  }
+  EXPECT_THAT(dues, ElementsAre(berlin("2026-10-27 07:00"), berlin("2026-11-03 07:00"), berlin("2026-11-17 07:00"),
+                                berlin("2026-11-24 07:00")))
+      << "20 October, 10 November and 1 December are taken out";
+}
+
 TEST_F(ReminderEdits, ThatRepeatNeedADueDate) {
   Item item = reminder("bins");
   item.recurrence.rules = {rule(Frequency::kWeekly)};

@@ -4,6 +4,7 @@
 
 #include "store/edits/item_writer.h"
 #include "store/export.h"
+#include "store/file/sqlite.h"
 #include "store/icalendar/item_text.h"
 #include "store/recurrence/rule_text.h"
 #include "store/store_fixture.h"
@@ -509,6 +510,20 @@ TEST_F(Undo, TakesBackWhatWasRemovedInOneTurn) {
   EXPECT_NE(content(), before);
   EXPECT_TRUE(undone());
   EXPECT_EQ(content(), before);
+}
+
+TEST_F(Undo, IsRefusedWhereTheLogNoLongerTellsWhatHappenedSince) {
+  command("new");
+  saved(plain("Lunch"));
+  const auto other = opened();
+  for (int i = 0; i < 3; ++i) {
+    Item talk = plain("Talk");
+    ASSERT_TRUE(saveEvent(*other, talk, std::nullopt, Span::kThis));
+  }
+  ASSERT_TRUE(Database::open(file, std::chrono::seconds(1))
+                  ->execute("DELETE FROM changes WHERE seq < (SELECT max(seq) FROM changes)"));
+  EXPECT_THAT(refusal(), HasSubstr("so much was changed since"));
+  EXPECT_EQ(titlesIn(*store).size(), 4U);
 }
 
 }  // namespace
