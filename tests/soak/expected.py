@@ -21,6 +21,7 @@ ROWS = [
     Row(r"the file does not say that it is subscribed", "an export says what calendar files have no words for"),
     Row(r"has nothing to write and was left out", "a list without reminders"),
     Row(r"(refused|reset|closed|answer|timed out|connect)", "the server is stopped at times", "stop"),
+    Row(r"The calendar store was replaced while it was synced", "a sync that a restore came into writes nothing more", "restore"),
     Row(r"^(orlocal: )?There is nothing to undo", "a restore takes the journal along", "restore"),
     Row(r"cannot be undone|has changed since|nothing to undo|no such command|There is no command",
         "a restore takes the journal along", "restore"),

@@ -185,7 +185,8 @@ def folder_is_clean(store, files, kept_copies, drafts):
         found.append(f"{len(copies)} copies of before a restore, and {kept_copies} restores")
     if len(half) > drafts:
         found.append(f"{len(half)} drafts were left, and {drafts} programs killed that write some: {half[:3]}")
-    known = {store, f"{store}-bell", f"{store}-sync", *copies, *half}
+    # Of a copy that was being made when its program was killed SQLite's journal is there, too.
+    known = {store, f"{store}-bell", f"{store}-sync", *copies, *half, *(f"{draft}-journal" for draft in half)}
     if files.get(f"{store}-wal") == 0:
         known |= {f"{store}-wal", f"{store}-shm"}
     return found + [f"{file} was left beside the store" for file in files if file not in known]

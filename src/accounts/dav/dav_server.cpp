@@ -95,21 +95,33 @@ Answer<HttpResponse> DavServer::send(const char* method, const std::string& url,
 
 Answer<Multistatus> DavServer::ask(const char* method, const std::string& url, const char* depth, std::string body,
                                    std::string& answeredFrom) {
+  Multistatus all;
+  ORLOCAL_TRY(all.syncToken,
+              askForEach(method, url, depth, std::move(body), answeredFrom,
+                         [&all](DavResponse response) { all.responses.push_back(std::move(response)); }));
+  return all;
+}
+
+Answer<std::string> DavServer::askForEach(const char* method, const std::string& url, const char* depth,
+                                          std::string body, std::string& answeredFrom,
+                                          const std::function<void(DavResponse)>& take) {
   ORLOCAL_TRY(auto response, send(method, url, {{"Depth", depth}, {"Content-Type", "application/xml; charset=utf-8"}},
                                   std::move(body)));
   answeredFrom = response.url;
   if (response.status != kMultiStatusCode) {
     return nonsense(response.url, tr("what answers there is no calendar server"), response.status);
   }
-  auto multistatus = readMultistatus(response.body);
-  if (!multistatus) { return nonsense(response.url, tr("the answer cannot be read"), response.status); }
-  for (const DavResponse& said : multistatus->responses) {
+  std::optional<ServerFailure> closed;
+  auto token = readMultistatus(response.body, [&](DavResponse said) {
     // Nothing to list, since what should be listed is not there or closed to us, is no empty list.
-    if (said.status >= 400 && said.status != kTooMuch && isAbout(said, response.url, response.url)) {
-      return Refusal(refusalBy(response.url, said.status, said.errors));
+    if (!closed && said.status >= 400 && said.status != kTooMuch && isAbout(said, response.url, response.url)) {
+      closed = refusalBy(response.url, said.status, said.errors);
     }
-  }
-  return std::move(*multistatus);
+    take(std::move(said));
+  });
+  if (!token) { return nonsense(response.url, tr("the answer cannot be read"), response.status); }
+  if (closed) { return Refusal(*std::move(closed)); }
+  return *std::move(token);
 }
 
 Answer<HttpResponse> DavServer::write(const char* method, const std::string& url, std::vector<HttpHeader> headers,
@@ -144,29 +156,29 @@ Answer<RemoteCalendar> DavServer::calendar(const std::string& url) {
 
 Answer<RemoteChanges> DavServer::changesSince(const std::string& calendar, const std::string& token) {
   std::string base;
-  const auto multistatus = ask("REPORT", calendar, "0", syncCollectionBody(token), base);
-  if (!multistatus) {
-    ServerFailure failure = multistatus.error();
+  RemoteChanges changes;
+  const auto next =
+      askForEach("REPORT", calendar, "0", syncCollectionBody(token), base, [&](const DavResponse& response) {
+        if (response.status == kTooMuch && isAbout(response, base, base)) { changes.more = true; }
+        for (const std::string& href : response.hrefs) {
+          auto url = memberUrl(response, base, href);
+          if (!url) { continue; }
+          if (isGone(response.status)) {
+            changes.removed.push_back(std::move(*url));
+          } else {
+            changes.changed.push_back({std::move(*url), etagOf(response)});
+          }
+        }
+      });
+  if (!next) {
+    ServerFailure failure = next.error();
     // Servers that have no words for a bad token. Without a token the same request will tell what is really wrong.
     const bool unexplained = failure.status == 400 || failure.status == 409 || failure.status == 500 ||
                              (failure.status == 403 && failure.trouble == Trouble::kForbidden);
     if (!token.empty() && unexplained) { failure.trouble = Trouble::kInvalidToken; }
     return Refusal(std::move(failure));
   }
-  RemoteChanges changes;
-  changes.token = usableToken(multistatus->syncToken);
-  for (const DavResponse& response : multistatus->responses) {
-    if (response.status == kTooMuch && isAbout(response, base, base)) { changes.more = true; }
-    for (const std::string& href : response.hrefs) {
-      auto url = memberUrl(response, base, href);
-      if (!url) { continue; }
-      if (isGone(response.status)) {
-        changes.removed.push_back(std::move(*url));
-      } else {
-        changes.changed.push_back({std::move(*url), etagOf(response)});
-      }
-    }
-  }
+  changes.token = usableToken(*next);
   if (changes.more && (changes.token.empty() || changes.token == token)) {
     return nonsense(base, tr("the server says that there is more, and never how to go on"), kMultiStatusCode);
   }
@@ -176,17 +188,18 @@ Answer<RemoteChanges> DavServer::changesSince(const std::string& calendar, const
 Answer<std::vector<RemoteEntry>> DavServer::entries(const std::string& calendar) {
   constexpr std::array kAsked{dav::kGetEtag, dav::kResourceType};
   std::string base;
-  ORLOCAL_TRY(const auto multistatus, ask("PROPFIND", calendar, "1", propFindBody(kAsked), base));
   std::vector<RemoteEntry> found;
-  for (const DavResponse& response : multistatus.responses) {
-    // A list that was cut short must not pass for all.
-    if (response.status == kTooMuch) { return Refusal(refusalBy(base, kTooMuch, response.errors)); }
+  std::optional<ServerFailure> cut;
+  ORLOCAL_CHECK(askForEach("PROPFIND", calendar, "1", propFindBody(kAsked), base, [&](const DavResponse& response) {
+    if (response.status == kTooMuch && !cut) { cut = refusalBy(base, kTooMuch, response.errors); }
     for (const std::string& href : response.hrefs) {
       if (auto url = memberUrl(response, base, href); url && !isGone(response.status)) {
         found.push_back({std::move(*url), etagOf(response)});
       }
     }
-  }
+  }));
+  // A list that was cut short must not pass for all.
+  if (cut) { return Refusal(*std::move(cut)); }
   return found;
 }
 

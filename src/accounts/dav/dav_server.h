@@ -38,6 +38,10 @@ class DavServer final : public CalendarServer {
   /// A request with an XML body, whose answer must be a multistatus.
   Answer<Multistatus> ask(const char* method, const std::string& url, const char* depth, std::string body,
                           std::string& answeredFrom);
+  /// The same of a long list: each response is given on when it has been read, with `answeredFrom` set, and counts only
+  /// when all was well in the end. Gives the sync token.
+  Answer<std::string> askForEach(const char* method, const std::string& url, const char* depth, std::string body,
+                                 std::string& answeredFrom, const std::function<void(DavResponse)>& take);
   /// A request that changes something: an answer of many statuses must refuse nothing.
   Answer<HttpResponse> write(const char* method, const std::string& url, std::vector<HttpHeader> headers,
                              std::string body);

@@ -64,14 +64,23 @@ std::optional<PropStat> DavResponse::refusal() const {
 
 std::optional<Multistatus> readMultistatus(std::string_view document) {
   Multistatus multistatus;
-  const auto root = readXml(document, [&multistatus](XmlElement child) {
+  auto token = readMultistatus(
+      document, [&multistatus](DavResponse response) { multistatus.responses.push_back(std::move(response)); });
+  if (!token) { return std::nullopt; }
+  multistatus.syncToken = *std::move(token);
+  return multistatus;
+}
+
+std::optional<std::string> readMultistatus(std::string_view document, const std::function<void(DavResponse)>& take) {
+  std::string token;
+  const auto root = readXml(document, [&](XmlElement child) {
     if (child.is(dav::kResponse)) {
-      multistatus.responses.push_back(readResponse(child));
+      take(readResponse(child));
     } else if (child.is(dav::kSyncToken)) {
-      multistatus.syncToken = child.word();
+      token = child.word();
     }
   });
-  return root && root->is(dav::kMultistatus) ? std::optional(std::move(multistatus)) : std::nullopt;
+  return root && root->is(dav::kMultistatus) ? std::optional(std::move(token)) : std::nullopt;
 }
 
 std::vector<XmlElement> readErrorConditions(std::string_view document) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,6 +37,9 @@ struct Multistatus {
 
 /// None for what is no multistatus document.
 std::optional<Multistatus> readMultistatus(std::string_view document);
+/// The same, but each response goes to `take` when it has been read, so that of a long list none stays; gives the sync
+/// token. What was given counts only when there is an answer in the end.
+std::optional<std::string> readMultistatus(std::string_view document, const std::function<void(DavResponse)>& take);
 
 /// The conditions in an error body (RFC 4918, 16); empty for any other body.
 std::vector<XmlElement> readErrorConditions(std::string_view document);

@@ -13,16 +13,26 @@
 namespace orlocal::store {
 namespace {
 
+constexpr std::string_view kBefore = ".orlocal-";
+constexpr std::string_view kBehind = ".part";
+constexpr std::size_t kDigits = 32;
+
 std::string unguessableName() {
   std::array<std::uint64_t, 2> random{};
   if (::getrandom(random.data(), sizeof random, 0) != static_cast<ssize_t>(sizeof random)) { return {}; }
-  return fmt::format(".orlocal-{:016x}{:016x}.part", random[0], random[1]);
+  return fmt::format("{}{:016x}{:016x}{}", kBefore, random[0], random[1], kBehind);
 }
 
 /// What is no file, and what lies on no disk, has nothing to bring there.
 int synced(int descriptor) { return ::fsync(descriptor) == 0 || errno == EINVAL || errno == EROFS ? 0 : errno; }
 
 }  // namespace
+
+bool DraftEntry::isNameOfOne(std::string_view name) {
+  if (!name.starts_with(kBefore) || !name.ends_with(kBehind)) { return false; }
+  const std::string_view digits = name.substr(kBefore.size(), name.size() - kBefore.size() - kBehind.size());
+  return digits.size() == kDigits && digits.find_first_not_of("0123456789abcdef") == digits.npos;
+}
 
 std::optional<DraftEntry> DraftEntry::in(const std::filesystem::path& folder) {
   const std::string name = unguessableName();

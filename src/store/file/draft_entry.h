@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace orlocal::store {
@@ -14,6 +15,9 @@ namespace orlocal::store {
 class DraftEntry {
  public:
   enum class Existing { kStays, kIsReplaced };
+
+  /// Whether a file of that name is one, or was when its program ended without a word.
+  static bool isNameOfOne(std::string_view name);
 
   /// None, with errno, when it cannot be made.
   static std::optional<DraftEntry> in(const std::filesystem::path& folder);

@@ -34,9 +34,7 @@ FileDraft::~FileDraft() { removeWhatIsBeside(); }
 void FileDraft::removeWhatIsBeside() const {
   if (m_file.empty()) { return; }
   std::error_code ignored;
-  for (const char* suffix : {"-wal", "-shm", "-journal", "-bell"}) {
-    std::filesystem::remove(m_file.string() + suffix, ignored);
-  }
+  for (const char* suffix : kBeside) { std::filesystem::remove(m_file.string() + suffix, ignored); }
 }
 
 Status FileDraft::publish(const std::filesystem::path& target) { return moveTo(target, DraftEntry::Existing::kStays); }

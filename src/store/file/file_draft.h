@@ -10,6 +10,9 @@ namespace orlocal::store {
 /// A database in the making: a draft that SQLite writes by its name, and what SQLite leaves beside it.
 class FileDraft {
  public:
+  /// What SQLite and we put beside a database: its name, and one of these behind it.
+  static constexpr const char* kBeside[] = {"-wal", "-shm", "-journal", "-bell"};
+
   static Result<FileDraft> beside(const std::filesystem::path& target);
 
   FileDraft(FileDraft&& other) noexcept : m_entry(std::move(other.m_entry)), m_file(std::move(other.m_file)) {

@@ -32,6 +32,18 @@ TEST(ReadingMultistatus, GivesWhatIsSaidOfEachResource) {
   EXPECT_EQ(read->syncToken, "data:,1");
 }
 
+TEST(ReadingMultistatus, GivesEachResponseOnByItself) {
+  std::vector<std::string> hrefs;
+  const auto take = [&](const DavResponse& response) { hrefs.push_back(response.hrefs.front()); };
+  const auto token = readMultistatus(R"(<multistatus xmlns="DAV:"><response><href>/a</href></response>
+    <sync-token>data:,1</sync-token><response><href>/b</href></response></multistatus>)",
+                                     take);
+  EXPECT_EQ(token, "data:,1");
+  EXPECT_EQ(hrefs, (std::vector<std::string>{"/a", "/b"}));
+  EXPECT_FALSE(readMultistatus("<multistatus xmlns='DAV:'><response><href>/c</href></response>", take))
+      << "what was given does not count where the end is missing";
+}
+
 TEST(ReadingMultistatus, GivesNoneForAnythingElse) {
   for (const char* document : {"", "<html/>", "<multistatus/>", "<error xmlns='DAV:'/>", "BEGIN:VCALENDAR",
                                "<multistatus xmlns='DAV:'><response></multistatus>"}) {

@@ -11,8 +11,10 @@
 
 #include "base/system_reason.h"
 #include "base/translation.h"
+#include "base/try.h"
 #include "host/commands/care/file_users.h"
 #include "store/examination.h"
+#include "store/left_drafts.h"
 
 namespace orlocal::host {
 namespace {
@@ -24,6 +26,8 @@ constexpr std::size_t kMostTold = 5;
 constexpr std::uintmax_t kMuchLog = std::uintmax_t{64} << 20;
 /// Of the file's own size.
 constexpr double kMuchUnused = 0.5;
+/// So long no program leaves what it makes unwritten.
+constexpr std::chrono::hours kUnwritten(1);
 
 std::string sizeText(std::uintmax_t bytes) {
   constexpr double kStep = 1024;
@@ -120,6 +124,26 @@ void addUsers(const fs::path& file, Findings& findings) {
                                                 : tr("Open in {}.", fmt::join(names, ", "))));
 }
 
+/// What programs were making beside the store when they were killed.
+void addDrafts(const fs::path& store, Findings& findings) {
+  auto left = store::draftsLeftIn(store.parent_path(), kUnwritten);
+  std::erase_if(left, [](const store::LeftDraft& draft) { return !usersOf(draft.file).empty(); });
+  if (left.empty()) { return; }
+  std::uintmax_t bytes = 0;
+  for (const store::LeftDraft& draft : left) { bytes += draft.bytes; }
+  Finding finding =
+      note(kStore,
+           trn("A program that was killed left a file half made beside it ({1}): {2}.",
+               "Programs that were killed left {0} files half made beside it ({1}), the first of them {2}.",
+               left.size(), left.size(), sizeText(bytes), left.front().file.filename().string()),
+           tr("orlocal doctor --fix removes what nobody has written for an hour."));
+  finding.mend = [left]() -> Status {
+    for (const store::LeftDraft& draft : left) { ORLOCAL_CHECK(store::removeLeft(draft)); }
+    return {};
+  };
+  findings.push_back(std::move(finding));
+}
+
 }  // namespace
 
 Findings storeFindings(const store::StoreOptions& store) {
@@ -140,6 +164,7 @@ Findings storeFindings(const store::StoreOptions& store) {
   Findings findings{fine(kStore, store.file.string()), modeFinding(store.file, found)};
   addExamination(store, findings);
   addUsers(store.file, findings);
+  addDrafts(store.file, findings);
   return findings;
 }
 

@@ -9,6 +9,7 @@
 #include "host/commands/care/item_findings.h"
 #include "host/commands/care/machine_findings.h"
 #include "host/commands/care/store_findings.h"
+#include "host/commands/running_program.h"
 #include "host/commands/store_command_fixture.h"
 #include "store/edits/item_writer.h"
 #include "store/examination.h"
@@ -105,6 +106,40 @@ TEST_F(Doctor, ExaminesWithoutWaitingForWriters) {
   EXPECT_THAT(found->damage, IsEmpty());
   EXPECT_THAT(found->unread, IsEmpty());
   EXPECT_GT(found->logBytes, 0U);
+}
+
+TEST_F(Doctor, RemovesWhatKilledProgramsLeftHalfMadeWhenAsked) {
+  makeStore();
+  const auto made = [&](const std::string& name, int hoursAgo) {
+    file(name, "12345");
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::filesystem::last_write_time(folder / name, now - std::chrono::hours(hoursAgo));
+  };
+  const std::string left = ".orlocal-0123456789abcdef0123456789abcdef.part";
+  const std::string inTheMaking = ".orlocal-11111111111111111111111111111111.part";
+  const std::string open = ".orlocal-22222222222222222222222222222222.part";
+  const std::string link = ".orlocal-33333333333333333333333333333333.part";
+  const std::string foreign = ".orlocal-notes.part";
+  made(left, 2);
+  made(left + "-journal", 2);
+  made(inTheMaking, 2);
+  made(inTheMaking + "-journal", 0);
+  made(foreign, 2);
+  std::filesystem::create_symlink(folder / foreign, folder / link);
+  made(open, 2);
+  RunningProgram reader({"/bin/sh", "-c", "exec 3<'" + (folder / open).string() + "'; echo open; exec sleep 60"});
+  ASSERT_EQ(reader.line(), "open");
+  EXPECT_EQ(verdictOf("A program that was killed left a file half made beside it (10 bytes): " + left), "note");
+  EXPECT_TRUE(std::filesystem::exists(folder / left));
+  EXPECT_EQ(run({"doctor", "--fix", "--plugin", "none"}), ExitStatus::kDone);
+  EXPECT_THAT(verdictOf("half made"), HasSubstr("not said"));
+  EXPECT_FALSE(std::filesystem::exists(folder / left));
+  EXPECT_FALSE(std::filesystem::exists(folder / (left + "-journal")));
+  for (const std::string& stays : {inTheMaking, inTheMaking + "-journal", open, link, foreign}) {
+    EXPECT_TRUE(std::filesystem::exists(folder / stays)) << stays;
+  }
+  reader.signal(SIGTERM);
+  reader.finish();
 }
 
 TEST_F(Doctor, ZonesOfPartHoursAreAProblemUnlessTheSettingLetsThemBe) {
