@@ -84,7 +84,7 @@ Answer<Fetching::News> Fetching::learnNews() {
     if (!changes && changes.error().trouble == Trouble::kUnsupported) { return listAll(); }
     ORLOCAL_CHECK(changes);
     for (const RemoteEntry& entry : changes->changed) { compare(entry, all); }
-    std::move(changes->changed.begin(), changes->changed.end(), std::back_inserter(listed));
+    if (!m_known.empty()) { std::move(changes->changed.begin(), changes->changed.end(), std::back_inserter(listed)); }
     more = changes->more && changes->token != all.token;
     all.token = std::move(changes->token);
   }
