@@ -216,6 +216,13 @@ Status SeriesEdits::split(const Item& series, Moment original, Item& edited, boo
   ORLOCAL_TRY(RecurrenceHalves parts, halvesOf(series, here, original));
 
   Item right = edited;
+  ExpansionBudget budget;
+  ORLOCAL_TRY(const auto byRule, here.at(original, budget));
+  if (!moved && byRule) {
+    // Where the clock skips its hour it is seen at another one; the later occurrences stay on theirs.
+    right.end->local += byRule->local - right.start->local;
+    right.start->local = byRule->local;
+  }
   right.uid.clear();
   right.series.reset();
   right.recurrenceId.reset();

@@ -520,5 +520,64 @@ TEST(ZonedTime, IsInUtcWhereTheViewersZoneHasNoNameThatOthersKnow) {
   EXPECT_EQ(zonedTime(at("2026-11-02 09:00"), berlinZone()), berlin("2026-11-02 09:00"));
 }
 
+TEST_F(Events, WithoutATitleAreNamedSoWhenTheyAreGone) {
+  Item item = simple();
+  item.title.reset();
+  item = saved(item);
+  ASSERT_TRUE(store->removeEvent(item, std::nullopt, Span::kThis));
+  EXPECT_EQ(refusal(item).message, "The event without a title is no longer in the calendar store.");
+}
+
+TEST_F(Events, OfASeriesKeepTheirLengthWhenAllOfItMoves) {
+  weekly(3);
+  Item edited = openedAt(all()[1]);
+  edited.start = berlin("2026-11-09 11:30");
+  edited.end = berlin("2026-11-09 12:30");
+  ASSERT_TRUE(saveEvent(*store, edited, all()[1], Span::kAll));
+  std::vector<std::string> times;
+  for (const Occurrence& each : all()) { times.push_back(shown(each.start) + " to " + shown(each.end)); }
+  EXPECT_THAT(times, ElementsAre("2026-11-02 11:30 to 2026-11-02 12:30", "2026-11-09 11:30 to 2026-11-09 12:30",
+                                 "2026-11-16 11:30 to 2026-11-16 12:30"));
+}
+
+TEST_F(Events, StayOnTheirHourWhenTheyAreSplitWhereTheClockSkipsIt) {
+  Item item = event("early", berlin("2026-03-27 02:30"), berlin("2026-03-27 02:45"));
+  item.recurrence.rules = {rule(Frequency::kDaily, 5)};
+  saved(item);
+  const Occurrence skipped = all()[2];
+  ASSERT_EQ(shown(skipped.start), "2026-03-29 03:30");
+  Item edited = openedAt(skipped);
+  edited.title = "right";
+  ASSERT_TRUE(saveEvent(*store, edited, skipped, Span::kFuture));
+  EXPECT_THAT(listed(at("2026-01-01 00:00"), at("2027-01-01 00:00")),
+              ElementsAre("2026-03-27 02:30 early", "2026-03-28 02:30 early", "2026-03-29 03:30 right",
+                          "2026-03-30 02:30 right", "2026-03-31 02:30 right"));
+}
+
+TEST_F(Events, OfASeriesThatEndsAsOneStandWhereItBegan) {
+  const Item series = weekly(4);
+  Item changed = openedAt(all()[1]);
+  changed.title = "changed";
+  ASSERT_TRUE(saveEvent(*store, changed, all()[1], Span::kThis));
+  Item edited = openedAt(all()[2]);
+  edited.recurrence.rules.clear();
+  ASSERT_TRUE(saveEvent(*store, edited, all()[2], Span::kAll));
+  ASSERT_EQ(all().size(), 1U);
+  EXPECT_EQ(shown(all()[0].start), "2026-11-02 09:00");
+  EXPECT_EQ(shown(all()[0].end), "2026-11-02 10:00");
+  EXPECT_THAT((*store->wholeItem(series.id))->changed, IsEmpty());
+}
+
+TEST(MovingToAnOccurrence, KeepsHowManyDaysItLasts) {
+  Item series;
+  series.start = day("2026-11-02");
+  series.end = day("2026-11-05");
+  series.recurrence.rules = {rule(Frequency::kWeekly)};
+  const Moment start = at("2026-11-16 00:00");
+  moveToOccurrence(series, {start, at("2026-11-19 00:00"), start}, berlinZone());
+  EXPECT_EQ(series.start, day("2026-11-16"));
+  EXPECT_EQ(series.end, day("2026-11-19"));
+}
+
 }  // namespace
 }  // namespace orlocal::store

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "store/file/sqlite.h"
 #include "store/store_fixture.h"
 
 namespace orlocal::store {
@@ -159,6 +160,27 @@ TEST_F(Writer, KeepsAChangedOccurrenceWithoutItsSeries) {
   EXPECT_THAT(everything(), ElementsAre("2026-11-03 15:00 stray"));
   EXPECT_EQ(occurrences(std::nullopt, std::nullopt)[0].originalStart, at("2026-11-03 09:00"));
   EXPECT_NE(*store->event(stray.identifier), nullptr);
+  stray.title = "another";
+  EXPECT_EQ(put(stray), PutOutcome::kUpdated);
+  EXPECT_THAT(everything(), ElementsAre("2026-11-03 15:00 another"));
+}
+
+TEST_F(Writer, ComesAfterAPlaceFromWhichTheLogTellsEverything) {
+  const LogPosition before = (*store->startWriting())->position();
+  for (const char* uid : {"one", "two", "three"}) {
+    Item item = single(uid);
+    put(item);
+  }
+  const auto comesAfter = [&] { return (*store->startWriting())->comesAfter(before).value(); };
+  EXPECT_TRUE(comesAfter());
+  const auto forget = [&](std::int64_t upTo) {
+    ASSERT_TRUE(Database::open(file, std::chrono::seconds(1))
+                    ->execute(("DELETE FROM changes WHERE seq <= " + std::to_string(upTo)).c_str()));
+  };
+  forget(before.row);
+  EXPECT_TRUE(comesAfter());
+  forget(before.row + 1);
+  EXPECT_FALSE(comesAfter()) << "what came first after it is not known any more";
 }
 
 TEST_F(Writer, LeavesAStrayOneWhenItIsSaved) {

@@ -526,5 +526,14 @@ TEST_F(Undo, IsRefusedWhereTheLogNoLongerTellsWhatHappenedSince) {
   EXPECT_EQ(titlesIn(*store).size(), 4U);
 }
 
+TEST_F(Undo, NamesWhatIsGoneAsItWasBeforeTheCommand) {
+  Item lunch = saved(plain("Lunch"));
+  command("edit");
+  ASSERT_TRUE(store->saveEvent(retitled(lunch, "Dinner"), std::nullopt, Span::kThis));
+  const auto other = opened();
+  ASSERT_TRUE(other->removeEvent(lunch, std::nullopt, Span::kThis));
+  EXPECT_THAT(refusal(), HasSubstr("\"Lunch\" was changed since by something else"));
+}
+
 }  // namespace
 }  // namespace orlocal::store

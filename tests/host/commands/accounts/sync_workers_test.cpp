@@ -86,7 +86,8 @@ class WorkingSyncs : public store::StoreTest {
   }
 
   store::CalendarId calendarTitled(const std::string& title) {
-    for (const store::Calendar& each : store->calendars(store::CalendarKind::kEvents).value()) {
+    const auto calendars = store->calendars(store::CalendarKind::kEvents);
+    for (const store::Calendar& each : calendars.value()) {
       if (each.title == title) { return each.id; }
     }
     return 0;
